@@ -1,0 +1,48 @@
+#include "basefun/SqlText.h"
+
+#include "dbaccess/CAConnect.h"
+
+#include <charconv>
+
+namespace sqltext {
+
+void Argument::Write(std::int32_t number)
+{
+    const auto written = std::to_chars(m_digits.data(), m_digits.data() + m_digits.size(), number);
+    m_text = {m_digits.data(), static_cast<std::size_t>(written.ptr - m_digits.data())};
+}
+
+CString Join(std::string_view literal, const Argument* arguments, std::size_t count)
+{
+    std::size_t length = literal.size() - 2 * count;
+    for (std::size_t i = 0; i < count; ++i) {
+        length += arguments[i].View().size();
+    }
+    CString text;
+    text.Reserve(length);
+    std::size_t from = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t placeholder = literal.find('%', from);
+        text += literal.substr(from, placeholder - from);
+        text += arguments[i].View();
+        from = placeholder + 2;
+    }
+    text += literal.substr(from);
+    return text;
+}
+
+} // namespace sqltext
+
+CString DoubleQuotes(CString text)
+{
+    text.Replace("'", "''");
+    return text;
+}
+
+CString DoubleSlashes(const CAConnect& conn, CString text)
+{
+    if (conn.m_nDBType == 6) {
+        text.Replace("\\", "\\\\");
+    }
+    return text;
+}

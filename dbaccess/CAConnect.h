@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/Api.h"
+#include "platform/CString.h"
+#include "platform/Window.h"
+
+#include <memory>
+
+namespace dbaccess {
+class Session;
+}
+
+/// A connection to a database. Not copyable; belongs to one thread at a time.
+class QV_API CAConnect {
+public:
+    CAConnect();
+    CAConnect(const CAConnect&) = delete;
+    CAConnect& operator=(const CAConnect&) = delete;
+    /// Closes the connection; a transaction that is still open is rolled back.
+    virtual ~CAConnect();
+
+    /// Connects by URL, "SCHEME:LOCATION"; a connection that is open is closed first. docs/connections.md lists the
+    /// schemes and their options. Sets m_nDBType.
+    /// @throws CAException with a sentence for people; the connection is then not open.
+    void Open(const CString& url);
+    /// Takes over a session that the caller made.
+    void Open(std::unique_ptr<dbaccess::Session> session);
+    /// Closes the connection; nothing happens when it is not open. Results that are being read can no longer be read.
+    void Close() noexcept;
+    /// Whether the connection is open: false before Open, after Close, and once the engine is found to be gone.
+    [[nodiscard]] bool IsOpen() const noexcept;
+
+    /// Runs one statement; rows that it returns are dropped.
+    /// @return rows changed, -1 where the engine does not say.
+    /// @throws CAException for what the engine refuses and when the connection is not open: a write counts as done when
+    ///         nothing was thrown.
+    int Execute(const char* sql);
+
+    /// The engine's literal for a date. @param date  "YYYY-MM-DD" or "YYYY-MM-DD HH:MM:SS".
+    /// @throws CAException for any other text, for what is no real date, and when the connection is not open.
+    CString GetDateStrOnSQL(CString date);
+
+    /// Transactions, for callers; no operation of the module uses them. A transaction is meant for writing: another
+    /// writer waits from BeginTrans on. @throws CAException, also when the connection is not open.
+    void BeginTrans();
+    void CommitTrans();
+    void RollbackTrans();
+
+    /// The text as it must stand between the quotes of a text literal on this engine.
+    /// @throws CAException for a text with a NUL byte, and when the connection is not open.
+    [[nodiscard]] CString EscapeText(const CString& text) const;
+    /// The engine's name and version, for people. @throws CAException when the connection is not open.
+    [[nodiscard]] CString GetEngineName() const;
+
+    /// Engine kind: 0 Access, 1 SQL Server, 3 names compare through upper(), 6 MySQL. Read by the module.
+    int m_nDBType = 0;
+    /// Message that tells m_hNotifyWnd of an error, and the window; null means that no message is sent.
+    UINT m_nNotifyMsg = 0;
+    HWND m_hNotifyWnd = nullptr;
+
+private:
+    friend class CARecordset;
+
+    [[nodiscard]] dbaccess::Session& Required() const;
+
+    std::shared_ptr<dbaccess::Session> m_session;
+};

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/Api.h"
+#include "platform/CObject.h"
+#include "platform/COleDateTime.h"
+#include "platform/CString.h"
+
+class CAConnect;
+
+/// One row of qv_User: a user account of the organisation directory.
+///
+/// A plain value: the caller fills it and saves it, or sets its id and loads the rest. Nothing is checked or cut here.
+/// The operations keep or drop an error's text as each says; none of them sends a notification.
+class QV_API CHumanItem : public CObject {
+public:
+    /// Texts empty, numbers and flags 0 or false, encoding type 1, sort index 10000, birthday now. The id is not set.
+    CHumanItem();
+    ~CHumanItem() override;
+
+    /// Adds this record as a new user. Fifteen texts (see ReplaceVariable) have their quotes doubled on a copy; the
+    /// others enter the statement as they are, so a quote in one of them breaks it. Neither the far-server pair nor the
+    /// id is written; the id that the database gives is not read back (look it up by login name).
+    /// @return 1 when the row was added; 0 when the connection is not open, or when the engine refused the statement,
+    ///         which also leaves the error's text in CQVBaseFun::m_strLastError.
+    int SaveData(CAConnect& conn);
+
+    /// Writes this record over the row of its id, with quotes as in SaveData. Picture and user data are not written,
+    /// the far-server pair is. Every other column is set, also those that LoadInfoByID does not read: a caller that
+    /// loads and writes back must have filled them.
+    /// @return as SaveData (1 also when there is no such row), but an error's text is dropped.
+    int Update(CAConnect& conn);
+
+    /// Reads the row of this record's id. Not read: system flag, far-user flag, domain id, creator, department id and
+    /// user data. A NULL birthday leaves the member as it was.
+    /// @return true when the statement ran; a missing row leaves the record as it was. false when the connection is not
+    ///         open, or when the engine refused, with the error's text in CQVBaseFun::m_strLastError.
+    bool LoadInfoByID(CAConnect& conn);
+
+    /// Copies every member of `from` into this record, the id included.
+    void CopyData(CHumanItem& from);
+
+    /// Doubles every ' in the fifteen texts that enter statements escaped: login name, name, creator, note, e-mail,
+    /// description, home province, city and address, company, office address, job title, card, department, user data.
+    void ReplaceVariable();
+
+    /// Appends the bytes of a text to a file that exists; the record's own data play no part.
+    /// @return true. @throws CFileException* when there is no such file or it cannot be written.
+    bool WriteToFile(CString path, CString text);
+
+    // Members are in the order in which they are constructed. Those called "extra" are carried and copied for callers;
+    // no statement reads or writes them.
+    CString m_strExtra1;
+    int m_nID; // not set by the constructor
+    CString m_strLoginName;
+    CString m_strName;
+    CString m_strPWord; // as stored: already encoded
+    bool m_bIsSystem = false;
+    bool m_bIsSuper = false;
+    bool m_bDisabled = false;
+    int m_nEnType = 1; // how m_strPWord is encoded
+    bool m_bIsFarUser = false;
+    CString m_strFarServer;
+    int m_nDomainID = 0;
+    int m_nItemIndex = 10000;
+    CString m_strExtra2;
+    CString m_strCreatorName;
+    int m_nExtra = 0;
+    CString m_strExtra3;
+    CString m_strExtra4;
+    CString m_strNote;
+    CString m_strEMail;
+    CString m_strMobile;
+    int m_nSex = 0;
+    CString m_strDescription;
+    CString m_strExtra5;
+    COleDateTime m_dtBirthday;
+    CString m_strHomeProvince;
+    CString m_strHomeCity;
+    CString m_strHomeAddress;
+    CString m_strHomePostCode;
+    CString m_strHomePhone;
+    CString m_strHomeFax;
+    CString m_strCompanyName;
+    CString m_strOfficeAddress;
+    CString m_strOfficePostCode;
+    CString m_strJobTitle;
+    CString m_strOfficePhone;
+    CString m_strOfficeFax;
+    CString m_strPicture;
+    CString m_strECard;
+    CString m_strDeptInfo;
+    int m_nDeptID = 0;
+    CString m_strUserData;
+};

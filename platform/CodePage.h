@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/Api.h"
+
+#include <string>
+#include <string_view>
+
+class CString;
+
+using UINT = unsigned int;
+using DWORD = unsigned int;
+/// The 16-bit unit of UTF-16 text.
+using WCHAR = char16_t;
+
+inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_UTF8 = 65001;
+inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
+
+/// Sets the process's ANSI code page, in which all texts of the module are kept: 65001 (UTF-8), 936, 950, 932, 949, 874
+/// or 1250 to 1258. It is preset from the environment variable QV_ANSI_CODEPAGE, or UTF-8 where that names none.
+/// Call it before texts are made and before other threads run.
+/// @return false, and nothing changed, for a code page that is not known.
+QV_API bool SetAnsiCodePage(UINT codePage);
+QV_API UINT GetACP();
+
+/// Converts text of a code page (CP_ACP is the ANSI code page) to UTF-16.
+/// A byte that does not begin a valid character becomes U+FFFD by itself, unless MB_ERR_INVALID_CHARS is set.
+/// @param length  bytes to convert, or -1 for a text that ends with NUL (which is converted too).
+/// @param outLength  room in 16-bit units; 0 asks for the size needed.
+/// @return units written or needed; 0 for an unknown code page, a length of 0, too little room, or, with
+///         MB_ERR_INVALID_CHARS, an invalid byte.
+QV_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int length, WCHAR* out, int outLength);
+
+/// Converts UTF-16 to text of a code page. A character that it does not have becomes `defaultChar`, or "?" without one;
+/// in UTF-8, a lone surrogate becomes U+FFFD.
+/// @param length, outLength, return  as above, counted the other way round.
+/// @param usedDefaultChar  when not null: set to whether a character was replaced.
+QV_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int length, char* out, int outLength,
+                               const char* defaultChar, int* usedDefaultChar);
+
+/// Compares two texts character by character, by character code, case counting: negative, 0 or positive.
+QV_API int _mbscmp(const unsigned char* a, const unsigned char* b);
+
+namespace platform {
+
+/// Whether the ANSI code page is UTF-8, so that texts go to and from an engine unchanged.
+QV_API bool AnsiIsUtf8() noexcept;
+
+/// Text of the ANSI code page as UTF-8 and back, by the rules of the two conversions above.
+QV_API std::string AnsiToUtf8(std::string_view text);
+QV_API CString Utf8ToAnsi(std::string_view text);
+
+/// How many bytes of the ANSI code page the character at the front of `text` takes; 1 for a byte that begins no valid
+/// character. `text` must not be empty.
+QV_API std::size_t AnsiCharLength(std::string_view text) noexcept;
+
+/// Whether the text is well-formed UTF-8.
+QV_API bool IsValidUtf8(std::string_view text) noexcept;
+
+/// Upper-cases UTF-8 text by Unicode's one-to-one rules, the same in every language; bytes that are no valid character
+/// stay as they are. CString::MakeUpper and the upper() of engines that leave it to us both use these rules.
+QV_API std::string UpperUtf8(std::string_view text);
+
+/// The version of the Unicode rules behind UpperUtf8, such as "15.0".
+QV_API const char* UnicodeVersion() noexcept;
+
+} // namespace platform

@@ -1,0 +1,6 @@
+#pragma once
+
+#if !defined(_WIN32)
+/// The 64-bit number of the interface's signatures.
+using __int64 = long long;
+#endif

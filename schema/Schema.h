@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class CAConnect;
+
+/// The tables of a directory, per engine, and their versions.
+namespace schema {
+
+enum class State {
+    empty,   ///< no tables at all
+    foreign, ///< tables, but not a directory's
+    older,   ///< a directory of an earlier version, or one whose making was cut short: Upgrade brings it up
+    current, ///< ready for use
+    newer,   ///< made by a later version of the program
+};
+
+struct Status {
+    State state;
+    int version; ///< version of the tables; 0 when there are none of ours
+    int newest;  ///< version that this program makes
+};
+
+/// One step from version n-1 to version n: statements, each complete.
+struct Step {
+    std::string title;
+    std::vector<std::string> statements;
+};
+
+/// Told of each step before it runs.
+using Progress = std::function<void(int version, const std::string& title)>;
+
+/// Looks at the database behind an open connection. Changes nothing. @throws CAException.
+Status Inspect(CAConnect& conn);
+
+/// Makes or upgrades the tables, step by step. Each step and its new version number are applied together or not at all,
+/// so a run that is killed is carried on by the next one; of two runs at once one does the work and both succeed.
+/// @throws CAException when the engine refuses, when the database holds foreign tables and when its version is newer.
+void Upgrade(CAConnect& conn, const Progress& progress = {});
+
+/// The same with steps of the caller's, for tests.
+void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress);
+
+/// Brings indexes up to date whose order depends on rules that may change with the system's libraries (upper()).
+/// Called when a directory is opened; does nothing when they are up to date. @throws CAException.
+void RefreshIndexes(CAConnect& conn);
+
+} // namespace schema
