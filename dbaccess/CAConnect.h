@@ -25,7 +25,8 @@ public:
     void Open(const CString& url);
     /// Takes over a session that the caller made.
     void Open(std::unique_ptr<dbaccess::Session> session);
-    /// Closes the connection; nothing happens when it is not open. Results that are being read can no longer be read.
+    /// Closes the connection; nothing happens when it is not open. Results that are still being read stay readable and
+    /// hold the engine's connection until they are closed.
     void Close() noexcept;
     /// Whether the connection is open: false before Open, after Close, and once the engine is found to be gone.
     [[nodiscard]] bool IsOpen() const noexcept;
@@ -41,7 +42,9 @@ public:
     CString GetDateStrOnSQL(CString date);
 
     /// Transactions, for callers; no operation of the module uses them. A transaction is meant for writing: another
-    /// writer waits from BeginTrans on. @throws CAException, also when the connection is not open.
+    /// writer waits from BeginTrans on. When an engine gives a transaction up by itself (a full disk), every further
+    /// statement is refused until RollbackTrans, so that nothing of it is applied half. RollbackTrans without a
+    /// transaction does nothing. @throws CAException, also when the connection is not open.
     void BeginTrans();
     void CommitTrans();
     void RollbackTrans();

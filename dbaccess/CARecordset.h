@@ -69,6 +69,7 @@ public:
     [[nodiscard]] CString GetColumnName(long column) const;
 
 private:
+    void CheckColumn(long column) const;
     [[nodiscard]] dbaccess::Field Read(long column);
 
     std::shared_ptr<dbaccess::Session> m_session;

@@ -13,7 +13,7 @@ class CAConnect;
 /// The operations keep or drop an error's text as each says; none of them sends a notification.
 class QV_API CHumanItem : public CObject {
 public:
-    /// Texts empty, numbers and flags 0 or false, encoding type 1, sort index 10000, birthday now. The id is not set.
+    /// Texts empty, numbers and flags 0 or false, encoding type 1, sort index 10000, birthday now.
     CHumanItem();
     ~CHumanItem() override;
 
@@ -50,7 +50,7 @@ public:
     // Members are in the order in which they are constructed. Those called "extra" are carried and copied for callers;
     // no statement reads or writes them.
     CString m_strExtra1;
-    int m_nID; // not set by the constructor
+    int m_nID = 0; // the key of Update and LoadInfoByID: set it first
     CString m_strLoginName;
     CString m_strName;
     CString m_strPWord; // as stored: already encoded

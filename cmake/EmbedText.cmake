@@ -1,0 +1,17 @@
+# qv_embed_text(TARGET schema HEADER schema/SqliteStatements.h NAMESPACE schema::sqlite FILES a.sql b.sql)
+#
+# Makes a header with one string constant per file, named after the file without its folder and ending: k_001_tables.
+function(qv_embed_text)
+  cmake_parse_arguments(EMBED "" "TARGET;HEADER;NAMESPACE" "FILES" ${ARGN})
+  set(text "#pragma once\n\n#include <string_view>\n\nnamespace ${EMBED_NAMESPACE} {\n")
+  foreach(file IN LISTS EMBED_FILES)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+    file(READ ${file} content)
+    get_filename_component(name ${file} NAME_WE)
+    string(APPEND text "\ninline constexpr std::string_view k_${name} = R\"embedded(${content})embedded\";\n")
+  endforeach()
+  string(APPEND text "\n} // namespace ${EMBED_NAMESPACE}\n")
+  set(folder ${CMAKE_CURRENT_BINARY_DIR}/generated)
+  file(CONFIGURE OUTPUT ${folder}/${EMBED_HEADER} CONTENT "${text}" @ONLY)
+  target_include_directories(${EMBED_TARGET} PRIVATE ${folder})
+endfunction()

@@ -1,0 +1,16 @@
+#include "dbaccess/BuiltInDrivers.h"
+
+#if QV_WITH_SQLITE
+#include "dbaccess/drivers/sqlite/Driver.h"
+#endif
+
+namespace dbaccess {
+
+void AddBuiltInDrivers(const std::function<void(const std::string& scheme, SessionFactory factory)>& add)
+{
+#if QV_WITH_SQLITE
+    add("sqlite", &sqlite::OpenSession);
+#endif
+}
+
+} // namespace dbaccess

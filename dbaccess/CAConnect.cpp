@@ -1,0 +1,79 @@
+#include "dbaccess/CAConnect.h"
+
+#include "dbaccess/CAException.h"
+#include "dbaccess/DateText.h"
+#include "dbaccess/Driver.h"
+
+#include <algorithm>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+CAConnect::CAConnect() = default;
+CAConnect::~CAConnect() = default;
+
+void CAConnect::Open(const CString& url)
+{
+    Close();
+    const std::string_view text = url.View();
+    if (text.find('\0') != std::string_view::npos) {
+        throw CAException("a connection URL cannot hold a NUL byte");
+    }
+    const std::size_t colon = text.find(':');
+    if (colon == std::string_view::npos) {
+        throw CAException("a connection URL begins with its scheme, such as sqlite:PATH");
+    }
+    Open(dbaccess::FindDriver(text.substr(0, colon))(text.substr(colon + 1)));
+}
+
+void CAConnect::Open(std::unique_ptr<dbaccess::Session> session)
+{
+    Close();
+    m_nDBType = session->DbType();
+    m_session = std::move(session);
+}
+
+void CAConnect::Close() noexcept { m_session.reset(); }
+
+bool CAConnect::IsOpen() const noexcept { return m_session != nullptr && m_session->IsAlive(); }
+
+dbaccess::Session& CAConnect::Required() const
+{
+    if (!IsOpen()) {
+        throw CAException("the database connection is not open");
+    }
+    return *m_session;
+}
+
+int CAConnect::Execute(const char* sql)
+{
+    const std::int64_t changed = Required().Execute(sql);
+    return static_cast<int>(std::min<std::int64_t>(changed, std::numeric_limits<int>::max()));
+}
+
+CString CAConnect::GetDateStrOnSQL(CString date)
+{
+    const dbaccess::Session& session = Required();
+    const auto parsed = dbaccess::ParseExactDate(date.View());
+    if (!parsed) {
+        throw CAException("\"" + date + "\" is not a date: YYYY-MM-DD or YYYY-MM-DD HH:MM:SS");
+    }
+    return session.DateLiteral(*parsed);
+}
+
+void CAConnect::BeginTrans() { Required().Begin(); }
+
+void CAConnect::CommitTrans() { Required().Commit(); }
+
+void CAConnect::RollbackTrans() { Required().Rollback(); }
+
+CString CAConnect::EscapeText(const CString& text) const
+{
+    const dbaccess::Session& session = Required();
+    if (text.View().find('\0') != std::string_view::npos) {
+        throw CAException("a text with a NUL byte cannot stand in a statement");
+    }
+    return session.EscapeText(text);
+}
+
+CString CAConnect::GetEngineName() const { return CString(std::string_view(Required().EngineName())); }

@@ -1,0 +1,104 @@
+#include "dbaccess/Driver.h"
+
+#include "dbaccess/BuiltInDrivers.h"
+
+#include <utility>
+
+namespace dbaccess {
+
+namespace {
+
+using Registry = std::map<std::string, SessionFactory, std::less<>>;
+
+Registry& Drivers()
+{
+    static Registry drivers = [] {
+        Registry builtIn;
+        AddBuiltInDrivers([&builtIn](const std::string& scheme, SessionFactory factory) {
+            builtIn.insert_or_assign(scheme, std::move(factory));
+        });
+        return builtIn;
+    }();
+    return drivers;
+}
+
+std::string Decoded(std::string_view path)
+{
+    std::string decoded;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const std::string_view code = path.substr(i, 3);
+        if (code == "%3F" || code == "%3f" || code == "%25") {
+            decoded += code[1] == '3' ? '?' : '%';
+            i += 2;
+        } else {
+            decoded += path[i];
+        }
+    }
+    return decoded;
+}
+
+CString Sentence(std::string_view a, std::string_view b, std::string_view c)
+{
+    CString text{a};
+    text += b;
+    text += c;
+    return text;
+}
+
+} // namespace
+
+Cursor::~Cursor() = default;
+Session::~Session() = default;
+
+void RegisterDriver(const std::string& scheme, SessionFactory factory)
+{
+    Drivers().insert_or_assign(scheme, std::move(factory));
+}
+
+const SessionFactory& FindDriver(std::string_view scheme)
+{
+    const auto found = Drivers().find(scheme);
+    if (found != Drivers().end()) {
+        return found->second;
+    }
+    std::string known;
+    for (const auto& [name, factory] : Drivers()) {
+        known += (known.empty() ? "" : ", ") + name + ":";
+    }
+    throw CAException(Sentence("no database driver for \"", scheme, ":\"; there is " + known));
+}
+
+Location ParseLocation(std::string_view location)
+{
+    const std::size_t mark = location.find('?');
+    Location parsed{Decoded(location.substr(0, mark)), {}};
+    std::string_view rest = mark == std::string_view::npos ? std::string_view{} : location.substr(mark + 1);
+    while (!rest.empty()) {
+        const std::string_view option = rest.substr(0, rest.find('&'));
+        rest.remove_prefix(std::min(rest.size(), option.size() + 1));
+        const std::size_t equals = option.find('=');
+        if (equals == std::string_view::npos) {
+            throw CAException(Sentence("connection option \"", option, "\" is not of the form name=value"));
+        }
+        if (!parsed.options.emplace(option.substr(0, equals), option.substr(equals + 1)).second) {
+            throw CAException(Sentence("connection option \"", option.substr(0, equals), "\" is given twice"));
+        }
+    }
+    return parsed;
+}
+
+int DbTypeOption(const Location& location, int preset)
+{
+    const auto kind = location.options.find("kind");
+    if (kind == location.options.end()) {
+        return preset;
+    }
+    for (const int known : {0, 1, 3, 6}) {
+        if (kind->second == std::to_string(known)) {
+            return known;
+        }
+    }
+    throw CAException(Sentence("connection option kind=", kind->second, " is no engine kind: 0, 1, 3 or 6"));
+}
+
+} // namespace dbaccess

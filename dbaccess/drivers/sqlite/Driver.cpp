@@ -1,0 +1,327 @@
+#include "dbaccess/drivers/sqlite/Driver.h"
+
+#include "dbaccess/drivers/sqlite/Cursor.h"
+#include "dbaccess/drivers/sqlite/Error.h"
+#include "platform/CodePage.h"
+
+#include <sqlite3.h>
+
+#include <charconv>
+#include <cstring>
+#include <string>
+
+namespace dbaccess::sqlite {
+
+namespace {
+
+constexpr int kDefaultBusyTimeout = 5000;
+constexpr int kRetryInterval = 20;
+
+struct CloseHandle {
+    // The zombie-tolerant form: a result that is still being read keeps the handle until it is closed.
+    void operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
+};
+using Handle = std::unique_ptr<sqlite3, CloseHandle>;
+
+struct Options {
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    int busyTimeout = kDefaultBusyTimeout;
+    int dbType = 3;
+};
+
+[[noreturn]] void Refuse(std::string_view a, std::string_view b, std::string_view c)
+{
+    CString text{a};
+    text += b;
+    text += c;
+    throw CAException(text);
+}
+
+Options ReadOptions(const Location& location)
+{
+    Options options;
+    options.dbType = DbTypeOption(location, options.dbType);
+    for (const auto& [name, value] : location.options) {
+        if (name == "mode" && value == "ro") {
+            options.flags = SQLITE_OPEN_READONLY;
+        } else if (name == "mode" && value == "rw") {
+            options.flags = SQLITE_OPEN_READWRITE;
+        } else if (name == "busy_timeout") {
+            const char* end = value.data() + value.size();
+            const auto read = std::from_chars(value.data(), end, options.busyTimeout);
+            if (read.ec != std::errc() || read.ptr != end || options.busyTimeout < 0) {
+                Refuse("connection option busy_timeout=", value, " is no number of milliseconds");
+            }
+        } else if (name != "kind" && !(name == "mode" && value == "rwc")) {
+            Refuse("sqlite: has no connection option ", name + "=" + value, "; there are mode=ro|rw|rwc, busy_timeout and kind");
+        }
+    }
+    return options;
+}
+
+void Upper(sqlite3_context* context, int /*count*/, sqlite3_value** arguments)
+{
+    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+    if (text == nullptr) {
+        return;
+    }
+    const std::string upper = platform::UpperUtf8({text, static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]))});
+    sqlite3_result_text64(context, upper.data(), upper.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+bool OnlyBlanksIn(const char* text) { return text[std::strspn(text, " \t\r\n\f;")] == '\0'; }
+
+// Comments behind a statement are nothing; only the engine's own parser can tell them from a second statement.
+bool NothingToRunIn(sqlite3* db, const char* text)
+{
+    while (!OnlyBlanksIn(text)) {
+        sqlite3_stmt* raw = nullptr;
+        const char* tail = nullptr;
+        const int code = sqlite3_prepare_v2(db, text, -1, &raw, &tail);
+        const Statement statement(raw);
+        if (code != SQLITE_OK || statement != nullptr) {
+            return false;
+        }
+        text = tail;
+    }
+    return true;
+}
+
+Statement PrepareUtf8(sqlite3* db, const char* sql, std::size_t length)
+{
+    sqlite3_stmt* raw = nullptr;
+    const char* tail = nullptr;
+    const int code = sqlite3_prepare_v2(db, sql, static_cast<int>(length + 1), &raw, &tail);
+    Statement statement(raw);
+    if (code != SQLITE_OK) {
+        ThrowLastError(db);
+    }
+    if (statement == nullptr) {
+        throw CAException("there is no statement in the text");
+    }
+    if (!NothingToRunIn(db, tail)) {
+        throw CAException("there is more than one statement in the text");
+    }
+    return statement;
+}
+
+Statement Prepare(sqlite3* db, const char* sql)
+{
+    const std::size_t length = std::strlen(sql);
+    if (platform::AnsiIsUtf8()) {
+        return PrepareUtf8(db, sql, length);
+    }
+    const std::string utf8 = platform::AnsiToUtf8({sql, length});
+    return PrepareUtf8(db, utf8.c_str(), utf8.size());
+}
+
+void Run(sqlite3* db, const char* sql)
+{
+    const Statement statement = PrepareUtf8(db, sql, std::strlen(sql));
+    int code = SQLITE_ROW;
+    while (code == SQLITE_ROW) {
+        code = sqlite3_step(statement.get());
+    }
+    if (code != SQLITE_DONE) {
+        ThrowLastError(db);
+    }
+}
+
+int Number(sqlite3* db, const char* sql)
+{
+    const Statement statement = PrepareUtf8(db, sql, std::strlen(sql));
+    const int code = sqlite3_step(statement.get());
+    if (code != SQLITE_ROW && code != SQLITE_DONE) {
+        ThrowLastError(db);
+    }
+    return code == SQLITE_ROW ? sqlite3_column_int(statement.get(), 0) : 0;
+}
+
+// The engine does not wait for other connections when it changes the journal's kind, whatever the busy timeout.
+void SwitchToWal(sqlite3* db, int busyTimeout)
+{
+    for (int waited = 0;; waited += sqlite3_sleep(kRetryInterval)) {
+        try {
+            Run(db, "PRAGMA journal_mode=WAL");
+            return;
+        } catch (const CAException&) {
+            if ((sqlite3_errcode(db) & 0xFF) != SQLITE_BUSY || waited >= busyTimeout) {
+                throw;
+            }
+        }
+    }
+}
+
+bool IsEmptyFile(sqlite3* db) { return Number(db, "PRAGMA page_count") == 0; }
+
+bool HoldsUserTable(sqlite3* db)
+{
+    return Number(db, "SELECT count(*) FROM sqlite_master WHERE type='table' AND name='qv_User' COLLATE NOCASE") > 0;
+}
+
+// A file is taken when it is empty, marked as ours, or unmarked but with our table of users (made with other tools);
+// nothing is ever written to any other.
+void TakeFile(sqlite3* db, const std::string& path, int busyTimeout)
+{
+    const int applicationId = Number(db, "PRAGMA application_id");
+    const bool writable = sqlite3_db_readonly(db, "main") == 0;
+    if (applicationId == kApplicationId) {
+        return;
+    }
+    if (IsEmptyFile(db)) {
+        if (writable) {
+            Run(db, ("PRAGMA application_id=" + std::to_string(kApplicationId)).c_str());
+            SwitchToWal(db, busyTimeout);
+        }
+        return;
+    }
+    if (applicationId != 0 || !HoldsUserTable(db)) {
+        Refuse("", path, " is an SQLite file of another application");
+    }
+}
+
+Handle OpenFile(const std::string& path, int flags)
+{
+    sqlite3* raw = nullptr;
+    // A path that begins with file: would be read as an address.
+    const std::string name = path.starts_with("file:") ? "./" + path : path;
+    const int code = sqlite3_open_v2(name.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+    Handle db(raw);
+    if (db == nullptr) {
+        throw std::bad_alloc();
+    }
+    if (code != SQLITE_OK) {
+        ThrowLastError(db.get(), "cannot open " + path);
+    }
+    return db;
+}
+
+void TakeNamedFile(sqlite3* db, const std::string& path, int busyTimeout)
+{
+    try {
+        TakeFile(db, path, busyTimeout);
+    } catch (const CAException&) {
+        if (sqlite3_errcode(db) == SQLITE_NOTADB) {
+            Refuse("", path, " is not an SQLite file");
+        }
+        throw;
+    }
+}
+
+class SqliteSession final : public Session {
+public:
+    SqliteSession(Handle db, int dbType) : m_db(std::move(db)), m_dbType(dbType) {}
+
+    [[nodiscard]] int DbType() const override { return m_dbType; }
+    [[nodiscard]] std::string EngineName() const override { return std::string("SQLite ") + sqlite3_libversion(); }
+    [[nodiscard]] bool IsAlive() const override { return true; }
+
+    std::int64_t Execute(const char* sql) override
+    {
+        RefuseInLostTransaction();
+        const Statement statement = Prepare(m_db.get(), sql);
+        const std::int64_t before = sqlite3_total_changes64(m_db.get());
+        int code = SQLITE_ROW;
+        while (code == SQLITE_ROW) {
+            code = sqlite3_step(statement.get());
+        }
+        if (code != SQLITE_DONE) {
+            ThrowLastError(m_db.get());
+        }
+        return sqlite3_total_changes64(m_db.get()) == before ? 0 : sqlite3_changes64(m_db.get());
+    }
+
+    std::unique_ptr<Cursor> Query(const char* sql) override
+    {
+        RefuseInLostTransaction();
+        return std::make_unique<Rows>(Prepare(m_db.get(), sql));
+    }
+
+    // Taking the write lock at the start means waiting for another writer there, and never failing half-way through
+    // because two transactions both began by reading.
+    void Begin() override
+    {
+        RefuseInLostTransaction();
+        Run(m_db.get(), "BEGIN IMMEDIATE");
+        m_inTransaction = true;
+    }
+
+    void Commit() override
+    {
+        RefuseInLostTransaction();
+        Run(m_db.get(), "COMMIT");
+        m_inTransaction = false;
+    }
+
+    void Rollback() override
+    {
+        m_inTransaction = false;
+        if (sqlite3_get_autocommit(m_db.get()) == 0) {
+            Run(m_db.get(), "ROLLBACK");
+        }
+    }
+
+    [[nodiscard]] CString DateLiteral(const Date& date) const override
+    {
+        CString literal;
+        literal.Format("'%04d-%02d-%02d", date.year, date.month, date.day);
+        if (date.hasTime) {
+            CString time;
+            time.Format(" %02d:%02d:%02d", date.hour, date.minute, date.second);
+            literal += time;
+        }
+        literal += "'";
+        return literal;
+    }
+
+    [[nodiscard]] CString EscapeText(const CString& text) const override
+    {
+        CString escaped = text;
+        escaped.Replace("'", "''");
+        return escaped;
+    }
+
+private:
+    // Some failures, a full disk among them, make the engine roll back by itself; what follows would then be applied
+    // alone, each statement for itself.
+    void RefuseInLostTransaction() const
+    {
+        if (m_inTransaction && sqlite3_get_autocommit(m_db.get()) != 0) {
+            throw CAException("the engine has rolled the transaction back after an earlier error");
+        }
+    }
+
+    Handle m_db;
+    int m_dbType;
+    bool m_inTransaction = false;
+};
+
+} // namespace
+
+void RegisterUpper(sqlite3* db)
+{
+    sqlite3_create_function_v2(db, "upper", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr, &Upper, nullptr,
+                               nullptr, nullptr);
+}
+
+std::unique_ptr<Session> OpenSession(std::string_view location)
+{
+    const Location parsed = ParseLocation(location);
+    if (parsed.path.empty()) {
+        throw CAException("sqlite: names no file; write sqlite:PATH or sqlite::memory:");
+    }
+    const Options options = ReadOptions(parsed);
+    const std::string path = platform::AnsiToUtf8(parsed.path);
+    Handle db = OpenFile(path, options.flags);
+    sqlite3_busy_timeout(db.get(), options.busyTimeout);
+    // Files come from anywhere: nothing that stands in one's schema may call functions that act on the outside.
+    sqlite3_db_config(db.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(db.get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    RegisterUpper(db.get());
+    if (path != ":memory:") {
+        TakeNamedFile(db.get(), path, options.busyTimeout);
+    }
+    return std::make_unique<SqliteSession>(std::move(db), options.dbType);
+}
+
+} // namespace dbaccess::sqlite

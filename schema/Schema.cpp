@@ -1,0 +1,168 @@
+#include "schema/Schema.h"
+
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CAException.h"
+#include "dbaccess/CARecordset.h"
+#include "platform/CodePage.h"
+#include "schema/Dialect.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace schema {
+
+namespace {
+
+// Every directory has this table from its first step on; it tells our files from others.
+constexpr const char* kVersionTable = "qv_Schema";
+constexpr const char* kCreateVersionTable =
+    "CREATE TABLE qv_Schema (Col_Name VARCHAR(64) NOT NULL PRIMARY KEY, Col_Value VARCHAR(64) NOT NULL)";
+
+/// A transaction that is rolled back unless it was committed.
+class Transaction {
+public:
+    explicit Transaction(CAConnect& conn) : m_conn(conn) { m_conn.BeginTrans(); }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    ~Transaction()
+    {
+        if (!m_done) {
+            try {
+                m_conn.RollbackTrans();
+            } catch (const CAException&) { // what made us give up is being reported already
+            }
+        }
+    }
+    void Commit()
+    {
+        m_conn.CommitTrans();
+        m_done = true;
+    }
+
+private:
+    CAConnect& m_conn;
+    bool m_done = false;
+};
+
+std::vector<CString> ReadTexts(CAConnect& conn, const char* sql)
+{
+    std::vector<CString> texts;
+    CARecordset rs;
+    if (!rs.Open(sql, &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
+        throw CAException("the database connection is not open");
+    }
+    for (rs.MoveFirst(); rs.IsEOF() == 0; rs.MoveNext()) {
+        texts.push_back(rs.GetValueToStr(1, true));
+    }
+    return texts;
+}
+
+bool SameName(std::string_view a, std::string_view b)
+{
+    return platform::UpperUtf8(a) == platform::UpperUtf8(b);
+}
+
+CString ReadSetting(CAConnect& conn, const char* name)
+{
+    CString sql;
+    sql.Format("SELECT Col_Value FROM qv_Schema WHERE Col_Name = '%s'", name);
+    const std::vector<CString> values = ReadTexts(conn, sql);
+    return values.empty() ? CString() : values.front();
+}
+
+void WriteSetting(CAConnect& conn, const char* name, const char* value)
+{
+    CString sql;
+    sql.Format("UPDATE qv_Schema SET Col_Value = '%s' WHERE Col_Name = '%s'", value, name);
+    if (conn.Execute(sql) == 0) {
+        sql.Format("INSERT INTO qv_Schema (Col_Name, Col_Value) VALUES ('%s', '%s')", name, value);
+        conn.Execute(sql);
+    }
+}
+
+Status InspectFor(CAConnect& conn, int newest)
+{
+    const std::vector<CString> tables = ReadTexts(conn, DialectOf(conn).listTables.c_str());
+    if (tables.empty()) {
+        return {State::empty, 0, newest};
+    }
+    if (std::ranges::none_of(tables, [](const CString& name) { return SameName(name.View(), kVersionTable); })) {
+        return {State::foreign, 0, newest};
+    }
+    const int version = std::atoi(ReadSetting(conn, "version"));
+    return {version < newest ? State::older : version > newest ? State::newer : State::current, version, newest};
+}
+
+void ApplyStep(CAConnect& conn, const Step& step, int version)
+{
+    for (const std::string& statement : step.statements) {
+        conn.Execute(statement.c_str());
+    }
+    CString number;
+    number.Format("%d", version);
+    WriteSetting(conn, "version", number);
+}
+
+// One step in one transaction. The version is read again inside it: another run may have been quicker.
+Status NextStep(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress)
+{
+    const int newest = static_cast<int>(steps.size());
+    Transaction transaction(conn);
+    const Status status = InspectFor(conn, newest);
+    if (status.state == State::foreign) {
+        throw CAException("the database holds other tables than a directory's");
+    }
+    if (status.state == State::newer) {
+        CString text;
+        text.Format("the directory is of version %d, made by a later program; this one knows %d", status.version, newest);
+        throw CAException(text);
+    }
+    if (status.state == State::current) {
+        return status;
+    }
+    if (status.state == State::empty) {
+        conn.Execute(kCreateVersionTable);
+        WriteSetting(conn, "upper", platform::UnicodeVersion());
+    }
+    const Step& step = steps[static_cast<std::size_t>(status.version)];
+    if (progress) {
+        progress(status.version + 1, step.title);
+    }
+    ApplyStep(conn, step, status.version + 1);
+    transaction.Commit();
+    return {status.version + 1 == newest ? State::current : State::older, status.version + 1, newest};
+}
+
+} // namespace
+
+const Dialect& DialectOf(CAConnect& conn)
+{
+    const CString engine = conn.GetEngineName();
+    if (engine.View().starts_with("SQLite")) {
+        return sqlite::TheDialect();
+    }
+    throw CAException("there are no tables for the engine " + engine);
+}
+
+Status Inspect(CAConnect& conn) { return InspectFor(conn, static_cast<int>(DialectOf(conn).steps.size())); }
+
+void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress)
+{
+    while (NextStep(conn, steps, progress).state != State::current) {
+    }
+}
+
+void Upgrade(CAConnect& conn, const Progress& progress) { Upgrade(conn, DialectOf(conn).steps, progress); }
+
+void RefreshIndexes(CAConnect& conn)
+{
+    if (ReadSetting(conn, "upper") == platform::UnicodeVersion()) {
+        return;
+    }
+    Transaction transaction(conn);
+    conn.Execute(DialectOf(conn).rebuildIndexes.c_str());
+    WriteSetting(conn, "upper", platform::UnicodeVersion());
+    transaction.Commit();
+}
+
+} // namespace schema

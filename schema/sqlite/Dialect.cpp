@@ -1,0 +1,18 @@
+#include "schema/Dialect.h"
+
+#include "schema/SqliteStatements.h"
+#include "schema/StatementSplitter.h"
+
+namespace schema::sqlite {
+
+const Dialect& TheDialect()
+{
+    static const Dialect dialect{
+        {{"tables", SplitStatements(k_001_tables)}, {"indexes", SplitStatements(k_002_indexes)}},
+        "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'",
+        "REINDEX",
+    };
+    return dialect;
+}
+
+} // namespace schema::sqlite
