@@ -10,7 +10,7 @@ using SourceLocation = std::source_location;
 
 class SourceLocation {
 public:
-    static consteval SourceLocation current(const char* file = __builtin_FILE(),
+    static constexpr SourceLocation current(const char* file = __builtin_FILE(),
                                             std::uint_least32_t line = __builtin_LINE()) noexcept
     {
         return {file, line};

@@ -39,8 +39,10 @@ void Report(CAConnect& conn, const CAException& e, const CString& sql, OnError p
 bool OpenResult(CARecordset& rs, const CString& sql, CAConnect& conn);
 
 // The library's exceptions are caught by value: its interface asks for it.
+#if !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wcatch-value"
+#endif
 /// Runs `body()` and turns what the engine raises into the policy's report and a value-initialised result.
 template <class Body>
 auto Guarded(CAConnect& conn, const CString& sql, OnError policy, SourceLocation at, Body body) -> decltype(body())
@@ -52,7 +54,9 @@ auto Guarded(CAConnect& conn, const CString& sql, OnError policy, SourceLocation
         return {};
     }
 }
+#if !defined(__clang__)
 #pragma GCC diagnostic pop
+#endif
 
 inline void Fetch(CARecordset& row, long column, int& out) { row.GetValue(column, out); }
 inline void Fetch(CARecordset& row, long column, bool& out) { row.GetValue(column, out); }

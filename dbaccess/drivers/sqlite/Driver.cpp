@@ -261,16 +261,11 @@ public:
         }
     }
 
+    // Dates are kept as text and compare as text: without its time, a day would sort before its own midnight.
     [[nodiscard]] CString DateLiteral(const Date& date) const override
     {
         CString literal;
-        literal.Format("'%04d-%02d-%02d", date.year, date.month, date.day);
-        if (date.hasTime) {
-            CString time;
-            time.Format(" %02d:%02d:%02d", date.hour, date.minute, date.second);
-            literal += time;
-        }
-        literal += "'";
+        literal.Format("'%04d-%02d-%02d %02d:%02d:%02d'", date.year, date.month, date.day, date.hour, date.minute, date.second);
         return literal;
     }
 

@@ -1,0 +1,230 @@
+#include "tests/dbaccess/DriverSuite.h"
+
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CADateTime.h"
+#include "dbaccess/CAException.h"
+#include "dbaccess/CARecordset.h"
+#include "platform/CodePage.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+// What every driver does alike. A new driver is one more Quirks value at the end of this file.
+
+namespace {
+
+class CodePageGuard {
+public:
+    explicit CodePageGuard(UINT codePage) : m_before(GetACP()) { EXPECT_TRUE(SetAnsiCodePage(codePage)); }
+    CodePageGuard(const CodePageGuard&) = delete;
+    CodePageGuard& operator=(const CodePageGuard&) = delete;
+    ~CodePageGuard() { SetAnsiCodePage(m_before); }
+
+private:
+    UINT m_before;
+};
+
+class DriverSuite : public testing::TestWithParam<Quirks> {
+protected:
+    DriverSuite() { m_conn.Open(GetParam().freshUrl().c_str()); }
+
+    void MakeTable() { m_conn.Execute("CREATE TABLE t (id INTEGER, name VARCHAR(100), day DATE)"); }
+
+    CString TextOf(const std::string& sql)
+    {
+        CARecordset rs;
+        EXPECT_TRUE(rs.Open(sql.c_str(), &m_conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
+        return rs.GetValueToStr(1, true);
+    }
+
+    int Count() { return std::atoi(TextOf("SELECT COUNT(*) FROM t")); }
+
+    static std::string ErrorOf(const std::function<void()>& call)
+    {
+        try {
+            call();
+        } catch (const CAException& e) {
+            return std::string(e.GetErrorText()) + " [" + e.GetErrorCode().GetString() + "]";
+        }
+        return "nothing was raised";
+    }
+
+    CAConnect m_conn;
+};
+
+TEST_P(DriverSuite, TellsHowManyRowsAWriteChanged)
+{
+    MakeTable();
+    EXPECT_EQ(m_conn.Execute("INSERT INTO t (id, name) VALUES (1, 'a')"), 1);
+    EXPECT_EQ(m_conn.Execute("INSERT INTO t (id, name) VALUES (2, 'b')"), 1);
+    EXPECT_EQ(m_conn.Execute("UPDATE t SET name = 'c'"), 2);
+    EXPECT_EQ(m_conn.Execute("DELETE FROM t WHERE id = 7"), 0);
+    EXPECT_EQ(m_conn.Execute("CREATE TABLE u (id INTEGER)"), 0);
+}
+
+TEST_P(DriverSuite, RaisesTheEnginesMessageAndCode)
+{
+    CARecordset rs;
+    const std::string read = ErrorOf(
+        [&] { rs.Open("SELECT a FROM nowhere", &m_conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable); });
+    EXPECT_THAT(read, testing::HasSubstr("nowhere"));
+    EXPECT_THAT(read, testing::HasSubstr(GetParam().missingTableCode));
+    EXPECT_EQ(ErrorOf([&] { m_conn.Execute("DELETE FROM nowhere"); }), read);
+}
+
+TEST_P(DriverSuite, RefusesASecondStatementBeforeAnythingRuns)
+{
+    MakeTable();
+    for (const char* text : {"INSERT INTO t (id) VALUES (1); INSERT INTO t (id) VALUES (2)",
+                             "INSERT INTO t (id) VALUES (1); garbage", "INSERT INTO t (id) VALUES (1) ; /* x */ DROP TABLE t"}) {
+        EXPECT_NE(ErrorOf([&] { m_conn.Execute(text); }), "nothing was raised") << text;
+        EXPECT_EQ(Count(), 0) << text;
+    }
+    CARecordset rs;
+    EXPECT_NE(ErrorOf([&] {
+                  rs.Open("SELECT 1; DROP TABLE t", &m_conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+              }),
+              "nothing was raised");
+    EXPECT_EQ(Count(), 0);
+}
+
+TEST_P(DriverSuite, RefusesATextWithoutAStatement)
+{
+    for (const char* text : {"", "  \n", ";", "-- nothing"}) {
+        EXPECT_NE(ErrorOf([&] { m_conn.Execute(text); }), "nothing was raised") << text;
+    }
+}
+
+TEST_P(DriverSuite, TakesAClosingSemicolonAndBlanks)
+{
+    MakeTable();
+    EXPECT_EQ(m_conn.Execute("INSERT INTO t (id) VALUES (1) ; \n"), 1);
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_P(DriverSuite, GivesTextsBackByteForByte)
+{
+    MakeTable();
+    for (const std::string text : {"O'Brien", "a\\b", "C:\\", "'", "''", "\\'", "100 %s %d", "Зоя 王芳 José", "\"x\"", "a\r\n\tb",
+                                   "?", "{fn x}", " blank ", "#", "--"}) {
+        m_conn.Execute("DELETE FROM t");
+        m_conn.Execute(("INSERT INTO t (name) VALUES ('" + std::string(m_conn.EscapeText(text.c_str())) + "')").c_str());
+        EXPECT_EQ(std::string(TextOf("SELECT name FROM t")), text);
+    }
+}
+
+TEST_P(DriverSuite, ReadsDateColumns)
+{
+    MakeTable();
+    m_conn.Execute("INSERT INTO t (day) VALUES ('2013-05-07')");
+    CARecordset rs;
+    rs.Open("SELECT day FROM t", &m_conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    CADateTime day;
+    EXPECT_TRUE(rs.GetValue(1, day));
+    EXPECT_EQ(day.GetOleDateTime(), COleDateTime(2013, 5, 7, 0, 0, 0));
+}
+
+TEST_P(DriverSuite, WritesDateLiterals)
+{
+    EXPECT_STREQ(m_conn.GetDateStrOnSQL("2013-05-07"), GetParam().dateLiteral.c_str());
+}
+
+TEST_P(DriverSuite, AppliesOrDropsATransactionWhole)
+{
+    MakeTable();
+    m_conn.BeginTrans();
+    m_conn.Execute("INSERT INTO t (id) VALUES (1)");
+    m_conn.RollbackTrans();
+    EXPECT_EQ(Count(), 0);
+    m_conn.BeginTrans();
+    m_conn.Execute("INSERT INTO t (id) VALUES (1)");
+    m_conn.CommitTrans();
+    EXPECT_EQ(Count(), 1);
+    m_conn.RollbackTrans();
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_P(DriverSuite, RefusesATransactionInsideATransactionAndACommitWithoutOne)
+{
+    EXPECT_NE(ErrorOf([&] { m_conn.CommitTrans(); }), "nothing was raised");
+    m_conn.BeginTrans();
+    EXPECT_NE(ErrorOf([&] { m_conn.BeginTrans(); }), "nothing was raised");
+    m_conn.RollbackTrans();
+}
+
+TEST_P(DriverSuite, IsReadyForTheNextStatementWhenAResultIsClosedEarly)
+{
+    MakeTable();
+    for (int i = 0; i < 100; ++i) {
+        m_conn.Execute("INSERT INTO t (id) VALUES (1)");
+    }
+    {
+        CARecordset rs;
+        rs.Open("SELECT id FROM t", &m_conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+        rs.MoveNext();
+    }
+    EXPECT_EQ(m_conn.Execute("DELETE FROM t"), 100);
+    m_conn.Execute("DROP TABLE t");
+}
+
+TEST_P(DriverSuite, RaisesInTheMiddleOfAStatementWithoutHalfDoingIt)
+{
+    m_conn.Execute("CREATE TABLE k (id INTEGER NOT NULL PRIMARY KEY)");
+    m_conn.Execute("INSERT INTO k (id) VALUES (5)");
+    EXPECT_NE(ErrorOf([&] { m_conn.Execute("INSERT INTO k (id) SELECT id - 1 FROM k UNION ALL SELECT 5"); }),
+              "nothing was raised");
+    EXPECT_STREQ(TextOf("SELECT COUNT(*) FROM k"), "1");
+}
+
+struct CodePageText {
+    UINT codePage;
+    const char* bytes; // in the code page; among them characters whose second byte is a backslash
+    const char* utf8;
+};
+
+TEST_P(DriverSuite, ConvertsTextsOfTheAnsiCodePageAtItsEdge)
+{
+    const CodePageText texts[] = {
+        {936, "\x95\x5c\xd6\xd0\xce\xc4", "\u661e\u4e2d\u6587"},
+        {950, "\xa5\x5c\xb3\x5c", "\u529f\u8a31"},
+        {932, "\x83\x5c\x95\x5c", "\u30bd\u8868"},
+        {949, "\xb0\xa1", "\uac00"},
+        {1252, "Jos\xe9 \x80", "Jos\u00e9 \u20ac"},
+        {1251, "\xdE\xEB\xE8\xFF", "\u042e\u043b\u0438\u044f"},
+        {874, "\xa1\xd2", "\u0e01\u0e32"},
+    };
+    MakeTable();
+    for (const CodePageText& text : texts) {
+        m_conn.Execute("DELETE FROM t");
+        {
+            const CodePageGuard guard(text.codePage);
+            m_conn.Execute((std::string("INSERT INTO t (name) VALUES ('") + text.bytes + "')").c_str());
+            EXPECT_STREQ(TextOf("SELECT name FROM t"), text.bytes) << text.codePage;
+            EXPECT_STREQ(TextOf(std::string("SELECT name FROM t WHERE name = '") + text.bytes + "'"), text.bytes);
+        }
+        EXPECT_STREQ(TextOf("SELECT name FROM t"), text.utf8) << text.codePage;
+    }
+}
+
+TEST_P(DriverSuite, NeverLetsABrokenCharacterSwallowTheQuoteBehindIt)
+{
+    MakeTable();
+    const CodePageGuard guard(936);
+    m_conn.Execute("INSERT INTO t (name, id) VALUES ('\x95', 7)");
+    EXPECT_EQ(Count(), 1);
+    EXPECT_STREQ(TextOf("SELECT name FROM t WHERE id = 7"), "?");
+    EXPECT_EQ(m_conn.Execute("UPDATE t SET name = 'a\x95' WHERE id = 7"), 1);
+    EXPECT_STREQ(TextOf("SELECT name FROM t WHERE id = 7"), "a?");
+}
+
+TEST_P(DriverSuite, NamesItsEngine) { EXPECT_FALSE(m_conn.GetEngineName().IsEmpty()); }
+
+INSTANTIATE_TEST_SUITE_P(Engines, DriverSuite,
+                         testing::Values(Quirks{"sqlite", [] { return std::string("sqlite::memory:"); }, "SQLite 1",
+                                                "'2013-05-07 00:00:00'"}),
+                         [](const auto& instance) { return instance.param.name; });
+
+} // namespace
