@@ -11,8 +11,8 @@
 CString CQVBaseFun::m_strLastError;
 
 CQVBaseFun::CQVBaseFun() = default;
-CQVBaseFun::CQVBaseFun(const CQVBaseFun& /*from*/) {}
-CQVBaseFun& CQVBaseFun::operator=(const CQVBaseFun& /*from*/) { return *this; }
+CQVBaseFun::CQVBaseFun(const CQVBaseFun& from) = default;
+CQVBaseFun& CQVBaseFun::operator=(const CQVBaseFun& from) = default;
 CQVBaseFun::~CQVBaseFun() = default;
 
 CString CQVBaseFun::ReplaceSysSQL(CString sql)

@@ -27,7 +27,7 @@ class QV_API CQVBaseFun {
 public:
     CQVBaseFun();
     CQVBaseFun(const CQVBaseFun& from);
-    /// Copies nothing.
+    /// There is nothing to copy.
     CQVBaseFun& operator=(const CQVBaseFun& from);
     virtual ~CQVBaseFun();
 

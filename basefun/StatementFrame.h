@@ -49,7 +49,7 @@ auto Guarded(CAConnect& conn, const CString& sql, OnError policy, SourceLocation
 {
     try {
         return body();
-    } catch (CAException e) {
+    } catch (CAException e) { // NOLINT(misc-throw-by-value-catch-by-reference)
         Report(conn, e, sql, policy, at);
         return {};
     }
@@ -151,7 +151,7 @@ bool ReadObjects(CAConnect& conn, const CString& sql, CObList& list, const std::
                 std::visit([&](auto member) { detail::Fetch(row, columns[i], record.get()->*member); }, members[i].member);
             }
             list.AddTail(record.get());
-            record.release();
+            static_cast<void>(record.release());
         },
         policy, at);
 }

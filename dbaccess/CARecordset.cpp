@@ -60,7 +60,7 @@ CString TextOf(const Field& field)
     std::to_chars_result written{};
     switch (field.kind) {
     case Field::Kind::text:
-        return CString(field.value.bytes, field.length);
+        return {field.value.bytes, field.length};
     case Field::Kind::integer:
         written = std::to_chars(digits, digits + sizeof digits, field.value.integer);
         break;
@@ -70,7 +70,7 @@ CString TextOf(const Field& field)
     case Field::Kind::null:
         return {};
     }
-    return CString(digits, static_cast<std::size_t>(written.ptr - digits));
+    return {digits, static_cast<std::size_t>(written.ptr - digits)};
 }
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b)
@@ -140,7 +140,7 @@ int CARecordset::MoveNext()
     return m_hasRow ? 1 : 0;
 }
 
-int CARecordset::IsEOF() { return m_hasRow ? 0 : 1; }
+int CARecordset::IsEOF() const { return m_hasRow ? 0 : 1; }
 
 void CARecordset::CheckColumn(long column) const
 {

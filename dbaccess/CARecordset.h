@@ -45,7 +45,7 @@ public:
     /// Goes to the next row. @return non-zero when there is one.
     int MoveNext();
     /// Non-zero when there is no current row.
-    int IsEOF();
+    [[nodiscard]] int IsEOF() const;
 
     bool GetValue(long column, int& out);
     bool GetValue(long column, bool& out);

@@ -8,8 +8,23 @@
 /// What a CFile throws, by pointer, as the framework does; the catcher gives it back with Delete().
 class QV_API CFileException : public CObject {
 public:
-    enum Cause { none, genericException, fileNotFound, badPath, tooManyOpenFiles, accessDenied, invalidFile, removeCurrentDir,
-                 directoryFull, badSeek, hardIO, sharingViolation, lockViolation, diskFull, endOfFile };
+    enum Cause {
+        none,
+        genericException,
+        fileNotFound,
+        badPath,
+        tooManyOpenFiles,
+        accessDenied,
+        invalidFile,
+        removeCurrentDir,
+        directoryFull,
+        badSeek,
+        hardIO,
+        sharingViolation,
+        lockViolation,
+        diskFull,
+        endOfFile
+    };
 
     explicit CFileException(int cause = none, int osError = 0, const char* fileName = nullptr);
     ~CFileException() override;
@@ -44,7 +59,8 @@ public:
     CFile& operator=(const CFile&) = delete;
     ~CFile();
 
-    /// Opens a file. Denying is an advisory lock that other CFile objects respect.
+    /// Opens a file. Denying is an advisory lock among the CFile objects that deny something themselves; a file is
+    /// emptied only once its lock is held. An object that has a file open refuses to open another.
     /// @param error  when not null: filled on failure.
     /// @return false when it could not be opened; nothing is thrown.
     bool Open(const char* path, unsigned flags, CFileException* error = nullptr);

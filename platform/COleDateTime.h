@@ -5,12 +5,14 @@
 #include <compare>
 
 /// Date and time as a day count: days since 30 December 1899, the time of day as fraction. Local time, no time zone.
+/// Before that day the whole part counts backwards and the fraction, without its sign, is still the time of day.
 class QV_API COleDateTime {
 public:
     enum DateTimeStatus { valid = 0, invalid = 1, null = 2 };
 
     /// 30 December 1899, valid.
     COleDateTime() noexcept = default;
+    /// Status invalid for a day outside the years 100 to 9999.
     explicit COleDateTime(double days) noexcept;
     /// Status invalid when this is no real date (years 100 to 9999) or time of day.
     COleDateTime(int year, int month, int day, int hour, int minute, int second) noexcept;
@@ -34,11 +36,8 @@ public:
     [[nodiscard]] CString Format(const char* format) const;
 
     /// Two dates are equal when status and time are. Order is by time.
-    friend bool operator==(const COleDateTime& a, const COleDateTime& b) noexcept
-    {
-        return a.m_status == b.m_status && a.m_dt == b.m_dt;
-    }
-    friend std::partial_ordering operator<=>(const COleDateTime& a, const COleDateTime& b) noexcept;
+    friend QV_API bool operator==(const COleDateTime& a, const COleDateTime& b) noexcept;
+    friend QV_API std::partial_ordering operator<=>(const COleDateTime& a, const COleDateTime& b) noexcept;
 
 private:
     double m_dt = 0;

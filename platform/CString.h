@@ -91,7 +91,8 @@ public:
         FormatC(format, Argument(args)...);
     }
 
-    /// Replaces every occurrence of `from`, left to right, by `to`. @return how many there were; 0 when `from` is empty.
+    /// Replaces every occurrence of `from`, left to right, by `to`. @return how many there were; 0 when `from` is
+    /// empty.
     int Replace(const char* from, const char* to);
     int Replace(char from, char to);
     /// Upper-cases every letter whose capital the code page has.
@@ -107,7 +108,10 @@ public:
 
     friend bool operator==(const CString& a, const CString& b) noexcept { return a.View() == b.View(); }
     friend bool operator==(const CString& a, const char* b) noexcept { return a.Compare(b) == 0; }
-    friend std::strong_ordering operator<=>(const CString& a, const CString& b) noexcept { return a.View() <=> b.View(); }
+    friend std::strong_ordering operator<=>(const CString& a, const CString& b) noexcept
+    {
+        return a.View() <=> b.View();
+    }
     friend std::strong_ordering operator<=>(const CString& a, const char* b) noexcept { return a.Compare(b) <=> 0; }
 
 private:
@@ -129,9 +133,15 @@ private:
     };
     static_assert(sizeof(void*) == 8 && sizeof(Rep) == 24 && offsetof(Block, mark) == kInlineCapacity);
 
-    [[nodiscard]] unsigned char Mark() const noexcept { return static_cast<unsigned char>(m_rep.bytes[kInlineCapacity]); }
+    [[nodiscard]] unsigned char Mark() const noexcept
+    {
+        return static_cast<unsigned char>(m_rep.bytes[kInlineCapacity]);
+    }
     [[nodiscard]] bool IsInline() const noexcept { return Mark() < kBlockMark; }
-    [[nodiscard]] std::size_t Size() const noexcept { return IsInline() ? kInlineCapacity - Mark() : m_rep.block.length; }
+    [[nodiscard]] std::size_t Size() const noexcept
+    {
+        return IsInline() ? kInlineCapacity - Mark() : m_rep.block.length;
+    }
     void SetInlineLength(std::size_t length) noexcept
     {
         m_rep.bytes[kInlineCapacity] = static_cast<char>(kInlineCapacity - length);
@@ -140,7 +150,11 @@ private:
         }
     }
     void ConstructLong(const char* bytes, std::size_t length);
+    void SetBlock(char* data, std::size_t length, std::size_t capacity) noexcept;
     void FreeBlock() noexcept;
+    void Grow(std::size_t needed);
+    CString& Assign(const char* bytes, std::size_t length);
+    void KeepFrom(std::size_t start) noexcept;
     [[nodiscard]] std::size_t Capacity() const noexcept { return IsInline() ? kInlineCapacity : m_rep.block.capacity; }
     [[nodiscard]] char* Data() noexcept { return IsInline() ? m_rep.bytes : m_rep.block.data; }
     void SetLength(std::size_t length) noexcept;
@@ -157,7 +171,7 @@ private:
     static const char* Argument(const char* value) { return value; }
     void FormatC(const char* format, ...);
 
-    Rep m_rep;
+    Rep m_rep{};
 };
 
 QV_API CString operator+(const CString& a, const CString& b);

@@ -2,6 +2,7 @@
 
 #include "platform/Api.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,7 @@ QV_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int
 /// Converts UTF-16 to text of a code page. A character that it does not have becomes `defaultChar`, or "?" without one;
 /// in UTF-8, a lone surrogate becomes U+FFFD.
 /// @param length, outLength, return  as above, counted the other way round.
+/// @param defaultChar  when not null: points to one character of the code page; UTF-8 does without it.
 /// @param usedDefaultChar  when not null: set to whether a character was replaced.
 QV_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int length, char* out, int outLength,
                                const char* defaultChar, int* usedDefaultChar);
@@ -60,6 +62,9 @@ QV_API bool IsValidUtf8(std::string_view text) noexcept;
 /// Upper-cases UTF-8 text by Unicode's one-to-one rules, the same in every language; bytes that are no valid character
 /// stay as they are. CString::MakeUpper and the upper() of engines that leave it to us both use these rules.
 QV_API std::string UpperUtf8(std::string_view text);
+
+/// Upper-cases text of the ANSI code page by the same rules; a letter whose capital the code page lacks stays as it is.
+QV_API std::string UpperAnsi(std::string_view text);
 
 /// The version of the Unicode rules behind UpperUtf8, such as "15.0".
 QV_API const char* UnicodeVersion() noexcept;

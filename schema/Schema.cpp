@@ -7,6 +7,7 @@
 #include "schema/Dialect.h"
 
 #include <algorithm>
+#include <charconv>
 #include <string_view>
 
 namespace schema {
@@ -80,6 +81,14 @@ void WriteSetting(CAConnect& conn, const char* name, const char* value)
     }
 }
 
+// 0, the version of no tables at all, for what is no number.
+int NumberIn(const CString& text)
+{
+    int number = 0;
+    std::from_chars(text.View().data(), text.View().data() + text.View().size(), number);
+    return number;
+}
+
 Status InspectFor(CAConnect& conn, int newest)
 {
     const std::vector<CString> tables = ReadTexts(conn, DialectOf(conn).listTables.c_str());
@@ -89,7 +98,7 @@ Status InspectFor(CAConnect& conn, int newest)
     if (std::ranges::none_of(tables, [](const CString& name) { return SameName(name.View(), kVersionTable); })) {
         return {State::foreign, 0, newest};
     }
-    const int version = std::atoi(ReadSetting(conn, "version"));
+    const int version = NumberIn(ReadSetting(conn, "version"));
     return {version < newest ? State::older : version > newest ? State::newer : State::current, version, newest};
 }
 

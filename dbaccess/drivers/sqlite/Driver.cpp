@@ -53,7 +53,7 @@ Options ReadOptions(const Location& location)
                 Refuse("connection option busy_timeout=", value, " is no number of milliseconds");
             }
         } else if (name != "kind" && !(name == "mode" && value == "rwc")) {
-            Refuse("sqlite: has no connection option ", name + "=" + value, "; there are mode=ro|rw|rwc, busy_timeout and kind");
+            Refuse("sqlite: knows mode=ro|rw|rwc, busy_timeout=MILLISECONDS and kind=N, but not ", name, "=" + value);
         }
     }
     return options;
