@@ -163,16 +163,17 @@ bool HoldsUserTable(sqlite3* db)
 // nothing is ever written to any other.
 void TakeFile(sqlite3* db, const std::string& path, int busyTimeout)
 {
-    const int applicationId = Number(db, "PRAGMA application_id");
     const bool writable = sqlite3_db_readonly(db, "main") == 0;
-    if (applicationId == kApplicationId) {
-        return;
-    }
     if (IsEmptyFile(db)) {
         if (writable) {
             Run(db, ("PRAGMA application_id=" + std::to_string(kApplicationId)).c_str());
             SwitchToWal(db, busyTimeout);
         }
+        return;
+    }
+    // Read only now: the mark is the first thing that another opener of an empty file writes.
+    const int applicationId = Number(db, "PRAGMA application_id");
+    if (applicationId == kApplicationId) {
         return;
     }
     if (applicationId != 0 || !HoldsUserTable(db)) {
