@@ -49,7 +49,7 @@ auto Guarded(CAConnect& conn, const CString& sql, OnError policy, SourceLocation
 {
     try {
         return body();
-    } catch (CAException e) { // NOLINT(misc-throw-by-value-catch-by-reference)
+    } catch (CAException e) {
         Report(conn, e, sql, policy, at);
         return {};
     }

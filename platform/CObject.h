@@ -14,7 +14,7 @@ struct CRuntimeClass {
 class QV_API CObject {
 public:
     CObject() = default;
-    virtual CRuntimeClass* GetRuntimeClass() const;
+    [[nodiscard]] virtual CRuntimeClass* GetRuntimeClass() const;
     virtual ~CObject();
     /// Does nothing.
     virtual void Serialize(CArchive& archive);

@@ -151,7 +151,7 @@ private:
     }
     void ConstructLong(const char* bytes, std::size_t length);
     void SetBlock(char* data, std::size_t length, std::size_t capacity) noexcept;
-    void FreeBlock() noexcept;
+    void FreeBlock() const noexcept;
     void Grow(std::size_t needed);
     CString& Assign(const char* bytes, std::size_t length);
     void KeepFrom(std::size_t start) noexcept;
