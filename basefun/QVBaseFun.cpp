@@ -56,8 +56,8 @@ bool CQVBaseFun::IsDataBaseValid(CAConnect& conn, int dbType, CString dbName, bo
         sql = FormatSql("SELECT name from MSysObjects where name = '%s'", table);
         break;
     case 1:
-        sql = FormatSql("SELECT name from sysobjects where id = object_id(N'%s') and OBJECTPROPERTY(id,N'IsUserTable') = 1",
-                        table);
+        sql = FormatSql(
+            "SELECT name from sysobjects where id = object_id(N'%s') and OBJECTPROPERTY(id,N'IsUserTable') = 1", table);
         break;
     case 3:
         valid = true;

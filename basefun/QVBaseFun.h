@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Api.h"
-#include "platform/COleDateTime.h"
 #include "platform/CObList.h"
+#include "platform/COleDateTime.h"
 #include "platform/CString.h"
 #include "platform/CStringArray.h"
 #include "platform/CUIntArray.h"
@@ -13,10 +13,11 @@ class CAConnect;
 /// The module's operations. All are static and work on the caller's open connection.
 ///
 /// Common to all that return bool: true means that the statements ran, not that a row was found; what was not found
-/// keeps the value that the output is preset to, before anything can fail. false means that the connection is not open
-/// (no text, no message), or that the engine refused a statement: then m_strLastError holds the error's text, and the
-/// connection's notification window, if any, has received one message. Outputs written before a failure stay written,
-/// and of several statements the earlier ones stay done.
+/// keeps the value that the output is preset to, before anything can fail. false means that the engine refused a
+/// statement: then m_strLastError holds the error's text, and the connection's notification window, if any, has
+/// received one message. A connection that is not open makes reads return false with no text and no message; writes,
+/// whose only sign of failure is an error, report it as one. Outputs written before a failure stay written, and of
+/// several statements the earlier ones stay done.
 ///
 /// The caller owns the connection, every output and every collection. Lists are appended to, never cleared; the arrays
 /// of a list stay parallel. Text arguments enter the statement as they are unless the operation says that it doubles
@@ -57,9 +58,9 @@ public:
 
     /// A user's id by login name. @param loginName  quotes are doubled. @param id  -1 when there is none.
     static bool GetHMIDByLoginName(CAConnect& conn, CString loginName, int& id);
-    /// Whether a login name is taken, case not counting. The name is upper-cased, then quotes are doubled. On engine kind
-    /// 3 it is compared with upper(Col_LoginName); elsewhere with the column, which ignores case only where the engine
-    /// does.
+    /// Whether a login name is taken, case not counting. The name is upper-cased, then quotes are doubled. On engine
+    /// kind 3 it is compared with upper(Col_LoginName); elsewhere with the column, which ignores case only where the
+    /// engine does.
     /// @param exists  true, then false when no row came back.
     static bool ExistLoginName(CAConnect& conn, CString loginName, bool& exists);
     /// A user's id by login name, compared as by ExistLoginName. @param id  0 when there is none.
@@ -70,8 +71,8 @@ public:
     static bool IsUserLocked(CAConnect& conn, CString loginName, bool& locked);
     /// @param loginName  empty when there is no such user.
     static bool GetHMLoginName(CAConnect& conn, int id, CString& loginName);
-    /// The login name of the first user of a display name. @param name  quotes are doubled. @param loginName  empty when
-    /// there is none.
+    /// The login name of the first user of a display name. @param name  quotes are doubled. @param loginName  empty
+    /// when there is none.
     static bool GetHMLoginName(CAConnect& conn, CString name, CString& loginName);
     /// A display name by login name. @param loginName  quotes are doubled. @param name  empty when there is none.
     static bool GetHMUserName(CAConnect& conn, CString loginName, CString& name);
@@ -116,7 +117,8 @@ public:
     /// to the user elsewhere stays.
     static bool DeleteUserItemByID(CAConnect& conn, int id);
     static bool SetUserLocked(CAConnect& conn, int id, bool locked);
-    /// Sets a user's department. @param deptInfo  as it is. @param always  false: only when the department id is still 0.
+    /// Sets a user's department. @param deptInfo  as it is. @param always  false: only when the department id is still
+    /// 0.
     static bool UpdateUserDeptInfo(CAConnect& conn, int id, int deptId, CString deptInfo, bool always);
     /// Adds a user. Both texts as they are.
     static bool InsertUser(CAConnect& conn, CString loginName, CString name);

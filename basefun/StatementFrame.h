@@ -148,7 +148,8 @@ bool ReadObjects(CAConnect& conn, const CString& sql, CObList& list, const std::
                 }
             }
             for (std::size_t i = 0; i < N; ++i) {
-                std::visit([&](auto member) { detail::Fetch(row, columns[i], record.get()->*member); }, members[i].member);
+                std::visit([&](auto member) { detail::Fetch(row, columns[i], record.get()->*member); },
+                           members[i].member);
             }
             list.AddTail(record.get());
             static_cast<void>(record.release());

@@ -16,16 +16,20 @@ struct Field;
 } // namespace dbaccess
 
 // The library reads forward only, whatever is asked for; the values are part of the interface.
-enum AdbcCursorType : int { adbcCursorForwardOnly = 0, adbcCursorKeyset = 1, adbcCursorDynamic = 2, adbcCursorStatic = 3 };
+enum AdbcCursorType : int {
+    adbcCursorForwardOnly = 0,
+    adbcCursorKeyset = 1,
+    adbcCursorDynamic = 2,
+    adbcCursorStatic = 3
+};
 enum AdbcLockType : int { adbcLockReadOnly = 1, adbcLockPessimistic = 2, adbcLockOptimistic = 3 };
 enum AdbcCommandType : int { adbcCommandText = 1, adbcCommandTable = 2 };
-
 
 /// The rows of one query, read from the first to the last. The destructor closes it.
 ///
 /// Reads: a NULL, or a read with no current row, gives false and leaves the output as it was (a text getter gives the
-/// empty text). A number read from a text column, and a text read from a number column, convert as C's atoi and "%d" do.
-/// Columns are numbered from 1; names are found without regard to case.
+/// empty text). A number read from a text column, and a text read from a number column, convert as C's atoi and "%d"
+/// do. Columns are numbered from 1; names are found without regard to case.
 /// @throws CAException for what the engine refuses, a column number out of range and an unknown column name.
 class QV_API CARecordset {
 public:

@@ -9,7 +9,8 @@ namespace {
 
 bool IsReal(const Date& date)
 {
-    const std::chrono::year_month_day day{std::chrono::year{date.year}, std::chrono::month(static_cast<unsigned>(date.month)),
+    const std::chrono::year_month_day day{std::chrono::year{date.year},
+                                          std::chrono::month(static_cast<unsigned>(date.month)),
                                           std::chrono::day(static_cast<unsigned>(date.day))};
     return date.year >= 1 && date.year <= 9999 && day.ok() && date.hour <= 23 && date.minute <= 59 && date.second <= 59;
 }

@@ -14,6 +14,8 @@ namespace {
 constexpr int kItemTypeUser = 1;
 constexpr int kMembership = 1;
 
+constexpr const char* kNamesOfAll = "SELECT Col_ID, Col_LoginName, Col_Name FROM qv_User";
+
 // On engine kind 3 names are compared in capitals; elsewhere the engine's own comparison is relied on.
 bool ComparesInCapitals(const CAConnect& conn) { return conn.m_nDBType == 3; }
 
@@ -38,10 +40,9 @@ bool CQVBaseFun::ExistLoginName(CAConnect& conn, CString loginName, bool& exists
 {
     exists = true;
     const CString name = DoubleQuotes(Capitals(loginName));
-    const CString sql =
-        ComparesInCapitals(conn)
-            ? FormatSql("SELECT Col_LoginName FROM qv_User WHERE upper(Col_LoginName) = '%s'", name)
-            : FormatSql("SELECT Col_LoginName FROM qv_User WHERE Col_LoginName = '%s'", name);
+    const CString sql = ComparesInCapitals(conn)
+                            ? FormatSql("SELECT Col_LoginName FROM qv_User WHERE upper(Col_LoginName) = '%s'", name)
+                            : FormatSql("SELECT Col_LoginName FROM qv_User WHERE Col_LoginName = '%s'", name);
     return frame::TestExists(conn, sql, exists);
 }
 
@@ -143,12 +144,12 @@ bool CQVBaseFun::LoadHumanInfo(CAConnect& conn, CObList& users)
 
 bool CQVBaseFun::LoadHumanInfo(CAConnect& conn, CUIntArray& ids, CStringArray& loginNames, CStringArray& names)
 {
-    return frame::ReadEach(conn, "SELECT Col_ID, Col_LoginName, Col_Name FROM qv_User", Columns(ids, loginNames, names));
+    return frame::ReadEach(conn, kNamesOfAll, Columns(ids, loginNames, names));
 }
 
 bool CQVBaseFun::LoadUserInfo(CAConnect& conn, CUIntArray& ids, CStringArray& loginNames, CStringArray& names)
 {
-    return LoadHumanInfo(conn, ids, loginNames, names);
+    return frame::ReadEach(conn, kNamesOfAll, Columns(ids, loginNames, names));
 }
 
 bool CQVBaseFun::LoadHumanInfo(CAConnect& conn, CUIntArray& ids, CStringArray& loginNames, CStringArray& names,
@@ -201,7 +202,8 @@ bool CQVBaseFun::LoadUsers(CAConnect& conn, int holderId, int holderType, CUIntA
 
 bool CQVBaseFun::DeleteUserItemByID(CAConnect& conn, int id)
 {
-    return frame::Execute(conn, FormatSql("DELETE FROM qv_User WHERE Col_ID = %d AND Col_LoginName <> '%s'", id, "Admin"));
+    return frame::Execute(conn,
+                          FormatSql("DELETE FROM qv_User WHERE Col_ID = %d AND Col_LoginName <> '%s'", id, "Admin"));
 }
 
 bool CQVBaseFun::SetUserLocked(CAConnect& conn, int id, bool locked)
@@ -212,9 +214,11 @@ bool CQVBaseFun::SetUserLocked(CAConnect& conn, int id, bool locked)
 bool CQVBaseFun::UpdateUserDeptInfo(CAConnect& conn, int id, int deptId, CString deptInfo, bool always)
 {
     const CString sql =
-        always ? FormatSql("UPDATE qv_User SET Col_DeptID = %d, Col_DeptInfo = '%s' WHERE Col_ID = %d", deptId, deptInfo, id)
-               : FormatSql("UPDATE qv_User SET Col_DeptID = %d, Col_DeptInfo = '%s' WHERE Col_ID = %d AND Col_DeptID = 0",
-                           deptId, deptInfo, id);
+        always
+            ? FormatSql("UPDATE qv_User SET Col_DeptID = %d, Col_DeptInfo = '%s' WHERE Col_ID = %d", deptId, deptInfo,
+                        id)
+            : FormatSql("UPDATE qv_User SET Col_DeptID = %d, Col_DeptInfo = '%s' WHERE Col_ID = %d AND Col_DeptID = 0",
+                        deptId, deptInfo, id);
     return frame::Execute(conn, sql);
 }
 
@@ -227,13 +231,14 @@ bool CQVBaseFun::InsertUser(CAConnect& conn, CString loginName, CString name)
 bool CQVBaseFun::InsertUser(CAConnect& conn, CString loginName, CString name, CString password, int enType)
 {
     return frame::Execute(
-        conn, FormatSql("INSERT INTO qv_User ( Col_LoginName, Col_Name, Col_PWord, Col_EnType ) VALUES ('%s','%s','%s', %d)",
-                        loginName, name, password, enType));
+        conn,
+        FormatSql("INSERT INTO qv_User ( Col_LoginName, Col_Name, Col_PWord, Col_EnType ) VALUES ('%s','%s','%s', %d)",
+                  loginName, name, password, enType));
 }
 
 bool CQVBaseFun::UpdateHumanInfo(CAConnect& conn, int id, CString loginName, CString name, CString deptInfo,
-                                 CString jobTitle, CString officePhone, CString mobile, CString officeFax, CString eMail,
-                                 CString userData, CString homePhone, int deptId)
+                                 CString jobTitle, CString officePhone, CString mobile, CString officeFax,
+                                 CString eMail, CString userData, CString homePhone, int deptId)
 {
     const CString sql = FormatSql(
         "UPDATE qv_User Set Col_LoginName = '%s', Col_Name = '%s', Col_DeptInfo = '%s', Col_o_JobTitle = '%s', "

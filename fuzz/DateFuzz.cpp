@@ -24,7 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         int day = 0;
         fuzz::Require(std::sscanf(literal, "'%d-%d-%d", &year, &month, &day) == 3, "the literal holds a date");
         if (year >= 100) {
-            fuzz::Require(COleDateTime(year, month, day, 0, 0, 0).GetStatus() == COleDateTime::valid, "the date is real");
+            fuzz::Require(COleDateTime(year, month, day, 0, 0, 0).GetStatus() == COleDateTime::valid,
+                          "the date is real");
         }
     } catch (const CAException&) {
         fuzz::Require(text != "2013-05-07", "a date passes");

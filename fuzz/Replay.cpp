@@ -21,11 +21,43 @@ void Run(const std::string& input)
 
 std::string RandomInput(std::mt19937& random)
 {
-    static const std::vector<std::string> pieces = {
-        "'",        "''",      "\\",         "\\'",      "\\\\",     "\"",         "%s",    "%d",  "#%s#", "--", "/*",
-        "*/",       ";",       "O'Brien",    "a\\b",     "\xc3\xa9", "\xd0\xae",   "\x95",  "\x5c", "\xd6", "\xff",
-        "\xe4\xb8", "\xf0\x9f\x98\x80", "\n", "\r\n",    "\t",       "2013-05-07", "0000",  "-02-30", " 24:00:00", ":",
-        std::string(1, '\0'), "Admin", "x", " ", std::string(24, 'y'), "\xed\xa0\x80"};
+    static const std::vector<std::string> pieces = {"'",
+                                                    "''",
+                                                    "\\",
+                                                    "\\'",
+                                                    "\\\\",
+                                                    "\"",
+                                                    "%s",
+                                                    "%d",
+                                                    "#%s#",
+                                                    "--",
+                                                    "/*",
+                                                    "*/",
+                                                    ";",
+                                                    "O'Brien",
+                                                    "a\\b",
+                                                    "\xc3\xa9",
+                                                    "\xd0\xae",
+                                                    "\x95",
+                                                    "\x5c",
+                                                    "\xd6",
+                                                    "\xff",
+                                                    "\xe4\xb8",
+                                                    "\xf0\x9f\x98\x80",
+                                                    "\n",
+                                                    "\r\n",
+                                                    "\t",
+                                                    "2013-05-07",
+                                                    "0000",
+                                                    "-02-30",
+                                                    " 24:00:00",
+                                                    ":",
+                                                    std::string(1, '\0'),
+                                                    "Admin",
+                                                    "x",
+                                                    " ",
+                                                    std::string(24, 'y'),
+                                                    "\xed\xa0\x80"};
     std::string input;
     for (std::size_t left = random() % 12; left > 0; --left) {
         input += random() % 4 == 0 ? std::string(1, static_cast<char>(random())) : pieces[random() % pieces.size()];

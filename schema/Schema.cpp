@@ -58,10 +58,7 @@ std::vector<CString> ReadTexts(CAConnect& conn, const char* sql)
     return texts;
 }
 
-bool SameName(std::string_view a, std::string_view b)
-{
-    return platform::UpperUtf8(a) == platform::UpperUtf8(b);
-}
+bool SameName(std::string_view a, std::string_view b) { return platform::UpperUtf8(a) == platform::UpperUtf8(b); }
 
 CString ReadSetting(CAConnect& conn, const char* name)
 {
@@ -123,7 +120,8 @@ Status NextStep(CAConnect& conn, const std::vector<Step>& steps, const Progress&
     }
     if (status.state == State::newer) {
         CString text;
-        text.Format("the directory is of version %d, made by a later program; this one knows %d", status.version, newest);
+        text.Format("the directory is of version %d, made by a later program; this one knows %d", status.version,
+                    newest);
         throw CAException(text);
     }
     if (status.state == State::current) {

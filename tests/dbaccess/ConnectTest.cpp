@@ -113,7 +113,8 @@ TEST(ConnectUrl, SaysWhatIsWrongWithIt)
     EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?kind=1&kind=1"); }), HasSubstr("given twice"));
     EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?colour=red"); }), HasSubstr("but not colour=red"));
     EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?mode=x"); }), HasSubstr("but not mode=x"));
-    EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?busy_timeout=soon"); }), HasSubstr("no number of milliseconds"));
+    EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?busy_timeout=soon"); }),
+                HasSubstr("no number of milliseconds"));
     EXPECT_THAT(ErrorOf([&] { conn.Open(CString("sqlite:a\0b", 10)); }), HasSubstr("NUL"));
     EXPECT_FALSE(conn.IsOpen());
 }

@@ -78,8 +78,9 @@ TEST_P(DriverSuite, RaisesTheEnginesMessageAndCode)
 TEST_P(DriverSuite, RefusesASecondStatementBeforeAnythingRuns)
 {
     MakeTable();
-    for (const char* text : {"INSERT INTO t (id) VALUES (1); INSERT INTO t (id) VALUES (2)",
-                             "INSERT INTO t (id) VALUES (1); garbage", "INSERT INTO t (id) VALUES (1) ; /* x */ DROP TABLE t"}) {
+    for (const char* text :
+         {"INSERT INTO t (id) VALUES (1); INSERT INTO t (id) VALUES (2)", "INSERT INTO t (id) VALUES (1); garbage",
+          "INSERT INTO t (id) VALUES (1) ; /* x */ DROP TABLE t"}) {
         EXPECT_NE(ErrorOf([&] { m_conn.Execute(text); }), "nothing was raised") << text;
         EXPECT_EQ(Count(), 0) << text;
     }
@@ -108,10 +109,11 @@ TEST_P(DriverSuite, TakesAClosingSemicolonAndBlanks)
 TEST_P(DriverSuite, GivesTextsBackByteForByte)
 {
     MakeTable();
-    for (const std::string text : {"O'Brien", "a\\b", "C:\\", "'", "''", "\\'", "100 %s %d", "Зоя 王芳 José", "\"x\"", "a\r\n\tb",
-                                   "?", "{fn x}", " blank ", "#", "--"}) {
+    for (const std::string text : {"O'Brien", "a\\b", "C:\\", "'", "''", "\\'", "100 %s %d", "Зоя 王芳 José", "\"x\"",
+                                   "a\r\n\tb", "?", "{fn x}", " blank ", "#", "--"}) {
         m_conn.Execute("DELETE FROM t");
-        m_conn.Execute(("INSERT INTO t (name) VALUES ('" + std::string(m_conn.EscapeText(text.c_str())) + "')").c_str());
+        m_conn.Execute(
+            ("INSERT INTO t (name) VALUES ('" + std::string(m_conn.EscapeText(text.c_str())) + "')").c_str());
         EXPECT_EQ(std::string(TextOf("SELECT name FROM t")), text);
     }
 }

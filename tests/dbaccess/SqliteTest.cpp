@@ -110,7 +110,8 @@ TEST_F(SqliteTest, WritesNothingInReadOnlyMode)
 
 TEST_F(SqliteTest, RefusesAFileThatIsNoDatabaseAndLeavesItAlone)
 {
-    const std::string text = "login,name\nadmin,Administrator, long enough to be no header of anything else at all.....\n";
+    const std::string text =
+        "login,name\nadmin,Administrator, long enough to be no header of anything else at all.....\n";
     std::ofstream(File()) << text;
     CAConnect conn;
     EXPECT_EQ(ErrorOf([&] { conn.Open(Url()); }), File().string() + " is not an SQLite file []");
@@ -198,7 +199,8 @@ TEST_F(SqliteTest, UpperFoldsByUnicodeAsMakeUpperDoes)
 {
     CAConnect conn;
     conn.Open("sqlite::memory:");
-    for (const char* text : {"José", "юлия", "straße", "ñ", "žofie", "王芳", "ABC xyz 'q'", "ı", "ÿ", "", "µ", "\xff\xfe é"}) {
+    for (const char* text :
+         {"José", "юлия", "straße", "ñ", "žofie", "王芳", "ABC xyz 'q'", "ı", "ÿ", "", "µ", "\xff\xfe é"}) {
         CString capitals = text;
         capitals.MakeUpper();
         const CString escaped = conn.EscapeText(text);
@@ -257,7 +259,8 @@ TEST_F(SqliteTest, SaysThatTheDiskIsFullAndKeepsWhatWasThere)
     conn.Execute("CREATE TABLE t (a)");
     conn.Execute("INSERT INTO t VALUES ('kept')");
     conn.Execute("PRAGMA max_page_count=4");
-    EXPECT_THAT(ErrorOf([&] { conn.Execute("INSERT INTO t VALUES (zeroblob(100000))"); }), HasSubstr("full [SQLite 13]"));
+    EXPECT_THAT(ErrorOf([&] { conn.Execute("INSERT INTO t VALUES (zeroblob(100000))"); }),
+                HasSubstr("full [SQLite 13]"));
     EXPECT_STREQ(TextOf(conn, "SELECT a FROM t"), "kept");
 }
 

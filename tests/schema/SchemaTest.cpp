@@ -267,7 +267,8 @@ TEST_F(SchemaTest, PutsItsIndexesInOrderWhenTheRulesOfUpperHaveChanged)
     schema::RefreshIndexes(m_conn);
     CQVBaseFun::ExistLoginNameEx(m_conn, "josé", id);
     EXPECT_EQ(id, 1);
-    const int changes = m_conn.Execute("UPDATE qv_Schema SET Col_Value = Col_Value WHERE Col_Name = 'upper' AND Col_Value = '1.0'");
+    const int changes =
+        m_conn.Execute("UPDATE qv_Schema SET Col_Value = Col_Value WHERE Col_Name = 'upper' AND Col_Value = '1.0'");
     EXPECT_EQ(changes, 0);
 }
 

@@ -17,8 +17,9 @@ TEST(StatementSplitter, CutsAtLinesThatEndInASemicolon)
 
 TEST(StatementSplitter, KeepsATriggerWhole)
 {
-    EXPECT_THAT(SplitStatements("CREATE TRIGGER t BEFORE INSERT ON a\nBEGIN\n  SELECT 1;\n  SELECT 2;\nEND;\nDROP TABLE a;"),
-                ElementsAre("CREATE TRIGGER t BEFORE INSERT ON a\nBEGIN\n  SELECT 1;\n  SELECT 2;\nEND", "DROP TABLE a"));
+    EXPECT_THAT(
+        SplitStatements("CREATE TRIGGER t BEFORE INSERT ON a\nBEGIN\n  SELECT 1;\n  SELECT 2;\nEND;\nDROP TABLE a;"),
+        ElementsAre("CREATE TRIGGER t BEFORE INSERT ON a\nBEGIN\n  SELECT 1;\n  SELECT 2;\nEND", "DROP TABLE a"));
 }
 
 TEST(StatementSplitter, GivesNothingForAnEmptyFile) { EXPECT_THAT(SplitStatements("\n-- nothing\n"), IsEmpty()); }

@@ -16,8 +16,8 @@ using Value = std::optional<std::string>; // none is NULL
 
 /// What the database answers to one statement.
 struct Reply {
-    std::vector<std::string> columns;      // names; empty gives "c1", "c2", ... as the first row needs
-    bool noColumns = false;                // a result that raises whatever is read from it
+    std::vector<std::string> columns; // names; empty gives "c1", "c2", ... as the first row needs
+    bool noColumns = false;           // a result that raises whatever is read from it
     std::vector<std::vector<Value>> rows;
     std::optional<std::string> raise;      // raised when the statement is run
     std::optional<std::size_t> raiseAtRow; // raised when this row (from 0) is stepped to

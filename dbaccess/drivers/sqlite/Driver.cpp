@@ -266,7 +266,8 @@ public:
     [[nodiscard]] CString DateLiteral(const Date& date) const override
     {
         CString literal;
-        literal.Format("'%04d-%02d-%02d %02d:%02d:%02d'", date.year, date.month, date.day, date.hour, date.minute, date.second);
+        literal.Format("'%04d-%02d-%02d %02d:%02d:%02d'", date.year, date.month, date.day, date.hour, date.minute,
+                       date.second);
         return literal;
     }
 
@@ -296,8 +297,8 @@ private:
 
 void RegisterUpper(sqlite3* db)
 {
-    sqlite3_create_function_v2(db, "upper", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr, &Upper, nullptr,
-                               nullptr, nullptr);
+    sqlite3_create_function_v2(db, "upper", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr, &Upper,
+                               nullptr, nullptr, nullptr);
 }
 
 std::unique_ptr<Session> OpenSession(std::string_view location)

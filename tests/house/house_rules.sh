@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# house_rules.sh ROOT: rules of the sources that no compiler checks. Prints every breach and fails when there is one.
+set -euo pipefail
+source "$(dirname "$0")/sources.sh"
+cd "$1"
+
+breaches=0
+# Takes lines on its input; each is a breach of the rule.
+breach() {
+  local line
+  while IFS= read -r line; do
+    echo "$1: $line"
+    breaches=$((breaches + 1))
+  done
+}
+
+# As grep; finding nothing is no failure, and a real one counts as a breach.
+find_in() {
+  local code=0
+  grep -nHE "$@" || code=$?
+  if [ $code -gt 1 ]; then
+    echo "grep failed on $*"
+  fi
+}
+
+mapfile -t all < <(sources)
+if [ ! -f basefun/QVBaseFun.h ] || [ ${#all[@]} -eq 0 ]; then
+  echo "$1 is not the project's root"
+  exit 1
+fi
+
+# ---- Lines are named by the callers, not by a macro that a helper function would misplace.
+breach "takes its line from a macro" < <(find_in '__LINE__' "${all[@]}")
+
+# ---- One place turns the library's exceptions into results.
+operations=()
+for file in "${all[@]}"; do
+  case $file in
+    basefun/StatementFrame.h) ;;
+    basefun/* | directory/* | access/* | documents/* | admin/*) operations+=("$file") ;;
+  esac
+done
+breach "catches what only basefun/StatementFrame.h may catch" < <(
+  find_in 'catch[[:space:]]*\([[:space:]]*(const[[:space:]]+)?(CAException|\.\.\.)' "${operations[@]}")
+
+# ---- Engines are known to their drivers alone, and to what tests and measures them.
+breach "includes an engine's header" < <(
+  find_in '#[[:space:]]*include[[:space:]]*[<"]sqlite3(ext)?\.h' "${all[@]}" |
+    grep -vE '^(dbaccess/drivers/sqlite|tests/dbaccess|tests/schema|bench)/' || true)
+
+# ---- An include never points to a higher floor.
+declare -A below=(
+  [platform]="platform"
+  [dbaccess]="platform dbaccess"
+  [basefun]="platform dbaccess basefun"
+  [directory]="platform dbaccess basefun directory"
+  [access]="platform dbaccess basefun directory access"
+  [documents]="platform dbaccess basefun directory documents"
+  [admin]="platform dbaccess basefun admin"
+  [schema]="platform dbaccess schema"
+  [console]="platform dbaccess basefun directory access documents admin schema console"
+)
+include_breaches() {
+  local file line place folder target
+  for file in "${all[@]}"; do
+    folder=${file%%/*}
+    [ -n "${below[$folder]:-}" ] || continue
+    while IFS= read -r line; do
+      target=$(sed -E 's|.*include[[:space:]]*"([^"]*)".*|\1|' <<<"$line")
+      place=${target%%/*}
+      case " ${below[$folder]} " in
+        *" $place "*) ;;
+        *) echo "$line" ;;
+      esac
+      case $folder:$target in
+        console:basefun/StatementFrame.h | console:basefun/SqlText.h | console:dbaccess/Driver.h) echo "$line" ;;
+      esac
+    done < <(find_in '^[[:space:]]*#[[:space:]]*include[[:space:]]*"' "$file")
+  done
+}
+breach "includes what stands above it or is none of its business" < <(include_breaches)
+
+# ---- Every operation stands in a table of statements (tests/*/*StatementsTest.cpp), each overload with a call of its
+# own; operations without a connection send nothing and are named in some test.
+calls_in() {
+  local name=$1
+  shift
+  { grep -ohE "CQVBaseFun::$name\(" "$@" || true; } | wc -l
+}
+operation_breaches() {
+  local tables tests name overloads
+  mapfile -t tables < <(printf '%s\n' "${all[@]}" | grep -E '^tests/[^/]+/[^/]*StatementsTest\.cpp$' || true)
+  mapfile -t tests < <(printf '%s\n' "${all[@]}" | grep -E '^tests/' || true)
+  local declared
+  declared=$(sed -nE 's/^ *static [A-Za-z_0-9]+ ([A-Za-z_0-9]+)\((CAConnect&)?.*/\1 \2/p' basefun/QVBaseFun.h | sort | uniq -c)
+  if [ "$(wc -l <<<"$declared")" -lt 10 ]; then
+    echo "basefun/QVBaseFun.h: the operations cannot be read"
+  fi
+  local connection
+  while read -r overloads name connection; do
+    if [ -z "$connection" ]; then
+      if [ "$(calls_in "$name" "${tests[@]}" /dev/null)" -lt "$overloads" ]; then
+        echo "$name: called in no test"
+      fi
+    elif [ "$(calls_in "$name" "${tables[@]}" /dev/null)" -lt "$overloads" ]; then
+      echo "$name: not every one of its $overloads declarations is called in a table of statements"
+    fi
+  done <<<"$declared"
+}
+breach "is declared and not tested" < <(operation_breaches)
+
+if [ $breaches -ne 0 ]; then
+  echo "$breaches breaches of the house rules"
+  exit 1
+fi
