@@ -11,8 +11,8 @@
 CString CQVBaseFun::m_strLastError;
 
 CQVBaseFun::CQVBaseFun() = default;
-CQVBaseFun::CQVBaseFun(const CQVBaseFun& from) = default;
-CQVBaseFun& CQVBaseFun::operator=(const CQVBaseFun& from) = default;
+CQVBaseFun::CQVBaseFun(const CQVBaseFun&) = default;
+CQVBaseFun& CQVBaseFun::operator=(const CQVBaseFun&) = default;
 CQVBaseFun::~CQVBaseFun() = default;
 
 CString CQVBaseFun::ReplaceSysSQL(CString sql)

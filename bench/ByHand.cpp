@@ -1,0 +1,225 @@
+#include "bench/ByHand.h"
+
+#include "platform/CodePage.h"
+
+#include <sqlite3.h>
+#include <strings.h>
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+namespace bench {
+
+namespace {
+
+constexpr int kBusyTimeout = 5000;
+
+// The directory's indexes are ordered by this function; without it the engine would not use them.
+void Upper(sqlite3_context* context, int /*count*/, sqlite3_value** arguments)
+{
+    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+    if (text == nullptr) {
+        return;
+    }
+    const std::string upper = platform::UpperUtf8({text, static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]))});
+    sqlite3_result_text64(context, upper.data(), upper.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+const char* TextAt(sqlite3_stmt* row, int column)
+{
+    return reinterpret_cast<const char*>(sqlite3_column_text(row, column));
+}
+
+std::size_t LengthAt(sqlite3_stmt* row, int column)
+{
+    return static_cast<std::size_t>(sqlite3_column_bytes(row, column));
+}
+
+void AppendText(std::vector<std::string>& texts, sqlite3_stmt* row, int column)
+{
+    if (const char* text = TextAt(row, column)) {
+        texts.emplace_back(text, LengthAt(row, column));
+    } else {
+        texts.emplace_back();
+    }
+}
+
+void AppendNumber(std::vector<unsigned>& numbers, sqlite3_stmt* row, int column)
+{
+    numbers.push_back(static_cast<unsigned>(sqlite3_column_int(row, column)));
+}
+
+void TakeText(std::string& out, sqlite3_stmt* row, int column)
+{
+    if (const char* text = TextAt(row, column)) {
+        out.assign(text, LengthAt(row, column));
+    }
+}
+
+// Login names of the test data are ASCII.
+std::string Capitals(std::string text)
+{
+    for (char& ch : text) {
+        ch = ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch;
+    }
+    return text;
+}
+
+int ColumnNamed(sqlite3_stmt* statement, const char* name)
+{
+    const int count = sqlite3_column_count(statement);
+    for (int i = 0; i < count; ++i) {
+        if (strcasecmp(sqlite3_column_name(statement, i), name) == 0) {
+            return i;
+        }
+    }
+    throw std::runtime_error(std::string("no column ") + name);
+}
+
+} // namespace
+
+void ByHand::CloseFile::operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
+
+void ByHand::Finalize::operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+
+ByHand::ByHand(const std::string& path)
+{
+    sqlite3* raw = nullptr;
+    const int code = sqlite3_open_v2(
+        path.c_str(), &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE,
+        nullptr);
+    m_db.reset(raw);
+    if (code != SQLITE_OK) {
+        throw std::runtime_error("cannot open " + path);
+    }
+    sqlite3_busy_timeout(raw, kBusyTimeout);
+    sqlite3_db_config(raw, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(raw, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_create_function_v2(raw, "upper", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr, &Upper,
+                               nullptr, nullptr, nullptr);
+}
+
+ByHand::Statement ByHand::Prepare(const char* sql, std::size_t length)
+{
+    sqlite3_stmt* raw = nullptr;
+    const int code = sqlite3_prepare_v2(m_db.get(), sql, static_cast<int>(length + 1), &raw, nullptr);
+    Statement statement(raw);
+    if (code != SQLITE_OK) {
+        throw std::runtime_error(sqlite3_errmsg(m_db.get()));
+    }
+    return statement;
+}
+
+bool ByHand::Step(sqlite3_stmt* statement)
+{
+    const int code = sqlite3_step(statement);
+    if (code != SQLITE_ROW && code != SQLITE_DONE) {
+        throw std::runtime_error(sqlite3_errmsg(m_db.get()));
+    }
+    return code == SQLITE_ROW;
+}
+
+sqlite3_stmt* ByHand::PrepareFor(const char* sql) { return Prepare(sql, std::strlen(sql)).release(); }
+
+void ByHand::Run(const char* sql)
+{
+    const Statement statement = Prepare(sql, std::strlen(sql));
+    while (Step(statement.get())) {
+    }
+}
+
+int ByHand::FindUser(const std::string& loginName)
+{
+    std::array<char, 512> sql;
+    const int length = std::snprintf(sql.data(), sql.size(), "SELECT Col_ID FROM qv_User WHERE Col_LoginName = '%s'",
+                                     DoubledQuotes(loginName).c_str());
+    const Statement statement = Prepare(sql.data(), static_cast<std::size_t>(length));
+    return Step(statement.get()) ? sqlite3_column_int(statement.get(), 0) : -1;
+}
+
+bool ByHand::UserExists(const std::string& loginName)
+{
+    std::array<char, 512> sql;
+    const int length =
+        std::snprintf(sql.data(), sql.size(), "SELECT Col_LoginName FROM qv_User WHERE upper(Col_LoginName) = '%s'",
+                      DoubledQuotes(Capitals(loginName)).c_str());
+    const Statement statement = Prepare(sql.data(), static_cast<std::size_t>(length));
+    return Step(statement.get());
+}
+
+void ByHand::ListUsers(std::vector<unsigned>& ids, std::vector<std::string>& loginNames,
+                       std::vector<std::string>& names)
+{
+    constexpr const char* sql = "SELECT Col_ID, Col_LoginName, Col_Name FROM qv_User";
+    const Statement statement = Prepare(sql, std::strlen(sql));
+    while (Step(statement.get())) {
+        AppendNumber(ids, statement.get(), 0);
+        AppendText(loginNames, statement.get(), 1);
+        AppendText(names, statement.get(), 2);
+    }
+}
+
+void ByHand::ListUsers(std::vector<unsigned>& ids, std::vector<std::string>& loginNames,
+                       std::vector<std::string>& names, std::vector<unsigned>& sexes, std::vector<std::string>& mobiles,
+                       std::vector<std::string>& eMails, std::vector<std::string>& deptInfos,
+                       std::vector<std::string>& jobTitles, std::vector<unsigned>& disabled)
+{
+    constexpr const char* sql =
+        "SELECT Col_ID,Col_LoginName,Col_Name,Col_Sex, Col_Mobile,Col_EMail,Col_DeptInfo,Col_o_JobTitle, Col_Disabled "
+        "FROM qv_User";
+    const Statement statement = Prepare(sql, std::strlen(sql));
+    while (Step(statement.get())) {
+        AppendNumber(ids, statement.get(), 0);
+        AppendText(loginNames, statement.get(), 1);
+        AppendText(names, statement.get(), 2);
+        AppendNumber(sexes, statement.get(), 3);
+        AppendText(mobiles, statement.get(), 4);
+        AppendText(eMails, statement.get(), 5);
+        AppendText(deptInfos, statement.get(), 6);
+        AppendText(jobTitles, statement.get(), 7);
+        AppendNumber(disabled, statement.get(), 8);
+    }
+}
+
+void ByHand::LoadUsers(std::vector<Record*>& users)
+{
+    constexpr const char* sql = "SELECT * FROM qv_User ORDER BY Col_Level";
+    const Statement statement = Prepare(sql, std::strlen(sql));
+    const int id = ColumnNamed(statement.get(), "Col_ID");
+    const int loginName = ColumnNamed(statement.get(), "Col_LoginName");
+    const int name = ColumnNamed(statement.get(), "Col_Name");
+    const int password = ColumnNamed(statement.get(), "Col_Password");
+    const int isSuper = ColumnNamed(statement.get(), "Col_IsSuper");
+    while (Step(statement.get())) {
+        auto user = std::make_unique<Record>();
+        user->id = sqlite3_column_int(statement.get(), id);
+        TakeText(user->loginName, statement.get(), loginName);
+        TakeText(user->name, statement.get(), name);
+        TakeText(user->password, statement.get(), password);
+        user->isSuper = sqlite3_column_int(statement.get(), isSuper) != 0;
+        users.push_back(user.get());
+        static_cast<void>(user.release());
+    }
+}
+
+void ByHand::SaveUser(const Record& user)
+{
+    const std::string sql = InsertStatement(user);
+    const Statement statement = Prepare(sql.c_str(), sql.size());
+    Step(statement.get());
+}
+
+std::string ByHand::OldestMessage()
+{
+    constexpr const char* sql = "SELECT Col_SendDate FROM kel_Msg ORDER BY Col_SendDate";
+    const Statement statement = Prepare(sql, std::strlen(sql));
+    std::string date;
+    if (Step(statement.get())) {
+        TakeText(date, statement.get(), 0);
+    }
+    return date;
+}
+
+} // namespace bench

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "bench/Record.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace bench {
+
+/// The operations under test written against the engine's C interface, as a careful programmer would: the same
+/// statements, one buffer for the statement, texts taken over with the length that the engine knows.
+/// @throws std::runtime_error for what the engine refuses.
+class ByHand {
+public:
+    /// Opens a file with the flags and settings of the module's own connections, upper() included.
+    explicit ByHand(const std::string& path);
+
+    void Run(const char* sql);
+    /// -1 when there is no such user.
+    int FindUser(const std::string& loginName);
+    bool UserExists(const std::string& loginName);
+    void ListUsers(std::vector<unsigned>& ids, std::vector<std::string>& loginNames, std::vector<std::string>& names);
+    void ListUsers(std::vector<unsigned>& ids, std::vector<std::string>& loginNames, std::vector<std::string>& names,
+                   std::vector<unsigned>& sexes, std::vector<std::string>& mobiles, std::vector<std::string>& eMails,
+                   std::vector<std::string>& deptInfos, std::vector<std::string>& jobTitles,
+                   std::vector<unsigned>& disabled);
+    /// The caller deletes the records.
+    void LoadUsers(std::vector<Record*>& users);
+    void SaveUser(const Record& user);
+    std::string OldestMessage();
+    /// For many rows at once: a statement to bind values to.
+    sqlite3_stmt* PrepareFor(const char* sql);
+
+private:
+    struct CloseFile {
+        void operator()(sqlite3* db) const noexcept;
+    };
+    struct Finalize {
+        void operator()(sqlite3_stmt* statement) const noexcept;
+    };
+    using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
+
+    Statement Prepare(const char* sql, std::size_t length);
+    bool Step(sqlite3_stmt* statement);
+
+    std::unique_ptr<sqlite3, CloseFile> m_db;
+};
+
+} // namespace bench

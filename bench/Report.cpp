@@ -1,0 +1,104 @@
+#include "bench/Report.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+namespace bench {
+
+namespace {
+
+constexpr const char* kRow = "| %-40s | %10s | %10s | %5s | %6s | %7s | %5s |\n";
+
+constexpr const char* kLine =
+    "|------------------------------------------|-----------:|-----------:|------:|-------:|--------:|------:|\n";
+
+double Quantile(std::vector<double> values, double fraction)
+{
+    std::sort(values.begin(), values.end());
+    const double place = fraction * static_cast<double>(values.size() - 1);
+    const auto below = static_cast<std::size_t>(std::floor(place));
+    const std::size_t above = std::min(below + 1, values.size() - 1);
+    return values[below] + (values[above] - values[below]) * (place - std::floor(place));
+}
+
+double Median(const std::vector<double>& values) { return Quantile(values, 0.5); }
+
+double MiddleHalf(const std::vector<double>& values)
+{
+    return (Quantile(values, 0.75) - Quantile(values, 0.25)) / Median(values);
+}
+
+std::string Text(const char* format, double value)
+{
+    std::array<char, 32> text;
+    std::snprintf(text.data(), text.size(), format, value);
+    return text.data();
+}
+
+std::string Duration(double nanoseconds)
+{
+    if (nanoseconds < 1e6) {
+        return Text("%.2f us", nanoseconds / 1e3);
+    }
+    return Text("%.1f ms", nanoseconds / 1e6);
+}
+
+std::string Target(double target) { return target == 0 ? "" : Text("%.2f", target); }
+
+} // namespace
+
+bool PairReporter::ReportContext(const Context& /*context*/) { return true; }
+
+void PairReporter::ReportRuns(const std::vector<Run>& runs)
+{
+    for (const Run& run : runs) {
+        if (run.error_occurred) {
+            std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
+        } else if (run.run_type == Run::RT_Iteration) {
+            const auto iterations = static_cast<double>(run.iterations);
+            Samples& samples = m_samples[run.run_name.function_name];
+            samples.wall.push_back(run.real_accumulated_time / iterations * 1e9);
+            samples.cpu.push_back(run.cpu_accumulated_time / iterations * 1e9);
+        }
+    }
+}
+
+void PairReporter::Finalize()
+{
+    std::printf("\n");
+    std::printf(kRow, "processor time", "base", "Quorvel", "ratio", "target", "spread", "wall");
+    std::printf(kLine);
+    for (const Pair& pair : m_pairs) {
+        const auto base = m_samples.find(pair.base);
+        const auto other = m_samples.find(pair.other);
+        if (base == m_samples.end() || other == m_samples.end()) {
+            continue;
+        }
+        const double cpu = Median(base->second.cpu);
+        const double otherCpu = Median(other->second.cpu);
+        const double wall = Median(other->second.wall) / Median(base->second.wall);
+        const double spread = std::max(MiddleHalf(base->second.cpu), MiddleHalf(other->second.cpu));
+        std::printf(kRow, pair.title, Duration(cpu).c_str(), Duration(otherCpu).c_str(),
+                    Text("%.2f", otherCpu / cpu).c_str(), Target(pair.target).c_str(),
+                    Text("%.1f %%", spread * 100).c_str(), Text("%.2f", wall).c_str());
+    }
+    std::fflush(stdout);
+}
+
+void PrintPeaks(const std::vector<Peak>& peaks)
+{
+    std::printf("\n");
+    std::printf(kRow, "growth of peak memory", "base", "Quorvel", "ratio", "target", "", "");
+    std::printf(kLine);
+    for (const Peak& peak : peaks) {
+        const auto byHand = static_cast<double>(peak.byHand);
+        const auto quorvel = static_cast<double>(peak.quorvel);
+        std::printf(kRow, peak.title, Text("%.1f MiB", byHand / 1024).c_str(), Text("%.1f MiB", quorvel / 1024).c_str(),
+                    Text("%.2f", quorvel / byHand).c_str(), Target(peak.target).c_str(), "", "");
+    }
+    std::fflush(stdout);
+}
+
+} // namespace bench

@@ -1,0 +1,317 @@
+#include "basefun/QVBaseFun.h"
+#include "bench/ByHand.h"
+#include "bench/PeakMemory.h"
+#include "bench/Report.h"
+#include "bench/TestData.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CAException.h"
+#include "dbaccess/CARecordset.h"
+#include "directory/HumanItem.h"
+
+#include <benchmark/benchmark.h>
+#include <regex.h>
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+using namespace bench;
+
+namespace {
+
+constexpr int kManyUsers = 1'000'000;
+constexpr int kManyMessages = 1'000'000;
+constexpr int kListedRecords = 100'000;
+constexpr int kSavedRecords = 10'000;
+constexpr int kFew = 1'000;
+constexpr int kOneNameIn = 97;
+constexpr int kRepetitions = 11;
+
+const std::vector<Pair> kPairs = {
+    {"user id by login name, of 10^6", "lookup/hand", "lookup/quorvel", 1.10},
+    {"login name taken?, of 10^6", "exists/hand", "exists/quorvel", 1.10},
+    {"list of 10^6 users, 3 arrays", "list3/hand", "list3/quorvel", 1.00},
+    {"list of 10^6 users, 9 arrays", "list9/hand", "list9/quorvel", 1.00},
+    {"list of 10^5 users as records", "records/hand", "records/quorvel", 1.25},
+    {"10^4 users added in one transaction", "save/hand", "save/quorvel", 1.10},
+    {"oldest of 10^6 messages", "oldest/hand", "oldest/quorvel", 0},
+    {"oldest of 10^6 messages (base: look-up)", "lookup/quorvel", "oldest/quorvel", 0},
+    {"oldest of 10^6 messages (base: of 10^3)", "oldest_of_few/quorvel", "oldest/quorvel", 0},
+};
+
+/// The files of test data. They must exist before a connection or a benchmark makes this process large.
+struct Files {
+    TemporaryFolder folder;
+    std::string many = folder.File("many.db");       // 10^6 users and messages
+    std::string records = folder.File("records.db"); // 10^5 users
+    std::string few = folder.File("few.db");         // 10^3 users and messages
+};
+
+/// One file, opened by both sides.
+struct Directory {
+    explicit Directory(const std::string& path) : hand(path) { conn.Open(("sqlite:" + path).c_str()); }
+
+    ByHand hand;
+    CAConnect conn;
+};
+
+void Require(bool ok)
+{
+    if (!ok) {
+        throw std::runtime_error(CQVBaseFun::m_strLastError.GetString());
+    }
+}
+
+void RequireCount(std::size_t count, int expected)
+{
+    if (count != static_cast<std::size_t>(expected)) {
+        throw std::runtime_error("a list has " + std::to_string(count) + " rows");
+    }
+}
+
+void RequireCount(int count, int expected) { RequireCount(static_cast<std::size_t>(count), expected); }
+
+/// Whether the command line's filter takes a name in.
+bool IsWanted(const char* name)
+{
+    const std::string filter = benchmark::GetBenchmarkFilter();
+    regex_t pattern;
+    if (filter.empty() || filter == "all" || regcomp(&pattern, filter.c_str(), REG_EXTENDED | REG_NOSUB) != 0) {
+        return true;
+    }
+    const bool wanted = regexec(&pattern, name, 0, nullptr, 0) == 0;
+    regfree(&pattern);
+    return wanted;
+}
+
+// ---- Lists -------------------------------------------------------------------------------------------------------
+
+struct ListsByHand {
+    std::vector<unsigned> ids, sexes, disabled;
+    std::vector<std::string> loginNames, names, mobiles, eMails, deptInfos, jobTitles;
+
+    void LoadThree(ByHand& db)
+    {
+        db.ListUsers(ids, loginNames, names);
+        RequireCount(names.size(), kManyUsers);
+    }
+    void LoadNine(ByHand& db)
+    {
+        db.ListUsers(ids, loginNames, names, sexes, mobiles, eMails, deptInfos, jobTitles, disabled);
+        RequireCount(disabled.size(), kManyUsers);
+    }
+};
+
+struct Lists {
+    CUIntArray ids, sexes, disabled;
+    CStringArray loginNames, names, mobiles, eMails, deptInfos, jobTitles;
+
+    void LoadThree(CAConnect& conn)
+    {
+        Require(CQVBaseFun::LoadHumanInfo(conn, ids, loginNames, names));
+        RequireCount(names.GetSize(), kManyUsers);
+    }
+    void LoadNine(CAConnect& conn)
+    {
+        Require(CQVBaseFun::LoadHumanInfo(conn, ids, loginNames, names, sexes, mobiles, eMails, deptInfos, jobTitles,
+                                          disabled));
+        RequireCount(disabled.GetSize(), kManyUsers);
+    }
+};
+
+// A list is freed only behind the measurement: it belongs to the task.
+std::vector<Peak> MeasurePeaks(const std::string& path)
+{
+    const auto byHand = [&path](void (ListsByHand::*load)(ByHand&)) {
+        return PeakGrowth([&path, load] {
+            const auto directory = std::make_shared<Directory>(path);
+            const auto lists = std::make_shared<ListsByHand>();
+            return [directory, lists, load] { ((*lists).*load)(directory->hand); };
+        });
+    };
+    const auto quorvel = [&path](void (Lists::*load)(CAConnect&)) {
+        return PeakGrowth([&path, load] {
+            const auto directory = std::make_shared<Directory>(path);
+            const auto lists = std::make_shared<Lists>();
+            return [directory, lists, load] { ((*lists).*load)(directory->conn); };
+        });
+    };
+    std::vector<Peak> peaks;
+    if (IsWanted("list3/memory")) {
+        peaks.push_back(
+            {"list of 10^6 users, 3 arrays", byHand(&ListsByHand::LoadThree), quorvel(&Lists::LoadThree), 1.00});
+    }
+    if (IsWanted("list9/memory")) {
+        peaks.push_back(
+            {"list of 10^6 users, 9 arrays", byHand(&ListsByHand::LoadNine), quorvel(&Lists::LoadNine), 1.00});
+    }
+    return peaks;
+}
+
+// ---- Cases -------------------------------------------------------------------------------------------------------
+
+/// Registers a benchmark of `work(i)`, where i counts the calls from 0.
+template <class Work>
+benchmark::internal::Benchmark* Register(const char* name, Work work)
+{
+    return benchmark::RegisterBenchmark(name, [work](benchmark::State& state) {
+        std::size_t call = 0;
+        try {
+            for (auto _ : state) {
+                work(call++);
+            }
+        } catch (const std::exception& e) {
+            state.SkipWithError(e.what());
+        }
+    });
+}
+
+void RegisterLookups(Directory& many, const std::vector<std::string>& names)
+{
+    const auto texts = std::make_shared<std::vector<CString>>(names.begin(), names.end());
+    Register("lookup/hand", [&](std::size_t i) { Require(many.hand.FindUser(names[i % names.size()]) > 0); });
+    Register("lookup/quorvel", [&many, texts](std::size_t i) {
+        int id = 0;
+        Require(CQVBaseFun::GetHMIDByLoginName(many.conn, (*texts)[i % texts->size()], id) && id > 0);
+    });
+    Register("exists/hand", [&](std::size_t i) { Require(many.hand.UserExists(names[i % names.size()])); });
+    Register("exists/quorvel", [&many, texts](std::size_t i) {
+        bool exists = false;
+        Require(CQVBaseFun::ExistLoginName(many.conn, (*texts)[i % texts->size()], exists) && exists);
+    });
+}
+
+void RegisterLists(Directory& many)
+{
+    Register("list3/hand", [&](std::size_t) { ListsByHand().LoadThree(many.hand); })->Iterations(1);
+    Register("list3/quorvel", [&](std::size_t) { Lists().LoadThree(many.conn); })->Iterations(1);
+    Register("list9/hand", [&](std::size_t) { ListsByHand().LoadNine(many.hand); })->Iterations(1);
+    Register("list9/quorvel", [&](std::size_t) { Lists().LoadNine(many.conn); })->Iterations(1);
+}
+
+void RegisterRecords(Directory& directory)
+{
+    Register("records/hand", [&](std::size_t) {
+        std::vector<Record*> users;
+        directory.hand.LoadUsers(users);
+        RequireCount(users.size(), kListedRecords);
+        for (const Record* user : users) {
+            delete user;
+        }
+    })->Iterations(2);
+    Register("records/quorvel", [&](std::size_t) {
+        CObList users;
+        Require(CQVBaseFun::LoadHumanInfo(directory.conn, users));
+        RequireCount(users.GetCount(), kListedRecords);
+        CQVBaseFun::DetachHumanList(users);
+    })->Iterations(2);
+}
+
+// Rolled back, so that every run meets the same table.
+void RegisterSaves(Directory& few, const std::vector<Record>& records)
+{
+    Register("save/hand", [&](std::size_t) {
+        few.hand.Run("BEGIN IMMEDIATE");
+        for (const Record& record : records) {
+            few.hand.SaveUser(record);
+        }
+        few.hand.Run("ROLLBACK");
+    })->Iterations(1);
+    const auto items = std::make_shared<std::vector<CHumanItem>>(records.size());
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        Fill((*items)[i], records[i]);
+    }
+    Register("save/quorvel", [&few, items](std::size_t) {
+        few.conn.BeginTrans();
+        for (CHumanItem& item : *items) {
+            Require(item.SaveData(few.conn) == 1);
+        }
+        few.conn.RollbackTrans();
+    })->Iterations(1);
+}
+
+CString OldestMessage(CAConnect& conn)
+{
+    CARecordset rs;
+    Require(rs.Open("SELECT Col_SendDate FROM kel_Msg ORDER BY Col_SendDate", &conn, adbcCursorStatic,
+                    adbcLockOptimistic, adbcCommandTable));
+    rs.MoveFirst();
+    return rs.GetValueToStr(1, true);
+}
+
+void RegisterOldest(Directory& many, Directory& few)
+{
+    Register("oldest/hand", [&](std::size_t) { Require(!many.hand.OldestMessage().empty()); });
+    Register("oldest/quorvel", [&](std::size_t) { Require(!OldestMessage(many.conn).IsEmpty()); });
+    Register("oldest_of_few/quorvel", [&](std::size_t) { Require(!OldestMessage(few.conn).IsEmpty()); });
+}
+
+std::vector<Record> RecordsToSave()
+{
+    People people(1);
+    std::vector<Record> records;
+    records.reserve(kSavedRecords);
+    for (int i = 0; i < kSavedRecords; ++i) {
+        records.push_back(people.Next());
+    }
+    return records;
+}
+
+void RunAll()
+{
+    const Files files;
+    std::fprintf(stderr, "making test data (some 400 MB, removed at the end)...\n");
+    InChild([&files] {
+        MakeDirectory(files.many, kManyUsers, kManyMessages);
+        MakeDirectory(files.records, kListedRecords, kFew);
+        MakeDirectory(files.few, kFew, kFew);
+    });
+    const std::vector<Peak> peaks = MeasurePeaks(files.many);
+    if (!peaks.empty()) {
+        PrintPeaks(peaks);
+    }
+
+    Directory many(files.many);
+    Directory records(files.records);
+    Directory few(files.few);
+    const std::vector<std::string> names = SomeLoginNames(files.many, kOneNameIn);
+    const std::vector<Record> toSave = RecordsToSave();
+    RegisterLookups(many, names);
+    RegisterLists(many);
+    RegisterRecords(records);
+    RegisterSaves(few, toSave);
+    RegisterOldest(many, few);
+
+    PairReporter reporter(kPairs);
+    std::fprintf(stderr, "running...\n");
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Presets that the command line may override. Interleaving spreads a busy moment over both sides of every pair.
+    std::string interleaving = "--benchmark_enable_random_interleaving=true";
+    std::string repetitions = "--benchmark_repetitions=" + std::to_string(kRepetitions);
+    std::string minTime = "--benchmark_min_time=0.2";
+    std::vector<char*> arguments = {argv[0], interleaving.data(), repetitions.data(), minTime.data()};
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
+        return 2;
+    }
+    try {
+        RunAll();
+    } catch (const CAException& e) {
+        std::fprintf(stderr, "qvbench: %s\n", e.GetErrorText().GetString());
+        return 1;
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "qvbench: %s\n", e.what());
+        return 1;
+    }
+    return 0;
+}
