@@ -1,0 +1,254 @@
+#include "console/Arguments.h"
+
+#include "console/Commands.h"
+#include "console/Errors.h"
+#include "console/Help.h"
+#include "console/Text.h"
+#include "platform/CodePage.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <numeric>
+#include <stdexcept>
+#include <string_view>
+
+namespace console {
+
+namespace {
+
+constexpr const char* kDescription = "Administration of a server's organisation directory.";
+constexpr const char* kEpilogue =
+    "Examples:\n"
+    "  qvadmin db init\n"
+    "  qvadmin user create amy --name 'Amy Pond'\n"
+    "  qvadmin user list -o json\n"
+    "\n"
+    "The database is that of --db, else of the environment variable QVADMIN_DB, else\n"
+    "quorvel/directory.db in the data directory ($XDG_DATA_HOME or ~/.local/share).\n"
+    "\n"
+    "Ends with 0 done, 1 failed, 2 usage, 3 not found, 4 conflict or ambiguous, 5 protected,\n"
+    "6 database, 7 some rows failed, 8 check or dry run found something, 9 confirmation needed.\n";
+constexpr const char* kEveryCommand = "\nEvery command takes --db URL and -o FORMAT too; see `qvadmin --help`.\n";
+constexpr std::size_t kFarthest = 2;
+
+// ---- Suggestions ----------------------------------------------------------------------------------------------------
+
+/// How many letters must be changed, added or left out to turn one word into the other.
+std::size_t Distance(std::string_view from, std::string_view to)
+{
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t replaced = diagonal + (from[i] == to[j] ? 0U : 1U);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+bool IsNear(std::string_view written, std::string_view name)
+{
+    return name.starts_with(written) || (written.size() > kFarthest && Distance(written, name) <= kFarthest);
+}
+
+/// @param missing  begins the sentence, such as "there is no noun".
+[[noreturn]] void RefuseWord(const std::string& missing, const std::string& written,
+                             const std::vector<std::string_view>& names)
+{
+    std::string near;
+    std::string all;
+    for (const std::string_view name : names) {
+        all += fmt::format("{}{}", all.empty() ? "" : ", ", name);
+        if (IsNear(written, name)) {
+            near += fmt::format("{}{}", near.empty() ? "" : " or ", name);
+        }
+    }
+    const std::string hint = near.empty() ? "there are " + all : "did you mean " + near + "?";
+    throw Refusal(Exit::usage, fmt::format("{} {}; {}", missing, Quoted(written), hint));
+}
+
+std::vector<std::string_view> NounNames()
+{
+    std::vector<std::string_view> names;
+    std::ranges::transform(Nouns(), std::back_inserter(names), &Noun::name);
+    return names;
+}
+
+std::vector<std::string_view> VerbNames(std::string_view noun)
+{
+    std::vector<std::string_view> names;
+    for (const Command& command : Commands()) {
+        if (command.noun == noun) {
+            names.push_back(command.verb);
+        }
+    }
+    return names;
+}
+
+// ---- The command line -----------------------------------------------------------------------------------------------
+
+std::string WithHeading(std::string_view examples) { return fmt::format("Examples:\n{}\n", examples); }
+
+Format ReadFormat(const std::string& name)
+{
+    const std::optional<Format> format = FindFormat(name);
+    if (!format) {
+        throw Refusal(Exit::usage, fmt::format("there is no output format {}; there are table, csv, json, jsonl, plain",
+                                               Quoted(name)));
+    }
+    return *format;
+}
+
+void DeclareVerbs(CLI::App& app, std::string_view noun, Arguments& arguments)
+{
+    for (const Command& command : Commands()) {
+        if (command.noun != noun) {
+            continue;
+        }
+        CLI::App* verb = app.add_subcommand(std::string(command.verb), std::string(command.summary));
+        verb->group("Verbs")->fallthrough()->footer(WithHeading(command.examples) + kEveryCommand);
+        if (command.declare != nullptr) {
+            command.declare(*verb, arguments);
+        }
+    }
+}
+
+void Declare(CLI::App& app, Arguments& arguments)
+{
+    app.formatter(MakeHelpFormatter());
+    app.footer(kEpilogue);
+    app.set_version_flag("--version", "qvadmin " QV_VERSION);
+    app.add_option("--db", arguments.db, "database, such as sqlite:PATH")->type_name("URL");
+    app.add_option_function<std::string>(
+           "-o,--output", [&arguments](const std::string& name) { arguments.format = ReadFormat(name); },
+           "table (default), csv, json, jsonl or plain (tabs between, no header)")
+        ->type_name("FORMAT");
+    app.require_subcommand(0, 1);
+    for (const Noun& noun : Nouns()) {
+        CLI::App* sub = app.add_subcommand(std::string(noun.name), std::string(noun.summary));
+        sub->group("Nouns")->fallthrough()->require_subcommand(0, 1)->footer(WithHeading(noun.examples));
+        DeclareVerbs(*sub, noun.name, arguments);
+    }
+}
+
+/// The words as CLI11 takes them: from the last to the first. It would read "--birthday= amy" as a birthday "amy".
+std::vector<std::string> Prepared(const std::vector<std::string>& words)
+{
+    std::vector<std::string> prepared;
+    bool optionsOver = false;
+    for (const std::string& word : words) {
+        if (!platform::IsValidUtf8(word)) {
+            throw Refusal(Exit::usage, fmt::format("the argument {} is not UTF-8", Quoted(word)));
+        }
+        optionsOver = optionsOver || word == "--";
+        const bool endsEmpty = !optionsOver && word.starts_with("--") && word.find('=') == word.size() - 1;
+        prepared.push_back(endsEmpty ? word.substr(0, word.size() - 1) : word);
+        if (endsEmpty) {
+            prepared.emplace_back();
+        }
+    }
+    std::ranges::reverse(prepared);
+    return prepared;
+}
+
+/// The app of the noun or verb that was named inside this one; null when none was.
+const CLI::App* NamedIn(const CLI::App& app)
+{
+    const auto subs = app.get_subcommands();
+    return subs.empty() ? nullptr : subs.front();
+}
+
+std::string HelpCommand(const CLI::App& app)
+{
+    std::string command = "qvadmin";
+    for (const CLI::App* sub = NamedIn(app); sub != nullptr; sub = NamedIn(*sub)) {
+        command += " " + sub->get_name();
+    }
+    return command + " --help";
+}
+
+std::optional<std::string> FirstWord(const std::vector<std::string>& words, bool option)
+{
+    const auto found =
+        std::ranges::find_if(words, [option](const std::string& word) { return word.starts_with('-') == option; });
+    return found == words.end() ? std::nullopt : std::optional(*found);
+}
+
+/// Says what is wrong with words that nobody took; there may be none. @return when nothing is.
+void RefuseUnknownWords(const CLI::App& app)
+{
+    std::vector<std::string> words = app.remaining(true);
+    std::erase(words, "--");
+    const CLI::App* noun = NamedIn(app);
+    const std::optional<std::string> word = FirstWord(words, false);
+    if (word && noun == nullptr) {
+        RefuseWord("there is no noun", *word, NounNames());
+    }
+    if (word && NamedIn(*noun) == nullptr) {
+        RefuseWord(noun->get_name() + " has no verb", *word, VerbNames(noun->get_name()));
+    }
+    if (!words.empty()) {
+        const std::string unknown = FirstWord(words, true).value_or(words.front());
+        throw Refusal(Exit::usage, fmt::format("{} is not expected here; see `{}`", Quoted(unknown), HelpCommand(app)));
+    }
+}
+
+const Command& SelectedCommand(const CLI::App& app)
+{
+    const CLI::App* noun = NamedIn(app);
+    if (noun == nullptr) {
+        throw Refusal(Exit::usage, "name a noun and a verb, such as `qvadmin user list`");
+    }
+    const CLI::App* verb = NamedIn(*noun);
+    if (verb == nullptr) {
+        throw Refusal(Exit::usage, fmt::format("name what to do, such as `qvadmin {} {}`; see `{}`", noun->get_name(),
+                                               VerbNames(noun->get_name()).front(), HelpCommand(app)));
+    }
+    return *std::ranges::find_if(Commands(), [&](const Command& command) {
+        return command.noun == noun->get_name() && command.verb == verb->get_name();
+    });
+}
+
+} // namespace
+
+Request ParseCommandLine(const std::vector<std::string>& words)
+{
+    Request request;
+    CLI::App app(kDescription, "qvadmin");
+    Declare(app, request.arguments);
+    app.allow_extras();
+    try {
+        app.parse(Prepared(words));
+    } catch (const CLI::CallForHelp&) {
+        request.text = app.help();
+        return request;
+    } catch (const CLI::CallForVersion& e) {
+        request.text = std::string(e.what()) + "\n";
+        return request;
+    } catch (const CLI::ParseError& e) {
+        RefuseUnknownWords(app);
+        throw Refusal(Exit::usage, fmt::format("{}; see `{}`", Visible(e.what()), HelpCommand(app)));
+    } catch (const std::logic_error&) {
+        // What CLI11 lets through from the number conversion that it tries on the value of a flag.
+        throw Refusal(Exit::usage,
+                      fmt::format("an option that is on or off has another value; see `{}`", HelpCommand(app)));
+    }
+    RefuseUnknownWords(app);
+    request.command = &SelectedCommand(app);
+    return request;
+}
+
+std::string ProgramHelp()
+{
+    Arguments unused;
+    CLI::App app(kDescription, "qvadmin");
+    Declare(app, unused);
+    return app.help();
+}
+
+} // namespace console

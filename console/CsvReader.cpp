@@ -1,0 +1,164 @@
+#include "console/CsvReader.h"
+
+#include "platform/CodePage.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <new>
+#include <string_view>
+#include <utility>
+
+namespace console {
+
+namespace {
+
+constexpr std::size_t kLongestRecord = std::size_t{1024} * 1024;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr const char* kTooLong = "the row is longer than 1 MiB; is a quote left open?";
+
+bool IsBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
+
+// A carriage return is a blank and no line break, so that CRLF ends a line once and a quoted CRLF stays as it is.
+int IsCarriageReturn(unsigned char ch) { return ch == '\r' ? 1 : 0; }
+int IsLineFeed(unsigned char ch) { return ch == '\n' ? 1 : 0; }
+
+std::string ProblemOf(const std::vector<std::string>& fields)
+{
+    for (const std::string& field : fields) {
+        if (field.find('\0') != std::string::npos) {
+            return "there is a NUL byte in the row";
+        }
+        if (!platform::IsValidUtf8(field)) {
+            return "the row is not UTF-8";
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+CsvReader::CsvReader(std::istream& in) : m_in(in), m_parser() { StartParser(); }
+
+CsvReader::~CsvReader() { csv_free(&m_parser); }
+
+std::optional<CsvRecord> CsvReader::Next()
+{
+    while (const std::optional<Line> line = NextLine()) {
+        if (!IsBlank(line->text)) {
+            return ReadRecord(*line);
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<CsvReader::Line> CsvReader::NextLine()
+{
+    if (m_again.empty()) {
+        return ReadLine();
+    }
+    Line line = std::move(m_again.front());
+    m_again.pop_front();
+    return line;
+}
+
+std::optional<CsvReader::Line> CsvReader::ReadLine()
+{
+    Line line;
+    int byte = ReadByte();
+    if (byte == std::char_traits<char>::eof()) {
+        return std::nullopt;
+    }
+    for (; byte != std::char_traits<char>::eof() && byte != '\n'; byte = ReadByte()) {
+        line.tooLong = line.text.size() >= kLongestRecord;
+        if (!line.tooLong) {
+            line.text += static_cast<char>(byte);
+        }
+    }
+    if (m_failed) {
+        return std::nullopt;
+    }
+    line.number = ++m_lines;
+    if (line.number == 1 && line.text.starts_with(kByteOrderMark)) {
+        line.text.erase(0, kByteOrderMark.size());
+    }
+    line.text += '\n';
+    return line;
+}
+
+// The buffer is asked directly: what it throws when reading fails is not lost in a state bit.
+int CsvReader::ReadByte()
+{
+    try {
+        return m_in.rdbuf()->sbumpc();
+    } catch (const std::ios_base::failure&) {
+        m_failed = true;
+        return std::char_traits<char>::eof();
+    }
+}
+
+void CsvReader::StartParser()
+{
+    if (csv_init(&m_parser, CSV_STRICT) != 0) {
+        throw std::bad_alloc();
+    }
+    csv_set_space_func(&m_parser, &IsCarriageReturn);
+    csv_set_term_func(&m_parser, &IsLineFeed);
+}
+
+bool CsvReader::Feed(const std::string& text)
+{
+    const auto takeField = [](void* bytes, std::size_t length, void* self) {
+        static_cast<CsvReader*>(self)->m_fields.emplace_back(static_cast<const char*>(bytes), length);
+    };
+    const auto endRow = [](int, void* self) { static_cast<CsvReader*>(self)->m_complete = true; };
+    const std::size_t taken = csv_parse(&m_parser, text.data(), text.size(), takeField, endRow, this);
+    if (taken != text.size() && csv_error(&m_parser) == CSV_ENOMEM) {
+        throw std::bad_alloc();
+    }
+    return taken == text.size();
+}
+
+std::optional<CsvRecord> CsvReader::ReadRecord(const Line& first)
+{
+    m_fields.clear();
+    m_complete = false;
+    std::vector<Line> further;
+    std::size_t length = 0;
+    for (const Line* line = &first;; line = &further.back()) {
+        length += line->text.size();
+        if (line->tooLong || length > kLongestRecord) {
+            return GiveUp(first.number, kTooLong, further);
+        }
+        if (!Feed(line->text)) {
+            return GiveUp(first.number,
+                          further.empty()
+                              ? "a quote stands in the middle of a value"
+                              : fmt::format("a quote opened here is not closed properly (line {})", line->number),
+                          further);
+        }
+        if (m_complete) {
+            std::string problem = ProblemOf(m_fields);
+            return CsvRecord{first.number, std::move(m_fields), std::move(problem)};
+        }
+        std::optional<Line> next = NextLine();
+        if (!next && m_failed) {
+            return std::nullopt;
+        }
+        if (!next) {
+            return GiveUp(first.number, "a quote opened here is never closed", further);
+        }
+        further.push_back(std::move(*next));
+    }
+}
+
+CsvRecord CsvReader::GiveUp(long line, std::string problem, std::vector<Line>& further)
+{
+    csv_free(&m_parser);
+    StartParser();
+    m_again.insert(m_again.begin(), std::make_move_iterator(further.begin()), std::make_move_iterator(further.end()));
+    return {line, {}, std::move(problem)};
+}
+
+} // namespace console

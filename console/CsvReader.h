@@ -1,0 +1,61 @@
+#pragma once
+
+#include <csv.h>
+
+#include <deque>
+#include <istream>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace console {
+
+struct CsvRecord {
+    long line = 0; ///< the line that the record starts on, from 1
+    std::vector<std::string> fields;
+    std::string problem; ///< why it cannot be read; empty when it can
+};
+
+/// Reads comma-separated values (RFC 4180, UTF-8 with or without a byte order mark, LF or CRLF).
+///
+/// A record that cannot be read costs only its own first line: reading goes on with the line after it, so that a quote
+/// that is never closed does not swallow the rest of the file. Blank lines are skipped. Blanks around values belong to
+/// them.
+class CsvReader {
+public:
+    /// @param in  read from where it stands; outlives the reader.
+    explicit CsvReader(std::istream& in);
+    CsvReader(const CsvReader&) = delete;
+    CsvReader& operator=(const CsvReader&) = delete;
+    ~CsvReader();
+
+    /// The next record, or nothing at the end and when the stream cannot be read.
+    std::optional<CsvRecord> Next();
+    /// Whether reading ended because the stream failed, rather than at its end.
+    [[nodiscard]] bool Failed() const noexcept { return m_failed; }
+
+private:
+    struct Line {
+        long number = 0;
+        std::string text; ///< ends with a line break; cut when too long
+        bool tooLong = false;
+    };
+
+    std::optional<Line> NextLine();
+    std::optional<Line> ReadLine();
+    int ReadByte();
+    void StartParser();
+    bool Feed(const std::string& text);
+    std::optional<CsvRecord> ReadRecord(const Line& first);
+    CsvRecord GiveUp(long line, std::string problem, std::vector<Line>& further);
+
+    std::istream& m_in;
+    csv_parser m_parser;
+    std::deque<Line> m_again; ///< lines to be read a second time, as records of their own
+    long m_lines = 0;
+    bool m_failed = false;
+    std::vector<std::string> m_fields;
+    bool m_complete = false;
+};
+
+} // namespace console

@@ -1,0 +1,68 @@
+#include "console/DbCommands.h"
+
+#include "console/Engine.h"
+#include "console/Opened.h"
+#include "console/Render.h"
+#include "console/Text.h"
+#include "console/Url.h"
+
+#include <fmt/format.h>
+
+namespace console::db {
+
+namespace {
+
+std::string WhatWasDone(const schema::Status& before, const schema::Status& after)
+{
+    if (before.state == schema::State::current) {
+        return fmt::format("nothing to do, the directory is of version {} already", after.version);
+    }
+    if (before.version == 0) {
+        return fmt::format("made a directory of version {}", after.version);
+    }
+    return fmt::format("upgraded the directory from version {} to {}", before.version, after.version);
+}
+
+schema::Status Inspect(CAConnect& conn)
+{
+    return Asking(conn, [&] { return schema::Inspect(conn); });
+}
+
+} // namespace
+
+Exit Init(const Context& context)
+{
+    const std::string url = ChooseUrl(context.arguments.db);
+    if (MakesFile(url)) {
+        MakeParentDirectories(*SqliteFile(url));
+    }
+    CAConnect conn;
+    Connect(conn, url, context.arguments);
+    const schema::Status before = Inspect(conn);
+    const auto tell = [&context](int version, const std::string& title) {
+        context.terminal.err << fmt::format("version {}: {}\n", version, Visible(title));
+    };
+    Asking(conn, [&] { schema::Upgrade(conn, tell); });
+    context.terminal.err << fmt::format("{} in {}\n", WhatWasDone(before, Inspect(conn)), ShownUrl(url));
+    return Exit::done;
+}
+
+Exit Status(const Context& context)
+{
+    const std::string url = ChooseUrl(context.arguments.db);
+    CAConnect conn;
+    Connect(conn, WithoutCreating(url), context.arguments);
+    const schema::Status status = Inspect(conn);
+    const bool isCurrent = status.state == schema::State::current;
+    const CString engine = Asking(conn, [&] { return conn.GetEngineName(); });
+    const Record record = {{"engine", std::string(engine.View())},
+                           {"url", ShownUrl(url)},
+                           {"state", std::string(NameOf(status.state))},
+                           {"version", std::int64_t{status.version}},
+                           {"newest", std::int64_t{status.newest}},
+                           {"users", isCurrent ? Value(std::int64_t{Directory(conn).Count()}) : Value()}};
+    Render(context.arguments.format, record, context.terminal.out);
+    return isCurrent ? Exit::done : Exit::findings;
+}
+
+} // namespace console::db

@@ -1,0 +1,358 @@
+#include "console/Directory.h"
+
+#include "basefun/QVBaseFun.h"
+#include "console/Engine.h"
+#include "console/Escape.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace console {
+
+namespace {
+
+constexpr int kComparesInCapitals = 3;
+
+// Texts of the record in which it doubles quotes itself.
+constexpr CString CHumanItem::*kQuotedTexts[] = {
+    &CHumanItem::m_strLoginName,    &CHumanItem::m_strName,          &CHumanItem::m_strCreatorName,
+    &CHumanItem::m_strNote,         &CHumanItem::m_strEMail,         &CHumanItem::m_strDescription,
+    &CHumanItem::m_strHomeProvince, &CHumanItem::m_strHomeCity,      &CHumanItem::m_strHomeAddress,
+    &CHumanItem::m_strCompanyName,  &CHumanItem::m_strOfficeAddress, &CHumanItem::m_strJobTitle,
+    &CHumanItem::m_strECard,        &CHumanItem::m_strDeptInfo,      &CHumanItem::m_strUserData};
+
+// Texts of the record that enter its statements as they are.
+constexpr CString CHumanItem::*kPlainTexts[] = {&CHumanItem::m_strPWord,          &CHumanItem::m_strFarServer,
+                                                &CHumanItem::m_strMobile,         &CHumanItem::m_strHomePostCode,
+                                                &CHumanItem::m_strHomePhone,      &CHumanItem::m_strHomeFax,
+                                                &CHumanItem::m_strOfficePostCode, &CHumanItem::m_strOfficePhone,
+                                                &CHumanItem::m_strOfficeFax,      &CHumanItem::m_strPicture};
+
+struct TraceKind {
+    std::string_view noun;
+    std::string_view table;
+    std::string_view condition;
+};
+
+// Users are directory items of type 1; relations and rights name an item by id and type.
+constexpr TraceKind kTraceKinds[] = {
+    {"relation", "qv_Relation",
+     "(Col_DQvItemID = {0} AND Col_DQvItemType = 1) OR (Col_QvItemID = {0} AND Col_QvItemType = 1)"},
+    {"job title", "qv_JobTitle", "Col_DQvItemID = {0} AND Col_DQvItemType = 1"},
+    {"right", "qv_ItemAce", "Col_QvItemID = {0} AND Col_QvItemType = 1"},
+    {"right between items", "qv_BIIAce",
+     "(Col_DQvItemID = {0} AND Col_DQvItemType = 1) OR (Col_QvItemID = {0} AND Col_QvItemType = 1)"},
+    {"right on documents", "Tab_BIOAce", "Col_QvItemID = {0} AND Col_QvItemType = 1"},
+    {"backup plan link", "Tab_Doc_Backup_Rel", "Col_QvItem_ID = {0} AND Col_QvItem_Type = 1"},
+};
+
+std::string StatementOn(const TraceKind& kind, std::string_view verb, int id)
+{
+    return fmt::format("{} FROM {} WHERE {}", verb, kind.table, fmt::format(fmt::runtime(kind.condition), id));
+}
+
+/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
+template <class Operation>
+void Run(const CAConnect& conn, Operation operation)
+{
+    CQVBaseFun::m_strLastError.Empty();
+    if (!operation()) {
+        throw ModuleError(conn);
+    }
+}
+
+std::string Text(const CString& text) { return std::string(text.View()); }
+
+template <class Row>
+void EachRow(CAConnect& conn, const std::string& sql, Row row)
+{
+    Asking(conn, [&] {
+        CARecordset rs;
+        if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
+            throw CAException("the connection is not open");
+        }
+        for (rs.MoveFirst(); rs.IsEOF() == 0; rs.MoveNext()) {
+            row(rs);
+        }
+    });
+}
+
+std::string SelectAllColumns(int id)
+{
+    std::string columns;
+    for (const Field& field : Fields()) {
+        columns += columns.empty() ? "" : ", ";
+        columns += field.column;
+    }
+    return fmt::format("SELECT {} FROM qv_User WHERE Col_ID = {}", columns, id);
+}
+
+FieldValues ReadAllColumns(CARecordset& row)
+{
+    FieldValues values;
+    long column = 0;
+    for (const Field& field : Fields()) {
+        CString text;
+        const bool isThere = row.GetValue(++column, text, true);
+        values[&field] = isThere ? Stored(Text(text)) : Stored();
+    }
+    return values;
+}
+
+} // namespace
+
+CString Directory::Slashes(std::string_view text) const { return SlashesDoubled(m_conn, text); }
+
+CString Directory::Whole(std::string_view text) const { return Escaped(m_conn, text); }
+
+void Directory::Execute(const std::string& sql)
+{
+    Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
+}
+
+int Directory::Number(const std::string& sql)
+{
+    int number = 0;
+    EachRow(m_conn, sql, [&](CARecordset& row) { row.GetValue(1, number); });
+    return number;
+}
+
+bool Directory::Exists(int id) { return Number(fmt::format("SELECT COUNT(*) FROM qv_User WHERE Col_ID = {}", id)) > 0; }
+
+// ---- Look-ups -------------------------------------------------------------------------------------------------------
+
+std::optional<int> Directory::FindId(std::string_view login)
+{
+    int id = -1;
+    Run(m_conn, [&] { return CQVBaseFun::GetHMIDByLoginName(m_conn, Slashes(login), id); });
+    return id == -1 ? std::nullopt : std::optional(id);
+}
+
+bool Directory::IsTaken(std::string_view login)
+{
+    bool exists = true;
+    Run(m_conn, [&] { return CQVBaseFun::ExistLoginName(m_conn, Slashes(login), exists); });
+    return exists || FindId(login).has_value();
+}
+
+std::optional<int> Directory::FindIdIgnoringCase(std::string_view login)
+{
+    int id = 0;
+    Run(m_conn, [&] { return CQVBaseFun::ExistLoginNameEx(m_conn, Slashes(login), id); });
+    // Where the engine tells case, the capitals that it was asked for find capitals only.
+    return id == 0 && m_conn.m_nDBType != kComparesInCapitals ? FindId(login)
+                                                              : (id == 0 ? std::nullopt : std::optional(id));
+}
+
+std::vector<UserKey> Directory::FindAll(std::string_view login)
+{
+    if (!FindIdIgnoringCase(login)) {
+        return {};
+    }
+    CString capitals{login};
+    capitals.MakeUpper();
+    const bool inCapitals = m_conn.m_nDBType == kComparesInCapitals;
+    const std::string condition = inCapitals ? fmt::format("upper(Col_LoginName) = '{}'", Whole(capitals.View()).View())
+                                             : fmt::format("Col_LoginName = '{}' OR Col_LoginName = '{}'",
+                                                           Whole(login).View(), Whole(capitals.View()).View());
+    std::vector<UserKey> users;
+    EachRow(m_conn, "SELECT Col_ID, Col_LoginName FROM qv_User WHERE " + condition + " ORDER BY Col_ID",
+            [&](CARecordset& row) {
+                UserKey& user = users.emplace_back();
+                row.GetValue(1, user.id);
+                user.login = Text(row.GetValueToStr(2, true));
+            });
+    return users;
+}
+
+bool Directory::IsSuperUser(std::string_view login)
+{
+    bool isSuper = false;
+    Run(m_conn, [&] { return CQVBaseFun::IsSuperUser(m_conn, Whole(login), isSuper); });
+    return isSuper;
+}
+
+bool Directory::IsLocked(std::string_view login)
+{
+    bool locked = false;
+    Run(m_conn, [&] { return CQVBaseFun::IsUserLocked(m_conn, Whole(login), locked); });
+    return locked;
+}
+
+std::string Directory::LoginOfName(std::string_view name)
+{
+    CString login;
+    Run(m_conn, [&] { return CQVBaseFun::GetHMLoginName(m_conn, Slashes(name), login); });
+    return Text(login);
+}
+
+std::string Directory::NameOfLogin(std::string_view login)
+{
+    CString name;
+    Run(m_conn, [&] { return CQVBaseFun::GetHMUserName(m_conn, Slashes(login), name); });
+    return Text(name);
+}
+
+std::string Directory::NameOfId(int id)
+{
+    CString name;
+    Run(m_conn, [&] { return CQVBaseFun::GetHMUserName(m_conn, id, name); });
+    return Text(name);
+}
+
+std::optional<NamedUser> Directory::FindNamed(std::string_view login)
+{
+    int id = 0;
+    CString name;
+    Run(m_conn, [&] { return CQVBaseFun::LoadUserInfo(m_conn, Whole(login), id, name); });
+    return id == 0 ? std::nullopt : std::optional(NamedUser{id, Text(name)});
+}
+
+int Directory::Count()
+{
+    int count = 0;
+    Run(m_conn, [&] { return CQVBaseFun::GetUserItemCount(m_conn, count); });
+    return count;
+}
+
+std::vector<ListedUser> Directory::List()
+{
+    CUIntArray ids;
+    CUIntArray sexes;
+    CUIntArray locked;
+    CStringArray logins;
+    CStringArray names;
+    CStringArray mobiles;
+    CStringArray emails;
+    CStringArray departments;
+    CStringArray titles;
+    Run(m_conn, [&] {
+        return CQVBaseFun::LoadHumanInfo(m_conn, ids, logins, names, sexes, mobiles, emails, departments, titles,
+                                         locked);
+    });
+    std::vector<ListedUser> users;
+    users.reserve(static_cast<std::size_t>(ids.GetSize()));
+    for (int i = 0; i < ids.GetSize(); ++i) {
+        users.push_back({static_cast<int>(ids[i]), Text(logins[i]), Text(names[i]), static_cast<int>(sexes[i]),
+                         Text(mobiles[i]), Text(emails[i]), Text(departments[i]), Text(titles[i]), locked[i] != 0});
+    }
+    return users;
+}
+
+std::optional<FieldValues> Directory::Load(int id)
+{
+    std::optional<FieldValues> values;
+    EachRow(m_conn, SelectAllColumns(id), [&](CARecordset& row) { values = ReadAllColumns(row); });
+    return values;
+}
+
+std::vector<Trace> Directory::Traces(int id)
+{
+    std::vector<Trace> traces;
+    for (const TraceKind& kind : kTraceKinds) {
+        const int count = Number(StatementOn(kind, "SELECT COUNT(*)", id));
+        if (count > 0) {
+            traces.push_back({kind.noun, count});
+        }
+    }
+    return traces;
+}
+
+// ---- Writes ---------------------------------------------------------------------------------------------------------
+
+void Directory::Prepare(CHumanItem& item) const
+{
+    for (const auto member : kQuotedTexts) {
+        item.*member = Slashes((item.*member).View());
+    }
+    for (const auto member : kPlainTexts) {
+        item.*member = Whole((item.*member).View());
+    }
+}
+
+void Directory::Save(CHumanItem& item)
+{
+    CHumanItem prepared;
+    prepared.CopyData(item);
+    Prepare(prepared);
+    Run(m_conn, [&] { return prepared.SaveData(m_conn) != 0; });
+}
+
+void Directory::Update(CHumanItem& item)
+{
+    CHumanItem prepared;
+    prepared.CopyData(item);
+    Prepare(prepared);
+    if (prepared.Update(m_conn) == 0) {
+        // The record drops the reason; a write that changes nothing meets the same trouble and tells.
+        TryToWrite();
+        throw DatabaseError("the change of a user, without saying why", !m_conn.IsOpen());
+    }
+}
+
+void Directory::Set(int id, const FieldValues& values)
+{
+    std::string assignments;
+    for (const auto& [field, value] : values) {
+        assignments += fmt::format("{}{} = ", assignments.empty() ? "" : ", ", field->column);
+        assignments += value ? fmt::format("'{}'", Whole(*value).View()) : "NULL";
+    }
+    if (!assignments.empty()) {
+        Execute(fmt::format("UPDATE qv_User SET {} WHERE Col_ID = {}", assignments, id));
+    }
+}
+
+void Directory::Insert(std::string_view login, std::string_view name)
+{
+    Run(m_conn, [&] { return CQVBaseFun::InsertUser(m_conn, Whole(login), Whole(name)); });
+}
+
+void Directory::Insert(std::string_view login, std::string_view name, std::string_view password, int passwordType)
+{
+    Run(m_conn,
+        [&] { return CQVBaseFun::InsertUser(m_conn, Whole(login), Whole(name), Whole(password), passwordType); });
+}
+
+void Directory::UpdateOwnData(int id, const OwnData& data)
+{
+    Run(m_conn, [&] {
+        return CQVBaseFun::UpdateHumanInfo(m_conn, id, Slashes(data.login), Slashes(data.name),
+                                           Slashes(data.department), Slashes(data.title), Slashes(data.officePhone),
+                                           Slashes(data.mobile), Slashes(data.officeFax), Slashes(data.email),
+                                           Slashes(data.userData), Slashes(data.homePhone), data.departmentId);
+    });
+}
+
+void Directory::UpdateDepartment(int id, int departmentId, std::string_view department, bool always)
+{
+    Run(m_conn, [&] { return CQVBaseFun::UpdateUserDeptInfo(m_conn, id, departmentId, Whole(department), always); });
+}
+
+void Directory::SetLocked(int id, bool locked)
+{
+    Run(m_conn, [&] { return CQVBaseFun::SetUserLocked(m_conn, id, locked); });
+}
+
+bool Directory::Delete(int id)
+{
+    Run(m_conn, [&] { return CQVBaseFun::DeleteUserItemByID(m_conn, id); });
+    // Which login names are spared depends on how the engine compares; only looking tells.
+    if (Exists(id)) {
+        return false;
+    }
+    for (const TraceKind& kind : kTraceKinds) {
+        Execute(StatementOn(kind, "DELETE", id));
+    }
+    return true;
+}
+
+void Directory::TryToWrite()
+{
+    const int id = Number("SELECT MAX(Col_ID) FROM qv_User");
+    Execute(fmt::format("UPDATE qv_User SET Col_Level = Col_Level WHERE Col_ID = {}", id));
+}
+
+} // namespace console

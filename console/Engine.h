@@ -1,0 +1,60 @@
+#pragma once
+
+#include "console/Errors.h"
+#include "dbaccess/CAException.h"
+
+#include <string>
+
+class CAConnect;
+
+namespace console {
+
+/// The engine refused something, or is gone.
+class DatabaseError : public Refusal {
+public:
+    /// @param engineLine  the engine's message and code.
+    /// @param lasting     see IsLasting.
+    DatabaseError(const std::string& engineLine, bool lasting);
+
+    [[nodiscard]] const std::string& EngineLine() const noexcept { return m_engineLine; }
+    /// Whether the next statement would meet the same trouble: no connection, no room, no permission, a damaged file.
+    [[nodiscard]] bool IsLasting() const noexcept { return m_lasting; }
+
+private:
+    std::string m_engineLine;
+    bool m_lasting;
+};
+
+DatabaseError ErrorFrom(const CAConnect& conn, const CAException& e);
+/// The error that an operation of the module has just left behind.
+DatabaseError ModuleError(const CAConnect& conn);
+
+/// Runs the body; what the database access library throws comes out as a DatabaseError.
+template <class Body>
+auto Asking(const CAConnect& conn, Body body) -> decltype(body())
+{
+    try {
+        return body();
+    } catch (const CAException& e) {
+        throw ErrorFrom(conn, e);
+    }
+}
+
+/// A transaction that is rolled back unless it is committed.
+class Transaction {
+public:
+    explicit Transaction(CAConnect& conn);
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    ~Transaction();
+
+    void Commit();
+    /// Never throws: whatever led here is the better thing to report.
+    void Rollback() noexcept;
+
+private:
+    CAConnect& m_conn;
+    bool m_open = true;
+};
+
+} // namespace console

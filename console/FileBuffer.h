@@ -1,0 +1,26 @@
+#pragma once
+
+#include <array>
+#include <streambuf>
+
+namespace console {
+
+/// Reads an open file. Unlike the library's own buffers, it gives up a read that waits when Interrupt asks for that.
+/// Reading @throws std::ios_base::failure when the system reports an error, and when it gives up.
+class FileBuffer final : public std::streambuf {
+public:
+    /// @param file  taken over: closed in the end.
+    explicit FileBuffer(int file) : m_file(file), m_bytes() {}
+    FileBuffer(const FileBuffer&) = delete;
+    FileBuffer& operator=(const FileBuffer&) = delete;
+    ~FileBuffer() override;
+
+protected:
+    int_type underflow() override;
+
+private:
+    int m_file;
+    std::array<char, 65536> m_bytes;
+};
+
+} // namespace console

@@ -1,0 +1,56 @@
+#include "console/Help.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace console {
+
+namespace {
+
+constexpr std::size_t kColumn = 34;
+
+class HelpFormatter final : public CLI::Formatter {
+public:
+    HelpFormatter()
+    {
+        column_width(kColumn);
+        label("Positionals", "Arguments");
+    }
+
+    std::string make_usage(const CLI::App* app, std::string name) const override
+    {
+        std::string usage = "\nUsage: " + std::move(name) + " [OPTIONS]";
+        const bool hasSubcommands = !app->get_subcommands([](const CLI::App*) { return true; }).empty();
+        if (hasSubcommands) {
+            usage += app->get_parent() == nullptr ? " NOUN VERB ..." : " VERB ...";
+        }
+        for (const CLI::Option* argument :
+             app->get_options([](const CLI::Option* option) { return option->get_positional(); })) {
+            usage += " " + argument->get_name(true) + (argument->get_expected_max() > 1 ? "..." : "");
+        }
+        return usage + "\n";
+    }
+
+    // CLI11 marks the form that turns a flag off with its value.
+    std::string make_option_name(const CLI::Option* option, bool isPositional) const override
+    {
+        constexpr std::string_view kMark = "{false}";
+        std::string name = CLI::Formatter::make_option_name(option, isPositional);
+        const std::size_t mark = name.find(kMark);
+        return mark == std::string::npos ? name : name.erase(mark, kMark.size());
+    }
+
+    std::string make_option_opts(const CLI::Option* option) const override
+    {
+        return option->get_type_size() == 0 || option->get_type_name().empty() ? "" : " " + option->get_type_name();
+    }
+};
+
+} // namespace
+
+std::shared_ptr<CLI::FormatterBase> MakeHelpFormatter() { return std::make_shared<HelpFormatter>(); }
+
+} // namespace console

@@ -1,0 +1,531 @@
+#include "console/Import.h"
+
+#include "console/CsvReader.h"
+#include "console/Engine.h"
+#include "console/FileBuffer.h"
+#include "console/Interrupt.h"
+#include "console/Progress.h"
+#include "console/Render.h"
+#include "console/Text.h"
+#include "console/Users.h"
+#include "platform/CodePage.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <span>
+#include <unordered_map>
+#include <utility>
+
+namespace console {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kMostRows = 200;
+constexpr std::chrono::milliseconds kLongest(500);
+constexpr std::string_view kStandardStream = "-";
+constexpr std::string_view kResultSuffix = ".result.csv";
+constexpr std::string_view kByteBlanks = " \t";
+
+/// A row of the file, read and checked by itself.
+struct Row {
+    long line = 0;
+    std::string login;
+    FieldValues values;
+    std::string problem; ///< empty when the row is good so far
+};
+
+struct Outcome {
+    enum class Kind { created, updated, unchanged, failed };
+
+    Kind kind = Kind::failed;
+    int id = 0; ///< 0 for none
+    std::string reason;
+};
+
+constexpr std::string_view kOutcomeNames[] = {"created", "updated", "unchanged", "failed"};
+
+std::string_view NameOf(Outcome::Kind kind) { return kOutcomeNames[static_cast<std::size_t>(kind)]; }
+
+// ---- The file -------------------------------------------------------------------------------------------------------
+
+/// The stream that the rows come from.
+class Source {
+public:
+    Source(std::string path, std::istream& standardInput)
+        : m_path(std::move(path)), m_standardInput(standardInput), m_file(nullptr)
+    {
+        if (!IsStandardInput()) {
+            m_buffer = Open();
+            m_file.rdbuf(m_buffer.get());
+        }
+    }
+
+    [[nodiscard]] std::istream& Stream() { return IsStandardInput() ? m_standardInput : m_file; }
+    [[nodiscard]] std::string Name() const { return IsStandardInput() ? "standard input" : Visible(m_path); }
+
+    /// How many records there are, the header among them. Not known of what can be read only once.
+    [[nodiscard]] std::optional<long> CountRecords() const
+    {
+        std::error_code error;
+        if (IsStandardInput() || !std::filesystem::is_regular_file(m_path, error)) {
+            return std::nullopt;
+        }
+        const std::unique_ptr<FileBuffer> buffer = Open();
+        std::istream file(buffer.get());
+        CsvReader reader(file);
+        long count = 0;
+        while (!Interrupt::Requested() && reader.Next()) {
+            ++count;
+        }
+        return count;
+    }
+
+private:
+    [[nodiscard]] bool IsStandardInput() const { return m_path == kStandardStream; }
+
+    [[nodiscard]] std::unique_ptr<FileBuffer> Open() const
+    {
+        const int file = ::open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (file < 0) {
+            throw Refusal(Exit::failed, fmt::format("cannot read {}: {}", Visible(m_path), std::strerror(errno)));
+        }
+        return std::make_unique<FileBuffer>(file);
+    }
+
+    std::string m_path;
+    std::istream& m_standardInput;
+    std::unique_ptr<FileBuffer> m_buffer;
+    std::istream m_file;
+};
+
+// ---- The header -----------------------------------------------------------------------------------------------------
+
+std::string Trimmed(const std::string& text)
+{
+    const std::size_t begin = text.find_first_not_of(kByteBlanks);
+    return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(kByteBlanks) - begin + 1);
+}
+
+/// What the columns of the file are.
+class Header {
+public:
+    /// @throws Refusal (usage) for a header that cannot be used.
+    Header(const std::optional<CsvRecord>& record, const std::string& file)
+    {
+        if (!record) {
+            throw Refusal(Exit::usage, fmt::format("{} has no header row to name its columns", file));
+        }
+        if (!record->problem.empty()) {
+            throw Refusal(Exit::usage, fmt::format("the header of {} cannot be read: {}", file, record->problem));
+        }
+        for (const std::string& name : record->fields) {
+            Add(Trimmed(name), file);
+        }
+        if (std::ranges::find(m_columns, &Login()) == m_columns.end()) {
+            throw Refusal(Exit::usage, fmt::format("{} has no column login; known columns are {}", file,
+                                                   fmt::join(ImportColumns(), ", ")));
+        }
+    }
+
+    /// The row of a record; what is wrong with it stands in its problem.
+    [[nodiscard]] Row Read(const CsvRecord& record) const
+    {
+        Row row{record.line, {}, {}, record.problem};
+        if (!row.problem.empty()) {
+            return row;
+        }
+        for (std::size_t i = 0; i < std::min(m_columns.size(), record.fields.size()); ++i) {
+            Take(row, *m_columns[i], record.fields[i]);
+        }
+        if (record.fields.size() != m_columns.size()) {
+            row.problem =
+                fmt::format("{} where the header has {}", Counted(record.fields.size(), "value"), m_columns.size());
+        }
+        return row;
+    }
+
+private:
+    static const Field& Login() { return *FindField("login"); }
+
+    void Add(const std::string& name, const std::string& file)
+    {
+        const Field* field = FindField(name);
+        if (field == nullptr || (field != &Login() && field->use != Field::Use::given)) {
+            const bool otherSeparator = name.find_first_of(";\t") != std::string::npos;
+            throw Refusal(Exit::usage,
+                          fmt::format("{} has an unknown column {}{}; known columns are {}", file, Quoted(name),
+                                      otherSeparator ? " (values must be separated by commas)" : "",
+                                      fmt::join(ImportColumns(), ", ")));
+        }
+        if (std::ranges::find(m_columns, field) != m_columns.end()) {
+            throw Refusal(Exit::usage, fmt::format("{} has the column {} twice", file, field->name));
+        }
+        m_columns.push_back(field);
+    }
+
+    /// An empty value says nothing about its column. The first problem of a row is the one to report.
+    static void Take(Row& row, const Field& field, const std::string& text)
+    {
+        try {
+            if (&field == &Login()) {
+                row.login = text;
+                CheckLogin(text);
+            } else if (!text.empty()) {
+                row.values[&field] = ParseValue(field, text);
+            }
+        } catch (const Refusal& e) {
+            row.problem = row.problem.empty() ? e.what() : row.problem;
+        }
+    }
+
+    std::vector<const Field*> m_columns;
+};
+
+// ---- The result file ------------------------------------------------------------------------------------------------
+
+class ResultFile {
+public:
+    ResultFile(const ImportOptions& options, std::ostream& standardOutput)
+        : m_path(PathFor(options)), m_out(standardOutput)
+    {
+        if (!IsStandardOutput()) {
+            Open(options.file);
+        }
+        WriteCsvRow({"line", "login", "id", "outcome", "reason"}, Stream());
+        Flush(" and nothing was imported");
+    }
+
+    void Write(const Row& row, const Outcome& outcome)
+    {
+        WriteCsvRow({std::to_string(row.line), row.login, outcome.id == 0 ? "" : std::to_string(outcome.id),
+                     std::string(NameOf(outcome.kind)), outcome.reason},
+                    Stream());
+    }
+
+    /// @throws Refusal when the file does not hold what was written. @param consequence  ends the sentence.
+    void Flush(const std::string& consequence)
+    {
+        Stream().flush();
+        if (!Stream()) {
+            throw Refusal(Exit::failed, fmt::format("cannot write the outcomes to {}{}", Name(), consequence));
+        }
+    }
+
+    [[nodiscard]] std::string Name() const { return IsStandardOutput() ? "standard output" : Visible(m_path); }
+
+private:
+    [[nodiscard]] static std::string PathFor(const ImportOptions& options)
+    {
+        const bool fromStandardInput = options.file == kStandardStream;
+        return options.result.value_or(fromStandardInput ? options.file : options.file + std::string(kResultSuffix));
+    }
+
+    [[nodiscard]] bool IsStandardOutput() const { return m_path == kStandardStream; }
+    [[nodiscard]] std::ostream& Stream() { return IsStandardOutput() ? m_out : m_file; }
+
+    void Open(const std::string& input)
+    {
+        std::error_code error;
+        if (std::filesystem::equivalent(m_path, input, error)) {
+            throw Refusal(Exit::usage, fmt::format("{} is the file to import; name another for the outcomes", Name()));
+        }
+        m_file.open(m_path, std::ios::binary | std::ios::trunc);
+        if (!m_file) {
+            throw Refusal(Exit::failed, fmt::format("cannot write {}: {}; name another file with --result", Name(),
+                                                    std::strerror(errno)));
+        }
+    }
+
+    std::string m_path;
+    std::ostream& m_out;
+    std::ofstream m_file;
+};
+
+// ---- The import -----------------------------------------------------------------------------------------------------
+
+class Importer {
+public:
+    Importer(Directory& directory, const ImportOptions& options, Terminal& terminal)
+        : m_directory(directory),
+          m_options(options),
+          m_terminal(terminal),
+          m_source(options.file, terminal.in),
+          m_reader(m_source.Stream()),
+          m_header(FirstRecord(), m_source.Name()),
+          m_result(options, terminal.out),
+          m_progress(terminal, RowsToCome())
+    {
+    }
+
+    Exit Run()
+    {
+        while (!m_atEnd && !Interrupt::Requested()) {
+            const std::vector<Row> rows = ReadBatch();
+            ApplyAll(rows);
+        }
+        m_progress.Clear();
+        Summarise();
+        RefuseIfCutShort();
+        if (Failed() == 0) {
+            return Exit::done;
+        }
+        return m_options.dryRun ? Exit::findings : Exit::rowsFailed;
+    }
+
+    /// Where the import stands, to end a sentence with.
+    [[nodiscard]] std::string Standing() const
+    {
+        if (m_options.dryRun || m_lastLine == 0) {
+            return "nothing was imported";
+        }
+        return fmt::format("the rows up to line {} are done, and the same file can be imported again", m_lastLine);
+    }
+
+    void ClearProgress() { m_progress.Clear(); }
+
+private:
+    std::optional<CsvRecord> FirstRecord()
+    {
+        std::optional<CsvRecord> record = m_reader.Next();
+        RefuseIfCutShort();
+        return record;
+    }
+
+    [[nodiscard]] std::optional<long> RowsToCome() const
+    {
+        const std::optional<long> records = m_terminal.errIsTerminal ? m_source.CountRecords() : std::nullopt;
+        return records ? std::optional(*records - 1) : std::nullopt;
+    }
+
+    // Rows are read before a transaction begins, so that a slow input never holds the database.
+    std::vector<Row> ReadBatch()
+    {
+        std::vector<Row> rows;
+        const Clock::time_point begin = Clock::now();
+        while (rows.size() < kMostRows && Clock::now() - begin < kLongest && !Interrupt::Requested()) {
+            const std::optional<CsvRecord> record = m_reader.Next();
+            if (!record) {
+                m_atEnd = true;
+                break;
+            }
+            rows.push_back(m_header.Read(*record));
+            RefuseRepeated(rows.back());
+        }
+        return rows;
+    }
+
+    void RefuseRepeated(Row& row)
+    {
+        if (row.login.empty()) {
+            return;
+        }
+        const auto [first, isNew] = m_seen.emplace(platform::UpperUtf8(row.login), row.line);
+        if (!isNew && row.problem.empty()) {
+            row.problem = fmt::format("the login name {} stands in line {} already", Quoted(row.login), first->second);
+        }
+    }
+
+    void ApplyAll(std::span<const Row> rows)
+    {
+        while (!rows.empty() && !Interrupt::Requested()) {
+            rows = rows.subspan(m_options.dryRun ? Try(rows) : ApplySome(rows));
+        }
+    }
+
+    /// @return how many rows were dealt with, as do the next two.
+    std::size_t Try(std::span<const Row> rows)
+    {
+        for (const Row& row : rows) {
+            Report(row, Apply(row));
+        }
+        Settle();
+        return rows.size();
+    }
+
+    std::size_t ApplySome(std::span<const Row> rows)
+    {
+        std::vector<Outcome> outcomes;
+        try {
+            Transaction transaction(m_directory.Connection());
+            const Clock::time_point begin = Clock::now();
+            do {
+                outcomes.push_back(Apply(rows[outcomes.size()]));
+            } while (outcomes.size() < rows.size() && Clock::now() - begin < kLongest && !Interrupt::Requested());
+            transaction.Commit();
+        } catch (const DatabaseError&) {
+            // Which row the engine refused, and whether the others stand, shows when each is done by itself.
+            return ApplyOneByOne(rows.first(std::min(outcomes.size() + 1, rows.size())));
+        }
+        for (std::size_t i = 0; i < outcomes.size(); ++i) {
+            Report(rows[i], outcomes[i]);
+        }
+        Settle();
+        return outcomes.size();
+    }
+
+    std::size_t ApplyOneByOne(std::span<const Row> rows)
+    {
+        std::size_t count = 0;
+        while (count < rows.size() && !Interrupt::Requested()) {
+            const Outcome outcome = ApplyAlone(rows[count]);
+            Report(rows[count], outcome);
+            Settle();
+            ++count;
+        }
+        return count;
+    }
+
+    Outcome ApplyAlone(const Row& row)
+    {
+        Transaction transaction(m_directory.Connection());
+        Outcome outcome;
+        try {
+            outcome = Apply(row);
+        } catch (const DatabaseError& e) {
+            if (e.IsLasting()) {
+                throw;
+            }
+            transaction.Rollback();
+            RefuseIfNotWritable();
+            return {Outcome::Kind::failed, 0, e.what()};
+        }
+        transaction.Commit();
+        return outcome;
+    }
+
+    void RefuseIfNotWritable()
+    {
+        Transaction transaction(m_directory.Connection());
+        m_directory.TryToWrite();
+        transaction.Commit();
+    }
+
+    Outcome Apply(const Row& row)
+    {
+        if (!row.problem.empty()) {
+            return {Outcome::Kind::failed, 0, row.problem};
+        }
+        try {
+            return ApplyGood(row);
+        } catch (const DatabaseError&) {
+            throw;
+        } catch (const Refusal& e) {
+            return {Outcome::Kind::failed, 0, e.what()};
+        }
+    }
+
+    Outcome ApplyGood(const Row& row)
+    {
+        const std::vector<UserKey> present = m_directory.FindAll(row.login);
+        if (present.empty()) {
+            return {Outcome::Kind::created, m_options.dryRun ? 0 : CreateUser(m_directory, row.login, row.values), {}};
+        }
+        if (!m_options.update) {
+            return {Outcome::Kind::failed, 0, fmt::format("already exists (id {})", present.front().id)};
+        }
+        const UserKey user = FindUser(m_directory, "login:" + row.login);
+        const bool differed = m_options.dryRun ? Differs(m_directory.Load(user.id).value_or(FieldValues()), row.values)
+                                               : ChangeUser(m_directory, user.id, row.values);
+        return {differed ? Outcome::Kind::updated : Outcome::Kind::unchanged, user.id, {}};
+    }
+
+    void Report(const Row& row, const Outcome& outcome)
+    {
+        m_result.Write(row, outcome);
+        ++m_counts[static_cast<std::size_t>(outcome.kind)];
+        ++m_done;
+        m_lastLine = row.line;
+        if (outcome.kind == Outcome::Kind::failed) {
+            m_progress.Clear();
+            m_terminal.err << fmt::format("{}:{}: {}\n", m_source.Name(), row.line, outcome.reason);
+        }
+    }
+
+    void Settle()
+    {
+        m_result.Flush("; " + Standing());
+        m_progress.Show(m_done);
+    }
+
+    [[nodiscard]] long CountOf(Outcome::Kind kind) const { return m_counts[static_cast<std::size_t>(kind)]; }
+    [[nodiscard]] long Failed() const { return CountOf(Outcome::Kind::failed); }
+
+    void Summarise()
+    {
+        std::string parts;
+        for (const Outcome::Kind kind :
+             {Outcome::Kind::created, Outcome::Kind::updated, Outcome::Kind::unchanged, Outcome::Kind::failed}) {
+            parts += fmt::format("{}{} {}", parts.empty() ? "" : ", ", CountOf(kind), NameOf(kind));
+        }
+        m_terminal.err << fmt::format("{}{} of {}: {} ({}); the outcome of each is in {}\n",
+                                      m_options.dryRun ? "dry run, nothing was changed: " : "",
+                                      Counted(static_cast<std::size_t>(m_done), "row"), m_source.Name(), parts,
+                                      m_progress.Pace(m_done), m_result.Name());
+        if (Failed() > 0) {
+            m_terminal.err << fmt::format("qvadmin: {} of {} {}; mend and import them again\n", Failed(),
+                                          Counted(static_cast<std::size_t>(m_done), "row"),
+                                          m_options.dryRun ? "would fail" : "failed");
+        }
+    }
+
+    void RefuseIfCutShort() const
+    {
+        if (Interrupt::Requested()) {
+            throw Refusal(Exit::failed, "stopped by a signal; " + Standing());
+        }
+        if (m_reader.Failed()) {
+            throw Refusal(Exit::failed, fmt::format("{} cannot be read; {}", m_source.Name(), Standing()));
+        }
+    }
+
+    Directory& m_directory;
+    const ImportOptions& m_options;
+    Terminal& m_terminal;
+    long m_done = 0;
+    long m_lastLine = 0; // 0 before the first row
+    Source m_source;
+    CsvReader m_reader;
+    Header m_header;
+    ResultFile m_result;
+    Progress m_progress;
+    std::unordered_map<std::string, long> m_seen;
+    std::array<long, std::size(kOutcomeNames)> m_counts{};
+    bool m_atEnd = false;
+};
+
+} // namespace
+
+std::vector<std::string_view> ImportColumns()
+{
+    std::vector<std::string_view> columns = {"login"};
+    for (const Field& field : Fields()) {
+        if (field.use == Field::Use::given) {
+            columns.push_back(field.name);
+        }
+    }
+    return columns;
+}
+
+Exit ImportUsers(Directory& directory, const ImportOptions& options, Terminal& terminal)
+{
+    const Interrupt interrupt;
+    Importer importer(directory, options, terminal);
+    try {
+        return importer.Run();
+    } catch (const DatabaseError& e) {
+        importer.ClearProgress();
+        throw Refusal(Exit::database, fmt::format("stopped: {}; {}", e.what(), importer.Standing()));
+    }
+}
+
+} // namespace console

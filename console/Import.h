@@ -1,0 +1,29 @@
+#pragma once
+
+#include "console/Directory.h"
+#include "console/Errors.h"
+#include "console/Terminal.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace console {
+
+struct ImportOptions {
+    std::string file;                  ///< - for standard input
+    std::optional<std::string> result; ///< - for standard output; where none is given, next to the file
+    bool dryRun = false;
+    bool update = false; ///< users who are there get the values of their row
+};
+
+/// The names of the columns that a file may have.
+std::vector<std::string_view> ImportColumns();
+
+/// Adds the users of a file of comma-separated values, row by row. A bad row stops nothing; each row's outcome goes to
+/// the result file once it is safely stored. A signal to stop is obeyed behind the current row.
+/// @throws Refusal for what stops the import as a whole.
+Exit ImportUsers(Directory& directory, const ImportOptions& options, Terminal& terminal);
+
+} // namespace console

@@ -1,0 +1,89 @@
+#include "console/Opened.h"
+
+#include "console/Engine.h"
+#include "console/Errors.h"
+#include "console/Text.h"
+#include "console/Url.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <system_error>
+
+namespace console {
+
+namespace {
+
+[[noreturn]] void RefuseState(const schema::Status& status, const Arguments& arguments)
+{
+    switch (status.state) {
+    case schema::State::empty:
+        throw Refusal(Exit::database, fmt::format("the database has no tables yet; run `{}`", InitCommand(arguments)));
+    case schema::State::older:
+        throw Refusal(Exit::database,
+                      fmt::format("the directory is of version {}, this program works with {}; run `{}` to upgrade it",
+                                  status.version, status.newest, InitCommand(arguments)));
+    case schema::State::newer:
+        throw Refusal(Exit::database,
+                      fmt::format("the directory is of version {}, made by a later qvadmin; this one knows {}",
+                                  status.version, status.newest));
+    default:
+        throw Refusal(Exit::database,
+                      "the database holds other tables than a directory's; check the name given with --db");
+    }
+}
+
+void RequireCurrent(CAConnect& conn, const Arguments& arguments)
+{
+    const schema::Status status = Asking(conn, [&] { return schema::Inspect(conn); });
+    if (status.state != schema::State::current) {
+        RefuseState(status, arguments);
+    }
+    Asking(conn, [&] { schema::RefreshIndexes(conn); });
+}
+
+} // namespace
+
+Opened::Opened(const Arguments& arguments) : m_directory(m_conn)
+{
+    Connect(m_conn, WithoutCreating(ChooseUrl(arguments.db)), arguments);
+    RequireCurrent(m_conn, arguments);
+}
+
+void Connect(CAConnect& conn, const std::string& url, const Arguments& arguments)
+{
+    std::error_code error;
+    const std::optional<std::filesystem::path> file = SqliteFile(url);
+    if (file && !MakesFile(url) && !std::filesystem::exists(*file, error) && !error) {
+        throw Refusal(Exit::database, fmt::format("there is no database {}; run `{}` to make it",
+                                                  Visible(file->native()), InitCommand(arguments)));
+    }
+    try {
+        conn.Open(CString(std::string_view(url)));
+    } catch (const CAException& e) {
+        throw Refusal(Exit::database, ErrorFrom(conn, e).EngineLine());
+    }
+}
+
+std::string InitCommand(const Arguments& arguments)
+{
+    return arguments.db ? fmt::format("qvadmin --db {} db init", ShownUrl(*arguments.db)) : "qvadmin db init";
+}
+
+std::string_view NameOf(schema::State state)
+{
+    switch (state) {
+    case schema::State::empty:
+        return "empty";
+    case schema::State::foreign:
+        return "foreign";
+    case schema::State::older:
+        return "older";
+    case schema::State::current:
+        return "current";
+    default:
+        return "newer";
+    }
+}
+
+} // namespace console

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "console/Arguments.h"
+#include "console/Directory.h"
+#include "dbaccess/CAConnect.h"
+#include "schema/Schema.h"
+
+namespace console {
+
+/// The directory that a command works on: found, open, and of this program's version.
+class Opened {
+public:
+    /// Never makes a file. @throws Refusal (database) that says what to do about it.
+    explicit Opened(const Arguments& arguments);
+
+    [[nodiscard]] console::Directory& Directory() { return m_directory; }
+
+private:
+    CAConnect m_conn;
+    console::Directory m_directory;
+};
+
+/// Connects to a database whatever is in it. @throws Refusal (database).
+void Connect(CAConnect& conn, const std::string& url, const Arguments& arguments);
+
+/// How to run `db init` on the same database.
+std::string InitCommand(const Arguments& arguments);
+
+/// The name of a state, for people and programs.
+std::string_view NameOf(schema::State state);
+
+} // namespace console

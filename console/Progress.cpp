@@ -1,0 +1,48 @@
+#include "console/Progress.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace console {
+
+namespace {
+
+constexpr std::chrono::milliseconds kInterval(200);
+constexpr double kShortest = 0.001;
+
+} // namespace
+
+Progress::Progress(Terminal& terminal, std::optional<long> total) : m_terminal(terminal), m_total(total) {}
+
+void Progress::Show(long done)
+{
+    const Clock::time_point now = Clock::now();
+    if (!m_terminal.errIsTerminal || now - m_shown < kInterval) {
+        return;
+    }
+    m_shown = now;
+    m_onScreen = true;
+    const std::string of = m_total ? fmt::format(" of {}", *m_total) : "";
+    m_terminal.err << fmt::format("\r{}{}, {:.0f}/s   ", done, of, static_cast<double>(done) / Seconds()) << std::flush;
+}
+
+void Progress::Clear()
+{
+    if (m_onScreen) {
+        m_terminal.err << '\r' << std::string(60, ' ') << '\r';
+        m_onScreen = false;
+    }
+}
+
+std::string Progress::Pace(long done) const
+{
+    return fmt::format("{:.1f} s, {:.0f}/s", Seconds(), static_cast<double>(done) / Seconds());
+}
+
+double Progress::Seconds() const
+{
+    return std::max(std::chrono::duration<double>(Clock::now() - m_begin).count(), kShortest);
+}
+
+} // namespace console

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "console/Terminal.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace console {
+
+/// How far a long run is: on a terminal a line that renews itself, elsewhere nothing.
+class Progress {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// @param total  how many there are, where that is known.
+    Progress(Terminal& terminal, std::optional<long> total);
+
+    /// Shows the count, if the last time was a while ago.
+    void Show(long done);
+    /// Takes the line away, so that something else can be written.
+    void Clear();
+    /// "4.2 s, 300/s".
+    [[nodiscard]] std::string Pace(long done) const;
+
+private:
+    [[nodiscard]] double Seconds() const;
+
+    Terminal& m_terminal;
+    std::optional<long> m_total;
+    Clock::time_point m_begin = Clock::now();
+    Clock::time_point m_shown = m_begin;
+    bool m_onScreen = false;
+};
+
+} // namespace console

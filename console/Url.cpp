@@ -1,0 +1,196 @@
+#include "console/Url.h"
+
+#include "console/Errors.h"
+#include "console/Text.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace console {
+
+namespace {
+
+constexpr std::string_view kSqlite = "sqlite:";
+
+bool HasScheme(std::string_view url)
+{
+    const std::size_t colon = url.find(':');
+    const auto fits = [](unsigned char ch) { return std::isalnum(ch) != 0 || ch == '+' || ch == '-' || ch == '.'; };
+    return colon != std::string_view::npos && colon > 0 && std::isalpha(static_cast<unsigned char>(url[0])) != 0 &&
+           std::ranges::all_of(url.substr(0, colon), fits);
+}
+
+// In a URL, ? begins the options; %3F stands for it, and %25 for a % that would be read as part of such a code.
+std::string EncodedPath(std::string_view path)
+{
+    std::string encoded;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const std::string_view code = path.substr(i, 3);
+        if (path[i] == '?') {
+            encoded += "%3F";
+        } else if (code == "%3F" || code == "%3f" || code == "%25") {
+            encoded += "%25";
+        } else {
+            encoded += path[i];
+        }
+    }
+    return encoded;
+}
+
+std::string DecodedPath(std::string_view path)
+{
+    std::string decoded;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const std::string_view code = path.substr(i, 3);
+        if (code == "%3F" || code == "%3f" || code == "%25") {
+            decoded += code == "%25" ? '%' : '?';
+            i += 2;
+        } else {
+            decoded += path[i];
+        }
+    }
+    return decoded;
+}
+
+std::string_view Environment(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::string_view{} : std::string_view(value);
+}
+
+std::string DataDirectory()
+{
+    // By the base directory rules a relative path there is to be ignored.
+    const std::string_view data = Environment("XDG_DATA_HOME");
+    if (data.starts_with('/')) {
+        return std::string(data);
+    }
+    const std::string_view home = Environment("HOME");
+    if (!home.starts_with('/')) {
+        throw Refusal(Exit::usage, "there is no home directory to look in; name the database with --db sqlite:PATH");
+    }
+    return std::string(home) + "/.local/share";
+}
+
+std::string WithScheme(const std::string& url, std::string_view source)
+{
+    if (!HasScheme(url)) {
+        throw Refusal(Exit::usage, fmt::format("{} {} names no kind of database; write sqlite:{} for a file", source,
+                                               Quoted(url), url.empty() ? "PATH" : Visible(url)));
+    }
+    return url;
+}
+
+std::string_view Options(std::string_view url)
+{
+    const std::size_t mark = url.find('?');
+    return mark == std::string_view::npos ? std::string_view{} : url.substr(mark + 1);
+}
+
+/// The value of an option; nothing when it is not there.
+std::optional<std::string_view> Option(std::string_view url, std::string_view name)
+{
+    std::string_view rest = Options(url);
+    while (!rest.empty()) {
+        const std::string_view option = rest.substr(0, rest.find('&'));
+        rest.remove_prefix(std::min(rest.size(), option.size() + 1));
+        if (option.starts_with(name) && option.substr(name.size()).starts_with('=')) {
+            return option.substr(name.size() + 1);
+        }
+    }
+    return std::nullopt;
+}
+
+// "//USER:PASSWORD@HOST" as in most URLs.
+void HideUserPassword(std::string& url)
+{
+    const std::size_t begin = url.find("//");
+    const std::size_t at = begin == std::string::npos ? begin : url.find_last_of('@', url.find('/', begin + 2));
+    const std::size_t colon = at == std::string::npos ? at : url.find(':', begin);
+    if (colon != std::string::npos && colon < at) {
+        url.replace(colon + 1, at - colon - 1, "***");
+    }
+}
+
+// "password=..." or "PWD=..." up to the next ; or &.
+void HideNamedPassword(std::string& url, std::string_view name)
+{
+    const auto sameLetter = [](unsigned char a, unsigned char b) { return std::tolower(a) == b; };
+    const auto found = std::search(url.begin(), url.end(), name.begin(), name.end(), sameLetter);
+    if (found != url.end()) {
+        const auto begin = static_cast<std::size_t>(found - url.begin()) + name.size();
+        url.replace(begin, std::min(url.find_first_of(";&", begin), url.size()) - begin, "***");
+    }
+}
+
+} // namespace
+
+std::string ChooseUrl(const std::optional<std::string>& option)
+{
+    if (option) {
+        return WithScheme(*option, "--db");
+    }
+    const std::string_view variable = Environment("QVADMIN_DB");
+    if (!variable.empty()) {
+        return WithScheme(std::string(variable), "QVADMIN_DB");
+    }
+    return std::string(kSqlite) + EncodedPath(DataDirectory() + "/quorvel/directory.db");
+}
+
+std::string WithoutCreating(const std::string& url)
+{
+    if (!SqliteFile(url) || Option(url, "mode")) {
+        return url;
+    }
+    return url + (url.find('?') == std::string::npos ? "?" : "&") + "mode=rw";
+}
+
+std::optional<std::filesystem::path> SqliteFile(const std::string& url)
+{
+    if (!url.starts_with(kSqlite)) {
+        return std::nullopt;
+    }
+    const std::string path = DecodedPath(std::string_view(url).substr(kSqlite.size(), url.find('?') - kSqlite.size()));
+    return path.empty() || path == ":memory:" ? std::nullopt : std::optional<std::filesystem::path>(path);
+}
+
+bool MakesFile(const std::string& url) { return SqliteFile(url) && Option(url, "mode").value_or("rwc") == "rwc"; }
+
+void MakeParentDirectories(const std::filesystem::path& file)
+{
+    std::vector<std::filesystem::path> missing;
+    std::error_code ignored;
+    std::filesystem::path parent = file.parent_path();
+    while (!parent.empty() && !std::filesystem::exists(parent, ignored)) {
+        missing.push_back(parent);
+        parent = parent.parent_path();
+    }
+    std::ranges::reverse(missing);
+    for (const std::filesystem::path& directory : missing) {
+        if (::mkdir(directory.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+            throw Refusal(Exit::database, fmt::format("cannot make the directory {}: {}", Visible(directory.native()),
+                                                      std::generic_category().message(errno)));
+        }
+    }
+}
+
+std::string ShownUrl(const std::string& url)
+{
+    std::string shown = url;
+    if (!url.starts_with(kSqlite)) {
+        HideUserPassword(shown);
+        HideNamedPassword(shown, "password=");
+        HideNamedPassword(shown, "pwd=");
+    }
+    return Visible(shown);
+}
+
+} // namespace console

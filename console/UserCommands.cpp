@@ -1,0 +1,386 @@
+#include "console/UserCommands.h"
+
+#include "console/Engine.h"
+#include "console/Import.h"
+#include "console/Opened.h"
+#include "console/Render.h"
+#include "console/Text.h"
+#include "console/Users.h"
+#include "platform/CodePage.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <tuple>
+#include <utility>
+
+namespace console::user {
+
+namespace {
+
+constexpr const char* kUserHelp = "login name, or id:NUMBER, or login:TEXT";
+// CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
+constexpr int kMostUsers = 1 << 20;
+
+void DeclareFields(CLI::App& app, Arguments& arguments, Field::Use narrowest)
+{
+    for (const Field& field : Fields()) {
+        const std::string option = OptionOf(field);
+        const std::string help(field.help);
+        if (field.use < narrowest) {
+            continue;
+        }
+        if (field.IsFlag()) {
+            const auto take = [&arguments, &field](std::int64_t count) {
+                arguments.fields[&field] = count > 0 ? "1" : "0";
+            };
+            app.add_flag_function(option + ",!--no-" + option.substr(2), take, help);
+        } else {
+            const auto take = [&arguments, &field](const std::string& text) { arguments.fields[&field] = text; };
+            app.add_option_function<std::string>(option, take, help)->type_name("TEXT");
+        }
+    }
+}
+
+/// The names with commas between, in lines that fit a terminal.
+std::string Wrapped(const std::vector<std::string_view>& names)
+{
+    constexpr std::size_t kWidest = 78;
+    std::string text;
+    std::string line = " ";
+    for (const std::string_view name : names) {
+        if (line.size() + name.size() + 2 > kWidest) {
+            text += std::exchange(line, " ") + "\n";
+        }
+        line += fmt::format(" {}{}", name, name == names.back() ? "" : ",");
+    }
+    return text + line + "\n";
+}
+
+FieldValues Parsed(const std::map<const Field*, std::string>& texts)
+{
+    FieldValues values;
+    for (const auto& [field, text] : texts) {
+        values[field] = ParseValue(*field, text);
+    }
+    return values;
+}
+
+bool IsMatch(const ListedUser& user, const std::string& upperPart)
+{
+    const auto holds = [&upperPart](const std::string& text) {
+        return platform::UpperUtf8(text).find(upperPart) != std::string::npos;
+    };
+    return holds(user.login) || holds(user.name) || holds(user.email) || holds(user.mobile) || holds(user.department) ||
+           holds(user.title);
+}
+
+void SortByLogin(std::vector<ListedUser>& users)
+{
+    std::vector<std::pair<std::string, ListedUser>> keyed;
+    keyed.reserve(users.size());
+    for (ListedUser& user : users) {
+        keyed.emplace_back(platform::UpperUtf8(user.login), std::move(user));
+    }
+    std::ranges::sort(keyed, {},
+                      [](const auto& entry) { return std::tie(entry.first, entry.second.login, entry.second.id); });
+    std::ranges::transform(keyed, users.begin(), [](auto& entry) { return std::move(entry.second); });
+}
+
+std::vector<ListedUser> Selected(std::vector<ListedUser> users, const Arguments& arguments)
+{
+    const std::string part = platform::UpperUtf8(arguments.match);
+    std::erase_if(users, [&](const ListedUser& user) {
+        return (arguments.onlyLocked && !user.locked) || (arguments.onlyActive && user.locked) ||
+               (!part.empty() && !IsMatch(user, part));
+    });
+    SortByLogin(users);
+    const auto limit = static_cast<std::size_t>(arguments.limit.value_or(std::numeric_limits<int>::max()));
+    users.resize(std::min(users.size(), limit));
+    return users;
+}
+
+Table AsTable(const std::vector<ListedUser>& users)
+{
+    Table table{{"id", "login", "name", "sex", "mobile", "email", "department", "title", "locked"}, {}};
+    for (const ListedUser& user : users) {
+        table.rows.push_back({std::int64_t{user.id}, user.login, user.name, ShownSex(user.sex), user.mobile, user.email,
+                              user.department, user.title, user.locked});
+    }
+    return table;
+}
+
+Value ShownPasswordType(const Stored& stored)
+{
+    Value shown = Shown(*FindField("password_type"), stored);
+    const auto* type = std::get_if<std::int64_t>(&shown);
+    if (type == nullptr) {
+        return shown;
+    }
+    return Choice{*type, *type == 1 ? "MD5" : *type == 2 ? "MD5 with login name" : "plain text"};
+}
+
+Record AsRecord(int id, const FieldValues& values)
+{
+    Record record = {{"id", std::int64_t{id}}};
+    for (const auto& [field, value] : values) {
+        if (field->use >= Field::Use::shown) {
+            record.emplace_back(field->name, Shown(*field, value));
+        }
+    }
+    record.emplace_back("password_set", !values.at(FindField("password")).value_or("").empty());
+    record.emplace_back("password_type", ShownPasswordType(values.at(FindField("password_type"))));
+    return record;
+}
+
+Exit SetLocked(const Context& context, bool locked)
+{
+    Opened opened(context.arguments);
+    Directory& directory = opened.Directory();
+    const std::vector<UserKey> users = FindUsers(directory, context.arguments.users);
+    Transaction transaction(directory.Connection());
+    for (const UserKey& user : users) {
+        directory.SetLocked(user.id, locked);
+    }
+    transaction.Commit();
+    for (const UserKey& user : users) {
+        context.terminal.err << fmt::format("{} {}\n", locked ? "locked" : "unlocked", Named(user));
+    }
+    return Exit::done;
+}
+
+std::string Enumerated(const std::vector<Trace>& traces)
+{
+    std::string list;
+    for (const Trace& trace : traces) {
+        list += (list.empty() ? ", with " : ", ") + Counted(static_cast<std::size_t>(trace.count), trace.noun);
+    }
+    return list;
+}
+
+bool IsConfirmed(Terminal& terminal, std::size_t count)
+{
+    terminal.err << fmt::format("Delete {}? [y/N] ", Counted(count, "user")) << std::flush;
+    std::string answer;
+    std::getline(terminal.in, answer);
+    return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+void RequireConfirmation(const Context& context, std::size_t count)
+{
+    if (context.arguments.yes) {
+        return;
+    }
+    if (!context.terminal.inIsTerminal || !context.terminal.errIsTerminal) {
+        throw Refusal(Exit::needsYes, "nothing was deleted; add --yes to delete without being asked");
+    }
+    if (!IsConfirmed(context.terminal, count)) {
+        throw Refusal(Exit::needsYes, "nothing was deleted");
+    }
+}
+
+void TellWhatGoes(const Context& context, Directory& directory, const std::vector<UserKey>& users)
+{
+    for (const UserKey& user : users) {
+        context.terminal.err << fmt::format("delete {}{}\n", Named(user), Enumerated(directory.Traces(user.id)));
+    }
+}
+
+void RefuseBuiltIn(const std::vector<UserKey>& users)
+{
+    const auto builtIn = std::ranges::find_if(users, IsBuiltIn);
+    if (builtIn != users.end()) {
+        throw Refusal(Exit::isProtected,
+                      fmt::format("{} is the built-in administrator and cannot be deleted; nothing was deleted",
+                                  Named(*builtIn)));
+    }
+}
+
+} // namespace
+
+// ---- Arguments and options ------------------------------------------------------------------------------------------
+
+void DeclareList(CLI::App& app, Arguments& arguments)
+{
+    app.add_option("--match", arguments.match, "only users with this text in what the list shows, case not counting")
+        ->type_name("TEXT");
+    auto* locked = app.add_flag("--locked", arguments.onlyLocked, "only locked users");
+    app.add_flag("--active", arguments.onlyActive, "only users who are not locked")->excludes(locked);
+    app.add_option("--limit", arguments.limit, "at most so many")
+        ->type_name("N")
+        ->check(CLI::Range(1, std::numeric_limits<int>::max(), ""));
+}
+
+void DeclareOne(CLI::App& app, Arguments& arguments)
+{
+    app.add_option("USER", arguments.user, kUserHelp)->required()->type_name("");
+}
+
+void DeclareSeveral(CLI::App& app, Arguments& arguments)
+{
+    app.add_option("USER", arguments.users, kUserHelp)
+        ->required()
+        ->type_name("")
+        ->expected(kMostUsers)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void DeclareCreate(CLI::App& app, Arguments& arguments)
+{
+    app.add_option("LOGIN", arguments.login, "login name of the new user")->required()->type_name("");
+    DeclareFields(app, arguments, Field::Use::given);
+}
+
+void DeclareSet(CLI::App& app, Arguments& arguments)
+{
+    DeclareOne(app, arguments);
+    DeclareFields(app, arguments, Field::Use::changed);
+}
+
+void DeclareRename(CLI::App& app, Arguments& arguments)
+{
+    DeclareOne(app, arguments);
+    app.add_option("NEWLOGIN", arguments.login, "login name to have from now on")->required()->type_name("");
+    app.add_flag("--drop-password", arguments.dropPassword,
+                 "empty a password that would no longer fit; nobody can log in until a new one is set");
+}
+
+void DeclareDelete(CLI::App& app, Arguments& arguments)
+{
+    DeclareSeveral(app, arguments);
+    app.add_flag("--yes", arguments.yes, "do not ask");
+}
+
+void DeclareExists(CLI::App& app, Arguments& arguments)
+{
+    app.add_option("LOGIN", arguments.login, "login name, case not counting")->required()->type_name("");
+}
+
+void DeclareImport(CLI::App& app, Arguments& arguments)
+{
+    app.add_option("FILE", arguments.file, "comma-separated values in UTF-8 with a header row; - for standard input")
+        ->required()
+        ->type_name("");
+    app.add_flag("--dry-run", arguments.dryRun, "check everything, change nothing");
+    app.add_option("--result", arguments.result,
+                   "where to write each row's outcome: FILE.result.csv if not given; - for standard output")
+        ->type_name("FILE");
+    app.add_flag("--update", arguments.update, "set the columns of users who are there; empty values leave theirs");
+    app.footer("Columns (login is needed, all others may be left out):\n" + Wrapped(ImportColumns()) + "\n" +
+               app.get_footer());
+}
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+Exit List(const Context& context)
+{
+    Opened opened(context.arguments);
+    Render(context.arguments.format, AsTable(Selected(opened.Directory().List(), context.arguments)),
+           context.terminal.out);
+    return Exit::done;
+}
+
+Exit Show(const Context& context)
+{
+    Opened opened(context.arguments);
+    const UserKey user = FindUser(opened.Directory(), context.arguments.user);
+    const std::optional<FieldValues> values = opened.Directory().Load(user.id);
+    if (!values) {
+        throw Refusal(Exit::notFound, fmt::format("{} has just been deleted", Named(user)));
+    }
+    Render(context.arguments.format, AsRecord(user.id, *values), context.terminal.out);
+    return Exit::done;
+}
+
+Exit Count(const Context& context)
+{
+    Opened opened(context.arguments);
+    context.terminal.out << opened.Directory().Count() << '\n';
+    return Exit::done;
+}
+
+Exit Exists(const Context& context)
+{
+    Opened opened(context.arguments);
+    const bool exists = opened.Directory().IsTaken(context.arguments.login);
+    context.terminal.out << (exists ? "true\n" : "false\n");
+    return exists ? Exit::done : Exit::notFound;
+}
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+Exit Create(const Context& context)
+{
+    const FieldValues values = Parsed(context.arguments.fields);
+    CheckLogin(context.arguments.login);
+    Opened opened(context.arguments);
+    Transaction transaction(opened.Directory().Connection());
+    const int id = CreateUser(opened.Directory(), context.arguments.login, values);
+    transaction.Commit();
+    context.terminal.out << id << '\n';
+    return Exit::done;
+}
+
+Exit Set(const Context& context)
+{
+    const FieldValues values = Parsed(context.arguments.fields);
+    if (values.empty()) {
+        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin user set --help` lists what can be");
+    }
+    Opened opened(context.arguments);
+    Transaction transaction(opened.Directory().Connection());
+    const UserKey user = FindUser(opened.Directory(), context.arguments.user);
+    const bool changed = ChangeUser(opened.Directory(), user.id, values);
+    transaction.Commit();
+    context.terminal.err << fmt::format("{} {}\n", changed ? "changed" : "nothing to change in", Named(user));
+    return Exit::done;
+}
+
+Exit Rename(const Context& context)
+{
+    CheckLogin(context.arguments.login);
+    Opened opened(context.arguments);
+    Transaction transaction(opened.Directory().Connection());
+    const UserKey user = FindUser(opened.Directory(), context.arguments.user);
+    const PasswordFate fate =
+        RenameUser(opened.Directory(), user, context.arguments.login, context.arguments.dropPassword);
+    transaction.Commit();
+    context.terminal.err << fmt::format("renamed {} to {}{}\n", Named(user), Visible(context.arguments.login),
+                                        fate == PasswordFate::dropped ? "; nobody can log in until a password is set"
+                                                                      : "");
+    return Exit::done;
+}
+
+Exit Lock(const Context& context) { return SetLocked(context, true); }
+
+Exit Unlock(const Context& context) { return SetLocked(context, false); }
+
+Exit Delete(const Context& context)
+{
+    Opened opened(context.arguments);
+    Directory& directory = opened.Directory();
+    const std::vector<UserKey> users = FindUsers(directory, context.arguments.users);
+    RefuseBuiltIn(users);
+    TellWhatGoes(context, directory, users);
+    RequireConfirmation(context, users.size());
+    Transaction transaction(directory.Connection());
+    for (const UserKey& user : users) {
+        DeleteUser(directory, user);
+    }
+    transaction.Commit();
+    context.terminal.err << fmt::format("deleted {}\n", Counted(users.size(), "user"));
+    return Exit::done;
+}
+
+Exit Import(const Context& context)
+{
+    Opened opened(context.arguments);
+    const Arguments& arguments = context.arguments;
+    return ImportUsers(opened.Directory(), {arguments.file, arguments.result, arguments.dryRun, arguments.update},
+                       context.terminal);
+}
+
+} // namespace console::user

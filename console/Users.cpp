@@ -1,0 +1,240 @@
+#include "console/Users.h"
+
+#include "console/Errors.h"
+#include "console/Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+
+namespace console {
+
+namespace {
+
+constexpr std::string_view kAdmin = "Admin";
+constexpr std::string_view kIdPrefix = "id:";
+constexpr std::string_view kLoginPrefix = "login:";
+
+const Field& FieldOf(std::string_view name) { return *FindField(name); }
+
+UserKey FindById(Directory& directory, const std::string& argument)
+{
+    int id = 0;
+    const char* begin = argument.data() + kIdPrefix.size();
+    const char* end = argument.data() + argument.size();
+    const auto read = std::from_chars(begin, end, id);
+    if (read.ec != std::errc() || read.ptr != end) {
+        throw Refusal(Exit::usage, fmt::format("{} is no user id; write id: and a number", Quoted(argument)));
+    }
+    const std::optional<FieldValues> values = directory.Load(id);
+    if (!values) {
+        throw Refusal(Exit::notFound, fmt::format("there is no user with id {}; `qvadmin user list` shows all", id));
+    }
+    return {id, values->at(&FieldOf("login")).value_or("")};
+}
+
+std::string Enumerated(const std::vector<UserKey>& users)
+{
+    std::string list;
+    for (const UserKey& user : users) {
+        list += (list.empty() ? "" : ", ") + Named(user);
+    }
+    return list;
+}
+
+UserKey FindByLogin(Directory& directory, const std::string& login)
+{
+    const std::vector<UserKey> users = directory.FindAll(login);
+    if (users.empty()) {
+        throw Refusal(Exit::notFound, fmt::format("there is no user {}; `qvadmin user list` shows all", Quoted(login)));
+    }
+    const auto isExact = [&login](const UserKey& user) { return user.login == login; };
+    if (users.size() > 1 && std::ranges::count_if(users, isExact) != 1) {
+        throw Refusal(Exit::conflict, fmt::format("{} may be any of {}; write id:{} for the first of them",
+                                                  Quoted(login), Enumerated(users), users.front().id));
+    }
+    return users.size() == 1 ? users.front() : *std::ranges::find_if(users, isExact);
+}
+
+/// The values in the form in which CHumanItem::Update would leave them in the row.
+FieldValues LeftByUpdate(const FieldValues& stored, const CHumanItem& item)
+{
+    FieldValues left = stored;
+    for (auto& [field, value] : left) {
+        if (field->updated) {
+            value = WrittenBy(item, *field);
+        }
+    }
+    return left;
+}
+
+FieldValues DifferencesFrom(const FieldValues& present, const FieldValues& wanted)
+{
+    FieldValues differences;
+    for (const auto& [field, value] : wanted) {
+        if (present.at(field) != value) {
+            differences.emplace(field, value);
+        }
+    }
+    return differences;
+}
+
+FieldValues LoadUser(Directory& directory, int id)
+{
+    std::optional<FieldValues> stored = directory.Load(id);
+    if (!stored) {
+        throw Refusal(Exit::notFound, fmt::format("there is no user with id {} any more", id));
+    }
+    return *stored;
+}
+
+/// Writes all columns of a user. The record writes most of them, in its own form: no NULL, a birthday always, flags as
+/// 0 or 1, neither picture nor user data. What that leaves different is set afterwards.
+void WriteBack(Directory& directory, int id, const FieldValues& stored, const FieldValues& wanted)
+{
+    CHumanItem item;
+    item.m_nID = id;
+    for (const auto& [field, value] : wanted) {
+        SetMember(item, *field, value);
+    }
+    directory.Update(item);
+    directory.Set(id, DifferencesFrom(LeftByUpdate(stored, item), wanted));
+}
+
+bool HasLoginInDigest(const FieldValues& stored)
+{
+    return stored.at(&FieldOf("password_type")).value_or("") == "2" &&
+           !stored.at(&FieldOf("password")).value_or("").empty();
+}
+
+void RefuseAnothersLogin(Directory& directory, const UserKey& user, const std::string& login)
+{
+    for (const UserKey& other : directory.FindAll(login)) {
+        if (other.id != user.id) {
+            throw Refusal(Exit::conflict, fmt::format("the login name {} is taken by {}", Quoted(login), Named(other)));
+        }
+    }
+}
+
+} // namespace
+
+UserKey FindUser(Directory& directory, const std::string& argument)
+{
+    if (argument.starts_with(kIdPrefix)) {
+        return FindById(directory, argument);
+    }
+    return FindByLogin(directory, argument.starts_with(kLoginPrefix) ? argument.substr(kLoginPrefix.size()) : argument);
+}
+
+std::vector<UserKey> FindUsers(Directory& directory, const std::vector<std::string>& arguments)
+{
+    std::vector<UserKey> users;
+    for (const std::string& argument : arguments) {
+        const UserKey user = FindUser(directory, argument);
+        if (std::ranges::find(users, user.id, &UserKey::id) == users.end()) {
+            users.push_back(user);
+        }
+    }
+    return users;
+}
+
+void CheckLogin(const std::string& login)
+{
+    if (login.empty()) {
+        throw Refusal(Exit::usage, "the login name is empty");
+    }
+    if (HasOuterBlanks(login)) {
+        throw Refusal(Exit::usage, fmt::format("the login name {} begins or ends with a blank", Quoted(login)));
+    }
+    if (HasControlCharacter(login)) {
+        throw Refusal(Exit::usage, fmt::format("the login name {} holds a control character", Quoted(login)));
+    }
+}
+
+int CreateUser(Directory& directory, const std::string& login, const FieldValues& values)
+{
+    CheckLogin(login);
+    const std::vector<UserKey> taken = directory.FindAll(login);
+    if (!taken.empty()) {
+        throw Refusal(Exit::conflict,
+                      fmt::format("the login name {} is taken by {}", Quoted(login), Named(taken.front())));
+    }
+    CHumanItem item;
+    item.m_nID = 0;
+    SetMember(item, FieldOf("login"), login);
+    SetMember(item, FieldOf("name"), login);
+    for (const auto& [field, value] : values) {
+        SetMember(item, *field, value);
+    }
+    directory.Save(item);
+    const int id = directory.FindId(login).value_or(0);
+    // The record writes today for a birthday that nobody gave.
+    const Field& birthday = FieldOf("birthday");
+    const auto given = values.find(&birthday);
+    if (given == values.end() || !given->second) {
+        directory.Set(id, {{&birthday, std::nullopt}});
+    }
+    return id;
+}
+
+bool Differs(const FieldValues& stored, const FieldValues& values)
+{
+    const auto differs = [&stored](const auto& given) {
+        return stored.at(given.first).value_or("") != given.second.value_or("");
+    };
+    return std::ranges::any_of(values, differs);
+}
+
+bool ChangeUser(Directory& directory, int id, const FieldValues& values)
+{
+    const FieldValues stored = LoadUser(directory, id);
+    if (!Differs(stored, values)) {
+        return false;
+    }
+    FieldValues wanted = stored;
+    for (const auto& [field, value] : values) {
+        wanted[field] = value;
+    }
+    WriteBack(directory, id, stored, wanted);
+    return true;
+}
+
+PasswordFate RenameUser(Directory& directory, const UserKey& user, const std::string& login, bool dropPassword)
+{
+    CheckLogin(login);
+    if (IsBuiltIn(user)) {
+        throw Refusal(Exit::isProtected,
+                      fmt::format("{} is the built-in administrator and keeps its name", Named(user)));
+    }
+    RefuseAnothersLogin(directory, user, login);
+    const FieldValues stored = LoadUser(directory, user.id);
+    FieldValues wanted = {{&FieldOf("login"), login}};
+    const bool spoilsPassword = user.login != login && HasLoginInDigest(stored);
+    if (spoilsPassword && !dropPassword) {
+        throw Refusal(Exit::conflict,
+                      fmt::format("the password of {} would no longer fit, because its digest holds the login name; "
+                                  "add --drop-password to empty it until a new one is set",
+                                  Named(user)));
+    }
+    if (spoilsPassword) {
+        // The type stays: compared with a digest, an empty stored text fits no password at all.
+        wanted.emplace(&FieldOf("password"), "");
+    }
+    ChangeUser(directory, user.id, wanted);
+    return spoilsPassword ? PasswordFate::dropped : PasswordFate::kept;
+}
+
+bool IsBuiltIn(const UserKey& user) { return user.login == kAdmin; }
+
+void DeleteUser(Directory& directory, const UserKey& user)
+{
+    if (IsBuiltIn(user) || !directory.Delete(user.id)) {
+        throw Refusal(Exit::isProtected,
+                      fmt::format("{} is the built-in administrator and cannot be deleted", Named(user)));
+    }
+}
+
+std::string Named(const UserKey& user) { return fmt::format("{} (id {})", Visible(user.login), user.id); }
+
+} // namespace console

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "console/Directory.h"
+#include "console/Fields.h"
+
+#include <string>
+#include <vector>
+
+namespace console {
+
+// What an administrator does with users, made of the directory's operations. Nothing here begins a transaction: the
+// functions that change something are to be called in one.
+
+/// The user that an argument means: a login name, case not counting, or "id:17", or "login:TEXT" for a login name that
+/// looks like an id. @throws Refusal (notFound), or (conflict) when several users differ only in case.
+UserKey FindUser(Directory& directory, const std::string& argument);
+/// The same for several, each once. @throws before anything else when one of them is not found.
+std::vector<UserKey> FindUsers(Directory& directory, const std::vector<std::string>& arguments);
+
+/// @throws Refusal (usage) for what no one should have to log in as: nothing, outer blanks, control characters.
+void CheckLogin(const std::string& login);
+
+/// Adds a user; a name that is not given is the login name, a birthday that is not given is none.
+/// @return the new id. @throws Refusal (conflict) when the login name is taken, case not counting.
+int CreateUser(Directory& directory, const std::string& login, const FieldValues& values);
+
+/// Whether the values differ from what is stored.
+bool Differs(const FieldValues& stored, const FieldValues& values);
+
+/// Sets these columns of a user and leaves all others as they are stored.
+/// @return whether anything was different before. @throws Refusal (notFound).
+bool ChangeUser(Directory& directory, int id, const FieldValues& values);
+
+/// What became of a password whose digest holds the login name.
+enum class PasswordFate { kept, dropped };
+
+/// Gives a user another login name. A password that would no longer fit is emptied when the caller allows it.
+/// @throws Refusal (isProtected) for Admin, (conflict) when the name is another's or a password would no longer fit.
+PasswordFate RenameUser(Directory& directory, const UserKey& user, const std::string& login, bool dropPassword);
+
+/// Whether the module keeps this user from being deleted, whatever the engine.
+bool IsBuiltIn(const UserKey& user);
+
+/// Deletes a user and what stands elsewhere about him. @throws Refusal (isProtected).
+void DeleteUser(Directory& directory, const UserKey& user);
+
+/// "LOGIN (id N)", for sentences.
+std::string Named(const UserKey& user);
+
+} // namespace console

@@ -1,0 +1,139 @@
+#include "console/Render.h"
+
+#include "console/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+using namespace console;
+
+namespace {
+
+const Table kPeople = {{"id", "name", "sex", "locked", "note"},
+                       {{std::int64_t{7}, "Amy", Choice{2, "female"}, true, std::monostate()},
+                        {std::int64_t{12}, "Bo, \"B\"", Choice{0, "unknown"}, false, "a\tb\\c\nd"}}};
+
+std::string Rendered(Format format, const Table& table)
+{
+    std::ostringstream out;
+    Render(format, table, out);
+    return out.str();
+}
+
+std::string Rendered(Format format, const Record& record)
+{
+    std::ostringstream out;
+    Render(format, record, out);
+    return out.str();
+}
+
+} // namespace
+
+TEST(RenderTest, TableAlignsColumnsAndPutsNumbersToTheRight)
+{
+    EXPECT_EQ(Rendered(Format::table, kPeople), "id  name     sex      locked  note\n"
+                                                " 7  Amy      female   yes     \n"
+                                                "12  Bo, \"B\"  unknown  no      a\\tb\\c\\nd\n");
+}
+
+TEST(RenderTest, TableCountsWideCharactersAsTwoAndCombiningOnesAsNone)
+{
+    const Table table = {{"a", "b"}, {{"王芳", "1"}, {"e\xCC\x81t\xCC\x81", "2"}, {"abcd", "3"}}};
+    EXPECT_EQ(Rendered(Format::table, table), "a     b\n"
+                                              "王芳  1\n"
+                                              "e\xCC\x81t\xCC\x81    2\n"
+                                              "abcd  3\n");
+}
+
+TEST(RenderTest, NoNameCanForgeARowOrReachTheTerminal)
+{
+    const std::pair<std::string, const char*> kNames[] = {{"x\n99  Admin", "x\\n99  Admin"},
+                                                          {"\x1B[2J", "\\x1B[2J"},
+                                                          {"\xC2\x9B"
+                                                           "2J",
+                                                           "\\xC2\\x9B2J"},
+                                                          {"\xFF", "\\xFF"},
+                                                          {std::string("\xE2\x80") + "\xAE" + "nimdA", "\\u202EnimdA"},
+                                                          {"\r\x7F", "\\x0D\\x7F"}};
+    for (const auto& [name, shown] : kNames) {
+        EXPECT_EQ(Rendered(Format::table, Table{{"name"}, {{name}}}), std::string("name\n") + shown + "\n");
+    }
+}
+
+TEST(RenderTest, EmptyTableShowsItsHeader)
+{
+    const Table table = {{"id", "name"}, {}};
+    EXPECT_EQ(Rendered(Format::table, table), "id  name\n");
+    EXPECT_EQ(Rendered(Format::csv, table), "id,name\n");
+    EXPECT_EQ(Rendered(Format::json, table), "[]\n");
+    EXPECT_EQ(Rendered(Format::jsonl, table), "");
+    EXPECT_EQ(Rendered(Format::plain, table), "");
+}
+
+TEST(RenderTest, CsvQuotesWhatItMust)
+{
+    EXPECT_EQ(Rendered(Format::csv, kPeople), "id,name,sex,locked,note\n"
+                                              "7,Amy,2,true,\n"
+                                              "12,\"Bo, \"\"B\"\"\",0,false,\"a\tb\\c\nd\"\n");
+}
+
+TEST(RenderTest, JsonKeepsTheKindsOfValues)
+{
+    EXPECT_EQ(Rendered(Format::json, kPeople),
+              "[\n"
+              "  {\"id\":7,\"name\":\"Amy\",\"sex\":2,\"locked\":true,\"note\":null},\n"
+              "  {\"id\":12,\"name\":\"Bo, \\\"B\\\"\",\"sex\":0,\"locked\":false,\"note\":\"a\\tb\\\\c\\nd\"}\n"
+              "]\n");
+    EXPECT_EQ(Rendered(Format::jsonl, Table{{"id"}, {{std::int64_t{1}}, {std::int64_t{2}}}}),
+              "{\"id\":1}\n{\"id\":2}\n");
+}
+
+TEST(RenderTest, JsonReplacesBytesThatAreNoText)
+{
+    EXPECT_EQ(Rendered(Format::jsonl, Table{{"name"},
+                                            {{"a\xFF"
+                                              "b"}}}),
+              "{\"name\":\"a\xEF\xBF\xBD"
+              "b\"}\n");
+}
+
+TEST(RenderTest, PlainHasTabsBetweenAndEscapesThemInside)
+{
+    EXPECT_EQ(Rendered(Format::plain, kPeople), "7\tAmy\t2\ttrue\t\n"
+                                                "12\tBo, \"B\"\t0\tfalse\ta\\tb\\\\c\\nd\n");
+}
+
+TEST(RenderTest, RecordIsALinePerProperty)
+{
+    const Record record = {{"id", std::int64_t{7}}, {"note", "a\nb"}, {"birthday", Value()}};
+    EXPECT_EQ(Rendered(Format::table, record), "id        7\n"
+                                               "note      a\\nb\n"
+                                               "birthday\n");
+    EXPECT_EQ(Rendered(Format::plain, record), "id\t7\nnote\ta\\nb\nbirthday\t\n");
+    EXPECT_EQ(Rendered(Format::csv, record), "id,note,birthday\n7,\"a\nb\",\n");
+    EXPECT_EQ(Rendered(Format::json, record), "{\n  \"id\": 7,\n  \"note\": \"a\\nb\",\n  \"birthday\": null\n}\n");
+    EXPECT_EQ(Rendered(Format::jsonl, record), "{\"id\":7,\"note\":\"a\\nb\",\"birthday\":null}\n");
+}
+
+TEST(RenderTest, FormatsAreFoundByName)
+{
+    EXPECT_EQ(FindFormat("jsonl"), Format::jsonl);
+    EXPECT_EQ(FindFormat("xml"), std::nullopt);
+}
+
+TEST(TextTest, OuterBlanksAreFoundInAnyScript)
+{
+    EXPECT_TRUE(HasOuterBlanks(" a"));
+    EXPECT_TRUE(HasOuterBlanks("a\xC2\xA0"));
+    EXPECT_TRUE(HasOuterBlanks("\xE3\x80\x80"));
+    EXPECT_FALSE(HasOuterBlanks("a b"));
+    EXPECT_FALSE(HasOuterBlanks(""));
+}
+
+TEST(TextTest, ControlCharactersAreFoundAnywhere)
+{
+    EXPECT_TRUE(HasControlCharacter("a\nb"));
+    EXPECT_TRUE(HasControlCharacter("a\xC2\x85"));
+    EXPECT_FALSE(HasControlCharacter("Зоя"));
+}
