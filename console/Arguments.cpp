@@ -22,7 +22,7 @@ constexpr const char* kDescription = "Administration of a server's organisation 
 constexpr const char* kEpilogue =
     "Examples:\n"
     "  qvadmin db init\n"
-    "  qvadmin user create amy --name 'Amy Pond'\n"
+    "  qvadmin user create amy --name 'Amy Holt'\n"
     "  qvadmin user list -o json\n"
     "\n"
     "The database is that of --db, else of the environment variable QVADMIN_DB, else\n"

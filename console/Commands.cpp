@@ -44,7 +44,7 @@ constexpr Command kCommands[] = {
      "  qvadmin user set amy --mobile '+44 7700 900001' --no-super\n"
      "  qvadmin user set amy --birthday ''",
      &user::DeclareSet, &user::Set},
-    {"user", "rename", "give a user another login name", "  qvadmin user rename amy amy.williams", &user::DeclareRename,
+    {"user", "rename", "give a user another login name", "  qvadmin user rename amy amy.holt", &user::DeclareRename,
      &user::Rename},
     {"user", "lock", "keep users from logging in", "  qvadmin user lock amy rory", &user::DeclareSeveral, &user::Lock},
     {"user", "unlock", "let locked users log in again", "  qvadmin user unlock amy", &user::DeclareSeveral,

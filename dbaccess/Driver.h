@@ -120,7 +120,7 @@ QV_API void RegisterDriver(const std::string& scheme, SessionFactory factory);
 /// The factory of a scheme. @throws CAException that names the schemes there are.
 QV_API const SessionFactory& FindDriver(std::string_view scheme);
 
-/// Cuts a location into path and options. "%3F" stands for a "?" in the path, "%25" for a "%" before "3F".
+/// Cuts a location into path and options. In the path "%3F" stands for "?" and "%25" for "%"; any other "%" is itself.
 /// @throws CAException for an option without "=" or given twice.
 QV_API Location ParseLocation(std::string_view location);
 /// The engine kind of an option "kind=0|1|3|6", or `preset` without one. @throws CAException for another value.

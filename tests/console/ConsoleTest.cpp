@@ -263,13 +263,13 @@ TEST_F(ConsoleTest, ListIsSortedAndFiltered)
 {
     Init();
     ASSERT_EQ(Run({"user", "create", "rory", "--name", "Rory Williams", "--title", "Nurse", "--locked"}).exit, 0);
-    ASSERT_EQ(Run({"user", "create", "Amy", "--name", "Amy Pond", "--sex", "female"}).exit, 0);
+    ASSERT_EQ(Run({"user", "create", "Amy", "--name", "Amy Holt", "--sex", "female"}).exit, 0);
     ASSERT_EQ(Run({"user", "create", "зоя", "--name", "Зоя"}).exit, 0);
     EXPECT_EQ(Run({"user", "list"}).out, "id  login  name           sex      mobile  email  department  title  locked\n"
-                                         " 2  Amy    Amy Pond       female                                     no\n"
+                                         " 2  Amy    Amy Holt       female                                     no\n"
                                          " 1  rory   Rory Williams  unknown                             Nurse  yes\n"
                                          " 3  зоя    Зоя            unknown                                    no\n");
-    EXPECT_EQ(Run({"user", "list", "-o", "plain", "--limit", "1"}).out, "2\tAmy\tAmy Pond\t2\t\t\t\t\tfalse\n");
+    EXPECT_EQ(Run({"user", "list", "-o", "plain", "--limit", "1"}).out, "2\tAmy\tAmy Holt\t2\t\t\t\t\tfalse\n");
     EXPECT_THAT(Run({"user", "list", "--locked", "-o", "jsonl"}).out, AllOf(HasSubstr("rory"), Not(HasSubstr("Amy"))));
     EXPECT_THAT(Run({"user", "list", "--active", "-o", "jsonl"}).out, AllOf(Not(HasSubstr("rory")), HasSubstr("Amy")));
     EXPECT_THAT(Run({"user", "list", "--match", "ЗОЯ", "-o", "csv"}).out,
