@@ -187,7 +187,7 @@ TEST_F(CFileTest, tellsWhenNoMoreFilesCanBeOpened)
     CFile file;
     CFileException error;
     // The sanitizer looks an object's type up the first time, which takes file handles itself.
-    EXPECT_FALSE(file.Open((path + ".missing").c_str(), CFile::modeRead, &error));
+    EXPECT_FALSE(file.Open((directory / "missing").c_str(), CFile::modeRead, &error));
     const LimitScope limit(RLIMIT_NOFILE, 0);
     EXPECT_FALSE(file.Open(path.c_str(), kRewrite, &error));
     EXPECT_EQ(error.m_cause, CFileException::tooManyOpenFiles);
