@@ -71,7 +71,7 @@ bool CQVBaseFun::IsDataBaseValid(CAConnect& conn, int dbType, CString dbName, bo
     default:
         return false;
     }
-    return frame::ReadFirst(conn, sql, [&valid](CARecordset&) { valid = true; });
+    return frame::ReadFirst(conn, sql, frame::Found(valid));
 }
 
 void CQVBaseFun::WriteToLogFileEx(CString /*text*/) {}

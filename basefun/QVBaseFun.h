@@ -129,8 +129,207 @@ public:
                                 CString jobTitle, CString officePhone, CString mobile, CString officeFax, CString eMail,
                                 CString userData, CString homePhone, int deptId);
 
+    // ---- Groups --------------------------------------------------------------------------------------------------
+    // Texts enter all statements on groups, views, roles and job titles as they are.
+
+    /// The highest group id of all. @param name  without effect. @param id  -1 when there is no group.
+    static bool GetGroupIDByName(CAConnect& conn, CString name, int& id);
+    /// A group of exactly this name that any kind of item with this id holds by any relation. @param id  -1 when there
+    /// is none.
+    static bool GetGroupIDByNameAndOwner(CAConnect& conn, CString name, int& id, int ownerID);
+    /// Whether any group has this name. On engine kind 3 case does not count, here and in the next two.
+    /// @param exists  false when there is none, here and below.
+    static bool ExistGroupName(CAConnect& conn, CString name, bool& exists);
+    /// Whether a group of this name is a member directly under a parent.
+    static bool ExistGroupName(CAConnect& conn, CString name, int parentID, int parentType, bool& exists);
+    /// The id of such a group. @return 0 when there is none, and after a failure.
+    static int ExistGroupName(CAConnect& conn, CString name, int parentID, int parentType);
+    /// The groups directly under a parent, by sort index and name.
+    static bool LoadGroup(CAConnect& conn, int parentID, int parentType, CUIntArray& ids, CStringArray& names);
+    /// The outputs have no presets: they stay as they are when there is no such group.
+    static bool LoadGroupInfo(CAConnect& conn, int id, CString& name, int& itemIndex, CString& description);
+    static bool UpdateGroupInfo(CAConnect& conn, int id, CString name, int itemIndex, CString description);
+    /// @param style  0 when there is no such group. @return true also when the connection is not open.
+    static bool GetGroupStyle(CAConnect& conn, int id, int& style);
+    static bool UpdateGroupStyle(CAConnect& conn, int id, int style);
+    /// Deletes the group's own row; its relations stay.
+    static bool DelGroupItemByID(CAConnect& conn, int id);
+
+    // ---- Views ---------------------------------------------------------------------------------------------------
+
+    /// A view of exactly this name and type. @param id  0 when there is none.
+    static bool GetViewIDByName(CAConnect& conn, CString name, int type, int& id);
+    /// The same, case not counting on engine kind 3. @return 0 when there is none, and after a failure.
+    static int ExistViewName(CAConnect& conn, CString name, int type);
+    /// The views of a type, by sort index and name.
+    static bool LoadView(CAConnect& conn, CUIntArray& ids, CStringArray& names, int type);
+    /// An owner's views of a type, by sort index and name. When the arrays are still empty then and `createIfEmpty` is
+    /// set, a view named "_Empty" is added and read. @return 1, or 0 after a failure.
+    static int LoadViewbyUserID(CAConnect& conn, int ownerID, CUIntArray& ids, CStringArray& names, int type,
+                                bool createIfEmpty);
+    /// The system views, unordered, one new CViewItem each with id, name, type, description and sort index.
+    static bool LoadSysView(CAConnect& conn, CObList& views);
+    /// @param name  empty when there is no such view.
+    static bool GetViewNameByID(CAConnect& conn, int id, CString& name);
+    static bool UpdateViewName(CAConnect& conn, int id, CString name);
+    /// The name of the first system view without an owner. @param name  empty when there is none.
+    static bool GetDefaultSysView(CAConnect& conn, CString& name);
+    /// Renames the system view without an owner, only while it is still called "_Empty".
+    static bool UpdateDefaultSysView(CAConnect& conn, CString name);
+    /// @param flag  true when there IS a system view, against the operation's name; callers know it so.
+    static bool HasNoSysView(CAConnect& conn, bool& flag);
+    /// @param count  0 until read. @return true also when the connection is not open.
+    static bool GetSysViewCount(CAConnect& conn, int& count);
+    /// Deletes the view's own row; its relations stay.
+    static bool DeleteViewItem(CAConnect& conn, int id);
+
+    // ---- Relations: users of a holder ----------------------------------------------------------------------------
+
+    /// The users that are members of a group or view, unordered, one new CHumanItem each with what a list shows.
+    static bool LoadGroupUser(CAConnect& conn, int groupID, CObList& users);
+    static bool LoadViewUser(CAConnect& conn, int viewID, CObList& users);
+    /// Their ids and names alone.
+    static bool LoadGroupUser(CAConnect& conn, int groupID, CUIntArray& ids, CStringArray& loginNames,
+                              CStringArray& names);
+    static bool LoadViewUser(CAConnect& conn, int viewID, CUIntArray& ids, CStringArray& loginNames,
+                             CStringArray& names);
+    /// Ids and names of the users that are no members of a group, view or other holder.
+    static bool LoadUserNotInGroup(CAConnect& conn, int groupID, CUIntArray& ids, CStringArray& loginNames,
+                                   CStringArray& names);
+    static bool LoadUserNotInView(CAConnect& conn, int viewID, CUIntArray& ids, CStringArray& loginNames,
+                                  CStringArray& names);
+    static bool LoadUserNotIn(CAConnect& conn, int holderID, int holderType, CUIntArray& ids, CStringArray& loginNames,
+                              CStringArray& names);
+
+    // ---- Relations: links ----------------------------------------------------------------------------------------
+
+    /// The direct members of an item, unordered.
+    static bool LoadSubMember(CAConnect& conn, int holderID, int holderType, CUIntArray& memberIDs,
+                              CUIntArray& memberTypes);
+    /// Whether an item is a member of another. @param exists  false when it is not.
+    static bool ExitMemberRelation(CAConnect& conn, int holderID, int holderType, int memberID, int memberType,
+                                   bool& exists);
+    /// Deletes the membership between two items.
+    static bool DeleteRelation(CAConnect& conn, int holderID, int holderType, int memberID, int memberType);
+    /// Deletes the relations of every type between two items.
+    static bool DelRelation(CAConnect& conn, int holderID, int holderType, int memberID, int memberType);
+    /// Deletes every relation in which the item is the holder.
+    static bool DelRelationByQvItem(CAConnect& conn, int itemID, int itemType);
+    /// Deletes every relation in which the item is the dependent. @return what CAConnect::Execute gave, 0 after an
+    /// error.
+    static int DelRelationByDQVItem(CAConnect& conn, int itemID, int itemType);
+    /// Stamps a view's id onto the user links at every depth below an item; the links of groups keep theirs. Stops at
+    /// the first failure. Nothing guards against a cycle of groups: keep cycles out.
+    static bool UpdateRelationViewID(CAConnect& conn, int holderID, int holderType, int viewID);
+
+    // ---- Roles ---------------------------------------------------------------------------------------------------
+
+    /// A role of exactly this name. @param id  0 when there is none.
+    static bool GetRoleIDByName(CAConnect& conn, CString name, CString appName, int domainID, int& id);
+    /// Whether there is such a role; on engine kind 3 case does not count in either name.
+    static bool ExistRoleName(CAConnect& conn, CString name, CString appName, int domainID, bool& exists);
+    /// The roles of an application and domain, unordered.
+    static bool LoadRole(CAConnect& conn, CString appName, int domainID, CUIntArray& ids, CStringArray& names);
+    static bool LoadRole(CAConnect& conn, CString appName, int domainID, CUIntArray& ids, CStringArray& names,
+                         CStringArray& descriptions);
+    /// @param name  empty when there is no such role. @return true also when the connection is not open.
+    static bool GetRoleNameByID(CAConnect& conn, int id, CString& name);
+    /// Deletes the role's own row; its relations and rights stay.
+    static bool DeleteRole(CAConnect& conn, int id);
+    /// The roles linked to a user, of every application and relation type.
+    static bool LoadHMRole(CAConnect& conn, int userID, CUIntArray& ids, CStringArray& names);
+    /// The roles of this system linked to a user and, last, the default role: id 0 and empty texts when there is none,
+    /// and a second time when it is linked too.
+    static bool LoadHMRole(CAConnect& conn, int userID, CUIntArray& ids, CStringArray& names,
+                           CStringArray& descriptions);
+    static bool LoadHMRole(CAConnect& conn, int userID, CUIntArray& ids);
+    /// The role "everyone". @param id  0, and name and description as they were, when there is none.
+    static bool GetDefaultRoleInfo(CAConnect& conn, int& id, CString& name, CString& description);
+    static bool GetDefaultRoleID(CAConnect& conn, int& id);
+
+    // ---- Job titles ----------------------------------------------------------------------------------------------
+
+    /// The members that hold a title inside a holder, with the names stored beside the title.
+    static bool LoadJobTitleInfo(CAConnect& conn, int holderID, int holderType, CUIntArray& memberIDs,
+                                 CStringArray& memberNames, CString jobTitle);
+    /// @param exists  false when the member does not hold the title inside the holder.
+    static bool ExistJobTitle(CAConnect& conn, int holderID, int holderType, int memberID, int memberType,
+                              CString jobTitle, bool& exists);
+    /// Deletes every equal row of a title.
+    static bool DeleteJobTitle(CAConnect& conn, int holderID, int holderType, int memberID, int memberType,
+                               CString jobTitle);
+
+    // ---- Passwords -----------------------------------------------------------------------------------------------
+
+    /// Encodes a password as it is stored. @param type  1: MD5 of its bytes; 2: MD5 of its UTF-16LE form, where the
+    /// caller has put the login name before the password; any other: unchanged. @return always true.
+    static bool Encrypt(CString& text, CString unused, int type);
+    /// Checks a password against a user's row. Both empty match, whatever the type. For type 2 the login name counts as
+    /// it is written here, case included.
+    /// @param loginName  as it is. @param matches  false, also after any failure.
+    /// @return true only when there is such a user.
+    static bool CheckUserPassword(CAConnect& conn, CString loginName, CString password, bool& matches);
+    /// Stores a password that is encoded already. @param loginName, encodedPassword  as they are.
+    /// @return true also when there is no such user.
+    static bool UpdateItemPassword(CAConnect& conn, CString loginName, CString encodedPassword, int type);
+    /// A text that is kept for the whole site and not used here. @param key  empty when there is none.
+    static bool GetEncryptKey(CAConnect& conn, CString& key);
+    /// @param key  as it is. Where the present key is empty a row is added, also beside one that holds it.
+    static bool SetEncryptKey(CAConnect& conn, CString key);
+
+    // ---- Settings: numbers ---------------------------------------------------------------------------------------
+    // A missing row, and a text that does not begin with a number, read as 0; a number keeps its 32 bits.
+
+    static bool GetKelServerConfigInfo(CAConnect& conn, unsigned long& flag);
+    static bool GetMaxThreadCount(CAConnect& conn, unsigned int& count);
+    static bool GetTaskThreadCount(CAConnect& conn, unsigned int& count);
+    static bool GetKelDocServerFlag(CAConnect& conn, unsigned long& flag);
+
+    // ---- Settings: tests -----------------------------------------------------------------------------------------
+    // Texts enter all statements on settings as they are. exists is false when there is no row.
+
+    static bool ExistThreadInfo(CAConnect& conn, CString name, bool& exists);
+    static bool ExistKelDocConfig(CAConnect& conn, CString name, bool& exists);
+    static bool ExistKelDocServerFlag(CAConnect& conn, bool& exists);
+    static bool ExistCorDisplayPic(CAConnect& conn, bool& exists);
+    static bool ExistTabConfigName(CAConnect& conn, CString name, CString genre, bool& exists);
+
+    // ---- Settings: texts -----------------------------------------------------------------------------------------
+
+    /// @param value  as it was when there is no row.
+    static bool GetKelDocConfig(CAConnect& conn, CString name, CString& value);
+    /// @param picture  empty when there is no row. @return true also when the connection is not open.
+    static bool GetCorDisplayPic(CAConnect& conn, CString& picture);
+    /// All settings of a genre, unordered.
+    static bool LoadTabConfigInfo(CAConnect& conn, CStringArray& names, CStringArray& values, CString genre);
+
+    // ---- Settings: writes ----------------------------------------------------------------------------------------
+    // Numbers are written as signed 32-bit. Where there is no row to update or delete, nothing happens and it is true.
+
+    static bool InsertThreadInfo(CAConnect& conn, CString name, unsigned int count);
+    static bool UpdateThreadInfo(CAConnect& conn, CString name, unsigned int count);
+    static bool InsertKelDocConfig(CAConnect& conn, CString name, CString value);
+    static bool UpdateKelDocConfig(CAConnect& conn, CString name, CString value);
+    static bool InsertKelDocServerFlag(CAConnect& conn, unsigned long flag);
+    static bool UpdateKelDocServerFlag(CAConnect& conn, unsigned long flag);
+    /// The display picture of the company. @param picture  backslashes are doubled on engine kind 6, in all three.
+    static bool InsertCorDisplayPic(CAConnect& conn, CString picture);
+    static bool UpdateCorDisplayPic(CAConnect& conn, CString picture);
+    /// Sets the picture of every user.
+    static bool UpdateUserDisplayPic(CAConnect& conn, CString picture);
+    static bool InsertTabConfigValue(CAConnect& conn, CString name, CString value, CString genre);
+    /// Sets every setting of this name, whatever its genre.
+    static bool UpdateTabConfigValue(CAConnect& conn, CString name, CString value);
+    static bool DeleteTabConfigValue(CAConnect& conn, CString name, CString genre);
+
     // ---- Record lists --------------------------------------------------------------------------------------------
 
     /// Deletes every record of a list and empties it; null entries are skipped. For lists of any record class.
     static void DetachHumanList(CObList& list);
+
+protected:
+    /// Replaces a text by the MD5 of its bytes.
+    static void MD5Encrypt(CString& text);
+    /// Replaces a text by the MD5 of its UTF-16LE form.
+    static void MD5UnicodeEncrypt(CString& text);
 };

@@ -3,6 +3,7 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CACommFun.h"
 #include "dbaccess/CAConnect.h"
+#include "dbaccess/CADateTime.h"
 #include "dbaccess/CAException.h"
 
 #include <utility>
@@ -26,6 +27,14 @@ void Report(CAConnect& conn, const CAException& e, const CString& sql, OnError p
 bool OpenResult(CARecordset& rs, const CString& sql, CAConnect& conn)
 {
     return rs.Open(sql, &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+}
+
+void Fetch(CARecordset& row, long column, COleDateTime& out)
+{
+    CADateTime value;
+    if (row.GetValue(column, value)) {
+        out = value.GetOleDateTime();
+    }
 }
 
 } // namespace detail
@@ -52,6 +61,11 @@ bool Execute(CAConnect& conn, const CString& sql, OnError policy, SourceLocation
         conn.Execute(sql);
         return true;
     });
+}
+
+int ExecuteCounted(CAConnect& conn, const CString& sql, SourceLocation at)
+{
+    return detail::Guarded(conn, sql, OnError::keep_and_notify, at, [&] { return conn.Execute(sql); });
 }
 
 int Run(CAConnect& conn, const CString& sql, OnError policy, SourceLocation at)

@@ -5,6 +5,7 @@
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CObList.h"
+#include "platform/COleDateTime.h"
 #include "platform/CString.h"
 #include "platform/CStringArray.h"
 #include "platform/CUIntArray.h"
@@ -62,6 +63,7 @@ inline void Fetch(CARecordset& row, long column, int& out) { row.GetValue(column
 inline void Fetch(CARecordset& row, long column, bool& out) { row.GetValue(column, out); }
 inline void Fetch(CARecordset& row, long column, __int64& out) { row.GetValue(column, out); }
 inline void Fetch(CARecordset& row, long column, CString& out) { row.GetValue(column, out, true); }
+void Fetch(CARecordset& row, long column, COleDateTime& out);
 inline void Fetch(CARecordset& row, long column, CUIntArray& out)
 {
     int number = 0;
@@ -69,6 +71,27 @@ inline void Fetch(CARecordset& row, long column, CUIntArray& out)
     out.Add(static_cast<unsigned int>(number));
 }
 inline void Fetch(CARecordset& row, long column, CStringArray& out) { out.Add(row.GetValueToStr(column, true)); }
+
+enum class Take { first, all };
+
+/// The one walk of all reads.
+template <class Row>
+bool Walk(CAConnect& conn, const CString& sql, Take take, Row row, OnError policy, SourceLocation at)
+{
+    CARecordset rs;
+    return Guarded(conn, sql, policy, at, [&] {
+        if (!OpenResult(rs, sql, conn)) {
+            return false;
+        }
+        for (rs.MoveFirst(); rs.IsEOF() == 0; rs.MoveNext()) {
+            row(rs);
+            if (take == Take::first) {
+                break;
+            }
+        }
+        return true;
+    });
+}
 
 } // namespace detail
 
@@ -83,16 +106,41 @@ auto Columns(Out&... out)
     };
 }
 
+/// Notes that there is a row; `found` must be preset to false.
+inline auto Found(bool& found)
+{
+    return [&found](CARecordset&) { found = true; };
+}
+
 /// Reads the first row, if there is one. @return whether the statement ran.
 template <class Row>
 bool ReadFirst(CAConnect& conn, const CString& sql, Row row, OnError policy = OnError::keep_and_notify,
                SourceLocation at = SourceLocation::current())
 {
+    return detail::Walk(conn, sql, detail::Take::first, row, policy, at);
+}
+
+/// Reads the first row. @return true only when there was one.
+template <class Row>
+bool FindFirst(CAConnect& conn, const CString& sql, Row row, OnError policy = OnError::keep_and_notify,
+               SourceLocation at = SourceLocation::current())
+{
+    bool found = false;
+    const auto read = [&](CARecordset& rs) {
+        row(rs);
+        found = true;
+    };
+    return detail::Walk(conn, sql, detail::Take::first, read, policy, at) && found;
+}
+
+/// Reads the first row, if there is one, without looking at whether the statement opened: on a connection that is not
+/// open the outputs keep their presets and the result is true. Callers know these few operations so.
+template <class Row>
+bool ReadFirstRegardless(CAConnect& conn, const CString& sql, Row row, SourceLocation at = SourceLocation::current())
+{
     CARecordset rs;
-    return detail::Guarded(conn, sql, policy, at, [&] {
-        if (!detail::OpenResult(rs, sql, conn)) {
-            return false;
-        }
+    return detail::Guarded(conn, sql, OnError::keep_and_notify, at, [&] {
+        static_cast<void>(detail::OpenResult(rs, sql, conn));
         rs.MoveFirst();
         if (rs.IsEOF() == 0) {
             row(rs);
@@ -111,16 +159,17 @@ template <class Row>
 bool ReadEach(CAConnect& conn, const CString& sql, Row row, OnError policy = OnError::keep_and_notify,
               SourceLocation at = SourceLocation::current())
 {
-    CARecordset rs;
-    return detail::Guarded(conn, sql, policy, at, [&] {
-        if (!detail::OpenResult(rs, sql, conn)) {
-            return false;
-        }
-        for (rs.MoveFirst(); rs.IsEOF() == 0; rs.MoveNext()) {
-            row(rs);
-        }
-        return true;
-    });
+    return detail::Walk(conn, sql, detail::Take::all, row, policy, at);
+}
+
+/// Reads columns 1, 2, ... of a row into members of a record, in their order.
+template <class Record, class... Member>
+auto Members(Member Record::*... members)
+{
+    return [members...](CARecordset& row, Record& record) {
+        long column = 0;
+        (detail::Fetch(row, ++column, record.*members), ...);
+    };
 }
 
 /// A column by name, and the record's member that it fills.
@@ -130,36 +179,44 @@ struct NamedMember {
     std::variant<int Record::*, bool Record::*, CString Record::*> member;
 };
 
-/// Reads every row into a new record that goes to the end of the caller's list. Names are looked up once, when the
-/// first row is there; a name that the result does not have raises then. @return as ReadEach; the record of a row that
-/// fails is not appended.
+/// Reads columns by name into members of a record. Names are looked up once, when the first row is there; a name that
+/// the result does not have raises then.
 template <class Record, std::size_t N>
-bool ReadObjects(CAConnect& conn, const CString& sql, CObList& list, const std::array<NamedMember<Record>, N>& members,
+auto MembersByName(const std::array<NamedMember<Record>, N>& members)
+{
+    return [&members, columns = std::array<long, N>{}](CARecordset& row, Record& record) mutable {
+        if (columns[0] == 0) {
+            for (std::size_t i = 0; i < N; ++i) {
+                columns[i] = row.GetColumnNumber(members[i].column);
+            }
+        }
+        for (std::size_t i = 0; i < N; ++i) {
+            std::visit([&](auto member) { detail::Fetch(row, columns[i], record.*member); }, members[i].member);
+        }
+    };
+}
+
+/// Reads every row into a new record, filled by `fill(row, record)`, that goes to the end of the caller's list.
+/// @return as ReadEach; the record of a row that fails is not appended.
+template <class Record, class Fill>
+bool ReadObjects(CAConnect& conn, const CString& sql, CObList& list, Fill fill,
                  OnError policy = OnError::keep_and_notify, SourceLocation at = SourceLocation::current())
 {
-    std::array<long, N> columns{};
-    return ReadEach(
-        conn, sql,
-        [&](CARecordset& row) {
-            auto record = std::make_unique<Record>();
-            if (columns[0] == 0) {
-                for (std::size_t i = 0; i < N; ++i) {
-                    columns[i] = row.GetColumnNumber(members[i].column);
-                }
-            }
-            for (std::size_t i = 0; i < N; ++i) {
-                std::visit([&](auto member) { detail::Fetch(row, columns[i], record.get()->*member); },
-                           members[i].member);
-            }
-            list.AddTail(record.get());
-            static_cast<void>(record.release());
-        },
-        policy, at);
+    const auto append = [&](CARecordset& row) {
+        auto record = std::make_unique<Record>();
+        fill(row, *record);
+        list.AddTail(record.get());
+        static_cast<void>(record.release());
+    };
+    return detail::Walk(conn, sql, detail::Take::all, append, policy, at);
 }
 
 /// Executes one statement; what it returns is not looked at. @return whether nothing was raised.
 bool Execute(CAConnect& conn, const CString& sql, OnError policy = OnError::keep_and_notify,
              SourceLocation at = SourceLocation::current());
+
+/// Executes one statement. @return what CAConnect::Execute returns; 0 after an error.
+int ExecuteCounted(CAConnect& conn, const CString& sql, SourceLocation at = SourceLocation::current());
 
 /// Runs one statement. @return what CACommFun::RunSQL returns: 0 when the connection is not open; 0 after an error.
 int Run(CAConnect& conn, const CString& sql, OnError policy, SourceLocation at = SourceLocation::current());

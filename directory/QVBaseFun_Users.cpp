@@ -1,3 +1,4 @@
+#include "basefun/ItemTypes.h"
 #include "basefun/QVBaseFun.h"
 #include "basefun/SqlText.h"
 #include "basefun/StatementFrame.h"
@@ -11,13 +12,10 @@ using frame::Columns;
 
 namespace {
 
-constexpr int kItemTypeUser = 1;
-constexpr int kMembership = 1;
-
 constexpr const char* kNamesOfAll = "SELECT Col_ID, Col_LoginName, Col_Name FROM qv_User";
 
-// On engine kind 3 names are compared in capitals; elsewhere the engine's own comparison is relied on.
-bool ComparesInCapitals(const CAConnect& conn) { return conn.m_nDBType == 3; }
+// Elsewhere the engine's own comparison is relied on.
+bool ComparesInCapitals(const CAConnect& conn) { return conn.m_nDBType == kComparesInCapitals; }
 
 CString Capitals(CString text)
 {
@@ -139,7 +137,8 @@ bool CQVBaseFun::LoadHumanInfo(CAConnect& conn, CObList& users)
         {"Col_Password", &CHumanItem::m_strPWord},
         {"Col_IsSuper", &CHumanItem::m_bIsSuper},
     }};
-    return frame::ReadObjects(conn, "SELECT * FROM qv_User ORDER BY Col_Level", users, members);
+    return frame::ReadObjects<CHumanItem>(conn, "SELECT * FROM qv_User ORDER BY Col_Level", users,
+                                          frame::MembersByName(members));
 }
 
 bool CQVBaseFun::LoadHumanInfo(CAConnect& conn, CUIntArray& ids, CStringArray& loginNames, CStringArray& names)

@@ -15,6 +15,8 @@ using WCHAR = char16_t;
 
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_UTF8 = 65001;
+/// The only form there is.
+inline constexpr DWORD MB_PRECOMPOSED = 1;
 inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
 
 /// Sets the process's ANSI code page, in which all texts of the module are kept: 65001 (UTF-8), 936, 950, 932, 949, 874

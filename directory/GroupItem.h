@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/Api.h"
+#include "platform/CObject.h"
+#include "platform/COleDateTime.h"
+#include "platform/CString.h"
+
+class CAConnect;
+
+/// One row of qv_Group: a group, the inner node of the organisation tree. Where it sits is told by relations.
+///
+/// A plain value. Texts enter statements as they are: a quote breaks them. Errors leave their text in
+/// CQVBaseFun::m_strLastError; none is notified.
+class QV_API CGroupItem : public CObject {
+public:
+    /// Texts empty, numbers 0, sort index 10000, created now.
+    CGroupItem();
+    ~CGroupItem() override;
+
+    /// Adds this record as a new group; the id is not read back, and of the creation time only the date is written.
+    /// @return 1, or 0 when the connection is not open or the engine refused.
+    int SaveData(CAConnect& conn);
+    /// Reads the row of this record's id. @return true only when there is one.
+    bool LoadInfoByID(CAConnect& conn);
+    /// Writes this record over the row of its id, all but the creation time. @return whether nothing was raised.
+    bool Update(CAConnect& conn);
+
+    int m_nID = 0;
+    CString m_strName;
+    CString m_strDescription;
+    CString m_strCreatorName;
+    COleDateTime m_dtCreate;
+    int m_nItemIndex = 10000;
+    int m_nDomainID = 0;
+    int m_nStyle = 0;
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/Api.h"
+#include "platform/CObject.h"
+#include "platform/CString.h"
+
+class CAConnect;
+
+/// One row of qv_JobTitle: the position that a member, by default a user, holds inside a holder, by default a group.
+/// The member's name is a copy that is not kept in step.
+///
+/// A plain value. Texts enter statements as they are: a quote breaks them.
+class QV_API CJobTitleItem : public CObject {
+public:
+    /// Texts empty, ids 0, holder type 2 (group), member type 1 (user).
+    CJobTitleItem();
+    ~CJobTitleItem() override;
+
+    /// Adds this title; nothing keeps an equal row from being there already (CQVBaseFun::ExistJobTitle tells).
+    /// @return whether nothing was raised; an error's text is dropped.
+    bool SaveData(CAConnect& conn);
+
+    int m_nQvItemID = 0;
+    int m_nQvItemType = 2;
+    CString m_strJobTitle;
+    int m_nDQvItemID = 0;
+    int m_nDQvItemType = 1;
+    CString m_strDescription;
+    CString m_strDQvItemName;
+};

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/Api.h"
+#include "platform/CObject.h"
+#include "platform/COleDateTime.h"
+#include "platform/CString.h"
+
+class CAConnect;
+
+/// One row of qv_Role: a named set of users within one application and one domain. Relations tell who holds it.
+///
+/// A plain value. Texts enter statements as they are: a quote breaks them. An error's text is dropped; none is
+/// notified.
+class QV_API CRoleItem : public CObject {
+public:
+    /// Texts empty, numbers 0, application "Tolvan", created now.
+    CRoleItem();
+    ~CRoleItem() override;
+
+    /// Adds this record as a new role; the id is not read back. @return whether nothing was raised.
+    bool SaveData(CAConnect& conn);
+    /// Reads the row of this record's id; without one the members stay. @return whether the statement ran.
+    bool LoadData(CAConnect& conn);
+    /// Writes name and description, and no more, to the row of this record's id. @return whether nothing was raised.
+    bool UpdateData(CAConnect& conn);
+
+    int m_nID = 0;
+    CString m_strName;
+    CString m_strDescription;
+    CString m_strCreatorName;
+    CString m_strAppName;
+    int m_nItemIndex = 0;
+    int m_nDomainID = 0;
+    bool m_bDisabled = false;
+    COleDateTime m_dtCreate;
+    CString m_strGenre;
+    int m_nGClassID = 0;
+    int m_nType = 0;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/Api.h"
+#include "platform/CObject.h"
+#include "platform/COleDateTime.h"
+#include "platform/CString.h"
+
+class CAConnect;
+
+/// One row of qv_View: a named root under which groups and users are arranged, of the whole system (type 1, owner 0) or
+/// of one user.
+///
+/// A plain value. Texts enter statements as they are: a quote breaks them. Errors leave their text in
+/// CQVBaseFun::m_strLastError; none is notified.
+class QV_API CViewItem : public CObject {
+public:
+    /// Texts empty, numbers 0, type 1, sort index 10000, created now, not public.
+    CViewItem();
+    ~CViewItem() override;
+
+    /// Adds this record as a new view; the id is not read back, and of the creation time only the date is written.
+    /// @return 1, or 0 when the connection is not open or the engine refused.
+    int SaveData(CAConnect& conn);
+    /// Reads the row of this record's id. @return 1 when there is one, else 0.
+    int LoadInfoByID(CAConnect& conn);
+    /// Writes name, description and sort index, and no more, to the row of this record's id.
+    /// @return 1, or 0 when something was raised.
+    int UpdateData(CAConnect& conn);
+
+    int m_nID = 0;
+    CString m_strName;
+    int m_nType = 1;
+    CString m_strDescription;
+    int m_nOwnerID = 0;
+    int m_nItemIndex = 10000;
+    CString m_strCreatorName;
+    COleDateTime m_dtCreate;
+    int m_nDomainID = 0;
+    int m_nStyle = 0;
+    bool m_bIsPublic = false;
+};
