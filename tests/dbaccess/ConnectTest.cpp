@@ -4,27 +4,17 @@
 #include "dbaccess/CARecordset.h"
 #include "dbaccess/Driver.h"
 #include "tests/scripted/ScriptedDriver.h"
+#include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 using testing::HasSubstr;
 
 namespace {
-
-std::string ErrorOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const CAException& e) {
-        return e.GetErrorText().GetString();
-    }
-    return "nothing was raised";
-}
 
 TEST(Connect, IsClosedUntilItIsOpened)
 {
@@ -43,7 +33,7 @@ TEST(Connect, OpensAgainAfterClosing)
     conn.Open("sqlite::memory:");
     conn.Execute("CREATE TABLE t (a)");
     conn.Open("sqlite::memory:");
-    EXPECT_THAT(ErrorOf([&] { conn.Execute("DROP TABLE t"); }), HasSubstr("no such table"));
+    EXPECT_THAT(Raised([&] { conn.Execute("DROP TABLE t"); }), HasSubstr("no such table"));
 }
 
 TEST(Connect, ReportsAClosedConnectionByValueToReadsAndRunSql)
@@ -60,13 +50,13 @@ TEST(Connect, RaisesOnAClosedConnectionWhereAValueWouldLookLikeSuccess)
 {
     CAConnect conn;
     const std::string closed = "the database connection is not open";
-    EXPECT_EQ(ErrorOf([&] { conn.Execute("SELECT 1"); }), closed);
-    EXPECT_EQ(ErrorOf([&] { conn.BeginTrans(); }), closed);
-    EXPECT_EQ(ErrorOf([&] { conn.CommitTrans(); }), closed);
-    EXPECT_EQ(ErrorOf([&] { conn.RollbackTrans(); }), closed);
-    EXPECT_EQ(ErrorOf([&] { conn.GetDateStrOnSQL("2013-05-07"); }), closed);
-    EXPECT_EQ(ErrorOf([&] { (void)conn.EscapeText("x"); }), closed);
-    EXPECT_EQ(ErrorOf([&] { (void)conn.GetEngineName(); }), closed);
+    EXPECT_EQ(Raised([&] { conn.Execute("SELECT 1"); }), closed);
+    EXPECT_EQ(Raised([&] { conn.BeginTrans(); }), closed);
+    EXPECT_EQ(Raised([&] { conn.CommitTrans(); }), closed);
+    EXPECT_EQ(Raised([&] { conn.RollbackTrans(); }), closed);
+    EXPECT_EQ(Raised([&] { conn.GetDateStrOnSQL("2013-05-07"); }), closed);
+    EXPECT_EQ(Raised([&] { (void)conn.EscapeText("x"); }), closed);
+    EXPECT_EQ(Raised([&] { (void)conn.GetEngineName(); }), closed);
 }
 
 TEST(Connect, IsClosedOnceTheEngineIsGone)
@@ -89,7 +79,7 @@ TEST(Connect, RunSqlRunsTheStatementAndRaisesWhatTheEngineRefuses)
     CAConnect conn;
     database.Connect(conn);
     EXPECT_EQ(CACommFun::RunSQL(&conn, "INSERT 1", "", -1), 1);
-    EXPECT_EQ(ErrorOf([&] { CACommFun::RunSQL(&conn, "INSERT 2", "", -1); }), "refused");
+    EXPECT_EQ(Raised([&] { CACommFun::RunSQL(&conn, "INSERT 2", "", -1); }), "refused");
     EXPECT_THAT(database.executions, testing::ElementsAre("INSERT 1", "INSERT 2"));
 }
 
@@ -104,18 +94,18 @@ TEST(Connect, KeepsTheNotificationFieldsSideBySide)
 TEST(ConnectUrl, SaysWhatIsWrongWithIt)
 {
     CAConnect conn;
-    EXPECT_EQ(ErrorOf([&] { conn.Open("people.db"); }), "a connection URL begins with its scheme, such as sqlite:PATH");
-    EXPECT_THAT(ErrorOf([&] { conn.Open("nosuch:x"); }), HasSubstr("no database driver for \"nosuch:\"; there is "));
-    EXPECT_THAT(ErrorOf([&] { conn.Open("nosuch:x"); }), HasSubstr("sqlite:"));
-    EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite:"); }), HasSubstr("names no file"));
-    EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?kind=2"); }), HasSubstr("kind=2 is no engine kind"));
-    EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?kind"); }), HasSubstr("not of the form name=value"));
-    EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?kind=1&kind=1"); }), HasSubstr("given twice"));
-    EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?colour=red"); }), HasSubstr("but not colour=red"));
-    EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?mode=x"); }), HasSubstr("but not mode=x"));
-    EXPECT_THAT(ErrorOf([&] { conn.Open("sqlite::memory:?busy_timeout=soon"); }),
+    EXPECT_EQ(Raised([&] { conn.Open("people.db"); }), "a connection URL begins with its scheme, such as sqlite:PATH");
+    EXPECT_THAT(Raised([&] { conn.Open("nosuch:x"); }), HasSubstr("no database driver for \"nosuch:\"; there is "));
+    EXPECT_THAT(Raised([&] { conn.Open("nosuch:x"); }), HasSubstr("sqlite:"));
+    EXPECT_THAT(Raised([&] { conn.Open("sqlite:"); }), HasSubstr("names no file"));
+    EXPECT_THAT(Raised([&] { conn.Open("sqlite::memory:?kind=2"); }), HasSubstr("kind=2 is no engine kind"));
+    EXPECT_THAT(Raised([&] { conn.Open("sqlite::memory:?kind"); }), HasSubstr("not of the form name=value"));
+    EXPECT_THAT(Raised([&] { conn.Open("sqlite::memory:?kind=1&kind=1"); }), HasSubstr("given twice"));
+    EXPECT_THAT(Raised([&] { conn.Open("sqlite::memory:?colour=red"); }), HasSubstr("but not colour=red"));
+    EXPECT_THAT(Raised([&] { conn.Open("sqlite::memory:?mode=x"); }), HasSubstr("but not mode=x"));
+    EXPECT_THAT(Raised([&] { conn.Open("sqlite::memory:?busy_timeout=soon"); }),
                 HasSubstr("no number of milliseconds"));
-    EXPECT_THAT(ErrorOf([&] { conn.Open(CString("sqlite:a\0b", 10)); }), HasSubstr("NUL"));
+    EXPECT_THAT(Raised([&] { conn.Open(CString("sqlite:a\0b", 10)); }), HasSubstr("NUL"));
     EXPECT_FALSE(conn.IsOpen());
 }
 
@@ -140,7 +130,7 @@ TEST(ConnectTexts, RefusesANulByteInAText)
 {
     CAConnect conn;
     conn.Open("sqlite::memory:");
-    EXPECT_THAT(ErrorOf([&] { (void)conn.EscapeText(CString("a\0b", 3)); }), HasSubstr("NUL"));
+    EXPECT_THAT(Raised([&] { (void)conn.EscapeText(CString("a\0b", 3)); }), HasSubstr("NUL"));
     EXPECT_STREQ(conn.EscapeText("O'Brien \\ ''"), "O''Brien \\ ''''");
 }
 
@@ -150,8 +140,8 @@ TEST(ConnectDates, GivesTheEnginesLiteralForRealDatesOnly)
     conn.Open("sqlite::memory:");
     EXPECT_STREQ(conn.GetDateStrOnSQL("2013-05-07"), "'2013-05-07 00:00:00'");
     EXPECT_STREQ(conn.GetDateStrOnSQL("2013-05-07 09:03:02"), "'2013-05-07 09:03:02'");
-    EXPECT_THAT(ErrorOf([&] { conn.GetDateStrOnSQL("2013-02-30"); }), HasSubstr("\"2013-02-30\" is not a date"));
-    EXPECT_THAT(ErrorOf([&] { conn.GetDateStrOnSQL("' OR 1=1"); }), HasSubstr("is not a date"));
+    EXPECT_THAT(Raised([&] { conn.GetDateStrOnSQL("2013-02-30"); }), HasSubstr("\"2013-02-30\" is not a date"));
+    EXPECT_THAT(Raised([&] { conn.GetDateStrOnSQL("' OR 1=1"); }), HasSubstr("is not a date"));
 }
 
 TEST(ConnectRegistry, TakesADriverOfTheCallers)
@@ -160,7 +150,7 @@ TEST(ConnectRegistry, TakesADriverOfTheCallers)
         throw CAException(CString("asked for ") + CString(location));
     });
     CAConnect conn;
-    EXPECT_EQ(ErrorOf([&] { conn.Open("played:here?x=1"); }), "asked for here?x=1");
+    EXPECT_EQ(Raised([&] { conn.Open("played:here?x=1"); }), "asked for here?x=1");
 }
 
 } // namespace

@@ -2,14 +2,13 @@
 
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CADateTime.h"
-#include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
+#include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 // What every driver does alike. A new driver is one more Quirks value at the end of this file.
@@ -42,16 +41,6 @@ protected:
 
     int Count() { return std::atoi(TextOf("SELECT COUNT(*) FROM t")); }
 
-    static std::string ErrorOf(const std::function<void()>& call)
-    {
-        try {
-            call();
-        } catch (const CAException& e) {
-            return std::string(e.GetErrorText()) + " [" + e.GetErrorCode().GetString() + "]";
-        }
-        return "nothing was raised";
-    }
-
     CAConnect m_conn;
 };
 
@@ -68,11 +57,11 @@ TEST_P(DriverSuite, TellsHowManyRowsAWriteChanged)
 TEST_P(DriverSuite, RaisesTheEnginesMessageAndCode)
 {
     CARecordset rs;
-    const std::string read = ErrorOf(
+    const std::string read = RaisedWithCode(
         [&] { rs.Open("SELECT a FROM nowhere", &m_conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable); });
     EXPECT_THAT(read, testing::HasSubstr("nowhere"));
     EXPECT_THAT(read, testing::HasSubstr(GetParam().missingTableCode));
-    EXPECT_EQ(ErrorOf([&] { m_conn.Execute("DELETE FROM nowhere"); }), read);
+    EXPECT_EQ(RaisedWithCode([&] { m_conn.Execute("DELETE FROM nowhere"); }), read);
 }
 
 TEST_P(DriverSuite, RefusesASecondStatementBeforeAnythingRuns)
@@ -81,21 +70,21 @@ TEST_P(DriverSuite, RefusesASecondStatementBeforeAnythingRuns)
     for (const char* text :
          {"INSERT INTO t (id) VALUES (1); INSERT INTO t (id) VALUES (2)", "INSERT INTO t (id) VALUES (1); garbage",
           "INSERT INTO t (id) VALUES (1) ; /* x */ DROP TABLE t"}) {
-        EXPECT_NE(ErrorOf([&] { m_conn.Execute(text); }), "nothing was raised") << text;
+        EXPECT_NE(RaisedWithCode([&] { m_conn.Execute(text); }), kNothingRaised) << text;
         EXPECT_EQ(Count(), 0) << text;
     }
     CARecordset rs;
-    EXPECT_NE(ErrorOf([&] {
+    EXPECT_NE(RaisedWithCode([&] {
                   rs.Open("SELECT 1; DROP TABLE t", &m_conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
               }),
-              "nothing was raised");
+              kNothingRaised);
     EXPECT_EQ(Count(), 0);
 }
 
 TEST_P(DriverSuite, RefusesATextWithoutAStatement)
 {
     for (const char* text : {"", "  \n", ";", "-- nothing"}) {
-        EXPECT_NE(ErrorOf([&] { m_conn.Execute(text); }), "nothing was raised") << text;
+        EXPECT_NE(RaisedWithCode([&] { m_conn.Execute(text); }), kNothingRaised) << text;
     }
 }
 
@@ -151,9 +140,9 @@ TEST_P(DriverSuite, AppliesOrDropsATransactionWhole)
 
 TEST_P(DriverSuite, RefusesATransactionInsideATransactionAndACommitWithoutOne)
 {
-    EXPECT_NE(ErrorOf([&] { m_conn.CommitTrans(); }), "nothing was raised");
+    EXPECT_NE(RaisedWithCode([&] { m_conn.CommitTrans(); }), kNothingRaised);
     m_conn.BeginTrans();
-    EXPECT_NE(ErrorOf([&] { m_conn.BeginTrans(); }), "nothing was raised");
+    EXPECT_NE(RaisedWithCode([&] { m_conn.BeginTrans(); }), kNothingRaised);
     m_conn.RollbackTrans();
 }
 
@@ -176,8 +165,8 @@ TEST_P(DriverSuite, RaisesInTheMiddleOfAStatementWithoutHalfDoingIt)
 {
     m_conn.Execute("CREATE TABLE k (id INTEGER NOT NULL PRIMARY KEY)");
     m_conn.Execute("INSERT INTO k (id) VALUES (5)");
-    EXPECT_NE(ErrorOf([&] { m_conn.Execute("INSERT INTO k (id) SELECT id - 1 FROM k UNION ALL SELECT 5"); }),
-              "nothing was raised");
+    EXPECT_NE(RaisedWithCode([&] { m_conn.Execute("INSERT INTO k (id) SELECT id - 1 FROM k UNION ALL SELECT 5"); }),
+              kNothingRaised);
     EXPECT_STREQ(TextOf("SELECT COUNT(*) FROM k"), "1");
 }
 

@@ -1,7 +1,7 @@
 #include "dbaccess/CAConnect.h"
-#include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
+#include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 
 using testing::HasSubstr;
@@ -39,16 +38,6 @@ protected:
         CARecordset rs;
         EXPECT_TRUE(rs.Open(sql, &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
         return rs.GetValueToStr(1, true);
-    }
-
-    static std::string ErrorOf(const std::function<void()>& call)
-    {
-        try {
-            call();
-        } catch (const CAException& e) {
-            return std::string(e.GetErrorText()) + " [" + e.GetErrorCode().GetString() + "]";
-        }
-        return "nothing was raised";
     }
 
     // A file made by another program with the same library.
@@ -87,7 +76,7 @@ TEST_F(SqliteTest, MakesAFileThatKeepsItsDataAndUsesAWriteAheadLog)
 TEST_F(SqliteTest, MakesNoFileWhenOneMustExist)
 {
     CAConnect conn;
-    const std::string error = ErrorOf([&] { conn.Open(Url("?mode=rw")); });
+    const std::string error = RaisedWithCode([&] { conn.Open(Url("?mode=rw")); });
     EXPECT_THAT(error, HasSubstr("cannot open " + File().string()));
     EXPECT_THAT(error, HasSubstr("No such file"));
     EXPECT_THAT(error, HasSubstr("[SQLite 14]"));
@@ -105,7 +94,7 @@ TEST_F(SqliteTest, WritesNothingInReadOnlyMode)
     CAConnect conn;
     conn.Open(Url("?mode=ro"));
     EXPECT_STREQ(TextOf(conn, "SELECT COUNT(*) FROM t"), "0");
-    EXPECT_THAT(ErrorOf([&] { conn.Execute("INSERT INTO t VALUES (1)"); }), HasSubstr("readonly"));
+    EXPECT_THAT(RaisedWithCode([&] { conn.Execute("INSERT INTO t VALUES (1)"); }), HasSubstr("readonly"));
 }
 
 TEST_F(SqliteTest, RefusesAFileThatIsNoDatabaseAndLeavesItAlone)
@@ -114,7 +103,7 @@ TEST_F(SqliteTest, RefusesAFileThatIsNoDatabaseAndLeavesItAlone)
         "login,name\nadmin,Administrator, long enough to be no header of anything else at all.....\n";
     std::ofstream(File()) << text;
     CAConnect conn;
-    EXPECT_EQ(ErrorOf([&] { conn.Open(Url()); }), File().string() + " is not an SQLite file []");
+    EXPECT_EQ(RaisedWithCode([&] { conn.Open(Url()); }), File().string() + " is not an SQLite file []");
     EXPECT_EQ(Bytes(File()), text);
 }
 
@@ -125,7 +114,8 @@ TEST_F(SqliteTest, RefusesAFileOfAnotherApplicationAndLeavesItAlone)
         MakeForeign(sql);
         const std::string before = Bytes(File());
         CAConnect conn;
-        EXPECT_EQ(ErrorOf([&] { conn.Open(Url()); }), File().string() + " is an SQLite file of another application []");
+        EXPECT_EQ(RaisedWithCode([&] { conn.Open(Url()); }),
+                  File().string() + " is an SQLite file of another application []");
         EXPECT_EQ(Bytes(File()), before);
     }
 }
@@ -158,7 +148,7 @@ TEST_F(SqliteTest, WaitsForAnotherWriterNoLongerThanItsTimeout)
     CAConnect second;
     second.Open(Url("?busy_timeout=10"));
     first.BeginTrans();
-    EXPECT_THAT(ErrorOf([&] { second.Execute("INSERT INTO t VALUES (1)"); }), HasSubstr("locked [SQLite 5]"));
+    EXPECT_THAT(RaisedWithCode([&] { second.Execute("INSERT INTO t VALUES (1)"); }), HasSubstr("locked [SQLite 5]"));
     EXPECT_STREQ(TextOf(second, "SELECT COUNT(*) FROM t"), "0");
     first.CommitTrans();
     EXPECT_EQ(second.Execute("INSERT INTO t VALUES (1)"), 1);
@@ -185,11 +175,11 @@ TEST_F(SqliteTest, RefusesEverythingInATransactionThatTheEngineGaveUp)
     conn.Execute("CREATE TABLE t (a INTEGER UNIQUE ON CONFLICT ROLLBACK)");
     conn.BeginTrans();
     conn.Execute("INSERT INTO t VALUES (1)");
-    EXPECT_THAT(ErrorOf([&] { conn.Execute("INSERT INTO t VALUES (1)"); }), HasSubstr("UNIQUE"));
+    EXPECT_THAT(RaisedWithCode([&] { conn.Execute("INSERT INTO t VALUES (1)"); }), HasSubstr("UNIQUE"));
     const std::string lost = "the engine has rolled the transaction back after an earlier error []";
-    EXPECT_EQ(ErrorOf([&] { conn.Execute("INSERT INTO t VALUES (2)"); }), lost);
-    EXPECT_EQ(ErrorOf([&] { TextOf(conn, "SELECT 1"); }), lost);
-    EXPECT_EQ(ErrorOf([&] { conn.CommitTrans(); }), lost);
+    EXPECT_EQ(RaisedWithCode([&] { conn.Execute("INSERT INTO t VALUES (2)"); }), lost);
+    EXPECT_EQ(RaisedWithCode([&] { TextOf(conn, "SELECT 1"); }), lost);
+    EXPECT_EQ(RaisedWithCode([&] { conn.CommitTrans(); }), lost);
     conn.RollbackTrans();
     EXPECT_STREQ(TextOf(conn, "SELECT COUNT(*) FROM t"), "0");
     EXPECT_EQ(conn.Execute("INSERT INTO t VALUES (2)"), 1);
@@ -236,7 +226,7 @@ TEST_F(SqliteTest, RefusesWhatAFilesSchemaCouldDoToTheOutside)
     conn.Execute("CREATE TABLE t (a)");
     conn.Execute("CREATE VIEW v AS SELECT load_extension('x') AS a FROM t");
     conn.Execute("INSERT INTO t VALUES (1)");
-    EXPECT_THAT(ErrorOf([&] { TextOf(conn, "SELECT a FROM v"); }), HasSubstr("unsafe use of load_extension"));
+    EXPECT_THAT(RaisedWithCode([&] { TextOf(conn, "SELECT a FROM v"); }), HasSubstr("unsafe use of load_extension"));
 }
 
 TEST_F(SqliteTest, StreamsAResultInsteadOfHoldingIt)
@@ -259,7 +249,7 @@ TEST_F(SqliteTest, SaysThatTheDiskIsFullAndKeepsWhatWasThere)
     conn.Execute("CREATE TABLE t (a)");
     conn.Execute("INSERT INTO t VALUES ('kept')");
     conn.Execute("PRAGMA max_page_count=4");
-    EXPECT_THAT(ErrorOf([&] { conn.Execute("INSERT INTO t VALUES (zeroblob(100000))"); }),
+    EXPECT_THAT(RaisedWithCode([&] { conn.Execute("INSERT INTO t VALUES (zeroblob(100000))"); }),
                 HasSubstr("full [SQLite 13]"));
     EXPECT_STREQ(TextOf(conn, "SELECT a FROM t"), "kept");
 }

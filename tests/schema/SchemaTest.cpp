@@ -2,8 +2,8 @@
 
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
-#include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
+#include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,7 +15,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,16 +32,6 @@ CString TextOf(CAConnect& conn, const std::string& sql)
     CARecordset rs;
     EXPECT_TRUE(rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
     return rs.GetValueToStr(1, true);
-}
-
-std::string ErrorOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const CAException& e) {
-        return e.GetErrorText().GetString();
-    }
-    return "nothing was raised";
 }
 
 class SchemaTest : public testing::Test {
@@ -104,8 +93,8 @@ TEST_F(SchemaTest, ServesEveryStatementOfTheSystem)
     for (const std::string& statement : statements) {
         const bool mustFail = statement.front() == '!';
         m_conn.BeginTrans();
-        const std::string error = ErrorOf([&] { m_conn.Execute(statement.c_str() + (mustFail ? 1 : 0)); });
-        EXPECT_EQ(error == "nothing was raised", !mustFail) << statement << "\n" << error;
+        const std::string error = Raised([&] { m_conn.Execute(statement.c_str() + (mustFail ? 1 : 0)); });
+        EXPECT_EQ(error == kNothingRaised, !mustFail) << statement << "\n" << error;
         m_conn.RollbackTrans();
     }
 }
@@ -141,7 +130,7 @@ TEST_F(SchemaTest, TellsTheStatesApart)
     EXPECT_EQ(schema::Inspect(m_conn).version, 2);
     m_conn.Execute("UPDATE qv_Schema SET Col_Value = '99' WHERE Col_Name = 'version'");
     EXPECT_EQ(schema::Inspect(m_conn).state, State::newer);
-    EXPECT_THAT(ErrorOf([&] { schema::Upgrade(m_conn); }), HasSubstr("version 99, made by a later program"));
+    EXPECT_THAT(Raised([&] { schema::Upgrade(m_conn); }), HasSubstr("version 99, made by a later program"));
     m_conn.Execute("UPDATE qv_Schema SET Col_Value = '1' WHERE Col_Name = 'version'");
     EXPECT_EQ(schema::Inspect(m_conn).state, State::older);
 }
@@ -159,7 +148,7 @@ TEST_F(SchemaTest, RefusesForeignTables)
     m_conn.Open("sqlite::memory:");
     m_conn.Execute("CREATE TABLE photos (a)");
     EXPECT_EQ(schema::Inspect(m_conn).state, State::foreign);
-    EXPECT_THAT(ErrorOf([&] { schema::Upgrade(m_conn); }), HasSubstr("other tables"));
+    EXPECT_THAT(Raised([&] { schema::Upgrade(m_conn); }), HasSubstr("other tables"));
     EXPECT_STREQ(TextOf(m_conn, "SELECT COUNT(*) FROM sqlite_master"), "1");
 }
 
@@ -168,7 +157,7 @@ TEST_F(SchemaTest, LeavesAStepThatFailsUndoneAndTheEarlierOnesDone)
     OpenFile();
     const std::vector<schema::Step> steps = {{"good", {"CREATE TABLE a (x)"}},
                                              {"bad", {"CREATE TABLE b (x)", "CREATE TABLE a (x)"}}};
-    EXPECT_THAT(ErrorOf([&] { schema::Upgrade(m_conn, steps, {}); }), HasSubstr("already exists"));
+    EXPECT_THAT(Raised([&] { schema::Upgrade(m_conn, steps, {}); }), HasSubstr("already exists"));
     EXPECT_STREQ(TextOf(m_conn, "SELECT group_concat(name) FROM (SELECT name FROM sqlite_master WHERE type='table' "
                                 "AND name NOT LIKE 'sqlite%' ORDER BY name)"),
                  "a,qv_Schema");
@@ -211,12 +200,12 @@ TEST_F(SchemaTest, IsMadeOnceByRunsAtTheSameTime)
     std::vector<std::thread> runs;
     for (int i = 0; i < 4; ++i) {
         runs.emplace_back([this] {
-            EXPECT_EQ(ErrorOf([this] {
+            EXPECT_EQ(Raised([this] {
                           CAConnect conn;
                           conn.Open(Url().c_str());
                           schema::Upgrade(conn);
                       }),
-                      "nothing was raised");
+                      kNothingRaised);
         });
     }
     for (std::thread& run : runs) {
