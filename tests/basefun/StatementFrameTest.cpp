@@ -84,7 +84,7 @@ TEST_F(StatementFrame, NamesTheLineOfTheCallInEveryShape)
     EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "refused [Script 1]: S2"));
     CObList list;
     line = SourceLocation::current().line() + 1;
-    EXPECT_FALSE(frame::ReadObjects(m_conn, "S3", list, kMembers));
+    EXPECT_FALSE(frame::ReadObjects<Record>(m_conn, "S3", list, frame::MembersByName(kMembers)));
     EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "refused [Script 1]: S3"));
     bool found = true;
     line = SourceLocation::current().line() + 1;
@@ -210,7 +210,7 @@ TEST_F(StatementFrame, FreesTheRecordOfARowThatFails)
     reply.raiseAtRow = 1;
     m_database.Answer(reply);
     CObList list;
-    EXPECT_FALSE(frame::ReadObjects(m_conn, "SELECT", list, kMembers));
+    EXPECT_FALSE(frame::ReadObjects<Record>(m_conn, "SELECT", list, frame::MembersByName(kMembers)));
     ASSERT_EQ(list.GetCount(), 1);
     EXPECT_EQ(Record::alive, 1);
     const auto& record = dynamic_cast<const Record&>(*list.GetHead());
@@ -221,7 +221,7 @@ TEST_F(StatementFrame, FreesTheRecordOfARowThatFails)
     reply.columns[1] = "other";
     reply.raiseAtRow.reset();
     m_database.Answer(reply);
-    EXPECT_FALSE(frame::ReadObjects(m_conn, "SELECT", list, kMembers));
+    EXPECT_FALSE(frame::ReadObjects<Record>(m_conn, "SELECT", list, frame::MembersByName(kMembers)));
     EXPECT_EQ(list.GetCount(), 1);
     EXPECT_EQ(Record::alive, 1);
     CQVBaseFun::DetachHumanList(list);

@@ -2,73 +2,30 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "directory/HumanItem.h"
-#include "schema/Schema.h"
 #include "tests/basefun/ErrorWatch.h"
+#include "tests/directory/Engines.h"
 #include "tests/directory/HumanMembers.h"
-#include "tests/platform/AnsiCodePageScope.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <ostream>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
+using engines::Copied;
 using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-// Every operation on users, on every engine. A new engine is one more Engine value at the end of this file.
+// Every operation on users, on every engine.
 
 namespace {
 
-namespace fs = std::filesystem;
-
-struct Engine {
-    std::string name;
-    /// A URL of a database without tables; the folder is the test's own and goes with it.
-    std::function<std::string(const fs::path& folder)> emptyDatabase;
-};
-
-std::ostream& operator<<(std::ostream& out, const Engine& engine) { return out << engine.name; }
-
-template <class Array>
-auto Copied(const Array& array)
-{
-    if constexpr (std::is_same_v<Array, CUIntArray>) {
-        return std::vector<unsigned>(array.begin(), array.end());
-    } else {
-        std::vector<std::string> texts;
-        for (const CString& text : array) {
-            texts.emplace_back(text.View());
-        }
-        return texts;
-    }
-}
-
-class UsersOnAnEngine : public testing::TestWithParam<Engine> {
+class UsersOnAnEngine : public engines::OnAnEngine {
 protected:
-    UsersOnAnEngine()
-    {
-        std::string name = (fs::temp_directory_path() / "qv-users-XXXXXX").string();
-        m_folder = ::mkdtemp(name.data());
-        m_conn.Open(GetParam().emptyDatabase(m_folder).c_str());
-        schema::Upgrade(m_conn);
-        m_watch.ListenTo(m_conn);
-    }
-    ~UsersOnAnEngine() override
-    {
-        m_conn.Close();
-        fs::remove_all(m_folder);
-    }
-
     int Add(const char* loginName, const char* name = "")
     {
         EXPECT_TRUE(CQVBaseFun::InsertUser(m_conn, loginName, name));
@@ -102,8 +59,6 @@ protected:
         EXPECT_TRUE(CQVBaseFun::GetUserItemCount(m_conn, count));
         return count;
     }
-
-    void Execute(const std::string& sql) { m_conn.Execute(sql.c_str()); }
 
     void Relate(int holderId, int holderType, int id, int type, int relation)
     {
@@ -154,17 +109,6 @@ protected:
         ADD_FAILURE() << "no member " << member;
         return {};
     }
-
-    void ExpectNoError() const
-    {
-        EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
-        EXPECT_THAT(m_watch.messages, IsEmpty());
-    }
-
-    AnsiCodePageScope m_utf8{CP_UTF8};
-    ErrorWatch m_watch;
-    fs::path m_folder;
-    CAConnect m_conn;
 };
 
 // What SaveData and Update both write.
@@ -759,17 +703,7 @@ TEST_P(UsersOnAnEngine, TheTablesAreFoundToBeThere)
     ExpectNoError();
 }
 
-std::vector<Engine> Engines()
-{
-    return {
-        {"memory", [](const fs::path&) { return std::string("sqlite::memory:"); }},
-        {"file", [](const fs::path& folder) { return "sqlite:" + (folder / "users.db").string(); }},
-    };
-}
-
-std::string NameOf(const testing::TestParamInfo<Engine>& engine) { return engine.param.name; }
-
-INSTANTIATE_TEST_SUITE_P(Engines, UsersOnAnEngine, testing::ValuesIn(Engines()), NameOf);
-INSTANTIATE_TEST_SUITE_P(Engines, HeldUsers, testing::ValuesIn(Engines()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Engines, UsersOnAnEngine, testing::ValuesIn(engines::All()), engines::NameOf);
+INSTANTIATE_TEST_SUITE_P(Engines, HeldUsers, testing::ValuesIn(engines::All()), engines::NameOf);
 
 } // namespace

@@ -81,31 +81,37 @@ include_breaches() {
 breach "includes what stands above it or is none of its business" < <(include_breaches)
 
 # ---- Every operation stands in a table of statements (tests/*/*StatementsTest.cpp), each overload with a call of its
-# own; operations without a connection send nothing and are named in some test.
+# own; operations without a connection send nothing and are called in some test, protected ones through a class derived
+# there.
 calls_in() {
-  local name=$1
+  local call=$1
   shift
-  { grep -ohE "CQVBaseFun::$name\(" "$@" || true; } | wc -l
+  { grep -ohE "$call\(" "$@" || true; } | wc -l
 }
 operation_breaches() {
-  local tables tests name overloads
+  local tables tests name overloads connection
   mapfile -t tables < <(printf '%s\n' "${all[@]}" | grep -E '^tests/[^/]+/[^/]*StatementsTest\.cpp$' || true)
   mapfile -t tests < <(printf '%s\n' "${all[@]}" | grep -E '^tests/' || true)
+  local operation='s/^ *static [A-Za-z_0-9]+ ([A-Za-z_0-9]+)\((CAConnect&)?.*/\1 \2/p'
   local declared
-  declared=$(sed -nE 's/^ *static [A-Za-z_0-9]+ ([A-Za-z_0-9]+)\((CAConnect&)?.*/\1 \2/p' basefun/QVBaseFun.h | sort | uniq -c)
+  declared=$(sed '/^protected:/,$d' basefun/QVBaseFun.h | sed -nE "$operation" | sort | uniq -c)
   if [ "$(wc -l <<<"$declared")" -lt 10 ]; then
     echo "basefun/QVBaseFun.h: the operations cannot be read"
   fi
-  local connection
   while read -r overloads name connection; do
     if [ -z "$connection" ]; then
-      if [ "$(calls_in "$name" "${tests[@]}" /dev/null)" -lt "$overloads" ]; then
+      if [ "$(calls_in "CQVBaseFun::$name" "${tests[@]}" /dev/null)" -lt "$overloads" ]; then
         echo "$name: called in no test"
       fi
-    elif [ "$(calls_in "$name" "${tables[@]}" /dev/null)" -lt "$overloads" ]; then
+    elif [ "$(calls_in "CQVBaseFun::$name" "${tables[@]}" /dev/null)" -lt "$overloads" ]; then
       echo "$name: not every one of its $overloads declarations is called in a table of statements"
     fi
   done <<<"$declared"
+  while read -r name connection; do
+    if [ "$(calls_in "::$name" "${tests[@]}" /dev/null)" -eq 0 ]; then
+      echo "$name: called in no test through a derived class"
+    fi
+  done < <(sed -n '/^protected:/,$p' basefun/QVBaseFun.h | sed -nE "$operation")
 }
 breach "is declared and not tested" < <(operation_breaches)
 
