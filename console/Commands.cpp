@@ -1,8 +1,15 @@
 #include "console/Commands.h"
 
 #include "console/DbCommands.h"
+#include "console/GroupCommands.h"
+#include "console/MemberCommands.h"
+#include "console/PasswordCommands.h"
+#include "console/RoleCommands.h"
+#include "console/SettingCommands.h"
 #include "console/Text.h"
+#include "console/TitleCommands.h"
 #include "console/UserCommands.h"
+#include "console/ViewCommands.h"
 
 #include <exception>
 
@@ -18,6 +25,26 @@ constexpr Noun kNouns[] = {
      "  qvadmin user list --match smith\n"
      "  qvadmin user create amy --name 'Amy Porter' --email amy@example.org\n"
      "  qvadmin user import people.csv --dry-run"},
+    {"group", "groups: tree, list, create, rename, move, delete, find",
+     "  qvadmin group tree\n"
+     "  qvadmin group create /Company/Sales --description 'Sells things'\n"
+     "  qvadmin group move /Company/Sales/North /Company/Service"},
+    {"view", "views, the roots of the organisation",
+     "  qvadmin view create Company\n"
+     "  qvadmin view list"},
+    {"role", "roles: list, show, create, change, delete, and who has them",
+     "  qvadmin role create Editors --description 'May change pages'\n"
+     "  qvadmin role add Editors amy rory\n"
+     "  qvadmin role of amy"},
+    {"title", "job titles that users hold inside groups",
+     "  qvadmin title give /Company/Sales amy Lead\n"
+     "  qvadmin title list /Company/Sales"},
+    {"member", "who is in which group or view",
+     "  qvadmin member list /Company/Sales\n"
+     "  qvadmin member add /Company/Sales amy rory"},
+    {"setting", "settings of the server",
+     "  qvadmin setting list\n"
+     "  qvadmin setting threads --max 64"},
 };
 
 constexpr Command kCommands[] = {
@@ -44,8 +71,16 @@ constexpr Command kCommands[] = {
      "  qvadmin user set amy --mobile '+44 7700 900001' --no-super\n"
      "  qvadmin user set amy --birthday ''",
      &user::DeclareSet, &user::Set},
-    {"user", "rename", "give a user another login name", "  qvadmin user rename amy amy.holt", &user::DeclareRename,
-     &user::Rename},
+    {"user", "rename", "give a user another login name",
+     "  qvadmin user rename amy amy.holt\n"
+     "  qvadmin user rename amy amy.holt --generate",
+     &user::DeclareRename, &user::Rename},
+    {"user", "password", "set and check a user's password",
+     "  qvadmin user password set amy\n"
+     "  qvadmin user password set amy --generate\n"
+     "  qvadmin user password check amy --password-file secret.txt\n"
+     "  qvadmin user password status amy",
+     &user::DeclarePassword, &user::Password},
     {"user", "lock", "keep users from logging in", "  qvadmin user lock amy rory", &user::DeclareSeveral, &user::Lock},
     {"user", "unlock", "let locked users log in again", "  qvadmin user unlock amy", &user::DeclareSeveral,
      &user::Unlock},
@@ -56,11 +91,156 @@ constexpr Command kCommands[] = {
     {"user", "count", "print how many users there are", "  qvadmin user count", nullptr, &user::Count},
     {"user", "exists", "print true or false; ends with 0 or 3", "  qvadmin user exists amy", &user::DeclareExists,
      &user::Exists},
+    {"user", "roles", "the roles of a user, that of every user among them", "  qvadmin user roles amy",
+     &user::DeclareOne, &role::OfUser},
+    {"user", "titles", "the job titles of a user, and in which groups", "  qvadmin user titles amy", &user::DeclareOne,
+     &title::OfUser},
+    {"user", "groups", "the groups and views that a user is in", "  qvadmin user groups amy", &user::DeclareOne,
+     &member::OfUser},
     {"user", "import", "add the users of a file, row by row",
      "  qvadmin user import people.csv --dry-run\n"
      "  qvadmin user import people.csv\n"
-     "  qvadmin user import people.csv --update --result outcomes.csv",
+     "  qvadmin user import people.csv --update --result outcomes.csv\n"
+     "  qvadmin user import people.csv --departments Company",
      &user::DeclareImport, &user::Import},
+
+    {"group", "tree", "draw the organisation, with how many people are where",
+     "  qvadmin group tree\n"
+     "  qvadmin group tree /Company/Sales --depth 2 --users",
+     &group::DeclareTree, &group::Tree},
+    {"group", "list", "all groups, or those directly under a view or group",
+     "  qvadmin group list\n"
+     "  qvadmin group list /Company -o csv",
+     &group::DeclareList, &group::List},
+    {"group", "show", "everything about a group",
+     "  qvadmin group show /Company/Sales\n"
+     "  qvadmin group show id:17 -o json",
+     &group::DeclareOne, &group::Show},
+    {"group", "create", "add a group and print the new id",
+     "  qvadmin group create /Company/Sales --description 'Sells things'\n"
+     "  qvadmin group create /Company/Sales/North/Team --parents\n"
+     "  qvadmin group create '/Company/Research\\/Development'",
+     &group::DeclareCreate, &group::Create},
+    {"group", "set", "change what is given and leave all else", "  qvadmin group set /Company/Sales --sort-index 10",
+     &group::DeclareSet, &group::Set},
+    {"group", "rename", "give a group another name", "  qvadmin group rename /Company/Sales Selling",
+     &group::DeclareRename, &group::Rename},
+    {"group", "move", "hang a group, with all below it, under another parent",
+     "  qvadmin group move /Company/Sales/North /Company/Service\n"
+     "  qvadmin group move id:17 /Company --from /Old",
+     &group::DeclareMove, &group::Move},
+    {"group", "style", "print a group's style, or set it",
+     "  qvadmin group style /Company/Sales\n"
+     "  qvadmin group style /Company/Sales 2",
+     &group::DeclareStyle, &group::Style},
+    {"group", "delete", "delete a group and what is kept about it elsewhere; asks first",
+     "  qvadmin group delete /Company/Sales\n"
+     "  qvadmin group delete id:17 --recursive --yes",
+     &group::DeclareDelete, &group::Delete},
+    {"group", "find", "groups with a text in the name, wherever they are", "  qvadmin group find sales",
+     &group::DeclareFind, &group::Find},
+
+    {"view", "list", "the system's views",
+     "  qvadmin view list\n"
+     "  qvadmin view list --all",
+     &view::DeclareList, &view::List},
+    {"view", "show", "everything about a view",
+     "  qvadmin view show Company\n"
+     "  qvadmin view show view:4",
+     &view::DeclareOne, &view::Show},
+    {"view", "create", "add a view of the system and print the new id",
+     "  qvadmin view create Company --description 'Who works where'", &view::DeclareCreate, &view::Create},
+    {"view", "set", "change what is given and leave all else", "  qvadmin view set Company --sort-index 10",
+     &view::DeclareSet, &view::Set},
+    {"view", "rename", "give a view another name", "  qvadmin view rename Company 'The Company'", &view::DeclareRename,
+     &view::Rename},
+    {"view", "default", "print the name of the default view, or name it for the first time",
+     "  qvadmin view default\n"
+     "  qvadmin view default Company",
+     &view::DeclareDefault, &view::Default},
+    {"view", "delete", "delete a view and its links; asks first", "  qvadmin view delete view:4", &view::DeclareDelete,
+     &view::Delete},
+    {"view", "stamp", "write the view's id into the links of all users below it", "  qvadmin view stamp Company",
+     &view::DeclareOne, &view::Stamp},
+
+    {"role", "list", "roles by name",
+     "  qvadmin role list\n"
+     "  qvadmin role list --domain 2 -o json",
+     &role::DeclareList, &role::List},
+    {"role", "show", "everything about a role",
+     "  qvadmin role show Editors\n"
+     "  qvadmin role show id:17 -o json",
+     &role::DeclareOne, &role::Show},
+    {"role", "create", "add a role and print the new id",
+     "  qvadmin role create Editors --description 'May change pages'", &role::DeclareCreate, &role::Create},
+    {"role", "set", "change what is given and leave all else",
+     "  qvadmin role set Editors --name Authors\n"
+     "  qvadmin role set Editors --description ''",
+     &role::DeclareSet, &role::Set},
+    {"role", "delete", "delete roles and what is kept about them elsewhere; asks first",
+     "  qvadmin role delete Editors\n"
+     "  qvadmin role delete id:17 id:18 --yes",
+     &role::DeclareDelete, &role::Delete},
+    {"role", "members", "the users who are linked to a role", "  qvadmin role members Editors", &role::DeclareOne,
+     &role::Members},
+    {"role", "add", "give users a role", "  qvadmin role add Editors amy rory", &role::DeclareUsers, &role::Add},
+    {"role", "remove", "take a role from users", "  qvadmin role remove Editors amy", &role::DeclareUsers,
+     &role::Remove},
+    {"role", "of", "the roles of a user, that of every user among them", "  qvadmin role of amy", &user::DeclareOne,
+     &role::OfUser},
+    {"role", "default", "show the role that every user has",
+     "  qvadmin role default\n"
+     "  qvadmin role default --create",
+     &role::DeclareDefault, &role::Default},
+
+    {"title", "give", "give a user a title inside a group",
+     "  qvadmin title give /Company/Sales amy Lead --description 'since May'", &title::DeclareGive, &title::Give},
+    {"title", "take", "take a title from a user", "  qvadmin title take /Company/Sales amy Lead", &title::DeclareOne,
+     &title::Take},
+    {"title", "list", "who holds which title inside a group",
+     "  qvadmin title list /Company/Sales\n"
+     "  qvadmin title list /Company/Sales Lead -o csv",
+     &title::DeclareList, &title::List},
+    {"title", "check", "print true or false; ends with 0 or 3", "  qvadmin title check /Company/Sales amy Lead",
+     &title::DeclareOne, &title::Check},
+
+    {"member", "list", "the groups and users directly in a group or view",
+     "  qvadmin member list /Company/Sales\n"
+     "  qvadmin member list /Company -o json",
+     &member::DeclareList, &member::List},
+    {"member", "add", "make users members of a group or view", "  qvadmin member add /Company/Sales amy rory",
+     &member::DeclareUsers, &member::Add},
+    {"member", "remove", "end the membership of users in a group or view", "  qvadmin member remove /Company/Sales amy",
+     &member::DeclareUsers, &member::Remove},
+    {"member", "detach", "take a user out of all groups and views; asks first", "  qvadmin member detach amy",
+     &member::DeclareDetach, &member::Detach},
+
+    {"setting", "list", "settings by genre and name",
+     "  qvadmin setting list\n"
+     "  qvadmin setting list --genre KelServerConfig -o json",
+     &setting::DeclareList, &setting::List},
+    {"setting", "get", "a setting and its value", "  qvadmin setting get maxThreads -o json", &setting::DeclareGet,
+     &setting::Get},
+    {"setting", "set", "add a setting, or give it another value",
+     "  qvadmin setting set PasswordEncoding 1 --genre Console", &setting::DeclareSet, &setting::Set},
+    {"setting", "delete", "delete a setting; asks first", "  qvadmin setting delete PasswordEncoding --genre Console",
+     &setting::DeclareDelete, &setting::Delete},
+    {"setting", "threads", "show or set the thread counts of the server",
+     "  qvadmin setting threads\n"
+     "  qvadmin setting threads --max 64 --task 8",
+     &setting::DeclareThreads, &setting::Threads},
+    {"setting", "flags", "show the flags of the servers, or set that of the document server",
+     "  qvadmin setting flags\n"
+     "  qvadmin setting flags --doc-flag 3",
+     &setting::DeclareFlags, &setting::Flags},
+    {"setting", "picture", "show or set the display picture of the company",
+     "  qvadmin setting picture\n"
+     "  qvadmin setting picture logo.png --all-users",
+     &setting::DeclarePicture, &setting::Picture},
+    {"setting", "encryption-key", "show or set the encryption key",
+     "  qvadmin setting encryption-key show\n"
+     "  qvadmin setting encryption-key set --key-file key.txt",
+     &setting::DeclareEncryptionKey, &setting::EncryptionKey},
 };
 
 Exit RunWords(const std::vector<std::string>& words, Terminal& terminal)

@@ -1,6 +1,7 @@
 #include "console/Import.h"
 
 #include "console/CsvReader.h"
+#include "console/Departments.h"
 #include "console/Engine.h"
 #include "console/FileBuffer.h"
 #include "console/Interrupt.h"
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -131,7 +133,7 @@ public:
         for (const std::string& name : record->fields) {
             Add(Trimmed(name), file);
         }
-        if (std::ranges::find(m_columns, &Login()) == m_columns.end()) {
+        if (!Has(Login())) {
             throw Refusal(Exit::usage, fmt::format("{} has no column login; known columns are {}", file,
                                                    fmt::join(ImportColumns(), ", ")));
         }
@@ -154,6 +156,8 @@ public:
         return row;
     }
 
+    [[nodiscard]] bool Has(const Field& field) const { return std::ranges::find(m_columns, &field) != m_columns.end(); }
+
 private:
     static const Field& Login() { return *FindField("login"); }
 
@@ -167,7 +171,7 @@ private:
                                       otherSeparator ? " (values must be separated by commas)" : "",
                                       fmt::join(ImportColumns(), ", ")));
         }
-        if (std::ranges::find(m_columns, field) != m_columns.end()) {
+        if (Has(*field)) {
             throw Refusal(Exit::usage, fmt::format("{} has the column {} twice", file, field->name));
         }
         m_columns.push_back(field);
@@ -262,6 +266,7 @@ public:
           m_source(options.file, terminal.in),
           m_reader(m_source.Stream()),
           m_header(FirstRecord(), m_source.Name()),
+          m_departments(OpenDepartments()),
           m_result(options, terminal.out),
           m_progress(terminal, RowsToCome())
     {
@@ -300,6 +305,22 @@ private:
         RefuseIfCutShort();
         return record;
     }
+
+    [[nodiscard]] std::optional<Departments> OpenDepartments() const
+    {
+        if (!m_options.departments) {
+            return std::nullopt;
+        }
+        if (!m_header.Has(Department())) {
+            throw Refusal(Exit::usage, fmt::format("{} has no column {}, which --departments needs", m_source.Name(),
+                                                   Department().name));
+        }
+        return std::optional<Departments>(std::in_place, m_directory.Connection(), *m_options.departments,
+                                          m_options.dryRun);
+    }
+
+    static const Field& Department() { return *FindField("department"); }
+    static const Field& DepartmentId() { return *FindField("department_id"); }
 
     [[nodiscard]] std::optional<long> RowsToCome() const
     {
@@ -357,11 +378,13 @@ private:
         std::vector<Outcome> outcomes;
         try {
             Transaction transaction(m_directory.Connection());
+            Begun();
             const Clock::time_point begin = Clock::now();
             do {
                 outcomes.push_back(Apply(rows[outcomes.size()]));
             } while (outcomes.size() < rows.size() && Clock::now() - begin < kLongest && !Interrupt::Requested());
             transaction.Commit();
+            Committed();
         } catch (const DatabaseError&) {
             // Which row the engine refused, and whether the others stand, shows when each is done by itself.
             return ApplyOneByOne(rows.first(std::min(outcomes.size() + 1, rows.size())));
@@ -388,6 +411,7 @@ private:
     Outcome ApplyAlone(const Row& row)
     {
         Transaction transaction(m_directory.Connection());
+        Begun();
         Outcome outcome;
         try {
             outcome = Apply(row);
@@ -400,7 +424,22 @@ private:
             return {Outcome::Kind::failed, 0, e.what()};
         }
         transaction.Commit();
+        Committed();
         return outcome;
+    }
+
+    void Begun()
+    {
+        if (m_departments) {
+            m_departments->Begin();
+        }
+    }
+
+    void Committed()
+    {
+        if (m_departments) {
+            m_departments->Committed();
+        }
     }
 
     void RefuseIfNotWritable()
@@ -427,16 +466,66 @@ private:
     Outcome ApplyGood(const Row& row)
     {
         const std::vector<UserKey> present = m_directory.FindAll(row.login);
-        if (present.empty()) {
-            return {Outcome::Kind::created, m_options.dryRun ? 0 : CreateUser(m_directory, row.login, row.values), {}};
-        }
-        if (!m_options.update) {
+        if (!present.empty() && !m_options.update) {
             return {Outcome::Kind::failed, 0, fmt::format("already exists (id {})", present.front().id)};
         }
-        const UserKey user = FindUser(m_directory, "login:" + row.login);
-        const bool differed = m_options.dryRun ? Differs(m_directory.Load(user.id).value_or(FieldValues()), row.values)
-                                               : ChangeUser(m_directory, user.id, row.values);
+        const std::optional<UserKey> user =
+            present.empty() ? std::nullopt : std::optional(FindUser(m_directory, "login:" + row.login));
+        FieldValues values = row.values;
+        const std::optional<ItemKey> group = FindDepartment(row);
+        if (group) {
+            values[&DepartmentId()] = std::to_string(group->id);
+        }
+        return user ? ApplyToPresent(*user, values, group) : ApplyToNew(row.login, values, group);
+    }
+
+    /// The group of a row's department; none when there is nothing to be placed.
+    std::optional<ItemKey> FindDepartment(const Row& row)
+    {
+        const auto path = row.values.find(&Department());
+        return m_departments && path != row.values.end() ? std::optional(m_departments->Find(path->second.value_or("")))
+                                                         : std::nullopt;
+    }
+
+    Outcome ApplyToNew(const std::string& login, const FieldValues& values, std::optional<ItemKey> group)
+    {
+        if (m_options.dryRun) {
+            return {Outcome::Kind::created, 0, {}};
+        }
+        const int id = CreateUser(m_directory, login, values);
+        if (group) {
+            m_departments->Place(*group, id, 0, "");
+        }
+        return {Outcome::Kind::created, id, {}};
+    }
+
+    Outcome ApplyToPresent(const UserKey& user, const FieldValues& values, std::optional<ItemKey> group)
+    {
+        const bool differed = m_options.dryRun ? WouldChange(user.id, values, group) : Change(user.id, values, group);
         return {differed ? Outcome::Kind::updated : Outcome::Kind::unchanged, user.id, {}};
+    }
+
+    bool WouldChange(int id, const FieldValues& values, std::optional<ItemKey> group)
+    {
+        return Differs(m_directory.Load(id).value_or(FieldValues()), values) ||
+               (group && !m_departments->IsIn(*group, id));
+    }
+
+    bool Change(int id, const FieldValues& values, std::optional<ItemKey> group)
+    {
+        const FieldValues before = group ? m_directory.Load(id).value_or(FieldValues()) : FieldValues();
+        const bool changed = ChangeUser(m_directory, id, values);
+        const bool moved = group && m_departments->Place(*group, id, NumberIn(before, DepartmentId()),
+                                                         before.at(&Department()).value_or(""));
+        return changed || moved;
+    }
+
+    static int NumberIn(const FieldValues& values, const Field& field)
+    {
+        const std::string text = values.at(&field).value_or("");
+        int number = 0;
+        std::from_chars(text.data(), text.data() + text.size(), number);
+        return number;
     }
 
     void Report(const Row& row, const Outcome& outcome)
@@ -471,6 +560,10 @@ private:
                                       m_options.dryRun ? "dry run, nothing was changed: " : "",
                                       Counted(static_cast<std::size_t>(m_done), "row"), m_source.Name(), parts,
                                       m_progress.Pace(m_done), m_result.Name());
+        if (m_departments) {
+            m_terminal.err << fmt::format("departments: {} {}\n", m_options.dryRun ? "would make" : "made",
+                                          m_departments->Made());
+        }
         if (Failed() > 0) {
             m_terminal.err << fmt::format("qvadmin: {} of {} {}; mend and import them again\n", Failed(),
                                           Counted(static_cast<std::size_t>(m_done), "row"),
@@ -496,6 +589,7 @@ private:
     Source m_source;
     CsvReader m_reader;
     Header m_header;
+    std::optional<Departments> m_departments; // none unless the option is given
     ResultFile m_result;
     Progress m_progress;
     std::unordered_map<std::string, long> m_seen;

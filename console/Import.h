@@ -15,7 +15,8 @@ struct ImportOptions {
     std::string file;                  ///< - for standard input
     std::optional<std::string> result; ///< - for standard output; where none is given, next to the file
     bool dryRun = false;
-    bool update = false; ///< users who are there get the values of their row
+    bool update = false;                    ///< users who are there get the values of their row
+    std::optional<std::string> departments; ///< the view under which each department is a group
 };
 
 /// The names of the columns that a file may have.

@@ -2,7 +2,9 @@
 
 #include "console/Engine.h"
 #include "console/Import.h"
+#include "console/MemberCommands.h"
 #include "console/Opened.h"
+#include "console/PasswordCommands.h"
 #include "console/Render.h"
 #include "console/Text.h"
 #include "console/Users.h"
@@ -130,7 +132,8 @@ Record AsRecord(int id, const FieldValues& values)
             record.emplace_back(field->name, Shown(*field, value));
         }
     }
-    record.emplace_back("password_set", !values.at(FindField("password")).value_or("").empty());
+    const std::string password = values.at(FindField("password")).value_or("");
+    record.emplace_back("password_set", !password.empty() && password != kFitsNothing);
     record.emplace_back("password_type", ShownPasswordType(values.at(FindField("password_type"))));
     return record;
 }
@@ -198,6 +201,41 @@ void RefuseBuiltIn(const std::vector<UserKey>& users)
     }
 }
 
+/// Where the password of a renamed user is to come from; one command line is read in each run.
+SecretSource& RenameSource()
+{
+    static SecretSource source;
+    return source;
+}
+
+/// The password to have under the new login name: the one given or, where the present one would no longer fit and
+/// there is a terminal, the one that is asked for. Nothing when the present one stays or is to be dropped.
+std::optional<Secret> PasswordForRename(const Context& context, Directory& directory, const UserKey& user)
+{
+    const SecretSource& source = RenameSource();
+    const bool isNeeded =
+        WouldSpoilPassword(directory, user, context.arguments.login) && !context.arguments.dropPassword;
+    if (!source.IsGiven() && !(isNeeded && CanAsk(context.terminal))) {
+        return std::nullopt;
+    }
+    if (!source.IsGiven()) {
+        context.terminal.err << fmt::format("The password of {} does not fit another login name.\n", Named(user));
+    }
+    const std::string prompt = "New password of " + Visible(context.arguments.login);
+    Secret password = ObtainSecret(source, {"password", prompt, true, ""}, context.terminal);
+    if (password.View().empty()) {
+        throw Refusal(Exit::usage, "the password is empty; nobody was renamed");
+    }
+    return password;
+}
+
+std::string_view ToldOf(PasswordFate fate, bool isReplaced)
+{
+    return isReplaced                      ? "; the new password is set"
+           : fate == PasswordFate::dropped ? "; the password is dropped, and nobody can log in until a new one is set"
+                                           : "";
+}
+
 } // namespace
 
 // ---- Arguments and options ------------------------------------------------------------------------------------------
@@ -244,8 +282,13 @@ void DeclareRename(CLI::App& app, Arguments& arguments)
 {
     DeclareOne(app, arguments);
     app.add_option("NEWLOGIN", arguments.login, "login name to have from now on")->required()->type_name("");
+    DeclareSecretSource(app, RenameSource(), "password");
+    DeclareGenerated(app, RenameSource());
     app.add_flag("--drop-password", arguments.dropPassword,
-                 "empty a password that would no longer fit; nobody can log in until a new one is set");
+                 "drop a password that would no longer fit; nobody can log in until a new one is set")
+        ->excludes("--password-stdin")
+        ->excludes("--password-file")
+        ->excludes("--generate");
 }
 
 void DeclareDelete(CLI::App& app, Arguments& arguments)
@@ -269,6 +312,7 @@ void DeclareImport(CLI::App& app, Arguments& arguments)
                    "where to write each row's outcome: FILE.result.csv if not given; - for standard output")
         ->type_name("FILE");
     app.add_flag("--update", arguments.update, "set the columns of users who are there; empty values leave theirs");
+    member::DeclareDepartments(app, arguments);
     app.footer("Columns (login is needed, all others may be left out):\n" + Wrapped(ImportColumns()) + "\n" +
                app.get_footer());
 }
@@ -341,16 +385,26 @@ Exit Set(const Context& context)
 
 Exit Rename(const Context& context)
 {
-    CheckLogin(context.arguments.login);
+    const std::string& login = context.arguments.login;
+    CheckLogin(login);
     Opened opened(context.arguments);
-    Transaction transaction(opened.Directory().Connection());
-    const UserKey user = FindUser(opened.Directory(), context.arguments.user);
-    const PasswordFate fate =
-        RenameUser(opened.Directory(), user, context.arguments.login, context.arguments.dropPassword);
+    Directory& directory = opened.Directory();
+    // Asked for before the transaction: nobody is to wait for somebody's typing.
+    const std::optional<Secret> password =
+        PasswordForRename(context, directory, FindUser(directory, context.arguments.user));
+    Transaction transaction(directory.Connection());
+    const UserKey user = FindUser(directory, context.arguments.user);
+    const PasswordFate fate = RenameUser(directory, user, login, context.arguments.dropPassword || password);
+    if (password) {
+        Passwords passwords(directory);
+        passwords.Set({user.id, login}, *password, passwords.EncodingType());
+    }
+    if (RenameSource().generated) {
+        PrintGenerated(*password, context.terminal);
+    }
     transaction.Commit();
-    context.terminal.err << fmt::format("renamed {} to {}{}\n", Named(user), Visible(context.arguments.login),
-                                        fate == PasswordFate::dropped ? "; nobody can log in until a password is set"
-                                                                      : "");
+    context.terminal.err << fmt::format("renamed {} to {}{}\n", Named(user), Visible(login),
+                                        ToldOf(fate, password.has_value()));
     return Exit::done;
 }
 
@@ -379,8 +433,10 @@ Exit Import(const Context& context)
 {
     Opened opened(context.arguments);
     const Arguments& arguments = context.arguments;
-    return ImportUsers(opened.Directory(), {arguments.file, arguments.result, arguments.dryRun, arguments.update},
-                       context.terminal);
+    return ImportUsers(
+        opened.Directory(),
+        {arguments.file, arguments.result, arguments.dryRun, arguments.update, member::DepartmentsGiven(arguments)},
+        context.terminal);
 }
 
 } // namespace console::user

@@ -104,8 +104,8 @@ void WriteBack(Directory& directory, int id, const FieldValues& stored, const Fi
 
 bool HasLoginInDigest(const FieldValues& stored)
 {
-    return stored.at(&FieldOf("password_type")).value_or("") == "2" &&
-           !stored.at(&FieldOf("password")).value_or("").empty();
+    const std::string password = stored.at(&FieldOf("password")).value_or("");
+    return stored.at(&FieldOf("password_type")).value_or("") == "2" && !password.empty() && password != kFitsNothing;
 }
 
 void RefuseAnothersLogin(Directory& directory, const UserKey& user, const std::string& login)
@@ -200,7 +200,7 @@ bool ChangeUser(Directory& directory, int id, const FieldValues& values)
     return true;
 }
 
-PasswordFate RenameUser(Directory& directory, const UserKey& user, const std::string& login, bool dropPassword)
+bool WouldSpoilPassword(Directory& directory, const UserKey& user, const std::string& login)
 {
     CheckLogin(login);
     if (IsBuiltIn(user)) {
@@ -208,18 +208,22 @@ PasswordFate RenameUser(Directory& directory, const UserKey& user, const std::st
                       fmt::format("{} is the built-in administrator and keeps its name", Named(user)));
     }
     RefuseAnothersLogin(directory, user, login);
-    const FieldValues stored = LoadUser(directory, user.id);
-    FieldValues wanted = {{&FieldOf("login"), login}};
-    const bool spoilsPassword = user.login != login && HasLoginInDigest(stored);
+    return user.login != login && HasLoginInDigest(LoadUser(directory, user.id));
+}
+
+PasswordFate RenameUser(Directory& directory, const UserKey& user, const std::string& login, bool dropPassword)
+{
+    const bool spoilsPassword = WouldSpoilPassword(directory, user, login);
     if (spoilsPassword && !dropPassword) {
         throw Refusal(Exit::conflict,
                       fmt::format("the password of {} would no longer fit, because its digest holds the login name; "
-                                  "add --drop-password to empty it until a new one is set",
+                                  "give a new one with --password-stdin, --password-file or --generate, or drop it "
+                                  "with --drop-password",
                                   Named(user)));
     }
+    FieldValues wanted = {{&FieldOf("login"), login}};
     if (spoilsPassword) {
-        // The type stays: compared with a digest, an empty stored text fits no password at all.
-        wanted.emplace(&FieldOf("password"), "");
+        wanted.emplace(&FieldOf("password"), kFitsNothing);
     }
     ChangeUser(directory, user.id, wanted);
     return spoilsPassword ? PasswordFate::dropped : PasswordFate::kept;

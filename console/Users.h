@@ -8,6 +8,9 @@
 
 namespace console {
 
+/// Stands in place of a password that was dropped. No digest looks so; an empty text would fit the empty password.
+inline constexpr const char* kFitsNothing = "!";
+
 // What an administrator does with users, made of the directory's operations. Nothing here begins a transaction: the
 // functions that change something are to be called in one.
 
@@ -33,6 +36,10 @@ bool ChangeUser(Directory& directory, int id, const FieldValues& values);
 
 /// What became of a password whose digest holds the login name.
 enum class PasswordFate { kept, dropped };
+
+/// Whether another login name would leave a user with a password that no longer fits.
+/// @throws Refusal as RenameUser does for the name and the user.
+bool WouldSpoilPassword(Directory& directory, const UserKey& user, const std::string& login);
 
 /// Gives a user another login name. A password that would no longer fit is emptied when the caller allows it.
 /// @throws Refusal (isProtected) for Admin, (conflict) when the name is another's or a password would no longer fit.

@@ -167,7 +167,7 @@ TEST_F(UsersTest, RenameRefusesToSpoilAPasswordUnlessItMayDropIt)
     EXPECT_EQ(CodeOf([&] { RenameUser(m_directory, amy, "AMY", false); }), Exit::conflict);
     EXPECT_EQ(FindUser(m_directory, "amy").login, "amy");
     EXPECT_EQ(RenameUser(m_directory, amy, "AMY", true), PasswordFate::dropped);
-    EXPECT_EQ(Column(amy.id, "password"), "");
+    EXPECT_EQ(Column(amy.id, "password"), kFitsNothing);
     EXPECT_EQ(Column(amy.id, "password_type"), "2");
     EXPECT_EQ(RenameUser(m_directory, FindUser(m_directory, "amy"), "amy", false), PasswordFate::kept);
 }

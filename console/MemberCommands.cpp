@@ -1,0 +1,150 @@
+#include "console/MemberCommands.h"
+
+#include "basefun/ItemTypes.h"
+#include "console/Engine.h"
+#include "console/GroupCommands.h"
+#include "console/Opened.h"
+#include "console/Render.h"
+#include "console/Roles.h"
+#include "console/Text.h"
+#include "console/UserCommands.h"
+#include "console/Users.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace console::member {
+
+namespace {
+
+using namespace words;
+
+constexpr Field kHolder{
+    "GROUP", "", {}, Field::Use::given, "/VIEW or /VIEW/GROUP, or id:NUMBER of a group, or view:NUMBER"};
+constexpr Field kDepartments{
+    "departments", "", {}, Field::Use::given, "make each department a group below this view, and its people members"};
+
+ItemKey FindGiven(const Organisation& organisation, const Arguments& arguments)
+{
+    return organisation.FindHolder(Given(arguments, kHolder).value_or(""));
+}
+
+/// Changes the membership of each user. @param change  of Roles: whether there was anything to do.
+Exit ChangeMembers(const Context& context, bool (Roles::*change)(ItemKey, int), std::string_view done,
+                   std::string_view notNeeded)
+{
+    Opened opened(context.arguments);
+    Transaction transaction(opened.Directory().Connection());
+    const Organisation organisation(opened.Directory().Connection());
+    Roles roles(opened.Directory().Connection());
+    const ItemKey holder = FindGiven(organisation, context.arguments);
+    const std::string name = organisation.Named(holder);
+    std::string told;
+    for (const UserKey& user : FindUsers(opened.Directory(), context.arguments.users)) {
+        const bool changed = (roles.*change)(holder, user.id);
+        told += fmt::format("{} {} {}\n", Named(user), changed ? done : notNeeded, name);
+    }
+    transaction.Commit();
+    context.terminal.err << told;
+    return Exit::done;
+}
+
+} // namespace
+
+// ---- Arguments and options ------------------------------------------------------------------------------------------
+
+void DeclareList(CLI::App& app, Arguments& arguments) { DeclareArgument(app, arguments, kHolder); }
+
+void DeclareUsers(CLI::App& app, Arguments& arguments)
+{
+    DeclareArgument(app, arguments, kHolder);
+    user::DeclareSeveral(app, arguments);
+}
+
+void DeclareDetach(CLI::App& app, Arguments& arguments)
+{
+    user::DeclareOne(app, arguments);
+    DeclareYes(app, arguments);
+}
+
+void DeclareDepartments(CLI::App& app, Arguments& arguments)
+{
+    const auto take = [&arguments](const std::string& view) { arguments.fields[&kDepartments] = view; };
+    app.add_option_function<std::string>(OptionOf(kDepartments), take, std::string(kDepartments.help))
+        ->type_name("VIEW");
+}
+
+std::optional<std::string> DepartmentsGiven(const Arguments& arguments) { return Given(arguments, kDepartments); }
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+Exit List(const Context& context)
+{
+    Opened opened(context.arguments);
+    const Organisation organisation(opened.Directory().Connection());
+    Roles roles(opened.Directory().Connection());
+    const ItemKey holder = FindGiven(organisation, context.arguments);
+    Table table{{"type", "id", "login", "name"}, {}};
+    for (const std::size_t child : organisation.Find(holder)->children) {
+        const Place& group = organisation.Places()[child];
+        table.rows.push_back({"group", std::int64_t{group.key.id}, {}, group.name});
+    }
+    for (const LinkedUser& user : roles.UsersOf(holder)) {
+        table.rows.push_back({"user", std::int64_t{user.id}, user.login, user.name});
+    }
+    Render(context.arguments.format, table, context.terminal.out);
+    return Exit::done;
+}
+
+Exit OfUser(const Context& context)
+{
+    Opened opened(context.arguments);
+    const Organisation organisation(opened.Directory().Connection());
+    Roles roles(opened.Directory().Connection());
+    const UserKey user = FindUser(opened.Directory(), context.arguments.user);
+    Table table{{"type", "id", "path"}, {}};
+    for (const ItemKey holder : roles.HoldersOf({kItemTypeUser, user.id})) {
+        table.rows.push_back(
+            {holder.type == kItemTypeView ? "view" : "group", std::int64_t{holder.id}, organisation.PathOf(holder)});
+    }
+    Render(context.arguments.format, table, context.terminal.out);
+    return Exit::done;
+}
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+Exit Add(const Context& context)
+{
+    return ChangeMembers(context, &Roles::Link, "is now a member of", "is a member already of");
+}
+
+Exit Remove(const Context& context)
+{
+    return ChangeMembers(context, &Roles::Unlink, "is no longer a member of", "was no member of");
+}
+
+Exit Detach(const Context& context)
+{
+    Opened opened(context.arguments);
+    const Organisation organisation(opened.Directory().Connection());
+    Roles roles(opened.Directory().Connection());
+    const UserKey user = FindUser(opened.Directory(), context.arguments.user);
+    const std::vector<ItemKey> holders = roles.HoldersOf({kItemTypeUser, user.id});
+    if (holders.empty()) {
+        context.terminal.err << fmt::format("{} is in no group and no view\n", Named(user));
+        return Exit::done;
+    }
+    for (const ItemKey holder : holders) {
+        context.terminal.err << fmt::format("leave {}\n", organisation.Named(holder));
+    }
+    RequireConfirmation(context, fmt::format("End {} of {}?", Counted(holders.size(), "membership"), Named(user)));
+    Transaction transaction(opened.Directory().Connection());
+    for (const ItemKey holder : holders) {
+        roles.Unlink(holder, user.id);
+    }
+    transaction.Commit();
+    context.terminal.err << fmt::format("ended {} of {}\n", Counted(holders.size(), "membership"), Named(user));
+    return Exit::done;
+}
+
+} // namespace console::member

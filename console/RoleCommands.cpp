@@ -1,0 +1,296 @@
+#include "console/RoleCommands.h"
+
+#include "basefun/ItemTypes.h"
+#include "console/Engine.h"
+#include "console/GroupCommands.h"
+#include "console/Opened.h"
+#include "console/Render.h"
+#include "console/Roles.h"
+#include "console/Text.h"
+#include "console/UserCommands.h"
+#include "console/Users.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace console::role {
+
+namespace {
+
+using namespace words;
+
+// CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
+constexpr int kMostRoles = 1 << 20;
+constexpr const char* kRoleHelp = "name, case not counting, or id:NUMBER";
+
+constexpr Field kRole{"ROLE", "", {}, Field::Use::given, kRoleHelp};
+constexpr Field kNewRole{"NAME", "", {}, Field::Use::given, "name of the new role"};
+constexpr Field kNewName{"name", "", {}, Field::Use::given, "name to have from now on"};
+constexpr Field kDomain{
+    "domain", "", {}, Field::Use::given, "number of the domain whose roles are meant; 0 if not given"};
+constexpr Field kApplication{
+    "app", "", {}, Field::Use::given, "application whose roles are meant; this system's if not given"};
+constexpr Field kCreate{"create", "", {}, Field::Use::given, "add the role when it is missing"};
+
+void DeclareScope(CLI::App& app, Arguments& arguments)
+{
+    DeclareNumber(app, arguments, kDomain);
+    DeclareOption(app, arguments, kApplication);
+}
+
+RoleScope ScopeOf(const Arguments& arguments)
+{
+    return {Given(arguments, kApplication).value_or(std::string(kOwnApplication)),
+            GivenNumber(arguments, kDomain).value_or(0)};
+}
+
+RoleKey FindGiven(Roles& roles, const Arguments& arguments)
+{
+    return FindRole(roles, Given(arguments, kRole).value_or(""), ScopeOf(arguments));
+}
+
+Record AsRecord(int id, const RoleData& role, std::size_t members)
+{
+    return {
+        {"id", std::int64_t{id}},
+        {"name", role.name},
+        {"description", role.description},
+        {"application", role.scope.application},
+        {"domain", std::int64_t{role.scope.domainId}},
+        {"creator", role.creator},
+        {"created", role.created ? Value(*role.created) : Value()},
+        {"sort_index", std::int64_t{role.sortIndex}},
+        {"disabled", role.disabled},
+        {"genre", role.genre},
+        {"class_id", std::int64_t{role.classId}},
+        {"type", std::int64_t{role.type}},
+        {"members", static_cast<std::int64_t>(members)},
+    };
+}
+
+void ShowRole(const Context& context, Roles& roles, const RoleKey& role)
+{
+    const std::optional<RoleData> data = roles.Load(role.id);
+    if (!data) {
+        throw Refusal(Exit::notFound, fmt::format("{} has just been deleted", Named(role)));
+    }
+    const std::size_t members = roles.UsersOf({kItemTypeRole, role.id}).size();
+    Render(context.arguments.format, AsRecord(role.id, *data, members), context.terminal.out);
+}
+
+void RefuseProtected(Roles& roles, const std::vector<RoleKey>& several)
+{
+    for (const RoleKey& role : several) {
+        if (IsProtected(roles, role)) {
+            throw Refusal(Exit::isProtected,
+                          fmt::format("{} is the role of every user and stays; nothing was deleted", Named(role)));
+        }
+    }
+}
+
+/// Changes the link of each user to the role. @param change  of Roles: whether there was anything to do.
+Exit ChangeMembers(const Context& context, bool (Roles::*change)(ItemKey, int), std::string_view done,
+                   std::string_view notNeeded)
+{
+    Opened opened(context.arguments);
+    Transaction transaction(opened.Directory().Connection());
+    Roles roles(opened.Directory().Connection());
+    const RoleKey role = FindGiven(roles, context.arguments);
+    std::string told;
+    for (const UserKey& user : FindUsers(opened.Directory(), context.arguments.users)) {
+        const bool changed = (roles.*change)({kItemTypeRole, role.id}, user.id);
+        told += fmt::format("{} {} {}\n", Named(user), changed ? done : notNeeded, Named(role));
+    }
+    transaction.Commit();
+    context.terminal.err << told;
+    return Exit::done;
+}
+
+void MakeDefault(const Context& context, Roles& roles)
+{
+    Transaction transaction(roles.Connection());
+    if (roles.Default()) {
+        return;
+    }
+    RoleData role;
+    role.name = kDefaultRole;
+    const int id = CreateRole(roles, role);
+    transaction.Commit();
+    context.terminal.err << fmt::format("created {}\n", Named(RoleKey{id, role.name}));
+}
+
+} // namespace
+
+// ---- Arguments and options ------------------------------------------------------------------------------------------
+
+void DeclareList(CLI::App& app, Arguments& arguments) { DeclareScope(app, arguments); }
+
+void DeclareOne(CLI::App& app, Arguments& arguments)
+{
+    DeclareArgument(app, arguments, kRole);
+    DeclareScope(app, arguments);
+}
+
+void DeclareCreate(CLI::App& app, Arguments& arguments)
+{
+    DeclareArgument(app, arguments, kNewRole);
+    DeclareOption(app, arguments, kDescription);
+    DeclareScope(app, arguments);
+}
+
+void DeclareSet(CLI::App& app, Arguments& arguments)
+{
+    DeclareOne(app, arguments);
+    DeclareOption(app, arguments, kNewName);
+    DeclareOption(app, arguments, kDescription);
+}
+
+void DeclareDelete(CLI::App& app, Arguments& arguments)
+{
+    // The words that a command takes several of, whatever they name.
+    app.add_option("ROLE", arguments.users, kRoleHelp)
+        ->required()
+        ->type_name("")
+        ->expected(kMostRoles)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    DeclareScope(app, arguments);
+    DeclareYes(app, arguments);
+}
+
+void DeclareUsers(CLI::App& app, Arguments& arguments)
+{
+    DeclareArgument(app, arguments, kRole);
+    user::DeclareSeveral(app, arguments);
+    DeclareScope(app, arguments);
+}
+
+void DeclareDefault(CLI::App& app, Arguments& arguments) { DeclareFlag(app, arguments, kCreate); }
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+Exit List(const Context& context)
+{
+    Opened opened(context.arguments);
+    Roles roles(opened.Directory().Connection());
+    Table table{{"id", "name", "description", "members"}, {}};
+    for (const ListedRole& role : roles.List(ScopeOf(context.arguments))) {
+        table.rows.push_back({std::int64_t{role.id}, role.name, role.description, std::int64_t{role.members}});
+    }
+    Render(context.arguments.format, table, context.terminal.out);
+    return Exit::done;
+}
+
+Exit Show(const Context& context)
+{
+    Opened opened(context.arguments);
+    Roles roles(opened.Directory().Connection());
+    ShowRole(context, roles, FindGiven(roles, context.arguments));
+    return Exit::done;
+}
+
+Exit Members(const Context& context)
+{
+    Opened opened(context.arguments);
+    Roles roles(opened.Directory().Connection());
+    const RoleKey role = FindGiven(roles, context.arguments);
+    Table table{{"id", "login", "name"}, {}};
+    for (const LinkedUser& user : roles.UsersOf({kItemTypeRole, role.id})) {
+        table.rows.push_back({std::int64_t{user.id}, user.login, user.name});
+    }
+    Render(context.arguments.format, table, context.terminal.out);
+    return Exit::done;
+}
+
+Exit OfUser(const Context& context)
+{
+    Opened opened(context.arguments);
+    Roles roles(opened.Directory().Connection());
+    const UserKey user = FindUser(opened.Directory(), context.arguments.user);
+    Table table{{"id", "name", "description", "application", "domain", "default"}, {}};
+    for (const UserRole& role : roles.OfUser(user.id)) {
+        table.rows.push_back({std::int64_t{role.id}, role.name, role.description, role.scope.application,
+                              std::int64_t{role.scope.domainId}, role.isDefault});
+    }
+    Render(context.arguments.format, table, context.terminal.out);
+    return Exit::done;
+}
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+Exit Create(const Context& context)
+{
+    RoleData role;
+    role.name = Given(context.arguments, kNewRole).value_or("");
+    role.description = Given(context.arguments, kDescription).value_or("");
+    role.scope = ScopeOf(context.arguments);
+    CheckName("role", role.name);
+    Opened opened(context.arguments);
+    Transaction transaction(opened.Directory().Connection());
+    Roles roles(opened.Directory().Connection());
+    const int id = CreateRole(roles, role);
+    transaction.Commit();
+    context.terminal.out << id << '\n';
+    return Exit::done;
+}
+
+Exit Set(const Context& context)
+{
+    const std::optional<std::string> name = Given(context.arguments, kNewName);
+    const std::optional<std::string> description = Given(context.arguments, kDescription);
+    if (!name && !description) {
+        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin role set --help` lists what can be");
+    }
+    Opened opened(context.arguments);
+    Transaction transaction(opened.Directory().Connection());
+    Roles roles(opened.Directory().Connection());
+    const RoleKey role = FindGiven(roles, context.arguments);
+    const bool changed = ChangeRole(roles, role, name, description);
+    transaction.Commit();
+    context.terminal.err << fmt::format("{} {}\n", changed ? "changed" : "nothing to change in", Named(role));
+    return Exit::done;
+}
+
+Exit Delete(const Context& context)
+{
+    Opened opened(context.arguments);
+    Roles roles(opened.Directory().Connection());
+    const std::vector<RoleKey> several = FindRoles(roles, context.arguments.users, ScopeOf(context.arguments));
+    RefuseProtected(roles, several);
+    for (const RoleKey& role : several) {
+        context.terminal.err << fmt::format("delete {}{}\n", Named(role), WithTraces(roles.Traces(role.id)));
+    }
+    RequireConfirmation(context, fmt::format("Delete {}?", Counted(several.size(), "role")));
+    Transaction transaction(opened.Directory().Connection());
+    for (const RoleKey& role : several) {
+        roles.Delete(role.id);
+    }
+    transaction.Commit();
+    context.terminal.err << fmt::format("deleted {}\n", Counted(several.size(), "role"));
+    return Exit::done;
+}
+
+Exit Add(const Context& context) { return ChangeMembers(context, &Roles::Link, "now has", "already has"); }
+
+Exit Remove(const Context& context)
+{
+    return ChangeMembers(context, &Roles::Unlink, "no longer has", "was not linked to");
+}
+
+Exit Default(const Context& context)
+{
+    Opened opened(context.arguments);
+    Roles roles(opened.Directory().Connection());
+    if (Given(context.arguments, kCreate)) {
+        MakeDefault(context, roles);
+    }
+    const std::optional<RoleKey> everyone = roles.Default();
+    if (!everyone) {
+        throw Refusal(Exit::notFound,
+                      fmt::format("there is no role {}; `qvadmin role default --create` makes it", kDefaultRole));
+    }
+    ShowRole(context, roles, *everyone);
+    return Exit::done;
+}
+
+} // namespace console::role
