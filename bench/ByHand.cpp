@@ -1,5 +1,6 @@
 #include "bench/ByHand.h"
 
+#include "basefun/ItemTypes.h"
 #include "platform/CodePage.h"
 
 #include <sqlite3.h>
@@ -153,7 +154,12 @@ void ByHand::ListUsers(std::vector<unsigned>& ids, std::vector<std::string>& log
                        std::vector<std::string>& names)
 {
     constexpr const char* sql = "SELECT Col_ID, Col_LoginName, Col_Name FROM qv_User";
-    const Statement statement = Prepare(sql, std::strlen(sql));
+    ListNames(Prepare(sql, std::strlen(sql)), ids, loginNames, names);
+}
+
+void ByHand::ListNames(const Statement& statement, std::vector<unsigned>& ids, std::vector<std::string>& loginNames,
+                       std::vector<std::string>& names)
+{
     while (Step(statement.get())) {
         AppendNumber(ids, statement.get(), 0);
         AppendText(loginNames, statement.get(), 1);
@@ -220,6 +226,94 @@ std::string ByHand::OldestMessage()
         TakeText(date, statement.get(), 0);
     }
     return date;
+}
+
+void ByHand::LoadGroupUsers(int group, std::vector<Record*>& users)
+{
+    std::array<char, 1024> sql;
+    const int length = std::snprintf(
+        sql.data(), sql.size(),
+        "SELECT qv_User.Col_ID, qv_User.Col_LoginName, qv_User.Col_Name, qv_User.Col_Sex, qv_User.Col_Mobile, "
+        "qv_User.Col_EMail, qv_User.Col_DeptInfo, qv_User.Col_o_JobTitle, qv_User.Col_Disabled FROM "
+        "qv_User,qv_Relation WHERE qv_Relation.Col_QvItemType = %d AND qv_Relation.Col_QvItemID = %d AND "
+        "qv_Relation.Col_DQvItemType = %d AND qv_Relation.Col_DQvItemID = qv_User.Col_ID AND qv_Relation.Col_RelType = "
+        "%d",
+        kItemTypeGroup, group, kItemTypeUser, kMembership);
+    const Statement statement = Prepare(sql.data(), static_cast<std::size_t>(length));
+    while (Step(statement.get())) {
+        auto user = std::make_unique<Record>();
+        user->id = sqlite3_column_int(statement.get(), 0);
+        TakeText(user->loginName, statement.get(), 1);
+        TakeText(user->name, statement.get(), 2);
+        user->sex = sqlite3_column_int(statement.get(), 3);
+        TakeText(user->mobile, statement.get(), 4);
+        TakeText(user->eMail, statement.get(), 5);
+        TakeText(user->deptInfo, statement.get(), 6);
+        TakeText(user->jobTitle, statement.get(), 7);
+        user->disabled = sqlite3_column_int(statement.get(), 8) != 0;
+        users.push_back(user.get());
+        static_cast<void>(user.release());
+    }
+}
+
+void ByHand::ListGroupUsers(int group, std::vector<unsigned>& ids, std::vector<std::string>& loginNames,
+                            std::vector<std::string>& names)
+{
+    std::array<char, 512> sql;
+    const int length = std::snprintf(
+        sql.data(), sql.size(),
+        "SELECT qv_User.Col_ID, qv_User.Col_LoginName, qv_User.Col_Name FROM qv_User,qv_Relation WHERE "
+        "qv_Relation.Col_QvItemType = %d AND qv_Relation.Col_QvItemID = %d AND qv_Relation.Col_DQvItemType = %d AND "
+        "qv_Relation.Col_DQvItemID = qv_User.Col_ID AND qv_Relation.Col_RelType = %d ",
+        kItemTypeGroup, group, kItemTypeUser, kMembership);
+    ListNames(Prepare(sql.data(), static_cast<std::size_t>(length)), ids, loginNames, names);
+}
+
+void ByHand::ListUsersNotIn(int group, std::vector<unsigned>& ids, std::vector<std::string>& loginNames,
+                            std::vector<std::string>& names)
+{
+    std::array<char, 512> sql;
+    const int length = std::snprintf(
+        sql.data(), sql.size(),
+        "SELECT qv_User.Col_ID, qv_User.Col_LoginName, qv_User.Col_Name FROM qv_User WHERE qv_User.Col_ID NOT IN "
+        "(SELECT qv_Relation.Col_DQvItemID FROM qv_Relation WHERE qv_Relation.Col_DQvItemType = %d AND "
+        "qv_Relation.Col_QvItemID = %d AND qv_Relation.Col_QvItemType = %d AND qv_Relation.Col_RelType = %d)",
+        kItemTypeUser, group, kItemTypeGroup, kMembership);
+    ListNames(Prepare(sql.data(), static_cast<std::size_t>(length)), ids, loginNames, names);
+}
+
+void ByHand::ListMembers(int holder, int holderType, std::vector<unsigned>& ids, std::vector<unsigned>& types)
+{
+    std::array<char, 512> sql;
+    const int length = std::snprintf(sql.data(), sql.size(),
+                                     "SELECT Col_DQvItemID, Col_DQvItemType FROM qv_Relation WHERE Col_QvItemID = %d "
+                                     "AND Col_QvItemType = %d AND Col_RelType = %d ",
+                                     holder, holderType, kMembership);
+    const Statement statement = Prepare(sql.data(), static_cast<std::size_t>(length));
+    while (Step(statement.get())) {
+        AppendNumber(ids, statement.get(), 0);
+        AppendNumber(types, statement.get(), 1);
+    }
+}
+
+void ByHand::StampView(int holder, int holderType, int view)
+{
+    std::vector<unsigned> ids;
+    std::vector<unsigned> types;
+    ListMembers(holder, holderType, ids, types);
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        const int id = static_cast<int>(ids[i]);
+        if (types[i] == kItemTypeGroup) {
+            StampView(id, kItemTypeGroup, view);
+        } else if (types[i] == kItemTypeUser) {
+            std::array<char, 512> sql;
+            const int length = std::snprintf(sql.data(), sql.size(),
+                                             "UPDATE qv_Relation SET Col_ViewID = %d WHERE Col_QvItemID = %d AND "
+                                             "Col_QvItemType = %d AND Col_DQvItemID = %d AND Col_DQvItemType = %d",
+                                             view, holder, holderType, id, kItemTypeUser);
+            Step(Prepare(sql.data(), static_cast<std::size_t>(length)).get());
+        }
+    }
 }
 
 } // namespace bench

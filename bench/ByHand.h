@@ -32,6 +32,16 @@ public:
     void LoadUsers(std::vector<Record*>& users);
     void SaveUser(const Record& user);
     std::string OldestMessage();
+    /// The users that are members of a group. The caller deletes the records.
+    void LoadGroupUsers(int group, std::vector<Record*>& users);
+    void ListGroupUsers(int group, std::vector<unsigned>& ids, std::vector<std::string>& loginNames,
+                        std::vector<std::string>& names);
+    void ListUsersNotIn(int group, std::vector<unsigned>& ids, std::vector<std::string>& loginNames,
+                        std::vector<std::string>& names);
+    /// The direct members of an item.
+    void ListMembers(int holder, int holderType, std::vector<unsigned>& ids, std::vector<unsigned>& types);
+    /// Writes a view's id to the links of all users at every depth below an item.
+    void StampView(int holder, int holderType, int view);
     /// For many rows at once: a statement to bind values to.
     sqlite3_stmt* PrepareFor(const char* sql);
 
@@ -46,6 +56,8 @@ private:
 
     Statement Prepare(const char* sql, std::size_t length);
     bool Step(sqlite3_stmt* statement);
+    void ListNames(const Statement& statement, std::vector<unsigned>& ids, std::vector<std::string>& loginNames,
+                   std::vector<std::string>& names);
 
     std::unique_ptr<sqlite3, CloseFile> m_db;
 };

@@ -30,9 +30,10 @@ double MiddleHalf(const std::vector<double>& values)
     return (Quantile(values, 0.75) - Quantile(values, 0.25)) / Median(values);
 }
 
-std::string Text(const char* format, double value)
+template <class Value>
+std::string Text(const char* format, Value value)
 {
-    std::array<char, 32> text;
+    std::array<char, 64> text;
     std::snprintf(text.data(), text.size(), format, value);
     return text.data();
 }
@@ -67,6 +68,13 @@ void PairReporter::ReportRuns(const std::vector<Run>& runs)
 
 void PairReporter::Finalize()
 {
+    PrintPairs();
+    PrintGrowths();
+    std::fflush(stdout);
+}
+
+void PairReporter::PrintPairs() const
+{
     std::printf("\n");
     std::printf(kRow, "processor time", "base", "Quorvel", "ratio", "target", "spread", "wall");
     std::printf(kLine);
@@ -84,7 +92,36 @@ void PairReporter::Finalize()
                     Text("%.2f", otherCpu / cpu).c_str(), Target(pair.target).c_str(),
                     Text("%.1f %%", spread * 100).c_str(), Text("%.2f", wall).c_str());
     }
-    std::fflush(stdout);
+}
+
+void PairReporter::PrintGrowths() const
+{
+    std::string lines;
+    for (const Growth& growth : m_growths) {
+        lines += GrowthLine(growth);
+    }
+    if (!lines.empty()) {
+        std::printf("\n| %-36s | %10s | %8s | %10s | %8s | %10s | %8s |\n", "processor time of Quorvel", "10^4 users",
+                    "a row", "10^5 users", "a row", "10^6 users", "a row");
+        std::printf(
+            "|--------------------------------------|-----------:|---------:|-----------:|---------:|-----------:"
+            "|---------:|\n%s",
+            lines.c_str());
+    }
+}
+
+std::string PairReporter::GrowthLine(const Growth& growth) const
+{
+    std::string line = "| " + Text("%-36s", growth.title) + " |";
+    for (const Growth::Size& size : growth.sizes) {
+        const auto samples = m_samples.find(size.benchmark);
+        if (samples == m_samples.end()) {
+            return {};
+        }
+        const double cpu = Median(samples->second.cpu);
+        line += Text(" %10s |", Duration(cpu).c_str()) + Text(" %8s |", Duration(cpu / size.rows).c_str());
+    }
+    return line + "\n";
 }
 
 void PrintPeaks(const std::vector<Peak>& peaks)

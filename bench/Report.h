@@ -12,10 +12,20 @@ namespace bench {
 /// Two benchmarks to set side by side, by name.
 struct Pair {
     const char* title;
-    const char* base;
-    const char* other;
+    std::string base;
+    std::string other;
     /// What the ratio of other to base is meant to stay below; 0 for none.
     double target;
+};
+
+/// One operation of the module in directories of 10^4, 10^5 and 10^6 users, in this order.
+struct Growth {
+    struct Size {
+        std::string benchmark;
+        double rows; // of a call
+    };
+    const char* title;
+    std::vector<Size> sizes;
 };
 
 /// Growth of the peak of resident memory, in KiB.
@@ -28,10 +38,14 @@ struct Peak {
 
 /// Collects all runs and, at the end, prints one line per pair: the median processor times of a call, their ratio, the
 /// width of the middle half of the runs as a part of the median (the wider side's), and the ratio of the wall-clock
-/// medians, which suffers when others use the machine.
+/// medians, which suffers when others use the machine. Behind that, one line per growth: for every size the median
+/// processor times of a call and of a row.
 class PairReporter final : public benchmark::BenchmarkReporter {
 public:
-    explicit PairReporter(std::vector<Pair> pairs) : m_pairs(std::move(pairs)) {}
+    PairReporter(std::vector<Pair> pairs, std::vector<Growth> growths)
+        : m_pairs(std::move(pairs)), m_growths(std::move(growths))
+    {
+    }
 
     /// Says nothing of the machine.
     bool ReportContext(const Context& context) override;
@@ -44,7 +58,13 @@ private:
         std::vector<double> cpu;
     };
 
+    void PrintPairs() const;
+    void PrintGrowths() const;
+    /// Empty unless all its sizes have run.
+    std::string GrowthLine(const Growth& growth) const;
+
     std::vector<Pair> m_pairs;
+    std::vector<Growth> m_growths;
     std::map<std::string, Samples> m_samples;
 };
 

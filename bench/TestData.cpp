@@ -1,6 +1,7 @@
 #include "bench/TestData.h"
 
 #include "bench/ByHand.h"
+#include "bench/Tree.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
@@ -194,6 +195,7 @@ void MakeDirectory(const std::string& path, int users, int messages)
     db.Run("PRAGMA cache_size=-600000");
     db.Run("BEGIN");
     InsertUsers(db, users);
+    Tree(users).Insert(db);
     InsertMessages(db, messages);
     db.Run("COMMIT");
     db.Run("PRAGMA journal_mode=WAL");

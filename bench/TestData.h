@@ -42,7 +42,7 @@ private:
     std::string m_path;
 };
 
-/// Makes a directory file with so many users and messages.
+/// Makes a directory file with so many users, a tree over them, and messages.
 void MakeDirectory(const std::string& path, int users, int messages);
 
 /// Login names of users in the file, one in `every`, in no order.

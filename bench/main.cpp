@@ -1,9 +1,9 @@
 #include "basefun/QVBaseFun.h"
-#include "bench/ByHand.h"
+#include "bench/Cases.h"
 #include "bench/PeakMemory.h"
+#include "bench/RelationCases.h"
 #include "bench/Report.h"
 #include "bench/TestData.h"
-#include "dbaccess/CAConnect.h"
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "directory/HumanItem.h"
@@ -24,12 +24,14 @@ namespace {
 constexpr int kManyUsers = 1'000'000;
 constexpr int kManyMessages = 1'000'000;
 constexpr int kListedRecords = 100'000;
+constexpr int kTenThousand = 10'000;
 constexpr int kSavedRecords = 10'000;
 constexpr int kFew = 1'000;
 constexpr int kOneNameIn = 97;
 constexpr int kRepetitions = 11;
+constexpr int kLongRepetitions = 3;
 
-const std::vector<Pair> kPairs = {
+const std::vector<Pair> kUserPairs = {
     {"user id by login name, of 10^6", "lookup/hand", "lookup/quorvel", 1.10},
     {"login name taken?, of 10^6", "exists/hand", "exists/quorvel", 1.10},
     {"list of 10^6 users, 3 arrays", "list3/hand", "list3/quorvel", 1.00},
@@ -46,32 +48,9 @@ struct Files {
     TemporaryFolder folder;
     std::string many = folder.File("many.db");       // 10^6 users and messages
     std::string records = folder.File("records.db"); // 10^5 users
-    std::string few = folder.File("few.db");         // 10^3 users and messages
+    std::string tenThousand = folder.File("tenthousand.db");
+    std::string few = folder.File("few.db"); // 10^3 users and messages
 };
-
-/// One file, opened by both sides.
-struct Directory {
-    explicit Directory(const std::string& path) : hand(path) { conn.Open(("sqlite:" + path).c_str()); }
-
-    ByHand hand;
-    CAConnect conn;
-};
-
-void Require(bool ok)
-{
-    if (!ok) {
-        throw std::runtime_error(CQVBaseFun::m_strLastError.GetString());
-    }
-}
-
-void RequireCount(std::size_t count, int expected)
-{
-    if (count != static_cast<std::size_t>(expected)) {
-        throw std::runtime_error("a list has " + std::to_string(count) + " rows");
-    }
-}
-
-void RequireCount(int count, int expected) { RequireCount(static_cast<std::size_t>(count), expected); }
 
 /// Whether the command line's filter takes a name in.
 bool IsWanted(const char* name)
@@ -151,22 +130,6 @@ std::vector<Peak> MeasurePeaks(const std::string& path)
 }
 
 // ---- Cases -------------------------------------------------------------------------------------------------------
-
-/// Registers a benchmark of `work(i)`, where i counts the calls from 0.
-template <class Work>
-benchmark::internal::Benchmark* Register(const char* name, Work work)
-{
-    return benchmark::RegisterBenchmark(name, [work](benchmark::State& state) {
-        std::size_t call = 0;
-        try {
-            for (auto _ : state) {
-                work(call++);
-            }
-        } catch (const std::exception& e) {
-            state.SkipWithError(e.what());
-        }
-    });
-}
 
 void RegisterLookups(Directory& many, const std::vector<std::string>& names)
 {
@@ -259,13 +222,22 @@ std::vector<Record> RecordsToSave()
     return records;
 }
 
+std::vector<Pair> AllPairs()
+{
+    std::vector<Pair> pairs = kUserPairs;
+    const std::vector<Pair> relations = RelationPairs(kListedRecords);
+    pairs.insert(pairs.end(), relations.begin(), relations.end());
+    return pairs;
+}
+
 void RunAll()
 {
     const Files files;
-    std::fprintf(stderr, "making test data (some 400 MB, removed at the end)...\n");
+    std::fprintf(stderr, "making test data (some 500 MB, removed at the end)...\n");
     InChild([&files] {
         MakeDirectory(files.many, kManyUsers, kManyMessages);
         MakeDirectory(files.records, kListedRecords, kFew);
+        MakeDirectory(files.tenThousand, kTenThousand, kFew);
         MakeDirectory(files.few, kFew, kFew);
     });
     const std::vector<Peak> peaks = MeasurePeaks(files.many);
@@ -275,6 +247,7 @@ void RunAll()
 
     Directory many(files.many);
     Directory records(files.records);
+    Directory tenThousand(files.tenThousand);
     Directory few(files.few);
     const std::vector<std::string> names = SomeLoginNames(files.many, kOneNameIn);
     const std::vector<Record> toSave = RecordsToSave();
@@ -283,8 +256,12 @@ void RunAll()
     RegisterRecords(records);
     RegisterSaves(few, toSave);
     RegisterOldest(many, few);
+    RegisterRelationsByHand(records, Tree(kListedRecords));
+    RegisterRelations(tenThousand, Tree(kTenThousand), 0);
+    RegisterRelations(records, Tree(kListedRecords), 0);
+    RegisterRelations(many, Tree(kManyUsers), kLongRepetitions);
 
-    PairReporter reporter(kPairs);
+    PairReporter reporter(AllPairs(), RelationGrowths({kTenThousand, kListedRecords, kManyUsers}));
     std::fprintf(stderr, "running...\n");
     benchmark::RunSpecifiedBenchmarks(&reporter);
 }

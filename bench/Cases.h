@@ -1,0 +1,58 @@
+#pragma once
+
+#include "basefun/QVBaseFun.h"
+#include "bench/ByHand.h"
+#include "dbaccess/CAConnect.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <exception>
+#include <stdexcept>
+#include <string>
+
+namespace bench {
+
+/// One file, opened by both sides.
+struct Directory {
+    explicit Directory(const std::string& path) : hand(path) { conn.Open(("sqlite:" + path).c_str()); }
+
+    ByHand hand;
+    CAConnect conn;
+};
+
+/// @throws std::runtime_error with the module's last error when a call did not do what it should.
+inline void Require(bool ok)
+{
+    if (!ok) {
+        throw std::runtime_error(CQVBaseFun::m_strLastError.GetString());
+    }
+}
+
+/// @throws std::runtime_error when a list is longer or shorter than it should be.
+inline void RequireCount(std::size_t count, int expected)
+{
+    if (count != static_cast<std::size_t>(expected)) {
+        throw std::runtime_error("a list has " + std::to_string(count) + " rows");
+    }
+}
+
+inline void RequireCount(int count, int expected) { RequireCount(static_cast<std::size_t>(count), expected); }
+
+/// Registers a benchmark of `work(i)`, where i counts the calls from 0.
+template <class Work>
+benchmark::internal::Benchmark* Register(const std::string& name, Work work)
+{
+    return benchmark::RegisterBenchmark(name.c_str(), [work](benchmark::State& state) {
+        std::size_t call = 0;
+        try {
+            for (auto _ : state) {
+                work(call++);
+            }
+        } catch (const std::exception& e) {
+            state.SkipWithError(e.what());
+        }
+    });
+}
+
+} // namespace bench
