@@ -277,6 +277,93 @@ public:
     /// @param key  as it is. Where the present key is empty a row is added, also beside one that holds it.
     static bool SetEncryptKey(CAConnect& conn, CString key);
 
+    // ---- Item rights ---------------------------------------------------------------------------------------------
+    // A right is the power that an item has on a function, which two texts name: its genre and its name. Texts enter
+    // all statements on rights as they are. Nothing keeps two rows of one right apart: callers ask first.
+
+    static bool InsertItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName, int power,
+                              int unPower);
+    /// Sets the power alone. True also when there is no such right.
+    static bool UpdateItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName, int power);
+    static bool DeleteItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName);
+    /// Deletes every right of the item; what it holds with respect to other items stays.
+    static bool DeleteItemAce(CAConnect& conn, int itemID, int itemType);
+    /// @param exists  false when there is no such right.
+    static bool ExistItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName,
+                             bool& exists);
+    /// @param power  of the first such row; as it was when there is none.
+    static bool LoadItemAceInfo(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName,
+                                int& power);
+    /// The item's rights of a genre, unordered. Powers stand as 32 bits without a sign.
+    static bool LoadItemAceInfo(CAConnect& conn, int itemID, int itemType, CString funGenre, CStringArray& funNames,
+                                CUIntArray& powers);
+
+    // ---- Item rights with respect to a second item ---------------------------------------------------------------
+
+    static bool InsertBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType,
+                                 CString funGenre, CString funName, int power, int unPower);
+    /// Sets both powers. True also when there is no such right.
+    static bool UpdateBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType,
+                                 CString funGenre, CString funName, int power, int unPower);
+    static bool DeleteBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType,
+                                 CString funGenre, CString funName);
+    /// Deletes the right on the second item from every holder.
+    static bool DeleteBIIAceInfo(CAConnect& conn, int dItemID, int dItemType, CString funGenre, CString funName);
+    /// @param exists  false when there is no such right.
+    static bool ExistBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType, CString funGenre,
+                                CString funName, bool& exists);
+    /// @param power  of the first such row, 0 when there is none.
+    static bool GetBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType, CString funGenre,
+                              CString funName, int& power);
+    /// The items that hold the right on the second item with a power of exactly 1, unordered. The name comes before the
+    /// genre here, and nowhere else.
+    static bool LoadBIIAceInfo(CAConnect& conn, int dItemID, int dItemType, CString funName, CString funGenre,
+                               CUIntArray& itemIDs, CUIntArray& itemTypes);
+
+    // ---- Effective rights ----------------------------------------------------------------------------------------
+    // What a user may do is what his roles may: the linked ones of this system and the default role. Rights of the user
+    // himself and of his groups do not count. All but the first return false, besides the usual, when no role could be
+    // read; the preset output stands then. For a limit that preset means unlimited, so false is no denial.
+
+    /// The condition that finds the rows of a user's roles, one term each and " OR " between them.
+    /// @param filter  empty when not even the default role could be read.
+    static bool GetHMRoleQueryParam(CAConnect& conn, int userID, CString& filter);
+    /// @param allowed  whether a role's power has bit 1; false until read.
+    static bool GetAfficheACE(CAConnect& conn, int userID, CString funGenre, CString funName, bool& allowed);
+    /// @param mask  32 bits. @param has  1 when a role's power shares a bit with the mask, else 0.
+    static bool HaveBaseACE(CAConnect& conn, int userID, CString funGenre, CString funName, unsigned long mask,
+                            int& has);
+    /// @param rights  the bits of all roles' powers together, within 32 bits; 0 until read.
+    static bool GetHMBaseACE(CAConnect& conn, int userID, CString funGenre, CString funName, unsigned long& rights);
+    /// @param allowed  whether the power in the first row that the engine returns has bit 8; no other row counts, as
+    /// callers know it.
+    static bool GetACEGuestUser(CAConnect& conn, int userID, CString funGenre, CString funName, bool& allowed);
+    /// @param limit  -1, for unlimited, when no role has the right or one role has it with -1; else the largest of the
+    /// roles' powers. The next two are the same rule for other limits.
+    static bool GetAttachmentSizeACE(CAConnect& conn, int userID, CString funGenre, CString funName, int& limit);
+    static bool GetMultiSendCountACE(CAConnect& conn, int userID, CString funGenre, CString funName, int& limit);
+    static bool GetRateLimitACE(CAConnect& conn, int userID, CString funGenre, CString funName, int& limit);
+    /// The views on which one of the roles holds the right with a power of exactly 1, each once, unordered.
+    static bool LoadHMRoleView(CAConnect& conn, int userID, CString funGenre, CString funName, CUIntArray& viewIDs);
+
+    // ---- Object rights -------------------------------------------------------------------------------------------
+    // The right of an item on an object outside the directory: a class id and an object id name it. CTabBIOAceItem adds
+    // one.
+
+    /// The rights on an object's function, of every genre, by holder type. Powers stand as 32 bits without a sign.
+    static bool LoadTabBIOAceInfo(CAConnect& conn, int classID, int objID, CString funName, CUIntArray& ids,
+                                  CUIntArray& itemTypes, CUIntArray& itemIDs, CStringArray& itemNames,
+                                  CUIntArray& powers);
+    /// @param id  of the first such right, 0 when there is none.
+    static bool ExistTabBIOAceItem(CAConnect& conn, int classID, int objID, int itemID, int itemType, CString funName,
+                                   CString funGenre, int& id);
+    /// Whether anyone has a right on the object's function, of any genre. @param exists  false when nobody has.
+    static bool ExistTabBIOAce(CAConnect& conn, int classID, int objID, CString funName, CString unused, bool& exists);
+    /// The outputs have no presets: they stay as they are when there is no such right.
+    static bool LoadACEInfo(CAConnect& conn, int id, int& itemType, CString& itemName, int& power);
+    static bool UpdateTabBIOAceInfo(CAConnect& conn, int id, int power, int unPower);
+    static bool DeleteTabBIOAceItem(CAConnect& conn, int id);
+
     // ---- Settings: numbers ---------------------------------------------------------------------------------------
     // A missing row, and a text that does not begin with a number, read as 0; a number keeps its 32 bits.
 

@@ -39,6 +39,19 @@ void Fetch(CARecordset& row, long column, COleDateTime& out)
 
 } // namespace detail
 
+__int64 ReadCount(const CAConnect& conn, CARecordset& row, long column)
+{
+    constexpr int countsIn64Bits = 6;
+    __int64 wide = 0;
+    int narrow = 0;
+    if (conn.m_nDBType == countsIn64Bits) {
+        row.GetValue(column, wide);
+    } else {
+        row.GetValue(column, narrow);
+    }
+    return wide + narrow;
+}
+
 bool TestExists(CAConnect& conn, const CString& sql, bool& found, SourceLocation at)
 {
     CARecordset rs;

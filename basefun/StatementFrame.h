@@ -72,11 +72,11 @@ inline void Fetch(CARecordset& row, long column, CUIntArray& out)
 }
 inline void Fetch(CARecordset& row, long column, CStringArray& out) { out.Add(row.GetValueToStr(column, true)); }
 
-enum class Take { first, all };
+enum class Next : bool { stop, go_on };
 
-/// The one walk of all reads.
+/// The one walk of all reads. @param row  reads a row and says whether the next one is wanted.
 template <class Row>
-bool Walk(CAConnect& conn, const CString& sql, Take take, Row row, OnError policy, SourceLocation at)
+bool Walk(CAConnect& conn, const CString& sql, Row row, OnError policy, SourceLocation at)
 {
     CARecordset rs;
     return Guarded(conn, sql, policy, at, [&] {
@@ -84,8 +84,7 @@ bool Walk(CAConnect& conn, const CString& sql, Take take, Row row, OnError polic
             return false;
         }
         for (rs.MoveFirst(); rs.IsEOF() == 0; rs.MoveNext()) {
-            row(rs);
-            if (take == Take::first) {
+            if (row(rs) == Next::stop) {
                 break;
             }
         }
@@ -106,6 +105,9 @@ auto Columns(Out&... out)
     };
 }
 
+/// A column that counts rows: 64 bits wide where the engine kind is 6, an int on all others. @return 0 for a NULL.
+__int64 ReadCount(const CAConnect& conn, CARecordset& row, long column);
+
 /// Notes that there is a row; `found` must be preset to false.
 inline auto Found(bool& found)
 {
@@ -117,7 +119,11 @@ template <class Row>
 bool ReadFirst(CAConnect& conn, const CString& sql, Row row, OnError policy = OnError::keep_and_notify,
                SourceLocation at = SourceLocation::current())
 {
-    return detail::Walk(conn, sql, detail::Take::first, row, policy, at);
+    const auto read = [&](CARecordset& rs) {
+        row(rs);
+        return detail::Next::stop;
+    };
+    return detail::Walk(conn, sql, read, policy, at);
 }
 
 /// Reads the first row. @return true only when there was one.
@@ -129,8 +135,9 @@ bool FindFirst(CAConnect& conn, const CString& sql, Row row, OnError policy = On
     const auto read = [&](CARecordset& rs) {
         row(rs);
         found = true;
+        return detail::Next::stop;
     };
-    return detail::Walk(conn, sql, detail::Take::first, read, policy, at) && found;
+    return detail::Walk(conn, sql, read, policy, at) && found;
 }
 
 /// Reads the first row, if there is one, without looking at whether the statement opened: on a connection that is not
@@ -159,7 +166,20 @@ template <class Row>
 bool ReadEach(CAConnect& conn, const CString& sql, Row row, OnError policy = OnError::keep_and_notify,
               SourceLocation at = SourceLocation::current())
 {
-    return detail::Walk(conn, sql, detail::Take::all, row, policy, at);
+    const auto read = [&](CARecordset& rs) {
+        row(rs);
+        return detail::Next::go_on;
+    };
+    return detail::Walk(conn, sql, read, policy, at);
+}
+
+/// Reads rows until `row` finds what it looks for and returns true. @return whether the statement ran.
+template <class Row>
+bool ReadUntil(CAConnect& conn, const CString& sql, Row row, OnError policy = OnError::keep_and_notify,
+               SourceLocation at = SourceLocation::current())
+{
+    const auto read = [&](CARecordset& rs) { return row(rs) ? detail::Next::stop : detail::Next::go_on; };
+    return detail::Walk(conn, sql, read, policy, at);
 }
 
 /// Reads columns 1, 2, ... of a row into members of a record, in their order.
@@ -207,8 +227,9 @@ bool ReadObjects(CAConnect& conn, const CString& sql, CObList& list, Fill fill,
         fill(row, *record);
         list.AddTail(record.get());
         static_cast<void>(record.release());
+        return detail::Next::go_on;
     };
-    return detail::Walk(conn, sql, detail::Take::all, append, policy, at);
+    return detail::Walk(conn, sql, append, policy, at);
 }
 
 /// Executes one statement; what it returns is not looked at. @return whether nothing was raised.

@@ -92,20 +92,10 @@ bool CQVBaseFun::UpdateDefaultSysView(CAConnect& conn, CString name)
 
 bool CQVBaseFun::HasNoSysView(CAConnect& conn, bool& flag)
 {
-    constexpr int countsIn64Bits = 6;
     flag = false;
     const CString sql = FormatSql("SELECT COUNT(*) AS COL_COUNT FROM qv_View WHERE Col_Type = %d", kSystemView);
-    return frame::ReadFirst(conn, sql, [&](CARecordset& row) {
-        int count = 0;
-        __int64 wideCount = 0;
-        if (conn.m_nDBType == countsIn64Bits) {
-            row.GetValue(1, wideCount);
-        } else {
-            row.GetValue(1, count);
-        }
-        // True when there is one, against the operation's name: callers ask it so.
-        flag = count > 0 || wideCount > 0;
-    });
+    // True when there is one, against the operation's name: callers ask it so.
+    return frame::ReadFirst(conn, sql, [&](CARecordset& row) { flag = frame::ReadCount(conn, row, 1) > 0; });
 }
 
 bool CQVBaseFun::GetSysViewCount(CAConnect& conn, int& count)
