@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
+#include <string_view>
 
 namespace bench {
 
@@ -313,6 +314,100 @@ void ByHand::StampView(int holder, int holderType, int view)
                                              view, holder, holderType, id, kItemTypeUser);
             Step(Prepare(sql.data(), static_cast<std::size_t>(length)).get());
         }
+    }
+}
+
+// ---- Effective rights --------------------------------------------------------------------------------------------
+
+std::string ByHand::RoleFilter(int user)
+{
+    std::array<char, 512> sql;
+    const int length = std::snprintf(
+        sql.data(), sql.size(),
+        "SELECT qv_Role.Col_ID, qv_Role.Col_Name, qv_Role.Col_Description FROM qv_Role,qv_Relation WHERE "
+        "qv_Role.Col_ID = qv_Relation.Col_QvItemID AND qv_Relation.Col_QvItemType = %d AND qv_Relation.Col_DQvItemID = "
+        "%d AND qv_Relation.Col_DQvItemType = %d AND qv_Role.Col_AppName = 'Tolvan'",
+        kItemTypeRole, user, kItemTypeUser);
+    std::string filter;
+    const auto append = [&filter](int role) {
+        std::array<char, 64> term;
+        const int size = std::snprintf(term.data(), term.size(), "%s( Col_QvItemID = %d AND Col_QvItemType = %d )",
+                                       filter.empty() ? "" : " OR ", role, kItemTypeRole);
+        filter.append(term.data(), static_cast<std::size_t>(size));
+    };
+    const Statement linked = Prepare(sql.data(), static_cast<std::size_t>(length));
+    while (Step(linked.get())) {
+        append(sqlite3_column_int(linked.get(), 0));
+    }
+    constexpr std::string_view ofEveryUser =
+        "SELECT Col_ID FROM qv_Role WHERE Col_Name = 'everyone' AND Col_AppName = 'Tolvan' ";
+    const Statement everyone = Prepare(ofEveryUser.data(), ofEveryUser.size());
+    append(Step(everyone.get()) ? sqlite3_column_int(everyone.get(), 0) : 0);
+    return filter;
+}
+
+ByHand::Statement ByHand::PreparePowers(int user, const char* genre, const std::string& function)
+{
+    const std::string filter = RoleFilter(user);
+    std::array<char, 1024> sql;
+    const int length =
+        std::snprintf(sql.data(), sql.size(),
+                      "SELECT Col_Power FROM qv_ItemAce WHERE Col_FunGenre = '%s' AND Col_FunName = '%s' AND ( %s )",
+                      genre, function.c_str(), filter.c_str());
+    return Prepare(sql.data(), static_cast<std::size_t>(length));
+}
+
+bool ByHand::HasBit(int user, const char* genre, const std::string& function, unsigned bit)
+{
+    const Statement statement = PreparePowers(user, genre, function);
+    while (Step(statement.get())) {
+        if ((static_cast<unsigned>(sqlite3_column_int(statement.get(), 0)) & bit) != 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool ByHand::FirstHasBit(int user, const char* genre, const std::string& function, unsigned bit)
+{
+    const Statement statement = PreparePowers(user, genre, function);
+    return Step(statement.get()) && (static_cast<unsigned>(sqlite3_column_int(statement.get(), 0)) & bit) != 0;
+}
+
+unsigned ByHand::BitsOf(int user, const char* genre, const std::string& function)
+{
+    const Statement statement = PreparePowers(user, genre, function);
+    unsigned bits = 0;
+    while (Step(statement.get())) {
+        bits |= static_cast<unsigned>(sqlite3_column_int(statement.get(), 0));
+    }
+    return bits;
+}
+
+int ByHand::LimitOf(int user, const char* genre, const std::string& function)
+{
+    const std::string filter = RoleFilter(user);
+    std::array<char, 1024> sql;
+    const int length = std::snprintf(sql.data(), sql.size(),
+                                     "SELECT COUNT(*), MAX(Col_Power), MIN(Col_Power) FROM qv_ItemAce WHERE "
+                                     "Col_FunGenre = '%s' AND Col_FunName = '%s' AND ( %s )",
+                                     genre, function.c_str(), filter.c_str());
+    const Statement statement = Prepare(sql.data(), static_cast<std::size_t>(length));
+    const bool found = Step(statement.get()) && sqlite3_column_int(statement.get(), 0) != 0;
+    return found && sqlite3_column_int(statement.get(), 2) != -1 ? sqlite3_column_int(statement.get(), 1) : -1;
+}
+
+void ByHand::ListViewsOf(int user, const char* genre, const char* function, std::vector<unsigned>& views)
+{
+    const std::string filter = RoleFilter(user);
+    std::array<char, 1024> sql;
+    const int length = std::snprintf(sql.data(), sql.size(),
+                                     "SELECT DISTINCT Col_DQvItemID FROM qv_BIIAce WHERE Col_DQvItemType = %d AND "
+                                     "Col_FunName = '%s' AND Col_FunGenre = '%s' AND Col_Power = %d AND ( %s )",
+                                     kItemTypeView, function, genre, 1, filter.c_str());
+    const Statement statement = Prepare(sql.data(), static_cast<std::size_t>(length));
+    while (Step(statement.get())) {
+        AppendNumber(views, statement.get(), 0);
     }
 }
 

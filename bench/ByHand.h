@@ -42,6 +42,16 @@ public:
     void ListMembers(int holder, int holderType, std::vector<unsigned>& ids, std::vector<unsigned>& types);
     /// Writes a view's id to the links of all users at every depth below an item.
     void StampView(int holder, int holderType, int view);
+    /// Whether a right of the user's roles has the bit; the first that has it ends the search.
+    bool HasBit(int user, const char* genre, const std::string& function, unsigned bit);
+    /// Whether the first right of the user's roles has the bit.
+    bool FirstHasBit(int user, const char* genre, const std::string& function, unsigned bit);
+    /// The bits of all rights of the user's roles.
+    unsigned BitsOf(int user, const char* genre, const std::string& function);
+    /// The largest limit of the user's roles; -1 for none.
+    int LimitOf(int user, const char* genre, const std::string& function);
+    /// The views that the user's roles may see.
+    void ListViewsOf(int user, const char* genre, const char* function, std::vector<unsigned>& views);
     /// For many rows at once: a statement to bind values to.
     sqlite3_stmt* PrepareFor(const char* sql);
 
@@ -56,6 +66,8 @@ private:
 
     Statement Prepare(const char* sql, std::size_t length);
     bool Step(sqlite3_stmt* statement);
+    std::string RoleFilter(int user);
+    Statement PreparePowers(int user, const char* genre, const std::string& function);
     void ListNames(const Statement& statement, std::vector<unsigned>& ids, std::vector<std::string>& loginNames,
                    std::vector<std::string>& names);
 

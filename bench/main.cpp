@@ -3,6 +3,8 @@
 #include "bench/PeakMemory.h"
 #include "bench/RelationCases.h"
 #include "bench/Report.h"
+#include "bench/RightCases.h"
+#include "bench/RoleRights.h"
 #include "bench/TestData.h"
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
@@ -227,6 +229,8 @@ std::vector<Pair> AllPairs()
     std::vector<Pair> pairs = kUserPairs;
     const std::vector<Pair> relations = RelationPairs(kListedRecords);
     pairs.insert(pairs.end(), relations.begin(), relations.end());
+    const std::vector<Pair> rights = RightPairs();
+    pairs.insert(pairs.end(), rights.begin(), rights.end());
     return pairs;
 }
 
@@ -237,6 +241,10 @@ void RunAll()
     InChild([&files] {
         MakeDirectory(files.many, kManyUsers, kManyMessages);
         MakeDirectory(files.records, kListedRecords, kFew);
+        ByHand records(files.records);
+        records.Run("BEGIN");
+        RoleRights(kListedRecords).Insert(records);
+        records.Run("COMMIT");
         MakeDirectory(files.tenThousand, kTenThousand, kFew);
         MakeDirectory(files.few, kFew, kFew);
     });
@@ -260,6 +268,7 @@ void RunAll()
     RegisterRelations(tenThousand, Tree(kTenThousand), 0);
     RegisterRelations(records, Tree(kListedRecords), 0);
     RegisterRelations(many, Tree(kManyUsers), kLongRepetitions);
+    RegisterRights(records, RoleRights(kListedRecords));
 
     PairReporter reporter(AllPairs(), RelationGrowths({kTenThousand, kListedRecords, kManyUsers}));
     std::fprintf(stderr, "running...\n");
