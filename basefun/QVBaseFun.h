@@ -409,6 +409,185 @@ public:
     static bool UpdateTabConfigValue(CAConnect& conn, CString name, CString value);
     static bool DeleteTabConfigValue(CAConnect& conn, CString name, CString genre);
 
+    // ---- Document roots ------------------------------------------------------------------------------------------
+    // A root is a named storage area; roots are looked up by name and type. Texts enter all statements of the document
+    // catalogue as they are. Lists are unordered; their dates are texts, empty where the table has none.
+
+    /// All roots. @param created  days: 2013-05-07.
+    static bool LoadDocRootInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& paths,
+                                CStringArray& created, CUIntArray& types);
+    /// The roots of a type. @param created  with the time of day: 2013-05-07 09:03:00. @param styles  32 bits.
+    static bool LoadDocRootInfo(CAConnect& conn, int type, CUIntArray& ids, CStringArray& names, CStringArray& paths,
+                                CStringArray& created, CUIntArray& styles);
+    /// The roots of types 1 and 2. @param created  days.
+    static bool LoadDocRootInfoEx(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& paths,
+                                  CStringArray& created, CUIntArray& types);
+    static bool LoadDocRootInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, CUIntArray& types);
+    static bool LoadDocRootInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, int type);
+    /// @param exists  false when there is no such root.
+    static bool ExistDocRootItem(CAConnect& conn, CString name, int type, bool& exists);
+    /// @param id  0 when there is no such root; in the next one too, which is the same under another name.
+    static bool GetDRItemIDByName(CAConnect& conn, CString name, int type, int& id);
+    static bool GetDocRootID(CAConnect& conn, CString name, int type, int& id);
+    /// @param path  empty, and @param style  0, when there is no such root. The style has 32 bits.
+    static bool GetDocRootInfo(CAConnect& conn, CString name, int type, CString& path, unsigned long& style);
+    /// @param result  true when there IS a root of type 1, against the operation's name; callers know it so.
+    static bool HasNoDefCorpDocRoot(CAConnect& conn, bool& result);
+    /// @param path  backslashes are doubled on engine kind 6.
+    static bool UpdateDocRoot(CAConnect& conn, int id, CString name, CString path, int style);
+    /// Deletes the root's own row; its links, the folders under it and rights on it stay. So do the next two.
+    static bool DeleteDRItem(CAConnect& conn, int id);
+    static bool DeleteDocRoot(CAConnect& conn, int id);
+    static bool DeleteDocRoot(CAConnect& conn, CString name, int type);
+    /// Deletes the links of an object under a root.
+    static bool DeleteDocRootLink(CAConnect& conn, int parentId, int classId, int objectId);
+
+    // ---- Folders of documents ------------------------------------------------------------------------------------
+    // Links place a folder, named by class 105 and its id, under roots and under folders, also under several.
+
+    /// The highest id of all folders, which another caller's new folder may have. @param id  0 when there is none.
+    static bool GetMaxIDFromDocVFolder(CAConnect& conn, int& id);
+    /// Whether a folder of exactly this name stands directly under a root. @param exists  false when none does.
+    static bool ExistFolderInRootLink(CAConnect& conn, CString name, int rootId, bool& exists);
+    /// The same under a folder.
+    static bool ExistFolderInVFolderLink(CAConnect& conn, CString name, int parentFolderId, bool& exists);
+    /// The folders directly under a root, unordered.
+    static bool LoadDocRootFolder(CAConnect& conn, int rootId, CStringArray& names, CUIntArray& ids);
+    /// The folders directly under a folder, unordered.
+    static bool LoadFolderSubFolder(CAConnect& conn, int parentFolderId, CStringArray& names, CUIntArray& ids);
+    /// @param name  empty, and @param created  empty, when there is no such folder; created is 2013-05-07 09:03:00.
+    static bool GetFolerInfo(CAConnect& conn, int id, CString& name, CString& created);
+    /// @param style  32 bits.
+    static bool UpdateFolderStyle(CAConnect& conn, int id, unsigned long style);
+    static bool UpdateFolderName(CAConnect& conn, int id, CString name);
+    /// Deletes the folder's own row; its links stay.
+    static bool DeleteDocVFolder(CAConnect& conn, int id);
+    /// Deletes the links of an object under a folder.
+    static bool DeleteDocVFolderLink(CAConnect& conn, int parentFolderId, int classId, int objectId);
+
+    // ---- Backup plans --------------------------------------------------------------------------------------------
+
+    /// All plans, unordered.
+    static bool LoadFileBackPlan(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& descriptions);
+    static bool LoadFileBackPlan(CAConnect& conn, CUIntArray& ids, CStringArray& names);
+    /// @param data  a plan's settings; as it was when there is no such plan.
+    static bool GetFileBackPlanInfo(CAConnect& conn, int id, CString& data);
+    /// @param id  as it was when there is no such plan.
+    static bool GetBackupPlanID(CAConnect& conn, CString name, int& id);
+    /// @param exists  whether there is a plan of this name with an id above 0. @return always true, also after a
+    /// failure.
+    static bool ExistBackupPlan(CAConnect& conn, CString name, bool& exists);
+    static bool InsertBackupPlanInfo(CAConnect& conn, CString name, CString description, CString data);
+    static bool UpdateBackupPlanInfo(CAConnect& conn, int id, CString name, CString description, CString data);
+    /// Deletes the plan's own row; its assignments stay.
+    static bool DeleteBackupPlan(CAConnect& conn, int id);
+    /// Deletes an assignment. @param id  its own, not the plan's.
+    static bool DeleteBackupRel(CAConnect& conn, int id);
+    /// The plans whose ids are those of the item's assignment rows, by chance as it were; callers know it so. The next
+    /// one lists the plans that are assigned to the item. Both take the id before the type, against the others.
+    static bool LoadItemFileBackPlanInfo(CAConnect& conn, int itemId, int itemType, CUIntArray& planIds,
+                                         CStringArray& planNames);
+    static bool LoadItemFileBackPlanInfo(CAConnect& conn, int itemId, int itemType, CUIntArray& planIds,
+                                         CStringArray& planNames, CStringArray& planDescriptions);
+    /// @param exists  false when the plan is not assigned to the item.
+    static bool ExistItemFileBackPlanRel(CAConnect& conn, int itemType, int itemId, int planId, bool& exists);
+    /// Assigns a plan to an item; nothing keeps it from being assigned already.
+    static bool InsertFileBackPlan(CAConnect& conn, int itemType, int itemId, int planId);
+    static bool DeleteFileBackPlan(CAConnect& conn, int itemType, int itemId, int planId);
+    /// Assigns a plan to a group, to the groups below it at every depth and to the users in them, one row for each
+    /// membership. Stops at the first failure; what is done stays done. Nothing guards against a cycle of groups, in
+    /// the next one neither.
+    static bool InsertGroupFileBackPlan(CAConnect& conn, int groupId, int planId);
+    /// Takes a plan from a group and from those who are below it now.
+    static bool DeleteGroupFileBackPlan(CAConnect& conn, int groupId, int planId);
+
+    // ---- Document log --------------------------------------------------------------------------------------------
+
+    /// Notes what happened to an object. @param type  the kind of event, a word.
+    static bool InsertDocLog(CAConnect& conn, int classId, int objectId, CString content, CString type, int creatorId,
+                             CString creatorName);
+
+    // ---- Messages and login log ----------------------------------------------------------------------------------
+
+    /// Deletes the messages up to a date, and then every attachment and receipt that has no message. Stops at the first
+    /// failure; what is deleted stays deleted. @param date  as the next one takes it.
+    static bool ClearMsgData(CAConnect& conn, CString date);
+    /// @param date  YYYY-MM-DD or YYYY-MM-DD HH:MM:SS; messages of that very moment are deleted too. Any other text is
+    /// an error, reported as the engine's are, and deletes nothing.
+    static bool DeleteMsgData(CAConnect& conn, CString date);
+    static bool DeleteAttachNoMsg(CAConnect& conn);
+    static bool DeleteRecvNoMsg(CAConnect& conn);
+    /// The date of the oldest message. @param text  without effect. @param minDate  set only when that date is before
+    /// it, so that callers pass a later one, such as now; its status stays.
+    static bool GetMinDate(CAConnect& conn, CString text, COleDateTime& minDate);
+    static bool DeleteLoginLogItem(CAConnect& conn, int id);
+
+    // ---- Add-ins -------------------------------------------------------------------------------------------------
+    // Texts enter the statements on add-ins and packages as they are, but for an add-in's data: quotes are doubled in
+    // it, and on engine kind 6 backslashes.
+
+    /// Adds an add-in, which is switched on.
+    static bool InsertAddInInfo(CAConnect& conn, CString name, CString data, int addInType, bool isPublic, CString desc,
+                                CString packageName, int index);
+    /// @param id  0 when there is no such add-in.
+    static bool ExistAddInInfo(CAConnect& conn, CString name, int addInType, int& id);
+    static bool ExistAddInItem(CAConnect& conn, int addInType, CString name, CString packageName, int& id);
+    static bool UpdateAddInInfo(CAConnect& conn, CString name, int addInType, CString data, CString desc);
+    static bool UpdateAddInInfo(CAConnect& conn, int id, CString data, CString desc);
+    /// @param data  as it was when there is no such add-in.
+    static bool GetAddInInfo(CAConnect& conn, CString name, int addInType, CString& data);
+    /// All add-ins, the highest index first.
+    static bool LoadKelAddIn(CAConnect& conn, CUIntArray& ids, CUIntArray& types, CStringArray& names,
+                             CUIntArray& disabled, CUIntArray& isPublic, CStringArray& descs,
+                             CStringArray& packageNames);
+    /// @param disabled  true switches the add-in OFF, against the operation's name; callers know it so. Only read.
+    static bool EnableAddInItem(CAConnect& conn, int id, bool& disabled);
+    static bool DeleteAddInItem(CAConnect& conn, int id);
+    /// Deletes every add-in of a package.
+    static bool DeleteAddIn(CAConnect& conn, CString packageName);
+    /// @param index  0 when there is no add-in.
+    static bool GetAddInItemMaxIndex(CAConnect& conn, int& index);
+    static bool GetAddInItemIndex(CAConnect& conn, int id, int& index);
+    static bool UpdateAddInItemIndex(CAConnect& conn, int id, int index);
+
+    // ---- Packages ------------------------------------------------------------------------------------------------
+
+    /// All packages, unordered; their versions are texts here.
+    static bool LoadAddInPackageInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& versions,
+                                     CStringArray& descs, CUIntArray& disabled);
+    /// @param id, version  0 when there is no such package.
+    static bool GetPackageInfo(CAConnect& conn, CString name, int& id, int& version);
+    /// @param modifyTime  as the engine takes a date between quotes.
+    static bool UpdatePackageInfo(CAConnect& conn, CString modifyTime, int version, CString desc, int id);
+    /// Adds a package. @param id  the highest of all packages then, whether the engine took this one or not; as it was
+    /// when there is none. @return whether the highest id was read; a refused package shows in m_strLastError alone.
+    static bool InsertPackageInfo(CAConnect& conn, CString name, CString modifyTime, int version, CString desc,
+                                  int& id);
+    /// Deletes the package's own row; its add-ins stay.
+    static bool DeletePackage(CAConnect& conn, int id);
+
+    // ---- Bulletin board ------------------------------------------------------------------------------------------
+    // Ids of notices are texts, and enter as they are. Dates are texts, 2013-05-07 09:03:00. The reads are true also on
+    // a connection that is not open.
+
+    /// All notices, the newest first. The subjects come before the creators.
+    static bool LoadBulletinInfo(CAConnect& conn, CStringArray& ids, CStringArray& subjects, CStringArray& creators,
+                                 CStringArray& times);
+    /// @param content  as it was when there is no such notice.
+    static bool GetBulletinContent(CAConnect& conn, CString boardID, CString& content);
+    static bool LoadBulletinAttachments(CAConnect& conn, CString boardID, CStringArray& fileNames);
+    /// The replies to a notice, the oldest first.
+    static bool LoadBulletinReplyInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& creators,
+                                      CStringArray& times, CStringArray& contents);
+    /// Who has read a notice, the earliest first. @param items  the readers, as the table has them.
+    static bool LoadBulletinVisiterInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& items,
+                                        CStringArray& itemNames, CStringArray& times, CUIntArray& readFlags);
+    /// Each of the four deletes one kind of row; a notice goes with all four.
+    static bool DeleteBulletinItem(CAConnect& conn, CString boardID);
+    static bool DeleteBulletinAttach(CAConnect& conn, CString boardID);
+    static bool DeleteBulletinReply(CAConnect& conn, CString boardID);
+    static bool DeleteBulletinVisiter(CAConnect& conn, CString boardID);
+
     // ---- Record lists --------------------------------------------------------------------------------------------
 
     /// Deletes every record of a list and empties it; null entries are skipped. For lists of any record class.

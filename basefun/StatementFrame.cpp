@@ -2,10 +2,11 @@
 
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CACommFun.h"
-#include "dbaccess/CAConnect.h"
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CAException.h"
 
+#include <array>
+#include <string_view>
 #include <utility>
 
 namespace frame {
@@ -37,7 +38,40 @@ void Fetch(CARecordset& row, long column, COleDateTime& out)
     }
 }
 
+CString FetchDateText(CARecordset& row, long column, const char* format)
+{
+    CADateTime value;
+    if (!row.GetValue(column, value)) {
+        return {};
+    }
+    if (format != nullptr) {
+        return value.GetOleDateTime().Format(format);
+    }
+    std::array<char, 20> text;
+    const auto write = [&text](std::size_t at, std::size_t digits, int number) {
+        while (digits > 0) {
+            text[at + --digits] = static_cast<char>('0' + number % 10);
+            number /= 10;
+        }
+    };
+    text = {"0000-00-00 00:00:00"};
+    write(0, 4, value.GetYear());
+    write(5, 2, value.GetMonth());
+    write(8, 2, value.GetDay());
+    write(11, 2, value.GetHour());
+    write(14, 2, value.GetMinute());
+    write(17, 2, value.GetSecond());
+    return CString(std::string_view(text.data(), text.size() - 1));
+}
+
 } // namespace detail
+
+void TakeValue(COleDateTime& date, const COleDateTime& from)
+{
+    const COleDateTime::DateTimeStatus status = date.GetStatus();
+    date = from;
+    date.SetStatus(status);
+}
 
 __int64 ReadCount(const CAConnect& conn, CARecordset& row, long column)
 {

@@ -2,6 +2,7 @@
 
 #include "basefun/SourceLocation.h"
 #include "basefun/SqlText.h"
+#include "dbaccess/CAConnect.h"
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CObList.h"
@@ -15,9 +16,8 @@
 #include <initializer_list>
 #include <memory>
 #include <tuple>
+#include <utility>
 #include <variant>
-
-class CAConnect;
 
 // How every operation runs its statement: the only place in the module that opens a result, executes a statement or
 // catches CAException. An operation is a shape, its statement, and what to do with a row.
@@ -62,6 +62,7 @@ auto Guarded(CAConnect& conn, const CString& sql, OnError policy, SourceLocation
 inline void Fetch(CARecordset& row, long column, int& out) { row.GetValue(column, out); }
 inline void Fetch(CARecordset& row, long column, bool& out) { row.GetValue(column, out); }
 inline void Fetch(CARecordset& row, long column, __int64& out) { row.GetValue(column, out); }
+inline void Fetch(CARecordset& row, long column, unsigned long& out) { row.GetValue(column, out); }
 inline void Fetch(CARecordset& row, long column, CString& out) { row.GetValue(column, out, true); }
 void Fetch(CARecordset& row, long column, COleDateTime& out);
 inline void Fetch(CARecordset& row, long column, CUIntArray& out)
@@ -72,15 +73,35 @@ inline void Fetch(CARecordset& row, long column, CUIntArray& out)
 }
 inline void Fetch(CARecordset& row, long column, CStringArray& out) { out.Add(row.GetValueToStr(column, true)); }
 
+/// A date that goes out as text: to a text, or to the end of an array.
+template <class Out>
+struct DateOut {
+    Out& out;
+    const char* format; // null: date and time
+};
+CString FetchDateText(CARecordset& row, long column, const char* format);
+inline void Fetch(CARecordset& row, long column, DateOut<CStringArray>& date)
+{
+    date.out.Add(FetchDateText(row, column, date.format));
+}
+inline void Fetch(CARecordset& row, long column, DateOut<CString>& date)
+{
+    date.out = FetchDateText(row, column, date.format);
+}
+
 enum class Next : bool { stop, go_on };
+
+/// What a read makes of a connection that is not open.
+enum class Unopened : bool { fails, has_no_rows };
 
 /// The one walk of all reads. @param row  reads a row and says whether the next one is wanted.
 template <class Row>
-bool Walk(CAConnect& conn, const CString& sql, Row row, OnError policy, SourceLocation at)
+bool Walk(CAConnect& conn, const CString& sql, Row row, OnError policy, SourceLocation at,
+          Unopened unopened = Unopened::fails)
 {
     CARecordset rs;
     return Guarded(conn, sql, policy, at, [&] {
-        if (!OpenResult(rs, sql, conn)) {
+        if (!OpenResult(rs, sql, conn) && unopened == Unopened::fails) {
             return false;
         }
         for (rs.MoveFirst(); rs.IsEOF() == 0; rs.MoveNext()) {
@@ -94,16 +115,34 @@ bool Walk(CAConnect& conn, const CString& sql, Row row, OnError policy, SourceLo
 
 } // namespace detail
 
+/// A date column as text. A NULL is the empty text. @param out  a text, or an array. @param format  as
+/// COleDateTime::Format takes it.
+template <class Out>
+detail::DateOut<Out> AsDate(Out& out, const char* format)
+{
+    return {out, format};
+}
+
+/// A date column as YYYY-MM-DD HH:MM:SS, the year always with four digits; quick enough for long lists.
+template <class Out>
+detail::DateOut<Out> AsDateAndTime(Out& out)
+{
+    return {out, nullptr};
+}
+
 /// Reads columns 1, 2, ... of a row into the outputs in their order; an array gets one element more. A NULL leaves an
 /// output as it was and appends 0 or the empty text to an array.
 template <class... Out>
-auto Columns(Out&... out)
+auto Columns(Out&&... out)
 {
-    return [&out...](CARecordset& row) {
+    return [outputs = std::tuple<Out...>(std::forward<Out>(out)...)](CARecordset& row) mutable {
         long column = 0;
-        (detail::Fetch(row, ++column, out), ...);
+        std::apply([&](auto&... each) { (detail::Fetch(row, ++column, each), ...); }, outputs);
     };
 }
+
+/// Gives a date another date's value; its status stays.
+void TakeValue(COleDateTime& date, const COleDateTime& from);
 
 /// A column that counts rows: 64 bits wide where the engine kind is 6, an int on all others. @return 0 for a NULL.
 __int64 ReadCount(const CAConnect& conn, CARecordset& row, long column);
@@ -145,15 +184,11 @@ bool FindFirst(CAConnect& conn, const CString& sql, Row row, OnError policy = On
 template <class Row>
 bool ReadFirstRegardless(CAConnect& conn, const CString& sql, Row row, SourceLocation at = SourceLocation::current())
 {
-    CARecordset rs;
-    return detail::Guarded(conn, sql, OnError::keep_and_notify, at, [&] {
-        static_cast<void>(detail::OpenResult(rs, sql, conn));
-        rs.MoveFirst();
-        if (rs.IsEOF() == 0) {
-            row(rs);
-        }
-        return true;
-    });
+    const auto read = [&](CARecordset& rs) {
+        row(rs);
+        return detail::Next::stop;
+    };
+    return detail::Walk(conn, sql, read, OnError::keep_and_notify, at, detail::Unopened::has_no_rows);
 }
 
 /// Tells by `found` whether there is a row; `found` must be preset to true. Column 1 is then read and thrown away, row
@@ -171,6 +206,17 @@ bool ReadEach(CAConnect& conn, const CString& sql, Row row, OnError policy = OnE
         return detail::Next::go_on;
     };
     return detail::Walk(conn, sql, read, policy, at);
+}
+
+/// Reads every row without looking at whether the statement opened, as ReadFirstRegardless does.
+template <class Row>
+bool ReadEachRegardless(CAConnect& conn, const CString& sql, Row row, SourceLocation at = SourceLocation::current())
+{
+    const auto read = [&](CARecordset& rs) {
+        row(rs);
+        return detail::Next::go_on;
+    };
+    return detail::Walk(conn, sql, read, OnError::keep_and_notify, at, detail::Unopened::has_no_rows);
 }
 
 /// Reads rows until `row` finds what it looks for and returns true. @return whether the statement ran.
@@ -235,6 +281,19 @@ bool ReadObjects(CAConnect& conn, const CString& sql, CObList& list, Fill fill,
 /// Executes one statement; what it returns is not looked at. @return whether nothing was raised.
 bool Execute(CAConnect& conn, const CString& sql, OnError policy = OnError::keep_and_notify,
              SourceLocation at = SourceLocation::current());
+
+/// Executes the statement that `build()` makes; an error on the way there is reported like one of the statement,
+/// without its text. @return whether nothing was raised.
+template <class Build>
+bool ExecuteBuilt(CAConnect& conn, Build build, SourceLocation at = SourceLocation::current())
+{
+    CString sql;
+    return detail::Guarded(conn, sql, OnError::keep_and_notify, at, [&] {
+        sql = build();
+        conn.Execute(sql);
+        return true;
+    });
+}
 
 /// Executes one statement. @return what CAConnect::Execute returns; 0 after an error.
 int ExecuteCounted(CAConnect& conn, const CString& sql, SourceLocation at = SourceLocation::current());

@@ -202,6 +202,92 @@ TEST_F(StatementFrame, TellsFoundByARowAloneAndReadsOnInBothCases)
     EXPECT_FALSE(found);
 }
 
+TEST_F(StatementFrame, ReadsUntilARowIsTheOneLookedFor)
+{
+    Reply rows = Rows({{"1"}, {"2"}, {"3"}});
+    rows.raiseAtRow = 2;
+    m_database.Answer(rows);
+    int rowsRead = 0;
+    EXPECT_TRUE(frame::ReadUntil(m_conn, "S", [&](CARecordset& row) {
+        ++rowsRead;
+        int number = 0;
+        row.GetValue(1, number);
+        return number == 2;
+    }));
+    EXPECT_EQ(rowsRead, 2);
+    EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+}
+
+TEST_F(StatementFrame, GoesOnWithoutRowsWhereAReadDoesNotAskWhetherItOpened)
+{
+    const auto never = [](CARecordset&) { ADD_FAILURE(); };
+    m_database.GoAway();
+    EXPECT_TRUE(frame::ReadFirstRegardless(m_conn, "S", never));
+    EXPECT_TRUE(frame::ReadEachRegardless(m_conn, "S", never));
+    EXPECT_FALSE(frame::ReadEach(m_conn, "S", never));
+    EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+}
+
+TEST_F(StatementFrame, ReportsWhatGoesWrongBeforeThereIsAStatementWithoutOne)
+{
+    const auto build = []() -> CString { throw CAException("no such date"); };
+    const unsigned line = SourceLocation::current().line() + 1;
+    EXPECT_FALSE(frame::ExecuteBuilt(m_conn, build));
+    EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "no such date"));
+    EXPECT_THAT(m_watch.messages, SizeIs(1));
+    EXPECT_THAT(m_database.executions, IsEmpty());
+
+    m_database.Answer(Raise("refused"));
+    EXPECT_FALSE(frame::ExecuteBuilt(m_conn, [] { return CString("DELETE"); }));
+    EXPECT_THAT(ErrorWatch::Text(), testing::EndsWith("refused [Script 1]: DELETE"));
+    EXPECT_TRUE(frame::ExecuteBuilt(m_conn, [] { return CString("DELETE"); }));
+    EXPECT_THAT(m_database.executions, ElementsAre("DELETE", "DELETE"));
+}
+
+TEST_F(StatementFrame, WritesDatesAsTexts)
+{
+    m_database.Answer(Rows({{"2013-05-07 09:03:00", "2013-05-07 09:03:00", "0987-06-05", "0987-06-05"},
+                            {std::nullopt, "no date", std::nullopt, "no date"}}));
+    CStringArray days;
+    CStringArray times;
+    CString day = "old";
+    CString time = "old";
+    EXPECT_TRUE(frame::ReadEach(m_conn, "S",
+                                Columns(frame::AsDate(days, "%d.%m.%Y"), frame::AsDateAndTime(times),
+                                        frame::AsDate(day, "%d.%m."), frame::AsDateAndTime(time))));
+    EXPECT_THAT(std::vector<std::string>(days.begin(), days.end()), ElementsAre("07.05.2013", ""));
+    EXPECT_THAT(std::vector<std::string>(times.begin(), times.end()), ElementsAre("2013-05-07 09:03:00", ""));
+    EXPECT_STREQ(day, "");
+    EXPECT_STREQ(time, "");
+
+    m_database.Answer(Rows({{"0987-06-05", "0987-06-05"}}));
+    EXPECT_TRUE(frame::ReadFirst(m_conn, "S", Columns(frame::AsDate(day, "%d.%m."), frame::AsDateAndTime(time))));
+    EXPECT_STREQ(day, "05.06.");
+    EXPECT_STREQ(time, "0987-06-05 00:00:00");
+}
+
+TEST_F(StatementFrame, TakesADatesValueAndLeavesTheStatus)
+{
+    COleDateTime date(2000, 1, 1, 0, 0, 0);
+    date.SetStatus(COleDateTime::null);
+    frame::TakeValue(date, COleDateTime(2013, 5, 7, 9, 3, 0));
+    EXPECT_EQ(date.GetStatus(), COleDateTime::null);
+    date.SetStatus(COleDateTime::valid);
+    EXPECT_EQ(date, COleDateTime(2013, 5, 7, 9, 3, 0));
+}
+
+TEST_F(StatementFrame, CountsIn64BitsOnKindSixAlone)
+{
+    for (const int kind : {0, 1, 3, 6}) {
+        m_conn.m_nDBType = kind;
+        m_database.Answer(Rows({{"4294967297"}, {std::nullopt}}));
+        std::vector<__int64> counts;
+        EXPECT_TRUE(frame::ReadEach(m_conn, "S",
+                                    [&](CARecordset& row) { counts.push_back(frame::ReadCount(m_conn, row, 1)); }));
+        EXPECT_THAT(counts, ElementsAre(kind == 6 ? 4294967297 : 1, 0)) << kind;
+    }
+}
+
 TEST_F(StatementFrame, FreesTheRecordOfARowThatFails)
 {
     Reply reply;

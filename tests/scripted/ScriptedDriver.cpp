@@ -65,7 +65,7 @@ public:
     [[nodiscard]] CString DateLiteral(const dbaccess::Date& date) const override
     {
         CString literal;
-        literal.Format("<%d-%d-%d>", date.year, date.month, date.day);
+        literal.Format("<%d-%d-%d %d:%d:%d>", date.year, date.month, date.day, date.hour, date.minute, date.second);
         return literal;
     }
     [[nodiscard]] CString EscapeText(const CString& text) const override { return text; }

@@ -1,0 +1,5 @@
+#include "admin/BulletinItem.h"
+
+CBulletinItem::CBulletinItem() = default;
+
+CBulletinItem::~CBulletinItem() = default;

@@ -1,0 +1,70 @@
+#include "basefun/QVBaseFun.h"
+#include "basefun/SqlText.h"
+#include "basefun/StatementFrame.h"
+
+using frame::AsDateAndTime;
+using frame::Columns;
+
+// ---- Bulletin board ----------------------------------------------------------------------------------------------
+// No read looks at whether its statement opened.
+
+bool CQVBaseFun::LoadBulletinInfo(CAConnect& conn, CStringArray& ids, CStringArray& subjects, CStringArray& creators,
+                                  CStringArray& times)
+{
+    // The columns come in another order than the caller's arrays.
+    return frame::ReadEachRegardless(conn,
+                                     "SELECT Col_ID, Col_Creator_Name, Col_Subject, Col_Dt_Create FROM Kel_Board "
+                                     "ORDER BY Col_Dt_Create DESC",
+                                     Columns(ids, creators, subjects, AsDateAndTime(times)));
+}
+
+bool CQVBaseFun::GetBulletinContent(CAConnect& conn, CString boardID, CString& content)
+{
+    return frame::ReadFirstRegardless(conn, FormatSql("SELECT Col_Content FROM Kel_Board WHERE Col_ID = '%s'", boardID),
+                                      Columns(content));
+}
+
+bool CQVBaseFun::LoadBulletinAttachments(CAConnect& conn, CString boardID, CStringArray& fileNames)
+{
+    return frame::ReadEachRegardless(
+        conn, FormatSql("SELECT Col_FileName FROM Kel_Board_Attach WHERE Col_BoardID = '%s'", boardID),
+        Columns(fileNames));
+}
+
+bool CQVBaseFun::LoadBulletinReplyInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& creators,
+                                       CStringArray& times, CStringArray& contents)
+{
+    const CString sql = FormatSql("SELECT Col_ID, Col_Creator_Name, Col_Dt_Create, Col_Content FROM Kel_Board_Revert "
+                                  "WHERE Col_BoardID = '%s' ORDER BY Col_Dt_Create",
+                                  boardID);
+    return frame::ReadEachRegardless(conn, sql, Columns(ids, creators, AsDateAndTime(times), contents));
+}
+
+bool CQVBaseFun::LoadBulletinVisiterInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& items,
+                                         CStringArray& itemNames, CStringArray& times, CUIntArray& readFlags)
+{
+    const CString sql = FormatSql("SELECT Col_ID, Col_QvItem, Col_QvItem_Name, Col_Dt_Readed, Col_Readed FROM "
+                                  "Kel_Board_Visiter WHERE Col_BoardID = '%s' ORDER BY Col_Dt_Readed",
+                                  boardID);
+    return frame::ReadEachRegardless(conn, sql, Columns(ids, items, itemNames, AsDateAndTime(times), readFlags));
+}
+
+bool CQVBaseFun::DeleteBulletinItem(CAConnect& conn, CString boardID)
+{
+    return frame::Execute(conn, FormatSql("DELETE FROM Kel_Board WHERE Col_ID = '%s'", boardID));
+}
+
+bool CQVBaseFun::DeleteBulletinAttach(CAConnect& conn, CString boardID)
+{
+    return frame::Execute(conn, FormatSql("DELETE FROM Kel_Board_Attach WHERE Col_BoardID = '%s'", boardID));
+}
+
+bool CQVBaseFun::DeleteBulletinReply(CAConnect& conn, CString boardID)
+{
+    return frame::Execute(conn, FormatSql("DELETE FROM Kel_Board_Revert WHERE Col_BoardID = '%s'", boardID));
+}
+
+bool CQVBaseFun::DeleteBulletinVisiter(CAConnect& conn, CString boardID)
+{
+    return frame::Execute(conn, FormatSql("DELETE FROM Kel_Board_Visiter WHERE Col_BoardID = '%s'", boardID));
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/Api.h"
+#include "platform/CObject.h"
+#include "platform/COleDateTime.h"
+#include "platform/CString.h"
+
+class CAConnect;
+
+/// One row of Tab_Doc_VFolder: a folder that exists in the catalogue only. Link rows place it under roots and folders.
+///
+/// A plain value. Texts enter statements as they are: a quote breaks them.
+class QV_API CDocFolderItem : public CObject {
+public:
+    /// Texts empty, numbers 0, no sub-items, created now (local time).
+    CDocFolderItem();
+    ~CDocFolderItem() override;
+
+    /// Adds this folder; the new id is not read back (CQVBaseFun::GetMaxIDFromDocVFolder tells the highest).
+    /// @return whether nothing was raised; an error's text is dropped.
+    bool SaveData(CAConnect& conn);
+
+    int m_nID = 0;
+    CString m_strName;
+    int m_nStyle = 0;
+    bool m_bHaveSubItem = false;
+    int m_nGClassID = 0; ///< class and id of an object that belongs to the folder
+    int m_nGObjID = 0;
+    int m_nCreatorID = 0;
+    CString m_strCreatorName;
+    COleDateTime m_dtCreate;
+};

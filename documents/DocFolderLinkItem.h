@@ -1,0 +1,20 @@
+#pragma once
+
+#include "documents/DocLink.h"
+#include "platform/Api.h"
+#include "platform/CObject.h"
+
+class CAConnect;
+
+/// One row of Tab_Doc_VFolder_Link: an object under a folder.
+///
+/// A plain value. Texts enter statements as they are: a quote breaks them.
+class QV_API CDocFolderLinkItem : public CObject, public DocLink {
+public:
+    CDocFolderLinkItem();
+    ~CDocFolderLinkItem() override;
+
+    /// Adds this link; nothing keeps an equal one from being there already. The new id is not read back.
+    /// @return whether nothing was raised; an error's text is dropped.
+    bool SaveData(CAConnect& conn);
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "basefun/SqlText.h"
+#include "platform/CString.h"
+
+/// What a link holds, under a document root as under a folder: the object of a class and id that stands under a parent,
+/// and how it is shown there. All texts empty and all numbers 0 at first.
+struct DocLink {
+    int m_nID = 0;
+    CString m_strDispName;
+    int m_nStyle = 0;
+    int m_nHaveSubItem = 0;
+    int m_nPObjID = 0;   ///< the parent's id
+    int m_nSClassID = 0; ///< the child's class and id
+    int m_nSObjID = 0;
+    bool m_bIsRef = false;
+    int m_nRelType = 0;
+    int m_nAce = 0;
+    int m_nCreatorID = 0;
+    CString m_strCreatorName;
+    CString m_strNote;
+    int m_nOrder = 0;
+};
+
+/// The statement that adds a link. @param sql  takes the members but the id, in their order.
+inline CString FormatLink(SqlText<CString, int, int, int, int, int, bool, int, int, int, CString, CString, int> sql,
+                          const DocLink& link)
+{
+    return FormatSql<CString, int, int, int, int, int, bool, int, int, int, CString, CString, int>(
+        sql, link.m_strDispName, link.m_nStyle, link.m_nHaveSubItem, link.m_nPObjID, link.m_nSClassID, link.m_nSObjID,
+        link.m_bIsRef, link.m_nRelType, link.m_nAce, link.m_nCreatorID, link.m_strCreatorName, link.m_strNote,
+        link.m_nOrder);
+}

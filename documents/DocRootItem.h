@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Api.h"
+#include "platform/CObject.h"
+#include "platform/COleDateTime.h"
+#include "platform/CString.h"
+
+class CAConnect;
+
+/// One row of Tab_Doc_Root: a named storage area of the document server. Names are looked up together with the type.
+///
+/// A plain value. Texts enter statements as they are: a quote breaks them. Errors drop their text.
+class QV_API CDocRootItem : public CObject {
+public:
+    /// Texts empty, numbers 0, no sub-items, created now (local time).
+    CDocRootItem();
+    ~CDocRootItem() override;
+
+    /// Adds this root; the new id is not read back (CQVBaseFun::GetDocRootID finds it). On engine kind 6 backslashes
+    /// are doubled in the data path, in the record itself, which keeps it so.
+    /// @return whether nothing was raised.
+    bool SaveData(CAConnect& conn);
+    /// Reads the root of m_nID into all other members, which stay as they are when there is none. Of the creation time
+    /// the value is taken and not the status. @return whether the statement ran.
+    bool LoadData(CAConnect& conn);
+    /// Writes all members but the creation time over the root of m_nID. The data path enters as it is on every engine.
+    /// @return whether nothing was raised.
+    bool UpdateData(CAConnect& conn);
+
+    int m_nID = 0;
+    CString m_strName;
+    CString m_strDesc;
+    CString m_strDataPath;
+    COleDateTime m_dtCreate;
+    int m_nMaxSize = 0;
+    int m_nUsedSize = 0;
+    CString m_strDispName;
+    bool m_bHaveSubItem = false;
+    int m_nType = 0;
+    unsigned long m_ulStyle = 0; ///< 32 bits
+    int m_nOwnerID = 0;
+};
