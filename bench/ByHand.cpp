@@ -317,6 +317,53 @@ void ByHand::StampView(int holder, int holderType, int view)
     }
 }
 
+// ---- Folders, replies, messages ----------------------------------------------------------------------------------
+
+void ByHand::ListSubFolders(int parent, std::vector<std::string>& names, std::vector<unsigned>& ids)
+{
+    std::array<char, 512> sql;
+    const int length = std::snprintf(
+        sql.data(), sql.size(),
+        "SELECT Tab_Doc_VFolder.Col_ID, Tab_Doc_VFolder.Col_Name FROM Tab_Doc_VFolder, Tab_Doc_VFolder_Link WHERE "
+        "Tab_Doc_VFolder_Link.Col_P_ObjID = %d AND Tab_Doc_VFolder_Link.Col_S_ClassID = %d AND "
+        "Tab_Doc_VFolder_Link.Col_S_ObjID = Tab_Doc_VFolder.Col_ID",
+        parent, 105);
+    const Statement statement = Prepare(sql.data(), static_cast<std::size_t>(length));
+    while (Step(statement.get())) {
+        AppendNumber(ids, statement.get(), 0);
+        AppendText(names, statement.get(), 1);
+    }
+}
+
+void ByHand::ListReplies(const std::string& notice, std::vector<unsigned>& ids, std::vector<std::string>& creators,
+                         std::vector<std::string>& times, std::vector<std::string>& contents)
+{
+    std::array<char, 512> sql;
+    const int length =
+        std::snprintf(sql.data(), sql.size(),
+                      "SELECT Col_ID, Col_Creator_Name, Col_Dt_Create, Col_Content FROM Kel_Board_Revert "
+                      "WHERE Col_BoardID = '%s' ORDER BY Col_Dt_Create",
+                      notice.c_str());
+    const Statement statement = Prepare(sql.data(), static_cast<std::size_t>(length));
+    while (Step(statement.get())) {
+        AppendNumber(ids, statement.get(), 0);
+        AppendText(creators, statement.get(), 1);
+        AppendText(times, statement.get(), 2);
+        AppendText(contents, statement.get(), 3);
+    }
+}
+
+void ByHand::Purge(const char* date)
+{
+    std::array<char, 512> sql;
+    std::snprintf(sql.data(), sql.size(), "DELETE FROM kel_Msg WHERE kel_Msg.Col_SendDate <= '%s' ", date);
+    Run(sql.data());
+    Run("DELETE FROM kel_Msg_AttachMent WHERE ( (SELECT COUNT(*) FROM kel_Msg WHERE kel_Msg_AttachMent.Col_MsgID = "
+        "kel_Msg.Col_ID ) = 0 )");
+    Run("DELETE FROM kel_Msg_Rece WHERE ( (SELECT COUNT(*) FROM kel_Msg WHERE kel_Msg_Rece.Col_MsgID = kel_Msg.Col_ID) "
+        "= 0 )");
+}
+
 // ---- Effective rights --------------------------------------------------------------------------------------------
 
 std::string ByHand::RoleFilter(int user)

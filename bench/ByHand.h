@@ -42,6 +42,13 @@ public:
     void ListMembers(int holder, int holderType, std::vector<unsigned>& ids, std::vector<unsigned>& types);
     /// Writes a view's id to the links of all users at every depth below an item.
     void StampView(int holder, int holderType, int view);
+    /// The folders directly under a folder.
+    void ListSubFolders(int parent, std::vector<std::string>& names, std::vector<unsigned>& ids);
+    /// The replies to a notice, the oldest first. Their times are copied as the table has them.
+    void ListReplies(const std::string& notice, std::vector<unsigned>& ids, std::vector<std::string>& creators,
+                     std::vector<std::string>& times, std::vector<std::string>& contents);
+    /// Deletes the messages up to a date, then the attachments and receipts that have no message.
+    void Purge(const char* date);
     /// Whether a right of the user's roles has the bit; the first that has it ends the search.
     bool HasBit(int user, const char* genre, const std::string& function, unsigned bit);
     /// Whether the first right of the user's roles has the bit.

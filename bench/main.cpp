@@ -5,9 +5,10 @@
 #include "bench/Report.h"
 #include "bench/RightCases.h"
 #include "bench/RoleRights.h"
+#include "bench/ServerCases.h"
+#include "bench/ServerData.h"
 #include "bench/TestData.h"
 #include "dbaccess/CAException.h"
-#include "dbaccess/CARecordset.h"
 #include "directory/HumanItem.h"
 
 #include <benchmark/benchmark.h>
@@ -52,6 +53,8 @@ struct Files {
     std::string records = folder.File("records.db"); // 10^5 users
     std::string tenThousand = folder.File("tenthousand.db");
     std::string few = folder.File("few.db"); // 10^3 users and messages
+    std::string shelves = folder.File("shelves.db");
+    std::string mails[3] = {folder.File("mail4.db"), folder.File("mail5.db"), folder.File("mail6.db")};
 };
 
 /// Whether the command line's filter takes a name in.
@@ -197,20 +200,17 @@ void RegisterSaves(Directory& few, const std::vector<Record>& records)
     })->Iterations(1);
 }
 
-CString OldestMessage(CAConnect& conn)
+void RequireOldest(CAConnect& conn)
 {
-    CARecordset rs;
-    Require(rs.Open("SELECT Col_SendDate FROM kel_Msg ORDER BY Col_SendDate", &conn, adbcCursorStatic,
-                    adbcLockOptimistic, adbcCommandTable));
-    rs.MoveFirst();
-    return rs.GetValueToStr(1, true);
+    COleDateTime date(9999, 12, 31, 0, 0, 0);
+    Require(CQVBaseFun::GetMinDate(conn, "", date) && date.GetYear() < 9999);
 }
 
 void RegisterOldest(Directory& many, Directory& few)
 {
     Register("oldest/hand", [&](std::size_t) { Require(!many.hand.OldestMessage().empty()); });
-    Register("oldest/quorvel", [&](std::size_t) { Require(!OldestMessage(many.conn).IsEmpty()); });
-    Register("oldest_of_few/quorvel", [&](std::size_t) { Require(!OldestMessage(few.conn).IsEmpty()); });
+    Register("oldest/quorvel", [&](std::size_t) { RequireOldest(many.conn); });
+    Register("oldest_of_few/quorvel", [&](std::size_t) { RequireOldest(few.conn); });
 }
 
 std::vector<Record> RecordsToSave()
@@ -231,13 +231,24 @@ std::vector<Pair> AllPairs()
     pairs.insert(pairs.end(), relations.begin(), relations.end());
     const std::vector<Pair> rights = RightPairs();
     pairs.insert(pairs.end(), rights.begin(), rights.end());
+    const std::vector<Pair> server = ServerPairs(kListedRecords);
+    pairs.insert(pairs.end(), server.begin(), server.end());
     return pairs;
+}
+
+std::vector<Growth> AllGrowths()
+{
+    const std::vector<int> sizes = {kTenThousand, kListedRecords, kManyUsers};
+    std::vector<Growth> growths = RelationGrowths(sizes);
+    const std::vector<Growth> purges = PurgeGrowths(sizes);
+    growths.insert(growths.end(), purges.begin(), purges.end());
+    return growths;
 }
 
 void RunAll()
 {
     const Files files;
-    std::fprintf(stderr, "making test data (some 500 MB, removed at the end)...\n");
+    std::fprintf(stderr, "making test data (some 700 MB, removed at the end)...\n");
     InChild([&files] {
         MakeDirectory(files.many, kManyUsers, kManyMessages);
         MakeDirectory(files.records, kListedRecords, kFew);
@@ -247,6 +258,10 @@ void RunAll()
         records.Run("COMMIT");
         MakeDirectory(files.tenThousand, kTenThousand, kFew);
         MakeDirectory(files.few, kFew, kFew);
+        MakeShelves(files.shelves);
+        MakeMail(files.mails[0], kTenThousand);
+        MakeMail(files.mails[1], kListedRecords);
+        MakeMail(files.mails[2], kManyMessages);
     });
     const std::vector<Peak> peaks = MeasurePeaks(files.many);
     if (!peaks.empty()) {
@@ -257,6 +272,10 @@ void RunAll()
     Directory records(files.records);
     Directory tenThousand(files.tenThousand);
     Directory few(files.few);
+    Directory shelves(files.shelves);
+    Directory mail4(files.mails[0]);
+    Directory mail5(files.mails[1]);
+    Directory mail6(files.mails[2]);
     const std::vector<std::string> names = SomeLoginNames(files.many, kOneNameIn);
     const std::vector<Record> toSave = RecordsToSave();
     RegisterLookups(many, names);
@@ -269,8 +288,13 @@ void RunAll()
     RegisterRelations(records, Tree(kListedRecords), 0);
     RegisterRelations(many, Tree(kManyUsers), kLongRepetitions);
     RegisterRights(records, RoleRights(kListedRecords));
+    RegisterShelves(shelves);
+    RegisterPurgeByHand(mail5);
+    RegisterPurge(mail4, kTenThousand, 0);
+    RegisterPurge(mail5, kListedRecords, 0);
+    RegisterPurge(mail6, kManyMessages, kLongRepetitions);
 
-    PairReporter reporter(AllPairs(), RelationGrowths({kTenThousand, kListedRecords, kManyUsers}));
+    PairReporter reporter(AllPairs(), AllGrowths());
     std::fprintf(stderr, "running...\n");
     benchmark::RunSpecifiedBenchmarks(&reporter);
 }

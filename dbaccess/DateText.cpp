@@ -1,6 +1,6 @@
 #include "dbaccess/DateText.h"
 
-#include <charconv>
+#include <algorithm>
 #include <chrono>
 
 namespace dbaccess {
@@ -15,15 +15,21 @@ bool IsReal(const Date& date)
     return date.year >= 1 && date.year <= 9999 && day.ok() && date.hour <= 23 && date.minute <= 59 && date.second <= 59;
 }
 
-// Cuts a number of one to maxDigits digits off the front.
+// Cuts a number of one to maxDigits digits off the front. Written out, since long lists have a date in every row.
 bool TakeNumber(std::string_view& text, std::size_t maxDigits, int& number)
 {
-    const std::string_view digits = text.substr(0, std::min(maxDigits, text.find_first_not_of("0123456789")));
-    if (digits.empty()) {
+    const std::size_t most = std::min(maxDigits, text.size());
+    std::size_t digits = 0;
+    int value = 0;
+    while (digits < most && text[digits] >= '0' && text[digits] <= '9') {
+        value = value * 10 + (text[digits] - '0');
+        ++digits;
+    }
+    if (digits == 0) {
         return false;
     }
-    std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    text.remove_prefix(digits.size());
+    number = value;
+    text.remove_prefix(digits);
     return true;
 }
 
