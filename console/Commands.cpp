@@ -1,9 +1,12 @@
 #include "console/Commands.h"
 
 #include "console/DbCommands.h"
+#include "console/ExplainCommand.h"
 #include "console/GroupCommands.h"
 #include "console/MemberCommands.h"
+#include "console/ObjectRightCommands.h"
 #include "console/PasswordCommands.h"
+#include "console/RightCommands.h"
 #include "console/RoleCommands.h"
 #include "console/SettingCommands.h"
 #include "console/Text.h"
@@ -42,6 +45,13 @@ constexpr Noun kNouns[] = {
     {"member", "who is in which group or view",
      "  qvadmin member list /Company/Sales\n"
      "  qvadmin member add /Company/Sales amy rory"},
+    {"right", "what users, groups, roles and views may do",
+     "  qvadmin right grant role:Editors mail send 1\n"
+     "  qvadmin right matrix Editors Authors\n"
+     "  qvadmin right effective amy"},
+    {"objright", "rights on objects outside the directory",
+     "  qvadmin objright grant user:amy 3 17 docs read 1\n"
+     "  qvadmin objright list 3 17"},
     {"setting", "settings of the server",
      "  qvadmin setting list\n"
      "  qvadmin setting threads --max 64"},
@@ -214,6 +224,71 @@ constexpr Command kCommands[] = {
      &member::DeclareUsers, &member::Remove},
     {"member", "detach", "take a user out of all groups and views; asks first", "  qvadmin member detach amy",
      &member::DeclareDetach, &member::Detach},
+
+    {"right", "list", "the rights of an item by genre and function",
+     "  qvadmin right list role:Editors\n"
+     "  qvadmin right list /Company/Sales --genre mail -o json",
+     &right::DeclareList, &right::List},
+    {"right", "show", "one right, in every row that it has", "  qvadmin right show role:Editors mail send",
+     &right::DeclareOne, &right::Show},
+    {"right", "grant", "give an item a right that it does not have",
+     "  qvadmin right grant role:Editors mail send 1\n"
+     "  qvadmin right grant role:id:17 mail size unlimited\n"
+     "  qvadmin right grant user:amy pages edit 0x1F --unpower 2",
+     &right::DeclareGrant, &right::Grant},
+    {"right", "set", "give a right that is there another power", "  qvadmin right set role:Editors mail size 2048",
+     &right::DeclareSet, &right::Set},
+    {"right", "revoke", "take a right from an item, or, asking first, all of its own",
+     "  qvadmin right revoke role:Editors mail send\n"
+     "  qvadmin right revoke role:Editors --all",
+     &right::DeclareRevoke, &right::Revoke},
+    {"right", "on", "rights of one item on another",
+     "  qvadmin right on list view:Company\n"
+     "  qvadmin right on show role:Editors view:Company pages see\n"
+     "  qvadmin right on grant role:Editors view:Company pages see\n"
+     "  qvadmin right on set role:Editors view:Company pages see 3\n"
+     "  qvadmin right on revoke role:Editors view:Company pages see\n"
+     "  qvadmin right on clear view:Company pages see",
+     &right::DeclareOn, &right::On},
+    {"right", "matrix", "the rights of roles side by side",
+     "  qvadmin right matrix Editors Authors\n"
+     "  qvadmin right matrix id:17 id:18 -o csv",
+     &right::DeclareMatrix, &right::Matrix},
+    {"right", "effective", "what a user may by his roles, as programs work it out",
+     "  qvadmin right effective amy\n"
+     "  qvadmin right effective id:17 -o json",
+     &user::DeclareOne, &right::Effective},
+    {"right", "views", "the views that a user may see by his roles",
+     "  qvadmin right views amy\n"
+     "  qvadmin right views amy pages see",
+     &right::DeclareViews, &right::Views},
+    {"right", "explain", "why a user has a right, or has not: what is found, and which role decides",
+     "  qvadmin right explain amy mail send --bit 1\n"
+     "  qvadmin right explain amy mail send --mask 0x6\n"
+     "  qvadmin right explain amy mail size --limit\n"
+     "  qvadmin right explain amy chat join --guest -o json",
+     &right::DeclareExplain, &right::Explain},
+
+    {"objright", "list", "the rights on an object, or those on one of its functions, by type of holder",
+     "  qvadmin objright list 3 17\n"
+     "  qvadmin objright list 3 17 read -o csv",
+     &objright::DeclareList, &objright::List},
+    {"objright", "show", "everything about a right on an object", "  qvadmin objright show 5 -o json",
+     &objright::DeclareOne, &objright::Show},
+    {"objright", "grant", "give an item a right on an object and print the new id",
+     "  qvadmin objright grant user:amy 3 17 docs read 1\n"
+     "  qvadmin objright grant role:Editors 3 17 docs size unlimited --by rory",
+     &objright::DeclareGrant, &objright::Grant},
+    {"objright", "set", "give a right on an object another power",
+     "  qvadmin objright set 5 0x1F\n"
+     "  qvadmin objright set 5 3 --unpower 1",
+     &objright::DeclareSet, &objright::Set},
+    {"objright", "revoke", "take rights on objects away; asks first",
+     "  qvadmin objright revoke 5\n"
+     "  qvadmin objright revoke 5 6 --yes",
+     &objright::DeclareRevoke, &objright::Revoke},
+    {"objright", "check", "print true or false; ends with 0 or 3", "  qvadmin objright check user:amy 3 17 docs read",
+     &objright::DeclareCheck, &objright::Check},
 
     {"setting", "list", "settings by genre and name",
      "  qvadmin setting list\n"

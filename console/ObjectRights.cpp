@@ -1,0 +1,178 @@
+#include "console/ObjectRights.h"
+
+#include "access/TabBIOAceItem.h"
+#include "basefun/QVBaseFun.h"
+#include "console/Engine.h"
+#include "console/Escape.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
+
+#include <fmt/format.h>
+
+#include <map>
+#include <utility>
+
+namespace console {
+
+namespace {
+
+/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
+template <class Operation>
+void Run(const CAConnect& conn, Operation operation)
+{
+    CQVBaseFun::m_strLastError.Empty();
+    if (!operation()) {
+        throw ModuleError(conn);
+    }
+}
+
+template <class Row>
+void EachRow(CAConnect& conn, const std::string& sql, Row row)
+{
+    Asking(conn, [&] {
+        CARecordset rs;
+        if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
+            throw CAException("the connection is not open");
+        }
+        for (; rs.IsEOF() == 0; rs.MoveNext()) {
+            row(rs);
+        }
+    });
+}
+
+std::string Text(const CString& text) { return std::string(text.View()); }
+
+std::string TextIn(CARecordset& row, long column) { return Text(row.GetValueToStr(column, true)); }
+
+constexpr std::string_view kColumns =
+    "Col_ID, Col_QvItemType, Col_QvItemID, Col_QvItemName, Col_ClassID, Col_ObjID, Col_FunGenre, Col_FunName, "
+    "Col_Power, Col_UnPower, Col_Creator_ID, Col_Creator_Name, Col_Dt_Create";
+
+ObjectRight ReadRight(CARecordset& row)
+{
+    ObjectRight right;
+    long column = 0;
+    row.GetValue(++column, right.id);
+    row.GetValue(++column, right.key.holder.type);
+    row.GetValue(++column, right.key.holder.id);
+    right.holderName = TextIn(row, ++column);
+    row.GetValue(++column, right.key.object.classId);
+    row.GetValue(++column, right.key.object.id);
+    right.key.genre = TextIn(row, ++column);
+    right.key.function = TextIn(row, ++column);
+    row.GetValue(++column, right.power);
+    row.GetValue(++column, right.unpower);
+    row.GetValue(++column, right.creatorId);
+    right.creator = TextIn(row, ++column);
+    CString created;
+    if (row.GetValue(++column, created, true)) {
+        right.created = Text(created);
+    }
+    return right;
+}
+
+std::string OnObject(ObjectKey object)
+{
+    return fmt::format("Col_ClassID = {} AND Col_ObjID = {}", object.classId, object.id);
+}
+
+} // namespace
+
+CString ObjectRights::Whole(std::string_view text) const { return Escaped(m_conn, text); }
+
+std::vector<ObjectRight> ObjectRights::Read(const std::string& condition)
+{
+    std::vector<ObjectRight> rights;
+    EachRow(m_conn,
+            fmt::format("SELECT {} FROM Tab_BIOAce WHERE {} ORDER BY Col_QvItemType, Col_ID", kColumns, condition),
+            [&rights](CARecordset& row) { rights.push_back(ReadRight(row)); });
+    return rights;
+}
+
+std::vector<ObjectRight> ObjectRights::On(ObjectKey object) { return Read(OnObject(object)); }
+
+std::vector<ObjectRight> ObjectRights::On(ObjectKey object, std::string_view function)
+{
+    CUIntArray ids;
+    CUIntArray types;
+    CUIntArray holders;
+    CStringArray names;
+    CUIntArray powers;
+    Run(m_conn, [&] {
+        return CQVBaseFun::LoadTabBIOAceInfo(m_conn, object.classId, object.id, Whole(function), ids, types, holders,
+                                             names, powers);
+    });
+    // The module's list has no genres and nothing about who granted a right.
+    std::map<int, ObjectRight> all;
+    for (ObjectRight& right : On(object)) {
+        all.emplace(right.id, std::move(right));
+    }
+    std::vector<ObjectRight> listed;
+    for (const unsigned int id : ids) {
+        listed.push_back(std::move(all[static_cast<int>(id)]));
+    }
+    return listed;
+}
+
+std::optional<ObjectRight> ObjectRights::Load(int id)
+{
+    const std::vector<ObjectRight> found = Read(fmt::format("Col_ID = {}", id));
+    return found.empty() ? std::nullopt : std::optional(found.front());
+}
+
+std::optional<int> ObjectRights::Find(const ObjectRightKey& key)
+{
+    int id = 0;
+    Run(m_conn, [&] {
+        return CQVBaseFun::ExistTabBIOAceItem(m_conn, key.object.classId, key.object.id, key.holder.id, key.holder.type,
+                                              Whole(key.function), Whole(key.genre), id);
+    });
+    return id == 0 ? std::nullopt : std::optional(id);
+}
+
+void ObjectRights::Save(const ObjectRight& right)
+{
+    CTabBIOAceItem item;
+    item.m_nQvItemID = right.key.holder.id;
+    item.m_nQvItemType = right.key.holder.type;
+    item.m_nClassID = right.key.object.classId;
+    item.m_nObjID = right.key.object.id;
+    item.m_strFunName = Whole(right.key.function);
+    item.m_strFunGenre = Whole(right.key.genre);
+    item.m_nPower = right.power;
+    item.m_nUnPower = right.unpower;
+    // The record doubles the quotes of these two.
+    item.m_strQvItemName = SlashesDoubled(m_conn, right.holderName);
+    item.m_strCreatorName = SlashesDoubled(m_conn, right.creator);
+    item.m_nCreatorID = right.creatorId;
+    if (!item.SaveData(m_conn)) {
+        // The record drops the reason; a write that changes nothing meets the same trouble and tells.
+        Asking(m_conn, [&] { m_conn.Execute("DELETE FROM Tab_BIOAce WHERE 1 = 0"); });
+        throw DatabaseError("the new right on an object, without saying why", !m_conn.IsOpen());
+    }
+}
+
+int ObjectRights::Grant(const ObjectRight& right)
+{
+    Save(right);
+    int id = 0;
+    EachRow(m_conn,
+            fmt::format("SELECT MAX(Col_ID) FROM Tab_BIOAce WHERE {} AND Col_QvItemID = {} AND Col_QvItemType = {} AND "
+                        "Col_FunName = '{}' AND Col_FunGenre = '{}'",
+                        OnObject(right.key.object), right.key.holder.id, right.key.holder.type,
+                        Whole(right.key.function).View(), Whole(right.key.genre).View()),
+            [&id](CARecordset& row) { row.GetValue(1, id); });
+    return id;
+}
+
+void ObjectRights::Set(int id, int power, int unpower)
+{
+    Run(m_conn, [&] { return CQVBaseFun::UpdateTabBIOAceInfo(m_conn, id, power, unpower); });
+}
+
+void ObjectRights::Revoke(int id)
+{
+    Run(m_conn, [&] { return CQVBaseFun::DeleteTabBIOAceItem(m_conn, id); });
+}
+
+} // namespace console
