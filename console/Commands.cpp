@@ -1,11 +1,17 @@
 #include "console/Commands.h"
 
+#include "console/AddInCommands.h"
+#include "console/BoardCommands.h"
 #include "console/DbCommands.h"
+#include "console/DocRootCommands.h"
 #include "console/ExplainCommand.h"
+#include "console/FolderCommands.h"
 #include "console/GroupCommands.h"
 #include "console/MemberCommands.h"
+#include "console/MessageCommands.h"
 #include "console/ObjectRightCommands.h"
 #include "console/PasswordCommands.h"
+#include "console/PlanCommands.h"
 #include "console/RightCommands.h"
 #include "console/RoleCommands.h"
 #include "console/SettingCommands.h"
@@ -52,9 +58,37 @@ constexpr Noun kNouns[] = {
     {"objright", "rights on objects outside the directory",
      "  qvadmin objright grant user:amy 3 17 docs read 1\n"
      "  qvadmin objright list 3 17"},
+    {"docroot", "document roots, the storage areas of the document server",
+     "  qvadmin docroot create Main --path /srv/documents --type 1\n"
+     "  qvadmin docroot list"},
+    {"folder", "virtual folders of documents: tree, create, rename, link, delete",
+     "  qvadmin folder tree\n"
+     "  qvadmin folder create /Main/Contracts/2024 --parents\n"
+     "  qvadmin folder link /Main/Contracts /Archive"},
+    {"plan", "backup plans, and the users and groups that they are assigned to",
+     "  qvadmin plan create Nightly --data-file nightly.txt\n"
+     "  qvadmin plan assign Nightly user:amy group:/Company/Sales\n"
+     "  qvadmin plan of user:amy"},
+    {"doclog", "the log of what happened to documents",
+     "  qvadmin doclog list --class 105 --object 17\n"
+     "  qvadmin doclog add 105 17 moved 'Moved to the archive' --creator amy"},
     {"setting", "settings of the server",
      "  qvadmin setting list\n"
      "  qvadmin setting threads --max 64"},
+    {"message", "stored messages: how many there are, and deleting old ones",
+     "  qvadmin message stats\n"
+     "  qvadmin message purge --before 2020-01-01"},
+    {"loginlog", "the log of who logged in", "  qvadmin loginlog list --limit 20"},
+    {"addin", "add-ins of the server: list, create, change, move, delete",
+     "  qvadmin addin list\n"
+     "  qvadmin addin disable Calendar\n"
+     "  qvadmin addin move Calendar top"},
+    {"package", "packages that add-ins come in",
+     "  qvadmin package list\n"
+     "  qvadmin package install Office --version 3"},
+    {"board", "notices of the bulletin board",
+     "  qvadmin board list\n"
+     "  qvadmin board show 17"},
 };
 
 constexpr Command kCommands[] = {
@@ -290,6 +324,101 @@ constexpr Command kCommands[] = {
     {"objright", "check", "print true or false; ends with 0 or 3", "  qvadmin objright check user:amy 3 17 docs read",
      &objright::DeclareCheck, &objright::Check},
 
+    {"docroot", "list", "document roots by name",
+     "  qvadmin docroot list\n"
+     "  qvadmin docroot list --type 1 -o json",
+     &docroot::DeclareList, &docroot::List},
+    {"docroot", "show", "everything about a document root",
+     "  qvadmin docroot show Main\n"
+     "  qvadmin docroot show id:4 -o json",
+     &docroot::DeclareOne, &docroot::Show},
+    {"docroot", "create", "add a document root and print the new id",
+     "  qvadmin docroot create Main --path /srv/documents --type 1 --max-size 1000000", &docroot::DeclareCreate,
+     &docroot::Create},
+    {"docroot", "set", "change what is given and leave all else",
+     "  qvadmin docroot set Main --path /srv/new\n"
+     "  qvadmin docroot set Main --type 2 --name Archive --owner amy",
+     &docroot::DeclareSet, &docroot::Set},
+    {"docroot", "delete", "delete a document root and its links; asks first",
+     "  qvadmin docroot delete Main\n"
+     "  qvadmin docroot delete id:4 --recursive --yes",
+     &docroot::DeclareDelete, &docroot::Delete},
+    {"docroot", "default", "print whether the company has a document root; ends with 0 or 3",
+     "  qvadmin docroot default", nullptr, &docroot::Default},
+
+    {"folder", "tree", "draw document roots and the folders below them",
+     "  qvadmin folder tree\n"
+     "  qvadmin folder tree Main --depth 2\n"
+     "  qvadmin folder tree /Main/Contracts -o csv",
+     &folder::DeclareTree, &folder::Tree},
+    {"folder", "list", "the folders directly under a document root or folder",
+     "  qvadmin folder list /Main\n"
+     "  qvadmin folder list /Main/Contracts -o csv",
+     &folder::DeclareList, &folder::List},
+    {"folder", "show", "everything about a folder, and where it is linked",
+     "  qvadmin folder show /Main/Contracts\n"
+     "  qvadmin folder show id:17 -o json",
+     &folder::DeclareOne, &folder::Show},
+    {"folder", "create", "add a folder and print the new id",
+     "  qvadmin folder create /Main/Contracts --creator amy\n"
+     "  qvadmin folder create /Main/Contracts/2024/May --parents\n"
+     "  qvadmin folder create '/Main/In\\/Out'",
+     &folder::DeclareCreate, &folder::Create},
+    {"folder", "rename", "give a folder another name", "  qvadmin folder rename /Main/Contracts Agreements",
+     &folder::DeclareRename, &folder::Rename},
+    {"folder", "style", "print a folder's style, or set it",
+     "  qvadmin folder style /Main/Contracts\n"
+     "  qvadmin folder style /Main/Contracts 2",
+     &folder::DeclareStyle, &folder::Style},
+    {"folder", "link", "hang a folder, with all below it, in a further place",
+     "  qvadmin folder link /Main/Contracts /Archive\n"
+     "  qvadmin folder link id:17 root:4",
+     &folder::DeclareLink, &folder::Link},
+    {"folder", "unlink", "take a folder out of one of its places; asks first when no other is left",
+     "  qvadmin folder unlink /Archive/Contracts\n"
+     "  qvadmin folder unlink id:17 --from /Archive",
+     &folder::DeclareUnlink, &folder::Unlink},
+    {"folder", "delete", "delete a folder and its links, wherever it hangs; asks first",
+     "  qvadmin folder delete /Main/Contracts\n"
+     "  qvadmin folder delete id:17 --recursive --yes",
+     &folder::DeclareDelete, &folder::Delete},
+
+    {"plan", "list", "backup plans by name", "  qvadmin plan list -o json", nullptr, &plan::List},
+    {"plan", "show", "everything about a backup plan, and how many users and groups have it",
+     "  qvadmin plan show Nightly\n"
+     "  qvadmin plan show id:3 -o json",
+     &plan::DeclareOne, &plan::Show},
+    {"plan", "create", "add a backup plan and print the new id",
+     "  qvadmin plan create Nightly --description 'Each night' --data-file nightly.txt", &plan::DeclareCreate,
+     &plan::Create},
+    {"plan", "set", "change what is given and leave all else",
+     "  qvadmin plan set Nightly --name Weekly\n"
+     "  qvadmin plan set Nightly --data ''",
+     &plan::DeclareSet, &plan::Set},
+    {"plan", "delete", "delete a backup plan and its assignments; asks first",
+     "  qvadmin plan delete Nightly\n"
+     "  qvadmin plan delete id:3 --yes",
+     &plan::DeclareDelete, &plan::Delete},
+    {"plan", "of", "the backup plans that are assigned to a user or group",
+     "  qvadmin plan of user:amy\n"
+     "  qvadmin plan of group:/Company/Sales",
+     &plan::DeclareOf, &plan::OfItem},
+    {"plan", "assign", "assign a backup plan to users and groups",
+     "  qvadmin plan assign Nightly user:amy user:rory\n"
+     "  qvadmin plan assign Nightly group:/Company/Sales --recursive",
+     &plan::DeclareItems, &plan::Assign},
+    {"plan", "unassign", "take a backup plan from users and groups",
+     "  qvadmin plan unassign Nightly user:amy\n"
+     "  qvadmin plan unassign Nightly group:/Company/Sales --recursive --yes",
+     &plan::DeclareItems, &plan::Unassign},
+
+    {"doclog", "add", "note what happened to an object",
+     "  qvadmin doclog add 105 17 moved 'Moved to the archive' --creator amy", &doclog::DeclareAdd, &doclog::Add},
+    {"doclog", "list", "what is noted, in the order of the table",
+     "  qvadmin doclog list --class 105 --object 17\n"
+     "  qvadmin doclog list --type moved --limit 20 -o csv",
+     &doclog::DeclareList, &doclog::List},
+
     {"setting", "list", "settings by genre and name",
      "  qvadmin setting list\n"
      "  qvadmin setting list --genre KelServerConfig -o json",
@@ -316,6 +445,73 @@ constexpr Command kCommands[] = {
      "  qvadmin setting encryption-key show\n"
      "  qvadmin setting encryption-key set --key-file key.txt",
      &setting::DeclareEncryptionKey, &setting::EncryptionKey},
+
+    {"message", "stats", "how many messages, attachments and receipts there are, and from when",
+     "  qvadmin message stats -o json", nullptr, &message::Stats},
+    {"message", "oldest", "print the date of the oldest message; ends with 3 when there is none",
+     "  qvadmin message oldest", nullptr, &message::Oldest},
+    {"message", "purge", "delete old messages and what belongs to them, in batches; asks first",
+     "  qvadmin message purge --before 2020-01-01\n"
+     "  qvadmin message purge --keep-days 365 --batch 1000 --yes",
+     &message::DeclarePurge, &message::Purge},
+    {"message", "sweep", "delete attachments and receipts whose message is gone; asks first", "  qvadmin message sweep",
+     &message::DeclareSweep, &message::Sweep},
+
+    {"loginlog", "list", "entries of the login log, the latest first",
+     "  qvadmin loginlog list --limit 20\n"
+     "  qvadmin -o csv loginlog list > log.csv",
+     &loginlog::DeclareList, &loginlog::List},
+    {"loginlog", "delete", "delete entries of the login log; asks first", "  qvadmin loginlog delete 17 18 --yes",
+     &loginlog::DeclareDelete, &loginlog::Delete},
+
+    {"addin", "list", "add-ins in their order, the highest index first",
+     "  qvadmin addin list\n"
+     "  qvadmin addin list --package Office --type 2 -o json",
+     &addin::DeclareList, &addin::List},
+    {"addin", "show", "everything about an add-in, its data too",
+     "  qvadmin addin show Calendar\n"
+     "  qvadmin addin show id:17 -o json",
+     &addin::DeclareOne, &addin::Show},
+    {"addin", "create", "add an add-in and print the new id",
+     "  qvadmin addin create Calendar --type 2 --data-file calendar.xml --package Office --public",
+     &addin::DeclareCreate, &addin::Create},
+    {"addin", "set", "change what is given and leave all else",
+     "  qvadmin addin set Calendar --description 'Who is where' --no-public\n"
+     "  qvadmin addin set Calendar --type 2 --data-file calendar.xml",
+     &addin::DeclareSet, &addin::Set},
+    {"addin", "enable", "switch add-ins on", "  qvadmin addin enable Calendar Clock", &addin::DeclareSeveral,
+     &addin::Enable},
+    {"addin", "disable", "switch add-ins off", "  qvadmin addin disable Calendar", &addin::DeclareSeveral,
+     &addin::Disable},
+    {"addin", "move", "move an add-in in the order of all",
+     "  qvadmin addin move Calendar up\n"
+     "  qvadmin addin move id:17 top",
+     &addin::DeclareMove, &addin::Move},
+    {"addin", "delete", "delete add-ins; asks first",
+     "  qvadmin addin delete Calendar\n"
+     "  qvadmin addin delete id:17 id:18 --yes",
+     &addin::DeclareDelete, &addin::Delete},
+
+    {"package", "list", "packages by name", "  qvadmin package list -o csv", nullptr, &package::List},
+    {"package", "show", "everything about a package, and its add-ins", "  qvadmin package show Office -o json",
+     &package::DeclareOne, &package::Show},
+    {"package", "install", "add a package, or bring it to another version, and print its id",
+     "  qvadmin package install Office --version 3 --description 'Calendar and clock'\n"
+     "  qvadmin package install Office --version 2 --downgrade",
+     &package::DeclareInstall, &package::Install},
+    {"package", "remove", "delete a package with its add-ins; asks first", "  qvadmin package remove Office",
+     &package::DeclareRemove, &package::Remove},
+
+    {"board", "list", "notices, the latest first", "  qvadmin board list --limit 10", &board::DeclareList,
+     &board::List},
+    {"board", "show", "a notice with its attachments, replies and readers",
+     "  qvadmin board show 17\n"
+     "  qvadmin board show 17 -o json",
+     &board::DeclareOne, &board::Show},
+    {"board", "delete", "delete notices with all that belongs to them; asks first",
+     "  qvadmin board delete 17\n"
+     "  qvadmin board delete 17 18 --yes",
+     &board::DeclareDelete, &board::Delete},
 };
 
 Exit RunWords(const std::vector<std::string>& words, Terminal& terminal)

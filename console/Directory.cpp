@@ -1,6 +1,7 @@
 #include "console/Directory.h"
 
 #include "basefun/QVBaseFun.h"
+#include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "dbaccess/CAConnect.h"
@@ -52,32 +53,6 @@ constexpr TraceKind kTraceKinds[] = {
 std::string StatementOn(const TraceKind& kind, std::string_view verb, int id)
 {
     return fmt::format("{} FROM {} WHERE {}", verb, kind.table, fmt::format(fmt::runtime(kind.condition), id));
-}
-
-/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
-template <class Operation>
-void Run(const CAConnect& conn, Operation operation)
-{
-    CQVBaseFun::m_strLastError.Empty();
-    if (!operation()) {
-        throw ModuleError(conn);
-    }
-}
-
-std::string Text(const CString& text) { return std::string(text.View()); }
-
-template <class Row>
-void EachRow(CAConnect& conn, const std::string& sql, Row row)
-{
-    Asking(conn, [&] {
-        CARecordset rs;
-        if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
-            throw CAException("the connection is not open");
-        }
-        for (rs.MoveFirst(); rs.IsEOF() == 0; rs.MoveNext()) {
-            row(rs);
-        }
-    });
 }
 
 std::string SelectAllColumns(int id)

@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "basefun/QVBaseFun.h"
+#include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "console/Powers.h"
@@ -27,20 +28,6 @@ struct Function {
     CString genre;
     CString name;
 };
-
-template <class Row>
-void EachRow(CAConnect& conn, const std::string& sql, Row row)
-{
-    Asking(conn, [&] {
-        CARecordset rs;
-        if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
-            throw CAException("the connection is not open");
-        }
-        for (; rs.IsEOF() == 0; rs.MoveNext()) {
-            row(rs);
-        }
-    });
-}
 
 std::optional<int> NumberIn(CARecordset& row, long column)
 {

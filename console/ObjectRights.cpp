@@ -2,6 +2,7 @@
 
 #include "access/TabBIOAceItem.h"
 #include "basefun/QVBaseFun.h"
+#include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "dbaccess/CAConnect.h"
@@ -15,34 +16,6 @@
 namespace console {
 
 namespace {
-
-/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
-template <class Operation>
-void Run(const CAConnect& conn, Operation operation)
-{
-    CQVBaseFun::m_strLastError.Empty();
-    if (!operation()) {
-        throw ModuleError(conn);
-    }
-}
-
-template <class Row>
-void EachRow(CAConnect& conn, const std::string& sql, Row row)
-{
-    Asking(conn, [&] {
-        CARecordset rs;
-        if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
-            throw CAException("the connection is not open");
-        }
-        for (; rs.IsEOF() == 0; rs.MoveNext()) {
-            row(rs);
-        }
-    });
-}
-
-std::string Text(const CString& text) { return std::string(text.View()); }
-
-std::string TextIn(CARecordset& row, long column) { return Text(row.GetValueToStr(column, true)); }
 
 constexpr std::string_view kColumns =
     "Col_ID, Col_QvItemType, Col_QvItemID, Col_QvItemName, Col_ClassID, Col_ObjID, Col_FunGenre, Col_FunName, "

@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "basefun/QVBaseFun.h"
+#include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "console/Text.h"
@@ -49,37 +50,6 @@ std::string StatementOn(const TraceKind& kind, std::string_view verb, int type, 
 {
     const std::string condition = fmt::format(fmt::runtime(kind.condition), fmt::join(ids, ","), type);
     return fmt::format("{} FROM {} WHERE {}", verb, kind.table, condition);
-}
-
-/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
-template <class Operation>
-void Run(const CAConnect& conn, Operation operation)
-{
-    CQVBaseFun::m_strLastError.Empty();
-    if (!operation()) {
-        throw ModuleError(conn);
-    }
-}
-
-template <class Row>
-void EachRow(CAConnect& conn, const std::string& sql, Row row)
-{
-    Asking(conn, [&] {
-        CARecordset rs;
-        if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
-            throw CAException("the connection is not open");
-        }
-        for (; rs.IsEOF() == 0; rs.MoveNext()) {
-            row(rs);
-        }
-    });
-}
-
-int Number(CAConnect& conn, const std::string& sql)
-{
-    int number = 0;
-    EachRow(conn, sql, [&](CARecordset& row) { row.GetValue(1, number); });
-    return number;
 }
 
 /// Reads the columns of a row one after the other; NULL leaves what is there.

@@ -1,6 +1,7 @@
 #include "console/Passwords.h"
 
 #include "basefun/QVBaseFun.h"
+#include "console/Asked.h"
 #include "console/Directory.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
@@ -31,16 +32,6 @@ constexpr const char* kTypeGenre = "Console";
 constexpr std::string_view kLetters = "abcdefghijkmnpqrstuvwxyz23456789";
 static_assert(kLetters.size() == 32);
 constexpr std::size_t kGeneratedLength = 20;
-
-/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
-template <class Operation>
-void Run(const CAConnect& conn, Operation operation)
-{
-    CQVBaseFun::m_strLastError.Empty();
-    if (!operation()) {
-        throw ModuleError(conn);
-    }
-}
 
 CString Encoded(const UserKey& user, const Secret& password, int type)
 {

@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "basefun/QVBaseFun.h"
+#include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "dbaccess/CAConnect.h"
@@ -16,32 +17,6 @@
 namespace console {
 
 namespace {
-
-/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
-template <class Operation>
-void Run(const CAConnect& conn, Operation operation)
-{
-    CQVBaseFun::m_strLastError.Empty();
-    if (!operation()) {
-        throw ModuleError(conn);
-    }
-}
-
-template <class Row>
-void EachRow(CAConnect& conn, const std::string& sql, Row row)
-{
-    Asking(conn, [&] {
-        CARecordset rs;
-        if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
-            throw CAException("the connection is not open");
-        }
-        for (; rs.IsEOF() == 0; rs.MoveNext()) {
-            row(rs);
-        }
-    });
-}
-
-std::string TextIn(CARecordset& row, long column) { return std::string(row.GetValueToStr(column, true).View()); }
 
 Function FunctionIn(CARecordset& row) { return {TextIn(row, 1), TextIn(row, 2)}; }
 

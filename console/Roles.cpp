@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "basefun/QVBaseFun.h"
+#include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "console/Text.h"
@@ -46,34 +47,6 @@ std::string StatementOn(const TraceKind& kind, std::string_view verb, int id)
     const std::string condition = fmt::format(fmt::runtime(kind.condition), id, kItemTypeRole);
     return fmt::format("{} FROM {} WHERE {}", verb, kind.table, condition);
 }
-
-/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
-template <class Operation>
-void Run(const CAConnect& conn, Operation operation)
-{
-    CQVBaseFun::m_strLastError.Empty();
-    if (!operation()) {
-        throw ModuleError(conn);
-    }
-}
-
-template <class Row>
-void EachRow(CAConnect& conn, const std::string& sql, Row row)
-{
-    Asking(conn, [&] {
-        CARecordset rs;
-        if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
-            throw CAException("the connection is not open");
-        }
-        for (; rs.IsEOF() == 0; rs.MoveNext()) {
-            row(rs);
-        }
-    });
-}
-
-std::string Text(const CString& text) { return std::string(text.View()); }
-
-std::string TextIn(CARecordset& row, long column) { return Text(row.GetValueToStr(column, true)); }
 
 /// Sorts by a key that is worked out once for each.
 template <class Item, class Key>

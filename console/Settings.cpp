@@ -1,6 +1,7 @@
 #include "console/Settings.h"
 
 #include "basefun/QVBaseFun.h"
+#include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "console/Passwords.h"
@@ -21,16 +22,6 @@ constexpr const char* kMaxThreads = "maxThreads";
 constexpr const char* kTaskThreads = "MastTaskThreads"; // spelled so in the rows that servers write
 constexpr std::string_view kEncryptionKey = "EncryptKey";
 
-/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
-template <class Operation>
-void Run(const CAConnect& conn, Operation operation)
-{
-    CQVBaseFun::m_strLastError.Empty();
-    if (!operation()) {
-        throw ModuleError(conn);
-    }
-}
-
 /// Reads a number that the module gives as one of its own types.
 template <class Number>
 std::uint32_t Read(CAConnect& conn, bool (*operation)(CAConnect&, Number&))
@@ -39,8 +30,6 @@ std::uint32_t Read(CAConnect& conn, bool (*operation)(CAConnect&, Number&))
     Run(conn, [&] { return operation(conn, number); });
     return static_cast<std::uint32_t>(number);
 }
-
-std::string Text(const CString& text) { return std::string(text.View()); }
 
 std::vector<Setting> Select(CAConnect& conn, const std::string& condition)
 {

@@ -47,6 +47,9 @@ CREATE INDEX ix_Tab_Config_Name_Genre ON Tab_Config (Col_Name, Col_Genre);
 CREATE INDEX ix_Tab_Config_Genre ON Tab_Config (Col_Genre);
 
 CREATE INDEX ix_kel_Msg_SendDate ON kel_Msg (Col_SendDate);
+-- For whoever deletes messages with their parts; the sweeps go through all parts in any case.
+CREATE INDEX ix_kel_Msg_AttachMent_MsgID ON kel_Msg_AttachMent (Col_MsgID);
+CREATE INDEX ix_kel_Msg_Rece_MsgID ON kel_Msg_Rece (Col_MsgID);
 
 -- DESC, here and for the board: read backwards, an ascending index would also turn round the rows that tie.
 CREATE INDEX ix_kel_AddIn_Index ON kel_AddIn (Col_Index DESC);

@@ -1,0 +1,433 @@
+#include "console/AddIns.h"
+
+#include "basefun/QVBaseFun.h"
+#include "console/Asked.h"
+#include "console/Engine.h"
+#include "console/Escape.h"
+#include "console/Organisation.h"
+#include "console/Text.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <limits>
+#include <tuple>
+
+namespace console {
+
+namespace {
+
+constexpr std::string_view kIdPrefix = "id:";
+constexpr std::int64_t kHighestIndex = std::numeric_limits<int>::max();
+
+// ---- Finding --------------------------------------------------------------------------------------------------------
+
+AddIn FindById(AddIns& addIns, const std::string& argument)
+{
+    int id = 0;
+    const char* end = argument.data() + argument.size();
+    const auto read = std::from_chars(argument.data() + kIdPrefix.size(), end, id);
+    if (read.ec != std::errc() || read.ptr != end) {
+        throw Refusal(Exit::usage, fmt::format("{} is no add-in id; write id: and a number", Quoted(argument)));
+    }
+    const std::optional<AddIn> addIn = addIns.Load(id);
+    if (!addIn) {
+        throw Refusal(Exit::notFound, fmt::format("there is no add-in with id {}; `qvadmin addin list` shows all", id));
+    }
+    return *addIn;
+}
+
+std::string Enumerated(const std::vector<AddIn>& several)
+{
+    std::string list;
+    for (const AddIn& addIn : several) {
+        list += fmt::format("{}{} of type {}", list.empty() ? "" : ", ", Named(addIn), addIn.type);
+    }
+    return list;
+}
+
+[[noreturn]] void RefuseTaken(const std::string& name, int type)
+{
+    throw Refusal(Exit::conflict,
+                  fmt::format("there is an add-in {} of type {} already; nothing was changed", Quoted(name), type));
+}
+
+// ---- Moving ---------------------------------------------------------------------------------------------------------
+
+/// An add-in in the new order of the list.
+struct Placed {
+    int id;
+    int stored;         ///< index that it has
+    std::int64_t index; ///< index to have
+    std::size_t place;  ///< in the old order
+
+    [[nodiscard]] bool IsChanged() const { return index != stored; }
+};
+
+using Order = std::vector<Placed>;
+
+/// Exchanges two neighbours, and their indexes.
+void Exchange(Order& order, std::size_t upper)
+{
+    std::swap(order[upper], order[upper + 1]);
+    std::swap(order[upper].index, order[upper + 1].index);
+}
+
+void PutOnTop(Order& order, std::size_t position)
+{
+    const auto moved = order.begin() + static_cast<std::ptrdiff_t>(position);
+    moved->index = order.front().index + 1;
+    std::rotate(order.begin(), moved, moved + 1);
+}
+
+/// Raises what would not stand above its lower neighbour. Those of one index keep it while they keep their order.
+void OpenGaps(Order& order)
+{
+    for (std::size_t i = order.size() - 1; i > 0; --i) {
+        Placed& upper = order[i - 1];
+        const Placed& lower = order[i];
+        const bool mayTie = !upper.IsChanged() && !lower.IsChanged() && upper.place < lower.place;
+        if (upper.index < lower.index || (upper.index == lower.index && !mayTie)) {
+            upper.index = lower.index + 1;
+        }
+    }
+}
+
+void NumberAnew(Order& order)
+{
+    auto index = static_cast<std::int64_t>(order.size());
+    for (Placed& placed : order) {
+        placed.index = index--;
+    }
+}
+
+bool IsFirst(const Order& order, std::size_t position)
+{
+    return position == 0 && (order.size() == 1 || order[0].index > order[1].index);
+}
+
+/// @return whether there was anything to do.
+bool Rearrange(Order& order, std::size_t position, Move move)
+{
+    if (move == Move::down) {
+        if (position + 1 == order.size()) {
+            return false;
+        }
+        Exchange(order, position);
+    } else if (IsFirst(order, position)) {
+        return false;
+    } else if (move == Move::top || position == 0) {
+        PutOnTop(order, position);
+    } else {
+        Exchange(order, position - 1);
+    }
+    OpenGaps(order);
+    if (order.front().index > kHighestIndex) {
+        NumberAnew(order);
+    }
+    return true;
+}
+
+} // namespace
+
+// ---- Add-ins --------------------------------------------------------------------------------------------------------
+
+std::string AddIns::Text(std::string_view text) const { return std::string(Escaped(m_conn, text).View()); }
+
+std::vector<AddIn> AddIns::Select(const std::string& condition)
+{
+    std::vector<AddIn> addIns;
+    EachRow(m_conn,
+            "SELECT Col_ID, Col_Name, Col_AddInType, Col_IsPublic, Col_Disabled, Col_Desc, Col_PackageName, Col_Index "
+            "FROM kel_AddIn" +
+                condition,
+            [&addIns](CARecordset& row) {
+                AddIn& addIn = addIns.emplace_back();
+                row.GetValue(1, addIn.id);
+                addIn.name = TextIn(row, 2);
+                row.GetValue(3, addIn.type);
+                row.GetValue(4, addIn.isPublic);
+                row.GetValue(5, addIn.isDisabled);
+                addIn.description = TextIn(row, 6);
+                addIn.package = TextIn(row, 7);
+                row.GetValue(8, addIn.index);
+            });
+    return addIns;
+}
+
+std::vector<AddIn> AddIns::List(const AddInFilter& filter)
+{
+    std::string condition;
+    if (filter.package) {
+        condition = fmt::format(" WHERE Col_PackageName = '{}'", Text(*filter.package));
+    }
+    if (filter.type) {
+        condition += fmt::format(" {} Col_AddInType = {}", condition.empty() ? "WHERE" : "AND", *filter.type);
+    }
+    std::vector<AddIn> addIns = Select(condition);
+    std::ranges::sort(
+        addIns, [](const AddIn& a, const AddIn& b) { return std::tuple(b.index, a.id) < std::tuple(a.index, b.id); });
+    return addIns;
+}
+
+std::vector<AddIn> AddIns::FindAll(std::string_view name, std::optional<int> type)
+{
+    return Select(fmt::format(" WHERE Col_Name = '{}'{} ORDER BY Col_ID", Text(name),
+                              type ? fmt::format(" AND Col_AddInType = {}", *type) : ""));
+}
+
+std::optional<AddIn> AddIns::Load(int id)
+{
+    const std::vector<AddIn> found = Select(fmt::format(" WHERE Col_ID = {}", id));
+    return found.empty() ? std::nullopt : std::optional(found.front());
+}
+
+std::string AddIns::Data(int id)
+{
+    std::string data;
+    EachRow(m_conn, fmt::format("SELECT Col_Data FROM kel_AddIn WHERE Col_ID = {}", id),
+            [&data](CARecordset& row) { data = TextIn(row, 1); });
+    return data;
+}
+
+bool AddIns::IsTaken(std::string_view name, int type)
+{
+    int id = 0;
+    Run(m_conn, [&] { return CQVBaseFun::ExistAddInInfo(m_conn, Escaped(m_conn, name), type, id); });
+    return id != 0;
+}
+
+int AddIns::HighestIndex()
+{
+    int index = 0;
+    Run(m_conn, [&] { return CQVBaseFun::GetAddInItemMaxIndex(m_conn, index); });
+    return index;
+}
+
+int AddIns::Create(const NewAddIn& addIn, int index)
+{
+    // The module makes data, and nothing else, ready for the statement; a NUL byte would cut them short.
+    (void)Escaped(m_conn, addIn.data);
+    Run(m_conn, [&] {
+        return CQVBaseFun::InsertAddInInfo(m_conn, Escaped(m_conn, addIn.name), CString(std::string_view(addIn.data)),
+                                           addIn.type, addIn.isPublic, Escaped(m_conn, addIn.description),
+                                           Escaped(m_conn, addIn.package), index);
+    });
+    return Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_AddIn WHERE Col_Name = '{}' AND Col_AddInType = {}",
+                                      Text(addIn.name), addIn.type));
+}
+
+// The module's own change writes data and description together; here one of them may be left as it is, also as NULL.
+void AddIns::Change(int id, const AddInChanges& changes)
+{
+    std::string assignments;
+    const auto assign = [&assignments](std::string_view column, const std::string& value) {
+        assignments += fmt::format("{}{} = {}", assignments.empty() ? "" : ", ", column, value);
+    };
+    const auto assignText = [&](std::string_view column, const std::optional<std::string>& text) {
+        if (text) {
+            assign(column, fmt::format("'{}'", Text(*text)));
+        }
+    };
+    const auto assignNumber = [&](std::string_view column, const std::optional<int>& number) {
+        if (number) {
+            assign(column, std::to_string(*number));
+        }
+    };
+    assignText("Col_Name", changes.name);
+    assignText("Col_Data", changes.data);
+    assignText("Col_Desc", changes.description);
+    assignText("Col_PackageName", changes.package);
+    assignNumber("Col_IsPublic", changes.isPublic);
+    assignNumber("Col_Index", changes.index);
+    const std::string sql = fmt::format("UPDATE kel_AddIn SET {} WHERE Col_ID = {}", assignments, id);
+    Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
+}
+
+void AddIns::Enable(int id, bool enabled)
+{
+    // The operation's flag says the contrary of its name.
+    bool disabled = !enabled;
+    Run(m_conn, [&] { return CQVBaseFun::EnableAddInItem(m_conn, id, disabled); });
+}
+
+void AddIns::SetIndex(int id, int index)
+{
+    Run(m_conn, [&] { return CQVBaseFun::UpdateAddInItemIndex(m_conn, id, index); });
+}
+
+void AddIns::Delete(int id)
+{
+    Run(m_conn, [&] { return CQVBaseFun::DeleteAddInItem(m_conn, id); });
+}
+
+void AddIns::DeleteOfPackage(std::string_view package)
+{
+    Run(m_conn, [&] { return CQVBaseFun::DeleteAddIn(m_conn, Escaped(m_conn, package)); });
+}
+
+// ---- Packages -------------------------------------------------------------------------------------------------------
+
+std::vector<Package> Packages::Select(const std::string& condition)
+{
+    std::vector<Package> packages;
+    EachRow(m_conn,
+            "SELECT Col_ID, Col_Name, Col_Ver, Col_Desc, Col_Dt_Modify, Col_Disabled FROM kel_Package" + condition,
+            [&packages](CARecordset& row) {
+                Package& package = packages.emplace_back();
+                row.GetValue(1, package.id);
+                package.name = TextIn(row, 2);
+                row.GetValue(3, package.version);
+                package.description = TextIn(row, 4);
+                CString modified;
+                if (row.GetValue(5, modified, true)) {
+                    package.modified = std::string(modified.View());
+                }
+                row.GetValue(6, package.isDisabled);
+            });
+    return packages;
+}
+
+std::vector<Package> Packages::List()
+{
+    std::vector<Package> packages = Select("");
+    std::ranges::sort(
+        packages, [](const Package& a, const Package& b) { return std::tie(a.name, a.id) < std::tie(b.name, b.id); });
+    return packages;
+}
+
+std::vector<Package> Packages::FindAll(std::string_view name)
+{
+    return Select(fmt::format(" WHERE Col_Name = '{}' ORDER BY Col_ID", Escaped(m_conn, name).View()));
+}
+
+int Packages::Insert(const Package& package)
+{
+    const CString name = Escaped(m_conn, package.name);
+    int highest = 0;
+    Run(m_conn, [&] {
+        return CQVBaseFun::InsertPackageInfo(m_conn, name, Escaped(m_conn, package.modified.value_or("")),
+                                             package.version, Escaped(m_conn, package.description), highest);
+    });
+    // The operation succeeds with the highest id also where the engine refused the row.
+    const int id =
+        Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_Package WHERE Col_Name = '{}'", name.View()));
+    if (id == 0) {
+        throw ModuleError(m_conn);
+    }
+    return id;
+}
+
+void Packages::Update(const Package& package)
+{
+    Run(m_conn, [&] {
+        return CQVBaseFun::UpdatePackageInfo(m_conn, Escaped(m_conn, package.modified.value_or("")), package.version,
+                                             Escaped(m_conn, package.description), package.id);
+    });
+}
+
+void Packages::Delete(int id)
+{
+    Run(m_conn, [&] { return CQVBaseFun::DeletePackage(m_conn, id); });
+}
+
+// ---- What an administrator does with add-ins ------------------------------------------------------------------------
+
+AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> type)
+{
+    if (argument.starts_with(kIdPrefix)) {
+        return FindById(addIns, argument);
+    }
+    const std::vector<AddIn> found = addIns.FindAll(argument, type);
+    if (found.empty()) {
+        throw Refusal(Exit::notFound, fmt::format("there is no add-in {}{}; `qvadmin addin list` shows all",
+                                                  Quoted(argument), type ? fmt::format(" of type {}", *type) : ""));
+    }
+    if (found.size() > 1) {
+        throw Refusal(Exit::conflict,
+                      fmt::format("{} may be any of {}; add --type, or write id:{} for the first of them",
+                                  Quoted(argument), Enumerated(found), found.front().id));
+    }
+    return found.front();
+}
+
+std::vector<AddIn> FindAddIns(AddIns& addIns, const std::vector<std::string>& arguments, std::optional<int> type)
+{
+    std::vector<AddIn> found;
+    for (const std::string& argument : arguments) {
+        const AddIn addIn = FindAddIn(addIns, argument, type);
+        if (std::ranges::find(found, addIn.id, &AddIn::id) == found.end()) {
+            found.push_back(addIn);
+        }
+    }
+    return found;
+}
+
+int CreateAddIn(AddIns& addIns, const NewAddIn& addIn)
+{
+    CheckName("add-in", addIn.name);
+    if (addIns.IsTaken(addIn.name, addIn.type)) {
+        RefuseTaken(addIn.name, addIn.type);
+    }
+    const int highest = addIn.index ? 0 : addIns.HighestIndex();
+    if (highest == kHighestIndex) {
+        throw Refusal(Exit::conflict, fmt::format("an add-in has the highest index that there is, {}; say --index, or "
+                                                  "give that one another index",
+                                                  highest));
+    }
+    return addIns.Create(addIn, addIn.index.value_or(highest + 1));
+}
+
+void ChangeAddIn(AddIns& addIns, const AddIn& addIn, const AddInChanges& changes)
+{
+    if (changes.name && *changes.name != addIn.name) {
+        CheckName("add-in", *changes.name);
+        const std::vector<AddIn> others = addIns.FindAll(*changes.name, addIn.type);
+        if (std::ranges::any_of(others, [&](const AddIn& other) { return other.id != addIn.id; })) {
+            RefuseTaken(*changes.name, addIn.type);
+        }
+    }
+    addIns.Change(addIn.id, changes);
+}
+
+bool MoveAddIn(AddIns& addIns, const AddIn& addIn, Move move)
+{
+    Order order;
+    std::size_t position = 0;
+    for (const AddIn& listed : addIns.List({})) {
+        position = listed.id == addIn.id ? order.size() : position;
+        order.push_back({listed.id, listed.index, listed.index, order.size()});
+    }
+    if (!Rearrange(order, position, move)) {
+        return false;
+    }
+    for (const Placed& placed : order) {
+        if (placed.IsChanged()) {
+            addIns.SetIndex(placed.id, static_cast<int>(placed.index));
+        }
+    }
+    return true;
+}
+
+Package FindPackage(Packages& packages, const std::string& name)
+{
+    const std::vector<Package> found = packages.FindAll(name);
+    if (found.empty()) {
+        throw Refusal(Exit::notFound,
+                      fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(name)));
+    }
+    if (found.size() > 1) {
+        throw Refusal(Exit::conflict,
+                      fmt::format("{} packages are called {}; `qvadmin package remove` removes them all", found.size(),
+                                  Quoted(name)));
+    }
+    return found.front();
+}
+
+std::string Named(const AddIn& addIn) { return fmt::format("{} (add-in {})", Visible(addIn.name), addIn.id); }
+
+} // namespace console

@@ -1,0 +1,16 @@
+#include "console/Asked.h"
+
+namespace console {
+
+int Number(CAConnect& conn, const std::string& sql)
+{
+    int number = 0;
+    EachRow(conn, sql, [&number](CARecordset& row) { row.GetValue(1, number); });
+    return number;
+}
+
+std::string Text(const CString& text) { return std::string(text.View()); }
+
+std::string TextIn(CARecordset& row, long column) { return Text(row.GetValueToStr(column, true)); }
+
+} // namespace console

@@ -1,0 +1,357 @@
+#include "console/DocRootCommands.h"
+
+#include "console/Documents.h"
+#include "console/Engine.h"
+#include "console/GroupCommands.h"
+#include "console/Opened.h"
+#include "console/Render.h"
+#include "console/Text.h"
+#include "console/Users.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+
+namespace console::docroot {
+
+namespace {
+
+using namespace words;
+
+constexpr std::string_view kIdPrefix = "id:";
+constexpr const char* kOwnerHelp = "login name of the user whom it belongs to, or id:NUMBER; '' for nobody";
+
+constexpr Field kRoot{"ROOT", "", {}, Field::Use::given, "name of a document root as it is, or id:NUMBER"};
+constexpr Field kNewRoot{"NAME", "", {}, Field::Use::given, "name of the new document root"};
+constexpr Field kNewName{"name", "", {}, Field::Use::given, "name to have from now on"};
+constexpr Field kPath{"path", "", {}, Field::Use::given, "where the server keeps its files"};
+constexpr Field kListedType{"type", "", {}, Field::Use::given, "only those of this type"};
+constexpr Field kMeantType{
+    "type", "", {}, Field::Use::given, "type of the one that is meant, where several share a name"};
+constexpr Field kType{"type", "", {}, Field::Use::given, "type number; 1 is that of the company, 0 if not given"};
+constexpr Field kNewType{"new_type", "", {}, Field::Use::given, "type number to have from now on"};
+constexpr Field kDisplayName{"display_name", "", {}, Field::Use::given, "name to be shown"};
+constexpr Field kMaxSize{"max_size", "", {}, Field::Use::given, "number up to which it may grow, as the server counts"};
+constexpr Field kOwner{"owner", "", {}, Field::Use::given, kOwnerHelp};
+constexpr Field kStyleBits{"style", "", {}, Field::Use::given, "style bits, from 0 to 4294967295"};
+constexpr Field kRecursive{
+    "recursive", "", {}, Field::Use::given, "delete the folders too that would hang in no other document root"};
+
+// ---- What the words mean --------------------------------------------------------------------------------------------
+
+void DeclareBits(CLI::App& app, Arguments& arguments, const Field& field)
+{
+    const auto take = [&arguments, &field](std::uint32_t bits) { arguments.fields[&field] = std::to_string(bits); };
+    app.add_option_function<std::uint32_t>(OptionOf(field), take, std::string(field.help))->type_name("N");
+}
+
+void DeclareColumns(CLI::App& app, Arguments& arguments)
+{
+    DeclareOption(app, arguments, kDescription);
+    DeclareOption(app, arguments, kDisplayName);
+    DeclareNumber(app, arguments, kMaxSize);
+    DeclareOption(app, arguments, kOwner);
+    DeclareBits(app, arguments, kStyleBits);
+}
+
+std::string Named(const RootData& root) { return fmt::format("{} (root {})", Visible(root.name), root.id); }
+
+std::string NamedWithType(const RootData& root)
+{
+    return fmt::format("{} (root {}, type {})", Visible(root.name), root.id, root.type);
+}
+
+std::optional<int> IdIn(const std::string& argument)
+{
+    if (!argument.starts_with(kIdPrefix)) {
+        return std::nullopt;
+    }
+    int id = 0;
+    const char* end = argument.data() + argument.size();
+    const auto read = std::from_chars(argument.data() + kIdPrefix.size(), end, id);
+    if (read.ec != std::errc() || read.ptr != end) {
+        throw Refusal(Exit::usage,
+                      fmt::format("{} is no id of a document root; write id: and a number", Quoted(argument)));
+    }
+    return id;
+}
+
+/// All roots that an argument may mean.
+std::vector<RootData> FindAll(Documents& documents, const std::string& argument, std::optional<int> type)
+{
+    const std::optional<int> id = IdIn(argument);
+    std::vector<RootData> found;
+    std::ranges::copy_if(documents.Roots(type), std::back_inserter(found),
+                         [&](const RootData& root) { return id ? root.id == *id : root.name == argument; });
+    return found;
+}
+
+RootData FindGiven(Documents& documents, const Arguments& arguments)
+{
+    const std::string argument = Given(arguments, kRoot).value_or("");
+    const std::vector<RootData> found = FindAll(documents, argument, GivenNumber(arguments, kMeantType));
+    if (found.empty()) {
+        throw Refusal(Exit::notFound,
+                      fmt::format("there is no document root {}; `qvadmin docroot list` shows all", Quoted(argument)));
+    }
+    if (found.size() > 1) {
+        std::string list;
+        for (const RootData& root : found) {
+            list += (list.empty() ? "" : ", ") + NamedWithType(root);
+        }
+        throw Refusal(Exit::conflict, fmt::format("{} may be any of {}; write id:{} for the first of them",
+                                                  Quoted(argument), list, found.front().id));
+    }
+    return found.front();
+}
+
+/// @param stored  what the root was before; nothing for a new one.
+void RefuseTaken(Documents& documents, const RootData& root, const std::optional<RootData>& stored)
+{
+    const auto isOther = [&](const RootData& other) { return other.name == root.name && other.id != root.id; };
+    const bool isTaken = std::ranges::any_of(documents.Roots(root.type), isOther);
+    // Where the engine does not tell case, a root's own name is taken by itself.
+    const bool isOwn = stored && stored->type == root.type && UpperName(stored->name) == UpperName(root.name);
+    if (isTaken || (!isOwn && documents.IsRootTaken(root.name, root.type))) {
+        throw Refusal(Exit::conflict,
+                      fmt::format("the name {} is taken by a document root of type {}", Quoted(root.name), root.type));
+    }
+}
+
+int OwnerOf(Directory& directory, const std::string& argument)
+{
+    return argument.empty() ? 0 : FindUser(directory, argument).id;
+}
+
+void CheckPath(const std::string& path)
+{
+    if (path.empty()) {
+        throw Refusal(Exit::usage, "the path is empty");
+    }
+}
+
+/// Sets the columns that were given.
+void Take(const Arguments& arguments, Directory& directory, RootData& root)
+{
+    if (const std::optional<std::string> path = Given(arguments, kPath)) {
+        CheckPath(*path);
+        root.path = *path;
+    }
+    root.description = Given(arguments, kDescription).value_or(root.description);
+    root.displayName = Given(arguments, kDisplayName).value_or(root.displayName);
+    root.maxSize = GivenNumber(arguments, kMaxSize).value_or(root.maxSize);
+    if (const std::optional<std::string> owner = Given(arguments, kOwner)) {
+        root.ownerId = OwnerOf(directory, *owner);
+    }
+    if (const std::optional<std::string> bits = Given(arguments, kStyleBits)) {
+        root.style = std::stoul(*bits);
+    }
+}
+
+Value ShownOwner(Directory& directory, int id)
+{
+    const std::optional<FieldValues> user = id == 0 ? std::nullopt : directory.Load(id);
+    return user ? Value(user->at(FindField("login")).value_or("")) : Value();
+}
+
+// ---- What a deletion takes along ------------------------------------------------------------------------------------
+
+struct Going {
+    std::vector<DocKey> keys; ///< the root is the first
+    std::size_t links = 0;
+    std::size_t left = 0; ///< folders that stay and will hang in no root
+
+    bool operator==(const Going&) const = default;
+};
+
+Going WhatGoes(const Catalogue& catalogue, DocKey root, bool isRecursive)
+{
+    Going going{catalogue.GoneWith(root), 0, 0};
+    if (!isRecursive) {
+        going.left = going.keys.size() - 1;
+        going.keys = {root};
+    }
+    going.links = catalogue.CountLinks(going.keys);
+    return going;
+}
+
+std::string Described(const RootData& root, const Going& going)
+{
+    const std::size_t folders = going.keys.size() - 1;
+    return Named(root) + (folders == 0 ? "" : " and " + Counted(folders, "folder"));
+}
+
+std::string Told(const RootData& root, const Going& going)
+{
+    std::string text = fmt::format("delete {}{}\n", Described(root, going),
+                                   going.links == 0 ? "" : ", with " + Counted(going.links, "link"));
+    if (going.left > 0) {
+        text += fmt::format("{} will hang in no document root; --recursive deletes these too\n",
+                            Counted(going.left, "folder"));
+    }
+    return text;
+}
+
+} // namespace
+
+// ---- Arguments and options ------------------------------------------------------------------------------------------
+
+void DeclareList(CLI::App& app, Arguments& arguments) { DeclareNumber(app, arguments, kListedType); }
+
+void DeclareOne(CLI::App& app, Arguments& arguments)
+{
+    DeclareArgument(app, arguments, kRoot);
+    DeclareNumber(app, arguments, kMeantType);
+}
+
+void DeclareCreate(CLI::App& app, Arguments& arguments)
+{
+    DeclareArgument(app, arguments, kNewRoot);
+    const auto take = [&arguments](const std::string& path) { arguments.fields[&kPath] = path; };
+    app.add_option_function<std::string>(OptionOf(kPath), take, std::string(kPath.help))->required()->type_name("PATH");
+    DeclareNumber(app, arguments, kType);
+    DeclareColumns(app, arguments);
+}
+
+void DeclareSet(CLI::App& app, Arguments& arguments)
+{
+    DeclareOne(app, arguments);
+    DeclareOption(app, arguments, kNewName);
+    DeclareNumber(app, arguments, kNewType);
+    DeclareOption(app, arguments, kPath);
+    DeclareColumns(app, arguments);
+}
+
+void DeclareDelete(CLI::App& app, Arguments& arguments)
+{
+    DeclareOne(app, arguments);
+    DeclareFlag(app, arguments, kRecursive);
+    DeclareYes(app, arguments);
+}
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+Exit List(const Context& context)
+{
+    Opened opened(context.arguments);
+    Documents documents(opened.Directory().Connection());
+    Table table{{"id", "name", "type", "path", "display_name", "created"}, {}};
+    for (const RootData& root : documents.Roots(GivenNumber(context.arguments, kListedType))) {
+        table.rows.push_back({std::int64_t{root.id}, root.name, std::int64_t{root.type}, root.path, root.displayName,
+                              root.created ? Value(*root.created) : Value()});
+    }
+    Render(context.arguments.format, table, context.terminal.out);
+    return Exit::done;
+}
+
+Exit Show(const Context& context)
+{
+    Opened opened(context.arguments);
+    Documents documents(opened.Directory().Connection());
+    const RootData root = FindGiven(documents, context.arguments);
+    const Record record = {
+        {"id", std::int64_t{root.id}},
+        {"name", root.name},
+        {"display_name", root.displayName},
+        {"description", root.description},
+        {"path", root.path},
+        {"type", std::int64_t{root.type}},
+        {"style", static_cast<std::int64_t>(root.style)},
+        {"max_size", std::int64_t{root.maxSize}},
+        {"used_size", std::int64_t{root.usedSize}},
+        {"owner_id", std::int64_t{root.ownerId}},
+        {"owner", ShownOwner(opened.Directory(), root.ownerId)},
+        {"created", root.created ? Value(*root.created) : Value()},
+        {"has_sub_items", root.hasSubItems},
+        {"links", std::int64_t{documents.CountRootLinks(root.id)}},
+    };
+    Render(context.arguments.format, record, context.terminal.out);
+    return Exit::done;
+}
+
+Exit Default(const Context& context)
+{
+    Opened opened(context.arguments);
+    const bool isThere = Documents(opened.Directory().Connection()).HasCompanyRoot();
+    context.terminal.out << (isThere ? "true\n" : "false\n");
+    return isThere ? Exit::done : Exit::notFound;
+}
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+Exit Create(const Context& context)
+{
+    const Arguments& arguments = context.arguments;
+    RootData root;
+    root.name = Given(arguments, kNewRoot).value_or("");
+    root.type = GivenNumber(arguments, kType).value_or(0);
+    CheckName("document root", root.name);
+    Opened opened(arguments);
+    Transaction transaction(opened.Directory().Connection());
+    Documents documents(opened.Directory().Connection());
+    Take(arguments, opened.Directory(), root);
+    RefuseTaken(documents, root, std::nullopt);
+    const int id = documents.CreateRoot(root);
+    transaction.Commit();
+    context.terminal.out << id << '\n';
+    return Exit::done;
+}
+
+Exit Set(const Context& context)
+{
+    const Arguments& arguments = context.arguments;
+    const Field* const settable[] = {&kNewName,     &kNewType, &kPath,  &kDescription,
+                                     &kDisplayName, &kMaxSize, &kOwner, &kStyleBits};
+    if (std::ranges::none_of(settable, [&](const Field* field) { return arguments.fields.contains(field); })) {
+        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin docroot set --help` lists what can be");
+    }
+    Opened opened(arguments);
+    Transaction transaction(opened.Directory().Connection());
+    Documents documents(opened.Directory().Connection());
+    const RootData stored = FindGiven(documents, arguments);
+    RootData root = stored;
+    root.name = Given(arguments, kNewName).value_or(stored.name);
+    root.type = GivenNumber(arguments, kNewType).value_or(stored.type);
+    Take(arguments, opened.Directory(), root);
+    if (root.name != stored.name) {
+        CheckName("document root", root.name);
+    }
+    if (root.name != stored.name || root.type != stored.type) {
+        RefuseTaken(documents, root, stored);
+    }
+    const bool changed = root != stored;
+    if (changed) {
+        documents.UpdateRoot(root);
+    }
+    transaction.Commit();
+    context.terminal.err << fmt::format("{} {}\n", changed ? "changed" : "nothing to change in", Named(stored));
+    return Exit::done;
+}
+
+Exit Delete(const Context& context)
+{
+    Opened opened(context.arguments);
+    CAConnect& conn = opened.Directory().Connection();
+    Documents documents(conn);
+    const RootData root = FindGiven(documents, context.arguments);
+    const DocKey key{DocKind::root, root.id};
+    const bool isRecursive = Given(context.arguments, kRecursive).has_value();
+    const Going told = WhatGoes(Catalogue(conn), key, isRecursive);
+    context.terminal.err << Told(root, told);
+    RequireConfirmation(context, fmt::format("Delete {}?", Described(root, told)));
+    Transaction transaction(conn);
+    const Catalogue present(conn);
+    // Whoever was asked may have taken long.
+    if (present.Find(key) == nullptr || WhatGoes(present, key, isRecursive) != told) {
+        throw Refusal(Exit::conflict, fmt::format("{} has been changed meanwhile; nothing was deleted", Named(root)));
+    }
+    documents.Delete(told.keys);
+    transaction.Commit();
+    context.terminal.err << fmt::format("deleted {}\n", Described(root, told));
+    return Exit::done;
+}
+
+} // namespace console::docroot

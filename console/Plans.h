@@ -1,0 +1,115 @@
+#pragma once
+
+#include "console/Organisation.h"
+#include "platform/CString.h"
+
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class CAConnect;
+
+namespace console {
+
+struct PlanKey {
+    int id;
+    std::string name;
+};
+
+/// What a list shows of a backup plan.
+struct ListedPlan {
+    int id;
+    std::string name;
+    std::string description;
+};
+
+/// The columns of a backup plan.
+struct PlanData {
+    std::string name;
+    std::string description;
+    std::string data; ///< its settings, which the backup service alone understands
+
+    bool operator==(const PlanData&) const = default;
+};
+
+/// Backup plans, and the users and groups that they are assigned to. Any text goes in and comes out as it is, whatever
+/// the engine: the module puts the texts into its statements as they are, and here they are made ready for that.
+///
+/// Nothing here begins a transaction. All functions @throw DatabaseError, and Refusal for a text with a NUL byte.
+class Plans {
+public:
+    /// @param conn  open, and stays so while this is used.
+    explicit Plans(CAConnect& conn) : m_conn(conn) {}
+
+    /// By name.
+    std::vector<ListedPlan> List();
+    /// Nothing when there is no such plan.
+    std::optional<PlanData> Load(int id);
+    /// Whether there is a plan of this name, as the engine compares names.
+    bool IsTaken(std::string_view name);
+    /// The items that a plan is assigned to, also those that are gone.
+    std::set<ItemKey> ItemsOf(int id);
+    /// Rows that assign a plan; other programs may have written several for the same item.
+    int CountAssignments(int id);
+    /// The plans that are assigned to an item, each once, by name.
+    std::vector<ListedPlan> OfItem(ItemKey item);
+
+    /// Adds a plan; to be called in a transaction. @return the new id.
+    int Create(const PlanData& plan);
+    void Update(int id, const PlanData& plan);
+    /// Deletes a plan and its assignments.
+    void Delete(int id);
+    /// Assigns a plan; nothing keeps it from being assigned already.
+    void Assign(int id, ItemKey item);
+    void Unassign(int id, ItemKey item);
+
+private:
+    [[nodiscard]] CString Whole(std::string_view text) const;
+
+    CAConnect& m_conn;
+};
+
+/// The plan that an argument means: a name as it is, or "id:17". @throws Refusal (usage, notFound), or (conflict) that
+/// lists what it may mean.
+PlanKey FindPlan(Plans& plans, const std::string& argument);
+
+/// "NAME (plan N)", for sentences.
+std::string Named(const PlanKey& plan);
+
+// ---- The document log -----------------------------------------------------------------------------------------------
+
+struct LogEntry {
+    int classId = 0;
+    int objectId = 0;
+    std::string type; ///< a word
+    std::string content;
+    int creatorId = 0;
+    std::string creator;
+    std::string genre; ///< written by the module
+};
+
+/// What entries to list; what is not given does not matter.
+struct LogFilter {
+    std::optional<int> classId;
+    std::optional<int> objectId;
+    std::optional<std::string> type;
+    std::optional<int> limit;
+};
+
+/// The log of what happened to documents. The texts are as above, and so is what is thrown.
+class DocLog {
+public:
+    /// @param conn  open, and stays so while this is used.
+    explicit DocLog(CAConnect& conn) : m_conn(conn) {}
+
+    void Add(const LogEntry& entry);
+    /// In the order of the table: it has neither a date nor an id.
+    std::vector<LogEntry> List(const LogFilter& filter);
+
+private:
+    CAConnect& m_conn;
+};
+
+} // namespace console
