@@ -4,6 +4,7 @@
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
+#include "tests/servers/Servers.h"
 #include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>
@@ -215,7 +216,11 @@ TEST_P(DriverSuite, NamesItsEngine) { EXPECT_FALSE(m_conn.GetEngineName().IsEmpt
 
 INSTANTIATE_TEST_SUITE_P(Engines, DriverSuite,
                          testing::Values(Quirks{"sqlite", [] { return std::string("sqlite::memory:"); }, "SQLite 1",
-                                                "'2013-05-07 00:00:00'"}),
+                                                "'2013-05-07 00:00:00'"},
+                                         Quirks{"mysql", [] { return servers::NewDatabase("mariadb"); }, "MySQL 1146",
+                                                "'2013-05-07 00:00:00'"},
+                                         Quirks{"postgresql", [] { return servers::NewDatabase("postgresql"); },
+                                                "PostgreSQL 42P01", "'2013-05-07 00:00:00'"}),
                          [](const auto& instance) { return instance.param.name; });
 
 } // namespace

@@ -47,6 +47,12 @@ breach "catches what only basefun/StatementFrame.h may catch" < <(
 breach "includes an engine's header" < <(
   find_in '#[[:space:]]*include[[:space:]]*[<"]sqlite3(ext)?\.h' "${all[@]}" |
     grep -vE '^(dbaccess/drivers/sqlite|tests/dbaccess|tests/schema|bench)/' || true)
+breach "includes an engine's header" < <(
+  find_in '#[[:space:]]*include[[:space:]]*[<"](mysql|mariadb|errmsg|mysqld_error)[a-z_/]*\.h' "${all[@]}" |
+    grep -vE '^(dbaccess/drivers/mysql|tests/dbaccess|bench)/' || true)
+breach "includes an engine's header" < <(
+  find_in '#[[:space:]]*include[[:space:]]*[<"](postgresql/|libpq|pq|postgres_ext|pg_config)[a-z_/-]*\.h' "${all[@]}" |
+    grep -vE '^(dbaccess/drivers/postgresql|tests/dbaccess|bench)/' || true)
 
 # ---- An include never points to a higher floor.
 declare -A below=(

@@ -47,7 +47,7 @@ public:
     PlayedSession(Database& database, int dbType) : m_database(database), m_dbType(dbType) {}
 
     [[nodiscard]] int DbType() const override { return m_dbType; }
-    [[nodiscard]] std::string EngineName() const override { return "Script"; }
+    [[nodiscard]] std::string EngineName() const override { return m_database.engineName; }
     [[nodiscard]] bool IsAlive() const override { return m_database.m_alive; }
     std::int64_t Execute(const char* sql) override
     {

@@ -38,6 +38,7 @@ public:
     /// The connection is closed from now on, as if the server were gone.
     void GoAway() { m_alive = false; }
 
+    std::string engineName = "Script";
     std::vector<std::string> queries;    // texts of reads, in order
     std::vector<std::string> executions; // texts of writes, in order
 

@@ -1,0 +1,361 @@
+#include "dbaccess/drivers/mysql/Connection.h"
+
+#include "dbaccess/CAException.h"
+#include "dbaccess/drivers/mysql/Error.h"
+#include "platform/CodePage.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <mutex>
+#include <new>
+#include <utility>
+
+namespace dbaccess::mysql {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Results that end soon are read to their end, which is cheaper than a second connection.
+constexpr int kRowsReadToTheEnd = 256;
+constexpr auto kTimeToReadToTheEnd = std::chrono::milliseconds(2);
+// Nobody should wait long for what only saves time.
+constexpr unsigned int kLongestWaitForInterrupt = 2;
+
+// Needs no table and changes nothing; a node that takes no statements refuses it, unlike SET and SELECT 1.
+constexpr const char* kNothing = "DO 0";
+
+// Every setting that changes what our statements mean or whether they last is set, whatever the server's presets are.
+// Rows wait in the network while a caller looks at them, so the server must be patient.
+std::string SettingStatement(const Settings& settings)
+{
+    std::string sql = "SET NAMES utf8mb4, SESSION autocommit=1, SESSION net_write_timeout=3600, "
+                      "SESSION sql_mode='STRICT_TRANS_TABLES,ERROR_FOR_DIVISION_BY_ZERO,NO_ENGINE_SUBSTITUTION'";
+    if (settings.syncWait) {
+        sql += ", SESSION wsrep_sync_wait=" + std::to_string(*settings.syncWait);
+    }
+    return sql;
+}
+
+const char* TextOrNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
+
+// A password given by nobody is an empty one; without a text of ours, the client library reads the defaults file's.
+const char* PasswordOf(const Settings& settings)
+{
+    if (settings.password) {
+        return settings.password->c_str();
+    }
+    if (!settings.defaultsFile.empty()) {
+        return nullptr;
+    }
+    const char* variable = std::getenv("MYSQL_PWD");
+    return variable == nullptr ? "" : variable;
+}
+
+void SetTls(MYSQL* handle, const Settings& settings)
+{
+    if (!settings.tls) {
+        return;
+    }
+    const my_bool on = 1;
+    const my_bool verify = settings.tlsVerify ? 1 : 0;
+    mysql_options(handle, MYSQL_OPT_SSL_ENFORCE, &on);
+    mysql_options(handle, MYSQL_OPT_SSL_VERIFY_SERVER_CERT, &verify);
+    mysql_options(handle, MYSQL_OPT_SSL_CA, TextOrNull(settings.tlsCa));
+    mysql_options(handle, MYSQL_OPT_SSL_CERT, TextOrNull(settings.tlsCert));
+    mysql_options(handle, MYSQL_OPT_SSL_KEY, TextOrNull(settings.tlsKey));
+}
+
+void SetTimeouts(MYSQL* handle, const Settings& settings)
+{
+    mysql_options(handle, MYSQL_OPT_CONNECT_TIMEOUT, &settings.connectTimeout);
+    if (settings.readTimeout != 0) {
+        mysql_options(handle, MYSQL_OPT_READ_TIMEOUT, &settings.readTimeout);
+    }
+    if (settings.writeTimeout != 0) {
+        mysql_options(handle, MYSQL_OPT_WRITE_TIMEOUT, &settings.writeTimeout);
+    }
+}
+
+// A server could ask for any file of this machine in answer to any statement, and a connection made anew by itself
+// would have lost its settings and its transaction.
+void RefuseFilesAndReconnecting(MYSQL* handle)
+{
+    const unsigned int off = 0;
+    const my_bool no = 0;
+    mysql_options(handle, MYSQL_OPT_LOCAL_INFILE, &off);
+    mysql_options(handle, MYSQL_OPT_RECONNECT, &no);
+}
+
+// A defaults file is read while connecting and may have set anything.
+bool UndoDefaultsFile(MYSQL* handle, const Settings& settings)
+{
+    if (settings.defaultsFile.empty()) {
+        return true;
+    }
+    RefuseFilesAndReconnecting(handle);
+    return mysql_set_server_option(handle, MYSQL_OPTION_MULTI_STATEMENTS_OFF) == 0;
+}
+
+bool Run(MYSQL* handle, std::string_view sql) { return mysql_real_query(handle, sql.data(), sql.size()) == 0; }
+
+// Counting the rows that are found, not those that differ afterwards, is what the other engines do.
+bool Login(MYSQL* handle, const Settings& settings, const Server& server)
+{
+    if (server.port != 0) {
+        const unsigned int protocol = MYSQL_PROTOCOL_TCP;
+        mysql_options(handle, MYSQL_OPT_PROTOCOL, &protocol);
+    }
+    return mysql_real_connect(handle, server.host.empty() ? "localhost" : server.host.c_str(),
+                              TextOrNull(settings.user), PasswordOf(settings), settings.database.c_str(), server.port,
+                              TextOrNull(server.socket), CLIENT_FOUND_ROWS) != nullptr;
+}
+
+// @return whether the server took us in and is ready; if not, the handle has the failure.
+bool Connect(MYSQL* handle, const Settings& settings, const Server& server)
+{
+    mysql_options(handle, MYSQL_SET_CHARSET_NAME, "utf8mb4");
+    if (!settings.defaultsFile.empty()) {
+        mysql_options(handle, MYSQL_READ_DEFAULT_FILE, settings.defaultsFile.c_str());
+    }
+    SetTls(handle, settings);
+    SetTimeouts(handle, settings);
+    RefuseFilesAndReconnecting(handle);
+    return Login(handle, settings, server) && UndoDefaultsFile(handle, settings) &&
+           Run(handle, SettingStatement(settings)) && Run(handle, kNothing);
+}
+
+Handle NewHandle()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { mysql_library_init(0, nullptr, nullptr); });
+    Handle handle(mysql_init(nullptr));
+    if (handle == nullptr) {
+        throw std::bad_alloc();
+    }
+    return handle;
+}
+
+// What tells servers behind one address apart. Empty when it cannot be had.
+std::string IdentityOf(MYSQL* handle)
+{
+    if (!Run(handle, "SELECT CONCAT_WS(' ', @@hostname, @@port, @@server_id, @@datadir)")) {
+        return {};
+    }
+    const Result rows(mysql_store_result(handle));
+    const char* const* row = rows == nullptr ? nullptr : mysql_fetch_row(rows.get());
+    return row == nullptr || row[0] == nullptr ? std::string() : row[0];
+}
+
+std::string NameOf(const Server& server)
+{
+    if (!server.socket.empty()) {
+        return server.socket;
+    }
+    const bool isIpv6 = server.host.find(':') != std::string::npos;
+    const std::string host = isIpv6 ? "[" + server.host + "]" : server.host.empty() ? "localhost" : server.host;
+    return server.port == 0 ? host : host + ":" + std::to_string(server.port);
+}
+
+// @return whether that was the end.
+bool ReadToTheEnd(MYSQL_RES* rows)
+{
+    const auto deadline = Clock::now() + kTimeToReadToTheEnd;
+    for (int i = 0; i < kRowsReadToTheEnd && Clock::now() < deadline; ++i) {
+        if (mysql_fetch_row(rows) == nullptr) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+Connection::Connection(Settings settings) : m_settings(std::move(settings))
+{
+    std::string refusals;
+    unsigned int number = 0;
+    for (const Server& server : m_settings.servers) {
+        Handle handle = NewHandle();
+        if (Connect(handle.get(), m_settings, server)) {
+            m_server = server;
+            m_handle = std::move(handle);
+            m_identity = IdentityOf(Get());
+            return;
+        }
+        number = mysql_errno(handle.get());
+        refusals += (refusals.empty() ? "" : "; ") + NameOf(server) + ": " + mysql_error(handle.get());
+        if (!IsForAnotherServer(number)) {
+            break;
+        }
+    }
+    throw CAException(platform::Utf8ToAnsi("cannot connect to " + refusals), ErrorCode(number));
+}
+
+std::int64_t Connection::Execute(std::string_view sql)
+{
+    Send(sql);
+    const bool givesRows = mysql_field_count(Get()) != 0;
+    const auto changed = static_cast<std::int64_t>(mysql_affected_rows(Get()));
+    if (givesRows) {
+        const Result rows(mysql_use_result(Get()));
+        while (rows != nullptr && mysql_fetch_row(rows.get()) != nullptr) {
+        }
+    }
+    Arrived();
+    return givesRows ? 0 : changed;
+}
+
+Result Connection::Open(std::string_view sql, Arriving& reader)
+{
+    Send(sql);
+    if (mysql_field_count(Get()) == 0) {
+        Arrived();
+        return nullptr;
+    }
+    Result rows(mysql_use_result(Get()));
+    if (rows == nullptr) {
+        Fail();
+    }
+    m_arriving = &reader;
+    return rows;
+}
+
+void Connection::Arrived()
+{
+    m_arriving = nullptr;
+    if (mysql_errno(Get()) != 0) {
+        Fail();
+    }
+    SkipResults();
+}
+
+void Connection::Abandon(MYSQL_RES* rows) noexcept
+{
+    m_arriving = nullptr;
+    const bool interrupted = !ReadToTheEnd(rows) && Interrupt();
+    while (mysql_fetch_row(rows) != nullptr) {
+    }
+    try {
+        Arrived();
+    } catch (...) {
+        // Nobody asked for these rows, nor for what became of them; whether the connection lives has been noted.
+    }
+    // The interruption may have come too late for its statement; then it meets this one, and never the next.
+    if (interrupted && m_alive && !Run(Get(), kNothing)) {
+        NoteFailure();
+    }
+}
+
+void Connection::Begin()
+{
+    if (m_inTransaction) {
+        throw CAException("a transaction is open already");
+    }
+    Send("START TRANSACTION");
+    m_inTransaction = true;
+}
+
+void Connection::Commit()
+{
+    if (!m_inTransaction) {
+        throw CAException("there is no transaction to commit");
+    }
+    Send("COMMIT");
+    m_inTransaction = false;
+}
+
+void Connection::Rollback()
+{
+    if (!m_inTransaction) {
+        return;
+    }
+    MakeReady();
+    if (!Run(Get(), "ROLLBACK")) {
+        Fail();
+    }
+    m_inTransaction = false;
+    m_transactionLost = false;
+}
+
+void Connection::MakeReady()
+{
+    if (m_arriving != nullptr) {
+        m_arriving->KeepRest();
+    }
+}
+
+// What followed would be applied alone, each statement for itself.
+void Connection::RefuseInLostTransaction() const
+{
+    if (m_inTransaction && (m_transactionLost || (m_handle->server_status & SERVER_STATUS_IN_TRANS) == 0)) {
+        throw CAException("the engine has ended the transaction by itself");
+    }
+}
+
+void Connection::Send(std::string_view sql)
+{
+    MakeReady();
+    RefuseInLostTransaction();
+    if (!Run(Get(), sql)) {
+        Fail();
+    }
+}
+
+// A procedure gives several results; callers see the first.
+void Connection::SkipResults()
+{
+    while (mysql_more_results(Get())) {
+        if (mysql_next_result(Get()) > 0) {
+            Fail();
+        }
+        const Result rows(mysql_use_result(Get()));
+        while (rows != nullptr && mysql_fetch_row(rows.get()) != nullptr) {
+        }
+        if (mysql_errno(Get()) != 0) {
+            Fail();
+        }
+    }
+}
+
+// A failure's answer does not say whether a transaction outlived it; the next answer does.
+void Connection::NoteFailure() noexcept
+{
+    if (!IsLost(Get()) && m_inTransaction) {
+        m_transactionLost = m_transactionLost || !Run(Get(), kNothing);
+    }
+    m_alive = m_alive && !IsLost(Get());
+}
+
+void Connection::Fail()
+{
+    const CAException error = LastError(Get());
+    NoteFailure();
+    throw error;
+}
+
+// @return whether the server was told to end what it is running for us.
+bool Connection::Interrupt() noexcept
+{
+    try {
+        Settings settings = m_settings;
+        for (unsigned int* timeout : {&settings.connectTimeout, &settings.readTimeout, &settings.writeTimeout}) {
+            *timeout = *timeout == 0 ? kLongestWaitForInterrupt : std::min(*timeout, kLongestWaitForInterrupt);
+        }
+        const Handle second = NewHandle();
+        // Behind one address there may be several servers, and our number is somebody else's on another.
+        if (!Connect(second.get(), settings, m_server) || m_identity.empty() ||
+            IdentityOf(second.get()) != m_identity) {
+            return false;
+        }
+        const bool done = Run(second.get(), "KILL QUERY " + std::to_string(mysql_thread_id(Get())));
+        // Sent, and not heard of again: nobody knows which statement it would meet.
+        m_alive = m_alive && (done || !IsLost(second.get()));
+        return done;
+    } catch (...) {
+        return false;
+    }
+}
+
+} // namespace dbaccess::mysql

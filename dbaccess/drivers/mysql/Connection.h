@@ -1,0 +1,107 @@
+#pragma once
+
+#include <mysql.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dbaccess::mysql {
+
+/// Where a server listens. Without a host: on a socket of this machine, the client library's usual one when none is
+/// named.
+struct Server {
+    std::string host;
+    unsigned int port = 0;
+    std::string socket;
+};
+
+/// All that is needed to connect. Texts are UTF-8.
+struct Settings {
+    std::vector<Server> servers;
+    std::string user;
+    std::optional<std::string> password;
+    std::string database;
+    std::string defaultsFile;
+    bool tls = false;
+    bool tlsVerify = true;
+    std::string tlsCa;
+    std::string tlsCert;
+    std::string tlsKey;
+    unsigned int connectTimeout = 10;
+    unsigned int readTimeout = 0; // seconds; 0 is for ever, here and below
+    unsigned int writeTimeout = 0;
+    std::optional<unsigned int> syncWait;
+};
+
+struct CloseHandle {
+    void operator()(MYSQL* handle) const noexcept { mysql_close(handle); }
+};
+using Handle = std::unique_ptr<MYSQL, CloseHandle>;
+
+struct FreeResult {
+    void operator()(MYSQL_RES* result) const noexcept { mysql_free_result(result); }
+};
+using Result = std::unique_ptr<MYSQL_RES, FreeResult>;
+
+/// A result whose rows are still on their way. The connection can do nothing else until they have been read.
+class Arriving {
+public:
+    Arriving() = default;
+    Arriving(const Arriving&) = delete;
+    Arriving& operator=(const Arriving&) = delete;
+    /// Reads all rows that are left into memory. A failure on the way is the result's own, to be raised when its reader
+    /// comes to it.
+    virtual void KeepRest() = 0;
+
+protected:
+    ~Arriving() = default;
+};
+
+/// A connection, shared by its session and the cursors that read from it. Statements are UTF-8.
+class Connection {
+public:
+    /// Connects to the first server that takes us in. @throws CAException.
+    explicit Connection(Settings settings);
+
+    [[nodiscard]] MYSQL* Get() const noexcept { return m_handle.get(); }
+    [[nodiscard]] bool IsAlive() const noexcept { return m_alive; }
+
+    /// Runs a statement to the end. @return rows that it found to change; 0 for one that gives rows, which are dropped.
+    /// @throws CAException, as do the functions below.
+    std::int64_t Execute(std::string_view sql);
+    /// Runs a statement. @return its rows, none read yet; null when it gives none. Arrived or Abandon must follow when
+    ///         there are any; until then the result is held by `reader`.
+    Result Open(std::string_view sql, Arriving& reader);
+    /// To be called when the last row has been fetched, or fetching has failed.
+    void Arrived();
+    /// Ends a statement whose rows were not all fetched.
+    void Abandon(MYSQL_RES* rows) noexcept;
+
+    void Begin();
+    void Commit();
+    void Rollback();
+
+private:
+    void MakeReady();
+    void RefuseInLostTransaction() const;
+    void Send(std::string_view sql);
+    void SkipResults();
+    void NoteFailure() noexcept;
+    [[noreturn]] void Fail();
+    bool Interrupt() noexcept;
+
+    Settings m_settings;
+    Server m_server; // the one of the list that this connection is to
+    Handle m_handle;
+    std::string m_identity;
+    Arriving* m_arriving = nullptr;
+    bool m_alive = true;
+    bool m_inTransaction = false;
+    bool m_transactionLost = false;
+};
+
+} // namespace dbaccess::mysql

@@ -1,0 +1,396 @@
+#include "dbaccess/drivers/postgresql/Cursor.h"
+
+#include "dbaccess/drivers/postgresql/Error.h"
+#include "platform/CodePage.h"
+
+#include <libpq-fe.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <new>
+#include <utility>
+
+namespace dbaccess::postgresql {
+
+namespace {
+
+// The types' numbers are the same on every server.
+enum TypeId : Oid {
+    kBool = 16,
+    kInt8 = 20,
+    kInt2 = 21,
+    kInt4 = 23,
+    kOid = 26,
+    kFloat4 = 700,
+    kFloat8 = 701,
+    kNumeric = 1700,
+};
+
+constexpr int kTextFormat = 0;
+
+// What is read of an abandoned result before the server is asked to stop, in pieces of the client library's buffer:
+// reading that much is cheaper than asking.
+constexpr int kReadsBeforeCancel = 4;
+
+bool SameLetter(char a, char b)
+{
+    const char lower = a >= 'A' && a <= 'Z' ? static_cast<char>(a + ('a' - 'A')) : a;
+    return lower == b;
+}
+
+bool BeginsWith(std::string_view text, std::string_view lowerWord)
+{
+    return text.size() >= lowerWord.size() && std::equal(lowerWord.begin(), lowerWord.end(), text.begin(),
+                                                         [](char b, char a) { return SameLetter(a, b); });
+}
+
+bool Contains(std::string_view text, std::string_view lowerWord)
+{
+    return std::search(text.begin(), text.end(), lowerWord.begin(), lowerWord.end(), &SameLetter) != text.end();
+}
+
+// Whether the statement is a query that writes nothing itself: a cancel takes back all that a statement did, and the
+// rows that INSERT ... RETURNING gives are no reason to lose what it wrote. In doubt, false.
+bool OnlyReads(std::string_view sql)
+{
+    sql.remove_prefix(std::min(sql.size(), sql.find_first_not_of(" \t\r\n\f")));
+    if (BeginsWith(sql, "with")) {
+        constexpr std::array writes = {"insert", "update", "delete", "merge"};
+        return std::ranges::none_of(writes, [sql](const char* word) { return Contains(sql, word); });
+    }
+    return BeginsWith(sql, "select") || BeginsWith(sql, "values") || BeginsWith(sql, "table");
+}
+
+// A statement without a semicolon is one at most.
+bool MayHoldSeveral(const std::string& sql) { return sql.find(';') != std::string::npos; }
+
+template <class Number>
+std::optional<Number> Parsed(std::string_view text)
+{
+    Number number{};
+    const char* end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
+}
+
+Field RealField(std::string_view text)
+{
+    const auto real = Parsed<double>(text);
+    return real ? Field::Real(*real) : Field::Text(text.data(), text.size());
+}
+
+Field NumberField(std::string_view text)
+{
+    const auto integer = Parsed<std::int64_t>(text);
+    return integer ? Field::Integer(*integer) : RealField(text);
+}
+
+} // namespace
+
+void FinishConnection::operator()(pg_conn* db) const noexcept { PQfinish(db); }
+void FreeCancel::operator()(pg_cancel* cancel) const noexcept { PQfreeCancel(cancel); }
+void ClearResult::operator()(pg_result* result) const noexcept { PQclear(result); }
+
+// ---- Connection
+
+Connection::Connection(Handle db) : m_db(std::move(db)), m_cancel(PQgetCancel(m_db.get()))
+{
+    if (m_cancel == nullptr) {
+        throw std::bad_alloc();
+    }
+}
+
+bool Connection::IsAlive() const noexcept { return PQstatus(m_db.get()) == CONNECTION_OK; }
+
+void Connection::MakeReady()
+{
+    if (m_reader != nullptr) {
+        m_reader->KeepRest();
+    }
+}
+
+Result Connection::Run(const std::string& sql)
+{
+    MakeReady();
+    Send(sql);
+    Result result = Next();
+    while (PQresultStatus(result.get()) == PGRES_SINGLE_TUPLE) {
+        result = Next();
+    }
+    return result;
+}
+
+Result Connection::Start(const std::string& sql, Rows& reader)
+{
+    MakeReady();
+    const bool inTransaction = PQtransactionStatus(m_db.get()) == PQTRANS_INTRANS;
+    m_guarded = inTransaction && OnlyReads(sql) && !MayHoldSeveral(sql);
+    m_mayCancel = m_guarded || (!inTransaction && OnlyReads(sql));
+    if (m_guarded) {
+        SendGuarded(sql);
+    } else {
+        Send(sql);
+    }
+    m_reader = &reader;
+    return Next();
+}
+
+Result Connection::Next() { return Judged(Result(PQgetResult(m_db.get()))); }
+
+// The simple protocol is the quicker one, but would run a second statement; in the other the server refuses one.
+void Connection::Send(const std::string& sql)
+{
+    const int sent = MayHoldSeveral(sql) ? PQsendQueryParams(m_db.get(), sql.c_str(), 0, nullptr, nullptr, nullptr,
+                                                             nullptr, kTextFormat)
+                                         : PQsendQuery(m_db.get(), sql.c_str());
+    if (sent == 0) {
+        throw LostError(m_db.get());
+    }
+    PQsetSingleRowMode(m_db.get());
+}
+
+// In a transaction a cancelled query would take all that was done before with it; a savepoint keeps that. All three go
+// to the server at once, and it parses all before it runs any.
+void Connection::SendGuarded(const std::string& sql)
+{
+    if (PQsendQuery(m_db.get(), ("SAVEPOINT qv_query;" + sql + "\n;RELEASE SAVEPOINT qv_query").c_str()) == 0) {
+        throw LostError(m_db.get());
+    }
+    PQsetSingleRowMode(m_db.get());
+    Result savepoint(PQgetResult(m_db.get()));
+    if (PQresultStatus(savepoint.get()) != PGRES_COMMAND_OK) {
+        Judged(std::move(savepoint));
+    }
+}
+
+Result Connection::Judged(Result result)
+{
+    switch (PQresultStatus(result.get())) {
+    case PGRES_SINGLE_TUPLE:
+        return result;
+    case PGRES_COMMAND_OK:
+    case PGRES_TUPLES_OK:
+        ReadToEnd();
+        return result;
+    case PGRES_EMPTY_QUERY:
+        ReadToEnd();
+        throw CAException("there is no statement in the text");
+    case PGRES_COPY_IN:
+        RefuseCopy(true);
+    case PGRES_COPY_OUT:
+        RefuseCopy(false);
+    default:
+        break;
+    }
+    const CAException error = result != nullptr ? StatementError(result.get()) : LostError(m_db.get());
+    DropToEnd();
+    throw error;
+}
+
+// A statement can still fail behind the end of its result, when it is committed.
+void Connection::ReadToEnd()
+{
+    while (const Result result{PQgetResult(m_db.get())}) {
+        if (PQresultStatus(result.get()) == PGRES_FATAL_ERROR) {
+            const CAException error = StatementError(result.get());
+            DropToEnd();
+            throw error;
+        }
+    }
+    m_reader = nullptr;
+}
+
+void Connection::DropToEnd() noexcept
+{
+    while (const Result result{PQgetResult(m_db.get())}) {
+    }
+    m_reader = nullptr;
+}
+
+void Connection::RefuseCopy(bool in)
+{
+    if (in) {
+        PQputCopyEnd(m_db.get(), "there are no rows to copy");
+    } else {
+        RequestCancel();
+        for (char* row = nullptr; PQgetCopyData(m_db.get(), &row, 0) > 0;) {
+            PQfreemem(row);
+        }
+    }
+    DropToEnd();
+    throw CAException("COPY from and to the client is not supported");
+}
+
+// A cancel that comes too late must not hit the next statement, and does not: the call returns when the server has
+// closed the cancel's own connection, which it does after it has signalled the process that serves ours. From then on
+// the signal is taken by that process before it reads anything more of us, and while it waits for a statement it drops
+// the signal. The next statement is sent only afterwards.
+void Connection::RequestCancel() noexcept
+{
+    std::array<char, 256> reason{};
+    PQcancel(m_cancel.get(), reason.data(), static_cast<int>(reason.size()));
+}
+
+// Never waits, and reads no more than a few buffers full. @return whether that was the end of the query.
+bool Connection::DropWhatHasArrived() noexcept
+{
+    for (int reads = 0;; ++reads) {
+        while (PQisBusy(m_db.get()) == 0) {
+            if (Result(PQgetResult(m_db.get())) == nullptr) {
+                return true;
+            }
+        }
+        if (reads == kReadsBeforeCancel || PQconsumeInput(m_db.get()) == 0 || PQisBusy(m_db.get()) != 0) {
+            return false;
+        }
+    }
+}
+
+void Connection::Abandon() noexcept
+{
+    m_reader = nullptr;
+    if (!DropWhatHasArrived()) {
+        if (m_mayCancel) {
+            RequestCancel();
+        }
+        DropToEnd();
+    }
+    // Also where the query failed by itself in a row that nobody read.
+    if (m_guarded && PQtransactionStatus(m_db.get()) == PQTRANS_INERROR) {
+        const Result undone(PQexec(m_db.get(), "ROLLBACK TO SAVEPOINT qv_query;RELEASE SAVEPOINT qv_query"));
+    }
+}
+
+// ---- Rows
+
+Rows::Rows(std::shared_ptr<Connection> connection, std::string sql)
+    : m_connection(std::move(connection)), m_sql(std::move(sql)), m_convert(!platform::AnsiIsUtf8())
+{
+}
+
+Rows::~Rows() { End(); }
+
+void Rows::End() noexcept
+{
+    if (m_connection->IsReadBy(this)) {
+        m_connection->Abandon();
+    }
+}
+
+void Rows::ConvertNames()
+{
+    const int columns = PQnfields(m_result.get());
+    m_names.clear();
+    for (int i = 0; i < columns; ++i) {
+        m_names.push_back(platform::Utf8ToAnsi(PQfname(m_result.get(), i)));
+    }
+    m_converted.resize(m_names.size());
+}
+
+bool Rows::Step()
+{
+    while (m_row + 1 >= PQntuples(m_result.get())) {
+        if (m_kept != nullptr) {
+            m_result = std::move(m_kept);
+        } else if (m_connection->IsReadBy(this)) {
+            m_result = m_connection->Next();
+        } else if (m_failure) {
+            throw CAException(*m_failure);
+        } else {
+            return false;
+        }
+        m_row = -1;
+    }
+    ++m_row;
+    return true;
+}
+
+void Rows::Restart()
+{
+    End();
+    m_kept.reset();
+    m_failure.reset();
+    m_result = m_connection->Start(m_sql, *this);
+    m_row = -1;
+    if (m_convert) {
+        ConvertNames();
+    }
+}
+
+void Rows::KeepRest()
+{
+    m_kept.reset(PQcopyResult(m_result.get(), PG_COPYRES_ATTRS));
+    try {
+        while (m_connection->IsReadBy(this)) {
+            Append(m_connection->Next().get());
+        }
+    } catch (const CAException& e) {
+        m_failure = e;
+    } catch (const std::bad_alloc&) {
+        End();
+        m_failure = CAException("there is not enough memory for the rows left of a result");
+    }
+}
+
+void Rows::Append(const pg_result* result)
+{
+    if (m_kept == nullptr) {
+        throw std::bad_alloc();
+    }
+    const int columns = PQnfields(result);
+    const int to = PQntuples(m_kept.get());
+    for (int row = 0; row < PQntuples(result); ++row) {
+        for (int i = 0; i < columns; ++i) {
+            const bool isNull = PQgetisnull(result, row, i) != 0;
+            const int length = isNull ? -1 : PQgetlength(result, row, i);
+            if (PQsetvalue(m_kept.get(), to + row, i, PQgetvalue(result, row, i), length) == 0) {
+                throw std::bad_alloc();
+            }
+        }
+    }
+}
+
+int Rows::ColumnCount() const { return PQnfields(m_result.get()); }
+
+std::string_view Rows::ColumnName(int column) const
+{
+    if (m_convert) {
+        return m_names[static_cast<std::size_t>(column)].View();
+    }
+    const char* name = PQfname(m_result.get(), column);
+    return name != nullptr ? name : "";
+}
+
+Field Rows::Read(int column)
+{
+    const pg_result* result = m_result.get();
+    const char* bytes = PQgetvalue(result, m_row, column);
+    const auto length = static_cast<std::size_t>(PQgetlength(result, m_row, column));
+    if (length == 0 && PQgetisnull(result, m_row, column) != 0) {
+        return Field::Null();
+    }
+    switch (PQftype(result, column)) {
+    case kBool:
+        return Field::Integer(*bytes == 't' ? 1 : 0);
+    case kInt2:
+    case kInt4:
+    case kInt8:
+    case kOid:
+    case kNumeric:
+        return NumberField({bytes, length});
+    case kFloat4:
+    case kFloat8:
+        return RealField({bytes, length});
+    default:
+        break;
+    }
+    if (!m_convert) {
+        return Field::Text(bytes, length);
+    }
+    CString& converted = m_converted[static_cast<std::size_t>(column)];
+    converted = platform::Utf8ToAnsi({bytes, length});
+    return Field::Text(converted.GetString(), converted.View().size());
+}
+
+} // namespace dbaccess::postgresql

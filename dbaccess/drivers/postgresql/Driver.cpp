@@ -1,0 +1,311 @@
+#include "dbaccess/drivers/postgresql/Driver.h"
+
+#include "dbaccess/drivers/postgresql/Cursor.h"
+#include "dbaccess/drivers/postgresql/Error.h"
+#include "platform/CodePage.h"
+
+#include <libpq-fe.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+namespace dbaccess::postgresql {
+
+namespace {
+
+constexpr const char* kConnectTimeout = "10";
+
+// What the driver relies on, whatever the server, the role or the database presets. Texts of floats that are exact
+// need 3 on servers before 12, where any other number above 0 would do since.
+constexpr std::string_view kSettings = " -c datestyle=ISO,YMD -c standard_conforming_strings=on -c extra_float_digits=3"
+                                       " -c bytea_output=hex";
+
+struct FreeOptions {
+    void operator()(PQconninfoOption* options) const noexcept { PQconninfoFree(options); }
+};
+using ConnectOptions = std::unique_ptr<PQconninfoOption, FreeOptions>;
+
+ConnectOptions ParsedUri(const std::string& uri) { return ConnectOptions(PQconninfoParse(uri.c_str(), nullptr)); }
+
+[[noreturn]] void RefuseUrl()
+{
+    throw CAException("postgresql: cannot be read; write postgresql://USER@HOST:PORT/DATABASE?option=value, and in a "
+                      "name or a password %40 for @, %3A for :, %2F for /, %3F for ?, %26 for & and %25 for %");
+}
+
+bool IsKnown(const std::string& name)
+{
+    // The first is the driver's business; with the second, the server would take no ordinary statements.
+    if (name == "client_encoding" || name == "replication") {
+        return false;
+    }
+    const ConnectOptions known = ParsedUri("postgresql://");
+    const PQconninfoOption* option = known.get();
+    while (option != nullptr && option->keyword != nullptr && name != option->keyword) {
+        ++option;
+    }
+    return option != nullptr && option->keyword != nullptr;
+}
+
+// A password with a character that is a URL's own is cut in two there, and the second part would be taken for a host, a
+// database or an option and be named in an error. So nothing of such a URL is repeated.
+void RefuseCutPassword(std::string_view location)
+{
+    const std::string_view path = location.substr(0, location.find('?'));
+    const std::size_t at = path.rfind('@');
+    if (!path.starts_with("//") || path.find('@') != at || (at != std::string_view::npos && at > path.find('/', 2))) {
+        RefuseUrl();
+    }
+    std::string_view rest = location.substr(std::min(location.size(), path.size() + 1));
+    if (at == std::string_view::npos && path.find(':') != std::string_view::npos &&
+        rest.find('@') != std::string_view::npos) {
+        RefuseUrl();
+    }
+    while (!rest.empty()) {
+        const std::string_view option = rest.substr(0, rest.find('&'));
+        if (option.find('=') == std::string_view::npos) {
+            RefuseUrl();
+        }
+        rest.remove_prefix(std::min(rest.size(), option.size() + 1));
+    }
+}
+
+// Without our own option, and with the "=" of values (options=-c a=b) as the client library wants it.
+std::string UriOf(std::string_view location, const Location& parsed)
+{
+    std::string uri = "postgresql:" + std::string(location.substr(0, location.find('?')));
+    char before = '?';
+    for (const auto& [name, value] : parsed.options) {
+        if (name == "kind") {
+            continue;
+        }
+        if (!IsKnown(name)) {
+            throw CAException(CString("postgresql: knows kind=N and the connection options of libpq, but not ") +
+                              name.c_str());
+        }
+        uri += before + name + '=';
+        for (const char ch : value) {
+            uri += ch == '=' ? std::string("%3D") : std::string(1, ch);
+        }
+        before = '&';
+    }
+    return platform::AnsiToUtf8(uri);
+}
+
+/// The names and values that a connection is asked for with.
+class Wishes {
+public:
+    explicit Wishes(const PQconninfoOption* option)
+    {
+        for (; option->keyword != nullptr; ++option) {
+            if (option->val != nullptr) {
+                m_values.insert_or_assign(option->keyword, option->val);
+            }
+        }
+    }
+
+    void Set(const char* name, std::string value) { m_values.insert_or_assign(name, std::move(value)); }
+    /// The URL's value, else the environment's, else the preset.
+    [[nodiscard]] std::string Get(const char* name, const char* variable, const char* preset) const
+    {
+        const auto found = m_values.find(name);
+        if (found != m_values.end()) {
+            return found->second;
+        }
+        const char* value = std::getenv(variable);
+        return value != nullptr ? value : preset;
+    }
+
+    [[nodiscard]] Handle Connect() const
+    {
+        std::vector<const char*> names;
+        std::vector<const char*> values;
+        for (const auto& [name, value] : m_values) {
+            names.push_back(name.c_str());
+            values.push_back(value.c_str());
+        }
+        names.push_back(nullptr);
+        values.push_back(nullptr);
+        return Handle(PQconnectdbParams(names.data(), values.data(), 0));
+    }
+
+private:
+    std::map<std::string, std::string> m_values;
+};
+
+Wishes ReadWishes(std::string_view location, const Location& parsed)
+{
+    const ConnectOptions options = ParsedUri(UriOf(location, parsed));
+    if (options == nullptr) {
+        RefuseUrl();
+    }
+    Wishes wishes(options.get());
+    if (wishes.Get("port", "", "").find_first_not_of("0123456789,") != std::string::npos) {
+        RefuseUrl();
+    }
+    wishes.Set("connect_timeout", wishes.Get("connect_timeout", "PGCONNECT_TIMEOUT", kConnectTimeout));
+    wishes.Set("options", wishes.Get("options", "PGOPTIONS", "") + std::string(kSettings));
+    wishes.Set("client_encoding", "UTF8");
+    return wishes;
+}
+
+void DropNotice(void* /*context*/, const PGresult* /*notice*/) {}
+
+std::shared_ptr<Connection> Connect(const Wishes& wishes)
+{
+    Handle db = wishes.Connect();
+    if (db == nullptr) {
+        throw std::bad_alloc();
+    }
+    if (PQstatus(db.get()) != CONNECTION_OK) {
+        throw ConnectError(db.get());
+    }
+    PQsetNoticeReceiver(db.get(), &DropNotice, nullptr);
+    return std::make_shared<Connection>(std::move(db));
+}
+
+// The client library hands the variable PGDATESTYLE to the server, where it goes before the options.
+void SetDateStyle(Connection& connection)
+{
+    const char* style = PQparameterStatus(connection.Db(), "DateStyle");
+    if (style == nullptr || std::string_view(style) != "ISO, YMD") {
+        connection.Run("SET datestyle TO ISO, YMD");
+    }
+}
+
+std::string Utf8Of(const char* sql) { return platform::AnsiIsUtf8() ? std::string(sql) : platform::AnsiToUtf8(sql); }
+
+// The server counts the rows that a query gave, too.
+std::int64_t ChangedRows(PGresult* result)
+{
+    constexpr std::array<std::string_view, 4> writes = {"INSERT", "UPDATE", "DELETE", "MERGE"};
+    const std::string_view tag = PQcmdStatus(result);
+    std::int64_t changed = 0;
+    if (std::ranges::any_of(writes, [tag](std::string_view write) { return tag.starts_with(write); })) {
+        const std::string_view digits = PQcmdTuples(result);
+        std::from_chars(digits.data(), digits.data() + digits.size(), changed);
+    }
+    return changed;
+}
+
+class PostgresqlSession final : public Session {
+public:
+    PostgresqlSession(std::shared_ptr<Connection> connection, int dbType)
+        : m_connection(std::move(connection)), m_dbType(dbType)
+    {
+    }
+
+    [[nodiscard]] int DbType() const override { return m_dbType; }
+
+    [[nodiscard]] std::string EngineName() const override
+    {
+        const char* version = PQparameterStatus(m_connection->Db(), "server_version");
+        const std::string_view text = version != nullptr ? version : "";
+        return "PostgreSQL " + std::string(text.substr(0, text.find(' ')));
+    }
+
+    [[nodiscard]] bool IsAlive() const override { return m_connection->IsAlive(); }
+
+    std::int64_t Execute(const char* sql) override
+    {
+        RefuseInLostTransaction();
+        return ChangedRows(m_connection->Run(Utf8Of(sql)).get());
+    }
+
+    std::unique_ptr<Cursor> Query(const char* sql) override
+    {
+        RefuseInLostTransaction();
+        auto rows = std::make_unique<Rows>(m_connection, Utf8Of(sql));
+        rows->Restart();
+        return rows;
+    }
+
+    // The server only warns of a transaction too many or one that is not there.
+    void Begin() override
+    {
+        RefuseInLostTransaction();
+        if (!IsIdle()) {
+            throw CAException("a transaction is already open");
+        }
+        m_connection->Run("BEGIN");
+        m_inTransaction = true;
+    }
+
+    void Commit() override
+    {
+        RefuseInLostTransaction();
+        if (IsIdle()) {
+            throw CAException("no transaction is open");
+        }
+        const Result result = m_connection->Run("COMMIT");
+        // The answer to a COMMIT of what has failed before; it is no error to the server.
+        if (std::string_view(PQcmdStatus(result.get())) == "ROLLBACK") {
+            throw CAException(kRolledBack);
+        }
+        m_inTransaction = false;
+    }
+
+    void Rollback() override
+    {
+        m_inTransaction = false;
+        if (!IsIdle()) {
+            m_connection->Run("ROLLBACK");
+        }
+    }
+
+    // A literal without a type takes that of the column beside it: a date drops the time, a text sorts by it.
+    [[nodiscard]] CString DateLiteral(const Date& date) const override
+    {
+        CString literal;
+        literal.Format("'%04d-%02d-%02d %02d:%02d:%02d'", date.year, date.month, date.day, date.hour, date.minute,
+                       date.second);
+        return literal;
+    }
+
+    [[nodiscard]] CString EscapeText(const CString& text) const override
+    {
+        CString escaped = text;
+        escaped.Replace("'", "''");
+        return escaped;
+    }
+
+private:
+    static constexpr const char* kRolledBack = "the engine has rolled the transaction back after an earlier error";
+
+    /// Whether no transaction is open. A result that is still being read hides that, so its rest is read first.
+    [[nodiscard]] bool IsIdle() const
+    {
+        m_connection->MakeReady();
+        return PQtransactionStatus(m_connection->Db()) == PQTRANS_IDLE;
+    }
+
+    // A commit that fails ends the transaction on the server; what follows would be applied alone.
+    void RefuseInLostTransaction() const
+    {
+        if (m_inTransaction && PQtransactionStatus(m_connection->Db()) == PQTRANS_IDLE) {
+            throw CAException(kRolledBack);
+        }
+    }
+
+    std::shared_ptr<Connection> m_connection;
+    int m_dbType;
+    bool m_inTransaction = false;
+};
+
+} // namespace
+
+std::unique_ptr<Session> OpenSession(std::string_view location)
+{
+    RefuseCutPassword(location);
+    const Location parsed = ParseLocation(location);
+    const int dbType = DbTypeOption(parsed, 3);
+    std::shared_ptr<Connection> connection = Connect(ReadWishes(location, parsed));
+    SetDateStyle(*connection);
+    return std::make_unique<PostgresqlSession>(std::move(connection), dbType);
+}
+
+} // namespace dbaccess::postgresql
