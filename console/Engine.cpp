@@ -5,8 +5,9 @@
 #include "dbaccess/CAConnect.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
+#include <cstdint>
+#include <iterator>
 #include <string_view>
 
 namespace console {
@@ -30,31 +31,53 @@ EngineText WithoutStatement(std::string_view text)
     return {Visible(text.substr(0, end + 1)), std::string(text.substr(begin + 1, end - begin - 1))};
 }
 
-/// The engine's own number without its details; 0 for an engine whose numbers are not known here.
-int SqliteNumber(std::string_view code)
+enum class Trouble : std::uint8_t {
+    passing, ///< of the one statement
+    lasting, ///< no memory, no permission, a damaged file, a node that is not ready: the next statement meets it too
+    busy,    ///< another program's lock
+    full,
+};
+
+struct KnownCode {
+    std::string_view code;
+    Trouble trouble;
+};
+
+// As the drivers write them. Of SQLite the number without its details.
+constexpr KnownCode kKnownCodes[] = {
+    {"SQLite 5", Trouble::busy},         {"SQLite 6", Trouble::lasting},         {"SQLite 7", Trouble::lasting},
+    {"SQLite 8", Trouble::lasting},      {"SQLite 9", Trouble::lasting},         {"SQLite 10", Trouble::lasting},
+    {"SQLite 11", Trouble::lasting},     {"SQLite 13", Trouble::full},           {"SQLite 14", Trouble::lasting},
+    {"SQLite 26", Trouble::lasting},     {"PostgreSQL 25006", Trouble::lasting}, {"PostgreSQL 42501", Trouble::lasting},
+    {"PostgreSQL 53100", Trouble::full}, {"PostgreSQL 53200", Trouble::lasting}, {"PostgreSQL 55P03", Trouble::busy},
+    {"MySQL 1021", Trouble::full},       {"MySQL 1036", Trouble::lasting},       {"MySQL 1044", Trouble::lasting},
+    {"MySQL 1047", Trouble::lasting},    {"MySQL 1114", Trouble::full},          {"MySQL 1142", Trouble::lasting},
+    {"MySQL 1205", Trouble::busy},       {"MySQL 1290", Trouble::lasting},
+};
+
+/// SQLite's numbers carry details above their lowest byte.
+std::string WithoutDetails(std::string_view code)
 {
-    constexpr std::string_view kEngine = "SQLite ";
+    constexpr std::string_view kSqlite = "SQLite ";
     int number = 0;
-    if (code.starts_with(kEngine)) {
-        std::from_chars(code.data() + kEngine.size(), code.data() + code.size(), number);
+    if (!code.starts_with(kSqlite) ||
+        std::from_chars(code.data() + kSqlite.size(), code.data() + code.size(), number).ec != std::errc()) {
+        return std::string(code);
     }
-    return number & 0xFF;
+    return std::string(kSqlite) + std::to_string(number & 0xFF);
 }
 
-bool IsLastingNumber(int number)
+Trouble TroubleOf(std::string_view code)
 {
-    // Busy, locked, no memory, read-only, interrupted, I/O error, damaged, full, cannot open, not a database.
-    constexpr std::array kLasting = {5, 6, 7, 8, 9, 10, 11, 13, 14, 26};
-    return std::ranges::find(kLasting, number) != kLasting.end();
+    const auto* const known = std::ranges::find(kKnownCodes, WithoutDetails(code), &KnownCode::code);
+    return known == std::end(kKnownCodes) ? Trouble::passing : known->trouble;
 }
 
-std::string_view AdviceOn(int number)
+std::string_view AdviceOn(Trouble trouble)
 {
-    constexpr int kBusy = 5;
-    constexpr int kFull = 13;
-    return number == kBusy   ? "; another program is writing to it, try again when that is done"
-           : number == kFull ? "; make room on the disk"
-                             : "";
+    return trouble == Trouble::busy   ? "; another program is writing to it, try again when that is done"
+           : trouble == Trouble::full ? "; make room on the disk"
+                                      : "";
 }
 
 DatabaseError ErrorOf(const CAConnect& conn, const std::string& line, std::string_view code)
@@ -62,8 +85,9 @@ DatabaseError ErrorOf(const CAConnect& conn, const std::string& line, std::strin
     if (!conn.IsOpen()) {
         return {line.empty() ? "the connection is lost" : line, true};
     }
-    const int number = SqliteNumber(code);
-    return {(line.empty() ? "no reason was given" : line) + std::string(AdviceOn(number)), IsLastingNumber(number)};
+    const Trouble trouble = TroubleOf(code);
+    return {(line.empty() ? "no reason was given" : line) + std::string(AdviceOn(trouble)),
+            trouble != Trouble::passing};
 }
 
 } // namespace

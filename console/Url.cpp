@@ -124,10 +124,12 @@ void HideUserPassword(std::string& url)
 void HideNamedPassword(std::string& url, std::string_view name)
 {
     const auto sameLetter = [](unsigned char a, unsigned char b) { return std::tolower(a) == b; };
-    const auto found = std::search(url.begin(), url.end(), name.begin(), name.end(), sameLetter);
-    if (found != url.end()) {
+    auto found = std::search(url.begin(), url.end(), name.begin(), name.end(), sameLetter);
+    while (found != url.end()) {
         const auto begin = static_cast<std::size_t>(found - url.begin()) + name.size();
         url.replace(begin, std::min(url.find_first_of(";&", begin), url.size()) - begin, "***");
+        found = std::search(url.begin() + static_cast<std::ptrdiff_t>(begin), url.end(), name.begin(), name.end(),
+                            sameLetter);
     }
 }
 

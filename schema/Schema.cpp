@@ -17,33 +17,7 @@ namespace {
 // Every directory has this table from its first step on; it tells our files from others.
 constexpr const char* kVersionTable = "qv_Schema";
 constexpr const char* kCreateVersionTable =
-    "CREATE TABLE qv_Schema (Col_Name VARCHAR(64) NOT NULL PRIMARY KEY, Col_Value VARCHAR(64) NOT NULL)";
-
-/// A transaction that is rolled back unless it was committed.
-class Transaction {
-public:
-    explicit Transaction(CAConnect& conn) : m_conn(conn) { m_conn.BeginTrans(); }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    ~Transaction()
-    {
-        if (!m_done) {
-            try {
-                m_conn.RollbackTrans();
-            } catch (const CAException&) { // what made us give up is being reported already
-            }
-        }
-    }
-    void Commit()
-    {
-        m_conn.CommitTrans();
-        m_done = true;
-    }
-
-private:
-    CAConnect& m_conn;
-    bool m_done = false;
-};
+    "CREATE TABLE IF NOT EXISTS qv_Schema (Col_Name VARCHAR(64) NOT NULL PRIMARY KEY, Col_Value VARCHAR(64) NOT NULL)";
 
 std::vector<CString> ReadTexts(CAConnect& conn, const char* sql)
 {
@@ -58,6 +32,62 @@ std::vector<CString> ReadTexts(CAConnect& conn, const char* sql)
     return texts;
 }
 
+/// One step's worth of changes: in a transaction where the engine can, behind a lock where another run could come
+/// between. What is not committed is rolled back.
+class Change {
+public:
+    Change(CAConnect& conn, const Dialect& dialect) : m_conn(conn), m_dialect(dialect)
+    {
+        if (m_dialect.stepIsTransaction) {
+            m_conn.BeginTrans();
+        }
+        try {
+            Ask(m_dialect.lock);
+        } catch (const CAException&) {
+            GiveUp();
+            throw;
+        }
+    }
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+    ~Change() { GiveUp(); }
+
+    void Commit()
+    {
+        if (m_dialect.stepIsTransaction) {
+            m_conn.CommitTrans();
+        }
+        Ask(m_dialect.unlock);
+        m_done = true;
+    }
+
+private:
+    void Ask(const std::string& query)
+    {
+        if (!query.empty()) {
+            ReadTexts(m_conn, query.c_str());
+        }
+    }
+    void GiveUp() noexcept
+    {
+        if (m_done) {
+            return;
+        }
+        m_done = true;
+        try {
+            if (m_dialect.stepIsTransaction) {
+                m_conn.RollbackTrans();
+            }
+            Ask(m_dialect.unlock);
+        } catch (const CAException&) { // what made us give up is being reported already
+        }
+    }
+
+    CAConnect& m_conn;
+    const Dialect& m_dialect;
+    bool m_done = false;
+};
+
 bool SameName(std::string_view a, std::string_view b) { return platform::UpperUtf8(a) == platform::UpperUtf8(b); }
 
 CString ReadSetting(CAConnect& conn, const char* name)
@@ -70,12 +100,12 @@ CString ReadSetting(CAConnect& conn, const char* name)
 
 void WriteSetting(CAConnect& conn, const char* name, const char* value)
 {
+    // Not by the count of an update, which some engines make of the rows that it really changes.
     CString sql;
-    sql.Format("UPDATE qv_Schema SET Col_Value = '%s' WHERE Col_Name = '%s'", value, name);
-    if (conn.Execute(sql) == 0) {
-        sql.Format("INSERT INTO qv_Schema (Col_Name, Col_Value) VALUES ('%s', '%s')", name, value);
-        conn.Execute(sql);
-    }
+    sql.Format("DELETE FROM qv_Schema WHERE Col_Name = '%s'", name);
+    conn.Execute(sql);
+    sql.Format("INSERT INTO qv_Schema (Col_Name, Col_Value) VALUES ('%s', '%s')", name, value);
+    conn.Execute(sql);
 }
 
 // 0, the version of no tables at all, for what is no number.
@@ -109,11 +139,11 @@ void ApplyStep(CAConnect& conn, const Step& step, int version)
     WriteSetting(conn, "version", number);
 }
 
-// One step in one transaction. The version is read again inside it: another run may have been quicker.
+// One step. The version is read again inside it: another run may have been quicker.
 Status NextStep(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress)
 {
     const int newest = static_cast<int>(steps.size());
-    Transaction transaction(conn);
+    Change change(conn, DialectOf(conn));
     const Status status = InspectFor(conn, newest);
     if (status.state == State::foreign) {
         throw CAException("the database holds other tables than a directory's");
@@ -136,7 +166,7 @@ Status NextStep(CAConnect& conn, const std::vector<Step>& steps, const Progress&
         progress(status.version + 1, step.title);
     }
     ApplyStep(conn, step, status.version + 1);
-    transaction.Commit();
+    change.Commit();
     return {status.version + 1 == newest ? State::current : State::older, status.version + 1, newest};
 }
 
@@ -148,6 +178,12 @@ const Dialect& DialectOf(CAConnect& conn)
     if (engine.View().starts_with("SQLite")) {
         return sqlite::TheDialect();
     }
+    if (engine.View().starts_with("PostgreSQL")) {
+        return postgresql::TheDialect();
+    }
+    if (engine.View().starts_with("MariaDB") || engine.View().starts_with("MySQL")) {
+        return mysql::TheDialect();
+    }
     throw CAException("there are no tables for the engine " + engine);
 }
 
@@ -155,6 +191,9 @@ Status Inspect(CAConnect& conn) { return InspectFor(conn, static_cast<int>(Diale
 
 void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress)
 {
+    if (const auto& check = DialectOf(conn).check) {
+        check(conn);
+    }
     while (NextStep(conn, steps, progress).state != State::current) {
     }
 }
@@ -163,13 +202,14 @@ void Upgrade(CAConnect& conn, const Progress& progress) { Upgrade(conn, DialectO
 
 void RefreshIndexes(CAConnect& conn)
 {
-    if (ReadSetting(conn, "upper") == platform::UnicodeVersion()) {
+    const Dialect& dialect = DialectOf(conn);
+    if (dialect.rebuildIndexes.empty() || ReadSetting(conn, "upper") == platform::UnicodeVersion()) {
         return;
     }
-    Transaction transaction(conn);
-    conn.Execute(DialectOf(conn).rebuildIndexes.c_str());
+    Change change(conn, dialect);
+    conn.Execute(dialect.rebuildIndexes.c_str());
     WriteSetting(conn, "upper", platform::UnicodeVersion());
-    transaction.Commit();
+    change.Commit();
 }
 
 } // namespace schema

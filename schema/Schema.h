@@ -36,8 +36,10 @@ using Progress = std::function<void(int version, const std::string& title)>;
 Status Inspect(CAConnect& conn);
 
 /// Makes or upgrades the tables, step by step. Each step and its new version number are applied together or not at all,
-/// so a run that is killed is carried on by the next one; of two runs at once one does the work and both succeed.
-/// @throws CAException when the engine refuses, when the database holds foreign tables and when its version is newer.
+/// or, where the engine cannot, so that a step may be begun again; a run that is killed is carried on by the next one;
+/// of two runs at once one does the work and both succeed.
+/// @throws CAException when the engine refuses, when its settings rule a directory out, when the database holds foreign
+/// tables and when its version is newer.
 void Upgrade(CAConnect& conn, const Progress& progress = {});
 
 /// The same with steps of the caller's, for tests.

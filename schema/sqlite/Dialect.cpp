@@ -8,9 +8,13 @@ namespace schema::sqlite {
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        {{"tables", SplitStatements(k_001_tables)}, {"indexes", SplitStatements(k_002_indexes)}},
-        "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'",
-        "REINDEX",
+        .steps = {{"tables", SplitStatements(k_001_tables)}, {"indexes", SplitStatements(k_002_indexes)}},
+        .listTables = "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'",
+        .rebuildIndexes = "REINDEX",
+        .stepIsTransaction = true,
+        .lock = {},
+        .unlock = {},
+        .check = {},
     };
     return dialect;
 }

@@ -24,7 +24,7 @@ protected:
     {
         CString text = type == 2 ? CString(loginName) + password : CString(password);
         EXPECT_TRUE(CQVBaseFun::Encrypt(text, "", type));
-        EXPECT_TRUE(CQVBaseFun::UpdateItemPassword(m_conn, loginName, text, type));
+        EXPECT_TRUE(CQVBaseFun::UpdateItemPassword(m_conn, loginName, Given(text), type));
     }
 
     bool Matches(const char* loginName, const char* password)
@@ -136,7 +136,7 @@ TEST_P(PasswordsOnAnEngine, AKeyIsAddedWithoutAGenreAndThenUpdated)
     EXPECT_EQ(Key(), "");
     EXPECT_TRUE(CQVBaseFun::SetEncryptKey(m_conn, "first"));
     EXPECT_EQ(Key(), "first");
-    EXPECT_TRUE(CQVBaseFun::SetEncryptKey(m_conn, R"(sec\ond é Ю)"));
+    EXPECT_TRUE(CQVBaseFun::SetEncryptKey(m_conn, Given(R"(sec\ond é Ю)")));
     EXPECT_EQ(Key(), R"(sec\ond é Ю)");
     EXPECT_THAT(Rows("SELECT Col_Data, Col_Genre FROM Tab_Config WHERE Col_Name = 'EncryptKey'"),
                 ElementsAre(R"(sec\ond é Ю|)"));

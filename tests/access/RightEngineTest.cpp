@@ -45,17 +45,18 @@ protected:
 
 TEST_P(ItemRightsOnAnEngine, ARightIsGivenFoundChangedAndTaken)
 {
-    Grant(5, R"(g\ é)", "n", -1);
+    const CString genre = Given(R"(g\ é)");
+    Grant(5, genre, "n", -1);
     EXPECT_THAT(All(), ElementsAre(R"(5|3|g\ é|n|-1|7)"));
-    EXPECT_TRUE(Exists(5, 3, R"(g\ é)", "n"));
-    EXPECT_FALSE(Exists(5, 2, R"(g\ é)", "n"));
-    EXPECT_FALSE(Exists(5, 3, "n", R"(g\ é)"));
+    EXPECT_TRUE(Exists(5, 3, genre, "n"));
+    EXPECT_FALSE(Exists(5, 2, genre, "n"));
+    EXPECT_FALSE(Exists(5, 3, "n", genre));
     int power = 77;
-    EXPECT_TRUE(CQVBaseFun::LoadItemAceInfo(m_conn, 5, 3, R"(g\ é)", "n", power));
+    EXPECT_TRUE(CQVBaseFun::LoadItemAceInfo(m_conn, 5, 3, genre, "n", power));
     EXPECT_EQ(power, -1);
-    EXPECT_TRUE(CQVBaseFun::UpdateItemAce(m_conn, 5, 3, R"(g\ é)", "n", 4));
+    EXPECT_TRUE(CQVBaseFun::UpdateItemAce(m_conn, 5, 3, genre, "n", 4));
     EXPECT_THAT(All(), ElementsAre(R"(5|3|g\ é|n|4|7)"));
-    EXPECT_TRUE(CQVBaseFun::DeleteItemAce(m_conn, 5, 3, R"(g\ é)", "n"));
+    EXPECT_TRUE(CQVBaseFun::DeleteItemAce(m_conn, 5, 3, genre, "n"));
     EXPECT_THAT(All(), IsEmpty());
     ExpectNoError();
 }
@@ -390,16 +391,16 @@ TEST_P(ObjectRightsOnAnEngine, ARecordIsSavedWithEveryMember)
     item.m_nQvItemType = 2;
     item.m_nClassID = 3;
     item.m_nObjID = 4;
-    item.m_strFunName = R"(n\ é)";
+    item.m_strFunName = Given(R"(n\ é)");
     item.m_strFunGenre = "g";
     item.m_nPower = -1;
     item.m_nUnPower = 5;
-    item.m_strQvItemName = R"(O'Neil\ Ю)";
+    item.m_strQvItemName = Given(R"(O'Neil\ Ю)");
     item.m_nCreatorID = 6;
     item.m_strCreatorName = "d'Arc";
     item.m_dtCreate = COleDateTime(1987, 6, 5, 4, 3, 2);
     EXPECT_TRUE(item.SaveData(m_conn));
-    EXPECT_STREQ(item.m_strQvItemName, R"(O''Neil\ Ю)");
+    EXPECT_STREQ(item.m_strQvItemName, Given(R"(O''Neil\ Ю)"));
     EXPECT_THAT(Rows("SELECT Col_QvItemID, Col_QvItemType, Col_ClassID, Col_ObjID, Col_FunName, Col_FunGenre, "
                      "Col_Power, Col_UnPower, Col_QvItemName, Col_Creator_ID, Col_Creator_Name, Col_Dt_Create FROM "
                      "Tab_BIOAce"),

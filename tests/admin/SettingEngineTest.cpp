@@ -129,7 +129,7 @@ TEST_P(SettingsOnAnEngine, DocumentSettingsAreAddedUpdatedTestedForAndRead)
     EXPECT_FALSE(Exists(&CQVBaseFun::ExistKelDocConfig, "n"));
     Add("n", "elsewhere", "other");
     EXPECT_FALSE(Exists(&CQVBaseFun::ExistKelDocConfig, "n"));
-    EXPECT_TRUE(CQVBaseFun::InsertKelDocConfig(m_conn, "n", R"(v\1 é Ю)"));
+    EXPECT_TRUE(CQVBaseFun::InsertKelDocConfig(m_conn, "n", Given(R"(v\1 é Ю)")));
     EXPECT_TRUE(CQVBaseFun::InsertKelDocConfig(m_conn, "m", "v2"));
     EXPECT_TRUE(Exists(&CQVBaseFun::ExistKelDocConfig, "n"));
     EXPECT_TRUE(CQVBaseFun::GetKelDocConfig(m_conn, "n", value));

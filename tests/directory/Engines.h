@@ -7,6 +7,7 @@
 #include "schema/Schema.h"
 #include "tests/basefun/ErrorWatch.h"
 #include "tests/platform/AnsiCodePageScope.h"
+#include "tests/servers/Servers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -28,6 +29,8 @@ struct Engine {
     std::string name;
     /// A URL of a database without tables; the folder is the test's own and goes with it.
     std::function<std::string(const fs::path& folder)> emptyDatabase;
+    /// Whether = tells letters apart by case, and texts by blanks at their end.
+    bool tellsCase = true;
 };
 
 inline std::ostream& operator<<(std::ostream& out, const Engine& engine) { return out << engine.name; }
@@ -37,6 +40,8 @@ inline std::vector<Engine> All()
     return {
         {"memory", [](const fs::path&) { return std::string("sqlite::memory:"); }},
         {"file", [](const fs::path& folder) { return "sqlite:" + (folder / "directory.db").string(); }},
+        {"postgresql", [](const fs::path&) { return servers::NewDatabase("postgresql"); }},
+        {"mariadb", [](const fs::path&) { return servers::NewDatabase("mariadb"); }, false},
     };
 }
 
@@ -73,6 +78,26 @@ protected:
         m_conn.Close();
         fs::remove_all(m_folder);
     }
+
+    /// A text for an operation that puts it into its statement as it is: on engine kind 6 that wants backslashes
+    /// doubled.
+    [[nodiscard]] CString Given(const char* text) const
+    {
+        CString given = text;
+        if (m_conn.m_nDBType == 6) {
+            given.Replace("\\", "\\\\");
+        }
+        return given;
+    }
+    /// What such a text is once it is stored.
+    [[nodiscard]] CString Stored(CString given) const
+    {
+        if (m_conn.m_nDBType == 6) {
+            given.Replace("\\\\", "\\");
+        }
+        return given;
+    }
+    [[nodiscard]] static bool TellsCase() { return GetParam().tellsCase; }
 
     void Execute(const std::string& sql) { m_conn.Execute(sql.c_str()); }
 

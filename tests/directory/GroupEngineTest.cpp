@@ -73,7 +73,7 @@ protected:
 TEST_P(GroupsOnAnEngine, ARecordIsSavedAndLoadedWithoutItsTimeOfDay)
 {
     CGroupItem saved;
-    saved.m_strName = R"(Sa\les é Ю)";
+    saved.m_strName = Given(R"(Sa\les é Ю)");
     saved.m_strDescription = "Sells";
     saved.m_strCreatorName = "amy";
     saved.m_dtCreate = COleDateTime(1987, 6, 5, 4, 3, 2);
@@ -87,7 +87,7 @@ TEST_P(GroupsOnAnEngine, ARecordIsSavedAndLoadedWithoutItsTimeOfDay)
     CGroupItem item;
     EXPECT_TRUE(CQVBaseFun::GetGroupIDByName(m_conn, "", item.m_nID));
     EXPECT_TRUE(item.LoadInfoByID(m_conn));
-    EXPECT_STREQ(item.m_strName, saved.m_strName);
+    EXPECT_STREQ(item.m_strName, Stored(saved.m_strName));
     EXPECT_STREQ(item.m_strDescription, "Sells");
     EXPECT_STREQ(item.m_strCreatorName, "amy");
     EXPECT_EQ(item.m_dtCreate, COleDateTime(1987, 6, 5, 0, 0, 0));
@@ -172,7 +172,7 @@ TEST_P(GroupsOnAnEngine, TheIdByNameAndOwnerLooksAtNoTypes)
     EXPECT_TRUE(CQVBaseFun::GetGroupIDByNameAndOwner(m_conn, "Sales", id, 7));
     EXPECT_EQ(id, -1);
     EXPECT_TRUE(CQVBaseFun::GetGroupIDByNameAndOwner(m_conn, "SALES", id, 5));
-    EXPECT_EQ(id, -1);
+    EXPECT_EQ(id, TellsCase() ? -1 : sales);
     ExpectNoError();
 }
 
@@ -342,7 +342,7 @@ protected:
 TEST_P(ViewsOnAnEngine, ARecordIsSavedAndLoadedWithoutItsTimeOfDay)
 {
     CViewItem saved;
-    saved.m_strName = R"(Ma\in é Ю)";
+    saved.m_strName = Given(R"(Ma\in é Ю)");
     saved.m_nType = 3;
     saved.m_strDescription = "The main one";
     saved.m_nOwnerID = 4;
@@ -359,7 +359,7 @@ TEST_P(ViewsOnAnEngine, ARecordIsSavedAndLoadedWithoutItsTimeOfDay)
     CViewItem item;
     EXPECT_TRUE(CQVBaseFun::GetViewIDByName(m_conn, saved.m_strName, 3, item.m_nID));
     EXPECT_EQ(item.LoadInfoByID(m_conn), 1);
-    EXPECT_STREQ(item.m_strName, saved.m_strName);
+    EXPECT_STREQ(item.m_strName, Stored(saved.m_strName));
     EXPECT_EQ(item.m_nType, 3);
     EXPECT_STREQ(item.m_strDescription, "The main one");
     EXPECT_EQ(item.m_nOwnerID, 4);
@@ -412,10 +412,12 @@ TEST_P(ViewsOnAnEngine, ANameIsFoundExactlyAndTakenInAnyLetters)
     int found = 77;
     EXPECT_TRUE(CQVBaseFun::GetViewIDByName(m_conn, "José", 2, found));
     EXPECT_EQ(found, id);
-    for (const char* name : {"JOSÉ", "josé", "Jos"}) {
+    for (const char* name : {"JOSÉ", "josé"}) {
         EXPECT_TRUE(CQVBaseFun::GetViewIDByName(m_conn, name, 2, found));
-        EXPECT_EQ(found, 0) << name;
+        EXPECT_EQ(found, TellsCase() ? 0 : id) << name;
     }
+    EXPECT_TRUE(CQVBaseFun::GetViewIDByName(m_conn, "Jos", 2, found));
+    EXPECT_EQ(found, 0);
     EXPECT_TRUE(CQVBaseFun::GetViewIDByName(m_conn, "José", 1, found));
     EXPECT_EQ(found, 0);
     for (const char* name : {"José", "JOSÉ", "josé"}) {

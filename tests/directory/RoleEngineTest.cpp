@@ -60,7 +60,7 @@ protected:
 TEST_P(RolesOnAnEngine, ARecordIsSavedAndLoadedWithItsTimeOfDay)
 {
     CRoleItem saved;
-    saved.m_strName = R"(cl\erk é Ю)";
+    saved.m_strName = Given(R"(cl\erk é Ю)");
     saved.m_strDescription = "d";
     saved.m_strCreatorName = "c";
     saved.m_strAppName = "a";
@@ -77,7 +77,7 @@ TEST_P(RolesOnAnEngine, ARecordIsSavedAndLoadedWithItsTimeOfDay)
     CRoleItem item;
     EXPECT_TRUE(CQVBaseFun::GetRoleIDByName(m_conn, saved.m_strName, "a", 2, item.m_nID));
     EXPECT_TRUE(item.LoadData(m_conn));
-    EXPECT_STREQ(item.m_strName, saved.m_strName);
+    EXPECT_STREQ(item.m_strName, Stored(saved.m_strName));
     EXPECT_STREQ(item.m_strDescription, "d");
     EXPECT_STREQ(item.m_strCreatorName, "c");
     EXPECT_STREQ(item.m_strAppName, "a");
@@ -138,9 +138,9 @@ TEST_P(RolesOnAnEngine, ANameIsFoundExactlyAndTakenInAnyLettersWithinApplication
     EXPECT_TRUE(CQVBaseFun::GetRoleIDByName(m_conn, "José", "Tolvan", 2, found));
     EXPECT_EQ(found, static_cast<int>(id));
     EXPECT_TRUE(CQVBaseFun::GetRoleIDByName(m_conn, "JOSÉ", "Tolvan", 2, found));
-    EXPECT_EQ(found, 0);
+    EXPECT_EQ(found, TellsCase() ? 0 : static_cast<int>(id));
     EXPECT_TRUE(CQVBaseFun::GetRoleIDByName(m_conn, "José", "TOLVAN", 2, found));
-    EXPECT_EQ(found, 0);
+    EXPECT_EQ(found, TellsCase() ? 0 : static_cast<int>(id));
     EXPECT_TRUE(Exists("José", "Tolvan", 2));
     EXPECT_TRUE(Exists("JOSÉ", "tolvan", 2));
     EXPECT_FALSE(Exists("José", "Other", 2));
@@ -196,7 +196,9 @@ TEST_P(RolesOnAnEngine, ARoleIsDeletedAndItsRelationsStay)
 TEST_P(RolesOnAnEngine, TheDefaultRoleIsThatOfThisSystem)
 {
     Add("everyone", "Other");
-    Add("Everyone");
+    if (TellsCase()) {
+        Add("Everyone");
+    }
     int id = 77;
     CString name = "n";
     CString description = "d";
@@ -369,7 +371,7 @@ TEST_P(JobTitlesOnAnEngine, ARecordIsSavedWithEveryMember)
     CJobTitleItem item;
     item.m_nQvItemID = 1;
     item.m_nQvItemType = 2;
-    item.m_strJobTitle = R"(Ch\ief é Ю)";
+    item.m_strJobTitle = Given(R"(Ch\ief é Ю)");
     item.m_nDQvItemID = 3;
     item.m_nDQvItemType = 4;
     item.m_strDescription = "d";
@@ -388,9 +390,13 @@ TEST_P(JobTitlesOnAnEngine, MembersAreListedByHolderAndTheTitlesLetters)
     Give(5, 43, "chief", "Cid");
     Give(6, 44, "Chief", "Dan");
     Give(5, 45, "Chief", "Eve", 4);
-    EXPECT_THAT(Names(5, 2, "Chief"), UnorderedElementsAre("Amy", "Bob"));
-    EXPECT_THAT(Names(5, 2, "chief"), ElementsAre("Cid"));
-    EXPECT_THAT(Names(5, 2, "CHIEF"), IsEmpty());
+    if (TellsCase()) {
+        EXPECT_THAT(Names(5, 2, "Chief"), UnorderedElementsAre("Amy", "Bob"));
+        EXPECT_THAT(Names(5, 2, "chief"), ElementsAre("Cid"));
+        EXPECT_THAT(Names(5, 2, "CHIEF"), IsEmpty());
+    } else {
+        EXPECT_THAT(Names(5, 2, "CHIEF"), UnorderedElementsAre("Amy", "Bob", "Cid"));
+    }
     CUIntArray ids;
     CStringArray names;
     EXPECT_TRUE(CQVBaseFun::LoadJobTitleInfo(m_conn, 6, 2, ids, names, "Chief"));
@@ -421,7 +427,7 @@ TEST_P(JobTitlesOnAnEngine, ATitleIsTestedForAndDeletedByHolderMemberAndTitle)
     EXPECT_TRUE(Exists(5, 2, 41, 1, "Chief"));
     EXPECT_FALSE(Exists(7, 2, 41, 1, "Chief"));
     EXPECT_FALSE(Exists(5, 2, 43, 1, "Chief"));
-    EXPECT_FALSE(Exists(5, 2, 41, 1, "chief"));
+    EXPECT_EQ(Exists(5, 2, 41, 1, "chief"), !TellsCase());
     EXPECT_TRUE(CQVBaseFun::DeleteJobTitle(m_conn, 5, 2, 41, 1, "Chief"));
     EXPECT_FALSE(Exists(5, 2, 41, 1, "Chief"));
     EXPECT_TRUE(Exists(5, 2, 41, 1, "Clerk"));

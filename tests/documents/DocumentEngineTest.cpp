@@ -67,7 +67,7 @@ protected:
 TEST_P(DocumentsOnAnEngine, ARootIsSavedLoadedAndUpdatedWithEveryMember)
 {
     CDocRootItem saved;
-    saved.m_strName = R"(Main\ é Ю)";
+    saved.m_strName = Given(R"(Main\ é Ю)");
     saved.m_strDesc = "d";
     saved.m_strDataPath = R"(C:\data)";
     saved.m_dtCreate = COleDateTime(1987, 6, 5, 4, 3, 2);
@@ -80,7 +80,7 @@ TEST_P(DocumentsOnAnEngine, ARootIsSavedLoadedAndUpdatedWithEveryMember)
     saved.m_nOwnerID = 4;
     EXPECT_TRUE(saved.SaveData(m_conn));
     CDocRootItem item;
-    EXPECT_TRUE(CQVBaseFun::GetDRItemIDByName(m_conn, R"(Main\ é Ю)", 3, item.m_nID));
+    EXPECT_TRUE(CQVBaseFun::GetDRItemIDByName(m_conn, saved.m_strName, 3, item.m_nID));
     EXPECT_TRUE(item.LoadData(m_conn));
     EXPECT_STREQ(item.m_strName, R"(Main\ é Ю)");
     EXPECT_STREQ(item.m_strDesc, "d");
@@ -211,8 +211,8 @@ TEST_P(DocumentsOnAnEngine, RootsAreChangedAndDeletedAloneAndLinksByTheirThreeId
 
 TEST_P(DocumentsOnAnEngine, LinksAreSavedWithEveryMember)
 {
-    const auto fill = [](DocLink& link) {
-        link.m_strDispName = R"(dn\)";
+    const auto fill = [this](DocLink& link) {
+        link.m_strDispName = Given(R"(dn\)");
         link.m_nStyle = 1;
         link.m_nHaveSubItem = 2;
         link.m_nPObjID = 3;
@@ -247,7 +247,7 @@ TEST_P(DocumentsOnAnEngine, LinksAreSavedWithEveryMember)
 TEST_P(DocumentsOnAnEngine, AFolderIsSavedWithEveryMember)
 {
     CDocFolderItem item;
-    item.m_strName = R"(Letters\ é)";
+    item.m_strName = Given(R"(Letters\ é)");
     item.m_nStyle = -1;
     item.m_bHaveSubItem = true;
     item.m_nGClassID = 1;

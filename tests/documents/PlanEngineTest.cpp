@@ -61,7 +61,7 @@ TEST_P(PlansOnAnEngine, APlanIsAddedFoundChangedAndDeleted)
     EXPECT_STREQ(data, "before");
     EXPECT_TRUE(CQVBaseFun::GetFileBackPlanInfo(m_conn, id, data));
     EXPECT_STREQ(data, "S-nightly");
-    EXPECT_TRUE(CQVBaseFun::UpdateBackupPlanInfo(m_conn, id, "daily", R"(d\)", "s"));
+    EXPECT_TRUE(CQVBaseFun::UpdateBackupPlanInfo(m_conn, id, "daily", Given(R"(d\)"), "s"));
     CUIntArray ids;
     CStringArray names;
     CStringArray descriptions;
@@ -137,7 +137,7 @@ TEST_P(PlansOnAnEngine, AGroupBringsItsGroupsAndUsersAlongAndTwiceOnRequest)
 
 TEST_P(PlansOnAnEngine, TheLogTakesEveryTextAndItsOwnGenre)
 {
-    EXPECT_TRUE(CQVBaseFun::InsertDocLog(m_conn, 105, 7, R"(opened\ é)", "open", 41, "Amy"));
+    EXPECT_TRUE(CQVBaseFun::InsertDocLog(m_conn, 105, 7, Given(R"(opened\ é)"), "open", 41, "Amy"));
     EXPECT_THAT(Rows("SELECT Col_Content, Col_Type, Col_R_ClassID, Col_R_ObjID, Col_Creator_ID, Col_Creator_Name, "
                      "Col_Genre FROM Tab_Doc_Log"),
                 ElementsAre(R"(opened\ é|open|105|7|41|Amy|KelDoc)"));

@@ -1,0 +1,45 @@
+#include "schema/Dialect.h"
+
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CAException.h"
+#include "dbaccess/CARecordset.h"
+#include "schema/PostgresqlStatements.h"
+#include "schema/StatementSplitter.h"
+
+namespace schema::postgresql {
+
+namespace {
+
+// Names are found through upper(), which has to fold what CString::MakeUpper folds. 233 and 1103 are letters whose
+// capitals are 201 and 1071.
+void RequireCapitalsOfAllLetters(CAConnect& conn)
+{
+    CARecordset rs;
+    int folds = 0;
+    rs.Open("SELECT CASE WHEN current_setting('server_encoding') = 'UTF8' AND upper(U&'\\00e9\\044f') = "
+            "U&'\\00c9\\042f' THEN 1 ELSE 0 END",
+            &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    rs.GetValue(1, folds);
+    if (folds == 0) {
+        throw CAException("the capitals of this database are those of a to z alone, so that login names could not be "
+                          "found; make it with ENCODING 'UTF8', LOCALE 'C.UTF-8' and TEMPLATE template0");
+    }
+}
+
+} // namespace
+
+const Dialect& TheDialect()
+{
+    static const Dialect dialect{
+        .steps = {{"tables", SplitStatements(k_001_tables)}, {"indexes", SplitStatements(k_002_indexes)}},
+        .listTables = "SELECT tablename FROM pg_catalog.pg_tables WHERE schemaname = current_schema()",
+        .rebuildIndexes = {}, // upper() is the server's own
+        .stepIsTransaction = true,
+        .lock = "SELECT pg_advisory_xact_lock(hashtext('qv_Schema'))",
+        .unlock = {},
+        .check = RequireCapitalsOfAllLetters,
+    };
+    return dialect;
+}
+
+} // namespace schema::postgresql

@@ -1,0 +1,98 @@
+#include "tests/servers/Servers.h"
+
+#include "ConsoleFixture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+/// The main job on each engine, with texts that hold what engines take for their own.
+class ServersTest : public ConsoleFixture, public testing::WithParamInterface<const char*> {
+protected:
+    void SetUp() override
+    {
+        ConsoleFixture::SetUp();
+        m_options.environment["QVADMIN_DB"] =
+            GetParam() == std::string("sqlite") ? "sqlite:" + Path("directory.db") : servers::NewDatabase(GetParam());
+        Init();
+    }
+
+    std::string Done(const std::vector<std::string>& arguments)
+    {
+        const ChildResult result = Run(arguments);
+        EXPECT_EQ(result.exit, 0) << result.err;
+        return result.out;
+    }
+};
+
+TEST_P(ServersTest, PeopleAreImportedWithTheirDepartmentsAndDrawn)
+{
+    WriteFile("p.csv", "login,name,department\namy,Amy O'Neil\\,Sales/North\nJos\xC3\xA9,Jos\xC3\xA9,Service\n");
+    Done({"view", "create", R"(Com'pany\)"});
+    Done({"user", "import", "p.csv", "--departments", R"(Com'pany\)"});
+    const std::string tree = Done({"group", "tree", "--users"});
+    EXPECT_THAT(tree, HasSubstr(R"(Com'pany\ (0, 2 below))"));
+    EXPECT_THAT(tree, HasSubstr(R"(amy: Amy O'Neil\)"));
+    const ChildResult again = Run({"user", "import", "p.csv", "--departments", R"(Com'pany\)", "--update"});
+    EXPECT_THAT(again.err, HasSubstr("0 created, 0 updated, 2 unchanged, 0 failed"));
+    EXPECT_EQ(Run({"user", "create", "JOS\xC3\x89"}).exit, 4); // taken, in other letters
+}
+
+TEST_P(ServersTest, ARoleARightAndAPasswordWork)
+{
+    Done({"user", "create", "amy"});
+    Done({"role", "default", "--create"});
+    Done({"role", "create", R"(Ed'it\ors)"});
+    Done({"role", "add", R"(Ed'it\ors)", "amy"});
+    Done({"right", "grant", R"(role:Ed'it\ors)", R"(Mes'sages\)", "Size", "50"});
+    EXPECT_THAT(Done({"right", "explain", "amy", R"(Mes'sages\)", "Size", "--limit"}), HasSubstr("has the limit 50"));
+    EXPECT_EQ(RunWith("ge'h\\eim\n", {"user", "password", "set", "amy", "--password-stdin"}).exit, 0);
+    EXPECT_EQ(RunWith("ge'h\\eim\n", {"user", "password", "check", "amy", "--password-stdin"}).out, "true\n");
+    EXPECT_EQ(RunWith("geheim\n", {"user", "password", "check", "amy", "--password-stdin"}).exit, 3);
+    Done({"user", "delete", "amy", "--yes"});
+    EXPECT_THAT(Done({"role", "members", R"(Ed'it\ors)", "-o", "csv"}), Not(HasSubstr("amy")));
+}
+
+TEST_P(ServersTest, DocumentsPlansAddInsAndSettingsKeepTheirTexts)
+{
+    Done({"user", "create", "amy"});
+    Done({"docroot", "create", "Main", "--path", R"(C:\da'ta\x)", "--type", "1"});
+    EXPECT_THAT(Done({"docroot", "list"}), HasSubstr(R"(C:\da'ta\x)"));
+    Done({"folder", "create", R"(/Main/Let'ters\\/2024)", "--parents"});
+    EXPECT_THAT(Done({"folder", "tree"}), HasSubstr(R"(Let'ters\ (id 1))"));
+    Done({"folder", "delete", R"(/Main/Let'ters\\)", "--recursive", "--yes"});
+    Done({"plan", "create", "Nightly", "--data", R"(a'b\)"});
+    Done({"plan", "assign", "Nightly", "user:amy"});
+    EXPECT_THAT(Done({"plan", "of", "user:amy"}), HasSubstr("Nightly"));
+    Done({"addin", "create", R"(Cal'\)", "--type", "1", "--data", R"(x'\y)"});
+    EXPECT_THAT(Done({"addin", "show", R"(Cal'\)"}), HasSubstr(R"(x'\y)"));
+    Done({"package", "install", "Tools", "--version", "3"});
+    Done({"package", "remove", "Tools", "--yes"});
+    Done({"setting", "set", "X", R"(a'b\)", "--genre", "G"});
+    EXPECT_THAT(Done({"setting", "list"}), HasSubstr(R"(a'b\)"));
+    Done({"message", "purge", "--keep-days", "3", "--yes"});
+    Done({"message", "sweep", "--yes"});
+    EXPECT_THAT(Done({"message", "stats"}), HasSubstr("messages"));
+    Done({"board", "list"});
+}
+
+TEST_P(ServersTest, StatusNamesEngineAndVersion)
+{
+    const std::string status = Done({"db", "status"});
+    EXPECT_THAT(status, HasSubstr(GetParam() == std::string("sqlite")       ? "SQLite"
+                                  : GetParam() == std::string("postgresql") ? "PostgreSQL"
+                                                                            : "MariaDB"));
+    EXPECT_THAT(status, HasSubstr("current"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, ServersTest, testing::Values("sqlite", "postgresql", "mariadb"),
+                         [](const testing::TestParamInfo<const char*>& engine) { return std::string(engine.param); });
+
+} // namespace
