@@ -4,6 +4,7 @@
 
 using frame::AsDateAndTime;
 using frame::Columns;
+using frame::Plain;
 
 // ---- Bulletin board ----------------------------------------------------------------------------------------------
 // No read looks at whether its statement opened.
@@ -15,20 +16,20 @@ bool CQVBaseFun::LoadBulletinInfo(CAConnect& conn, CStringArray& ids, CStringArr
     return frame::ReadEachRegardless(conn,
                                      "SELECT Col_ID, Col_Creator_Name, Col_Subject, Col_Dt_Create FROM Kel_Board "
                                      "ORDER BY Col_Dt_Create DESC",
-                                     Columns(ids, creators, subjects, AsDateAndTime(times)));
+                                     Columns(Plain(ids), Plain(creators), Plain(subjects), AsDateAndTime(times)));
 }
 
 bool CQVBaseFun::GetBulletinContent(CAConnect& conn, CString boardID, CString& content)
 {
     return frame::ReadFirstRegardless(conn, FormatSql("SELECT Col_Content FROM Kel_Board WHERE Col_ID = '%s'", boardID),
-                                      Columns(content));
+                                      Columns(Plain(content)));
 }
 
 bool CQVBaseFun::LoadBulletinAttachments(CAConnect& conn, CString boardID, CStringArray& fileNames)
 {
     return frame::ReadEachRegardless(
         conn, FormatSql("SELECT Col_FileName FROM Kel_Board_Attach WHERE Col_BoardID = '%s'", boardID),
-        Columns(fileNames));
+        Columns(Plain(fileNames)));
 }
 
 bool CQVBaseFun::LoadBulletinReplyInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& creators,
@@ -37,7 +38,7 @@ bool CQVBaseFun::LoadBulletinReplyInfo(CAConnect& conn, CString boardID, CUIntAr
     const CString sql = FormatSql("SELECT Col_ID, Col_Creator_Name, Col_Dt_Create, Col_Content FROM Kel_Board_Revert "
                                   "WHERE Col_BoardID = '%s' ORDER BY Col_Dt_Create",
                                   boardID);
-    return frame::ReadEachRegardless(conn, sql, Columns(ids, creators, AsDateAndTime(times), contents));
+    return frame::ReadEachRegardless(conn, sql, Columns(ids, Plain(creators), AsDateAndTime(times), Plain(contents)));
 }
 
 bool CQVBaseFun::LoadBulletinVisiterInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& items,
@@ -46,7 +47,8 @@ bool CQVBaseFun::LoadBulletinVisiterInfo(CAConnect& conn, CString boardID, CUInt
     const CString sql = FormatSql("SELECT Col_ID, Col_QvItem, Col_QvItem_Name, Col_Dt_Readed, Col_Readed FROM "
                                   "Kel_Board_Visiter WHERE Col_BoardID = '%s' ORDER BY Col_Dt_Readed",
                                   boardID);
-    return frame::ReadEachRegardless(conn, sql, Columns(ids, items, itemNames, AsDateAndTime(times), readFlags));
+    return frame::ReadEachRegardless(conn, sql,
+                                     Columns(ids, Plain(items), Plain(itemNames), AsDateAndTime(times), readFlags));
 }
 
 bool CQVBaseFun::DeleteBulletinItem(CAConnect& conn, CString boardID)

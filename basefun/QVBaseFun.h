@@ -526,7 +526,7 @@ public:
     // Texts enter the statements on add-ins and packages as they are, but for an add-in's data: quotes are doubled in
     // it, and on engine kind 6 backslashes.
 
-    /// Adds an add-in, which is switched on.
+    /// Adds an add-in. Whether it is switched on is left to the table's default.
     static bool InsertAddInInfo(CAConnect& conn, CString name, CString data, int addInType, bool isPublic, CString desc,
                                 CString packageName, int index);
     /// @param id  0 when there is no such add-in.
@@ -536,7 +536,8 @@ public:
     static bool UpdateAddInInfo(CAConnect& conn, int id, CString data, CString desc);
     /// @param data  as it was when there is no such add-in.
     static bool GetAddInInfo(CAConnect& conn, CString name, int addInType, CString& data);
-    /// All add-ins, the highest index first.
+    /// All add-ins, the highest index first. The flags come into the arrays that bear their names, though the statement
+    /// has them the other way round.
     static bool LoadKelAddIn(CAConnect& conn, CUIntArray& ids, CUIntArray& types, CStringArray& names,
                              CUIntArray& disabled, CUIntArray& isPublic, CStringArray& descs,
                              CStringArray& packageNames);

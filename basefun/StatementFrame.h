@@ -73,6 +73,17 @@ inline void Fetch(CARecordset& row, long column, CUIntArray& out)
 }
 inline void Fetch(CARecordset& row, long column, CStringArray& out) { out.Add(row.GetValueToStr(column, true)); }
 
+/// A text that is asked for without the library's flag.
+template <class Out>
+struct PlainOut {
+    Out& out;
+};
+inline void Fetch(CARecordset& row, long column, PlainOut<CStringArray>& text)
+{
+    text.out.Add(row.GetValueToStr(column, false));
+}
+inline void Fetch(CARecordset& row, long column, PlainOut<CString>& text) { row.GetValue(column, text.out, false); }
+
 /// A date that goes out as text: to a text, or to the end of an array.
 template <class Out>
 struct DateOut {
@@ -114,6 +125,13 @@ bool Walk(CAConnect& conn, const CString& sql, Row row, OnError policy, SourceLo
 }
 
 } // namespace detail
+
+/// A text column, asked for as the board's operations ask: with the flag of the library's text getters off.
+template <class Out>
+detail::PlainOut<Out> Plain(Out& out)
+{
+    return {out};
+}
 
 /// A date column as text. A NULL is the empty text. @param out  a text, or an array. @param format  as
 /// COleDateTime::Format takes it.

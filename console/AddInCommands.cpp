@@ -494,11 +494,13 @@ Exit Remove(const Context& context)
         throw Refusal(Exit::notFound,
                       fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(name)));
     }
+    const std::size_t members = addIns.List({name, {}}).size();
     const std::string what =
         fmt::format("{}{}, with {}", Visible(name), found.size() > 1 ? fmt::format(" ({} packages)", found.size()) : "",
-                    Counted(addIns.List({name, {}}).size(), "add-in"));
+                    Counted(members, "add-in"));
     RequireConfirmation(context, fmt::format("Remove the package {}?", what));
     Transaction transaction(conn);
+    RequireStillSo(addIns.List({name, {}}).size() == members);
     addIns.DeleteOfPackage(name);
     for (const Package& package : found) {
         packages.Delete(package.id);

@@ -26,7 +26,7 @@ constexpr std::int64_t kHighestIndex = std::numeric_limits<int>::max();
 
 // ---- Finding --------------------------------------------------------------------------------------------------------
 
-AddIn FindById(AddIns& addIns, const std::string& argument)
+AddIn FindById(AddIns& addIns, const std::string& argument, std::optional<int> type)
 {
     int id = 0;
     const char* end = argument.data() + argument.size();
@@ -35,10 +35,20 @@ AddIn FindById(AddIns& addIns, const std::string& argument)
         throw Refusal(Exit::usage, fmt::format("{} is no add-in id; write id: and a number", Quoted(argument)));
     }
     const std::optional<AddIn> addIn = addIns.Load(id);
-    if (!addIn) {
-        throw Refusal(Exit::notFound, fmt::format("there is no add-in with id {}; `qvadmin addin list` shows all", id));
+    if (!addIn || (type && addIn->type != *type)) {
+        throw Refusal(Exit::notFound, fmt::format("there is no add-in with id {}{}; `qvadmin addin list` shows all", id,
+                                                  type ? fmt::format(" of type {}", *type) : ""));
     }
     return *addIn;
+}
+
+// A name that could not be used afterwards is none.
+void CheckNewName(const std::string& name)
+{
+    CheckName("add-in", name);
+    if (name.starts_with(kIdPrefix)) {
+        throw Refusal(Exit::usage, fmt::format("an add-in cannot be called {}: that means an id", Quoted(name)));
+    }
 }
 
 std::string Enumerated(const std::vector<AddIn>& several)
@@ -169,6 +179,9 @@ std::vector<AddIn> AddIns::List(const AddInFilter& filter)
         condition += fmt::format(" {} Col_AddInType = {}", condition.empty() ? "WHERE" : "AND", *filter.type);
     }
     std::vector<AddIn> addIns = Select(condition);
+    if (filter.package) {
+        std::erase_if(addIns, [&](const AddIn& addIn) { return addIn.package != *filter.package; });
+    }
     std::ranges::sort(
         addIns, [](const AddIn& a, const AddIn& b) { return std::tuple(b.index, a.id) < std::tuple(a.index, b.id); });
     return addIns;
@@ -210,15 +223,24 @@ int AddIns::HighestIndex()
 
 int AddIns::Create(const NewAddIn& addIn, int index)
 {
-    // The module makes data, and nothing else, ready for the statement; a NUL byte would cut them short.
-    (void)Escaped(m_conn, addIn.data);
+    // The module doubles the quotes of data itself, and backslashes by the engine kind.
+    constexpr int doublesSlashes = 6;
+    const bool isKindOfEngine = (m_conn.m_nDBType == doublesSlashes) == EscapesBackslashes(m_conn);
+    const CString slashes = SlashesDoubled(m_conn, addIn.data);
     Run(m_conn, [&] {
-        return CQVBaseFun::InsertAddInInfo(m_conn, Escaped(m_conn, addIn.name), CString(std::string_view(addIn.data)),
-                                           addIn.type, addIn.isPublic, Escaped(m_conn, addIn.description),
-                                           Escaped(m_conn, addIn.package), index);
+        return CQVBaseFun::InsertAddInInfo(
+            m_conn, Escaped(m_conn, addIn.name), isKindOfEngine ? CString(std::string_view(addIn.data)) : slashes,
+            addIn.type, addIn.isPublic, Escaped(m_conn, addIn.description), Escaped(m_conn, addIn.package), index);
     });
-    return Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_AddIn WHERE Col_Name = '{}' AND Col_AddInType = {}",
-                                      Text(addIn.name), addIn.type));
+    const int id = Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_AddIn WHERE Col_Name = '{}' AND "
+                                              "Col_AddInType = {}",
+                                              Text(addIn.name), addIn.type));
+    if (!isKindOfEngine && m_conn.m_nDBType == doublesSlashes) {
+        AddInChanges asTheyAre;
+        asTheyAre.data = addIn.data;
+        Change(id, asTheyAre);
+    }
+    return id;
 }
 
 // The module's own change writes data and description together; here one of them may be left as it is, also as NULL.
@@ -267,7 +289,12 @@ void AddIns::Delete(int id)
 
 void AddIns::DeleteOfPackage(std::string_view package)
 {
-    Run(m_conn, [&] { return CQVBaseFun::DeleteAddIn(m_conn, Escaped(m_conn, package)); });
+    // One by one: by name, an engine that does not tell case would take those of other packages too.
+    AddInFilter ofPackage;
+    ofPackage.package = package;
+    for (const AddIn& addIn : List(ofPackage)) {
+        Delete(addIn.id);
+    }
 }
 
 // ---- Packages -------------------------------------------------------------------------------------------------------
@@ -302,24 +329,24 @@ std::vector<Package> Packages::List()
 
 std::vector<Package> Packages::FindAll(std::string_view name)
 {
-    return Select(fmt::format(" WHERE Col_Name = '{}' ORDER BY Col_ID", Escaped(m_conn, name).View()));
+    std::vector<Package> packages =
+        Select(fmt::format(" WHERE Col_Name = '{}' ORDER BY Col_ID", Escaped(m_conn, name).View()));
+    // Where the engine does not tell case, others come along.
+    std::erase_if(packages, [&](const Package& package) { return package.name != name; });
+    return packages;
 }
 
 int Packages::Insert(const Package& package)
 {
+    // The module's operation goes on after a refused row, and its next error would hide the reason.
     const CString name = Escaped(m_conn, package.name);
-    int highest = 0;
-    Run(m_conn, [&] {
-        return CQVBaseFun::InsertPackageInfo(m_conn, name, Escaped(m_conn, package.modified.value_or("")),
-                                             package.version, Escaped(m_conn, package.description), highest);
-    });
-    // The operation succeeds with the highest id also where the engine refused the row.
-    const int id =
-        Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_Package WHERE Col_Name = '{}'", name.View()));
-    if (id == 0) {
-        throw ModuleError(m_conn);
-    }
-    return id;
+    const std::string sql = fmt::format(
+        "INSERT INTO kel_Package (Col_Name, Col_Dt_Modify, Col_Ver, Col_Desc, Col_Disabled) VALUES ('{}', '{}', {}, "
+        "'{}', 0)",
+        name.View(), Escaped(m_conn, package.modified.value_or("")).View(), package.version,
+        Escaped(m_conn, package.description).View());
+    Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
+    return Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_Package WHERE Col_Name = '{}'", name.View()));
 }
 
 void Packages::Update(const Package& package)
@@ -340,7 +367,7 @@ void Packages::Delete(int id)
 AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> type)
 {
     if (argument.starts_with(kIdPrefix)) {
-        return FindById(addIns, argument);
+        return FindById(addIns, argument, type);
     }
     const std::vector<AddIn> found = addIns.FindAll(argument, type);
     if (found.empty()) {
@@ -369,7 +396,7 @@ std::vector<AddIn> FindAddIns(AddIns& addIns, const std::vector<std::string>& ar
 
 int CreateAddIn(AddIns& addIns, const NewAddIn& addIn)
 {
-    CheckName("add-in", addIn.name);
+    CheckNewName(addIn.name);
     if (addIns.IsTaken(addIn.name, addIn.type)) {
         RefuseTaken(addIn.name, addIn.type);
     }
@@ -385,7 +412,7 @@ int CreateAddIn(AddIns& addIns, const NewAddIn& addIn)
 void ChangeAddIn(AddIns& addIns, const AddIn& addIn, const AddInChanges& changes)
 {
     if (changes.name && *changes.name != addIn.name) {
-        CheckName("add-in", *changes.name);
+        CheckNewName(*changes.name);
         const std::vector<AddIn> others = addIns.FindAll(*changes.name, addIn.type);
         if (std::ranges::any_of(others, [&](const AddIn& other) { return other.id != addIn.id; })) {
             RefuseTaken(*changes.name, addIn.type);

@@ -7,6 +7,7 @@
 
 #include <limits>
 #include <string>
+#include <string_view>
 
 // How the façades ask: the module's operations, and reads of their own.
 
@@ -41,6 +42,10 @@ void EachRow(CAConnect& conn, const std::string& sql, Row row, int most = std::n
 
 /// The number that a query gives, 0 where it gives none. @throws DatabaseError.
 int Number(CAConnect& conn, const std::string& sql);
+
+/// Says why a record was not saved, which it keeps to itself. @param what  such as "the new role". @throws
+/// DatabaseError.
+[[noreturn]] void ThrowReason(CAConnect& conn, std::string_view table, std::string_view what);
 
 std::string Text(const CString& text);
 /// A column of the current row; the empty text for a NULL.

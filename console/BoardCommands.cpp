@@ -102,14 +102,17 @@ Exit Delete(const Context& context)
     CAConnect& conn = opened.Directory().Connection();
     Board board(conn);
     const std::vector<Notice> notices = FindNotices(board, context.arguments.users);
+    std::vector<std::string> told;
     for (const Notice& notice : notices) {
+        told.push_back(Described(board.Parts(notice.id)));
         context.terminal.err << fmt::format("delete {} {}, with {}\n", Visible(notice.id), Quoted(notice.subject),
-                                            Described(board.Parts(notice.id)));
+                                            told.back());
     }
     RequireConfirmation(context, fmt::format("Delete {}?", Counted(notices.size(), "notice")));
     Transaction transaction(conn);
-    for (const Notice& notice : notices) {
-        board.Delete(notice.id);
+    for (std::size_t i = 0; i < notices.size(); ++i) {
+        RequireStillSo(Described(board.Parts(notices[i].id)) == told[i]);
+        board.Delete(notices[i].id);
     }
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", Counted(notices.size(), "notice"));

@@ -133,22 +133,38 @@ void CheckPath(const std::string& path)
     }
 }
 
-/// Sets the columns that were given.
-void Take(const Arguments& arguments, Directory& directory, RootData& root)
+/// The columns that were given, but name and type.
+RootChanges ColumnsGiven(const Arguments& arguments, Directory& directory)
 {
+    RootChanges changes;
+    changes.description = Given(arguments, kDescription);
+    changes.displayName = Given(arguments, kDisplayName);
+    changes.maxSize = GivenNumber(arguments, kMaxSize);
     if (const std::optional<std::string> path = Given(arguments, kPath)) {
         CheckPath(*path);
-        root.path = *path;
+        changes.path = path;
     }
-    root.description = Given(arguments, kDescription).value_or(root.description);
-    root.displayName = Given(arguments, kDisplayName).value_or(root.displayName);
-    root.maxSize = GivenNumber(arguments, kMaxSize).value_or(root.maxSize);
     if (const std::optional<std::string> owner = Given(arguments, kOwner)) {
-        root.ownerId = OwnerOf(directory, *owner);
+        changes.ownerId = OwnerOf(directory, *owner);
     }
     if (const std::optional<std::string> bits = Given(arguments, kStyleBits)) {
-        root.style = std::stoul(*bits);
+        changes.style = std::stoul(*bits);
     }
+    return changes;
+}
+
+/// What a root becomes.
+RootData With(RootData root, const RootChanges& changes)
+{
+    root.name = changes.name.value_or(root.name);
+    root.description = changes.description.value_or(root.description);
+    root.path = changes.path.value_or(root.path);
+    root.displayName = changes.displayName.value_or(root.displayName);
+    root.maxSize = changes.maxSize ? *changes.maxSize : root.maxSize;
+    root.type = changes.type.value_or(root.type);
+    root.style = changes.style.value_or(root.style);
+    root.ownerId = changes.ownerId.value_or(root.ownerId);
+    return root;
 }
 
 Value ShownOwner(Directory& directory, int id)
@@ -260,8 +276,8 @@ Exit Show(const Context& context)
         {"path", root.path},
         {"type", std::int64_t{root.type}},
         {"style", static_cast<std::int64_t>(root.style)},
-        {"max_size", std::int64_t{root.maxSize}},
-        {"used_size", std::int64_t{root.usedSize}},
+        {"max_size", root.maxSize},
+        {"used_size", root.usedSize},
         {"owner_id", std::int64_t{root.ownerId}},
         {"owner", ShownOwner(opened.Directory(), root.ownerId)},
         {"created", root.created ? Value(*root.created) : Value()},
@@ -288,11 +304,11 @@ Exit Create(const Context& context)
     RootData root;
     root.name = Given(arguments, kNewRoot).value_or("");
     root.type = GivenNumber(arguments, kType).value_or(0);
-    CheckName("document root", root.name);
+    CheckNewName("document root", root.name);
     Opened opened(arguments);
     Transaction transaction(opened.Directory().Connection());
     Documents documents(opened.Directory().Connection());
-    Take(arguments, opened.Directory(), root);
+    root = With(root, ColumnsGiven(arguments, opened.Directory()));
     RefuseTaken(documents, root, std::nullopt);
     const int id = documents.CreateRoot(root);
     transaction.Commit();
@@ -312,19 +328,19 @@ Exit Set(const Context& context)
     Transaction transaction(opened.Directory().Connection());
     Documents documents(opened.Directory().Connection());
     const RootData stored = FindGiven(documents, arguments);
-    RootData root = stored;
-    root.name = Given(arguments, kNewName).value_or(stored.name);
-    root.type = GivenNumber(arguments, kNewType).value_or(stored.type);
-    Take(arguments, opened.Directory(), root);
+    RootChanges changes = ColumnsGiven(arguments, opened.Directory());
+    changes.name = Given(arguments, kNewName);
+    changes.type = GivenNumber(arguments, kNewType);
+    const RootData root = With(stored, changes);
     if (root.name != stored.name) {
-        CheckName("document root", root.name);
+        CheckNewName("document root", root.name);
     }
     if (root.name != stored.name || root.type != stored.type) {
         RefuseTaken(documents, root, stored);
     }
     const bool changed = root != stored;
     if (changed) {
-        documents.UpdateRoot(root);
+        documents.ChangeRoot(stored.id, changes);
     }
     transaction.Commit();
     context.terminal.err << fmt::format("{} {}\n", changed ? "changed" : "nothing to change in", Named(stored));

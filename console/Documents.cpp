@@ -37,6 +37,14 @@ std::optional<std::string> TimeIn(CARecordset& row, long column)
     return row.GetValue(column, text, true) ? std::optional(std::string(text.View())) : std::nullopt;
 }
 
+/// A number of 64 bits; 0 for a NULL.
+std::int64_t WideIn(CARecordset& row, long column)
+{
+    __int64 number = 0;
+    row.GetValue(column, number);
+    return number;
+}
+
 std::string_view LinkTable(DocKind parent)
 {
     return parent == DocKind::root ? "Tab_Doc_Root_Link" : "Tab_Doc_VFolder_Link";
@@ -109,6 +117,17 @@ std::vector<int> IdsOf(const std::vector<DocKey>& keys, DocKind kind)
 }
 
 } // namespace
+
+void CheckNewName(std::string_view noun, const std::string& name)
+{
+    CheckName(noun, name);
+    for (const std::string_view prefix : {kFolderPrefix, kRootPrefix}) {
+        if (name.starts_with(prefix)) {
+            throw Refusal(Exit::usage, fmt::format("the {} name {} begins with {}, as only ids do; choose another name",
+                                                   noun, Quoted(name), prefix));
+        }
+    }
+}
 
 ParentAndName SplitLastFolder(const std::string& path)
 {
@@ -565,9 +584,7 @@ template <class Write>
 void Documents::Save(std::string_view table, std::string_view what, Write write)
 {
     if (!write()) {
-        // A write that changes nothing meets the same trouble and tells.
-        Execute(fmt::format("DELETE FROM {} WHERE 1 = 0", table));
-        throw DatabaseError(fmt::format("the {}, without saying why", what), !m_conn.IsOpen());
+        ThrowReason(m_conn, table, fmt::format("the {}", what));
     }
 }
 
@@ -588,8 +605,8 @@ std::vector<RootData> Documents::ReadRoots(const std::string& condition)
                 root.description = TextIn(row, ++column);
                 root.path = TextIn(row, ++column);
                 root.created = TimeIn(row, ++column);
-                row.GetValue(++column, root.maxSize);
-                row.GetValue(++column, root.usedSize);
+                root.maxSize = WideIn(row, ++column);
+                root.usedSize = WideIn(row, ++column);
                 root.displayName = TextIn(row, ++column);
                 row.GetValue(++column, root.hasSubItems);
                 row.GetValue(++column, root.type);
@@ -641,7 +658,7 @@ int Documents::CreateRoot(const RootData& root)
     item.m_strName = Whole(root.name);
     item.m_strDesc = Whole(root.description);
     item.m_strDataPath = QuotesDoubled(root.path);
-    item.m_nMaxSize = root.maxSize;
+    item.m_nMaxSize = static_cast<int>(root.maxSize);
     item.m_strDispName = Whole(root.displayName);
     item.m_nType = root.type;
     item.m_ulStyle = root.style;
@@ -652,21 +669,33 @@ int Documents::CreateRoot(const RootData& root)
     return id;
 }
 
-void Documents::UpdateRoot(const RootData& root)
+// The module's own change writes all columns: it would cut numbers of 64 bits and undo what the document server writes.
+void Documents::ChangeRoot(int id, const RootChanges& changes)
 {
-    CDocRootItem item;
-    item.m_nID = root.id;
-    item.m_strName = Whole(root.name);
-    item.m_strDesc = Whole(root.description);
-    item.m_strDataPath = Whole(root.path);
-    item.m_nMaxSize = root.maxSize;
-    item.m_nUsedSize = root.usedSize;
-    item.m_strDispName = Whole(root.displayName);
-    item.m_bHaveSubItem = root.hasSubItems;
-    item.m_nType = root.type;
-    item.m_ulStyle = root.style;
-    item.m_nOwnerID = root.ownerId;
-    Save("Tab_Doc_Root", "change of a document root", [&] { return item.UpdateData(m_conn); });
+    std::string assignments;
+    const auto assign = [&assignments](std::string_view column, const std::string& value) {
+        assignments += fmt::format("{}{} = {}", assignments.empty() ? "" : ", ", column, value);
+    };
+    const auto assignText = [&](std::string_view column, const std::optional<std::string>& text) {
+        if (text) {
+            assign(column, fmt::format("'{}'", Whole(*text).View()));
+        }
+    };
+    const auto assignNumber = [&](std::string_view column, const auto& number) {
+        if (number) {
+            // As the module writes numbers of 32 bits.
+            assign(column, std::to_string(static_cast<int>(*number)));
+        }
+    };
+    assignText("Col_Name", changes.name);
+    assignText("Col_Desc", changes.description);
+    assignText("Col_DataPath", changes.path);
+    assignText("Col_DispName", changes.displayName);
+    assignNumber("Col_MaxSize", changes.maxSize);
+    assignNumber("Col_Type", changes.type);
+    assignNumber("Col_Style", changes.style);
+    assignNumber("Col_OwnerID", changes.ownerId);
+    Execute(fmt::format("UPDATE Tab_Doc_Root SET {} WHERE Col_ID = {}", assignments, id));
 }
 
 // ---- Folders --------------------------------------------------------------------------------------------------------
@@ -699,32 +728,56 @@ bool Documents::IsFolderTaken(DocKey parent, std::string_view name)
     return exists;
 }
 
-int Documents::CreateFolder(DocKey parent, const FolderData& folder)
+std::vector<int> Documents::FoldersCalled(const CString& name)
 {
-    int highest = 0;
-    Run(m_conn, [&] { return CQVBaseFun::GetMaxIDFromDocVFolder(m_conn, highest); });
+    std::vector<int> ids;
+    EachRow(m_conn,
+            fmt::format("SELECT Col_ID FROM Tab_Doc_VFolder WHERE Col_Name = '{}' ORDER BY Col_ID", name.View()),
+            [&ids](CARecordset& row) { row.GetValue(1, ids.emplace_back()); });
+    return ids;
+}
+
+int Documents::RemoveLinksTo(int folderId)
+{
+    int removed = 0;
+    for (const DocKind parent : {DocKind::root, DocKind::folder}) {
+        const std::string links = fmt::format("FROM {} WHERE Col_S_ClassID = {} AND Col_S_ObjID = {}",
+                                              LinkTable(parent), kFolderClass, folderId);
+        const int count = Number(m_conn, "SELECT COUNT(*) " + links);
+        if (count > 0) {
+            Execute("DELETE " + links);
+        }
+        removed += count;
+    }
+    return removed;
+}
+
+NewFolder Documents::CreateFolder(DocKey parent, const FolderData& folder)
+{
     CDocFolderItem item;
     item.m_strName = Whole(folder.name);
     item.m_nStyle = static_cast<int>(folder.style);
     item.m_nCreatorID = folder.creatorId;
     item.m_strCreatorName = Whole(folder.creator);
+    const std::vector<int> before = FoldersCalled(item.m_strName);
     Save("Tab_Doc_VFolder", "new folder", [&] { return item.SaveData(m_conn); });
-    // The highest id now may be that of a folder that another program has added meanwhile.
+    // The highest id now may be that of a folder that another program has added meanwhile, and links tell nothing:
+    // those of deleted folders stay behind.
     std::vector<int> added;
-    EachRow(m_conn,
-            fmt::format("SELECT f.Col_ID FROM Tab_Doc_VFolder f WHERE f.Col_ID > {0} AND f.Col_Name = '{1}' AND NOT "
-                        "EXISTS (SELECT 1 FROM Tab_Doc_Root_Link r WHERE r.Col_S_ClassID = {2} AND r.Col_S_ObjID = "
-                        "f.Col_ID) AND NOT EXISTS (SELECT 1 FROM Tab_Doc_VFolder_Link l WHERE l.Col_S_ClassID = {2} "
-                        "AND l.Col_S_ObjID = f.Col_ID)",
-                        highest, item.m_strName.View(), kFolderClass),
-            [&added](CARecordset& row) { row.GetValue(1, added.emplace_back()); });
-    if (added.size() != 1) {
+    std::ranges::set_difference(FoldersCalled(item.m_strName), before, std::back_inserter(added));
+    if (added.empty()) {
+        throw Refusal(Exit::database, fmt::format("the database did not keep the name {} of the new folder as it is; "
+                                                  "nothing was changed",
+                                                  Quoted(folder.name)));
+    }
+    if (added.size() > 1) {
         throw Refusal(Exit::conflict, fmt::format("another program is adding a folder {} too; nothing was changed, try "
                                                   "again",
                                                   Quoted(folder.name)));
     }
-    AddLink({parent, {DocKind::folder, added.front()}}, folder);
-    return added.front();
+    const NewFolder made{added.front(), RemoveLinksTo(added.front())};
+    AddLink({parent, {DocKind::folder, made.id}}, folder);
+    return made;
 }
 
 void Documents::AddLink(const Placement& placement, const FolderData& folder)

@@ -5,6 +5,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -41,8 +42,8 @@ struct RootData {
     std::string description;
     std::string path;
     std::optional<std::string> created; ///< written by the module: now
-    int maxSize = 0;
-    int usedSize = 0;
+    std::int64_t maxSize = 0;           ///< of a new root: 32 bits, as the module writes it
+    std::int64_t usedSize = 0;
     std::string displayName;
     bool hasSubItems = false;
     int type = 0;
@@ -50,6 +51,18 @@ struct RootData {
     int ownerId = 0;
 
     bool operator==(const RootData&) const = default;
+};
+
+/// What to change of a document root; what is not given stays as it is, also NULLs.
+struct RootChanges {
+    std::optional<std::string> name;
+    std::optional<std::string> description;
+    std::optional<std::string> path;
+    std::optional<std::string> displayName;
+    std::optional<int> maxSize;
+    std::optional<int> type;
+    std::optional<unsigned long> style; ///< 32 bits
+    std::optional<int> ownerId;
 };
 
 /// The columns of a folder that are shown.
@@ -60,6 +73,11 @@ struct FolderData {
     std::string creator;
     std::optional<std::string> created; ///< written by the module: now
     bool hasSubItems = false;
+};
+
+struct NewFolder {
+    int id;
+    int removedLinks; ///< links that pointed at this id before there was the folder
 };
 
 // ---- How folders hang together --------------------------------------------------------------------------------------
@@ -158,6 +176,10 @@ private:
     std::unordered_map<int, std::size_t> m_folders;
 };
 
+/// @param noun  such as "folder". @throws Refusal (usage) for what CheckName refuses, and for what begins as an id
+/// does.
+void CheckNewName(std::string_view noun, const std::string& name);
+
 /// Takes the last name off a path of a folder. @throws Refusal (usage) for a path of a root or of an id alone, and for
 /// what is no path.
 ParentAndName SplitLastFolder(const std::string& path);
@@ -189,8 +211,8 @@ public:
 
     /// Adds a root; to be called in a transaction. @return the new id.
     int CreateRoot(const RootData& root);
-    /// Writes all columns of the root of its id but the creation time.
-    void UpdateRoot(const RootData& root);
+    /// @param changes  something at least.
+    void ChangeRoot(int id, const RootChanges& changes);
 
     // ---- Folders ----------------------------------------------------------------------------------------------------
 
@@ -199,9 +221,10 @@ public:
     /// Whether a folder of this name stands directly under a parent, as the engine compares names.
     bool IsFolderTaken(DocKey parent, std::string_view name);
 
-    /// Adds a folder under a parent; to be called in a transaction. @return the new id. @throws Refusal (conflict) when
-    /// another program adds one of that name at the same moment, so that the new one cannot be told from it.
-    int CreateFolder(DocKey parent, const FolderData& folder);
+    /// Adds a folder under a parent, and nowhere else: links that a deleted folder of the new id has left behind are
+    /// removed. To be called in a transaction. @throws Refusal (conflict) when another program adds one of that name at
+    /// the same moment, so that the new one cannot be told from it, and (database) when the name was not kept as it is.
+    NewFolder CreateFolder(DocKey parent, const FolderData& folder);
     /// Hangs a folder under a parent; nothing keeps it from hanging there already.
     void AddLink(const Placement& placement, const FolderData& folder);
     void RemoveLink(const Placement& placement);
@@ -218,6 +241,8 @@ private:
     [[nodiscard]] CString QuotesDoubled(std::string_view text) const;
     void Execute(const std::string& sql);
     std::vector<RootData> ReadRoots(const std::string& condition);
+    std::vector<int> FoldersCalled(const CString& name);
+    int RemoveLinksTo(int folderId);
     void UpdateLinks(int folderId, const std::string& assignment, const std::string& condition);
     void DeleteLinks(DocKind kind, const std::vector<int>& ids);
     template <class Write>

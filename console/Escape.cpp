@@ -8,8 +8,6 @@ namespace console {
 
 namespace {
 
-constexpr int kBackslashesEscape = 6;
-
 CString WithoutNul(std::string_view text)
 {
     if (text.find('\0') != std::string_view::npos) {
@@ -22,10 +20,9 @@ CString WithoutNul(std::string_view text)
 
 CString SlashesDoubled(const CAConnect& conn, std::string_view text)
 {
-    CString doubled = WithoutNul(text);
-    if (conn.m_nDBType == kBackslashesEscape) {
-        doubled.Replace("\\", "\\\\");
-    }
+    // By the engine and not by the kind that it is taken for: what the engine takes for its own must not reach it.
+    CString doubled = Escaped(conn, text);
+    doubled.Replace("''", "'");
     return doubled;
 }
 
@@ -34,5 +31,7 @@ CString Escaped(const CAConnect& conn, std::string_view text)
     const CString checked = WithoutNul(text);
     return Asking(conn, [&] { return conn.EscapeText(checked); });
 }
+
+bool EscapesBackslashes(const CAConnect& conn) { return Escaped(conn, "\\") != "\\"; }
 
 } // namespace console

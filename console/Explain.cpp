@@ -216,11 +216,13 @@ Explanation Explain(CAConnect& conn, int userId, std::string_view genre, std::st
     const Function escaped{Escaped(conn, genre), Escaped(conn, function)};
     Explanation explanation;
     CQVBaseFun::m_strLastError.Empty();
-    Ask(conn, userId, escaped, question, explanation);
     CString filter;
     const bool hasRoles = CQVBaseFun::GetHMRoleQueryParam(conn, userId, filter) && !filter.IsEmpty();
-    if (!hasRoles && !explanation.ran) {
+    if (!hasRoles) {
         explanation.trouble = ModuleError(conn).EngineLine();
+    }
+    Ask(conn, userId, escaped, question, explanation);
+    if (!hasRoles && !explanation.ran) {
         return explanation;
     }
     if (!hasRoles || !explanation.ran) {

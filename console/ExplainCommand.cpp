@@ -292,7 +292,6 @@ Exit Explain(const Context& context)
     const Question question = QuestionGiven(arguments);
     Opened opened(arguments);
     CAConnect& conn = opened.Directory().Connection();
-    const Transaction transaction(conn);
     const Asked asked{FindUser(opened.Directory(), arguments.user), Given(arguments, kGenre).value_or(""),
                       Given(arguments, kFunction).value_or(""), question};
     const Explanation explanation = console::Explain(conn, asked.user.id, asked.genre, asked.function, question);

@@ -273,6 +273,14 @@ NewPlace FindNewPlace(const Catalogue& catalogue, const std::string& path, bool 
     return {catalogue.FindPlace(parts.parent), names};
 }
 
+/// What there is to tell of a new folder but its id; mostly nothing.
+std::string ToldOf(const NewFolder& made)
+{
+    return made.removedLinks == 0 ? ""
+                                  : fmt::format("removed {} to a folder deleted before, whose id {} the new one has\n",
+                                                Counted(static_cast<std::size_t>(made.removedLinks), "link"), made.id);
+}
+
 /// What a deletion takes along.
 struct Going {
     DocKey folder;
@@ -429,7 +437,7 @@ Exit Create(const Context& context)
 {
     const Arguments& arguments = context.arguments;
     const std::string path = Given(arguments, kNewPath).value_or("");
-    CheckName("folder", SplitLastFolder(path).name);
+    CheckNewName("folder", SplitLastFolder(path).name);
     Opened opened(arguments);
     CAConnect& conn = opened.Directory().Connection();
     Transaction transaction(conn);
@@ -443,13 +451,17 @@ Exit Create(const Context& context)
     const NewPlace place = FindNewPlace(catalogue, path, Given(arguments, kParents).has_value());
     RefuseTaken(catalogue, documents, place.parent, place.names.front(), std::nullopt, true);
     DocKey added = place.parent;
+    std::string told;
     for (const std::string& name : place.names) {
-        CheckName("folder", name);
+        CheckNewName("folder", name);
         folder.name = name;
         folder.style = &name == &place.names.back() ? GivenBits(arguments, kStyleBits).value_or(0) : 0;
-        added = {DocKind::folder, documents.CreateFolder(added, folder)};
+        const NewFolder made = documents.CreateFolder(added, folder);
+        added = {DocKind::folder, made.id};
+        told += ToldOf(made);
     }
     transaction.Commit();
+    context.terminal.err << told;
     context.terminal.out << added.id << '\n';
     return Exit::done;
 }
@@ -457,7 +469,7 @@ Exit Create(const Context& context)
 Exit Rename(const Context& context)
 {
     const std::string name = Given(context.arguments, kName).value_or("");
-    CheckName("folder", name);
+    CheckNewName("folder", name);
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
     Transaction transaction(conn);

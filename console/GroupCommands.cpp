@@ -85,6 +85,14 @@ void RequireConfirmation(const Context& context, const std::string& question)
     }
 }
 
+void RequireStillSo(bool isStillSo)
+{
+    if (!isStillSo) {
+        throw Refusal(Exit::conflict,
+                      "somebody else has changed what was shown in the meantime; nothing was deleted, look again");
+    }
+}
+
 } // namespace console
 
 namespace console::group {

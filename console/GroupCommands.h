@@ -38,6 +38,9 @@ std::string WithTraces(const std::vector<Trace>& traces);
 /// @param question  such as "Delete the group /Main/Sales?". @throws Refusal (needsYes) unless yes was said or --yes
 /// given.
 void RequireConfirmation(const Context& context, const std::string& question);
+/// For what was confirmed and is looked at again, in the transaction that deletes it.
+/// @throws Refusal (conflict) when it is not what was shown.
+void RequireStillSo(bool isStillSo);
 
 } // namespace console
 

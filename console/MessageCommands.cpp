@@ -237,7 +237,7 @@ Exit Sweep(const Context& context)
     Messages messages(opened.Directory().Connection());
     const OrphanCounts told = messages.CountOrphans();
     if (told.attachments == 0 && told.receipts == 0) {
-        context.terminal.err << "there are no orphaned attachments and receipts\n";
+        context.terminal.err << "there are no orphaned attachments or receipts\n";
         return Exit::done;
     }
     RequireConfirmation(context, fmt::format("Delete {}?", Described(told)));

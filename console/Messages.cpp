@@ -150,9 +150,11 @@ MessageCounts Messages::DeleteBefore(const std::string& date, const MessageSlice
 {
     const std::string messages =
         fmt::format("Col_ID >= {} AND Col_ID <= {} AND {}", slice.first, slice.last, SentBefore(date));
+    // The bounds a second time, for engines that would go through all parts to look at the list.
+    const std::string bounds = fmt::format(" AND Col_MsgID >= {} AND Col_MsgID <= {}", slice.first, slice.last);
     MessageCounts deleted;
-    deleted.attachments = Delete(PartsOf(kAttachments, messages));
-    deleted.receipts = Delete(PartsOf(kReceipts, messages));
+    deleted.attachments = Delete(PartsOf(kAttachments, messages) + bounds);
+    deleted.receipts = Delete(PartsOf(kReceipts, messages) + bounds);
     deleted.messages = Delete("kel_Msg WHERE " + messages);
     return deleted;
 }

@@ -231,7 +231,6 @@ Exit List(const Context& context)
 {
     const ObjectKey object = ObjectGiven(context.arguments);
     Opened opened(context.arguments);
-    const Transaction transaction(opened.Directory().Connection());
     ObjectRights rights(opened.Directory().Connection());
     const std::optional<std::string> function = Given(context.arguments, kFunction);
     Render(context.arguments.format, AsTable(function ? rights.On(object, *function) : rights.On(object)),

@@ -82,7 +82,10 @@ std::vector<ObjectRight> ObjectRights::On(ObjectKey object, std::string_view fun
     }
     std::vector<ObjectRight> listed;
     for (const unsigned int id : ids) {
-        listed.push_back(std::move(all[static_cast<int>(id)]));
+        // One that has been taken in the meantime is in the first list alone.
+        if (const auto right = all.find(static_cast<int>(id)); right != all.end()) {
+            listed.push_back(std::move(right->second));
+        }
     }
     return listed;
 }
@@ -119,9 +122,7 @@ void ObjectRights::Save(const ObjectRight& right)
     item.m_strCreatorName = SlashesDoubled(m_conn, right.creator);
     item.m_nCreatorID = right.creatorId;
     if (!item.SaveData(m_conn)) {
-        // The record drops the reason; a write that changes nothing meets the same trouble and tells.
-        Asking(m_conn, [&] { m_conn.Execute("DELETE FROM Tab_BIOAce WHERE 1 = 0"); });
-        throw DatabaseError("the new right on an object, without saying why", !m_conn.IsOpen());
+        ThrowReason(m_conn, "Tab_BIOAce", "the new right on an object");
     }
 }
 

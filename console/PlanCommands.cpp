@@ -386,7 +386,7 @@ Exit Create(const Context& context)
     plan.name = Given(context.arguments, kNewPlan).value_or("");
     plan.description = Given(context.arguments, kDescription).value_or("");
     plan.data = GivenData(context.arguments).value_or("");
-    CheckName("plan", plan.name);
+    CheckPlanName(plan.name);
     Opened opened(context.arguments);
     Transaction transaction(opened.Directory().Connection());
     Plans plans(opened.Directory().Connection());
@@ -399,10 +399,9 @@ Exit Create(const Context& context)
 
 Exit Set(const Context& context)
 {
-    const std::optional<std::string> name = Given(context.arguments, kNewName);
-    const std::optional<std::string> description = Given(context.arguments, kDescription);
-    const std::optional<std::string> data = GivenData(context.arguments);
-    if (!name && !description && !data) {
+    const PlanChanges changes{Given(context.arguments, kNewName), Given(context.arguments, kDescription),
+                              GivenData(context.arguments)};
+    if (!changes.name && !changes.description && !changes.data) {
         throw Refusal(Exit::usage, "there is nothing to set; `qvadmin plan set --help` lists what can be");
     }
     Opened opened(context.arguments);
@@ -410,15 +409,15 @@ Exit Set(const Context& context)
     Plans plans(opened.Directory().Connection());
     const PlanKey key = FindGiven(plans, context.arguments);
     const PlanData stored = Load(plans, key);
-    const PlanData plan{name.value_or(stored.name), description.value_or(stored.description),
-                        data.value_or(stored.data)};
+    const PlanData plan{changes.name.value_or(stored.name), changes.description.value_or(stored.description),
+                        changes.data.value_or(stored.data)};
     if (plan.name != stored.name) {
-        CheckName("plan", plan.name);
+        CheckPlanName(plan.name);
         RefuseTaken(plans, plan.name, key);
     }
     const bool changed = plan != stored;
     if (changed) {
-        plans.Update(key.id, plan);
+        plans.Change(key.id, changes);
     }
     transaction.Commit();
     context.terminal.err << fmt::format("{} {}\n", changed ? "changed" : "nothing to change in", Named(key));

@@ -123,12 +123,20 @@ int Plans::Create(const PlanData& plan)
     return id;
 }
 
-void Plans::Update(int id, const PlanData& plan)
+// The module's own change writes all three columns; here each may be left as it is, also as NULL.
+void Plans::Change(int id, const PlanChanges& changes)
 {
-    Run(m_conn, [&] {
-        return CQVBaseFun::UpdateBackupPlanInfo(m_conn, id, Whole(plan.name), Whole(plan.description),
-                                                Whole(plan.data));
-    });
+    std::string assignments;
+    const auto assign = [&](std::string_view column, const std::optional<std::string>& text) {
+        if (text) {
+            assignments += fmt::format("{}{} = '{}'", assignments.empty() ? "" : ", ", column, Whole(*text).View());
+        }
+    };
+    assign("Col_Name", changes.name);
+    assign("Col_Desc", changes.description);
+    assign("Col_Data", changes.data);
+    const std::string sql = fmt::format("UPDATE Tab_Doc_Backup_Plan SET {} WHERE Col_ID = {}", assignments, id);
+    Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
 }
 
 void Plans::Delete(int id)
@@ -170,6 +178,15 @@ PlanKey FindPlan(Plans& plans, const std::string& argument)
                                                   Quoted(argument), list, found.front().id));
     }
     return found.front();
+}
+
+void CheckPlanName(const std::string& name)
+{
+    CheckName("plan", name);
+    if (name.starts_with(kIdPrefix)) {
+        throw Refusal(Exit::usage, fmt::format("the plan name {} begins with {}, as only ids do; choose another name",
+                                               Quoted(name), kIdPrefix));
+    }
 }
 
 std::string Named(const PlanKey& plan) { return fmt::format("{} (plan {})", Visible(plan.name), plan.id); }

@@ -34,6 +34,13 @@ struct PlanData {
     bool operator==(const PlanData&) const = default;
 };
 
+/// What to change of a backup plan; what is not given stays as it is, also NULLs.
+struct PlanChanges {
+    std::optional<std::string> name;
+    std::optional<std::string> description;
+    std::optional<std::string> data;
+};
+
 /// Backup plans, and the users and groups that they are assigned to. Any text goes in and comes out as it is, whatever
 /// the engine: the module puts the texts into its statements as they are, and here they are made ready for that.
 ///
@@ -58,7 +65,8 @@ public:
 
     /// Adds a plan; to be called in a transaction. @return the new id.
     int Create(const PlanData& plan);
-    void Update(int id, const PlanData& plan);
+    /// @param changes  something at least.
+    void Change(int id, const PlanChanges& changes);
     /// Deletes a plan and its assignments.
     void Delete(int id);
     /// Assigns a plan; nothing keeps it from being assigned already.
@@ -74,6 +82,9 @@ private:
 /// The plan that an argument means: a name as it is, or "id:17". @throws Refusal (usage, notFound), or (conflict) that
 /// lists what it may mean.
 PlanKey FindPlan(Plans& plans, const std::string& argument);
+
+/// @throws Refusal (usage) for what no plan should be called: what CheckName refuses, and what begins as an id does.
+void CheckPlanName(const std::string& name);
 
 /// "NAME (plan N)", for sentences.
 std::string Named(const PlanKey& plan);

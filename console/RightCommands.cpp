@@ -189,6 +189,7 @@ void RevokeEvery(const Context& context, Rights& rights)
     context.terminal.err << fmt::format("{} has {}\n", Named(item), Counted(rows, "right"));
     RequireConfirmation(context, fmt::format("End {} of {}?", Counted(rows, "right"), Named(item)));
     Transaction transaction(rights.Connection());
+    RequireStillSo(rights.Of(item.key).size() == rows);
     rights.RevokeAll(item.key);
     transaction.Commit();
     context.terminal.err << fmt::format("ended {} of {}\n", Counted(rows, "right"), Named(item))
@@ -341,6 +342,7 @@ Exit ClearOn(const Context& context)
     TellHolders(context, conn, rows);
     RequireConfirmation(context, fmt::format("Delete {} in {}?", what, Counted(rows.size(), "row")));
     Transaction transaction(conn);
+    RequireStillSo(rights.HeldOn(on.key, function).size() == rows.size());
     rights.RevokeOnFromAll(on.key, function);
     transaction.Commit();
     context.terminal.err << fmt::format("nobody has {} any more; deleted {}\n", what, Counted(rows.size(), "row"));

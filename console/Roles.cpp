@@ -140,9 +140,7 @@ template <class Write>
 void Roles::Save(std::string_view table, std::string_view what, Write write)
 {
     if (!write()) {
-        // A write that changes nothing meets the same trouble and tells.
-        Execute(fmt::format("DELETE FROM {} WHERE 1 = 0", table));
-        throw DatabaseError(fmt::format("the {}, without saying why", what), !m_conn.IsOpen());
+        ThrowReason(m_conn, table, fmt::format("the {}", what));
     }
 }
 

@@ -170,16 +170,26 @@ TEST_F(AddInsTest, AnyTextGoesInAndComesOutAsItIs)
     EXPECT_THAT(m_addIns.List({}), IsEmpty());
 }
 
-TEST_F(AddInsTest, OnlyDataHaveTheirBackslashesDoubledByTheModule)
+TEST_F(AddInsTest, TextsComeBackAsTheyWereWhateverKindTheEngineIsTakenFor)
 {
-    // On this kind the module doubles those of data; an engine of that kind would undo it.
-    m_conn.m_nDBType = 6;
-    const int id = CreateAddIn(m_addIns, {"a\\b", 1, "c\\'d", false, "e\\f", "g\\h", {}});
-    const AddIn addIn = m_addIns.Load(id).value();
-    EXPECT_EQ(addIn.name, "a\\b");
-    EXPECT_EQ(addIn.description, "e\\f");
-    EXPECT_EQ(addIn.package, "g\\h");
-    EXPECT_EQ(m_addIns.Data(id), "c\\\\'d");
+    for (const int kind : {0, 1, 3, 6}) {
+        m_conn.m_nDBType = kind;
+        const int id = CreateAddIn(m_addIns, {"a\\b", kind, "c\\'d\\", false, "e\\f", "g\\h", {}});
+        const AddIn addIn = m_addIns.Load(id).value();
+        EXPECT_EQ(addIn.name, "a\\b");
+        EXPECT_EQ(addIn.description, "e\\f");
+        EXPECT_EQ(addIn.package, "g\\h");
+        EXPECT_EQ(m_addIns.Data(id), "c\\'d\\") << kind;
+    }
+}
+
+TEST_F(AddInsTest, AnIdOfAnotherTypeIsNotFoundAndANameThatMeansAnIdIsNone)
+{
+    const int id = CreateAddIn(m_addIns, {"a", 1, "", false, "", "", {}});
+    const std::string byId = "id:" + std::to_string(id);
+    EXPECT_EQ(FindAddIn(m_addIns, byId, 1).name, "a");
+    EXPECT_EQ(CodeOf([&] { FindAddIn(m_addIns, byId, 2); }), Exit::notFound);
+    EXPECT_EQ(CodeOf([&] { CreateAddIn(m_addIns, {"id:7", 1, "", false, "", "", {}}); }), Exit::usage);
 }
 
 TEST_F(AddInsTest, ANulByteIsRefusedWhereverItStands)

@@ -5,6 +5,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
+#include "tests/servers/Servers.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -406,15 +407,20 @@ TEST_F(DirectoryTest, AnUpdateThatIsRefusedTellsWhy)
     }
 }
 
-TEST(EscapeTest, BackslashesAreDoubledOnKindSixOnly)
+TEST(EscapeTest, BackslashesAreDoubledWhereTheEngineTakesThemForItsOwnWhateverItsKind)
 {
-    CAConnect conn;
-    for (const int kind : {0, 1, 3}) {
-        conn.m_nDBType = kind;
-        EXPECT_EQ(SlashesDoubled(conn, "a\\b'c\\\\"), "a\\b'c\\\\") << kind;
+    CAConnect plain;
+    plain.Open("sqlite::memory:");
+    CAConnect escaping;
+    escaping.Open(servers::UrlOf("mariadb", "mysql").c_str());
+    EXPECT_FALSE(EscapesBackslashes(plain));
+    EXPECT_TRUE(EscapesBackslashes(escaping));
+    for (const int kind : {0, 1, 3, 6}) {
+        plain.m_nDBType = kind;
+        EXPECT_EQ(SlashesDoubled(plain, "a\\b'c''\\"), "a\\b'c''\\") << kind;
+        escaping.m_nDBType = kind;
+        EXPECT_EQ(SlashesDoubled(escaping, "a\\b'c''\\"), "a\\\\b'c''\\\\") << kind;
     }
-    conn.m_nDBType = 6;
-    EXPECT_EQ(SlashesDoubled(conn, "a\\b'c\\\\"), "a\\\\b'c\\\\\\\\");
 }
 
 TEST(EscapeTest, PlainTextsAreEscapedAsTheEngineWantsIt)

@@ -49,7 +49,7 @@ protected:
     {
         FolderData folder;
         folder.name = name;
-        return m_documents.CreateFolder(parent, folder);
+        return m_documents.CreateFolder(parent, folder).id;
     }
 
     void Execute(const std::string& sql) { m_conn.Execute(sql.c_str()); }
@@ -156,12 +156,20 @@ TEST_F(DocumentsTest, AnyTextGoesInAndComesOutAsItIs)
     EXPECT_EQ(read, root);
     EXPECT_TRUE(m_documents.IsRootTaken(kHard, 0));
     root.path = "C:\\it's\\";
-    m_documents.UpdateRoot(root);
+    RootChanges changes;
+    changes.path = root.path;
+    m_documents.ChangeRoot(root.id, changes);
     EXPECT_EQ(m_documents.LoadRoot(root.id).value().path, root.path);
+    changes.name = changes.description = changes.displayName = "it's \\'";
+    m_documents.ChangeRoot(root.id, changes);
+    root.name = root.description = root.displayName = "it's \\'";
+    read = m_documents.LoadRoot(root.id).value();
+    read.created.reset();
+    EXPECT_EQ(read, root);
 
     FolderData folder;
     folder.name = folder.creator = kHard;
-    const int id = m_documents.CreateFolder(Root(root.id), folder);
+    const int id = m_documents.CreateFolder(Root(root.id), folder).id;
     EXPECT_EQ(m_documents.LoadFolder(id).value().name, kHard);
     EXPECT_EQ(m_documents.LoadFolder(id).value().creator, kHard);
     EXPECT_TRUE(m_documents.IsFolderTaken(Root(root.id), kHard));
@@ -179,7 +187,9 @@ TEST_F(DocumentsTest, OnTheEngineThatEscapesByBackslashesTheModuleDoublesThoseOf
     root.id = m_documents.CreateRoot(root);
     EXPECT_EQ(m_documents.LoadRoot(root.id).value().path, "c\\\\'d");
     EXPECT_EQ(m_documents.LoadRoot(root.id).value().name, "a\\b");
-    m_documents.UpdateRoot(root);
+    RootChanges changes;
+    changes.path = root.path;
+    m_documents.ChangeRoot(root.id, changes);
     EXPECT_EQ(m_documents.LoadRoot(root.id).value().path, "c\\'d");
 }
 
@@ -195,7 +205,7 @@ TEST_F(DocumentsTest, NumbersOf32BitsComeThrough)
     FolderData folder;
     folder.name = "f";
     folder.style = 4294967294UL;
-    EXPECT_EQ(m_documents.LoadFolder(m_documents.CreateFolder(Root(id), folder)).value().style, 4294967294UL);
+    EXPECT_EQ(m_documents.LoadFolder(m_documents.CreateFolder(Root(id), folder).id).value().style, 4294967294UL);
 }
 
 TEST_F(DocumentsTest, ANewFolderIsNotMistakenForOneThatHangsNowhereOrElsewhere)
@@ -211,6 +221,39 @@ TEST_F(DocumentsTest, ANewFolderIsNotMistakenForOneThatHangsNowhereOrElsewhere)
     EXPECT_EQ(CodeOf([&] { MakeFolder(Root(root), "both"); }), Exit::conflict);
 }
 
+TEST_F(DocumentsTest, LinksOfADeletedFolderAreNotThoseOfANewOneOfItsId)
+{
+    const int root = MakeRoot("Main");
+    const int a = MakeFolder(Root(root), "A");
+    Execute("INSERT INTO Tab_Doc_Root_Link (Col_P_ObjID, Col_S_ClassID, Col_S_ObjID) VALUES (1, 105, 2), (9, 105, 2), "
+            "(1, 7, 2), (1, 105, 3)");
+    Execute("INSERT INTO Tab_Doc_VFolder_Link (Col_P_ObjID, Col_S_ClassID, Col_S_ObjID) VALUES (1, 105, 2), (1, 7, 2)");
+    FolderData folder;
+    folder.name = "B";
+    const NewFolder made = m_documents.CreateFolder(Folder(a), folder);
+    EXPECT_EQ(made.id, 2);
+    EXPECT_EQ(made.removedLinks, 3);
+    const Catalogue catalogue(m_conn);
+    EXPECT_EQ(catalogue.PathOf(Folder(2)), "/Main/A/B");
+    EXPECT_THAT(catalogue.Find(Folder(2))->parents, testing::SizeIs(1));
+    EXPECT_EQ(catalogue.Find(Root(root))->others, 1);
+    EXPECT_EQ(catalogue.Find(Folder(a))->others, 1);
+    EXPECT_EQ(m_documents.CountRootLinks(root), 3);
+    folder.name = "C";
+    EXPECT_EQ(m_documents.CreateFolder(Folder(a), folder).removedLinks, 1);
+    folder.name = "D";
+    EXPECT_EQ(m_documents.CreateFolder(Folder(a), folder).removedLinks, 0);
+}
+
+TEST_F(DocumentsTest, AFolderWhoseNameIsNotKeptIsNotBlamedOnAnotherProgram)
+{
+    const int root = MakeRoot("Main");
+    Execute("CREATE TRIGGER cut AFTER INSERT ON Tab_Doc_VFolder BEGIN UPDATE Tab_Doc_VFolder SET Col_Name = "
+            "substr(Col_Name, 1, 3) WHERE Col_ID = NEW.Col_ID; END");
+    EXPECT_EQ(CodeOf([&] { MakeFolder(Root(root), "longer"); }), Exit::database);
+    EXPECT_EQ(MakeFolder(Root(root), "abc"), 2);
+}
+
 TEST_F(DocumentsTest, ALinkHasWhatIsShownOfTheFolder)
 {
     const int root = MakeRoot("Main");
@@ -219,8 +262,8 @@ TEST_F(DocumentsTest, ALinkHasWhatIsShownOfTheFolder)
     folder.style = 3;
     folder.creatorId = 7;
     folder.creator = "Amy";
-    const int a = m_documents.CreateFolder(Root(root), folder);
-    const int b = m_documents.CreateFolder(Folder(a), folder);
+    const int a = m_documents.CreateFolder(Root(root), folder).id;
+    const int b = m_documents.CreateFolder(Folder(a), folder).id;
     for (const auto& [table, child] : {std::pair("Tab_Doc_Root_Link", a), std::pair("Tab_Doc_VFolder_Link", b)}) {
         CARecordset link;
         link.Open(fmt::format("SELECT COUNT(*) FROM {} WHERE Col_DispName = 'A' AND Col_Style = 3 AND Col_S_ClassID = "
@@ -298,7 +341,9 @@ TEST_F(DocumentsTest, ARefusedWriteSaysWhy)
     const int a = MakeFolder(Root(root), "A");
     Execute("PRAGMA query_only = 1");
     EXPECT_EQ(CodeOf([&] { MakeRoot("Other"); }), Exit::database);
-    EXPECT_EQ(CodeOf([&] { m_documents.UpdateRoot({}); }), Exit::database);
+    RootChanges changes;
+    changes.type = 1;
+    EXPECT_EQ(CodeOf([&] { m_documents.ChangeRoot(root, changes); }), Exit::database);
     EXPECT_EQ(CodeOf([&] { m_documents.RenameFolder(a, "A", "B"); }), Exit::database);
     EXPECT_EQ(CodeOf([&] { m_documents.AddLink({Root(root), Folder(a)}, {}); }), Exit::database);
     EXPECT_EQ(CodeOf([&] { m_documents.RemoveLink({Root(root), Folder(a)}); }), Exit::database);
@@ -375,6 +420,40 @@ TEST_F(DocRootCommandsTest, SetChangesWhatIsGivenAndNothingElse)
     ExpectRefusal({"docroot", "set", kHard, "--owner", "nobody"}, 3, "nobody");
     ExpectRefusal({"docroot", "set", kHard, "--style", "-1"}, 2, "--style");
     EXPECT_EQ(ShownRoot("id:1"), expected);
+}
+
+TEST_F(DocRootCommandsTest, SetLeavesLargeNumbersOddFlagsAndNullsAsTheyAre)
+{
+    MakeRoot("Main");
+    Execute("UPDATE Tab_Doc_Root SET Col_MaxSize = 5000000000, Col_UsedSize = 9000000000000, Col_HaveSubItem = 2, "
+            "Col_Desc = NULL, Col_DispName = NULL, Col_OwnerID = NULL, Col_Style = NULL");
+    EXPECT_EQ(ShownRoot("Main")["max_size"], 5000000000);
+    EXPECT_EQ(ShownRoot("Main")["used_size"], 9000000000000);
+    EXPECT_EQ(ShownRoot("Main")["has_sub_items"], true);
+    Done({"docroot", "set", "Main", "--path", "/new", "--name", "Other", "--new-type", "1"});
+    EXPECT_EQ(Count("Tab_Doc_Root WHERE Col_Name = 'Other' AND Col_DataPath = '/new' AND Col_Type = 1 AND Col_MaxSize "
+                    "= 5000000000 AND Col_UsedSize = 9000000000000 AND Col_HaveSubItem = 2 AND Col_Desc IS NULL AND "
+                    "Col_DispName IS NULL AND Col_OwnerID IS NULL AND Col_Style IS NULL"),
+              1);
+    // The low 32 bits of what is stored.
+    Done({"docroot", "set", "Other", "--max-size", "705032704", "--style", "4294967295", "--owner", ""});
+    EXPECT_EQ(Count("Tab_Doc_Root WHERE Col_MaxSize = 705032704 AND Col_Style = -1 AND Col_OwnerID = 0 AND "
+                    "Col_UsedSize = 9000000000000 AND Col_Desc IS NULL"),
+              1);
+}
+
+TEST_F(DocRootCommandsTest, NamesThatBeginAsIdsDoAreRefused)
+{
+    MakeRoot("Main");
+    for (const char* name : {"id:9", "id:", "root:9", "root:x"}) {
+        ExpectRefusal({"docroot", "create", name, "--path", "/x"}, 2, "as only ids do");
+        ExpectRefusal({"docroot", "set", "Main", "--name", name}, 2, "as only ids do");
+    }
+    // What another program has called so can still be changed.
+    Execute("UPDATE Tab_Doc_Root SET Col_Name = 'id:9'");
+    Done({"docroot", "set", "id:1", "--name", "id:9", "--path", "/y"});
+    Done({"docroot", "set", "id:1", "--name", "Id:9"});
+    EXPECT_EQ(ShownRoot("Id:9")["path"], "/y");
 }
 
 TEST_F(DocRootCommandsTest, ANameIsTakenInItsTypeAndFoundWithItsType)
@@ -546,6 +625,36 @@ TEST_F(FolderCommandsTest, ACreationThatFailsLeavesNothingBehind)
     EXPECT_EQ(result.exit, 6);
     EXPECT_EQ(Count("Tab_Doc_VFolder"), 0);
     EXPECT_EQ(CountLinks(), 0);
+}
+
+TEST_F(FolderCommandsTest, LinksOfADeletedFolderOfTheNewIdAreRemovedAndTold)
+{
+    MakeRoot("Main");
+    LinkUnder(7, 1);
+    LinkUnder(8, 1);
+    LinkUnder(7, 2);
+    const ChildResult result = Run({"folder", "create", "/Main/A/B", "--parents"});
+    EXPECT_EQ(result.exit, 0);
+    EXPECT_EQ(result.out, "2\n");
+    EXPECT_EQ(result.err, "removed 2 links to a folder deleted before, whose id 1 the new one has\n"
+                          "removed 1 link to a folder deleted before, whose id 2 the new one has\n");
+    EXPECT_EQ(Tree(), "Main (root 1)\n"
+                      "└── A (id 1)\n"
+                      "    └── B (id 2)\n");
+    EXPECT_EQ(CountLinks(), 2);
+    EXPECT_EQ(Run({"folder", "create", "/Main/C"}).err, "");
+}
+
+TEST_F(FolderCommandsTest, NamesThatBeginAsIdsDoAreRefused)
+{
+    MakeRoot("Main");
+    MakeFolder("/Main/A");
+    for (const char* name : {"id:9", "root:9"}) {
+        ExpectRefusal({"folder", "create", std::string("/Main/") + name}, 2, "as only ids do");
+        ExpectRefusal({"folder", "create", fmt::format("/Main/{}/x", name), "--parents"}, 2, "as only ids do");
+        ExpectRefusal({"folder", "rename", "/Main/A", name}, 2, "as only ids do");
+    }
+    EXPECT_EQ(Count("Tab_Doc_VFolder"), 1);
 }
 
 TEST_F(FolderCommandsTest, NamesThatAreTakenOrNoneAreRefused)

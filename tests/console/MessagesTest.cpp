@@ -413,7 +413,7 @@ TEST_F(MessageConsoleTest, ABatchThatFailsIsLeftWholeAndThoseBeforeStayDone)
 TEST_F(MessageConsoleTest, SweepingCountsAsksAndDeletesOrphans)
 {
     SendMany(2);
-    EXPECT_EQ(Run({"message", "sweep"}).err, "there are no orphaned attachments and receipts\n");
+    EXPECT_EQ(Run({"message", "sweep"}).err, "there are no orphaned attachments or receipts\n");
     Execute("INSERT INTO kel_Msg_AttachMent (Col_MsgID) VALUES (7)");
     Execute("INSERT INTO kel_Msg_Rece (Col_MsgID) VALUES (7), (8)");
     EXPECT_EQ(Run({"message", "sweep"}).exit, 9);

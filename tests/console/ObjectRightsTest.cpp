@@ -142,18 +142,19 @@ TEST_F(ObjectRightsTest, AnyTextGoesInAndComesOutAsItIs)
     EXPECT_THAT(IdsOf(m_rights.On({-3, 17}, "it's\\")), ElementsAre(id));
 }
 
-TEST_F(ObjectRightsTest, OnlyTheNamesHaveTheirBackslashesDoubledWhereTheEngineWantsIt)
+TEST_F(ObjectRightsTest, TextsComeBackAsTheyWereWhateverKindTheEngineIsTakenFor)
 {
-    m_conn.m_nDBType = 6;
-    ObjectRight right;
-    right.key = {{kItemTypeUser, 1}, {1, 2}, "a\\b", "c\\d"};
-    right.holderName = "e\\f";
-    const std::optional<ObjectRight> stored = m_rights.Load(m_rights.Grant(right));
-    ASSERT_TRUE(stored.has_value());
-    EXPECT_EQ(stored->key.genre, "a\\b");
-    EXPECT_EQ(stored->key.function, "c\\d");
-    // This engine, unlike those of the kind, does not halve them again.
-    EXPECT_EQ(stored->holderName, "e\\\\f");
+    for (const int kind : {0, 1, 3, 6}) {
+        m_conn.m_nDBType = kind;
+        ObjectRight right;
+        right.key = {{kItemTypeUser, kind}, {1, 2}, "a\\b", "c\\d"};
+        right.holderName = "O'e\\f''\\";
+        const std::optional<ObjectRight> stored = m_rights.Load(m_rights.Grant(right));
+        ASSERT_TRUE(stored.has_value());
+        EXPECT_EQ(stored->key.genre, "a\\b");
+        EXPECT_EQ(stored->key.function, "c\\d");
+        EXPECT_EQ(stored->holderName, "O'e\\f''\\") << kind;
+    }
 }
 
 TEST_F(ObjectRightsTest, ListsGoByHolderTypeAndTakeEveryGenre)

@@ -128,8 +128,10 @@ TEST_F(PlansTest, AnyTextGoesInAndComesOutAsItIs)
     EXPECT_TRUE(m_plans.IsTaken(kHard));
     EXPECT_EQ(FindPlan(m_plans, kHard).id, id);
     const PlanData other{"a\\b", "it's", "\\"};
-    m_plans.Update(id, other);
+    m_plans.Change(id, {other.name, other.description, other.data});
     EXPECT_EQ(m_plans.Load(id), other);
+    m_plans.Change(id, {{}, {}, kHard});
+    EXPECT_EQ(m_plans.Load(id), (PlanData{other.name, other.description, kHard}));
     DocLog log(m_conn);
     log.Add({1, 2, kHard, kHard, 3, kHard, ""});
     const LogEntry entry = log.List({{}, {}, kHard, {}}).at(0);
@@ -172,7 +174,7 @@ TEST_F(PlansTest, ARefusedWriteSaysWhy)
     m_plans.Create({"a", "", ""});
     m_conn.Execute("PRAGMA query_only = 1");
     EXPECT_EQ(CodeOf([&] { m_plans.Create({"b", "", ""}); }), Exit::database);
-    EXPECT_EQ(CodeOf([&] { m_plans.Update(1, {}); }), Exit::database);
+    EXPECT_EQ(CodeOf([&] { m_plans.Change(1, {"c", {}, {}}); }), Exit::database);
     EXPECT_EQ(CodeOf([&] { m_plans.Assign(1, {1, 1}); }), Exit::database);
     EXPECT_EQ(CodeOf([&] { DocLog(m_conn).Add({}); }), Exit::database);
     EXPECT_EQ(CodeOf([&] { m_plans.Delete(1); }), Exit::database);
@@ -215,6 +217,33 @@ TEST_F(PlanCommandsTest, PlansAreMadeShownChangedAndListed)
     EXPECT_EQ(Shown("O'Neil\\"), expected);
     EXPECT_EQ(Run({"plan", "set", "nightly", "--name", "nightly"}).err, "nothing to change in nightly (plan 2)\n");
     EXPECT_EQ(Run({"plan", "set", "nightly", "--name", "Nightly"}).err, "changed nightly (plan 2)\n");
+}
+
+TEST_F(PlanCommandsTest, SetLeavesNullsAsTheyAre)
+{
+    Execute("INSERT INTO Tab_Doc_Backup_Plan (Col_Name, Col_Desc, Col_Data) VALUES ('a', NULL, NULL), ('b', NULL, "
+            "NULL)");
+    Done({"plan", "set", "a", "--name", "A"});
+    Done({"plan", "set", "b", "--data", "x"});
+    CAConnect conn;
+    conn.Open(CString(std::string_view(DatabaseUrl())));
+    CARecordset rows;
+    rows.Open("SELECT Col_Name || ':' || COALESCE(Col_Desc, 'NULL') || ':' || COALESCE(Col_Data, 'NULL') FROM "
+              "Tab_Doc_Backup_Plan ORDER BY Col_ID",
+              &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    EXPECT_EQ(rows.GetValueToStr(1, true).View(), "A:NULL:NULL");
+    rows.MoveNext();
+    EXPECT_EQ(rows.GetValueToStr(1, true).View(), "b:NULL:x");
+}
+
+TEST_F(PlanCommandsTest, NamesThatBeginAsIdsDoAreRefused)
+{
+    Done({"plan", "create", "Nightly"});
+    for (const char* name : {"id:5", "id:"}) {
+        ExpectRefusal({"plan", "create", name}, 2, "as only ids do");
+        ExpectRefusal({"plan", "set", "Nightly", "--name", name}, 2, "as only ids do");
+    }
+    EXPECT_EQ(json::parse(Done({"plan", "list", "-o", "json"})).size(), 1U);
 }
 
 TEST_F(PlanCommandsTest, WhatCannotBeIsRefusedAndChangesNothing)
