@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
-# servers.sh start|stop FOLDER: the engines that tests need besides the program's own, in a folder of their own, on
-# sockets and the loopback. FOLDER gets one file per engine that says where it is. What cannot be had is a failure.
+# servers.sh start FOLDER [postgresql|mariadb], servers.sh stop FOLDER: the engines that tests need besides the program's
+# own, or one of them, in a folder of their own, on sockets and the loopback. FOLDER gets one file per engine that says
+# where it is. What cannot be had is a failure.
 set -euo pipefail
 
 action=$1
 folder=$2
+wanted=${3:-postgresql mariadb}
 
 say() { echo "servers: $*" >&2; }
 
@@ -111,8 +113,9 @@ case $action in
     data=$(mktemp -d "${TMPDIR:-/tmp}/qv-servers-XXXXXX")
     chmod 755 "$data"
     echo "$data" >"$folder/data"
-    start_postgresql "$data"
-    start_mariadb "$data"
+    for engine in $wanted; do
+      "start_$engine" "$data"
+    done
     ;;
   stop) stop ;;
   *)
