@@ -27,7 +27,6 @@ namespace {
 
 constexpr std::string_view kFolderPrefix = "id:";
 constexpr std::string_view kRootPrefix = "root:";
-constexpr int kBackslashesEscape = 6;
 /// Engines take a list of so many numbers in one statement.
 constexpr std::size_t kChunk = 500;
 
@@ -563,17 +562,6 @@ std::string Catalogue::CycleText(const std::vector<DocKey>& cycle) const
 
 CString Documents::Whole(std::string_view text) const { return Escaped(m_conn, text); }
 
-/// For the operation that doubles backslashes itself on the one kind of engine that needs it.
-CString Documents::QuotesDoubled(std::string_view text) const
-{
-    CString whole = Whole(text);
-    if (m_conn.m_nDBType == kBackslashesEscape) {
-        whole = CString(text);
-        whole.Replace("'", "''");
-    }
-    return whole;
-}
-
 void Documents::Execute(const std::string& sql)
 {
     Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
@@ -657,7 +645,7 @@ int Documents::CreateRoot(const RootData& root)
     CDocRootItem item;
     item.m_strName = Whole(root.name);
     item.m_strDesc = Whole(root.description);
-    item.m_strDataPath = QuotesDoubled(root.path);
+    item.m_strDataPath = QuotesDoubled(m_conn, root.path);
     item.m_nMaxSize = static_cast<int>(root.maxSize);
     item.m_strDispName = Whole(root.displayName);
     item.m_nType = root.type;

@@ -238,7 +238,6 @@ public:
 
 private:
     [[nodiscard]] CString Whole(std::string_view text) const;
-    [[nodiscard]] CString QuotesDoubled(std::string_view text) const;
     void Execute(const std::string& sql);
     std::vector<RootData> ReadRoots(const std::string& condition);
     std::vector<int> FoldersCalled(const CString& name);

@@ -32,6 +32,17 @@ CString Escaped(const CAConnect& conn, std::string_view text)
     return Asking(conn, [&] { return conn.EscapeText(checked); });
 }
 
+CString QuotesDoubled(const CAConnect& conn, std::string_view text)
+{
+    constexpr int doublesSlashes = 6;
+    if (conn.m_nDBType != doublesSlashes) {
+        return Escaped(conn, text);
+    }
+    CString doubled = WithoutNul(text);
+    doubled.Replace("'", "''");
+    return doubled;
+}
+
 bool EscapesBackslashes(const CAConnect& conn) { return Escaped(conn, "\\") != "\\"; }
 
 } // namespace console

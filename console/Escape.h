@@ -14,6 +14,9 @@ namespace console {
 /// @throws Refusal for a text with a NUL byte, here and below.
 CString SlashesDoubled(const CAConnect& conn, std::string_view text);
 
+/// For operations that double backslashes themselves where the engine kind is 6, and no quotes.
+CString QuotesDoubled(const CAConnect& conn, std::string_view text);
+
 /// For operations that take a text as it is, and for statements of our own: the text as it stands between quotes on
 /// this engine.
 CString Escaped(const CAConnect& conn, std::string_view text);

@@ -55,15 +55,6 @@ std::vector<Setting> Sorted(std::vector<Setting> settings)
     return settings;
 }
 
-/// For the writers of pictures, which double backslashes themselves where the engine needs that.
-CString QuotesDoubled(const CAConnect& conn, std::string_view text)
-{
-    (void)Escaped(conn, text);
-    CString doubled{text};
-    doubled.Replace("'", "''");
-    return doubled;
-}
-
 } // namespace
 
 // ---- Any setting ----------------------------------------------------------------------------------------------------

@@ -423,6 +423,15 @@ TEST(EscapeTest, BackslashesAreDoubledWhereTheEngineTakesThemForItsOwnWhateverIt
     }
 }
 
+TEST(EscapeTest, BackslashesAreLeftToOperationsThatDoubleThemOnKindSix)
+{
+    CAConnect escaping;
+    escaping.Open(servers::UrlOf("mariadb", "mysql").c_str());
+    EXPECT_EQ(QuotesDoubled(escaping, "a\\b'"), "a\\b''");
+    escaping.m_nDBType = 3;
+    EXPECT_EQ(QuotesDoubled(escaping, "a\\b'"), "a\\\\b''");
+}
+
 TEST(EscapeTest, PlainTextsAreEscapedAsTheEngineWantsIt)
 {
     CAConnect conn;
