@@ -1,25 +1,21 @@
 #include "console/AddInCommands.h"
 
 #include "console/AddIns.h"
+#include "console/Confirm.h"
 #include "console/Engine.h"
-#include "console/GroupCommands.h"
-#include "console/MessageCommands.h"
 #include "console/Messages.h"
 #include "console/Opened.h"
 #include "console/Organisation.h"
 #include "console/Text.h"
+#include "console/TextFile.h"
+#include "console/Words.h"
 #include "platform/COleDateTime.h"
-#include "platform/CodePage.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <iterator>
-#include <sstream>
 
 namespace console {
 
@@ -92,20 +88,6 @@ AddIn FindGiven(AddIns& addIns, const Arguments& arguments)
     return FindAddIn(addIns, Given(arguments, kAddIn).value_or(""), GivenNumber(arguments, kType));
 }
 
-std::string WholeFile(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    // A file without a byte in it makes the writing fail.
-    if (!file || (file.peek() != std::ifstream::traits_type::eof() && !(text << file.rdbuf())) || file.bad()) {
-        throw Refusal(Exit::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(errno)));
-    }
-    if (!platform::IsValidUtf8(text.str())) {
-        throw Refusal(Exit::failed, fmt::format("{} is not UTF-8", Visible(path)));
-    }
-    return text.str();
-}
-
 std::optional<std::string> DataGiven(const Arguments& arguments)
 {
     const std::optional<std::string> data = Given(arguments, kData);
@@ -113,7 +95,7 @@ std::optional<std::string> DataGiven(const Arguments& arguments)
     if (data && file) {
         throw Refusal(Exit::usage, "--data and --data-file are two answers to one question");
     }
-    return file ? WholeFile(*file) : data;
+    return file ? ReadTextFile(*file) : data;
 }
 
 std::optional<bool> PublicGiven(const Arguments& arguments)

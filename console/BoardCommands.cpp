@@ -2,12 +2,12 @@
 
 #include "console/AddInCommands.h"
 #include "console/Board.h"
+#include "console/Confirm.h"
 #include "console/Engine.h"
-#include "console/GroupCommands.h"
-#include "console/MessageCommands.h"
 #include "console/Opened.h"
 #include "console/Render.h"
 #include "console/Text.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -1,12 +1,13 @@
 #include "console/DocRootCommands.h"
 
+#include "console/Confirm.h"
 #include "console/Documents.h"
 #include "console/Engine.h"
-#include "console/GroupCommands.h"
 #include "console/Opened.h"
 #include "console/Render.h"
 #include "console/Text.h"
 #include "console/Users.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -2,7 +2,6 @@
 
 #include "console/Engine.h"
 #include "console/Explain.h"
-#include "console/GroupCommands.h"
 #include "console/Items.h"
 #include "console/Opened.h"
 #include "console/Powers.h"
@@ -11,6 +10,7 @@
 #include "console/Text.h"
 #include "console/UserCommands.h"
 #include "console/Users.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

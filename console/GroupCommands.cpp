@@ -1,10 +1,12 @@
 #include "console/GroupCommands.h"
 
 #include "basefun/ItemTypes.h"
+#include "console/Confirm.h"
 #include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Render.h"
 #include "console/Text.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -12,88 +14,6 @@
 #include <algorithm>
 #include <limits>
 #include <map>
-
-namespace console::words {
-
-void DeclareOption(CLI::App& app, Arguments& arguments, const Field& field)
-{
-    const auto take = [&arguments, &field](const std::string& text) { arguments.fields[&field] = text; };
-    app.add_option_function<std::string>(OptionOf(field), take, std::string(field.help))->type_name("TEXT");
-}
-
-void DeclareNumber(CLI::App& app, Arguments& arguments, const Field& field)
-{
-    const auto take = [&arguments, &field](int number) { arguments.fields[&field] = std::to_string(number); };
-    app.add_option_function<int>(OptionOf(field), take, std::string(field.help))->type_name("N");
-}
-
-void DeclareArgument(CLI::App& app, Arguments& arguments, const Field& field, bool required)
-{
-    const auto take = [&arguments, &field](const std::string& text) { arguments.fields[&field] = text; };
-    app.add_option_function<std::string>(std::string(field.name), take, std::string(field.help))
-        ->required(required)
-        ->type_name("");
-}
-
-void DeclareFlag(CLI::App& app, Arguments& arguments, const Field& field)
-{
-    const auto take = [&arguments, &field](std::int64_t) { arguments.fields[&field] = "1"; };
-    app.add_flag_function(OptionOf(field), take, std::string(field.help));
-}
-
-void DeclareYes(CLI::App& app, Arguments& arguments) { app.add_flag("--yes", arguments.yes, "do not ask"); }
-
-std::optional<std::string> Given(const Arguments& arguments, const Field& field)
-{
-    const auto given = arguments.fields.find(&field);
-    return given == arguments.fields.end() ? std::nullopt : std::optional(given->second);
-}
-
-std::optional<int> GivenNumber(const Arguments& arguments, const Field& field)
-{
-    const std::optional<std::string> given = Given(arguments, field);
-    return given ? std::optional(std::stoi(*given)) : std::nullopt;
-}
-
-} // namespace console::words
-
-namespace console {
-
-std::string WithTraces(const std::vector<Trace>& traces)
-{
-    std::string list;
-    for (const Trace& trace : traces) {
-        list += (list.empty() ? ", with " : ", ") + Counted(static_cast<std::size_t>(trace.count), trace.noun);
-    }
-    return list;
-}
-
-void RequireConfirmation(const Context& context, const std::string& question)
-{
-    if (context.arguments.yes) {
-        return;
-    }
-    Terminal& terminal = context.terminal;
-    if (!terminal.inIsTerminal || !terminal.errIsTerminal) {
-        throw Refusal(Exit::needsYes, "nothing was deleted; add --yes to delete without being asked");
-    }
-    terminal.err << question << " [y/N] " << std::flush;
-    std::string answer;
-    std::getline(terminal.in, answer);
-    if (answer != "y" && answer != "Y" && answer != "yes") {
-        throw Refusal(Exit::needsYes, "nothing was deleted");
-    }
-}
-
-void RequireStillSo(bool isStillSo)
-{
-    if (!isStillSo) {
-        throw Refusal(Exit::conflict,
-                      "somebody else has changed what was shown in the meantime; nothing was deleted, look again");
-    }
-}
-
-} // namespace console
 
 namespace console::group {
 

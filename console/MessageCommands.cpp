@@ -1,13 +1,14 @@
 #include "console/MessageCommands.h"
 
+#include "console/Confirm.h"
 #include "console/Engine.h"
-#include "console/GroupCommands.h"
 #include "console/Interrupt.h"
 #include "console/Messages.h"
 #include "console/Opened.h"
 #include "console/Progress.h"
 #include "console/Render.h"
 #include "console/Text.h"
+#include "console/Words.h"
 #include "platform/COleDateTime.h"
 
 #include <CLI/CLI.hpp>
@@ -16,36 +17,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <numeric>
-
-namespace console {
-
-void DeclareWords(CLI::App& app, Arguments& arguments, const char* name, const char* help)
-{
-    // CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
-    constexpr int kMost = 1 << 20;
-    app.add_option(name, arguments.users, help)
-        ->required()
-        ->type_name("")
-        ->expected(kMost)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-}
-
-void DeclareLimit(CLI::App& app, Arguments& arguments)
-{
-    app.add_option("--limit", arguments.limit, "at most so many")
-        ->type_name("N")
-        ->check(CLI::Range(1, std::numeric_limits<int>::max(), ""));
-}
-
-std::size_t LimitOf(const Arguments& arguments)
-{
-    return static_cast<std::size_t>(arguments.limit.value_or(std::numeric_limits<int>::max()));
-}
-
-} // namespace console
 
 namespace console::message {
 
@@ -254,6 +226,8 @@ Exit Sweep(const Context& context)
 namespace console::loginlog {
 
 namespace {
+
+using namespace words;
 
 int ReadId(const std::string& text)
 {

@@ -2,20 +2,6 @@
 
 #include "console/Commands.h"
 
-#include <cstddef>
-
-namespace console {
-
-/// An argument of which a command takes several; the words are in Arguments::users, whatever they name.
-void DeclareWords(CLI::App& app, Arguments& arguments, const char* name, const char* help);
-
-/// --limit, for lists.
-void DeclareLimit(CLI::App& app, Arguments& arguments);
-/// As many as there can be where it was not given.
-std::size_t LimitOf(const Arguments& arguments);
-
-} // namespace console
-
 namespace console::message {
 
 void DeclarePurge(CLI::App& app, Arguments& arguments);

@@ -1,8 +1,8 @@
 #include "console/ObjectRightCommands.h"
 
 #include "basefun/ItemTypes.h"
+#include "console/Confirm.h"
 #include "console/Engine.h"
-#include "console/GroupCommands.h"
 #include "console/Items.h"
 #include "console/ObjectRights.h"
 #include "console/Opened.h"
@@ -10,6 +10,7 @@
 #include "console/Render.h"
 #include "console/Text.h"
 #include "console/Users.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -24,8 +25,6 @@ namespace {
 
 using namespace words;
 
-// CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
-constexpr int kMostRights = 1 << 20;
 constexpr const char* kIdHelp = "number of the right, as `objright list` shows it";
 
 constexpr Field kItem{"ITEM", "", {}, Field::Use::given, kItemHelp};
@@ -215,13 +214,7 @@ void DeclareSet(CLI::App& app, Arguments& arguments)
 
 void DeclareRevoke(CLI::App& app, Arguments& arguments)
 {
-    // The words that a command takes several of, whatever they name.
-    app.add_option("ID", arguments.users, kIdHelp)
-        ->required()
-        ->type_name("")
-        ->expected(kMostRights)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    DeclareWords(app, arguments, "ID", kIdHelp);
     DeclareYes(app, arguments);
 }
 

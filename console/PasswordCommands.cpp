@@ -1,5 +1,6 @@
 #include "console/PasswordCommands.h"
 
+#include "console/Confirm.h"
 #include "console/Engine.h"
 #include "console/FileBuffer.h"
 #include "console/Interrupt.h"
@@ -208,8 +209,6 @@ void DeclareGenerated(CLI::App& app, SecretSource& source)
         ->excludes("--password-stdin")
         ->excludes("--password-file");
 }
-
-bool CanAsk(const Terminal& terminal) { return terminal.inIsTerminal && terminal.errIsTerminal; }
 
 Secret ObtainSecret(const SecretSource& source, const SecretQuestion& question, Terminal& terminal)
 {

@@ -33,7 +33,6 @@ struct SecretQuestion {
     std::string_view advice; ///< the options that there are instead
 };
 
-bool CanAsk(const Terminal& terminal);
 /// Gets the secret: the first line, without its end. @throws Refusal (usage, failed).
 Secret ObtainSecret(const SecretSource& source, const SecretQuestion& question, Terminal& terminal);
 

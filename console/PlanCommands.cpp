@@ -1,26 +1,22 @@
 #include "console/PlanCommands.h"
 
 #include "basefun/ItemTypes.h"
+#include "console/Confirm.h"
 #include "console/Engine.h"
-#include "console/FileBuffer.h"
-#include "console/GroupCommands.h"
 #include "console/Items.h"
 #include "console/Opened.h"
 #include "console/Plans.h"
 #include "console/Render.h"
 #include "console/Text.h"
+#include "console/TextFile.h"
 #include "console/Users.h"
-#include "platform/CodePage.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
-#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
-#include <ios>
 #include <iterator>
 #include <limits>
 #include <map>
@@ -31,8 +27,6 @@ namespace {
 
 using namespace words;
 
-// CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
-constexpr int kMostItems = 1 << 20;
 /// Longer lists of items are told as numbers.
 constexpr std::size_t kLongestList = 20;
 
@@ -57,32 +51,10 @@ void DeclareColumns(CLI::App& app, Arguments& arguments)
         ->excludes("--data");
 }
 
-std::string ReadText(const std::string& path)
-{
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    std::string text;
-    int error = file < 0 ? errno : 0;
-    if (file >= 0) {
-        FileBuffer buffer(file);
-        try {
-            text.assign(std::istreambuf_iterator<char>(&buffer), {});
-        } catch (const std::ios_base::failure& e) {
-            error = e.code().value();
-        }
-    }
-    if (error != 0) {
-        throw Refusal(Exit::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(error)));
-    }
-    if (!platform::IsValidUtf8(text)) {
-        throw Refusal(Exit::failed, fmt::format("{} is not UTF-8", Visible(path)));
-    }
-    return text;
-}
-
 std::optional<std::string> GivenData(const Arguments& arguments)
 {
     const std::optional<std::string> path = Given(arguments, kDataFile);
-    return path ? std::optional(ReadText(*path)) : Given(arguments, kData);
+    return path ? std::optional(ReadTextFile(*path)) : Given(arguments, kData);
 }
 
 PlanKey FindGiven(Plans& plans, const Arguments& arguments)
@@ -226,12 +198,8 @@ void Confirm(const Context& context, const Selection& selection, const Wording& 
     }
     const std::string items = CountedItems(selection.items);
     context.terminal.err << items << '\n';
-    try {
-        RequireConfirmation(context, fmt::format(fmt::runtime(wording.question), Named(selection.plan), items));
-    } catch (const Refusal& e) {
-        // Its own words are about deleting.
-        throw Refusal(e.Code(), fmt::format("{}; --yes goes on without asking", wording.nothingDone));
-    }
+    RequireConfirmation(context, fmt::format(fmt::runtime(wording.question), Named(selection.plan), items),
+                        wording.nothingDone);
 }
 
 std::string OutcomeInSum(const Selection& selection, const std::set<ItemKey>& changed, const Wording& wording)
@@ -322,13 +290,7 @@ void DeclareOf(CLI::App& app, Arguments& arguments) { DeclareArgument(app, argum
 void DeclareItems(CLI::App& app, Arguments& arguments)
 {
     DeclareOne(app, arguments);
-    // The words that a command takes several of, whatever they name.
-    app.add_option("ITEM", arguments.users, std::string(kItem.help))
-        ->required()
-        ->type_name("")
-        ->expected(kMostItems)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    DeclareWords(app, arguments, "ITEM", std::string(kItem.help));
     DeclareFlag(app, arguments, kRecursive);
     DeclareYes(app, arguments);
 }

@@ -1,8 +1,8 @@
 #include "console/RightCommands.h"
 
 #include "basefun/ItemTypes.h"
+#include "console/Confirm.h"
 #include "console/Engine.h"
-#include "console/GroupCommands.h"
 #include "console/Items.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
@@ -13,6 +13,7 @@
 #include "console/Text.h"
 #include "console/UserCommands.h"
 #include "console/Users.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -27,8 +28,6 @@ namespace {
 
 using namespace words;
 
-// CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
-constexpr int kMostRoles = 1 << 20;
 constexpr int kPlainPower = 1;
 
 constexpr Field kItem{"ITEM", "", {}, Field::Use::given, kItemHelp};
@@ -488,13 +487,7 @@ void DeclareOn(CLI::App& app, Arguments& arguments)
 
 void DeclareMatrix(CLI::App& app, Arguments& arguments)
 {
-    // The words that a command takes several of, whatever they name.
-    app.add_option("ROLE", arguments.users, "name of a role, case not counting, or id:NUMBER")
-        ->required()
-        ->type_name("")
-        ->expected(kMostRoles)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    DeclareWords(app, arguments, "ROLE", "name of a role, case not counting, or id:NUMBER");
 }
 
 void DeclareViews(CLI::App& app, Arguments& arguments)

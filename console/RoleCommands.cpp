@@ -1,14 +1,15 @@
 #include "console/RoleCommands.h"
 
 #include "basefun/ItemTypes.h"
+#include "console/Confirm.h"
 #include "console/Engine.h"
-#include "console/GroupCommands.h"
 #include "console/Opened.h"
 #include "console/Render.h"
 #include "console/Roles.h"
 #include "console/Text.h"
 #include "console/UserCommands.h"
 #include "console/Users.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -19,8 +20,6 @@ namespace {
 
 using namespace words;
 
-// CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
-constexpr int kMostRoles = 1 << 20;
 constexpr const char* kRoleHelp = "name, case not counting, or id:NUMBER";
 
 constexpr Field kRole{"ROLE", "", {}, Field::Use::given, kRoleHelp};
@@ -147,13 +146,7 @@ void DeclareSet(CLI::App& app, Arguments& arguments)
 
 void DeclareDelete(CLI::App& app, Arguments& arguments)
 {
-    // The words that a command takes several of, whatever they name.
-    app.add_option("ROLE", arguments.users, kRoleHelp)
-        ->required()
-        ->type_name("")
-        ->expected(kMostRoles)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    DeclareWords(app, arguments, "ROLE", kRoleHelp);
     DeclareScope(app, arguments);
     DeclareYes(app, arguments);
 }

@@ -1,16 +1,17 @@
 #include "console/SettingCommands.h"
 
+#include "console/Confirm.h"
 #include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
 #include "console/Render.h"
 #include "console/Settings.h"
 #include "console/Text.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <optional>
@@ -20,6 +21,7 @@ namespace console::setting {
 namespace {
 
 constexpr std::string_view kKeyAdvice = "--key-stdin or --key-file";
+constexpr std::string_view kNothingDone = "nothing was changed";
 
 /// What these commands take beside the arguments that all commands share.
 struct SettingOptions {
@@ -69,8 +71,6 @@ void DeclareNumber(CLI::App& app, const std::string& option, std::optional<std::
     app.add_option_function<std::string>(option, take, help)->type_name("N");
 }
 
-void DeclareYes(CLI::App& app, Arguments& arguments) { app.add_flag("--yes", arguments.yes, "do not ask"); }
-
 // ---- Sentences ------------------------------------------------------------------------------------------------------
 
 std::string Described(const Setting& setting)
@@ -86,23 +86,6 @@ std::string Enumerated(const std::vector<Setting>& settings)
         list += (list.empty() ? "" : ", ") + Described(setting);
     }
     return list;
-}
-
-void RequireConfirmation(const Context& context, const std::string& question)
-{
-    if (context.arguments.yes) {
-        return;
-    }
-    Terminal& terminal = context.terminal;
-    if (!CanAsk(terminal)) {
-        throw Refusal(Exit::needsYes, "nothing was changed; add --yes to go on without being asked");
-    }
-    terminal.err << question << "? [y/N] " << std::flush;
-    std::string answer;
-    std::getline(terminal.in, answer);
-    if (answer != "y" && answer != "Y" && answer != "yes") {
-        throw Refusal(Exit::needsYes, "nothing was changed");
-    }
 }
 
 void RefuseKey(std::string_view verb)
@@ -213,7 +196,7 @@ void DeclareDelete(CLI::App& app, Arguments& arguments)
 {
     DeclareName(app);
     DeclareGenre(app, "genre of the setting; '' for one without")->required();
-    DeclareYes(app, arguments);
+    words::DeclareYes(app, arguments);
 }
 
 void DeclareThreads(CLI::App& app, Arguments& /*arguments*/)
@@ -231,7 +214,7 @@ void DeclarePicture(CLI::App& app, Arguments& arguments)
 {
     app.add_option("TEXT", Options().picture, "picture to have from now on; shown if not given")->type_name("");
     app.add_flag("--all-users", Options().allUsers, "give every user this picture too; asks first");
-    DeclareYes(app, arguments);
+    words::DeclareYes(app, arguments);
 }
 
 void DeclareEncryptionKey(CLI::App& app, Arguments& /*arguments*/)
@@ -297,7 +280,7 @@ Exit Delete(const Context& context)
     const std::vector<Setting> found = FindSettings(settings);
     const std::string what =
         Described(found.front()) + (found.size() > 1 ? fmt::format(" ({} rows)", found.size()) : "");
-    RequireConfirmation(context, "Delete the setting " + what);
+    RequireConfirmation(context, fmt::format("Delete the setting {}?", what), kNothingDone);
     Transaction transaction(conn);
     settings.Delete(found.front().name, found.front().genre);
     transaction.Commit();
@@ -364,7 +347,7 @@ Exit Picture(const Context& context)
     }
     const auto users = static_cast<std::size_t>(options.allUsers ? opened.Directory().Count() : 0);
     if (options.allUsers) {
-        RequireConfirmation(context, fmt::format("Replace the picture of {}", Counted(users, "user")));
+        RequireConfirmation(context, fmt::format("Replace the picture of {}?", Counted(users, "user")), kNothingDone);
     }
     Transaction transaction(conn);
     settings.SetPicture(*options.picture);

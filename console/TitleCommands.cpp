@@ -2,12 +2,12 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Engine.h"
-#include "console/GroupCommands.h"
 #include "console/Opened.h"
 #include "console/Render.h"
 #include "console/Roles.h"
 #include "console/Text.h"
 #include "console/Users.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -1,5 +1,6 @@
 #include "console/UserCommands.h"
 
+#include "console/Confirm.h"
 #include "console/Engine.h"
 #include "console/Import.h"
 #include "console/MemberCommands.h"
@@ -8,6 +9,7 @@
 #include "console/Render.h"
 #include "console/Text.h"
 #include "console/Users.h"
+#include "console/Words.h"
 #include "platform/CodePage.h"
 
 #include <CLI/CLI.hpp>
@@ -23,8 +25,6 @@ namespace console::user {
 namespace {
 
 constexpr const char* kUserHelp = "login name, or id:NUMBER, or login:TEXT";
-// CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
-constexpr int kMostUsers = 1 << 20;
 
 void DeclareFields(CLI::App& app, Arguments& arguments, Field::Use narrowest)
 {
@@ -154,40 +154,10 @@ Exit SetLocked(const Context& context, bool locked)
     return Exit::done;
 }
 
-std::string Enumerated(const std::vector<Trace>& traces)
-{
-    std::string list;
-    for (const Trace& trace : traces) {
-        list += (list.empty() ? ", with " : ", ") + Counted(static_cast<std::size_t>(trace.count), trace.noun);
-    }
-    return list;
-}
-
-bool IsConfirmed(Terminal& terminal, std::size_t count)
-{
-    terminal.err << fmt::format("Delete {}? [y/N] ", Counted(count, "user")) << std::flush;
-    std::string answer;
-    std::getline(terminal.in, answer);
-    return answer == "y" || answer == "Y" || answer == "yes";
-}
-
-void RequireConfirmation(const Context& context, std::size_t count)
-{
-    if (context.arguments.yes) {
-        return;
-    }
-    if (!context.terminal.inIsTerminal || !context.terminal.errIsTerminal) {
-        throw Refusal(Exit::needsYes, "nothing was deleted; add --yes to delete without being asked");
-    }
-    if (!IsConfirmed(context.terminal, count)) {
-        throw Refusal(Exit::needsYes, "nothing was deleted");
-    }
-}
-
 void TellWhatGoes(const Context& context, Directory& directory, const std::vector<UserKey>& users)
 {
     for (const UserKey& user : users) {
-        context.terminal.err << fmt::format("delete {}{}\n", Named(user), Enumerated(directory.Traces(user.id)));
+        context.terminal.err << fmt::format("delete {}{}\n", Named(user), WithTraces(directory.Traces(user.id)));
     }
 }
 
@@ -256,15 +226,7 @@ void DeclareOne(CLI::App& app, Arguments& arguments)
     app.add_option("USER", arguments.user, kUserHelp)->required()->type_name("");
 }
 
-void DeclareSeveral(CLI::App& app, Arguments& arguments)
-{
-    app.add_option("USER", arguments.users, kUserHelp)
-        ->required()
-        ->type_name("")
-        ->expected(kMostUsers)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-}
+void DeclareSeveral(CLI::App& app, Arguments& arguments) { words::DeclareWords(app, arguments, "USER", kUserHelp); }
 
 void DeclareCreate(CLI::App& app, Arguments& arguments)
 {
@@ -294,7 +256,7 @@ void DeclareRename(CLI::App& app, Arguments& arguments)
 void DeclareDelete(CLI::App& app, Arguments& arguments)
 {
     DeclareSeveral(app, arguments);
-    app.add_flag("--yes", arguments.yes, "do not ask");
+    words::DeclareYes(app, arguments);
 }
 
 void DeclareExists(CLI::App& app, Arguments& arguments)
@@ -419,7 +381,7 @@ Exit Delete(const Context& context)
     const std::vector<UserKey> users = FindUsers(directory, context.arguments.users);
     RefuseBuiltIn(users);
     TellWhatGoes(context, directory, users);
-    RequireConfirmation(context, users.size());
+    RequireConfirmation(context, fmt::format("Delete {}?", Counted(users.size(), "user")));
     Transaction transaction(directory.Connection());
     for (const UserKey& user : users) {
         DeleteUser(directory, user);

@@ -1,12 +1,13 @@
 #include "console/ViewCommands.h"
 
 #include "basefun/ItemTypes.h"
+#include "console/Confirm.h"
 #include "console/Engine.h"
-#include "console/GroupCommands.h"
 #include "console/Opened.h"
 #include "console/Organisation.h"
 #include "console/Render.h"
 #include "console/Text.h"
+#include "console/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -84,4 +84,12 @@ std::optional<Date> ParseExactDate(std::string_view text)
     return ParseEngineDate(text);
 }
 
+CString QuotedDate(const Date& date)
+{
+    CString literal;
+    literal.Format("'%04d-%02d-%02d %02d:%02d:%02d'", date.year, date.month, date.day, date.hour, date.minute,
+                   date.second);
+    return literal;
+}
+
 } // namespace dbaccess

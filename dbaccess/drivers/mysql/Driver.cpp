@@ -1,5 +1,6 @@
 #include "dbaccess/drivers/mysql/Driver.h"
 
+#include "dbaccess/DateText.h"
 #include "dbaccess/drivers/mysql/Connection.h"
 #include "dbaccess/drivers/mysql/Cursor.h"
 #include "platform/CodePage.h"
@@ -276,13 +277,7 @@ public:
     void Commit() override { m_connection->Commit(); }
     void Rollback() override { m_connection->Rollback(); }
 
-    [[nodiscard]] CString DateLiteral(const Date& date) const override
-    {
-        CString literal;
-        literal.Format("'%04d-%02d-%02d %02d:%02d:%02d'", date.year, date.month, date.day, date.hour, date.minute,
-                       date.second);
-        return literal;
-    }
+    [[nodiscard]] CString DateLiteral(const Date& date) const override { return QuotedDate(date); }
 
     // By characters of the ANSI code page: what is a character of its own there is one in UTF-8, where the server looks
     // for quotes and backslashes.

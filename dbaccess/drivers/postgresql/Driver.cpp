@@ -1,5 +1,6 @@
 #include "dbaccess/drivers/postgresql/Driver.h"
 
+#include "dbaccess/DateText.h"
 #include "dbaccess/drivers/postgresql/Cursor.h"
 #include "dbaccess/drivers/postgresql/Error.h"
 #include "platform/CodePage.h"
@@ -258,13 +259,7 @@ public:
     }
 
     // A literal without a type takes that of the column beside it: a date drops the time, a text sorts by it.
-    [[nodiscard]] CString DateLiteral(const Date& date) const override
-    {
-        CString literal;
-        literal.Format("'%04d-%02d-%02d %02d:%02d:%02d'", date.year, date.month, date.day, date.hour, date.minute,
-                       date.second);
-        return literal;
-    }
+    [[nodiscard]] CString DateLiteral(const Date& date) const override { return QuotedDate(date); }
 
     [[nodiscard]] CString EscapeText(const CString& text) const override
     {

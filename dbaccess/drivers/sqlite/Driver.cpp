@@ -1,5 +1,6 @@
 #include "dbaccess/drivers/sqlite/Driver.h"
 
+#include "dbaccess/DateText.h"
 #include "dbaccess/drivers/sqlite/Cursor.h"
 #include "dbaccess/drivers/sqlite/Error.h"
 #include "platform/CodePage.h"
@@ -263,13 +264,7 @@ public:
     }
 
     // Dates are kept as text and compare as text: without its time, a day would sort before its own midnight.
-    [[nodiscard]] CString DateLiteral(const Date& date) const override
-    {
-        CString literal;
-        literal.Format("'%04d-%02d-%02d %02d:%02d:%02d'", date.year, date.month, date.day, date.hour, date.minute,
-                       date.second);
-        return literal;
-    }
+    [[nodiscard]] CString DateLiteral(const Date& date) const override { return QuotedDate(date); }
 
     [[nodiscard]] CString EscapeText(const CString& text) const override
     {

@@ -1,0 +1,40 @@
+#include "console/TextFile.h"
+
+#include "console/Errors.h"
+#include "console/FileBuffer.h"
+#include "console/Text.h"
+#include "platform/CodePage.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstring>
+#include <ios>
+#include <iterator>
+
+namespace console {
+
+std::string ReadTextFile(const std::string& path)
+{
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    std::string text;
+    int error = file < 0 ? errno : 0;
+    if (file >= 0) {
+        FileBuffer buffer(file);
+        try {
+            text.assign(std::istreambuf_iterator<char>(&buffer), {});
+        } catch (const std::ios_base::failure& e) {
+            error = e.code().value();
+        }
+    }
+    if (error != 0) {
+        throw Refusal(Exit::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(error)));
+    }
+    if (!platform::IsValidUtf8(text)) {
+        throw Refusal(Exit::failed, fmt::format("{} is not UTF-8", Visible(path)));
+    }
+    return text;
+}
+
+} // namespace console
