@@ -1,8 +1,6 @@
 #pragma once
 
 #include "basefun/QVBaseFun.h"
-#include "bench/ByHand.h"
-#include "dbaccess/CAConnect.h"
 
 #include <benchmark/benchmark.h>
 
@@ -12,14 +10,6 @@
 #include <string>
 
 namespace bench {
-
-/// One file, opened by both sides.
-struct Directory {
-    explicit Directory(const std::string& path) : hand(path) { conn.Open(("sqlite:" + path).c_str()); }
-
-    ByHand hand;
-    CAConnect conn;
-};
 
 /// @throws std::runtime_error with the module's last error when a call did not do what it should.
 inline void Require(bool ok)

@@ -1,6 +1,7 @@
 #include "bench/RelationCases.h"
 
 #include "basefun/ItemTypes.h"
+#include "bench/Cases.h"
 #include "directory/HumanItem.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/Cases.h"
+#include "bench/Directory.h"
 #include "bench/Report.h"
 #include "bench/Tree.h"
 

@@ -88,7 +88,7 @@ void PairReporter::PrintPairs() const
         const double otherCpu = Median(other->second.cpu);
         const double wall = Median(other->second.wall) / Median(base->second.wall);
         const double spread = std::max(MiddleHalf(base->second.cpu), MiddleHalf(other->second.cpu));
-        std::printf(kRow, pair.title, Duration(cpu).c_str(), Duration(otherCpu).c_str(),
+        std::printf(kRow, pair.title.c_str(), Duration(cpu).c_str(), Duration(otherCpu).c_str(),
                     Text("%.2f", otherCpu / cpu).c_str(), Target(pair.target).c_str(),
                     Text("%.1f %%", spread * 100).c_str(), Text("%.2f", wall).c_str());
     }
@@ -132,8 +132,22 @@ void PrintPeaks(const std::vector<Peak>& peaks)
     for (const Peak& peak : peaks) {
         const auto byHand = static_cast<double>(peak.byHand);
         const auto quorvel = static_cast<double>(peak.quorvel);
-        std::printf(kRow, peak.title, Text("%.1f MiB", byHand / 1024).c_str(), Text("%.1f MiB", quorvel / 1024).c_str(),
-                    Text("%.2f", quorvel / byHand).c_str(), Target(peak.target).c_str(), "", "");
+        std::printf(kRow, peak.title.c_str(), Text("%.1f MiB", byHand / 1024).c_str(),
+                    Text("%.1f MiB", quorvel / 1024).c_str(), Text("%.2f", quorvel / byHand).c_str(),
+                    Target(peak.target).c_str(), "", "");
+    }
+    std::fflush(stdout);
+}
+
+void PrintWaits(const std::vector<Waits>& all)
+{
+    std::printf("\n| %-40s | %10s | %10s | %10s |\n", "wall clock", "median", "longest", "target");
+    std::printf("|------------------------------------------|-----------:|-----------:|-----------:|\n");
+    for (const Waits& waits : all) {
+        std::printf("| %-40s | %10s | %10s | %10s |\n", waits.title.c_str(),
+                    Text("%.2f ms", Median(waits.milliseconds)).c_str(),
+                    Text("%.2f ms", *std::ranges::max_element(waits.milliseconds)).c_str(),
+                    Text("%.0f ms", waits.target).c_str());
     }
     std::fflush(stdout);
 }

@@ -11,7 +11,7 @@ namespace bench {
 
 /// Two benchmarks to set side by side, by name.
 struct Pair {
-    const char* title;
+    std::string title;
     std::string base;
     std::string other;
     /// What the ratio of other to base is meant to stay below; 0 for none.
@@ -30,7 +30,7 @@ struct Growth {
 
 /// Growth of the peak of resident memory, in KiB.
 struct Peak {
-    const char* title;
+    std::string title;
     long byHand;
     long quorvel;
     double target;
@@ -70,5 +70,15 @@ private:
 
 /// Prints one line per peak.
 void PrintPeaks(const std::vector<Peak>& peaks);
+
+/// How long something took each time, in milliseconds of the wall clock.
+struct Waits {
+    std::string title;
+    std::vector<double> milliseconds;
+    double target; // of the median
+};
+
+/// Prints one line for each: the median and the longest.
+void PrintWaits(const std::vector<Waits>& all);
 
 } // namespace bench

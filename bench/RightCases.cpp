@@ -1,5 +1,7 @@
 #include "bench/RightCases.h"
 
+#include "bench/Cases.h"
+
 #include <string>
 
 namespace bench {

@@ -1,5 +1,6 @@
 #include "bench/ServerCases.h"
 
+#include "bench/Cases.h"
 #include "bench/ServerData.h"
 
 namespace bench {

@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "bench/ByHand.h"
+#include "bench/People.h"
 #include "bench/TestData.h"
 
 #include <sqlite3.h>

@@ -1,6 +1,10 @@
 #include "basefun/QVBaseFun.h"
 #include "bench/Cases.h"
+#include "bench/CommandLine.h"
+#include "bench/Directory.h"
+#include "bench/Lists.h"
 #include "bench/PeakMemory.h"
+#include "bench/People.h"
 #include "bench/RelationCases.h"
 #include "bench/Report.h"
 #include "bench/RightCases.h"
@@ -8,11 +12,9 @@
 #include "bench/ServerCases.h"
 #include "bench/ServerData.h"
 #include "bench/TestData.h"
-#include "dbaccess/CAException.h"
 #include "directory/HumanItem.h"
 
 #include <benchmark/benchmark.h>
-#include <regex.h>
 
 #include <cstdio>
 #include <memory>
@@ -31,7 +33,6 @@ constexpr int kTenThousand = 10'000;
 constexpr int kSavedRecords = 10'000;
 constexpr int kFew = 1'000;
 constexpr int kOneNameIn = 97;
-constexpr int kRepetitions = 11;
 constexpr int kLongRepetitions = 3;
 
 const std::vector<Pair> kUserPairs = {
@@ -57,25 +58,9 @@ struct Files {
     std::string mails[3] = {folder.File("mail4.db"), folder.File("mail5.db"), folder.File("mail6.db")};
 };
 
-/// Whether the command line's filter takes a name in.
-bool IsWanted(const char* name)
-{
-    const std::string filter = benchmark::GetBenchmarkFilter();
-    regex_t pattern;
-    if (filter.empty() || filter == "all" || regcomp(&pattern, filter.c_str(), REG_EXTENDED | REG_NOSUB) != 0) {
-        return true;
-    }
-    const bool wanted = regexec(&pattern, name, 0, nullptr, 0) == 0;
-    regfree(&pattern);
-    return wanted;
-}
-
 // ---- Lists -------------------------------------------------------------------------------------------------------
 
-struct ListsByHand {
-    std::vector<unsigned> ids, sexes, disabled;
-    std::vector<std::string> loginNames, names, mobiles, eMails, deptInfos, jobTitles;
-
+struct ListsByHand : Columns {
     void LoadThree(ByHand& db)
     {
         db.ListUsers(ids, loginNames, names);
@@ -85,23 +70,6 @@ struct ListsByHand {
     {
         db.ListUsers(ids, loginNames, names, sexes, mobiles, eMails, deptInfos, jobTitles, disabled);
         RequireCount(disabled.size(), kManyUsers);
-    }
-};
-
-struct Lists {
-    CUIntArray ids, sexes, disabled;
-    CStringArray loginNames, names, mobiles, eMails, deptInfos, jobTitles;
-
-    void LoadThree(CAConnect& conn)
-    {
-        Require(CQVBaseFun::LoadHumanInfo(conn, ids, loginNames, names));
-        RequireCount(names.GetSize(), kManyUsers);
-    }
-    void LoadNine(CAConnect& conn)
-    {
-        Require(CQVBaseFun::LoadHumanInfo(conn, ids, loginNames, names, sexes, mobiles, eMails, deptInfos, jobTitles,
-                                          disabled));
-        RequireCount(disabled.GetSize(), kManyUsers);
     }
 };
 
@@ -115,11 +83,11 @@ std::vector<Peak> MeasurePeaks(const std::string& path)
             return [directory, lists, load] { ((*lists).*load)(directory->hand); };
         });
     };
-    const auto quorvel = [&path](void (Lists::*load)(CAConnect&)) {
+    const auto quorvel = [&path](void (Lists::*load)(CAConnect&, int)) {
         return PeakGrowth([&path, load] {
             const auto directory = std::make_shared<Directory>(path);
             const auto lists = std::make_shared<Lists>();
-            return [directory, lists, load] { ((*lists).*load)(directory->conn); };
+            return [directory, lists, load] { ((*lists).*load)(directory->conn, kManyUsers); };
         });
     };
     std::vector<Peak> peaks;
@@ -154,9 +122,9 @@ void RegisterLookups(Directory& many, const std::vector<std::string>& names)
 void RegisterLists(Directory& many)
 {
     Register("list3/hand", [&](std::size_t) { ListsByHand().LoadThree(many.hand); })->Iterations(1);
-    Register("list3/quorvel", [&](std::size_t) { Lists().LoadThree(many.conn); })->Iterations(1);
+    Register("list3/quorvel", [&](std::size_t) { Lists().LoadThree(many.conn, kManyUsers); })->Iterations(1);
     Register("list9/hand", [&](std::size_t) { ListsByHand().LoadNine(many.hand); })->Iterations(1);
-    Register("list9/quorvel", [&](std::size_t) { Lists().LoadNine(many.conn); })->Iterations(1);
+    Register("list9/quorvel", [&](std::size_t) { Lists().LoadNine(many.conn, kManyUsers); })->Iterations(1);
 }
 
 void RegisterRecords(Directory& directory)
@@ -301,27 +269,4 @@ void RunAll()
 
 } // namespace
 
-int main(int argc, char** argv)
-{
-    // Presets that the command line may override. Interleaving spreads a busy moment over both sides of every pair.
-    std::string interleaving = "--benchmark_enable_random_interleaving=true";
-    std::string repetitions = "--benchmark_repetitions=" + std::to_string(kRepetitions);
-    std::string minTime = "--benchmark_min_time=0.2";
-    std::vector<char*> arguments = {argv[0], interleaving.data(), repetitions.data(), minTime.data()};
-    arguments.insert(arguments.end(), argv + 1, argv + argc);
-    int count = static_cast<int>(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
-        return 2;
-    }
-    try {
-        RunAll();
-    } catch (const CAException& e) {
-        std::fprintf(stderr, "qvbench: %s\n", e.GetErrorText().GetString());
-        return 1;
-    } catch (const std::exception& e) {
-        std::fprintf(stderr, "qvbench: %s\n", e.what());
-        return 1;
-    }
-    return 0;
-}
+int main(int argc, char** argv) { return RunBenchmarks("qvbench", argc, argv, &RunAll); }
