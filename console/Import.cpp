@@ -9,6 +9,7 @@
 #include "console/Render.h"
 #include "console/Text.h"
 #include "console/Users.h"
+#include "dbaccess/CAConnect.h"
 #include "platform/CodePage.h"
 
 #include <fcntl.h>
@@ -386,6 +387,9 @@ private:
             transaction.Commit();
             Committed();
         } catch (const DatabaseError&) {
+            if (!m_directory.Connection().IsOpen()) {
+                throw;
+            }
             // Which row the engine refused, and whether the others stand, shows when each is done by itself.
             return ApplyOneByOne(rows.first(std::min(outcomes.size() + 1, rows.size())));
         }

@@ -16,6 +16,8 @@ Interrupt::Interrupt() : m_oldInterrupt(), m_oldTerminate()
     struct sigaction action = {};
     // No restart of system calls: a read that waits for input is to come back.
     action.sa_handler = &Note;
+    // A second signal ends the program at once: the first is not seen while a server does not answer.
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, &m_oldInterrupt);
     sigaction(SIGTERM, &action, &m_oldTerminate);
 }

@@ -4,7 +4,7 @@
 
 namespace console {
 
-/// While it lives, SIGINT and SIGTERM are noted instead of ending the program.
+/// While it lives, the first SIGINT and the first SIGTERM are noted instead of ending the program.
 class Interrupt {
 public:
     Interrupt();

@@ -1,13 +1,18 @@
 #include "tests/servers/Servers.h"
 
 #include "ConsoleFixture.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -91,6 +96,62 @@ TEST_P(ServersTest, StatusNamesEngineAndVersion)
                                                                             : "MariaDB"));
     EXPECT_THAT(status, HasSubstr("current"));
 }
+
+/// A connection is cut by somebody else in the middle of an import.
+class CutConnectionTest : public ServersTest {
+protected:
+    void CutAllOthers()
+    {
+        CAConnect conn;
+        conn.Open(m_options.environment["QVADMIN_DB"].c_str());
+        const bool isPostgresql = GetParam() == std::string("postgresql");
+        std::vector<std::string> others;
+        {
+            CARecordset rs;
+            rs.Open(isPostgresql ? "SELECT pg_terminate_backend(pid) FROM pg_stat_activity "
+                                   "WHERE datname = current_database() AND pid <> pg_backend_pid()"
+                                 : "SELECT ID FROM information_schema.PROCESSLIST "
+                                   "WHERE DB = DATABASE() AND ID <> CONNECTION_ID()",
+                    &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+            for (rs.MoveFirst(); rs.IsEOF() == 0; rs.MoveNext()) {
+                others.emplace_back(rs.GetValueToStr(1, true).GetString());
+            }
+        }
+        EXPECT_FALSE(others.empty());
+        for (const std::string& id : others) {
+            if (!isPostgresql) {
+                conn.Execute(("KILL " + id).c_str());
+            }
+        }
+    }
+};
+
+TEST_P(CutConnectionTest, TheImportSaysWhyItStoppedAndCanBeCarriedOn)
+{
+    constexpr int kRows = 4000;
+    std::string rows = "login,name\n";
+    for (int i = 0; i < kRows; ++i) {
+        rows += "user" + std::to_string(i) + ",Name\n";
+    }
+    WriteFile("many.csv", rows);
+    ChildProcess child(QVADMIN_PROGRAM, {"user", "import", "many.csv"}, m_options);
+    std::thread cutter([&] {
+        while (ReadFile("many.csv.result.csv").find(",created,") == std::string::npos) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        CutAllOthers();
+    });
+    const ChildResult result = child.Finish();
+    cutter.join();
+    EXPECT_EQ(result.exit, 6) << result.err;
+    EXPECT_THAT(result.err, AllOf(HasSubstr("qvadmin: stopped: "), Not(HasSubstr("connection is not open"))));
+    const ChildResult again = Run({"user", "import", "many.csv", "--update", "--result", "-"});
+    EXPECT_EQ(again.exit, 0) << again.err;
+    EXPECT_EQ(Done({"user", "count"}), std::to_string(kRows) + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, CutConnectionTest, testing::Values("postgresql", "mariadb"),
+                         [](const testing::TestParamInfo<const char*>& engine) { return std::string(engine.param); });
 
 INSTANTIATE_TEST_SUITE_P(Engines, ServersTest, testing::Values("sqlite", "postgresql", "mariadb"),
                          [](const testing::TestParamInfo<const char*>& engine) { return std::string(engine.param); });
