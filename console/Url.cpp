@@ -19,6 +19,7 @@ namespace console {
 namespace {
 
 constexpr std::string_view kSqlite = "sqlite:";
+constexpr std::string_view kOdbc = "odbc:";
 
 bool HasScheme(std::string_view url)
 {
@@ -133,6 +134,45 @@ void HideNamedPassword(std::string& url, std::string_view name)
     }
 }
 
+bool Names(std::string_view text, std::string_view lowerWord)
+{
+    const auto sameLetter = [](unsigned char a, unsigned char b) { return std::tolower(a) == b; };
+    return std::search(text.begin(), text.end(), lowerWord.begin(), lowerWord.end(), sameLetter) != text.end();
+}
+
+// Where the value of an ODBC keyword ends that begins here: at a ;, but not at one within {...}, where }} stands for }.
+std::size_t EndOfValue(std::string_view url, std::size_t begin)
+{
+    const std::size_t first = url.find_first_not_of(" \t", begin);
+    if (first != std::string_view::npos && url[first] == '{') {
+        begin = url.find('}', first);
+        while (begin != std::string_view::npos && url.substr(begin + 1).starts_with('}')) {
+            begin = url.find('}', begin + 2);
+        }
+    }
+    return std::min(url.find(';', begin), url.size());
+}
+
+// "KEYWORD=VALUE;KEYWORD={VALUE}": the values of PWD and PASSWORD, and any in which such a pair stands.
+void HideOdbcPasswords(std::string& url)
+{
+    for (std::size_t at = kOdbc.size(); at < url.size();) {
+        const std::size_t sign = std::min(url.find_first_of("=;", at), url.size());
+        const std::string_view keyword = std::string_view(url).substr(at, sign - at);
+        if (!std::string_view(url).substr(sign).starts_with('=')) {
+            at = sign + 1;
+            continue;
+        }
+        std::size_t end = EndOfValue(url, sign + 1);
+        const std::string_view value = std::string_view(url).substr(sign + 1, end - sign - 1);
+        if (Names(keyword, "pwd") || Names(keyword, "password") || Names(value, "pwd=") || Names(value, "password=")) {
+            url.replace(sign + 1, end - sign - 1, "***");
+            end = sign + 4;
+        }
+        at = end + 1;
+    }
+}
+
 } // namespace
 
 std::string ChooseUrl(const std::optional<std::string>& option)
@@ -187,7 +227,9 @@ void MakeParentDirectories(const std::filesystem::path& file)
 std::string ShownUrl(const std::string& url)
 {
     std::string shown = url;
-    if (!url.starts_with(kSqlite)) {
+    if (url.starts_with(kOdbc)) {
+        HideOdbcPasswords(shown);
+    } else if (!url.starts_with(kSqlite)) {
         HideUserPassword(shown);
         HideNamedPassword(shown, "password=");
         HideNamedPassword(shown, "pwd=");

@@ -22,6 +22,20 @@ Registry& Drivers()
     return drivers;
 }
 
+using LeftOut = std::map<std::string, std::string, std::less<>>;
+
+LeftOut& LeftOutDrivers()
+{
+    static LeftOut drivers = [] {
+        LeftOut leftOut;
+        AddLeftOutDrivers([&leftOut](const std::string& scheme, const std::string& package) {
+            leftOut.insert_or_assign(scheme, package);
+        });
+        return leftOut;
+    }();
+    return drivers;
+}
+
 std::string Decoded(std::string_view path)
 {
     std::string decoded;
@@ -55,11 +69,21 @@ void RegisterDriver(const std::string& scheme, SessionFactory factory)
     Drivers().insert_or_assign(scheme, std::move(factory));
 }
 
+void RegisterLeftOutDriver(const std::string& scheme, const std::string& package)
+{
+    LeftOutDrivers().insert_or_assign(scheme, package);
+}
+
 const SessionFactory& FindDriver(std::string_view scheme)
 {
     const auto found = Drivers().find(scheme);
     if (found != Drivers().end()) {
         return found->second;
+    }
+    const auto leftOut = LeftOutDrivers().find(scheme);
+    if (leftOut != LeftOutDrivers().end()) {
+        throw CAException(Sentence("this build has no database driver for \"", scheme,
+                                   ":\"; install the Debian package " + leftOut->second + " and build again"));
     }
     std::string known;
     for (const auto& [name, factory] : Drivers()) {

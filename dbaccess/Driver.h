@@ -117,7 +117,10 @@ using SessionFactory = std::function<std::unique_ptr<Session>(std::string_view l
 /// Makes a driver known under its URL scheme; a second driver of the same scheme replaces the first.
 /// Not to be called while another thread opens a connection.
 QV_API void RegisterDriver(const std::string& scheme, SessionFactory factory);
-/// The factory of a scheme. @throws CAException that names the schemes there are.
+/// Makes known that this build could have a driver, had the Debian package been there when it was made. A driver that
+/// is there goes before. Not to be called while another thread opens a connection.
+QV_API void RegisterLeftOutDriver(const std::string& scheme, const std::string& package);
+/// The factory of a scheme. @throws CAException that names the schemes there are, or the package that is missing.
 QV_API const SessionFactory& FindDriver(std::string_view scheme);
 
 /// Cuts a location into path and options. In the path "%3F" stands for "?" and "%25" for "%"; any other "%" is itself.

@@ -144,6 +144,19 @@ TEST(ConnectDates, GivesTheEnginesLiteralForRealDatesOnly)
     EXPECT_THAT(Raised([&] { conn.GetDateStrOnSQL("' OR 1=1"); }), HasSubstr("is not a date"));
 }
 
+TEST(ConnectRegistry, SaysWhichPackageBringsADriverThatWasLeftOut)
+{
+    dbaccess::RegisterLeftOutDriver("missing", "libmissing-dev");
+    CAConnect conn;
+    EXPECT_EQ(Raised([&] { conn.Open("missing:x"); }),
+              "this build has no database driver for \"missing:\"; install the Debian package libmissing-dev and build "
+              "again");
+    EXPECT_THAT(Raised([&] { conn.Open("nosuch:x"); }), testing::Not(HasSubstr("missing:")));
+    dbaccess::RegisterLeftOutDriver("sqlite", "libsqlite3-dev");
+    conn.Open("sqlite::memory:");
+    EXPECT_TRUE(conn.IsOpen());
+}
+
 TEST(ConnectRegistry, TakesADriverOfTheCallers)
 {
     dbaccess::RegisterDriver("played", [](std::string_view location) -> std::unique_ptr<dbaccess::Session> {

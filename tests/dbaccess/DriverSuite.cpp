@@ -12,6 +12,21 @@
 
 #include <string>
 
+std::string FreshOdbcUrl(const std::string& engine)
+{
+    if (engine == "sqlite") {
+        return "odbc:Driver=SQLite3;Database=:memory:";
+    }
+    const std::string url = servers::NewDatabase(engine);
+    const std::size_t name = url.find('/', url.find("//") + 2) + 1;
+    const std::string database = url.substr(name, url.find('?') - name);
+    return engine == "postgresql"
+               ? "odbc:Driver={PostgreSQL Unicode};Server=127.0.0.1;UID=qv;Port=" + servers::ThePostgresql().port +
+                     ";Database=" + database
+               : "odbc:Driver={MariaDB Unicode};Server=127.0.0.1;UID=qv;PWD=secret;Port=" + servers::TheMariadb().port +
+                     ";Database=" + database;
+}
+
 // What every driver does alike. A new driver is one more Quirks value at the end of this file.
 
 namespace {
@@ -214,13 +229,16 @@ TEST_P(DriverSuite, NeverLetsABrokenCharacterSwallowTheQuoteBehindIt)
 
 TEST_P(DriverSuite, NamesItsEngine) { EXPECT_FALSE(m_conn.GetEngineName().IsEmpty()); }
 
-INSTANTIATE_TEST_SUITE_P(Engines, DriverSuite,
-                         testing::Values(Quirks{"sqlite", [] { return std::string("sqlite::memory:"); }, "SQLite 1",
-                                                "'2013-05-07 00:00:00'"},
-                                         Quirks{"mysql", [] { return servers::NewDatabase("mariadb"); }, "MySQL 1146",
-                                                "'2013-05-07 00:00:00'"},
-                                         Quirks{"postgresql", [] { return servers::NewDatabase("postgresql"); },
-                                                "PostgreSQL 42P01", "'2013-05-07 00:00:00'"}),
-                         [](const auto& instance) { return instance.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Engines, DriverSuite,
+    testing::Values(
+        Quirks{"sqlite", [] { return std::string("sqlite::memory:"); }, "SQLite 1", "'2013-05-07 00:00:00'"},
+        Quirks{"mysql", [] { return servers::NewDatabase("mariadb"); }, "MySQL 1146", "'2013-05-07 00:00:00'"},
+        Quirks{"postgresql", [] { return servers::NewDatabase("postgresql"); }, "PostgreSQL 42P01",
+               "'2013-05-07 00:00:00'"},
+        Quirks{"odbc_sqlite", [] { return FreshOdbcUrl("sqlite"); }, "ODBC HY000 1", "'2013-05-07 00:00:00'"},
+        Quirks{"odbc_mariadb", [] { return FreshOdbcUrl("mariadb"); }, "ODBC 42S02 1146", "'2013-05-07 00:00:00'"},
+        Quirks{"odbc_postgresql", [] { return FreshOdbcUrl("postgresql"); }, "ODBC 42P01 1", "'2013-05-07 00:00:00'"}),
+    [](const auto& instance) { return instance.param.name; });
 
 } // namespace

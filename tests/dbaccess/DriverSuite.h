@@ -15,4 +15,7 @@ struct Quirks {
     std::string dateLiteral;
 };
 
+/// The URL of a new, empty database over ODBC. @param engine  "sqlite", "postgresql" or "mariadb".
+std::string FreshOdbcUrl(const std::string& engine);
+
 inline std::ostream& operator<<(std::ostream& out, const Quirks& quirks) { return out << quirks.name; }

@@ -54,6 +54,10 @@ breach "includes an engine's header" < <(
   find_in '#[[:space:]]*include[[:space:]]*[<"](postgresql/|libpq|pq|postgres_ext|pg_config)[a-z_/-]*\.h' "${all[@]}" |
     grep -vE '^(dbaccess/drivers/postgresql|tests/dbaccess|bench)/' || true)
 
+breach "includes an engine's header" < <(
+  find_in '#[[:space:]]*include[[:space:]]*[<"](sql|sqlext|sqltypes|sqlucode|odbcinst|odbcinstext)\.h' "${all[@]}" |
+    grep -vE '^(dbaccess/drivers/odbc|tests/dbaccess|bench)/' || true)
+
 # ---- An include never points to a higher floor.
 declare -A below=(
   [platform]="platform"

@@ -1,0 +1,388 @@
+#include "dbaccess/drivers/odbc/Cursor.h"
+
+#include "platform/CodePage.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <utility>
+
+namespace dbaccess::odbc {
+
+namespace {
+
+constexpr std::size_t kFirstPiece = 4096;
+constexpr std::size_t kLargestPiece = 1U << 20U;
+// A character in UTF-8 that a driver does not cut in two leaves so many bytes of a piece free.
+constexpr std::size_t kLeftFree = 3;
+
+SQLUSMALLINT Number(std::size_t column) { return static_cast<SQLUSMALLINT>(column + 1); }
+
+template <class Number>
+std::optional<Number> Parsed(std::string_view text)
+{
+    Number number{};
+    const char* end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
+}
+
+Value TextValue(std::string_view bytes)
+{
+    Value value;
+    value.kind = Field::Kind::text;
+    value.text = platform::AnsiIsUtf8() ? CString(bytes) : platform::Utf8ToAnsi(bytes);
+    return value;
+}
+
+Value IntegerValue(std::int64_t number)
+{
+    Value value;
+    value.kind = Field::Kind::integer;
+    value.integer = number;
+    return value;
+}
+
+Value RealValue(double number)
+{
+    Value value;
+    value.kind = Field::Kind::real;
+    value.real = number;
+    return value;
+}
+
+// A whole number beyond 64 bits with a sign stays the text that it came as.
+Value NumberValue(std::string_view text)
+{
+    if (const auto integer = Parsed<std::int64_t>(text)) {
+        return IntegerValue(*integer);
+    }
+    const bool isWhole = text.find_first_not_of("+-0123456789") == std::string_view::npos;
+    const auto real = isWhole ? std::nullopt : Parsed<double>(text);
+    return real ? RealValue(*real) : TextValue(text);
+}
+
+// Engines whose columns of dates can hold what is no date, or whose texts of dates are the ones that are wanted.
+bool GivesDatesAsText(Dialect dialect)
+{
+    return dialect == Dialect::sqlite || dialect == Dialect::mysql || dialect == Dialect::postgresql;
+}
+
+Shape ShapeOf(SQLSMALLINT type, Dialect dialect)
+{
+    switch (type) {
+    case SQL_BIT:
+        return Shape::bit;
+    case SQL_TINYINT:
+    case SQL_SMALLINT:
+    case SQL_INTEGER:
+    case SQL_BIGINT:
+    case SQL_NUMERIC:
+    case SQL_DECIMAL:
+    case SQL_REAL:
+        return Shape::number;
+    case SQL_FLOAT:
+    case SQL_DOUBLE:
+        return Shape::real;
+    case SQL_DATETIME:
+    case SQL_TIMESTAMP:
+    case SQL_TYPE_DATE:
+    case SQL_TYPE_TIMESTAMP:
+        return GivesDatesAsText(dialect) ? Shape::text : Shape::moment;
+    case SQL_BINARY:
+    case SQL_VARBINARY:
+    case SQL_LONGVARBINARY:
+        return Shape::bytes;
+    default:
+        return Shape::text;
+    }
+}
+
+Field FieldOf(const Value& value)
+{
+    switch (value.kind) {
+    case Field::Kind::integer:
+        return Field::Integer(value.integer);
+    case Field::Kind::real:
+        return Field::Real(value.real);
+    case Field::Kind::text:
+        return Field::Text(value.text.GetString(), value.text.View().size());
+    case Field::Kind::null:
+        break;
+    }
+    return Field::Null();
+}
+
+template <class Part>
+void Append(std::string& bytes, const Part& part)
+{
+    bytes.append(reinterpret_cast<const char*>(&part), sizeof part);
+}
+
+template <class Part>
+Part Taken(const std::string& bytes, std::size_t& at)
+{
+    Part part{};
+    std::memcpy(&part, bytes.data() + at, sizeof part);
+    at += sizeof part;
+    return part;
+}
+
+} // namespace
+
+void KeptRows::Add(const std::vector<Value>& row)
+{
+    for (const Value& value : row) {
+        Append(m_bytes, value.kind);
+        if (value.kind == Field::Kind::integer) {
+            Append(m_bytes, value.integer);
+        } else if (value.kind == Field::Kind::real) {
+            Append(m_bytes, value.real);
+        } else if (value.kind == Field::Kind::text) {
+            Append(m_bytes, value.text.View().size());
+            m_bytes.append(value.text.View());
+        }
+    }
+}
+
+bool KeptRows::Next(std::vector<Value>& row)
+{
+    if (m_next == m_bytes.size()) {
+        return false;
+    }
+    for (Value& value : row) {
+        value.kind = Taken<Field::Kind>(m_bytes, m_next);
+        if (value.kind == Field::Kind::integer) {
+            value.integer = Taken<std::int64_t>(m_bytes, m_next);
+        } else if (value.kind == Field::Kind::real) {
+            value.real = Taken<double>(m_bytes, m_next);
+        } else if (value.kind == Field::Kind::text) {
+            const auto length = Taken<std::size_t>(m_bytes, m_next);
+            value.text = CString(std::string_view(m_bytes).substr(m_next, length));
+            m_next += length;
+        }
+    }
+    return true;
+}
+
+Rows::Rows(std::shared_ptr<Connection> connection, std::string sql)
+    : m_connection(std::move(connection)), m_sql(std::move(sql)), m_buffer(kFirstPiece)
+{
+    Open();
+}
+
+Rows::~Rows() { End(); }
+
+void Rows::Open()
+{
+    m_statement = m_connection->Open(m_sql, *this);
+    m_arriving = m_statement != nullptr;
+    Describe();
+}
+
+void Rows::Describe()
+{
+    SQLSMALLINT count = 0;
+    if (m_statement != nullptr) {
+        SQLNumResultCols(m_statement.get(), &count);
+    }
+    m_columns.clear();
+    for (SQLSMALLINT i = 1; i <= count; ++i) {
+        std::array<SQLCHAR, 1024> name{};
+        SQLSMALLINT length = 0;
+        SQLSMALLINT type = 0;
+        SQLULEN size = 0;
+        SQLSMALLINT digits = 0;
+        SQLSMALLINT nullable = 0;
+        SQLDescribeCol(m_statement.get(), static_cast<SQLUSMALLINT>(i), name.data(),
+                       static_cast<SQLSMALLINT>(name.size()), &length, &type, &size, &digits, &nullable);
+        m_columns.push_back(
+            {TextValue(reinterpret_cast<const char*>(name.data())).text, ShapeOf(type, m_connection->Engine())});
+    }
+    m_row.resize(m_columns.size());
+}
+
+void Rows::End() noexcept
+{
+    m_hasRow = false;
+    if (std::exchange(m_arriving, false)) {
+        m_connection->Abandon(m_statement.get());
+    }
+    m_statement.reset();
+    m_kept.reset();
+    m_failure.reset();
+}
+
+void Rows::Restart()
+{
+    End();
+    Open();
+}
+
+bool Rows::Step()
+{
+    m_hasRow = false;
+    if (m_kept) {
+        m_hasRow = m_kept->Next(m_row);
+        if (!m_hasRow && m_failure) {
+            throw CAException(*m_failure);
+        }
+        return m_hasRow;
+    }
+    if (m_arriving) {
+        m_hasRow = Fetch();
+    }
+    return m_hasRow;
+}
+
+// @return whether there was one more row. From the end on, as after a failure, the connection is free.
+bool Rows::Fetch()
+{
+    m_fetched = 0;
+    m_arriving = false;
+    if (!m_connection->Fetch(m_statement.get())) {
+        m_connection->Arrived(m_statement.get());
+        return false;
+    }
+    m_arriving = true;
+    return true;
+}
+
+void Rows::KeepRest()
+{
+    KeptRows kept;
+    std::vector<Value> current;
+    try {
+        if (m_hasRow) {
+            FetchColumnsUpTo(m_columns.size());
+            current = m_row;
+        }
+        while (Fetch()) {
+            FetchColumnsUpTo(m_columns.size());
+            kept.Add(m_row);
+        }
+    } catch (const CAException& e) {
+        m_failure = e;
+    }
+    if (m_hasRow) {
+        m_row = std::move(current);
+        m_fetched = m_columns.size();
+    }
+    m_kept = std::move(kept);
+}
+
+std::string_view Rows::ColumnName(int column) const { return m_columns[static_cast<std::size_t>(column)].name.View(); }
+
+Field Rows::Read(int column)
+{
+    const auto index = static_cast<std::size_t>(column);
+    if (!m_kept) {
+        FetchColumnsUpTo(index + 1);
+    }
+    return FieldOf(m_row[index]);
+}
+
+void Rows::FetchColumnsUpTo(std::size_t count)
+{
+    for (; m_fetched < count; ++m_fetched) {
+        m_row[m_fetched] = FetchValue(m_fetched);
+    }
+}
+
+Value Rows::FetchValue(std::size_t column)
+{
+    const Shape shape = m_columns[column].shape;
+    if (shape == Shape::bit) {
+        return FetchBit(column);
+    }
+    if (shape == Shape::real) {
+        return FetchReal(column);
+    }
+    if (shape == Shape::moment) {
+        return FetchMoment(column);
+    }
+    if (!FetchPieces(column, shape != Shape::bytes)) {
+        return {};
+    }
+    if (shape == Shape::number) {
+        return NumberValue(m_pieces);
+    }
+    Value value;
+    if (shape == Shape::bytes) {
+        value.kind = Field::Kind::text;
+        value.text = CString(std::string_view(m_pieces));
+        return value;
+    }
+    return TextValue(m_pieces);
+}
+
+// Reads a value of a fixed size. @return false for NULL.
+template <class Fixed>
+bool Rows::FetchFixed(std::size_t column, SQLSMALLINT type, Fixed& fixed)
+{
+    SQLLEN length = 0;
+    if (!SQL_SUCCEEDED(SQLGetData(m_statement.get(), Number(column), type, &fixed, sizeof fixed, &length))) {
+        m_connection->Fail(m_statement.get());
+    }
+    return length != SQL_NULL_DATA;
+}
+
+Value Rows::FetchBit(std::size_t column)
+{
+    unsigned char bit = 0;
+    return FetchFixed(column, SQL_C_BIT, bit) ? IntegerValue(bit) : Value{};
+}
+
+Value Rows::FetchReal(std::size_t column)
+{
+    double number = 0;
+    return FetchFixed(column, SQL_C_DOUBLE, number) ? RealValue(number) : Value{};
+}
+
+Value Rows::FetchMoment(std::size_t column)
+{
+    SQL_TIMESTAMP_STRUCT moment{};
+    if (!FetchFixed(column, SQL_C_TYPE_TIMESTAMP, moment)) {
+        return {};
+    }
+    Value value;
+    value.kind = Field::Kind::text;
+    value.text.Format("%04d-%02d-%02d %02d:%02d:%02d", static_cast<int>(moment.year), static_cast<int>(moment.month),
+                      static_cast<int>(moment.day), static_cast<int>(moment.hour), static_cast<int>(moment.minute),
+                      static_cast<int>(moment.second));
+    return value;
+}
+
+// Reads a value into m_pieces. @return false for NULL.
+bool Rows::FetchPieces(std::size_t column, bool asText)
+{
+    const std::size_t ending = asText ? 1 : 0;
+    m_pieces.clear();
+    for (;;) {
+        std::fill_n(m_buffer.end() - kLeftFree - 1, kLeftFree + 1, '\1');
+        SQLLEN length = 0;
+        const SQLRETURN read =
+            SQLGetData(m_statement.get(), Number(column), static_cast<SQLSMALLINT>(asText ? SQL_C_CHAR : SQL_C_BINARY),
+                       m_buffer.data(), static_cast<SQLLEN>(m_buffer.size()), &length);
+        if (read == SQL_NO_DATA) {
+            return true;
+        }
+        if (!SQL_SUCCEEDED(read)) {
+            m_connection->Fail(m_statement.get());
+        }
+        if (length == SQL_NULL_DATA) {
+            return false;
+        }
+        const std::size_t room = m_buffer.size() - ending;
+        if (length >= 0 && static_cast<std::size_t>(length) <= room) {
+            m_pieces.append(m_buffer.data(), static_cast<std::size_t>(length));
+            return true;
+        }
+        const auto end = asText ? std::find(m_buffer.end() - kLeftFree - 1, m_buffer.end(), '\0') : m_buffer.end();
+        m_pieces.append(m_buffer.begin(), end);
+        m_buffer.resize(std::min(m_buffer.size() * 4, kLargestPiece));
+    }
+}
+
+} // namespace dbaccess::odbc
