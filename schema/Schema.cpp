@@ -17,7 +17,7 @@ namespace {
 // Every directory has this table from its first step on; it tells our files from others.
 constexpr const char* kVersionTable = "qv_Schema";
 constexpr const char* kCreateVersionTable =
-    "CREATE TABLE IF NOT EXISTS qv_Schema (Col_Name VARCHAR(64) NOT NULL PRIMARY KEY, Col_Value VARCHAR(64) NOT NULL)";
+    "CREATE TABLE qv_Schema (Col_Name VARCHAR(64) NOT NULL PRIMARY KEY, Col_Value VARCHAR(64) NOT NULL)";
 
 std::vector<CString> ReadTexts(CAConnect& conn, const char* sql)
 {
@@ -42,7 +42,7 @@ public:
             m_conn.BeginTrans();
         }
         try {
-            Ask(m_dialect.lock);
+            Run(m_dialect.lock);
         } catch (const CAException&) {
             GiveUp();
             throw;
@@ -57,15 +57,15 @@ public:
         if (m_dialect.stepIsTransaction) {
             m_conn.CommitTrans();
         }
-        Ask(m_dialect.unlock);
+        Run(m_dialect.unlock);
         m_done = true;
     }
 
 private:
-    void Ask(const std::string& query)
+    void Run(const std::string& statement)
     {
-        if (!query.empty()) {
-            ReadTexts(m_conn, query.c_str());
+        if (!statement.empty()) {
+            m_conn.Execute(statement.c_str());
         }
     }
     void GiveUp() noexcept
@@ -78,7 +78,7 @@ private:
             if (m_dialect.stepIsTransaction) {
                 m_conn.RollbackTrans();
             }
-            Ask(m_dialect.unlock);
+            Run(m_dialect.unlock);
         } catch (const CAException&) { // what made us give up is being reported already
         }
     }
@@ -183,6 +183,13 @@ const Dialect& DialectOf(CAConnect& conn)
     }
     if (engine.View().starts_with("MariaDB") || engine.View().starts_with("MySQL")) {
         return mysql::TheDialect();
+    }
+    if (engine.View().starts_with("Microsoft SQL Server")) {
+        return sqlserver::TheDialect();
+    }
+    // As its own driver says it, and the one for reading its files elsewhere.
+    if (engine.View().starts_with("ACCESS") || engine.View().starts_with("MDBTOOLS")) {
+        return access::TheDialect();
     }
     throw CAException("there are no tables for the engine " + engine);
 }

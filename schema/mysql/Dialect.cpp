@@ -10,6 +10,10 @@ namespace schema::mysql {
 
 namespace {
 
+// MySQL 8 keeps what it tells of tables for a day; MariaDB has no such setting.
+constexpr const char* kFreshStatistics =
+    "SET SESSION autocommit = 1 /*!80000 , SESSION information_schema_stats_expiry = 0 */";
+
 // Statements spell some tables in two ways.
 void RequireTableNamesOfAnyCase(CAConnect& conn)
 {
@@ -36,6 +40,13 @@ const Dialect& TheDialect()
         .lock = "SELECT GET_LOCK(CONCAT('qv_Schema.', DATABASE()), 600)",
         .unlock = "SELECT RELEASE_LOCK(CONCAT('qv_Schema.', DATABASE()))",
         .check = RequireTableNamesOfAnyCase,
+        .copying = {.beginReading = {kFreshStatistics, "SET TRANSACTION ISOLATION LEVEL REPEATABLE READ",
+                                     "START TRANSACTION WITH CONSISTENT SNAPSHOT, READ ONLY"},
+                    .identity = "SELECT CONCAT_WS(' ', @@hostname, @@port, @@server_id, @@datadir, DATABASE())",
+                    // Else a written 0 would be taken for no id.
+                    .beginWriting = {"SET SESSION sql_mode = CONCAT(@@sql_mode, ',NO_AUTO_VALUE_ON_ZERO')"},
+                    .greatestId = "SELECT AUTO_INCREMENT - 1 FROM information_schema.TABLES "
+                                  "WHERE TABLE_SCHEMA = DATABASE() AND TABLE_NAME = '{table}'"},
     };
     return dialect;
 }

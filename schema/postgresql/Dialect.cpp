@@ -38,6 +38,13 @@ const Dialect& TheDialect()
         .lock = "SELECT pg_advisory_xact_lock(hashtext('qv_Schema'))",
         .unlock = {},
         .check = RequireCapitalsOfAllLetters,
+        .copying = {.beginReading = {"BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"},
+                    .identity = "SELECT concat_ws(' ', pg_postmaster_start_time(), oid, current_schema()) "
+                                "FROM pg_catalog.pg_database WHERE datname = current_database()",
+                    .greatestId = "SELECT pg_sequence_last_value(pg_get_serial_sequence('{table}', "
+                                  "lower('{column}'))::regclass)",
+                    .countsWrittenIds = false,
+                    .passIds = {"SELECT setval(pg_get_serial_sequence('{table}', lower('{column}')), {id})"}},
     };
     return dialect;
 }

@@ -15,6 +15,9 @@ const Dialect& TheDialect()
         .lock = {},
         .unlock = {},
         .check = {},
+        .copying = {.beginReading = {"BEGIN"},
+                    .identity = "SELECT file FROM pragma_database_list WHERE name = 'main'",
+                    .greatestId = "SELECT seq FROM sqlite_sequence WHERE name = '{table}' COLLATE NOCASE"},
     };
     return dialect;
 }

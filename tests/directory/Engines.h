@@ -20,7 +20,8 @@
 #include <type_traits>
 #include <vector>
 
-/// The engines that operations are tested on. A new engine is one more value of All.
+/// The engines that operations are tested on, and what speaks SQL Server's protocol (tests/servers/tds_responder.py) in
+/// that one's place. A new engine is one more value of All.
 namespace engines {
 
 namespace fs = std::filesystem;
@@ -42,6 +43,7 @@ inline std::vector<Engine> All()
         {"file", [](const fs::path& folder) { return "sqlite:" + (folder / "directory.db").string(); }},
         {"postgresql", [](const fs::path&) { return servers::NewDatabase("postgresql"); }},
         {"mariadb", [](const fs::path&) { return servers::NewDatabase("mariadb"); }, false},
+        {"sqlserver", [](const fs::path&) { return servers::NewDatabase("sqlserver"); }, false},
     };
 }
 

@@ -1,5 +1,6 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "schema/Dialect.h"
 #include "schema/Schema.h"
 #include "tests/scripted/ScriptedDriver.h"
 #include "tests/servers/Servers.h"
@@ -7,8 +8,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdio>
 #include <fstream>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -84,7 +88,7 @@ TEST_P(ServerSchema, IsCarriedOnWhereARunWasCutShort)
         EXPECT_EQ(error, kNothingRaised);
         EXPECT_EQ(schema::Inspect(m_conn).state, State::current);
     } else {
-        EXPECT_THAT(error, HasSubstr("already exists"));
+        EXPECT_THAT(error, HasSubstr("already"));
         EXPECT_EQ(schema::Inspect(m_conn).version, 0);
     }
 }
@@ -139,7 +143,9 @@ TEST_P(ServerSchema, ServesEveryStatementOfTheSystem)
     ASSERT_GT(statements.size(), 200U);
     for (const std::string& statement : statements) {
         const bool isMarked = statement.front() == '!';
-        const bool isOfThisEngine = m_conn.m_nDBType == 6 && statement.find("INFORMATION_SCHEMA") != std::string::npos;
+        const bool isOfThisEngine =
+            (m_conn.m_nDBType == 6 && statement.find("INFORMATION_SCHEMA") != std::string::npos) ||
+            (m_conn.m_nDBType == 1 && statement.find("sysobjects") != std::string::npos);
         const bool mustFail = isMarked && !isOfThisEngine;
         m_conn.BeginTrans();
         const std::string error = Raised([&] { m_conn.Execute(statement.c_str() + (isMarked ? 1 : 0)); });
@@ -148,8 +154,50 @@ TEST_P(ServerSchema, ServesEveryStatementOfTheSystem)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, ServerSchema, testing::Values("postgresql", "mariadb"),
+INSTANTIATE_TEST_SUITE_P(Engines, ServerSchema, testing::Values("postgresql", "mariadb", "sqlserver"),
                          [](const testing::TestParamInfo<const char*>& engine) { return std::string(engine.param); });
+
+std::string OdbcUrl(const std::string& engine)
+{
+    if (engine == "sqlite") {
+        return "odbc:Driver=SQLite3;Database=:memory:?kind=3";
+    }
+    const std::string url = servers::NewDatabase(engine);
+    const std::size_t name = url.rfind('/', url.find('?')) + 1;
+    const std::string rest = ";Server=127.0.0.1;Database=" + url.substr(name, url.find('?') - name);
+    return engine == "postgresql"
+               ? "odbc:Driver={PostgreSQL Unicode};UID=qv;Port=" + servers::ThePostgresql().port + rest + "?kind=3"
+               : "odbc:Driver={MariaDB Unicode};UID=qv;PWD=secret;Port=" + servers::TheMariadb().port + rest +
+                     "?kind=3";
+}
+
+TEST(TablesOverOdbc, AreThoseOfTheEngineBehindItAndNotOfTheKind)
+{
+    const std::map<std::string, const schema::Dialect*> dialects = {{"sqlite", &schema::sqlite::TheDialect()},
+                                                                    {"postgresql", &schema::postgresql::TheDialect()},
+                                                                    {"mariadb", &schema::mysql::TheDialect()}};
+    for (const auto& [engine, dialect] : dialects) {
+        CAConnect conn;
+        conn.Open(OdbcUrl(engine).c_str());
+        EXPECT_EQ(&schema::DialectOf(conn), dialect) << engine;
+        EXPECT_EQ(Raised([&] { schema::Upgrade(conn); }), kNothingRaised) << engine;
+        EXPECT_EQ(schema::Inspect(conn).state, State::current) << engine;
+    }
+}
+
+// Nothing makes a file of Access here. One without a byte is taken for one without tables, not even its own.
+TEST(TablesOverOdbc, OfAnAccessFileNeedTheListThatItKeepsOfThem)
+{
+    const std::string file = testing::TempDir() + "qv-empty-" + std::to_string(::getpid()) + ".mdb";
+    const std::ofstream made(file);
+    {
+        CAConnect conn;
+        conn.Open(("odbc:Driver={MDBTools};DBQ=" + file).c_str());
+        EXPECT_EQ(conn.m_nDBType, 0);
+        EXPECT_THAT(Raised([&] { schema::Upgrade(conn); }), HasSubstr("right to read MSysObjects"));
+    }
+    std::remove(file.c_str());
+}
 
 TEST(ServerSettings, ThatTellTablesApartByCaseAreRefusedWithTheSettingToChange)
 {
@@ -160,6 +208,41 @@ TEST(ServerSettings, ThatTellTablesApartByCaseAreRefusedWithTheSettingToChange)
     database.Answer(scripted::Rows({{"0"}}));
     EXPECT_THAT(Raised([&] { schema::Upgrade(conn); }), HasSubstr("lower_case_table_names=1"));
     EXPECT_THAT(database.executions, testing::IsEmpty());
+}
+
+TEST(ServerSettings, ThatTellTextsApartByCaseAreRefusedWithTheCollationToTake)
+{
+    for (const char* style : {"0", "196608"}) {
+        scripted::Database database;
+        database.engineName = "Microsoft SQL Server 15.0";
+        CAConnect conn;
+        database.Connect(conn, 1);
+        database.Answer(scripted::Rows({{style}}));
+        EXPECT_THAT(Raised([&] { schema::Upgrade(conn); }), HasSubstr("collation that has CI in its name"));
+        EXPECT_THAT(database.executions, testing::IsEmpty());
+    }
+}
+
+TEST(ServerSettings, ThatHideTheListOfTablesAreRefusedWithTheRightToGive)
+{
+    scripted::Database database;
+    database.engineName = "ACCESS 4.0";
+    CAConnect conn;
+    database.Connect(conn, 0);
+    database.Answer(scripted::Raise("no read permission"));
+    EXPECT_THAT(Raised([&] { schema::Upgrade(conn); }),
+                testing::AllOf(HasSubstr("right to read MSysObjects"), HasSubstr("no read permission")));
+    EXPECT_THAT(database.executions, testing::IsEmpty());
+}
+
+// All that can be said of them without that engine.
+TEST(AccessTables, AreAsManyAsOnTheOtherEngines)
+{
+    const std::vector<schema::Step>& steps = schema::access::TheDialect().steps;
+    ASSERT_EQ(steps.size(), schema::sqlserver::TheDialect().steps.size());
+    for (std::size_t step = 0; step < steps.size(); ++step) {
+        EXPECT_EQ(steps[step].statements.size(), schema::sqlserver::TheDialect().steps[step].statements.size());
+    }
 }
 
 TEST(ServerSettings, ThatFoldNoLettersBeyondZAreRefusedWithWhatToMake)

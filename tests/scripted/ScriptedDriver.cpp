@@ -1,10 +1,20 @@
 #include "tests/scripted/ScriptedDriver.h"
 
+#include <cstdlib>
+#include <fstream>
 #include <utility>
 
 namespace scripted {
 
 namespace {
+
+// For tests of the texts by other means than a test program's: see tests/house/tsql_grammar.sh.
+void Note(int dbType, const char* sql)
+{
+    if (const char* file = std::getenv("QV_NOTE_STATEMENTS")) {
+        std::ofstream(file, std::ios::app | std::ios::binary) << dbType << '\t' << sql << '\0';
+    }
+}
 
 class PlayedCursor final : public dbaccess::Cursor {
 public:
@@ -51,11 +61,13 @@ public:
     [[nodiscard]] bool IsAlive() const override { return m_database.m_alive; }
     std::int64_t Execute(const char* sql) override
     {
+        Note(m_dbType, sql);
         m_database.executions.emplace_back(sql);
         return static_cast<std::int64_t>(Checked(m_database.Next()).rows.size());
     }
     std::unique_ptr<dbaccess::Cursor> Query(const char* sql) override
     {
+        Note(m_dbType, sql);
         m_database.queries.emplace_back(sql);
         return std::make_unique<PlayedCursor>(Checked(m_database.Next()));
     }

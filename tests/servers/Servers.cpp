@@ -32,11 +32,16 @@ std::vector<std::string> LinesAbout(const std::string& engine)
     return lines;
 }
 
-/// Runs a statement on a server, connected to the database that is always there.
+std::string DatabaseThatIsAlwaysThere(const std::string& engine)
+{
+    return engine == "postgresql" ? "postgres" : engine == "mariadb" ? "mysql" : "master";
+}
+
+/// Runs a statement on a server.
 void Administer(const std::string& engine, const std::string& sql)
 {
     CAConnect conn;
-    conn.Open(UrlOf(engine, engine == "postgresql" ? "postgres" : "mysql").c_str());
+    conn.Open(UrlOf(engine, DatabaseThatIsAlwaysThere(engine)).c_str());
     conn.Execute(sql.c_str());
 }
 
@@ -84,11 +89,22 @@ Mariadb TheMariadb()
     return {lines[0], lines[1]};
 }
 
+Sqlserver TheSqlserver()
+{
+    const std::vector<std::string> lines = LinesAbout("sqlserver");
+    return {lines[0], lines[1]};
+}
+
 std::string UrlOf(const std::string& engine, const std::string& database)
 {
     if (engine == "postgresql") {
         const Postgresql server = ThePostgresql();
         return "postgresql://qv@/" + database + "?host=" + server.socketFolder + "&port=" + server.port;
+    }
+    if (engine == "sqlserver") {
+        const Sqlserver server = TheSqlserver();
+        return "odbc:Driver={FreeTDS};Server=" + server.address + ";Port=" + server.port +
+               ";UID=sa;PWD=secret;Database=" + database + ";TDS_Version=7.4;ClientCharset=UTF-8?kind=1";
     }
     return "mysql://root@localhost/" + database + "?socket=" + TheMariadb().socket;
 }

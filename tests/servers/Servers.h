@@ -16,11 +16,18 @@ struct Mariadb {
     std::string port; ///< on 127.0.0.1, where the user "qv" has the password "secret"
 };
 
+/// What stands in for SQL Server, see tds_responder.py. The user is "sa", the password "secret".
+struct Sqlserver {
+    std::string address;
+    std::string port;
+};
+
 /// @throws std::runtime_error when there is no such server.
 Postgresql ThePostgresql();
 Mariadb TheMariadb();
+Sqlserver TheSqlserver();
 
-/// The URL of a database on a server. @param engine  "postgresql" or "mariadb".
+/// The URL of a database on a server. @param engine  "postgresql", "mariadb" or "sqlserver".
 std::string UrlOf(const std::string& engine, const std::string& database);
 
 /// The URL of a new, empty database. It is dropped when the program ends. @throws std::runtime_error, CAException.

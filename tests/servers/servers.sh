@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# servers.sh start FOLDER [postgresql|mariadb], servers.sh stop FOLDER: the engines that tests need besides the program's
-# own, or one of them, in a folder of their own, on sockets and the loopback. FOLDER gets one file per engine that says
-# where it is. What cannot be had is a failure.
+# servers.sh start FOLDER [postgresql|mariadb|sqlserver], servers.sh stop FOLDER: the engines that tests need besides the
+# program's own, or one of them, in a folder of their own, on sockets and the loopback. FOLDER gets one file per engine
+# that says where it is. What cannot be had is a failure.
 set -euo pipefail
 
 action=$1
 folder=$2
-wanted=${3:-postgresql mariadb}
+wanted=${3:-postgresql mariadb sqlserver}
 
 say() { echo "servers: $*" >&2; }
 
@@ -36,6 +36,11 @@ need() {
   exit 1
 }
 
+# What a PostgreSQL that was killed leaves behind; one that has stopped has taken the file with it.
+drop_shared_memory() {
+  if [ -e "$1" ]; then ipcrm -m "$(sed -n '7s/.* //p' "$1")" 2>/dev/null || true; fi
+}
+
 stop() {
   local pid file
   for file in "$folder"/*.pid; do
@@ -51,6 +56,7 @@ stop() {
     rm -f "$file"
   done
   if [ -e "$folder/data" ]; then
+    drop_shared_memory "$(cat "$folder/data")/postgresql/db/postmaster.pid"
     rm -rf "$(cat "$folder/data")"
   fi
   rm -rf "$folder"
@@ -73,6 +79,7 @@ fsync = off
 full_page_writes = off
 synchronous_commit = off
 shared_buffers = 64MB
+dynamic_shared_memory_type = mmap
 max_connections = 60
 END
   as postgres "$bin/pg_ctl" -D "$data/db" -l "$data/log" -w -s start || { cat "$data/log" >&2; exit 1; }
@@ -102,6 +109,27 @@ start_mariadb() {
     sleep 0.05
   done
   say "mariadbd does not answer"
+  cat "$data/log" >&2
+  exit 1
+}
+
+# Not the engine, which cannot be had here: a responder that speaks its protocol and refuses what its grammar does not
+# take, in front of SQLite. It is the Debian Python's, whose modules other interpreters do not find.
+start_sqlserver() {
+  local data=$1/sqlserver port
+  /usr/bin/python3 -c 'import sqlglot' 2>/dev/null || need "the Python module sqlglot" python3-sqlglot
+  port=$(free_port)
+  mkdir "$data"
+  /usr/bin/python3 "$(dirname "$0")/tds_responder.py" --port "$port" --folder "$data" >"$data/log" 2>&1 </dev/null &
+  echo $! >"$folder/sqlserver.pid"
+  for _ in $(seq 200); do
+    if (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; then
+      printf '%s\n' 127.0.0.1 "$port" >"$folder/sqlserver"
+      return
+    fi
+    sleep 0.05
+  done
+  say "the responder for SQL Server does not answer"
   cat "$data/log" >&2
   exit 1
 }

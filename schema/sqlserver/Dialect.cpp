@@ -1,0 +1,57 @@
+#include "schema/Dialect.h"
+
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CAException.h"
+#include "dbaccess/CARecordset.h"
+#include "schema/SqlserverStatements.h"
+#include "schema/StatementSplitter.h"
+
+namespace schema::sqlserver {
+
+namespace {
+
+// Statements spell tables and columns in several ways, and look for names in whatever case they come.
+void RequireTextsOfAnyCase(CAConnect& conn)
+{
+    constexpr int kIgnoresCase = 1;
+    CARecordset rs;
+    int style = 0;
+    rs.Open("SELECT CAST(COLLATIONPROPERTY(CAST(DATABASEPROPERTYEX(DB_NAME(), 'Collation') AS nvarchar(128)), "
+            "'ComparisonStyle') AS int)",
+            &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    rs.GetValue(1, style);
+    if ((style & kIgnoresCase) == 0) {
+        throw CAException("this database tells names and texts apart by case, and a directory cannot be kept in it; "
+                          "make it with a collation that has CI in its name, such as "
+                          "Latin1_General_100_CI_AS_SC_UTF8");
+    }
+}
+
+} // namespace
+
+const Dialect& TheDialect()
+{
+    static const Dialect dialect{
+        .steps = {{"tables", SplitStatements(k_001_tables)}, {"indexes", SplitStatements(k_002_indexes)}},
+        .listTables = "SELECT TABLE_NAME FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_TYPE = 'BASE TABLE' AND "
+                      "TABLE_SCHEMA = SCHEMA_NAME()",
+        .rebuildIndexes = {}, // the engine's own rules
+        .stepIsTransaction = true,
+        // The session's, since with some drivers a transaction has not begun before a table is touched. Should it not
+        // be given in time, the second run is refused at its first table.
+        .lock = "EXEC sp_getapplock @Resource = 'qv_Schema', @LockMode = 'Exclusive', @LockOwner = 'Session', "
+                "@LockTimeout = 600000",
+        .unlock = "EXEC sp_releaseapplock @Resource = 'qv_Schema', @LockOwner = 'Session'",
+        .check = RequireTextsOfAnyCase,
+        .copying = {.beginReading = {"SET TRANSACTION ISOLATION LEVEL SERIALIZABLE", "BEGIN TRANSACTION"},
+                    .identity = "SELECT CONCAT(@@SERVERNAME, ' ', DB_NAME(), ' ', SCHEMA_NAME())",
+                    .beginIds = "SET IDENTITY_INSERT {table} ON",
+                    .endIds = "SET IDENTITY_INSERT {table} OFF",
+                    .textMark = "N",
+                    .greatestId = "SELECT CAST(last_value AS bigint) FROM sys.identity_columns "
+                                  "WHERE object_id = OBJECT_ID('{table}')"},
+    };
+    return dialect;
+}
+
+} // namespace schema::sqlserver
