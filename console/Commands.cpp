@@ -2,6 +2,7 @@
 
 #include "console/AddInCommands.h"
 #include "console/BoardCommands.h"
+#include "console/CopyCommand.h"
 #include "console/DbCommands.h"
 #include "console/DocRootCommands.h"
 #include "console/ExplainCommand.h"
@@ -27,9 +28,10 @@ namespace console {
 namespace {
 
 constexpr Noun kNouns[] = {
-    {"db", "make, upgrade and check the database",
+    {"db", "make, upgrade, check and copy the database",
      "  qvadmin db init\n"
-     "  qvadmin --db sqlite:/srv/directory.db db status"},
+     "  qvadmin --db sqlite:/srv/directory.db db status\n"
+     "  qvadmin db copy postgresql://quorvel@db1.example.org/directory"},
     {"user", "users: list, show, create, change, lock, delete, import",
      "  qvadmin user list --match smith\n"
      "  qvadmin user create amy --name 'Amy Porter' --email amy@example.org\n"
@@ -98,6 +100,10 @@ constexpr Command kCommands[] = {
      nullptr, &db::Init},
     {"db", "status", "what there is; ends with 0 when the database is ready for use, else with 8",
      "  qvadmin db status -o json", nullptr, &db::Status},
+    {"db", "copy", "carry the whole directory over to another database, of any engine, with all ids",
+     "  qvadmin db copy postgresql://quorvel@db1.example.org/directory\n"
+     "  qvadmin --db mysql://quorvel@localhost/directory db copy sqlite:/srv/directory.db",
+     &db::DeclareCopy, &db::Copy},
 
     {"user", "list", "users by login name",
      "  qvadmin user list\n"

@@ -1,0 +1,148 @@
+#include "console/CopyCommand.h"
+
+#include "console/Engine.h"
+#include "console/Interrupt.h"
+#include "console/Opened.h"
+#include "console/Progress.h"
+#include "console/Text.h"
+#include "console/Url.h"
+#include "console/Words.h"
+#include "schema/Copy.h"
+
+#include <fmt/format.h>
+
+namespace console::db {
+
+namespace {
+
+constexpr Field kTarget{"URL", "", {}, Field::Use::given, "the database to copy to, such as sqlite:PATH"};
+
+/// The arguments of a command that would work on the target.
+Arguments ForTarget(const Arguments& arguments)
+{
+    Arguments target = arguments;
+    target.db = words::Given(arguments, kTarget);
+    if (target.db->find(':') == std::string::npos) {
+        throw Refusal(Exit::usage, fmt::format("{} names no kind of database; write sqlite:{} for a file",
+                                               Quoted(*target.db), Visible(*target.db)));
+    }
+    return target;
+}
+
+void RequireUsable(CAConnect& from, CAConnect& to, const std::string& shown)
+{
+    const schema::State state = Asking(to, [&] { return schema::Inspect(to).state; });
+    if (state == schema::State::foreign) {
+        throw Refusal(Exit::database,
+                      fmt::format("{} holds other tables than a directory's; nothing was copied", shown));
+    }
+    if (state == schema::State::newer) {
+        throw Refusal(Exit::database,
+                      fmt::format("{} holds a directory made by a later qvadmin; nothing was copied", shown));
+    }
+    if (Asking(from, [&] { return schema::IsSameDatabase(from, to); })) {
+        throw Refusal(Exit::conflict, fmt::format("{} is the database to be copied itself", shown));
+    }
+    const std::int64_t rows = Asking(to, [&] { return schema::CountRows(to); });
+    if (rows != 0) {
+        throw Refusal(Exit::conflict,
+                      fmt::format("{} holds {} already, and only an empty one is copied to; nothing was copied", shown,
+                                  Counted(static_cast<std::size_t>(rows), "row")));
+    }
+}
+
+/// What is known of the target behind a failure, to end a sentence with.
+std::string Standing(const CAConnect& to)
+{
+    return to.IsOpen() ? "nothing was copied, and the same command can be run again"
+                       : "the target has all or nothing, and the same command can be run again: it refuses a target "
+                         "that has all";
+}
+
+/// Copies, showing how far it is. @throws Refusal that says what became of it.
+class Copying {
+public:
+    Copying(CAConnect& from, CAConnect& to, Terminal& terminal)
+        : m_from(from), m_to(to), m_terminal(terminal), m_progress(terminal, RowsToCome())
+    {
+    }
+
+    schema::Copied Run()
+    {
+        const Interrupt interrupt;
+        schema::Copied copied = Copy();
+        m_progress.Clear();
+        if (copied.stopped) {
+            throw Refusal(Exit::failed, "stopped by a signal; " + Standing(m_to));
+        }
+        return copied;
+    }
+
+    [[nodiscard]] std::string Pace(std::int64_t rows) const { return m_progress.Pace(static_cast<long>(rows)); }
+
+private:
+    [[nodiscard]] std::optional<long> RowsToCome() const
+    {
+        return Asking(m_from, [&] { return static_cast<long>(schema::CountRows(m_from)); });
+    }
+
+    schema::Copied Copy()
+    {
+        const auto tell = [this](const schema::CopyState& state) {
+            Tell(state);
+            return !Interrupt::Requested();
+        };
+        try {
+            return Asking(m_to, [&] { return schema::Copy(m_from, m_to, tell); });
+        } catch (const DatabaseError& e) {
+            m_progress.Clear();
+            throw Refusal(Exit::database, fmt::format("stopped: {}; {}", e.what(), Standing(m_to)));
+        }
+    }
+
+    void Tell(const schema::CopyState& state)
+    {
+        m_progress.Show(static_cast<long>(state.rows));
+        if (state.tableIsDone && state.tableRows != 0) {
+            m_progress.Clear();
+            m_terminal.err << fmt::format("{}: {}\n", state.table,
+                                          Counted(static_cast<std::size_t>(state.tableRows), "row"));
+        }
+    }
+
+    CAConnect& m_from;
+    CAConnect& m_to;
+    Terminal& m_terminal;
+    Progress m_progress;
+};
+
+} // namespace
+
+void DeclareCopy(CLI::App& app, Arguments& arguments) { words::DeclareArgument(app, arguments, kTarget); }
+
+Exit Copy(const Context& context)
+{
+    const Arguments target = ForTarget(context.arguments);
+    const std::string shown = ShownUrl(*target.db);
+    Opened source(context.arguments);
+    CAConnect& from = source.Directory().Connection();
+    if (MakesFile(*target.db)) {
+        MakeParentDirectories(*SqliteFile(*target.db));
+    }
+    CAConnect to;
+    Connect(to, *target.db, target);
+    RequireUsable(from, to, shown);
+    Asking(to, [&] { schema::Upgrade(to); });
+    Copying copying(from, to, context.terminal);
+    const schema::Copied copied = copying.Run();
+    if (!copied.others.empty()) {
+        context.terminal.err << fmt::format("not copied, being no tables of a directory: {}\n",
+                                            Visible(fmt::format("{}", fmt::join(copied.others, ", "))));
+    }
+    context.terminal.err << fmt::format("copied {} of {} tables from {} to {} ({})\n",
+                                        Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
+                                        ShownUrl(ChooseUrl(context.arguments.db)), shown, copying.Pace(copied.rows));
+    return Exit::done;
+}
+
+} // namespace console::db

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+class CAConnect;
+
+/// Carrying a directory from one database to another, of whatever engines.
+namespace schema {
+
+/// How far a copy is.
+struct CopyState {
+    const std::string& table; ///< the one in hand
+    std::int64_t tableRows;   ///< copied of it
+    bool tableIsDone;
+    std::int64_t rows; ///< copied of all tables
+};
+
+/// Told after each piece, and asked whether to go on.
+using CopyProgress = std::function<bool(const CopyState&)>;
+
+struct Copied {
+    std::int64_t rows = 0;
+    int tables = 0;
+    bool stopped = false;            ///< by the caller: the target is as it was
+    std::vector<std::string> others; ///< tables of the source that are none of a directory's, and stay behind
+};
+
+/// Whether two connections lead to one database, as far as engines tell. @throws CAException, as do the next two.
+bool IsSameDatabase(CAConnect& a, CAConnect& b);
+
+/// How many rows the tables of a directory have, those of them that are there.
+std::int64_t CountRows(CAConnect& conn);
+
+/// Copies all rows of all tables with their ids, as they are at one moment. What the engine counts goes on behind the
+/// greatest id that the source has ever given out. All of it is written in one transaction; a copy that fails or is
+/// stopped leaves the target without rows.
+/// @param from, to  directories of this program's version; `to` without rows.
+/// @throws CAException that names table and row, where one is to blame.
+Copied Copy(CAConnect& from, CAConnect& to, const CopyProgress& progress);
+
+} // namespace schema

@@ -1,0 +1,82 @@
+#include "schema/Tables.h"
+
+#include "platform/CodePage.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
+
+namespace schema {
+
+namespace {
+
+std::string_view CutLine(std::string_view& text)
+{
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(text.size(), line.size() + 1));
+    return line;
+}
+
+std::string_view CutWord(std::string_view& line)
+{
+    line.remove_prefix(std::min(line.size(), line.find_first_not_of(' ')));
+    const std::string_view word = line.substr(0, line.find(' '));
+    line.remove_prefix(word.size());
+    return word;
+}
+
+bool IsCounted(std::string_view type)
+{
+    constexpr std::array marks = {"AUTOINCREMENT", "AUTO_INCREMENT", "IDENTITY", "COUNTER"};
+    return std::ranges::any_of(marks, [&](const char* mark) { return type.find(mark) != std::string_view::npos; });
+}
+
+bool IsComputed(std::string_view type) { return type.find(" AS (") != std::string_view::npos; }
+
+// Columns stand on lines of their own, and all of them are named Col_SOMETHING; nothing else is.
+std::optional<Column> ReadColumn(std::string_view line)
+{
+    const std::string_view name = CutWord(line);
+    if (!name.starts_with("Col_")) {
+        return std::nullopt;
+    }
+    const std::string type = platform::UpperUtf8(line);
+    return Column{std::string(name), IsComputed(type), IsCounted(type)};
+}
+
+std::optional<Table> ReadTable(std::string_view statement)
+{
+    constexpr std::string_view create = "CREATE TABLE ";
+    constexpr std::string_view unlessThere = "IF NOT EXISTS ";
+    if (!statement.starts_with(create)) {
+        return std::nullopt;
+    }
+    statement.remove_prefix(create.size());
+    statement.remove_prefix(statement.starts_with(unlessThere) ? unlessThere.size() : 0);
+    std::string_view head = CutLine(statement);
+    Table table{std::string(CutWord(head)), {}};
+    while (!statement.empty()) {
+        if (auto column = ReadColumn(CutLine(statement))) {
+            table.columns.push_back(std::move(*column));
+        }
+    }
+    return table;
+}
+
+} // namespace
+
+std::vector<Table> TablesOf(const Dialect& dialect)
+{
+    std::vector<Table> tables;
+    for (const Step& step : dialect.steps) {
+        for (const std::string& statement : step.statements) {
+            if (auto table = ReadTable(statement)) {
+                tables.push_back(std::move(*table));
+            }
+        }
+    }
+    return tables;
+}
+
+} // namespace schema
