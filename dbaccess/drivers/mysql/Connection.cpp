@@ -161,8 +161,11 @@ std::string NameOf(const Server& server)
 // @return whether that was the end.
 bool ReadToTheEnd(MYSQL_RES* rows)
 {
+    if (mysql_fetch_row(rows) == nullptr) { // as behind a look-up
+        return true;
+    }
     const auto deadline = Clock::now() + kTimeToReadToTheEnd;
-    for (int i = 0; i < kRowsReadToTheEnd && Clock::now() < deadline; ++i) {
+    for (int i = 1; i < kRowsReadToTheEnd && Clock::now() < deadline; ++i) {
         if (mysql_fetch_row(rows) == nullptr) {
             return true;
         }
