@@ -43,7 +43,7 @@ struct KnownCode {
     Trouble trouble;
 };
 
-// As the drivers write them. Of SQLite the number without its details.
+// As the engines' own drivers write them, and SQL Server's by its maker. Of SQLite the number without its details.
 constexpr KnownCode kKnownCodes[] = {
     {"SQLite 5", Trouble::busy},         {"SQLite 6", Trouble::lasting},         {"SQLite 7", Trouble::lasting},
     {"SQLite 8", Trouble::lasting},      {"SQLite 9", Trouble::lasting},         {"SQLite 10", Trouble::lasting},
@@ -52,7 +52,9 @@ constexpr KnownCode kKnownCodes[] = {
     {"PostgreSQL 53100", Trouble::full}, {"PostgreSQL 53200", Trouble::lasting}, {"PostgreSQL 55P03", Trouble::busy},
     {"MySQL 1021", Trouble::full},       {"MySQL 1036", Trouble::lasting},       {"MySQL 1044", Trouble::lasting},
     {"MySQL 1047", Trouble::lasting},    {"MySQL 1114", Trouble::full},          {"MySQL 1142", Trouble::lasting},
-    {"MySQL 1205", Trouble::busy},       {"MySQL 1290", Trouble::lasting},
+    {"MySQL 1205", Trouble::busy},       {"MySQL 1290", Trouble::lasting},       {"Microsoft 229", Trouble::lasting},
+    {"Microsoft 1105", Trouble::full},   {"Microsoft 1222", Trouble::busy},      {"Microsoft 3906", Trouble::lasting},
+    {"Microsoft 9002", Trouble::full},
 };
 
 /// SQLite's numbers carry details above their lowest byte.
@@ -65,6 +67,22 @@ std::string WithoutDetails(std::string_view code)
         return std::string(code);
     }
     return std::string(kSqlite) + std::to_string(number & 0xFF);
+}
+
+/// The code as the engine's own driver would write it: over ODBC it comes as "ODBC SQLSTATE NUMBER".
+std::string NativeCode(const CAConnect& conn, std::string_view code)
+{
+    constexpr std::string_view kOdbc = "ODBC ";
+    const std::size_t space = code.rfind(' ');
+    if (!code.starts_with(kOdbc) || space < kOdbc.size()) {
+        return std::string(code);
+    }
+    const CString engine = conn.GetEngineName();
+    const std::string_view name = engine.View().substr(0, engine.View().find(' '));
+    if (name == "PostgreSQL") {
+        return "PostgreSQL " + std::string(code.substr(kOdbc.size(), space - kOdbc.size()));
+    }
+    return (name == "MariaDB" ? "MySQL" : std::string(name)) + std::string(code.substr(space));
 }
 
 Trouble TroubleOf(std::string_view code)
@@ -85,7 +103,7 @@ DatabaseError ErrorOf(const CAConnect& conn, const std::string& line, std::strin
     if (!conn.IsOpen()) {
         return {line.empty() ? "the connection is lost" : line, true};
     }
-    const Trouble trouble = TroubleOf(code);
+    const Trouble trouble = TroubleOf(NativeCode(conn, code));
     return {(line.empty() ? "no reason was given" : line) + std::string(AdviceOn(trouble)),
             trouble != Trouble::passing};
 }

@@ -244,6 +244,8 @@ TEST_F(ConsoleTest, ADatabaseThatAnotherProgramWritesToIsTold)
     other.BeginTrans();
     const std::string url = DatabaseUrl() + "?busy_timeout=10";
     ExpectRefusal(Run({"--db", url, "user", "create", "amy"}), 6, "another program is writing");
+    const std::string throughOdbc = "odbc:Driver=SQLite3;Timeout=10;Database=" + Path("data/quorvel/directory.db");
+    ExpectRefusal(Run({"--db", throughOdbc, "user", "create", "amy"}), 6, "another program is writing");
     EXPECT_EQ(Run({"--db", url, "user", "count"}).out, "0\n");
     other.RollbackTrans();
     EXPECT_EQ(Run({"--db", url, "user", "create", "amy"}).exit, 0);

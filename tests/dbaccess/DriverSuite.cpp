@@ -238,7 +238,9 @@ INSTANTIATE_TEST_SUITE_P(
                "'2013-05-07 00:00:00'"},
         Quirks{"odbc_sqlite", [] { return FreshOdbcUrl("sqlite"); }, "ODBC HY000 1", "'2013-05-07 00:00:00'"},
         Quirks{"odbc_mariadb", [] { return FreshOdbcUrl("mariadb"); }, "ODBC 42S02 1146", "'2013-05-07 00:00:00'"},
-        Quirks{"odbc_postgresql", [] { return FreshOdbcUrl("postgresql"); }, "ODBC 42P01 1", "'2013-05-07 00:00:00'"}),
+        Quirks{"odbc_postgresql", [] { return FreshOdbcUrl("postgresql"); }, "ODBC 42P01 1", "'2013-05-07 00:00:00'"},
+        Quirks{"odbc_sqlserver", [] { return servers::NewDatabase("sqlserver"); }, "ODBC 42S02 208",
+               "'2013-05-07 00:00:00'"}),
     [](const auto& instance) { return instance.param.name; });
 
 } // namespace

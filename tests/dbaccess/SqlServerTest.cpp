@@ -136,8 +136,10 @@ TEST_F(SqlServerTest, ReadsDatesOfEveryType)
     CARecordset rs;
     Query(rs, m_conn, "SELECT day, moment, old FROM d");
     CADateTime day;
+    EXPECT_STREQ(rs.GetValueToStr(1, true), "2013-05-07");
     EXPECT_TRUE(rs.GetValue(1, day));
     EXPECT_EQ(day.GetOleDateTime(), COleDateTime(2013, 5, 7, 0, 0, 0));
+    EXPECT_STREQ(rs.GetValueToStr(2, true), "2013-05-07 09:03:59");
     EXPECT_TRUE(rs.GetValue(2, day));
     EXPECT_EQ(day.GetOleDateTime(), COleDateTime(2013, 5, 7, 9, 3, 59));
     EXPECT_TRUE(rs.GetValue(3, day));

@@ -85,9 +85,10 @@ Shape ShapeOf(SQLSMALLINT type, Dialect dialect)
     case SQL_FLOAT:
     case SQL_DOUBLE:
         return Shape::real;
+    case SQL_TYPE_DATE:
+        return GivesDatesAsText(dialect) ? Shape::text : Shape::day;
     case SQL_DATETIME:
     case SQL_TIMESTAMP:
-    case SQL_TYPE_DATE:
     case SQL_TYPE_TIMESTAMP:
         return GivesDatesAsText(dialect) ? Shape::text : Shape::moment;
     case SQL_BINARY:
@@ -299,8 +300,8 @@ Value Rows::FetchValue(std::size_t column)
     if (shape == Shape::real) {
         return FetchReal(column);
     }
-    if (shape == Shape::moment) {
-        return FetchMoment(column);
+    if (shape == Shape::day || shape == Shape::moment) {
+        return FetchMoment(column, shape == Shape::moment);
     }
     if (!FetchPieces(column, shape != Shape::bytes)) {
         return {};
@@ -340,7 +341,7 @@ Value Rows::FetchReal(std::size_t column)
     return FetchFixed(column, SQL_C_DOUBLE, number) ? RealValue(number) : Value{};
 }
 
-Value Rows::FetchMoment(std::size_t column)
+Value Rows::FetchMoment(std::size_t column, bool hasTime)
 {
     SQL_TIMESTAMP_STRUCT moment{};
     if (!FetchFixed(column, SQL_C_TYPE_TIMESTAMP, moment)) {
@@ -348,9 +349,14 @@ Value Rows::FetchMoment(std::size_t column)
     }
     Value value;
     value.kind = Field::Kind::text;
-    value.text.Format("%04d-%02d-%02d %02d:%02d:%02d", static_cast<int>(moment.year), static_cast<int>(moment.month),
-                      static_cast<int>(moment.day), static_cast<int>(moment.hour), static_cast<int>(moment.minute),
-                      static_cast<int>(moment.second));
+    value.text.Format("%04d-%02d-%02d", static_cast<int>(moment.year), static_cast<int>(moment.month),
+                      static_cast<int>(moment.day));
+    if (hasTime) {
+        CString time;
+        time.Format(" %02d:%02d:%02d", static_cast<int>(moment.hour), static_cast<int>(moment.minute),
+                    static_cast<int>(moment.second));
+        value.text += time;
+    }
     return value;
 }
 

@@ -32,7 +32,7 @@ private:
 };
 
 /// How a column is read.
-enum class Shape : std::uint8_t { text, number, bit, real, moment, bytes };
+enum class Shape : std::uint8_t { text, number, bit, real, day, moment, bytes };
 
 /// The rows of a statement, read as they are stepped to, and the columns of a row as they are asked for: each once, and
 /// from the left, which is all that every ODBC driver can. When another statement is run on the connection, the rows
@@ -64,7 +64,7 @@ private:
     [[nodiscard]] Value FetchValue(std::size_t column);
     [[nodiscard]] Value FetchBit(std::size_t column);
     [[nodiscard]] Value FetchReal(std::size_t column);
-    [[nodiscard]] Value FetchMoment(std::size_t column);
+    [[nodiscard]] Value FetchMoment(std::size_t column, bool hasTime);
     template <class Fixed>
     bool FetchFixed(std::size_t column, SQLSMALLINT type, Fixed& fixed);
     bool FetchPieces(std::size_t column, bool asText);
