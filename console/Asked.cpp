@@ -11,18 +11,10 @@ int Number(CAConnect& conn, const std::string& sql)
     return number;
 }
 
-void ThrowReason(CAConnect& conn, std::string_view table, std::string_view what)
+void ThrowReason(const CAConnect& conn, std::string_view what)
 {
-    // A write that changes nothing meets the same trouble and tells, unless it only meets the transaction that the
-    // first one has broken.
-    constexpr std::string_view brokenTransaction = "[PostgreSQL 25P02]";
-    const std::string probe = fmt::format("DELETE FROM {} WHERE 1 = 0", table);
-    try {
-        Asking(conn, [&] { conn.Execute(probe.c_str()); });
-    } catch (const DatabaseError& e) {
-        if (e.EngineLine().find(brokenTransaction) == std::string::npos) {
-            throw;
-        }
+    if (conn.GetFailure() != nullptr) {
+        throw ErrorFrom(conn, *conn.GetFailure());
     }
     throw DatabaseError(fmt::format("{}, without saying why", what), !conn.IsOpen());
 }

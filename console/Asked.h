@@ -45,7 +45,7 @@ int Number(CAConnect& conn, const std::string& sql);
 
 /// Says why a record was not saved, which it keeps to itself. @param what  such as "the new role". @throws
 /// DatabaseError.
-[[noreturn]] void ThrowReason(CAConnect& conn, std::string_view table, std::string_view what);
+[[noreturn]] void ThrowReason(const CAConnect& conn, std::string_view what);
 
 std::string Text(const CString& text);
 /// A column of the current row; the empty text for a NULL.

@@ -262,9 +262,7 @@ void Directory::Update(CHumanItem& item)
     prepared.CopyData(item);
     Prepare(prepared);
     if (prepared.Update(m_conn) == 0) {
-        // The record drops the reason; a write that changes nothing meets the same trouble and tells.
-        TryToWrite();
-        throw DatabaseError("the change of a user, without saying why", !m_conn.IsOpen());
+        ThrowReason(m_conn, "the change of a user");
     }
 }
 

@@ -569,10 +569,10 @@ void Documents::Execute(const std::string& sql)
 
 /// Runs a write of a record that drops the reason of a failure.
 template <class Write>
-void Documents::Save(std::string_view table, std::string_view what, Write write)
+void Documents::Save(std::string_view what, Write write)
 {
     if (!write()) {
-        ThrowReason(m_conn, table, fmt::format("the {}", what));
+        ThrowReason(m_conn, fmt::format("the {}", what));
     }
 }
 
@@ -651,7 +651,7 @@ int Documents::CreateRoot(const RootData& root)
     item.m_nType = root.type;
     item.m_ulStyle = root.style;
     item.m_nOwnerID = root.ownerId;
-    Save("Tab_Doc_Root", "new document root", [&] { return item.SaveData(m_conn); });
+    Save("new document root", [&] { return item.SaveData(m_conn); });
     int id = 0;
     Run(m_conn, [&] { return CQVBaseFun::GetDocRootID(m_conn, item.m_strName, root.type, id); });
     return id;
@@ -748,7 +748,7 @@ NewFolder Documents::CreateFolder(DocKey parent, const FolderData& folder)
     item.m_nCreatorID = folder.creatorId;
     item.m_strCreatorName = Whole(folder.creator);
     const std::vector<int> before = FoldersCalled(item.m_strName);
-    Save("Tab_Doc_VFolder", "new folder", [&] { return item.SaveData(m_conn); });
+    Save("new folder", [&] { return item.SaveData(m_conn); });
     // The highest id now may be that of a folder that another program has added meanwhile, and links tell nothing:
     // those of deleted folders stay behind.
     std::vector<int> added;
@@ -779,7 +779,7 @@ void Documents::AddLink(const Placement& placement, const FolderData& folder)
         link.m_nSObjID = placement.folder.id;
         link.m_nCreatorID = folder.creatorId;
         link.m_strCreatorName = Whole(folder.creator);
-        Save(LinkTable(placement.parent.kind), "new link", [&] { return link.SaveData(m_conn); });
+        Save("new link", [&] { return link.SaveData(m_conn); });
     };
     if (placement.parent.kind == DocKind::root) {
         add(CDocRootLinkItem());

@@ -245,7 +245,7 @@ private:
     void UpdateLinks(int folderId, const std::string& assignment, const std::string& condition);
     void DeleteLinks(DocKind kind, const std::vector<int>& ids);
     template <class Write>
-    void Save(std::string_view table, std::string_view what, Write write);
+    void Save(std::string_view what, Write write);
 
     CAConnect& m_conn;
 };

@@ -101,7 +101,7 @@ std::string_view AdviceOn(Trouble trouble)
 DatabaseError ErrorOf(const CAConnect& conn, const std::string& line, std::string_view code)
 {
     if (!conn.IsOpen()) {
-        return {line.empty() ? "the connection is lost" : line, true};
+        return {line.empty() ? "no reason was given" : line, true, true};
     }
     const Trouble trouble = TroubleOf(NativeCode(conn, code));
     return {(line.empty() ? "no reason was given" : line) + std::string(AdviceOn(trouble)),
@@ -110,20 +110,27 @@ DatabaseError ErrorOf(const CAConnect& conn, const std::string& line, std::strin
 
 } // namespace
 
-DatabaseError::DatabaseError(const std::string& engineLine, bool lasting)
-    : Refusal(Exit::database, "the database refused: " + engineLine), m_engineLine(engineLine), m_lasting(lasting)
+DatabaseError::DatabaseError(const std::string& engineLine, bool lasting, bool lost)
+    : Refusal(Exit::database,
+              (lost ? "the connection to the database was lost: " : "the database refused: ") + engineLine),
+      m_engineLine(engineLine),
+      m_lasting(lasting)
 {
 }
 
 DatabaseError ErrorFrom(const CAConnect& conn, const CAException& e)
 {
-    const std::string code(e.GetErrorCode().View());
-    const std::string line = Visible(e.GetErrorText().View());
+    const CAException& reason = conn.GetFailure() != nullptr ? *conn.GetFailure() : e;
+    const std::string code(reason.GetErrorCode().View());
+    const std::string line = Visible(reason.GetErrorText().View());
     return ErrorOf(conn, code.empty() ? line : line + " [" + code + "]", code);
 }
 
 DatabaseError ModuleError(const CAConnect& conn)
 {
+    if (conn.GetFailure() != nullptr) {
+        return ErrorFrom(conn, *conn.GetFailure());
+    }
     const EngineText text = WithoutStatement(CQVBaseFun::m_strLastError.View());
     return ErrorOf(conn, text.line, text.code);
 }

@@ -14,7 +14,8 @@ class DatabaseError : public Refusal {
 public:
     /// @param engineLine  the engine's message and code.
     /// @param lasting     see IsLasting.
-    DatabaseError(const std::string& engineLine, bool lasting);
+    /// @param lost        whether that was the end of the connection.
+    DatabaseError(const std::string& engineLine, bool lasting, bool lost = false);
 
     [[nodiscard]] const std::string& EngineLine() const noexcept { return m_engineLine; }
     /// Whether the next statement would meet the same trouble: no connection, no room, no permission, a damaged file.

@@ -122,7 +122,7 @@ void ObjectRights::Save(const ObjectRight& right)
     item.m_strCreatorName = SlashesDoubled(m_conn, right.creator);
     item.m_nCreatorID = right.creatorId;
     if (!item.SaveData(m_conn)) {
-        ThrowReason(m_conn, "Tab_BIOAce", "the new right on an object");
+        ThrowReason(m_conn, "the new right on an object");
     }
 }
 

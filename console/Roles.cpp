@@ -137,10 +137,10 @@ int Roles::Number(const std::string& sql)
 
 /// Runs a write of a record that drops the reason of a failure.
 template <class Write>
-void Roles::Save(std::string_view table, std::string_view what, Write write)
+void Roles::Save(std::string_view what, Write write)
 {
     if (!write()) {
-        ThrowReason(m_conn, table, fmt::format("the {}", what));
+        ThrowReason(m_conn, fmt::format("the {}", what));
     }
 }
 
@@ -274,7 +274,7 @@ int Roles::Create(const RoleData& role)
     item.m_strGenre = Whole(role.genre);
     item.m_nGClassID = role.classId;
     item.m_nType = role.type;
-    Save("qv_Role", "new role", [&] { return item.SaveData(m_conn); });
+    Save("new role", [&] { return item.SaveData(m_conn); });
     return Number(fmt::format("SELECT MAX(Col_ID) FROM qv_Role WHERE Col_Name = '{}'", item.m_strName.View()));
 }
 
@@ -284,7 +284,7 @@ void Roles::Update(int id, std::string_view name, std::string_view description)
     item.m_nID = id;
     item.m_strName = Whole(name);
     item.m_strDescription = Whole(description);
-    Save("qv_Role", "change of a role", [&] { return item.UpdateData(m_conn); });
+    Save("change of a role", [&] { return item.UpdateData(m_conn); });
 }
 
 void Roles::Delete(int id)
@@ -449,7 +449,7 @@ void Roles::GiveTitle(const HeldTitle& title)
     item.m_strJobTitle = Whole(title.title);
     item.m_strDescription = Whole(title.description);
     item.m_strDQvItemName = Whole(title.name);
-    Save("qv_JobTitle", "new job title", [&] { return item.SaveData(m_conn); });
+    Save("new job title", [&] { return item.SaveData(m_conn); });
 }
 
 void Roles::TakeTitle(int groupId, int userId, std::string_view title)

@@ -146,7 +146,7 @@ private:
     bool HasRelation(ItemKey holder, int userId);
     std::vector<HeldTitle> Titles(const std::string& condition);
     template <class Write>
-    void Save(std::string_view table, std::string_view what, Write write);
+    void Save(std::string_view what, Write write);
 
     CAConnect& m_conn;
 };

@@ -33,9 +33,35 @@ void CAConnect::Open(std::unique_ptr<dbaccess::Session> session)
     m_session = std::move(session);
 }
 
-void CAConnect::Close() noexcept { m_session.reset(); }
+void CAConnect::Close() noexcept
+{
+    m_session.reset();
+    m_failure.reset();
+    m_inTransaction = false;
+}
 
 bool CAConnect::IsOpen() const noexcept { return m_session != nullptr && m_session->IsAlive(); }
+
+template <class Body>
+auto CAConnect::Noting(Body body) -> decltype(body())
+{
+    if (!m_inTransaction) {
+        m_failure.reset();
+    }
+    try {
+        return body();
+    } catch (const CAException& e) {
+        if (m_failure == nullptr) {
+            m_failure = std::make_unique<CAException>(e);
+        }
+        throw;
+    }
+}
+
+std::unique_ptr<dbaccess::Cursor> CAConnect::Query(const char* sql)
+{
+    return Noting([&] { return m_session->Query(sql); });
+}
 
 dbaccess::Session& CAConnect::Required() const
 {
@@ -45,9 +71,12 @@ dbaccess::Session& CAConnect::Required() const
     return *m_session;
 }
 
+const CAException* CAConnect::GetFailure() const noexcept { return m_failure.get(); }
+
 int CAConnect::Execute(const char* sql)
 {
-    const std::int64_t changed = Required().Execute(sql);
+    dbaccess::Session& session = Required();
+    const std::int64_t changed = Noting([&] { return session.Execute(sql); });
     return static_cast<int>(std::min<std::int64_t>(changed, std::numeric_limits<int>::max()));
 }
 
@@ -61,11 +90,26 @@ CString CAConnect::GetDateStrOnSQL(CString date)
     return session.DateLiteral(*parsed);
 }
 
-void CAConnect::BeginTrans() { Required().Begin(); }
+void CAConnect::BeginTrans()
+{
+    dbaccess::Session& session = Required();
+    Noting([&] { session.Begin(); });
+    m_inTransaction = true;
+}
 
-void CAConnect::CommitTrans() { Required().Commit(); }
+void CAConnect::CommitTrans()
+{
+    dbaccess::Session& session = Required();
+    Noting([&] { session.Commit(); });
+    m_inTransaction = false;
+}
 
-void CAConnect::RollbackTrans() { Required().Rollback(); }
+void CAConnect::RollbackTrans()
+{
+    dbaccess::Session& session = Required();
+    m_inTransaction = false;
+    Noting([&] { session.Rollback(); });
+}
 
 CString CAConnect::EscapeText(const CString& text) const
 {

@@ -7,8 +7,10 @@
 #include <memory>
 
 namespace dbaccess {
+class Cursor;
 class Session;
 }
+class CAException;
 
 /// A connection to a database. Not copyable; belongs to one thread at a time.
 class QV_API CAConnect {
@@ -55,6 +57,10 @@ public:
     /// The engine's name and version, for people. @throws CAException when the connection is not open.
     [[nodiscard]] CString GetEngineName() const;
 
+    /// Why the last statement failed; in a transaction and on a connection that is lost, why the first one did, since
+    /// what fails behind it does so for that. Null when it went well. Lasts until the next call.
+    [[nodiscard]] const CAException* GetFailure() const noexcept;
+
     /// Engine kind: 0 Access, 1 SQL Server, 3 names compare through upper(), 6 MySQL. Read by the module.
     int m_nDBType = 0;
     /// Message that tells m_hNotifyWnd of an error, and the window; null means that no message is sent.
@@ -65,6 +71,12 @@ private:
     friend class CARecordset;
 
     [[nodiscard]] dbaccess::Session& Required() const;
+    /// Of a connection that is open.
+    std::unique_ptr<dbaccess::Cursor> Query(const char* sql);
+    template <class Body>
+    auto Noting(Body body) -> decltype(body());
 
     std::shared_ptr<dbaccess::Session> m_session;
+    std::unique_ptr<CAException> m_failure;
+    bool m_inTransaction = false;
 };

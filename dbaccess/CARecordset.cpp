@@ -101,7 +101,7 @@ bool CARecordset::Open(const char* sql, CAConnect* conn, AdbcCursorType /*cursor
     if (conn == nullptr || !conn->IsOpen()) {
         return false;
     }
-    auto cursor = conn->m_session->Query(sql);
+    auto cursor = conn->Query(sql);
     m_hasRow = cursor->Step();
     m_onFirst = true;
     m_columns = cursor->ColumnCount();

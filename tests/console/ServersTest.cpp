@@ -8,8 +8,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <map>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using testing::AllOf;
@@ -86,6 +88,26 @@ TEST_P(ServersTest, DocumentsPlansAddInsAndSettingsKeepTheirTexts)
     Done({"message", "sweep", "--yes"});
     EXPECT_THAT(Done({"message", "stats"}), HasSubstr("messages"));
     Done({"board", "list"});
+}
+
+TEST_P(ServersTest, AWriteThatIsRefusedSaysWhyWhereTheRecordKeepsThatToItself)
+{
+    Done({"user", "create", "amy"});
+    const std::map<std::string, std::pair<std::string, std::string>> refusals = {
+        {"sqlite", {"?mode=ro", "readonly"}},
+        {"postgresql", {"&options=-c%20default_transaction_read_only%3Don", "read-only transaction"}},
+        {"mariadb", {"", "too long"}},
+    };
+    const auto& [option, reason] = refusals.at(GetParam());
+    m_options.environment["QVADMIN_DB"] += option;
+    const std::string text(300, 'x');
+    for (const auto& command : {std::vector<std::string>{"user", "set", "amy", "--title", text},
+                                {"role", "create", text},
+                                {"docroot", "create", "Main", "--path", text, "--type", "1"}}) {
+        const ChildResult result = Run(command);
+        EXPECT_EQ(result.exit, 6) << result.err;
+        EXPECT_THAT(result.err, AllOf(HasSubstr(reason), Not(HasSubstr(".cpp"))));
+    }
 }
 
 TEST_P(ServersTest, StatusNamesEngineAndVersion)

@@ -59,6 +59,40 @@ TEST(Connect, RaisesOnAClosedConnectionWhereAValueWouldLookLikeSuccess)
     EXPECT_EQ(Raised([&] { (void)conn.GetEngineName(); }), closed);
 }
 
+std::string FailureOf(const CAConnect& conn)
+{
+    return conn.GetFailure() == nullptr ? "" : conn.GetFailure()->GetErrorText().GetString();
+}
+
+TEST(Connect, KnowsWhyTheLastStatementFailed)
+{
+    CAConnect conn;
+    conn.Open("sqlite::memory:");
+    EXPECT_EQ(FailureOf(conn), "");
+    CARecordset rs;
+    Raised([&] { rs.Open("SELECT * FROM a", &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable); });
+    EXPECT_EQ(FailureOf(conn), "no such table: a");
+    Raised([&] { conn.Execute("DROP TABLE b"); });
+    EXPECT_EQ(FailureOf(conn), "no such table: b");
+    conn.Execute("CREATE TABLE b (c)");
+    EXPECT_EQ(FailureOf(conn), "");
+}
+
+TEST(Connect, KnowsInATransactionWhyTheFirstStatementFailed)
+{
+    CAConnect conn;
+    conn.Open("sqlite::memory:");
+    Raised([&] { conn.Execute("DROP TABLE before"); });
+    conn.BeginTrans();
+    EXPECT_EQ(FailureOf(conn), "");
+    Raised([&] { conn.Execute("DROP TABLE a"); });
+    conn.Execute("CREATE TABLE b (c)");
+    Raised([&] { conn.Execute("DROP TABLE d"); });
+    EXPECT_EQ(FailureOf(conn), "no such table: a");
+    conn.RollbackTrans();
+    EXPECT_EQ(FailureOf(conn), "");
+}
+
 TEST(Connect, IsClosedOnceTheEngineIsGone)
 {
     scripted::Database database;
