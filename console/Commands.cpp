@@ -561,7 +561,9 @@ int RunProgram(int count, const char* const* words, Terminal& terminal)
 {
     Exit code = RunReporting({words + 1, words + count}, terminal);
     terminal.out.flush();
-    if (!terminal.out) {
+    if (!terminal.out && terminal.outIsClosed()) {
+        code = Exit::failed;
+    } else if (!terminal.out) {
         code = Reported(Exit::failed, "the output could not be written in full; what the command changed stays changed",
                         terminal);
     }

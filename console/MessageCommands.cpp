@@ -212,6 +212,7 @@ Exit Sweep(const Context& context)
         context.terminal.err << "there are no orphaned attachments or receipts\n";
         return Exit::done;
     }
+    context.terminal.err << fmt::format("delete {}\n", Described(told));
     RequireConfirmation(context, fmt::format("Delete {}?", Described(told)));
     Transaction transaction(messages.Connection());
     const OrphanCounts counts = messages.CountOrphans();

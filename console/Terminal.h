@@ -12,6 +12,8 @@ struct Terminal {
     std::ostream& err;
     bool inIsTerminal;
     bool errIsTerminal;
+    /// Whether whoever read out has closed it, as `head` does when it has enough.
+    bool (*outIsClosed)() = [] { return false; };
 };
 
 } // namespace console

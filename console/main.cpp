@@ -2,10 +2,21 @@
 #include "console/FileBuffer.h"
 #include "platform/CodePage.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <iostream>
+
+namespace {
+
+bool OutIsClosed()
+{
+    pollfd out = {STDOUT_FILENO, POLLOUT, 0};
+    return poll(&out, 1, 0) == 1 && (out.revents & POLLERR) != 0;
+}
+
+} // namespace
 
 int main(int argc, char* argv[])
 {
@@ -16,6 +27,7 @@ int main(int argc, char* argv[])
     std::ios::sync_with_stdio(false);
     console::FileBuffer input(STDIN_FILENO);
     std::istream in(&input);
-    console::Terminal terminal{in, std::cout, std::cerr, isatty(STDIN_FILENO) != 0, isatty(STDERR_FILENO) != 0};
+    console::Terminal terminal{in,          std::cout, std::cerr, isatty(STDIN_FILENO) != 0, isatty(STDERR_FILENO) != 0,
+                               &OutIsClosed};
     return console::RunProgram(argc, argv, terminal);
 }

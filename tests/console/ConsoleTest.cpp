@@ -465,7 +465,7 @@ TEST_F(ConsoleTest, OutputThatIsLostIsAFailure)
     }
 }
 
-TEST_F(ConsoleTest, AClosedPipeIsAFailureAndNoSilentDeath)
+TEST_F(ConsoleTest, AClosedPipeIsAFailureOfWhichNothingIsSaid)
 {
     Init();
     std::string rows = "login\n";
@@ -479,5 +479,5 @@ TEST_F(ConsoleTest, AClosedPipeIsAFailureAndNoSilentDeath)
         ChildProcess shell("/bin/sh", {"-c", line}, m_options);
         return shell.Finish();
     }();
-    EXPECT_THAT(result.err, AllOf(HasSubstr("qvadmin: the output could not be written"), HasSubstr("ended with 1\n")));
+    EXPECT_EQ(result.err, "ended with 1\n");
 }
