@@ -275,6 +275,9 @@ public:
 
     Exit Run()
     {
+        if (m_options.dryRun) {
+            RefuseIfNotWritable();
+        }
         while (!m_atEnd && !Interrupt::Requested()) {
             const std::vector<Row> rows = ReadBatch();
             ApplyAll(rows);

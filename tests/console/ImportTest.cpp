@@ -129,6 +129,13 @@ TEST_F(ImportTest, ADryRunChangesNothing)
     EXPECT_EQ(Count(), 0);
 }
 
+TEST_F(ImportTest, ADryRunFindsADatabaseThatCannotBeWritten)
+{
+    const ChildResult result = Run({"--db", DatabaseUrl() + "?mode=ro", "user", "import", kPeople, "--dry-run"});
+    EXPECT_EQ(result.exit, 6);
+    EXPECT_THAT(result.err, HasSubstr("readonly"));
+}
+
 TEST_F(ImportTest, BadRowsStopNothing)
 {
     const ChildResult result = Import({kMistakes, "--result", "out.csv"});
