@@ -81,8 +81,14 @@ std::string DataDirectory()
     return std::string(home) + "/.local/share";
 }
 
+// A text with a = or an @ may be a connection string or a URL with a password in it, whose scheme has been forgotten.
 std::string WithScheme(const std::string& url, std::string_view source)
 {
+    if (!HasScheme(url) && url.find_first_of("=@") != std::string::npos) {
+        throw Refusal(Exit::usage, fmt::format("{} names no kind of database; a URL begins with one, such as odbc: or "
+                                               "sqlite:",
+                                               source));
+    }
     if (!HasScheme(url)) {
         throw Refusal(Exit::usage, fmt::format("{} {} names no kind of database; write sqlite:{} for a file", source,
                                                Quoted(url), url.empty() ? "PATH" : Visible(url)));
@@ -121,23 +127,35 @@ void HideUserPassword(std::string& url)
     }
 }
 
+// Where a word stands in a text, in any case; npos when it does not.
+std::size_t Find(std::string_view text, std::string_view lowerWord, std::size_t from = 0)
+{
+    const auto sameLetter = [](unsigned char a, unsigned char b) { return std::tolower(a) == b; };
+    const std::string_view rest = text.substr(from);
+    const auto* found = std::search(rest.begin(), rest.end(), lowerWord.begin(), lowerWord.end(), sameLetter);
+    return found == rest.end() ? std::string_view::npos : from + static_cast<std::size_t>(found - rest.begin());
+}
+
 // "password=..." or "PWD=..." up to the next ; or &.
 void HideNamedPassword(std::string& url, std::string_view name)
 {
-    const auto sameLetter = [](unsigned char a, unsigned char b) { return std::tolower(a) == b; };
-    auto found = std::search(url.begin(), url.end(), name.begin(), name.end(), sameLetter);
-    while (found != url.end()) {
-        const auto begin = static_cast<std::size_t>(found - url.begin()) + name.size();
+    for (std::size_t found = Find(url, name); found != std::string::npos;) {
+        const std::size_t begin = found + name.size();
         url.replace(begin, std::min(url.find_first_of(";&", begin), url.size()) - begin, "***");
-        found = std::search(url.begin() + static_cast<std::ptrdiff_t>(begin), url.end(), name.begin(), name.end(),
-                            sameLetter);
+        found = Find(url, name, begin);
     }
 }
 
-bool Names(std::string_view text, std::string_view lowerWord)
+// Whether a text speaks of a password, other than by the option that names only its file.
+bool NamesPassword(std::string_view text)
 {
-    const auto sameLetter = [](unsigned char a, unsigned char b) { return std::tolower(a) == b; };
-    return std::search(text.begin(), text.end(), lowerWord.begin(), lowerWord.end(), sameLetter) != text.end();
+    constexpr std::string_view kFile = "password-file=";
+    std::string rest(text);
+    const std::size_t file = rest.find(kFile);
+    if (file != std::string::npos && file > 0 && (rest[file - 1] == '?' || rest[file - 1] == '&')) {
+        rest.erase(file, rest.find('&', file) - file);
+    }
+    return Find(rest, "password") != std::string::npos || Find(rest, "pwd") != std::string::npos;
 }
 
 // Where the value of an ODBC keyword ends that begins here: at a ;, but not at one within {...}, where }} stands for }.
@@ -153,21 +171,19 @@ std::size_t EndOfValue(std::string_view url, std::size_t begin)
     return std::min(url.find(';', begin), url.size());
 }
 
-// "KEYWORD=VALUE;KEYWORD={VALUE}": the values of PWD and PASSWORD, and any in which such a pair stands.
+// "KEYWORD=VALUE;KEYWORD={VALUE}": the values of PWD and PASSWORD, any that speaks of one, and what has no keyword: it
+// may be the rest of a password with a ; in it.
 void HideOdbcPasswords(std::string& url)
 {
     for (std::size_t at = kOdbc.size(); at < url.size();) {
-        const std::size_t sign = std::min(url.find_first_of("=;", at), url.size());
-        const std::string_view keyword = std::string_view(url).substr(at, sign - at);
-        if (!std::string_view(url).substr(sign).starts_with('=')) {
-            at = sign + 1;
-            continue;
-        }
-        std::size_t end = EndOfValue(url, sign + 1);
-        const std::string_view value = std::string_view(url).substr(sign + 1, end - sign - 1);
-        if (Names(keyword, "pwd") || Names(keyword, "password") || Names(value, "pwd=") || Names(value, "password=")) {
-            url.replace(sign + 1, end - sign - 1, "***");
-            end = sign + 4;
+        const std::size_t sign = std::min(url.find_first_of("=;?", at), url.size());
+        const bool hasKeyword = url.substr(sign, 1) == "=";
+        const std::size_t begin = hasKeyword ? sign + 1 : at;
+        std::size_t end = hasKeyword ? EndOfValue(url, begin) : std::min(url.find(';', sign), url.size());
+        if (hasKeyword ? NamesPassword(url.substr(at, sign - at)) || NamesPassword(url.substr(begin, end - begin))
+                       : sign > at) {
+            url.replace(begin, end - begin, "***");
+            end = begin + 3;
         }
         at = end + 1;
     }

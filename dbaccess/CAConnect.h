@@ -9,7 +9,7 @@
 namespace dbaccess {
 class Cursor;
 class Session;
-}
+} // namespace dbaccess
 class CAException;
 
 /// A connection to a database. Not copyable; belongs to one thread at a time.

@@ -84,12 +84,13 @@ std::optional<Date> ParseExactDate(std::string_view text)
     return ParseEngineDate(text);
 }
 
-CString QuotedDate(const Date& date)
+CString DateText(const Date& date)
 {
-    CString literal;
-    literal.Format("'%04d-%02d-%02d %02d:%02d:%02d'", date.year, date.month, date.day, date.hour, date.minute,
-                   date.second);
-    return literal;
+    CString text;
+    text.Format("%04d-%02d-%02d %02d:%02d:%02d", date.year, date.month, date.day, date.hour, date.minute, date.second);
+    return text;
 }
+
+CString QuotedDate(const Date& date) { return "'" + DateText(date) + "'"; }
 
 } // namespace dbaccess

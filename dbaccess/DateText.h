@@ -14,7 +14,10 @@ std::optional<Date> ParseExactDate(std::string_view text);
 /// fractions of a second or a time zone behind it are passed over. None for what is no real date.
 std::optional<Date> ParseEngineDate(std::string_view text);
 
-/// The literal 'YYYY-MM-DD HH:MM:SS', quotes included.
+/// "YYYY-MM-DD HH:MM:SS".
+CString DateText(const Date& date);
+
+/// The same as a literal, quotes included.
 CString QuotedDate(const Date& date);
 
 } // namespace dbaccess

@@ -29,6 +29,18 @@ TEST(UrlTest, ATextWithoutASchemeIsRefused)
     }
 }
 
+TEST(UrlTest, ATextWithoutASchemeIsNotRepeatedWhereItMayHaveAPassword)
+{
+    for (const char* url : {"DSN=x;UID=a;PWD=secret", "//amy:secret@host/db"}) {
+        try {
+            (void)ChooseUrl(url);
+            ADD_FAILURE() << url;
+        } catch (const Refusal& refusal) {
+            EXPECT_EQ(std::string(refusal.what()).find("secret"), std::string::npos) << refusal.what();
+        }
+    }
+}
+
 TEST(UrlTest, AFileThatNamesNoModeIsNotMade)
 {
     EXPECT_EQ(WithoutCreating("sqlite:/a.db"), "sqlite:/a.db?mode=rw");
@@ -54,7 +66,14 @@ TEST(UrlTest, PasswordsAreNotShown)
     EXPECT_EQ(ShownUrl("odbc:PWD={se;cr}}et;UID=amy"), "odbc:PWD=***");
     EXPECT_EQ(ShownUrl("odbc:PWD={a;b"), "odbc:PWD=***");
     EXPECT_EQ(ShownUrl("odbc:PWD="), "odbc:PWD=***");
-    EXPECT_EQ(ShownUrl("odbc:;PWD"), "odbc:;PWD");
+    EXPECT_EQ(ShownUrl("odbc:;PWD"), "odbc:;***");
+    EXPECT_EQ(ShownUrl("odbc:people"), "odbc:***");
+    EXPECT_EQ(ShownUrl("odbc:DSN=x;PWD=se;cret;UID=amy"), "odbc:DSN=x;PWD=***;***;UID=amy");
+    EXPECT_EQ(ShownUrl("odbc:DSN=x;PWD=se;cret?kind=1"), "odbc:DSN=x;PWD=***;***");
+    EXPECT_EQ(ShownUrl("odbc:DSN=x;pqopt={password = secret}"), "odbc:DSN=x;pqopt=***");
+    EXPECT_EQ(ShownUrl("odbc:DSN=x?kind=1&password-file=/etc/password"),
+              "odbc:DSN=x?kind=1&password-file=/etc/password");
+    EXPECT_EQ(ShownUrl("odbc:DSN=x?password-file=/p&password=secret"), "odbc:DSN=***");
     EXPECT_EQ(ShownUrl("odbc:Driver={x;PWD=y};PASSWORD=secret;pqopt={user=a password=b}"),
               "odbc:Driver=***;PASSWORD=***;pqopt=***");
     EXPECT_EQ(ShownUrl("odbc:Driver={A//B};Server=tcp:h;UID=amy@h?password-file=/p&kind=1"),

@@ -260,6 +260,14 @@ TEST_P(OdbcTest, KeepsTextsOfACodePageApartFromQuotesAndBackslashes)
     }
 }
 
+TEST(OdbcValues, DoNotSwallowTheirQuoteWhereTheUrlNamesACharacterSet)
+{
+    CAConnect conn;
+    conn.Open((FreshOdbcUrl("mariadb") + ";CHARSET=gbk").c_str());
+    const std::string text = "\u4e16\\' OR 1=1 -- ";
+    EXPECT_EQ(TextOf(conn, "SELECT '" + std::string(conn.EscapeText(text.c_str())) + "'"), text);
+}
+
 // ---- Results
 
 TEST_P(OdbcTest, ReadsResultsThatAreOpenAtTheSameTime)
@@ -357,6 +365,46 @@ TEST(OdbcStreams, RaiseAnErrorWhereTheReaderComesToIt)
     }
 }
 
+/// A recordset on a row whose last column cannot be read: a large object that is not there.
+void OpenUnreadable(CARecordset& rs, CAConnect& conn)
+{
+    const std::string url = FreshOdbcUrl("postgresql");
+    conn.Open(url.c_str());
+    conn.Execute("CREATE DOMAIN lo AS oid");
+    conn.Execute("CREATE TABLE t (a INTEGER, b lo, c INTEGER)");
+    conn.Execute("INSERT INTO t VALUES (1, 4711, 3), (2, NULL, 4)");
+    conn.Open(url.c_str());
+    Open(rs, "SELECT a, b, c FROM t ORDER BY a", conn);
+}
+
+TEST(OdbcStreams, LeaveTheConnectionUsableWhenAValueCannotBeRead)
+{
+    CAConnect conn;
+    CARecordset rs;
+    ASSERT_NO_FATAL_FAILURE(OpenUnreadable(rs, conn));
+    EXPECT_STREQ(rs.GetValueToStr(1, true), "1");
+    const std::string error = RaisedWithCode([&] { rs.GetValueToStr(2, true); });
+    EXPECT_THAT(error, HasSubstr("large object"));
+    EXPECT_EQ(TextOf(conn, "SELECT 'ready'"), "ready");
+    EXPECT_STREQ(rs.GetValueToStr(1, true), "1");
+    EXPECT_EQ(RaisedWithCode([&] { rs.GetValueToStr(3, true); }), error);
+    EXPECT_EQ(RaisedWithCode([&] { rs.MoveNext(); }), error);
+}
+
+TEST(OdbcStreams, RaiseAValueThatCouldNotBeKeptWhereItIsRead)
+{
+    CAConnect conn;
+    CARecordset rs;
+    OpenUnreadable(rs, conn);
+    EXPECT_EQ(TextOf(conn, "SELECT 'between'"), "between");
+    EXPECT_EQ(TextOf(conn, "SELECT 'ready'"), "ready");
+    EXPECT_STREQ(rs.GetValueToStr(1, true), "1");
+    for (const long column : {2, 3}) {
+        EXPECT_THAT(RaisedWithCode([&] { rs.GetValueToStr(column, true); }), HasSubstr("large object"));
+    }
+    EXPECT_THAT(RaisedWithCode([&] { rs.MoveNext(); }), HasSubstr("large object"));
+}
+
 // ---- Statements
 
 TEST_P(OdbcTest, RunsNothingOfATextThatHoldsASecondStatement)
@@ -371,50 +419,76 @@ TEST_P(OdbcTest, RunsNothingOfATextThatHoldsASecondStatement)
     }
 }
 
+/// The one statement of a text as it is run, or "refused".
+std::string One(Dialect dialect, const std::string& text)
+{
+    std::string statement;
+    const std::string raised = Raised([&] { statement = std::string(dbaccess::odbc::OneStatement(text, dialect)); });
+    return raised == kNothingRaised ? statement : "refused";
+}
+
 TEST(OdbcStatements, AreReadByTheEnginesRules)
 {
-    using dbaccess::odbc::OneStatement;
-    const auto one = [](Dialect dialect, const char* text) {
-        std::string statement;
-        const std::string raised = Raised([&] { statement = std::string(OneStatement(text, dialect)); });
-        return raised == kNothingRaised ? statement : "refused";
-    };
     const auto all = {Dialect::access, Dialect::sqlServer, Dialect::postgresql,
                       Dialect::mysql,  Dialect::sqlite,    Dialect::other};
     for (const Dialect dialect : all) {
-        EXPECT_EQ(one(dialect, " SELECT ';' ; \n;"), " SELECT ';' ");
-        EXPECT_EQ(one(dialect, "SELECT 'a''b;c' , \";\""), "SELECT 'a''b;c' , \";\"");
-        EXPECT_EQ(one(dialect, "SELECT 1; x"), "refused");
-        EXPECT_EQ(one(dialect, "; SELECT 1"), "refused");
+        EXPECT_EQ(One(dialect, " \n SELECT ';' ; \n;"), "SELECT ';' ");
+        EXPECT_EQ(One(dialect, "SELECT 'a''b;c' , \";\""), "SELECT 'a''b;c' , \";\"");
+        EXPECT_EQ(One(dialect, "SELECT 1; x"), "refused");
+        EXPECT_EQ(One(dialect, "; SELECT 1"), "refused");
         const bool escapes = dialect == Dialect::mysql;
-        EXPECT_EQ(one(dialect, "SELECT 'a\\'; DROP TABLE t; -- '"),
+        EXPECT_EQ(One(dialect, "SELECT 'a\\'; DROP TABLE t; -- '"),
                   escapes ? "SELECT 'a\\'; DROP TABLE t; -- '" : "refused");
-        EXPECT_EQ(one(dialect, "SELECT 'a\\''; DROP TABLE t; -- '"),
+        EXPECT_EQ(One(dialect, "SELECT 'a\\''; DROP TABLE t; -- '"),
                   escapes ? "refused" : "SELECT 'a\\''; DROP TABLE t; -- '");
     }
-    EXPECT_EQ(one(Dialect::postgresql, "SELECT E'a\\'; b'"), "SELECT E'a\\'; b'");
-    EXPECT_EQ(one(Dialect::postgresql, "SELECT name'a\\'; b'"), "refused");
-    EXPECT_EQ(one(Dialect::postgresql, "SELECT $$;$$, $a$;$$;$a$"), "SELECT $$;$$, $a$;$$;$a$");
-    EXPECT_EQ(one(Dialect::postgresql, "SELECT a$b$;c$b$"), "refused");
-    EXPECT_EQ(one(Dialect::postgresql, "/* /* ; */ ; */ SELECT 1"), "/* /* ; */ ; */ SELECT 1");
-    EXPECT_EQ(one(Dialect::postgresql, "CREATE RULE r AS ON DELETE TO t DO (SELECT 1; SELECT 2)"),
+    EXPECT_EQ(One(Dialect::postgresql, "SELECT E'a\\'; b'"), "SELECT E'a\\'; b'");
+    EXPECT_EQ(One(Dialect::postgresql, "SELECT name'a\\'; b'"), "refused");
+    EXPECT_EQ(One(Dialect::postgresql, "SELECT $$;$$, $a$;$$;$a$"), "SELECT $$;$$, $a$;$$;$a$");
+    EXPECT_EQ(One(Dialect::postgresql, "SELECT a$b$;c$b$"), "refused");
+    EXPECT_EQ(One(Dialect::postgresql, "/* /* ; */ ; */ SELECT 1"), "SELECT 1");
+    EXPECT_EQ(One(Dialect::postgresql, "SELECT 1 --\r; DELETE FROM t"), "refused");
+    EXPECT_EQ(One(Dialect::sqlite, "SELECT 1 --\r; DELETE FROM t"), "SELECT 1 --\r; DELETE FROM t");
+    EXPECT_EQ(One(Dialect::postgresql, "DO LANGUAGE $$plpgsql$$E'begin end --\\' ' ; DELETE FROM t; --'"), "refused");
+    EXPECT_EQ(One(Dialect::postgresql, "SELECT $$a$$$$b$$; DELETE FROM t; --$$"), "refused");
+    EXPECT_EQ(One(Dialect::postgresql, "SELECT E'a' -- goes on\n'\\'' ; DELETE FROM t; --'"), "refused");
+    EXPECT_EQ(One(Dialect::postgresql, "SELECT E'a', '\\', ' ; '"), "SELECT E'a', '\\', ' ; '");
+    EXPECT_EQ(One(Dialect::postgresql, "CREATE RULE r AS ON DELETE TO t DO (SELECT 1; SELECT 2)"),
               "CREATE RULE r AS ON DELETE TO t DO (SELECT 1; SELECT 2)");
-    EXPECT_EQ(one(Dialect::sqlServer, "SELECT [a;]]b;], $x$;"), "SELECT [a;]]b;], $x$");
-    EXPECT_EQ(one(Dialect::sqlServer, "SELECT [a]]; DROP TABLE t; --]"), "SELECT [a]]; DROP TABLE t; --]");
-    EXPECT_EQ(one(Dialect::sqlite, "SELECT [a]]; DROP TABLE t; --]"), "refused");
-    EXPECT_EQ(one(Dialect::sqlite, "SELECT /* /* */ 1; -- */"), "SELECT /* /* */ 1");
-    EXPECT_EQ(one(Dialect::mysql, "SELECT `a;``;` -- ;\n, 1 # ;"), "SELECT `a;``;` -- ;\n, 1 # ;");
-    EXPECT_EQ(one(Dialect::mysql, "SELECT 1--2; DROP TABLE t"), "refused");
-    EXPECT_EQ(one(Dialect::mysql, "SELECT 1 /*! ; DROP TABLE t */"), "refused");
-    EXPECT_EQ(one(Dialect::mysql, "SELECT 1; # nothing"), "SELECT 1");
-    EXPECT_EQ(one(Dialect::access, "SELECT `a;b`, [c;d], '--'; --"), "refused");
-    EXPECT_EQ(one(Dialect::postgresql, "SELECT `; DROP TABLE t; `"), "refused");
-    for (const Dialect dialect : {Dialect::mysql, Dialect::sqlite}) {
-        const char* trigger = "CREATE TRIGGER r BEFORE DELETE ON t BEGIN SELECT 1; SELECT 2; END";
-        EXPECT_EQ(one(dialect, trigger), trigger);
-    }
+    EXPECT_EQ(One(Dialect::sqlServer, "SELECT [a;]]b;], $x$;"), "SELECT [a;]]b;], $x$");
+    EXPECT_EQ(One(Dialect::sqlServer, "SELECT [a]]; DROP TABLE t; --]"), "SELECT [a]]; DROP TABLE t; --]");
+    EXPECT_EQ(One(Dialect::sqlite, "SELECT [a]]; DROP TABLE t; --]"), "refused");
+    EXPECT_EQ(One(Dialect::sqlite, "SELECT /* /* */ 1; -- */"), "SELECT /* /* */ 1");
+    EXPECT_EQ(One(Dialect::mysql, "SELECT `a;``;` -- ;\n, 1 # ;"), "SELECT `a;``;` -- ;\n, 1 # ;");
+    EXPECT_EQ(One(Dialect::mysql, "SELECT 1--2; DROP TABLE t"), "refused");
+    EXPECT_EQ(One(Dialect::mysql, "SELECT 1 /*! ; DROP TABLE t */"), "refused");
+    EXPECT_EQ(One(Dialect::mysql, "SELECT 1; # nothing"), "SELECT 1");
+    EXPECT_EQ(One(Dialect::access, "SELECT `a;b`, [c;d], '--'; --"), "refused");
+    EXPECT_EQ(One(Dialect::postgresql, "SELECT `; DROP TABLE t; `"), "refused");
     for (const Dialect dialect : all) {
-        EXPECT_EQ(one(dialect, " "), "refused");
+        EXPECT_EQ(One(dialect, " "), "refused");
+    }
+}
+
+TEST(OdbcStatements, HaveSemicolonsInTheirBodiesAndNothingBehindThem)
+{
+    const std::string trigger =
+        "CREATE TRIGGER r BEFORE DELETE ON t BEGIN SELECT ';END;'; SELECT CASE 1 WHEN 1 THEN 2 END; "
+        "/* ; */ end";
+    for (const Dialect dialect : {Dialect::mysql, Dialect::sqlite}) {
+        EXPECT_EQ(One(dialect, trigger), trigger);
+        EXPECT_EQ(One(dialect, "CREATE TABLE event_log (a INTEGER); DELETE FROM t"), "refused");
+        EXPECT_EQ(One(dialect, "CREATE TABLE t (a INTEGER) /* trigger */; DELETE FROM t"), "refused");
+        EXPECT_EQ(One(dialect, "CREATE TABLE trigger (event INTEGER); DELETE FROM t"), "refused");
+    }
+    EXPECT_EQ(One(Dialect::sqlite, " create /* ; */ Temporary TRIGGER r AFTER INSERT ON t BEGIN SELECT 1; END;\n-- so"),
+              "create /* ; */ Temporary TRIGGER r AFTER INSERT ON t BEGIN SELECT 1; END");
+    EXPECT_EQ(One(Dialect::sqlite, trigger + "; DELETE FROM t"), "refused");
+    EXPECT_EQ(One(Dialect::sqlite, trigger + "; END"), "refused");
+    EXPECT_EQ(One(Dialect::sqlite, "CREATE PROCEDURE p() BEGIN SELECT 1; END"), "refused");
+    for (const std::string front : {"CREATE DEFINER = `a`@'b' TRIGGER r", "CREATE OR REPLACE PROCEDURE p()",
+                                    "/*!50003 CREATE*/ /*!50017 DEFINER=`a`@`b`*/ FUNCTION f()", "CREATE EVENT e"}) {
+        EXPECT_EQ(One(Dialect::mysql, front + " BEGIN SELECT 1; END"), front + " BEGIN SELECT 1; END");
     }
 }
 
@@ -442,6 +516,19 @@ TEST_P(OdbcTest, TakesStatementsWithABodyOfSeveral)
     EXPECT_EQ(TextOf("SELECT COUNT(*) FROM u"), "0");
 }
 
+TEST(OdbcStatements, BehindABodyAreNotRun)
+{
+    CAConnect conn;
+    conn.Open(FreshOdbcUrl("sqlite").c_str());
+    conn.Execute("CREATE TABLE t (a INTEGER)");
+    conn.Execute("INSERT INTO t VALUES (1)");
+    for (const char* sql : {"CREATE TABLE event_log (a INTEGER); DELETE FROM t",
+                            "CREATE TRIGGER r AFTER INSERT ON t BEGIN SELECT 1; END; DELETE FROM t"}) {
+        EXPECT_EQ(RaisedWithCode([&] { conn.Execute(sql); }), kSecond) << sql;
+        EXPECT_EQ(TextOf(conn, "SELECT COUNT(*) FROM t"), "1") << sql;
+    }
+}
+
 TEST(OdbcStatements, OfAProcedureWithSeveralResultsGiveTheFirst)
 {
     CAConnect conn;
@@ -458,7 +545,8 @@ TEST(OdbcStatements, CopyNothingFromAndToTheClient)
     CAConnect conn;
     conn.Open(FreshOdbcUrl("postgresql").c_str());
     conn.Execute("CREATE TABLE t (a INTEGER)");
-    for (const char* sql : {"COPY t FROM STDIN", "COPY t TO STDOUT"}) {
+    for (const char* sql :
+         {"COPY t TO STDOUT", " COPY t TO STDOUT", "/* c */\ncopy t To/**/Stdout", "COPY t FROM STDIN"}) {
         EXPECT_EQ(RaisedWithCode([&] { conn.Execute(sql); }), "COPY from and to the client is not supported []");
     }
 }
@@ -468,7 +556,9 @@ TEST_P(OdbcTest, CountsRowsThatAnUpdateFindsNotRowsThatItMakesDifferent)
     m_conn.Execute("CREATE TABLE t (a INTEGER)");
     m_conn.Execute("INSERT INTO t VALUES (1)");
     EXPECT_EQ(m_conn.Execute("UPDATE t SET a = 1"), 1);
+    EXPECT_EQ(m_conn.Execute(" \n/* c */ UPDATE t SET a = 1"), 1);
     EXPECT_EQ(m_conn.Execute("SELECT a FROM t"), 0);
+    EXPECT_EQ(m_conn.Execute("WITH n AS (SELECT a FROM t) SELECT a FROM n"), 0);
     EXPECT_EQ(m_conn.Execute("UPDATE t SET a = 2 WHERE a = 9"), 0);
     EXPECT_EQ(m_conn.Execute("INSERT INTO t SELECT a FROM t WHERE a = 9"), 0);
 }
@@ -690,9 +780,9 @@ TEST(OdbcConnectionString, IsReadWithItsBraces)
     using dbaccess::odbc::ConnectionString;
     const ConnectionString string(" Driver = {a;b}}c} ; PWD={=};;Uid=x y;Empty=");
     EXPECT_TRUE(string.IsWellFormed());
-    EXPECT_EQ(string.Value({"DRIVER"}), "a;b}c");
-    EXPECT_EQ(string.Value({"PASSWORD", "PWD"}), "=");
-    EXPECT_EQ(string.Value({"uid"}), "x y");
+    EXPECT_EQ(string.Value("DRIVER"), "a;b}c");
+    EXPECT_EQ(string.Value("PWD"), "=");
+    EXPECT_EQ(string.Value("uid"), "x y");
     EXPECT_TRUE(string.Has("empty"));
     EXPECT_FALSE(string.Has("a"));
     for (const char* text : {"", ";", "people", "=x", "DSN=x;y", "DSN={x};y"}) {

@@ -1,6 +1,7 @@
 #include "dbaccess/drivers/odbc/Connection.h"
 
 #include "dbaccess/CAException.h"
+#include "dbaccess/drivers/odbc/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -42,14 +43,32 @@ Environment NewEnvironment()
     return environment;
 }
 
-std::string WithoutSecret(std::string text, const std::string& secret)
+void Hide(std::string& message, const std::string& secret)
 {
     constexpr std::string_view kHidden = "***";
-    for (std::size_t at = secret.empty() ? std::string::npos : text.find(secret); at != std::string::npos;
-         at = text.find(secret, at + kHidden.size())) {
-        text.replace(at, secret.size(), kHidden);
+    for (std::size_t at = message.find(secret); at != std::string::npos;
+         at = message.find(secret, at + kHidden.size())) {
+        message.replace(at, secret.size(), kHidden);
     }
-    return text;
+}
+
+bool IsPasswordsName(std::string_view text) { return Mentions(text, "password") || Mentions(text, "pwd"); }
+
+// Without the passwords of the connection string. A message is left out where they cannot be found for certain: within
+// the value of another keyword, or so short that what is hidden would tell them.
+std::string WithoutSecrets(std::string message, const ConnectionString& string)
+{
+    constexpr std::size_t kShort = 4;
+    for (const auto& [keyword, value] : string.Attributes()) {
+        const bool isPassword = IsPasswordsName(keyword);
+        if (isPassword ? !value.empty() && value.size() < kShort : IsPasswordsName(value)) {
+            return "the ODBC driver's message could show the password and is left out";
+        }
+        if (isPassword && !value.empty()) {
+            Hide(message, value);
+        }
+    }
+    return message;
 }
 
 bool GivesRows(SQLHSTMT statement)
@@ -61,14 +80,15 @@ bool GivesRows(SQLHSTMT statement)
 // PostgreSQL's driver would wait for ever for rows that nobody sends or takes.
 void RefuseCopy(std::string_view text, Dialect dialect)
 {
-    const bool isCopy = dialect == Dialect::postgresql && BeginsWithOneOf(text, "copy");
-    if (isCopy && (Mentions(text, "stdin") || Mentions(text, "stdout"))) {
+    const bool isCopy = dialect == Dialect::postgresql && BeginsWithOneOf(text, dialect, {"copy"});
+    if (isCopy && HasWord(text, dialect, {"stdin", "stdout"})) {
         throw CAException("COPY from and to the client is not supported");
     }
 }
 
 // So that statements mean what they say, whatever the server's presets are. SQL Server reads 2013-05-07 by its login's
-// language otherwise.
+// language otherwise. In a character set whose second bytes can be backslashes MySQL would find other quotes than were
+// escaped.
 std::vector<std::string_view> SettingsOf(Dialect dialect)
 {
     switch (dialect) {
@@ -76,7 +96,8 @@ std::vector<std::string_view> SettingsOf(Dialect dialect)
         return {"SET client_encoding TO 'UTF8'", "SET standard_conforming_strings TO on",
                 "SET extra_float_digits TO 3"};
     case Dialect::mysql:
-        return {"SET SESSION sql_mode='STRICT_TRANS_TABLES,ERROR_FOR_DIVISION_BY_ZERO,NO_ENGINE_SUBSTITUTION'"};
+        return {"SET SESSION sql_mode='STRICT_TRANS_TABLES,ERROR_FOR_DIVISION_BY_ZERO,NO_ENGINE_SUBSTITUTION'",
+                "SET character_set_client=utf8mb4, character_set_connection=utf8mb4, character_set_results=utf8mb4"};
     case Dialect::sqlServer:
         return {"SET DATEFORMAT ymd"};
     default:
@@ -90,7 +111,7 @@ std::vector<std::string_view> SettingsOf(Dialect dialect)
 Connection::Connection(const ConnectionString& string) : m_environment(NewEnvironment())
 {
     ConnectionString wished = string;
-    const bool isKnown = AddSettings(wished, wished.Value({"Driver"}));
+    const bool isKnown = AddSettings(wished, wished.Value("Driver"));
     Connect(wished);
     if (!isKnown && AddSettings(wished, Info(SQL_DRIVER_NAME)) && wished.Text() != string.Text()) {
         SQLDisconnect(m_handle.get());
@@ -116,7 +137,7 @@ void Connection::Connect(const ConnectionString& string)
     if (!SQL_SUCCEEDED(SQLDriverConnect(m_handle.get(), nullptr, Bytes(string.Text()), SQL_NTS, nullptr, 0, nullptr,
                                         SQL_DRIVER_NOPROMPT))) {
         Failure failure = LastFailure(SQL_HANDLE_DBC, m_handle.get());
-        failure.message = WithoutSecret(std::move(failure.message), string.Value({"PWD", "PASSWORD"}));
+        failure.message = WithoutSecrets(std::move(failure.message), string);
         throw failure.Exception("cannot connect");
     }
     m_connected = true;
@@ -140,11 +161,13 @@ void Connection::Prepare()
 std::int64_t Connection::Execute(std::string_view text)
 {
     const Statement statement = Run(text);
+    const bool givesRows = GivesRows(statement.get());
     SQLLEN rows = 0;
-    if (BeginsWithOneOf(text, "insert update delete merge replace with")) {
+    if (BeginsWithOneOf(text, m_dialect, {"insert", "update", "delete", "merge", "replace"}) ||
+        (!givesRows && BeginsWithOneOf(text, m_dialect, {"with"}))) {
         SQLRowCount(statement.get(), &rows);
     }
-    if (GivesRows(statement.get())) {
+    if (givesRows) {
         while (Fetch(statement.get())) {
         }
     }
@@ -277,6 +300,12 @@ void Connection::Fail(SQLHSTMT statement)
     const Failure failure = LastFailure(SQL_HANDLE_STMT, statement);
     m_arriving = nullptr;
     NoteFailure(failure);
+    SQLFreeStmt(statement, SQL_CLOSE);
+    if (m_dialect == Dialect::postgresql && !m_inTransaction) {
+        // The driver leaves the transaction open that it read the rows in.
+        const auto rollback = NewHandle<Statement>(SQL_HANDLE_STMT, m_handle.get());
+        SQLExecDirect(rollback.get(), Bytes("ROLLBACK"), SQL_NTS);
+    }
     throw failure.Exception();
 }
 
@@ -309,8 +338,8 @@ void Connection::EndSqliteTransaction(SQLSMALLINT how)
     m_transactionLost = false;
     try {
         Execute(how == SQL_COMMIT ? "COMMIT" : "ROLLBACK");
-    } catch (const CAException&) {
-        if (!mayBeOverAlready) {
+    } catch (const CAException& e) {
+        if (!mayBeOverAlready || !Mentions(e.GetErrorText().GetString(), "no transaction is active")) {
             throw;
         }
     }
@@ -323,7 +352,11 @@ void Connection::EndAnyTransaction(SQLSMALLINT how)
         NoteFailure(failure);
         throw failure.Exception();
     }
-    SetAutocommit(true);
+    try {
+        SetAutocommit(true);
+    } catch (const CAException&) {
+        m_alive = false; // the transaction has ended as was asked for, but what follows would not be kept
+    }
 }
 
 } // namespace dbaccess::odbc

@@ -65,7 +65,7 @@ public:
     void Arrived(SQLHSTMT statement);
     /// Ends a result whose rows were not all fetched, or could not be.
     void Abandon(SQLHSTMT statement) noexcept;
-    /// Raises what a statement failed with.
+    /// Closes a statement and raises what it failed with.
     [[noreturn]] void Fail(SQLHSTMT statement);
 
     void Begin();

@@ -1,5 +1,7 @@
 #include "dbaccess/drivers/odbc/ConnectionString.h"
 
+#include "dbaccess/drivers/odbc/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -8,29 +10,40 @@ namespace dbaccess::odbc {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
-
-char Lower(char ch) { return ch >= 'A' && ch <= 'Z' ? static_cast<char>(ch + ('a' - 'A')) : ch; }
-
-bool EqualIgnoringCase(std::string_view a, std::string_view b) { return std::ranges::equal(a, b, {}, Lower, Lower); }
-
-std::string_view WithoutBlanksAround(std::string_view text)
-{
-    text.remove_prefix(std::min(text.size(), text.find_first_not_of(kBlanks)));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
-// "{...}", in which "}}" stands for "}". @return what stands behind it.
-std::string_view ReadBraces(std::string_view text, std::string& value)
+// Passes over "{...}", in which "}}" stands for "}". @return whether it is closed.
+bool ReadBraces(std::string_view& text, std::string& value)
 {
     for (std::size_t i = 1; i < text.size(); ++i) {
         if (text[i] == '}' && !text.substr(i + 1).starts_with('}')) {
-            return text.substr(i + 1);
+            text.remove_prefix(i + 1);
+            return true;
         }
         i += text[i] == '}' ? 1 : 0;
         value += text[i];
     }
-    return {};
+    text = {};
+    return false;
+}
+
+// FreeTDS takes "}}" for two; it needs no braces but for these.
+std::string WrittenForFreetds(std::string_view value)
+{
+    const bool isPlain = value.find(';') == std::string_view::npos && !value.starts_with('{') &&
+                         WithoutBlanksAround(value).size() == value.size();
+    return isPlain ? std::string(value) : "{" + std::string(value) + "}";
+}
+
+// PostgreSQL's driver takes + and % for codes outside of braces.
+std::string Written(std::string_view value)
+{
+    if (!value.empty() && value.find_first_of("[]{}(),;?*=!@+% \t") == std::string_view::npos) {
+        return std::string(value);
+    }
+    std::string written = "{";
+    for (const char ch : value) {
+        written += ch == '}' ? std::string("}}") : std::string(1, ch);
+    }
+    return written + "}";
 }
 
 struct Setting {
@@ -69,7 +82,8 @@ void ConnectionString::Read()
         rest.remove_prefix(std::min(rest.size(), end + 1));
         const std::size_t begin = std::min(rest.find_first_not_of(kBlanks), rest.size());
         if (hasValue && rest.substr(begin).starts_with('{')) {
-            rest = ReadBraces(rest.substr(begin), attribute.value);
+            rest.remove_prefix(begin);
+            m_wellFormed = ReadBraces(rest, attribute.value) && m_wellFormed;
         }
         if (hasValue) {
             const std::size_t next = std::min(rest.find(';'), rest.size());
@@ -84,35 +98,29 @@ void ConnectionString::Read()
     m_wellFormed = m_wellFormed && !m_attributes.empty();
 }
 
-std::string ConnectionString::Value(std::initializer_list<std::string_view> keywords) const
+const ConnectionString::Attribute* ConnectionString::Find(std::string_view keyword) const
 {
-    const auto found = std::ranges::find_if(m_attributes, [keywords](const Attribute& attribute) {
-        return std::ranges::any_of(
-            keywords, [&](std::string_view keyword) { return EqualIgnoringCase(attribute.keyword, keyword); });
-    });
-    return found == m_attributes.end() ? std::string() : found->value;
+    const auto found = std::ranges::find_if(
+        m_attributes, [keyword](const Attribute& attribute) { return EqualIgnoringCase(attribute.keyword, keyword); });
+    return found == m_attributes.end() ? nullptr : &*found;
 }
 
-bool ConnectionString::Has(std::string_view keyword) const
+std::string ConnectionString::Value(std::string_view keyword) const
 {
-    return std::ranges::any_of(
-        m_attributes, [keyword](const Attribute& attribute) { return EqualIgnoringCase(attribute.keyword, keyword); });
+    const Attribute* attribute = Find(keyword);
+    return attribute == nullptr ? std::string() : attribute->value;
 }
+
+bool ConnectionString::Has(std::string_view keyword) const { return Find(keyword) != nullptr; }
 
 void ConnectionString::Add(std::string_view keyword, std::string_view value)
 {
-    std::string written(value);
-    if (value.empty() || value.find_first_of("[]{}(),;?*=!@ \t") != std::string_view::npos) {
-        written = "{";
-        for (const char ch : value) {
-            written += ch == '}' ? std::string("}}") : std::string(1, ch);
-        }
-        written += '}';
-    }
+    const std::string driver = Value("Driver");
+    const bool isFreetds = Mentions(driver, "freetds") || Mentions(driver, "tdsodbc");
     if (!WithoutBlanksAround(m_text).ends_with(';')) {
         m_text += ';';
     }
-    m_text.append(keyword).append("=").append(written);
+    m_text.append(keyword).append("=").append(isFreetds ? WrittenForFreetds(value) : Written(value));
     m_attributes.push_back({std::string(keyword), std::string(value)});
 }
 
@@ -129,12 +137,6 @@ bool AddSettings(ConnectionString& string, std::string_view driver)
         }
     }
     return true;
-}
-
-bool Mentions(std::string_view text, std::string_view lowerWord)
-{
-    const auto sameLetter = [](char a, char b) { return Lower(a) == b; };
-    return std::search(text.begin(), text.end(), lowerWord.begin(), lowerWord.end(), sameLetter) != text.end();
 }
 
 } // namespace dbaccess::odbc

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,22 +9,25 @@ namespace dbaccess::odbc {
 /// An ODBC connection string, "KEYWORD=VALUE;KEYWORD={VALUE};...", in UTF-8. Keywords are the same in any case.
 class ConnectionString {
 public:
+    struct Attribute {
+        std::string keyword;
+        std::string value; // without its braces
+    };
+
     explicit ConnectionString(std::string text);
 
     [[nodiscard]] const std::string& Text() const noexcept { return m_text; }
     /// Whether the text is a list of keywords with values.
     [[nodiscard]] bool IsWellFormed() const noexcept { return m_wellFormed; }
-    /// The value of the first of these keywords that is there, without its braces; empty without one.
-    [[nodiscard]] std::string Value(std::initializer_list<std::string_view> keywords) const;
+    [[nodiscard]] const std::vector<Attribute>& Attributes() const noexcept { return m_attributes; }
+    /// A keyword's first value, without its braces; empty without one.
+    [[nodiscard]] std::string Value(std::string_view keyword) const;
     [[nodiscard]] bool Has(std::string_view keyword) const;
-    /// Adds a keyword, with braces around its value where it needs them.
+    /// Adds a keyword, with braces around its value where it needs them, as the driver reads it that the string names.
     void Add(std::string_view keyword, std::string_view value);
 
 private:
-    struct Attribute {
-        std::string keyword;
-        std::string value;
-    };
+    [[nodiscard]] const Attribute* Find(std::string_view keyword) const;
     void Read();
 
     std::string m_text;
@@ -38,8 +40,5 @@ private:
 /// @param driver  the driver by its registered name or its file, as far as it is known.
 /// @return whether the driver is one that something is known of.
 bool AddSettings(ConnectionString& string, std::string_view driver);
-
-/// Whether a text holds a word, in any case. @param lowerWord  in lower case.
-bool Mentions(std::string_view text, std::string_view lowerWord);
 
 } // namespace dbaccess::odbc

@@ -1,11 +1,14 @@
 #include "dbaccess/drivers/odbc/Cursor.h"
 
+#include "dbaccess/DateText.h"
+#include "dbaccess/drivers/odbc/Text.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace dbaccess::odbc {
@@ -63,17 +66,28 @@ Value NumberValue(std::string_view text)
     return real ? RealValue(*real) : TextValue(text);
 }
 
+// Of MySQL: the first byte is the highest.
+std::int64_t IntegerOfBits(std::string_view bytes)
+{
+    std::uint64_t number = 0;
+    for (const char byte : bytes) {
+        number = number << 8U | static_cast<unsigned char>(byte);
+    }
+    return static_cast<std::int64_t>(number);
+}
+
 // Engines whose columns of dates can hold what is no date, or whose texts of dates are the ones that are wanted.
 bool GivesDatesAsText(Dialect dialect)
 {
     return dialect == Dialect::sqlite || dialect == Dialect::mysql || dialect == Dialect::postgresql;
 }
 
+// SQLite's columns hold values of any type, which are read as what they look like.
 Shape ShapeOf(SQLSMALLINT type, Dialect dialect)
 {
     switch (type) {
     case SQL_BIT:
-        return Shape::bit;
+        return dialect == Dialect::sqlite ? Shape::number : Shape::bit;
     case SQL_TINYINT:
     case SQL_SMALLINT:
     case SQL_INTEGER:
@@ -84,7 +98,7 @@ Shape ShapeOf(SQLSMALLINT type, Dialect dialect)
         return Shape::number;
     case SQL_FLOAT:
     case SQL_DOUBLE:
-        return Shape::real;
+        return dialect == Dialect::sqlite ? Shape::number : Shape::real;
     case SQL_TYPE_DATE:
         return GivesDatesAsText(dialect) ? Shape::text : Shape::day;
     case SQL_DATETIME:
@@ -179,7 +193,12 @@ void Rows::Open()
 {
     m_statement = m_connection->Open(m_sql, *this);
     m_arriving = m_statement != nullptr;
-    Describe();
+    try {
+        Describe();
+    } catch (...) {
+        End();
+        throw;
+    }
 }
 
 void Rows::Describe()
@@ -199,9 +218,23 @@ void Rows::Describe()
         SQLDescribeCol(m_statement.get(), static_cast<SQLUSMALLINT>(i), name.data(),
                        static_cast<SQLSMALLINT>(name.size()), &length, &type, &size, &digits, &nullable);
         m_columns.push_back(
-            {TextValue(reinterpret_cast<const char*>(name.data())).text, ShapeOf(type, m_connection->Engine())});
+            {TextValue(reinterpret_cast<const char*>(name.data())).text, ShapeAt(static_cast<SQLUSMALLINT>(i), type)});
     }
     m_row.resize(m_columns.size());
+}
+
+// MySQL's BIT of several bits is described as binary.
+Shape Rows::ShapeAt(SQLUSMALLINT number, SQLSMALLINT type) const
+{
+    const Shape shape = ShapeOf(type, m_connection->Engine());
+    if (shape != Shape::bytes || m_connection->Engine() != Dialect::mysql) {
+        return shape;
+    }
+    std::array<char, 64> name{};
+    SQLSMALLINT length = 0;
+    SQLColAttribute(m_statement.get(), number, SQL_DESC_TYPE_NAME, name.data(), static_cast<SQLSMALLINT>(name.size()),
+                    &length, nullptr);
+    return EqualIgnoringCase(name.data(), "bit") ? Shape::bits : shape;
 }
 
 void Rows::End() noexcept
@@ -223,15 +256,16 @@ void Rows::Restart()
 
 bool Rows::Step()
 {
-    m_hasRow = false;
-    if (m_kept) {
-        m_hasRow = m_kept->Next(m_row);
-        if (!m_hasRow && m_failure) {
-            throw CAException(*m_failure);
-        }
-        return m_hasRow;
+    m_hasRow = m_kept && m_kept->Next(m_row);
+    if (m_hasRow) {
+        m_fetched = m_columns.size();
+        return true;
+    }
+    if (m_failure) {
+        throw CAException(*m_failure);
     }
     if (m_arriving) {
+        m_fetched = 0;
         m_hasRow = Fetch();
     }
     return m_hasRow;
@@ -240,7 +274,6 @@ bool Rows::Step()
 // @return whether there was one more row. From the end on, as after a failure, the connection is free.
 bool Rows::Fetch()
 {
-    m_fetched = 0;
     m_arriving = false;
     if (!m_connection->Fetch(m_statement.get())) {
         m_connection->Arrived(m_statement.get());
@@ -252,25 +285,24 @@ bool Rows::Fetch()
 
 void Rows::KeepRest()
 {
-    KeptRows kept;
-    std::vector<Value> current;
+    m_kept.emplace();
     try {
         if (m_hasRow) {
             FetchColumnsUpTo(m_columns.size());
-            current = m_row;
         }
+        std::vector<Value> row(m_columns.size());
         while (Fetch()) {
-            FetchColumnsUpTo(m_columns.size());
-            kept.Add(m_row);
+            for (std::size_t i = 0; i < row.size(); ++i) {
+                row[i] = FetchValue(i);
+            }
+            m_kept->Add(row);
         }
     } catch (const CAException& e) {
         m_failure = e;
+    } catch (const std::bad_alloc&) {
+        End();
+        m_failure = CAException("there is not enough memory for the rows left of a result");
     }
-    if (m_hasRow) {
-        m_row = std::move(current);
-        m_fetched = m_columns.size();
-    }
-    m_kept = std::move(kept);
 }
 
 std::string_view Rows::ColumnName(int column) const { return m_columns[static_cast<std::size_t>(column)].name.View(); }
@@ -278,9 +310,10 @@ std::string_view Rows::ColumnName(int column) const { return m_columns[static_ca
 Field Rows::Read(int column)
 {
     const auto index = static_cast<std::size_t>(column);
-    if (!m_kept) {
-        FetchColumnsUpTo(index + 1);
+    if (index >= m_fetched && m_failure) {
+        throw CAException(*m_failure);
     }
+    FetchColumnsUpTo(index + 1);
     return FieldOf(m_row[index]);
 }
 
@@ -303,11 +336,14 @@ Value Rows::FetchValue(std::size_t column)
     if (shape == Shape::day || shape == Shape::moment) {
         return FetchMoment(column, shape == Shape::moment);
     }
-    if (!FetchPieces(column, shape != Shape::bytes)) {
+    if (!FetchPieces(column, shape != Shape::bytes && shape != Shape::bits)) {
         return {};
     }
     if (shape == Shape::number) {
         return NumberValue(m_pieces);
+    }
+    if (shape == Shape::bits) {
+        return IntegerValue(IntegerOfBits(m_pieces));
     }
     Value value;
     if (shape == Shape::bytes) {
@@ -318,13 +354,25 @@ Value Rows::FetchValue(std::size_t column)
     return TextValue(m_pieces);
 }
 
+// The connection is free behind it, and so is the rest of the row lost.
+void Rows::Fail()
+{
+    m_arriving = false;
+    try {
+        m_connection->Fail(m_statement.get());
+    } catch (const CAException& e) {
+        m_failure = e;
+        throw;
+    }
+}
+
 // Reads a value of a fixed size. @return false for NULL.
 template <class Fixed>
 bool Rows::FetchFixed(std::size_t column, SQLSMALLINT type, Fixed& fixed)
 {
     SQLLEN length = 0;
     if (!SQL_SUCCEEDED(SQLGetData(m_statement.get(), Number(column), type, &fixed, sizeof fixed, &length))) {
-        m_connection->Fail(m_statement.get());
+        Fail();
     }
     return length != SQL_NULL_DATA;
 }
@@ -349,13 +397,9 @@ Value Rows::FetchMoment(std::size_t column, bool hasTime)
     }
     Value value;
     value.kind = Field::Kind::text;
-    value.text.Format("%04d-%02d-%02d", static_cast<int>(moment.year), static_cast<int>(moment.month),
-                      static_cast<int>(moment.day));
-    if (hasTime) {
-        CString time;
-        time.Format(" %02d:%02d:%02d", static_cast<int>(moment.hour), static_cast<int>(moment.minute),
-                    static_cast<int>(moment.second));
-        value.text += time;
+    value.text = DateText({moment.year, moment.month, moment.day, moment.hour, moment.minute, moment.second, hasTime});
+    if (!hasTime) {
+        value.text = CString(value.text.View().substr(0, 10));
     }
     return value;
 }
@@ -375,7 +419,7 @@ bool Rows::FetchPieces(std::size_t column, bool asText)
             return true;
         }
         if (!SQL_SUCCEEDED(read)) {
-            m_connection->Fail(m_statement.get());
+            Fail();
         }
         if (length == SQL_NULL_DATA) {
             return false;
@@ -385,8 +429,9 @@ bool Rows::FetchPieces(std::size_t column, bool asText)
             m_pieces.append(m_buffer.data(), static_cast<std::size_t>(length));
             return true;
         }
-        const auto end = asText ? std::find(m_buffer.end() - kLeftFree - 1, m_buffer.end(), '\0') : m_buffer.end();
-        m_pieces.append(m_buffer.begin(), end);
+        // The last NUL among them is the driver's; others are the text's.
+        const std::string_view piece(m_buffer.data(), m_buffer.size());
+        m_pieces.append(piece.substr(0, asText ? piece.rfind('\0') : room));
         m_buffer.resize(std::min(m_buffer.size() * 4, kLargestPiece));
     }
 }

@@ -32,7 +32,7 @@ private:
 };
 
 /// How a column is read.
-enum class Shape : std::uint8_t { text, number, bit, real, day, moment, bytes };
+enum class Shape : std::uint8_t { text, number, bit, bits, real, day, moment, bytes };
 
 /// The rows of a statement, read as they are stepped to, and the columns of a row as they are asked for: each once, and
 /// from the left, which is all that every ODBC driver can. When another statement is run on the connection, the rows
@@ -59,12 +59,14 @@ private:
     void Open();
     void End() noexcept;
     void Describe();
+    [[nodiscard]] Shape ShapeAt(SQLUSMALLINT number, SQLSMALLINT type) const;
     bool Fetch();
     void FetchColumnsUpTo(std::size_t count);
     [[nodiscard]] Value FetchValue(std::size_t column);
     [[nodiscard]] Value FetchBit(std::size_t column);
     [[nodiscard]] Value FetchReal(std::size_t column);
     [[nodiscard]] Value FetchMoment(std::size_t column, bool hasTime);
+    [[noreturn]] void Fail();
     template <class Fixed>
     bool FetchFixed(std::size_t column, SQLSMALLINT type, Fixed& fixed);
     bool FetchPieces(std::size_t column, bool asText);
@@ -80,7 +82,7 @@ private:
     std::string m_pieces;       // of the value that is being read
     std::vector<char> m_buffer; // for one piece
     std::optional<KeptRows> m_kept;
-    std::optional<CAException> m_failure; // met while the rest was read into memory
+    std::optional<CAException> m_failure; // met at m_fetched of the current row, or behind the last of the kept ones
 };
 
 } // namespace dbaccess::odbc

@@ -142,6 +142,7 @@ public:
             escaped.Replace("\\", "\\\\");
         } else if (m_connection->Engine() == Dialect::sqlServer) {
             escaped.Replace("\\\r\n", "\\\\\r\n\r\n");
+            escaped.Replace("\\\n", "\\\\\n\n");
         }
         escaped.Replace("'", "''");
         return escaped;

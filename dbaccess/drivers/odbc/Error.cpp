@@ -1,6 +1,7 @@
 #include "dbaccess/drivers/odbc/Error.h"
 
 #include "dbaccess/drivers/odbc/Odbc.h"
+#include "dbaccess/drivers/odbc/Text.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>
@@ -9,8 +10,6 @@
 namespace dbaccess::odbc {
 
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r\n";
 
 // "[unixODBC][Driver Manager]Message": who says it stands before what is said.
 std::string_view WithoutNames(std::string_view message)

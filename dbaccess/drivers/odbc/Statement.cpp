@@ -1,75 +1,131 @@
 #include "dbaccess/drivers/odbc/Statement.h"
 
 #include "dbaccess/CAException.h"
-#include "dbaccess/drivers/odbc/ConnectionString.h"
+#include "dbaccess/drivers/odbc/Text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <string>
 #include <utility>
 
 namespace dbaccess::odbc {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n\v\f";
+using WordList = std::initializer_list<std::string_view>;
 
-char Lower(char ch) { return ch >= 'A' && ch <= 'Z' ? static_cast<char>(ch + ('a' - 'A')) : ch; }
+bool IsDigit(char ch) { return ch >= '0' && ch <= '9'; }
 
 // Bytes above ASCII are letters of names on every engine.
-bool IsNameByte(char ch)
+bool BeginsName(char ch)
 {
-    return (Lower(ch) >= 'a' && Lower(ch) <= 'z') || (ch >= '0' && ch <= '9') || ch == '_' ||
-           static_cast<unsigned char>(ch) >= 0x80;
+    return (Lower(ch) >= 'a' && Lower(ch) <= 'z') || ch == '_' || static_cast<unsigned char>(ch) >= 0x80;
 }
 
-/// Goes through a text by what the engine reads as one thing: a quoted text or name, a comment, a character.
+bool GoesOnInName(char ch) { return BeginsName(ch) || IsDigit(ch); }
+
+/// What an engine reads as one thing.
+struct Token {
+    enum class Kind { blank, word, quoted, mark }; // a comment is a blank
+    Kind kind = Kind::blank;
+    std::string_view text;
+
+    [[nodiscard]] bool IsWord(std::string_view lower) const
+    {
+        return kind == Kind::word && EqualIgnoringCase(text, lower);
+    }
+    [[nodiscard]] bool IsWordOf(WordList lower) const
+    {
+        return std::ranges::any_of(lower, [this](std::string_view word) { return IsWord(word); });
+    }
+    [[nodiscard]] bool IsMark(char ch) const { return kind == Kind::mark && text.front() == ch; }
+};
+
+/// Takes a text apart by an engine's rules.
 class Scanner {
 public:
-    Scanner(std::string_view text, Dialect dialect) : m_text(text), m_dialect(dialect) {}
+    Scanner(std::string_view text, Dialect dialect) : m_rest(text), m_dialect(dialect) {}
 
-    [[nodiscard]] bool AtEnd() const { return m_at >= m_text.size(); }
-    [[nodiscard]] std::size_t At() const { return m_at; }
-    [[nodiscard]] char Current() const { return m_text[m_at]; }
-
-    /// Passes over one thing. @return whether it was one that an engine runs: no blank, no comment.
-    bool Next()
+    /// @return false at the end.
+    bool Next(Token& token)
     {
-        const std::size_t comment = CommentLength();
-        if (comment != 0) {
-            m_at += comment;
+        if (m_rest.empty()) {
             return false;
         }
-        const bool runs = kBlanks.find(Current()) == std::string_view::npos;
-        m_at += QuotedLength();
-        return runs;
+        token = Front();
+        NoteEscapes(token);
+        m_rest.remove_prefix(token.text.size());
+        return true;
+    }
+
+    /// The next word, passing over all else. @return false without one.
+    bool NextWord(Token& token)
+    {
+        while (Next(token)) {
+            if (token.kind == Token::Kind::word) {
+                return true;
+            }
+        }
+        return false;
     }
 
 private:
-    [[nodiscard]] std::string_view Rest() const { return m_text.substr(m_at); }
     [[nodiscard]] bool Is(Dialect dialect) const { return m_dialect == dialect; }
+
+    [[nodiscard]] Token Of(Token::Kind kind, std::size_t length) const { return {kind, m_rest.substr(0, length)}; }
+
+    [[nodiscard]] Token Front() const
+    {
+        if (const std::size_t comment = CommentLength(); comment != 0) {
+            return Of(Token::Kind::blank, comment);
+        }
+        if (const std::size_t quoted = QuotedLength(); quoted != 0) {
+            return Of(Token::Kind::quoted, quoted);
+        }
+        if (BeginsName(m_rest.front())) {
+            return Of(Token::Kind::word, While([](char ch) { return GoesOnInName(ch) || ch == '$'; }, 1));
+        }
+        if (IsDigit(m_rest.front())) {
+            return Of(Token::Kind::mark, While(IsDigit, 1));
+        }
+        if (IsRunComment()) {
+            return Of(Token::Kind::mark, While(IsDigit, m_rest.find('!') + 1));
+        }
+        const bool isBlank = kBlanks.find(m_rest.front()) != std::string_view::npos;
+        return Of(isBlank ? Token::Kind::blank : Token::Kind::mark, 1);
+    }
+
+    template <class Fits>
+    [[nodiscard]] std::size_t While(Fits fits, std::size_t from) const
+    {
+        const auto* end = std::find_if_not(m_rest.begin() + from, m_rest.end(), fits);
+        return static_cast<std::size_t>(end - m_rest.begin());
+    }
 
     [[nodiscard]] std::size_t UpTo(std::string_view end, std::size_t from) const
     {
-        const std::size_t found = Rest().find(end, from);
-        return found == std::string_view::npos ? Rest().size() : found + end.size();
+        const std::size_t found = m_rest.find(end, from);
+        return found == std::string_view::npos ? m_rest.size() : found + end.size();
     }
 
-    // 0 where no comment begins. MySQL runs what stands in /*! ... */.
+    // MySQL runs what stands in /*! ... */.
+    [[nodiscard]] bool IsRunComment() const
+    {
+        return Is(Dialect::mysql) && (m_rest.starts_with("/*!") || m_rest.starts_with("/*M!"));
+    }
+
+    // 0 where no comment begins.
     [[nodiscard]] std::size_t CommentLength() const
     {
-        const std::string_view rest = Rest();
         const bool isMysql = Is(Dialect::mysql);
         if (Is(Dialect::access)) {
             return 0;
         }
-        const bool dashes =
-            rest.starts_with("--") && (!isMysql || rest.size() == 2 || static_cast<unsigned char>(rest[2]) <= ' ');
-        if (dashes || (isMysql && rest.starts_with('#'))) {
-            return UpTo("\n", 0);
+        const bool dashes = m_rest.starts_with("--") &&
+                            (!isMysql || m_rest.size() == 2 || static_cast<unsigned char>(m_rest[2]) <= ' ');
+        if (dashes || (isMysql && m_rest.starts_with('#'))) {
+            return std::min(m_rest.size(), m_rest.find_first_of(Is(Dialect::postgresql) ? "\r\n" : "\n"));
         }
-        if (!rest.starts_with("/*") || (isMysql && (rest.starts_with("/*!") || rest.starts_with("/*M!")))) {
+        if (!m_rest.starts_with("/*") || IsRunComment()) {
             return 0;
         }
         return Is(Dialect::postgresql) || Is(Dialect::sqlServer) ? NestedCommentLength() : UpTo("*/", 2);
@@ -77,10 +133,9 @@ private:
 
     [[nodiscard]] std::size_t NestedCommentLength() const
     {
-        const std::string_view rest = Rest();
         std::size_t depth = 0;
-        for (std::size_t i = 0; i < rest.size(); ++i) {
-            const std::string_view two = rest.substr(i, 2);
+        for (std::size_t i = 0; i < m_rest.size(); ++i) {
+            const std::string_view two = m_rest.substr(i, 2);
             if (two == "/*" || two == "*/") {
                 depth = two == "/*" ? depth + 1 : depth - 1;
                 ++i;
@@ -89,112 +144,165 @@ private:
                 return i + 1;
             }
         }
-        return rest.size();
+        return m_rest.size();
     }
 
-    // 1 where nothing quoted begins.
+    // 0 where nothing quoted begins.
     [[nodiscard]] std::size_t QuotedLength() const
     {
-        switch (Current()) {
+        switch (m_rest.front()) {
         case '\'':
-            return UpToQuote('\'', Is(Dialect::mysql) || (Is(Dialect::postgresql) && IsBehindE()));
+            return UpToQuote('\'', Is(Dialect::mysql) || m_escapes);
         case '"':
             return UpToQuote('"', Is(Dialect::mysql));
         case '`':
-            return Is(Dialect::mysql) || Is(Dialect::sqlite) || Is(Dialect::access) ? UpToQuote('`', false) : 1;
+            return Is(Dialect::mysql) || Is(Dialect::sqlite) || Is(Dialect::access) ? UpToQuote('`', false) : 0;
         case '[':
-            return Is(Dialect::sqlServer) || Is(Dialect::sqlite) || Is(Dialect::access) ? UpToQuote(']', false) : 1;
+            return Is(Dialect::sqlServer) || Is(Dialect::sqlite) || Is(Dialect::access) ? UpToQuote(']', false) : 0;
         case '$':
-            return Is(Dialect::postgresql) ? DollarQuotedLength() : 1;
+            return Is(Dialect::postgresql) ? DollarQuotedLength() : 0;
         default:
-            return 1;
+            return 0;
         }
     }
 
     // A doubled quote stands for itself; of brackets only on SQL Server.
     [[nodiscard]] std::size_t UpToQuote(char quote, bool backslashEscapes) const
     {
-        const std::string_view rest = Rest();
         const bool canBeDoubled = quote != ']' || Is(Dialect::sqlServer);
-        for (std::size_t i = 1; i < rest.size(); ++i) {
-            const bool isDoubled = rest[i] == quote && canBeDoubled && rest.substr(i + 1).starts_with(quote);
-            if (isDoubled || (backslashEscapes && rest[i] == '\\')) {
+        for (std::size_t i = 1; i < m_rest.size(); ++i) {
+            const bool isDoubled = m_rest[i] == quote && canBeDoubled && m_rest.substr(i + 1).starts_with(quote);
+            if (isDoubled || (backslashEscapes && m_rest[i] == '\\')) {
                 ++i;
-            } else if (rest[i] == quote) {
+            } else if (m_rest[i] == quote) {
                 return i + 1;
             }
         }
-        return rest.size();
+        return m_rest.size();
     }
 
-    // E'...', and no longer name that ends with an E.
-    [[nodiscard]] bool IsBehindE() const
-    {
-        return m_at > 0 && Lower(m_text[m_at - 1]) == 'e' &&
-               (m_at == 1 || (!IsNameByte(m_text[m_at - 2]) && m_text[m_at - 2] != '$'));
-    }
-
-    // $tag$...$tag$, unless the $ belongs to a name or a parameter.
+    // $tag$...$tag$; a parameter's $1 is none.
     [[nodiscard]] std::size_t DollarQuotedLength() const
     {
-        const std::string_view rest = Rest();
-        std::size_t tag = 1;
-        while (tag < rest.size() && IsNameByte(rest[tag])) {
-            ++tag;
-        }
-        const bool isTag = tag < rest.size() && rest[tag] == '$' && (rest[1] < '0' || rest[1] > '9');
-        const bool isInName = m_at > 0 && (IsNameByte(m_text[m_at - 1]) || m_text[m_at - 1] == '$');
-        return isTag && !isInName ? UpTo(rest.substr(0, tag + 1), tag + 1) : 1;
+        const std::size_t tag = While(GoesOnInName, 1);
+        const bool isTag = tag < m_rest.size() && m_rest[tag] == '$' && !IsDigit(m_rest[1]);
+        return isTag ? UpTo(m_rest.substr(0, tag + 1), tag + 1) : 0;
     }
 
-    std::string_view m_text;
+    // PostgreSQL's E'...', which goes on in further quotes on the lines below it.
+    void NoteEscapes(const Token& token)
+    {
+        const bool begins = token.IsWord("e") && m_rest.substr(1).starts_with('\'');
+        const bool goesOn = token.kind == Token::Kind::blank || token.text.front() == '\'';
+        m_escapes = Is(Dialect::postgresql) && (begins || (m_escapes && goesOn));
+    }
+
+    std::string_view m_rest;
     Dialect m_dialect;
-    std::size_t m_at = 0;
+    bool m_escapes = false; // whether backslashes escape in the next quotes
 };
 
-// From where on there is something to run.
+// How long the text is up to the end of a token of it.
+std::size_t EndOf(const Token& token, std::string_view text)
+{
+    return static_cast<std::size_t>(token.text.data() - text.data()) + token.text.size();
+}
+
 std::string_view WithoutCommentsInFront(std::string_view text, Dialect dialect)
 {
-    Scanner scanner(text, dialect);
     std::size_t begin = 0;
-    while (!scanner.AtEnd() && !scanner.Next()) {
-        begin = scanner.At();
+    Scanner scanner(text, dialect);
+    for (Token token; scanner.Next(token) && token.kind == Token::Kind::blank;) {
+        begin = EndOf(token, text);
     }
     return text.substr(begin);
 }
 
-// @return how long the statement in front is, up to its semicolon. One in parentheses ends nothing (rules).
-std::size_t StatementLength(std::string_view text, Dialect dialect)
-{
-    int depth = 0;
-    for (Scanner scanner(text, dialect); !scanner.AtEnd(); scanner.Next()) {
-        const char ch = scanner.Current();
-        depth += ch == '(' ? 1 : ch == ')' ? -1 : 0;
-        if (ch == ';' && (depth <= 0 || dialect != Dialect::postgresql)) {
-            return scanner.At();
-        }
-    }
-    return text.size();
-}
-
 bool HasStatement(std::string_view text, Dialect dialect)
 {
-    for (Scanner scanner(text, dialect); !scanner.AtEnd();) {
-        const bool isSemicolon = scanner.Current() == ';';
-        if (scanner.Next() && !isSemicolon) {
+    Scanner scanner(text, dialect);
+    for (Token token; scanner.Next(token);) {
+        if (token.kind != Token::Kind::blank && !token.IsMark(';')) {
             return true;
         }
     }
     return false;
 }
 
-// Their bodies have semicolons of their own; these engines look for a second statement themselves.
-bool HasBody(std::string_view statement, Dialect dialect)
+// @return how long the statement in front is, up to its semicolon. One in parentheses ends nothing (rules).
+std::size_t StatementLength(std::string_view text, Dialect dialect)
 {
-    constexpr std::array kBodies = {"trigger", "procedure", "function", "event", "package"};
-    return (dialect == Dialect::mysql || dialect == Dialect::sqlite) && BeginsWithOneOf(statement, "create") &&
-           std::ranges::any_of(
-               kBodies, [&](const char* word) { return Mentions(statement.substr(0, statement.find(';')), word); });
+    int depth = 0;
+    Scanner scanner(text, dialect);
+    for (Token token; scanner.Next(token);) {
+        depth += token.IsMark('(') ? 1 : token.IsMark(')') ? -1 : 0;
+        if (token.IsMark(';') && (depth <= 0 || dialect != Dialect::postgresql)) {
+            return EndOf(token, text) - 1;
+        }
+    }
+    return text.size();
+}
+
+// CREATE [TEMP] TRIGGER ... BEGIN statement; statement; END
+bool IsSqliteTrigger(std::string_view statement)
+{
+    Scanner scanner(statement, Dialect::sqlite);
+    Token token;
+    return scanner.NextWord(token) && token.IsWord("create") && scanner.NextWord(token) &&
+           (!token.IsWordOf({"temp", "temporary"}) || scanner.NextWord(token)) && token.IsWord("trigger");
+}
+
+// @return how long a trigger is: up to the first END that stands alone between semicolons.
+std::size_t SqliteTriggerLength(std::string_view text)
+{
+    std::size_t length = 0;
+    while (length < text.size()) {
+        const std::string_view rest = text.substr(length);
+        const std::string_view piece = rest.substr(0, StatementLength(rest, Dialect::sqlite));
+        Scanner scanner(piece, Dialect::sqlite);
+        Token token;
+        const bool isEnd = scanner.NextWord(token) && token.IsWord("end") &&
+                           !HasStatement(piece.substr(EndOf(token, piece)), Dialect::sqlite);
+        length += piece.size();
+        if (isEnd) {
+            return length;
+        }
+        ++length;
+    }
+    return text.size();
+}
+
+// CREATE [OR REPLACE] [DEFINER = ...] TRIGGER and the like: their bodies have semicolons of their own, and the server
+// looks for a second statement itself.
+bool HasMysqlBody(std::string_view statement)
+{
+    Scanner scanner(statement, Dialect::mysql);
+    Token token;
+    if (!scanner.NextWord(token) || !token.IsWord("create")) {
+        return false;
+    }
+    while (scanner.NextWord(token) && token.IsWordOf({"or", "replace"})) {
+    }
+    return token.IsWordOf({"definer", "aggregate", "trigger", "procedure", "function", "event", "package"});
+}
+
+// MySQL commits before these. What touches a temporary table alone is none of them.
+bool CommitsOnMysql(std::string_view statement)
+{
+    Scanner scanner(statement, Dialect::mysql);
+    Token token;
+    scanner.NextWord(token);
+    if (token.IsWord("set")) {
+        return HasWord(statement, Dialect::mysql, {"autocommit", "password", "statement", "role"});
+    }
+    if (token.IsWordOf({"create", "drop"})) {
+        while (scanner.NextWord(token) && token.IsWordOf({"or", "replace"})) {
+        }
+        return !token.IsWord("temporary");
+    }
+    return token.IsWordOf({"alter", "rename", "truncate", "lock", "unlock", "grant", "revoke", "analyze", "check",
+                           "optimize", "repair", "flush", "cache", "load", "install", "uninstall", "change", "reset",
+                           "stop"});
 }
 
 } // namespace
@@ -216,43 +324,41 @@ std::string_view OneStatement(std::string_view text, Dialect dialect)
     if (!HasStatement(statement, dialect)) {
         throw CAException("there is no statement in the text");
     }
-    if (HasBody(statement, dialect)) {
-        return text;
+    if (dialect == Dialect::mysql && HasMysqlBody(statement)) {
+        return statement;
     }
-    const std::size_t length = StatementLength(text, dialect);
-    if (!HasStatement(text.substr(0, length), dialect) || HasStatement(text.substr(length), dialect)) {
+    const bool isTrigger = dialect == Dialect::sqlite && IsSqliteTrigger(statement);
+    const std::size_t length = isTrigger ? SqliteTriggerLength(statement) : StatementLength(statement, dialect);
+    if (length == 0 || HasStatement(statement.substr(length), dialect)) {
         throw CAException("there is more than one statement in the text");
     }
-    return text.substr(0, length);
+    return statement.substr(0, length);
 }
 
-bool BeginsWithOneOf(std::string_view statement, std::string_view words)
+bool BeginsWithOneOf(std::string_view statement, Dialect dialect, WordList words)
 {
-    std::string word;
-    while (word.size() < statement.size() && IsNameByte(statement[word.size()])) {
-        word += Lower(statement[word.size()]);
-    }
-    while (!words.empty() && !word.empty()) {
-        const std::string_view one = words.substr(0, words.find(' '));
-        if (one == word) {
+    Token token;
+    return Scanner(statement, dialect).NextWord(token) && token.IsWordOf(words);
+}
+
+bool HasWord(std::string_view statement, Dialect dialect, WordList words)
+{
+    Scanner scanner(statement, dialect);
+    for (Token token; scanner.NextWord(token);) {
+        if (token.IsWordOf(words)) {
             return true;
         }
-        words.remove_prefix(std::min(words.size(), one.size() + 1));
     }
     return false;
 }
 
 bool EndsTransaction(std::string_view statement, Dialect dialect)
 {
-    const std::string_view text = WithoutCommentsInFront(statement, dialect);
-    if (BeginsWithOneOf(text, "rollback")) {
-        return !Mentions(text, " to ");
+    if (BeginsWithOneOf(statement, dialect, {"rollback"})) {
+        return !HasWord(statement, dialect, {"to"});
     }
-    if (BeginsWithOneOf(text, "begin commit end abort start")) {
-        return true;
-    }
-    return dialect == Dialect::mysql && !Mentions(text.substr(0, text.find('(')), "temporary") &&
-           BeginsWithOneOf(text, "create alter drop rename truncate lock grant revoke analyze optimize repair flush");
+    return BeginsWithOneOf(statement, dialect, {"begin", "commit", "end", "abort", "start"}) ||
+           (dialect == Dialect::mysql && CommitsOnMysql(statement));
 }
 
 } // namespace dbaccess::odbc
