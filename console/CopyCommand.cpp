@@ -11,21 +11,62 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
 namespace console::db {
 
 namespace {
 
 constexpr Field kTarget{"URL", "", {}, Field::Use::given, "the database to copy to, such as sqlite:PATH"};
 
+bool NamesAKind(const std::string& url)
+{
+    try {
+        return ChooseUrl(url) == url;
+    } catch (const Refusal&) {
+        return false;
+    }
+}
+
+void RequireKind(const std::string& url)
+{
+    if (NamesAKind(url)) {
+        return;
+    }
+    if (url.find('=') != std::string::npos) { // a connection string, and passwords stand in those
+        throw Refusal(Exit::usage, "the target names no kind of database; write sqlite:PATH for a file");
+    }
+    const std::string shown = ShownUrl(url);
+    throw Refusal(Exit::usage, fmt::format("'{}' names no kind of database; write sqlite:{} for a file", shown, shown));
+}
+
+void RequireLastingFile(const std::string& url)
+{
+    constexpr std::string_view scheme = "sqlite:";
+    if (!url.starts_with(scheme)) {
+        return;
+    }
+    const std::optional<std::filesystem::path> file = SqliteFile(url);
+    if (!file) {
+        throw Refusal(Exit::usage, fmt::format("{} is gone when the copy ends; write sqlite:PATH", ShownUrl(url)));
+    }
+    std::error_code error;
+    if (!MakesFile(url) && !std::filesystem::exists(*file, error) && !error) {
+        throw Refusal(Exit::database, fmt::format("there is no database {}; write {} to have it made",
+                                                  Visible(file->native()), Visible(url.substr(0, url.find('?')))));
+    }
+}
+
 /// The arguments of a command that would work on the target.
 Arguments ForTarget(const Arguments& arguments)
 {
     Arguments target = arguments;
     target.db = words::Given(arguments, kTarget);
-    if (target.db->find(':') == std::string::npos) {
-        throw Refusal(Exit::usage, fmt::format("{} names no kind of database; write sqlite:{} for a file",
-                                               Quoted(*target.db), Visible(*target.db)));
-    }
+    RequireKind(*target.db);
+    RequireLastingFile(*target.db);
     return target;
 }
 
@@ -93,11 +134,25 @@ private:
             return !Interrupt::Requested();
         };
         try {
-            return Asking(m_to, [&] { return schema::Copy(m_from, m_to, tell); });
-        } catch (const DatabaseError& e) {
+            return schema::Copy(m_from, m_to, tell);
+        } catch (const schema::CopyConflict& e) {
             m_progress.Clear();
-            throw Refusal(Exit::database, fmt::format("stopped: {}; {}", e.what(), Standing(m_to)));
+            throw Refusal(Exit::conflict, fmt::format("{}; nothing was copied", Visible(e.GetErrorText().View())));
+        } catch (const schema::RowRefused& e) {
+            Stop(e, "nothing was copied; mend it in the source and copy again");
+        } catch (const CAException& e) {
+            Stop(e, Standing(m_to));
         }
+    }
+
+    /// @param advice  what to do unless the whole target is in trouble.
+    [[noreturn]] void Stop(const CAException& e, const std::string& advice)
+    {
+        m_progress.Clear();
+        const DatabaseError error = ErrorFrom(m_to, e);
+        const std::string line = e.GetErrorCode().IsEmpty() ? error.EngineLine() : error.what();
+        throw Refusal(Exit::database,
+                      fmt::format("stopped: {}; {}", line, error.IsLasting() ? Standing(m_to) : advice));
     }
 
     void Tell(const schema::CopyState& state)
@@ -124,7 +179,7 @@ Exit Copy(const Context& context)
 {
     const Arguments target = ForTarget(context.arguments);
     const std::string shown = ShownUrl(*target.db);
-    Opened source(context.arguments);
+    Opened source(context.arguments, Opened::Indexes::leftAlone);
     CAConnect& from = source.Directory().Connection();
     if (MakesFile(*target.db)) {
         MakeParentDirectories(*SqliteFile(*target.db));

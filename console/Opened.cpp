@@ -7,7 +7,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 namespace console {
@@ -39,15 +42,17 @@ void RequireCurrent(CAConnect& conn, const Arguments& arguments)
     if (status.state != schema::State::current) {
         RefuseState(status, arguments);
     }
-    Asking(conn, [&] { schema::RefreshIndexes(conn); });
 }
 
 } // namespace
 
-Opened::Opened(const Arguments& arguments) : m_directory(m_conn)
+Opened::Opened(const Arguments& arguments, Indexes indexes) : m_directory(m_conn)
 {
     Connect(m_conn, WithoutCreating(ChooseUrl(arguments.db)), arguments);
     RequireCurrent(m_conn, arguments);
+    if (indexes == Indexes::refreshed) {
+        Asking(m_conn, [&] { schema::RefreshIndexes(m_conn); });
+    }
 }
 
 void Connect(CAConnect& conn, const std::string& url, const Arguments& arguments)
@@ -67,7 +72,19 @@ void Connect(CAConnect& conn, const std::string& url, const Arguments& arguments
 
 std::string InitCommand(const Arguments& arguments)
 {
-    return arguments.db ? fmt::format("qvadmin --db {} db init", ShownUrl(*arguments.db)) : "qvadmin db init";
+    if (!arguments.db) {
+        return "qvadmin db init";
+    }
+    // To be pasted: without a password that is hidden here, and in quotes where a shell needs them.
+    const std::string shown = ShownUrl(*arguments.db);
+    if (shown != *arguments.db) {
+        return "qvadmin --db URL db init";
+    }
+    const bool isPlain = std::ranges::all_of(shown, [](unsigned char ch) {
+        return std::isalnum(ch) != 0 ||
+               std::string_view("_./:@%+=,-").find(static_cast<char>(ch)) != std::string_view::npos;
+    });
+    return isPlain ? fmt::format("qvadmin --db {} db init", shown) : fmt::format("qvadmin --db '{}' db init", shown);
 }
 
 std::string_view NameOf(schema::State state)

@@ -5,13 +5,18 @@
 #include "dbaccess/CAConnect.h"
 #include "schema/Schema.h"
 
+#include <cstdint>
+
 namespace console {
 
 /// The directory that a command works on: found, open, and of this program's version.
 class Opened {
 public:
+    /// What becomes of indexes whose order is that of earlier rules.
+    enum class Indexes : std::uint8_t { refreshed, leftAlone };
+
     /// Never makes a file. @throws Refusal (database) that says what to do about it.
-    explicit Opened(const Arguments& arguments);
+    explicit Opened(const Arguments& arguments, Indexes indexes = Indexes::refreshed);
 
     [[nodiscard]] console::Directory& Directory() { return m_directory; }
 

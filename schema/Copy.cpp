@@ -1,13 +1,13 @@
 #include "schema/Copy.h"
 
 #include "dbaccess/CAConnect.h"
-#include "dbaccess/CAException.h"
+#include "dbaccess/CADateTime.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
 #include "schema/Tables.h"
 
 #include <algorithm>
-#include <charconv>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -67,9 +67,11 @@ std::vector<std::string> ColumnNames(CARecordset& rs)
     return names;
 }
 
-bool Holds(const std::vector<std::string>& names, std::string_view name)
+/// Null when it is not among them.
+const std::string* FindName(const std::vector<std::string>& names, std::string_view name)
 {
-    return std::ranges::any_of(names, [&](const std::string& held) { return SameName(held, name); });
+    const auto found = std::ranges::find_if(names, [&](const std::string& held) { return SameName(held, name); });
+    return found == names.end() ? nullptr : &*found;
 }
 
 /// Null when there is none. Of tables and of columns.
@@ -94,12 +96,52 @@ void FillIn(std::string& statement, std::string_view place, std::string_view tex
     }
 }
 
-std::string Filled(std::string statement, const Table& table, const Column& counted, std::int64_t id = 0)
+std::string Filled(std::string statement, const Table& table)
 {
     FillIn(statement, "{table}", table.name);
+    return statement;
+}
+
+std::string Filled(std::string statement, const Table& table, const Column& counted, std::int64_t id = 0)
+{
+    statement = Filled(std::move(statement), table);
     FillIn(statement, "{column}", counted.name);
     FillIn(statement, "{id}", std::to_string(id));
     return statement;
+}
+
+std::int64_t RowsBy(CAConnect& conn, const std::string& count)
+{
+    const std::vector<std::string> present = TableNames(conn);
+    std::int64_t rows = 0;
+    for (const Table& table : TablesOf(DialectOf(conn))) {
+        rows += FindName(present, table.name) != nullptr ? NumberOf(conn, Filled(count, table)) : 0;
+    }
+    return rows;
+}
+
+/// The name as it stands in statements whatever is in it.
+std::string Quoted(const std::string& name, const CopyRules& rules)
+{
+    std::string quoted(1, rules.nameBegin);
+    for (const char ch : name) {
+        quoted.append(ch == rules.nameEnd ? 2 : 1, ch);
+    }
+    return quoted + rules.nameEnd;
+}
+
+bool IsWholeNumber(std::string_view text)
+{
+    const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
+    return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// Fractions of a second may stand behind a date, but no zone: a server would pass over it.
+bool IsMoment(CARecordset& rs, long column, std::string_view text)
+{
+    CADateTime moment;
+    return rs.GetValue(column, moment) && text.find_first_not_of("0123456789-: T.") == std::string_view::npos &&
+           std::ranges::count(text, '-') == 2;
 }
 
 /// Where all reads of the source see one moment.
@@ -126,55 +168,63 @@ private:
     bool m_isOpen;
 };
 
-/// The transaction that fills the target; a second copy to it waits. Rolled back unless it is committed.
+/// The transaction that fills the target; nobody else writes to it, and a second copy waits. Rolled back unless it is
+/// committed.
 class Writing {
 public:
     explicit Writing(CAConnect& conn) : m_conn(conn), m_dialect(DialectOf(conn))
     {
         ExecuteAll(m_conn, m_dialect.copying.beginWriting);
-        Begin();
+        m_conn.BeginTrans();
+        try {
+            Lock(m_conn, m_dialect);
+            HoldTables();
+            Execute(m_dialect.copying.mark);
+        } catch (const CAException&) {
+            GiveUp();
+            throw;
+        }
     }
     Writing(const Writing&) = delete;
     Writing& operator=(const Writing&) = delete;
-    ~Writing()
-    {
-        try {
-            End();
-        } catch (const CAException&) { // what led here is being reported already
-        }
-    }
+    ~Writing() { GiveUp(); }
 
-    /// Takes back all that was written, and begins anew.
+    /// Takes back all that was written, and lets no second copy in.
     void BeginAnew()
     {
-        End();
-        Begin();
+        if (m_dialect.copying.backToMark.empty()) {
+            m_conn.RollbackTrans();
+            m_conn.BeginTrans();
+        } else {
+            Execute(m_dialect.copying.backToMark);
+        }
     }
     void Commit()
     {
         m_conn.CommitTrans();
         m_isOpen = false;
-        Execute(m_dialect.unlock);
+        Unlock(m_conn, m_dialect);
     }
 
 private:
-    void Begin()
+    void HoldTables()
     {
-        m_conn.BeginTrans();
-        m_isOpen = true;
-        try {
-            Execute(m_dialect.lock);
-        } catch (const CAException&) {
-            m_conn.RollbackTrans();
-            throw;
+        if (!m_dialect.copying.holdTable.empty()) {
+            for (const Table& table : TablesOf(m_dialect)) {
+                Execute(Filled(m_dialect.copying.holdTable, table));
+            }
         }
     }
-    void End()
+    void GiveUp() noexcept
     {
-        if (std::exchange(m_isOpen, false)) {
-            m_conn.RollbackTrans();
-            Execute(m_dialect.unlock);
+        if (!std::exchange(m_isOpen, false)) {
+            return;
         }
+        try {
+            m_conn.RollbackTrans();
+        } catch (const CAException&) { // what led here is being reported already
+        }
+        Unlock(m_conn, m_dialect);
     }
     void Execute(const std::string& statement)
     {
@@ -185,7 +235,7 @@ private:
 
     CAConnect& m_conn;
     const Dialect& m_dialect;
-    bool m_isOpen = false;
+    bool m_isOpen = true;
 };
 
 /// A row as it stands in an INSERT.
@@ -194,13 +244,27 @@ struct WrittenRow {
     std::string name; ///< which it is, for people
 };
 
+/// How many bytes a server takes in a statement, by a setting of its own.
+struct Longest {
+    std::string setting;
+    std::size_t bytes = std::numeric_limits<std::size_t>::max();
+};
+
+Longest LongestFor(CAConnect& conn)
+{
+    const std::string& setting = DialectOf(conn).copying.longestStatement;
+    return setting.empty() ? Longest{}
+                           : Longest{setting, static_cast<std::size_t>(NumberOf(conn, "SELECT @@" + setting))};
+}
+
 /// Writes the rows of one table, many in a statement.
 class Writer {
 public:
     /// @param head  the statement up to its values.
-    Writer(CAConnect& conn, Writing& writing, const std::string& table, std::string head)
+    Writer(CAConnect& conn, Writing& writing, const Longest& longest, const std::string& table, std::string head)
         : m_conn(conn),
           m_writing(writing),
+          m_longest(longest),
           m_mostRows(DialectOf(conn).copying.rowsPerInsert),
           m_table(table),
           m_head(std::move(head))
@@ -210,12 +274,14 @@ public:
     /// @return whether the rows so far have been written.
     bool Add(WrittenRow row)
     {
-        const bool isFull =
-            !m_rows.empty() && (m_rows.size() == m_mostRows || m_bytes + row.values.size() > kBytesPerInsert);
+        RequireRoom(row);
+        const std::size_t bytes = m_bytes + BytesOf(row);
+        const bool isFull = !m_rows.empty() && (m_rows.size() == m_mostRows || bytes > kBytesPerInsert ||
+                                                m_head.size() + bytes + kBytesAround > m_longest.bytes);
         if (isFull) {
             Flush();
         }
-        m_bytes += row.values.size();
+        m_bytes += BytesOf(row);
         m_rows.push_back(std::move(row));
         return isFull;
     }
@@ -239,25 +305,57 @@ public:
         m_bytes = 0;
     }
 
-    /// @throws CAException that says at which row it happened.
     [[noreturn]] static void Refuse(const std::string& table, const std::string& row, const CAException& e)
     {
-        throw CAException(TextOf(table + ", " + row + ": ") + e.GetErrorText(), e.GetErrorCode());
+        throw RowRefused(AtRow(table, row, e), e.GetErrorCode());
     }
 
 private:
+    static constexpr std::size_t kBytesAround = 64; // that a client puts around a statement
+
+    static CString AtRow(const std::string& table, const std::string& row, const CAException& e)
+    {
+        return TextOf(table + ", " + row + ": ") + e.GetErrorText();
+    }
+
+    static std::size_t BytesOf(const WrittenRow& row) { return row.values.size() + 1; } // and a comma
+
+    // The server would hang up.
+    void RequireRoom(const WrittenRow& row) const
+    {
+        const std::size_t bytes = m_head.size() + BytesOf(row) + kBytesAround;
+        if (bytes > m_longest.bytes) {
+            const std::string text = "it takes a statement of " + std::to_string(bytes) + " bytes, and the server's " +
+                                     m_longest.setting + " is " + std::to_string(m_longest.bytes) +
+                                     "; raise that if the row is to stay as it is";
+            Refuse(m_table, row.name, CAException(TextOf(text)));
+        }
+    }
+
     /// Finds the row that the engine refuses, by writing each by itself where nothing is at stake any more.
     [[noreturn]] void Blame(const CAException& refusal)
     {
-        if (m_rows.size() > 1 && m_conn.IsOpen()) {
-            m_writing.BeginAnew();
+        if (m_rows.size() == 1) {
+            Refuse(m_table, m_rows.front().name, refusal);
+        }
+        if (m_conn.IsOpen() && IsBegunAnew()) {
             for (const WrittenRow& row : m_rows) {
                 TryAlone(row);
             }
         }
         // Only beside rows that were written before is it wrong, or the engine has no room.
-        const std::string last = m_rows.size() > 1 ? " to " + m_rows.back().name : "";
-        Refuse(m_table, m_rows.front().name + last, refusal);
+        throw CAException(AtRow(m_table, m_rows.front().name + " to " + m_rows.back().name, refusal),
+                          refusal.GetErrorCode());
+    }
+
+    bool IsBegunAnew()
+    {
+        try {
+            m_writing.BeginAnew();
+            return true;
+        } catch (const CAException&) { // the refusal is the better thing to report
+            return false;
+        }
     }
 
     void TryAlone(const WrittenRow& row)
@@ -271,6 +369,7 @@ private:
 
     CAConnect& m_conn;
     Writing& m_writing;
+    const Longest& m_longest;
     std::size_t m_mostRows;
     const std::string& m_table;
     std::string m_head;
@@ -278,17 +377,30 @@ private:
     std::size_t m_bytes = 0;
 };
 
-/// The columns of a table that are copied, by their numbers in the source's rows.
+struct CarriedColumn {
+    long number = 0;  ///< in the source's rows
+    std::string name; ///< as it stands in statements of the target
+    Kind kind = Kind::text;
+};
+
+/// What is copied of a table.
 struct Carried {
-    std::vector<std::pair<long, std::string>> columns;
-    long key = 0;     ///< that by which people name a row; 0 when there is none
+    const Table& source;
+    const Table& target;
+    std::vector<CarriedColumn> columns;
+    long key = 0;     ///< column of the source by which people name a row; 0 when there is none
     long counted = 0; ///< the one that the target counts by itself; 0 when it is not copied
 };
 
 class Copier {
 public:
     Copier(CAConnect& from, CAConnect& to, const CopyProgress& progress)
-        : m_from(from), m_to(to), m_progress(progress), m_rules(DialectOf(to).copying)
+        : m_from(from),
+          m_to(to),
+          m_progress(progress),
+          m_rules(DialectOf(to).copying),
+          m_sources(TablesOf(DialectOf(from))),
+          m_targets(TablesOf(DialectOf(to)))
     {
     }
 
@@ -296,36 +408,42 @@ public:
     {
         const Snapshot snapshot(m_from);
         Writing writing(m_to);
-        if (CountRows(m_to) != 0) {
-            throw CAException("somebody else has begun to fill the target");
-        }
-        const std::vector<Table> sources = TablesOf(DialectOf(m_from));
-        for (const Table& target : TablesOf(DialectOf(m_to))) {
-            CopyTable(*Find(sources, target.name), target, writing);
+        RequireRows(0);
+        m_longest = LongestFor(m_to);
+        for (const Carried& carried : WhatIsCarried()) {
+            CopyTable(carried, writing);
             if (m_copied.stopped) {
                 return m_copied;
             }
             ++m_copied.tables;
         }
-        m_copied.others = OthersThan(sources);
+        m_copied.others = Others();
+        RequireRows(m_copied.rows); // no lock keeps out what a target does by itself
         writing.Commit();
         return m_copied;
     }
 
 private:
-    void CopyTable(const Table& source, const Table& target, Writing& writing)
+    void RequireRows(std::int64_t rows)
     {
+        if (RowsBy(m_to, m_rules.countNow) != rows) {
+            throw CopyConflict("somebody else has begun to fill the target");
+        }
+    }
+
+    void CopyTable(const Carried& carried, Writing& writing)
+    {
+        const Table& target = carried.target;
         CARecordset rs;
-        OpenSource(rs, source);
-        const Carried carried = WhatIsCarried(rs, source, target);
+        OpenSource(rs, carried.source);
         const Column* counted = carried.counted == 0 ? nullptr : CountedOf(target);
         m_greatestId = 0;
         m_tableRows = 0;
         ExecuteFor(m_rules.beginIds, target, counted);
-        CopyRows(rs, carried, target.name, writing);
+        CopyRows(rs, carried, writing);
         rs.Close();
         if (counted != nullptr && !m_copied.stopped) {
-            CarryCounter(source, target, *counted);
+            CarryCounter(carried.source, target, *counted);
         }
         ExecuteFor(m_rules.endIds, target, counted);
         Tell(target.name, true);
@@ -356,41 +474,66 @@ private:
         }
     }
 
+    /// Of all tables, before anything is written.
+    std::vector<Carried> WhatIsCarried()
+    {
+        std::vector<Carried> all;
+        for (const Table& target : m_targets) {
+            all.push_back(WhatIsCarried(*Find(m_sources, target.name), target));
+        }
+        return all;
+    }
+
     // A column that the source's own steps make and the target's do not is the engine's affair, such as a number for
     // rows that have none. Any other would be lost.
-    Carried WhatIsCarried(CARecordset& rs, const Table& source, const Table& target)
+    Carried WhatIsCarried(const Table& source, const Table& target)
     {
-        CARecordset none;
-        OpenRows(none, m_to, "SELECT * FROM " + target.name + " WHERE 1 = 0");
-        const std::vector<std::string> taken = ColumnNames(none);
-        Carried carried;
-        long column = 0;
-        for (const std::string& name : ColumnNames(rs)) {
-            ++column;
-            const Column* given = Find(source.columns, name);
-            const Column* here = Find(target.columns, name);
-            if ((given != nullptr && given->isComputed) || (here != nullptr && here->isComputed)) {
-                continue;
-            }
-            if (Holds(taken, name)) {
-                carried.counted = here != nullptr && here->isCounted ? column : carried.counted;
-                carried.columns.emplace_back(column, name);
-            } else if (given == nullptr) {
-                throw CAException(TextOf("the source's " + source.name + " has a column " + name +
-                                         " that the target's has not; add it there first"));
-            }
+        std::vector<std::string> names;
+        Reading(source.name, [&] { names = ColumnNamesOf(m_from, source); });
+        const std::vector<std::string> taken = ColumnNamesOf(m_to, target);
+        Carried carried{source, target, {}};
+        for (long number = 1; const std::string& name : names) {
+            Add(carried, name, number++, FindName(taken, name));
         }
-        carried.key = Find(source.columns, kKey) == nullptr ? 0 : rs.GetColumnNumber(kKey);
         return carried;
     }
 
-    void CopyRows(CARecordset& rs, const Carried& carried, const std::string& table, Writing& writing)
+    static std::vector<std::string> ColumnNamesOf(CAConnect& conn, const Table& table)
     {
-        Writer writer(m_to, writing, table, HeadOf(carried, table));
+        CARecordset none;
+        OpenRows(none, conn, "SELECT * FROM " + table.name + " WHERE 1 = 0");
+        return ColumnNames(none);
+    }
+
+    /// @param taken  how the target's table spells it; null when it has no such column.
+    void Add(Carried& carried, const std::string& name, long number, const std::string* taken) const
+    {
+        const Column* given = Find(carried.source.columns, name);
+        const Column* here = Find(carried.target.columns, name);
+        if (given != nullptr && SameName(name, kKey)) {
+            carried.key = number;
+        }
+        if ((given != nullptr && given->isComputed) || (here != nullptr && here->isComputed)) {
+            return;
+        }
+        if (taken != nullptr) {
+            carried.counted = here != nullptr && here->isCounted ? number : carried.counted;
+            carried.columns.push_back(here != nullptr ? CarriedColumn{number, here->name, here->kind}
+                                                      : CarriedColumn{number, Quoted(*taken, m_rules)});
+        } else if (given == nullptr) {
+            throw CopyConflict(TextOf("the source's " + carried.source.name + " has a column " + name +
+                                      " that the target's has not; add it there first"));
+        }
+    }
+
+    void CopyRows(CARecordset& rs, const Carried& carried, Writing& writing)
+    {
+        const std::string& table = carried.target.name;
+        Writer writer(m_to, writing, m_longest, table, HeadOf(carried));
         while (rs.IsEOF() == 0 && !m_copied.stopped) {
             NoteId(rs, carried);
             ++m_tableRows;
-            if (writer.Add(Written(rs, carried, table))) {
+            if (writer.Add(Written(rs, carried))) {
                 Tell(table, false);
             }
             Reading(table, [&] { rs.MoveNext(); });
@@ -401,13 +544,13 @@ private:
         m_copied.rows += m_tableRows;
     }
 
-    static std::string HeadOf(const Carried& carried, const std::string& table)
+    static std::string HeadOf(const Carried& carried)
     {
         std::string names;
-        for (const auto& [column, name] : carried.columns) {
-            names += (names.empty() ? "" : ",") + name;
+        for (const CarriedColumn& column : carried.columns) {
+            names += (names.empty() ? "" : ",") + column.name;
         }
-        return "INSERT INTO " + table + " (" + names + ") VALUES ";
+        return "INSERT INTO " + carried.target.name + " (" + names + ") VALUES ";
     }
 
     void NoteId(CARecordset& rs, const Carried& carried)
@@ -418,35 +561,48 @@ private:
         }
     }
 
-    WrittenRow Written(CARecordset& rs, const Carried& carried, const std::string& table)
+    WrittenRow Written(CARecordset& rs, const Carried& carried)
     {
         WrittenRow row;
         row.name = carried.key == 0 ? "row " + std::to_string(m_tableRows)
                                     : "Col_ID " + std::string(rs.GetValueToStr(carried.key, true).View());
         try {
-            for (const auto& [column, name] : carried.columns) {
+            for (const CarriedColumn& column : carried.columns) {
                 row.values += row.values.empty() ? '(' : ',';
                 AppendValue(row.values, rs, column);
             }
         } catch (const CAException& e) {
-            Writer::Refuse(table, row.name, e);
+            Writer::Refuse(carried.target.name, row.name, e);
         }
         row.values += ')';
         return row;
     }
 
     // Engines read numbers and dates from texts by what their column is.
-    void AppendValue(std::string& values, CARecordset& rs, long column)
+    void AppendValue(std::string& values, CARecordset& rs, const CarriedColumn& column)
     {
         CString text;
-        if (!rs.GetValue(column, text, true)) {
+        if (!rs.GetValue(column.number, text, true)) {
             values += "NULL";
             return;
+        }
+        if (!m_rules.keepsEveryValue) {
+            RequireFit(rs, column, text.View());
         }
         values += m_rules.textMark;
         values += '\'';
         values += m_to.EscapeText(text).View();
         values += '\'';
+    }
+
+    static void RequireFit(CARecordset& rs, const CarriedColumn& column, std::string_view text)
+    {
+        if (column.kind == Kind::number && !IsWholeNumber(text)) {
+            throw CAException(TextOf(column.name + " holds what is no whole number"));
+        }
+        if (column.kind == Kind::moment && !IsMoment(rs, column.number, text)) {
+            throw CAException(TextOf(column.name + " holds what is no date, or one with a time zone"));
+        }
     }
 
     // An id that is given again would pass on what still names its first bearer.
@@ -471,11 +627,11 @@ private:
         m_copied.stopped = m_copied.stopped || !m_progress({table, m_tableRows, isDone, rows});
     }
 
-    [[nodiscard]] std::vector<std::string> OthersThan(const std::vector<Table>& tables)
+    [[nodiscard]] std::vector<std::string> Others()
     {
         std::vector<std::string> others = TableNames(m_from);
         std::erase_if(others, [&](const std::string& name) {
-            return Find(tables, name) != nullptr || SameName(name, kVersionTable);
+            return Find(m_sources, name) != nullptr || SameName(name, kVersionTable);
         });
         return others;
     }
@@ -484,6 +640,9 @@ private:
     CAConnect& m_to;
     const CopyProgress& m_progress;
     const CopyRules& m_rules; // of the target's engine
+    std::vector<Table> m_sources;
+    std::vector<Table> m_targets;
+    Longest m_longest;
     Copied m_copied;
     std::int64_t m_tableRows = 0;  // of the table in hand, as is the next
     std::int64_t m_greatestId = 0; // 0 when it has none above
@@ -509,15 +668,7 @@ bool IsSameDatabase(CAConnect& a, CAConnect& b)
     return &DialectOf(a) == &DialectOf(b) && identity && identity == IdentityOf(b);
 }
 
-std::int64_t CountRows(CAConnect& conn)
-{
-    const std::vector<std::string> present = TableNames(conn);
-    std::int64_t rows = 0;
-    for (const Table& table : TablesOf(DialectOf(conn))) {
-        rows += Holds(present, table.name) ? NumberOf(conn, "SELECT COUNT(*) FROM " + table.name) : 0;
-    }
-    return rows;
-}
+std::int64_t CountRows(CAConnect& conn) { return RowsBy(conn, "SELECT COUNT(*) FROM {table}"); }
 
 Copied Copy(CAConnect& from, CAConnect& to, const CopyProgress& progress) { return Copier(from, to, progress).Run(); }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dbaccess/CAException.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -28,6 +30,18 @@ struct Copied {
     std::vector<std::string> others; ///< tables of the source that are none of a directory's, and stay behind
 };
 
+/// The target cannot be copied to as it stands; no engine refused anything.
+class CopyConflict : public CAException {
+public:
+    using CAException::CAException;
+};
+
+/// The target does not take a row as it is, which the message names.
+class RowRefused : public CAException {
+public:
+    using CAException::CAException;
+};
+
 /// Whether two connections lead to one database, as far as engines tell. @throws CAException, as do the next two.
 bool IsSameDatabase(CAConnect& a, CAConnect& b);
 
@@ -35,10 +49,10 @@ bool IsSameDatabase(CAConnect& a, CAConnect& b);
 std::int64_t CountRows(CAConnect& conn);
 
 /// Copies all rows of all tables with their ids, as they are at one moment. What the engine counts goes on behind the
-/// greatest id that the source has ever given out. All of it is written in one transaction; a copy that fails or is
-/// stopped leaves the target without rows.
+/// greatest id that the source has ever given out, and the target. All of it is written in one transaction; a copy that
+/// fails or is stopped leaves the target without rows.
 /// @param from, to  directories of this program's version; `to` without rows.
-/// @throws CAException that names table and row, where one is to blame.
+/// @throws CopyConflict when others fill the target meanwhile, and for a column that it lacks; RowRefused; CAException.
 Copied Copy(CAConnect& from, CAConnect& to, const CopyProgress& progress);
 
 } // namespace schema

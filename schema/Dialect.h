@@ -19,8 +19,25 @@ struct CopyRules {
     bool sortsRows = true;
     /// Gives in column 1 what no other database has that can be reached; empty where that cannot be told.
     std::string identity = {};
-    /// Make the connection to a target take ids as they are written.
+    /// Make the connection to a target take ids as they are written, and its transactions keep what they hold.
     std::vector<std::string> beginWriting = {};
+    /// Keeps others from writing to a table until the writing transaction ends; run for each. Empty where the
+    /// transaction does that by itself, and where the next does.
+    std::string holdTable = {};
+    /// Counts the rows of a target's table as they are now, whatever the transaction has seen of it before.
+    std::string countNow = "SELECT COUNT(*) FROM {table}";
+    /// Mark the transaction where nothing is written yet, and take back what was written since. Empty: another one is
+    /// begun, where the lock outlives it.
+    std::string mark = {};
+    std::string backToMark = {};
+    /// Stand around a name.
+    char nameBegin = '"';
+    char nameEnd = '"';
+    /// Whether a column keeps whatever is written to it; else some text that is no number becomes one, and so with
+    /// days.
+    bool keepsEveryValue = false;
+    /// The server's setting for how many bytes a statement may have; empty: there is none.
+    std::string longestStatement = {};
     /// Stand around the rows of a table whose ids the engine gives.
     std::string beginIds = {};
     std::string endIds = {};
@@ -45,9 +62,11 @@ struct Dialect {
     std::string rebuildIndexes;
     /// Whether a step is applied in one transaction; else its statements can be run again.
     bool stepIsTransaction = true;
-    /// Statements that keep a second run waiting; empty where a transaction does.
+    /// Statements that keep a second run waiting; empty where a transaction does. See Lock.
     std::string lock;
     std::string unlock;
+    /// Whether the lock gives 1 in column 1 when it was taken; else it is refused when it was not.
+    bool lockGivesOne = false;
     /// Looks at the server's settings. @throws CAException that says what to change. Empty: nothing to look at.
     std::function<void(CAConnect& conn)> check;
     CopyRules copying = {};
@@ -55,6 +74,12 @@ struct Dialect {
 
 /// The dialect of the engine behind a connection. @throws CAException when there are no tables for it.
 const Dialect& DialectOf(CAConnect& conn);
+
+/// Waits for the lock, if there is one. @throws CAException, also when it was waited for in vain.
+void Lock(CAConnect& conn, const Dialect& dialect);
+/// Gives it back. Tells of no failure: what the lock was for has been done or given up, and it goes with its
+/// connection.
+void Unlock(CAConnect& conn, const Dialect& dialect) noexcept;
 
 namespace sqlite {
 const Dialect& TheDialect();

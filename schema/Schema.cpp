@@ -42,7 +42,7 @@ public:
             m_conn.BeginTrans();
         }
         try {
-            Run(m_dialect.lock);
+            Lock(m_conn, m_dialect);
         } catch (const CAException&) {
             GiveUp();
             throw;
@@ -57,17 +57,11 @@ public:
         if (m_dialect.stepIsTransaction) {
             m_conn.CommitTrans();
         }
-        Run(m_dialect.unlock);
         m_done = true;
+        Unlock(m_conn, m_dialect);
     }
 
 private:
-    void Run(const std::string& statement)
-    {
-        if (!statement.empty()) {
-            m_conn.Execute(statement.c_str());
-        }
-    }
     void GiveUp() noexcept
     {
         if (m_done) {
@@ -78,9 +72,9 @@ private:
             if (m_dialect.stepIsTransaction) {
                 m_conn.RollbackTrans();
             }
-            Run(m_dialect.unlock);
         } catch (const CAException&) { // what made us give up is being reported already
         }
+        Unlock(m_conn, m_dialect);
     }
 
     CAConnect& m_conn;
@@ -192,6 +186,28 @@ const Dialect& DialectOf(CAConnect& conn)
         return access::TheDialect();
     }
     throw CAException("there are no tables for the engine " + engine);
+}
+
+void Lock(CAConnect& conn, const Dialect& dialect)
+{
+    if (dialect.lockGivesOne) {
+        const std::vector<CString> given = ReadTexts(conn, dialect.lock.c_str());
+        if (given.empty() || NumberIn(given.front()) != 1) {
+            throw CAException("somebody else has been working on the tables for ten minutes");
+        }
+    } else if (!dialect.lock.empty()) {
+        conn.Execute(dialect.lock.c_str());
+    }
+}
+
+void Unlock(CAConnect& conn, const Dialect& dialect) noexcept
+{
+    try {
+        if (!dialect.unlock.empty()) {
+            conn.Execute(dialect.unlock.c_str());
+        }
+    } catch (const CAException&) { // see its declaration
+    }
 }
 
 Status Inspect(CAConnect& conn) { return InspectFor(conn, static_cast<int>(DialectOf(conn).steps.size())); }

@@ -26,6 +26,12 @@ std::string_view CutWord(std::string_view& line)
     return word;
 }
 
+template <class Words>
+bool Holds(const Words& words, std::string_view word)
+{
+    return std::ranges::find(words, word) != words.end();
+}
+
 bool IsCounted(std::string_view type)
 {
     constexpr std::array marks = {"AUTOINCREMENT", "AUTO_INCREMENT", "IDENTITY", "COUNTER"};
@@ -33,6 +39,15 @@ bool IsCounted(std::string_view type)
 }
 
 bool IsComputed(std::string_view type) { return type.find(" AS (") != std::string_view::npos; }
+
+Kind KindOf(std::string_view type)
+{
+    constexpr std::array<std::string_view, 5> numbers = {"INTEGER", "INT", "BIGINT", "LONG", "COUNTER"};
+    constexpr std::array<std::string_view, 4> moments = {"DATE", "DATETIME", "DATETIME2", "TIMESTAMP"};
+    std::string_view word = CutWord(type);
+    word = word.substr(0, word.find_first_of(",("));
+    return Holds(numbers, word) ? Kind::number : Holds(moments, word) ? Kind::moment : Kind::text;
+}
 
 // Columns stand on lines of their own, and all of them are named Col_SOMETHING; nothing else is.
 std::optional<Column> ReadColumn(std::string_view line)
@@ -42,7 +57,7 @@ std::optional<Column> ReadColumn(std::string_view line)
         return std::nullopt;
     }
     const std::string type = platform::UpperUtf8(line);
-    return Column{std::string(name), IsComputed(type), IsCounted(type)};
+    return Column{std::string(name), KindOf(type), IsComputed(type), IsCounted(type)};
 }
 
 std::optional<Table> ReadTable(std::string_view statement)

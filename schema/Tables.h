@@ -2,13 +2,18 @@
 
 #include "schema/Dialect.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace schema {
 
+/// What a column is for.
+enum class Kind : std::uint8_t { text, number, moment };
+
 struct Column {
     std::string name;
+    Kind kind = Kind::text;
     bool isComputed = false; ///< from other columns, and cannot be written
     bool isCounted = false;  ///< the engine gives it a number of its own where none is written
 };

@@ -38,7 +38,7 @@ const Dialect& TheDialect()
         .lock = {},
         .unlock = {},
         .check = RequireAListOfTables,
-        .copying = {.sortsRows = false, .rowsPerInsert = 1},
+        .copying = {.sortsRows = false, .nameBegin = '[', .nameEnd = ']', .rowsPerInsert = 1},
     };
     return dialect;
 }

@@ -39,12 +39,18 @@ const Dialect& TheDialect()
         .stepIsTransaction = false,
         .lock = "SELECT GET_LOCK(CONCAT('qv_Schema.', DATABASE()), 600)",
         .unlock = "SELECT RELEASE_LOCK(CONCAT('qv_Schema.', DATABASE()))",
+        .lockGivesOne = true,
         .check = RequireTableNamesOfAnyCase,
         .copying = {.beginReading = {kFreshStatistics, "SET TRANSACTION ISOLATION LEVEL REPEATABLE READ",
                                      "START TRANSACTION WITH CONSISTENT SNAPSHOT, READ ONLY"},
                     .identity = "SELECT CONCAT_WS(' ', @@hostname, @@port, @@server_id, @@datadir, DATABASE())",
-                    // Else a written 0 would be taken for no id.
-                    .beginWriting = {"SET SESSION sql_mode = CONCAT(@@sql_mode, ',NO_AUTO_VALUE_ON_ZERO')"},
+                    // Else a written 0 would be taken for no id, and the count would not hold what lies between rows.
+                    .beginWriting = {"SET SESSION sql_mode = CONCAT(@@sql_mode, ',NO_AUTO_VALUE_ON_ZERO')",
+                                     "SET SESSION TRANSACTION ISOLATION LEVEL REPEATABLE READ"},
+                    .countNow = "SELECT COUNT(*) FROM {table} LOCK IN SHARE MODE",
+                    .nameBegin = '`',
+                    .nameEnd = '`',
+                    .longestStatement = "max_allowed_packet",
                     .greatestId = "SELECT AUTO_INCREMENT - 1 FROM information_schema.TABLES "
                                   "WHERE TABLE_SCHEMA = DATABASE() AND TABLE_NAME = '{table}'"},
     };

@@ -38,13 +38,21 @@ const Dialect& TheDialect()
         .lock = "SELECT pg_advisory_xact_lock(hashtext('qv_Schema'))",
         .unlock = {},
         .check = RequireCapitalsOfAllLetters,
-        .copying = {.beginReading = {"BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"},
-                    .identity = "SELECT concat_ws(' ', pg_postmaster_start_time(), oid, current_schema()) "
-                                "FROM pg_catalog.pg_database WHERE datname = current_database()",
-                    .greatestId = "SELECT pg_sequence_last_value(pg_get_serial_sequence('{table}', "
-                                  "lower('{column}'))::regclass)",
-                    .countsWrittenIds = false,
-                    .passIds = {"SELECT setval(pg_get_serial_sequence('{table}', lower('{column}')), {id})"}},
+        .copying =
+            {.beginReading = {"BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"},
+             .identity = "SELECT concat_ws(' ', extract(epoch FROM pg_postmaster_start_time()), oid, "
+                         "current_schema()) FROM pg_catalog.pg_database WHERE datname = current_database()",
+             // Else the count would see what was there before the lock was waited for.
+             .beginWriting = {"SET SESSION CHARACTERISTICS AS TRANSACTION ISOLATION LEVEL READ COMMITTED"},
+             .holdTable = "LOCK TABLE {table} IN SHARE ROW EXCLUSIVE MODE",
+             .mark = "SAVEPOINT qv_Empty",
+             .backToMark = "ROLLBACK TO SAVEPOINT qv_Empty",
+             .greatestId = "SELECT pg_sequence_last_value(pg_get_serial_sequence('{table}', "
+                           "lower('{column}'))::regclass)",
+             .countsWrittenIds = false,
+             // What the target itself has given out may be greater.
+             .passIds = {"SELECT setval(id, GREATEST({id}, COALESCE(pg_sequence_last_value(id), 0))) FROM "
+                         "(SELECT pg_get_serial_sequence('{table}', lower('{column}'))::regclass AS id) AS ids"}},
     };
     return dialect;
 }

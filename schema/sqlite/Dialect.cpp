@@ -17,6 +17,7 @@ const Dialect& TheDialect()
         .check = {},
         .copying = {.beginReading = {"BEGIN"},
                     .identity = "SELECT file FROM pragma_database_list WHERE name = 'main'",
+                    .keepsEveryValue = true,
                     .greatestId = "SELECT seq FROM sqlite_sequence WHERE name = '{table}' COLLATE NOCASE"},
     };
     return dialect;

@@ -37,14 +37,18 @@ const Dialect& TheDialect()
                       "TABLE_SCHEMA = SCHEMA_NAME()",
         .rebuildIndexes = {}, // the engine's own rules
         .stepIsTransaction = true,
-        // The session's, since with some drivers a transaction has not begun before a table is touched. Should it not
-        // be given in time, the second run is refused at its first table.
-        .lock = "EXEC sp_getapplock @Resource = 'qv_Schema', @LockMode = 'Exclusive', @LockOwner = 'Session', "
-                "@LockTimeout = 600000",
+        // The session's, since with some drivers a transaction has not begun before a table is touched. The procedure
+        // only answers with a number when it waited in vain. No semicolons: connections take one statement at a time.
+        .lock = "DECLARE @given int EXEC @given = sp_getapplock @Resource = 'qv_Schema', @LockMode = 'Exclusive', "
+                "@LockOwner = 'Session', @LockTimeout = 600000 "
+                "IF @given < 0 RAISERROR('somebody else has been working on the tables for ten minutes', 16, 1)",
         .unlock = "EXEC sp_releaseapplock @Resource = 'qv_Schema', @LockOwner = 'Session'",
         .check = RequireTextsOfAnyCase,
         .copying = {.beginReading = {"SET TRANSACTION ISOLATION LEVEL SERIALIZABLE", "BEGIN TRANSACTION"},
                     .identity = "SELECT CONCAT(@@SERVERNAME, ' ', DB_NAME(), ' ', SCHEMA_NAME())",
+                    .countNow = "SELECT COUNT(*) FROM {table} WITH (TABLOCK, HOLDLOCK)",
+                    .nameBegin = '[',
+                    .nameEnd = ']',
                     .beginIds = "SET IDENTITY_INSERT {table} ON",
                     .endIds = "SET IDENTITY_INSERT {table} OFF",
                     .textMark = "N",

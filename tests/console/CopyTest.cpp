@@ -9,7 +9,8 @@
 
 #include <chrono>
 #include <csignal>
-#include <thread>
+#include <future>
+#include <stdexcept>
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -134,6 +135,34 @@ protected:
     CAConnect m_conn;
 };
 
+/// A program that runs beside the tests until it ends or is waited for.
+class Running {
+public:
+    Running(const std::vector<std::string>& arguments, const ChildOptions& options)
+        : m_child(QVADMIN_PROGRAM, arguments, options),
+          m_result(std::async(std::launch::async, [this] { return m_child.Finish(); }))
+    {
+    }
+
+    void Signal(int signal) const { m_child.Signal(signal); }
+    ChildResult Finish() { return m_result.get(); }
+
+    /// @throws std::runtime_error when it has ended before.
+    template <class Condition>
+    void WaitUntil(Condition holds)
+    {
+        while (!holds()) {
+            if (m_result.wait_for(std::chrono::milliseconds(2)) == std::future_status::ready) {
+                throw std::runtime_error("it has ended: " + m_result.get().err);
+            }
+        }
+    }
+
+private:
+    ChildProcess m_child;
+    std::future<ChildResult> m_result;
+};
+
 /// A copy to PostgreSQL that waits at the packages, with users written before.
 class HeldCopyTest : public CopyTest {
 protected:
@@ -145,13 +174,20 @@ protected:
         m_target = servers::NewDatabase("postgresql");
         Open(m_holder, m_target);
         schema::Upgrade(m_holder);
-        m_holder.BeginTrans();
-        m_holder.Execute("LOCK TABLE kel_Package IN SHARE ROW EXCLUSIVE MODE"); // reads go on
-        m_copy.emplace(QVADMIN_PROGRAM, std::vector<std::string>{"db", "copy", m_target}, m_options);
-        while (NumberOf("SELECT COUNT(*) FROM pg_locks WHERE NOT granted AND relation = 'kel_package'::regclass") ==
-               0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
+        m_holder.Execute("CREATE FUNCTION Wait() RETURNS trigger LANGUAGE plpgsql AS "
+                         "$$BEGIN PERFORM pg_advisory_xact_lock(42); RETURN NEW; END$$");
+        m_holder.Execute("CREATE TRIGGER Wait BEFORE INSERT ON kel_Package FOR EACH ROW EXECUTE FUNCTION Wait()");
+        m_holder.Execute("SELECT pg_advisory_lock(42)");
+        m_copy.emplace(std::vector<std::string>{"db", "copy", m_target}, m_options);
+        m_copy->WaitUntil([this] { return NumberOf("SELECT COUNT(*)" + kWaiting + "AND objid = 42") != 0; });
+    }
+
+    // Whoever still waits goes on.
+    void TearDown() override
+    {
+        m_holder.Close();
+        m_copy.reset();
+        CopyTest::TearDown();
     }
 
     __int64 NumberOf(const std::string& sql)
@@ -163,7 +199,7 @@ protected:
         return number;
     }
 
-    void Release() { m_holder.RollbackTrans(); }
+    void Release() { m_holder.Execute("SELECT pg_advisory_unlock(42)"); }
 
     void ExpectNothingIsThereAndItCanBeDoneAgain()
     {
@@ -172,9 +208,11 @@ protected:
         EXPECT_TRUE(DumpOf(m_target) == DumpOf(DatabaseUrl()));
     }
 
+    const std::string kWaiting = " FROM pg_locks WHERE NOT granted AND locktype = 'advisory' AND database = "
+                                 "(SELECT oid FROM pg_database WHERE datname = current_database()) ";
     std::string m_target;
     CAConnect m_holder;
-    std::optional<ChildProcess> m_copy;
+    std::optional<Running> m_copy;
 };
 
 } // namespace
@@ -261,6 +299,52 @@ TEST_F(CopyTest, OtherTablesAndLaterDirectoriesAreNoTarget)
     ExpectRefusal("sqlite:" + Path("data"), 6, "cannot open");
 }
 
+TEST_F(CopyTest, AColumnThatTheTargetLacksIsAConflict)
+{
+    Execute("ALTER TABLE kel_log ADD COLUMN Col_Address TEXT");
+    const ChildResult result = CopyTo("sqlite:" + Path("to.db"));
+    EXPECT_EQ(result.exit, 4);
+    EXPECT_EQ(result.err, "qvadmin: the source's kel_log has a column Col_Address that the target's has not; add it "
+                          "there first; nothing was copied\n");
+}
+
+TEST_F(CopyTest, AValueThatTheTargetWouldTakeForAnotherIsNamedWithoutBlamingTheDatabase)
+{
+    AddUsers(1);
+    Execute("UPDATE qv_User SET Col_Birthday = 'now'");
+    EXPECT_EQ(
+        CopyTo(servers::NewDatabase("postgresql")).err,
+        "qvadmin: stopped: qv_User, Col_ID 1: Col_Birthday holds what is no date, or one with a time zone; nothing "
+        "was copied; mend it in the source and copy again\n");
+}
+
+TEST_F(CopyTest, TheSourceIsNotWrittenTo)
+{
+    Execute("UPDATE qv_Schema SET Col_Value = 'old' WHERE Col_Name = 'upper'");
+    const ChildResult result = Copy(DatabaseUrl() + "?mode=ro", "sqlite:" + Path("to.db"));
+    EXPECT_EQ(result.exit, 0) << result.err;
+    EXPECT_EQ(CopyTo("sqlite:" + Path("another.db")).exit, 0);
+    CARecordset rs;
+    rs.Open("SELECT Col_Value FROM qv_Schema WHERE Col_Name = 'upper'", &m_conn, adbcCursorStatic, adbcLockOptimistic,
+            adbcCommandText);
+    EXPECT_EQ(rs.GetValueToStr(1, true), "old");
+}
+
+TEST_F(CopyTest, ATargetThatNamesNoKindIsShownOnlyWhereItCanHoldNoPassword)
+{
+    ExpectRefusal("/tmp/a:b", 2, "write sqlite:/tmp/a:b for a file");
+    const ChildResult result = CopyTo("host=h password=topsecret");
+    EXPECT_EQ(result.exit, 2);
+    EXPECT_EQ(result.err, "qvadmin: the target names no kind of database; write sqlite:PATH for a file\n");
+}
+
+TEST_F(CopyTest, ATargetThatWouldBeGoneOrIsNotToBeMadeIsRefusedWithOneThatIs)
+{
+    ExpectRefusal("sqlite::memory:", 2, "is gone when the copy ends; write sqlite:PATH");
+    const std::string to = "sqlite:" + Path("to.db");
+    ExpectRefusal(to + "?mode=rw", 6, "; write " + to + " to have it made\n");
+}
+
 TEST_F(CopyTest, ASourceThatIsNotReadyMakesNoTarget)
 {
     const ChildResult missing = Copy("sqlite:" + Path("nothing.db"), "sqlite:" + Path("to.db"));
@@ -293,7 +377,7 @@ TEST_F(CopyTest, ARowThatTheTargetRefusesIsNamedAndMendedAndThenAllIsCopied)
     EXPECT_EQ(result.exit, 6);
     EXPECT_THAT(result.err, AllOf(StartsWith("qvadmin: stopped: the database refused: qv_User, Col_ID 700: "),
                                   HasSubstr("Col_Note"),
-                                  HasSubstr("; nothing was copied, and the same command can be run again\n")));
+                                  HasSubstr("; nothing was copied; mend it in the source and copy again\n")));
     EXPECT_EQ(RowsIn(to), 0);
     Execute("UPDATE qv_User SET Col_Note = 'x' WHERE Col_ID = 700");
     EXPECT_EQ(CopyTo(to).exit, 0);
@@ -332,22 +416,19 @@ TEST_F(HeldCopyTest, ItCanBeKilled)
 
 TEST_F(HeldCopyTest, ASecondCopyWaitsAndFindsTheTargetFull)
 {
-    ChildProcess second(QVADMIN_PROGRAM, {"db", "copy", m_target}, m_options);
-    while (NumberOf("SELECT COUNT(*) FROM pg_locks WHERE NOT granted AND locktype = 'advisory'") == 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
+    Running second({"db", "copy", m_target}, m_options);
+    second.WaitUntil([this] { return NumberOf("SELECT COUNT(*)" + kWaiting + "AND objid <> 42") != 0; });
     Release();
     EXPECT_EQ(m_copy->Finish().exit, 0);
     const ChildResult late = second.Finish();
-    EXPECT_EQ(late.exit, 6);
-    EXPECT_THAT(late.err, HasSubstr("somebody else has begun to fill the target"));
+    EXPECT_EQ(late.exit, 4);
+    EXPECT_EQ(late.err, "qvadmin: somebody else has begun to fill the target; nothing was copied\n");
     EXPECT_EQ(RowsIn(m_target), 2001);
 }
 
 TEST_F(HeldCopyTest, AServerThatGoesAwayIsTold)
 {
-    NumberOf("SELECT COUNT(pg_terminate_backend(pid)) FROM pg_locks WHERE NOT granted AND "
-             "relation = 'kel_package'::regclass");
+    NumberOf("SELECT COUNT(pg_terminate_backend(pid))" + kWaiting);
     const ChildResult result = m_copy->Finish();
     EXPECT_EQ(result.exit, 6);
     EXPECT_THAT(result.err, AllOf(StartsWith("qv_User: 2000 rows\n"), HasSubstr("qvadmin: stopped: "),

@@ -21,6 +21,8 @@ inline const std::vector<std::string>& Texts()
         "'; DROP TABLE qv_User; --",
         R"(C:\data\)",
         R"(\')",
+        "a\\\nb",
+        "a\\\r\nb",
         "two\r\nlines\tand a tab\n",
         " blanks around ",
         R"(100% _any_ {table} "{id}" /* */)",

@@ -210,6 +210,39 @@ TEST(ServerSettings, ThatTellTablesApartByCaseAreRefusedWithTheSettingToChange)
     EXPECT_THAT(database.executions, testing::IsEmpty());
 }
 
+TEST(Locks, ThatAreWaitedForInVainAreToldOnMysql)
+{
+    scripted::Database database;
+    database.engineName = "MariaDB 10.11";
+    CAConnect conn;
+    database.Connect(conn, 6);
+    database.Answer(scripted::Rows({{"1"}}));
+    database.Answer(scripted::Rows({{"0"}}));
+    EXPECT_THAT(Raised([&] { schema::Upgrade(conn); }), HasSubstr("somebody else"));
+    EXPECT_THAT(database.queries.back(), HasSubstr("GET_LOCK"));
+}
+
+TEST(Locks, ThatAreWaitedForInVainAreToldOnSqlServer)
+{
+    const std::string url = servers::NewDatabase("sqlserver");
+    CAConnect holder;
+    CAConnect conn;
+    holder.Open(url.c_str());
+    conn.Open(url.c_str());
+    std::string lock = schema::DialectOf(conn).lock;
+    holder.Execute(lock.c_str());
+    lock.replace(lock.find("600000"), 6, "1");
+    EXPECT_THAT(Raised([&] { conn.Execute(lock.c_str()); }), HasSubstr("somebody else"));
+}
+
+TEST(Locks, ThatAreGoneByThenUndoNoStep)
+{
+    CAConnect conn;
+    conn.Open(servers::NewDatabase("sqlserver").c_str());
+    schema::Upgrade(conn, [&](int, const std::string&) { conn.Execute(schema::DialectOf(conn).unlock.c_str()); });
+    EXPECT_EQ(schema::Inspect(conn).state, State::current);
+}
+
 TEST(ServerSettings, ThatTellTextsApartByCaseAreRefusedWithTheCollationToTake)
 {
     for (const char* style : {"0", "196608"}) {

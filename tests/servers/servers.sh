@@ -116,17 +116,18 @@ start_mariadb() {
 # Not the engine, which cannot be had here: a responder that speaks its protocol and refuses what its grammar does not
 # take, in front of SQLite. It is the Debian Python's, whose modules other interpreters do not find.
 start_sqlserver() {
-  local data=$1/sqlserver port
+  local data=$1/sqlserver pid
   /usr/bin/python3 -c 'import sqlglot' 2>/dev/null || need "the Python module sqlglot" python3-sqlglot
-  port=$(free_port)
   mkdir "$data"
-  /usr/bin/python3 "$(dirname "$0")/tds_responder.py" --port "$port" --folder "$data" >"$data/log" 2>&1 </dev/null &
-  echo $! >"$folder/sqlserver.pid"
+  /usr/bin/python3 "$(dirname "$0")/tds_responder.py" --folder "$data" >"$data/log" 2>&1 </dev/null &
+  pid=$!
+  echo "$pid" >"$folder/sqlserver.pid"
   for _ in $(seq 200); do
-    if (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; then
-      printf '%s\n' 127.0.0.1 "$port" >"$folder/sqlserver"
+    if [ -s "$data/port" ]; then
+      printf '%s\n' 127.0.0.1 "$(cat "$data/port")" >"$folder/sqlserver"
       return
     fi
+    kill -0 "$pid" 2>/dev/null || break
     sleep 0.05
   done
   say "the responder for SQL Server does not answer"

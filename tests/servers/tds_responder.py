@@ -8,8 +8,10 @@ nothing of the engine's plans, locks or limits. What it takes from the engine:
 - = on texts ignores case and blanks at the end; texts that are too long and dates that are none are refused;
 - errors carry the engine's numbers; one result at a time arrives on a connection; an attention ends it.
 
-What it is more lenient in: ids may be written without leave, and all texts keep all of Unicode, as in a database whose
-collation is one of UTF-8. Readers never wait for writers.
+What it is more lenient in, among other things: ids may be written without leave; columns of numbers take texts and
+numbers beyond their size; lengths count characters, where the engine counts pairs of bytes; and all texts keep all of
+Unicode, as in a database whose collation is one of UTF-8. Who reads outside a transaction never waits for writers. Of
+transactions there is one at a time in a database, also of those that only read.
 """
 import argparse
 import datetime
@@ -69,7 +71,8 @@ UNKNOWN_TO_GRAMMAR = rules((r"\bIDENTITY\s*\(1,\s*1\)", ""), (r"(\bCol_\w+)\s+AS
 NO_TSQL = re.compile(r"\bLIMIT\b|==|\|\||`|\bCREATE\s+\w+\s+IF\b", re.I)
 
 TO_SQLITE = rules((r"\bINFORMATION_SCHEMA\s*\.\s*TABLES\b", "information_schema_tables"),
-                  (r"\bsys\s*\.\s*identity_columns\b", "sys_identity_columns"), (r"@@(SPID|SERVERNAME)\b", r"\1()"))
+                  (r"\bsys\s*\.\s*identity_columns\b", "sys_identity_columns"), (r"@@(SPID|SERVERNAME)\b", r"\1()"),
+                  (r"\sWITH\s*\(TABLOCK,\s*HOLDLOCK\)", ""))
 TABLE_TO_SQLITE = rules(
     (r"\b(?:big)?int\s+IDENTITY\(1,1\)\s+(?:NOT\s+NULL\s+)?PRIMARY\s+KEY", "INTEGER PRIMARY KEY AUTOINCREMENT"),
     (r"\bn?varchar\s*\(max\)", "ntext COLLATE SQLSERVER"),
@@ -521,7 +524,8 @@ class Session:
                 (r"CREATE DATABASE (\w+)", self.server.create),
                 (r"DROP DATABASE (\w+)", self.server.drop),
                 (r"KILL (\d+)", lambda number: self.server.kill(int(number))),
-                (r"EXEC sp_getapplock @Resource = '(\w+)'.*'Session', @LockTimeout = (\d+)", self.get_lock),
+                (r"DECLARE @given int EXEC @given = sp_getapplock @Resource = '(\w+)'.*'Session', "
+                 r"@LockTimeout = (\d+) IF @given < 0 RAISERROR\('([^']*)', 16, 1\)", self.get_lock),
                 (r"EXEC sp_releaseapplock @Resource = '(\w+)', @LockOwner = 'Session'", self.release_lock)):
             found = re.fullmatch(pattern, text.strip(), re.I)
             if found:
@@ -541,12 +545,11 @@ class Session:
         changes = self.database.total_changes - before if counts else 0
         self.wire.write(done(more | (COUNT if counts else 0), COMMANDS.get(verb, 0), changes))
 
-    def get_lock(self, name, milliseconds):
+    def get_lock(self, name, milliseconds, refusal):
         lock = self.server.lock((self.name.lower(), name))
-        given = name in self.held or lock.acquire(timeout=int(milliseconds) / 1000)
-        if given:
-            self.held[name] = lock
-        self.wire.write(struct.pack("<Bi", 0x79, 0 if given else -1))
+        if name not in self.held and not lock.acquire(timeout=int(milliseconds) / 1000):
+            raise Refused(50000, refusal)
+        self.held[name] = lock
 
     def release_lock(self, name):
         if name not in self.held:
@@ -584,11 +587,12 @@ class Session:
 
 def main():
     parser = argparse.ArgumentParser(description="Speaks the protocol of SQL Server in front of SQLite.")
-    parser.add_argument("--port", type=int, required=True, help="on 127.0.0.1")
-    parser.add_argument("--folder", type=pathlib.Path, required=True, help="for the databases; an empty one")
+    parser.add_argument("--folder", type=pathlib.Path, required=True,
+                        help="for the databases, and for the file `port` that names the port on 127.0.0.1; an empty one")
     arguments = parser.parse_args()
     server = Server(arguments.folder)
-    with socket.create_server(("127.0.0.1", arguments.port), backlog=64) as listener:
+    with socket.create_server(("127.0.0.1", 0), backlog=64) as listener:
+        (arguments.folder / "port").write_text(f"{listener.getsockname()[1]}\n")
         while True:
             connection, _ = listener.accept()
             connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
