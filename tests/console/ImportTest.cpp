@@ -131,7 +131,8 @@ TEST_F(ImportTest, ADryRunChangesNothing)
 
 TEST_F(ImportTest, ADryRunFindsADatabaseThatCannotBeWritten)
 {
-    const ChildResult result = Run({"--db", DatabaseUrl() + "?mode=ro", "user", "import", kPeople, "--dry-run"});
+    const ChildResult result =
+        Run({"--db", DatabaseUrl() + "?mode=ro", "user", "import", kPeople, "--dry-run", "--result", "out.csv"});
     EXPECT_EQ(result.exit, 6);
     EXPECT_THAT(result.err, HasSubstr("readonly"));
 }

@@ -134,7 +134,7 @@ protected:
         const ChildResult result = Run(words);
         EXPECT_EQ(result.exit, exit) << result.err;
         EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(StartsWith("qvadmin: "), HasSubstr(part)));
+        EXPECT_THAT(result.err, AllOf(HasSubstr("qvadmin: "), HasSubstr(part)));
     }
 
     CAConnect m_conn;
