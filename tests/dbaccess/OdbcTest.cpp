@@ -6,6 +6,7 @@
 #include "tests/dbaccess/DriverSuite.h"
 #include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/Servers.h"
+#include "tests/support/Memory.h"
 #include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>
@@ -58,20 +59,6 @@ std::string Repeated(const std::string& text, int times)
     }
     return repeated;
 }
-
-std::size_t ResidentBytes()
-{
-    std::size_t pages = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> pages >> resident;
-    return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
-}
-
-#ifdef __SANITIZE_ADDRESS__
-constexpr std::size_t kFlat = 400'000'000; // the sanitizer holds back memory that was given free
-#else
-constexpr std::size_t kFlat = 8'000'000;
-#endif
 
 /// How one engine says what all of them can.
 struct Engine {
@@ -332,14 +319,14 @@ TEST(OdbcStreams, ReadAMillionRowsInTheMemoryOfAFew)
     for (const Engine& engine : {kSqlite, kPostgresql}) {
         CAConnect conn;
         conn.Open(FreshOdbcUrl(engine.name).c_str());
-        const std::size_t before = ResidentBytes();
+        const std::size_t before = MemoryInUse();
         CARecordset rs;
         Open(rs, engine.million, conn);
         int rows = 0;
         for (; rs.IsEOF() == 0; rs.MoveNext()) {
             ++rows;
             if (rows % 100000 == 1) {
-                EXPECT_LT(ResidentBytes(), before + kFlat) << engine.name << " " << rows;
+                EXPECT_LT(MemoryInUse(), before + kFlatMemory) << engine.name << " " << rows;
             }
         }
         EXPECT_EQ(rows, 1000000);
@@ -685,10 +672,10 @@ TEST(OdbcConnections, TakeADataSource)
         conn.Open("odbc:DSN=people?kind=1");
         conn.Execute("CREATE TABLE t (a INTEGER)");
         EXPECT_EQ(conn.m_nDBType, 1);
-        const std::size_t before = ResidentBytes();
+        const std::size_t before = MemoryInUse();
         CARecordset rs;
         Open(rs, kSqlite.million, conn);
-        EXPECT_LT(ResidentBytes(), before + kFlat);
+        EXPECT_LT(MemoryInUse(), before + kFlatMemory);
     }
     ::unsetenv("ODBCINI");
     EXPECT_TRUE(fs::exists(folder + "/people.db"));

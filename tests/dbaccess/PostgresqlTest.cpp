@@ -3,6 +3,7 @@
 #include "dbaccess/CARecordset.h"
 #include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/Servers.h"
+#include "tests/support/Memory.h"
 #include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>
@@ -12,7 +13,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <string>
 
 using testing::AnyOf;
@@ -99,20 +99,6 @@ private:
     int m_socket;
     sockaddr_in m_address{};
 };
-
-std::size_t ResidentBytes()
-{
-    std::size_t pages = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> pages >> resident;
-    return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
-}
-
-#ifdef __SANITIZE_ADDRESS__
-constexpr std::size_t kFlat = 400'000'000; // the sanitizer holds back memory that was given free
-#else
-constexpr std::size_t kFlat = 8'000'000;
-#endif
 
 TEST_F(PostgresqlTest, NamesItsEngineAndKind)
 {
@@ -223,14 +209,14 @@ TEST_F(PostgresqlTest, ReadsAMillionRowsInTheMemoryOfAFew)
 {
     CARecordset rs;
     Open(rs, "SELECT i, 'some text that takes room' FROM generate_series(1, 1000000) AS n(i)", m_conn);
-    const std::size_t before = ResidentBytes();
+    const std::size_t before = MemoryInUse();
     int last = 0;
     int rows = 0;
     for (; rs.IsEOF() == 0; rs.MoveNext()) {
         rs.GetValue(1, last);
         ++rows;
         if (rows % 100000 == 0) {
-            EXPECT_LT(ResidentBytes(), before + kFlat) << rows;
+            EXPECT_LT(MemoryInUse(), before + kFlatMemory) << rows;
         }
     }
     EXPECT_EQ(rows, 1000000);
