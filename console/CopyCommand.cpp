@@ -110,7 +110,6 @@ public:
 
     schema::Copied Run()
     {
-        const Interrupt interrupt;
         schema::Copied copied = Copy();
         m_progress.Clear();
         if (copied.stopped) {
@@ -187,6 +186,7 @@ Exit Copy(const Context& context)
     CAConnect to;
     Connect(to, *target.db, target);
     RequireUsable(from, to, shown);
+    const Interrupt interrupt;
     Asking(to, [&] { schema::Upgrade(to); });
     Copying copying(from, to, context.terminal);
     const schema::Copied copied = copying.Run();

@@ -62,6 +62,12 @@ Exit Status(const Context& context)
                            {"newest", std::int64_t{status.newest}},
                            {"users", isCurrent ? Value(std::int64_t{Directory(conn).Count()}) : Value()}};
     Render(context.arguments.format, record, context.terminal.out);
+    try {
+        schema::RequireSuitable(conn);
+    } catch (const CAException& e) {
+        context.terminal.err << fmt::format("qvadmin: {}\n", ErrorFrom(conn, e).EngineLine());
+        return Exit::findings;
+    }
     return isCurrent ? Exit::done : Exit::findings;
 }
 

@@ -210,13 +210,29 @@ void Unlock(CAConnect& conn, const Dialect& dialect) noexcept
     }
 }
 
-Status Inspect(CAConnect& conn) { return InspectFor(conn, static_cast<int>(DialectOf(conn).steps.size())); }
+Status Inspect(CAConnect& conn)
+{
+    try {
+        return InspectFor(conn, static_cast<int>(DialectOf(conn).steps.size()));
+    } catch (const CAException&) {
+        // Tables that a restored copy has may not be found for what the server is.
+        if (conn.IsOpen()) {
+            RequireSuitable(conn);
+        }
+        throw;
+    }
+}
 
-void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress)
+void RequireSuitable(CAConnect& conn)
 {
     if (const auto& check = DialectOf(conn).check) {
         check(conn);
     }
+}
+
+void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress)
+{
+    RequireSuitable(conn);
     while (NextStep(conn, steps, progress).state != State::current) {
     }
 }

@@ -35,6 +35,10 @@ using Progress = std::function<void(int version, const std::string& title)>;
 /// Looks at the database behind an open connection. Changes nothing. @throws CAException.
 Status Inspect(CAConnect& conn);
 
+/// Looks whether the settings of the server and the database allow a directory, as Upgrade does first.
+/// @throws CAException that says what to change.
+void RequireSuitable(CAConnect& conn);
+
 /// Makes or upgrades the tables, step by step. Each step and its new version number are applied together or not at all,
 /// or, where the engine cannot, so that a step may be begun again; a run that is killed is carried on by the next one;
 /// of two runs at once one does the work and both succeed.

@@ -10,19 +10,28 @@ namespace schema::postgresql {
 
 namespace {
 
+CString TextOf(CAConnect& conn, const char* query)
+{
+    CString text;
+    CARecordset rs;
+    rs.Open(query, &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    rs.GetValue(1, text, true);
+    return text;
+}
+
 // Names are found through upper(), which has to fold what CString::MakeUpper folds. 233 and 1103 are letters whose
-// capitals are 201 and 1071.
+// capitals are 201 and 1071. Other encodings refuse them in a statement.
 void RequireCapitalsOfAllLetters(CAConnect& conn)
 {
-    CARecordset rs;
-    int folds = 0;
-    rs.Open("SELECT CASE WHEN current_setting('server_encoding') = 'UTF8' AND upper(U&'\\00e9\\044f') = "
-            "U&'\\00c9\\042f' THEN 1 ELSE 0 END",
-            &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
-    rs.GetValue(1, folds);
-    if (folds == 0) {
+    const CString advice = "; make it with ENCODING 'UTF8', LOCALE 'C.UTF-8' and TEMPLATE template0";
+    const CString encoding = TextOf(conn, "SELECT current_setting('server_encoding')");
+    if (encoding != "UTF8") {
+        throw CAException("this database cannot hold all letters, being in " + encoding + advice);
+    }
+    if (TextOf(conn, R"(SELECT CASE WHEN upper(U&'\00e9\044f') = U&'\00c9\042f' THEN 1 ELSE 0 END)") != "1") {
         throw CAException("the capitals of this database are those of a to z alone, so that login names could not be "
-                          "found; make it with ENCODING 'UTF8', LOCALE 'C.UTF-8' and TEMPLATE template0");
+                          "found" +
+                          advice);
     }
 }
 

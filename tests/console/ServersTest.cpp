@@ -119,6 +119,22 @@ TEST_P(ServersTest, StatusNamesEngineAndVersion)
     EXPECT_THAT(status, HasSubstr("current"));
 }
 
+using StatusTest = ConsoleFixture;
+
+TEST_F(StatusTest, ADatabaseThatNoDirectoryCanBeKeptInIsToldBeforeAnyIsMade)
+{
+    const std::string name = "qv_status_c";
+    CAConnect admin;
+    admin.Open(servers::UrlOf("postgresql", "postgres").c_str());
+    admin.Execute(("DROP DATABASE IF EXISTS " + name).c_str());
+    admin.Execute(("CREATE DATABASE " + name + " TEMPLATE template0 LOCALE 'C'").c_str());
+    const ChildResult result = Run({"--db", servers::UrlOf("postgresql", name), "db", "status"});
+    EXPECT_EQ(result.exit, 8);
+    EXPECT_THAT(result.out, HasSubstr("empty"));
+    EXPECT_THAT(result.err, HasSubstr("LOCALE 'C.UTF-8'"));
+    admin.Execute(("DROP DATABASE " + name).c_str());
+}
+
 /// A connection is cut by somebody else in the middle of an import.
 class CutConnectionTest : public ServersTest {
 protected:
