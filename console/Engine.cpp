@@ -135,29 +135,17 @@ DatabaseError ModuleError(const CAConnect& conn)
     return ErrorOf(conn, text.line, text.code);
 }
 
-Transaction::Transaction(CAConnect& conn) : m_conn(conn)
-{
-    Asking(conn, [&] { conn.BeginTrans(); });
+Transaction::Transaction(CAConnect& conn)
+try : m_conn(conn), m_transaction(conn) {
+} catch (const schema::LockTimeout& e) {
+    throw DatabaseError(e.GetErrorText().GetString(), true);
+} catch (const CAException& e) {
+    throw ErrorFrom(conn, e);
 }
-
-Transaction::~Transaction() { Rollback(); }
 
 void Transaction::Commit()
 {
-    Asking(m_conn, [&] { m_conn.CommitTrans(); });
-    m_open = false;
-}
-
-void Transaction::Rollback() noexcept
-{
-    if (!m_open) {
-        return;
-    }
-    m_open = false;
-    try {
-        m_conn.RollbackTrans();
-    } catch (const CAException&) {
-    }
+    Asking(m_conn, [&] { m_transaction.Commit(); });
 }
 
 } // namespace console

@@ -2,6 +2,7 @@
 
 #include "console/Errors.h"
 #include "dbaccess/CAException.h"
+#include "schema/DirectoryTransaction.h"
 
 #include <string>
 
@@ -41,21 +42,18 @@ auto Asking(const CAConnect& conn, Body body) -> decltype(body())
     }
 }
 
-/// A transaction that is rolled back unless it is committed.
+/// A schema::DirectoryTransaction whose failures are DatabaseErrors: what a command reads to decide what it writes, it
+/// reads while it has one.
 class Transaction {
 public:
     explicit Transaction(CAConnect& conn);
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    ~Transaction();
 
     void Commit();
-    /// Never throws: whatever led here is the better thing to report.
-    void Rollback() noexcept;
+    void Rollback() noexcept { m_transaction.Rollback(); }
 
 private:
     CAConnect& m_conn;
-    bool m_open = true;
+    schema::DirectoryTransaction m_transaction;
 };
 
 } // namespace console

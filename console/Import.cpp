@@ -380,8 +380,8 @@ private:
     std::size_t ApplySome(std::span<const Row> rows)
     {
         std::vector<Outcome> outcomes;
+        Transaction transaction(m_directory.Connection());
         try {
-            Transaction transaction(m_directory.Connection());
             Begun();
             const Clock::time_point begin = Clock::now();
             do {
@@ -393,6 +393,7 @@ private:
             if (!m_directory.Connection().IsOpen()) {
                 throw;
             }
+            transaction.Rollback();
             // Which row the engine refused, and whether the others stand, shows when each is done by itself.
             return ApplyOneByOne(rows.first(std::min(outcomes.size() + 1, rows.size())));
         }

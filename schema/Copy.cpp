@@ -177,7 +177,7 @@ public:
         ExecuteAll(m_conn, m_dialect.copying.beginWriting);
         m_conn.BeginTrans();
         try {
-            Lock(m_conn, m_dialect);
+            Lock(m_conn, m_dialect, kLongestTableWork);
             HoldTables();
             Execute(m_dialect.copying.mark);
         } catch (const CAException&) {

@@ -2,6 +2,7 @@
 
 #include "schema/Schema.h"
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -53,6 +54,19 @@ struct CopyRules {
                                         "DELETE FROM {table} WHERE {column} = {id}"};
 };
 
+/// How an engine keeps others out of a directory. In statements, {seconds} stands for the longest wait.
+struct LockRules {
+    /// Make transactions see what was committed before the lock was taken, not before they began; run before them.
+    std::vector<std::string> beforeBegin = {};
+    /// Takes the lock; empty where the transaction itself keeps other writers out, and where an engine has no lock.
+    std::string take = {};
+    /// Gives it back; empty where it ends with the transaction, in which it then has to be taken.
+    std::string release = {};
+    /// Whether `take` gives 1 in column 1 when the lock was taken; else it is refused with this code when it was not.
+    bool givesOne = false;
+    std::string timeoutCode = {};
+};
+
 /// What the tables need to know of an engine.
 struct Dialect {
     std::vector<Step> steps;
@@ -62,11 +76,8 @@ struct Dialect {
     std::string rebuildIndexes;
     /// Whether a step is applied in one transaction; else its statements can be run again.
     bool stepIsTransaction = true;
-    /// Statements that keep a second run waiting; empty where a transaction does. See Lock.
-    std::string lock;
-    std::string unlock;
-    /// Whether the lock gives 1 in column 1 when it was taken; else it is refused when it was not.
-    bool lockGivesOne = false;
+    /// How others are kept out of the directory.
+    LockRules locking = {};
     /// Looks at the server's settings. @throws CAException that says what to change. Empty: nothing to look at.
     std::function<void(CAConnect& conn)> check;
     CopyRules copying = {};
@@ -75,8 +86,13 @@ struct Dialect {
 /// The dialect of the engine behind a connection. @throws CAException when there are no tables for it.
 const Dialect& DialectOf(CAConnect& conn);
 
-/// Waits for the lock, if there is one. @throws CAException, also when it was waited for in vain.
-void Lock(CAConnect& conn, const Dialect& dialect);
+/// How long another upgrade or copy is waited for.
+inline constexpr std::chrono::seconds kLongestTableWork{600};
+
+/// Waits for the directory's lock, if the engine has one.
+/// @param longest  more than nothing.
+/// @throws LockTimeout when it was waited for in vain, and any other CAException that the engine raises.
+void Lock(CAConnect& conn, const Dialect& dialect, std::chrono::seconds longest);
 /// Gives it back. Tells of no failure: what the lock was for has been done or given up, and it goes with its
 /// connection.
 void Unlock(CAConnect& conn, const Dialect& dialect) noexcept;

@@ -5,6 +5,7 @@
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
 #include "schema/Dialect.h"
+#include "schema/DirectoryTransaction.h"
 
 #include <algorithm>
 #include <charconv>
@@ -42,7 +43,7 @@ public:
             m_conn.BeginTrans();
         }
         try {
-            Lock(m_conn, m_dialect);
+            Lock(m_conn, m_dialect, kLongestTableWork);
         } catch (const CAException&) {
             GiveUp();
             throw;
@@ -188,23 +189,36 @@ const Dialect& DialectOf(CAConnect& conn)
     throw CAException("there are no tables for the engine " + engine);
 }
 
-void Lock(CAConnect& conn, const Dialect& dialect)
+void Lock(CAConnect& conn, const Dialect& dialect, std::chrono::seconds longest)
 {
-    if (dialect.lockGivesOne) {
-        const std::vector<CString> given = ReadTexts(conn, dialect.lock.c_str());
+    const LockRules& rules = dialect.locking;
+    if (rules.take.empty()) {
+        return;
+    }
+    CString take = rules.take.c_str();
+    take.Replace("{seconds}", std::to_string(longest.count()).c_str());
+    if (rules.givesOne) {
+        const std::vector<CString> given = ReadTexts(conn, take);
         if (given.empty() || NumberIn(given.front()) != 1) {
-            throw CAException("somebody else has been working on the tables for ten minutes");
+            throw LockTimeout(longest);
         }
-    } else if (!dialect.lock.empty()) {
-        conn.Execute(dialect.lock.c_str());
+        return;
+    }
+    try {
+        conn.Execute(take);
+    } catch (const CAException& e) {
+        if (e.GetErrorCode().View().find(rules.timeoutCode) != std::string_view::npos) {
+            throw LockTimeout(longest);
+        }
+        throw;
     }
 }
 
 void Unlock(CAConnect& conn, const Dialect& dialect) noexcept
 {
     try {
-        if (!dialect.unlock.empty()) {
-            conn.Execute(dialect.unlock.c_str());
+        if (!dialect.locking.release.empty()) {
+            conn.Execute(dialect.locking.release.c_str());
         }
     } catch (const CAException&) { // see its declaration
     }

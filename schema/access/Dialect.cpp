@@ -35,8 +35,7 @@ const Dialect& TheDialect()
         .listTables = kListTables,
         .rebuildIndexes = {}, // the engine's own rules
         .stepIsTransaction = true,
-        .lock = {},
-        .unlock = {},
+        .locking = {}, // the engine has no lock that a program can name
         .check = RequireAListOfTables,
         .copying = {.sortsRows = false, .nameBegin = '[', .nameEnd = ']', .rowsPerInsert = 1},
     };

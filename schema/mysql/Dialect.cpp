@@ -37,9 +37,10 @@ const Dialect& TheDialect()
         .listTables = "SELECT TABLE_NAME FROM information_schema.TABLES WHERE TABLE_SCHEMA = DATABASE()",
         .rebuildIndexes = {},
         .stepIsTransaction = false,
-        .lock = "SELECT GET_LOCK(CONCAT('qv_Schema.', DATABASE()), 600)",
-        .unlock = "SELECT RELEASE_LOCK(CONCAT('qv_Schema.', DATABASE()))",
-        .lockGivesOne = true,
+        // The server's, whatever the database: names are of 64 characters at most, and a database's may have as many.
+        .locking = {.take = "SELECT GET_LOCK(CONCAT('qv_Directory.', MD5(LOWER(DATABASE()))), {seconds})",
+                    .release = "SELECT RELEASE_LOCK(CONCAT('qv_Directory.', MD5(LOWER(DATABASE()))))",
+                    .givesOne = true},
         .check = RequireTableNamesOfAnyCase,
         .copying = {.beginReading = {kFreshStatistics, "SET TRANSACTION ISOLATION LEVEL REPEATABLE READ",
                                      "START TRANSACTION WITH CONSISTENT SNAPSHOT, READ ONLY"},

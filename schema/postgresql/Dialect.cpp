@@ -10,6 +10,8 @@ namespace schema::postgresql {
 
 namespace {
 
+constexpr const char* kReadCommitted = "SET SESSION CHARACTERISTICS AS TRANSACTION ISOLATION LEVEL READ COMMITTED";
+
 CString TextOf(CAConnect& conn, const char* query)
 {
     CString text;
@@ -44,15 +46,20 @@ const Dialect& TheDialect()
         .listTables = "SELECT tablename FROM pg_catalog.pg_tables WHERE schemaname = current_schema()",
         .rebuildIndexes = {}, // upper() is the server's own
         .stepIsTransaction = true,
-        .lock = "SELECT pg_advisory_xact_lock(hashtext('qv_Schema'))",
-        .unlock = {},
+        .locking = {.beforeBegin = {kReadCommitted},
+                    // One statement, after which the connection's own longest wait for a lock holds again.
+                    .take = "DO 'DECLARE present text := current_setting(''lock_timeout''); BEGIN "
+                            "PERFORM set_config(''lock_timeout'', ''{seconds}s'', true); "
+                            "PERFORM pg_advisory_xact_lock(hashtext(''qv_Directory'')); "
+                            "PERFORM set_config(''lock_timeout'', present, true); END'",
+                    .timeoutCode = "55P03"},
         .check = RequireCapitalsOfAllLetters,
         .copying =
             {.beginReading = {"BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"},
              .identity = "SELECT concat_ws(' ', extract(epoch FROM pg_postmaster_start_time()), oid, "
                          "current_schema()) FROM pg_catalog.pg_database WHERE datname = current_database()",
              // Else the count would see what was there before the lock was waited for.
-             .beginWriting = {"SET SESSION CHARACTERISTICS AS TRANSACTION ISOLATION LEVEL READ COMMITTED"},
+             .beginWriting = {kReadCommitted},
              .holdTable = "LOCK TABLE {table} IN SHARE ROW EXCLUSIVE MODE",
              .mark = "SAVEPOINT qv_Empty",
              .backToMark = "ROLLBACK TO SAVEPOINT qv_Empty",

@@ -12,8 +12,7 @@ const Dialect& TheDialect()
         .listTables = "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'",
         .rebuildIndexes = "REINDEX",
         .stepIsTransaction = true,
-        .lock = {},
-        .unlock = {},
+        .locking = {}, // a transaction begins with the right to write, which one program has at a time
         .check = {},
         .copying = {.beginReading = {"BEGIN"},
                     .identity = "SELECT file FROM pragma_database_list WHERE name = 'main'",

@@ -39,10 +39,11 @@ const Dialect& TheDialect()
         .stepIsTransaction = true,
         // The session's, since with some drivers a transaction has not begun before a table is touched. The procedure
         // only answers with a number when it waited in vain. No semicolons: connections take one statement at a time.
-        .lock = "DECLARE @given int EXEC @given = sp_getapplock @Resource = 'qv_Schema', @LockMode = 'Exclusive', "
-                "@LockOwner = 'Session', @LockTimeout = 600000 "
-                "IF @given < 0 RAISERROR('somebody else has been working on the tables for ten minutes', 16, 1)",
-        .unlock = "EXEC sp_releaseapplock @Resource = 'qv_Schema', @LockOwner = 'Session'",
+        .locking = {.take = "DECLARE @given int EXEC @given = sp_getapplock @Resource = 'qv_Directory', "
+                            "@LockMode = 'Exclusive', @LockOwner = 'Session', @LockTimeout = {seconds}000 "
+                            "IF @given < 0 RAISERROR('the lock was not given', 16, 1)",
+                    .release = "EXEC sp_releaseapplock @Resource = 'qv_Directory', @LockOwner = 'Session'",
+                    .timeoutCode = " 50000"},
         .check = RequireTextsOfAnyCase,
         .copying = {.beginReading = {"SET TRANSACTION ISOLATION LEVEL SERIALIZABLE", "BEGIN TRANSACTION"},
                     .identity = "SELECT CONCAT(@@SERVERNAME, ' ', DB_NAME(), ' ', SCHEMA_NAME())",

@@ -17,14 +17,7 @@ std::string FreshOdbcUrl(const std::string& engine)
     if (engine == "sqlite") {
         return "odbc:Driver=SQLite3;Database=:memory:";
     }
-    const std::string url = servers::NewDatabase(engine);
-    const std::size_t name = url.find('/', url.find("//") + 2) + 1;
-    const std::string database = url.substr(name, url.find('?') - name);
-    return engine == "postgresql"
-               ? "odbc:Driver={PostgreSQL Unicode};Server=127.0.0.1;UID=qv;Port=" + servers::ThePostgresql().port +
-                     ";Database=" + database
-               : "odbc:Driver={MariaDB Unicode};Server=127.0.0.1;UID=qv;PWD=secret;Port=" + servers::TheMariadb().port +
-                     ";Database=" + database;
+    return servers::OverOdbc(engine, servers::NewDatabase(engine));
 }
 
 // What every driver does alike. A new driver is one more Quirks value at the end of this file.

@@ -338,7 +338,7 @@ TEST(CopyToAServer, IsDoneAlthoughItsLockCannotBeGivenBack)
     from.Execute("INSERT INTO qv_User (Col_LoginName) VALUES ('amy')");
     schema::Copy(from, to, [&](const schema::CopyState& state) {
         if (state.table == "qv_User") {
-            to.Execute(schema::DialectOf(to).unlock.c_str());
+            schema::Unlock(to, schema::DialectOf(to));
         }
         return true;
     });
@@ -400,7 +400,7 @@ TEST_P(CopyThatLooksForARow, LetsNobodyComeBetween)
                 CAConnect conn;
                 conn.Open(url.c_str());
                 conn.BeginTrans();
-                conn.Execute(schema::DialectOf(conn).lock.c_str());
+                schema::Lock(conn, schema::DialectOf(conn), schema::kLongestTableWork);
                 conn.Execute("INSERT INTO qv_User (Col_ID) VALUES (1002)");
                 conn.CommitTrans();
             });

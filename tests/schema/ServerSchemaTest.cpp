@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <map>
@@ -159,16 +160,8 @@ INSTANTIATE_TEST_SUITE_P(Engines, ServerSchema, testing::Values("postgresql", "m
 
 std::string OdbcUrl(const std::string& engine)
 {
-    if (engine == "sqlite") {
-        return "odbc:Driver=SQLite3;Database=:memory:?kind=3";
-    }
-    const std::string url = servers::NewDatabase(engine);
-    const std::size_t name = url.rfind('/', url.find('?')) + 1;
-    const std::string rest = ";Server=127.0.0.1;Database=" + url.substr(name, url.find('?') - name);
-    return engine == "postgresql"
-               ? "odbc:Driver={PostgreSQL Unicode};UID=qv;Port=" + servers::ThePostgresql().port + rest + "?kind=3"
-               : "odbc:Driver={MariaDB Unicode};UID=qv;PWD=secret;Port=" + servers::TheMariadb().port + rest +
-                     "?kind=3";
+    return engine == "sqlite" ? "odbc:Driver=SQLite3;Database=:memory:?kind=3"
+                              : servers::OverOdbc(engine, servers::NewDatabase(engine)) + "?kind=3";
 }
 
 TEST(TablesOverOdbc, AreThoseOfTheEngineBehindItAndNotOfTheKind)
@@ -229,17 +222,16 @@ TEST(Locks, ThatAreWaitedForInVainAreToldOnSqlServer)
     CAConnect conn;
     holder.Open(url.c_str());
     conn.Open(url.c_str());
-    std::string lock = schema::DialectOf(conn).lock;
-    holder.Execute(lock.c_str());
-    lock.replace(lock.find("600000"), 6, "1");
-    EXPECT_THAT(Raised([&] { conn.Execute(lock.c_str()); }), HasSubstr("somebody else"));
+    schema::Lock(holder, schema::DialectOf(holder), std::chrono::seconds(1));
+    EXPECT_THAT(Raised([&] { schema::Lock(conn, schema::DialectOf(conn), std::chrono::seconds(1)); }),
+                HasSubstr("somebody else"));
 }
 
 TEST(Locks, ThatAreGoneByThenUndoNoStep)
 {
     CAConnect conn;
     conn.Open(servers::NewDatabase("sqlserver").c_str());
-    schema::Upgrade(conn, [&](int, const std::string&) { conn.Execute(schema::DialectOf(conn).unlock.c_str()); });
+    schema::Upgrade(conn, [&](int, const std::string&) { schema::Unlock(conn, schema::DialectOf(conn)); });
     EXPECT_EQ(schema::Inspect(conn).state, State::current);
 }
 

@@ -109,6 +109,14 @@ std::string UrlOf(const std::string& engine, const std::string& database)
     return "mysql://root@localhost/" + database + "?socket=" + TheMariadb().socket;
 }
 
+std::string OverOdbc(const std::string& engine, const std::string& url)
+{
+    const std::size_t name = url.find('/', url.find("//") + 2) + 1;
+    const std::string rest = ";Server=127.0.0.1;Database=" + url.substr(name, url.find('?') - name);
+    return engine == "postgresql" ? "odbc:Driver={PostgreSQL Unicode};UID=qv;Port=" + ThePostgresql().port + rest
+                                  : "odbc:Driver={MariaDB Unicode};UID=qv;PWD=secret;Port=" + TheMariadb().port + rest;
+}
+
 std::string NewDatabase(const std::string& engine)
 {
     static Made made;

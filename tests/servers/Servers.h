@@ -30,6 +30,9 @@ Sqlserver TheSqlserver();
 /// The URL of a database on a server. @param engine  "postgresql", "mariadb" or "sqlserver".
 std::string UrlOf(const std::string& engine, const std::string& database);
 
+/// The URL of the same database over ODBC, without an engine kind. @param url  as UrlOf gives it.
+std::string OverOdbc(const std::string& engine, const std::string& url);
+
 /// The URL of a new, empty database. It is dropped when the program ends. @throws std::runtime_error, CAException.
 std::string NewDatabase(const std::string& engine);
 

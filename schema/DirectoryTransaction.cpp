@@ -1,0 +1,61 @@
+#include "schema/DirectoryTransaction.h"
+
+#include "dbaccess/CAConnect.h"
+#include "schema/Dialect.h"
+
+#include <string>
+#include <utility>
+
+namespace schema {
+
+LockTimeout::LockTimeout(std::chrono::seconds waited)
+    : CAException(("somebody else has kept this directory locked for " + std::to_string(waited.count()) +
+                   " seconds; this change was not made, try again when they are done")
+                      .c_str())
+{
+}
+
+DirectoryTransaction::DirectoryTransaction(CAConnect& conn, std::chrono::seconds longest)
+    : m_conn(conn), m_dialect(DialectOf(conn))
+{
+    for (const std::string& statement : m_dialect.locking.beforeBegin) {
+        m_conn.Execute(statement.c_str());
+    }
+    // Before the transaction, where the lock outlives it: its first read could otherwise be older than the lock.
+    const bool isOfTransaction = m_dialect.locking.release.empty();
+    if (!isOfTransaction) {
+        Lock(m_conn, m_dialect, longest);
+    }
+    try {
+        m_conn.BeginTrans();
+        if (isOfTransaction) {
+            Lock(m_conn, m_dialect, longest);
+        }
+    } catch (const CAException&) {
+        Rollback();
+        throw;
+    }
+}
+
+DirectoryTransaction::~DirectoryTransaction() { Rollback(); }
+
+void DirectoryTransaction::Commit()
+{
+    m_conn.CommitTrans();
+    m_open = false;
+    Unlock(m_conn, m_dialect);
+}
+
+void DirectoryTransaction::Rollback() noexcept
+{
+    if (!std::exchange(m_open, false)) {
+        return;
+    }
+    try {
+        m_conn.RollbackTrans();
+    } catch (const CAException&) { // see its declaration
+    }
+    Unlock(m_conn, m_dialect);
+}
+
+} // namespace schema
