@@ -12,10 +12,11 @@ namespace console::db {
 
 namespace {
 
-std::string WhatWasDone(const schema::Status& before, const schema::Status& after)
+std::string WhatWasDone(const schema::Status& before, const schema::Status& after, bool didSomething)
 {
     if (before.state == schema::State::current) {
-        return fmt::format("nothing to do, the directory is of version {} already", after.version);
+        return didSomething ? fmt::format("completed the directory of version {}", after.version)
+                            : fmt::format("nothing to do, the directory is of version {} already", after.version);
     }
     if (before.version == 0) {
         return fmt::format("made a directory of version {}", after.version);
@@ -39,11 +40,13 @@ Exit Init(const Context& context)
     CAConnect conn;
     Connect(conn, url, context.arguments);
     const schema::Status before = Inspect(conn);
-    const auto tell = [&context](int version, const std::string& title) {
+    bool didSomething = false;
+    const auto tell = [&](int version, const std::string& title) {
+        didSomething = true;
         context.terminal.err << fmt::format("version {}: {}\n", version, Visible(title));
     };
     Asking(conn, [&] { schema::Upgrade(conn, tell); });
-    context.terminal.err << fmt::format("{} in {}\n", WhatWasDone(before, Inspect(conn)), ShownUrl(url));
+    context.terminal.err << fmt::format("{} in {}\n", WhatWasDone(before, Inspect(conn), didSomething), ShownUrl(url));
     return Exit::done;
 }
 
@@ -68,7 +71,13 @@ Exit Status(const Context& context)
         context.terminal.err << fmt::format("qvadmin: {}\n", ErrorFrom(conn, e).EngineLine());
         return Exit::findings;
     }
-    return isCurrent ? Exit::done : Exit::findings;
+    const auto shortcoming = Asking(conn, [&] { return schema::FindShortcoming(conn); });
+    if (shortcoming) {
+        context.terminal.err << fmt::format(
+            "qvadmin: {}{}\n", Visible(shortcoming->text),
+            shortcoming->isCuredByUpgrade ? fmt::format("; run `{}`", InitCommand(context.arguments)) : "");
+    }
+    return isCurrent && !shortcoming ? Exit::done : Exit::findings;
 }
 
 } // namespace console::db

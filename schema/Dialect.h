@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,8 @@ struct Dialect {
     LockRules locking = {};
     /// Looks at the server's settings. @throws CAException that says what to change. Empty: nothing to look at.
     std::function<void(CAConnect& conn)> check;
+    /// See FindShortcoming. Empty: there can be none.
+    std::function<std::optional<Shortcoming>(CAConnect& conn)> findShortcoming = {};
     CopyRules copying = {};
 };
 

@@ -124,11 +124,46 @@ Status InspectFor(CAConnect& conn, int newest)
     return {version < newest ? State::older : version > newest ? State::newer : State::current, version, newest};
 }
 
-void ApplyStep(CAConnect& conn, const Step& step, int version)
+std::vector<std::string> FurtherStatements(CAConnect& conn, const Step& step)
 {
-    for (const std::string& statement : step.statements) {
+    return step.furtherStatements ? step.furtherStatements(conn) : std::vector<std::string>();
+}
+
+void ExecuteAll(CAConnect& conn, const std::vector<std::string>& statements)
+{
+    for (const std::string& statement : statements) {
         conn.Execute(statement.c_str());
     }
+}
+
+// Where a step is no transaction, the run that made the tables may have ended before it wrote this. Where indexes
+// depend on the rules, only a database without tables is known to follow these; RefreshIndexes sees to the others.
+void EnsureUnicodeVersion(CAConnect& conn, int version)
+{
+    if ((version == 0 || DialectOf(conn).rebuildIndexes.empty()) && ReadSetting(conn, "upper").IsEmpty()) {
+        WriteSetting(conn, "upper", platform::UnicodeVersion());
+    }
+}
+
+// What earlier runs could not do, or did not come to.
+void CatchUp(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress)
+{
+    EnsureUnicodeVersion(conn, static_cast<int>(steps.size()));
+    int version = 0;
+    for (const Step& step : steps) {
+        ++version;
+        const std::vector<std::string> statements = FurtherStatements(conn, step);
+        if (progress && !statements.empty()) {
+            progress(version, step.title);
+        }
+        ExecuteAll(conn, statements);
+    }
+}
+
+void ApplyStep(CAConnect& conn, const Step& step, int version)
+{
+    ExecuteAll(conn, step.statements);
+    ExecuteAll(conn, FurtherStatements(conn, step));
     CString number;
     number.Format("%d", version);
     WriteSetting(conn, "version", number);
@@ -150,12 +185,14 @@ Status NextStep(CAConnect& conn, const std::vector<Step>& steps, const Progress&
         throw CAException(text);
     }
     if (status.state == State::current) {
+        CatchUp(conn, steps, progress);
+        change.Commit();
         return status;
     }
     if (status.state == State::empty) {
         conn.Execute(kCreateVersionTable);
-        WriteSetting(conn, "upper", platform::UnicodeVersion());
     }
+    EnsureUnicodeVersion(conn, status.version);
     const Step& step = steps[static_cast<std::size_t>(status.version)];
     if (progress) {
         progress(status.version + 1, step.title);
@@ -242,6 +279,12 @@ void RequireSuitable(CAConnect& conn)
     if (const auto& check = DialectOf(conn).check) {
         check(conn);
     }
+}
+
+std::optional<Shortcoming> FindShortcoming(CAConnect& conn)
+{
+    const auto& find = DialectOf(conn).findShortcoming;
+    return find ? find(conn) : std::nullopt;
 }
 
 void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,9 +28,18 @@ struct Status {
 struct Step {
     std::string title;
     std::vector<std::string> statements;
+    /// Gives the statements that follow those, by what the database holds and the server knows; none when nothing is
+    /// left to do. Every later Upgrade asks again, as servers learn. @throws CAException that says what is in the way.
+    std::function<std::vector<std::string>(CAConnect& conn)> furtherStatements = {};
 };
 
-/// Told of each step before it runs.
+/// What a directory would work better without.
+struct Shortcoming {
+    std::string text; ///< a sentence without its end
+    bool isCuredByUpgrade;
+};
+
+/// Told of each step before it runs, and of one that finds more to do in a directory that is current.
 using Progress = std::function<void(int version, const std::string& title)>;
 
 /// Looks at the database behind an open connection. Changes nothing. @throws CAException.
@@ -38,6 +48,10 @@ Status Inspect(CAConnect& conn);
 /// Looks whether the settings of the server and the database allow a directory, as Upgrade does first.
 /// @throws CAException that says what to change.
 void RequireSuitable(CAConnect& conn);
+
+/// Looks for what keeps a directory from working as well as it could, which Upgrade does not refuse.
+/// @throws CAException.
+std::optional<Shortcoming> FindShortcoming(CAConnect& conn);
 
 /// Makes or upgrades the tables, step by step. Each step and its new version number are applied together or not at all,
 /// or, where the engine cannot, so that a step may be begun again; a run that is killed is carried on by the next one;

@@ -31,7 +31,9 @@ void RequireAListOfTables(CAConnect& conn)
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        .steps = {{"tables", SplitStatements(k_001_tables)}, {"indexes", SplitStatements(k_002_indexes)}},
+        .steps = {{"tables", SplitStatements(k_001_tables)},
+                  {"indexes", SplitStatements(k_002_indexes)},
+                  {"names", {}}}, // the tables of MariaDB and MySQL alone need it
         .listTables = kListTables,
         .rebuildIndexes = {}, // the engine's own rules
         .stepIsTransaction = true,

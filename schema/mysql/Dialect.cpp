@@ -5,6 +5,7 @@
 #include "dbaccess/CARecordset.h"
 #include "schema/MysqlStatements.h"
 #include "schema/StatementSplitter.h"
+#include "schema/mysql/Collation.h"
 
 namespace schema::mysql {
 
@@ -33,7 +34,9 @@ void RequireTableNamesOfAnyCase(CAConnect& conn)
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        .steps = {{"tables", SplitStatements(k_001_tables)}, {"indexes", {}}}, // indexes come with their tables
+        .steps = {{"tables", SplitStatements(k_001_tables)},
+                  {"indexes", {}}, // they come with their tables
+                  {"names", {}, CollationStatements}},
         .listTables = "SELECT TABLE_NAME FROM information_schema.TABLES WHERE TABLE_SCHEMA = DATABASE()",
         .rebuildIndexes = {},
         .stepIsTransaction = false,
@@ -42,6 +45,7 @@ const Dialect& TheDialect()
                     .release = "SELECT RELEASE_LOCK(CONCAT('qv_Directory.', MD5(LOWER(DATABASE()))))",
                     .givesOne = true},
         .check = RequireTableNamesOfAnyCase,
+        .findShortcoming = FindCollationShortcoming,
         .copying = {.beginReading = {kFreshStatistics, "SET TRANSACTION ISOLATION LEVEL REPEATABLE READ",
                                      "START TRANSACTION WITH CONSISTENT SNAPSHOT, READ ONLY"},
                     .identity = "SELECT CONCAT_WS(' ', @@hostname, @@port, @@server_id, @@datadir, DATABASE())",

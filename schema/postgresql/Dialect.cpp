@@ -42,7 +42,9 @@ void RequireCapitalsOfAllLetters(CAConnect& conn)
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        .steps = {{"tables", SplitStatements(k_001_tables)}, {"indexes", SplitStatements(k_002_indexes)}},
+        .steps = {{"tables", SplitStatements(k_001_tables)},
+                  {"indexes", SplitStatements(k_002_indexes)},
+                  {"names", {}}}, // the tables of MariaDB and MySQL alone need it
         .listTables = "SELECT tablename FROM pg_catalog.pg_tables WHERE schemaname = current_schema()",
         .rebuildIndexes = {}, // upper() is the server's own
         .stepIsTransaction = true,

@@ -8,7 +8,9 @@ namespace schema::sqlite {
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        .steps = {{"tables", SplitStatements(k_001_tables)}, {"indexes", SplitStatements(k_002_indexes)}},
+        .steps = {{"tables", SplitStatements(k_001_tables)},
+                  {"indexes", SplitStatements(k_002_indexes)},
+                  {"names", {}}}, // the tables of MariaDB and MySQL alone need it
         .listTables = "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'",
         .rebuildIndexes = "REINDEX",
         .stepIsTransaction = true,

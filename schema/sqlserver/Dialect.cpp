@@ -32,7 +32,9 @@ void RequireTextsOfAnyCase(CAConnect& conn)
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        .steps = {{"tables", SplitStatements(k_001_tables)}, {"indexes", SplitStatements(k_002_indexes)}},
+        .steps = {{"tables", SplitStatements(k_001_tables)},
+                  {"indexes", SplitStatements(k_002_indexes)},
+                  {"names", {}}}, // the tables of MariaDB and MySQL alone need it
         .listTables = "SELECT TABLE_NAME FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_TYPE = 'BASE TABLE' AND "
                       "TABLE_SCHEMA = SCHEMA_NAME()",
         .rebuildIndexes = {}, // the engine's own rules

@@ -121,6 +121,22 @@ TEST_P(ServersTest, StatusNamesEngineAndVersion)
 
 using StatusTest = ConsoleFixture;
 
+TEST_F(StatusTest, ACollationThatTakesDifferentNamesForEqualIsNamedAndConverted)
+{
+    const std::string url = servers::NewDatabase("mariadb");
+    m_options.environment["QVADMIN_DB"] = url;
+    Init();
+    CAConnect conn;
+    conn.Open(url.c_str());
+    conn.Execute("ALTER TABLE qv_User CONVERT TO CHARACTER SET utf8mb4 COLLATE utf8mb4_general_ci");
+    const ChildResult status = Run({"db", "status"});
+    EXPECT_EQ(status.exit, 8);
+    EXPECT_THAT(status.err, AllOf(HasSubstr("utf8mb4_general_ci of qv_User"), HasSubstr("run `qvadmin db init`")));
+    EXPECT_THAT(Run({"db", "init"}).err, AllOf(HasSubstr("version 3: names"), HasSubstr("completed the directory")));
+    EXPECT_EQ(Run({"db", "status"}).exit, 0);
+    EXPECT_THAT(Run({"db", "init"}).err, HasSubstr("nothing to do"));
+}
+
 TEST_F(StatusTest, ADatabaseThatNoDirectoryCanBeKeptInIsToldBeforeAnyIsMade)
 {
     const std::string name = "qv_status_c";

@@ -1,0 +1,244 @@
+#include "schema/Tables.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+#include <regex>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+// The tables of the five dialects, compared column by column.
+
+namespace {
+
+/// What a column is on an engine, as the step that makes it says.
+struct Described {
+    schema::Kind kind = schema::Kind::text;
+    bool isComputed = false;
+    bool isCounted = false;
+    bool isKey = false;
+    bool isNotNull = false;
+    std::string standard; ///< the default; empty: NULL
+    std::string length;   ///< of a text; empty where the engine has none or any length will do
+};
+
+using Columns = std::vector<std::pair<std::string, Described>>;
+using Tables = std::vector<std::pair<std::string, Columns>>;
+
+std::string FirstMatch(const std::string& text, const char* pattern)
+{
+    std::smatch match;
+    return std::regex_search(text, match, std::regex(pattern, std::regex::icase)) ? match[1].str() : "";
+}
+
+/// The line of the step on which a column stands, without its name.
+std::string LineOf(const std::string& statement, const std::string& column)
+{
+    return FirstMatch(statement, ("\n  " + column + " +([^\n]*)").c_str());
+}
+
+Described DescriptionOf(const schema::Column& column, const std::string& line)
+{
+    Described described;
+    described.kind = column.kind;
+    described.isComputed = column.isComputed;
+    described.isCounted = column.isCounted;
+    described.isKey = !FirstMatch(line, "(PRIMARY KEY)").empty();
+    // A key holds no NULL.
+    described.isNotNull = described.isKey || !FirstMatch(line, "(NOT NULL)").empty();
+    described.standard = FirstMatch(line, "DEFAULT ('[^']*'|[0-9]+)");
+    described.length = FirstMatch(line, R"(^(?:VARCHAR|NVARCHAR|TEXT) ?\(([0-9]+)\))");
+    return described;
+}
+
+Tables TablesIn(const schema::Dialect& dialect)
+{
+    std::map<std::string, std::string> statements;
+    for (const std::string& statement : dialect.steps.front().statements) {
+        statements[FirstMatch(statement, "^CREATE TABLE (?:IF NOT EXISTS )?(\\w+)")] = statement;
+    }
+    Tables tables;
+    for (const schema::Table& table : schema::TablesOf(dialect)) {
+        Columns& columns = tables.emplace_back(table.name, Columns()).second;
+        for (const schema::Column& column : table.columns) {
+            columns.emplace_back(column.name, DescriptionOf(column, LineOf(statements.at(table.name), column.name)));
+        }
+    }
+    return tables;
+}
+
+const std::map<std::string, Tables>& AllTables()
+{
+    static const std::map<std::string, Tables> tables = {{"sqlite", TablesIn(schema::sqlite::TheDialect())},
+                                                         {"postgresql", TablesIn(schema::postgresql::TheDialect())},
+                                                         {"mysql", TablesIn(schema::mysql::TheDialect())},
+                                                         {"sqlserver", TablesIn(schema::sqlserver::TheDialect())},
+                                                         {"access", TablesIn(schema::access::TheDialect())}};
+    return tables;
+}
+
+enum class Property { presence, computed, standard };
+
+/// What an engine has otherwise than the others; "*" is any column.
+struct Exception {
+    const char* engine;
+    const char* column; ///< "TABLE.COLUMN"
+    Property property;
+    const char* reason;
+};
+
+constexpr Exception kExceptions[] = {
+    {"mysql", "*.Col_RowID", Property::presence, "replication finds a row by a key of its own"},
+    {"access", "qv_User.Col_Password", Property::computed, "no computed columns; who writes Col_PWord writes both"},
+    {"access", "qv_User.Col_Password", Property::standard, "as the computed column, NULL until it is written"},
+    {"mysql", "*.LONGTEXT", Property::standard, "long texts can have no default there, and are NULL until written"},
+};
+
+bool MayDiffer(const std::string& engine, const std::string& table, const std::string& column, bool isLong,
+               Property property)
+{
+    for (const Exception& exception : kExceptions) {
+        const std::string name = exception.column;
+        if (engine == exception.engine && property == exception.property &&
+            (name == table + "." + column || name == "*." + column || (isLong && name == "*.LONGTEXT"))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// The columns of a table that the engines are to agree on.
+std::vector<std::string> SharedNames(const std::string& engine, const std::string& table, const Columns& columns)
+{
+    std::vector<std::string> names;
+    for (const auto& [name, described] : columns) {
+        if (!MayDiffer(engine, table, name, false, Property::presence)) {
+            names.push_back(name);
+        }
+    }
+    return names;
+}
+
+const Described* Find(const Columns& columns, const std::string& name)
+{
+    for (const auto& [column, described] : columns) {
+        if (column == name) {
+            return &described;
+        }
+    }
+    return nullptr;
+}
+
+class ColumnsOf : public testing::TestWithParam<const char*> {
+protected:
+    /// Calls with each column of SQLite's tables and the same one of the engine's.
+    template <class Call>
+    void EachPair(Call call)
+    {
+        const Tables& ours = AllTables().at("sqlite");
+        const Tables& theirs = AllTables().at(GetParam());
+        std::size_t count = 0;
+        ASSERT_EQ(theirs.size(), ours.size());
+        for (std::size_t i = 0; i < ours.size(); ++i) {
+            for (const auto& [name, described] : ours[i].second) {
+                const Described* other = Find(theirs[i].second, name);
+                ASSERT_NE(other, nullptr) << ours[i].first << "." << name;
+                call(ours[i].first, name, described, *other);
+                ++count;
+            }
+        }
+        EXPECT_GT(count, 200U);
+    }
+};
+
+TEST_P(ColumnsOf, HaveTheSameNamesInTheSameOrder)
+{
+    const Tables& ours = AllTables().at("sqlite");
+    const Tables& theirs = AllTables().at(GetParam());
+    ASSERT_EQ(theirs.size(), ours.size());
+    for (std::size_t i = 0; i < ours.size(); ++i) {
+        EXPECT_EQ(theirs[i].first, ours[i].first);
+        EXPECT_EQ(SharedNames(GetParam(), theirs[i].first, theirs[i].second),
+                  SharedNames("sqlite", ours[i].first, ours[i].second))
+            << ours[i].first;
+    }
+}
+
+TEST_P(ColumnsOf, AreOfTheSameKindAndCountedComputedKeysAndNullableAlike)
+{
+    EachPair([](const std::string& table, const std::string& name, const Described& ours, const Described& theirs) {
+        const std::string column = table + "." + name;
+        EXPECT_EQ(static_cast<int>(theirs.kind), static_cast<int>(ours.kind)) << column;
+        EXPECT_EQ(theirs.isCounted, ours.isCounted) << column;
+        EXPECT_EQ(theirs.isKey, ours.isKey) << column;
+        EXPECT_EQ(theirs.isNotNull, ours.isNotNull) << column;
+        if (!MayDiffer(GetParam(), table, name, false, Property::computed)) {
+            EXPECT_EQ(theirs.isComputed, ours.isComputed) << column;
+        }
+    });
+}
+
+TEST_P(ColumnsOf, HaveTheSameDefaults)
+{
+    EachPair([](const std::string& table, const std::string& name, const Described& ours, const Described& theirs) {
+        const bool isLong = ours.kind == schema::Kind::text && theirs.length.empty();
+        if (!MayDiffer(GetParam(), table, name, isLong, Property::standard)) {
+            EXPECT_EQ(theirs.standard, ours.standard) << table << "." << name;
+        }
+    });
+}
+
+// SQLite and PostgreSQL have texts of any length.
+TEST_P(ColumnsOf, HaveTheSameLengthsWhereEnginesHaveThem)
+{
+    const bool hasLengths = GetParam() != std::string("postgresql");
+    const Tables& mysql = AllTables().at("mysql");
+    std::map<std::string, const Columns*> named;
+    for (const auto& [table, columns] : mysql) {
+        named[table] = &columns;
+    }
+    EachPair([&](const std::string& table, const std::string& name, const Described&, const Described& theirs) {
+        if (!theirs.isComputed || !theirs.length.empty()) {
+            EXPECT_EQ(theirs.length, hasLengths ? Find(*named.at(table), name)->length : "") << table << "." << name;
+        }
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Dialects, ColumnsOf, testing::Values("postgresql", "mysql", "sqlserver", "access"),
+                         [](const testing::TestParamInfo<const char*>& engine) { return std::string(engine.param); });
+
+// So that the comparison cannot pass by reading nothing.
+TEST(Columns, AreRead)
+{
+    const Columns& user = AllTables().at("mysql").front().second;
+    EXPECT_EQ(Find(user, "Col_LoginName")->length, "128");
+    EXPECT_EQ(Find(user, "Col_LoginName")->standard, "''");
+    EXPECT_EQ(Find(user, "Col_ItemIndex")->standard, "10000");
+    EXPECT_TRUE(Find(user, "Col_ID")->isKey);
+    EXPECT_TRUE(Find(user, "Col_Password")->isComputed);
+    EXPECT_FALSE(Find(user, "Col_Birthday")->isNotNull);
+    EXPECT_TRUE(Find(AllTables().at("sqlserver")[3].second, "Col_QvItemID")->isNotNull);
+}
+
+TEST(Steps, AreNumberedAlikeOnEveryEngine)
+{
+    const auto titlesOf = [](const schema::Dialect& dialect) {
+        std::vector<std::string> titles;
+        for (const schema::Step& step : dialect.steps) {
+            titles.push_back(step.title);
+        }
+        return titles;
+    };
+    const std::vector<std::string> titles = titlesOf(schema::sqlite::TheDialect());
+    for (const schema::Dialect* dialect : {&schema::postgresql::TheDialect(), &schema::mysql::TheDialect(),
+                                           &schema::sqlserver::TheDialect(), &schema::access::TheDialect()}) {
+        EXPECT_EQ(titlesOf(*dialect), titles);
+    }
+}
+
+} // namespace
