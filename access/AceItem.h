@@ -17,8 +17,8 @@ public:
 
     int m_nQvItemID = 0;
     int m_nQvItemType = 0;
-    CString m_strFunGenre;
-    CString m_strFunName;
+    CString m_strFunGenre; ///< not escaped
+    CString m_strFunName;  ///< not escaped
     int m_nPower = 0;
     int m_nUnPower = 0;
 };

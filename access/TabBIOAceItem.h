@@ -18,8 +18,9 @@ public:
     ~CTabBIOAceItem() override;
 
     /// Adds this right; nothing keeps an equal row from being there already (CQVBaseFun::ExistTabBIOAceItem tells).
-    /// Quotes are doubled in the names of holder and creator, in the record itself, which keeps them so; the function's
-    /// texts enter as they are. The id is not written and not read back.
+    /// Quotes are doubled in the names of holder and creator, in the record itself, which keeps them so; they
+    /// want CAConnect::EscapeBackslashes, the function's texts CAConnect::EscapeLiteral. The id is not written and not
+    /// read back.
     /// @return whether nothing was raised; an error's text is dropped.
     bool SaveData(CAConnect& conn);
 
@@ -28,12 +29,12 @@ public:
     int m_nQvItemType = 0;
     int m_nClassID = 0;
     int m_nObjID = 0;
-    CString m_strFunName;
-    CString m_strFunGenre;
+    CString m_strFunName;  ///< not escaped
+    CString m_strFunGenre; ///< not escaped
     int m_nPower = 0;
     int m_nUnPower = 0;
-    CString m_strQvItemName;
+    CString m_strQvItemName; ///< quotes doubled
     int m_nCreatorID = 0;
-    CString m_strCreatorName;
+    CString m_strCreatorName; ///< quotes doubled
     COleDateTime m_dtCreate;
 };

@@ -20,8 +20,12 @@ class CAConnect;
 /// several statements the earlier ones stay done.
 ///
 /// The caller owns the connection, every output and every collection. Lists are appended to, never cleared; the arrays
-/// of a list stay parallel. Text arguments enter the statement as they are unless the operation says that it doubles
-/// quotes or backslashes: a quote in such a text breaks the statement, and keeping it out is the caller's business.
+/// of a list stay parallel.
+///
+/// The notes say what an operation does to a text before it enters a statement. What it leaves undone the caller must
+/// do, or a text from outside can end the statement and begin another: "Not escaped" wants CAConnect::EscapeLiteral;
+/// "Quotes doubled" wants CAConnect::EscapeBackslashes, since on engine kind 6 "\'" does not end a literal;
+/// "Backslashes doubled on kind 6" wants CAConnect::EscapeQuotes. docs/security.md has them all in a table.
 ///
 /// One caller at a time: m_strLastError is shared, and a connection serves one call at a time.
 class QV_API CQVBaseFun {
@@ -47,38 +51,46 @@ public:
     static int ToUTF8String(CString& text);
     /// Tests whether a database holds the module's tables, by looking for qv_User the way the engine kind wants it.
     /// @param dbType  0 Access, 1 SQL Server, 6 MySQL ask the engine; 3 is taken as valid without asking.
-    /// @param dbName  the schema to look in, for kind 6 only; as it is.
+    /// @param dbName  the schema to look in, for kind 6 only.
     /// @param valid   false, then true when a table was found.
     /// @return false also for any other kind, without touching the connection.
+    /// @note Not escaped: dbName.
     static bool IsDataBaseValid(CAConnect& conn, int dbType, CString dbName, bool& valid);
     /// Writes nothing: a hook that callers expect to be there.
     static void WriteToLogFileEx(CString text);
 
     // ---- Users: look-ups -----------------------------------------------------------------------------------------
 
-    /// A user's id by login name. @param loginName  quotes are doubled. @param id  -1 when there is none.
+    /// A user's id by login name. @param id  -1 when there is none.
+    /// @note Quotes doubled: loginName.
     static bool GetHMIDByLoginName(CAConnect& conn, CString loginName, int& id);
-    /// Whether a login name is taken, case not counting. The name is upper-cased, then quotes are doubled. On engine
+    /// Whether a login name is taken, case not counting. The name is upper-cased. On engine
     /// kind 3 it is compared with upper(Col_LoginName); elsewhere with the column, which ignores case only where the
     /// engine does.
     /// @param exists  true, then false when no row came back.
+    /// @note Quotes doubled: loginName.
     static bool ExistLoginName(CAConnect& conn, CString loginName, bool& exists);
     /// A user's id by login name, compared as by ExistLoginName. @param id  0 when there is none.
+    /// @note Quotes doubled: loginName.
     static bool ExistLoginNameEx(CAConnect& conn, CString loginName, int& id);
-    /// @param loginName  as it is. @param isSuper  false when there is no such user.
+    /// @param isSuper  false when there is no such user.
+    /// @note Not escaped: loginName.
     static bool IsSuperUser(CAConnect& conn, CString loginName, bool& isSuper);
-    /// @param loginName  as it is. @param locked  false when there is no such user.
+    /// @param locked  false when there is no such user.
+    /// @note Not escaped: loginName.
     static bool IsUserLocked(CAConnect& conn, CString loginName, bool& locked);
     /// @param loginName  empty when there is no such user.
     static bool GetHMLoginName(CAConnect& conn, int id, CString& loginName);
-    /// The login name of the first user of a display name. @param name  quotes are doubled. @param loginName  empty
-    /// when there is none.
+    /// The login name of the first user of a display name. @param loginName  empty when there is none.
+    /// @note Quotes doubled: name.
     static bool GetHMLoginName(CAConnect& conn, CString name, CString& loginName);
-    /// A display name by login name. @param loginName  quotes are doubled. @param name  empty when there is none.
+    /// A display name by login name. @param name  empty when there is none.
+    /// @note Quotes doubled: loginName.
     static bool GetHMUserName(CAConnect& conn, CString loginName, CString& name);
     /// @param name  empty when there is no such user.
     static bool GetHMUserName(CAConnect& conn, int id, CString& name);
-    /// @param loginName  as it is. @param id  0, and @param name  empty, when there is no such user.
+    /// @param id  0, and @param name  empty, when there is no such user.
+    /// @note Not escaped: loginName.
     static bool LoadUserInfo(CAConnect& conn, CString loginName, int& id, CString& name);
     /// What a user's card shows. The outputs have no presets: they stay as they are when there is no such user.
     static bool GetUserInfo(CAConnect& conn, int id, CString& loginName, CString& name, int& itemIndex, int& sex,
@@ -117,37 +129,46 @@ public:
     /// to the user elsewhere stays.
     static bool DeleteUserItemByID(CAConnect& conn, int id);
     static bool SetUserLocked(CAConnect& conn, int id, bool locked);
-    /// Sets a user's department. @param deptInfo  as it is. @param always  false: only when the department id is still
-    /// 0.
+    /// Sets a user's department. @param always  false: only when the department id is still 0.
+    /// @note Not escaped: deptInfo.
     static bool UpdateUserDeptInfo(CAConnect& conn, int id, int deptId, CString deptInfo, bool always);
-    /// Adds a user. Both texts as they are.
+    /// Adds a user.
+    /// @note Not escaped: loginName, name.
     static bool InsertUser(CAConnect& conn, CString loginName, CString name);
-    /// Adds a user with an encoded password. All texts as they are.
+    /// Adds a user with an encoded password.
+    /// @note Not escaped: loginName, name, password.
     static bool InsertUser(CAConnect& conn, CString loginName, CString name, CString password, int enType);
-    /// Updates what a user may change of himself. Quotes are doubled in all ten texts.
+    /// Updates what a user may change of himself.
+    /// @note Quotes doubled: loginName, name, deptInfo, jobTitle, officePhone, mobile, officeFax, eMail, userData,
+    /// homePhone.
     static bool UpdateHumanInfo(CAConnect& conn, int id, CString loginName, CString name, CString deptInfo,
                                 CString jobTitle, CString officePhone, CString mobile, CString officeFax, CString eMail,
                                 CString userData, CString homePhone, int deptId);
 
     // ---- Groups --------------------------------------------------------------------------------------------------
-    // Texts enter all statements on groups, views, roles and job titles as they are.
 
     /// The highest group id of all. @param name  without effect. @param id  -1 when there is no group.
+    /// @note Not in a statement: name.
     static bool GetGroupIDByName(CAConnect& conn, CString name, int& id);
     /// A group of exactly this name that any kind of item with this id holds by any relation. @param id  -1 when there
     /// is none.
+    /// @note Not escaped: name.
     static bool GetGroupIDByNameAndOwner(CAConnect& conn, CString name, int& id, int ownerID);
     /// Whether any group has this name. On engine kind 3 case does not count, here and in the next two.
     /// @param exists  false when there is none, here and below.
+    /// @note Not escaped: name.
     static bool ExistGroupName(CAConnect& conn, CString name, bool& exists);
     /// Whether a group of this name is a member directly under a parent.
+    /// @note Not escaped: name.
     static bool ExistGroupName(CAConnect& conn, CString name, int parentID, int parentType, bool& exists);
     /// The id of such a group. @return 0 when there is none, and after a failure.
+    /// @note Not escaped: name.
     static int ExistGroupName(CAConnect& conn, CString name, int parentID, int parentType);
     /// The groups directly under a parent, by sort index and name.
     static bool LoadGroup(CAConnect& conn, int parentID, int parentType, CUIntArray& ids, CStringArray& names);
     /// The outputs have no presets: they stay as they are when there is no such group.
     static bool LoadGroupInfo(CAConnect& conn, int id, CString& name, int& itemIndex, CString& description);
+    /// @note Not escaped: name, description.
     static bool UpdateGroupInfo(CAConnect& conn, int id, CString name, int itemIndex, CString description);
     /// @param style  0 when there is no such group. @return true also when the connection is not open.
     static bool GetGroupStyle(CAConnect& conn, int id, int& style);
@@ -158,8 +179,10 @@ public:
     // ---- Views ---------------------------------------------------------------------------------------------------
 
     /// A view of exactly this name and type. @param id  0 when there is none.
+    /// @note Not escaped: name.
     static bool GetViewIDByName(CAConnect& conn, CString name, int type, int& id);
     /// The same, case not counting on engine kind 3. @return 0 when there is none, and after a failure.
+    /// @note Not escaped: name.
     static int ExistViewName(CAConnect& conn, CString name, int type);
     /// The views of a type, by sort index and name.
     static bool LoadView(CAConnect& conn, CUIntArray& ids, CStringArray& names, int type);
@@ -171,10 +194,12 @@ public:
     static bool LoadSysView(CAConnect& conn, CObList& views);
     /// @param name  empty when there is no such view.
     static bool GetViewNameByID(CAConnect& conn, int id, CString& name);
+    /// @note Not escaped: name.
     static bool UpdateViewName(CAConnect& conn, int id, CString name);
     /// The name of the first system view without an owner. @param name  empty when there is none.
     static bool GetDefaultSysView(CAConnect& conn, CString& name);
     /// Renames the system view without an owner, only while it is still called "_Empty".
+    /// @note Not escaped: name.
     static bool UpdateDefaultSysView(CAConnect& conn, CString name);
     /// @param flag  true when there IS a system view, against the operation's name; callers know it so.
     static bool HasNoSysView(CAConnect& conn, bool& flag);
@@ -225,11 +250,15 @@ public:
     // ---- Roles ---------------------------------------------------------------------------------------------------
 
     /// A role of exactly this name. @param id  0 when there is none.
+    /// @note Not escaped: name, appName.
     static bool GetRoleIDByName(CAConnect& conn, CString name, CString appName, int domainID, int& id);
     /// Whether there is such a role; on engine kind 3 case does not count in either name.
+    /// @note Not escaped: name, appName.
     static bool ExistRoleName(CAConnect& conn, CString name, CString appName, int domainID, bool& exists);
     /// The roles of an application and domain, unordered.
+    /// @note Not escaped: appName.
     static bool LoadRole(CAConnect& conn, CString appName, int domainID, CUIntArray& ids, CStringArray& names);
+    /// @note Not escaped: appName.
     static bool LoadRole(CAConnect& conn, CString appName, int domainID, CUIntArray& ids, CStringArray& names,
                          CStringArray& descriptions);
     /// @param name  empty when there is no such role. @return true also when the connection is not open.
@@ -250,12 +279,15 @@ public:
     // ---- Job titles ----------------------------------------------------------------------------------------------
 
     /// The members that hold a title inside a holder, with the names stored beside the title.
+    /// @note Not escaped: jobTitle.
     static bool LoadJobTitleInfo(CAConnect& conn, int holderID, int holderType, CUIntArray& memberIDs,
                                  CStringArray& memberNames, CString jobTitle);
     /// @param exists  false when the member does not hold the title inside the holder.
+    /// @note Not escaped: jobTitle.
     static bool ExistJobTitle(CAConnect& conn, int holderID, int holderType, int memberID, int memberType,
                               CString jobTitle, bool& exists);
     /// Deletes every equal row of a title.
+    /// @note Not escaped: jobTitle.
     static bool DeleteJobTitle(CAConnect& conn, int holderID, int holderType, int memberID, int memberType,
                                CString jobTitle);
 
@@ -266,57 +298,73 @@ public:
     static bool Encrypt(CString& text, CString unused, int type);
     /// Checks a password against a user's row. Both empty match, whatever the type. For type 2 the login name counts as
     /// it is written here, case included.
-    /// @param loginName  as it is. @param matches  false, also after any failure.
+    /// @param matches  false, also after any failure.
     /// @return true only when there is such a user.
+    /// @note Not escaped: loginName. Not in a statement: password.
     static bool CheckUserPassword(CAConnect& conn, CString loginName, CString password, bool& matches);
-    /// Stores a password that is encoded already. @param loginName, encodedPassword  as they are.
+    /// Stores a password that is encoded already.
     /// @return true also when there is no such user.
+    /// @note Not escaped: loginName, encodedPassword.
     static bool UpdateItemPassword(CAConnect& conn, CString loginName, CString encodedPassword, int type);
     /// A text that is kept for the whole site and not used here. @param key  empty when there is none.
     static bool GetEncryptKey(CAConnect& conn, CString& key);
-    /// @param key  as it is. Where the present key is empty a row is added, also beside one that holds it.
+    /// Where the present key is empty a row is added, also beside one that holds it.
+    /// @note Not escaped: key.
     static bool SetEncryptKey(CAConnect& conn, CString key);
 
     // ---- Item rights ---------------------------------------------------------------------------------------------
-    // A right is the power that an item has on a function, which two texts name: its genre and its name. Texts enter
-    // all statements on rights as they are. Nothing keeps two rows of one right apart: callers ask first.
+    // A right is the power that an item has on a function, which two texts name: its genre and its name.
+    // Nothing keeps two rows of one right apart: callers ask first.
 
+    /// @note Not escaped: funGenre, funName.
     static bool InsertItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName, int power,
                               int unPower);
     /// Sets the power alone. True also when there is no such right.
+    /// @note Not escaped: funGenre, funName.
     static bool UpdateItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName, int power);
+    /// @note Not escaped: funGenre, funName.
     static bool DeleteItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName);
     /// Deletes every right of the item; what it holds with respect to other items stays.
     static bool DeleteItemAce(CAConnect& conn, int itemID, int itemType);
     /// @param exists  false when there is no such right.
+    /// @note Not escaped: funGenre, funName.
     static bool ExistItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName,
                              bool& exists);
     /// @param power  of the first such row; as it was when there is none.
+    /// @note Not escaped: funGenre, funName.
     static bool LoadItemAceInfo(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName,
                                 int& power);
     /// The item's rights of a genre, unordered. Powers stand as 32 bits without a sign.
+    /// @note Not escaped: funGenre.
     static bool LoadItemAceInfo(CAConnect& conn, int itemID, int itemType, CString funGenre, CStringArray& funNames,
                                 CUIntArray& powers);
 
     // ---- Item rights with respect to a second item ---------------------------------------------------------------
 
+    /// @note Not escaped: funGenre, funName.
     static bool InsertBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType,
                                  CString funGenre, CString funName, int power, int unPower);
     /// Sets both powers. True also when there is no such right.
+    /// @note Not escaped: funGenre, funName.
     static bool UpdateBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType,
                                  CString funGenre, CString funName, int power, int unPower);
+    /// @note Not escaped: funGenre, funName.
     static bool DeleteBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType,
                                  CString funGenre, CString funName);
     /// Deletes the right on the second item from every holder.
+    /// @note Not escaped: funGenre, funName.
     static bool DeleteBIIAceInfo(CAConnect& conn, int dItemID, int dItemType, CString funGenre, CString funName);
     /// @param exists  false when there is no such right.
+    /// @note Not escaped: funGenre, funName.
     static bool ExistBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType, CString funGenre,
                                 CString funName, bool& exists);
     /// @param power  of the first such row, 0 when there is none.
+    /// @note Not escaped: funGenre, funName.
     static bool GetBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType, CString funGenre,
                               CString funName, int& power);
     /// The items that hold the right on the second item with a power of exactly 1, unordered. The name comes before the
     /// genre here, and nowhere else.
+    /// @note Not escaped: funName, funGenre.
     static bool LoadBIIAceInfo(CAConnect& conn, int dItemID, int dItemType, CString funName, CString funGenre,
                                CUIntArray& itemIDs, CUIntArray& itemTypes);
 
@@ -329,21 +377,29 @@ public:
     /// @param filter  empty when not even the default role could be read.
     static bool GetHMRoleQueryParam(CAConnect& conn, int userID, CString& filter);
     /// @param allowed  whether a role's power has bit 1; false until read.
+    /// @note Not escaped: funGenre, funName.
     static bool GetAfficheACE(CAConnect& conn, int userID, CString funGenre, CString funName, bool& allowed);
     /// @param mask  32 bits. @param has  1 when a role's power shares a bit with the mask, else 0.
+    /// @note Not escaped: funGenre, funName.
     static bool HaveBaseACE(CAConnect& conn, int userID, CString funGenre, CString funName, unsigned long mask,
                             int& has);
     /// @param rights  the bits of all roles' powers together, within 32 bits; 0 until read.
+    /// @note Not escaped: funGenre, funName.
     static bool GetHMBaseACE(CAConnect& conn, int userID, CString funGenre, CString funName, unsigned long& rights);
     /// @param allowed  whether the power in the first row that the engine returns has bit 8; no other row counts, as
     /// callers know it.
+    /// @note Not escaped: funGenre, funName.
     static bool GetACEGuestUser(CAConnect& conn, int userID, CString funGenre, CString funName, bool& allowed);
     /// @param limit  -1, for unlimited, when no role has the right or one role has it with -1; else the largest of the
     /// roles' powers. The next two are the same rule for other limits.
+    /// @note Not escaped: funGenre, funName.
     static bool GetAttachmentSizeACE(CAConnect& conn, int userID, CString funGenre, CString funName, int& limit);
+    /// @note Not escaped: funGenre, funName.
     static bool GetMultiSendCountACE(CAConnect& conn, int userID, CString funGenre, CString funName, int& limit);
+    /// @note Not escaped: funGenre, funName.
     static bool GetRateLimitACE(CAConnect& conn, int userID, CString funGenre, CString funName, int& limit);
     /// The views on which one of the roles holds the right with a power of exactly 1, each once, unordered.
+    /// @note Not escaped: funGenre, funName.
     static bool LoadHMRoleView(CAConnect& conn, int userID, CString funGenre, CString funName, CUIntArray& viewIDs);
 
     // ---- Object rights -------------------------------------------------------------------------------------------
@@ -351,13 +407,16 @@ public:
     // one.
 
     /// The rights on an object's function, of every genre, by holder type. Powers stand as 32 bits without a sign.
+    /// @note Not escaped: funName.
     static bool LoadTabBIOAceInfo(CAConnect& conn, int classID, int objID, CString funName, CUIntArray& ids,
                                   CUIntArray& itemTypes, CUIntArray& itemIDs, CStringArray& itemNames,
                                   CUIntArray& powers);
     /// @param id  of the first such right, 0 when there is none.
+    /// @note Not escaped: funName, funGenre.
     static bool ExistTabBIOAceItem(CAConnect& conn, int classID, int objID, int itemID, int itemType, CString funName,
                                    CString funGenre, int& id);
     /// Whether anyone has a right on the object's function, of any genre. @param exists  false when nobody has.
+    /// @note Not escaped: funName. Not in a statement: unused.
     static bool ExistTabBIOAce(CAConnect& conn, int classID, int objID, CString funName, CString unused, bool& exists);
     /// The outputs have no presets: they stay as they are when there is no such right.
     static bool LoadACEInfo(CAConnect& conn, int id, int& itemType, CString& itemName, int& power);
@@ -373,45 +432,60 @@ public:
     static bool GetKelDocServerFlag(CAConnect& conn, unsigned long& flag);
 
     // ---- Settings: tests -----------------------------------------------------------------------------------------
-    // Texts enter all statements on settings as they are. exists is false when there is no row.
+    // exists is false when there is no row.
 
+    /// @note Not escaped: name.
     static bool ExistThreadInfo(CAConnect& conn, CString name, bool& exists);
+    /// @note Not escaped: name.
     static bool ExistKelDocConfig(CAConnect& conn, CString name, bool& exists);
     static bool ExistKelDocServerFlag(CAConnect& conn, bool& exists);
     static bool ExistCorDisplayPic(CAConnect& conn, bool& exists);
+    /// @note Not escaped: name, genre.
     static bool ExistTabConfigName(CAConnect& conn, CString name, CString genre, bool& exists);
 
     // ---- Settings: texts -----------------------------------------------------------------------------------------
 
     /// @param value  as it was when there is no row.
+    /// @note Not escaped: name.
     static bool GetKelDocConfig(CAConnect& conn, CString name, CString& value);
     /// @param picture  empty when there is no row. @return true also when the connection is not open.
     static bool GetCorDisplayPic(CAConnect& conn, CString& picture);
     /// All settings of a genre, unordered.
+    /// @note Not escaped: genre.
     static bool LoadTabConfigInfo(CAConnect& conn, CStringArray& names, CStringArray& values, CString genre);
 
     // ---- Settings: writes ----------------------------------------------------------------------------------------
     // Numbers are written as signed 32-bit. Where there is no row to update or delete, nothing happens and it is true.
 
+    /// @note Not escaped: name.
     static bool InsertThreadInfo(CAConnect& conn, CString name, unsigned int count);
+    /// @note Not escaped: name.
     static bool UpdateThreadInfo(CAConnect& conn, CString name, unsigned int count);
+    /// @note Not escaped: name, value.
     static bool InsertKelDocConfig(CAConnect& conn, CString name, CString value);
+    /// @note Not escaped: name, value.
     static bool UpdateKelDocConfig(CAConnect& conn, CString name, CString value);
     static bool InsertKelDocServerFlag(CAConnect& conn, unsigned long flag);
     static bool UpdateKelDocServerFlag(CAConnect& conn, unsigned long flag);
-    /// The display picture of the company. @param picture  backslashes are doubled on engine kind 6, in all three.
+    /// The display picture of the company.
+    /// @note Backslashes doubled on kind 6: picture.
     static bool InsertCorDisplayPic(CAConnect& conn, CString picture);
+    /// @note Backslashes doubled on kind 6: picture.
     static bool UpdateCorDisplayPic(CAConnect& conn, CString picture);
     /// Sets the picture of every user.
+    /// @note Backslashes doubled on kind 6: picture.
     static bool UpdateUserDisplayPic(CAConnect& conn, CString picture);
+    /// @note Not escaped: name, value, genre.
     static bool InsertTabConfigValue(CAConnect& conn, CString name, CString value, CString genre);
     /// Sets every setting of this name, whatever its genre.
+    /// @note Not escaped: name, value.
     static bool UpdateTabConfigValue(CAConnect& conn, CString name, CString value);
+    /// @note Not escaped: name, genre.
     static bool DeleteTabConfigValue(CAConnect& conn, CString name, CString genre);
 
     // ---- Document roots ------------------------------------------------------------------------------------------
-    // A root is a named storage area; roots are looked up by name and type. Texts enter all statements of the document
-    // catalogue as they are. Lists are unordered; their dates are texts, empty where the table has none.
+    // A root is a named storage area; roots are looked up by name and type. Lists are unordered; their
+    // dates are texts, empty where the table has none.
 
     /// All roots. @param created  days: 2013-05-07.
     static bool LoadDocRootInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& paths,
@@ -425,19 +499,24 @@ public:
     static bool LoadDocRootInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, CUIntArray& types);
     static bool LoadDocRootInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, int type);
     /// @param exists  false when there is no such root.
+    /// @note Not escaped: name.
     static bool ExistDocRootItem(CAConnect& conn, CString name, int type, bool& exists);
     /// @param id  0 when there is no such root; in the next one too, which is the same under another name.
+    /// @note Not escaped: name.
     static bool GetDRItemIDByName(CAConnect& conn, CString name, int type, int& id);
+    /// @note Not escaped: name.
     static bool GetDocRootID(CAConnect& conn, CString name, int type, int& id);
     /// @param path  empty, and @param style  0, when there is no such root. The style has 32 bits.
+    /// @note Not escaped: name.
     static bool GetDocRootInfo(CAConnect& conn, CString name, int type, CString& path, unsigned long& style);
     /// @param result  true when there IS a root of type 1, against the operation's name; callers know it so.
     static bool HasNoDefCorpDocRoot(CAConnect& conn, bool& result);
-    /// @param path  backslashes are doubled on engine kind 6.
+    /// @note Not escaped: name. Backslashes doubled on kind 6: path.
     static bool UpdateDocRoot(CAConnect& conn, int id, CString name, CString path, int style);
     /// Deletes the root's own row; its links, the folders under it and rights on it stay. So do the next two.
     static bool DeleteDRItem(CAConnect& conn, int id);
     static bool DeleteDocRoot(CAConnect& conn, int id);
+    /// @note Not escaped: name.
     static bool DeleteDocRoot(CAConnect& conn, CString name, int type);
     /// Deletes the links of an object under a root.
     static bool DeleteDocRootLink(CAConnect& conn, int parentId, int classId, int objectId);
@@ -448,8 +527,10 @@ public:
     /// The highest id of all folders, which another caller's new folder may have. @param id  0 when there is none.
     static bool GetMaxIDFromDocVFolder(CAConnect& conn, int& id);
     /// Whether a folder of exactly this name stands directly under a root. @param exists  false when none does.
+    /// @note Not escaped: name.
     static bool ExistFolderInRootLink(CAConnect& conn, CString name, int rootId, bool& exists);
     /// The same under a folder.
+    /// @note Not escaped: name.
     static bool ExistFolderInVFolderLink(CAConnect& conn, CString name, int parentFolderId, bool& exists);
     /// The folders directly under a root, unordered.
     static bool LoadDocRootFolder(CAConnect& conn, int rootId, CStringArray& names, CUIntArray& ids);
@@ -459,6 +540,7 @@ public:
     static bool GetFolerInfo(CAConnect& conn, int id, CString& name, CString& created);
     /// @param style  32 bits.
     static bool UpdateFolderStyle(CAConnect& conn, int id, unsigned long style);
+    /// @note Not escaped: name.
     static bool UpdateFolderName(CAConnect& conn, int id, CString name);
     /// Deletes the folder's own row; its links stay.
     static bool DeleteDocVFolder(CAConnect& conn, int id);
@@ -473,11 +555,15 @@ public:
     /// @param data  a plan's settings; as it was when there is no such plan.
     static bool GetFileBackPlanInfo(CAConnect& conn, int id, CString& data);
     /// @param id  as it was when there is no such plan.
+    /// @note Not escaped: name.
     static bool GetBackupPlanID(CAConnect& conn, CString name, int& id);
     /// @param exists  whether there is a plan of this name with an id above 0. @return always true, also after a
     /// failure.
+    /// @note Not escaped: name.
     static bool ExistBackupPlan(CAConnect& conn, CString name, bool& exists);
+    /// @note Not escaped: name, description, data.
     static bool InsertBackupPlanInfo(CAConnect& conn, CString name, CString description, CString data);
+    /// @note Not escaped: name, description, data.
     static bool UpdateBackupPlanInfo(CAConnect& conn, int id, CString name, CString description, CString data);
     /// Deletes the plan's own row; its assignments stay.
     static bool DeleteBackupPlan(CAConnect& conn, int id);
@@ -504,6 +590,7 @@ public:
     // ---- Document log --------------------------------------------------------------------------------------------
 
     /// Notes what happened to an object. @param type  the kind of event, a word.
+    /// @note Not escaped: content, type, creatorName.
     static bool InsertDocLog(CAConnect& conn, int classId, int objectId, CString content, CString type, int creatorId,
                              CString creatorName);
 
@@ -511,30 +598,37 @@ public:
 
     /// Deletes the messages up to a date, and then every attachment and receipt that has no message. Stops at the first
     /// failure; what is deleted stays deleted. @param date  as the next one takes it.
+    /// @note Checked to be a date: date.
     static bool ClearMsgData(CAConnect& conn, CString date);
     /// @param date  YYYY-MM-DD or YYYY-MM-DD HH:MM:SS; messages of that very moment are deleted too. Any other text is
     /// an error, reported as the engine's are, and deletes nothing.
+    /// @note Checked to be a date: date.
     static bool DeleteMsgData(CAConnect& conn, CString date);
     static bool DeleteAttachNoMsg(CAConnect& conn);
     static bool DeleteRecvNoMsg(CAConnect& conn);
     /// The date of the oldest message. @param text  without effect. @param minDate  set only when that date is before
     /// it, so that callers pass a later one, such as now; its status stays.
+    /// @note Not in a statement: text.
     static bool GetMinDate(CAConnect& conn, CString text, COleDateTime& minDate);
     static bool DeleteLoginLogItem(CAConnect& conn, int id);
 
     // ---- Add-ins -------------------------------------------------------------------------------------------------
-    // Texts enter the statements on add-ins and packages as they are, but for an add-in's data: quotes are doubled in
-    // it, and on engine kind 6 backslashes.
 
     /// Adds an add-in. Whether it is switched on is left to the table's default.
+    /// @note Not escaped: name, desc, packageName. Quotes doubled, on kind 6 backslashes too: data.
     static bool InsertAddInInfo(CAConnect& conn, CString name, CString data, int addInType, bool isPublic, CString desc,
                                 CString packageName, int index);
     /// @param id  0 when there is no such add-in.
+    /// @note Not escaped: name.
     static bool ExistAddInInfo(CAConnect& conn, CString name, int addInType, int& id);
+    /// @note Not escaped: name, packageName.
     static bool ExistAddInItem(CAConnect& conn, int addInType, CString name, CString packageName, int& id);
+    /// @note Not escaped: name, desc. Quotes doubled, on kind 6 backslashes too: data.
     static bool UpdateAddInInfo(CAConnect& conn, CString name, int addInType, CString data, CString desc);
+    /// @note Quotes doubled, on kind 6 backslashes too: data. Not escaped: desc.
     static bool UpdateAddInInfo(CAConnect& conn, int id, CString data, CString desc);
     /// @param data  as it was when there is no such add-in.
+    /// @note Not escaped: name.
     static bool GetAddInInfo(CAConnect& conn, CString name, int addInType, CString& data);
     /// All add-ins, the highest index first. The flags come into the arrays that bear their names, though the statement
     /// has them the other way round.
@@ -545,6 +639,7 @@ public:
     static bool EnableAddInItem(CAConnect& conn, int id, bool& disabled);
     static bool DeleteAddInItem(CAConnect& conn, int id);
     /// Deletes every add-in of a package.
+    /// @note Not escaped: packageName.
     static bool DeleteAddIn(CAConnect& conn, CString packageName);
     /// @param index  0 when there is no add-in.
     static bool GetAddInItemMaxIndex(CAConnect& conn, int& index);
@@ -557,36 +652,47 @@ public:
     static bool LoadAddInPackageInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& versions,
                                      CStringArray& descs, CUIntArray& disabled);
     /// @param id, version  0 when there is no such package.
+    /// @note Not escaped: name.
     static bool GetPackageInfo(CAConnect& conn, CString name, int& id, int& version);
     /// @param modifyTime  as the engine takes a date between quotes.
+    /// @note Not escaped: modifyTime, desc.
     static bool UpdatePackageInfo(CAConnect& conn, CString modifyTime, int version, CString desc, int id);
     /// Adds a package. @param id  the highest of all packages then, whether the engine took this one or not; as it was
     /// when there is none. @return whether the highest id was read; a refused package shows in m_strLastError alone.
+    /// @note Not escaped: name, modifyTime, desc.
     static bool InsertPackageInfo(CAConnect& conn, CString name, CString modifyTime, int version, CString desc,
                                   int& id);
     /// Deletes the package's own row; its add-ins stay.
     static bool DeletePackage(CAConnect& conn, int id);
 
     // ---- Bulletin board ------------------------------------------------------------------------------------------
-    // Ids of notices are texts, and enter as they are. Dates are texts, 2013-05-07 09:03:00. The reads are true also on
-    // a connection that is not open.
+    // Ids of notices are texts. Dates are texts, 2013-05-07 09:03:00. The reads are true also on a connection that is
+    // not open.
 
     /// All notices, the newest first. The subjects come before the creators.
     static bool LoadBulletinInfo(CAConnect& conn, CStringArray& ids, CStringArray& subjects, CStringArray& creators,
                                  CStringArray& times);
     /// @param content  as it was when there is no such notice.
+    /// @note Not escaped: boardID.
     static bool GetBulletinContent(CAConnect& conn, CString boardID, CString& content);
+    /// @note Not escaped: boardID.
     static bool LoadBulletinAttachments(CAConnect& conn, CString boardID, CStringArray& fileNames);
     /// The replies to a notice, the oldest first.
+    /// @note Not escaped: boardID.
     static bool LoadBulletinReplyInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& creators,
                                       CStringArray& times, CStringArray& contents);
     /// Who has read a notice, the earliest first. @param items  the readers, as the table has them.
+    /// @note Not escaped: boardID.
     static bool LoadBulletinVisiterInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& items,
                                         CStringArray& itemNames, CStringArray& times, CUIntArray& readFlags);
     /// Each of the four deletes one kind of row; a notice goes with all four.
+    /// @note Not escaped: boardID.
     static bool DeleteBulletinItem(CAConnect& conn, CString boardID);
+    /// @note Not escaped: boardID.
     static bool DeleteBulletinAttach(CAConnect& conn, CString boardID);
+    /// @note Not escaped: boardID.
     static bool DeleteBulletinReply(CAConnect& conn, CString boardID);
+    /// @note Not escaped: boardID.
     static bool DeleteBulletinVisiter(CAConnect& conn, CString boardID);
 
     // ---- Record lists --------------------------------------------------------------------------------------------

@@ -146,7 +146,7 @@ bool Rearrange(Order& order, std::size_t position, Move move)
 
 // ---- Add-ins --------------------------------------------------------------------------------------------------------
 
-std::string AddIns::Text(std::string_view text) const { return std::string(Escaped(m_conn, text).View()); }
+std::string AddIns::Text(std::string_view text) const { return std::string(EscapeLiteral(m_conn, text).View()); }
 
 std::vector<AddIn> AddIns::Select(const std::string& condition)
 {
@@ -210,7 +210,7 @@ std::string AddIns::Data(int id)
 bool AddIns::IsTaken(std::string_view name, int type)
 {
     int id = 0;
-    Run(m_conn, [&] { return CQVBaseFun::ExistAddInInfo(m_conn, Escaped(m_conn, name), type, id); });
+    Run(m_conn, [&] { return CQVBaseFun::ExistAddInInfo(m_conn, EscapeLiteral(m_conn, name), type, id); });
     return id != 0;
 }
 
@@ -226,11 +226,12 @@ int AddIns::Create(const NewAddIn& addIn, int index)
     // The module doubles the quotes of data itself, and backslashes by the engine kind.
     constexpr int doublesSlashes = 6;
     const bool isKindOfEngine = (m_conn.m_nDBType == doublesSlashes) == EscapesBackslashes(m_conn);
-    const CString slashes = SlashesDoubled(m_conn, addIn.data);
+    const CString slashes = EscapeBackslashes(m_conn, addIn.data);
     Run(m_conn, [&] {
-        return CQVBaseFun::InsertAddInInfo(
-            m_conn, Escaped(m_conn, addIn.name), isKindOfEngine ? CString(std::string_view(addIn.data)) : slashes,
-            addIn.type, addIn.isPublic, Escaped(m_conn, addIn.description), Escaped(m_conn, addIn.package), index);
+        return CQVBaseFun::InsertAddInInfo(m_conn, EscapeLiteral(m_conn, addIn.name),
+                                           isKindOfEngine ? CString(std::string_view(addIn.data)) : slashes, addIn.type,
+                                           addIn.isPublic, EscapeLiteral(m_conn, addIn.description),
+                                           EscapeLiteral(m_conn, addIn.package), index);
     });
     const int id = Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_AddIn WHERE Col_Name = '{}' AND "
                                               "Col_AddInType = {}",
@@ -330,7 +331,7 @@ std::vector<Package> Packages::List()
 std::vector<Package> Packages::FindAll(std::string_view name)
 {
     std::vector<Package> packages =
-        Select(fmt::format(" WHERE Col_Name = '{}' ORDER BY Col_ID", Escaped(m_conn, name).View()));
+        Select(fmt::format(" WHERE Col_Name = '{}' ORDER BY Col_ID", EscapeLiteral(m_conn, name).View()));
     // Where the engine does not tell case, others come along.
     std::erase_if(packages, [&](const Package& package) { return package.name != name; });
     return packages;
@@ -339,12 +340,12 @@ std::vector<Package> Packages::FindAll(std::string_view name)
 int Packages::Insert(const Package& package)
 {
     // The module's operation goes on after a refused row, and its next error would hide the reason.
-    const CString name = Escaped(m_conn, package.name);
+    const CString name = EscapeLiteral(m_conn, package.name);
     const std::string sql = fmt::format(
         "INSERT INTO kel_Package (Col_Name, Col_Dt_Modify, Col_Ver, Col_Desc, Col_Disabled) VALUES ('{}', '{}', {}, "
         "'{}', 0)",
-        name.View(), Escaped(m_conn, package.modified.value_or("")).View(), package.version,
-        Escaped(m_conn, package.description).View());
+        name.View(), EscapeLiteral(m_conn, package.modified.value_or("")).View(), package.version,
+        EscapeLiteral(m_conn, package.description).View());
     Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
     return Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_Package WHERE Col_Name = '{}'", name.View()));
 }
@@ -352,8 +353,8 @@ int Packages::Insert(const Package& package)
 void Packages::Update(const Package& package)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::UpdatePackageInfo(m_conn, Escaped(m_conn, package.modified.value_or("")), package.version,
-                                             Escaped(m_conn, package.description), package.id);
+        return CQVBaseFun::UpdatePackageInfo(m_conn, EscapeLiteral(m_conn, package.modified.value_or("")),
+                                             package.version, EscapeLiteral(m_conn, package.description), package.id);
     });
 }
 

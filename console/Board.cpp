@@ -43,13 +43,13 @@ std::vector<Notice> Board::List()
 std::string Board::Content(const std::string& id)
 {
     CString content;
-    RunWhileOpen(m_conn, [&] { return CQVBaseFun::GetBulletinContent(m_conn, Escaped(m_conn, id), content); });
+    RunWhileOpen(m_conn, [&] { return CQVBaseFun::GetBulletinContent(m_conn, EscapeLiteral(m_conn, id), content); });
     return Text(content);
 }
 
 NoticeParts Board::Parts(const std::string& id)
 {
-    const CString escaped = Escaped(m_conn, id);
+    const CString escaped = EscapeLiteral(m_conn, id);
     CStringArray files;
     CUIntArray replyIds;
     CStringArray replyCreators;
@@ -82,7 +82,7 @@ NoticeParts Board::Parts(const std::string& id)
 
 void Board::Delete(const std::string& id)
 {
-    const CString escaped = Escaped(m_conn, id);
+    const CString escaped = EscapeLiteral(m_conn, id);
     RunWhileOpen(m_conn, [&] {
         return CQVBaseFun::DeleteBulletinAttach(m_conn, escaped) && CQVBaseFun::DeleteBulletinReply(m_conn, escaped) &&
                CQVBaseFun::DeleteBulletinVisiter(m_conn, escaped) && CQVBaseFun::DeleteBulletinItem(m_conn, escaped);

@@ -79,9 +79,9 @@ FieldValues ReadAllColumns(CARecordset& row)
 
 } // namespace
 
-CString Directory::Slashes(std::string_view text) const { return SlashesDoubled(m_conn, text); }
+CString Directory::EscapeBackslashes(std::string_view text) const { return console::EscapeBackslashes(m_conn, text); }
 
-CString Directory::Whole(std::string_view text) const { return Escaped(m_conn, text); }
+CString Directory::EscapeLiteral(std::string_view text) const { return console::EscapeLiteral(m_conn, text); }
 
 void Directory::Execute(const std::string& sql)
 {
@@ -102,21 +102,21 @@ bool Directory::Exists(int id) { return Number(fmt::format("SELECT COUNT(*) FROM
 std::optional<int> Directory::FindId(std::string_view login)
 {
     int id = -1;
-    Run(m_conn, [&] { return CQVBaseFun::GetHMIDByLoginName(m_conn, Slashes(login), id); });
+    Run(m_conn, [&] { return CQVBaseFun::GetHMIDByLoginName(m_conn, EscapeBackslashes(login), id); });
     return id == -1 ? std::nullopt : std::optional(id);
 }
 
 bool Directory::IsTaken(std::string_view login)
 {
     bool exists = true;
-    Run(m_conn, [&] { return CQVBaseFun::ExistLoginName(m_conn, Slashes(login), exists); });
+    Run(m_conn, [&] { return CQVBaseFun::ExistLoginName(m_conn, EscapeBackslashes(login), exists); });
     return exists || FindId(login).has_value();
 }
 
 std::optional<int> Directory::FindIdIgnoringCase(std::string_view login)
 {
     int id = 0;
-    Run(m_conn, [&] { return CQVBaseFun::ExistLoginNameEx(m_conn, Slashes(login), id); });
+    Run(m_conn, [&] { return CQVBaseFun::ExistLoginNameEx(m_conn, EscapeBackslashes(login), id); });
     // Where the engine tells case, the capitals that it was asked for find capitals only.
     return id == 0 && m_conn.m_nDBType != kComparesInCapitals ? FindId(login)
                                                               : (id == 0 ? std::nullopt : std::optional(id));
@@ -130,9 +130,10 @@ std::vector<UserKey> Directory::FindAll(std::string_view login)
     CString capitals{login};
     capitals.MakeUpper();
     const bool inCapitals = m_conn.m_nDBType == kComparesInCapitals;
-    const std::string condition = inCapitals ? fmt::format("upper(Col_LoginName) = '{}'", Whole(capitals.View()).View())
-                                             : fmt::format("Col_LoginName = '{}' OR Col_LoginName = '{}'",
-                                                           Whole(login).View(), Whole(capitals.View()).View());
+    const std::string condition =
+        inCapitals ? fmt::format("upper(Col_LoginName) = '{}'", EscapeLiteral(capitals.View()).View())
+                   : fmt::format("Col_LoginName = '{}' OR Col_LoginName = '{}'", EscapeLiteral(login).View(),
+                                 EscapeLiteral(capitals.View()).View());
     std::vector<UserKey> users;
     EachRow(m_conn, "SELECT Col_ID, Col_LoginName FROM qv_User WHERE " + condition + " ORDER BY Col_ID",
             [&](CARecordset& row) {
@@ -146,28 +147,28 @@ std::vector<UserKey> Directory::FindAll(std::string_view login)
 bool Directory::IsSuperUser(std::string_view login)
 {
     bool isSuper = false;
-    Run(m_conn, [&] { return CQVBaseFun::IsSuperUser(m_conn, Whole(login), isSuper); });
+    Run(m_conn, [&] { return CQVBaseFun::IsSuperUser(m_conn, EscapeLiteral(login), isSuper); });
     return isSuper;
 }
 
 bool Directory::IsLocked(std::string_view login)
 {
     bool locked = false;
-    Run(m_conn, [&] { return CQVBaseFun::IsUserLocked(m_conn, Whole(login), locked); });
+    Run(m_conn, [&] { return CQVBaseFun::IsUserLocked(m_conn, EscapeLiteral(login), locked); });
     return locked;
 }
 
 std::string Directory::LoginOfName(std::string_view name)
 {
     CString login;
-    Run(m_conn, [&] { return CQVBaseFun::GetHMLoginName(m_conn, Slashes(name), login); });
+    Run(m_conn, [&] { return CQVBaseFun::GetHMLoginName(m_conn, EscapeBackslashes(name), login); });
     return Text(login);
 }
 
 std::string Directory::NameOfLogin(std::string_view login)
 {
     CString name;
-    Run(m_conn, [&] { return CQVBaseFun::GetHMUserName(m_conn, Slashes(login), name); });
+    Run(m_conn, [&] { return CQVBaseFun::GetHMUserName(m_conn, EscapeBackslashes(login), name); });
     return Text(name);
 }
 
@@ -182,7 +183,7 @@ std::optional<NamedUser> Directory::FindNamed(std::string_view login)
 {
     int id = 0;
     CString name;
-    Run(m_conn, [&] { return CQVBaseFun::LoadUserInfo(m_conn, Whole(login), id, name); });
+    Run(m_conn, [&] { return CQVBaseFun::LoadUserInfo(m_conn, EscapeLiteral(login), id, name); });
     return id == 0 ? std::nullopt : std::optional(NamedUser{id, Text(name)});
 }
 
@@ -241,10 +242,10 @@ std::vector<Trace> Directory::Traces(int id)
 void Directory::Prepare(CHumanItem& item) const
 {
     for (const auto member : kQuotedTexts) {
-        item.*member = Slashes((item.*member).View());
+        item.*member = EscapeBackslashes((item.*member).View());
     }
     for (const auto member : kPlainTexts) {
-        item.*member = Whole((item.*member).View());
+        item.*member = EscapeLiteral((item.*member).View());
     }
 }
 
@@ -271,7 +272,7 @@ void Directory::Set(int id, const FieldValues& values)
     std::string assignments;
     for (const auto& [field, value] : values) {
         assignments += fmt::format("{}{} = ", assignments.empty() ? "" : ", ", field->column);
-        assignments += value ? fmt::format("'{}'", Whole(*value).View()) : "NULL";
+        assignments += value ? fmt::format("'{}'", EscapeLiteral(*value).View()) : "NULL";
     }
     if (!assignments.empty()) {
         Execute(fmt::format("UPDATE qv_User SET {} WHERE Col_ID = {}", assignments, id));
@@ -280,28 +281,32 @@ void Directory::Set(int id, const FieldValues& values)
 
 void Directory::Insert(std::string_view login, std::string_view name)
 {
-    Run(m_conn, [&] { return CQVBaseFun::InsertUser(m_conn, Whole(login), Whole(name)); });
+    Run(m_conn, [&] { return CQVBaseFun::InsertUser(m_conn, EscapeLiteral(login), EscapeLiteral(name)); });
 }
 
 void Directory::Insert(std::string_view login, std::string_view name, std::string_view password, int passwordType)
 {
-    Run(m_conn,
-        [&] { return CQVBaseFun::InsertUser(m_conn, Whole(login), Whole(name), Whole(password), passwordType); });
+    Run(m_conn, [&] {
+        return CQVBaseFun::InsertUser(m_conn, EscapeLiteral(login), EscapeLiteral(name), EscapeLiteral(password),
+                                      passwordType);
+    });
 }
 
 void Directory::UpdateOwnData(int id, const OwnData& data)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::UpdateHumanInfo(m_conn, id, Slashes(data.login), Slashes(data.name),
-                                           Slashes(data.department), Slashes(data.title), Slashes(data.officePhone),
-                                           Slashes(data.mobile), Slashes(data.officeFax), Slashes(data.email),
-                                           Slashes(data.userData), Slashes(data.homePhone), data.departmentId);
+        return CQVBaseFun::UpdateHumanInfo(
+            m_conn, id, EscapeBackslashes(data.login), EscapeBackslashes(data.name), EscapeBackslashes(data.department),
+            EscapeBackslashes(data.title), EscapeBackslashes(data.officePhone), EscapeBackslashes(data.mobile),
+            EscapeBackslashes(data.officeFax), EscapeBackslashes(data.email), EscapeBackslashes(data.userData),
+            EscapeBackslashes(data.homePhone), data.departmentId);
     });
 }
 
 void Directory::UpdateDepartment(int id, int departmentId, std::string_view department, bool always)
 {
-    Run(m_conn, [&] { return CQVBaseFun::UpdateUserDeptInfo(m_conn, id, departmentId, Whole(department), always); });
+    Run(m_conn,
+        [&] { return CQVBaseFun::UpdateUserDeptInfo(m_conn, id, departmentId, EscapeLiteral(department), always); });
 }
 
 void Directory::SetLocked(int id, bool locked)

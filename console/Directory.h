@@ -111,8 +111,8 @@ public:
     void TryToWrite();
 
 private:
-    [[nodiscard]] CString Slashes(std::string_view text) const;
-    [[nodiscard]] CString Whole(std::string_view text) const;
+    [[nodiscard]] CString EscapeBackslashes(std::string_view text) const;
+    [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
     void Prepare(CHumanItem& item) const;
     void Execute(const std::string& sql);
     int Number(const std::string& sql);

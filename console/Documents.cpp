@@ -560,7 +560,7 @@ std::string Catalogue::CycleText(const std::vector<DocKey>& cycle) const
 
 // ---- Documents ------------------------------------------------------------------------------------------------------
 
-CString Documents::Whole(std::string_view text) const { return Escaped(m_conn, text); }
+CString Documents::EscapeLiteral(std::string_view text) const { return console::EscapeLiteral(m_conn, text); }
 
 void Documents::Execute(const std::string& sql)
 {
@@ -623,7 +623,7 @@ std::optional<RootData> Documents::LoadRoot(int id)
 bool Documents::IsRootTaken(std::string_view name, int type)
 {
     bool exists = false;
-    Run(m_conn, [&] { return CQVBaseFun::ExistDocRootItem(m_conn, Whole(name), type, exists); });
+    Run(m_conn, [&] { return CQVBaseFun::ExistDocRootItem(m_conn, EscapeLiteral(name), type, exists); });
     return exists;
 }
 
@@ -643,11 +643,11 @@ int Documents::CountRootLinks(int id)
 int Documents::CreateRoot(const RootData& root)
 {
     CDocRootItem item;
-    item.m_strName = Whole(root.name);
-    item.m_strDesc = Whole(root.description);
-    item.m_strDataPath = QuotesDoubled(m_conn, root.path);
+    item.m_strName = EscapeLiteral(root.name);
+    item.m_strDesc = EscapeLiteral(root.description);
+    item.m_strDataPath = EscapeQuotes(m_conn, root.path);
     item.m_nMaxSize = static_cast<int>(root.maxSize);
-    item.m_strDispName = Whole(root.displayName);
+    item.m_strDispName = EscapeLiteral(root.displayName);
     item.m_nType = root.type;
     item.m_ulStyle = root.style;
     item.m_nOwnerID = root.ownerId;
@@ -666,7 +666,7 @@ void Documents::ChangeRoot(int id, const RootChanges& changes)
     };
     const auto assignText = [&](std::string_view column, const std::optional<std::string>& text) {
         if (text) {
-            assign(column, fmt::format("'{}'", Whole(*text).View()));
+            assign(column, fmt::format("'{}'", EscapeLiteral(*text).View()));
         }
     };
     const auto assignNumber = [&](std::string_view column, const auto& number) {
@@ -712,7 +712,7 @@ bool Documents::IsFolderTaken(DocKey parent, std::string_view name)
     const auto isTaken =
         parent.kind == DocKind::root ? &CQVBaseFun::ExistFolderInRootLink : &CQVBaseFun::ExistFolderInVFolderLink;
     bool exists = false;
-    Run(m_conn, [&] { return isTaken(m_conn, Whole(name), parent.id, exists); });
+    Run(m_conn, [&] { return isTaken(m_conn, EscapeLiteral(name), parent.id, exists); });
     return exists;
 }
 
@@ -743,10 +743,10 @@ int Documents::RemoveLinksTo(int folderId)
 NewFolder Documents::CreateFolder(DocKey parent, const FolderData& folder)
 {
     CDocFolderItem item;
-    item.m_strName = Whole(folder.name);
+    item.m_strName = EscapeLiteral(folder.name);
     item.m_nStyle = static_cast<int>(folder.style);
     item.m_nCreatorID = folder.creatorId;
-    item.m_strCreatorName = Whole(folder.creator);
+    item.m_strCreatorName = EscapeLiteral(folder.creator);
     const std::vector<int> before = FoldersCalled(item.m_strName);
     Save("new folder", [&] { return item.SaveData(m_conn); });
     // The highest id now may be that of a folder that another program has added meanwhile, and links tell nothing:
@@ -771,14 +771,14 @@ NewFolder Documents::CreateFolder(DocKey parent, const FolderData& folder)
 void Documents::AddLink(const Placement& placement, const FolderData& folder)
 {
     const auto add = [&](auto link) {
-        link.m_strDispName = Whole(folder.name);
+        link.m_strDispName = EscapeLiteral(folder.name);
         link.m_nStyle = static_cast<int>(folder.style);
         link.m_nHaveSubItem = folder.hasSubItems ? 1 : 0;
         link.m_nPObjID = placement.parent.id;
         link.m_nSClassID = kFolderClass;
         link.m_nSObjID = placement.folder.id;
         link.m_nCreatorID = folder.creatorId;
-        link.m_strCreatorName = Whole(folder.creator);
+        link.m_strCreatorName = EscapeLiteral(folder.creator);
         Save("new link", [&] { return link.SaveData(m_conn); });
     };
     if (placement.parent.kind == DocKind::root) {
@@ -805,9 +805,9 @@ void Documents::UpdateLinks(int folderId, const std::string& assignment, const s
 
 void Documents::RenameFolder(int id, std::string_view oldName, std::string_view newName)
 {
-    Run(m_conn, [&] { return CQVBaseFun::UpdateFolderName(m_conn, id, Whole(newName)); });
-    UpdateLinks(id, fmt::format("Col_DispName = '{}'", Whole(newName).View()),
-                fmt::format("Col_DispName = '{}'", Whole(oldName).View()));
+    Run(m_conn, [&] { return CQVBaseFun::UpdateFolderName(m_conn, id, EscapeLiteral(newName)); });
+    UpdateLinks(id, fmt::format("Col_DispName = '{}'", EscapeLiteral(newName).View()),
+                fmt::format("Col_DispName = '{}'", EscapeLiteral(oldName).View()));
 }
 
 void Documents::SetFolderStyle(int id, unsigned long oldStyle, unsigned long newStyle)

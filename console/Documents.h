@@ -237,7 +237,7 @@ public:
     void Delete(const std::vector<DocKey>& keys);
 
 private:
-    [[nodiscard]] CString Whole(std::string_view text) const;
+    [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
     void Execute(const std::string& sql);
     std::vector<RootData> ReadRoots(const std::string& condition);
     std::vector<int> FoldersCalled(const CString& name);

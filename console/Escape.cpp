@@ -8,41 +8,33 @@ namespace console {
 
 namespace {
 
-CString WithoutNul(std::string_view text)
+using Escape = CString (CAConnect::*)(const CString& text) const;
+
+CString EscapeBy(Escape escape, const CAConnect& conn, std::string_view text)
 {
     if (text.find('\0') != std::string_view::npos) {
         throw Refusal(Exit::failed, "the text " + Quoted(text) + " holds a NUL byte, which no directory can store");
     }
-    return CString(text);
+    return Asking(conn, [&] { return (conn.*escape)(CString(text)); });
 }
 
 } // namespace
 
-CString SlashesDoubled(const CAConnect& conn, std::string_view text)
+CString EscapeLiteral(const CAConnect& conn, std::string_view text)
 {
-    // By the engine and not by the kind that it is taken for: what the engine takes for its own must not reach it.
-    CString doubled = Escaped(conn, text);
-    doubled.Replace("''", "'");
-    return doubled;
+    return EscapeBy(&CAConnect::EscapeLiteral, conn, text);
 }
 
-CString Escaped(const CAConnect& conn, std::string_view text)
+CString EscapeBackslashes(const CAConnect& conn, std::string_view text)
 {
-    const CString checked = WithoutNul(text);
-    return Asking(conn, [&] { return conn.EscapeText(checked); });
+    return EscapeBy(&CAConnect::EscapeBackslashes, conn, text);
 }
 
-CString QuotesDoubled(const CAConnect& conn, std::string_view text)
+CString EscapeQuotes(const CAConnect& conn, std::string_view text)
 {
-    constexpr int doublesSlashes = 6;
-    if (conn.m_nDBType != doublesSlashes) {
-        return Escaped(conn, text);
-    }
-    CString doubled = WithoutNul(text);
-    doubled.Replace("'", "''");
-    return doubled;
+    return EscapeBy(&CAConnect::EscapeQuotes, conn, text);
 }
 
-bool EscapesBackslashes(const CAConnect& conn) { return Escaped(conn, "\\") != "\\"; }
+bool EscapesBackslashes(const CAConnect& conn) { return EscapeLiteral(conn, "\\") != "\\"; }
 
 } // namespace console

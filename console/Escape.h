@@ -8,20 +8,21 @@ class CAConnect;
 
 namespace console {
 
-// Texts on their way into a statement. Which of the two a text needs depends on the operation that it is given to.
+// What CAConnect offers under the same names, for the console's texts and with its errors. Which of them a text needs
+// is said where the operation that takes it is declared.
 
-/// For operations that double quotes themselves: backslashes are doubled where the engine takes them for its own.
-/// @throws Refusal for a text with a NUL byte, here and below.
-CString SlashesDoubled(const CAConnect& conn, std::string_view text);
+/// For statements of our own, and for operations that put a text in as it is.
+/// @throws Refusal for a text with a NUL byte. @throws DatabaseError when the connection is not open.
+CString EscapeLiteral(const CAConnect& conn, std::string_view text);
+
+/// For operations that double quotes themselves. @throws as EscapeLiteral.
+CString EscapeBackslashes(const CAConnect& conn, std::string_view text);
 
 /// For operations that double backslashes themselves where the engine kind is 6, and no quotes.
-CString QuotesDoubled(const CAConnect& conn, std::string_view text);
+/// @throws as EscapeLiteral.
+CString EscapeQuotes(const CAConnect& conn, std::string_view text);
 
-/// For operations that take a text as it is, and for statements of our own: the text as it stands between quotes on
-/// this engine.
-CString Escaped(const CAConnect& conn, std::string_view text);
-
-/// Whether the engine takes backslashes in texts for its own, whatever kind it is taken for.
+/// Whether a backslash is an escape in the engine's text literals, whatever kind the connection acts on.
 bool EscapesBackslashes(const CAConnect& conn);
 
 } // namespace console

@@ -213,7 +213,7 @@ void Decide(Explanation& explanation, const Question& question)
 Explanation Explain(CAConnect& conn, int userId, std::string_view genre, std::string_view function,
                     const Question& question)
 {
-    const Function escaped{Escaped(conn, genre), Escaped(conn, function)};
+    const Function escaped{EscapeLiteral(conn, genre), EscapeLiteral(conn, function)};
     Explanation explanation;
     CQVBaseFun::m_strLastError.Empty();
     CString filter;

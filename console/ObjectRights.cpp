@@ -51,7 +51,7 @@ std::string OnObject(ObjectKey object)
 
 } // namespace
 
-CString ObjectRights::Whole(std::string_view text) const { return Escaped(m_conn, text); }
+CString ObjectRights::EscapeLiteral(std::string_view text) const { return console::EscapeLiteral(m_conn, text); }
 
 std::vector<ObjectRight> ObjectRights::Read(const std::string& condition)
 {
@@ -72,8 +72,8 @@ std::vector<ObjectRight> ObjectRights::On(ObjectKey object, std::string_view fun
     CStringArray names;
     CUIntArray powers;
     Run(m_conn, [&] {
-        return CQVBaseFun::LoadTabBIOAceInfo(m_conn, object.classId, object.id, Whole(function), ids, types, holders,
-                                             names, powers);
+        return CQVBaseFun::LoadTabBIOAceInfo(m_conn, object.classId, object.id, EscapeLiteral(function), ids, types,
+                                             holders, names, powers);
     });
     // The module's list has no genres and nothing about who granted a right.
     std::map<int, ObjectRight> all;
@@ -101,7 +101,7 @@ std::optional<int> ObjectRights::Find(const ObjectRightKey& key)
     int id = 0;
     Run(m_conn, [&] {
         return CQVBaseFun::ExistTabBIOAceItem(m_conn, key.object.classId, key.object.id, key.holder.id, key.holder.type,
-                                              Whole(key.function), Whole(key.genre), id);
+                                              EscapeLiteral(key.function), EscapeLiteral(key.genre), id);
     });
     return id == 0 ? std::nullopt : std::optional(id);
 }
@@ -113,13 +113,13 @@ void ObjectRights::Save(const ObjectRight& right)
     item.m_nQvItemType = right.key.holder.type;
     item.m_nClassID = right.key.object.classId;
     item.m_nObjID = right.key.object.id;
-    item.m_strFunName = Whole(right.key.function);
-    item.m_strFunGenre = Whole(right.key.genre);
+    item.m_strFunName = EscapeLiteral(right.key.function);
+    item.m_strFunGenre = EscapeLiteral(right.key.genre);
     item.m_nPower = right.power;
     item.m_nUnPower = right.unpower;
     // The record doubles the quotes of these two.
-    item.m_strQvItemName = SlashesDoubled(m_conn, right.holderName);
-    item.m_strCreatorName = SlashesDoubled(m_conn, right.creator);
+    item.m_strQvItemName = EscapeBackslashes(m_conn, right.holderName);
+    item.m_strCreatorName = EscapeBackslashes(m_conn, right.creator);
     item.m_nCreatorID = right.creatorId;
     if (!item.SaveData(m_conn)) {
         ThrowReason(m_conn, "the new right on an object");
@@ -134,7 +134,7 @@ int ObjectRights::Grant(const ObjectRight& right)
             fmt::format("SELECT MAX(Col_ID) FROM Tab_BIOAce WHERE {} AND Col_QvItemID = {} AND Col_QvItemType = {} AND "
                         "Col_FunName = '{}' AND Col_FunGenre = '{}'",
                         OnObject(right.key.object), right.key.holder.id, right.key.holder.type,
-                        Whole(right.key.function).View(), Whole(right.key.genre).View()),
+                        EscapeLiteral(right.key.function).View(), EscapeLiteral(right.key.genre).View()),
             [&id](CARecordset& row) { row.GetValue(1, id); });
     return id;
 }

@@ -61,7 +61,7 @@ public:
     void Revoke(int id);
 
 private:
-    [[nodiscard]] CString Whole(std::string_view text) const;
+    [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
     std::vector<ObjectRight> Read(const std::string& condition);
     void Save(const ObjectRight& right);
 

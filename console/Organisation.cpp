@@ -718,7 +718,7 @@ std::string Organisation::DefaultViewName()
 
 // ---- Writes ---------------------------------------------------------------------------------------------------------
 
-CString Organisation::Whole(std::string_view text) const { return Escaped(m_conn, text); }
+CString Organisation::EscapeLiteral(std::string_view text) const { return console::EscapeLiteral(m_conn, text); }
 
 void Organisation::Execute(const std::string& sql)
 {
@@ -728,9 +728,9 @@ void Organisation::Execute(const std::string& sql)
 int Organisation::CreateGroup(ItemKey parent, const GroupData& group)
 {
     CGroupItem item;
-    item.m_strName = Whole(group.name);
-    item.m_strDescription = Whole(group.description);
-    item.m_strCreatorName = Whole(group.creator);
+    item.m_strName = EscapeLiteral(group.name);
+    item.m_strDescription = EscapeLiteral(group.description);
+    item.m_strCreatorName = EscapeLiteral(group.creator);
     item.m_nItemIndex = group.sortIndex;
     item.m_nDomainID = group.domainId;
     item.m_nStyle = group.style;
@@ -744,12 +744,12 @@ int Organisation::CreateGroup(ItemKey parent, const GroupData& group)
 int Organisation::CreateView(const ViewData& view)
 {
     CViewItem item;
-    item.m_strName = Whole(view.name);
+    item.m_strName = EscapeLiteral(view.name);
     item.m_nType = view.type;
-    item.m_strDescription = Whole(view.description);
+    item.m_strDescription = EscapeLiteral(view.description);
     item.m_nOwnerID = view.ownerId;
     item.m_nItemIndex = view.sortIndex;
-    item.m_strCreatorName = Whole(view.creator);
+    item.m_strCreatorName = EscapeLiteral(view.creator);
     item.m_nDomainID = view.domainId;
     item.m_nStyle = view.style;
     item.m_bIsPublic = view.isPublic;
@@ -776,23 +776,24 @@ void Organisation::RenameGroup(int id, std::string_view name)
 {
     if (const std::optional<GroupData> group = LoadGroup(id)) {
         Run(m_conn, [&] {
-            return CQVBaseFun::UpdateGroupInfo(m_conn, id, Whole(name), group->sortIndex, Whole(group->description));
+            return CQVBaseFun::UpdateGroupInfo(m_conn, id, EscapeLiteral(name), group->sortIndex,
+                                               EscapeLiteral(group->description));
         });
     }
 }
 
 void Organisation::RenameView(int id, std::string_view name)
 {
-    Run(m_conn, [&] { return CQVBaseFun::UpdateViewName(m_conn, id, Whole(name)); });
+    Run(m_conn, [&] { return CQVBaseFun::UpdateViewName(m_conn, id, EscapeLiteral(name)); });
 }
 
 void Organisation::UpdateGroup(int id, const GroupData& group)
 {
     CGroupItem item;
     item.m_nID = id;
-    item.m_strName = Whole(group.name);
-    item.m_strDescription = Whole(group.description);
-    item.m_strCreatorName = Whole(group.creator);
+    item.m_strName = EscapeLiteral(group.name);
+    item.m_strDescription = EscapeLiteral(group.description);
+    item.m_strCreatorName = EscapeLiteral(group.creator);
     item.m_nItemIndex = group.sortIndex;
     item.m_nDomainID = group.domainId;
     item.m_nStyle = group.style;
@@ -803,8 +804,8 @@ void Organisation::UpdateView(int id, const ViewData& view)
 {
     CViewItem item;
     item.m_nID = id;
-    item.m_strName = Whole(view.name);
-    item.m_strDescription = Whole(view.description);
+    item.m_strName = EscapeLiteral(view.name);
+    item.m_strDescription = EscapeLiteral(view.description);
     item.m_nItemIndex = view.sortIndex;
     Run(m_conn, [&] { return item.UpdateData(m_conn) != 0; });
 }
@@ -816,7 +817,7 @@ void Organisation::SetGroupStyle(int id, int style)
 
 void Organisation::NameDefaultView(std::string_view name)
 {
-    Run(m_conn, [&] { return CQVBaseFun::UpdateDefaultSysView(m_conn, Whole(name)); });
+    Run(m_conn, [&] { return CQVBaseFun::UpdateDefaultSysView(m_conn, EscapeLiteral(name)); });
 }
 
 void Organisation::StampView(int id)

@@ -172,7 +172,7 @@ public:
     void DeleteView(int id);
 
 private:
-    [[nodiscard]] CString Whole(std::string_view text) const;
+    [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
     void Execute(const std::string& sql);
     void LoadPlaces();
     void LoadLinks();

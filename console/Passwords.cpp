@@ -61,7 +61,7 @@ StoredPassword Load(Directory& directory, const UserKey& user)
 int CountOf(CAConnect& conn, std::string_view login)
 {
     const std::string sql =
-        fmt::format("SELECT COUNT(*) FROM qv_User WHERE Col_LoginName = '{}'", Escaped(conn, login).View());
+        fmt::format("SELECT COUNT(*) FROM qv_User WHERE Col_LoginName = '{}'", EscapeLiteral(conn, login).View());
     return Asking(conn, [&] {
         int count = 0;
         CARecordset rs;
@@ -150,8 +150,8 @@ void Passwords::Set(const UserKey& user, const Secret& password, int type)
     CheckSecret(password, "password");
     RequireOnlyOne(user);
     Run(m_conn, [&] {
-        return CQVBaseFun::UpdateItemPassword(m_conn, Escaped(m_conn, user.login),
-                                              Escaped(m_conn, Encoded(user, password, type).View()), type);
+        return CQVBaseFun::UpdateItemPassword(m_conn, EscapeLiteral(m_conn, user.login),
+                                              EscapeLiteral(m_conn, Encoded(user, password, type).View()), type);
     });
     if (!Fits(user, password)) {
         throw Refusal(Exit::failed, fmt::format("the password of {} does not fit as the database stores it; "
@@ -175,7 +175,7 @@ void Passwords::RequireOnlyOne(const UserKey& user)
 bool Passwords::Fits(const UserKey& user, const Secret& password)
 {
     const StoredPassword stored = Load(m_directory, user);
-    const CString escaped = Escaped(m_conn, user.login);
+    const CString escaped = EscapeLiteral(m_conn, user.login);
     if (stored.type == kTypeWithLogin && escaped.View() != user.login) {
         // The module puts one and the same text into its statement and into the digest: no text is right for both.
         return stored.text.empty() ? password.View().empty()

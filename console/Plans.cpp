@@ -49,7 +49,7 @@ int IdIn(const std::string& argument)
 
 // ---- Plans ----------------------------------------------------------------------------------------------------------
 
-CString Plans::Whole(std::string_view text) const { return Escaped(m_conn, text); }
+CString Plans::EscapeLiteral(std::string_view text) const { return console::EscapeLiteral(m_conn, text); }
 
 std::vector<ListedPlan> Plans::List()
 {
@@ -74,7 +74,7 @@ bool Plans::IsTaken(std::string_view name)
 {
     // The module's own test for a name calls a failure "not there".
     int id = 0;
-    Run(m_conn, [&] { return CQVBaseFun::GetBackupPlanID(m_conn, Whole(name), id); });
+    Run(m_conn, [&] { return CQVBaseFun::GetBackupPlanID(m_conn, EscapeLiteral(name), id); });
     return id != 0;
 }
 
@@ -116,10 +116,11 @@ std::vector<ListedPlan> Plans::OfItem(ItemKey item)
 int Plans::Create(const PlanData& plan)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::InsertBackupPlanInfo(m_conn, Whole(plan.name), Whole(plan.description), Whole(plan.data));
+        return CQVBaseFun::InsertBackupPlanInfo(m_conn, EscapeLiteral(plan.name), EscapeLiteral(plan.description),
+                                                EscapeLiteral(plan.data));
     });
     int id = 0;
-    Run(m_conn, [&] { return CQVBaseFun::GetBackupPlanID(m_conn, Whole(plan.name), id); });
+    Run(m_conn, [&] { return CQVBaseFun::GetBackupPlanID(m_conn, EscapeLiteral(plan.name), id); });
     return id;
 }
 
@@ -129,7 +130,8 @@ void Plans::Change(int id, const PlanChanges& changes)
     std::string assignments;
     const auto assign = [&](std::string_view column, const std::optional<std::string>& text) {
         if (text) {
-            assignments += fmt::format("{}{} = '{}'", assignments.empty() ? "" : ", ", column, Whole(*text).View());
+            assignments +=
+                fmt::format("{}{} = '{}'", assignments.empty() ? "" : ", ", column, EscapeLiteral(*text).View());
         }
     };
     assign("Col_Name", changes.name);
@@ -196,8 +198,9 @@ std::string Named(const PlanKey& plan) { return fmt::format("{} (plan {})", Visi
 void DocLog::Add(const LogEntry& entry)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::InsertDocLog(m_conn, entry.classId, entry.objectId, Escaped(m_conn, entry.content),
-                                        Escaped(m_conn, entry.type), entry.creatorId, Escaped(m_conn, entry.creator));
+        return CQVBaseFun::InsertDocLog(m_conn, entry.classId, entry.objectId, EscapeLiteral(m_conn, entry.content),
+                                        EscapeLiteral(m_conn, entry.type), entry.creatorId,
+                                        EscapeLiteral(m_conn, entry.creator));
     });
 }
 
@@ -207,7 +210,7 @@ std::vector<LogEntry> DocLog::List(const LogFilter& filter)
                       "Col_Genre FROM Tab_Doc_Log WHERE 1 = 1";
     sql += filter.classId ? fmt::format(" AND Col_R_ClassID = {}", *filter.classId) : "";
     sql += filter.objectId ? fmt::format(" AND Col_R_ObjID = {}", *filter.objectId) : "";
-    sql += filter.type ? fmt::format(" AND Col_Type = '{}'", Escaped(m_conn, *filter.type).View()) : "";
+    sql += filter.type ? fmt::format(" AND Col_Type = '{}'", EscapeLiteral(m_conn, *filter.type).View()) : "";
     std::vector<LogEntry> entries;
     const auto read = [&entries](CARecordset& row) {
         LogEntry& entry = entries.emplace_back();

@@ -74,7 +74,7 @@ public:
     void Unassign(int id, ItemKey item);
 
 private:
-    [[nodiscard]] CString Whole(std::string_view text) const;
+    [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
 
     CAConnect& m_conn;
 };

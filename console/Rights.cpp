@@ -53,12 +53,12 @@ std::string IsOn(ItemKey item, Side side)
 
 } // namespace
 
-CString Rights::Whole(std::string_view text) const { return Escaped(m_conn, text); }
+CString Rights::EscapeLiteral(std::string_view text) const { return console::EscapeLiteral(m_conn, text); }
 
 std::string Rights::IsFunction(const Function& function) const
 {
-    return fmt::format("Col_FunGenre = '{}' AND Col_FunName = '{}'", Whole(function.genre).View(),
-                       Whole(function.name).View());
+    return fmt::format("Col_FunGenre = '{}' AND Col_FunName = '{}'", EscapeLiteral(function.genre).View(),
+                       EscapeLiteral(function.name).View());
 }
 
 // ---- Of items -------------------------------------------------------------------------------------------------------
@@ -78,7 +78,7 @@ std::vector<ItemRight> Rights::Select(const std::string& condition)
 
 std::vector<ItemRight> Rights::Of(ItemKey holder, const std::optional<std::string>& genre)
 {
-    const std::string ofGenre = genre ? fmt::format(" AND Col_FunGenre = '{}'", Whole(*genre).View()) : "";
+    const std::string ofGenre = genre ? fmt::format(" AND Col_FunGenre = '{}'", EscapeLiteral(*genre).View()) : "";
     return Select(IsHolder(holder) + ofGenre);
 }
 
@@ -91,8 +91,8 @@ bool Rights::Exists(ItemKey holder, const Function& function)
 {
     bool exists = false;
     Run(m_conn, [&] {
-        return CQVBaseFun::ExistItemAce(m_conn, holder.id, holder.type, Whole(function.genre), Whole(function.name),
-                                        exists);
+        return CQVBaseFun::ExistItemAce(m_conn, holder.id, holder.type, EscapeLiteral(function.genre),
+                                        EscapeLiteral(function.name), exists);
     });
     return exists;
 }
@@ -100,23 +100,24 @@ bool Rights::Exists(ItemKey holder, const Function& function)
 void Rights::Grant(ItemKey holder, const Function& function, Powers powers)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::InsertItemAce(m_conn, holder.id, holder.type, Whole(function.genre), Whole(function.name),
-                                         powers.power, powers.unpower);
+        return CQVBaseFun::InsertItemAce(m_conn, holder.id, holder.type, EscapeLiteral(function.genre),
+                                         EscapeLiteral(function.name), powers.power, powers.unpower);
     });
 }
 
 void Rights::Set(ItemKey holder, const Function& function, int power)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::UpdateItemAce(m_conn, holder.id, holder.type, Whole(function.genre), Whole(function.name),
-                                         power);
+        return CQVBaseFun::UpdateItemAce(m_conn, holder.id, holder.type, EscapeLiteral(function.genre),
+                                         EscapeLiteral(function.name), power);
     });
 }
 
 void Rights::Revoke(ItemKey holder, const Function& function)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::DeleteItemAce(m_conn, holder.id, holder.type, Whole(function.genre), Whole(function.name));
+        return CQVBaseFun::DeleteItemAce(m_conn, holder.id, holder.type, EscapeLiteral(function.genre),
+                                         EscapeLiteral(function.name));
     });
 }
 
@@ -165,8 +166,8 @@ bool Rights::ExistsOn(ItemKey holder, ItemKey on, const Function& function)
 {
     bool exists = false;
     Run(m_conn, [&] {
-        return CQVBaseFun::ExistBIIAceInfo(m_conn, holder.id, holder.type, on.id, on.type, Whole(function.genre),
-                                           Whole(function.name), exists);
+        return CQVBaseFun::ExistBIIAceInfo(m_conn, holder.id, holder.type, on.id, on.type,
+                                           EscapeLiteral(function.genre), EscapeLiteral(function.name), exists);
     });
     return exists;
 }
@@ -175,8 +176,8 @@ void Rights::GrantOn(const RightOn& right)
 {
     Run(m_conn, [&] {
         return CQVBaseFun::InsertBIIAceInfo(m_conn, right.holder.id, right.holder.type, right.on.id, right.on.type,
-                                            Whole(right.function.genre), Whole(right.function.name), right.powers.power,
-                                            right.powers.unpower);
+                                            EscapeLiteral(right.function.genre), EscapeLiteral(right.function.name),
+                                            right.powers.power, right.powers.unpower);
     });
 }
 
@@ -184,23 +185,24 @@ void Rights::SetOn(const RightOn& right)
 {
     Run(m_conn, [&] {
         return CQVBaseFun::UpdateBIIAceInfo(m_conn, right.holder.id, right.holder.type, right.on.id, right.on.type,
-                                            Whole(right.function.genre), Whole(right.function.name), right.powers.power,
-                                            right.powers.unpower);
+                                            EscapeLiteral(right.function.genre), EscapeLiteral(right.function.name),
+                                            right.powers.power, right.powers.unpower);
     });
 }
 
 void Rights::RevokeOn(ItemKey holder, ItemKey on, const Function& function)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::DeleteBIIAceInfo(m_conn, holder.id, holder.type, on.id, on.type, Whole(function.genre),
-                                            Whole(function.name));
+        return CQVBaseFun::DeleteBIIAceInfo(m_conn, holder.id, holder.type, on.id, on.type,
+                                            EscapeLiteral(function.genre), EscapeLiteral(function.name));
     });
 }
 
 void Rights::RevokeOnFromAll(ItemKey on, const Function& function)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::DeleteBIIAceInfo(m_conn, on.id, on.type, Whole(function.genre), Whole(function.name));
+        return CQVBaseFun::DeleteBIIAceInfo(m_conn, on.id, on.type, EscapeLiteral(function.genre),
+                                            EscapeLiteral(function.name));
     });
 }
 
@@ -238,8 +240,8 @@ std::vector<Function> Rights::FunctionsOf(int userId)
 
 EffectiveRight Rights::Effective(int userId, const Function& function)
 {
-    const CString genre = Whole(function.genre);
-    const CString name = Whole(function.name);
+    const CString genre = EscapeLiteral(function.genre);
+    const CString name = EscapeLiteral(function.name);
     EffectiveRight right;
     unsigned long bits = 0;
     Run(m_conn, [&] { return CQVBaseFun::GetHMBaseACE(m_conn, userId, genre, name, bits); });
@@ -261,8 +263,10 @@ std::vector<Function> Rights::ViewFunctionsOf(int userId)
 std::vector<int> Rights::ViewsOf(int userId, const Function& function)
 {
     CUIntArray ids;
-    Run(m_conn,
-        [&] { return CQVBaseFun::LoadHMRoleView(m_conn, userId, Whole(function.genre), Whole(function.name), ids); });
+    Run(m_conn, [&] {
+        return CQVBaseFun::LoadHMRoleView(m_conn, userId, EscapeLiteral(function.genre), EscapeLiteral(function.name),
+                                          ids);
+    });
     std::vector<int> views;
     std::transform(ids.begin(), ids.end(), std::back_inserter(views),
                    [](unsigned int id) { return static_cast<int>(id); });

@@ -122,7 +122,7 @@ public:
     std::vector<int> ViewsOf(int userId, const Function& function);
 
 private:
-    [[nodiscard]] CString Whole(std::string_view text) const;
+    [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
     [[nodiscard]] std::string IsFunction(const Function& function) const;
     std::string RoleFilter(int userId);
     std::vector<RightOn> SelectOn(const std::string& condition);

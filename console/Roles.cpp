@@ -121,7 +121,7 @@ void CheckNewName(Roles& roles, const RoleKey& role, const RoleData& stored, con
 
 } // namespace
 
-CString Roles::Whole(std::string_view text) const { return Escaped(m_conn, text); }
+CString Roles::EscapeLiteral(std::string_view text) const { return console::EscapeLiteral(m_conn, text); }
 
 void Roles::Execute(const std::string& sql)
 {
@@ -152,7 +152,7 @@ std::vector<ListedRole> Roles::List(const RoleScope& scope)
     CStringArray names;
     CStringArray descriptions;
     Run(m_conn, [&] {
-        return CQVBaseFun::LoadRole(m_conn, Whole(scope.application), scope.domainId, ids, names, descriptions);
+        return CQVBaseFun::LoadRole(m_conn, EscapeLiteral(scope.application), scope.domainId, ids, names, descriptions);
     });
     std::unordered_map<int, int> members;
     EachRow(m_conn,
@@ -178,7 +178,8 @@ std::vector<RoleKey> Roles::FindAll(std::string_view name, const RoleScope& scop
 {
     CUIntArray ids;
     CStringArray names;
-    Run(m_conn, [&] { return CQVBaseFun::LoadRole(m_conn, Whole(scope.application), scope.domainId, ids, names); });
+    Run(m_conn,
+        [&] { return CQVBaseFun::LoadRole(m_conn, EscapeLiteral(scope.application), scope.domainId, ids, names); });
     const std::string upper = UpperName(name);
     std::vector<RoleKey> found;
     for (int i = 0; i < ids.GetSize(); ++i) {
@@ -264,14 +265,14 @@ std::vector<UserRole> Roles::OfUser(int userId)
 int Roles::Create(const RoleData& role)
 {
     CRoleItem item;
-    item.m_strName = Whole(role.name);
-    item.m_strDescription = Whole(role.description);
-    item.m_strAppName = Whole(role.scope.application);
+    item.m_strName = EscapeLiteral(role.name);
+    item.m_strDescription = EscapeLiteral(role.description);
+    item.m_strAppName = EscapeLiteral(role.scope.application);
     item.m_nDomainID = role.scope.domainId;
-    item.m_strCreatorName = Whole(role.creator);
+    item.m_strCreatorName = EscapeLiteral(role.creator);
     item.m_nItemIndex = role.sortIndex;
     item.m_bDisabled = role.disabled;
-    item.m_strGenre = Whole(role.genre);
+    item.m_strGenre = EscapeLiteral(role.genre);
     item.m_nGClassID = role.classId;
     item.m_nType = role.type;
     Save("new role", [&] { return item.SaveData(m_conn); });
@@ -282,8 +283,8 @@ void Roles::Update(int id, std::string_view name, std::string_view description)
 {
     CRoleItem item;
     item.m_nID = id;
-    item.m_strName = Whole(name);
-    item.m_strDescription = Whole(description);
+    item.m_strName = EscapeLiteral(name);
+    item.m_strDescription = EscapeLiteral(description);
     Save("change of a role", [&] { return item.UpdateData(m_conn); });
 }
 
@@ -416,7 +417,7 @@ std::vector<HeldTitle> Roles::TitlesIn(int groupId, std::string_view title)
 {
     std::string condition = fmt::format("t.Col_QvItemID = {}", groupId);
     if (!title.empty()) {
-        condition += fmt::format(" AND t.Col_JobTitle = '{}'", Whole(title).View());
+        condition += fmt::format(" AND t.Col_JobTitle = '{}'", EscapeLiteral(title).View());
     }
     std::vector<HeldTitle> titles = Titles(condition);
     SortBy(titles, [](const HeldTitle& held) {
@@ -436,7 +437,8 @@ bool Roles::HoldsTitle(int groupId, int userId, std::string_view title)
 {
     bool exists = false;
     Run(m_conn, [&] {
-        return CQVBaseFun::ExistJobTitle(m_conn, groupId, kItemTypeGroup, userId, kItemTypeUser, Whole(title), exists);
+        return CQVBaseFun::ExistJobTitle(m_conn, groupId, kItemTypeGroup, userId, kItemTypeUser, EscapeLiteral(title),
+                                         exists);
     });
     return exists;
 }
@@ -446,16 +448,16 @@ void Roles::GiveTitle(const HeldTitle& title)
     CJobTitleItem item;
     item.m_nQvItemID = title.groupId;
     item.m_nDQvItemID = title.userId;
-    item.m_strJobTitle = Whole(title.title);
-    item.m_strDescription = Whole(title.description);
-    item.m_strDQvItemName = Whole(title.name);
+    item.m_strJobTitle = EscapeLiteral(title.title);
+    item.m_strDescription = EscapeLiteral(title.description);
+    item.m_strDQvItemName = EscapeLiteral(title.name);
     Save("new job title", [&] { return item.SaveData(m_conn); });
 }
 
 void Roles::TakeTitle(int groupId, int userId, std::string_view title)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::DeleteJobTitle(m_conn, groupId, kItemTypeGroup, userId, kItemTypeUser, Whole(title));
+        return CQVBaseFun::DeleteJobTitle(m_conn, groupId, kItemTypeGroup, userId, kItemTypeUser, EscapeLiteral(title));
     });
 }
 

@@ -140,7 +140,7 @@ public:
     void TakeTitle(int groupId, int userId, std::string_view title);
 
 private:
-    [[nodiscard]] CString Whole(std::string_view text) const;
+    [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
     void Execute(const std::string& sql);
     int Number(const std::string& sql);
     bool HasRelation(ItemKey holder, int userId);

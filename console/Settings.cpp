@@ -68,7 +68,7 @@ std::vector<Setting> Settings::OfGenre(std::string_view genre)
     }
     CStringArray names;
     CStringArray values;
-    Run(m_conn, [&] { return CQVBaseFun::LoadTabConfigInfo(m_conn, names, values, Escaped(m_conn, genre)); });
+    Run(m_conn, [&] { return CQVBaseFun::LoadTabConfigInfo(m_conn, names, values, EscapeLiteral(m_conn, genre)); });
     std::vector<Setting> settings;
     settings.reserve(static_cast<std::size_t>(names.GetSize()));
     for (int i = 0; i < names.GetSize(); ++i) {
@@ -79,30 +79,32 @@ std::vector<Setting> Settings::OfGenre(std::string_view genre)
 
 std::vector<Setting> Settings::Named(std::string_view name)
 {
-    return Sorted(Select(m_conn, fmt::format(" WHERE Col_Name = '{}'", Escaped(m_conn, name).View())));
+    return Sorted(Select(m_conn, fmt::format(" WHERE Col_Name = '{}'", EscapeLiteral(m_conn, name).View())));
 }
 
 void Settings::Insert(std::string_view name, std::string_view value, std::string_view genre)
 {
     Run(m_conn, [&] {
-        return CQVBaseFun::InsertTabConfigValue(m_conn, Escaped(m_conn, name), Escaped(m_conn, value),
-                                                Escaped(m_conn, genre));
+        return CQVBaseFun::InsertTabConfigValue(m_conn, EscapeLiteral(m_conn, name), EscapeLiteral(m_conn, value),
+                                                EscapeLiteral(m_conn, genre));
     });
 }
 
 void Settings::UpdateAll(std::string_view name, std::string_view value)
 {
-    Run(m_conn,
-        [&] { return CQVBaseFun::UpdateTabConfigValue(m_conn, Escaped(m_conn, name), Escaped(m_conn, value)); });
+    Run(m_conn, [&] {
+        return CQVBaseFun::UpdateTabConfigValue(m_conn, EscapeLiteral(m_conn, name), EscapeLiteral(m_conn, value));
+    });
 }
 
 void Settings::Delete(std::string_view name, std::string_view genre)
 {
-    Run(m_conn,
-        [&] { return CQVBaseFun::DeleteTabConfigValue(m_conn, Escaped(m_conn, name), Escaped(m_conn, genre)); });
+    Run(m_conn, [&] {
+        return CQVBaseFun::DeleteTabConfigValue(m_conn, EscapeLiteral(m_conn, name), EscapeLiteral(m_conn, genre));
+    });
     if (genre.empty()) {
         const std::string sql = fmt::format("DELETE FROM Tab_Config WHERE Col_Name = '{}' AND Col_Genre IS NULL",
-                                            Escaped(m_conn, name).View());
+                                            EscapeLiteral(m_conn, name).View());
         Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
     }
 }
@@ -150,7 +152,7 @@ std::string Settings::Picture()
 
 void Settings::SetPicture(std::string_view picture)
 {
-    const CString quoted = QuotesDoubled(m_conn, picture);
+    const CString quoted = EscapeQuotes(m_conn, picture);
     bool exists = false;
     Run(m_conn, [&] {
         return CQVBaseFun::ExistCorDisplayPic(m_conn, exists) &&
@@ -161,7 +163,7 @@ void Settings::SetPicture(std::string_view picture)
 
 void Settings::SetUsersPicture(std::string_view picture)
 {
-    Run(m_conn, [&] { return CQVBaseFun::UpdateUserDisplayPic(m_conn, QuotesDoubled(m_conn, picture)); });
+    Run(m_conn, [&] { return CQVBaseFun::UpdateUserDisplayPic(m_conn, EscapeQuotes(m_conn, picture)); });
 }
 
 // ---- The encryption key ---------------------------------------------------------------------------------------------
@@ -189,7 +191,7 @@ void Settings::SetEncryptionKey(const Secret& key)
                                   "setting delete {} --genre ...` first",
                                   present.size(), kEncryptionKey, kEncryptionKey));
     }
-    const CString escaped = Escaped(m_conn, key.View());
+    const CString escaped = EscapeLiteral(m_conn, key.View());
     if (present.size() == 1 && present.front().value.empty()) {
         // The module would add a second row beside this one.
         const std::string sql =

@@ -111,13 +111,32 @@ void CAConnect::RollbackTrans()
     Noting([&] { session.Rollback(); });
 }
 
-CString CAConnect::EscapeText(const CString& text) const
+CString CAConnect::EscapeLiteral(const CString& text) const
 {
     const dbaccess::Session& session = Required();
     if (text.View().find('\0') != std::string_view::npos) {
         throw CAException("a text with a NUL byte cannot stand in a statement");
     }
     return session.EscapeText(text);
+}
+
+CString CAConnect::EscapeBackslashes(const CString& text) const
+{
+    // By the engine and not by the kind that the connection acts on: what the engine takes for an escape decides.
+    CString escaped = EscapeLiteral(text);
+    escaped.Replace("''", "'");
+    return escaped;
+}
+
+CString CAConnect::EscapeQuotes(const CString& text) const
+{
+    CString escaped = EscapeLiteral(text);
+    constexpr int operationsDoubleBackslashes = 6;
+    if (m_nDBType == operationsDoubleBackslashes) {
+        escaped = text;
+        escaped.Replace("'", "''");
+    }
+    return escaped;
 }
 
 CString CAConnect::GetEngineName() const { return CString(std::string_view(Required().EngineName())); }

@@ -51,9 +51,22 @@ public:
     void CommitTrans();
     void RollbackTrans();
 
-    /// The text as it must stand between the quotes of a text literal on this engine.
+    // A text from outside must pass through one of these three before it reaches a statement, also by way of an
+    // operation: which one is said where the operation is declared. Doubling quotes is not enough on MariaDB and MySQL,
+    // where "\'" does not end a literal. All three go by the characters of the ANSI code page: the second byte of a
+    // character is never taken for a backslash.
+
+    /// The text as it must be written between the quotes of a literal on this engine: for statements of your own, and
+    /// for operations that put a text in as it is.
     /// @throws CAException for a text with a NUL byte, and when the connection is not open.
-    [[nodiscard]] CString EscapeText(const CString& text) const;
+    [[nodiscard]] CString EscapeLiteral(const CString& text) const;
+    /// For operations that double quotes themselves: as EscapeLiteral, with the quotes left single.
+    /// @throws CAException as EscapeLiteral.
+    [[nodiscard]] CString EscapeBackslashes(const CString& text) const;
+    /// For operations that double backslashes themselves on engine kind 6, and never quotes: as EscapeLiteral, but on
+    /// kind 6 with the backslashes left single.
+    /// @throws CAException as EscapeLiteral.
+    [[nodiscard]] CString EscapeQuotes(const CString& text) const;
     /// The engine's name and version, for people. @throws CAException when the connection is not open.
     [[nodiscard]] CString GetEngineName() const;
 

@@ -9,8 +9,8 @@ class CAConnect;
 
 /// One row of qv_Group: a group, the inner node of the organisation tree. Where it sits is told by relations.
 ///
-/// A plain value. Texts enter statements as they are: a quote breaks them. Errors leave their text in
-/// CQVBaseFun::m_strLastError; none is notified.
+/// A plain value. The remarks at the texts say what is done to each before it enters a statement;
+/// CAConnect::EscapeLiteral does the rest. Errors leave their text in CQVBaseFun::m_strLastError; none is notified.
 class QV_API CGroupItem : public CObject {
 public:
     /// Texts empty, numbers 0, sort index 10000, created now.
@@ -26,9 +26,9 @@ public:
     bool Update(CAConnect& conn);
 
     int m_nID = 0;
-    CString m_strName;
-    CString m_strDescription;
-    CString m_strCreatorName;
+    CString m_strName;        ///< not escaped
+    CString m_strDescription; ///< not escaped
+    CString m_strCreatorName; ///< not escaped
     COleDateTime m_dtCreate;
     int m_nItemIndex = 10000;
     int m_nDomainID = 0;

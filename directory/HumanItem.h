@@ -17,8 +17,8 @@ public:
     CHumanItem();
     ~CHumanItem() override;
 
-    /// Adds this record as a new user. Fifteen texts (see ReplaceVariable) have their quotes doubled on a copy; the
-    /// others enter the statement as they are, so a quote in one of them breaks it. Neither the far-server pair nor the
+    /// Adds this record as a new user. Fifteen texts (see ReplaceVariable) have their quotes doubled on a copy, and
+    /// want CAConnect::EscapeBackslashes; the others want CAConnect::EscapeLiteral. Neither the far-server pair nor the
     /// id is written; the id that the database gives is not read back (look it up by login name).
     /// @return 1 when the row was added; 0 when the connection is not open, or when the engine refused the statement,
     ///         which also leaves the error's text in CQVBaseFun::m_strLastError.
@@ -50,45 +50,45 @@ public:
     // Members are in the order in which they are constructed. Those called "extra" are carried and copied for callers;
     // no statement reads or writes them.
     CString m_strExtra1;
-    int m_nID = 0; // the key of Update and LoadInfoByID: set it first
-    CString m_strLoginName;
-    CString m_strName;
-    CString m_strPWord; // as stored: already encoded
+    int m_nID = 0;          // the key of Update and LoadInfoByID: set it first
+    CString m_strLoginName; ///< quotes doubled
+    CString m_strName;      ///< quotes doubled
+    CString m_strPWord;     ///< not escaped; as stored: already encoded
     bool m_bIsSystem = false;
     bool m_bIsSuper = false;
     bool m_bDisabled = false;
     int m_nEnType = 1; // how m_strPWord is encoded
     bool m_bIsFarUser = false;
-    CString m_strFarServer;
+    CString m_strFarServer; ///< not escaped
     int m_nDomainID = 0;
     int m_nItemIndex = 10000;
     CString m_strExtra2;
-    CString m_strCreatorName;
+    CString m_strCreatorName; ///< quotes doubled
     int m_nExtra = 0;
     CString m_strExtra3;
     CString m_strExtra4;
-    CString m_strNote;
-    CString m_strEMail;
-    CString m_strMobile;
+    CString m_strNote;   ///< quotes doubled
+    CString m_strEMail;  ///< quotes doubled
+    CString m_strMobile; ///< not escaped
     int m_nSex = 0;
-    CString m_strDescription;
+    CString m_strDescription; ///< quotes doubled
     CString m_strExtra5;
     COleDateTime m_dtBirthday;
-    CString m_strHomeProvince;
-    CString m_strHomeCity;
-    CString m_strHomeAddress;
-    CString m_strHomePostCode;
-    CString m_strHomePhone;
-    CString m_strHomeFax;
-    CString m_strCompanyName;
-    CString m_strOfficeAddress;
-    CString m_strOfficePostCode;
-    CString m_strJobTitle;
-    CString m_strOfficePhone;
-    CString m_strOfficeFax;
-    CString m_strPicture;
-    CString m_strECard;
-    CString m_strDeptInfo;
+    CString m_strHomeProvince;   ///< quotes doubled
+    CString m_strHomeCity;       ///< quotes doubled
+    CString m_strHomeAddress;    ///< quotes doubled
+    CString m_strHomePostCode;   ///< not escaped
+    CString m_strHomePhone;      ///< not escaped
+    CString m_strHomeFax;        ///< not escaped
+    CString m_strCompanyName;    ///< quotes doubled
+    CString m_strOfficeAddress;  ///< quotes doubled
+    CString m_strOfficePostCode; ///< not escaped
+    CString m_strJobTitle;       ///< quotes doubled
+    CString m_strOfficePhone;    ///< not escaped
+    CString m_strOfficeFax;      ///< not escaped
+    CString m_strPicture;        ///< not escaped
+    CString m_strECard;          ///< quotes doubled
+    CString m_strDeptInfo;       ///< quotes doubled
     int m_nDeptID = 0;
-    CString m_strUserData;
+    CString m_strUserData; ///< quotes doubled
 };

@@ -9,7 +9,8 @@ class CAConnect;
 /// One row of qv_JobTitle: the position that a member, by default a user, holds inside a holder, by default a group.
 /// The member's name is a copy that is not kept in step.
 ///
-/// A plain value. Texts enter statements as they are: a quote breaks them.
+/// A plain value. The remarks at the texts say what is done to each before it enters a statement;
+/// CAConnect::EscapeLiteral does the rest.
 class QV_API CJobTitleItem : public CObject {
 public:
     /// Texts empty, ids 0, holder type 2 (group), member type 1 (user).
@@ -22,9 +23,9 @@ public:
 
     int m_nQvItemID = 0;
     int m_nQvItemType = 2;
-    CString m_strJobTitle;
+    CString m_strJobTitle; ///< not escaped
     int m_nDQvItemID = 0;
     int m_nDQvItemType = 1;
-    CString m_strDescription;
-    CString m_strDQvItemName;
+    CString m_strDescription; ///< not escaped
+    CString m_strDQvItemName; ///< not escaped
 };

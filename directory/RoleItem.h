@@ -9,8 +9,8 @@ class CAConnect;
 
 /// One row of qv_Role: a named set of users within one application and one domain. Relations tell who holds it.
 ///
-/// A plain value. Texts enter statements as they are: a quote breaks them. An error's text is dropped; none is
-/// notified.
+/// A plain value. The remarks at the texts say what is done to each before it enters a statement;
+/// CAConnect::EscapeLiteral does the rest. An error's text is dropped; none is notified.
 class QV_API CRoleItem : public CObject {
 public:
     /// Texts empty, numbers 0, application "Tolvan", created now.
@@ -25,15 +25,15 @@ public:
     bool UpdateData(CAConnect& conn);
 
     int m_nID = 0;
-    CString m_strName;
-    CString m_strDescription;
-    CString m_strCreatorName;
-    CString m_strAppName;
+    CString m_strName;        ///< not escaped
+    CString m_strDescription; ///< not escaped
+    CString m_strCreatorName; ///< not escaped
+    CString m_strAppName;     ///< not escaped
     int m_nItemIndex = 0;
     int m_nDomainID = 0;
     bool m_bDisabled = false;
     COleDateTime m_dtCreate;
-    CString m_strGenre;
+    CString m_strGenre; ///< not escaped
     int m_nGClassID = 0;
     int m_nType = 0;
 };

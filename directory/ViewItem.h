@@ -10,8 +10,8 @@ class CAConnect;
 /// One row of qv_View: a named root under which groups and users are arranged, of the whole system (type 1, owner 0) or
 /// of one user.
 ///
-/// A plain value. Texts enter statements as they are: a quote breaks them. Errors leave their text in
-/// CQVBaseFun::m_strLastError; none is notified.
+/// A plain value. The remarks at the texts say what is done to each before it enters a statement;
+/// CAConnect::EscapeLiteral does the rest. Errors leave their text in CQVBaseFun::m_strLastError; none is notified.
 class QV_API CViewItem : public CObject {
 public:
     /// Texts empty, numbers 0, type 1, sort index 10000, created now, not public.
@@ -28,12 +28,12 @@ public:
     int UpdateData(CAConnect& conn);
 
     int m_nID = 0;
-    CString m_strName;
+    CString m_strName; ///< not escaped
     int m_nType = 1;
-    CString m_strDescription;
+    CString m_strDescription; ///< not escaped
     int m_nOwnerID = 0;
     int m_nItemIndex = 10000;
-    CString m_strCreatorName;
+    CString m_strCreatorName; ///< not escaped
     COleDateTime m_dtCreate;
     int m_nDomainID = 0;
     int m_nStyle = 0;

@@ -9,7 +9,8 @@ class CAConnect;
 
 /// One row of Tab_Doc_VFolder: a folder that exists in the catalogue only. Link rows place it under roots and folders.
 ///
-/// A plain value. Texts enter statements as they are: a quote breaks them.
+/// A plain value. The remarks at the texts say what is done to each before it enters a statement;
+/// CAConnect::EscapeLiteral does the rest.
 class QV_API CDocFolderItem : public CObject {
 public:
     /// Texts empty, numbers 0, no sub-items, created now (local time).
@@ -21,12 +22,12 @@ public:
     bool SaveData(CAConnect& conn);
 
     int m_nID = 0;
-    CString m_strName;
+    CString m_strName; ///< not escaped
     int m_nStyle = 0;
     bool m_bHaveSubItem = false;
     int m_nGClassID = 0; ///< class and id of an object that belongs to the folder
     int m_nGObjID = 0;
     int m_nCreatorID = 0;
-    CString m_strCreatorName;
+    CString m_strCreatorName; ///< not escaped
     COleDateTime m_dtCreate;
 };

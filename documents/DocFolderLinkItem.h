@@ -8,7 +8,8 @@ class CAConnect;
 
 /// One row of Tab_Doc_VFolder_Link: an object under a folder.
 ///
-/// A plain value. Texts enter statements as they are: a quote breaks them.
+/// A plain value. The remarks at the texts say what is done to each before it enters a statement;
+/// CAConnect::EscapeLiteral does the rest.
 class QV_API CDocFolderLinkItem : public CObject, public DocLink {
 public:
     CDocFolderLinkItem();

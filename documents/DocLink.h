@@ -7,7 +7,7 @@
 /// and how it is shown there. All texts empty and all numbers 0 at first.
 struct DocLink {
     int m_nID = 0;
-    CString m_strDispName;
+    CString m_strDispName; ///< not escaped
     int m_nStyle = 0;
     int m_nHaveSubItem = 0;
     int m_nPObjID = 0;   ///< the parent's id
@@ -17,8 +17,8 @@ struct DocLink {
     int m_nRelType = 0;
     int m_nAce = 0;
     int m_nCreatorID = 0;
-    CString m_strCreatorName;
-    CString m_strNote;
+    CString m_strCreatorName; ///< not escaped
+    CString m_strNote;        ///< not escaped
     int m_nOrder = 0;
 };
 

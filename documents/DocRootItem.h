@@ -9,7 +9,9 @@ class CAConnect;
 
 /// One row of Tab_Doc_Root: a named storage area of the document server. Names are looked up together with the type.
 ///
-/// A plain value. Texts enter statements as they are: a quote breaks them. Errors drop their text.
+/// A plain value. The remarks at the texts say what is done to each before it enters a statement;
+/// CAConnect::EscapeLiteral does the rest, and CAConnect::EscapeQuotes where backslashes are doubled. Errors drop their
+/// text.
 class QV_API CDocRootItem : public CObject {
 public:
     /// Texts empty, numbers 0, no sub-items, created now (local time).
@@ -28,13 +30,13 @@ public:
     bool UpdateData(CAConnect& conn);
 
     int m_nID = 0;
-    CString m_strName;
-    CString m_strDesc;
-    CString m_strDataPath;
+    CString m_strName;     ///< not escaped
+    CString m_strDesc;     ///< not escaped
+    CString m_strDataPath; ///< SaveData: backslashes doubled on kind 6; UpdateData: not escaped
     COleDateTime m_dtCreate;
     int m_nMaxSize = 0;
     int m_nUsedSize = 0;
-    CString m_strDispName;
+    CString m_strDispName; ///< not escaped
     bool m_bHaveSubItem = false;
     int m_nType = 0;
     unsigned long m_ulStyle = 0; ///< 32 bits

@@ -591,7 +591,7 @@ private:
         }
         values += m_rules.textMark;
         values += '\'';
-        values += m_to.EscapeText(text).View();
+        values += m_to.EscapeLiteral(text).View();
         values += '\'';
     }
 

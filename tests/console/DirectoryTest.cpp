@@ -417,9 +417,9 @@ TEST(EscapeTest, BackslashesAreDoubledWhereTheEngineTakesThemForItsOwnWhateverIt
     EXPECT_TRUE(EscapesBackslashes(escaping));
     for (const int kind : {0, 1, 3, 6}) {
         plain.m_nDBType = kind;
-        EXPECT_EQ(SlashesDoubled(plain, "a\\b'c''\\"), "a\\b'c''\\") << kind;
+        EXPECT_EQ(EscapeBackslashes(plain, "a\\b'c''\\"), "a\\b'c''\\") << kind;
         escaping.m_nDBType = kind;
-        EXPECT_EQ(SlashesDoubled(escaping, "a\\b'c''\\"), "a\\\\b'c''\\\\") << kind;
+        EXPECT_EQ(EscapeBackslashes(escaping, "a\\b'c''\\"), "a\\\\b'c''\\\\") << kind;
     }
 }
 
@@ -427,14 +427,14 @@ TEST(EscapeTest, BackslashesAreLeftToOperationsThatDoubleThemOnKindSix)
 {
     CAConnect escaping;
     escaping.Open(servers::UrlOf("mariadb", "mysql").c_str());
-    EXPECT_EQ(QuotesDoubled(escaping, "a\\b'"), "a\\b''");
+    EXPECT_EQ(EscapeQuotes(escaping, "a\\b'"), "a\\b''");
     escaping.m_nDBType = 3;
-    EXPECT_EQ(QuotesDoubled(escaping, "a\\b'"), "a\\\\b''");
+    EXPECT_EQ(EscapeQuotes(escaping, "a\\b'"), "a\\\\b''");
 }
 
 TEST(EscapeTest, PlainTextsAreEscapedAsTheEngineWantsIt)
 {
     CAConnect conn;
     conn.Open("sqlite::memory:");
-    EXPECT_EQ(Escaped(conn, "O'Brien\\%"), "O''Brien\\%");
+    EXPECT_EQ(EscapeLiteral(conn, "O'Brien\\%"), "O''Brien\\%");
 }

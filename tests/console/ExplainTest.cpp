@@ -385,8 +385,8 @@ TEST_F(ExplainTest, WhatDoesNotCountIsListedForItself)
 
 TEST_F(ExplainTest, AFunctionMayBeCalledAnything)
 {
-    CQVBaseFun::InsertItemAce(m_conn, m_editors, kItemTypeRole, m_conn.EscapeText(CString(kHard)),
-                              m_conn.EscapeText(CString("it's")), 8, 0);
+    CQVBaseFun::InsertItemAce(m_conn, m_editors, kItemTypeRole, m_conn.EscapeLiteral(CString(kHard)),
+                              m_conn.EscapeLiteral(CString("it's")), 8, 0);
     for (const int engineKind : {m_conn.m_nDBType, 6}) {
         m_conn.m_nDBType = engineKind;
         const Explanation explanation = console::Explain(m_conn, m_amy, kHard, "it's", {Kind::guest});

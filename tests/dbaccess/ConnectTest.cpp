@@ -55,7 +55,7 @@ TEST(Connect, RaisesOnAClosedConnectionWhereAValueWouldLookLikeSuccess)
     EXPECT_EQ(Raised([&] { conn.CommitTrans(); }), closed);
     EXPECT_EQ(Raised([&] { conn.RollbackTrans(); }), closed);
     EXPECT_EQ(Raised([&] { conn.GetDateStrOnSQL("2013-05-07"); }), closed);
-    EXPECT_EQ(Raised([&] { (void)conn.EscapeText("x"); }), closed);
+    EXPECT_EQ(Raised([&] { (void)conn.EscapeLiteral("x"); }), closed);
     EXPECT_EQ(Raised([&] { (void)conn.GetEngineName(); }), closed);
 }
 
@@ -164,8 +164,8 @@ TEST(ConnectTexts, RefusesANulByteInAText)
 {
     CAConnect conn;
     conn.Open("sqlite::memory:");
-    EXPECT_THAT(Raised([&] { (void)conn.EscapeText(CString("a\0b", 3)); }), HasSubstr("NUL"));
-    EXPECT_STREQ(conn.EscapeText("O'Brien \\ ''"), "O''Brien \\ ''''");
+    EXPECT_THAT(Raised([&] { (void)conn.EscapeLiteral(CString("a\0b", 3)); }), HasSubstr("NUL"));
+    EXPECT_STREQ(conn.EscapeLiteral("O'Brien \\ ''"), "O''Brien \\ ''''");
 }
 
 TEST(ConnectDates, GivesTheEnginesLiteralForRealDatesOnly)

@@ -111,7 +111,7 @@ TEST_P(DriverSuite, GivesTextsBackByteForByte)
                                    "a\r\n\tb", "?", "{fn x}", " blank ", "#", "--"}) {
         m_conn.Execute("DELETE FROM t");
         m_conn.Execute(
-            ("INSERT INTO t (name) VALUES ('" + std::string(m_conn.EscapeText(text.c_str())) + "')").c_str());
+            ("INSERT INTO t (name) VALUES ('" + std::string(m_conn.EscapeLiteral(text.c_str())) + "')").c_str());
         EXPECT_EQ(std::string(TextOf("SELECT name FROM t")), text);
     }
 }

@@ -249,7 +249,7 @@ TEST_F(MysqlTest, MeansTheSameWhateverTheServersPresetsAre)
     m_conn.Execute(("SET GLOBAL sql_mode='" + mode + "'").c_str());
     ASSERT_EQ(error, kNothingRaised);
     const std::string text = R"(C:\new\'x'\)";
-    EXPECT_EQ(TextOf(conn, "SELECT '" + std::string(conn.EscapeText(text.c_str())) + "'"), text);
+    EXPECT_EQ(TextOf(conn, "SELECT '" + std::string(conn.EscapeLiteral(text.c_str())) + "'"), text);
     EXPECT_EQ(TextOf(conn, "SELECT \"a\""), "a");
     conn.Execute("CREATE TABLE t (id INTEGER, name VARCHAR(3), day DATE)");
     EXPECT_THAT(RaisedWithCode([&] { conn.Execute("INSERT INTO t (id) VALUES ('x')"); }), HasSubstr("[MySQL 1366]"));
@@ -361,7 +361,7 @@ TEST_F(MysqlTest, KeepsQuotesAndBackslashesApartFromCharactersThatContainThem)
     m_conn.Execute("CREATE TABLE t (a VARCHAR(50) CHARACTER SET utf8mb4)");
     for (const Case& c : cases) {
         const CodePageGuard guard(c.codePage);
-        const std::string escaped = m_conn.EscapeText(c.text).GetString();
+        const std::string escaped = m_conn.EscapeLiteral(c.text).GetString();
         EXPECT_EQ(m_conn.Execute(("INSERT INTO t VALUES ('" + escaped + "')").c_str()), 1);
         EXPECT_EQ(TextOf(m_conn, "SELECT a FROM t"), c.read) << c.codePage << " " << c.text;
         EXPECT_EQ(m_conn.Execute(("DELETE FROM t WHERE a = '" + escaped + "' AND 1 = 1").c_str()), 1) << c.text;

@@ -142,7 +142,7 @@ TEST_P(OdbcTest, ReadsLongTextsWhole)
     }
     const AnsiCodePageScope scope(936);
     const std::string text = Repeated("\xd6\xd0\x95\x5c\\'", 9000);
-    EXPECT_EQ(TextOf("SELECT '" + std::string(m_conn.EscapeText(text.c_str())) + "'"), text);
+    EXPECT_EQ(TextOf("SELECT '" + std::string(m_conn.EscapeLiteral(text.c_str())) + "'"), text);
 }
 
 TEST_P(OdbcTest, ReadsNullsEmptyTextsAndBigNumbers)
@@ -234,7 +234,7 @@ TEST_P(OdbcTest, KeepsTextsOfACodePageApartFromQuotesAndBackslashes)
     for (const Sample& sample :
          {Sample{936, "\x95\x5c'\xd6\xd0'\x81\x7b"}, Sample{950, "\xa5\x5c\\'\xb3\x5c"}, Sample{1252, "Jos\xe9'\\"}}) {
         const AnsiCodePageScope scope(sample.codePage);
-        const CString escaped = m_conn.EscapeText(sample.text);
+        const CString escaped = m_conn.EscapeLiteral(sample.text);
         EXPECT_EQ(TextOf(std::string("SELECT '") + escaped.GetString() + "'"), sample.text);
         CARecordset rs;
         const char quote = Is(kMariadb) ? '`' : '"';
@@ -252,7 +252,7 @@ TEST(OdbcValues, DoNotSwallowTheirQuoteWhereTheUrlNamesACharacterSet)
     CAConnect conn;
     conn.Open((FreshOdbcUrl("mariadb") + ";CHARSET=gbk").c_str());
     const std::string text = "\u4e16\\' OR 1=1 -- ";
-    EXPECT_EQ(TextOf(conn, "SELECT '" + std::string(conn.EscapeText(text.c_str())) + "'"), text);
+    EXPECT_EQ(TextOf(conn, "SELECT '" + std::string(conn.EscapeLiteral(text.c_str())) + "'"), text);
 }
 
 // ---- Results
@@ -690,9 +690,9 @@ std::string UrlOfUser(const std::string& password)
     CAConnect conn;
     conn.Open(servers::UrlOf("mariadb", "mysql").c_str());
     const std::string user = "'" + name + "'@'127.0.0.1'";
-    conn.Execute(
-        ("CREATE OR REPLACE USER " + user + " IDENTIFIED BY '" + std::string(conn.EscapeText(password.c_str())) + "'")
-            .c_str());
+    conn.Execute(("CREATE OR REPLACE USER " + user + " IDENTIFIED BY '" +
+                  std::string(conn.EscapeLiteral(password.c_str())) + "'")
+                     .c_str());
     conn.Execute(("GRANT ALL ON *.* TO " + user).c_str());
     return "odbc:Driver={MariaDB Unicode};Server=127.0.0.1;Port=" + servers::TheMariadb().port +
            ";Database=mysql;UID=" + name;

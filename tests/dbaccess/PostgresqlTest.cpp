@@ -192,7 +192,7 @@ TEST_F(PostgresqlTest, KeepsTextsOfACodePageApartFromQuotesAndBackslashes)
     for (const Sample& sample :
          {Sample{936, "\x95\x5c'\xd6\xd0'"}, Sample{950, "\xa5\x5c\\'\xb3\x5c"}, Sample{1252, "Jos\xe9'\\"}}) {
         const AnsiCodePageScope scope(sample.codePage);
-        const CString escaped = m_conn.EscapeText(sample.text);
+        const CString escaped = m_conn.EscapeLiteral(sample.text);
         EXPECT_EQ(TextOf(std::string("SELECT '") + escaped.GetString() + "'"), sample.text);
         CARecordset rs;
         Open(rs, std::string("SELECT 'x' AS \"") + sample.text + "\"", m_conn);
@@ -518,7 +518,7 @@ void DemandPassword(CAConnect& conn, const std::string& role, const std::string&
     const std::string file = rs.GetValueToStr(2, true).GetString();
     rs.Close();
     // Rules written as one column of lines: a text with line breaks would be escaped.
-    conn.Execute(("COPY (SELECT regexp_split_to_table('" + std::string(conn.EscapeText(rules.c_str())) +
+    conn.Execute(("COPY (SELECT regexp_split_to_table('" + std::string(conn.EscapeLiteral(rules.c_str())) +
                   "', E'\\n')) TO '" + file + "' (DELIMITER E'\\x01')")
                      .c_str());
     conn.Execute("SELECT pg_reload_conf()");

@@ -193,7 +193,7 @@ TEST_F(SqliteTest, UpperFoldsByUnicodeAsMakeUpperDoes)
          {"José", "юлия", "straße", "ñ", "žofie", "王芳", "ABC xyz 'q'", "ı", "ÿ", "", "µ", "\xff\xfe é"}) {
         CString capitals = text;
         capitals.MakeUpper();
-        const CString escaped = conn.EscapeText(text);
+        const CString escaped = conn.EscapeLiteral(text);
         EXPECT_EQ(TextOf(conn, "SELECT upper('" + escaped + "')"), capitals) << text;
     }
     EXPECT_STREQ(TextOf(conn, "SELECT upper(NULL) IS NULL"), "1");

@@ -47,7 +47,7 @@ struct SourceColumn {
 
 inline std::string Quoted(const CAConnect& conn, const std::string& text)
 {
-    return "'" + std::string(conn.EscapeText(CString(std::string_view(text))).View()) + "'";
+    return "'" + std::string(conn.EscapeLiteral(CString(std::string_view(text))).View()) + "'";
 }
 
 /// A value of a column in a row, both numbered, as it stands in a statement.
