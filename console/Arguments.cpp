@@ -4,6 +4,7 @@
 #include "console/Errors.h"
 #include "console/Help.h"
 #include "console/Text.h"
+#include "console/Url.h"
 #include "platform/CodePage.h"
 
 #include <CLI/CLI.hpp>
@@ -69,7 +70,7 @@ bool IsNear(std::string_view written, std::string_view name)
         }
     }
     const std::string hint = near.empty() ? "there are " + all : "did you mean " + near + "?";
-    throw Refusal(Exit::usage, fmt::format("{} {}; {}", missing, Quoted(written), hint));
+    throw Refusal(Exit::usage, fmt::format("{} '{}'; {}", missing, ShownUrl(written), hint));
 }
 
 std::vector<std::string_view> NounNames()
@@ -194,7 +195,8 @@ void RefuseUnknownWords(const CLI::App& app)
     }
     if (!words.empty()) {
         const std::string unknown = FirstWord(words, true).value_or(words.front());
-        throw Refusal(Exit::usage, fmt::format("{} is not expected here; see `{}`", Quoted(unknown), HelpCommand(app)));
+        throw Refusal(Exit::usage,
+                      fmt::format("'{}' is not expected here; see `{}`", ShownUrl(unknown), HelpCommand(app)));
     }
 }
 

@@ -97,7 +97,7 @@ constexpr Command kCommands[] = {
     {"db", "init", "make the database, or bring it up to this program's version",
      "  qvadmin db init\n"
      "  qvadmin --db sqlite:/srv/directory.db db init",
-     nullptr, &db::Init},
+     &db::DeclareInit, &db::Init},
     {"db", "status", "what there is; ends with 0 when the database is ready for use, else with 8",
      "  qvadmin db status -o json", nullptr, &db::Status},
     {"db", "copy", "carry the whole directory over to another database, of any engine, with all ids",
@@ -536,7 +536,7 @@ Exit RunWords(const std::vector<std::string>& words, Terminal& terminal)
 
 Exit Reported(const Exit code, std::string_view sentence, Terminal& terminal)
 {
-    terminal.err << "qvadmin: " << sentence << '\n';
+    terminal.err << "qvadmin: " << Visible(sentence) << '\n';
     return code;
 }
 
@@ -547,7 +547,7 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal)
     } catch (const Refusal& e) {
         return Reported(e.Code(), e.what(), terminal);
     } catch (const std::exception& e) {
-        return Reported(Exit::failed, "this should not happen: " + Visible(e.what()), terminal);
+        return Reported(Exit::failed, "this should not happen: " + std::string(e.what()), terminal);
     }
 }
 

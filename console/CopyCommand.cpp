@@ -1,5 +1,6 @@
 #include "console/CopyCommand.h"
 
+#include "console/DbCommands.h"
 #include "console/Engine.h"
 #include "console/Interrupt.h"
 #include "console/Opened.h"
@@ -20,28 +21,13 @@ namespace console::db {
 
 namespace {
 
+bool& Parents()
+{
+    static bool parents = false;
+    return parents;
+}
+
 constexpr Field kTarget{"URL", "", {}, Field::Use::given, "the database to copy to, such as sqlite:PATH"};
-
-bool NamesAKind(const std::string& url)
-{
-    try {
-        return ChooseUrl(url) == url;
-    } catch (const Refusal&) {
-        return false;
-    }
-}
-
-void RequireKind(const std::string& url)
-{
-    if (NamesAKind(url)) {
-        return;
-    }
-    if (url.find('=') != std::string::npos) { // a connection string, and passwords stand in those
-        throw Refusal(Exit::usage, "the target names no kind of database; write sqlite:PATH for a file");
-    }
-    const std::string shown = ShownUrl(url);
-    throw Refusal(Exit::usage, fmt::format("'{}' names no kind of database; write sqlite:{} for a file", shown, shown));
-}
 
 void RequireLastingFile(const std::string& url)
 {
@@ -65,7 +51,7 @@ Arguments ForTarget(const Arguments& arguments)
 {
     Arguments target = arguments;
     target.db = words::Given(arguments, kTarget);
-    RequireKind(*target.db);
+    RequireScheme(*target.db, "the target");
     RequireLastingFile(*target.db);
     return target;
 }
@@ -91,6 +77,50 @@ void RequireUsable(CAConnect& from, CAConnect& to, const std::string& shown)
                                   Counted(static_cast<std::size_t>(rows), "row")));
     }
 }
+
+/// The file of a target that is not there before the copy. Unless the copy succeeds, it is removed again.
+class NewTarget {
+public:
+    NewTarget(const std::string& url, CAConnect& to) : m_to(to)
+    {
+        std::error_code error;
+        if (MakesFile(url) && !std::filesystem::exists(*SqliteFile(url), error) && !error) {
+            m_file = SqliteFile(url);
+        }
+    }
+    NewTarget(const NewTarget&) = delete;
+    NewTarget& operator=(const NewTarget&) = delete;
+    ~NewTarget()
+    {
+        if (m_file && IsEmpty()) {
+            m_to.Close();
+            std::error_code ignored;
+            for (const char* suffix : {"-wal", "-shm", "-journal", ""}) {
+                std::filesystem::remove(m_file->native() + suffix, ignored);
+            }
+        }
+    }
+
+    void Keep() { m_file.reset(); }
+
+private:
+    // Another program may have filled it meanwhile.
+    [[nodiscard]] bool IsEmpty() const noexcept
+    {
+        std::error_code error;
+        if (!m_to.IsOpen()) {
+            return std::filesystem::file_size(*m_file, error) == 0;
+        }
+        try {
+            return schema::CountRows(m_to) == 0;
+        } catch (...) { // its trouble is being reported already
+            return false;
+        }
+    }
+
+    CAConnect& m_to;
+    std::optional<std::filesystem::path> m_file;
+};
 
 /// What is known of the target behind a failure, to end a sentence with.
 std::string Standing(const CAConnect& to)
@@ -172,7 +202,11 @@ private:
 
 } // namespace
 
-void DeclareCopy(CLI::App& app, Arguments& arguments) { words::DeclareArgument(app, arguments, kTarget); }
+void DeclareCopy(CLI::App& app, Arguments& arguments)
+{
+    words::DeclareArgument(app, arguments, kTarget);
+    DeclareParents(app, Parents());
+}
 
 Exit Copy(const Context& context)
 {
@@ -180,16 +214,16 @@ Exit Copy(const Context& context)
     const std::string shown = ShownUrl(*target.db);
     Opened source(context.arguments, Opened::Indexes::leftAlone);
     CAConnect& from = source.Directory().Connection();
-    if (MakesFile(*target.db)) {
-        MakeParentDirectories(*SqliteFile(*target.db));
-    }
+    PrepareDirectory(*target.db, Parents());
     CAConnect to;
+    NewTarget newTarget(*target.db, to);
     Connect(to, *target.db, target);
     RequireUsable(from, to, shown);
     const Interrupt interrupt;
     Asking(to, [&] { schema::Upgrade(to); });
     Copying copying(from, to, context.terminal);
     const schema::Copied copied = copying.Run();
+    newTarget.Keep();
     if (!copied.others.empty()) {
         context.terminal.err << fmt::format("not copied, being no tables of a directory: {}\n",
                                             Visible(fmt::format("{}", fmt::join(copied.others, ", "))));

@@ -6,11 +6,18 @@
 #include "console/Text.h"
 #include "console/Url.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 namespace console::db {
 
 namespace {
+
+bool& Parents()
+{
+    static bool parents = false;
+    return parents;
+}
 
 std::string WhatWasDone(const schema::Status& before, const schema::Status& after, bool didSomething)
 {
@@ -31,12 +38,17 @@ schema::Status Inspect(CAConnect& conn)
 
 } // namespace
 
+void DeclareParents(CLI::App& app, bool& parents)
+{
+    app.add_flag("--parents", parents, "make the directories above a SQLite file that are missing");
+}
+
+void DeclareInit(CLI::App& app, Arguments& /*arguments*/) { DeclareParents(app, Parents()); }
+
 Exit Init(const Context& context)
 {
     const std::string url = ChooseUrl(context.arguments.db);
-    if (MakesFile(url)) {
-        MakeParentDirectories(*SqliteFile(url));
-    }
+    PrepareDirectory(url, Parents() || IsDefault(context.arguments.db));
     CAConnect conn;
     Connect(conn, url, context.arguments);
     const schema::Status before = Inspect(conn);

@@ -14,6 +14,8 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -244,6 +246,8 @@ private:
         if (std::filesystem::equivalent(m_path, input, error)) {
             throw Refusal(Exit::usage, fmt::format("{} is the file to import; name another for the outcomes", Name()));
         }
+        // It has people's data: a new one is for its owner alone.
+        ::close(::open(m_path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, S_IRUSR | S_IWUSR));
         m_file.open(m_path, std::ios::binary | std::ios::trunc);
         if (!m_file) {
             throw Refusal(Exit::failed, fmt::format("cannot write {}: {}; name another file with --result", Name(),

@@ -13,6 +13,7 @@
 #include <CLI/CLI.hpp>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -82,6 +83,7 @@ Secret ReadLine(std::istream& in, std::string_view noun)
     return line;
 }
 
+// A pipe, such as a shell makes of <(...), is nobody else's.
 Secret ReadFile(const std::string& path, std::string_view noun)
 {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -89,6 +91,14 @@ Secret ReadFile(const std::string& path, std::string_view noun)
         throw Refusal(Exit::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(errno)));
     }
     FileBuffer buffer(file);
+    struct stat status {};
+    const bool isFile = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    if (isFile && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+        throw Refusal(Exit::failed,
+                      fmt::format("the {} file {} is open to others than its owner; nothing was changed, chmod 600 "
+                                  "closes it",
+                                  noun, Visible(path)));
+    }
     std::istream in(&buffer);
     return ReadLine(in, noun);
 }

@@ -149,7 +149,8 @@ Layout Measured(const Table& table, const std::vector<std::vector<Cell>>& lines)
 void WriteTable(const Table& table, std::ostream& out)
 {
     std::vector<std::vector<Cell>> lines(1);
-    std::ranges::transform(table.columns, std::back_inserter(lines.front()), CellOf);
+    std::ranges::transform(table.columns, std::back_inserter(lines.front()),
+                           [](const std::string& name) { return CellOf(Visible(name)); });
     for (const std::vector<Value>& row : table.rows) {
         std::vector<Cell>& line = lines.emplace_back();
         std::ranges::transform(row, std::back_inserter(line),
@@ -222,14 +223,14 @@ Table AsRow(const Record& record)
 
 void WriteProperties(const Record& record, std::ostream& out)
 {
-    std::size_t widest = 0;
-    for (const auto& [name, value] : record) {
-        widest = std::max(widest, name.size());
-    }
-    for (const auto& [name, value] : record) {
-        const std::string text = ForPeople(value);
-        out << name;
-        Pad(text.empty() ? 0 : widest + 2 - name.size(), out);
+    std::vector<Cell> names;
+    std::ranges::transform(record, std::back_inserter(names),
+                           [](const auto& property) { return CellOf(Visible(property.first)); });
+    const std::size_t widest = names.empty() ? 0 : std::ranges::max(names, {}, &Cell::width).width;
+    for (std::size_t i = 0; i < record.size(); ++i) {
+        const std::string text = ForPeople(record[i].second);
+        out << names[i].text;
+        Pad(text.empty() ? 0 : widest + 2 - names[i].width, out);
         out << text << '\n';
     }
 }

@@ -26,7 +26,10 @@ void EachCharacter(std::string_view text, Take take)
 
 bool IsControl(UChar32 ch) { return u_charType(ch) == U_CONTROL_CHAR; }
 
-bool TurnsOrBreaksLine(UChar32 ch) { return (ch >= 0x2028 && ch <= 0x202E) || (ch >= 0x2066 && ch <= 0x2069); }
+bool TurnsOrBreaksLine(UChar32 ch)
+{
+    return ch == 0x2028 || ch == 0x2029 || u_hasBinaryProperty(ch, UCHAR_BIDI_CONTROL) != 0;
+}
 
 void AppendBytes(std::string& out, std::string_view bytes)
 {

@@ -81,19 +81,17 @@ std::string DataDirectory()
     return std::string(home) + "/.local/share";
 }
 
-// A text with a = or an @ may be a connection string or a URL with a password in it, whose scheme has been forgotten.
-std::string WithScheme(const std::string& url, std::string_view source)
+// Whether a SQLite URL is written as that of a server, as the driver judges it: it may hold a password.
+bool NamesServer(std::string_view url)
 {
-    if (!HasScheme(url) && url.find_first_of("=@") != std::string::npos) {
-        throw Refusal(Exit::usage, fmt::format("{} names no kind of database; a URL begins with one, such as odbc: or "
-                                               "sqlite:",
-                                               source));
+    const std::string_view location = url.substr(std::min(url.size(), kSqlite.size()));
+    const bool slashes = location.starts_with("//");
+    if (location.starts_with("///") || location.starts_with('.') || (location.starts_with('/') && !slashes)) {
+        return false;
     }
-    if (!HasScheme(url)) {
-        throw Refusal(Exit::usage, fmt::format("{} {} names no kind of database; write sqlite:{} for a file", source,
-                                               Quoted(url), url.empty() ? "PATH" : Visible(url)));
-    }
-    return url;
+    const bool at = location.find('@') != std::string_view::npos;
+    const bool colon = location.substr(0, location.find_first_of("/@", 2)).find(':') != std::string_view::npos;
+    return (slashes ? 1 : 0) + (at ? 1 : 0) + (colon ? 1 : 0) > 1;
 }
 
 std::string_view Options(std::string_view url)
@@ -116,17 +114,6 @@ std::optional<std::string_view> Option(std::string_view url, std::string_view na
     return std::nullopt;
 }
 
-// "//USER:PASSWORD@HOST" as in most URLs.
-void HideUserPassword(std::string& url)
-{
-    const std::size_t begin = url.find("//");
-    const std::size_t at = begin == std::string::npos ? begin : url.find_last_of('@', url.find('/', begin + 2));
-    const std::size_t colon = at == std::string::npos ? at : url.find(':', begin);
-    if (colon != std::string::npos && colon < at) {
-        url.replace(colon + 1, at - colon - 1, "***");
-    }
-}
-
 // Where a word stands in a text, in any case; npos when it does not.
 std::size_t Find(std::string_view text, std::string_view lowerWord, std::size_t from = 0)
 {
@@ -134,16 +121,6 @@ std::size_t Find(std::string_view text, std::string_view lowerWord, std::size_t 
     const std::string_view rest = text.substr(from);
     const auto* found = std::search(rest.begin(), rest.end(), lowerWord.begin(), lowerWord.end(), sameLetter);
     return found == rest.end() ? std::string_view::npos : from + static_cast<std::size_t>(found - rest.begin());
-}
-
-// "password=..." or "PWD=..." up to the next ; or &.
-void HideNamedPassword(std::string& url, std::string_view name)
-{
-    for (std::size_t found = Find(url, name); found != std::string::npos;) {
-        const std::size_t begin = found + name.size();
-        url.replace(begin, std::min(url.find_first_of(";&", begin), url.size()) - begin, "***");
-        found = Find(url, name, begin);
-    }
 }
 
 // Whether a text speaks of a password, other than by the option that names only its file.
@@ -171,6 +148,48 @@ std::size_t EndOfValue(std::string_view url, std::size_t begin)
     return std::min(url.find(';', begin), url.size());
 }
 
+// "USER:PASSWORD@HOST", with // before it or without. Up to the last @, since a password may hold one, and to the end
+// where the @ is missing and no port stands there.
+void HideUserPassword(std::string& url)
+{
+    const std::size_t slashes = url.find("//");
+    const std::size_t begin = slashes == std::string::npos ? url.find(':') + 1 : slashes + 2;
+    const std::size_t at = url.rfind('@');
+    const std::size_t bracket = url.substr(begin).starts_with('[') ? url.find(']', begin) : begin;
+    const std::size_t colon = url.find(':', std::min(bracket, url.size()));
+    if (colon == std::string::npos) {
+        return;
+    }
+    if (at != std::string::npos && colon < at) {
+        url.replace(colon + 1, at - colon - 1, "***");
+    } else if (slashes != std::string::npos && at == std::string::npos) {
+        const std::size_t end = url.find_first_not_of("0123456789", colon + 1);
+        if (end != std::string::npos && std::string_view("/?,").find(url[end]) == std::string_view::npos) {
+            url.replace(colon + 1, std::string::npos, "***");
+        }
+    }
+}
+
+bool NamesPasswordOption(std::string_view name)
+{
+    const bool isFile = name.ends_with("passfile") || name.ends_with("password-file");
+    return !isFile && (Find(name, "pass") != std::string_view::npos || Find(name, "pwd") != std::string_view::npos);
+}
+
+// "password=..." and the like, to the end of the text: a & or a ; there may be the password's own.
+// @param from  where to begin.
+void HideNamedPassword(std::string& url, std::size_t from)
+{
+    for (std::size_t at = from; at < url.size();) {
+        const std::size_t end = std::min(url.find_first_of("?&;", at), url.size());
+        const std::size_t sign = url.find('=', at);
+        if (sign < end && NamesPasswordOption(std::string_view(url).substr(at, sign - at))) {
+            url.replace(sign + 1, std::string::npos, "***");
+        }
+        at = end + 1;
+    }
+}
+
 // "KEYWORD=VALUE;KEYWORD={VALUE}": the values of PWD and PASSWORD, any that speaks of one, and what has no keyword: it
 // may be the rest of a password with a ; in it.
 void HideOdbcPasswords(std::string& url)
@@ -191,17 +210,40 @@ void HideOdbcPasswords(std::string& url)
 
 } // namespace
 
+// A text with a = or an @ may be a connection string or a URL with a password in it, whose scheme has been forgotten.
+void RequireScheme(const std::string& url, std::string_view source)
+{
+    if (url.starts_with(kSqlite) && NamesServer(url)) {
+        throw Refusal(Exit::usage, fmt::format("{} names a server, and sqlite: takes the path of a file; write "
+                                               "sqlite:PATH",
+                                               source));
+    }
+    if (!HasScheme(url) && url.find_first_of("=@") != std::string::npos) {
+        throw Refusal(Exit::usage, fmt::format("{} names no kind of database; a URL begins with one, such as odbc: or "
+                                               "sqlite:",
+                                               source));
+    }
+    if (!HasScheme(url)) {
+        throw Refusal(Exit::usage, fmt::format("{} {} names no kind of database; write sqlite:{} for a file", source,
+                                               Quoted(url), url.empty() ? "PATH" : Visible(url)));
+    }
+}
+
 std::string ChooseUrl(const std::optional<std::string>& option)
 {
     if (option) {
-        return WithScheme(*option, "--db");
+        RequireScheme(*option, "--db");
+        return *option;
     }
-    const std::string_view variable = Environment("QVADMIN_DB");
+    std::string variable(Environment("QVADMIN_DB"));
     if (!variable.empty()) {
-        return WithScheme(std::string(variable), "QVADMIN_DB");
+        RequireScheme(variable, "QVADMIN_DB");
+        return variable;
     }
     return std::string(kSqlite) + EncodedPath(DataDirectory() + "/quorvel/directory.db");
 }
+
+bool IsDefault(const std::optional<std::string>& option) { return !option && Environment("QVADMIN_DB").empty(); }
 
 std::string WithoutCreating(const std::string& url)
 {
@@ -222,14 +264,22 @@ std::optional<std::filesystem::path> SqliteFile(const std::string& url)
 
 bool MakesFile(const std::string& url) { return SqliteFile(url) && Option(url, "mode").value_or("rwc") == "rwc"; }
 
-void MakeParentDirectories(const std::filesystem::path& file)
+void PrepareDirectory(const std::string& url, bool parents)
 {
+    if (!MakesFile(url)) {
+        return;
+    }
     std::vector<std::filesystem::path> missing;
     std::error_code ignored;
-    std::filesystem::path parent = file.parent_path();
+    std::filesystem::path parent = SqliteFile(url)->parent_path();
     while (!parent.empty() && !std::filesystem::exists(parent, ignored)) {
         missing.push_back(parent);
         parent = parent.parent_path();
+    }
+    if (!missing.empty() && !parents) {
+        throw Refusal(Exit::database, fmt::format("there is no directory {}; nothing was made, add --parents if it is "
+                                                  "to be made",
+                                                  Visible(missing.front().native())));
     }
     std::ranges::reverse(missing);
     for (const std::filesystem::path& directory : missing) {
@@ -245,10 +295,12 @@ std::string ShownUrl(const std::string& url)
     std::string shown = url;
     if (url.starts_with(kOdbc)) {
         HideOdbcPasswords(shown);
-    } else if (!url.starts_with(kSqlite)) {
-        HideUserPassword(shown);
-        HideNamedPassword(shown, "password=");
-        HideNamedPassword(shown, "pwd=");
+    } else {
+        const bool isPath = url.starts_with(kSqlite) && !NamesServer(url);
+        if (!isPath) {
+            HideUserPassword(shown);
+        }
+        HideNamedPassword(shown, isPath ? std::min(url.find('?'), url.size()) : 0);
     }
     return Visible(shown);
 }

@@ -3,13 +3,21 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace console {
 
+/// @param source  names the URL in the sentence, such as "--db". @throws Refusal for a text without a scheme, and for a
+/// SQLite URL that names a server.
+void RequireScheme(const std::string& url, std::string_view source);
+
 /// The database to work on: the --db option, else the environment's QVADMIN_DB, else a file in the user's data
 /// directory.
-/// @throws Refusal for a text without a scheme, and when there is no data directory to be found.
+/// @throws Refusal as RequireScheme does, and when there is no data directory to be found.
 std::string ChooseUrl(const std::optional<std::string>& option);
+
+/// Whether ChooseUrl takes the file in the user's data directory.
+bool IsDefault(const std::optional<std::string>& option);
 
 /// The URL with mode=rw when it is a SQLite file's and names no mode: a file is then opened but never made.
 std::string WithoutCreating(const std::string& url);
@@ -19,8 +27,10 @@ std::optional<std::filesystem::path> SqliteFile(const std::string& url);
 /// Whether opening the URL as it stands makes a SQLite file that is not there.
 bool MakesFile(const std::string& url);
 
-/// Makes the directories above a file that are missing, for their owner only. @throws Refusal.
-void MakeParentDirectories(const std::filesystem::path& file);
+/// Sees to it that a SQLite file can be made where its URL says; does nothing for any other URL.
+/// @param parents  makes the directories above it that are missing, for their owner only. @throws Refusal when one is
+/// missing and not to be made, or cannot be made.
+void PrepareDirectory(const std::string& url, bool parents);
 
 /// The URL for people: a password in it is not shown.
 std::string ShownUrl(const std::string& url);

@@ -1,5 +1,6 @@
 #include "console/Commands.h"
 #include "console/FileBuffer.h"
+#include "console/TerminalBuffer.h"
 #include "platform/CodePage.h"
 
 #include <poll.h>
@@ -27,7 +28,13 @@ int main(int argc, char* argv[])
     std::ios::sync_with_stdio(false);
     console::FileBuffer input(STDIN_FILENO);
     std::istream in(&input);
-    console::Terminal terminal{in,          std::cout, std::cerr, isatty(STDIN_FILENO) != 0, isatty(STDERR_FILENO) != 0,
-                               &OutIsClosed};
+    const bool outIsTerminal = isatty(STDOUT_FILENO) != 0;
+    const bool errIsTerminal = isatty(STDERR_FILENO) != 0;
+    console::TerminalBuffer shownOut(*std::cout.rdbuf(), "\n\t");
+    console::TerminalBuffer shownErr(*std::cerr.rdbuf(), "\n\t\r");
+    std::ostream out(outIsTerminal ? &shownOut : std::cout.rdbuf());
+    std::ostream err(errIsTerminal ? &shownErr : std::cerr.rdbuf());
+    err << std::unitbuf;
+    console::Terminal terminal{in, out, err, isatty(STDIN_FILENO) != 0, errIsTerminal, &OutIsClosed};
     return console::RunProgram(argc, argv, terminal);
 }

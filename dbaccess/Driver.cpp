@@ -2,6 +2,8 @@
 
 #include "dbaccess/BuiltInDrivers.h"
 
+#include <algorithm>
+#include <cctype>
 #include <utility>
 
 namespace dbaccess {
@@ -51,6 +53,12 @@ std::string Decoded(std::string_view path)
     return decoded;
 }
 
+bool IsScheme(std::string_view text)
+{
+    const auto fits = [](unsigned char ch) { return std::isalnum(ch) != 0 || ch == '+' || ch == '-' || ch == '.'; };
+    return std::ranges::all_of(text, fits);
+}
+
 CString Sentence(std::string_view a, std::string_view b, std::string_view c)
 {
     CString text{a};
@@ -85,6 +93,9 @@ const SessionFactory& FindDriver(std::string_view scheme)
         throw CAException(Sentence("this build has no database driver for \"", scheme,
                                    ":\"; install the Debian package " + leftOut->second + " and build again"));
     }
+    if (!IsScheme(scheme)) {
+        throw CAException("a connection URL begins with its scheme, such as sqlite:PATH");
+    }
     std::string known;
     for (const auto& [name, factory] : Drivers()) {
         known += (known.empty() ? "" : ", ") + name + ":";
@@ -97,15 +108,16 @@ Location ParseLocation(std::string_view location)
     const std::size_t mark = location.find('?');
     Location parsed{Decoded(location.substr(0, mark)), {}};
     std::string_view rest = mark == std::string_view::npos ? std::string_view{} : location.substr(mark + 1);
-    while (!rest.empty()) {
+    // By their number: neither a name nor a value is repeated, being perhaps a piece of a password with a & in it.
+    for (int number = 1; !rest.empty(); ++number) {
         const std::string_view option = rest.substr(0, rest.find('&'));
         rest.remove_prefix(std::min(rest.size(), option.size() + 1));
         const std::size_t equals = option.find('=');
         if (equals == std::string_view::npos) {
-            throw CAException(Sentence("connection option \"", option, "\" is not of the form name=value"));
+            throw CAException(Sentence("connection option ", std::to_string(number), " is not of the form name=value"));
         }
         if (!parsed.options.emplace(option.substr(0, equals), option.substr(equals + 1)).second) {
-            throw CAException(Sentence("connection option \"", option.substr(0, equals), "\" is given twice"));
+            throw CAException(Sentence("connection option ", std::to_string(number), " is given twice"));
         }
     }
     return parsed;
@@ -122,7 +134,7 @@ int DbTypeOption(const Location& location, int preset)
             return known;
         }
     }
-    throw CAException(Sentence("connection option kind=", kind->second, " is no engine kind: 0, 1, 3 or 6"));
+    throw CAException("the connection option kind must be 0, 1, 3 or 6");
 }
 
 } // namespace dbaccess

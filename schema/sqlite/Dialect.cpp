@@ -16,8 +16,11 @@ const Dialect& TheDialect()
         .stepIsTransaction = true,
         .locking = {}, // a transaction begins with the right to write, which one program has at a time
         .check = {},
+        // The tables must be in the file before its log fills a disk: with nothing in the log that must be kept, a
+        // copy that fails can remove it.
         .copying = {.beginReading = {"BEGIN"},
                     .identity = "SELECT file FROM pragma_database_list WHERE name = 'main'",
+                    .beginWriting = {"PRAGMA wal_checkpoint(TRUNCATE)"},
                     .keepsEveryValue = true,
                     .greatestId = "SELECT seq FROM sqlite_sequence WHERE name = '{table}' COLLATE NOCASE"},
     };

@@ -113,7 +113,7 @@ void ChildProcess::Run(const std::string& program, const std::vector<std::string
     std::vector<std::string> environment = EnvironmentOf(options);
     const std::vector<char*> argv = Pointers(words);
     const std::vector<char*> envp = Pointers(environment);
-    Pipe out = MakePipe();
+    Pipe out = options.outIsTerminal ? MakeTerminal() : MakePipe();
     Pipe err = options.terminal ? MakeTerminal() : MakePipe();
     Pipe in = options.terminal ? Pipe{::fcntl(err.write, F_DUPFD_CLOEXEC, 0), ::fcntl(err.read, F_DUPFD_CLOEXEC, 0)}
                                : MakePipe();

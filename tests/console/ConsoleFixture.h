@@ -49,6 +49,13 @@ protected:
         std::ofstream(Path(name), std::ios::binary) << text;
     }
 
+    /// The same for a file that only its owner can open.
+    void WriteSecretFile(const std::string& name, const std::string& text) const
+    {
+        WriteFile(name, text);
+        std::filesystem::permissions(Path(name), std::filesystem::perms::owner_read);
+    }
+
     [[nodiscard]] std::string ReadFile(const std::string& name) const
     {
         std::ifstream file(Path(name), std::ios::binary);

@@ -224,8 +224,8 @@ TEST_F(CopyTest, AroundAllEnginesEveryByteAndEveryListStaysAsItIs)
     const std::string dump = DumpOf(DatabaseUrl());
     const std::string exports = ExportsOf(DatabaseUrl());
     std::string from = DatabaseUrl();
-    for (const std::string& to : {servers::NewDatabase("postgresql"), servers::NewDatabase("mariadb"),
-                                  "sqlite:" + Path("new/folder/directory.db")}) {
+    for (const std::string& to :
+         {servers::NewDatabase("postgresql"), servers::NewDatabase("mariadb"), "sqlite:" + Path("copy.db")}) {
         const ChildResult result = Copy(from, to);
         EXPECT_EQ(result.exit, 0) << result.err;
         EXPECT_TRUE(DumpOf(to) == dump) << to;
@@ -330,12 +330,54 @@ TEST_F(CopyTest, TheSourceIsNotWrittenTo)
     EXPECT_EQ(rs.GetValueToStr(1, true), "old");
 }
 
+TEST_F(CopyTest, ACopyThatFailsLeavesNoFileWhereThereWasNone)
+{
+    AddUsers(20000);
+    m_options.largestFile = 700000;
+    const ChildResult result = CopyTo("sqlite:" + Path("to.db"));
+    EXPECT_EQ(result.exit, 6);
+    EXPECT_THAT(result.err, HasSubstr("nothing was copied"));
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+        EXPECT_FALSE(std::filesystem::exists(Path("to.db") + suffix)) << suffix;
+    }
+}
+
+TEST_F(CopyTest, ACopyThatFailsLeavesAnEmptyDirectoryThatWasThere)
+{
+    const std::string to = "sqlite:" + Path("to.db");
+    Done({"--db", to, "db", "init"});
+    AddUsers(20000);
+    m_options.largestFile = 700000;
+    EXPECT_EQ(CopyTo(to).exit, 6);
+    EXPECT_EQ(RowsIn(to), 0);
+    EXPECT_FALSE(std::filesystem::exists(Path("to.db-wal")));
+    m_options.largestFile.reset();
+    EXPECT_EQ(CopyTo(to).exit, 0);
+    EXPECT_EQ(RowsIn(to), 20000);
+}
+
+TEST_F(CopyTest, ANewFileIsItsOwnersAlone)
+{
+    EXPECT_EQ(CopyTo("sqlite:" + Path("to.db")).exit, 0);
+    EXPECT_EQ(std::filesystem::status(Path("to.db")).permissions(), static_cast<std::filesystem::perms>(0600));
+}
+
+TEST_F(CopyTest, MissingDirectoriesAreMadeOnRequestOnly)
+{
+    const std::string to = "sqlite:" + Path("new/folder/to.db");
+    ExpectRefusal(to, 6, "there is no directory " + Path("new/folder") + "; nothing was made, add --parents");
+    EXPECT_FALSE(std::filesystem::exists(Path("new")));
+    Done({"db", "copy", to, "--parents"});
+    EXPECT_EQ(RowsIn(to), 0);
+}
+
 TEST_F(CopyTest, ATargetThatNamesNoKindIsShownOnlyWhereItCanHoldNoPassword)
 {
     ExpectRefusal("/tmp/a:b", 2, "write sqlite:/tmp/a:b for a file");
     const ChildResult result = CopyTo("host=h password=topsecret");
     EXPECT_EQ(result.exit, 2);
-    EXPECT_EQ(result.err, "qvadmin: the target names no kind of database; write sqlite:PATH for a file\n");
+    EXPECT_EQ(result.err, "qvadmin: the target names no kind of database; a URL begins with one, such as odbc: or "
+                          "sqlite:\n");
 }
 
 TEST_F(CopyTest, ATargetThatWouldBeGoneOrIsNotToBeMadeIsRefusedWithOneThatIs)

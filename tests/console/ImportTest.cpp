@@ -107,6 +107,8 @@ TEST_F(ImportTest, AddsThePeopleOfAFile)
     EXPECT_EQ(result.out, "");
     EXPECT_THAT(result.err, HasSubstr("320 rows of people.csv: 320 created, 0 updated, 0 unchanged, 0 failed"));
     EXPECT_EQ(Count(), 320);
+    EXPECT_EQ(std::filesystem::status(Path("people.csv.result.csv")).permissions(),
+              static_cast<std::filesystem::perms>(0600));
     const std::vector<std::string> outcomes = LinesOf(ReadFile("people.csv.result.csv"));
     EXPECT_EQ(outcomes.size(), 321U);
     EXPECT_EQ(outcomes[0], "line,login,id,outcome,reason");

@@ -8,8 +8,10 @@
 #include "schema/Schema.h"
 
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 #include <set>
+#include <thread>
 
 using namespace console;
 using nlohmann::json;
@@ -231,12 +233,41 @@ TEST_F(PasswordCommandsTest, APasswordIsSetAndChecked)
 
 TEST_F(PasswordCommandsTest, TheFirstLineOfAFileIsAPassword)
 {
-    WriteFile("secret.txt", "s3cret\nmore");
+    WriteSecretFile("secret.txt", "s3cret\nmore");
     EXPECT_EQ(Run({"user", "password", "set", "amy", "--password-file", "secret.txt", "--type", "0"}).exit, 0);
     EXPECT_EQ(Run({"user", "password", "check", "amy", "--password-file", "secret.txt"}).exit, 0);
     EXPECT_EQ(Status("amy")["plain_text"], true);
     ExpectRefusal(Run({"user", "password", "set", "amy", "--password-file", "none"}), 1, "cannot read none");
     ExpectRefusal(Run({"user", "password", "set", "amy", "--password-file", "."}), 1, "no password to read");
+}
+
+TEST_F(PasswordCommandsTest, APasswordFileThatOthersCanOpenIsRefused)
+{
+    WriteSecretFile("secret.txt", "s3cret");
+    for (const mode_t mode : {0640U, 0604U, 0620U, 0601U}) {
+        ASSERT_EQ(::chmod(Path("secret.txt").c_str(), mode), 0);
+        for (const std::vector<std::string>& words :
+             std::vector<std::vector<std::string>>{{"user", "password", "set", "amy"},
+                                                   {"user", "password", "check", "amy"},
+                                                   {"user", "rename", "amy", "amelia"}}) {
+            std::vector<std::string> withFile = words;
+            withFile.insert(withFile.end(), {"--password-file", "secret.txt"});
+            ExpectRefusal(Run(withFile), 1,
+                          "the password file secret.txt is open to others than its owner; nothing was changed, chmod "
+                          "600 closes it");
+        }
+    }
+    EXPECT_EQ(Run({"user", "count"}).out, "1\n");
+    EXPECT_EQ(Status("amy")["set"], false);
+}
+
+TEST_F(PasswordCommandsTest, APasswordFileMayBeAPipe)
+{
+    ASSERT_EQ(::mkfifo(Path("pipe").c_str(), 0644), 0);
+    std::thread writer([&] { WriteFile("pipe", "s3cret\n"); });
+    const ChildResult result = Run({"user", "password", "set", "amy", "--password-file", "pipe"});
+    writer.join();
+    EXPECT_EQ(result.exit, 0) << result.err;
 }
 
 TEST_F(PasswordCommandsTest, AGeneratedPasswordIsPrintedAndFits)

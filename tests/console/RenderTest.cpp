@@ -1,5 +1,6 @@
 #include "console/Render.h"
 
+#include "console/TerminalBuffer.h"
 #include "console/Text.h"
 
 #include <gtest/gtest.h>
@@ -48,16 +49,23 @@ TEST(RenderTest, TableCountsWideCharactersAsTwoAndCombiningOnesAsNone)
 
 TEST(RenderTest, NoNameCanForgeARowOrReachTheTerminal)
 {
-    const std::pair<std::string, const char*> kNames[] = {{"x\n99  Admin", "x\\n99  Admin"},
-                                                          {"\x1B[2J", "\\x1B[2J"},
-                                                          {"\xC2\x9B"
-                                                           "2J",
-                                                           "\\xC2\\x9B2J"},
-                                                          {"\xFF", "\\xFF"},
-                                                          {std::string("\xE2\x80") + "\xAE" + "nimdA", "\\u202EnimdA"},
-                                                          {"\r\x7F", "\\x0D\\x7F"}};
+    const std::pair<std::string, const char*> kNames[] = {
+        {"x\n99  Admin", "x\\n99  Admin"},
+        {"\x1B[2J", "\\x1B[2J"},
+        {"\xC2\x9B"
+         "2J",
+         "\\xC2\\x9B2J"},
+        {"\xFF", "\\xFF"},
+        {std::string("\xE2\x80") + "\xAE" + "nimdA", "\\u202EnimdA"},
+        {"\r\x7F", "\\x0D\\x7F"},
+        {"\u2066a\u2067b\u2068c\u2069", "\\u2066a\\u2067b\\u2068c\\u2069"},
+        {"\u200Ea\u200Fb\u061C", "\\u200Ea\\u200Fb\\u061C"},
+        {"\u202Aa\u2028\u2029", "\\u202Aa\\u2028\\u2029"},
+        {"\u200C\u200D", "\u200C\u200D"}};
     for (const auto& [name, shown] : kNames) {
         EXPECT_EQ(Rendered(Format::table, Table{{"name"}, {{name}}}), std::string("name\n") + shown + "\n");
+        EXPECT_EQ(Rendered(Format::table, Table{{name}, {{"x"}}}), std::string(shown) + "\nx\n");
+        EXPECT_EQ(Rendered(Format::table, Record{{name, "x"}}), std::string(shown) + "  x\n");
     }
 }
 
@@ -136,4 +144,56 @@ TEST(TextTest, ControlCharactersAreFoundAnywhere)
     EXPECT_TRUE(HasControlCharacter("a\nb"));
     EXPECT_TRUE(HasControlCharacter("a\xC2\x85"));
     EXPECT_FALSE(HasControlCharacter("Зоя"));
+}
+
+TEST(TerminalBufferTest, ShowsWhatWouldActOnTheTerminal)
+{
+    std::stringbuf terminal;
+    {
+        TerminalBuffer buffer(terminal, "\n\t");
+        std::ostream out(&buffer);
+        out << "a\x1B[2J\tb\r\n" << '\x7F' << "\u009B\u2066\u200E" << std::flush;
+        EXPECT_EQ(terminal.str(), "a\\x1B[2J\tb\\x0D\n\\x7F\\xC2\\x9B\\u2066\\u200E");
+    }
+}
+
+TEST(TerminalBufferTest, WaitsForTheRestOfACharacterAndGivesWhatNeverCame)
+{
+    std::stringbuf terminal;
+    {
+        TerminalBuffer buffer(terminal, "\n");
+        std::ostream out(&buffer);
+        out << "a\xC3" << std::flush;
+        EXPECT_EQ(terminal.str(), "a");
+        out << "\xAB\xE2\x80" << std::flush;
+        EXPECT_EQ(terminal.str(), "aë");
+    }
+    EXPECT_EQ(terminal.str(), "aë\\xE2\\x80");
+}
+
+TEST(TerminalBufferTest, PassesOnALongTextBeforeItEnds)
+{
+    std::stringbuf terminal;
+    TerminalBuffer buffer(terminal, "\n");
+    std::ostream out(&buffer);
+    for (int i = 0; i < 40000; ++i) {
+        out << "ë";
+    }
+    EXPECT_GE(terminal.str().size(), 65536U);
+    EXPECT_EQ(terminal.str().size() % 2, 0U);
+}
+
+namespace {
+
+class FullTerminal : public std::streambuf {};
+
+} // namespace
+
+TEST(TerminalBufferTest, FailsWhereTheTerminalDoes)
+{
+    FullTerminal terminal;
+    TerminalBuffer buffer(terminal, "\n");
+    std::ostream out(&buffer);
+    out << "a" << std::flush;
+    EXPECT_FALSE(out);
 }

@@ -269,6 +269,11 @@ TEST_F(SettingCommandsTest, TheEncryptionKeyIsShownOnRequestOnly)
     ExpectRefusal(Run({"setting", "encryption-key", "set", "--key=s3cret"}), 2, "could be read by others");
     ExpectRefusal(Run({"setting", "encryption-key", "set"}), 2, "--key-stdin or --key-file");
     ExpectRefusal(RunWith("\n", {"setting", "encryption-key", "set", "--key-stdin"}), 2, "empty");
+    WriteSecretFile("key.txt", "filed");
+    EXPECT_EQ(Run({"setting", "encryption-key", "set", "--key-file", "key.txt"}).exit, 0);
+    std::filesystem::permissions(Path("key.txt"), static_cast<std::filesystem::perms>(0644));
+    ExpectRefusal(Run({"setting", "encryption-key", "set", "--key-file", "key.txt"}), 1,
+                  "the key file key.txt is open to others than its owner");
     ExpectRefusal(Run({"setting", "encryption-key"}), 2, "name what to do");
     m_options.terminal = true;
     const ChildResult asked = RunWith("one\none\n", {"setting", "encryption-key", "set"});

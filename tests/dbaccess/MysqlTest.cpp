@@ -191,13 +191,13 @@ TEST_F(MysqlTest, RefusesAddressesThatItCannotRead)
 TEST_F(MysqlTest, RefusesOptionsThatItDoesNotKnow)
 {
     EXPECT_EQ(ErrorOnOpening("mysql://h/d?charset=gbk"),
-              "mysql: knows the options socket, defaults-file, ssl-ca, ssl-cert, ssl-key, ssl-verify, connect_timeout, "
-              "read_timeout, write_timeout, wsrep_sync_wait and kind, but not charset []");
-    EXPECT_THAT(ErrorOnOpening("mysql://h/d?connect_timeout=soon"), HasSubstr("connect_timeout=soon is no number"));
-    EXPECT_THAT(ErrorOnOpening("mysql://h/d?read_timeout=0"), HasSubstr("read_timeout=0 is no number from 1 to"));
-    EXPECT_THAT(ErrorOnOpening("mysql://h/d?wsrep_sync_wait=16"), HasSubstr("is no number from 0 to 15"));
-    EXPECT_THAT(ErrorOnOpening("mysql://h/d?ssl-verify=1"), HasSubstr("neither on nor off"));
-    EXPECT_THAT(ErrorOnOpening("mysql://h/d?kind=9"), HasSubstr("no engine kind"));
+              "mysql: unknown connection option; the options are socket, defaults-file, ssl-ca, ssl-cert, ssl-key, "
+              "ssl-verify, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait and kind []");
+    EXPECT_THAT(ErrorOnOpening("mysql://h/d?connect_timeout=soon"), HasSubstr("connect_timeout must be a number from"));
+    EXPECT_THAT(ErrorOnOpening("mysql://h/d?read_timeout=0"), HasSubstr("read_timeout must be a number from 1 to"));
+    EXPECT_THAT(ErrorOnOpening("mysql://h/d?wsrep_sync_wait=16"), HasSubstr("must be a number from 0 to 15"));
+    EXPECT_THAT(ErrorOnOpening("mysql://h/d?ssl-verify=1"), HasSubstr("ssl-verify must be on or off"));
+    EXPECT_THAT(ErrorOnOpening("mysql://h/d?kind=9"), HasSubstr("kind must be 0, 1, 3 or 6"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?socket=/s"), HasSubstr("goes with no host"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?defaults-file=/no/such"),
                 HasSubstr("cannot read the defaults file /no/such: No such file"));
@@ -227,7 +227,14 @@ TEST_F(MysqlTest, TakesThePasswordFromTheEnvironmentOrFromADefaultsFile)
     std::ofstream(file) << "[client]\nuser=qv\npassword=secret\nport=1\ndefault-character-set=latin1\n"
                            "multi-statements=1\n";
     const std::string url = "mysql://" + Address(m_port) + "/" + m_database + "?defaults-file=" + file.string();
+    fs::permissions(file, static_cast<fs::perms>(0640));
+    EXPECT_EQ(ErrorOnOpening(url),
+              "the password file " + file.string() + " is open to others than its owner; chmod 600 closes it []");
+    fs::permissions(file, static_cast<fs::perms>(0600));
     EXPECT_EQ(RaisedWithCode([&] { conn.Open(url.c_str()); }), kNothingRaised);
+    std::ofstream(file) << "[client]\nuser=nobody\n# password=none\n";
+    fs::permissions(file, static_cast<fs::perms>(0644));
+    EXPECT_THAT(ErrorOnOpening(url), HasSubstr("(using password: NO)"));
     fs::remove(file);
     EXPECT_EQ(TextOf(conn, "SELECT CONCAT(@@character_set_client, @@character_set_results)"), "utf8mb4utf8mb4");
     EXPECT_THAT(RaisedWithCode([&] { conn.Execute("DO 1; DO 2"); }), HasSubstr("[MySQL 1064]"));

@@ -10,9 +10,12 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 using testing::AnyOf;
@@ -559,8 +562,21 @@ TEST_F(PostgresqlTest, RefusesOptionsThatNobodyKnows)
 {
     for (const std::string name : {"nonsense", "client_encoding", "replication"}) {
         EXPECT_EQ(RaisedByOpening(m_url + "&" + name + "=1"),
-                  "postgresql: knows kind=N and the connection options of libpq, but not " + name + " []");
+                  "postgresql: unknown connection option; the options are kind and those of libpq but for "
+                  "client_encoding and replication []");
     }
+}
+
+TEST_F(PostgresqlTest, RefusesAPasswordFileThatOthersCanOpen)
+{
+    const std::string file = testing::TempDir() + "qv-passfile";
+    std::ofstream(file) << "*:*:*:qv:secret\n";
+    ::chmod(file.c_str(), S_IRUSR | S_IWUSR | S_IROTH);
+    EXPECT_EQ(RaisedByOpening(m_url + "&passfile=" + file),
+              "the password file " + file + " is open to others than its owner; chmod 600 closes it []");
+    ::chmod(file.c_str(), S_IRUSR | S_IWUSR);
+    EXPECT_EQ(RaisedByOpening(m_url + "&passfile=" + file), kNothingRaised);
+    std::filesystem::remove(file);
 }
 
 } // namespace

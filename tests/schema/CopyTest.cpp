@@ -3,12 +3,17 @@
 #include "AwkwardDirectory.h"
 #include "tests/directory/Engines.h"
 #include "tests/support/Raised.h"
+#include "tests/support/SystemCalls.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <limits>
 #include <map>
 #include <regex>
 #include <string>
@@ -457,6 +462,53 @@ std::vector<std::string> MarkedIn(const schema::Table& table)
         }
     }
     return marked;
+}
+
+// A disk that has room for so many bytes more.
+off_t room = 0;
+ssize_t (*realWrite)(int, const void*, std::size_t, off_t) = nullptr;
+
+ssize_t WriteWhereThereIsRoom(int file, const void* bytes, std::size_t count, off_t offset)
+{
+    struct stat status {};
+    ::fstat(file, &status);
+    const off_t growth = offset + static_cast<off_t>(count) - status.st_size;
+    if (growth > room) {
+        errno = ENOSPC;
+        return -1;
+    }
+    room -= std::max<off_t>(growth, 0);
+    return realWrite(file, bytes, count, offset);
+}
+
+TEST(CopyToAFile, LeavesNoLogOnADiskThatIsFull)
+{
+    std::string name = (fs::temp_directory_path() / "qv-full-XXXXXX").string();
+    const fs::path folder = ::mkdtemp(name.data());
+    CAConnect from;
+    from.Open("sqlite::memory:");
+    schema::Upgrade(from);
+    from.Execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 50000) "
+                 "INSERT INTO qv_User (Col_LoginName) SELECT 'user' || i FROM n");
+    {
+        SystemCalls calls;
+        realWrite = calls.Replace("pwrite64", &WriteWhereThereIsRoom);
+        room = std::numeric_limits<off_t>::max();
+        CAConnect to;
+        to.Open(("sqlite:" + (folder / "to.db").string()).c_str());
+        schema::Upgrade(to);
+        const auto fill = [](const schema::CopyState&) {
+            room = std::min<off_t>(room, 100000);
+            return true;
+        };
+        EXPECT_THAT(Raised([&] { schema::Copy(from, to, fill); }), HasSubstr("full"));
+    }
+    std::vector<std::string> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        files.push_back(entry.path().filename());
+    }
+    EXPECT_THAT(files, ElementsAre("to.db"));
+    fs::remove_all(folder);
 }
 
 TEST(Tables, AreThoseOfTheSteps)

@@ -3,7 +3,9 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "tests/support/ForkedCall.h"
 #include "tests/support/Raised.h"
+#include "tests/support/SystemCalls.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -193,6 +195,90 @@ TEST_F(SchemaTest, SurvivesBeingKilledInsideAStep)
         EXPECT_STREQ(TextOf(m_conn, "PRAGMA integrity_check"), "ok");
         m_conn.Close();
     }
+}
+
+// Ends the process at the call with that number, before it does anything.
+int callsLeft = 0;
+int (*realOpen)(const char*, int, int) = nullptr;
+ssize_t (*realPwrite)(int, const void*, std::size_t, off_t) = nullptr;
+int (*realTruncate)(int, off_t) = nullptr;
+int (*realUnlink)(const char*) = nullptr;
+int (*realFcntl)(int, int, void*) = nullptr;
+
+void CountCall()
+{
+    if (--callsLeft == 0) {
+        ::kill(::getpid(), SIGKILL);
+    }
+}
+
+int CountedOpen(const char* path, int flags, int mode)
+{
+    CountCall();
+    return realOpen(path, flags, mode);
+}
+
+ssize_t CountedPwrite(int file, const void* bytes, std::size_t count, off_t offset)
+{
+    CountCall();
+    return realPwrite(file, bytes, count, offset);
+}
+
+int CountedTruncate(int file, off_t length)
+{
+    CountCall();
+    return realTruncate(file, length);
+}
+
+int CountedUnlink(const char* path)
+{
+    CountCall();
+    return realUnlink(path);
+}
+
+int CountedFcntl(int file, int command, void* argument)
+{
+    CountCall();
+    return realFcntl(file, command, argument);
+}
+
+TEST_F(SchemaTest, IsFinishedAndGetsItsWriteAheadLogWhereverItsMakerWasKilled)
+{
+    const std::vector<schema::Step> steps = {{"first", {"CREATE TABLE a (x)"}}, {"second", {"CREATE TABLE b (x)"}}};
+    std::vector<int> notFinished;
+    int point = 0;
+    for (bool killed = true; killed;) {
+        ++point;
+        fs::remove_all(m_folder);
+        fs::create_directory(m_folder);
+        ForkedCall maker([&]() -> std::string {
+            SystemCalls calls;
+            callsLeft = point;
+            realOpen = calls.Replace("open", &CountedOpen);
+            realPwrite = calls.Replace("pwrite64", &CountedPwrite);
+            realTruncate = calls.Replace("ftruncate", &CountedTruncate);
+            realUnlink = calls.Replace("unlink", &CountedUnlink);
+            realFcntl = calls.Replace("fcntl", &CountedFcntl);
+            CAConnect conn;
+            conn.Open(Url().c_str());
+            schema::Upgrade(conn, steps, {});
+            conn.Close();
+            return {};
+        });
+        killed = !maker.Finished();
+        OpenFile();
+        schema::Upgrade(m_conn, steps, {});
+        const bool isFinished = TextOf(m_conn, "SELECT COUNT(*) FROM a, b") == "0" &&
+                                TextOf(m_conn, "PRAGMA journal_mode") == "wal" &&
+                                TextOf(m_conn, "PRAGMA integrity_check") == "ok";
+        m_conn.Close();
+        if (!isFinished) {
+            notFinished.push_back(point);
+        }
+    }
+    RecordProperty("points", point);
+    EXPECT_THAT(notFinished, testing::IsEmpty()) << notFinished.size() << " of " << point << " points";
+    EXPECT_GT(point, 50);
 }
 
 TEST_F(SchemaTest, IsMadeOnceByRunsAtTheSameTime)

@@ -1,6 +1,7 @@
 #include "dbaccess/drivers/mysql/Driver.h"
 
 #include "dbaccess/DateText.h"
+#include "dbaccess/PasswordFile.h"
 #include "dbaccess/drivers/mysql/Connection.h"
 #include "dbaccess/drivers/mysql/Cursor.h"
 #include "platform/CodePage.h"
@@ -142,7 +143,7 @@ unsigned int ReadNumber(const std::string& name, const std::string& value, unsig
 {
     const auto number = NumberIn(value, least, most);
     if (!number) {
-        Refuse("connection option " + name + "=" + value + " is no number from " + std::to_string(least) + " to " +
+        Refuse("the connection option " + name + " must be a number from " + std::to_string(least) + " to " +
                std::to_string(most));
     }
     return *number;
@@ -158,11 +159,27 @@ void ReadSocket(const std::string& path, Settings& settings)
     settings.servers = {Server{{}, 0, path}};
 }
 
+bool SetsPassword(std::ifstream& defaults)
+{
+    for (std::string line; std::getline(defaults, line);) {
+        const std::size_t begin = line.find_first_not_of(" \t");
+        if (begin != std::string::npos && std::string_view(line).substr(begin).starts_with("password")) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A file of the whole machine may give settings to everybody; only a password makes it a secret.
 void ReadDefaultsFile(const std::string& path, Settings& settings)
 {
+    std::ifstream file(path);
     // The client library passes over a file that it cannot read.
-    if (!std::ifstream(path)) {
+    if (!file) {
         Refuse("cannot read the defaults file " + path + ": " + std::generic_category().message(errno));
+    }
+    if (SetsPassword(file)) {
+        RequireClosedToOthers(path);
     }
     settings.defaultsFile = path;
 }
@@ -171,7 +188,7 @@ bool ReadTlsOption(const std::string& name, const std::string& value, Settings& 
 {
     if (name == "ssl-verify") {
         if (value != "on" && value != "off") {
-            Refuse("connection option ssl-verify=" + value + " is neither on nor off");
+            Refuse("the connection option ssl-verify must be on or off");
         }
         settings.tlsVerify = value == "on";
     } else if (name == "ssl-ca") {
@@ -202,11 +219,8 @@ void ReadOption(const std::string& name, const std::string& value, Settings& set
     } else if (name == "wsrep_sync_wait") {
         settings.syncWait = ReadNumber(name, value, 0, kAllSyncWaits);
     } else if (name != "kind" && !ReadTlsOption(name, value, settings)) {
-        // Not the value: people try to hand passwords over this way.
-        Refuse(
-            "mysql: knows the options socket, defaults-file, ssl-ca, ssl-cert, ssl-key, ssl-verify, connect_timeout, "
-            "read_timeout, write_timeout, wsrep_sync_wait and kind, but not " +
-            name);
+        Refuse("mysql: unknown connection option; the options are socket, defaults-file, ssl-ca, ssl-cert, ssl-key, "
+               "ssl-verify, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait and kind");
     }
 }
 

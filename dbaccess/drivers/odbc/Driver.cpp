@@ -1,13 +1,12 @@
 #include "dbaccess/drivers/odbc/Driver.h"
 
 #include "dbaccess/DateText.h"
+#include "dbaccess/PasswordFile.h"
 #include "dbaccess/drivers/odbc/Connection.h"
 #include "dbaccess/drivers/odbc/ConnectionString.h"
 #include "dbaccess/drivers/odbc/Cursor.h"
 #include "dbaccess/drivers/odbc/Statement.h"
 #include "platform/CodePage.h"
-
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -48,13 +47,10 @@ void RefuseCutPassword(std::string_view location)
 std::string PasswordIn(const std::string& path)
 {
     std::ifstream file(path);
-    struct stat status {};
-    if (!file || ::stat(path.c_str(), &status) != 0) {
+    if (!file) {
         Refuse("cannot read the password file " + path + ": " + std::generic_category().message(errno));
     }
-    if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-        Refuse("the password file " + path + " is open to others than its owner; chmod 600 closes it");
-    }
+    RequireClosedToOthers(path);
     std::string password;
     std::getline(file, password);
     if (password.ends_with('\r')) {

@@ -1,6 +1,7 @@
 #include "dbaccess/drivers/postgresql/Driver.h"
 
 #include "dbaccess/DateText.h"
+#include "dbaccess/PasswordFile.h"
 #include "dbaccess/drivers/postgresql/Cursor.h"
 #include "dbaccess/drivers/postgresql/Error.h"
 #include "platform/CodePage.h"
@@ -85,8 +86,8 @@ std::string UriOf(std::string_view location, const Location& parsed)
             continue;
         }
         if (!IsKnown(name)) {
-            throw CAException(CString("postgresql: knows kind=N and the connection options of libpq, but not ") +
-                              name.c_str());
+            throw CAException("postgresql: unknown connection option; the options are kind and those of libpq but for "
+                              "client_encoding and replication");
         }
         uri += before + name + '=';
         for (const char ch : value) {
@@ -147,6 +148,11 @@ Wishes ReadWishes(std::string_view location, const Location& parsed)
     Wishes wishes(options.get());
     if (wishes.Get("port", "", "").find_first_not_of("0123456789,") != std::string::npos) {
         RefuseUrl();
+    }
+    const std::string passwordFile = wishes.Get("passfile", "", "");
+    if (!passwordFile.empty()) {
+        // The client library would pass over it, with a line of its own on standard error.
+        RequireClosedToOthers(passwordFile);
     }
     wishes.Set("connect_timeout", wishes.Get("connect_timeout", "PGCONNECT_TIMEOUT", kConnectTimeout));
     wishes.Set("options", wishes.Get("options", "PGOPTIONS", "") + std::string(kSettings));

@@ -11,7 +11,8 @@ namespace dbaccess::sqlite {
 
 void Finalize::operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
 
-Rows::Rows(Statement statement) : m_statement(std::move(statement)), m_convert(!platform::AnsiIsUtf8())
+Rows::Rows(Statement statement, std::shared_ptr<const ImmutableFile> file)
+    : m_file(std::move(file)), m_statement(std::move(statement)), m_convert(!platform::AnsiIsUtf8())
 {
     if (m_convert) {
         m_converted.resize(static_cast<std::size_t>(ColumnCount()));
@@ -21,6 +22,9 @@ Rows::Rows(Statement statement) : m_statement(std::move(statement)), m_convert(!
 bool Rows::Step()
 {
     const int code = sqlite3_step(m_statement.get());
+    if (m_file != nullptr) {
+        m_file->RequireUnchanged();
+    }
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
         ThrowLastError(sqlite3_db_handle(m_statement.get()));
     }

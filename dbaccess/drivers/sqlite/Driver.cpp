@@ -3,12 +3,16 @@
 #include "dbaccess/DateText.h"
 #include "dbaccess/drivers/sqlite/Cursor.h"
 #include "dbaccess/drivers/sqlite/Error.h"
+#include "dbaccess/drivers/sqlite/ImmutableFile.h"
+#include "dbaccess/drivers/sqlite/NewFile.h"
 #include "platform/CodePage.h"
 
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 namespace dbaccess::sqlite {
@@ -17,6 +21,7 @@ namespace {
 
 constexpr int kDefaultBusyTimeout = 5000;
 constexpr int kRetryInterval = 20;
+constexpr const char* kMemory = ":memory:";
 
 struct CloseHandle {
     // The zombie-tolerant form: a result that is still being read keeps the handle until it is closed.
@@ -38,6 +43,27 @@ struct Options {
     throw CAException(text);
 }
 
+[[noreturn]] void RefuseOptions()
+{
+    throw CAException("sqlite: unknown connection option or value; the options are mode=ro|rw|rwc, "
+                      "busy_timeout=MILLISECONDS and kind=0|1|3|6");
+}
+
+// The URL of a server has two of these: what would be taken for the path may be a password, and is not repeated.
+void RefuseServer(std::string_view location)
+{
+    if (location.starts_with("///") || location.starts_with('.')) {
+        return;
+    }
+    const int slashes = location.starts_with("//") ? 1 : 0;
+    const int at = location.find('@') != std::string_view::npos ? 1 : 0;
+    const std::string_view begin = location.substr(0, location.find_first_of("/@", 2));
+    const int colon = begin.find(':') != std::string_view::npos ? 1 : 0;
+    if (slashes + at + colon > 1 && (slashes != 0 || !location.starts_with('/'))) {
+        throw CAException("sqlite: takes the path of a file and no server; write sqlite:PATH");
+    }
+}
+
 Options ReadOptions(const Location& location)
 {
     Options options;
@@ -51,10 +77,10 @@ Options ReadOptions(const Location& location)
             const char* end = value.data() + value.size();
             const auto read = std::from_chars(value.data(), end, options.busyTimeout);
             if (read.ec != std::errc() || read.ptr != end || options.busyTimeout < 0) {
-                Refuse("connection option busy_timeout=", value, " is no number of milliseconds");
+                RefuseOptions();
             }
         } else if (name != "kind" && !(name == "mode" && value == "rwc")) {
-            Refuse("sqlite: knows mode=ro|rw|rwc, busy_timeout=MILLISECONDS and kind=N, but not ", name, "=" + value);
+            RefuseOptions();
         }
     }
     return options;
@@ -138,7 +164,7 @@ int Number(sqlite3* db, const char* sql)
     return code == SQLITE_ROW ? sqlite3_column_int(statement.get(), 0) : 0;
 }
 
-// The engine does not wait for other connections when it changes the journal's kind, whatever the busy timeout.
+// The engine does not wait for another writer when it changes the journal's kind, whatever the busy timeout.
 void SwitchToWal(sqlite3* db, int busyTimeout)
 {
     for (int waited = 0;; waited += sqlite3_sleep(kRetryInterval)) {
@@ -153,6 +179,17 @@ void SwitchToWal(sqlite3* db, int busyTimeout)
     }
 }
 
+// What keeps a file from being switched now, such as a reader, is not waited for: there will be another time.
+void SwitchToWalIfPossible(sqlite3* db, int busyTimeout)
+{
+    sqlite3_busy_timeout(db, 0);
+    try {
+        Run(db, "PRAGMA journal_mode=WAL");
+    } catch (const CAException&) { // the file is as good as before
+    }
+    sqlite3_busy_timeout(db, busyTimeout);
+}
+
 bool IsEmptyFile(sqlite3* db) { return Number(db, "PRAGMA page_count") == 0; }
 
 bool HoldsUserTable(sqlite3* db)
@@ -161,7 +198,7 @@ bool HoldsUserTable(sqlite3* db)
 }
 
 // A file is taken when it is empty, marked as ours, or unmarked but with our table of users (made with other tools);
-// nothing is ever written to any other.
+// nothing is ever written to any other. Who made it may have ended before it had its write-ahead log.
 void TakeFile(sqlite3* db, const std::string& path, int busyTimeout)
 {
     const bool writable = sqlite3_db_readonly(db, "main") == 0;
@@ -174,20 +211,20 @@ void TakeFile(sqlite3* db, const std::string& path, int busyTimeout)
     }
     // Read only now: the mark is the first thing that another opener of an empty file writes.
     const int applicationId = Number(db, "PRAGMA application_id");
-    if (applicationId == kApplicationId) {
-        return;
-    }
-    if (applicationId != 0 || !HoldsUserTable(db)) {
+    if (applicationId != kApplicationId && (applicationId != 0 || !HoldsUserTable(db))) {
         Refuse("", path, " is an SQLite file of another application");
+    }
+    if (writable) {
+        SwitchToWalIfPossible(db, busyTimeout);
     }
 }
 
-Handle OpenFile(const std::string& path, int flags)
+/// @param name  how the library is to find it: a path, or with SQLITE_OPEN_URI an address.
+Handle OpenFile(const std::string& path, const std::string& name, const Options& options)
 {
     sqlite3* raw = nullptr;
-    // A path that begins with file: would be read as an address.
-    const std::string name = path.starts_with("file:") ? "./" + path : path;
-    const int code = sqlite3_open_v2(name.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+    const int flags = options.flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    const int code = sqlite3_open_v2(name.c_str(), &raw, flags, nullptr);
     Handle db(raw);
     if (db == nullptr) {
         throw std::bad_alloc();
@@ -195,6 +232,11 @@ Handle OpenFile(const std::string& path, int flags)
     if (code != SQLITE_OK) {
         ThrowLastError(db.get(), "cannot open " + path);
     }
+    sqlite3_busy_timeout(db.get(), options.busyTimeout);
+    // Files come from anywhere: nothing that stands in one's schema may call functions that act on the outside.
+    sqlite3_db_config(db.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(db.get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    RegisterUpper(db.get());
     return db;
 }
 
@@ -210,9 +252,60 @@ void TakeNamedFile(sqlite3* db, const std::string& path, int busyTimeout)
     }
 }
 
+bool IsInWritableFolder(const std::string& path)
+{
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    return ::access(folder.empty() ? "." : folder.c_str(), W_OK) == 0;
+}
+
+/// An open file, and what else must live as long as its connection.
+struct OpenedFile {
+    std::shared_ptr<const ImmutableFile> immutable; // null unless it is read so
+    Handle db;
+};
+
+OpenedFile OpenImmutable(const std::string& path, Options options)
+{
+    auto file = std::make_shared<ImmutableFile>(path);
+    options.flags |= SQLITE_OPEN_URI;
+    OpenedFile opened{file, OpenFile(path, file->Uri(), options)};
+    TakeNamedFile(opened.db.get(), path, options.busyTimeout);
+    file->RequireUnchanged();
+    return opened;
+}
+
+OpenedFile Open(const std::string& path, const Options& options)
+{
+    if (path == kMemory) {
+        return {nullptr, OpenFile(path, path, options)};
+    }
+    if ((options.flags & SQLITE_OPEN_CREATE) != 0) {
+        MakeFile(path);
+    }
+    // A path that begins with file: would be read as an address.
+    Handle db = OpenFile(path, path.starts_with("file:") ? "./" + path : path, options);
+    try {
+        TakeNamedFile(db.get(), path, options.busyTimeout);
+    } catch (const CAException&) {
+        const int code = sqlite3_errcode(db.get()) & 0xFF;
+        // The log that such a file is read by cannot be made; by the latter, where the folder's mode is in the way.
+        if ((code != SQLITE_CANTOPEN && code != SQLITE_READONLY) || IsInWritableFolder(path)) {
+            throw;
+        }
+        if ((options.flags & SQLITE_OPEN_READONLY) == 0) {
+            Refuse("cannot open ", path, ": its folder cannot be written; add ?mode=ro to the URL to read it");
+        }
+        return OpenImmutable(path, options);
+    }
+    return {nullptr, std::move(db)};
+}
+
 class SqliteSession final : public Session {
 public:
-    SqliteSession(Handle db, int dbType) : m_db(std::move(db)), m_dbType(dbType) {}
+    SqliteSession(OpenedFile file, int dbType)
+        : m_file(std::move(file.immutable)), m_db(std::move(file.db)), m_dbType(dbType)
+    {
+    }
 
     [[nodiscard]] int DbType() const override { return m_dbType; }
     [[nodiscard]] std::string EngineName() const override { return std::string("SQLite ") + sqlite3_libversion(); }
@@ -236,7 +329,7 @@ public:
     std::unique_ptr<Cursor> Query(const char* sql) override
     {
         RefuseInLostTransaction();
-        return std::make_unique<Rows>(Prepare(m_db.get(), sql));
+        return std::make_unique<Rows>(Prepare(m_db.get(), sql), m_file);
     }
 
     // Taking the write lock at the start means waiting for another writer there, and never failing half-way through
@@ -283,6 +376,7 @@ private:
         }
     }
 
+    std::shared_ptr<const ImmutableFile> m_file;
     Handle m_db;
     int m_dbType;
     bool m_inTransaction = false;
@@ -298,22 +392,13 @@ void RegisterUpper(sqlite3* db)
 
 std::unique_ptr<Session> OpenSession(std::string_view location)
 {
+    RefuseServer(location);
     const Location parsed = ParseLocation(location);
     if (parsed.path.empty()) {
         throw CAException("sqlite: names no file; write sqlite:PATH or sqlite::memory:");
     }
     const Options options = ReadOptions(parsed);
-    const std::string path = platform::AnsiToUtf8(parsed.path);
-    Handle db = OpenFile(path, options.flags);
-    sqlite3_busy_timeout(db.get(), options.busyTimeout);
-    // Files come from anywhere: nothing that stands in one's schema may call functions that act on the outside.
-    sqlite3_db_config(db.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    sqlite3_db_config(db.get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-    RegisterUpper(db.get());
-    if (path != ":memory:") {
-        TakeNamedFile(db.get(), path, options.busyTimeout);
-    }
-    return std::make_unique<SqliteSession>(std::move(db), options.dbType);
+    return std::make_unique<SqliteSession>(Open(platform::AnsiToUtf8(parsed.path), options), options.dbType);
 }
 
 } // namespace dbaccess::sqlite
