@@ -1,9 +1,9 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
+#include "tests/dbaccess/SystemCalls.h"
 #include "tests/support/ForkedCall.h"
 #include "tests/support/Raised.h"
-#include "tests/support/SystemCalls.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

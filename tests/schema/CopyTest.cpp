@@ -1,9 +1,9 @@
 #include "schema/Copy.h"
 
 #include "AwkwardDirectory.h"
+#include "tests/dbaccess/SystemCalls.h"
 #include "tests/directory/Engines.h"
 #include "tests/support/Raised.h"
-#include "tests/support/SystemCalls.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

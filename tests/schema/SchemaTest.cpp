@@ -3,9 +3,9 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "tests/dbaccess/SystemCalls.h"
 #include "tests/support/ForkedCall.h"
 #include "tests/support/Raised.h"
-#include "tests/support/SystemCalls.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
