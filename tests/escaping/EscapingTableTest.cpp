@@ -218,13 +218,15 @@ std::map<std::string, std::map<std::string, std::string>> ExpectedRemarks()
     std::map<std::string, std::map<std::string, std::string>> remarks;
     for (const auto& [type, members] : seen) {
         for (const auto& [member, words] : members) {
-            const bool isOne =
-                std::ranges::all_of(words, [&](const auto& each) { return each.second == words[0].second; });
+            const std::string& first = words.front().second;
             std::string& remark = remarks[type][member];
-            for (const auto& [operation, word] : words) {
-                remark += isOne ? "" : fmt::format("{}{}: {}", remark.empty() ? "" : "; ", operation, word);
+            if (std::ranges::all_of(words, [&first](const auto& each) { return each.second == first; })) {
+                remark = first;
+                continue;
             }
-            remark = isOne ? words[0].second : remark;
+            for (const auto& [operation, word] : words) {
+                remark += fmt::format("{}{}: {}", remark.empty() ? "" : "; ", operation, word);
+            }
         }
     }
     return remarks;
