@@ -148,6 +148,17 @@ std::size_t EndOfValue(std::string_view url, std::size_t begin)
     return std::min(url.find(';', begin), url.size());
 }
 
+// The end of an address such as [::1], whose colons begin no password; `begin` where there is none. A bracket in a
+// user's name or a password begins no address.
+std::size_t EndOfAddress(const std::string& url, std::size_t begin)
+{
+    if (begin >= url.size() || url[begin] != '[') {
+        return begin;
+    }
+    const std::size_t end = url.find_first_not_of("0123456789abcdefABCDEF:.", begin + 1);
+    return end != std::string::npos && url[end] == ']' ? end : begin;
+}
+
 // "USER:PASSWORD@HOST", with // before it or without. Up to the last @, since a password may hold one, and to the end
 // where the @ is missing and no port stands there.
 void HideUserPassword(std::string& url)
@@ -155,8 +166,7 @@ void HideUserPassword(std::string& url)
     const std::size_t slashes = url.find("//");
     const std::size_t begin = slashes == std::string::npos ? url.find(':') + 1 : slashes + 2;
     const std::size_t at = url.rfind('@');
-    const std::size_t bracket = url.substr(begin).starts_with('[') ? url.find(']', begin) : begin;
-    const std::size_t colon = url.find(':', std::min(bracket, url.size()));
+    const std::size_t colon = url.find(':', EndOfAddress(url, begin));
     if (colon == std::string::npos) {
         return;
     }
