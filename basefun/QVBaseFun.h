@@ -27,7 +27,11 @@ class CAConnect;
 /// "Quotes doubled" wants CAConnect::EscapeBackslashes, since on engine kind 6 "\'" does not end a literal;
 /// "Backslashes doubled on kind 6" wants CAConnect::EscapeQuotes. docs/security.md has them all in a table.
 ///
-/// One caller at a time: m_strLastError is shared, and a connection serves one call at a time.
+/// Threads: a connection serves one call at a time. Callers on several threads, each with a connection of its own, may
+/// run operations at the same time; their results and outputs do not meet. Only m_strLastError is shared: operations
+/// write it one after another, but it then belongs to the last that failed, on whatever thread. Reading it, in a
+/// window's handler too, is safe only while no other thread runs an operation. A caller who needs the text to go with
+/// its own failure runs one operation at a time.
 class QV_API CQVBaseFun {
 public:
     CQVBaseFun();
@@ -37,7 +41,8 @@ public:
     virtual ~CQVBaseFun();
 
     /// The last error that an operation caught, however old; no operation clears it. An error is notified by
-    /// SendMessageA(m_hNotifyWnd, m_nNotifyMsg, 0, address of this text), which the window reads during the call.
+    /// SendMessageA(m_hNotifyWnd, m_nNotifyMsg, 0, address of this text), which the window reads during the call. Not
+    /// to be read or written while another thread runs an operation.
     static CString m_strLastError;
 
     // ---- Helpers: text, dates, log -------------------------------------------------------------------------------

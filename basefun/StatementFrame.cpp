@@ -6,6 +6,7 @@
 #include "dbaccess/CAException.h"
 
 #include <array>
+#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -19,7 +20,13 @@ void Report(CAConnect& conn, const CAException& e, const CString& sql, OnError p
     if (policy == OnError::drop) {
         return;
     }
-    CQVBaseFun::m_strLastError = std::move(text);
+    {
+        // Callers on other threads may fail now, too. Not held during the notification: the window's thread may be one
+        // of them.
+        static std::mutex writers;
+        const std::lock_guard guard(writers);
+        CQVBaseFun::m_strLastError = std::move(text);
+    }
     if (policy == OnError::keep_and_notify && conn.m_hNotifyWnd != nullptr) {
         SendMessageA(conn.m_hNotifyWnd, conn.m_nNotifyMsg, 0, reinterpret_cast<LPARAM>(&CQVBaseFun::m_strLastError));
     }

@@ -33,8 +33,11 @@ bool CQVBaseFun::GetBackupPlanID(CAConnect& conn, CString name, int& id)
 
 bool CQVBaseFun::ExistBackupPlan(CAConnect& conn, CString name, bool& exists)
 {
+    exists = false; // before the look-up, which notifies the connection's window when it fails
     int id = 0;
-    exists = GetBackupPlanID(conn, name, id) && id > 0;
+    if (GetBackupPlanID(conn, name, id) && id > 0) {
+        exists = true;
+    }
     return true; // also after a failure: callers look at the flag alone
 }
 

@@ -1,11 +1,14 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
+#include "platform/Window.h"
 #include "tests/directory/BehaviourCase.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 using behaviour::Line;
@@ -188,6 +191,31 @@ TEST_F(PlanBehaviour, APlanExistsWhenItsIdIsAboveZero)
         bool exists = !expected;
         EXPECT_TRUE(CQVBaseFun::ExistBackupPlan(*m_conn, "n", exists));
         EXPECT_EQ(exists, expected) << id;
+    }
+}
+
+// What the preset is when the look-up fails: the window already sees it, and it stays when the window throws.
+TEST_F(PlanBehaviour, APlanDoesNotExistBeforeItIsLookedUp)
+{
+    const std::vector<std::pair<std::string, bool (*)(CAConnect&, bool&)>> tests = {
+        {"ExistBackupPlan",
+         [](CAConnect& conn, bool& exists) { return CQVBaseFun::ExistBackupPlan(conn, "n", exists); }},
+        {"ExistItemFileBackPlanRel",
+         [](CAConnect& conn, bool& exists) { return CQVBaseFun::ExistItemFileBackPlanRel(conn, 1, 41, 7, exists); }}};
+    for (const auto& [name, test] : tests) {
+        Connect();
+        bool exists = true;
+        std::vector<bool> seen;
+        const HWND window = CreateMessageWindow([&](UINT, WPARAM, LPARAM) -> LRESULT {
+            seen.push_back(exists);
+            throw std::runtime_error("window");
+        });
+        m_conn->m_hNotifyWnd = window;
+        m_database->Answer(Raise("refused"));
+        EXPECT_THROW(test(*m_conn, exists), std::runtime_error) << name;
+        EXPECT_EQ(seen, std::vector{false}) << name;
+        EXPECT_FALSE(exists) << name;
+        DestroyMessageWindow(window);
     }
 }
 
