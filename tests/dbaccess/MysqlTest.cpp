@@ -2,14 +2,14 @@
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
+#include "tests/servers/ScriptedServer.h"
 #include "tests/servers/Servers.h"
+#include "tests/support/Keepalive.h"
 #include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -18,6 +18,7 @@
 #include <future>
 #include <string>
 #include <thread>
+#include <vector>
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -42,30 +43,30 @@ std::string TextOf(CAConnect& conn, const std::string& sql)
 
 std::string Address(const std::string& port) { return "127.0.0.1:" + port; }
 
-// A port on which somebody listens and never says a word.
-class SilentListener {
-public:
-    SilentListener() : m_socket(::socket(AF_INET, SOCK_STREAM, 0))
-    {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof address;
-        EXPECT_EQ(::bind(m_socket, reinterpret_cast<sockaddr*>(&address), length), 0);
-        EXPECT_EQ(::listen(m_socket, 8), 0);
-        EXPECT_EQ(::getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &length), 0);
-        m_port = std::to_string(ntohs(address.sin_port));
-    }
-    SilentListener(const SilentListener&) = delete;
-    SilentListener& operator=(const SilentListener&) = delete;
-    ~SilentListener() { ::close(m_socket); }
+// ---- What a scripted server says
 
-    [[nodiscard]] const std::string& Port() const { return m_port; }
+std::string Packet(char number, const std::string& content)
+{
+    return std::string{static_cast<char>(content.size()), 0, 0, number} + content;
+}
 
-private:
-    int m_socket;
-    std::string m_port;
-};
+/// How a server without encryption greets that wants the password to be proved by a method.
+std::string Greeting(const std::string& method)
+{
+    using std::string_literals::operator""s;
+    return Packet(0, "\x0A"
+                     "5.5.5-10.11.1-MariaDB\0\x01\0\0\0abcdefgh\0\x0F\xA2\x21\x02\0\x08\x01\x15"s +
+                         std::string(10, '\0') + "ijklmnopqrst\0"s + method + "\0"s);
+}
+
+std::string Ok(char number) { return Packet(number, std::string("\0\0\0\x02\0\0\0", 7)); }
+
+/// Asks for another method than the greeting named.
+std::string MethodSwitch(const std::string& method)
+{
+    using std::string_literals::operator""s;
+    return Packet(2, "\xFE" + method + "\0\x04Password: \0"s);
+}
 
 class CodePageGuard {
 public:
@@ -140,7 +141,7 @@ TEST_F(MysqlTest, ShowsItsKindAndItsEngine)
 
 TEST_F(MysqlTest, TakesTheFirstHostThatAnswers)
 {
-    const SilentListener silent;
+    const ScriptedServer silent;
     CAConnect conn;
     conn.Open((TcpUrl("qv:secret", Address("1") + "," + Address(silent.Port()) + "," + Address(m_port)) +
                "?connect_timeout=1")
@@ -190,13 +191,18 @@ TEST_F(MysqlTest, RefusesAddressesThatItCannotRead)
 
 TEST_F(MysqlTest, RefusesOptionsThatItDoesNotKnow)
 {
-    EXPECT_EQ(ErrorOnOpening("mysql://h/d?charset=gbk"),
-              "mysql: unknown connection option; the options are socket, defaults-file, ssl-ca, ssl-cert, ssl-key, "
-              "ssl-verify, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait and kind []");
+    EXPECT_EQ(
+        ErrorOnOpening("mysql://h/d?charset=gbk"),
+        "mysql: unknown connection option; the options are socket, defaults-file, ssl, ssl-ca, ssl-cert, ssl-key, "
+        "ssl-verify, cleartext-password, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait and kind []");
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?connect_timeout=soon"), HasSubstr("connect_timeout must be a number from"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?read_timeout=0"), HasSubstr("read_timeout must be a number from 1 to"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?wsrep_sync_wait=16"), HasSubstr("must be a number from 0 to 15"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?ssl-verify=1"), HasSubstr("ssl-verify must be on or off"));
+    EXPECT_THAT(ErrorOnOpening("mysql://h/d?cleartext-password=yes"),
+                HasSubstr("cleartext-password must be on or off"));
+    EXPECT_THAT(ErrorOnOpening("mysql://h/d?ssl=no"), HasSubstr("option ssl must be on or off"));
+    EXPECT_THAT(ErrorOnOpening("mysql://h/d?ssl-ca=f&ssl=off"), HasSubstr("ssl-ca does not go with ssl=off"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?kind=9"), HasSubstr("kind must be 0, 1, 3 or 6"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?socket=/s"), HasSubstr("goes with no host"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?defaults-file=/no/such"),
@@ -240,9 +246,79 @@ TEST_F(MysqlTest, TakesThePasswordFromTheEnvironmentOrFromADefaultsFile)
     EXPECT_THAT(RaisedWithCode([&] { conn.Execute("DO 1; DO 2"); }), HasSubstr("[MySQL 1064]"));
 }
 
-TEST_F(MysqlTest, RefusesAServerWithoutEncryptionWhenItIsAskedFor)
+// ---- Encryption
+
+TEST_F(MysqlTest, EncryptsToOtherMachinesUnlessTheUrlSaysOtherwise)
 {
-    EXPECT_THAT(ErrorOnOpening(TcpUrl("?ssl-verify=on")), HasSubstr("[MySQL 2026]"));
+    // The system takes this address for its own, and the driver does not know that.
+    const std::string elsewhere = "0.0.0.0:" + m_port;
+    const auto cipher = [this](const std::string& hosts, const std::string& options) {
+        CAConnect conn;
+        conn.Open((TcpUrl("qv:secret", hosts) + options).c_str());
+        return TextOf(conn, "SELECT VARIABLE_VALUE FROM information_schema.SESSION_STATUS "
+                            "WHERE VARIABLE_NAME = 'Ssl_cipher'");
+    };
+    EXPECT_NE(cipher(elsewhere, ""), "");
+    EXPECT_NE(cipher(elsewhere, "?ssl=on"), "");
+    EXPECT_EQ(cipher(elsewhere, "?ssl=off"), "");
+    EXPECT_EQ(cipher(Address(m_port), ""), "");
+    EXPECT_EQ(cipher("localhost:" + m_port, ""), "");
+    EXPECT_NE(cipher(Address(m_port), "?ssl=on"), "");
+    // Each host of a list by itself.
+    EXPECT_NE(cipher(Address("1") + "," + elsewhere, ""), "");
+    EXPECT_EQ(cipher("0.0.0.0:1," + Address(m_port), ""), "");
+}
+
+TEST_F(MysqlTest, LooksAtTheServersCertificateWhenItIsAskedTo)
+{
+    const std::string certificate = fs::path(servers::TheMariadb().socket).parent_path().string() + "/server.crt";
+    const auto open = [this](const std::string& host, const std::string& options) {
+        CAConnect conn;
+        return RaisedWithCode([&] { conn.Open((TcpUrl("qv:secret", host + ":" + m_port) + options).c_str()); });
+    };
+    EXPECT_EQ(open("localhost", "?ssl-ca=" + certificate), kNothingRaised);
+    EXPECT_THAT(open("localhost", "?ssl-verify=on"), HasSubstr("[MySQL 2026]"));
+    EXPECT_THAT(open("0.0.0.0", "?ssl-ca=" + certificate), HasSubstr("[MySQL 2026]"));
+    EXPECT_EQ(open("0.0.0.0", "?ssl-verify=off&ssl-ca=" + certificate), kNothingRaised);
+}
+
+TEST_F(MysqlTest, RefusesAServerThatDoesNotEncryptWhereItMust)
+{
+    for (const auto& [host, option] :
+         {std::pair{"0.0.0.0:", ""}, std::pair{"127.0.0.1:", "?ssl=on"}, std::pair{"127.0.0.1:", "?ssl-verify=off"}}) {
+        ScriptedServer server(Greeting("mysql_native_password"), {Ok(2)});
+        EXPECT_THAT(ErrorOnOpening(TcpUrl("qv:secret", host + server.Port()) + option),
+                    HasSubstr("the server does not encrypt; ssl=off connects all the same [MySQL 2026]"));
+        EXPECT_THAT(server.Received(), AllOf(Not(HasSubstr("secret")), Not(HasSubstr("SET NAMES"))));
+    }
+    ScriptedServer server(Greeting("mysql_native_password"), {Ok(2)});
+    EXPECT_THAT(ErrorOnOpening(TcpUrl("qv:secret", Address(server.Port())) + "?ssl-verify=on"),
+                HasSubstr("[MySQL 2026]"));
+    EXPECT_EQ(server.Received(), "");
+}
+
+TEST_F(MysqlTest, HandsThePasswordToNoServerThatDoesNotEncrypt)
+{
+    for (const std::string method : {"mysql_clear_password", "dialog", "sha256_password", "caching_sha2_password"}) {
+        for (const bool greets : {true, false}) {
+            const std::string greeting = Greeting(greets ? method : "mysql_native_password");
+            const std::vector<std::string> answers = {MethodSwitch(method), Packet(4, "\x04Password: ")};
+            for (const std::string host : {"127.0.0.1", "0.0.0.0"}) {
+                ScriptedServer server(greeting, answers);
+                EXPECT_THAT(ErrorOnOpening(TcpUrl("qv:secret", host + ":" + server.Port()) + "?ssl=off"),
+                            HasSubstr("the server asks for the password itself"))
+                    << method << greets;
+                EXPECT_THAT(server.Received(), Not(HasSubstr("secret"))) << method << greets;
+            }
+        }
+    }
+}
+
+TEST_F(MysqlTest, HandsThePasswordOverWhereTheUrlAllowsIt)
+{
+    ScriptedServer server(Greeting("mysql_native_password"), {MethodSwitch("mysql_clear_password")});
+    ErrorOnOpening(TcpUrl("qv:secret", Address(server.Port())) + "?cleartext-password=on&connect_timeout=1");
+    EXPECT_THAT(server.Received(), HasSubstr("secret"));
 }
 
 // ---- The session's settings
@@ -569,6 +645,29 @@ TEST_F(MysqlTest, StaysOpenWhenANodeTakesNoStatementsForNow)
     m_conn.Execute("CREATE PROCEDURE p() SIGNAL SQLSTATE '08S01' SET MYSQL_ERRNO = 1047, MESSAGE_TEXT = 'not ready'");
     EXPECT_EQ(RaisedWithCode([&] { m_conn.Execute("CALL p()"); }), "not ready [MySQL 1047]");
     EXPECT_TRUE(m_conn.IsOpen());
+}
+
+TEST_F(MysqlTest, GivesUpAServerThatTakesItInAndThenSaysNothing)
+{
+    const ScriptedServer server(Greeting("mysql_native_password"), {Ok(2)});
+    EXPECT_THAT(ErrorOnOpening(TcpUrl("qv:secret", Address(server.Port())) + "?connect_timeout=1"),
+                HasSubstr("[MySQL 2013]"));
+}
+
+TEST_F(MysqlTest, WaitsForStatementsLongerThanForConnections)
+{
+    CAConnect conn;
+    conn.Open(TcpUrl("?connect_timeout=1").c_str());
+    EXPECT_EQ(RaisedWithCode([&] { conn.Execute("DO SLEEP(1.5)"); }), kNothingRaised);
+}
+
+TEST_F(MysqlTest, AsksASilentServerWhetherItIsStillThere)
+{
+    CAConnect conn;
+    conn.Open(TcpUrl().c_str());
+    const std::string client =
+        TextOf(conn, "SELECT HOST FROM information_schema.PROCESSLIST WHERE ID = CONNECTION_ID()");
+    EXPECT_LE(KeepaliveSeconds(client.substr(client.find(':') + 1)), 60);
 }
 
 TEST_F(MysqlTest, LosesTheConnectionWhenAnAnswerTakesLongerThanAsked)

@@ -36,6 +36,15 @@ need() {
   exit 1
 }
 
+# A key and a certificate that vouches for itself, for a server that encrypts: server.key and server.crt.
+make_certificate() {
+  local user=$1 data=$2
+  command -v openssl >/dev/null || need openssl openssl
+  as "$user" openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj /CN=localhost \
+    -addext 'subjectAltName=DNS:localhost,IP:127.0.0.1' -keyout "$data/server.key" -out "$data/server.crt" \
+    2>"$data/openssl.log" || { cat "$data/openssl.log" >&2; exit 1; }
+}
+
 # What a PostgreSQL that was killed leaves behind; one that has stopped has taken the file with it.
 drop_shared_memory() {
   if [ -e "$1" ]; then ipcrm -m "$(sed -n '7s/.* //p' "$1")" 2>/dev/null || true; fi
@@ -71,7 +80,11 @@ start_postgresql() {
   if [ "$(id -u)" -eq 0 ]; then chown postgres: "$data"; fi
   as postgres "$bin/initdb" -D "$data/db" -U qv -A trust -E UTF8 --locale=C.UTF-8 --no-sync >"$data/initdb.log" 2>&1 ||
     { cat "$data/initdb.log" >&2; exit 1; }
+  make_certificate postgres "$data"
   cat >>"$data/db/postgresql.conf" <<END
+ssl = on
+ssl_cert_file = '$data/server.crt'
+ssl_key_file = '$data/server.key'
 listen_addresses = '127.0.0.1'
 port = $port
 unix_socket_directories = '$data'
@@ -95,11 +108,12 @@ start_mariadb() {
   if [ "$(id -u)" -eq 0 ]; then chown mysql: "$data"; fi
   as mysql mariadb-install-db --no-defaults --datadir="$data/db" --auth-root-authentication-method=normal --skip-test-db \
     --skip-name-resolve >"$data/install.log" 2>&1 || { cat "$data/install.log" >&2; exit 1; }
+  make_certificate mysql "$data"
   as mysql env PATH="$PATH:/usr/sbin" mariadbd --no-defaults --datadir="$data/db" --socket="$data/s" \
     --pid-file="$data/pid" --port="$port" --bind-address=127.0.0.1 --lower-case-table-names=1 \
     --character-set-server=utf8mb4 --collation-server=utf8mb4_general_ci --innodb-buffer-pool-size=128M \
     --innodb-log-file-size=32M --innodb-flush-log-at-trx-commit=0 --innodb-flush-method=nosync \
-    --skip-innodb-doublewrite --skip-innodb-file-per-table --skip-innodb-stats-persistent --log-error="$data/log" >"$data/out" 2>&1 &
+    --ssl-cert="$data/server.crt" --ssl-key="$data/server.key" --skip-innodb-doublewrite --skip-innodb-file-per-table --skip-innodb-stats-persistent --log-error="$data/log" >"$data/out" 2>&1 &
   for _ in $(seq 600); do
     if mariadb --no-defaults -S "$data/s" -u root -e "CREATE USER 'qv'@'127.0.0.1' IDENTIFIED BY 'secret'; GRANT ALL ON *.* TO 'qv'@'127.0.0.1'" 2>/dev/null; then
       cp "$data/pid" "$folder/mariadb.pid"

@@ -1,10 +1,18 @@
 #include "dbaccess/drivers/mysql/Connection.h"
 
 #include "dbaccess/CAException.h"
+#include "dbaccess/LocalHost.h"
 #include "dbaccess/drivers/mysql/Error.h"
 #include "platform/CodePage.h"
 
+#include <errmsg.h>
+#include <ma_pvio.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <mutex>
@@ -22,6 +30,12 @@ constexpr int kRowsReadToTheEnd = 256;
 constexpr auto kTimeToReadToTheEnd = std::chrono::milliseconds(2);
 // Nobody should wait long for what only saves time.
 constexpr unsigned int kLongestWaitForInterrupt = 2;
+
+// A peer that is silent for this long is asked whether it is still there, in this interval, this often: seconds.
+constexpr int kKeepaliveIdle = 60;
+constexpr int kKeepaliveInterval = 10;
+constexpr int kKeepaliveCount = 6;
+constexpr int kUserTimeout = 120'000; // what was sent and not acknowledged, in milliseconds
 
 // Needs no table and changes nothing; a node that takes no statements refuses it, unlike SET and SELECT 1.
 constexpr const char* kNothing = "DO 0";
@@ -53,11 +67,15 @@ const char* PasswordOf(const Settings& settings)
     return variable == nullptr ? "" : variable;
 }
 
+bool IsSocket(const Server& server) { return server.port == 0; }
+
+bool WantsTls(const Settings& settings, const Server& server)
+{
+    return settings.tls.value_or(!IsSocket(server) && !IsLocalHost(server.host));
+}
+
 void SetTls(MYSQL* handle, const Settings& settings)
 {
-    if (!settings.tls) {
-        return;
-    }
     const my_bool on = 1;
     const my_bool verify = settings.tlsVerify ? 1 : 0;
     mysql_options(handle, MYSQL_OPT_SSL_ENFORCE, &on);
@@ -67,14 +85,50 @@ void SetTls(MYSQL* handle, const Settings& settings)
     mysql_options(handle, MYSQL_OPT_SSL_KEY, TextOrNull(settings.tlsKey));
 }
 
-void SetTimeouts(MYSQL* handle, const Settings& settings)
+// The server chooses how the password is proved. Left out are the ways that hand it over as it is, and those that
+// encrypt it with a key which the server itself has just named, unless it is known whose server that is.
+void SetPasswordMethods(MYSQL* handle, const Settings& settings, const Server& server)
 {
-    mysql_options(handle, MYSQL_OPT_CONNECT_TIMEOUT, &settings.connectTimeout);
-    if (settings.readTimeout != 0) {
-        mysql_options(handle, MYSQL_OPT_READ_TIMEOUT, &settings.readTimeout);
+    const bool isKnown = IsSocket(server) || (WantsTls(settings, server) && settings.tlsVerify);
+    if (!isKnown && !settings.cleartextPassword) {
+        mysql_options(handle, MARIADB_OPT_RESTRICTED_AUTH, "mysql_native_password,client_ed25519,auth_gssapi_client");
     }
-    if (settings.writeTimeout != 0) {
-        mysql_options(handle, MYSQL_OPT_WRITE_TIMEOUT, &settings.writeTimeout);
+}
+
+// The client library goes on without encryption where a server has none and its certificate is not looked at.
+bool IsEncryptedAsWanted(MYSQL* handle, const Settings& settings, const Server& server)
+{
+    return !WantsTls(settings, server) || mysql_get_ssl_cipher(handle) != nullptr;
+}
+
+// A statement may take its time; a server that is only being connected to may not.
+void SetConnectTimeouts(MYSQL* handle, const Settings& settings)
+{
+    for (const mysql_option option : {MYSQL_OPT_CONNECT_TIMEOUT, MYSQL_OPT_READ_TIMEOUT, MYSQL_OPT_WRITE_TIMEOUT}) {
+        mysql_options(handle, option, &settings.connectTimeout);
+    }
+}
+
+// Of a connection that stands, options no longer change anything.
+void SetStatementTimeouts(MYSQL* handle, const Settings& settings)
+{
+    MARIADB_PVIO* io = handle->net.pvio;
+    io->methods->set_timeout(io, PVIO_READ_TIMEOUT, static_cast<int>(settings.readTimeout));
+    io->methods->set_timeout(io, PVIO_WRITE_TIMEOUT, static_cast<int>(settings.writeTimeout));
+}
+
+// So that a machine that is gone is noticed long before the limit of a statement is reached.
+void WatchPeer(MYSQL* handle)
+{
+    constexpr std::array<std::pair<int, int>, 4> kLimits = {{{TCP_KEEPIDLE, kKeepaliveIdle},
+                                                             {TCP_KEEPINTVL, kKeepaliveInterval},
+                                                             {TCP_KEEPCNT, kKeepaliveCount},
+                                                             {TCP_USER_TIMEOUT, kUserTimeout}}};
+    const my_socket socket = mysql_get_socket(handle);
+    const int on = 1;
+    ::setsockopt(socket, SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);
+    for (const auto& [option, value] : kLimits) {
+        ::setsockopt(socket, IPPROTO_TCP, option, &value, sizeof value); // fails on a local socket, which needs none
     }
 }
 
@@ -103,7 +157,7 @@ bool Run(MYSQL* handle, std::string_view sql) { return mysql_real_query(handle, 
 // Counting the rows that are found, not those that differ afterwards, is what the other engines do.
 bool Login(MYSQL* handle, const Settings& settings, const Server& server)
 {
-    if (server.port != 0) {
+    if (!IsSocket(server)) {
         const unsigned int protocol = MYSQL_PROTOCOL_TCP;
         mysql_options(handle, MYSQL_OPT_PROTOCOL, &protocol);
     }
@@ -119,11 +173,14 @@ bool Connect(MYSQL* handle, const Settings& settings, const Server& server)
     if (!settings.defaultsFile.empty()) {
         mysql_options(handle, MYSQL_READ_DEFAULT_FILE, settings.defaultsFile.c_str());
     }
-    SetTls(handle, settings);
-    SetTimeouts(handle, settings);
+    if (WantsTls(settings, server)) {
+        SetTls(handle, settings);
+    }
+    SetPasswordMethods(handle, settings, server);
+    SetConnectTimeouts(handle, settings);
     RefuseFilesAndReconnecting(handle);
-    return Login(handle, settings, server) && UndoDefaultsFile(handle, settings) &&
-           Run(handle, SettingStatement(settings)) && Run(handle, kNothing);
+    return Login(handle, settings, server) && IsEncryptedAsWanted(handle, settings, server) &&
+           UndoDefaultsFile(handle, settings) && Run(handle, SettingStatement(settings)) && Run(handle, kNothing);
 }
 
 Handle NewHandle()
@@ -158,6 +215,26 @@ std::string NameOf(const Server& server)
     return server.port == 0 ? host : host + ":" + std::to_string(server.port);
 }
 
+struct Failure {
+    unsigned int number;
+    std::string message;
+};
+
+Failure FailureToConnect(MYSQL* handle)
+{
+    switch (mysql_errno(handle)) {
+    case 0:
+        return {CR_SSL_CONNECTION_ERROR, "the server does not encrypt; ssl=off connects all the same"};
+    case CR_PLUGIN_NOT_ALLOWED:
+        return {CR_PLUGIN_NOT_ALLOWED,
+                "the server asks for the password itself, over a connection that is not encrypted or to a server whose "
+                "certificate was not checked; the password was not sent; ssl-verify=on or ssl-ca=FILE checks it, "
+                "cleartext-password=on sends the password all the same"};
+    default:
+        return {mysql_errno(handle), mysql_error(handle)};
+    }
+}
+
 // @return whether that was the end.
 bool ReadToTheEnd(MYSQL_RES* rows)
 {
@@ -185,10 +262,13 @@ Connection::Connection(Settings settings) : m_settings(std::move(settings))
             m_server = server;
             m_handle = std::move(handle);
             m_identity = IdentityOf(Get());
+            SetStatementTimeouts(Get(), m_settings);
+            WatchPeer(Get());
             return;
         }
-        number = mysql_errno(handle.get());
-        refusals += (refusals.empty() ? "" : "; ") + NameOf(server) + ": " + mysql_error(handle.get());
+        const Failure failure = FailureToConnect(handle.get());
+        number = failure.number;
+        refusals += (refusals.empty() ? "" : "; ") + NameOf(server) + ": " + failure.message;
         if (!IsForAnotherServer(number)) {
             break;
         }
@@ -343,9 +423,7 @@ bool Connection::Interrupt() noexcept
 {
     try {
         Settings settings = m_settings;
-        for (unsigned int* timeout : {&settings.connectTimeout, &settings.readTimeout, &settings.writeTimeout}) {
-            *timeout = *timeout == 0 ? kLongestWaitForInterrupt : std::min(*timeout, kLongestWaitForInterrupt);
-        }
+        settings.connectTimeout = std::min({settings.connectTimeout, settings.readTimeout, kLongestWaitForInterrupt});
         const Handle second = NewHandle();
         // Behind one address there may be several servers, and our number is somebody else's on another.
         if (!Connect(second.get(), settings, m_server) || m_identity.empty() ||

@@ -26,14 +26,15 @@ struct Settings {
     std::optional<std::string> password;
     std::string database;
     std::string defaultsFile;
-    bool tls = false;
-    bool tlsVerify = true;
+    std::optional<bool> tls; // without a value: on for a server that is not on this machine
+    bool tlsVerify = false;
     std::string tlsCa;
     std::string tlsCert;
     std::string tlsKey;
-    unsigned int connectTimeout = 10;
-    unsigned int readTimeout = 0; // seconds; 0 is for ever, here and below
-    unsigned int writeTimeout = 0;
+    bool cleartextPassword = false;   // may go out as it is over a connection that is not encrypted
+    unsigned int connectTimeout = 10; // seconds, here and below; until the session is ready for statements
+    unsigned int readTimeout = 3600;
+    unsigned int writeTimeout = 3600;
     std::optional<unsigned int> syncWait;
 };
 

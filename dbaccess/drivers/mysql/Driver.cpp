@@ -184,13 +184,23 @@ void ReadDefaultsFile(const std::string& path, Settings& settings)
     settings.defaultsFile = path;
 }
 
+bool ReadSwitch(const std::string& name, const std::string& value)
+{
+    if (value != "on" && value != "off") {
+        Refuse("the connection option " + name + " must be on or off");
+    }
+    return value == "on";
+}
+
+// Options come in the order of their names: ssl before all others, ssl-verify after them.
 bool ReadTlsOption(const std::string& name, const std::string& value, Settings& settings)
 {
+    if (name == "ssl") {
+        settings.tls = ReadSwitch(name, value);
+        return true;
+    }
     if (name == "ssl-verify") {
-        if (value != "on" && value != "off") {
-            Refuse("the connection option ssl-verify must be on or off");
-        }
-        settings.tlsVerify = value == "on";
+        settings.tlsVerify = ReadSwitch(name, value);
     } else if (name == "ssl-ca") {
         settings.tlsCa = value;
     } else if (name == "ssl-cert") {
@@ -200,7 +210,11 @@ bool ReadTlsOption(const std::string& name, const std::string& value, Settings& 
     } else {
         return false;
     }
+    if (settings.tls == false) {
+        Refuse("the connection option " + name + " does not go with ssl=off");
+    }
     settings.tls = true;
+    settings.tlsVerify = settings.tlsVerify || name != "ssl-verify";
     return true;
 }
 
@@ -218,9 +232,12 @@ void ReadOption(const std::string& name, const std::string& value, Settings& set
         settings.writeTimeout = ReadNumber(name, value, 1, kLongestTimeout);
     } else if (name == "wsrep_sync_wait") {
         settings.syncWait = ReadNumber(name, value, 0, kAllSyncWaits);
+    } else if (name == "cleartext-password") {
+        settings.cleartextPassword = ReadSwitch(name, value);
     } else if (name != "kind" && !ReadTlsOption(name, value, settings)) {
-        Refuse("mysql: unknown connection option; the options are socket, defaults-file, ssl-ca, ssl-cert, ssl-key, "
-               "ssl-verify, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait and kind");
+        Refuse(
+            "mysql: unknown connection option; the options are socket, defaults-file, ssl, ssl-ca, ssl-cert, ssl-key, "
+            "ssl-verify, cleartext-password, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait and kind");
     }
 }
 

@@ -1,6 +1,7 @@
 #include "dbaccess/drivers/postgresql/Driver.h"
 
 #include "dbaccess/DateText.h"
+#include "dbaccess/LocalHost.h"
 #include "dbaccess/PasswordFile.h"
 #include "dbaccess/drivers/postgresql/Cursor.h"
 #include "dbaccess/drivers/postgresql/Error.h"
@@ -12,6 +13,7 @@
 #include <array>
 #include <charconv>
 #include <cstdlib>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -20,6 +22,7 @@ namespace dbaccess::postgresql {
 namespace {
 
 constexpr const char* kConnectTimeout = "10";
+constexpr const char* kCleartextPassword = "cleartext-password";
 
 // What the driver relies on, whatever the server, the role or the database presets. Texts of floats that are exact
 // need 3 on servers before 12, where any other number above 0 would do since.
@@ -82,12 +85,13 @@ std::string UriOf(std::string_view location, const Location& parsed)
     std::string uri = "postgresql:" + std::string(location.substr(0, location.find('?')));
     char before = '?';
     for (const auto& [name, value] : parsed.options) {
-        if (name == "kind") {
+        if (name == "kind" || name == kCleartextPassword) {
             continue;
         }
         if (!IsKnown(name)) {
-            throw CAException("postgresql: unknown connection option; the options are kind and those of libpq but for "
-                              "client_encoding and replication");
+            throw CAException(
+                "postgresql: unknown connection option; the options are kind, cleartext-password and those "
+                "of libpq but for client_encoding and replication");
         }
         uri += before + name + '=';
         for (const char ch : value) {
@@ -110,6 +114,7 @@ public:
         }
     }
 
+    [[nodiscard]] bool Has(const char* name) const { return m_values.contains(name); }
     void Set(const char* name, std::string value) { m_values.insert_or_assign(name, std::move(value)); }
     /// The URL's value, else the environment's, else the preset.
     [[nodiscard]] std::string Get(const char* name, const char* variable, const char* preset) const
@@ -139,6 +144,78 @@ private:
     std::map<std::string, std::string> m_values;
 };
 
+// The entries of a list of hosts; an empty one is the server's usual socket.
+std::vector<std::string> Entries(const std::string& list)
+{
+    std::vector<std::string> entries;
+    std::istringstream text(list);
+    for (std::string entry; std::getline(text, entry, ',');) {
+        entries.push_back(entry);
+    }
+    return entries;
+}
+
+bool IsHere(const std::string& host)
+{
+    return host.empty() || host.starts_with('/') || host.starts_with('@') || IsLocalHost(host);
+}
+
+// Whether no host of the list can be anywhere else. An address goes before the host of the same place.
+bool IsAllHere(const Wishes& wishes)
+{
+    std::vector<std::string> hosts = Entries(wishes.Get("host", "PGHOST", ""));
+    const std::vector<std::string> addresses = Entries(wishes.Get("hostaddr", "PGHOSTADDR", ""));
+    hosts.resize(std::max(hosts.size(), addresses.size()));
+    for (std::size_t i = 0; i < addresses.size(); ++i) {
+        hosts[i] = addresses[i].empty() ? hosts[i] : addresses[i];
+    }
+    return std::ranges::all_of(hosts, IsHere);
+}
+
+bool MayPasswordBeCleartext(const Location& parsed)
+{
+    const auto option = parsed.options.find(kCleartextPassword);
+    if (option != parsed.options.end() && option->second != "on" && option->second != "off") {
+        throw CAException("the connection option cleartext-password must be on or off");
+    }
+    return option != parsed.options.end() && option->second == "on";
+}
+
+// A server chooses how the password is proved, and the client library cannot be told to refuse a request for the
+// password itself. So it gets none for a server elsewhere that it may be connected to without encryption.
+void SetTls(Wishes& wishes, bool namesService, bool mayPasswordBeCleartext)
+{
+    if (namesService && !wishes.Has("sslmode")) {
+        throw CAException("postgresql: the server of a service may be on another machine; add sslmode=require, or "
+                          "sslmode=verify-full with sslrootcert=FILE, to the URL");
+    }
+    if (!namesService && IsAllHere(wishes)) {
+        return;
+    }
+    const std::string mode = wishes.Get("sslmode", "PGSSLMODE", "require");
+    constexpr std::array<std::string_view, 3> kNotAlwaysEncrypted = {"disable", "allow", "prefer"};
+    if (!mayPasswordBeCleartext && std::ranges::find(kNotAlwaysEncrypted, mode) != kNotAlwaysEncrypted.end()) {
+        throw CAException(CString("postgresql: with sslmode=") + mode.c_str() +
+                          " a server on another machine could read the password; write sslmode=require, or add "
+                          "cleartext-password=on to connect all the same");
+    }
+    wishes.Set("sslmode", mode);
+}
+
+// A machine that is gone is noticed after two minutes, however long a statement may take.
+void SetKeepalives(Wishes& wishes)
+{
+    constexpr std::array<std::pair<const char*, const char*>, 4> kLimits = {{{"keepalives_idle", "60"},
+                                                                             {"keepalives_interval", "10"},
+                                                                             {"keepalives_count", "6"},
+                                                                             {"tcp_user_timeout", "120000"}}};
+    for (const auto& [name, value] : kLimits) {
+        if (!wishes.Has(name)) {
+            wishes.Set(name, value);
+        }
+    }
+}
+
 Wishes ReadWishes(std::string_view location, const Location& parsed)
 {
     const ConnectOptions options = ParsedUri(UriOf(location, parsed));
@@ -153,6 +230,11 @@ Wishes ReadWishes(std::string_view location, const Location& parsed)
     if (!passwordFile.empty()) {
         // The client library would pass over it, with a line of its own on standard error.
         RequireClosedToOthers(passwordFile);
+    }
+    const bool namesService = wishes.Has("service") || std::getenv("PGSERVICE") != nullptr;
+    SetTls(wishes, namesService, MayPasswordBeCleartext(parsed));
+    if (!namesService) {
+        SetKeepalives(wishes);
     }
     wishes.Set("connect_timeout", wishes.Get("connect_timeout", "PGCONNECT_TIMEOUT", kConnectTimeout));
     wishes.Set("options", wishes.Get("options", "PGOPTIONS", "") + std::string(kSettings));
