@@ -4,6 +4,7 @@
 #include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
+#include "console/FindEach.h"
 #include "console/Organisation.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
@@ -385,14 +386,9 @@ AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> 
 
 std::vector<AddIn> FindAddIns(AddIns& addIns, const std::vector<std::string>& arguments, std::optional<int> type)
 {
-    std::vector<AddIn> found;
-    for (const std::string& argument : arguments) {
-        const AddIn addIn = FindAddIn(addIns, argument, type);
-        if (std::ranges::find(found, addIn.id, &AddIn::id) == found.end()) {
-            found.push_back(addIn);
-        }
-    }
-    return found;
+    return FindEach(
+        arguments, "add-ins", "`qvadmin addin list` shows all",
+        [&](const std::string& argument) { return FindAddIn(addIns, argument, type); }, &AddIn::id);
 }
 
 int CreateAddIn(AddIns& addIns, const NewAddIn& addIn)

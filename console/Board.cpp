@@ -4,6 +4,7 @@
 #include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
+#include "console/FindEach.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 
@@ -92,18 +93,15 @@ void Board::Delete(const std::string& id)
 std::vector<Notice> FindNotices(Board& board, const std::vector<std::string>& ids)
 {
     const std::vector<Notice> all = board.List();
-    std::vector<Notice> found;
-    for (const std::string& id : ids) {
+    const auto find = [&all](const std::string& id) -> Notice {
         const auto notice = std::ranges::find(all, id, &Notice::id);
         if (notice == all.end()) {
             throw Refusal(Exit::notFound,
                           fmt::format("there is no notice {}; `qvadmin board list` shows all", Quoted(id)));
         }
-        if (std::ranges::find(found, id, &Notice::id) == found.end()) {
-            found.push_back(*notice);
-        }
-    }
-    return found;
+        return *notice;
+    };
+    return FindEach(ids, "notices", "`qvadmin board list` shows all", find, &Notice::id);
 }
 
 } // namespace console

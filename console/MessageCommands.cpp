@@ -2,6 +2,7 @@
 
 #include "console/Confirm.h"
 #include "console/Engine.h"
+#include "console/FindEach.h"
 #include "console/Interrupt.h"
 #include "console/Messages.h"
 #include "console/Opened.h"
@@ -17,6 +18,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <functional>
 #include <numeric>
 
 namespace console::message {
@@ -244,18 +246,15 @@ int ReadId(const std::string& text)
 /// Those given, each once. @throws Refusal (usage, notFound) when one of them is none.
 std::vector<int> FindEntries(LoginLog& log, const std::vector<std::string>& arguments)
 {
-    std::vector<int> ids;
-    for (const std::string& argument : arguments) {
+    const auto find = [&log](const std::string& argument) {
         const int id = ReadId(argument);
         if (!log.Has(id)) {
             throw Refusal(Exit::notFound,
                           fmt::format("there is no entry {} in the login log; nothing was deleted", id));
         }
-        if (std::ranges::find(ids, id) == ids.end()) {
-            ids.push_back(id);
-        }
-    }
-    return ids;
+        return id;
+    };
+    return FindEach(arguments, "entries in the login log", "nothing was deleted", find, std::identity());
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
 #include "console/Engine.h"
+#include "console/FindEach.h"
 #include "console/Items.h"
 #include "console/ObjectRights.h"
 #include "console/Opened.h"
@@ -299,28 +300,27 @@ Exit Set(const Context& context)
 
 Exit Revoke(const Context& context)
 {
-    std::vector<int> ids;
     for (const std::string& word : context.arguments.users) {
-        const int id = NumberFrom(word, kId.name);
-        if (std::ranges::find(ids, id) == ids.end()) {
-            ids.push_back(id);
-        }
+        NumberFrom(word, kId.name);
     }
     Opened opened(context.arguments);
     ObjectRights rights(opened.Directory().Connection());
     Namer namer(rights.Connection());
-    std::string told;
-    for (const int id : ids) {
-        told += fmt::format("revoke {}\n", Named(namer, FindRight(rights, id)));
+    const auto find = [&rights](const std::string& word) { return FindRight(rights, NumberFrom(word, kId.name)); };
+    const std::vector<ObjectRight> found =
+        FindEach(context.arguments.users,
+                 "rights on objects with these ids:", "`qvadmin objright list` shows those on one object", find,
+                 &ObjectRight::id);
+    for (const ObjectRight& right : found) {
+        context.terminal.err << fmt::format("revoke {}\n", Named(namer, right));
     }
-    context.terminal.err << told;
-    RequireConfirmation(context, fmt::format("Revoke {}?", Counted(ids.size(), "right")));
+    RequireConfirmation(context, fmt::format("Revoke {}?", Counted(found.size(), "right")));
     Transaction transaction(rights.Connection());
-    for (const int id : ids) {
-        rights.Revoke(id);
+    for (const ObjectRight& right : found) {
+        rights.Revoke(right.id);
     }
     transaction.Commit();
-    context.terminal.err << fmt::format("revoked {}\n", Counted(ids.size(), "right"));
+    context.terminal.err << fmt::format("revoked {}\n", Counted(found.size(), "right"));
     return Exit::done;
 }
 

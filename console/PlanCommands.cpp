@@ -3,6 +3,7 @@
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
 #include "console/Engine.h"
+#include "console/FindEach.h"
 #include "console/Items.h"
 #include "console/Opened.h"
 #include "console/Plans.h"
@@ -146,8 +147,10 @@ private:
 Selection Select(CAConnect& conn, Plans& plans, const Arguments& arguments)
 {
     Selection selection{FindGiven(plans, arguments), {}};
-    for (const std::string& argument : arguments.users) {
-        const Item item = FindUserOrGroup(conn, argument);
+    const std::vector<Item> items = FindEach(
+        arguments.users, "users or groups", "`qvadmin user list` and `qvadmin group tree` show all",
+        [&conn](const std::string& argument) { return FindUserOrGroup(conn, argument); }, &Item::key);
+    for (const Item& item : items) {
         selection.items.emplace(item.key, item.name);
     }
     if (Given(arguments, kRecursive)) {

@@ -1,6 +1,7 @@
 #include "console/Users.h"
 
 #include "console/Errors.h"
+#include "console/FindEach.h"
 #include "console/Text.h"
 
 #include <fmt/format.h>
@@ -129,14 +130,9 @@ UserKey FindUser(Directory& directory, const std::string& argument)
 
 std::vector<UserKey> FindUsers(Directory& directory, const std::vector<std::string>& arguments)
 {
-    std::vector<UserKey> users;
-    for (const std::string& argument : arguments) {
-        const UserKey user = FindUser(directory, argument);
-        if (std::ranges::find(users, user.id, &UserKey::id) == users.end()) {
-            users.push_back(user);
-        }
-    }
-    return users;
+    return FindEach(
+        arguments, "users", "`qvadmin user list` shows all",
+        [&directory](const std::string& argument) { return FindUser(directory, argument); }, &UserKey::id);
 }
 
 void CheckLogin(const std::string& login)

@@ -442,6 +442,8 @@ TEST_F(AddInConsoleTest, ANameOfSeveralChangesNothing)
     ExpectRefusal({"addin", "disable", "Dial", "Clock"}, 4, both);
     ExpectRefusal({"addin", "move", "Clock", "top"}, 4, both);
     ExpectRefusal({"addin", "delete", "Dial", "Clock", "--yes"}, 4, both);
+    ExpectRefusal({"addin", "delete", "x", "Dial", "y", "--yes"}, 3,
+                  "there are no add-ins 'x', 'y'; `qvadmin addin list`");
     EXPECT_EQ(Done({"addin", "list"}), before);
     EXPECT_EQ(Told({"addin", "disable", "Clock", "--type", "2"}), "disabled Clock (add-in 2)\n");
     EXPECT_EQ(Shown("id:2")["disabled"], true);

@@ -189,6 +189,8 @@ TEST_F(BoardConsoleTest, DeletingCountsAsksAndTakesAll)
     EXPECT_EQ(asked.exit, 9);
     EXPECT_THAT(asked.err, StartsWith("delete n'1\\ 'S'ubject\\', with 2 attachments, 1 reply, 1 reader\n"));
     ExpectRefusal({"board", "delete", "2", "3", "--yes"}, 3, "there is no notice '3'");
+    ExpectRefusal({"board", "delete", "2", "3", "4", "--yes"}, 3,
+                  "there are no notices '3', '4'; `qvadmin board list`");
     EXPECT_THAT(Done({"board", "list", "-o", "plain"}), HasSubstr("2\tOther"));
     m_options.terminal = true;
     const ChildResult done = RunWith("y\n", {"board", "delete", "n'1\\", "2", "2"});

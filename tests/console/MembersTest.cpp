@@ -63,6 +63,8 @@ TEST_F(MembersTest, UsersAreAddedToGroupsAndViewsOnce)
 TEST_F(MembersTest, OneWhoIsNotFoundKeepsAllFromBeingAdded)
 {
     ExpectRefusal({"member", "add", "/Main/Sales", "amy", "nobody"}, 3, "there is no user 'nobody'");
+    ExpectRefusal({"member", "add", "/Main/Sales", "x", "amy", "id:99", "x"}, 3,
+                  "there are no users 'x', 'id:99'; `qvadmin user list` shows all\n");
     ExpectRefusal({"member", "add", "/Main/Nowhere", "amy"}, 3, "'/Main/Nowhere'");
     EXPECT_EQ(Done({"user", "groups", "amy", "-o", "plain"}), "");
 }

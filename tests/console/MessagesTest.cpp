@@ -443,6 +443,8 @@ TEST_F(MessageConsoleTest, TheLoginLogIsListedAndEntriesDeleted)
     EXPECT_EQ(nlohmann::json::parse(Done({"loginlog", "list", "--limit", "2", "-o", "json"})),
               nlohmann::json::parse(R"([{"id": 3, "Col_User": null}, {"id": 2, "Col_User": "a\\b'c"}])"));
     ExpectRefusal({"loginlog", "delete", "1", "9", "--yes"}, 3, "there is no entry 9 in the login log");
+    ExpectRefusal({"loginlog", "delete", "8", "1", "9", "--yes"}, 3,
+                  "there are no entries in the login log '8', '9'; nothing was deleted\n");
     ExpectRefusal({"loginlog", "delete", "1x", "--yes"}, 2, "'1x' is no id");
     ExpectRefusal({"loginlog", "delete", "1"}, 9, "nothing was deleted");
     ExpectRefusal({"loginlog", "list", "--limit", "0"}, 2, "--limit");

@@ -283,6 +283,8 @@ TEST_F(ObjectRightConsoleTest, RevokingAsksAndTakesAllOrNothing)
     Done({"objright", "grant", "user:amy", "3", "17", "docs", "read", "1"});
     Done({"objright", "grant", "role:Editors", "3", "17", "docs", "read", "1"});
     ExpectRefusal({"objright", "revoke", "1", "9", "--yes"}, 3, "there is no right on an object with id 9");
+    ExpectRefusal({"objright", "revoke", "1", "9", "8", "--yes"}, 3,
+                  "there are no rights on objects with these ids: '9', '8';");
     const ChildResult asked = Run({"objright", "revoke", "1"});
     EXPECT_EQ(asked.exit, 9);
     EXPECT_THAT(asked.err,

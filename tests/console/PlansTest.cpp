@@ -328,6 +328,9 @@ TEST_F(PlanCommandsTest, ItemsThatCannotHavePlansAreRefusedAndNoneIsChanged)
     ExpectRefusal({"plan", "assign", "Nightly", "user:amy", "role:Editors"}, 2, "neither a user nor a group");
     ExpectRefusal({"plan", "assign", "Nightly", "user:amy", "view:Main"}, 2, "neither a user nor a group");
     ExpectRefusal({"plan", "assign", "Nightly", "user:amy", "user:nobody"}, 3, "nobody");
+    ExpectRefusal(
+        {"plan", "assign", "Nightly", "user:x", "user:amy", "group:/Main/y"}, 3,
+        "there are no users or groups 'user:x', 'group:/Main/y'; `qvadmin user list` and `qvadmin group tree` ");
     ExpectRefusal({"plan", "assign", "Nope", "user:amy"}, 3, "'Nope'");
     ExpectRefusal({"plan", "of", "role:Editors"}, 2, "neither a user nor a group");
     EXPECT_EQ(Assignments(), "");
