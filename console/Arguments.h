@@ -29,6 +29,9 @@ struct Arguments {
     std::optional<std::string> result;
     bool dryRun = false;
     bool update = false;
+    bool allowPrivileges = false;
+    bool makeView = false;
+    bool noNewGroups = false;
 };
 
 struct Command;

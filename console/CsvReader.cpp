@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -15,6 +14,7 @@ namespace console {
 namespace {
 
 constexpr std::size_t kLongestRecord = std::size_t{1024} * 1024;
+constexpr std::size_t kMostFields = 4096;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr const char* kTooLong = "the row is longer than 1 MiB; is a quote left open?";
 
@@ -26,6 +26,9 @@ int IsLineFeed(unsigned char ch) { return ch == '\n' ? 1 : 0; }
 
 std::string ProblemOf(const std::vector<std::string>& fields)
 {
+    if (fields.size() > kMostFields) {
+        return fmt::format("the row has more than {} values", kMostFields);
+    }
     for (const std::string& field : fields) {
         if (field.find('\0') != std::string::npos) {
             return "there is a NUL byte in the row";
@@ -45,22 +48,12 @@ CsvReader::~CsvReader() { csv_free(&m_parser); }
 
 std::optional<CsvRecord> CsvReader::Next()
 {
-    while (const std::optional<Line> line = NextLine()) {
+    while (const std::optional<Line> line = ReadLine()) {
         if (!IsBlank(line->text)) {
             return ReadRecord(*line);
         }
     }
     return std::nullopt;
-}
-
-std::optional<CsvReader::Line> CsvReader::NextLine()
-{
-    if (m_again.empty()) {
-        return ReadLine();
-    }
-    Line line = std::move(m_again.front());
-    m_again.pop_front();
-    return line;
 }
 
 std::optional<CsvReader::Line> CsvReader::ReadLine()
@@ -71,11 +64,12 @@ std::optional<CsvReader::Line> CsvReader::ReadLine()
         return std::nullopt;
     }
     for (; byte != std::char_traits<char>::eof() && byte != '\n'; byte = ReadByte()) {
-        line.tooLong = line.text.size() >= kLongestRecord;
-        if (!line.tooLong) {
+        // One byte more than there may be says that there were more, also when the line is read again.
+        if (line.text.size() <= kLongestRecord) {
             line.text += static_cast<char>(byte);
         }
     }
+    line.tooLong = line.text.size() > kLongestRecord;
     if (m_failed) {
         return std::nullopt;
     }
@@ -90,6 +84,9 @@ std::optional<CsvReader::Line> CsvReader::ReadLine()
 // The buffer is asked directly: what it throws when reading fails is not lost in a state bit.
 int CsvReader::ReadByte()
 {
+    if (m_at < m_again.size()) {
+        return std::char_traits<char>::to_int_type(m_again[m_at++]);
+    }
     try {
         return m_in.rdbuf()->sbumpc();
     } catch (const std::ios_base::failure&) {
@@ -110,7 +107,10 @@ void CsvReader::StartParser()
 bool CsvReader::Feed(const std::string& text)
 {
     const auto takeField = [](void* bytes, std::size_t length, void* self) {
-        static_cast<CsvReader*>(self)->m_fields.emplace_back(static_cast<const char*>(bytes), length);
+        std::vector<std::string>& fields = static_cast<CsvReader*>(self)->m_fields;
+        if (fields.size() <= kMostFields) {
+            fields.emplace_back(static_cast<const char*>(bytes), length);
+        }
     };
     const auto endRow = [](int, void* self) { static_cast<CsvReader*>(self)->m_complete = true; };
     const std::size_t taken = csv_parse(&m_parser, text.data(), text.size(), takeField, endRow, this);
@@ -124,40 +124,44 @@ std::optional<CsvRecord> CsvReader::ReadRecord(const Line& first)
 {
     m_fields.clear();
     m_complete = false;
-    std::vector<Line> further;
+    std::string further; // lines after the first
+    Line line = first;
     std::size_t length = 0;
-    for (const Line* line = &first;; line = &further.back()) {
-        length += line->text.size();
-        if (line->tooLong || length > kLongestRecord) {
+    for (;;) {
+        length += line.text.size();
+        if (line.tooLong || length > kLongestRecord) {
             return GiveUp(first.number, kTooLong, further);
         }
-        if (!Feed(line->text)) {
+        if (!Feed(line.text)) {
             return GiveUp(first.number,
                           further.empty()
                               ? "a quote stands in the middle of a value"
-                              : fmt::format("a quote opened here is not closed properly (line {})", line->number),
+                              : fmt::format("a quote opened here is not closed properly (line {})", line.number),
                           further);
         }
         if (m_complete) {
             std::string problem = ProblemOf(m_fields);
             return CsvRecord{first.number, std::move(m_fields), std::move(problem)};
         }
-        std::optional<Line> next = NextLine();
+        std::optional<Line> next = ReadLine();
         if (!next && m_failed) {
             return std::nullopt;
         }
         if (!next) {
             return GiveUp(first.number, "a quote opened here is never closed", further);
         }
-        further.push_back(std::move(*next));
+        line = std::move(*next);
+        further += line.text;
     }
 }
 
-CsvRecord CsvReader::GiveUp(long line, std::string problem, std::vector<Line>& further)
+CsvRecord CsvReader::GiveUp(long line, std::string problem, const std::string& further)
 {
     csv_free(&m_parser);
     StartParser();
-    m_again.insert(m_again.begin(), std::make_move_iterator(further.begin()), std::make_move_iterator(further.end()));
+    m_again.replace(0, m_at, further);
+    m_at = 0;
+    m_lines = line;
     return {line, {}, std::move(problem)};
 }
 

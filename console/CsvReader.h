@@ -2,7 +2,7 @@
 
 #include <csv.h>
 
-#include <deque>
+#include <cstddef>
 #include <istream>
 #include <optional>
 #include <string>
@@ -20,7 +20,8 @@ struct CsvRecord {
 ///
 /// A record that cannot be read costs only its own first line: reading goes on with the line after it, so that a quote
 /// that is never closed does not swallow the rest of the file. Blank lines are skipped. Blanks around values belong to
-/// them.
+/// them. Holds little more than the record at hand, whatever is read: a record of more than 1 MiB or 4096 values is one
+/// that cannot be read.
 class CsvReader {
 public:
     /// @param in  read from where it stands; outlives the reader.
@@ -41,17 +42,17 @@ private:
         bool tooLong = false;
     };
 
-    std::optional<Line> NextLine();
     std::optional<Line> ReadLine();
     int ReadByte();
     void StartParser();
     bool Feed(const std::string& text);
     std::optional<CsvRecord> ReadRecord(const Line& first);
-    CsvRecord GiveUp(long line, std::string problem, std::vector<Line>& further);
+    CsvRecord GiveUp(long line, std::string problem, const std::string& further);
 
     std::istream& m_in;
     csv_parser m_parser;
-    std::deque<Line> m_again; ///< lines to be read a second time, as records of their own
+    std::string m_again;  ///< lines to be read a second time, as records of their own
+    std::size_t m_at = 0; ///< in these
     long m_lines = 0;
     bool m_failed = false;
     std::vector<std::string> m_fields;

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <set>
 
 namespace console {
@@ -37,16 +38,19 @@ std::string NewViewName(const std::string& argument)
 
 } // namespace
 
-Departments::Departments(CAConnect& conn, const std::string& view, bool dryRun)
-    : m_organisation(conn), m_roles(conn), m_dryRun(dryRun)
+Departments::Departments(CAConnect& conn, const DepartmentOptions& options)
+    : m_organisation(conn), m_roles(conn), m_lengths(LengthsOf(conn, "qv_Group")), m_options(options)
 {
     try {
-        m_view = m_organisation.FindView(view);
+        m_view = m_organisation.FindView(options.view);
     } catch (const Refusal& e) {
-        if (e.Code() != Exit::notFound || view.starts_with(kIdOfView)) {
+        if (e.Code() != Exit::notFound || options.view.starts_with(kIdOfView)) {
             throw;
         }
-        m_viewName = NewViewName(view);
+        m_viewName = NewViewName(options.view);
+        if (!options.makeView) {
+            throw Refusal(e.Code(), fmt::format("{}, --make-view makes it", e.what()));
+        }
     }
 }
 
@@ -55,7 +59,8 @@ void Departments::Begin()
     m_children.clear();
     m_paths.clear();
     m_below.clear();
-    m_making = 0;
+    m_making.clear();
+    m_entered.clear();
     if (m_makingView) {
         m_view.reset();
         m_makingView = false;
@@ -64,8 +69,12 @@ void Departments::Begin()
 
 void Departments::Committed()
 {
-    m_made += m_making;
-    m_making = 0;
+    m_made.merge(m_making);
+    m_making.clear();
+    for (const auto& [id, users] : m_entered) {
+        m_made[id].users += users;
+    }
+    m_entered.clear();
     m_madeView = m_madeView || m_makingView;
     m_makingView = false;
 }
@@ -88,11 +97,16 @@ ItemKey Departments::MakeView()
     if (!present.empty()) {
         return present.front();
     }
-    (m_dryRun ? m_madeView : m_makingView) = true;
+    (m_options.dryRun ? m_madeView : m_makingView) = true;
     ViewData view;
     view.name = m_viewName;
     // An id that no view has stands for what would be made.
-    return {kItemTypeView, m_dryRun ? -1 : m_organisation.CreateView(view)};
+    return {kItemTypeView, m_options.dryRun ? -1 : m_organisation.CreateView(view)};
+}
+
+std::string Departments::ViewPath() const
+{
+    return m_viewName.empty() ? m_organisation.PathOf(*m_view) : "/" + PathEscaped(m_viewName);
 }
 
 ItemKey Departments::Find(const std::string& path)
@@ -102,16 +116,26 @@ ItemKey Departments::Find(const std::string& path)
         return known->second;
     }
     const std::vector<std::string> names = NamesIn(path);
-    ItemKey place = View();
+    // All of them before any group is made.
     for (const std::string& name : names) {
-        const std::optional<ItemKey> present = ChildOf(place, name);
-        place = present ? *present : MakeChild(place, name);
+        const std::string problem = TooLong(m_lengths, TextFor{"the group " + Quoted(name), "Col_Name", name});
+        if (!problem.empty()) {
+            throw Refusal(Exit::usage, problem);
+        }
+    }
+    ItemKey place = View();
+    std::string reached = ViewPath();
+    for (const std::string& name : names) {
+        const std::optional<LinkedGroup> present = ChildOf(place, name);
+        const LinkedGroup group = present ? *present : MakeChild(place, name, reached + "/" + PathEscaped(name));
+        place = {kItemTypeGroup, group.id};
+        reached += "/" + PathEscaped(group.name);
     }
     m_paths.emplace(path, place);
     return place;
 }
 
-std::optional<ItemKey> Departments::ChildOf(ItemKey parent, const std::string& name)
+std::optional<LinkedGroup> Departments::ChildOf(ItemKey parent, const std::string& name)
 {
     const Children& children = ChildrenOf(parent);
     const auto found = children.find(UpperName(name));
@@ -119,10 +143,13 @@ std::optional<ItemKey> Departments::ChildOf(ItemKey parent, const std::string& n
         return std::nullopt;
     }
     if (found->second.size() > 1) {
-        throw Refusal(Exit::conflict, fmt::format("the department {} may be any of the groups {}", Quoted(name),
-                                                  fmt::join(found->second, ", ")));
+        std::string list;
+        for (const LinkedGroup& group : found->second) {
+            list += (list.empty() ? "" : ", ") + std::to_string(group.id);
+        }
+        throw Refusal(Exit::conflict, fmt::format("the department {} may be any of the groups {}", Quoted(name), list));
     }
-    return ItemKey{kItemTypeGroup, found->second.front()};
+    return found->second.front();
 }
 
 Departments::Children& Departments::ChildrenOf(ItemKey parent)
@@ -130,21 +157,23 @@ Departments::Children& Departments::ChildrenOf(ItemKey parent)
     const auto [entry, isNew] = m_children.try_emplace(parent);
     if (isNew && parent.id >= 0) {
         for (const LinkedGroup& group : m_roles.GroupsIn(parent)) {
-            entry->second[UpperName(group.name)].push_back(group.id);
+            entry->second[UpperName(group.name)].push_back(group);
         }
     }
     return entry->second;
 }
 
-ItemKey Departments::MakeChild(ItemKey parent, const std::string& name)
+LinkedGroup Departments::MakeChild(ItemKey parent, const std::string& name, const std::string& path)
 {
+    if (!m_options.makeGroups) {
+        throw Refusal(Exit::notFound, fmt::format("there is no group {}", Quoted(path)));
+    }
     GroupData group;
     group.name = name;
-    std::size_t& count = m_dryRun ? m_made : m_making;
-    ++count;
-    const int id = m_dryRun ? -static_cast<int>(count) : m_organisation.CreateGroup(parent, group);
-    ChildrenOf(parent)[UpperName(name)].push_back(id);
-    return {kItemTypeGroup, id};
+    // Ids that no group has stand for what would be made.
+    const int id = m_options.dryRun ? -static_cast<int>(m_made.size()) - 1 : m_organisation.CreateGroup(parent, group);
+    (m_options.dryRun ? m_made : m_making)[id].path = path;
+    return ChildrenOf(parent)[UpperName(name)].emplace_back(LinkedGroup{id, name});
 }
 
 // ---- Users ----------------------------------------------------------------------------------------------------------
@@ -175,11 +204,11 @@ std::optional<ItemKey> Departments::FindPresent(const std::string& path)
     try {
         ItemKey place = View();
         for (const std::string& name : NamesIn(path)) {
-            const std::optional<ItemKey> present = ChildOf(place, name);
+            const std::optional<LinkedGroup> present = ChildOf(place, name);
             if (!present) {
                 return std::nullopt;
             }
-            place = *present;
+            place = {kItemTypeGroup, present->id};
         }
         return place;
     } catch (const DatabaseError&) {
@@ -203,12 +232,39 @@ bool Departments::Place(ItemKey group, int userId, int oldId, const std::string&
     const std::optional<ItemKey> old = OldGroup(oldId, oldPath);
     const bool left = old && *old != group && m_roles.Unlink(*old, userId);
     const bool entered = m_roles.Link(group, userId);
+    const auto isNew = m_making.find(group.id);
+    if (entered && isNew != m_making.end()) {
+        ++isNew->second.users;
+    } else if (entered && m_made.contains(group.id)) {
+        ++m_entered[group.id];
+    }
     return left || entered;
 }
 
-std::string Departments::Made() const
+bool Departments::WouldEnter(ItemKey group, int userId)
 {
-    return Counted(m_made, "group") + (m_madeView ? " and the view " + Visible(m_viewName) : "");
+    const bool enters = userId == 0 || !IsIn(group, userId);
+    const auto isNew = m_made.find(group.id);
+    if (enters && isNew != m_made.end()) {
+        ++isNew->second.users;
+    }
+    return enters;
+}
+
+std::optional<std::string> Departments::MadeView() const
+{
+    return m_madeView ? std::optional(ViewPath()) : std::nullopt;
+}
+
+std::vector<NewGroup> Departments::MadeGroups() const
+{
+    std::vector<NewGroup> groups;
+    groups.reserve(m_made.size());
+    for (const auto& [id, group] : m_made) {
+        groups.push_back(group);
+    }
+    std::ranges::sort(groups, {}, &NewGroup::path);
+    return groups;
 }
 
 } // namespace console

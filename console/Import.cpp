@@ -4,26 +4,26 @@
 #include "console/Departments.h"
 #include "console/Engine.h"
 #include "console/FileBuffer.h"
+#include "console/FileFormat.h"
 #include "console/Interrupt.h"
+#include "console/Lengths.h"
 #include "console/Progress.h"
 #include "console/Render.h"
 #include "console/Text.h"
+#include "console/UserDepartment.h"
 #include "console/Users.h"
 #include "dbaccess/CAConnect.h"
 #include "platform/CodePage.h"
+#include "schema/Privileges.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <span>
 #include <unordered_map>
@@ -36,9 +36,12 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMostRows = 200;
+constexpr std::size_t kMostBytes = std::size_t{2} * 1024 * 1024;
 constexpr std::chrono::milliseconds kLongest(500);
 constexpr std::string_view kStandardStream = "-";
 constexpr std::string_view kResultSuffix = ".result.csv";
+constexpr std::string_view kResultHeader = "line,login,id,outcome,reason";
+constexpr std::string_view kAdmin = "Admin";
 constexpr std::string_view kByteBlanks = " \t";
 
 /// A row of the file, read and checked by itself.
@@ -50,16 +53,26 @@ struct Row {
 };
 
 struct Outcome {
-    enum class Kind { created, updated, unchanged, failed };
+    enum class Kind { created, updated, unchanged, exists, failed };
 
     Kind kind = Kind::failed;
     int id = 0; ///< 0 for none
     std::string reason;
+    bool isPrivileged = false; ///< sets a privilege or concerns Admin, or would
 };
 
-constexpr std::string_view kOutcomeNames[] = {"created", "updated", "unchanged", "failed"};
+struct OutcomeText {
+    std::string_view name;      ///< in the result
+    std::string_view inSummary; ///< follows a number
+};
 
-std::string_view NameOf(Outcome::Kind kind) { return kOutcomeNames[static_cast<std::size_t>(kind)]; }
+constexpr OutcomeText kOutcomes[] = {{"created", "created"},
+                                     {"updated", "updated"},
+                                     {"unchanged", "unchanged"},
+                                     {"exists", "already there"},
+                                     {"failed", "failed"}};
+
+std::string_view NameOf(Outcome::Kind kind) { return kOutcomes[static_cast<std::size_t>(kind)].name; }
 
 // ---- The file -------------------------------------------------------------------------------------------------------
 
@@ -78,11 +91,33 @@ public:
     [[nodiscard]] std::istream& Stream() { return IsStandardInput() ? m_standardInput : m_file; }
     [[nodiscard]] std::string Name() const { return IsStandardInput() ? "standard input" : Visible(m_path); }
 
+    /// Reads from the beginning of what is still to be read. @throws Refusal (usage) that names another encoding or
+    /// kind of file, (failed) for what cannot be read.
+    void RequireCsv()
+    {
+        try {
+            std::string problem = OtherFormat(Beginning(), m_path);
+            if (problem.empty() && IsRegularFile()) {
+                const std::unique_ptr<FileBuffer> buffer = Open();
+                std::istream file(buffer.get());
+                problem = OtherEncoding(file, m_path);
+            }
+            if (!problem.empty()) {
+                throw Refusal(Exit::usage,
+                              (IsStandardInput() ? "what standard input holds, written to the file " : "") + problem +
+                                  "; nothing was imported");
+            }
+        } catch (const std::ios_base::failure&) {
+            throw Refusal(Exit::failed,
+                          fmt::format("{}; nothing was imported",
+                                      Interrupt::Requested() ? "stopped by a signal" : Name() + " cannot be read"));
+        }
+    }
+
     /// How many records there are, the header among them. Not known of what can be read only once.
     [[nodiscard]] std::optional<long> CountRecords() const
     {
-        std::error_code error;
-        if (IsStandardInput() || !std::filesystem::is_regular_file(m_path, error)) {
+        if (!IsRegularFile()) {
             return std::nullopt;
         }
         const std::unique_ptr<FileBuffer> buffer = Open();
@@ -97,6 +132,26 @@ public:
 
 private:
     [[nodiscard]] bool IsStandardInput() const { return m_path == kStandardStream; }
+
+    [[nodiscard]] bool IsRegularFile() const
+    {
+        std::error_code error;
+        return !IsStandardInput() && std::filesystem::is_regular_file(m_path, error);
+    }
+
+    /// What the stream gives at once; it is put back.
+    [[nodiscard]] std::string Beginning()
+    {
+        constexpr std::streamsize kMost = 4096;
+        std::streambuf& buffer = *Stream().rdbuf();
+        buffer.sgetc();
+        std::string text(static_cast<std::size_t>(std::clamp<std::streamsize>(buffer.in_avail(), 0, kMost)), '\0');
+        buffer.sgetn(text.data(), static_cast<std::streamsize>(text.size()));
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            buffer.sungetc();
+        }
+        return text;
+    }
 
     [[nodiscard]] std::unique_ptr<FileBuffer> Open() const
     {
@@ -202,62 +257,76 @@ private:
 
 class ResultFile {
 public:
-    ResultFile(const ImportOptions& options, std::ostream& standardOutput)
-        : m_path(PathFor(options)), m_out(standardOutput)
+    ResultFile(const ImportOptions& options, std::ostream& standardOutput) : m_out(standardOutput)
     {
-        if (!IsStandardOutput()) {
-            Open(options.file);
+        const bool fromStandardInput = options.file == kStandardStream;
+        const std::string path =
+            options.result.value_or(fromStandardInput ? options.file : options.file + std::string(kResultSuffix));
+        if (path != kStandardStream) {
+            OpenFile(path, options);
+            return;
         }
-        WriteCsvRow({"line", "login", "id", "outcome", "reason"}, Stream());
-        Flush(" and nothing was imported");
+        m_out << kResultHeader << '\n';
+        Flush("and nothing was imported");
     }
 
     void Write(const Row& row, const Outcome& outcome)
     {
         WriteCsvRow({std::to_string(row.line), row.login, outcome.id == 0 ? "" : std::to_string(outcome.id),
                      std::string(NameOf(outcome.kind)), outcome.reason},
-                    Stream());
+                    m_file ? m_file->Stream() : m_out);
     }
 
     /// @throws Refusal when the file does not hold what was written. @param consequence  ends the sentence.
     void Flush(const std::string& consequence)
     {
-        Stream().flush();
-        if (!Stream()) {
-            throw Refusal(Exit::failed, fmt::format("cannot write the outcomes to {}{}", Name(), consequence));
+        if (m_file) {
+            Ending(consequence, [this] { m_file->Flush(); });
+            return;
+        }
+        m_out.flush();
+        if (!m_out) {
+            throw Refusal(Exit::failed, "cannot write the outcomes to standard output; " + consequence);
         }
     }
 
-    [[nodiscard]] std::string Name() const { return IsStandardOutput() ? "standard output" : Visible(m_path); }
+    /// All rows are written. @throws as Flush does.
+    void Finish(const std::string& consequence)
+    {
+        if (m_file) {
+            Ending(consequence, [this] { m_file->Finish(); });
+        }
+    }
+
+    /// Where the outcomes written so far are, for sentences.
+    [[nodiscard]] std::string Name() const { return m_file ? m_file->Name() : "standard output"; }
+    [[nodiscard]] bool IsFile() const { return m_file != nullptr; }
 
 private:
-    [[nodiscard]] static std::string PathFor(const ImportOptions& options)
+    void OpenFile(const std::string& path, const ImportOptions& options)
     {
-        const bool fromStandardInput = options.file == kStandardStream;
-        return options.result.value_or(fromStandardInput ? options.file : options.file + std::string(kResultSuffix));
+        std::vector<OutputFile::InUse> inUse = options.inUse;
+        if (options.file != kStandardStream) {
+            inUse.push_back({options.file, "the file to import"});
+        }
+        Ending("nothing was imported", [&] {
+            m_file = std::make_unique<OutputFile>(
+                OutputFile::Description{path, "--result", std::string(kResultHeader), std::move(inUse)});
+        });
     }
 
-    [[nodiscard]] bool IsStandardOutput() const { return m_path == kStandardStream; }
-    [[nodiscard]] std::ostream& Stream() { return IsStandardOutput() ? m_out : m_file; }
-
-    void Open(const std::string& input)
+    template <class Body>
+    static void Ending(const std::string& consequence, Body body)
     {
-        std::error_code error;
-        if (std::filesystem::equivalent(m_path, input, error)) {
-            throw Refusal(Exit::usage, fmt::format("{} is the file to import; name another for the outcomes", Name()));
-        }
-        // It has people's data: a new one is for its owner alone.
-        ::close(::open(m_path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, S_IRUSR | S_IWUSR));
-        m_file.open(m_path, std::ios::binary | std::ios::trunc);
-        if (!m_file) {
-            throw Refusal(Exit::failed, fmt::format("cannot write {}: {}; name another file with --result", Name(),
-                                                    std::strerror(errno)));
+        try {
+            body();
+        } catch (const Refusal& e) {
+            throw Refusal(e.Code(), fmt::format("{}; {}", e.what(), consequence));
         }
     }
 
-    std::string m_path;
     std::ostream& m_out;
-    std::ofstream m_file;
+    std::unique_ptr<OutputFile> m_file; // none for standard output
 };
 
 // ---- The import -----------------------------------------------------------------------------------------------------
@@ -271,6 +340,7 @@ public:
           m_source(options.file, terminal.in),
           m_reader(m_source.Stream()),
           m_header(FirstRecord(), m_source.Name()),
+          m_lengths(LengthsOf(directory.Connection(), "qv_User")),
           m_departments(OpenDepartments()),
           m_result(options, terminal.out),
           m_progress(terminal, RowsToCome())
@@ -279,14 +349,14 @@ public:
 
     Exit Run()
     {
-        if (m_options.dryRun) {
-            RefuseIfNotWritable();
-        }
         while (!m_atEnd && !Interrupt::Requested()) {
             const std::vector<Row> rows = ReadBatch();
             ApplyAll(rows);
         }
         m_progress.Clear();
+        if (!IsCutShort()) {
+            m_result.Finish(Standing());
+        }
         Summarise();
         RefuseIfCutShort();
         if (Failed() == 0) {
@@ -301,7 +371,8 @@ public:
         if (m_options.dryRun || m_lastLine == 0) {
             return "nothing was imported";
         }
-        return fmt::format("the rows up to line {} are done, and the same file can be imported again", m_lastLine);
+        return fmt::format("the rows up to line {} are done{}, and the same file can be imported again", m_lastLine,
+                           m_result.IsFile() ? " and listed in " + m_result.Name() : "");
     }
 
     void ClearProgress() { m_progress.Clear(); }
@@ -309,6 +380,7 @@ public:
 private:
     std::optional<CsvRecord> FirstRecord()
     {
+        m_source.RequireCsv();
         std::optional<CsvRecord> record = m_reader.Next();
         RefuseIfCutShort();
         return record;
@@ -323,8 +395,9 @@ private:
             throw Refusal(Exit::usage, fmt::format("{} has no column {}, which --departments needs", m_source.Name(),
                                                    Department().name));
         }
-        return std::optional<Departments>(std::in_place, m_directory.Connection(), *m_options.departments,
-                                          m_options.dryRun);
+        return std::optional<Departments>(
+            std::in_place, m_directory.Connection(),
+            DepartmentOptions{*m_options.departments, m_options.dryRun, m_options.makeView, m_options.makeGroups});
     }
 
     static const Field& Department() { return *FindField("department"); }
@@ -341,11 +414,16 @@ private:
     {
         std::vector<Row> rows;
         const Clock::time_point begin = Clock::now();
-        while (rows.size() < kMostRows && Clock::now() - begin < kLongest && !Interrupt::Requested()) {
+        std::size_t bytes = 0;
+        while (rows.size() < kMostRows && bytes < kMostBytes && Clock::now() - begin < kLongest &&
+               !Interrupt::Requested()) {
             const std::optional<CsvRecord> record = m_reader.Next();
             if (!record) {
                 m_atEnd = true;
                 break;
+            }
+            for (const std::string& field : record->fields) {
+                bytes += field.size();
             }
             rows.push_back(m_header.Read(*record));
             RefuseRepeated(rows.back());
@@ -479,16 +557,84 @@ private:
     {
         const std::vector<UserKey> present = m_directory.FindAll(row.login);
         if (!present.empty() && !m_options.update) {
-            return {Outcome::Kind::failed, 0, fmt::format("already exists (id {})", present.front().id)};
+            return {Outcome::Kind::exists, present.front().id, {}};
         }
         const std::optional<UserKey> user =
             present.empty() ? std::nullopt : std::optional(FindUser(m_directory, "login:" + row.login));
+        const FieldValues stored = user ? m_directory.Load(user->id).value_or(FieldValues()) : FieldValues();
+        const std::string privileges = PrivilegesIn(row, stored);
+        if (!privileges.empty() && !m_options.allowPrivileges) {
+            return {Outcome::Kind::failed, 0, privileges + ", which needs --allow-privileges", true};
+        }
+        RequireLengths(row);
+        if (user && !m_departments) {
+            RequireDepartmentText(*user, row, stored);
+        }
         FieldValues values = row.values;
+        // Groups are made for nothing but a row that is otherwise good.
         const std::optional<ItemKey> group = FindDepartment(row);
         if (group) {
             values[&DepartmentId()] = std::to_string(group->id);
         }
-        return user ? ApplyToPresent(*user, values, group) : ApplyToNew(row.login, values, group);
+        Outcome outcome = user ? ApplyToPresent(*user, stored, values, group) : ApplyToNew(row.login, values, group);
+        outcome.isPrivileged = !privileges.empty();
+        return outcome;
+    }
+
+    /// What a row would do to privileges, for a sentence; empty for nothing. @param stored  the user's columns, empty
+    /// for a user who is still to be added.
+    static std::string PrivilegesIn(const Row& row, const FieldValues& stored)
+    {
+        std::string changed;
+        for (const Field& field : Fields()) {
+            const auto given = row.values.find(&field);
+            if (!IsPrivilege(field) || given == row.values.end()) {
+                continue;
+            }
+            const auto before = stored.find(&field);
+            const std::string present = before == stored.end() ? "" : before->second.value_or("");
+            if (given->second != (present.empty() ? "0" : present)) {
+                changed += fmt::format("{} {}", changed.empty() ? "changes" : " and", field.name);
+            }
+        }
+        const bool isAdmin = platform::UpperUtf8(row.login) == platform::UpperUtf8(kAdmin);
+        if (isAdmin && (stored.empty() || Differs(stored, row.values))) {
+            return stored.empty() ? "adds the built-in administrator" : "changes the built-in administrator";
+        }
+        return changed;
+    }
+
+    void RequireLengths(const Row& row) const
+    {
+        const std::string login = TooLong(m_lengths, TextFor{"login", FindField("login")->column, row.login});
+        const std::string problem = login.empty() ? TooLong(m_lengths, row.values) : login;
+        if (!problem.empty()) {
+            throw Refusal(Exit::usage, problem);
+        }
+    }
+
+    /// @throws Refusal for another text of a department that the user is a member of.
+    void RequireDepartmentText(const UserKey& user, const Row& row, const FieldValues& stored)
+    {
+        const auto given = row.values.find(&Department());
+        if (given == row.values.end() || stored.at(&Department()).value_or("") == given->second) {
+            return;
+        }
+        if (!m_organisation) {
+            m_organisation.emplace(m_directory.Connection());
+        }
+        Roles roles(m_directory.Connection());
+        const std::vector<ItemKey> groups = DepartmentGroups(*m_organisation, roles, user.id, stored);
+        if (!groups.empty()) {
+            throw Refusal(Exit::conflict, fmt::format("the department changes, and {} would stay a member of {}; give "
+                                                      "--departments VIEW, and both change",
+                                                      Visible(user.login), m_organisation->Named(groups.front())));
+        }
+    }
+
+    static bool IsPrivilege(const Field& field)
+    {
+        return field.name == "super" || field.name == "system" || field.name == "locked";
     }
 
     /// The group of a row's department; none when there is nothing to be placed.
@@ -502,6 +648,9 @@ private:
     Outcome ApplyToNew(const std::string& login, const FieldValues& values, std::optional<ItemKey> group)
     {
         if (m_options.dryRun) {
+            if (group) {
+                m_departments->WouldEnter(*group, 0);
+            }
             return {Outcome::Kind::created, 0, {}};
         }
         const int id = CreateUser(m_directory, login, values);
@@ -511,33 +660,26 @@ private:
         return {Outcome::Kind::created, id, {}};
     }
 
-    Outcome ApplyToPresent(const UserKey& user, const FieldValues& values, std::optional<ItemKey> group)
+    Outcome ApplyToPresent(const UserKey& user, const FieldValues& stored, const FieldValues& values,
+                           std::optional<ItemKey> group)
     {
-        const bool differed = m_options.dryRun ? WouldChange(user.id, values, group) : Change(user.id, values, group);
+        const bool differed =
+            m_options.dryRun ? WouldChange(user.id, stored, values, group) : Change(user.id, stored, values, group);
         return {differed ? Outcome::Kind::updated : Outcome::Kind::unchanged, user.id, {}};
     }
 
-    bool WouldChange(int id, const FieldValues& values, std::optional<ItemKey> group)
+    bool WouldChange(int id, const FieldValues& stored, const FieldValues& values, std::optional<ItemKey> group)
     {
-        return Differs(m_directory.Load(id).value_or(FieldValues()), values) ||
-               (group && !m_departments->IsIn(*group, id));
+        const bool enters = group && m_departments->WouldEnter(*group, id);
+        return Differs(stored, values) || enters;
     }
 
-    bool Change(int id, const FieldValues& values, std::optional<ItemKey> group)
+    bool Change(int id, const FieldValues& stored, const FieldValues& values, std::optional<ItemKey> group)
     {
-        const FieldValues before = group ? m_directory.Load(id).value_or(FieldValues()) : FieldValues();
         const bool changed = ChangeUser(m_directory, id, values);
-        const bool moved = group && m_departments->Place(*group, id, NumberIn(before, DepartmentId()),
-                                                         before.at(&Department()).value_or(""));
+        const bool moved =
+            group && m_departments->Place(*group, id, DepartmentIdIn(stored), stored.at(&Department()).value_or(""));
         return changed || moved;
-    }
-
-    static int NumberIn(const FieldValues& values, const Field& field)
-    {
-        const std::string text = values.at(&field).value_or("");
-        int number = 0;
-        std::from_chars(text.data(), text.data() + text.size(), number);
-        return number;
     }
 
     void Report(const Row& row, const Outcome& outcome)
@@ -545,6 +687,7 @@ private:
         m_result.Write(row, outcome);
         ++m_counts[static_cast<std::size_t>(outcome.kind)];
         ++m_done;
+        m_privileged += outcome.isPrivileged ? 1 : 0;
         m_lastLine = row.line;
         if (outcome.kind == Outcome::Kind::failed) {
             m_progress.Clear();
@@ -554,7 +697,7 @@ private:
 
     void Settle()
     {
-        m_result.Flush("; " + Standing());
+        m_result.Flush(Standing());
         m_progress.Show(m_done);
     }
 
@@ -564,17 +707,27 @@ private:
     void Summarise()
     {
         std::string parts;
-        for (const Outcome::Kind kind :
-             {Outcome::Kind::created, Outcome::Kind::updated, Outcome::Kind::unchanged, Outcome::Kind::failed}) {
-            parts += fmt::format("{}{} {}", parts.empty() ? "" : ", ", CountOf(kind), NameOf(kind));
+        for (std::size_t i = 0; i < m_counts.size(); ++i) {
+            parts += fmt::format("{}{} {}", parts.empty() ? "" : ", ", m_counts[i], kOutcomes[i].inSummary);
         }
         m_terminal.err << fmt::format("{}{} of {}: {} ({}); the outcome of each is in {}\n",
                                       m_options.dryRun ? "dry run, nothing was changed: " : "",
                                       Counted(static_cast<std::size_t>(m_done), "row"), m_source.Name(), parts,
                                       m_progress.Pace(m_done), m_result.Name());
-        if (m_departments) {
-            m_terminal.err << fmt::format("departments: {} {}\n", m_options.dryRun ? "would make" : "made",
-                                          m_departments->Made());
+        if (m_options.dryRun && !MayWrite()) {
+            m_terminal.err
+                << "warning: this account cannot add and change users, by what the database says of its rights; "
+                   "without --dry-run nothing would be imported\n";
+        }
+        SummariseDepartments();
+        if (m_privileged > 0) {
+            m_terminal.err << fmt::format("privileges: {} super, system, locked or Admin{}\n",
+                                          m_privileged == 1 ? "1 row changes"
+                                                            : fmt::format("{} rows change", m_privileged),
+                                          m_options.allowPrivileges ? "" : "; --allow-privileges allows it");
+        }
+        if (CountOf(Outcome::Kind::exists) > 0) {
+            m_terminal.err << "users who were already there were left as they are; --update sets their columns\n";
         }
         if (Failed() > 0) {
             m_terminal.err << fmt::format("qvadmin: {} of {} {}; mend and import them again\n", Failed(),
@@ -582,6 +735,28 @@ private:
                                           m_options.dryRun ? "would fail" : "failed");
         }
     }
+
+    [[nodiscard]] bool MayWrite() const
+    {
+        CAConnect& conn = m_directory.Connection();
+        return !m_options.isReadOnly && Asking(conn, [&] { return schema::MayWrite(conn); });
+    }
+
+    void SummariseDepartments()
+    {
+        if (!m_departments) {
+            return;
+        }
+        const std::vector<NewGroup> groups = m_departments->MadeGroups();
+        const std::optional<std::string> view = m_departments->MadeView();
+        m_terminal.err << fmt::format("departments: {} {}{}\n", m_options.dryRun ? "would make" : "made",
+                                      Counted(groups.size(), "group"), view ? " and the view " + Visible(*view) : "");
+        for (const NewGroup& group : groups) {
+            m_terminal.err << fmt::format("  {}: {}\n", Visible(group.path), Counted(group.users, "user"));
+        }
+    }
+
+    [[nodiscard]] bool IsCutShort() const { return Interrupt::Requested() || m_reader.Failed(); }
 
     void RefuseIfCutShort() const
     {
@@ -598,14 +773,17 @@ private:
     Terminal& m_terminal;
     long m_done = 0;
     long m_lastLine = 0; // 0 before the first row
+    long m_privileged = 0;
     Source m_source;
     CsvReader m_reader;
     Header m_header;
-    std::optional<Departments> m_departments; // none unless the option is given
+    schema::ColumnLengths m_lengths;            // of users
+    std::optional<Departments> m_departments;   // none unless the option is given
+    std::optional<Organisation> m_organisation; // read when it is first needed
     ResultFile m_result;
     Progress m_progress;
     std::unordered_map<std::string, long> m_seen;
-    std::array<long, std::size(kOutcomeNames)> m_counts{};
+    std::array<long, std::size(kOutcomes)> m_counts{};
     bool m_atEnd = false;
 };
 

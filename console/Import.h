@@ -2,6 +2,7 @@
 
 #include "console/Directory.h"
 #include "console/Errors.h"
+#include "console/OutputFile.h"
 #include "console/Terminal.h"
 
 #include <optional>
@@ -16,7 +17,12 @@ struct ImportOptions {
     std::optional<std::string> result; ///< - for standard output; where none is given, next to the file
     bool dryRun = false;
     bool update = false;                    ///< users who are there get the values of their row
+    bool allowPrivileges = false;           ///< rows may change super, system and locked, and concern Admin
     std::optional<std::string> departments; ///< the view under which each department is a group
+    bool makeView = false;                  ///< when it is not there
+    bool makeGroups = true;                 ///< those of departments that are not there
+    std::vector<OutputFile::InUse> inUse;   ///< files that the result must not be written to
+    bool isReadOnly = false;                ///< the database is a file that cannot be written
 };
 
 /// The names of the columns that a file may have.

@@ -73,6 +73,11 @@ void DeclareDepartments(CLI::App& app, Arguments& arguments)
     const auto take = [&arguments](const std::string& view) { arguments.fields[&kDepartments] = view; };
     app.add_option_function<std::string>(OptionOf(kDepartments), take, std::string(kDepartments.help))
         ->type_name("VIEW");
+    auto* makeView = app.add_flag("--make-view", arguments.makeView, "make that view when it is not there")
+                         ->needs(OptionOf(kDepartments));
+    app.add_flag("--no-new-groups", arguments.noNewGroups, "rows of departments that have no group yet fail")
+        ->needs(OptionOf(kDepartments))
+        ->excludes(makeView);
 }
 
 std::optional<std::string> DepartmentsGiven(const Arguments& arguments) { return Given(arguments, kDepartments); }

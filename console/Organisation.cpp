@@ -5,6 +5,7 @@
 #include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
+#include "console/Lengths.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
@@ -727,6 +728,10 @@ void Organisation::Execute(const std::string& sql)
 
 int Organisation::CreateGroup(ItemKey parent, const GroupData& group)
 {
+    RequireFits(m_conn, "qv_Group",
+                {{"the name", "Col_Name", group.name},
+                 {"the description", "Col_Description", group.description},
+                 {"the creator", "Col_Creator_Name", group.creator}});
     CGroupItem item;
     item.m_strName = EscapeLiteral(group.name);
     item.m_strDescription = EscapeLiteral(group.description);
@@ -743,6 +748,10 @@ int Organisation::CreateGroup(ItemKey parent, const GroupData& group)
 
 int Organisation::CreateView(const ViewData& view)
 {
+    RequireFits(m_conn, "qv_View",
+                {{"the name", "Col_Name", view.name},
+                 {"the description", "Col_Description", view.description},
+                 {"the creator", "Col_Creator_Name", view.creator}});
     CViewItem item;
     item.m_strName = EscapeLiteral(view.name);
     item.m_nType = view.type;
@@ -774,6 +783,7 @@ void Organisation::RemoveMember(ItemKey holder, ItemKey member)
 
 void Organisation::RenameGroup(int id, std::string_view name)
 {
+    RequireFits(m_conn, "qv_Group", {{"the name", "Col_Name", name}});
     if (const std::optional<GroupData> group = LoadGroup(id)) {
         Run(m_conn, [&] {
             return CQVBaseFun::UpdateGroupInfo(m_conn, id, EscapeLiteral(name), group->sortIndex,
@@ -784,11 +794,16 @@ void Organisation::RenameGroup(int id, std::string_view name)
 
 void Organisation::RenameView(int id, std::string_view name)
 {
+    RequireFits(m_conn, "qv_View", {{"the name", "Col_Name", name}});
     Run(m_conn, [&] { return CQVBaseFun::UpdateViewName(m_conn, id, EscapeLiteral(name)); });
 }
 
 void Organisation::UpdateGroup(int id, const GroupData& group)
 {
+    RequireFits(m_conn, "qv_Group",
+                {{"the name", "Col_Name", group.name},
+                 {"the description", "Col_Description", group.description},
+                 {"the creator", "Col_Creator_Name", group.creator}});
     CGroupItem item;
     item.m_nID = id;
     item.m_strName = EscapeLiteral(group.name);
@@ -802,6 +817,8 @@ void Organisation::UpdateGroup(int id, const GroupData& group)
 
 void Organisation::UpdateView(int id, const ViewData& view)
 {
+    RequireFits(m_conn, "qv_View",
+                {{"the name", "Col_Name", view.name}, {"the description", "Col_Description", view.description}});
     CViewItem item;
     item.m_nID = id;
     item.m_strName = EscapeLiteral(view.name);

@@ -5,6 +5,8 @@
 #include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
+#include "console/FindEach.h"
+#include "console/Lengths.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
@@ -264,6 +266,12 @@ std::vector<UserRole> Roles::OfUser(int userId)
 
 int Roles::Create(const RoleData& role)
 {
+    RequireFits(m_conn, "qv_Role",
+                {{"the name", "Col_Name", role.name},
+                 {"the description", "Col_Description", role.description},
+                 {"the application", "Col_AppName", role.scope.application},
+                 {"the creator", "Col_Creator_Name", role.creator},
+                 {"the genre", "Col_Genre", role.genre}});
     CRoleItem item;
     item.m_strName = EscapeLiteral(role.name);
     item.m_strDescription = EscapeLiteral(role.description);
@@ -281,6 +289,8 @@ int Roles::Create(const RoleData& role)
 
 void Roles::Update(int id, std::string_view name, std::string_view description)
 {
+    RequireFits(m_conn, "qv_Role",
+                {{"the name", "Col_Name", name}, {"the description", "Col_Description", description}});
     CRoleItem item;
     item.m_nID = id;
     item.m_strName = EscapeLiteral(name);
@@ -487,14 +497,9 @@ RoleKey FindRole(Roles& roles, const std::string& argument, const RoleScope& sco
 
 std::vector<RoleKey> FindRoles(Roles& roles, const std::vector<std::string>& arguments, const RoleScope& scope)
 {
-    std::vector<RoleKey> found;
-    for (const std::string& argument : arguments) {
-        const RoleKey role = FindRole(roles, argument, scope);
-        if (std::ranges::find(found, role.id, &RoleKey::id) == found.end()) {
-            found.push_back(role);
-        }
-    }
-    return found;
+    return FindEach(
+        arguments, "roles", "`qvadmin role list` shows all",
+        [&](const std::string& argument) { return FindRole(roles, argument, scope); }, &RoleKey::id);
 }
 
 int CreateRole(Roles& roles, const RoleData& role)

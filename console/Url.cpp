@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -273,6 +274,12 @@ std::optional<std::filesystem::path> SqliteFile(const std::string& url)
 }
 
 bool MakesFile(const std::string& url) { return SqliteFile(url) && Option(url, "mode").value_or("rwc") == "rwc"; }
+
+bool IsReadOnly(const std::string& url)
+{
+    const std::optional<std::filesystem::path> file = SqliteFile(url);
+    return file && (Option(url, "mode") == "ro" || ::access(file->c_str(), W_OK) != 0);
+}
 
 void PrepareDirectory(const std::string& url, bool parents)
 {

@@ -27,6 +27,9 @@ std::optional<std::filesystem::path> SqliteFile(const std::string& url);
 /// Whether opening the URL as it stands makes a SQLite file that is not there.
 bool MakesFile(const std::string& url);
 
+/// Whether the URL is that of a SQLite file which it, or the system, lets nobody write.
+bool IsReadOnly(const std::string& url);
+
 /// Sees to it that a SQLite file can be made where its URL says; does nothing for any other URL.
 /// @param parents  makes the directories above it that are missing, for their owner only. @throws Refusal when one is
 /// missing and not to be made, or cannot be made.

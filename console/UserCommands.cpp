@@ -3,11 +3,14 @@
 #include "console/Confirm.h"
 #include "console/Engine.h"
 #include "console/Import.h"
+#include "console/Lengths.h"
 #include "console/MemberCommands.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
 #include "console/Render.h"
 #include "console/Text.h"
+#include "console/Url.h"
+#include "console/UserDepartment.h"
 #include "console/Users.h"
 #include "console/Words.h"
 #include "platform/CodePage.h"
@@ -25,6 +28,14 @@ namespace console::user {
 namespace {
 
 constexpr const char* kUserHelp = "login name, or id:NUMBER, or login:TEXT";
+
+constexpr Field kDepartmentText{"department_text",
+                                "",
+                                {},
+                                Field::Use::given,
+                                "the text of the department alone; the user enters and leaves no group"};
+
+const Field& Department() { return *FindField("department"); }
 
 void DeclareFields(CLI::App& app, Arguments& arguments, Field::Use narrowest)
 {
@@ -44,6 +55,8 @@ void DeclareFields(CLI::App& app, Arguments& arguments, Field::Use narrowest)
             app.add_option_function<std::string>(option, take, help)->type_name("TEXT");
         }
     }
+    words::DeclareOption(app, arguments, kDepartmentText);
+    app.get_option(OptionOf(kDepartmentText))->excludes(OptionOf(Department()));
 }
 
 /// The names with commas between, in lines that fit a terminal.
@@ -65,9 +78,21 @@ FieldValues Parsed(const std::map<const Field*, std::string>& texts)
 {
     FieldValues values;
     for (const auto& [field, text] : texts) {
-        values[field] = ParseValue(*field, text);
+        values[field == &kDepartmentText ? &Department() : field] = ParseValue(*field, text);
     }
     return values;
+}
+
+/// The department that --department gives; its columns replace the text in the values.
+std::optional<UserDepartment> DepartmentGiven(CAConnect& conn, const Arguments& arguments, FieldValues& values)
+{
+    const std::optional<std::string> given = words::Given(arguments, Department());
+    std::optional<UserDepartment> department;
+    if (given) {
+        department.emplace(conn, *given);
+        department->AddTo(values);
+    }
+    return department;
 }
 
 bool IsMatch(const ListedUser& user, const std::string& upperPart)
@@ -199,6 +224,18 @@ std::optional<Secret> PasswordForRename(const Context& context, Directory& direc
     return password;
 }
 
+/// The files of a SQLite database, also those that are not there now.
+std::vector<OutputFile::InUse> FilesOf(const std::string& url)
+{
+    std::vector<OutputFile::InUse> files;
+    if (const std::optional<std::filesystem::path> file = SqliteFile(url)) {
+        for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+            files.push_back({file->native() + suffix, "a file of the database in use"});
+        }
+    }
+    return files;
+}
+
 std::string_view ToldOf(PasswordFate fate, bool isReplaced)
 {
     return isReplaced                      ? "; the new password is set"
@@ -275,6 +312,8 @@ void DeclareImport(CLI::App& app, Arguments& arguments)
         ->type_name("FILE");
     app.add_flag("--update", arguments.update, "set the columns of users who are there; empty values leave theirs");
     member::DeclareDepartments(app, arguments);
+    app.add_flag("--allow-privileges", arguments.allowPrivileges,
+                 "rows may change super, system and locked, and concern Admin");
     app.footer("Columns (login is needed, all others may be left out):\n" + Wrapped(ImportColumns()) + "\n" +
                app.get_footer());
 }
@@ -320,11 +359,17 @@ Exit Exists(const Context& context)
 
 Exit Create(const Context& context)
 {
-    const FieldValues values = Parsed(context.arguments.fields);
+    FieldValues values = Parsed(context.arguments.fields);
     CheckLogin(context.arguments.login);
     Opened opened(context.arguments);
-    Transaction transaction(opened.Directory().Connection());
+    CAConnect& conn = opened.Directory().Connection();
+    Transaction transaction(conn);
+    std::optional<UserDepartment> department = DepartmentGiven(conn, context.arguments, values);
+    RequireUserFits(conn, context.arguments.login, values);
     const int id = CreateUser(opened.Directory(), context.arguments.login, values);
+    if (department) {
+        department->Place(id, {});
+    }
     transaction.Commit();
     context.terminal.out << id << '\n';
     return Exit::done;
@@ -332,16 +377,21 @@ Exit Create(const Context& context)
 
 Exit Set(const Context& context)
 {
-    const FieldValues values = Parsed(context.arguments.fields);
+    FieldValues values = Parsed(context.arguments.fields);
     if (values.empty()) {
         throw Refusal(Exit::usage, "there is nothing to set; `qvadmin user set --help` lists what can be");
     }
     Opened opened(context.arguments);
-    Transaction transaction(opened.Directory().Connection());
-    const UserKey user = FindUser(opened.Directory(), context.arguments.user);
-    const bool changed = ChangeUser(opened.Directory(), user.id, values);
+    Directory& directory = opened.Directory();
+    Transaction transaction(directory.Connection());
+    const UserKey user = FindUser(directory, context.arguments.user);
+    std::optional<UserDepartment> department = DepartmentGiven(directory.Connection(), context.arguments, values);
+    RequireUserFits(directory.Connection(), "", values);
+    const FieldValues before = department ? directory.Load(user.id).value_or(FieldValues()) : FieldValues();
+    const bool changed = ChangeUser(directory, user.id, values);
+    const bool moved = department && department->Place(user.id, before);
     transaction.Commit();
-    context.terminal.err << fmt::format("{} {}\n", changed ? "changed" : "nothing to change in", Named(user));
+    context.terminal.err << fmt::format("{} {}\n", changed || moved ? "changed" : "nothing to change in", Named(user));
     return Exit::done;
 }
 
@@ -356,6 +406,7 @@ Exit Rename(const Context& context)
         PasswordForRename(context, directory, FindUser(directory, context.arguments.user));
     Transaction transaction(directory.Connection());
     const UserKey user = FindUser(directory, context.arguments.user);
+    RequireUserFits(directory.Connection(), login, {});
     const PasswordFate fate = RenameUser(directory, user, login, context.arguments.dropPassword || password);
     if (password) {
         Passwords passwords(directory);
@@ -395,10 +446,18 @@ Exit Import(const Context& context)
 {
     Opened opened(context.arguments);
     const Arguments& arguments = context.arguments;
-    return ImportUsers(
-        opened.Directory(),
-        {arguments.file, arguments.result, arguments.dryRun, arguments.update, member::DepartmentsGiven(arguments)},
-        context.terminal);
+    return ImportUsers(opened.Directory(),
+                       {.file = arguments.file,
+                        .result = arguments.result,
+                        .dryRun = arguments.dryRun,
+                        .update = arguments.update,
+                        .allowPrivileges = arguments.allowPrivileges,
+                        .departments = member::DepartmentsGiven(arguments),
+                        .makeView = arguments.makeView,
+                        .makeGroups = !arguments.noNewGroups,
+                        .inUse = FilesOf(ChooseUrl(arguments.db)),
+                        .isReadOnly = IsReadOnly(ChooseUrl(arguments.db))},
+                       context.terminal);
 }
 
 } // namespace console::user

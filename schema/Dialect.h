@@ -83,6 +83,14 @@ struct Dialect {
     std::function<void(CAConnect& conn)> check;
     /// See FindShortcoming. Empty: there can be none.
     std::function<std::optional<Shortcoming>(CAConnect& conn)> findShortcoming = {};
+    /// Gives the names of the columns of {table} that hold texts of limited length, and how many characters they take.
+    /// Empty: as the steps have them.
+    std::string listLengths = {};
+    /// Whether letters beyond the first 65536 count twice there.
+    bool lengthsInUtf16 = false;
+    /// Gives in column 1 whether the account may add and change users, 1 or 0, without writing. Empty: the engine has
+    /// no accounts, or does not tell.
+    std::string mayWrite = {};
     CopyRules copying = {};
 };
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <optional>
 #include <string_view>
 
@@ -49,6 +50,18 @@ Kind KindOf(std::string_view type)
     return Holds(numbers, word) ? Kind::number : Holds(moments, word) ? Kind::moment : Kind::text;
 }
 
+/// TEXT(128) is 128 characters long; TEXT has no length.
+std::size_t LengthOf(std::string_view type)
+{
+    const std::string_view word = CutWord(type);
+    const std::size_t bracket = word.find('(');
+    std::size_t length = 0;
+    if (bracket != std::string_view::npos) {
+        std::from_chars(word.data() + bracket + 1, word.data() + word.size(), length);
+    }
+    return length;
+}
+
 // Columns stand on lines of their own, and all of them are named Col_SOMETHING; nothing else is.
 std::optional<Column> ReadColumn(std::string_view line)
 {
@@ -57,7 +70,8 @@ std::optional<Column> ReadColumn(std::string_view line)
         return std::nullopt;
     }
     const std::string type = platform::UpperUtf8(line);
-    return Column{std::string(name), KindOf(type), IsComputed(type), IsCounted(type)};
+    const Kind kind = KindOf(type);
+    return Column{std::string(name), kind, IsComputed(type), IsCounted(type), kind == Kind::text ? LengthOf(type) : 0};
 }
 
 std::optional<Table> ReadTable(std::string_view statement)

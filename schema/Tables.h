@@ -2,6 +2,7 @@
 
 #include "schema/Dialect.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -16,6 +17,7 @@ struct Column {
     Kind kind = Kind::text;
     bool isComputed = false; ///< from other columns, and cannot be written
     bool isCounted = false;  ///< the engine gives it a number of its own where none is written
+    std::size_t length = 0;  ///< how many characters it takes; 0 for any
 };
 
 struct Table {

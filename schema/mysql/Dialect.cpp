@@ -29,6 +29,16 @@ void RequireTableNamesOfAnyCase(CAConnect& conn)
     }
 }
 
+// Rights that the account has by a role or as anybody belong to names without a host.
+constexpr const char* kMayWrite =
+    "SELECT CASE WHEN @@global.read_only = 0 AND COUNT(DISTINCT PRIVILEGE_TYPE) = 2 THEN 1 ELSE 0 END FROM ("
+    "SELECT GRANTEE, PRIVILEGE_TYPE FROM information_schema.USER_PRIVILEGES UNION ALL "
+    "SELECT GRANTEE, PRIVILEGE_TYPE FROM information_schema.SCHEMA_PRIVILEGES WHERE DATABASE() LIKE TABLE_SCHEMA "
+    "UNION ALL SELECT GRANTEE, PRIVILEGE_TYPE FROM information_schema.TABLE_PRIVILEGES "
+    "WHERE TABLE_SCHEMA = DATABASE() AND TABLE_NAME = 'qv_User') AS given "
+    "WHERE PRIVILEGE_TYPE IN ('INSERT', 'UPDATE') AND (GRANTEE NOT LIKE '%@%' OR GRANTEE LIKE '%@''''' OR "
+    "GRANTEE = CONCAT('''', REPLACE(CURRENT_USER(), '@', '''@'''), ''''))";
+
 } // namespace
 
 const Dialect& TheDialect()
@@ -46,6 +56,9 @@ const Dialect& TheDialect()
                     .givesOne = true},
         .check = RequireTableNamesOfAnyCase,
         .findShortcoming = FindCollationShortcoming,
+        .listLengths = "SELECT COLUMN_NAME, CHARACTER_MAXIMUM_LENGTH FROM information_schema.COLUMNS "
+                       "WHERE TABLE_SCHEMA = DATABASE() AND TABLE_NAME = '{table}'",
+        .mayWrite = kMayWrite,
         .copying = {.beginReading = {kFreshStatistics, "SET TRANSACTION ISOLATION LEVEL REPEATABLE READ",
                                      "START TRANSACTION WITH CONSISTENT SNAPSHOT, READ ONLY"},
                     .identity = "SELECT CONCAT_WS(' ', @@hostname, @@port, @@server_id, @@datadir, DATABASE())",

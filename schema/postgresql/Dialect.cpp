@@ -56,6 +56,10 @@ const Dialect& TheDialect()
                             "PERFORM set_config(''lock_timeout'', present, true); END'",
                     .timeoutCode = "55P03"},
         .check = RequireCapitalsOfAllLetters,
+        .listLengths = "SELECT column_name, character_maximum_length FROM information_schema.columns "
+                       "WHERE table_schema = current_schema() AND table_name = lower('{table}')",
+        .mayWrite = "SELECT CASE WHEN has_table_privilege('qv_user', 'INSERT') AND has_table_privilege('qv_user', "
+                    "'UPDATE') AND current_setting('transaction_read_only') = 'off' THEN 1 ELSE 0 END",
         .copying =
             {.beginReading = {"BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"},
              .identity = "SELECT concat_ws(' ', extract(epoch FROM pg_postmaster_start_time()), oid, "

@@ -47,6 +47,12 @@ const Dialect& TheDialect()
                     .release = "EXEC sp_releaseapplock @Resource = 'qv_Directory', @LockOwner = 'Session'",
                     .timeoutCode = " 50000"},
         .check = RequireTextsOfAnyCase,
+        .listLengths = "SELECT COLUMN_NAME, CHARACTER_MAXIMUM_LENGTH FROM INFORMATION_SCHEMA.COLUMNS "
+                       "WHERE TABLE_SCHEMA = SCHEMA_NAME() AND TABLE_NAME = '{table}'",
+        .lengthsInUtf16 = true,
+        .mayWrite = "SELECT CASE WHEN HAS_PERMS_BY_NAME('qv_User', 'OBJECT', 'INSERT') = 1 AND "
+                    "HAS_PERMS_BY_NAME('qv_User', 'OBJECT', 'UPDATE') = 1 AND "
+                    "DATABASEPROPERTYEX(DB_NAME(), 'Updateability') = 'READ_WRITE' THEN 1 ELSE 0 END",
         .copying = {.beginReading = {"SET TRANSACTION ISOLATION LEVEL SERIALIZABLE", "BEGIN TRANSACTION"},
                     .identity = "SELECT CONCAT(@@SERVERNAME, ' ', DB_NAME(), ' ', SCHEMA_NAME())",
                     .countNow = "SELECT COUNT(*) FROM {table} WITH (TABLOCK, HOLDLOCK)",

@@ -68,7 +68,7 @@ protected:
     {
         WriteMany();
         ChildProcess child(QVADMIN_PROGRAM, {"user", "import", "many.csv"}, m_options);
-        while (LinesOf(ReadFile("many.csv.result.csv")).size() < 100) {
+        while (LinesOf(ReadFile("many.csv.result.csv.partial")).size() < 100) {
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
         child.Signal(signal);
@@ -78,7 +78,7 @@ protected:
     /// Whoever the result file says was created is there, and the file can be imported to its end with nobody doubled.
     void ExpectCanBeCarriedOn()
     {
-        const long reported = LinesWith(ReadFile("many.csv.result.csv"), ",created,");
+        const long reported = LinesWith(ReadFile("many.csv.result.csv.partial"), ",created,");
         EXPECT_GT(reported, 0);
         EXPECT_LT(reported, kMany);
         EXPECT_LE(reported, Count());
@@ -105,7 +105,8 @@ TEST_F(ImportTest, AddsThePeopleOfAFile)
     const ChildResult result = Import({"people.csv"});
     EXPECT_EQ(result.exit, 0);
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err, HasSubstr("320 rows of people.csv: 320 created, 0 updated, 0 unchanged, 0 failed"));
+    EXPECT_THAT(result.err,
+                HasSubstr("320 rows of people.csv: 320 created, 0 updated, 0 unchanged, 0 already there, 0 failed"));
     EXPECT_EQ(Count(), 320);
     EXPECT_EQ(std::filesystem::status(Path("people.csv.result.csv")).permissions(),
               static_cast<std::filesystem::perms>(0600));
@@ -131,19 +132,54 @@ TEST_F(ImportTest, ADryRunChangesNothing)
     EXPECT_EQ(Count(), 0);
 }
 
-TEST_F(ImportTest, ADryRunFindsADatabaseThatCannotBeWritten)
+TEST_F(ImportTest, ADryRunOnADatabaseThatCannotBeWrittenSaysSo)
 {
     const ChildResult result =
         Run({"--db", DatabaseUrl() + "?mode=ro", "user", "import", kPeople, "--dry-run", "--result", "out.csv"});
-    EXPECT_EQ(result.exit, 6);
-    EXPECT_THAT(result.err, HasSubstr("readonly"));
+    EXPECT_EQ(result.exit, 0);
+    EXPECT_THAT(result.err,
+                AllOf(HasSubstr(" 320 created, "), HasSubstr("\nwarning: this account cannot add and change "
+                                                             "users")));
+    EXPECT_THAT(Import({kPeople, "--dry-run", "--result", "out.csv"}).err, Not(HasSubstr("warning")));
+}
+
+TEST_F(ImportTest, AFileOfAnotherKindOrEncodingIsNamedAndNothingImported)
+{
+    std::string latin = "login,name\n";
+    for (int i = 0; i < 6000; ++i) {
+        latin += "user" + std::to_string(i) + ",User\n";
+    }
+    const std::pair<std::string, const char*> kKinds[] = {
+        {latin + "amelie,Am\xE9lie\n",
+         "`iconv -f WINDOWS-1252 -t UTF-8 'my file' >'my file'.utf8`; nothing was imported"},
+        {std::string("\xFF\xFEl\0o\0", 6), "my file is UTF-16; "},
+        {std::string("l\0o\0g\0i\0n\0\n\0", 12), "-f UTF-16LE"},
+        {"login\ramy\r", "carriage returns"},
+        {"[{\"login\": \"amy\"}]", "JSON"},
+        {std::string("PK\x03\x04\x14\0\0\0[Content_Types].xml", 27), "XLSX"},
+        {ReadFile("data/quorvel/directory.db"), "a SQLite database"}};
+    for (const auto& [text, part] : kKinds) {
+        WriteFile("my file", text);
+        const ChildResult result = Import({"my file"});
+        EXPECT_EQ(result.exit, 2);
+        EXPECT_THAT(result.err, AllOf(StartsWith("qvadmin: my file is "), HasSubstr(part)));
+        EXPECT_FALSE(std::filesystem::exists(Path("my file.result.csv")));
+        if (text != kKinds[0].first) {
+            EXPECT_EQ(RunWith(text.substr(0, 4000), {"user", "import", "-"}).exit, 2);
+        }
+    }
+    EXPECT_EQ(Count(), 0);
+    // A row among letters that are right fails alone.
+    WriteFile("a.csv", "login,name\namelie,Am\xE9lie\nyulia,Юлия\n");
+    EXPECT_EQ(Import({"a.csv"}).exit, 7);
+    EXPECT_EQ(Count(), 1);
 }
 
 TEST_F(ImportTest, BadRowsStopNothing)
 {
     const ChildResult result = Import({kMistakes, "--result", "out.csv"});
     EXPECT_EQ(result.exit, 7);
-    EXPECT_THAT(result.err, HasSubstr("6 created, 0 updated, 0 unchanged, 8 failed"));
+    EXPECT_THAT(result.err, HasSubstr("6 created, 0 updated, 0 unchanged, 0 already there, 8 failed"));
     const std::pair<int, const char*> kReasons[] = {{4, "empty"},     {5, "line 3"},       {7, "2023-02-30"},
                                                     {8, "sex 'yes'"}, {10, "15 values"},   {11, "7 values"},
                                                     {12, "quote"},    {14, "never closed"}};
@@ -158,13 +194,20 @@ TEST_F(ImportTest, BadRowsStopNothing)
     EXPECT_EQ(Run({"user", "exists", "lisbeth.crane"}).exit, 0);
 }
 
-TEST_F(ImportTest, PeopleWhoAreThereFailUnlessTheyAreToBeUpdated)
+TEST_F(ImportTest, PeopleWhoAreThereAreLeftAloneUnlessTheyAreToBeUpdated)
 {
     WriteFile("a.csv", "login,name,note\namy,Amy,x\nrory,Rory,\n");
     EXPECT_EQ(Import({"a.csv"}).exit, 0);
-    const ChildResult again = Import({"a.csv"});
-    EXPECT_EQ(again.exit, 7);
-    EXPECT_THAT(again.err, HasSubstr("a.csv:2: already exists (id 1)\n"));
+    WriteFile("a.csv", "login,note\nAMY,y\nrory,y\nkim,\n");
+    for (const char* option : {"--dry-run", "--result=a.csv.result.csv"}) {
+        const ChildResult again = Import({"a.csv", option});
+        EXPECT_EQ(again.exit, 0);
+        EXPECT_THAT(again.err, AllOf(HasSubstr(" 1 created, 0 updated, 0 unchanged, 2 already there, 0 failed"),
+                                     HasSubstr("--update sets their columns"), Not(HasSubstr("a.csv:2:"))));
+        EXPECT_THAT(ReadFile("a.csv.result.csv"), HasSubstr("\n2,AMY,1,exists,\n3,rory,2,exists,\n4,kim,"));
+    }
+    EXPECT_THAT(Run({"user", "show", "amy", "-o", "plain"}).out, HasSubstr("note\tx\n"));
+    EXPECT_EQ(Run({"user", "delete", "kim", "--yes"}).exit, 0);
     WriteFile("b.csv", "note,LOGIN\n,amy\ny,RORY\nz,river\n");
     EXPECT_EQ(Import({"b.csv", "--update", "--dry-run"}).exit, 0);
     const char* const kOutcomes =
@@ -174,7 +217,7 @@ TEST_F(ImportTest, PeopleWhoAreThereFailUnlessTheyAreToBeUpdated)
     };
     EXPECT_EQ(ReadFile("b.csv.result.csv"), outcomes(""));
     EXPECT_EQ(Import({"b.csv", "--update"}).exit, 0);
-    EXPECT_EQ(ReadFile("b.csv.result.csv"), outcomes("3"));
+    EXPECT_EQ(ReadFile("b.csv.result.csv"), outcomes("4"));
     const std::string rory = Run({"user", "show", "rory", "-o", "plain"}).out;
     EXPECT_THAT(rory, AllOf(HasSubstr("login\trory\n"), HasSubstr("name\tRory\n"), HasSubstr("note\ty\n")));
     EXPECT_THAT(Run({"user", "show", "amy", "-o", "plain"}).out, HasSubstr("note\tx\n"));
@@ -189,7 +232,6 @@ TEST_F(ImportTest, AHeaderThatCannotBeUsedStopsBeforeAnythingIsWritten)
         {"login,Login\n", "login twice"},
         {"login,password\n", "unknown column 'password'"},
         {"name\nAmy\n", "no column login"},
-        {"\xFF\xFEl\n", "not UTF-8"},
         {"\"login\n", "never closed"}};
     for (const auto& [text, part] : kHeaders) {
         WriteFile("a.csv", text);
@@ -217,7 +259,7 @@ TEST_F(ImportTest, EveryColumnIsStored)
         "description,ecard,picture,user_data,creator,sort_index,domain_id,super,system,locked";
     const std::string row = "l'\\,n',2,e',m',1989-11-28,t',d',op',of',oa',oc',c',hp',hc',ha',ho',hh',hf',n\\',de',ec',"
                             "p',u',cr',7,8,yes,no,1";
-    EXPECT_EQ(RunWith(header + "\n" + row + "\n", {"user", "import", "-"}).exit, 0);
+    EXPECT_EQ(RunWith(header + "\n" + row + "\n", {"user", "import", "-", "--allow-privileges"}).exit, 0);
     const std::string shown = Run({"user", "show", "l'\\", "-o", "csv"}).out;
     EXPECT_EQ(LinesOf(shown)[1],
               "1,l'\\,n',e',m',2,1989-11-28,t',d',0,c',op',of',oa',oc',hp',hc',ha',ho',hh',hf',n\\',de',ec',p',u',cr',"
@@ -266,18 +308,83 @@ TEST_F(ImportTest, TheFileItselfIsNotOverwritten)
     EXPECT_EQ(ReadFile("a.csv"), "login\namy\n");
 }
 
+TEST_F(ImportTest, NoOtherFileIsOverwrittenByTheOutcomes)
+{
+    WriteFile("a.csv", "login\namy\n");
+    WriteFile("letter", "Dear all,\n");
+    std::filesystem::create_symlink(Path("data/quorvel/directory.db"), Path("link"));
+    const std::string database = ReadFile("data/quorvel/directory.db");
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+        const ChildResult result =
+            Import({"a.csv", "--dry-run", "--result", Path("data/quorvel/directory.db") + suffix});
+        EXPECT_EQ(result.exit, 2);
+        EXPECT_THAT(result.err, HasSubstr("is a file of the database in use; name another file with --result; nothing "
+                                          "was imported\n"));
+    }
+    EXPECT_EQ(Import({"a.csv", "--result", "link"}).exit, 2);
+    EXPECT_EQ(Import({"a.csv", "--result", "letter"}).exit, 4);
+    EXPECT_EQ(Import({"a.csv", "--result", "/dev/stdout"}).exit, 1);
+    EXPECT_EQ(ReadFile("letter"), "Dear all,\n");
+    EXPECT_EQ(ReadFile("data/quorvel/directory.db"), database);
+    EXPECT_EQ(Count(), 0);
+}
+
+TEST_F(ImportTest, OutcomesThatTheDiskHasNoRoomForStopIt)
+{
+    WriteMany();
+    m_options.largestFile = 50 * 1024;
+    const ChildResult result = Import({"many.csv", "--dry-run"});
+    m_options.largestFile.reset();
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_THAT(result.err,
+                HasSubstr("qvadmin: cannot write many.csv.result.csv: File too large; name another file with "
+                          "--result; nothing was imported\n"));
+    EXPECT_GT(LinesOf(ReadFile("many.csv.result.csv.partial")).size(), 1000U);
+}
+
+TEST_F(ImportTest, PrivilegesAndTheBuiltInAdministratorAreRefusedUnlessAllowed)
+{
+    const std::string rows = "login,super,system,locked,name\namy,yes,,,Amy\nrory,0,no,false,Rory\nkim,,1,yes,Kim\n"
+                             "ADMIN,,,,Root\n";
+    WriteFile("a.csv", rows);
+    for (const auto& [option, exit] : {std::pair{"--dry-run", 8}, std::pair{"--result=out.csv", 7}}) {
+        const ChildResult result = Import({"a.csv", option});
+        EXPECT_EQ(result.exit, exit);
+        EXPECT_THAT(result.err,
+                    AllOf(HasSubstr("a.csv:2: changes super, which needs --allow-privileges\n"),
+                          HasSubstr("a.csv:4: changes system and locked, which needs --allow-privileges\n"),
+                          HasSubstr("a.csv:5: adds the built-in administrator, which needs --allow-privileges\n"),
+                          HasSubstr("\nprivileges: 3 rows change super, system, locked or Admin; --allow-privileges")));
+    }
+    EXPECT_EQ(Count(), 1);
+    const ChildResult allowed = Import({"a.csv", "--allow-privileges"});
+    EXPECT_EQ(allowed.exit, 0);
+    EXPECT_THAT(allowed.err, HasSubstr("\nprivileges: 3 rows change super, system, locked or Admin\n"));
+    EXPECT_THAT(Run({"user", "show", "kim", "-o", "plain"}).out, HasSubstr("locked\ttrue\n"));
+    // What is so already is no change; taking a privilege away is one.
+    EXPECT_EQ(Import({"a.csv", "--update"}).exit, 0);
+    WriteFile("b.csv", "login,locked,name\nkim,no,Kim\nadmin,,Boss\n");
+    const ChildResult taken = Import({"b.csv", "--update"});
+    EXPECT_EQ(taken.exit, 7);
+    EXPECT_THAT(taken.err, AllOf(HasSubstr("b.csv:2: changes locked, which"),
+                                 HasSubstr("b.csv:3: changes the built-in administrator, which")));
+}
+
 TEST_F(ImportTest, ASignalStopsItBehindARow)
 {
     for (const int signal : {SIGINT, SIGTERM}) {
         const ChildResult result = ImportAndSignal(signal);
         EXPECT_EQ(result.exit, 1);
-        const long created = LinesWith(ReadFile("many.csv.result.csv"), ",created,");
+        const long created = LinesWith(ReadFile("many.csv.result.csv.partial"), ",created,");
         EXPECT_EQ(Count(), created);
-        EXPECT_THAT(result.err, HasSubstr("qvadmin: stopped by a signal; the rows up to line " +
-                                          std::to_string(created + 1) + " are done"));
+        EXPECT_THAT(result.err,
+                    HasSubstr("qvadmin: stopped by a signal; the rows up to line " + std::to_string(created + 1) +
+                              " are done and listed in many.csv.result.csv.partial, and the same file"));
+        EXPECT_FALSE(std::filesystem::exists(Path("many.csv.result.csv")));
         ExpectCanBeCarriedOn();
         ASSERT_EQ(::unlink(Path("data/quorvel/directory.db").c_str()), 0);
         ASSERT_EQ(::unlink(Path("many.csv.result.csv").c_str()), 0);
+        ASSERT_EQ(::unlink(Path("many.csv.result.csv.partial.1").c_str()), 0);
         Init();
     }
 }
@@ -296,7 +403,7 @@ TEST_F(ImportTest, ASignalIsObeyedWhileWaitingForInput)
     options.input = std::string("login\namy\n");
     ChildProcess child(QVADMIN_PROGRAM, {"user", "import", "-", "--result", "out.csv"}, options);
     std::thread interrupter([&] {
-        while (ReadFile("out.csv").empty()) {
+        while (ReadFile("out.csv.partial").empty()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -315,7 +422,7 @@ TEST_F(ImportTest, AFullDiskStopsItWithTheLastLineThatIsSafe)
     const ChildResult result = Import({"many.csv"});
     m_options.largestFile.reset();
     EXPECT_EQ(result.exit, 6) << result.err;
-    const long created = LinesWith(ReadFile("many.csv.result.csv"), ",created,");
+    const long created = LinesWith(ReadFile("many.csv.result.csv.partial"), ",created,");
     EXPECT_GT(created, 0);
     EXPECT_THAT(result.err, AllOf(HasSubstr("qvadmin: stopped: "),
                                   HasSubstr("the rows up to line " + std::to_string(created + 1) + " are done")));

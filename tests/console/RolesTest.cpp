@@ -324,6 +324,8 @@ TEST_F(RoleConsoleTest, TheDefaultRoleIsMadeShownAndProtected)
     EXPECT_EQ(Done({"user", "roles", "amy", "-o", "plain"}), "1\teveryone\t\tTolvan\t0\ttrue\n");
     Done({"role", "create", "Editors"});
     ExpectRefusal({"role", "delete", "Editors", "everyone", "--yes"}, 5, "nothing was deleted");
+    ExpectRefusal({"role", "delete", "x", "Editors", "y", "--yes"}, 3,
+                  "there are no roles 'x', 'y'; `qvadmin role list` shows");
     ExpectRefusal({"role", "set", "everyone", "--name", "all"}, 5, "keeps its name");
     EXPECT_EQ(Run({"role", "show", "Editors"}).exit, 0);
 }

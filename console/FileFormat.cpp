@@ -1,0 +1,214 @@
+#include "console/FileFormat.h"
+
+#include "console/Interrupt.h"
+#include "console/Text.h"
+#include "platform/CodePage.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstddef>
+
+namespace console {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+struct Signature {
+    std::string_view bytes;
+    std::string_view name;
+    std::string_view advice; ///< {} is the file
+};
+
+constexpr std::string_view kFromUtf16Le = "convert it with `iconv -f UTF-16LE -t UTF-8 {0} >{0}.utf8`";
+constexpr std::string_view kFromUtf16Be = "convert it with `iconv -f UTF-16BE -t UTF-8 {0} >{0}.utf8`";
+constexpr std::string_view kFromOffice =
+    "save it there as CSV in UTF-8, or convert it with `soffice --headless --convert-to "
+    "'csv:Text - txt - csv (StarCalc):44,34,76' {0}`";
+
+// With a mark of the byte order, iconv finds out by itself.
+constexpr Signature kSignatures[] = {
+    {"\xFF\xFE\0\0"sv, "UTF-32", "convert it with `iconv -f UTF-32 -t UTF-8 {0} >{0}.utf8`"},
+    {"\0\0\xFE\xFF"sv, "UTF-32", "convert it with `iconv -f UTF-32 -t UTF-8 {0} >{0}.utf8`"},
+    {"\xFF\xFE"sv, "UTF-16", "convert it with `iconv -f UTF-16 -t UTF-8 {0} >{0}.utf8`"},
+    {"\xFE\xFF"sv, "UTF-16", "convert it with `iconv -f UTF-16 -t UTF-8 {0} >{0}.utf8`"},
+    {"SQLite format 3\0"sv, "a SQLite database",
+     "give it to --db if it is a directory, or write a table of it with `sqlite3 -header -csv {0} 'SELECT ...' "
+     ">{0}.csv`"},
+    {"\x1F\x8B"sv, "compressed by gzip", "unpack it with `gunzip -c {0} >{0}.csv`"},
+    {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv, "an Excel workbook", kFromOffice},
+    {"%PDF-"sv, "a PDF document", "import the table that it was made of"},
+};
+
+std::string Sentence(std::string_view what, std::string_view advice, const std::string& name)
+{
+    return fmt::format("{} is {}; {}", Visible(name), what, fmt::format(fmt::runtime(advice), ShellQuoted(name)));
+}
+
+/// What every second byte is NUL in; empty for nothing.
+std::string_view Utf16Advice(std::string_view text)
+{
+    constexpr std::size_t kEnough = 8;
+    std::array<std::size_t, 2> nuls = {};
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        nuls.at(i % 2) += text[i] == '\0' ? 1 : 0;
+    }
+    const std::size_t half = text.size() / 2;
+    const bool isLong = text.size() >= kEnough;
+    return isLong && nuls[1] > half / 2 && nuls[0] <= half / 8   ? kFromUtf16Le
+           : isLong && nuls[0] > half / 2 && nuls[1] <= half / 8 ? kFromUtf16Be
+                                                                 : "";
+}
+
+std::string ArchiveSentence(std::string_view beginning, const std::string& name)
+{
+    const auto holds = [beginning](std::string_view part) { return beginning.find(part) != std::string_view::npos; };
+    if (holds("[Content_Types].xml") || holds("xl/") || holds("docProps/")) {
+        return Sentence("an Excel workbook (XLSX)", kFromOffice, name);
+    }
+    if (holds("application/vnd.oasis.opendocument")) {
+        return Sentence("an OpenDocument file", kFromOffice, name);
+    }
+    return Sentence("a ZIP archive", "unpack it with `unzip {0}`", name);
+}
+
+bool IsJson(std::string_view text)
+{
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos || (text[first] != '[' && text[first] != '{')) {
+        return false;
+    }
+    const std::size_t second = text.find_first_not_of(" \t\r\n", first + 1);
+    return second == std::string_view::npos || std::string_view("{}[]\"").find(text[second]) != std::string_view::npos;
+}
+
+/// A line of several ones that carriage returns end.
+bool HasCarriageReturnsOnly(std::string_view text)
+{
+    const std::size_t at = text.substr(0, text.find('\n')).find('\r');
+    return at != std::string_view::npos && at + 1 < text.size() && text[at + 1] != '\n' && text[at + 1] != '\r';
+}
+
+bool IsAscii(unsigned char byte) { return byte < 0x80U; }
+
+/// How many bytes a UTF-8 character that begins here should have; 1 for none.
+std::size_t CharacterSize(unsigned char first)
+{
+    return first >= 0xF0U ? 4 : first >= 0xE0U ? 3 : first >= 0xC2U ? 2 : 1;
+}
+
+/// Counts what is no ASCII in a text: characters of UTF-8, and bytes that are none.
+class LetterCount {
+public:
+    void Add(std::string_view text)
+    {
+        for (std::size_t i = 0; i < text.size();) {
+            const auto first = static_cast<unsigned char>(text[i]);
+            const std::string_view character = text.substr(i, CharacterSize(first));
+            const bool isValid = !IsAscii(first) && character.size() > 1 && platform::IsValidUtf8(character);
+            m_characters += isValid ? 1 : 0;
+            if (!IsAscii(first) && !isValid) {
+                ++m_others;
+                m_isWindows = m_isWindows && std::string_view("\x81\x8D\x8F\x90\x9D").find(text[i]) == text.npos;
+            }
+            i += isValid ? character.size() : 1;
+        }
+    }
+
+    [[nodiscard]] std::string Sentence(const std::string& name) const
+    {
+        if (m_others == 0 || m_characters > 0) {
+            return {};
+        }
+        return m_isWindows ? console::Sentence("not UTF-8 but, as it seems, Windows-1252",
+                                               "convert it with `iconv -f WINDOWS-1252 -t UTF-8 {0} >{0}.utf8`", name)
+                           : console::Sentence(
+                                 "not UTF-8",
+                                 "convert it with `iconv -f ENCODING -t UTF-8 {0} >{0}.utf8` (`iconv -l` lists the "
+                                 "encodings)",
+                                 name);
+    }
+
+private:
+    std::size_t m_characters = 0;
+    std::size_t m_others = 0;
+    bool m_isWindows = true;
+};
+
+} // namespace
+
+std::string OtherFormat(std::string_view beginning, const std::string& name)
+{
+    const auto* known = std::ranges::find_if(
+        kSignatures, [beginning](const Signature& signature) { return beginning.starts_with(signature.bytes); });
+    if (known != std::end(kSignatures)) {
+        return Sentence(known->name, known->advice, name);
+    }
+    if (beginning.starts_with("PK\x03\x04")) {
+        return ArchiveSentence(beginning, name);
+    }
+    const std::string_view utf16 = Utf16Advice(beginning);
+    if (!utf16.empty()) {
+        return Sentence("UTF-16", utf16, name);
+    }
+    if (IsJson(beginning)) {
+        return Sentence("JSON",
+                        "convert it with `jq -r '(.[0] | keys_unsorted) as $names | $names, (.[] | [.[$names[]]]) | "
+                        "@csv' {0} >{0}.csv`",
+                        name);
+    }
+    if (HasCarriageReturnsOnly(beginning)) {
+        return Sentence("a text whose lines end with carriage returns",
+                        "convert it with `tr '\\r' '\\n' <{0} >{0}.csv`", name);
+    }
+    LetterCount letters;
+    // The last character may be cut off.
+    std::size_t end = beginning.size();
+    while (end > 0 && beginning.size() - end < 3 && !IsAscii(static_cast<unsigned char>(beginning[end - 1]))) {
+        --end;
+    }
+    letters.Add(beginning.substr(0, end == 0 ? beginning.size() : end));
+    return letters.Sentence(name);
+}
+
+std::string OtherEncoding(std::istream& in, const std::string& name)
+{
+    LetterCount letters;
+    std::string text;
+    std::array<char, 65536> bytes = {};
+    for (std::streamsize count = in.rdbuf()->sgetn(bytes.data(), bytes.size()); count > 0 && !Interrupt::Requested();
+         count = in.rdbuf()->sgetn(bytes.data(), bytes.size())) {
+        text.append(bytes.data(), static_cast<std::size_t>(count));
+        // A character may go on in the next piece; no line break is part of one.
+        std::size_t end = text.size();
+        while (end > 0 && text.size() - end < 3 && !IsAscii(static_cast<unsigned char>(text[end - 1]))) {
+            --end;
+        }
+        letters.Add(std::string_view(text).substr(0, end));
+        text.erase(0, end);
+    }
+    letters.Add(text);
+    return letters.Sentence(name);
+}
+
+std::string ShellQuoted(std::string_view name)
+{
+    const std::string word = (name.starts_with('-') ? "./" : "") + std::string(name);
+    const bool isPlain = !word.empty() && std::ranges::all_of(word, [](unsigned char ch) {
+        return std::isalnum(ch) != 0 ||
+               std::string_view("_./:@%+=,-").find(static_cast<char>(ch)) != std::string_view::npos;
+    });
+    if (isPlain) {
+        return word;
+    }
+    std::string quoted = "'";
+    for (const char ch : word) {
+        quoted += ch == '\'' ? "'\\''" : std::string(1, ch);
+    }
+    return Visible(quoted + "'");
+}
+
+} // namespace console

@@ -1,0 +1,12 @@
+#pragma once
+
+class CAConnect;
+
+namespace schema {
+
+/// Whether the account may add and change users, as far as the engine says without a write; true where it does not
+/// tell.
+/// @throws CAException.
+bool MayWrite(CAConnect& conn);
+
+} // namespace schema

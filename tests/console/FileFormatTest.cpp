@@ -1,0 +1,94 @@
+#include "console/FileFormat.h"
+
+#include <gmock/gmock.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+using namespace console;
+using namespace std::string_literals;
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+struct Kind {
+    std::string text;
+    const char* name;
+    const char* command;
+};
+
+std::string Repeated(const std::string& text, int times)
+{
+    std::string repeated;
+    for (int i = 0; i < times; ++i) {
+        repeated += text;
+    }
+    return repeated;
+}
+
+} // namespace
+
+TEST(FileFormat, OtherKindsAreNamedWithTheCommandThatConvertsThem)
+{
+    const std::vector<Kind> kinds = {
+        {"\xFF\xFEl\0o\0g\0i\0n\0"s, "is UTF-16", "`iconv -f UTF-16 -t UTF-8 my.csv >my.csv.utf8`"},
+        {"\xFE\xFF\0l\0o\0g\0i\0n"s, "is UTF-16", "iconv -f UTF-16 "},
+        {"l\0o\0g\0i\0n\0\n\0a\0"s, "is UTF-16", "iconv -f UTF-16LE -t UTF-8"},
+        {"\0l\0o\0g\0i\0n\0\n\0a"s, "is UTF-16", "iconv -f UTF-16BE -t UTF-8"},
+        {"\xFF\xFE\0\0l\0\0\0"s, "is UTF-32", "iconv -f UTF-32 -t UTF-8"},
+        {"login,name\namy,Am\xE9lie\n", "Windows-1252", "`iconv -f WINDOWS-1252 -t UTF-8 my.csv >my.csv.utf8`"},
+        {"login,name\namy,\x81\x8D\x8F\n", "is not UTF-8;", "iconv -f ENCODING -t UTF-8"},
+        {"login,name\ramy,Amy\r", "end with carriage returns", "`tr '\\r' '\\n' <my.csv >my.csv.csv`"},
+        {" [\n {\"login\": \"amy\"}]", "is JSON", "@csv' my.csv >my.csv.csv`"},
+        {"{\"login\": \"amy\"}\n", "is JSON", "jq -r"},
+        {"PK\x03\x04\x14\0\x06\0[Content_Types].xml"s, "an Excel workbook (XLSX)", "soffice --headless"},
+        {"PK\x03\x04\x14\0mimetypeapplication/vnd.oasis.opendocument.spreadsheet"s, "OpenDocument", "soffice"},
+        {"PK\x03\x04\x14\0people.csv"s, "a ZIP archive", "unzip my.csv"},
+        {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1...", "an Excel workbook", "soffice"},
+        {"SQLite format 3\0..."s, "a SQLite database", "sqlite3 -header -csv my.csv"},
+        {"\x1F\x8B\x08\0"s, "compressed by gzip", "gunzip -c my.csv >my.csv.csv"},
+        {"%PDF-1.7\n", "a PDF document", "import the table"},
+    };
+    for (const Kind& kind : kinds) {
+        EXPECT_THAT(OtherFormat(kind.text, "my.csv"),
+                    AllOf(HasSubstr("my.csv is "), HasSubstr(kind.name), HasSubstr(kind.command)));
+    }
+}
+
+TEST(FileFormat, ValuesInUtf8AreRecognized)
+{
+    for (const std::string& text :
+         {""s, "login\n"s, "\xEF\xBB\xBFlogin,name\r\namy,Amy\r\n"s, "login\namélie\n"s, "login,name\namy,\"a\rb\"\n"s,
+          "\"login\",note\namy,[]\n"s, "login\nam\xE9lie,Юлия\n"s, "login\nЮ"s, "login\n\xD0"s, "login\na\0b\n"s}) {
+        EXPECT_EQ(OtherFormat(text, "my.csv"), "") << text;
+    }
+}
+
+TEST(FileFormat, AOneByteEncodingIsFoundWhereverItIs)
+{
+    const std::string many = "login,name\n" + Repeated("amy,Amy Somebody\n", 20000);
+    const auto other = [](const std::string& text) {
+        std::istringstream in(text);
+        return OtherEncoding(in, "my.csv");
+    };
+    EXPECT_EQ(other(many), "");
+    EXPECT_THAT(other(many + "rory,Ren\xE9"), HasSubstr("Windows-1252"));
+    EXPECT_THAT(other(many + "rory,Ren\xE9\n" + many), HasSubstr("Windows-1252"));
+    // One row that is wrong among letters that are right is that row's problem.
+    EXPECT_EQ(other(many + "rory,Ren\xE9\nkim,Renée\n"), "");
+    // Characters that fall on the edge of a piece.
+    for (int shift = 0; shift < 4; ++shift) {
+        EXPECT_EQ(other(std::string(static_cast<std::size_t>(shift), 'x') + Repeated("\xF0\x9F\x98\x80", 50000)), "");
+    }
+}
+
+TEST(FileFormat, NamesAreQuotedForTheShell)
+{
+    EXPECT_EQ(ShellQuoted("a/b-1.csv"), "a/b-1.csv");
+    EXPECT_EQ(ShellQuoted("my file.csv"), "'my file.csv'");
+    EXPECT_EQ(ShellQuoted("it's"), "'it'\\''s'");
+    EXPECT_EQ(ShellQuoted("-rf"), "./-rf");
+    EXPECT_EQ(ShellQuoted(""), "''");
+}
