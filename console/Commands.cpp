@@ -151,7 +151,7 @@ constexpr Command kCommands[] = {
      "  qvadmin user import people.csv --dry-run\n"
      "  qvadmin user import people.csv\n"
      "  qvadmin user import people.csv --update --result outcomes.csv\n"
-     "  qvadmin user import people.csv --departments Company",
+     "  qvadmin user import people.csv --departments Company --make-view --dry-run",
      &user::DeclareImport, &user::Import},
 
     {"group", "tree", "draw the organisation, with how many people are where",
