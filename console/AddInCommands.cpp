@@ -311,7 +311,7 @@ Exit Delete(const Context& context)
     for (const AddIn& addIn : several) {
         context.terminal.err << fmt::format("delete {} of type {}\n", Named(addIn), addIn.type);
     }
-    RequireConfirmation(context, fmt::format("Delete {}?", Counted(several.size(), "add-in")));
+    RequireConfirmation(context, fmt::format("Delete {}?", Counted(several.size(), "add-in")), several.size());
     Transaction transaction(conn);
     for (const AddIn& addIn : several) {
         addIns.Delete(addIn.id);
@@ -480,7 +480,7 @@ Exit Remove(const Context& context)
     const std::string what =
         fmt::format("{}{}, with {}", Visible(name), found.size() > 1 ? fmt::format(" ({} packages)", found.size()) : "",
                     Counted(members, "add-in"));
-    RequireConfirmation(context, fmt::format("Remove the package {}?", what));
+    RequireConfirmation(context, fmt::format("Remove the package {}?", what), found.size() + members);
     Transaction transaction(conn);
     RequireStillSo(addIns.List({name, {}}).size() == members);
     addIns.DeleteOfPackage(name);

@@ -103,12 +103,15 @@ Exit Delete(const Context& context)
     Board board(conn);
     const std::vector<Notice> notices = FindNotices(board, context.arguments.users);
     std::vector<std::string> told;
+    std::size_t removed = notices.size();
     for (const Notice& notice : notices) {
-        told.push_back(Described(board.Parts(notice.id)));
+        const NoticeParts parts = board.Parts(notice.id);
+        removed += parts.attachments.size() + parts.replies.size() + parts.readers.size();
+        told.push_back(Described(parts));
         context.terminal.err << fmt::format("delete {} {}, with {}\n", Visible(notice.id), Quoted(notice.subject),
                                             told.back());
     }
-    RequireConfirmation(context, fmt::format("Delete {}?", Counted(notices.size(), "notice")));
+    RequireConfirmation(context, fmt::format("Delete {}?", Counted(notices.size(), "notice")), removed);
     Transaction transaction(conn);
     for (std::size_t i = 0; i < notices.size(); ++i) {
         RequireStillSo(Described(board.Parts(notices[i].id)) == told[i]);

@@ -9,6 +9,13 @@
 
 namespace console {
 
+namespace {
+
+/// What a quick y may remove; for more, who answers has to have read the number.
+constexpr std::size_t kMostForYes = 20;
+
+} // namespace
+
 std::string WithTraces(const std::vector<Trace>& traces)
 {
     std::string list;
@@ -18,9 +25,19 @@ std::string WithTraces(const std::vector<Trace>& traces)
     return list;
 }
 
+std::size_t CountOf(const std::vector<Trace>& traces)
+{
+    std::size_t count = 0;
+    for (const Trace& trace : traces) {
+        count += static_cast<std::size_t>(trace.count);
+    }
+    return count;
+}
+
 bool CanAsk(const Terminal& terminal) { return terminal.inIsTerminal && terminal.errIsTerminal; }
 
-void RequireConfirmation(const Context& context, const std::string& question, std::string_view nothingDone)
+void RequireConfirmation(const Context& context, const std::string& question, std::size_t removed,
+                         std::string_view nothingDone)
 {
     if (context.arguments.yes) {
         return;
@@ -29,10 +46,14 @@ void RequireConfirmation(const Context& context, const std::string& question, st
     if (!CanAsk(terminal)) {
         throw Refusal(Exit::needsYes, fmt::format("{}; --yes goes on without asking", nothingDone));
     }
-    terminal.err << question << " [y/N] " << std::flush;
+    const bool isMuch = removed > kMostForYes;
+    terminal.err << question
+                 << (isMuch ? fmt::format(" This removes {0} things; type {0} to go on: ", removed) : " [y/N] ")
+                 << std::flush;
     std::string answer;
     std::getline(terminal.in, answer);
-    if (answer != "y" && answer != "Y" && answer != "yes") {
+    const bool isYes = isMuch ? answer == std::to_string(removed) : answer == "y" || answer == "Y" || answer == "yes";
+    if (!isYes) {
         throw Refusal(Exit::needsYes, std::string(nothingDone));
     }
 }

@@ -3,6 +3,7 @@
 #include "console/Commands.h"
 #include "console/Organisation.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,10 +16,14 @@ namespace console {
 std::string WithTraces(const std::vector<Trace>& traces);
 /// Whether somebody sits there who can be asked.
 bool CanAsk(const Terminal& terminal);
+/// How many rows the traces are in sum.
+std::size_t CountOf(const std::vector<Trace>& traces);
+/// Asks for a yes, or, where more than 20 things are removed, for their number.
 /// @param question  such as "Delete the group /Main/Sales?".
+/// @param removed  how many things are removed, with all that goes along.
 /// @param nothingDone  what is said of a no.
 /// @throws Refusal (needsYes) unless yes was said or --yes given.
-void RequireConfirmation(const Context& context, const std::string& question,
+void RequireConfirmation(const Context& context, const std::string& question, std::size_t removed,
                          std::string_view nothingDone = "nothing was deleted");
 /// For what was confirmed and is looked at again, in the transaction that deletes it.
 /// @throws Refusal (conflict) when it is not what was shown.

@@ -358,7 +358,7 @@ Exit Delete(const Context& context)
     const bool isRecursive = Given(context.arguments, kRecursive).has_value();
     const Going told = WhatGoes(Catalogue(conn), key, isRecursive);
     context.terminal.err << Told(root, told);
-    RequireConfirmation(context, fmt::format("Delete {}?", Described(root, told)));
+    RequireConfirmation(context, fmt::format("Delete {}?", Described(root, told)), told.keys.size() + told.links);
     Transaction transaction(conn);
     const Catalogue present(conn);
     // Whoever was asked may have taken long.

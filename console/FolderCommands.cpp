@@ -555,7 +555,7 @@ Exit Unlink(const Context& context)
     if (!staysInRoot) {
         context.terminal.err << fmt::format("{} would hang in no document root; `qvadmin folder delete` deletes it\n",
                                             folder);
-        RequireConfirmation(context, fmt::format("Take {} from {} all the same?", folder, parent));
+        RequireConfirmation(context, fmt::format("Take {} from {} all the same?", folder, parent), 1);
     }
     Transaction transaction(conn);
     const Catalogue present(conn);
@@ -579,7 +579,7 @@ Exit Delete(const Context& context)
     const std::string described = Described(catalogue, told);
     context.terminal.err << fmt::format("delete {}{}\n", described,
                                         told.links == 0 ? "" : ", with " + Counted(told.links, "link"));
-    RequireConfirmation(context, fmt::format("Delete {}?", described));
+    RequireConfirmation(context, fmt::format("Delete {}?", described), told.keys.size() + told.links);
     Transaction transaction(conn);
     // Whoever was asked may have taken long.
     if (WhatGoes(Catalogue(conn), context.arguments) != told) {

@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
+#include "console/DepartmentSync.h"
 #include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Render.h"
@@ -316,11 +317,19 @@ void RefuseCycle(const Organisation& organisation, ItemKey parent, ItemKey group
     }
 }
 
+std::vector<int> Ids(const std::vector<ItemKey>& keys)
+{
+    std::vector<int> ids;
+    std::ranges::transform(keys, std::back_inserter(ids), &ItemKey::id);
+    return ids;
+}
+
 /// What a deletion takes along.
 struct Going {
     ItemKey group;
     std::vector<int> ids;
     std::vector<Trace> traces;
+    MemberCounts members;
 };
 
 Going WhatGoes(Organisation& organisation, const Arguments& arguments)
@@ -329,16 +338,19 @@ Going WhatGoes(Organisation& organisation, const Arguments& arguments)
     const Place& place = *organisation.Find(group);
     const bool isRecursive = Given(arguments, kRecursive).has_value();
     if (!isRecursive && (!place.children.empty() || place.users > 0)) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("{} holds {} and {}; add --recursive to delete it, and the groups, all the same",
-                                  organisation.Named(group), Counted(place.children.size(), "group"),
-                                  Counted(static_cast<std::size_t>(place.users), "user")));
+        const std::vector<ItemKey> below = organisation.Below(group);
+        std::vector<int> ids = Ids(below);
+        ids.push_back(group.id);
+        throw Refusal(
+            Exit::conflict,
+            fmt::format("{} holds {} and {}, on all levels; add --recursive to delete it, and the groups, all "
+                        "the same",
+                        organisation.Named(group), Counted(below.size(), "group"),
+                        Counted(organisation.CountMembers(ids).users, "user")));
     }
-    Going going{group, {}, {}};
-    for (const ItemKey gone : organisation.GoneWith(group)) {
-        going.ids.push_back(gone.id);
-    }
+    Going going{group, Ids(organisation.GoneWith(group)), {}, {}};
     going.traces = organisation.Traces(kItemTypeGroup, going.ids);
+    going.members = organisation.CountMembers(going.ids);
     return going;
 }
 
@@ -348,10 +360,19 @@ std::string Described(const Organisation& organisation, const Going& going)
     return organisation.Named(going.group) + (below == 0 ? "" : " and " + Counted(below, "group") + " below");
 }
 
+/// Who the members are, to end a sentence with.
+std::string WithMembers(const MemberCounts& members)
+{
+    return members.users == 0 ? ""
+                              : fmt::format("; members: {}, of whom {} will be in no group",
+                                            Counted(members.users, "user"), members.inNoOther);
+}
+
 bool IsSame(const Going& a, const Going& b)
 {
     const auto isSame = [](const Trace& x, const Trace& y) { return x.noun == y.noun && x.count == y.count; };
-    return a.group == b.group && a.ids == b.ids && std::ranges::equal(a.traces, b.traces, isSame);
+    return a.group == b.group && a.ids == b.ids && a.members == b.members &&
+           std::ranges::equal(a.traces, b.traces, isSame);
 }
 
 } // namespace
@@ -566,8 +587,10 @@ Exit Rename(const Context& context)
         RefuseTaken(organisation, parent, name, key);
     }
     organisation.RenameGroup(key.id, name);
+    const std::size_t departments = SyncDepartments(organisation, key);
     transaction.Commit();
-    context.terminal.err << fmt::format("renamed {} to {}\n", organisation.Named(key), Visible(name));
+    context.terminal.err << fmt::format("renamed {} to {}{}\n", organisation.Named(key), Visible(name),
+                                        WithDepartments(departments));
     return Exit::done;
 }
 
@@ -593,8 +616,10 @@ Exit Move(const Context& context)
     if (std::ranges::find(parents, parent) == parents.end()) {
         organisation.AddMember(parent, group);
     }
+    const std::size_t departments = SyncDepartments(organisation, group);
     transaction.Commit();
-    context.terminal.err << fmt::format("moved {} to {}\n", organisation.Named(group), organisation.Named(parent));
+    context.terminal.err << fmt::format("moved {} to {}{}\n", organisation.Named(group), organisation.Named(parent),
+                                        WithDepartments(departments));
     return Exit::done;
 }
 
@@ -626,8 +651,9 @@ Exit Delete(const Context& context)
     Organisation organisation(conn);
     const Going told = WhatGoes(organisation, context.arguments);
     const std::string described = Described(organisation, told);
-    context.terminal.err << fmt::format("delete {}{}\n", described, WithTraces(told.traces));
-    RequireConfirmation(context, fmt::format("Delete {}?", described));
+    context.terminal.err << fmt::format("delete {}{}{}\n", described, WithTraces(told.traces),
+                                        WithMembers(told.members));
+    RequireConfirmation(context, fmt::format("Delete {}?", described), told.ids.size() + CountOf(told.traces));
     Transaction transaction(conn);
     Organisation present(conn);
     // Whoever was asked may have taken long.
@@ -635,8 +661,10 @@ Exit Delete(const Context& context)
         throw Refusal(Exit::conflict, fmt::format("{} has been changed meanwhile; nothing was deleted", described));
     }
     present.DeleteGroups(told.ids);
+    const std::size_t departments = SyncDepartments(present, told.group);
     transaction.Commit();
-    context.terminal.err << fmt::format("deleted {}\n", Counted(told.ids.size(), "group"));
+    context.terminal.err << fmt::format("deleted {}{}\n", Counted(told.ids.size(), "group"),
+                                        WithDepartments(departments));
     return Exit::done;
 }
 

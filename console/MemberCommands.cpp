@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
+#include "console/DepartmentSync.h"
 #include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Render.h"
@@ -13,6 +14,8 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+
+#include <algorithm>
 
 namespace console::member {
 
@@ -30,9 +33,10 @@ ItemKey FindGiven(const Organisation& organisation, const Arguments& arguments)
     return organisation.FindHolder(Given(arguments, kHolder).value_or(""));
 }
 
-/// Changes the membership of each user. @param change  of Roles: whether there was anything to do.
-Exit ChangeMembers(const Context& context, bool (Roles::*change)(ItemKey, int), std::string_view done,
-                   std::string_view notNeeded)
+/// Changes the membership of each user. @param change  of Roles: whether there was anything to do. @param sync  brings
+/// the departments of those users in step whose membership has changed.
+Exit ChangeMembers(const Context& context, bool (Roles::*change)(ItemKey, int), decltype(SyncJoined)& sync,
+                   std::string_view done, std::string_view notNeeded)
 {
     Opened opened(context.arguments);
     Transaction transaction(opened.Directory().Connection());
@@ -41,9 +45,17 @@ Exit ChangeMembers(const Context& context, bool (Roles::*change)(ItemKey, int), 
     const ItemKey holder = FindGiven(organisation, context.arguments);
     const std::string name = organisation.Named(holder);
     std::string told;
+    std::vector<int> changedUsers;
     for (const UserKey& user : FindUsers(opened.Directory(), context.arguments.users)) {
         const bool changed = (roles.*change)(holder, user.id);
         told += fmt::format("{} {} {}\n", Named(user), changed ? done : notNeeded, name);
+        if (changed) {
+            changedUsers.push_back(user.id);
+        }
+    }
+    const std::size_t departments = sync(organisation, holder, changedUsers);
+    if (departments > 0) {
+        told += DepartmentsChanged(departments) + "\n";
     }
     transaction.Commit();
     context.terminal.err << told;
@@ -121,12 +133,12 @@ Exit OfUser(const Context& context)
 
 Exit Add(const Context& context)
 {
-    return ChangeMembers(context, &Roles::Link, "is now a member of", "is a member already of");
+    return ChangeMembers(context, &Roles::Link, SyncJoined, "is now a member of", "is a member already of");
 }
 
 Exit Remove(const Context& context)
 {
-    return ChangeMembers(context, &Roles::Unlink, "is no longer a member of", "was no member of");
+    return ChangeMembers(context, &Roles::Unlink, SyncLeft, "is no longer a member of", "was no member of");
 }
 
 Exit Detach(const Context& context)
@@ -143,13 +155,17 @@ Exit Detach(const Context& context)
     for (const ItemKey holder : holders) {
         context.terminal.err << fmt::format("leave {}\n", organisation.Named(holder));
     }
-    RequireConfirmation(context, fmt::format("End {} of {}?", Counted(holders.size(), "membership"), Named(user)));
+    RequireConfirmation(context, fmt::format("End {} of {}?", Counted(holders.size(), "membership"), Named(user)),
+                        holders.size());
     Transaction transaction(opened.Directory().Connection());
+    std::size_t departments = 0;
     for (const ItemKey holder : holders) {
         roles.Unlink(holder, user.id);
+        departments = std::max(departments, SyncLeft(organisation, holder, {user.id}));
     }
     transaction.Commit();
-    context.terminal.err << fmt::format("ended {} of {}\n", Counted(holders.size(), "membership"), Named(user));
+    context.terminal.err << fmt::format("ended {} of {}{}\n", Counted(holders.size(), "membership"), Named(user),
+                                        WithDepartments(departments));
     return Exit::done;
 }
 

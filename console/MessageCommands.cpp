@@ -196,7 +196,8 @@ Exit Purge(const Context& context)
         return Exit::done;
     }
     context.terminal.err << fmt::format("delete {}\n", Described(counts));
-    RequireConfirmation(context, fmt::format("Delete {} from before {}?", Counted(counts.messages, "message"), before));
+    RequireConfirmation(context, fmt::format("Delete {} from before {}?", Counted(counts.messages, "message"), before),
+                        static_cast<std::size_t>(counts.messages + counts.attachments + counts.receipts));
     Purger purger(messages, before, static_cast<std::size_t>(batch), context.terminal);
     const MessageCounts deleted = purger.Run();
     context.terminal.err << fmt::format("deleted {} ({})\n", Described(deleted), purger.Pace());
@@ -215,7 +216,8 @@ Exit Sweep(const Context& context)
         return Exit::done;
     }
     context.terminal.err << fmt::format("delete {}\n", Described(told));
-    RequireConfirmation(context, fmt::format("Delete {}?", Described(told)));
+    RequireConfirmation(context, fmt::format("Delete {}?", Described(told)),
+                        static_cast<std::size_t>(told.attachments + told.receipts));
     Transaction transaction(messages.Connection());
     const OrphanCounts counts = messages.CountOrphans();
     messages.DeleteOrphans();
@@ -282,7 +284,7 @@ Exit Delete(const Context& context)
     LoginLog log(conn);
     const std::vector<int> ids = FindEntries(log, context.arguments.users);
     const std::string entries = ids.size() == 1 ? "1 entry" : fmt::format("{} entries", ids.size());
-    RequireConfirmation(context, fmt::format("Delete {} of the login log?", entries));
+    RequireConfirmation(context, fmt::format("Delete {} of the login log?", entries), ids.size());
     Transaction transaction(conn);
     for (const int id : ids) {
         log.Delete(id);

@@ -314,7 +314,7 @@ Exit Revoke(const Context& context)
     for (const ObjectRight& right : found) {
         context.terminal.err << fmt::format("revoke {}\n", Named(namer, right));
     }
-    RequireConfirmation(context, fmt::format("Revoke {}?", Counted(found.size(), "right")));
+    RequireConfirmation(context, fmt::format("Revoke {}?", Counted(found.size(), "right")), found.size());
     Transaction transaction(rights.Connection());
     for (const ObjectRight& right : found) {
         rights.Revoke(right.id);

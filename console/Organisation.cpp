@@ -698,6 +698,29 @@ std::map<ItemKey, std::vector<Member>> Organisation::LoadMembers()
     return members;
 }
 
+MemberCounts Organisation::CountMembers(const std::vector<int>& groups)
+{
+    const std::unordered_set<int> counted(groups.begin(), groups.end());
+    std::unordered_set<int> members;
+    std::unordered_set<int> others; // who are members of other groups
+    EachRow(m_conn,
+            fmt::format("SELECT r.Col_DQvItemID, r.Col_QvItemID FROM qv_Relation r INNER JOIN qv_User u ON u.Col_ID = "
+                        "r.Col_DQvItemID WHERE r.Col_QvItemType = {} AND r.Col_DQvItemType = {} AND r.Col_RelType = {}",
+                        kItemTypeGroup, kItemTypeUser, kMembership),
+            [&](CARecordset& row) {
+                int user = 0;
+                ItemKey group{kItemTypeGroup, 0};
+                ColumnReader(row) >> user >> group.id;
+                if (counted.contains(group.id)) {
+                    members.insert(user);
+                } else if (IndexOf(group)) {
+                    others.insert(user);
+                }
+            });
+    const auto isInOther = [&others](int user) { return others.contains(user); };
+    return {members.size(), members.size() - static_cast<std::size_t>(std::ranges::count_if(members, isInOther))};
+}
+
 std::vector<Trace> Organisation::Traces(int type, const std::vector<int>& ids)
 {
     std::vector<Trace> traces;

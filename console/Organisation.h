@@ -81,6 +81,14 @@ struct Member {
     std::string name;
 };
 
+/// Users who are members of some groups, each counted once.
+struct MemberCounts {
+    std::size_t users = 0;
+    std::size_t inNoOther = 0; ///< of those, who are in no other group
+
+    bool operator==(const MemberCounts&) const = default;
+};
+
 /// The views and groups of a directory: a picture of how they hang together, read at once when it is made, and the
 /// writes, which do not change the picture. Any text goes in and comes out as it is, whatever the engine.
 ///
@@ -140,6 +148,8 @@ public:
     int GroupStyle(int id);
     /// Who are members directly, of every view and group, by login name.
     std::map<ItemKey, std::vector<Member>> LoadMembers();
+    /// Who are members of these groups directly.
+    MemberCounts CountMembers(const std::vector<int>& groups);
     /// What stands elsewhere about items of one type, in sum; kinds of which there is nothing are left out.
     std::vector<Trace> Traces(int type, const std::vector<int>& ids);
     /// The name of the system view without an owner; empty when there is none.

@@ -185,12 +185,19 @@ struct Wording {
     std::string_view doneInSum;
     std::string_view notNeededInSum;
     std::string_view nothingDone;
+    bool removes;
 };
 
-constexpr Wording kAssigning = {"Assign {} to {}?",  "now has",           "already has",
-                                "assigned {} to {}", "{} had it already", "nothing was assigned"};
-constexpr Wording kUnassigning = {"Take {} from {}?", "no longer has",      "did not have",
-                                  "took {} from {}",  "{} did not have it", "nothing was taken away"};
+constexpr Wording kAssigning = {
+    "Assign {} to {}?",     "now has", "already has", "assigned {} to {}", "{} had it already",
+    "nothing was assigned", false};
+constexpr Wording kUnassigning = {"Take {} from {}?",
+                                  "no longer has",
+                                  "did not have",
+                                  "took {} from {}",
+                                  "{} did not have it",
+                                  "nothing was taken away",
+                                  true};
 
 void Confirm(const Context& context, const Selection& selection, const Wording& wording)
 {
@@ -202,7 +209,7 @@ void Confirm(const Context& context, const Selection& selection, const Wording& 
     const std::string items = CountedItems(selection.items);
     context.terminal.err << items << '\n';
     RequireConfirmation(context, fmt::format(fmt::runtime(wording.question), Named(selection.plan), items),
-                        wording.nothingDone);
+                        wording.removes ? selection.items.size() : 0, wording.nothingDone);
 }
 
 std::string OutcomeInSum(const Selection& selection, const std::set<ItemKey>& changed, const Wording& wording)
@@ -399,7 +406,7 @@ Exit Delete(const Context& context)
     context.terminal.err << fmt::format("delete {}{}\n", Named(plan),
                                         told == 0 ? ""
                                                   : ", with " + Counted(static_cast<std::size_t>(told), "assignment"));
-    RequireConfirmation(context, fmt::format("Delete {}?", Named(plan)));
+    RequireConfirmation(context, fmt::format("Delete {}?", Named(plan)), 1 + static_cast<std::size_t>(told));
     Transaction transaction(conn);
     // Whoever was asked may have taken long.
     if (plans.CountAssignments(plan.id) != told || FindGiven(plans, context.arguments).id != plan.id) {

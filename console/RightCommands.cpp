@@ -186,7 +186,7 @@ void RevokeEvery(const Context& context, Rights& rights)
         return;
     }
     context.terminal.err << fmt::format("{} has {}\n", Named(item), Counted(rows, "right"));
-    RequireConfirmation(context, fmt::format("End {} of {}?", Counted(rows, "right"), Named(item)));
+    RequireConfirmation(context, fmt::format("End {} of {}?", Counted(rows, "right"), Named(item)), rows);
     Transaction transaction(rights.Connection());
     RequireStillSo(rights.Of(item.key).size() == rows);
     rights.RevokeAll(item.key);
@@ -339,7 +339,7 @@ Exit ClearOn(const Context& context)
         throw Refusal(Exit::notFound, fmt::format("nobody has {}", what));
     }
     TellHolders(context, conn, rows);
-    RequireConfirmation(context, fmt::format("Delete {} in {}?", what, Counted(rows.size(), "row")));
+    RequireConfirmation(context, fmt::format("Delete {} in {}?", what, Counted(rows.size(), "row")), rows.size());
     Transaction transaction(conn);
     RequireStillSo(rights.HeldOn(on.key, function).size() == rows.size());
     rights.RevokeOnFromAll(on.key, function);

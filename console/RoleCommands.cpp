@@ -250,10 +250,13 @@ Exit Delete(const Context& context)
     Roles roles(opened.Directory().Connection());
     const std::vector<RoleKey> several = FindRoles(roles, context.arguments.users, ScopeOf(context.arguments));
     RefuseProtected(roles, several);
+    std::size_t removed = several.size();
     for (const RoleKey& role : several) {
-        context.terminal.err << fmt::format("delete {}{}\n", Named(role), WithTraces(roles.Traces(role.id)));
+        const std::vector<Trace> traces = roles.Traces(role.id);
+        removed += CountOf(traces);
+        context.terminal.err << fmt::format("delete {}{}\n", Named(role), WithTraces(traces));
     }
-    RequireConfirmation(context, fmt::format("Delete {}?", Counted(several.size(), "role")));
+    RequireConfirmation(context, fmt::format("Delete {}?", Counted(several.size(), "role")), removed);
     Transaction transaction(opened.Directory().Connection());
     for (const RoleKey& role : several) {
         roles.Delete(role.id);

@@ -280,7 +280,7 @@ Exit Delete(const Context& context)
     const std::vector<Setting> found = FindSettings(settings);
     const std::string what =
         Described(found.front()) + (found.size() > 1 ? fmt::format(" ({} rows)", found.size()) : "");
-    RequireConfirmation(context, fmt::format("Delete the setting {}?", what), kNothingDone);
+    RequireConfirmation(context, fmt::format("Delete the setting {}?", what), found.size(), kNothingDone);
     Transaction transaction(conn);
     settings.Delete(found.front().name, found.front().genre);
     transaction.Commit();
@@ -347,7 +347,8 @@ Exit Picture(const Context& context)
     }
     const auto users = static_cast<std::size_t>(options.allUsers ? opened.Directory().Count() : 0);
     if (options.allUsers) {
-        RequireConfirmation(context, fmt::format("Replace the picture of {}?", Counted(users, "user")), kNothingDone);
+        RequireConfirmation(context, fmt::format("Replace the picture of {}?", Counted(users, "user")), users,
+                            kNothingDone);
     }
     Transaction transaction(conn);
     settings.SetPicture(*options.picture);

@@ -179,11 +179,16 @@ Exit SetLocked(const Context& context, bool locked)
     return Exit::done;
 }
 
-void TellWhatGoes(const Context& context, Directory& directory, const std::vector<UserKey>& users)
+/// @return how many things go.
+std::size_t TellWhatGoes(const Context& context, Directory& directory, const std::vector<UserKey>& users)
 {
+    std::size_t removed = users.size();
     for (const UserKey& user : users) {
-        context.terminal.err << fmt::format("delete {}{}\n", Named(user), WithTraces(directory.Traces(user.id)));
+        const std::vector<Trace> traces = directory.Traces(user.id);
+        removed += CountOf(traces);
+        context.terminal.err << fmt::format("delete {}{}\n", Named(user), WithTraces(traces));
     }
+    return removed;
 }
 
 void RefuseBuiltIn(const std::vector<UserKey>& users)
@@ -431,8 +436,8 @@ Exit Delete(const Context& context)
     Directory& directory = opened.Directory();
     const std::vector<UserKey> users = FindUsers(directory, context.arguments.users);
     RefuseBuiltIn(users);
-    TellWhatGoes(context, directory, users);
-    RequireConfirmation(context, fmt::format("Delete {}?", Counted(users.size(), "user")));
+    const std::size_t removed = TellWhatGoes(context, directory, users);
+    RequireConfirmation(context, fmt::format("Delete {}?", Counted(users.size(), "user")), removed);
     Transaction transaction(directory.Connection());
     for (const UserKey& user : users) {
         DeleteUser(directory, user);

@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
+#include "console/DepartmentSync.h"
 #include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Organisation.h"
@@ -255,20 +256,23 @@ Exit Delete(const Context& context)
     Organisation organisation(conn);
     const ItemKey key = organisation.FindView(WrittenView(context.arguments));
     const std::string named = organisation.Named(key);
-    const std::string traces = WithTraces(organisation.Traces(kItemTypeView, {key.id}));
+    const std::vector<Trace> going = organisation.Traces(kItemTypeView, {key.id});
+    const std::string traces = WithTraces(going);
     const std::size_t groups = organisation.Find(key)->children.size();
     context.terminal.err << fmt::format(
         "delete {}{}{}\n", named, traces,
         groups == 0 ? "" : fmt::format("; {} directly below stay, without this view", Counted(groups, "group")));
-    RequireConfirmation(context, fmt::format("Delete {}?", named));
+    RequireConfirmation(context, fmt::format("Delete {}?", named), 1 + CountOf(going));
     Transaction transaction(conn);
     // Whoever was asked may have taken long.
     if (WithTraces(organisation.Traces(kItemTypeView, {key.id})) != traces) {
         throw Refusal(Exit::conflict, fmt::format("{} has been changed meanwhile; nothing was deleted", named));
     }
+    const Organisation before(conn);
     organisation.DeleteView(key.id);
+    const std::size_t departments = SyncDepartments(before, key);
     transaction.Commit();
-    context.terminal.err << fmt::format("deleted {}\n", named);
+    context.terminal.err << fmt::format("deleted {}{}\n", named, WithDepartments(departments));
     return Exit::done;
 }
 

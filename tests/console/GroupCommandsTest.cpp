@@ -333,6 +333,28 @@ TEST_F(GroupCommandsTest, AGroupThatHoldsSomethingIsDeletedOnlyRecursivelyAndUse
     EXPECT_EQ(Done({"user", "count"}), "1\n");
 }
 
+TEST_F(GroupCommandsTest, DeletingCountsPeopleOnAllLevelsOnceAndThoseWhoAreLeftWithoutAGroup)
+{
+    Create("/Main/A");
+    Create("/Main/A/B");
+    Create("/Main/C");
+    for (const char* login : {"amy", "rory", "kim"}) {
+        Done({"user", "create", login});
+    }
+    Link(2, 2, 1, 1);
+    Link(2, 2, 2, 1);
+    Link(2, 2, 3, 1);
+    Link(1, 2, 2, 1);
+    Link(3, 2, 3, 1);
+    Link(2, 2, 77, 1);
+    ExpectRefusal({"group", "delete", "/Main/A"}, 4, "holds 1 group and 3 users, on all levels");
+    const ChildResult asked = Run({"group", "delete", "/Main/A", "--recursive"});
+    EXPECT_EQ(asked.exit, 9);
+    EXPECT_THAT(asked.err, HasSubstr("; members: 3 users, of whom 2 will be in no group\n"));
+    EXPECT_THAT(Run({"group", "delete", "/Main/C", "--recursive"}).err,
+                HasSubstr("; members: 1 user, of whom 0 will be in no group\n"));
+}
+
 TEST_F(GroupCommandsTest, OnATerminalItAsks)
 {
     Create("/Main/A");
