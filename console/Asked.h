@@ -8,6 +8,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 // How the façades ask: the module's operations, and reads of their own.
 
@@ -24,7 +25,8 @@ void Run(const CAConnect& conn, Operation operation)
     }
 }
 
-/// Gives every row of a query to `row(recordset)`. @param most  rows to read at most. @throws DatabaseError.
+/// Gives every row of a query to `row(recordset)`; when that gives false, it was the last.
+/// @param most  rows to read at most. @throws DatabaseError.
 template <class Row>
 void EachRow(CAConnect& conn, const std::string& sql, Row row, int most = std::numeric_limits<int>::max())
 {
@@ -33,9 +35,14 @@ void EachRow(CAConnect& conn, const std::string& sql, Row row, int most = std::n
         if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
             throw CAException("the connection is not open");
         }
-        for (int i = 0; i < most && rs.IsEOF() == 0; ++i) {
-            row(rs);
-            rs.MoveNext();
+        for (int i = 0; i < most && rs.IsEOF() == 0; ++i, rs.MoveNext()) {
+            if constexpr (std::is_same_v<decltype(row(rs)), bool>) {
+                if (!row(rs)) {
+                    return;
+                }
+            } else {
+                row(rs);
+            }
         }
     });
 }

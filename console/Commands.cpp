@@ -561,9 +561,8 @@ int RunProgram(int count, const char* const* words, Terminal& terminal)
 {
     Exit code = RunReporting({words + 1, words + count}, terminal);
     terminal.out.flush();
-    if (!terminal.out && terminal.outIsClosed()) {
-        code = Exit::failed;
-    } else if (!terminal.out) {
+    // Who closed it has read enough, which is no failure.
+    if (!terminal.out && !terminal.outIsClosed()) {
         code = Reported(Exit::failed, "the output could not be written in full; what the command changed stays changed",
                         terminal);
     }

@@ -11,12 +11,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <compare>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <span>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -32,7 +32,7 @@ struct Department {
     int id = 0;
     std::string text;
 
-    auto operator<=>(const Department&) const = default;
+    bool operator<(const Department& other) const { return std::tie(id, text) < std::tie(other.id, other.text); }
 };
 
 /// What a department is to become; nothing where it stays.
@@ -71,7 +71,7 @@ public:
         std::string text;
         for (const Place* place = m_organisation.Find(group); place != nullptr && IsGroup(*place);
              place = place->via ? &m_organisation.Places()[*place->via] : nullptr) {
-            text = PathEscaped(place->name) + (text.empty() ? "" : "/") + text;
+            text.insert(0, PathEscaped(place->name) + (text.empty() ? "" : "/"));
         }
         return text;
     }
@@ -254,7 +254,7 @@ std::map<int, Holders> ReadHolders(CAConnect& conn, const std::string& condition
 void Write(CAConnect& conn, const Department& department, const std::string& condition)
 {
     const std::string sql = fmt::format("UPDATE qv_User SET Col_DeptID = {}, Col_DeptInfo = '{}' WHERE {}",
-                                        department.id, Escaped(conn, department.text).View(), condition);
+                                        department.id, EscapeLiteral(conn, department.text).View(), condition);
     Asking(conn, [&] { conn.Execute(sql.c_str()); });
 }
 
@@ -270,7 +270,9 @@ void InParts(std::span<const int> ids, Use use)
 std::size_t WriteChanges(CAConnect& conn, int oldId, const Holders& holders)
 {
     std::size_t changed = 0;
-    for (const auto& [department, users] : holders.changes) {
+    for (const auto& entry : holders.changes) {
+        const Department& department = entry.first;
+        const std::vector<int>& users = entry.second;
         changed += users.size();
         if (users.size() == holders.count && users.size() > kIdsPerStatement) {
             // The range spares the engine the rest of the table, which has no index by department.

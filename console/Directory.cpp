@@ -4,12 +4,13 @@
 #include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
+#include "console/LoginOrder.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <utility>
 
 namespace console {
 
@@ -75,6 +76,21 @@ FieldValues ReadAllColumns(CARecordset& row)
         values[&field] = isThere ? Stored(Text(text)) : Stored();
     }
     return values;
+}
+
+ListedUser ReadListed(CARecordset& row)
+{
+    ListedUser user;
+    row.GetValue(1, user.id);
+    user.login = TextIn(row, 2);
+    user.name = TextIn(row, 3);
+    row.GetValue(4, user.sex);
+    user.mobile = TextIn(row, 5);
+    user.email = TextIn(row, 6);
+    user.department = TextIn(row, 7);
+    user.title = TextIn(row, 8);
+    row.GetValue(9, user.locked);
+    return user;
 }
 
 } // namespace
@@ -194,28 +210,20 @@ int Directory::Count()
     return count;
 }
 
-std::vector<ListedUser> Directory::List()
+void Directory::List(const std::function<bool(const ListedUser&)>& isWanted, std::size_t limit,
+                     const std::function<bool(const ListedUser&)>& take)
 {
-    CUIntArray ids;
-    CUIntArray sexes;
-    CUIntArray locked;
-    CStringArray logins;
-    CStringArray names;
-    CStringArray mobiles;
-    CStringArray emails;
-    CStringArray departments;
-    CStringArray titles;
-    Run(m_conn, [&] {
-        return CQVBaseFun::LoadHumanInfo(m_conn, ids, logins, names, sexes, mobiles, emails, departments, titles,
-                                         locked);
-    });
-    std::vector<ListedUser> users;
-    users.reserve(static_cast<std::size_t>(ids.GetSize()));
-    for (int i = 0; i < ids.GetSize(); ++i) {
-        users.push_back({static_cast<int>(ids[i]), Text(logins[i]), Text(names[i]), static_cast<int>(sexes[i]),
-                         Text(mobiles[i]), Text(emails[i]), Text(departments[i]), Text(titles[i]), locked[i] != 0});
-    }
-    return users;
+    const std::string order = OrderByLogin(m_conn);
+    LoginOrder<ListedUser> users(!order.empty(), limit, take);
+    EachRow(m_conn,
+            "SELECT Col_ID, Col_LoginName, Col_Name, Col_Sex, Col_Mobile, Col_EMail, Col_DeptInfo, Col_o_JobTitle, "
+            "Col_Disabled FROM qv_User" +
+                order,
+            [&](CARecordset& row) {
+                ListedUser user = ReadListed(row);
+                return !isWanted(user) || users.Add(std::move(user));
+            });
+    users.Finish();
 }
 
 std::optional<FieldValues> Directory::Load(int id)

@@ -3,6 +3,8 @@
 #include "console/Fields.h"
 #include "directory/HumanItem.h"
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,15 +26,15 @@ struct NamedUser {
 
 /// What a list shows of a user.
 struct ListedUser {
-    int id;
+    int id = 0;
     std::string login;
     std::string name;
-    int sex;
+    int sex = 0;
     std::string mobile;
     std::string email;
     std::string department;
     std::string title;
-    bool locked;
+    bool locked = false;
 };
 
 /// What a user may change of himself.
@@ -85,7 +87,11 @@ public:
     std::string NameOfId(int id);
     std::optional<NamedUser> FindNamed(std::string_view login);
     int Count();
-    std::vector<ListedUser> List();
+    /// Gives users to `take`, by login name, case not counting, until it gives false or there are `limit`; holds no
+    /// more of them than it must.
+    /// @param isWanted  which users count.
+    void List(const std::function<bool(const ListedUser&)>& isWanted, std::size_t limit,
+              const std::function<bool(const ListedUser&)>& take);
     /// All columns of a user; nothing when there is no such user.
     std::optional<FieldValues> Load(int id);
     /// What stands elsewhere about a user; kinds of which there is nothing are left out.

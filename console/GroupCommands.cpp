@@ -199,17 +199,6 @@ void DrawAll(const Organisation& organisation, TreeDrawing& drawing)
 
 // ---- Others ---------------------------------------------------------------------------------------------------------
 
-Table AsTable(const Organisation& organisation, const std::vector<ItemKey>& groups)
-{
-    Table table{{"id", "name", "path", "sort_index", "users", "groups"}, {}};
-    for (const ItemKey key : groups) {
-        const Place& place = *organisation.Find(key);
-        table.rows.push_back({std::int64_t{key.id}, place.name, organisation.PathOf(key), std::int64_t{place.sortIndex},
-                              std::int64_t{place.users}, static_cast<std::int64_t>(place.children.size())});
-    }
-    return table;
-}
-
 template <class IsWanted>
 std::vector<ItemKey> GroupsWhere(const Organisation& organisation, IsWanted isWanted)
 {
@@ -477,7 +466,17 @@ Exit List(const Context& context)
     const std::vector<ItemKey> groups =
         path ? Keys(organisation, organisation.Find(organisation.FindHolder(*path))->children)
              : GroupsWhere(organisation, [](const Place&) { return true; });
-    Render(context.arguments.format, AsTable(organisation, groups), context.terminal.out);
+    TableWriter writer(context.arguments.format, {"id", "name", "path", "sort_index", "users", "groups"},
+                       context.terminal.out);
+    for (const ItemKey key : groups) {
+        const Place& place = *organisation.Find(key);
+        if (!writer.Write(MakeRow(std::int64_t{key.id}, place.name, organisation.PathOf(key),
+                                  std::int64_t{place.sortIndex}, std::int64_t{place.users},
+                                  static_cast<std::int64_t>(place.children.size())))) {
+            break;
+        }
+    }
+    writer.Finish();
     return Exit::done;
 }
 
@@ -514,11 +513,13 @@ Exit Find(const Context& context)
     const std::string part = UpperName(Given(context.arguments, kText).value_or(""));
     const std::vector<ItemKey> groups = GroupsWhere(
         organisation, [&part](const Place& place) { return place.upperName.find(part) != std::string::npos; });
-    Table table{{"id", "path"}, {}};
+    TableWriter writer(context.arguments.format, {"id", "path"}, context.terminal.out);
     for (const ItemKey key : groups) {
-        table.rows.push_back({std::int64_t{key.id}, organisation.PathOf(key)});
+        if (!writer.Write(MakeRow(std::int64_t{key.id}, organisation.PathOf(key)))) {
+            break;
+        }
     }
-    Render(context.arguments.format, table, context.terminal.out);
+    writer.Finish();
     return Exit::done;
 }
 

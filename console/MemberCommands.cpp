@@ -102,15 +102,15 @@ Exit List(const Context& context)
     const Organisation organisation(opened.Directory().Connection());
     Roles roles(opened.Directory().Connection());
     const ItemKey holder = FindGiven(organisation, context.arguments);
-    Table table{{"type", "id", "login", "name"}, {}};
+    TableWriter writer(context.arguments.format, {"type", "id", "login", "name"}, context.terminal.out);
     for (const std::size_t child : organisation.Find(holder)->children) {
         const Place& group = organisation.Places()[child];
-        table.rows.push_back({"group", std::int64_t{group.key.id}, {}, group.name});
+        writer.Write(MakeRow("group", std::int64_t{group.key.id}, Value(), group.name));
     }
-    for (const LinkedUser& user : roles.UsersOf(holder)) {
-        table.rows.push_back({"user", std::int64_t{user.id}, user.login, user.name});
-    }
-    Render(context.arguments.format, table, context.terminal.out);
+    roles.UsersOf(holder, [&writer](const LinkedUser& user) {
+        return writer.Write(MakeRow("user", std::int64_t{user.id}, user.login, user.name));
+    });
+    writer.Finish();
     return Exit::done;
 }
 

@@ -20,6 +20,8 @@
 #include <cmath>
 #include <functional>
 #include <numeric>
+#include <optional>
+#include <utility>
 
 namespace console::message {
 
@@ -273,7 +275,14 @@ Exit List(const Context& context)
 {
     Opened opened(context.arguments);
     LoginLog log(opened.Directory().Connection());
-    Render(context.arguments.format, log.Entries(LimitOf(context.arguments)), context.terminal.out);
+    std::optional<TableWriter> writer;
+    log.Entries(
+        LimitOf(context.arguments),
+        [&](std::vector<std::string> columns) {
+            writer.emplace(context.arguments.format, std::move(columns), context.terminal.out);
+        },
+        [&](const std::vector<Value>& row) { return writer->Write(row); });
+    writer->Finish();
     return Exit::done;
 }
 

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace console {
 
@@ -166,21 +167,22 @@ void Messages::DeleteOrphans()
 
 // ---- Login log ------------------------------------------------------------------------------------------------------
 
-Table LoginLog::Entries(std::size_t limit)
+void LoginLog::Entries(std::size_t limit, const std::function<void(std::vector<std::string>)>& begin,
+                       const std::function<bool(const std::vector<Value>&)>& take)
 {
-    Table table;
     Asking(m_conn, [&] {
         CARecordset rs;
         OpenRows(rs, m_conn, "SELECT * FROM kel_log ORDER BY Col_ID DESC");
         const long idColumn = rs.GetColumnNumber("Col_ID");
+        std::vector<std::string> columns;
         for (long column = 1; column <= rs.GetColumnCount(); ++column) {
-            table.columns.push_back(column == idColumn ? "id" : std::string(rs.GetColumnName(column).View()));
+            columns.push_back(column == idColumn ? "id" : std::string(rs.GetColumnName(column).View()));
         }
-        for (; rs.IsEOF() == 0 && table.rows.size() < limit; rs.MoveNext()) {
-            table.rows.push_back(RowOf(rs, idColumn));
+        begin(std::move(columns));
+        for (std::size_t i = 0; i < limit && rs.IsEOF() == 0 && take(RowOf(rs, idColumn)); ++i) {
+            rs.MoveNext();
         }
     });
-    return table;
 }
 
 bool LoginLog::Has(int id)

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -78,8 +79,10 @@ public:
     /// @param conn  open, and stays so while this is used.
     explicit LoginLog(CAConnect& conn) : m_conn(conn) {}
 
-    /// The entries, those of the highest ids first, with all columns that there are. @param limit  so many at most.
-    Table Entries(std::size_t limit);
+    /// Gives the names of all columns that there are to `begin`, and then the entries to `take`, those of the highest
+    /// ids first, until it gives false. @param limit  so many at most.
+    void Entries(std::size_t limit, const std::function<void(std::vector<std::string>)>& begin,
+                 const std::function<bool(const std::vector<Value>&)>& take);
     bool Has(int id);
     void Delete(int id);
 

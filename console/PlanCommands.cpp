@@ -499,12 +499,13 @@ Exit List(const Context& context)
     Opened opened(arguments);
     const LogFilter filter{GivenNumber(arguments, kOnlyClass), GivenNumber(arguments, kOnlyObject),
                            Given(arguments, kOnlyType), arguments.limit};
-    Table table{{"class_id", "object_id", "type", "content", "creator_id", "creator", "genre"}, {}};
-    for (const LogEntry& entry : DocLog(opened.Directory().Connection()).List(filter)) {
-        table.rows.push_back({std::int64_t{entry.classId}, std::int64_t{entry.objectId}, entry.type, entry.content,
-                              std::int64_t{entry.creatorId}, entry.creator, entry.genre});
-    }
-    Render(arguments.format, table, context.terminal.out);
+    TableWriter writer(arguments.format, {"class_id", "object_id", "type", "content", "creator_id", "creator", "genre"},
+                       context.terminal.out);
+    DocLog(opened.Directory().Connection()).List(filter, [&writer](const LogEntry& entry) {
+        return writer.Write(MakeRow(std::int64_t{entry.classId}, std::int64_t{entry.objectId}, entry.type,
+                                    entry.content, std::int64_t{entry.creatorId}, entry.creator, entry.genre));
+    });
+    writer.Finish();
     return Exit::done;
 }
 

@@ -204,16 +204,15 @@ void DocLog::Add(const LogEntry& entry)
     });
 }
 
-std::vector<LogEntry> DocLog::List(const LogFilter& filter)
+void DocLog::List(const LogFilter& filter, const std::function<bool(const LogEntry&)>& take)
 {
     std::string sql = "SELECT Col_R_ClassID, Col_R_ObjID, Col_Type, Col_Content, Col_Creator_ID, Col_Creator_Name, "
                       "Col_Genre FROM Tab_Doc_Log WHERE 1 = 1";
     sql += filter.classId ? fmt::format(" AND Col_R_ClassID = {}", *filter.classId) : "";
     sql += filter.objectId ? fmt::format(" AND Col_R_ObjID = {}", *filter.objectId) : "";
     sql += filter.type ? fmt::format(" AND Col_Type = '{}'", EscapeLiteral(m_conn, *filter.type).View()) : "";
-    std::vector<LogEntry> entries;
-    const auto read = [&entries](CARecordset& row) {
-        LogEntry& entry = entries.emplace_back();
+    const auto read = [&take](CARecordset& row) {
+        LogEntry entry;
         row.GetValue(1, entry.classId);
         row.GetValue(2, entry.objectId);
         entry.type = TextIn(row, 3);
@@ -221,9 +220,9 @@ std::vector<LogEntry> DocLog::List(const LogFilter& filter)
         row.GetValue(5, entry.creatorId);
         entry.creator = TextIn(row, 6);
         entry.genre = TextIn(row, 7);
+        return take(entry);
     };
     EachRow(m_conn, sql, read, filter.limit.value_or(std::numeric_limits<int>::max()));
-    return entries;
 }
 
 } // namespace console

@@ -3,6 +3,7 @@
 #include "console/Organisation.h"
 #include "platform/CString.h"
 
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -116,8 +117,8 @@ public:
     explicit DocLog(CAConnect& conn) : m_conn(conn) {}
 
     void Add(const LogEntry& entry);
-    /// In the order of the table: it has neither a date nor an id.
-    std::vector<LogEntry> List(const LogFilter& filter);
+    /// Gives the entries to `take`, until it gives false, in the order of the table: it has neither a date nor an id.
+    void List(const LogFilter& filter, const std::function<bool(const LogEntry&)>& take);
 
 private:
     CAConnect& m_conn;

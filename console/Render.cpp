@@ -89,22 +89,6 @@ void WriteCsvField(const std::string& field, std::ostream& out)
     out << '"';
 }
 
-struct Cell {
-    std::string text;
-    std::size_t width;
-};
-
-Cell CellOf(std::string text)
-{
-    const std::size_t width = DisplayWidth(text);
-    return {std::move(text), width};
-}
-
-struct Layout {
-    std::vector<std::size_t> widths;
-    std::vector<bool> alignedRight;
-};
-
 void Pad(std::size_t count, std::ostream& out)
 {
     for (; count > 0; --count) {
@@ -112,101 +96,28 @@ void Pad(std::size_t count, std::ostream& out)
     }
 }
 
-void WriteLine(const std::vector<Cell>& cells, const Layout& layout, std::ostream& out)
+std::vector<std::string> TextsForPrograms(const std::vector<Value>& row)
 {
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        const std::size_t missing = layout.widths[i] - cells[i].width;
-        Pad(i == 0 ? 0 : 2, out);
-        Pad(layout.alignedRight[i] ? missing : 0, out);
-        out << cells[i].text;
-        // No blanks at the end of a line: a narrow terminal would wrap them.
-        Pad(layout.alignedRight[i] || i + 1 == cells.size() ? 0 : missing, out);
-    }
-    out << '\n';
+    std::vector<std::string> texts;
+    std::ranges::transform(row, std::back_inserter(texts), ForPrograms);
+    return texts;
 }
 
-bool HoldsNumbersOnly(const Table& table, std::size_t column)
-{
-    const auto fits = [column](const auto& row) { return IsNumber(row[column]) || IsAbsent(row[column]); };
-    const auto isNumber = [column](const auto& row) { return IsNumber(row[column]); };
-    return std::ranges::all_of(table.rows, fits) && std::ranges::any_of(table.rows, isNumber);
-}
-
-Layout Measured(const Table& table, const std::vector<std::vector<Cell>>& lines)
-{
-    Layout layout;
-    for (std::size_t i = 0; i < table.columns.size(); ++i) {
-        std::size_t widest = 0;
-        for (const std::vector<Cell>& line : lines) {
-            widest = std::max(widest, line[i].width);
-        }
-        layout.widths.push_back(widest);
-        layout.alignedRight.push_back(HoldsNumbersOnly(table, i));
-    }
-    return layout;
-}
-
-void WriteTable(const Table& table, std::ostream& out)
-{
-    std::vector<std::vector<Cell>> lines(1);
-    std::ranges::transform(table.columns, std::back_inserter(lines.front()),
-                           [](const std::string& name) { return CellOf(Visible(name)); });
-    for (const std::vector<Value>& row : table.rows) {
-        std::vector<Cell>& line = lines.emplace_back();
-        std::ranges::transform(row, std::back_inserter(line),
-                               [](const Value& value) { return CellOf(ForPeople(value)); });
-    }
-    const Layout layout = Measured(table, lines);
-    for (const std::vector<Cell>& line : lines) {
-        WriteLine(line, layout, out);
-    }
-}
-
-void WriteCsv(const Table& table, std::ostream& out)
-{
-    WriteCsvRow(table.columns, out);
-    for (const std::vector<Value>& row : table.rows) {
-        std::vector<std::string> fields;
-        std::ranges::transform(row, std::back_inserter(fields), ForPrograms);
-        WriteCsvRow(fields, out);
-    }
-}
-
-Json AsObject(const Table& table, const std::vector<Value>& row)
+Json AsObject(const std::vector<std::string>& columns, const std::vector<Value>& row)
 {
     Json object = Json::object();
-    for (std::size_t i = 0; i < table.columns.size(); ++i) {
-        object[table.columns[i]] = AsJson(row[i]);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        object[columns[i]] = AsJson(row[i]);
     }
     return object;
 }
 
-void WriteJson(const Table& table, std::ostream& out)
+void WritePlainRow(const std::vector<Value>& row, std::ostream& out)
 {
-    const char* between = "";
-    out << '[';
-    for (const std::vector<Value>& row : table.rows) {
-        out << between << "\n  " << Written(AsObject(table, row), -1);
-        between = ",";
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        out << (i == 0 ? "" : "\t") << PlainText(row[i]);
     }
-    out << (table.rows.empty() ? "]\n" : "\n]\n");
-}
-
-void WriteJsonLines(const Table& table, std::ostream& out)
-{
-    for (const std::vector<Value>& row : table.rows) {
-        out << Written(AsObject(table, row), -1) << '\n';
-    }
-}
-
-void WritePlain(const Table& table, std::ostream& out)
-{
-    for (const std::vector<Value>& row : table.rows) {
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            out << (i == 0 ? "" : "\t") << PlainText(row[i]);
-        }
-        out << '\n';
-    }
+    out << '\n';
 }
 
 /// The record as a table of one row.
@@ -255,39 +166,127 @@ std::optional<Format> FindFormat(std::string_view name)
     return found == kFormats.end() ? std::nullopt : std::optional(found->second);
 }
 
-void Render(Format format, const Table& table, std::ostream& out)
+TableWriter::TableWriter(Format format, std::vector<std::string> columns, std::ostream& out, std::size_t measured)
+    : m_format(format), m_names(std::move(columns)), m_out(out), m_measured(measured), m_columns(m_names.size())
 {
-    switch (format) {
+    if (m_format == Format::csv) {
+        WriteCsvRow(m_names, m_out);
+    } else if (m_format == Format::json) {
+        m_out << '[';
+    } else if (m_format == Format::table) {
+        std::vector<Cell>& header = m_held.emplace_back();
+        std::ranges::transform(m_names, std::back_inserter(header),
+                               [](const std::string& name) { return CellOf(Visible(name)); });
+        for (std::size_t i = 0; i < header.size(); ++i) {
+            m_columns[i].width = header[i].width;
+        }
+    }
+}
+
+bool TableWriter::Write(const std::vector<Value>& row)
+{
+    switch (m_format) {
     case Format::table:
-        WriteTable(table, out);
+        Hold(row);
         break;
     case Format::csv:
-        WriteCsv(table, out);
+        WriteCsvRow(TextsForPrograms(row), m_out);
         break;
     case Format::json:
-        WriteJson(table, out);
+        m_out << (m_isFirst ? "\n  " : ",\n  ") << Written(AsObject(m_names, row), -1);
         break;
     case Format::jsonl:
-        WriteJsonLines(table, out);
+        m_out << Written(AsObject(m_names, row), -1) << '\n';
         break;
     case Format::plain:
-        WritePlain(table, out);
+        WritePlainRow(row, m_out);
         break;
     }
+    m_isFirst = false;
+    return !m_out.fail();
+}
+
+void TableWriter::Finish()
+{
+    if (m_format == Format::json) {
+        m_out << (m_isFirst ? "]\n" : "\n]\n");
+    } else if (m_format == Format::table) {
+        WriteHeld();
+    }
+}
+
+TableWriter::Cell TableWriter::CellOf(std::string text)
+{
+    const std::size_t width = DisplayWidth(text);
+    return {std::move(text), width};
+}
+
+void TableWriter::Hold(const std::vector<Value>& row)
+{
+    std::vector<Cell>& cells = m_held.emplace_back();
+    std::ranges::transform(row, std::back_inserter(cells), [](const Value& value) { return CellOf(ForPeople(value)); });
+    if (m_isMeasured) {
+        WriteHeld();
+        return;
+    }
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        Column& column = m_columns[i];
+        column.width = std::max(column.width, cells[i].width);
+        column.holdsNumber = column.holdsNumber || IsNumber(row[i]);
+        column.holdsOther = column.holdsOther || !(IsNumber(row[i]) || IsAbsent(row[i]));
+    }
+    if (m_held.size() > m_measured) {
+        WriteHeld();
+    }
+}
+
+void TableWriter::WriteHeld()
+{
+    m_isMeasured = true;
+    for (const std::vector<Cell>& cells : m_held) {
+        WriteLine(cells);
+    }
+    m_held.clear();
+}
+
+void TableWriter::WriteLine(const std::vector<Cell>& cells)
+{
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const Column& column = m_columns[i];
+        const bool isRight = column.holdsNumber && !column.holdsOther;
+        const std::size_t missing = column.width - std::min(column.width, cells[i].width);
+        Pad(i == 0 ? 0 : 2, m_out);
+        Pad(isRight ? missing : 0, m_out);
+        m_out << cells[i].text;
+        // No blanks at the end of a line: a narrow terminal would wrap them.
+        Pad(isRight || i + 1 == cells.size() ? 0 : missing, m_out);
+    }
+    m_out << '\n';
+}
+
+void Render(Format format, const Table& table, std::ostream& out)
+{
+    TableWriter writer(format, table.columns, out, table.rows.size());
+    for (const std::vector<Value>& row : table.rows) {
+        if (!writer.Write(row)) {
+            return;
+        }
+    }
+    writer.Finish();
 }
 
 void Render(Format format, const Record& record, std::ostream& out)
 {
     const auto object = [&record] {
         const Table table = AsRow(record);
-        return AsObject(table, table.rows.front());
+        return AsObject(table.columns, table.rows.front());
     };
     switch (format) {
     case Format::table:
         WriteProperties(record, out);
         break;
     case Format::csv:
-        WriteCsv(AsRow(record), out);
+        Render(format, AsRow(record), out);
         break;
     case Format::json:
         out << Written(object(), 2) << '\n';

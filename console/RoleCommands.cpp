@@ -73,7 +73,8 @@ void ShowRole(const Context& context, Roles& roles, const RoleKey& role)
     if (!data) {
         throw Refusal(Exit::notFound, fmt::format("{} has just been deleted", Named(role)));
     }
-    const std::size_t members = roles.UsersOf({kItemTypeRole, role.id}).size();
+    std::size_t members = 0;
+    roles.UsersOf({kItemTypeRole, role.id}, [&members](const LinkedUser&) { return ++members > 0; });
     Render(context.arguments.format, AsRecord(role.id, *data, members), context.terminal.out);
 }
 
@@ -187,11 +188,11 @@ Exit Members(const Context& context)
     Opened opened(context.arguments);
     Roles roles(opened.Directory().Connection());
     const RoleKey role = FindGiven(roles, context.arguments);
-    Table table{{"id", "login", "name"}, {}};
-    for (const LinkedUser& user : roles.UsersOf({kItemTypeRole, role.id})) {
-        table.rows.push_back({std::int64_t{user.id}, user.login, user.name});
-    }
-    Render(context.arguments.format, table, context.terminal.out);
+    TableWriter writer(context.arguments.format, {"id", "login", "name"}, context.terminal.out);
+    roles.UsersOf({kItemTypeRole, role.id}, [&writer](const LinkedUser& user) {
+        return writer.Write(MakeRow(std::int64_t{user.id}, user.login, user.name));
+    });
+    writer.Finish();
     return Exit::done;
 }
 

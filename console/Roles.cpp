@@ -7,6 +7,7 @@
 #include "console/Escape.h"
 #include "console/FindEach.h"
 #include "console/Lengths.h"
+#include "console/LoginOrder.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
@@ -18,8 +19,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <tuple>
 #include <unordered_map>
+#include <utility>
 
 namespace console {
 
@@ -308,22 +311,24 @@ void Roles::Delete(int id)
 
 // ---- Members of roles, groups and views -----------------------------------------------------------------------------
 
-std::vector<LinkedUser> Roles::UsersOf(ItemKey holder)
+void Roles::UsersOf(ItemKey holder, const std::function<bool(const LinkedUser&)>& take)
 {
-    std::vector<LinkedUser> users;
-    EachRow(m_conn,
-            fmt::format("SELECT Col_ID, Col_LoginName, Col_Name FROM qv_User WHERE Col_ID IN (SELECT Col_DQvItemID "
-                        "FROM qv_Relation WHERE Col_QvItemID = {} AND Col_QvItemType = {} AND Col_DQvItemType = {}{})",
-                        holder.id, holder.type, kItemTypeUser,
-                        holder.type == kItemTypeRole ? "" : fmt::format(" AND Col_RelType = {}", kMembership)),
-            [&users](CARecordset& row) {
-                LinkedUser& user = users.emplace_back();
-                row.GetValue(1, user.id);
-                user.login = TextIn(row, 2);
-                user.name = TextIn(row, 3);
-            });
-    SortBy(users, [](const LinkedUser& user) { return std::tuple(UpperName(user.login), user.login, user.id); });
-    return users;
+    const std::string order = OrderByLogin(m_conn);
+    LoginOrder<LinkedUser> users(!order.empty(), std::numeric_limits<std::size_t>::max(), take);
+    EachRow(
+        m_conn,
+        fmt::format("SELECT Col_ID, Col_LoginName, Col_Name FROM qv_User WHERE Col_ID IN (SELECT Col_DQvItemID "
+                    "FROM qv_Relation WHERE Col_QvItemID = {} AND Col_QvItemType = {} AND Col_DQvItemType = {}{}){}",
+                    holder.id, holder.type, kItemTypeUser,
+                    holder.type == kItemTypeRole ? "" : fmt::format(" AND Col_RelType = {}", kMembership), order),
+        [&users](CARecordset& row) {
+            LinkedUser user;
+            row.GetValue(1, user.id);
+            user.login = TextIn(row, 2);
+            user.name = TextIn(row, 3);
+            return users.Add(std::move(user));
+        });
+    users.Finish();
 }
 
 std::vector<ItemKey> Roles::HoldersOf(ItemKey member)

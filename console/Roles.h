@@ -4,6 +4,7 @@
 #include "console/Organisation.h"
 #include "platform/CString.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -116,8 +117,9 @@ public:
 
     // ---- Members of roles, groups and views -------------------------------------------------------------------------
 
-    /// The users linked to a role, by any relation, or the members of a group or view; each once, by login name.
-    std::vector<LinkedUser> UsersOf(ItemKey holder);
+    /// Gives the users linked to a role, by any relation, or the members of a group or view, each once and by login
+    /// name, to `take`, until it gives false.
+    void UsersOf(ItemKey holder, const std::function<bool(const LinkedUser&)>& take);
     /// The groups and views that a user or group is a direct member of, also those that are gone; each once, views
     /// last.
     std::vector<ItemKey> HoldersOf(ItemKey member);

@@ -19,8 +19,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
-#include <tuple>
 #include <utility>
 
 namespace console::user {
@@ -104,39 +102,10 @@ bool IsMatch(const ListedUser& user, const std::string& upperPart)
            holds(user.title);
 }
 
-void SortByLogin(std::vector<ListedUser>& users)
+bool IsSelected(const ListedUser& user, const Arguments& arguments, const std::string& upperPart)
 {
-    std::vector<std::pair<std::string, ListedUser>> keyed;
-    keyed.reserve(users.size());
-    for (ListedUser& user : users) {
-        keyed.emplace_back(platform::UpperUtf8(user.login), std::move(user));
-    }
-    std::ranges::sort(keyed, {},
-                      [](const auto& entry) { return std::tie(entry.first, entry.second.login, entry.second.id); });
-    std::ranges::transform(keyed, users.begin(), [](auto& entry) { return std::move(entry.second); });
-}
-
-std::vector<ListedUser> Selected(std::vector<ListedUser> users, const Arguments& arguments)
-{
-    const std::string part = platform::UpperUtf8(arguments.match);
-    std::erase_if(users, [&](const ListedUser& user) {
-        return (arguments.onlyLocked && !user.locked) || (arguments.onlyActive && user.locked) ||
-               (!part.empty() && !IsMatch(user, part));
-    });
-    SortByLogin(users);
-    const auto limit = static_cast<std::size_t>(arguments.limit.value_or(std::numeric_limits<int>::max()));
-    users.resize(std::min(users.size(), limit));
-    return users;
-}
-
-Table AsTable(const std::vector<ListedUser>& users)
-{
-    Table table{{"id", "login", "name", "sex", "mobile", "email", "department", "title", "locked"}, {}};
-    for (const ListedUser& user : users) {
-        table.rows.push_back({std::int64_t{user.id}, user.login, user.name, ShownSex(user.sex), user.mobile, user.email,
-                              user.department, user.title, user.locked});
-    }
-    return table;
+    return !(arguments.onlyLocked && !user.locked) && !(arguments.onlyActive && user.locked) &&
+           (upperPart.empty() || IsMatch(user, upperPart));
 }
 
 Value ShownPasswordType(const Stored& stored)
@@ -258,9 +227,7 @@ void DeclareList(CLI::App& app, Arguments& arguments)
         ->type_name("TEXT");
     auto* locked = app.add_flag("--locked", arguments.onlyLocked, "only locked users");
     app.add_flag("--active", arguments.onlyActive, "only users who are not locked")->excludes(locked);
-    app.add_option("--limit", arguments.limit, "at most so many")
-        ->type_name("N")
-        ->check(CLI::Range(1, std::numeric_limits<int>::max(), ""));
+    words::DeclareLimit(app, arguments);
 }
 
 void DeclareOne(CLI::App& app, Arguments& arguments)
@@ -327,9 +294,19 @@ void DeclareImport(CLI::App& app, Arguments& arguments)
 
 Exit List(const Context& context)
 {
-    Opened opened(context.arguments);
-    Render(context.arguments.format, AsTable(Selected(opened.Directory().List(), context.arguments)),
-           context.terminal.out);
+    const Arguments& arguments = context.arguments;
+    Opened opened(arguments);
+    const std::string part = platform::UpperUtf8(arguments.match);
+    TableWriter writer(arguments.format,
+                       {"id", "login", "name", "sex", "mobile", "email", "department", "title", "locked"},
+                       context.terminal.out);
+    const auto write = [&writer](const ListedUser& user) {
+        return writer.Write(MakeRow(std::int64_t{user.id}, user.login, user.name, ShownSex(user.sex), user.mobile,
+                                    user.email, user.department, user.title, user.locked));
+    };
+    opened.Directory().List([&](const ListedUser& user) { return IsSelected(user, arguments, part); },
+                            words::LimitOf(arguments), write);
+    writer.Finish();
     return Exit::done;
 }
 

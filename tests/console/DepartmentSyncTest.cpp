@@ -18,7 +18,6 @@ using namespace console;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::SizeIs;
 
 namespace {
 
@@ -30,13 +29,13 @@ class DepartmentSyncTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        m_conn.Open(std::make_unique<CountingSession>(dbaccess::FindDriver("sqlite")(":memory:"), m_executed));
+        m_conn.Open(std::make_unique<CountingSession>(dbaccess::FindDriver("sqlite")(":memory:"), m_counts));
         schema::Upgrade(m_conn);
         Execute("INSERT INTO qv_View (Col_ID, Col_Name, Col_Type) VALUES (1, 'Main', 1), (2, 'Other', 1)");
         AddGroup(1, "Sales", kMain);
         AddGroup(2, "North", Group(1));
         AddGroup(3, "Service", kMain);
-        m_executed.clear();
+        m_counts.executed.clear();
     }
 
     void Execute(const std::string& sql) { m_conn.Execute(sql.c_str()); }
@@ -53,7 +52,7 @@ protected:
         Execute(fmt::format("INSERT INTO qv_User (Col_ID, Col_LoginName, Col_DeptID, Col_DeptInfo) VALUES ({0}, "
                             "'user{0}', {1}, '{2}')",
                             id, departmentId, department));
-        m_executed.clear();
+        m_counts.executed.clear();
     }
 
     /// "1 Sales", of each user by id.
@@ -74,7 +73,7 @@ protected:
     {
         Organisation before(m_conn);
         before.RenameGroup(group, name);
-        m_executed.clear();
+        m_counts.executed.clear();
         return SyncDepartments(before, Group(group));
     }
 
@@ -83,7 +82,7 @@ protected:
         Organisation before(m_conn);
         before.RemoveMember(from, Group(group));
         before.AddMember(to, Group(group));
-        m_executed.clear();
+        m_counts.executed.clear();
         return SyncDepartments(before, Group(group));
     }
 
@@ -95,11 +94,11 @@ protected:
             ids.push_back(key.id);
         }
         before.DeleteGroups(ids);
-        m_executed.clear();
+        m_counts.executed.clear();
         return SyncDepartments(before, Group(group));
     }
 
-    std::vector<std::string> m_executed;
+    SessionCounts m_counts;
     CAConnect m_conn;
 };
 
@@ -201,12 +200,12 @@ TEST_F(DepartmentSyncTest, OneStatementRenamesTheDepartmentOfThousands)
             "INSERT INTO qv_User (Col_ID, Col_LoginName, Col_DeptID, Col_DeptInfo) "
             "SELECT i, 'user' || i, 1 + i % 2, CASE i % 2 WHEN 0 THEN 'Sales' ELSE 'Sales/North' END FROM n");
     EXPECT_EQ(Rename(1, "Sellers"), 6000U);
-    EXPECT_THAT(m_executed, SizeIs(2));
+    EXPECT_EQ(m_counts.executed.size(), 2U);
     // Those who are in step already are not written again, which takes a list of the others.
     AddUser(6001, 2, "North");
     Execute("UPDATE qv_User SET Col_DeptInfo = 'S/North' WHERE Col_ID = 1");
     EXPECT_EQ(Rename(1, "S"), 6000U);
-    EXPECT_THAT(m_executed, SizeIs(1 + 7));
+    EXPECT_EQ(m_counts.executed.size(), 1U + 6U);
 }
 
 TEST_F(DepartmentSyncTest, WhoLeavesTheGroupOfHisDepartmentHasNone)
@@ -230,9 +229,9 @@ TEST_F(DepartmentSyncTest, WhoJoinsTheGroupThatHisDepartmentNamesGetsItsId)
     AddUser(4, 0, "");
     EXPECT_EQ(SyncJoined(Organisation(m_conn), Group(2), {1, 2, 3, 4}), 2U);
     EXPECT_THAT(Departments(), ElementsAre("2 sales/north", "2 Sales/North", "3 Sales/North", "0 "));
-    m_executed.clear();
+    m_counts.executed.clear();
     EXPECT_EQ(SyncJoined(Organisation(m_conn), Group(2), {}), 0U);
-    EXPECT_THAT(m_executed, IsEmpty());
+    EXPECT_THAT(m_counts.executed, IsEmpty());
 }
 
 // ---- The program ----------------------------------------------------------------------------------------------------

@@ -322,11 +322,13 @@ TEST_F(GroupCommandsTest, AGroupThatHoldsSomethingIsDeletedOnlyRecursivelyAndUse
     Link(5, 2, 4, 2);
     Done({"user", "create", "amy"});
     Link(1, 2, 1, 1);
-    ExpectRefusal({"group", "delete", "/Main/A", "--yes"}, 4, "/Main/A (id 1) holds 2 groups and 1 user");
+    ExpectRefusal({"group", "delete", "/Main/A", "--yes"}, 4,
+                  "/Main/A (id 1) holds 3 groups and 1 user, on all levels");
     ExpectRefusal({"group", "delete", "/Main/A/B", "--yes"}, 4, "holds 1 group and 0 users");
     const ChildResult result = Run({"group", "delete", "/Main/A", "--recursive", "--yes"});
     EXPECT_EQ(result.exit, 0);
-    EXPECT_EQ(result.err, "delete /Main/A (id 1) and 2 groups below, with 5 relations\ndeleted 3 groups\n");
+    EXPECT_EQ(result.err, "delete /Main/A (id 1) and 2 groups below, with 5 relations; members: 1 user, of whom 1 will "
+                          "be in no group\ndeleted 3 groups\n");
     EXPECT_EQ(Tree(), "Main (0, 0 below)\n"
                       "└── D (0, 0 below)\n"
                       "    └── S (0)\n");

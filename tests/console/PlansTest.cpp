@@ -134,7 +134,11 @@ TEST_F(PlansTest, AnyTextGoesInAndComesOutAsItIs)
     EXPECT_EQ(m_plans.Load(id), (PlanData{other.name, other.description, kHard}));
     DocLog log(m_conn);
     log.Add({1, 2, kHard, kHard, 3, kHard, ""});
-    const LogEntry entry = log.List({{}, {}, kHard, {}}).at(0);
+    LogEntry entry;
+    log.List({{}, {}, kHard, {}}, [&entry](const LogEntry& found) {
+        entry = found;
+        return true;
+    });
     EXPECT_EQ(entry.type, kHard);
     EXPECT_EQ(entry.content, kHard);
     EXPECT_EQ(entry.creator, kHard);

@@ -197,3 +197,48 @@ TEST(TerminalBufferTest, FailsWhereTheTerminalDoes)
     out << "a" << std::flush;
     EXPECT_FALSE(out);
 }
+
+TEST(TableWriter, HoldsOnlyTheRowsByWhichWidthsAreMeasured)
+{
+    for (const Format format : {Format::table, Format::csv, Format::json, Format::jsonl, Format::plain}) {
+        std::ostringstream out;
+        TableWriter writer(format, {"id", "name"}, out);
+        for (std::int64_t i = 0; i < 5000; ++i) {
+            ASSERT_TRUE(writer.Write(MakeRow(i, "x")));
+            ASSERT_LE(writer.HeldRows(), format == Format::table ? TableWriter::kMeasuredRows : 0);
+        }
+        EXPECT_EQ(writer.HeldRows(), 0U);
+        writer.Finish();
+        std::ostringstream whole;
+        Table table{{"id", "name"}, {}};
+        for (std::int64_t i = 0; i < 1000; ++i) {
+            table.rows.push_back(MakeRow(i, "x"));
+        }
+        Render(format, table, whole);
+        const std::string begin = whole.str().substr(0, whole.str().size() - (format == Format::json ? 3 : 0));
+        EXPECT_EQ(out.str().substr(0, begin.size()), begin);
+    }
+}
+
+TEST(TableWriter, AnUnforeseenlyLongValueIsNotCut)
+{
+    std::ostringstream out;
+    TableWriter writer(Format::table, {"id", "name", "note"}, out, 2);
+    writer.Write(MakeRow(std::int64_t{1}, "amy", "a"));
+    EXPECT_EQ(out.str(), "");
+    writer.Write(MakeRow(std::int64_t{20}, "bo", "b"));
+    EXPECT_EQ(out.str(), "id  name  note\n 1  amy   a\n20  bo    b\n");
+    writer.Write(MakeRow(std::int64_t{300}, "Constance", "c"));
+    writer.Write(MakeRow(Value(), "di", "d"));
+    writer.Finish();
+    EXPECT_EQ(out.str(), "id  name  note\n 1  amy   a\n20  bo    b\n300  Constance  c\n    di    d\n");
+}
+
+TEST(TableWriter, SaysWhenNothingCanBeWrittenAnyMore)
+{
+    std::ostringstream out;
+    TableWriter writer(Format::csv, {"id"}, out);
+    EXPECT_TRUE(writer.Write(MakeRow(std::int64_t{1})));
+    out.setstate(std::ios::badbit);
+    EXPECT_FALSE(writer.Write(MakeRow(std::int64_t{2})));
+}

@@ -6,9 +6,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <chrono>
 #include <map>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -190,6 +192,62 @@ TEST_P(ServersTest, ADryRunNeedsNoRightToWrite)
     } else if (engine == "mariadb") {
         Execute("DROP USER 'qv_reader'@'%'");
     }
+}
+
+TEST_P(ServersTest, DepartmentsFollowTheirGroups)
+{
+    WriteFile("p.csv", "login,department\namy,Sales/North\nrory,sales\nkim,Service\n");
+    Done({"user", "import", "p.csv", "--departments", "Main", "--make-view"});
+    EXPECT_THAT(Run({"group", "rename", "/Main/Sales", R"(Com'pany\)"}).err,
+                HasSubstr("the department of 2 people was changed with it"));
+    EXPECT_THAT(Run({"group", "move", R"(/Main/Com'pany\\/North)", "/Main/Service"}).err,
+                HasSubstr("the department of 1 person was changed with it"));
+    WriteFile("again.csv", "login,department\namy,Service/North\nrory,Com'pany\\\\\nkim,Service\n");
+    EXPECT_THAT(Run({"user", "import", "again.csv", "--departments", "Main", "--update"}).err,
+                HasSubstr("0 created, 0 updated, 3 unchanged, 0 failed"));
+    EXPECT_THAT(Run({"group", "delete", "/Main/Service", "--recursive", "--yes"}).err,
+                HasSubstr("the department of 2 people was changed with it"));
+    EXPECT_EQ(Done({"user", "list", "-o", "plain", "--match", "kim"}), "3\tkim\tkim\t0\t\t\t\t\tfalse\n");
+}
+
+TEST_P(ServersTest, UsersAreListedInTheSameOrderOnEveryEngine)
+{
+    // Not what a language's rules for letters would make of it.
+    const std::vector<std::string> ordered = {"#",
+                                              "A-b",
+                                              "ab",
+                                              "amy",
+                                              "a_b",
+                                              "Rory",
+                                              "zoe",
+                                              "\xC3\x85sa",
+                                              "\xC3\xA9mile",
+                                              "\xC5\xBB\xC3\xB3\xC5\x82w",
+                                              "\xC5\xBC\xC3\xB3\xC5\x82wi",
+                                              "\xE7\x8E\x8B",
+                                              "\xF0\x9F\x98\x80"};
+    std::string file = "login\n";
+    std::string expected;
+    for (const std::string& login : ordered) {
+        file.insert(6, login + "\n");
+        expected += login + "\n";
+    }
+    WriteFile("p.csv", file);
+    Done({"user", "import", "p.csv"});
+    Done({"view", "create", "Main"});
+    std::vector<std::string> add = {"member", "add", "/Main"};
+    add.insert(add.end(), ordered.begin(), ordered.end());
+    Done(add);
+    for (const auto& words :
+         {std::vector<std::string>{"user", "list", "-o", "jsonl"}, {"member", "list", "/Main", "-o", "jsonl"}}) {
+        std::istringstream lines(Done(words));
+        std::string logins;
+        for (std::string line; std::getline(lines, line);) {
+            logins += nlohmann::json::parse(line)["login"].get<std::string>() + "\n";
+        }
+        EXPECT_EQ(logins, expected);
+    }
+    EXPECT_THAT(Done({"user", "list", "-o", "csv", "--limit", "2", "--active"}), HasSubstr(",A-b,"));
 }
 
 TEST_P(ServersTest, StatusNamesEngineAndVersion)
