@@ -249,7 +249,7 @@ public:
     /// error.
     static int DelRelationByDQVItem(CAConnect& conn, int itemID, int itemType);
     /// Stamps a view's id onto the user links at every depth below an item; the links of groups keep theirs. Stops at
-    /// the first failure. Nothing guards against a cycle of groups: keep cycles out.
+    /// the first failure. Never returns when a group is below itself; what callers do: see InsertGroupFileBackPlan.
     static bool UpdateRelationViewID(CAConnect& conn, int holderID, int holderType, int viewID);
 
     // ---- Roles ---------------------------------------------------------------------------------------------------
@@ -586,10 +586,10 @@ public:
     static bool InsertFileBackPlan(CAConnect& conn, int itemType, int itemId, int planId);
     static bool DeleteFileBackPlan(CAConnect& conn, int itemType, int itemId, int planId);
     /// Assigns a plan to a group, to the groups below it at every depth and to the users in them, one row for each
-    /// membership. Stops at the first failure; what is done stays done. Nothing guards against a cycle of groups, in
-    /// the next one neither.
+    /// membership. Stops at the first failure; what is done stays done. Never returns when a group is below itself:
+    /// callers look for cycles below the group first, and keep others from closing one until it has returned.
     static bool InsertGroupFileBackPlan(CAConnect& conn, int groupId, int planId);
-    /// Takes a plan from a group and from those who are below it now.
+    /// Takes a plan from a group and from those who are below it now. Cycles: see InsertGroupFileBackPlan.
     static bool DeleteGroupFileBackPlan(CAConnect& conn, int groupId, int planId);
 
     // ---- Document log --------------------------------------------------------------------------------------------

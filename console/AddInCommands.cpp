@@ -133,6 +133,20 @@ void DeclareData(CLI::App& app, Arguments& arguments)
     DeclareNumber(app, arguments, kIndex);
 }
 
+struct Deletion {
+    std::vector<AddIn> addIns;
+    std::string shown;
+};
+
+Deletion PlanDeletion(AddIns& addIns, const Arguments& arguments)
+{
+    Deletion deletion{FindAddIns(addIns, arguments.users, GivenNumber(arguments, kType)), {}};
+    for (const AddIn& addIn : deletion.addIns) {
+        deletion.shown += fmt::format("delete {} of type {}\n", Named(addIn), addIn.type);
+    }
+    return deletion;
+}
+
 Exit SetEnabled(const Context& context, bool enabled)
 {
     Opened opened(context.arguments);
@@ -306,13 +320,11 @@ Exit Delete(const Context& context)
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
     AddIns addIns(conn);
-    const std::vector<AddIn> several =
-        FindAddIns(addIns, context.arguments.users, GivenNumber(context.arguments, kType));
-    for (const AddIn& addIn : several) {
-        context.terminal.err << fmt::format("delete {} of type {}\n", Named(addIn), addIn.type);
-    }
+    const auto [several, shown] = PlanDeletion(addIns, context.arguments);
+    context.terminal.err << shown;
     RequireConfirmation(context, fmt::format("Delete {}?", Counted(several.size(), "add-in")), several.size());
     Transaction transaction(conn);
+    ThrowIfChanged(shown, PlanDeletion(addIns, context.arguments).shown);
     for (const AddIn& addIn : several) {
         addIns.Delete(addIn.id);
     }
@@ -378,6 +390,28 @@ void Replace(Packages& packages, Package package, const Installation& given)
     package.description = given.description.value_or(package.description);
     package.modified = given.modified;
     packages.Update(package);
+}
+
+constexpr std::string_view kNothingRemoved = "nothing was removed";
+
+/// The ids of what goes with a package.
+struct Removal {
+    std::vector<int> packages;
+    std::vector<int> addIns;
+
+    bool operator==(const Removal&) const = default;
+};
+
+Removal PlanRemoval(CAConnect& conn, const std::string& name)
+{
+    Removal removal;
+    std::ranges::transform(Packages(conn).FindAll(name), std::back_inserter(removal.packages), &Package::id);
+    if (removal.packages.empty()) {
+        throw Refusal(Exit::notFound,
+                      fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(name)));
+    }
+    std::ranges::transform(AddIns(conn).List({name, {}}), std::back_inserter(removal.addIns), &AddIn::id);
+    return removal;
 }
 
 } // namespace
@@ -469,23 +503,18 @@ Exit Remove(const Context& context)
     const std::string name = Given(context.arguments, kPackage).value_or("");
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
-    Packages packages(conn);
-    AddIns addIns(conn);
-    const std::vector<Package> found = packages.FindAll(name);
-    if (found.empty()) {
-        throw Refusal(Exit::notFound,
-                      fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(name)));
-    }
-    const std::size_t members = addIns.List({name, {}}).size();
+    const Removal removal = PlanRemoval(conn, name);
     const std::string what =
-        fmt::format("{}{}, with {}", Visible(name), found.size() > 1 ? fmt::format(" ({} packages)", found.size()) : "",
-                    Counted(members, "add-in"));
-    RequireConfirmation(context, fmt::format("Remove the package {}?", what), found.size() + members);
+        fmt::format("{}{}, with {}", Visible(name),
+                    removal.packages.size() > 1 ? fmt::format(" ({} packages)", removal.packages.size()) : "",
+                    Counted(removal.addIns.size(), "add-in"));
+    RequireConfirmation(context, fmt::format("Remove the package {}?", what),
+                        removal.packages.size() + removal.addIns.size(), kNothingRemoved);
     Transaction transaction(conn);
-    RequireStillSo(addIns.List({name, {}}).size() == members);
-    addIns.DeleteOfPackage(name);
-    for (const Package& package : found) {
-        packages.Delete(package.id);
+    ThrowIfChanged(removal, PlanRemoval(conn, name), kNothingRemoved);
+    AddIns(conn).DeleteOfPackage(name);
+    for (const int package : removal.packages) {
+        Packages(conn).Delete(package);
     }
     transaction.Commit();
     context.terminal.err << fmt::format("removed {}\n", what);

@@ -234,9 +234,7 @@ int AddIns::Create(const NewAddIn& addIn, int index)
                                            addIn.isPublic, EscapeLiteral(m_conn, addIn.description),
                                            EscapeLiteral(m_conn, addIn.package), index);
     });
-    const int id = Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_AddIn WHERE Col_Name = '{}' AND "
-                                              "Col_AddInType = {}",
-                                              Text(addIn.name), addIn.type));
+    const int id = LastInsertedId(m_conn);
     if (!isKindOfEngine && m_conn.m_nDBType == doublesSlashes) {
         AddInChanges asTheyAre;
         asTheyAre.data = addIn.data;
@@ -248,28 +246,14 @@ int AddIns::Create(const NewAddIn& addIn, int index)
 // The module's own change writes data and description together; here one of them may be left as it is, also as NULL.
 void AddIns::Change(int id, const AddInChanges& changes)
 {
-    std::string assignments;
-    const auto assign = [&assignments](std::string_view column, const std::string& value) {
-        assignments += fmt::format("{}{} = {}", assignments.empty() ? "" : ", ", column, value);
-    };
-    const auto assignText = [&](std::string_view column, const std::optional<std::string>& text) {
-        if (text) {
-            assign(column, fmt::format("'{}'", Text(*text)));
-        }
-    };
-    const auto assignNumber = [&](std::string_view column, const std::optional<int>& number) {
-        if (number) {
-            assign(column, std::to_string(*number));
-        }
-    };
-    assignText("Col_Name", changes.name);
-    assignText("Col_Data", changes.data);
-    assignText("Col_Desc", changes.description);
-    assignText("Col_PackageName", changes.package);
-    assignNumber("Col_IsPublic", changes.isPublic);
-    assignNumber("Col_Index", changes.index);
-    const std::string sql = fmt::format("UPDATE kel_AddIn SET {} WHERE Col_ID = {}", assignments, id);
-    Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
+    Assignments assignments(m_conn);
+    assignments.Text("Col_Name", changes.name);
+    assignments.Text("Col_Data", changes.data);
+    assignments.Text("Col_Desc", changes.description);
+    assignments.Text("Col_PackageName", changes.package);
+    assignments.Number("Col_IsPublic", changes.isPublic);
+    assignments.Number("Col_Index", changes.index);
+    assignments.Apply(m_conn, "kel_AddIn", id);
 }
 
 void AddIns::Enable(int id, bool enabled)
@@ -348,7 +332,7 @@ int Packages::Insert(const Package& package)
         name.View(), EscapeLiteral(m_conn, package.modified.value_or("")).View(), package.version,
         EscapeLiteral(m_conn, package.description).View());
     Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
-    return Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM kel_Package WHERE Col_Name = '{}'", name.View()));
+    return LastInsertedId(m_conn);
 }
 
 void Packages::Update(const Package& package)

@@ -6,6 +6,7 @@
 #include "dbaccess/CARecordset.h"
 
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -49,6 +50,27 @@ void EachRow(CAConnect& conn, const std::string& sql, Row row, int most = std::n
 
 /// The number that a query gives, 0 where it gives none. @throws DatabaseError.
 int Number(CAConnect& conn, const std::string& sql);
+
+/// The id of the row that was inserted last, see schema::LastInsertedId. @throws DatabaseError.
+int LastInsertedId(CAConnect& conn);
+
+/// The assignments of an UPDATE, for columns that are to be changed and no others.
+class Assignments {
+public:
+    explicit Assignments(const CAConnect& conn) : m_conn(conn) {}
+
+    /// Nothing leaves the column as it is. @throws Refusal for a text with a NUL byte.
+    void Text(std::string_view column, const std::optional<std::string>& text);
+    void Number(std::string_view column, const std::optional<int>& number);
+    /// Changes the row of an id, if there is anything to change. @throws DatabaseError.
+    void Apply(CAConnect& conn, std::string_view table, int id) const;
+
+private:
+    void Add(std::string_view column, std::string_view value);
+
+    const CAConnect& m_conn;
+    std::string m_text;
+};
 
 /// Says why a record was not saved, which it keeps to itself. @param what  such as "the new role". @throws
 /// DatabaseError.

@@ -55,6 +55,23 @@ std::string Described(const NoticeParts& parts)
                        parts.replies.size() == 1 ? "reply" : "replies", Counted(parts.readers.size(), "reader"));
 }
 
+struct Deletion {
+    std::string shown;
+    std::size_t removed;
+};
+
+Deletion PlanDeletion(Board& board, const std::vector<Notice>& notices)
+{
+    Deletion deletion{{}, notices.size()};
+    for (const Notice& notice : notices) {
+        const NoticeParts parts = board.Parts(notice.id);
+        deletion.removed += parts.attachments.size() + parts.replies.size() + parts.readers.size();
+        deletion.shown +=
+            fmt::format("delete {} {}, with {}\n", Visible(notice.id), Quoted(notice.subject), Described(parts));
+    }
+    return deletion;
+}
+
 } // namespace
 
 void DeclareList(CLI::App& app, Arguments& arguments) { DeclareLimit(app, arguments); }
@@ -102,20 +119,13 @@ Exit Delete(const Context& context)
     CAConnect& conn = opened.Directory().Connection();
     Board board(conn);
     const std::vector<Notice> notices = FindNotices(board, context.arguments.users);
-    std::vector<std::string> told;
-    std::size_t removed = notices.size();
-    for (const Notice& notice : notices) {
-        const NoticeParts parts = board.Parts(notice.id);
-        removed += parts.attachments.size() + parts.replies.size() + parts.readers.size();
-        told.push_back(Described(parts));
-        context.terminal.err << fmt::format("delete {} {}, with {}\n", Visible(notice.id), Quoted(notice.subject),
-                                            told.back());
-    }
+    const auto [shown, removed] = PlanDeletion(board, notices);
+    context.terminal.err << shown;
     RequireConfirmation(context, fmt::format("Delete {}?", Counted(notices.size(), "notice")), removed);
     Transaction transaction(conn);
-    for (std::size_t i = 0; i < notices.size(); ++i) {
-        RequireStillSo(Described(board.Parts(notices[i].id)) == told[i]);
-        board.Delete(notices[i].id);
+    ThrowIfChanged(shown, PlanDeletion(board, FindNotices(board, context.arguments.users)).shown);
+    for (const Notice& notice : notices) {
+        board.Delete(notice.id);
     }
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", Counted(notices.size(), "notice"));

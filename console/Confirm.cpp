@@ -58,12 +58,10 @@ void RequireConfirmation(const Context& context, const std::string& question, st
     }
 }
 
-void RequireStillSo(bool isStillSo)
+void ThrowChanged(std::string_view nothingDone)
 {
-    if (!isStillSo) {
-        throw Refusal(Exit::conflict,
-                      "somebody else has changed what was shown in the meantime; nothing was deleted, look again");
-    }
+    throw Refusal(Exit::conflict,
+                  fmt::format("somebody else has changed what was shown in the meantime; {}, look again", nothingDone));
 }
 
 } // namespace console

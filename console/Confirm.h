@@ -25,8 +25,19 @@ std::size_t CountOf(const std::vector<Trace>& traces);
 /// @throws Refusal (needsYes) unless yes was said or --yes given.
 void RequireConfirmation(const Context& context, const std::string& question, std::size_t removed,
                          std::string_view nothingDone = "nothing was deleted");
-/// For what was confirmed and is looked at again, in the transaction that deletes it.
-/// @throws Refusal (conflict) when it is not what was shown.
-void RequireStillSo(bool isStillSo);
+/// @throws Refusal (conflict) always.
+[[noreturn]] void ThrowChanged(std::string_view nothingDone);
+
+/// To be called in the transaction that does what was confirmed: whoever was asked may have taken long.
+/// @param shown, present  what was shown and what would be shown now, both read in the same way: the texts themselves,
+/// or the rows that they count. @param nothingDone  as for RequireConfirmation.
+/// @throws Refusal (conflict) when they differ.
+template <class Shown>
+void ThrowIfChanged(const Shown& shown, const Shown& present, std::string_view nothingDone = "nothing was deleted")
+{
+    if (!(shown == present)) {
+        ThrowChanged(nothingDone);
+    }
+}
 
 } // namespace console

@@ -56,6 +56,8 @@ struct OwnData {
 struct Trace {
     std::string_view noun;
     int count;
+
+    bool operator==(const Trace&) const = default;
 };
 
 /// The users of a directory. Any text goes in and comes out as it is, whatever the engine: here, and nowhere else in

@@ -360,11 +360,9 @@ Exit Delete(const Context& context)
     context.terminal.err << Told(root, told);
     RequireConfirmation(context, fmt::format("Delete {}?", Described(root, told)), told.keys.size() + told.links);
     Transaction transaction(conn);
-    const Catalogue present(conn);
-    // Whoever was asked may have taken long.
-    if (present.Find(key) == nullptr || WhatGoes(present, key, isRecursive) != told) {
-        throw Refusal(Exit::conflict, fmt::format("{} has been changed meanwhile; nothing was deleted", Named(root)));
-    }
+    const RootData present = FindGiven(documents, context.arguments);
+    ThrowIfChanged(Told(root, told), Told(present, told));
+    ThrowIfChanged(told, WhatGoes(Catalogue(conn), key, isRecursive));
     documents.Delete(told.keys);
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", Described(root, told));

@@ -652,38 +652,26 @@ int Documents::CreateRoot(const RootData& root)
     item.m_ulStyle = root.style;
     item.m_nOwnerID = root.ownerId;
     Save("new document root", [&] { return item.SaveData(m_conn); });
-    int id = 0;
-    Run(m_conn, [&] { return CQVBaseFun::GetDocRootID(m_conn, item.m_strName, root.type, id); });
-    return id;
+    return LastInsertedId(m_conn);
 }
 
 // The module's own change writes all columns: it would cut numbers of 64 bits and undo what the document server writes.
 void Documents::ChangeRoot(int id, const RootChanges& changes)
 {
-    std::string assignments;
-    const auto assign = [&assignments](std::string_view column, const std::string& value) {
-        assignments += fmt::format("{}{} = {}", assignments.empty() ? "" : ", ", column, value);
+    // As the module writes numbers of 32 bits.
+    const auto cut = [](const auto& number) {
+        return number ? std::optional(static_cast<int>(*number)) : std::nullopt;
     };
-    const auto assignText = [&](std::string_view column, const std::optional<std::string>& text) {
-        if (text) {
-            assign(column, fmt::format("'{}'", EscapeLiteral(*text).View()));
-        }
-    };
-    const auto assignNumber = [&](std::string_view column, const auto& number) {
-        if (number) {
-            // As the module writes numbers of 32 bits.
-            assign(column, std::to_string(static_cast<int>(*number)));
-        }
-    };
-    assignText("Col_Name", changes.name);
-    assignText("Col_Desc", changes.description);
-    assignText("Col_DataPath", changes.path);
-    assignText("Col_DispName", changes.displayName);
-    assignNumber("Col_MaxSize", changes.maxSize);
-    assignNumber("Col_Type", changes.type);
-    assignNumber("Col_Style", changes.style);
-    assignNumber("Col_OwnerID", changes.ownerId);
-    Execute(fmt::format("UPDATE Tab_Doc_Root SET {} WHERE Col_ID = {}", assignments, id));
+    Assignments assignments(m_conn);
+    assignments.Text("Col_Name", changes.name);
+    assignments.Text("Col_Desc", changes.description);
+    assignments.Text("Col_DataPath", changes.path);
+    assignments.Text("Col_DispName", changes.displayName);
+    assignments.Number("Col_MaxSize", cut(changes.maxSize));
+    assignments.Number("Col_Type", changes.type);
+    assignments.Number("Col_Style", cut(changes.style));
+    assignments.Number("Col_OwnerID", changes.ownerId);
+    assignments.Apply(m_conn, "Tab_Doc_Root", id);
 }
 
 // ---- Folders --------------------------------------------------------------------------------------------------------
@@ -716,15 +704,6 @@ bool Documents::IsFolderTaken(DocKey parent, std::string_view name)
     return exists;
 }
 
-std::vector<int> Documents::FoldersCalled(const CString& name)
-{
-    std::vector<int> ids;
-    EachRow(m_conn,
-            fmt::format("SELECT Col_ID FROM Tab_Doc_VFolder WHERE Col_Name = '{}' ORDER BY Col_ID", name.View()),
-            [&ids](CARecordset& row) { row.GetValue(1, ids.emplace_back()); });
-    return ids;
-}
-
 int Documents::RemoveLinksTo(int folderId)
 {
     int removed = 0;
@@ -747,23 +726,16 @@ NewFolder Documents::CreateFolder(DocKey parent, const FolderData& folder)
     item.m_nStyle = static_cast<int>(folder.style);
     item.m_nCreatorID = folder.creatorId;
     item.m_strCreatorName = EscapeLiteral(folder.creator);
-    const std::vector<int> before = FoldersCalled(item.m_strName);
     Save("new folder", [&] { return item.SaveData(m_conn); });
-    // The highest id now may be that of a folder that another program has added meanwhile, and links tell nothing:
-    // those of deleted folders stay behind.
-    std::vector<int> added;
-    std::ranges::set_difference(FoldersCalled(item.m_strName), before, std::back_inserter(added));
-    if (added.empty()) {
+    const int id = LastInsertedId(m_conn);
+    if (Number(m_conn, fmt::format("SELECT COUNT(*) FROM Tab_Doc_VFolder WHERE Col_ID = {} AND Col_Name = '{}'", id,
+                                   item.m_strName.View())) == 0) {
         throw Refusal(Exit::database, fmt::format("the database did not keep the name {} of the new folder as it is; "
                                                   "nothing was changed",
                                                   Quoted(folder.name)));
     }
-    if (added.size() > 1) {
-        throw Refusal(Exit::conflict, fmt::format("another program is adding a folder {} too; nothing was changed, try "
-                                                  "again",
-                                                  Quoted(folder.name)));
-    }
-    const NewFolder made{added.front(), RemoveLinksTo(added.front())};
+    // Links tell nothing of an id: those of deleted folders stay, and an engine may give their ids once more.
+    const NewFolder made{id, RemoveLinksTo(id)};
     AddLink({parent, {DocKind::folder, made.id}}, folder);
     return made;
 }

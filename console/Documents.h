@@ -240,7 +240,6 @@ private:
     [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
     void Execute(const std::string& sql);
     std::vector<RootData> ReadRoots(const std::string& condition);
-    std::vector<int> FoldersCalled(const CString& name);
     int RemoveLinksTo(int folderId);
     void UpdateLinks(int folderId, const std::string& assignment, const std::string& condition);
     void DeleteLinks(DocKind kind, const std::vector<int>& ids);

@@ -16,7 +16,7 @@ namespace console {
 struct Field {
     /// From the narrowest to the widest.
     enum class Use {
-        kept,    ///< only carried along when a user is written back
+        kept,    ///< by nothing but the list of all columns
         shown,   ///< by `user show`
         changed, ///< also an option of `user set`
         given,   ///< also an option of `user create` and a column of a file to import

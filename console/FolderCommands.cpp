@@ -285,6 +285,7 @@ std::string ToldOf(const NewFolder& made)
 /// What a deletion takes along.
 struct Going {
     DocKey folder;
+    std::string folderName; ///< with its id
     std::vector<DocKey> keys;
     std::size_t links = 0;
 
@@ -301,15 +302,15 @@ Going WhatGoes(const Catalogue& catalogue, const Arguments& arguments)
                                   catalogue.Named(folder), Counted(place.children.size(), "folder"),
                                   Counted(static_cast<std::size_t>(place.others), "other object")));
     }
-    Going going{folder, catalogue.GoneWith(folder), 0};
+    Going going{folder, catalogue.Named(folder), catalogue.GoneWith(folder), 0};
     going.links = catalogue.CountLinks(going.keys);
     return going;
 }
 
-std::string Described(const Catalogue& catalogue, const Going& going)
+std::string Described(const Going& going)
 {
     const std::size_t below = going.keys.size() - 1;
-    return catalogue.Named(going.folder) + (below == 0 ? "" : " and " + Counted(below, "folder") + " below");
+    return going.folderName + (below == 0 ? "" : " and " + Counted(below, "folder") + " below");
 }
 
 } // namespace
@@ -541,6 +542,8 @@ Exit Link(const Context& context)
     return Exit::done;
 }
 
+constexpr std::string_view kNothingTaken = "nothing was changed";
+
 Exit Unlink(const Context& context)
 {
     const Arguments& arguments = context.arguments;
@@ -555,15 +558,13 @@ Exit Unlink(const Context& context)
     if (!staysInRoot) {
         context.terminal.err << fmt::format("{} would hang in no document root; `qvadmin folder delete` deletes it\n",
                                             folder);
-        RequireConfirmation(context, fmt::format("Take {} from {} all the same?", folder, parent), 1);
+        RequireConfirmation(context, fmt::format("Take {} from {} all the same?", folder, parent), 1, kNothingTaken);
     }
     Transaction transaction(conn);
     const Catalogue present(conn);
-    // Whoever was asked may have taken long.
     const Placement place = present.FindPlacement(path, Given(arguments, kFrom));
-    if (place != told || present.HangsWithout(place) != staysInRoot) {
-        throw Refusal(Exit::conflict, fmt::format("{} has been changed meanwhile; nothing was changed", folder));
-    }
+    ThrowIfChanged(folder + parent, present.Named(place.folder) + present.Named(place.parent), kNothingTaken);
+    ThrowIfChanged(staysInRoot, present.HangsWithout(place), kNothingTaken);
     Documents(conn).RemoveLink(place);
     transaction.Commit();
     context.terminal.err << fmt::format("{} is no longer under {}\n", folder, parent);
@@ -576,15 +577,12 @@ Exit Delete(const Context& context)
     CAConnect& conn = opened.Directory().Connection();
     const Catalogue catalogue(conn);
     const Going told = WhatGoes(catalogue, context.arguments);
-    const std::string described = Described(catalogue, told);
+    const std::string described = Described(told);
     context.terminal.err << fmt::format("delete {}{}\n", described,
                                         told.links == 0 ? "" : ", with " + Counted(told.links, "link"));
     RequireConfirmation(context, fmt::format("Delete {}?", described), told.keys.size() + told.links);
     Transaction transaction(conn);
-    // Whoever was asked may have taken long.
-    if (WhatGoes(Catalogue(conn), context.arguments) != told) {
-        throw Refusal(Exit::conflict, fmt::format("{} has been changed meanwhile; nothing was deleted", described));
-    }
+    ThrowIfChanged(told, WhatGoes(Catalogue(conn), context.arguments));
     Documents(conn).Delete(told.keys);
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", Counted(told.keys.size(), "folder"));

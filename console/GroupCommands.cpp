@@ -316,9 +316,12 @@ std::vector<int> Ids(const std::vector<ItemKey>& keys)
 /// What a deletion takes along.
 struct Going {
     ItemKey group;
+    std::string groupName; ///< with its id
     std::vector<int> ids;
     std::vector<Trace> traces;
     MemberCounts members;
+
+    bool operator==(const Going&) const = default;
 };
 
 Going WhatGoes(Organisation& organisation, const Arguments& arguments)
@@ -337,16 +340,16 @@ Going WhatGoes(Organisation& organisation, const Arguments& arguments)
                         organisation.Named(group), Counted(below.size(), "group"),
                         Counted(organisation.CountMembers(ids).users, "user")));
     }
-    Going going{group, Ids(organisation.GoneWith(group)), {}, {}};
+    Going going{group, organisation.Named(group), Ids(organisation.GoneWith(group)), {}, {}};
     going.traces = organisation.Traces(kItemTypeGroup, going.ids);
     going.members = organisation.CountMembers(going.ids);
     return going;
 }
 
-std::string Described(const Organisation& organisation, const Going& going)
+std::string Described(const Going& going)
 {
     const std::size_t below = going.ids.size() - 1;
-    return organisation.Named(going.group) + (below == 0 ? "" : " and " + Counted(below, "group") + " below");
+    return going.groupName + (below == 0 ? "" : " and " + Counted(below, "group") + " below");
 }
 
 /// Who the members are, to end a sentence with.
@@ -355,13 +358,6 @@ std::string WithMembers(const MemberCounts& members)
     return members.users == 0 ? ""
                               : fmt::format("; members: {}, of whom {} will be in no group",
                                             Counted(members.users, "user"), members.inNoOther);
-}
-
-bool IsSame(const Going& a, const Going& b)
-{
-    const auto isSame = [](const Trace& x, const Trace& y) { return x.noun == y.noun && x.count == y.count; };
-    return a.group == b.group && a.ids == b.ids && a.members == b.members &&
-           std::ranges::equal(a.traces, b.traces, isSame);
 }
 
 } // namespace
@@ -551,10 +547,9 @@ Exit Create(const Context& context)
 Exit Set(const Context& context)
 {
     const Arguments& arguments = context.arguments;
-    const std::optional<std::string> description = Given(arguments, kDescription);
-    const std::optional<int> sortIndex = GivenNumber(arguments, kSortIndex);
-    const std::optional<int> domainId = GivenNumber(arguments, kDomainId);
-    if (!description && !sortIndex && !domainId) {
+    const GroupChanges changes{
+        {}, Given(arguments, kDescription), GivenNumber(arguments, kSortIndex), GivenNumber(arguments, kDomainId)};
+    if (!changes.description && !changes.sortIndex && !changes.domainId) {
         throw Refusal(Exit::usage, "there is nothing to set; `qvadmin group set --help` lists what can be");
     }
     Opened opened(arguments);
@@ -563,12 +558,12 @@ Exit Set(const Context& context)
     const ItemKey key = organisation.FindGroup(Given(arguments, kGroup).value_or(""));
     const GroupData stored = LoadGroup(organisation, key);
     GroupData group = stored;
-    group.description = description.value_or(stored.description);
-    group.sortIndex = sortIndex.value_or(stored.sortIndex);
-    group.domainId = domainId.value_or(stored.domainId);
+    group.description = changes.description.value_or(stored.description);
+    group.sortIndex = changes.sortIndex.value_or(stored.sortIndex);
+    group.domainId = changes.domainId.value_or(stored.domainId);
     const bool changed = group != stored;
     if (changed) {
-        organisation.UpdateGroup(key.id, group);
+        organisation.ChangeGroup(key.id, changes);
     }
     transaction.Commit();
     context.terminal.err << fmt::format("{} {}\n", changed ? "changed" : "nothing to change in",
@@ -587,7 +582,7 @@ Exit Rename(const Context& context)
     for (const ItemKey parent : Keys(organisation, organisation.Find(key)->parents)) {
         RefuseTaken(organisation, parent, name, key);
     }
-    organisation.RenameGroup(key.id, name);
+    organisation.ChangeGroup(key.id, {name, {}, {}, {}});
     const std::size_t departments = SyncDepartments(organisation, key);
     transaction.Commit();
     context.terminal.err << fmt::format("renamed {} to {}{}\n", organisation.Named(key), Visible(name),
@@ -651,16 +646,13 @@ Exit Delete(const Context& context)
     CAConnect& conn = opened.Directory().Connection();
     Organisation organisation(conn);
     const Going told = WhatGoes(organisation, context.arguments);
-    const std::string described = Described(organisation, told);
+    const std::string described = Described(told);
     context.terminal.err << fmt::format("delete {}{}{}\n", described, WithTraces(told.traces),
                                         WithMembers(told.members));
     RequireConfirmation(context, fmt::format("Delete {}?", described), told.ids.size() + CountOf(told.traces));
     Transaction transaction(conn);
     Organisation present(conn);
-    // Whoever was asked may have taken long.
-    if (!IsSame(WhatGoes(present, context.arguments), told)) {
-        throw Refusal(Exit::conflict, fmt::format("{} has been changed meanwhile; nothing was deleted", described));
-    }
+    ThrowIfChanged(told, WhatGoes(present, context.arguments));
     present.DeleteGroups(told.ids);
     const std::size_t departments = SyncDepartments(present, told.group);
     transaction.Commit();

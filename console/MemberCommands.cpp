@@ -62,6 +62,25 @@ Exit ChangeMembers(const Context& context, bool (Roles::*change)(ItemKey, int), 
     return Exit::done;
 }
 
+constexpr std::string_view kNothingEnded = "no membership was ended";
+
+struct Detaching {
+    UserKey user;
+    std::vector<ItemKey> holders;
+    std::string shown;
+};
+
+Detaching PlanDetaching(Directory& directory, const Arguments& arguments)
+{
+    const Organisation organisation(directory.Connection());
+    Detaching detaching{FindUser(directory, arguments.user), {}, {}};
+    detaching.holders = Roles(directory.Connection()).HoldersOf({kItemTypeUser, detaching.user.id});
+    for (const ItemKey holder : detaching.holders) {
+        detaching.shown += fmt::format("leave {}\n", organisation.Named(holder));
+    }
+    return detaching;
+}
+
 } // namespace
 
 // ---- Arguments and options ------------------------------------------------------------------------------------------
@@ -144,20 +163,20 @@ Exit Remove(const Context& context)
 Exit Detach(const Context& context)
 {
     Opened opened(context.arguments);
-    const Organisation organisation(opened.Directory().Connection());
-    Roles roles(opened.Directory().Connection());
-    const UserKey user = FindUser(opened.Directory(), context.arguments.user);
-    const std::vector<ItemKey> holders = roles.HoldersOf({kItemTypeUser, user.id});
+    const auto [user, holders, shown] = PlanDetaching(opened.Directory(), context.arguments);
     if (holders.empty()) {
         context.terminal.err << fmt::format("{} is in no group and no view\n", Named(user));
         return Exit::done;
     }
-    for (const ItemKey holder : holders) {
-        context.terminal.err << fmt::format("leave {}\n", organisation.Named(holder));
-    }
+    context.terminal.err << shown;
     RequireConfirmation(context, fmt::format("End {} of {}?", Counted(holders.size(), "membership"), Named(user)),
-                        holders.size());
+                        holders.size(), kNothingEnded);
     Transaction transaction(opened.Directory().Connection());
+    const Detaching present = PlanDetaching(opened.Directory(), context.arguments);
+    ThrowIfChanged(Named(user), Named(present.user), kNothingEnded);
+    ThrowIfChanged(shown, present.shown, kNothingEnded);
+    const Organisation organisation(opened.Directory().Connection());
+    Roles roles(opened.Directory().Connection());
     std::size_t departments = 0;
     for (const ItemKey holder : holders) {
         roles.Unlink(holder, user.id);

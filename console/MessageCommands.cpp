@@ -87,9 +87,11 @@ std::string Described(const OrphanCounts& counts)
 /// Deletes messages slice by slice, each in a transaction. A signal to stop is obeyed between two of them.
 class Purger {
 public:
-    Purger(Messages& messages, std::string before, std::size_t batch, Terminal& terminal)
+    /// @param shown  what was shown of the messages before the date.
+    Purger(Messages& messages, std::string before, std::string shown, std::size_t batch, Terminal& terminal)
         : m_messages(messages),
           m_before(std::move(before)),
+          m_shown(std::move(shown)),
           m_slices(messages.SlicesBefore(m_before, batch)),
           m_total(std::accumulate(
               m_slices.begin(), m_slices.end(), 0L,
@@ -122,6 +124,9 @@ private:
     {
         for (; m_next < m_slices.size() && !Interrupt::Requested(); ++m_next) {
             Transaction transaction(m_messages.Connection());
+            if (m_next == 0) {
+                ThrowIfChanged(m_shown, Described(m_messages.CountBefore(m_before)));
+            }
             const MessageCounts deleted = m_messages.DeleteBefore(m_before, m_slices[m_next]);
             transaction.Commit();
             m_deleted.messages += deleted.messages;
@@ -139,6 +144,7 @@ private:
 
     Messages& m_messages;
     std::string m_before;
+    std::string m_shown;
     std::vector<MessageSlice> m_slices;
     long m_total;
     Progress m_progress;
@@ -200,7 +206,7 @@ Exit Purge(const Context& context)
     context.terminal.err << fmt::format("delete {}\n", Described(counts));
     RequireConfirmation(context, fmt::format("Delete {} from before {}?", Counted(counts.messages, "message"), before),
                         static_cast<std::size_t>(counts.messages + counts.attachments + counts.receipts));
-    Purger purger(messages, before, static_cast<std::size_t>(batch), context.terminal);
+    Purger purger(messages, before, Described(counts), static_cast<std::size_t>(batch), context.terminal);
     const MessageCounts deleted = purger.Run();
     context.terminal.err << fmt::format("deleted {} ({})\n", Described(deleted), purger.Pace());
     const CString engine = Asking(conn, [&] { return conn.GetEngineName(); });
@@ -221,10 +227,10 @@ Exit Sweep(const Context& context)
     RequireConfirmation(context, fmt::format("Delete {}?", Described(told)),
                         static_cast<std::size_t>(told.attachments + told.receipts));
     Transaction transaction(messages.Connection());
-    const OrphanCounts counts = messages.CountOrphans();
+    ThrowIfChanged(Described(told), Described(messages.CountOrphans()));
     messages.DeleteOrphans();
     transaction.Commit();
-    context.terminal.err << fmt::format("deleted {}\n", Described(counts));
+    context.terminal.err << fmt::format("deleted {}\n", Described(told));
     return Exit::done;
 }
 
@@ -295,6 +301,7 @@ Exit Delete(const Context& context)
     const std::string entries = ids.size() == 1 ? "1 entry" : fmt::format("{} entries", ids.size());
     RequireConfirmation(context, fmt::format("Delete {} of the login log?", entries), ids.size());
     Transaction transaction(conn);
+    FindEntries(log, context.arguments.users);
     for (const int id : ids) {
         log.Delete(id);
     }

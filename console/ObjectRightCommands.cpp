@@ -176,6 +176,25 @@ std::string Named(Namer& namer, const ObjectRight& right)
     return fmt::format("right {}, {}", right.id, Named(right.key, namer.Find(right.key.holder)));
 }
 
+struct Revocation {
+    std::vector<int> ids;
+    std::string shown;
+};
+
+Revocation PlanRevocation(ObjectRights& rights, const Arguments& arguments)
+{
+    Namer namer(rights.Connection());
+    const auto find = [&rights](const std::string& word) { return FindRight(rights, NumberFrom(word, kId.name)); };
+    Revocation revocation;
+    for (const ObjectRight& right : FindEach(
+             arguments.users, "rights on objects with these ids:", "`qvadmin objright list` shows those on one object",
+             find, &ObjectRight::id)) {
+        revocation.ids.push_back(right.id);
+        revocation.shown += fmt::format("revoke {}\n", Named(namer, right));
+    }
+    return revocation;
+}
+
 } // namespace
 
 // ---- Arguments and options ------------------------------------------------------------------------------------------
@@ -291,8 +310,7 @@ Exit Set(const Context& context)
     Namer namer(rights.Connection());
     const ObjectRight right = FindRight(rights, id);
     const std::string name = Named(namer, right);
-    // The operation writes both.
-    rights.Set(id, power, unpower.value_or(right.unpower));
+    rights.Set(id, power, unpower);
     transaction.Commit();
     context.terminal.err << fmt::format("{}, has power {} now\n", name, power);
     return Exit::done;
@@ -305,22 +323,16 @@ Exit Revoke(const Context& context)
     }
     Opened opened(context.arguments);
     ObjectRights rights(opened.Directory().Connection());
-    Namer namer(rights.Connection());
-    const auto find = [&rights](const std::string& word) { return FindRight(rights, NumberFrom(word, kId.name)); };
-    const std::vector<ObjectRight> found =
-        FindEach(context.arguments.users,
-                 "rights on objects with these ids:", "`qvadmin objright list` shows those on one object", find,
-                 &ObjectRight::id);
-    for (const ObjectRight& right : found) {
-        context.terminal.err << fmt::format("revoke {}\n", Named(namer, right));
-    }
-    RequireConfirmation(context, fmt::format("Revoke {}?", Counted(found.size(), "right")), found.size());
+    const auto [ids, shown] = PlanRevocation(rights, context.arguments);
+    context.terminal.err << shown;
+    RequireConfirmation(context, fmt::format("Revoke {}?", Counted(ids.size(), "right")), ids.size());
     Transaction transaction(rights.Connection());
-    for (const ObjectRight& right : found) {
-        rights.Revoke(right.id);
+    ThrowIfChanged(shown, PlanRevocation(rights, context.arguments).shown, "nothing was revoked");
+    for (const int id : ids) {
+        rights.Revoke(id);
     }
     transaction.Commit();
-    context.terminal.err << fmt::format("revoked {}\n", Counted(found.size(), "right"));
+    context.terminal.err << fmt::format("revoked {}\n", Counted(ids.size(), "right"));
     return Exit::done;
 }
 

@@ -129,19 +129,16 @@ void ObjectRights::Save(const ObjectRight& right)
 int ObjectRights::Grant(const ObjectRight& right)
 {
     Save(right);
-    int id = 0;
-    EachRow(m_conn,
-            fmt::format("SELECT MAX(Col_ID) FROM Tab_BIOAce WHERE {} AND Col_QvItemID = {} AND Col_QvItemType = {} AND "
-                        "Col_FunName = '{}' AND Col_FunGenre = '{}'",
-                        OnObject(right.key.object), right.key.holder.id, right.key.holder.type,
-                        EscapeLiteral(right.key.function).View(), EscapeLiteral(right.key.genre).View()),
-            [&id](CARecordset& row) { row.GetValue(1, id); });
-    return id;
+    return LastInsertedId(m_conn);
 }
 
-void ObjectRights::Set(int id, int power, int unpower)
+// The module's own change writes both powers.
+void ObjectRights::Set(int id, int power, std::optional<int> unpower)
 {
-    Run(m_conn, [&] { return CQVBaseFun::UpdateTabBIOAceInfo(m_conn, id, power, unpower); });
+    Assignments assignments(m_conn);
+    assignments.Number("Col_Power", power);
+    assignments.Number("Col_UnPower", unpower);
+    assignments.Apply(m_conn, "Tab_BIOAce", id);
 }
 
 void ObjectRights::Revoke(int id)

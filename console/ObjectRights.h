@@ -57,7 +57,8 @@ public:
 
     /// Adds a right, whatever its id; to be called in a transaction. @return the new id.
     int Grant(const ObjectRight& right);
-    void Set(int id, int power, int unpower);
+    /// @param unpower  nothing leaves it as it is.
+    void Set(int id, int power, std::optional<int> unpower);
     void Revoke(int id);
 
 private:

@@ -763,8 +763,7 @@ int Organisation::CreateGroup(ItemKey parent, const GroupData& group)
     item.m_nDomainID = group.domainId;
     item.m_nStyle = group.style;
     Run(m_conn, [&] { return item.SaveData(m_conn) != 0; });
-    const int id =
-        Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM qv_Group WHERE Col_Name = '{}'", item.m_strName.View()));
+    const int id = LastInsertedId(m_conn);
     AddMember(parent, {kItemTypeGroup, id});
     return id;
 }
@@ -786,7 +785,7 @@ int Organisation::CreateView(const ViewData& view)
     item.m_nStyle = view.style;
     item.m_bIsPublic = view.isPublic;
     Run(m_conn, [&] { return item.SaveData(m_conn) != 0; });
-    return Number(m_conn, fmt::format("SELECT MAX(Col_ID) FROM qv_View WHERE Col_Name = '{}'", item.m_strName.View()));
+    return LastInsertedId(m_conn);
 }
 
 void Organisation::AddMember(ItemKey holder, ItemKey member)
@@ -804,50 +803,33 @@ void Organisation::RemoveMember(ItemKey holder, ItemKey member)
     Run(m_conn, [&] { return CQVBaseFun::DeleteRelation(m_conn, holder.id, holder.type, member.id, member.type); });
 }
 
-void Organisation::RenameGroup(int id, std::string_view name)
-{
-    RequireFits(m_conn, "qv_Group", {{"the name", "Col_Name", name}});
-    if (const std::optional<GroupData> group = LoadGroup(id)) {
-        Run(m_conn, [&] {
-            return CQVBaseFun::UpdateGroupInfo(m_conn, id, EscapeLiteral(name), group->sortIndex,
-                                               EscapeLiteral(group->description));
-        });
-    }
-}
-
 void Organisation::RenameView(int id, std::string_view name)
 {
     RequireFits(m_conn, "qv_View", {{"the name", "Col_Name", name}});
     Run(m_conn, [&] { return CQVBaseFun::UpdateViewName(m_conn, id, EscapeLiteral(name)); });
 }
 
-void Organisation::UpdateGroup(int id, const GroupData& group)
+// The module's own changes write more columns than are to be changed.
+void Organisation::ChangeGroup(int id, const GroupChanges& changes)
 {
     RequireFits(m_conn, "qv_Group",
-                {{"the name", "Col_Name", group.name},
-                 {"the description", "Col_Description", group.description},
-                 {"the creator", "Col_Creator_Name", group.creator}});
-    CGroupItem item;
-    item.m_nID = id;
-    item.m_strName = EscapeLiteral(group.name);
-    item.m_strDescription = EscapeLiteral(group.description);
-    item.m_strCreatorName = EscapeLiteral(group.creator);
-    item.m_nItemIndex = group.sortIndex;
-    item.m_nDomainID = group.domainId;
-    item.m_nStyle = group.style;
-    Run(m_conn, [&] { return item.Update(m_conn); });
+                {{"the name", "Col_Name", changes.name.value_or("")},
+                 {"the description", "Col_Description", changes.description.value_or("")}});
+    Assignments assignments(m_conn);
+    assignments.Text("Col_Name", changes.name);
+    assignments.Text("Col_Description", changes.description);
+    assignments.Number("Col_ItemIndex", changes.sortIndex);
+    assignments.Number("Col_DomainID", changes.domainId);
+    assignments.Apply(m_conn, "qv_Group", id);
 }
 
-void Organisation::UpdateView(int id, const ViewData& view)
+void Organisation::ChangeView(int id, const ViewChanges& changes)
 {
-    RequireFits(m_conn, "qv_View",
-                {{"the name", "Col_Name", view.name}, {"the description", "Col_Description", view.description}});
-    CViewItem item;
-    item.m_nID = id;
-    item.m_strName = EscapeLiteral(view.name);
-    item.m_strDescription = EscapeLiteral(view.description);
-    item.m_nItemIndex = view.sortIndex;
-    Run(m_conn, [&] { return item.UpdateData(m_conn) != 0; });
+    RequireFits(m_conn, "qv_View", {{"the description", "Col_Description", changes.description.value_or("")}});
+    Assignments assignments(m_conn);
+    assignments.Text("Col_Description", changes.description);
+    assignments.Number("Col_ItemIndex", changes.sortIndex);
+    assignments.Apply(m_conn, "qv_View", id);
 }
 
 void Organisation::SetGroupStyle(int id, int style)

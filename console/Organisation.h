@@ -58,6 +58,20 @@ struct GroupData {
     bool operator==(const GroupData&) const = default;
 };
 
+/// What is to be different in a group.
+struct GroupChanges {
+    std::optional<std::string> name;
+    std::optional<std::string> description;
+    std::optional<int> sortIndex;
+    std::optional<int> domainId;
+};
+
+/// What is to be different in a view.
+struct ViewChanges {
+    std::optional<std::string> description;
+    std::optional<int> sortIndex;
+};
+
 /// The columns of a view.
 struct ViewData {
     std::string name;
@@ -165,12 +179,11 @@ public:
     void AddMember(ItemKey holder, ItemKey member);
     /// Ends the membership between two items.
     void RemoveMember(ItemKey holder, ItemKey member);
-    void RenameGroup(int id, std::string_view name);
     void RenameView(int id, std::string_view name);
-    /// Writes all columns of a group but the creation date.
-    void UpdateGroup(int id, const GroupData& group);
-    /// Writes name, description and sort index of a view.
-    void UpdateView(int id, const ViewData& view);
+    /// Writes what is given and nothing else.
+    void ChangeGroup(int id, const GroupChanges& changes);
+    /// Writes what is given and nothing else.
+    void ChangeView(int id, const ViewChanges& changes);
     void SetGroupStyle(int id, int style);
     /// Renames the system view without an owner as long as it bears the placeholder's name.
     void NameDefaultView(std::string_view name);

@@ -149,15 +149,15 @@ Exit Set(const Context& context)
     Opened opened(context.arguments);
     Directory& directory = opened.Directory();
     // Asked for before the transaction: nobody is to wait for somebody's typing.
-    const Secret password = ObtainSecret(
-        options.source,
-        {"password", "New password of " + Named(FindUser(directory, context.arguments.user)), true, kPasswordAdvice},
-        context.terminal);
+    const std::string shown = Named(FindUser(directory, context.arguments.user));
+    const Secret password =
+        ObtainSecret(options.source, {"password", "New password of " + shown, true, kPasswordAdvice}, context.terminal);
     if (password.View().empty() && !options.allowEmpty) {
         throw Refusal(Exit::usage, "the password is empty; add --allow-empty if that is meant");
     }
     Transaction transaction(directory.Connection());
     const UserKey user = FindUser(directory, context.arguments.user);
+    ThrowIfChanged(shown, Named(user), "no password was set");
     Passwords passwords(directory);
     passwords.Set(user, password, options.type ? *options.type : passwords.EncodingType());
     if (options.source.generated) {

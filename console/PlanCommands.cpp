@@ -240,6 +240,18 @@ std::string Outcome(const Selection& selection, const std::set<ItemKey>& changed
     return told;
 }
 
+struct Deletion {
+    std::string shown;
+    std::size_t removed;
+};
+
+Deletion PlanDeletion(Plans& plans, const PlanKey& plan)
+{
+    const auto count = static_cast<std::size_t>(plans.CountAssignments(plan.id));
+    return {fmt::format("delete {}{}\n", Named(plan), count == 0 ? "" : ", with " + Counted(count, "assignment")),
+            1 + count};
+}
+
 Exit ChangeItems(const Context& context, bool assign)
 {
     const Arguments& arguments = context.arguments;
@@ -252,11 +264,9 @@ Exit ChangeItems(const Context& context, bool assign)
         Confirm(context, told, wording);
     }
     Transaction transaction(conn);
-    // Whoever was asked may have taken long.
     const Selection present = Select(conn, plans, arguments);
-    if (present.plan.id != told.plan.id || present.items != told.items) {
-        throw Refusal(Exit::conflict, fmt::format("who is meant has been changed meanwhile; {}", wording.nothingDone));
-    }
+    ThrowIfChanged(Named(told.plan), Named(present.plan), wording.nothingDone);
+    ThrowIfChanged(told.items, present.items, wording.nothingDone);
     const std::set<ItemKey> holders = plans.ItemsOf(present.plan.id);
     std::set<ItemKey> changed;
     for (const auto& [key, name] : present.items) {
@@ -402,16 +412,11 @@ Exit Delete(const Context& context)
     CAConnect& conn = opened.Directory().Connection();
     Plans plans(conn);
     const PlanKey plan = FindGiven(plans, context.arguments);
-    const int told = plans.CountAssignments(plan.id);
-    context.terminal.err << fmt::format("delete {}{}\n", Named(plan),
-                                        told == 0 ? ""
-                                                  : ", with " + Counted(static_cast<std::size_t>(told), "assignment"));
-    RequireConfirmation(context, fmt::format("Delete {}?", Named(plan)), 1 + static_cast<std::size_t>(told));
+    const auto [shown, removed] = PlanDeletion(plans, plan);
+    context.terminal.err << shown;
+    RequireConfirmation(context, fmt::format("Delete {}?", Named(plan)), removed);
     Transaction transaction(conn);
-    // Whoever was asked may have taken long.
-    if (plans.CountAssignments(plan.id) != told || FindGiven(plans, context.arguments).id != plan.id) {
-        throw Refusal(Exit::conflict, fmt::format("{} has been changed meanwhile; nothing was deleted", Named(plan)));
-    }
+    ThrowIfChanged(shown, PlanDeletion(plans, FindGiven(plans, context.arguments)).shown);
     plans.Delete(plan.id);
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", Named(plan));
@@ -483,11 +488,13 @@ Exit Add(const Context& context)
     CheckName("type", entry.type);
     Opened opened(arguments);
     Directory& directory = opened.Directory();
+    Transaction transaction(directory.Connection());
     if (const std::optional<std::string> login = Given(arguments, kCreatorLogin)) {
         entry.creatorId = FindUser(directory, *login).id;
         entry.creator = directory.NameOfId(entry.creatorId);
     }
     DocLog(directory.Connection()).Add(entry);
+    transaction.Commit();
     context.terminal.err << fmt::format("noted {} of object {} of class {}\n", Quoted(entry.type), entry.objectId,
                                         entry.classId);
     return Exit::done;

@@ -119,26 +119,17 @@ int Plans::Create(const PlanData& plan)
         return CQVBaseFun::InsertBackupPlanInfo(m_conn, EscapeLiteral(plan.name), EscapeLiteral(plan.description),
                                                 EscapeLiteral(plan.data));
     });
-    int id = 0;
-    Run(m_conn, [&] { return CQVBaseFun::GetBackupPlanID(m_conn, EscapeLiteral(plan.name), id); });
-    return id;
+    return LastInsertedId(m_conn);
 }
 
 // The module's own change writes all three columns; here each may be left as it is, also as NULL.
 void Plans::Change(int id, const PlanChanges& changes)
 {
-    std::string assignments;
-    const auto assign = [&](std::string_view column, const std::optional<std::string>& text) {
-        if (text) {
-            assignments +=
-                fmt::format("{}{} = '{}'", assignments.empty() ? "" : ", ", column, EscapeLiteral(*text).View());
-        }
-    };
-    assign("Col_Name", changes.name);
-    assign("Col_Desc", changes.description);
-    assign("Col_Data", changes.data);
-    const std::string sql = fmt::format("UPDATE Tab_Doc_Backup_Plan SET {} WHERE Col_ID = {}", assignments, id);
-    Asking(m_conn, [&] { m_conn.Execute(sql.c_str()); });
+    Assignments assignments(m_conn);
+    assignments.Text("Col_Name", changes.name);
+    assignments.Text("Col_Desc", changes.description);
+    assignments.Text("Col_Data", changes.data);
+    assignments.Apply(m_conn, "Tab_Doc_Backup_Plan", id);
 }
 
 void Plans::Delete(int id)

@@ -177,18 +177,23 @@ std::string ToldLeft(Rights& rights, const Item& item)
                                    Counted(left, "right"), NounOf(item.key.type), item.key.id);
 }
 
+constexpr std::string_view kNothingEnded = "no right was ended";
+
 void RevokeEvery(const Context& context, Rights& rights)
 {
     const Item item = FindGiven(rights.Connection(), context.arguments, kItem);
-    const std::size_t rows = rights.Of(item.key).size();
+    const std::vector<ItemRight> shown = rights.Of(item.key);
+    const std::size_t rows = shown.size();
     if (rows == 0) {
         context.terminal.err << fmt::format("{} has no rights of its own\n", Named(item)) << ToldLeft(rights, item);
         return;
     }
     context.terminal.err << fmt::format("{} has {}\n", Named(item), Counted(rows, "right"));
-    RequireConfirmation(context, fmt::format("End {} of {}?", Counted(rows, "right"), Named(item)), rows);
+    RequireConfirmation(context, fmt::format("End {} of {}?", Counted(rows, "right"), Named(item)), rows,
+                        kNothingEnded);
     Transaction transaction(rights.Connection());
-    RequireStillSo(rights.Of(item.key).size() == rows);
+    ThrowIfChanged(Named(item), Named(FindGiven(rights.Connection(), context.arguments, kItem)), kNothingEnded);
+    ThrowIfChanged(shown, rights.Of(item.key), kNothingEnded);
     rights.RevokeAll(item.key);
     transaction.Commit();
     context.terminal.err << fmt::format("ended {} of {}\n", Counted(rows, "right"), Named(item))
@@ -341,7 +346,8 @@ Exit ClearOn(const Context& context)
     TellHolders(context, conn, rows);
     RequireConfirmation(context, fmt::format("Delete {} in {}?", what, Counted(rows.size(), "row")), rows.size());
     Transaction transaction(conn);
-    RequireStillSo(rights.HeldOn(on.key, function).size() == rows.size());
+    ThrowIfChanged(what, fmt::format("{} on {}", TextOf(function), Named(FindGiven(conn, context.arguments, kOnItem))));
+    ThrowIfChanged(rows, rights.HeldOn(on.key, function));
     rights.RevokeOnFromAll(on.key, function);
     transaction.Commit();
     context.terminal.err << fmt::format("nobody has {} any more; deleted {}\n", what, Counted(rows.size(), "row"));

@@ -88,6 +88,25 @@ void RefuseProtected(Roles& roles, const std::vector<RoleKey>& several)
     }
 }
 
+struct Deletion {
+    std::vector<RoleKey> roles;
+    std::string shown;
+    std::size_t removed = 0; ///< the roles and what goes along
+};
+
+Deletion PlanDeletion(Roles& roles, const Arguments& arguments)
+{
+    Deletion deletion{FindRoles(roles, arguments.users, ScopeOf(arguments)), {}};
+    deletion.removed = deletion.roles.size();
+    RefuseProtected(roles, deletion.roles);
+    for (const RoleKey& role : deletion.roles) {
+        const std::vector<Trace> traces = roles.Traces(role.id);
+        deletion.removed += CountOf(traces);
+        deletion.shown += fmt::format("delete {}{}\n", Named(role), WithTraces(traces));
+    }
+    return deletion;
+}
+
 /// Changes the link of each user to the role. @param change  of Roles: whether there was anything to do.
 Exit ChangeMembers(const Context& context, bool (Roles::*change)(ItemKey, int), std::string_view done,
                    std::string_view notNeeded)
@@ -249,16 +268,11 @@ Exit Delete(const Context& context)
 {
     Opened opened(context.arguments);
     Roles roles(opened.Directory().Connection());
-    const std::vector<RoleKey> several = FindRoles(roles, context.arguments.users, ScopeOf(context.arguments));
-    RefuseProtected(roles, several);
-    std::size_t removed = several.size();
-    for (const RoleKey& role : several) {
-        const std::vector<Trace> traces = roles.Traces(role.id);
-        removed += CountOf(traces);
-        context.terminal.err << fmt::format("delete {}{}\n", Named(role), WithTraces(traces));
-    }
+    const auto [several, shown, removed] = PlanDeletion(roles, context.arguments);
+    context.terminal.err << shown;
     RequireConfirmation(context, fmt::format("Delete {}?", Counted(several.size(), "role")), removed);
     Transaction transaction(opened.Directory().Connection());
+    ThrowIfChanged(shown, PlanDeletion(roles, context.arguments).shown);
     for (const RoleKey& role : several) {
         roles.Delete(role.id);
     }

@@ -287,18 +287,19 @@ int Roles::Create(const RoleData& role)
     item.m_nGClassID = role.classId;
     item.m_nType = role.type;
     Save("new role", [&] { return item.SaveData(m_conn); });
-    return Number(fmt::format("SELECT MAX(Col_ID) FROM qv_Role WHERE Col_Name = '{}'", item.m_strName.View()));
+    return LastInsertedId(m_conn);
 }
 
-void Roles::Update(int id, std::string_view name, std::string_view description)
+// The module's own change writes both columns.
+void Roles::Change(int id, const std::optional<std::string>& name, const std::optional<std::string>& description)
 {
     RequireFits(m_conn, "qv_Role",
-                {{"the name", "Col_Name", name}, {"the description", "Col_Description", description}});
-    CRoleItem item;
-    item.m_nID = id;
-    item.m_strName = EscapeLiteral(name);
-    item.m_strDescription = EscapeLiteral(description);
-    Save("change of a role", [&] { return item.UpdateData(m_conn); });
+                {{"the name", "Col_Name", name.value_or("")},
+                 {"the description", "Col_Description", description.value_or("")}});
+    Assignments assignments(m_conn);
+    assignments.Text("Col_Name", name);
+    assignments.Text("Col_Description", description);
+    assignments.Apply(m_conn, "qv_Role", id);
 }
 
 void Roles::Delete(int id)
@@ -534,7 +535,7 @@ bool ChangeRole(Roles& roles, const RoleKey& role, const std::optional<std::stri
     if (newName != stored->name) {
         CheckNewName(roles, role, *stored, newName);
     }
-    roles.Update(role.id, newName, newDescription);
+    roles.Change(role.id, name, description);
     return true;
 }
 

@@ -111,7 +111,8 @@ public:
     /// Adds a role; to be called in a transaction. @return the new id.
     int Create(const RoleData& role);
     /// Writes name and description of a role.
-    void Update(int id, std::string_view name, std::string_view description);
+    /// Writes what is given and nothing else.
+    void Change(int id, const std::optional<std::string>& name, const std::optional<std::string>& description);
     /// Deletes the role and what Traces counts.
     void Delete(int id);
 

@@ -282,6 +282,7 @@ Exit Delete(const Context& context)
         Described(found.front()) + (found.size() > 1 ? fmt::format(" ({} rows)", found.size()) : "");
     RequireConfirmation(context, fmt::format("Delete the setting {}?", what), found.size(), kNothingDone);
     Transaction transaction(conn);
+    ThrowIfChanged(found, FindSettings(settings), kNothingDone);
     settings.Delete(found.front().name, found.front().genre);
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", what);
@@ -353,6 +354,7 @@ Exit Picture(const Context& context)
     Transaction transaction(conn);
     settings.SetPicture(*options.picture);
     if (options.allUsers) {
+        ThrowIfChanged(users, static_cast<std::size_t>(opened.Directory().Count()), kNothingDone);
         settings.SetUsersPicture(*options.picture);
     }
     transaction.Commit();

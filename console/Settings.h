@@ -17,6 +17,8 @@ struct Setting {
     std::string genre;
     std::string name;
     std::string value;
+
+    bool operator==(const Setting&) const = default;
 };
 
 /// The settings of a directory. Any text goes in and comes out as it is, whatever the engine.

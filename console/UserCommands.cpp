@@ -136,8 +136,8 @@ Exit SetLocked(const Context& context, bool locked)
 {
     Opened opened(context.arguments);
     Directory& directory = opened.Directory();
-    const std::vector<UserKey> users = FindUsers(directory, context.arguments.users);
     Transaction transaction(directory.Connection());
+    const std::vector<UserKey> users = FindUsers(directory, context.arguments.users);
     for (const UserKey& user : users) {
         directory.SetLocked(user.id, locked);
     }
@@ -148,18 +148,6 @@ Exit SetLocked(const Context& context, bool locked)
     return Exit::done;
 }
 
-/// @return how many things go.
-std::size_t TellWhatGoes(const Context& context, Directory& directory, const std::vector<UserKey>& users)
-{
-    std::size_t removed = users.size();
-    for (const UserKey& user : users) {
-        const std::vector<Trace> traces = directory.Traces(user.id);
-        removed += CountOf(traces);
-        context.terminal.err << fmt::format("delete {}{}\n", Named(user), WithTraces(traces));
-    }
-    return removed;
-}
-
 void RefuseBuiltIn(const std::vector<UserKey>& users)
 {
     const auto builtIn = std::ranges::find_if(users, IsBuiltIn);
@@ -168,6 +156,25 @@ void RefuseBuiltIn(const std::vector<UserKey>& users)
                       fmt::format("{} is the built-in administrator and cannot be deleted; nothing was deleted",
                                   Named(*builtIn)));
     }
+}
+
+struct Deletion {
+    std::vector<UserKey> users;
+    std::string shown;
+    std::size_t removed = 0; ///< the users and what goes along
+};
+
+Deletion PlanDeletion(Directory& directory, const Arguments& arguments)
+{
+    Deletion deletion{FindUsers(directory, arguments.users), {}};
+    RefuseBuiltIn(deletion.users);
+    deletion.removed = deletion.users.size();
+    for (const UserKey& user : deletion.users) {
+        const std::vector<Trace> traces = directory.Traces(user.id);
+        deletion.removed += CountOf(traces);
+        deletion.shown += fmt::format("delete {}{}\n", Named(user), WithTraces(traces));
+    }
+    return deletion;
 }
 
 /// Where the password of a renamed user is to come from; one command line is read in each run.
@@ -384,10 +391,11 @@ Exit Rename(const Context& context)
     Opened opened(context.arguments);
     Directory& directory = opened.Directory();
     // Asked for before the transaction: nobody is to wait for somebody's typing.
-    const std::optional<Secret> password =
-        PasswordForRename(context, directory, FindUser(directory, context.arguments.user));
+    const UserKey shown = FindUser(directory, context.arguments.user);
+    const std::optional<Secret> password = PasswordForRename(context, directory, shown);
     Transaction transaction(directory.Connection());
     const UserKey user = FindUser(directory, context.arguments.user);
+    ThrowIfChanged(Named(shown), Named(user), "nobody was renamed");
     RequireUserFits(directory.Connection(), login, {});
     const PasswordFate fate = RenameUser(directory, user, login, context.arguments.dropPassword || password);
     if (password) {
@@ -411,11 +419,11 @@ Exit Delete(const Context& context)
 {
     Opened opened(context.arguments);
     Directory& directory = opened.Directory();
-    const std::vector<UserKey> users = FindUsers(directory, context.arguments.users);
-    RefuseBuiltIn(users);
-    const std::size_t removed = TellWhatGoes(context, directory, users);
+    const auto [users, shown, removed] = PlanDeletion(directory, context.arguments);
+    context.terminal.err << shown;
     RequireConfirmation(context, fmt::format("Delete {}?", Counted(users.size(), "user")), removed);
     Transaction transaction(directory.Connection());
+    ThrowIfChanged(shown, PlanDeletion(directory, context.arguments).shown);
     for (const UserKey& user : users) {
         DeleteUser(directory, user);
     }

@@ -1,5 +1,6 @@
 #include "console/Users.h"
 
+#include "console/Asked.h"
 #include "console/Errors.h"
 #include "console/FindEach.h"
 #include "console/Text.h"
@@ -58,18 +59,6 @@ UserKey FindByLogin(Directory& directory, const std::string& login)
     return users.size() == 1 ? users.front() : *std::ranges::find_if(users, isExact);
 }
 
-/// The values in the form in which CHumanItem::Update would leave them in the row.
-FieldValues LeftByUpdate(const FieldValues& stored, const CHumanItem& item)
-{
-    FieldValues left = stored;
-    for (auto& [field, value] : left) {
-        if (field->updated) {
-            value = WrittenBy(item, *field);
-        }
-    }
-    return left;
-}
-
 FieldValues DifferencesFrom(const FieldValues& present, const FieldValues& wanted)
 {
     FieldValues differences;
@@ -88,19 +77,6 @@ FieldValues LoadUser(Directory& directory, int id)
         throw Refusal(Exit::notFound, fmt::format("there is no user with id {} any more", id));
     }
     return *stored;
-}
-
-/// Writes all columns of a user. The record writes most of them, in its own form: no NULL, a birthday always, flags as
-/// 0 or 1, neither picture nor user data. What that leaves different is set afterwards.
-void WriteBack(Directory& directory, int id, const FieldValues& stored, const FieldValues& wanted)
-{
-    CHumanItem item;
-    item.m_nID = id;
-    for (const auto& [field, value] : wanted) {
-        SetMember(item, *field, value);
-    }
-    directory.Update(item);
-    directory.Set(id, DifferencesFrom(LeftByUpdate(stored, item), wanted));
 }
 
 bool HasLoginInDigest(const FieldValues& stored)
@@ -164,7 +140,7 @@ int CreateUser(Directory& directory, const std::string& login, const FieldValues
         SetMember(item, *field, value);
     }
     directory.Save(item);
-    const int id = directory.FindId(login).value_or(0);
+    const int id = LastInsertedId(directory.Connection());
     // The record writes today for a birthday that nobody gave.
     const Field& birthday = FieldOf("birthday");
     const auto given = values.find(&birthday);
@@ -188,11 +164,7 @@ bool ChangeUser(Directory& directory, int id, const FieldValues& values)
     if (!Differs(stored, values)) {
         return false;
     }
-    FieldValues wanted = stored;
-    for (const auto& [field, value] : values) {
-        wanted[field] = value;
-    }
-    WriteBack(directory, id, stored, wanted);
+    directory.Set(id, DifferencesFrom(stored, values));
     return true;
 }
 

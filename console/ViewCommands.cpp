@@ -84,6 +84,31 @@ void NameDefault(const Context& context, CAConnect& conn, const std::string& nam
     context.terminal.err << fmt::format("named the default view {}\n", Visible(name));
 }
 
+/// What a deletion takes along.
+struct Deletion {
+    ItemKey key;
+    std::string named;
+    std::string text;    ///< to be shown
+    std::size_t removed; ///< the view and what goes along
+
+    bool operator==(const Deletion&) const = default;
+};
+
+Deletion PlanDeletion(CAConnect& conn, const Arguments& arguments)
+{
+    Organisation organisation(conn);
+    const ItemKey key = organisation.FindView(WrittenView(arguments));
+    const std::string named = organisation.Named(key);
+    const std::size_t groups = organisation.Find(key)->children.size();
+    const std::vector<Trace> traces = organisation.Traces(kItemTypeView, {key.id});
+    return {key, named,
+            fmt::format("delete {}{}{}\n", named, WithTraces(traces),
+                        groups == 0
+                            ? ""
+                            : fmt::format("; {} directly below stay, without this view", Counted(groups, "group"))),
+            1 + CountOf(traces)};
+}
+
 } // namespace
 
 // ---- Arguments and options ------------------------------------------------------------------------------------------
@@ -195,9 +220,8 @@ Exit Create(const Context& context)
 
 Exit Set(const Context& context)
 {
-    const std::optional<std::string> description = Given(context.arguments, kDescription);
-    const std::optional<int> sortIndex = GivenNumber(context.arguments, kSortIndex);
-    if (!description && !sortIndex) {
+    const ViewChanges changes{Given(context.arguments, kDescription), GivenNumber(context.arguments, kSortIndex)};
+    if (!changes.description && !changes.sortIndex) {
         throw Refusal(Exit::usage, "there is nothing to set; `qvadmin view set --help` lists what can be");
     }
     Opened opened(context.arguments);
@@ -206,11 +230,11 @@ Exit Set(const Context& context)
     const ItemKey key = organisation.FindView(WrittenView(context.arguments));
     const ViewData stored = LoadView(organisation, key);
     ViewData view = stored;
-    view.description = description.value_or(stored.description);
-    view.sortIndex = sortIndex.value_or(stored.sortIndex);
+    view.description = changes.description.value_or(stored.description);
+    view.sortIndex = changes.sortIndex.value_or(stored.sortIndex);
     const bool changed = view != stored;
     if (changed) {
-        organisation.UpdateView(key.id, view);
+        organisation.ChangeView(key.id, changes);
     }
     transaction.Commit();
     context.terminal.err << fmt::format("{} {}\n", changed ? "changed" : "nothing to change in",
@@ -253,26 +277,16 @@ Exit Delete(const Context& context)
 {
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
-    Organisation organisation(conn);
-    const ItemKey key = organisation.FindView(WrittenView(context.arguments));
-    const std::string named = organisation.Named(key);
-    const std::vector<Trace> going = organisation.Traces(kItemTypeView, {key.id});
-    const std::string traces = WithTraces(going);
-    const std::size_t groups = organisation.Find(key)->children.size();
-    context.terminal.err << fmt::format(
-        "delete {}{}{}\n", named, traces,
-        groups == 0 ? "" : fmt::format("; {} directly below stay, without this view", Counted(groups, "group")));
-    RequireConfirmation(context, fmt::format("Delete {}?", named), 1 + CountOf(going));
+    const Deletion shown = PlanDeletion(conn, context.arguments);
+    context.terminal.err << shown.text;
+    RequireConfirmation(context, fmt::format("Delete {}?", shown.named), shown.removed);
     Transaction transaction(conn);
-    // Whoever was asked may have taken long.
-    if (WithTraces(organisation.Traces(kItemTypeView, {key.id})) != traces) {
-        throw Refusal(Exit::conflict, fmt::format("{} has been changed meanwhile; nothing was deleted", named));
-    }
-    const Organisation before(conn);
-    organisation.DeleteView(key.id);
-    const std::size_t departments = SyncDepartments(before, key);
+    ThrowIfChanged(shown, PlanDeletion(conn, context.arguments));
+    Organisation organisation(conn);
+    organisation.DeleteView(shown.key.id);
+    const std::size_t departments = SyncDepartments(organisation, shown.key);
     transaction.Commit();
-    context.terminal.err << fmt::format("deleted {}{}\n", named, WithDepartments(departments));
+    context.terminal.err << fmt::format("deleted {}{}\n", shown.named, WithDepartments(departments));
     return Exit::done;
 }
 

@@ -79,6 +79,8 @@ struct Dialect {
     bool stepIsTransaction = true;
     /// How others are kept out of the directory.
     LockRules locking = {};
+    /// Gives in column 1 the id that the engine gave to the row which this connection has inserted last.
+    std::string lastId;
     /// Looks at the server's settings. @throws CAException that says what to change. Empty: nothing to look at.
     std::function<void(CAConnect& conn)> check;
     /// See FindShortcoming. Empty: there can be none.

@@ -296,6 +296,12 @@ void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& pr
 
 void Upgrade(CAConnect& conn, const Progress& progress) { Upgrade(conn, DialectOf(conn).steps, progress); }
 
+int LastInsertedId(CAConnect& conn)
+{
+    const std::vector<CString> ids = ReadTexts(conn, DialectOf(conn).lastId.c_str());
+    return ids.empty() ? 0 : NumberIn(ids.front());
+}
+
 void RefreshIndexes(CAConnect& conn)
 {
     const Dialect& dialect = DialectOf(conn);

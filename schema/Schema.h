@@ -63,6 +63,11 @@ void Upgrade(CAConnect& conn, const Progress& progress = {});
 /// The same with steps of the caller's, for tests.
 void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress);
 
+/// The id that the engine gave to the row which this connection has inserted last, whatever others insert meanwhile.
+/// To be asked right after a statement that inserts one row into a table whose ids the engine gives. @throws
+/// CAException.
+int LastInsertedId(CAConnect& conn);
+
 /// Brings indexes up to date whose order depends on rules that may change with the system's libraries (upper()).
 /// Called when a directory is opened; does nothing when they are up to date. @throws CAException.
 void RefreshIndexes(CAConnect& conn);

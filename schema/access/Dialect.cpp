@@ -38,6 +38,7 @@ const Dialect& TheDialect()
         .rebuildIndexes = {}, // the engine's own rules
         .stepIsTransaction = true,
         .locking = {}, // the engine has no lock that a program can name
+        .lastId = "SELECT @@IDENTITY",
         .check = RequireAListOfTables,
         .copying = {.sortsRows = false, .nameBegin = '[', .nameEnd = ']', .rowsPerInsert = 1},
     };

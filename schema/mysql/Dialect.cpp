@@ -54,6 +54,7 @@ const Dialect& TheDialect()
         .locking = {.take = "SELECT GET_LOCK(CONCAT('qv_Directory.', MD5(LOWER(DATABASE()))), {seconds})",
                     .release = "SELECT RELEASE_LOCK(CONCAT('qv_Directory.', MD5(LOWER(DATABASE()))))",
                     .givesOne = true},
+        .lastId = "SELECT LAST_INSERT_ID()",
         .check = RequireTableNamesOfAnyCase,
         .findShortcoming = FindCollationShortcoming,
         .listLengths = "SELECT COLUMN_NAME, CHARACTER_MAXIMUM_LENGTH FROM information_schema.COLUMNS "

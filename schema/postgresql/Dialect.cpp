@@ -55,6 +55,7 @@ const Dialect& TheDialect()
                             "PERFORM pg_advisory_xact_lock(hashtext(''qv_Directory'')); "
                             "PERFORM set_config(''lock_timeout'', present, true); END'",
                     .timeoutCode = "55P03"},
+        .lastId = "SELECT lastval()",
         .check = RequireCapitalsOfAllLetters,
         .listLengths = "SELECT column_name, character_maximum_length FROM information_schema.columns "
                        "WHERE table_schema = current_schema() AND table_name = lower('{table}')",

@@ -15,6 +15,7 @@ const Dialect& TheDialect()
         .rebuildIndexes = "REINDEX",
         .stepIsTransaction = true,
         .locking = {}, // a transaction begins with the right to write, which one program has at a time
+        .lastId = "SELECT last_insert_rowid()",
         .check = {},
         // The tables must be in the file before its log fills a disk: with nothing in the log that must be kept, a
         // copy that fails can remove it.

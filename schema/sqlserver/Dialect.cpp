@@ -46,6 +46,7 @@ const Dialect& TheDialect()
                             "IF @given < 0 RAISERROR('the lock was not given', 16, 1)",
                     .release = "EXEC sp_releaseapplock @Resource = 'qv_Directory', @LockOwner = 'Session'",
                     .timeoutCode = " 50000"},
+        .lastId = "SELECT CAST(@@IDENTITY AS int)",
         .check = RequireTextsOfAnyCase,
         .listLengths = "SELECT COLUMN_NAME, CHARACTER_MAXIMUM_LENGTH FROM INFORMATION_SCHEMA.COLUMNS "
                        "WHERE TABLE_SCHEMA = SCHEMA_NAME() AND TABLE_NAME = '{table}'",

@@ -15,6 +15,7 @@
 #include <iterator>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -144,17 +145,28 @@ void ChildProcess::Signal(int signal) const { ::kill(m_pid, signal); }
 
 ChildResult ChildProcess::Finish()
 {
-    ChildResult result;
-    Pump(result);
+    Pump();
     int status = 0;
     ::waitpid(m_pid, &status, 0);
     m_pid = -1;
-    result.exit = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-    return result;
+    m_result.exit = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    m_result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    return std::move(m_result);
 }
 
-void ChildProcess::Pump(ChildResult& result)
+void ChildProcess::WaitForError(const std::string& text)
+{
+    while (m_result.err.find(text) == std::string::npos && ReadSome(m_err, m_result.err)) {
+    }
+}
+
+bool ChildProcess::HasEnded() const
+{
+    siginfo_t state{};
+    return ::waitid(P_PID, static_cast<id_t>(m_pid), &state, WEXITED | WNOHANG | WNOWAIT) == 0 && state.si_pid == m_pid;
+}
+
+void ChildProcess::Pump()
 {
     std::string_view input = m_input;
     while (m_out >= 0 || m_err >= 0) {
@@ -167,10 +179,10 @@ void ChildProcess::Pump(ChildResult& result)
             const ssize_t count = ::write(m_in, input.data(), std::min<std::size_t>(input.size(), 4096));
             input = count > 0 ? input.substr(static_cast<std::size_t>(count)) : std::string_view();
         }
-        if (files[1].revents != 0 && !ReadSome(m_out, result.out)) {
+        if (files[1].revents != 0 && !ReadSome(m_out, m_result.out)) {
             CloseIfOpen(m_out);
         }
-        if (files[2].revents != 0 && !ReadSome(m_err, result.err)) {
+        if (files[2].revents != 0 && !ReadSome(m_err, m_result.err)) {
             CloseIfOpen(m_err);
         }
     }

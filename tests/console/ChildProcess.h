@@ -34,14 +34,19 @@ public:
     ~ChildProcess();
 
     void Signal(int signal) const;
+    /// Reads until a text comes on standard error, or the program writes no more.
+    void WaitForError(const std::string& text);
+    /// Whether it has ended.
+    [[nodiscard]] bool HasEnded() const;
     /// Gives it the input, reads all it writes and waits for its end.
     ChildResult Finish();
 
 private:
     void Run(const std::string& program, const std::vector<std::string>& arguments, const ChildOptions& options);
-    void Pump(ChildResult& result);
+    void Pump();
 
     std::string m_input;
+    ChildResult m_result;
     pid_t m_pid = -1;
     int m_in = -1;
     int m_out = -1;

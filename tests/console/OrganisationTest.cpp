@@ -247,9 +247,7 @@ TEST_F(OrganisationTest, ChildrenStandInTheirOrder)
     const ItemKey z = AddGroup(view, "z");
     const ItemKey b = AddGroup(view, "B");
     const ItemKey a = AddGroup(view, "a");
-    GroupData first = Now().LoadGroup(z.id).value();
-    first.sortIndex = 1;
-    Now().UpdateGroup(z.id, first);
+    Now().ChangeGroup(z.id, {{}, {}, 1, {}});
     const Organisation organisation = Now();
     std::vector<ItemKey> children;
     for (const std::size_t child : organisation.Find(view)->children) {
@@ -374,7 +372,7 @@ TEST_F(OrganisationTest, ANewGroupHasWhatIsGivenAndItsOwnId)
     }
 }
 
-TEST_F(OrganisationTest, UpdatesTouchOneRowAndWhatTheyAreFor)
+TEST_F(OrganisationTest, ChangesTouchOneRowAndWhatTheyAreFor)
 {
     const ItemKey view = AddView("V");
     const ItemKey other = AddGroup(view, "other");
@@ -382,13 +380,11 @@ TEST_F(OrganisationTest, UpdatesTouchOneRowAndWhatTheyAreFor)
     const GroupData untouched = Now().LoadGroup(other.id).value();
     GroupData expected = Now().LoadGroup(group.id).value();
     for (const std::string& text : kHardNames) {
-        expected.description = text;
-        expected.creator = text;
-        expected.sortIndex += 1;
-        expected.domainId += 2;
-        Now().UpdateGroup(group.id, expected);
+        Now().ChangeGroup(group.id, {{}, expected.description = text, {}, {}});
         EXPECT_EQ(Now().LoadGroup(group.id), expected);
-        Now().RenameGroup(group.id, expected.name = text);
+        Now().ChangeGroup(group.id, {{}, {}, expected.sortIndex += 1, expected.domainId += 2});
+        EXPECT_EQ(Now().LoadGroup(group.id), expected);
+        Now().ChangeGroup(group.id, {expected.name = text, {}, {}, {}});
         EXPECT_EQ(Now().LoadGroup(group.id), expected);
         Now().SetGroupStyle(group.id, expected.style += 1);
         EXPECT_EQ(Now().LoadGroup(group.id), expected);
@@ -405,9 +401,9 @@ TEST_F(OrganisationTest, AViewIsMadeAndChanged)
         const int id = Now().CreateView(view);
         view.created = Now().LoadView(id).value().created;
         EXPECT_EQ(Now().LoadView(id), view);
-        view.description = text + text;
-        view.sortIndex = 9;
-        Now().UpdateView(id, view);
+        Now().ChangeView(id, {view.description = text + text, {}});
+        EXPECT_EQ(Now().LoadView(id), view);
+        Now().ChangeView(id, {{}, view.sortIndex = 9});
         EXPECT_EQ(Now().LoadView(id), view);
         Now().RenameView(id, view.name = "~" + text);
         EXPECT_EQ(Now().LoadView(id), view);
@@ -510,7 +506,7 @@ TEST_F(OrganisationTest, WhatTheEngineRefusesIsTold)
     m_conn.Execute("ALTER TABLE qv_Group RENAME TO qv_Gone");
     EXPECT_EQ(CodeOf([&] { static_cast<void>(Now()); }), Exit::database);
     EXPECT_EQ(CodeOf([&] { organisation.CreateGroup(view, {}); }), Exit::database);
-    EXPECT_EQ(CodeOf([&] { organisation.UpdateGroup(1, {}); }), Exit::database);
+    EXPECT_EQ(CodeOf([&] { organisation.ChangeGroup(1, {"a", {}, {}, {}}); }), Exit::database);
     EXPECT_EQ(CodeOf([&] { organisation.DeleteGroups({1}); }), Exit::database);
     m_conn.Execute("ALTER TABLE qv_Relation RENAME TO qv_Gone2");
     EXPECT_EQ(CodeOf([&] { organisation.StampView(1); }), Exit::database);

@@ -108,7 +108,9 @@ TEST_F(RolesTest, AnyTextGoesInAndComesOutAsItIs)
     EXPECT_EQ(role->scope.domainId, 3);
     EXPECT_EQ(FindRole(m_roles, kHard, {kHard, 3}).id, id);
     EXPECT_THAT(m_roles.List({kHard, 3}), ElementsAre(testing::Field(&ListedRole::description, kHard)));
-    m_roles.Update(id, "a\\b", "it's");
+    m_roles.Change(id, "a\\b", {});
+    EXPECT_EQ(m_roles.Load(id).value().description, kHard);
+    m_roles.Change(id, {}, "it's");
     EXPECT_EQ(m_roles.Load(id).value().name, "a\\b");
     EXPECT_EQ(m_roles.Load(id).value().description, "it's");
 }
@@ -260,7 +262,7 @@ TEST_F(RolesTest, ARefusedWriteSaysWhy)
     Make("Editors");
     Execute("PRAGMA query_only = 1");
     EXPECT_EQ(CodeOf([&] { Make("Readers"); }), Exit::database);
-    EXPECT_EQ(CodeOf([&] { m_roles.Update(1, "a", "b"); }), Exit::database);
+    EXPECT_EQ(CodeOf([&] { m_roles.Change(1, "a", "b"); }), Exit::database);
     EXPECT_EQ(CodeOf([&] { m_roles.Delete(1); }), Exit::database);
     try {
         m_roles.GiveTitle({1, 1, "Lead", "", "", ""});

@@ -72,6 +72,7 @@ NO_TSQL = re.compile(r"\bLIMIT\b|==|\|\||`|\bCREATE\s+\w+\s+IF\b", re.I)
 
 TO_SQLITE = rules((r"\bINFORMATION_SCHEMA\s*\.\s*TABLES\b", "information_schema_tables"),
                   (r"\bsys\s*\.\s*identity_columns\b", "sys_identity_columns"), (r"@@(SPID|SERVERNAME)\b", r"\1()"),
+                  (r"@@IDENTITY\b", "last_insert_rowid()"),
                   (r"\sWITH\s*\(TABLOCK,\s*HOLDLOCK\)", ""))
 TABLE_TO_SQLITE = rules(
     (r"\b(?:big)?int\s+IDENTITY\(1,1\)\s+(?:NOT\s+NULL\s+)?PRIMARY\s+KEY", "INTEGER PRIMARY KEY AUTOINCREMENT"),
