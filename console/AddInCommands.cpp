@@ -4,6 +4,7 @@
 #include "console/Confirm.h"
 #include "console/Engine.h"
 #include "console/Messages.h"
+#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/Organisation.h"
 #include "console/Text.h"
@@ -220,9 +221,13 @@ Exit List(const Context& context)
 {
     Opened opened(context.arguments);
     AddIns addIns(opened.Directory().Connection());
+    AddInFilter filter{Given(context.arguments, kListedPackage), GivenNumber(context.arguments, kListedType)};
+    if (filter.package) {
+        const std::vector<Package> packages = Packages(opened.Directory().Connection()).FindAll(*filter.package);
+        filter.package = packages.empty() ? filter.package : packages.front().name;
+    }
     Table table{{"id", "type", "name", "public", "disabled", "description", "package", "index"}, {}};
-    for (const AddIn& addIn :
-         addIns.List({Given(context.arguments, kListedPackage), GivenNumber(context.arguments, kListedType)})) {
+    for (const AddIn& addIn : addIns.List(filter)) {
         table.rows.push_back({std::int64_t{addIn.id}, std::int64_t{addIn.type}, addIn.name, addIn.isPublic,
                               addIn.isDisabled, addIn.description, addIn.package, std::int64_t{addIn.index}});
     }
@@ -396,21 +401,24 @@ constexpr std::string_view kNothingRemoved = "nothing was removed";
 
 /// The ids of what goes with a package.
 struct Removal {
+    std::string name; ///< as it is stored
     std::vector<int> packages;
     std::vector<int> addIns;
 
     bool operator==(const Removal&) const = default;
 };
 
-Removal PlanRemoval(CAConnect& conn, const std::string& name)
+Removal PlanRemoval(CAConnect& conn, const std::string& given)
 {
     Removal removal;
-    std::ranges::transform(Packages(conn).FindAll(name), std::back_inserter(removal.packages), &Package::id);
-    if (removal.packages.empty()) {
+    const std::vector<Package> found = Packages(conn).FindAll(given);
+    if (found.empty()) {
         throw Refusal(Exit::notFound,
-                      fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(name)));
+                      fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(given)));
     }
-    std::ranges::transform(AddIns(conn).List({name, {}}), std::back_inserter(removal.addIns), &AddIn::id);
+    removal.name = found.front().name;
+    std::ranges::transform(found, std::back_inserter(removal.packages), &Package::id);
+    std::ranges::transform(AddIns(conn).List({removal.name, {}}), std::back_inserter(removal.addIns), &AddIn::id);
     return removal;
 }
 
@@ -485,6 +493,9 @@ Exit Install(const Context& context)
     const bool isNew = packages.FindAll(given.name).empty();
     int id = 0;
     if (isNew) {
+        if (const auto other = FindConfused(conn, "kel_Package", given.name)) {
+            ThrowConfused("package name", given.name, *other);
+        }
         id = Add(packages, given);
     } else {
         const Package present = FindPackage(packages, given.name);
@@ -500,10 +511,11 @@ Exit Install(const Context& context)
 
 Exit Remove(const Context& context)
 {
-    const std::string name = Given(context.arguments, kPackage).value_or("");
+    const std::string given = Given(context.arguments, kPackage).value_or("");
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
-    const Removal removal = PlanRemoval(conn, name);
+    const Removal removal = PlanRemoval(conn, given);
+    const std::string& name = removal.name;
     const std::string what =
         fmt::format("{}{}, with {}", Visible(name),
                     removal.packages.size() > 1 ? fmt::format(" ({} packages)", removal.packages.size()) : "",
@@ -511,7 +523,7 @@ Exit Remove(const Context& context)
     RequireConfirmation(context, fmt::format("Remove the package {}?", what),
                         removal.packages.size() + removal.addIns.size(), kNothingRemoved);
     Transaction transaction(conn);
-    ThrowIfChanged(removal, PlanRemoval(conn, name), kNothingRemoved);
+    ThrowIfChanged(removal, PlanRemoval(conn, given), kNothingRemoved);
     AddIns(conn).DeleteOfPackage(name);
     for (const int package : removal.packages) {
         Packages(conn).Delete(package);

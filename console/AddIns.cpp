@@ -5,6 +5,7 @@
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "console/FindEach.h"
+#include "console/Names.h"
 #include "console/Organisation.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
@@ -16,6 +17,7 @@
 #include <charconv>
 #include <cstdint>
 #include <limits>
+#include <set>
 #include <tuple>
 
 namespace console {
@@ -61,10 +63,18 @@ std::string Enumerated(const std::vector<AddIn>& several)
     return list;
 }
 
-[[noreturn]] void RefuseTaken(const std::string& name, int type)
+/// @param except  id of an add-in that may have the name.
+void RequireFreeName(AddIns& addIns, const std::string& name, int type, int except)
 {
-    throw Refusal(Exit::conflict,
-                  fmt::format("there is an add-in {} of type {} already; nothing was changed", Quoted(name), type));
+    const std::vector<AddIn> found = addIns.FindAll(name, type);
+    if (std::ranges::any_of(found, [&](const AddIn& other) { return other.id != except; })) {
+        throw Refusal(Exit::conflict,
+                      fmt::format("there is an add-in {} of type {} already; nothing was changed", Quoted(name), type));
+    }
+    const std::string others = fmt::format("Col_AddInType = {} AND Col_ID <> {}", type, except);
+    if (const auto other = FindConfused(addIns.Connection(), "kel_AddIn", name, others)) {
+        ThrowConfused("name", name, *other);
+    }
 }
 
 // ---- Moving ---------------------------------------------------------------------------------------------------------
@@ -170,18 +180,20 @@ std::vector<AddIn> AddIns::Select(const std::string& condition)
     return addIns;
 }
 
+void AddIns::KeepOfPackage(std::vector<AddIn>& addIns, std::string_view package)
+{
+    std::set<std::string> installed;
+    EachRow(m_conn, "SELECT Col_Name FROM kel_Package", [&](CARecordset& row) { installed.insert(TextIn(row, 1)); });
+    std::erase_if(addIns, [&](const AddIn& addIn) {
+        return addIn.package != package && (!SameName(addIn.package, package) || installed.contains(addIn.package));
+    });
+}
+
 std::vector<AddIn> AddIns::List(const AddInFilter& filter)
 {
-    std::string condition;
+    std::vector<AddIn> addIns = Select(filter.type ? fmt::format(" WHERE Col_AddInType = {}", *filter.type) : "");
     if (filter.package) {
-        condition = fmt::format(" WHERE Col_PackageName = '{}'", Text(*filter.package));
-    }
-    if (filter.type) {
-        condition += fmt::format(" {} Col_AddInType = {}", condition.empty() ? "WHERE" : "AND", *filter.type);
-    }
-    std::vector<AddIn> addIns = Select(condition);
-    if (filter.package) {
-        std::erase_if(addIns, [&](const AddIn& addIn) { return addIn.package != *filter.package; });
+        KeepOfPackage(addIns, *filter.package);
     }
     std::ranges::sort(
         addIns, [](const AddIn& a, const AddIn& b) { return std::tuple(b.index, a.id) < std::tuple(a.index, b.id); });
@@ -190,8 +202,10 @@ std::vector<AddIn> AddIns::List(const AddInFilter& filter)
 
 std::vector<AddIn> AddIns::FindAll(std::string_view name, std::optional<int> type)
 {
-    return Select(fmt::format(" WHERE Col_Name = '{}'{} ORDER BY Col_ID", Text(name),
-                              type ? fmt::format(" AND Col_AddInType = {}", *type) : ""));
+    std::vector<AddIn> found =
+        Select((type ? fmt::format(" WHERE Col_AddInType = {}", *type) : "") + std::string(" ORDER BY Col_ID"));
+    KeepNamed(found, name, &AddIn::name);
+    return found;
 }
 
 std::optional<AddIn> AddIns::Load(int id)
@@ -206,13 +220,6 @@ std::string AddIns::Data(int id)
     EachRow(m_conn, fmt::format("SELECT Col_Data FROM kel_AddIn WHERE Col_ID = {}", id),
             [&data](CARecordset& row) { data = TextIn(row, 1); });
     return data;
-}
-
-bool AddIns::IsTaken(std::string_view name, int type)
-{
-    int id = 0;
-    Run(m_conn, [&] { return CQVBaseFun::ExistAddInInfo(m_conn, EscapeLiteral(m_conn, name), type, id); });
-    return id != 0;
 }
 
 int AddIns::HighestIndex()
@@ -275,7 +282,7 @@ void AddIns::Delete(int id)
 
 void AddIns::DeleteOfPackage(std::string_view package)
 {
-    // One by one: by name, an engine that does not tell case would take those of other packages too.
+    // One by one: by name, an engine may take those of other packages too.
     AddInFilter ofPackage;
     ofPackage.package = package;
     for (const AddIn& addIn : List(ofPackage)) {
@@ -315,10 +322,17 @@ std::vector<Package> Packages::List()
 
 std::vector<Package> Packages::FindAll(std::string_view name)
 {
-    std::vector<Package> packages =
-        Select(fmt::format(" WHERE Col_Name = '{}' ORDER BY Col_ID", EscapeLiteral(m_conn, name).View()));
-    // Where the engine does not tell case, others come along.
-    std::erase_if(packages, [&](const Package& package) { return package.name != name; });
+    std::vector<Package> packages = Select(" ORDER BY Col_ID");
+    KeepNamed(packages, name, &Package::name);
+    const auto isOther = [&](const Package& package) { return package.name != packages.front().name; };
+    if (std::ranges::any_of(packages, isOther)) {
+        std::string list;
+        for (const Package& package : packages) {
+            list += (list.empty() ? "" : ", ") + Quoted(package.name);
+        }
+        throw Refusal(Exit::conflict,
+                      fmt::format("{} may be any of the packages {}; write it as it is listed", Quoted(name), list));
+    }
     return packages;
 }
 
@@ -378,9 +392,7 @@ std::vector<AddIn> FindAddIns(AddIns& addIns, const std::vector<std::string>& ar
 int CreateAddIn(AddIns& addIns, const NewAddIn& addIn)
 {
     CheckNewName(addIn.name);
-    if (addIns.IsTaken(addIn.name, addIn.type)) {
-        RefuseTaken(addIn.name, addIn.type);
-    }
+    RequireFreeName(addIns, addIn.name, addIn.type, 0);
     const int highest = addIn.index ? 0 : addIns.HighestIndex();
     if (highest == kHighestIndex) {
         throw Refusal(Exit::conflict, fmt::format("an add-in has the highest index that there is, {}; say --index, or "
@@ -394,10 +406,7 @@ void ChangeAddIn(AddIns& addIns, const AddIn& addIn, const AddInChanges& changes
 {
     if (changes.name && *changes.name != addIn.name) {
         CheckNewName(*changes.name);
-        const std::vector<AddIn> others = addIns.FindAll(*changes.name, addIn.type);
-        if (std::ranges::any_of(others, [&](const AddIn& other) { return other.id != addIn.id; })) {
-            RefuseTaken(*changes.name, addIn.type);
-        }
+        RequireFreeName(addIns, *changes.name, addIn.type, addIn.id);
     }
     addIns.Change(addIn.id, changes);
 }

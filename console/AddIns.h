@@ -57,14 +57,15 @@ public:
     /// @param conn  open, and stays so while this is used.
     explicit AddIns(CAConnect& conn) : m_conn(conn) {}
 
+    [[nodiscard]] CAConnect& Connection() const { return m_conn; }
+
     /// By index, the highest first, and those of the same index by id.
     std::vector<AddIn> List(const AddInFilter& filter);
-    /// Those of a name, by id. @param type  only of this one; of all if not given.
+    /// Those of a name, by id: spelled exactly so or, where none is, case not counting.
+    /// @param type  only of this one; of all if not given.
     std::vector<AddIn> FindAll(std::string_view name, std::optional<int> type);
     std::optional<AddIn> Load(int id);
     std::string Data(int id);
-    /// Whether there is an add-in of this name and type.
-    bool IsTaken(std::string_view name, int type);
     /// 0 where there are no add-ins.
     int HighestIndex();
 
@@ -80,6 +81,8 @@ public:
     void DeleteOfPackage(std::string_view package);
 
 private:
+    /// Those that name a package as it is spelled or, where none is installed under theirs, in another case.
+    void KeepOfPackage(std::vector<AddIn>& addIns, std::string_view package);
     std::vector<AddIn> Select(const std::string& condition);
     [[nodiscard]] std::string Text(std::string_view text) const;
 
@@ -105,7 +108,8 @@ public:
 
     /// By name.
     std::vector<Package> List();
-    /// Those of a name, by id.
+    /// Those of a name, by id: spelled exactly so or, where none is, case not counting.
+    /// @throws Refusal (conflict) when these are spelled in several ways.
     std::vector<Package> FindAll(std::string_view name);
     /// Adds a package, whatever its id and flag say; to be called in a transaction. @return the new id.
     int Insert(const Package& package);

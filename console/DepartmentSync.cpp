@@ -48,7 +48,7 @@ public:
     {
         for (const Place& place : organisation.Places()) {
             if (IsTop(place)) {
-                m_tops[place.upperName].push_back(place.key);
+                m_tops[place.nameKey].push_back(place.key);
             }
         }
     }
@@ -133,7 +133,7 @@ private:
     [[nodiscard]] std::vector<Way> FirstSteps(const std::string& name) const
     {
         std::vector<Way> ways;
-        const auto tops = m_tops.find(UpperName(name));
+        const auto tops = m_tops.find(NameKey(name));
         if (tops != m_tops.end()) {
             std::ranges::transform(tops->second, std::back_inserter(ways), [](ItemKey top) { return Way{top}; });
         }

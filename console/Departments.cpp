@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Engine.h"
+#include "console/Names.h"
 #include "console/Text.h"
 
 #include <fmt/format.h>
@@ -138,7 +139,7 @@ ItemKey Departments::Find(const std::string& path)
 std::optional<LinkedGroup> Departments::ChildOf(ItemKey parent, const std::string& name)
 {
     const Children& children = ChildrenOf(parent);
-    const auto found = children.find(UpperName(name));
+    const auto found = children.find(NameKey(name));
     if (found == children.end()) {
         return std::nullopt;
     }
@@ -157,7 +158,7 @@ Departments::Children& Departments::ChildrenOf(ItemKey parent)
     const auto [entry, isNew] = m_children.try_emplace(parent);
     if (isNew && parent.id >= 0) {
         for (const LinkedGroup& group : m_roles.GroupsIn(parent)) {
-            entry->second[UpperName(group.name)].push_back(group);
+            entry->second[NameKey(group.name)].push_back(group);
         }
     }
     return entry->second;
@@ -173,7 +174,7 @@ LinkedGroup Departments::MakeChild(ItemKey parent, const std::string& name, cons
     // Ids that no group has stand for what would be made.
     const int id = m_options.dryRun ? -static_cast<int>(m_made.size()) - 1 : m_organisation.CreateGroup(parent, group);
     (m_options.dryRun ? m_made : m_making)[id].path = path;
-    return ChildrenOf(parent)[UpperName(name)].emplace_back(LinkedGroup{id, name});
+    return ChildrenOf(parent)[NameKey(name)].emplace_back(LinkedGroup{id, name});
 }
 
 // ---- Users ----------------------------------------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "console/LoginOrder.h"
+#include "console/Names.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 
@@ -122,12 +123,7 @@ std::optional<int> Directory::FindId(std::string_view login)
     return id == -1 ? std::nullopt : std::optional(id);
 }
 
-bool Directory::IsTaken(std::string_view login)
-{
-    bool exists = true;
-    Run(m_conn, [&] { return CQVBaseFun::ExistLoginName(m_conn, EscapeBackslashes(login), exists); });
-    return exists || FindId(login).has_value();
-}
+bool Directory::Exists(std::string_view login) { return !FindAll(login).empty(); }
 
 std::optional<int> Directory::FindIdIgnoringCase(std::string_view login)
 {
@@ -139,6 +135,21 @@ std::optional<int> Directory::FindIdIgnoringCase(std::string_view login)
 }
 
 std::vector<UserKey> Directory::FindAll(std::string_view login)
+{
+    std::vector<UserKey> users = FindAllByEngine(login);
+    std::erase_if(users, [&](const UserKey& user) { return !SameName(user.login, login); });
+    return users;
+}
+
+std::optional<UserKey> Directory::FindConfusedLogin(std::string_view login, std::optional<int> except)
+{
+    const std::vector<UserKey> users = FindAllByEngine(login);
+    const auto isConfused = [&](const UserKey& user) { return user.id != except && !SameName(user.login, login); };
+    const auto found = std::ranges::find_if(users, isConfused);
+    return found == users.end() ? std::nullopt : std::optional(*found);
+}
+
+std::vector<UserKey> Directory::FindAllByEngine(std::string_view login)
 {
     if (!FindIdIgnoringCase(login)) {
         return {};

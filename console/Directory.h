@@ -75,12 +75,14 @@ public:
 
     /// The user of exactly this login name, as far as the engine tells case.
     std::optional<int> FindId(std::string_view login);
-    /// Whether the login name is taken, case not counting; also on engines that tell case (kind 3).
-    bool IsTaken(std::string_view login);
-    /// One of the users of this login name, case not counting.
+    /// Whether there is a user of this login name, as FindAll has it.
+    bool Exists(std::string_view login);
+    /// One of the users whose login name the engine takes for equal, case not counting.
     std::optional<int> FindIdIgnoringCase(std::string_view login);
-    /// All users of this login name, case not counting, by id.
+    /// All users of this login name by id. Case does not count; all else does, whatever the engine takes for equal.
     std::vector<UserKey> FindAll(std::string_view login);
+    /// A user of another login name that the engine takes for equal to this one. @param except  a user to pass over.
+    std::optional<UserKey> FindConfusedLogin(std::string_view login, std::optional<int> except);
     bool IsSuperUser(std::string_view login);
     bool IsLocked(std::string_view login);
     /// Empty when there is no such user, in the next three.
@@ -125,6 +127,7 @@ private:
     void Execute(const std::string& sql);
     int Number(const std::string& sql);
     bool Exists(int id);
+    std::vector<UserKey> FindAllByEngine(std::string_view login);
 
     CAConnect& m_conn;
 };

@@ -3,6 +3,7 @@
 #include "console/Confirm.h"
 #include "console/Documents.h"
 #include "console/Engine.h"
+#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/Render.h"
 #include "console/Text.h"
@@ -84,9 +85,12 @@ std::optional<int> IdIn(const std::string& argument)
 std::vector<RootData> FindAll(Documents& documents, const std::string& argument, std::optional<int> type)
 {
     const std::optional<int> id = IdIn(argument);
-    std::vector<RootData> found;
-    std::ranges::copy_if(documents.Roots(type), std::back_inserter(found),
-                         [&](const RootData& root) { return id ? root.id == *id : root.name == argument; });
+    std::vector<RootData> found = documents.Roots(type);
+    if (id) {
+        std::erase_if(found, [&](const RootData& root) { return root.id != *id; });
+    } else {
+        KeepNamed(found, argument, &RootData::name);
+    }
     return found;
 }
 
@@ -109,16 +113,17 @@ RootData FindGiven(Documents& documents, const Arguments& arguments)
     return found.front();
 }
 
-/// @param stored  what the root was before; nothing for a new one.
-void RefuseTaken(Documents& documents, const RootData& root, const std::optional<RootData>& stored)
+/// @param root  with id 0 when it is new.
+void RefuseTaken(Documents& documents, const RootData& root)
 {
-    const auto isOther = [&](const RootData& other) { return other.name == root.name && other.id != root.id; };
-    const bool isTaken = std::ranges::any_of(documents.Roots(root.type), isOther);
-    // Where the engine does not tell case, a root's own name is taken by itself.
-    const bool isOwn = stored && stored->type == root.type && UpperName(stored->name) == UpperName(root.name);
-    if (isTaken || (!isOwn && documents.IsRootTaken(root.name, root.type))) {
+    const auto isOther = [&](const RootData& other) { return SameName(other.name, root.name) && other.id != root.id; };
+    if (std::ranges::any_of(documents.Roots(root.type), isOther)) {
         throw Refusal(Exit::conflict,
                       fmt::format("the name {} is taken by a document root of type {}", Quoted(root.name), root.type));
+    }
+    const std::string others = fmt::format("Col_Type = {} AND Col_ID <> {}", root.type, root.id);
+    if (const auto other = FindConfused(documents.Connection(), "Tab_Doc_Root", root.name, others)) {
+        ThrowConfused("name", root.name, *other);
     }
 }
 
@@ -310,7 +315,7 @@ Exit Create(const Context& context)
     Transaction transaction(opened.Directory().Connection());
     Documents documents(opened.Directory().Connection());
     root = With(root, ColumnsGiven(arguments, opened.Directory()));
-    RefuseTaken(documents, root, std::nullopt);
+    RefuseTaken(documents, root);
     const int id = documents.CreateRoot(root);
     transaction.Commit();
     context.terminal.out << id << '\n';
@@ -337,7 +342,7 @@ Exit Set(const Context& context)
         CheckNewName("document root", root.name);
     }
     if (root.name != stored.name || root.type != stored.type) {
-        RefuseTaken(documents, root, stored);
+        RefuseTaken(documents, root);
     }
     const bool changed = root != stored;
     if (changed) {

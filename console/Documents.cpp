@@ -4,6 +4,7 @@
 #include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
+#include "console/Names.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
@@ -172,7 +173,7 @@ void Catalogue::LoadPlaces(CAConnect& conn)
     std::vector<std::pair<std::string, DocPlace>> sorted;
     sorted.reserve(m_places.size());
     for (DocPlace& place : m_places) {
-        sorted.emplace_back(UpperName(place.name), std::move(place));
+        sorted.emplace_back(NameKey(place.name), std::move(place));
     }
     std::ranges::sort(sorted, [](const auto& a, const auto& b) {
         return std::tie(a.second.key.kind, a.first, a.second.name, a.second.key.id) <
@@ -293,28 +294,25 @@ std::vector<DocKey> Catalogue::Keys(const std::vector<std::size_t>& places) cons
     return keys;
 }
 
+std::vector<DocKey> Catalogue::NamedAmong(std::vector<std::size_t> places, std::string_view name) const
+{
+    KeepNamed(places, name, [this](std::size_t place) -> const std::string& { return m_places[place].name; });
+    return Keys(places);
+}
+
 std::vector<DocKey> Catalogue::RootsNamed(std::string_view name) const
 {
-    std::vector<DocKey> found;
-    for (const DocPlace& place : m_places) {
-        if (place.key.kind == DocKind::root && place.name == name) {
-            found.push_back(place.key);
-        }
+    std::vector<std::size_t> roots;
+    for (std::size_t place = 0; place < m_places.size() && m_places[place].key.kind == DocKind::root; ++place) {
+        roots.push_back(place);
     }
-    return found;
+    return NamedAmong(std::move(roots), name);
 }
 
 std::vector<DocKey> Catalogue::ChildrenNamed(DocKey parent, std::string_view name) const
 {
-    std::vector<DocKey> found;
-    if (const DocPlace* place = Find(parent)) {
-        for (const std::size_t child : place->children) {
-            if (m_places[child].name == name) {
-                found.push_back(m_places[child].key);
-            }
-        }
-    }
-    return found;
+    const DocPlace* place = Find(parent);
+    return place == nullptr ? std::vector<DocKey>() : NamedAmong(place->children, name);
 }
 
 std::vector<DocKey> Catalogue::FindAll(const std::string& argument) const
@@ -608,8 +606,7 @@ std::vector<RootData> Documents::Roots(std::optional<int> type)
 {
     std::vector<RootData> roots = ReadRoots(type ? fmt::format(" WHERE Col_Type = {}", *type) : "");
     std::ranges::sort(roots, [](const RootData& a, const RootData& b) {
-        return std::tuple(UpperName(a.name), a.name, a.type, a.id) <
-               std::tuple(UpperName(b.name), b.name, b.type, b.id);
+        return std::tuple(NameKey(a.name), a.name, a.type, a.id) < std::tuple(NameKey(b.name), b.name, b.type, b.id);
     });
     return roots;
 }
@@ -618,13 +615,6 @@ std::optional<RootData> Documents::LoadRoot(int id)
 {
     const std::vector<RootData> roots = ReadRoots(fmt::format(" WHERE Col_ID = {}", id));
     return roots.empty() ? std::nullopt : std::optional(roots.front());
-}
-
-bool Documents::IsRootTaken(std::string_view name, int type)
-{
-    bool exists = false;
-    Run(m_conn, [&] { return CQVBaseFun::ExistDocRootItem(m_conn, EscapeLiteral(name), type, exists); });
-    return exists;
 }
 
 bool Documents::HasCompanyRoot()
@@ -695,13 +685,12 @@ std::optional<FolderData> Documents::LoadFolder(int id)
     return folder;
 }
 
-bool Documents::IsFolderTaken(DocKey parent, std::string_view name)
+std::optional<RowName> Documents::FindConfusedFolder(DocKey parent, std::string_view name, std::optional<DocKey> except)
 {
-    const auto isTaken =
-        parent.kind == DocKind::root ? &CQVBaseFun::ExistFolderInRootLink : &CQVBaseFun::ExistFolderInVFolderLink;
-    bool exists = false;
-    Run(m_conn, [&] { return isTaken(m_conn, EscapeLiteral(name), parent.id, exists); });
-    return exists;
+    return FindConfused(m_conn, "Tab_Doc_VFolder", name,
+                        fmt::format("Col_ID <> {} AND Col_ID IN (SELECT Col_S_ObjID FROM {} WHERE Col_P_ObjID = {} AND "
+                                    "Col_S_ClassID = {})",
+                                    except ? except->id : 0, LinkTable(parent.kind), parent.id, kFolderClass));
 }
 
 int Documents::RemoveLinksTo(int folderId)

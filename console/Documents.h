@@ -105,8 +105,8 @@ struct Placement {
 /// The roots and folders of a directory: a picture of how they hang together, read at once in a few statements.
 ///
 /// An argument names a folder by a path, such as /Root/Folder/Folder, where \/ stands for a slash and \\ for a
-/// backslash in a name, and case counts. A path may also begin with id:17 (a folder) or root:4 instead of a root's
-/// name, and end there.
+/// backslash in a name, and case does not count unless names differ in nothing else. A path may also begin with id:17
+/// (a folder) or root:4 instead of a root's name, and end there.
 class Catalogue {
 public:
     /// @param conn  open. @throws DatabaseError.
@@ -130,7 +130,7 @@ public:
     /// The folder and the place in which an argument names it. @param from  path of the place that is meant; without
     /// one, an id alone means the only place. @throws as above.
     [[nodiscard]] Placement FindPlacement(const std::string& argument, const std::optional<std::string>& from) const;
-    /// The folders of exactly this name directly under a place.
+    /// The folders of this name directly under a place: those spelled exactly so, else case not counting.
     [[nodiscard]] std::vector<DocKey> ChildrenNamed(DocKey parent, std::string_view name) const;
 
     /// A path that leads to a root or folder, and that FindAll understands; for what is not there, its id.
@@ -161,6 +161,7 @@ private:
     void LoadOthers(CAConnect& conn, DocKind parent);
     void FindPaths();
     void SpreadFrom(std::vector<std::size_t> from, bool inRoot);
+    [[nodiscard]] std::vector<DocKey> NamedAmong(std::vector<std::size_t> places, std::string_view name) const;
     [[nodiscard]] std::vector<DocKey> RootsNamed(std::string_view name) const;
     [[nodiscard]] std::vector<Placement> PlacementsAt(const std::string& argument) const;
     [[nodiscard]] DocKey OnlyOne(const std::string& argument, const std::vector<DocKey>& found,
@@ -203,7 +204,6 @@ public:
     std::vector<RootData> Roots(std::optional<int> type);
     /// Nothing when there is no such root.
     std::optional<RootData> LoadRoot(int id);
-    bool IsRootTaken(std::string_view name, int type);
     /// Whether there is a root of the company.
     bool HasCompanyRoot();
     /// What is linked directly under a root.
@@ -218,8 +218,8 @@ public:
 
     /// Nothing when there is no such folder.
     std::optional<FolderData> LoadFolder(int id);
-    /// Whether a folder of this name stands directly under a parent, as the engine compares names.
-    bool IsFolderTaken(DocKey parent, std::string_view name);
+    /// A folder directly under a parent whose other name the engine takes for equal to this one.
+    std::optional<RowName> FindConfusedFolder(DocKey parent, std::string_view name, std::optional<DocKey> except);
 
     /// Adds a folder under a parent, and nowhere else: links that a deleted folder of the new id has left behind are
     /// removed. To be called in a transaction. @throws Refusal (conflict) when another program adds one of that name at

@@ -3,6 +3,7 @@
 #include "console/Confirm.h"
 #include "console/Documents.h"
 #include "console/Engine.h"
+#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/Render.h"
 #include "console/Text.h"
@@ -236,9 +237,8 @@ FolderData LoadFolder(Documents& documents, DocKey key)
     return *folder;
 }
 
-/// @param ask  whether to ask the engine too, which may take other names for the same.
 void RefuseTaken(const Catalogue& catalogue, Documents& documents, DocKey parent, const std::string& name,
-                 std::optional<DocKey> except, bool ask)
+                 std::optional<DocKey> except)
 {
     for (const DocKey other : catalogue.ChildrenNamed(parent, name)) {
         if (other != except) {
@@ -246,9 +246,8 @@ void RefuseTaken(const Catalogue& catalogue, Documents& documents, DocKey parent
                           fmt::format("the name {} is taken by {}", Quoted(name), catalogue.Named(other)));
         }
     }
-    if (ask && documents.IsFolderTaken(parent, name)) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("the name {} is taken under {}", Quoted(name), catalogue.Named(parent)));
+    if (const auto other = documents.FindConfusedFolder(parent, name, except)) {
+        ThrowConfused("name", name, *other);
     }
 }
 
@@ -451,7 +450,7 @@ Exit Create(const Context& context)
     const Catalogue catalogue(conn);
     Documents documents(conn);
     const NewPlace place = FindNewPlace(catalogue, path, Given(arguments, kParents).has_value());
-    RefuseTaken(catalogue, documents, place.parent, place.names.front(), std::nullopt, true);
+    RefuseTaken(catalogue, documents, place.parent, place.names.front(), std::nullopt);
     DocKey added = place.parent;
     std::string told;
     for (const std::string& name : place.names) {
@@ -479,10 +478,8 @@ Exit Rename(const Context& context)
     Documents documents(conn);
     const DocKey key = FindGiven(catalogue, context.arguments);
     const DocPlace& place = *catalogue.Find(key);
-    // Where the engine does not tell case, the folder's own name is taken by itself.
-    const bool isOwn = UpperName(name) == UpperName(place.name);
     for (const DocKey parent : catalogue.Keys(place.parents)) {
-        RefuseTaken(catalogue, documents, parent, name, key, !isOwn);
+        RefuseTaken(catalogue, documents, parent, name, key);
     }
     documents.RenameFolder(key.id, place.name, name);
     transaction.Commit();
@@ -534,7 +531,7 @@ Exit Link(const Context& context)
     // Who made the folder need not have made the link.
     folder.creatorId = 0;
     folder.creator.clear();
-    RefuseTaken(catalogue, documents, place.parent, folder.name, std::nullopt, true);
+    RefuseTaken(catalogue, documents, place.parent, folder.name, std::nullopt);
     documents.AddLink(place, folder);
     transaction.Commit();
     context.terminal.err << fmt::format("{} is now under {} too\n", catalogue.Named(place.folder),

@@ -4,6 +4,7 @@
 #include "console/Confirm.h"
 #include "console/DepartmentSync.h"
 #include "console/Engine.h"
+#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/Render.h"
 #include "console/Text.h"
@@ -235,6 +236,9 @@ void RefuseTaken(const Organisation& organisation, ItemKey parent, const std::st
             throw Refusal(Exit::conflict,
                           fmt::format("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
         }
+    }
+    if (const auto other = organisation.FindConfusedChild(parent, name, except)) {
+        ThrowConfused("name", name, *other);
     }
 }
 
@@ -506,9 +510,9 @@ Exit Find(const Context& context)
 {
     Opened opened(context.arguments);
     const Organisation organisation(opened.Directory().Connection());
-    const std::string part = UpperName(Given(context.arguments, kText).value_or(""));
+    const std::string part = NameKey(Given(context.arguments, kText).value_or(""));
     const std::vector<ItemKey> groups = GroupsWhere(
-        organisation, [&part](const Place& place) { return place.upperName.find(part) != std::string::npos; });
+        organisation, [&part](const Place& place) { return place.nameKey.find(part) != std::string::npos; });
     TableWriter writer(context.arguments.format, {"id", "path"}, context.terminal.out);
     for (const ItemKey key : groups) {
         if (!writer.Write(MakeRow(std::int64_t{key.id}, organisation.PathOf(key)))) {

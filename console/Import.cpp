@@ -7,13 +7,13 @@
 #include "console/FileFormat.h"
 #include "console/Interrupt.h"
 #include "console/Lengths.h"
+#include "console/Names.h"
 #include "console/Progress.h"
 #include "console/Render.h"
 #include "console/Text.h"
 #include "console/UserDepartment.h"
 #include "console/Users.h"
 #include "dbaccess/CAConnect.h"
-#include "platform/CodePage.h"
 #include "schema/Privileges.h"
 
 #include <fcntl.h>
@@ -436,7 +436,7 @@ private:
         if (row.login.empty()) {
             return;
         }
-        const auto [first, isNew] = m_seen.emplace(platform::UpperUtf8(row.login), row.line);
+        const auto [first, isNew] = m_seen.emplace(NameKey(row.login), row.line);
         if (!isNew && row.problem.empty()) {
             row.problem = fmt::format("the login name {} stands in line {} already", Quoted(row.login), first->second);
         }
@@ -559,6 +559,9 @@ private:
         if (!present.empty() && !m_options.update) {
             return {Outcome::Kind::exists, present.front().id, {}};
         }
+        if (present.empty()) {
+            RequireFreeLogin(m_directory, row.login, std::nullopt);
+        }
         const std::optional<UserKey> user =
             present.empty() ? std::nullopt : std::optional(FindUser(m_directory, "login:" + row.login));
         const FieldValues stored = user ? m_directory.Load(user->id).value_or(FieldValues()) : FieldValues();
@@ -597,7 +600,7 @@ private:
                 changed += fmt::format("{} {}", changed.empty() ? "changes" : " and", field.name);
             }
         }
-        const bool isAdmin = platform::UpperUtf8(row.login) == platform::UpperUtf8(kAdmin);
+        const bool isAdmin = SameName(row.login, kAdmin);
         if (isAdmin && (stored.empty() || Differs(stored, row.values))) {
             return stored.empty() ? "adds the built-in administrator" : "changes the built-in administrator";
         }

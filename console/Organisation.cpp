@@ -6,6 +6,7 @@
 #include "console/Engine.h"
 #include "console/Escape.h"
 #include "console/Lengths.h"
+#include "console/Names.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
@@ -249,13 +250,6 @@ std::string PathEscaped(std::string_view name)
     return escaped;
 }
 
-std::string UpperName(std::string_view name)
-{
-    CString upper{name};
-    upper.MakeUpper();
-    return std::string(upper.View());
-}
-
 // ---- The picture ----------------------------------------------------------------------------------------------------
 
 Organisation::Organisation(CAConnect& conn) : m_conn(conn)
@@ -280,12 +274,12 @@ void Organisation::LoadPlaces()
         ColumnReader(row) >> place.key.id >> place.name >> place.sortIndex;
     });
     for (Place& place : m_places) {
-        place.upperName = UpperName(place.name);
+        place.nameKey = NameKey(place.name);
     }
     const auto isBefore = [](const Place& a, const Place& b) {
         // Views before groups.
-        return std::tie(b.key.type, a.sortIndex, a.upperName, a.name, a.key.id) <
-               std::tie(a.key.type, b.sortIndex, b.upperName, b.name, b.key.id);
+        return std::tie(b.key.type, a.sortIndex, a.nameKey, a.name, a.key.id) <
+               std::tie(a.key.type, b.sortIndex, b.nameKey, b.name, b.key.id);
     };
     std::ranges::sort(m_places, isBefore);
     for (std::size_t i = 0; i < m_places.size(); ++i) {
@@ -473,10 +467,10 @@ ItemKey Organisation::FindView(const std::string& argument) const
 std::vector<ItemKey> Organisation::ChildrenNamed(ItemKey parent, std::string_view name) const
 {
     std::vector<ItemKey> found;
-    const std::string upper = UpperName(name);
+    const std::string key = NameKey(name);
     if (const Place* place = Find(parent)) {
         for (const std::size_t child : place->children) {
-            if (m_places[child].upperName == upper) {
+            if (m_places[child].nameKey == key) {
                 found.push_back(m_places[child].key);
             }
         }
@@ -484,12 +478,21 @@ std::vector<ItemKey> Organisation::ChildrenNamed(ItemKey parent, std::string_vie
     return found;
 }
 
+std::optional<RowName> Organisation::FindConfusedChild(ItemKey parent, std::string_view name, ItemKey except) const
+{
+    return FindConfused(m_conn, "qv_Group", name,
+                        fmt::format("Col_ID <> {} AND Col_ID IN (SELECT Col_DQvItemID FROM qv_Relation WHERE "
+                                    "Col_QvItemID = {} AND Col_QvItemType = {} AND Col_DQvItemType = {} AND "
+                                    "Col_RelType = {})",
+                                    except.id, parent.id, parent.type, kItemTypeGroup, kMembership));
+}
+
 std::vector<ItemKey> Organisation::SystemViewsNamed(std::string_view name) const
 {
     std::vector<ItemKey> found;
-    const std::string upper = UpperName(name);
+    const std::string key = NameKey(name);
     for (const Place& place : m_places) {
-        if (IsSystemView(place) && place.upperName == upper) {
+        if (IsSystemView(place) && place.nameKey == key) {
             found.push_back(place.key);
         }
     }

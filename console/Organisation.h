@@ -1,6 +1,7 @@
 #pragma once
 
 #include "console/Directory.h"
+#include "console/Names.h"
 #include "platform/CString.h"
 
 #include <compare>
@@ -34,7 +35,7 @@ struct ItemKey {
 struct Place {
     ItemKey key;
     std::string name;
-    std::string upperName; ///< for comparing
+    std::string nameKey; ///< for comparing
     int sortIndex = 10000;
     int viewType = 0;                  ///< of a view
     int viewOwner = 0;                 ///< of a view
@@ -135,6 +136,8 @@ public:
     [[nodiscard]] ItemKey FindView(const std::string& argument) const;
     /// The groups of a name directly under a parent, case not counting.
     [[nodiscard]] std::vector<ItemKey> ChildrenNamed(ItemKey parent, std::string_view name) const;
+    /// A group directly under a parent whose other name the engine takes for equal to this one.
+    [[nodiscard]] std::optional<RowName> FindConfusedChild(ItemKey parent, std::string_view name, ItemKey except) const;
     /// The system views of a name, case not counting.
     [[nodiscard]] std::vector<ItemKey> SystemViewsNamed(std::string_view name) const;
 
@@ -230,7 +233,5 @@ struct ParentAndName {
 ParentAndName SplitLast(const std::string& path);
 /// A name as it stands in a path.
 std::string PathEscaped(std::string_view name);
-/// The text in which names are compared.
-std::string UpperName(std::string_view name);
 
 } // namespace console

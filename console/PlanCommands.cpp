@@ -5,6 +5,7 @@
 #include "console/Engine.h"
 #include "console/FindEach.h"
 #include "console/Items.h"
+#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/Plans.h"
 #include "console/Render.h"
@@ -86,15 +87,14 @@ void RefuseTaken(Plans& plans, const std::string& name, const std::optional<Plan
 {
     const std::vector<ListedPlan> all = plans.List();
     const auto other = std::ranges::find_if(
-        all, [&](const ListedPlan& plan) { return plan.name == name && (!self || plan.id != self->id); });
+        all, [&](const ListedPlan& plan) { return SameName(plan.name, name) && (!self || plan.id != self->id); });
     if (other != all.end()) {
         throw Refusal(Exit::conflict, fmt::format("the name {} is taken by {}", Quoted(name),
                                                   console::Named(PlanKey{other->id, other->name})));
     }
-    // Where the engine does not tell case, a plan's own name is taken by itself.
-    const bool isOwn = self && UpperName(self->name) == UpperName(name);
-    if (!isOwn && plans.IsTaken(name)) {
-        throw Refusal(Exit::conflict, fmt::format("the name {} is taken", Quoted(name)));
+    const std::string others = fmt::format("Col_ID <> {}", self ? self->id : 0);
+    if (const auto confused = FindConfused(plans.Connection(), "Tab_Doc_Backup_Plan", name, others)) {
+        ThrowConfused("name", name, *confused);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
+#include "console/Names.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
@@ -29,7 +30,7 @@ std::vector<ListedPlan> AsList(const CUIntArray& ids, const CStringArray& names,
         plans.push_back({static_cast<int>(ids[i]), Text(names[i]), Text(descriptions[i])});
     }
     std::ranges::sort(plans, [](const ListedPlan& a, const ListedPlan& b) {
-        return std::tuple(UpperName(a.name), a.name, a.id) < std::tuple(UpperName(b.name), b.name, b.id);
+        return std::tuple(NameKey(a.name), a.name, a.id) < std::tuple(NameKey(b.name), b.name, b.id);
     });
     return plans;
 }
@@ -68,14 +69,6 @@ std::optional<PlanData> Plans::Load(int id)
                 plan = PlanData{TextIn(row, 1), TextIn(row, 2), TextIn(row, 3)};
             });
     return plan;
-}
-
-bool Plans::IsTaken(std::string_view name)
-{
-    // The module's own test for a name calls a failure "not there".
-    int id = 0;
-    Run(m_conn, [&] { return CQVBaseFun::GetBackupPlanID(m_conn, EscapeLiteral(name), id); });
-    return id != 0;
 }
 
 std::set<ItemKey> Plans::ItemsOf(int id)
@@ -152,11 +145,15 @@ void Plans::Unassign(int id, ItemKey item)
 PlanKey FindPlan(Plans& plans, const std::string& argument)
 {
     const std::optional<int> id = argument.starts_with(kIdPrefix) ? std::optional(IdIn(argument)) : std::nullopt;
+    std::vector<ListedPlan> listed = plans.List();
+    if (id) {
+        std::erase_if(listed, [&](const ListedPlan& plan) { return plan.id != *id; });
+    } else {
+        KeepNamed(listed, argument, &ListedPlan::name);
+    }
     std::vector<PlanKey> found;
-    for (const ListedPlan& plan : plans.List()) {
-        if (id ? plan.id == *id : plan.name == argument) {
-            found.push_back({plan.id, plan.name});
-        }
+    for (const ListedPlan& plan : listed) {
+        found.push_back({plan.id, plan.name});
     }
     if (found.empty()) {
         throw Refusal(Exit::notFound,

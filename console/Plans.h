@@ -51,12 +51,12 @@ public:
     /// @param conn  open, and stays so while this is used.
     explicit Plans(CAConnect& conn) : m_conn(conn) {}
 
+    [[nodiscard]] CAConnect& Connection() const { return m_conn; }
+
     /// By name.
     std::vector<ListedPlan> List();
     /// Nothing when there is no such plan.
     std::optional<PlanData> Load(int id);
-    /// Whether there is a plan of this name, as the engine compares names.
-    bool IsTaken(std::string_view name);
     /// The items that a plan is assigned to, also those that are gone.
     std::set<ItemKey> ItemsOf(int id);
     /// Rows that assign a plan; other programs may have written several for the same item.
@@ -80,8 +80,8 @@ private:
     CAConnect& m_conn;
 };
 
-/// The plan that an argument means: a name as it is, or "id:17". @throws Refusal (usage, notFound), or (conflict) that
-/// lists what it may mean.
+/// The plan that an argument means: a name, case not counting unless plans differ in nothing else, or "id:17". @throws
+/// Refusal (usage, notFound), or (conflict) that lists what it may mean.
 PlanKey FindPlan(Plans& plans, const std::string& argument);
 
 /// @throws Refusal (usage) for what no plan should be called: what CheckName refuses, and what begins as an id does.

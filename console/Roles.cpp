@@ -8,6 +8,7 @@
 #include "console/FindEach.h"
 #include "console/Lengths.h"
 #include "console/LoginOrder.h"
+#include "console/Names.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
@@ -98,7 +99,7 @@ RoleKey FindById(Roles& roles, const std::string& argument)
 
 bool IsDefaultName(const std::string& name, const RoleScope& scope)
 {
-    return UpperName(name) == UpperName(kDefaultRole) && scope.application == kOwnApplication;
+    return SameName(name, kDefaultRole) && SameName(scope.application, kOwnApplication);
 }
 
 void RefuseTaken(Roles& roles, const std::string& name, const RoleScope& scope, std::optional<int> except)
@@ -107,6 +108,26 @@ void RefuseTaken(Roles& roles, const std::string& name, const RoleScope& scope, 
         if (other.id != except) {
             throw Refusal(Exit::conflict, fmt::format("the role name {} is taken by {}", Quoted(name), Named(other)));
         }
+    }
+    const std::string others =
+        fmt::format("Col_AppName = '{}' AND Col_DomainID = {} AND Col_ID <> {}",
+                    EscapeLiteral(roles.Connection(), scope.application).View(), scope.domainId, except.value_or(0));
+    if (const std::optional<RowName> other = FindConfused(roles.Connection(), "qv_Role", name, others)) {
+        ThrowConfused("role name", name, *other);
+    }
+}
+
+/// Refuses to let an engine take a role for that of every user by another spelling of its name. The change has been
+/// made already, in a transaction: only asking tells.
+void RequireNoOtherDefault(Roles& roles, int id, const std::string& name)
+{
+    const std::optional<RoleKey> everyone = roles.Default();
+    if (everyone && everyone->id == id && name != kDefaultRole) {
+        throw Refusal(
+            Exit::isProtected,
+            fmt::format("this database takes the role name {} for that of the role of every user; nothing was "
+                        "changed, choose another",
+                        Quoted(name)));
     }
 }
 
@@ -175,7 +196,7 @@ std::vector<ListedRole> Roles::List(const RoleScope& scope)
         const int id = static_cast<int>(ids[i]);
         roles.push_back({id, Text(names[i]), Text(descriptions[i]), members[id]});
     }
-    SortBy(roles, [](const ListedRole& role) { return std::tuple(UpperName(role.name), role.name, role.id); });
+    SortBy(roles, [](const ListedRole& role) { return std::tuple(NameKey(role.name), role.name, role.id); });
     return roles;
 }
 
@@ -185,10 +206,10 @@ std::vector<RoleKey> Roles::FindAll(std::string_view name, const RoleScope& scop
     CStringArray names;
     Run(m_conn,
         [&] { return CQVBaseFun::LoadRole(m_conn, EscapeLiteral(scope.application), scope.domainId, ids, names); });
-    const std::string upper = UpperName(name);
+    const std::string key = NameKey(name);
     std::vector<RoleKey> found;
     for (int i = 0; i < ids.GetSize(); ++i) {
-        if (UpperName(names[i].View()) == upper) {
+        if (NameKey(names[i].View()) == key) {
             found.push_back({static_cast<int>(ids[i]), Text(names[i])});
         }
     }
@@ -262,7 +283,7 @@ std::vector<UserRole> Roles::OfUser(int userId)
                 roles.push_back(std::move(role));
             });
     SortBy(roles, [](const UserRole& role) {
-        return std::tuple(role.scope.application, role.scope.domainId, UpperName(role.name), role.name, role.id);
+        return std::tuple(role.scope.application, role.scope.domainId, NameKey(role.name), role.name, role.id);
     });
     return roles;
 }
@@ -431,13 +452,12 @@ std::vector<HeldTitle> Roles::Titles(const std::string& condition)
 
 std::vector<HeldTitle> Roles::TitlesIn(int groupId, std::string_view title)
 {
-    std::string condition = fmt::format("t.Col_QvItemID = {}", groupId);
+    std::vector<HeldTitle> titles = Titles(fmt::format("t.Col_QvItemID = {}", groupId));
     if (!title.empty()) {
-        condition += fmt::format(" AND t.Col_JobTitle = '{}'", EscapeLiteral(title).View());
+        std::erase_if(titles, [&](const HeldTitle& held) { return !SameName(held.title, title); });
     }
-    std::vector<HeldTitle> titles = Titles(condition);
     SortBy(titles, [](const HeldTitle& held) {
-        return std::tuple(UpperName(held.title), held.title, UpperName(held.login), held.userId);
+        return std::tuple(NameKey(held.title), held.title, NameKey(held.login), held.userId);
     });
     return titles;
 }
@@ -445,22 +465,48 @@ std::vector<HeldTitle> Roles::TitlesIn(int groupId, std::string_view title)
 std::vector<HeldTitle> Roles::TitlesOf(int userId)
 {
     std::vector<HeldTitle> titles = Titles(fmt::format("t.Col_DQvItemID = {}", userId));
-    SortBy(titles, [](const HeldTitle& held) { return std::tuple(held.groupId, UpperName(held.title), held.title); });
+    SortBy(titles, [](const HeldTitle& held) { return std::tuple(held.groupId, NameKey(held.title), held.title); });
     return titles;
+}
+
+std::string Roles::ConditionOn(int groupId, int userId)
+{
+    return fmt::format("Col_QvItemID = {} AND Col_QvItemType = {} AND Col_DQvItemID = {} AND Col_DQvItemType = {}",
+                       groupId, kItemTypeGroup, userId, kItemTypeUser);
+}
+
+std::vector<std::string> Roles::HeldAs(int groupId, int userId, std::string_view title)
+{
+    std::vector<std::string> spellings;
+    EachRow(m_conn, "SELECT Col_JobTitle FROM qv_JobTitle WHERE " + ConditionOn(groupId, userId),
+            [&](CARecordset& row) {
+                const std::string held = TextIn(row, 1);
+                if (SameName(held, title) && std::ranges::find(spellings, held) == spellings.end()) {
+                    spellings.push_back(held);
+                }
+            });
+    return spellings;
 }
 
 bool Roles::HoldsTitle(int groupId, int userId, std::string_view title)
 {
-    bool exists = false;
-    Run(m_conn, [&] {
-        return CQVBaseFun::ExistJobTitle(m_conn, groupId, kItemTypeGroup, userId, kItemTypeUser, EscapeLiteral(title),
-                                         exists);
-    });
-    return exists;
+    return !HeldAs(groupId, userId, title).empty();
+}
+
+void Roles::RefuseConfusedTitle(int groupId, int userId, std::string_view title)
+{
+    const std::string condition = ConditionOn(groupId, userId);
+    if (const auto other = FindConfused(m_conn, "qv_JobTitle", "Col_DQvItemID", "Col_JobTitle", title, condition)) {
+        throw Refusal(Exit::conflict,
+                      fmt::format("this database takes the title {} for equal to {}, which user {} holds; nothing was "
+                                  "changed, see what `qvadmin db status` says",
+                                  Quoted(title), Quoted(other->name), userId));
+    }
 }
 
 void Roles::GiveTitle(const HeldTitle& title)
 {
+    RefuseConfusedTitle(title.groupId, title.userId, title.title);
     CJobTitleItem item;
     item.m_nQvItemID = title.groupId;
     item.m_nDQvItemID = title.userId;
@@ -472,9 +518,13 @@ void Roles::GiveTitle(const HeldTitle& title)
 
 void Roles::TakeTitle(int groupId, int userId, std::string_view title)
 {
-    Run(m_conn, [&] {
-        return CQVBaseFun::DeleteJobTitle(m_conn, groupId, kItemTypeGroup, userId, kItemTypeUser, EscapeLiteral(title));
-    });
+    for (const std::string& held : HeldAs(groupId, userId, title)) {
+        RefuseConfusedTitle(groupId, userId, held);
+        Run(m_conn, [&] {
+            return CQVBaseFun::DeleteJobTitle(m_conn, groupId, kItemTypeGroup, userId, kItemTypeUser,
+                                              EscapeLiteral(held));
+        });
+    }
 }
 
 // ---- What an administrator does with roles --------------------------------------------------------------------------
@@ -517,7 +567,18 @@ int CreateRole(Roles& roles, const RoleData& role)
     if (everyone && IsDefaultName(role.name, role.scope)) {
         throw Refusal(Exit::conflict, fmt::format("there is the role of every user already: {}", Named(*everyone)));
     }
-    return roles.Create(role);
+    // Whether it is the default role must not depend on whether case counts for the engine.
+    if (IsDefaultName(role.name, role.scope) &&
+        (role.name != kDefaultRole || role.scope.application != kOwnApplication)) {
+        throw Refusal(
+            Exit::isProtected,
+            fmt::format("some databases would take the role {} of {} for the role of every user; `qvadmin role "
+                        "default --create` makes that role",
+                        Quoted(role.name), Visible(role.scope.application)));
+    }
+    const int id = roles.Create(role);
+    RequireNoOtherDefault(roles, id, role.name);
+    return id;
 }
 
 bool ChangeRole(Roles& roles, const RoleKey& role, const std::optional<std::string>& name,
@@ -536,6 +597,9 @@ bool ChangeRole(Roles& roles, const RoleKey& role, const std::optional<std::stri
         CheckNewName(roles, role, *stored, newName);
     }
     roles.Change(role.id, name, description);
+    if (newName != stored->name) {
+        RequireNoOtherDefault(roles, role.id, newName);
+    }
     return true;
 }
 

@@ -139,7 +139,10 @@ public:
     /// The titles that a user holds, by group.
     std::vector<HeldTitle> TitlesOf(int userId);
     bool HoldsTitle(int groupId, int userId, std::string_view title);
+    /// @throws Refusal (conflict), as does TakeTitle, when the engine takes another title that the user holds there for
+    /// equal.
     void GiveTitle(const HeldTitle& title);
+    /// Takes the title in all its spellings.
     void TakeTitle(int groupId, int userId, std::string_view title);
 
 private:
@@ -148,6 +151,10 @@ private:
     int Number(const std::string& sql);
     bool HasRelation(ItemKey holder, int userId);
     std::vector<HeldTitle> Titles(const std::string& condition);
+    static std::string ConditionOn(int groupId, int userId);
+    /// The spellings in which a user holds a title.
+    std::vector<std::string> HeldAs(int groupId, int userId, std::string_view title);
+    void RefuseConfusedTitle(int groupId, int userId, std::string_view title);
     template <class Write>
     void Save(std::string_view what, Write write);
 
@@ -167,7 +174,8 @@ std::vector<RoleKey> FindRoles(Roles& roles, const std::vector<std::string>& arg
 int CreateRole(Roles& roles, const RoleData& role);
 
 /// Sets name, description or both. @return whether anything was different before. @throws Refusal (isProtected) for a
-/// new name of the default role or one that would make another role the default, (conflict) for a name that is taken.
+/// new name of the default role or one that would make another role the default, (conflict) for a name that is taken;
+/// to be called in a transaction.
 bool ChangeRole(Roles& roles, const RoleKey& role, const std::optional<std::string>& name,
                 const std::optional<std::string>& description);
 

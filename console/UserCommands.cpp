@@ -5,6 +5,7 @@
 #include "console/Import.h"
 #include "console/Lengths.h"
 #include "console/MemberCommands.h"
+#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
 #include "console/Render.h"
@@ -13,7 +14,6 @@
 #include "console/UserDepartment.h"
 #include "console/Users.h"
 #include "console/Words.h"
-#include "platform/CodePage.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -93,19 +93,19 @@ std::optional<UserDepartment> DepartmentGiven(CAConnect& conn, const Arguments& 
     return department;
 }
 
-bool IsMatch(const ListedUser& user, const std::string& upperPart)
+bool IsMatch(const ListedUser& user, const std::string& foldedPart)
 {
-    const auto holds = [&upperPart](const std::string& text) {
-        return platform::UpperUtf8(text).find(upperPart) != std::string::npos;
+    const auto holds = [&foldedPart](const std::string& text) {
+        return NameKey(text).find(foldedPart) != std::string::npos;
     };
     return holds(user.login) || holds(user.name) || holds(user.email) || holds(user.mobile) || holds(user.department) ||
            holds(user.title);
 }
 
-bool IsSelected(const ListedUser& user, const Arguments& arguments, const std::string& upperPart)
+bool IsSelected(const ListedUser& user, const Arguments& arguments, const std::string& foldedPart)
 {
     return !(arguments.onlyLocked && !user.locked) && !(arguments.onlyActive && user.locked) &&
-           (upperPart.empty() || IsMatch(user, upperPart));
+           (foldedPart.empty() || IsMatch(user, foldedPart));
 }
 
 Value ShownPasswordType(const Stored& stored)
@@ -303,7 +303,7 @@ Exit List(const Context& context)
 {
     const Arguments& arguments = context.arguments;
     Opened opened(arguments);
-    const std::string part = platform::UpperUtf8(arguments.match);
+    const std::string part = NameKey(arguments.match);
     TableWriter writer(arguments.format,
                        {"id", "login", "name", "sex", "mobile", "email", "department", "title", "locked"},
                        context.terminal.out);
@@ -339,7 +339,7 @@ Exit Count(const Context& context)
 Exit Exists(const Context& context)
 {
     Opened opened(context.arguments);
-    const bool exists = opened.Directory().IsTaken(context.arguments.login);
+    const bool exists = opened.Directory().Exists(context.arguments.login);
     context.terminal.out << (exists ? "true\n" : "false\n");
     return exists ? Exit::done : Exit::notFound;
 }

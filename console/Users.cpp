@@ -3,6 +3,7 @@
 #include "console/Asked.h"
 #include "console/Errors.h"
 #include "console/FindEach.h"
+#include "console/Names.h"
 #include "console/Text.h"
 
 #include <fmt/format.h>
@@ -85,16 +86,19 @@ bool HasLoginInDigest(const FieldValues& stored)
     return stored.at(&FieldOf("password_type")).value_or("") == "2" && !password.empty() && password != kFitsNothing;
 }
 
-void RefuseAnothersLogin(Directory& directory, const UserKey& user, const std::string& login)
+} // namespace
+
+void RequireFreeLogin(Directory& directory, const std::string& login, std::optional<int> except)
 {
     for (const UserKey& other : directory.FindAll(login)) {
-        if (other.id != user.id) {
+        if (other.id != except) {
             throw Refusal(Exit::conflict, fmt::format("the login name {} is taken by {}", Quoted(login), Named(other)));
         }
     }
+    if (const std::optional<UserKey> other = directory.FindConfusedLogin(login, except)) {
+        ThrowConfused("login name", login, {other->id, other->login});
+    }
 }
-
-} // namespace
 
 UserKey FindUser(Directory& directory, const std::string& argument)
 {
@@ -127,11 +131,7 @@ void CheckLogin(const std::string& login)
 int CreateUser(Directory& directory, const std::string& login, const FieldValues& values)
 {
     CheckLogin(login);
-    const std::vector<UserKey> taken = directory.FindAll(login);
-    if (!taken.empty()) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("the login name {} is taken by {}", Quoted(login), Named(taken.front())));
-    }
+    RequireFreeLogin(directory, login, std::nullopt);
     CHumanItem item;
     item.m_nID = 0;
     SetMember(item, FieldOf("login"), login);
@@ -175,7 +175,7 @@ bool WouldSpoilPassword(Directory& directory, const UserKey& user, const std::st
         throw Refusal(Exit::isProtected,
                       fmt::format("{} is the built-in administrator and keeps its name", Named(user)));
     }
-    RefuseAnothersLogin(directory, user, login);
+    RequireFreeLogin(directory, login, user.id);
     return user.login != login && HasLoginInDigest(LoadUser(directory, user.id));
 }
 

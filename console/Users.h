@@ -3,6 +3,7 @@
 #include "console/Directory.h"
 #include "console/Fields.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,12 @@ std::vector<UserKey> FindUsers(Directory& directory, const std::vector<std::stri
 /// @throws Refusal (usage) for what no one should have to log in as: nothing, outer blanks, control characters.
 void CheckLogin(const std::string& login);
 
+/// @param except  a user who may have the login name. @throws Refusal (conflict) when another has it, and when the
+/// engine takes another's for equal.
+void RequireFreeLogin(Directory& directory, const std::string& login, std::optional<int> except);
+
 /// Adds a user; a name that is not given is the login name, a birthday that is not given is none.
-/// @return the new id. @throws Refusal (conflict) when the login name is taken, case not counting.
+/// @return the new id. @throws Refusal as RequireFreeLogin does.
 int CreateUser(Directory& directory, const std::string& login, const FieldValues& values);
 
 /// Whether the values differ from what is stored.

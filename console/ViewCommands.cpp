@@ -4,6 +4,7 @@
 #include "console/Confirm.h"
 #include "console/DepartmentSync.h"
 #include "console/Engine.h"
+#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/Organisation.h"
 #include "console/Render.h"
@@ -33,6 +34,10 @@ void RefuseTaken(const Organisation& organisation, const std::string& name, Item
             throw Refusal(Exit::conflict,
                           fmt::format("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
         }
+    }
+    const std::string others = fmt::format("Col_Type = {} AND Col_ID <> {}", kSystemView, except.id);
+    if (const auto other = FindConfused(organisation.Connection(), "qv_View", name, others)) {
+        ThrowConfused("name", name, *other);
     }
 }
 

@@ -61,7 +61,7 @@ private:
         }
         RequireRow(id, expected, "a saved user comes back byte for byte");
         fuzz::Require(m_directory.FindId(text).has_value(), "a saved user is found by login name");
-        fuzz::Require(m_directory.IsTaken(text), "a saved login name is taken");
+        fuzz::Require(m_directory.Exists(text), "a saved login name is found");
 
         item.m_nID = id;
         item.m_strName = "new";

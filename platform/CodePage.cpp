@@ -390,28 +390,45 @@ void Transcode(const CodePage& from, std::string_view text, const CodePage& to, 
         from, text, [&](std::string_view run) { out += run; }, character);
 }
 
-void AppendUpperAscii(std::string& out, std::string_view run)
+template <class Map>
+void AppendMapped(std::string& out, std::string_view run, Map map)
 {
     const auto start = static_cast<std::ptrdiff_t>(out.size());
     out += run;
-    const auto upper = [](char ch) { return ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch; };
-    std::transform(out.begin() + start, out.end(), out.begin() + start, upper);
+    std::transform(out.begin() + start, out.end(), out.begin() + start,
+                   [map](char ch) { return static_cast<char>(map(static_cast<UChar32>(ch))); });
 }
 
-std::string Upper(const CodePage& page, std::string_view text)
+UChar32 Capital(UChar32 letter) { return u_toupper(letter); }
+
+UChar32 CapitalOfAscii(UChar32 letter) { return letter >= 'a' && letter <= 'z' ? letter - 'a' + 'A' : letter; }
+
+UChar32 Folded(UChar32 letter)
+{
+    const UChar32 folded = u_foldCase(letter, U_FOLD_CASE_DEFAULT);
+    return u_toupper(folded) == u_toupper(letter) ? folded : letter;
+}
+
+UChar32 FoldedAscii(UChar32 letter) { return letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter; }
+
+// Letter by letter; the second map does the same for ASCII, and faster.
+template <class Map, class AsciiMap>
+std::string Mapped(const CodePage& page, std::string_view text, Map map, AsciiMap mapAscii)
 {
     std::string out;
     out.reserve(text.size());
-    // What has no capital keeps its bytes, also where it could be written with others.
+    // What the map leaves alone keeps its bytes, also where it could be written with others.
     const auto character = [&](const Decoded& decoded, std::string_view bytes) {
-        const auto capital = static_cast<char32_t>(u_toupper(static_cast<UChar32>(decoded.value)));
-        const Encoded encoded = capital == decoded.value ? Encoded{} : EncodedCharacter(page, capital);
+        const auto mapped = static_cast<char32_t>(map(static_cast<UChar32>(decoded.value)));
+        const Encoded encoded = mapped == decoded.value ? Encoded{} : EncodedCharacter(page, mapped);
         out += encoded.length == 0 ? bytes : encoded.View();
     };
     ForEachPart(
-        page, text, [&](std::string_view run) { AppendUpperAscii(out, run); }, character);
+        page, text, [&](std::string_view run) { AppendMapped(out, run, mapAscii); }, character);
     return out;
 }
+
+std::string Upper(const CodePage& page, std::string_view text) { return Mapped(page, text, Capital, CapitalOfAscii); }
 
 /// The caller's room for a converted text; counts what would be written where none is given.
 template <class Unit>
@@ -593,6 +610,8 @@ bool IsValidUtf8(std::string_view text) noexcept
 }
 
 std::string UpperUtf8(std::string_view text) { return Upper(kUtf8, text); }
+
+std::string FoldUtf8(std::string_view text) { return Mapped(kUtf8, text, Folded, FoldedAscii); }
 
 std::string UpperAnsi(std::string_view text) { return Upper(AnsiPage(), text); }
 

@@ -68,6 +68,12 @@ QV_API std::string UpperUtf8(std::string_view text);
 /// Upper-cases text of the ANSI code page by the same rules; a letter whose capital the code page lacks stays as it is.
 QV_API std::string UpperAnsi(std::string_view text);
 
+/// Folds the case of UTF-8 text by Unicode's one-to-one rules, the same in every language, to compare it with other
+/// text in which only case does not count; bytes that are no valid character stay as they are. Texts that are equal
+/// then are equal by UpperUtf8 too, so that engines that compare capitals find them: a letter whose folded form has
+/// another capital (the signs for kelvin and ohm) stays as it is.
+QV_API std::string FoldUtf8(std::string_view text);
+
 /// The version of the Unicode rules behind UpperUtf8, such as "15.0".
 QV_API const char* UnicodeVersion() noexcept;
 

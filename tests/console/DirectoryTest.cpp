@@ -250,7 +250,7 @@ TEST_F(DirectoryTest, LookUpsFindEveryText)
         const int id = NewestId();
         const std::string login = WrittenBy(item, *Of("login"));
         EXPECT_EQ(m_directory.FindId(login), id);
-        EXPECT_TRUE(m_directory.IsTaken(login));
+        EXPECT_TRUE(m_directory.Exists(login));
         EXPECT_EQ(m_directory.FindIdIgnoringCase(login), id);
         ASSERT_EQ(m_directory.FindAll(login).size(), 1U);
         EXPECT_EQ(m_directory.FindAll(login)[0].login, login);
@@ -271,7 +271,7 @@ TEST_F(DirectoryTest, WhatIsNotThereIsNotFound)
     for (int round = 0; round < 100; ++round) {
         const std::string login = m_texts.NextLogin();
         EXPECT_EQ(m_directory.FindId(login), std::nullopt);
-        EXPECT_FALSE(m_directory.IsTaken(login));
+        EXPECT_FALSE(m_directory.Exists(login));
         EXPECT_EQ(m_directory.FindIdIgnoringCase(login), std::nullopt);
         EXPECT_TRUE(m_directory.FindAll(login).empty());
         EXPECT_FALSE(m_directory.FindNamed(login));
@@ -285,7 +285,7 @@ TEST_F(DirectoryTest, LoginNamesAreFoundWhateverTheirCase)
     m_directory.Insert("Żółw", "");
     m_directory.Insert("żÓŁW", "");
     EXPECT_EQ(m_directory.FindId("ŻÓŁW"), std::nullopt);
-    EXPECT_TRUE(m_directory.IsTaken("ŻÓŁW"));
+    EXPECT_TRUE(m_directory.Exists("ŻÓŁW"));
     EXPECT_EQ(m_directory.FindAll("żółw").size(), 2U);
 }
 
