@@ -3,6 +3,7 @@
 #include "console/AddIns.h"
 #include "console/Confirm.h"
 #include "console/Engine.h"
+#include "console/JsonWriter.h"
 #include "console/Messages.h"
 #include "console/Names.h"
 #include "console/Opened.h"
@@ -14,34 +15,27 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include <iterator>
 
 namespace console {
 
-namespace {
-
-using Json = nlohmann::ordered_json;
-
-template <class Rows>
-Json AsJson(const Rows& rows)
-{
-    std::ostringstream text;
-    Render(Format::json, rows, text);
-    return Json::parse(text.str());
-}
-
-} // namespace
-
 void Render(Format format, const Record& record, const std::vector<Part>& parts, std::ostream& out)
 {
     if (format == Format::json || format == Format::jsonl) {
-        Json object = AsJson(record);
+        JsonWriter json(out, format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
+        json.BeginObject();
+        json.WriteMembers(record);
         for (const Part& part : parts) {
-            object[part.name] = AsJson(part.rows);
+            json.WriteName(part.name);
+            json.BeginArray();
+            for (const std::vector<Value>& row : part.rows.rows) {
+                json.WriteRow(part.rows.columns, row);
+            }
+            json.End();
         }
-        out << object.dump(format == Format::json ? 2 : -1) << '\n';
+        json.End();
+        out << '\n';
         return;
     }
     Record counted = record;

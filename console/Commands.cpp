@@ -2,6 +2,7 @@
 
 #include "console/AddInCommands.h"
 #include "console/BoardCommands.h"
+#include "console/Changes.h"
 #include "console/CopyCommand.h"
 #include "console/DbCommands.h"
 #include "console/DocRootCommands.h"
@@ -22,6 +23,7 @@
 #include "console/ViewCommands.h"
 
 #include <exception>
+#include <new>
 
 namespace console {
 
@@ -546,6 +548,8 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal)
         return RunWords(words, terminal);
     } catch (const Refusal& e) {
         return Reported(e.Code(), e.what(), terminal);
+    } catch (const std::bad_alloc&) {
+        return Reported(Exit::failed, OutOfMemorySentence(), terminal);
     } catch (const std::exception& e) {
         return Reported(Exit::failed, "this should not happen: " + std::string(e.what()), terminal);
     }
@@ -557,8 +561,16 @@ std::span<const Noun> Nouns() { return kNouns; }
 
 std::span<const Command> Commands() { return kCommands; }
 
+std::string_view OutOfMemorySentence() noexcept
+{
+    return Changes::MayBeMade() ? "out of memory; some or all of the change may have been made, so look before you run "
+                                  "the command again"
+                                : "out of memory; nothing was changed";
+}
+
 int RunProgram(int count, const char* const* words, Terminal& terminal)
 {
+    Changes::Reset();
     Exit code = RunReporting({words + 1, words + count}, terminal);
     terminal.out.flush();
     // Who closed it has read enough, which is no failure.

@@ -40,7 +40,10 @@ struct Noun {
 std::span<const Noun> Nouns();
 std::span<const Command> Commands();
 
-/// Runs the program. @return what it is to end with.
+/// What is to be said when memory runs out. Allocates nothing.
+std::string_view OutOfMemorySentence() noexcept;
+
+/// Runs the program. @return what it is to end with. @throws std::bad_alloc when there is no memory to run anything.
 int RunProgram(int count, const char* const* words, Terminal& terminal);
 
 } // namespace console

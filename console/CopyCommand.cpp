@@ -1,5 +1,6 @@
 #include "console/CopyCommand.h"
 
+#include "console/Changes.h"
 #include "console/DbCommands.h"
 #include "console/Engine.h"
 #include "console/Interrupt.h"
@@ -220,6 +221,7 @@ Exit Copy(const Context& context)
     Connect(to, *target.db, target);
     RequireUsable(from, to, shown);
     const Interrupt interrupt;
+    Changes::NoteCommit();
     Asking(to, [&] { schema::Upgrade(to); });
     Copying copying(from, to, context.terminal);
     const schema::Copied copied = copying.Run();

@@ -107,14 +107,19 @@ void CsvReader::StartParser()
 bool CsvReader::Feed(const std::string& text)
 {
     const auto takeField = [](void* bytes, std::size_t length, void* self) {
-        std::vector<std::string>& fields = static_cast<CsvReader*>(self)->m_fields;
-        if (fields.size() <= kMostFields) {
-            fields.emplace_back(static_cast<const char*>(bytes), length);
+        auto& reader = *static_cast<CsvReader*>(self);
+        if (reader.m_fields.size() > kMostFields) {
+            return;
+        }
+        try { // nothing may be thrown through the parser
+            reader.m_fields.emplace_back(static_cast<const char*>(bytes), length);
+        } catch (const std::bad_alloc&) {
+            reader.m_outOfMemory = true;
         }
     };
     const auto endRow = [](int, void* self) { static_cast<CsvReader*>(self)->m_complete = true; };
     const std::size_t taken = csv_parse(&m_parser, text.data(), text.size(), takeField, endRow, this);
-    if (taken != text.size() && csv_error(&m_parser) == CSV_ENOMEM) {
+    if (m_outOfMemory || (taken != text.size() && csv_error(&m_parser) == CSV_ENOMEM)) {
         throw std::bad_alloc();
     }
     return taken == text.size();

@@ -57,6 +57,7 @@ private:
     bool m_failed = false;
     std::vector<std::string> m_fields;
     bool m_complete = false;
+    bool m_outOfMemory = false;
 };
 
 } // namespace console

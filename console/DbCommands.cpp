@@ -1,5 +1,6 @@
 #include "console/DbCommands.h"
 
+#include "console/Changes.h"
 #include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Render.h"
@@ -57,6 +58,7 @@ Exit Init(const Context& context)
         didSomething = true;
         context.terminal.err << fmt::format("version {}: {}\n", version, Visible(title));
     };
+    Changes::NoteCommit();
     Asking(conn, [&] { schema::Upgrade(conn, tell); });
     context.terminal.err << fmt::format("{} in {}\n", WhatWasDone(before, Inspect(conn), didSomething), ShownUrl(url));
     return Exit::done;

@@ -4,6 +4,7 @@
 #include "console/Asked.h"
 #include "console/Engine.h"
 #include "console/Escape.h"
+#include "console/Names.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"

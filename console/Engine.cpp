@@ -1,6 +1,7 @@
 #include "console/Engine.h"
 
 #include "basefun/QVBaseFun.h"
+#include "console/Changes.h"
 #include "console/Text.h"
 #include "dbaccess/CAConnect.h"
 
@@ -145,6 +146,7 @@ try : m_conn(conn), m_transaction(conn) {
 
 void Transaction::Commit()
 {
+    Changes::NoteCommit();
     Asking(m_conn, [&] { m_transaction.Commit(); });
 }
 

@@ -3,6 +3,7 @@
 #include "console/Engine.h"
 #include "console/Explain.h"
 #include "console/Items.h"
+#include "console/JsonWriter.h"
 #include "console/Opened.h"
 #include "console/Powers.h"
 #include "console/Render.h"
@@ -14,7 +15,6 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
@@ -26,8 +26,6 @@ namespace {
 
 using namespace words;
 using Kind = Question::Kind;
-using Json = nlohmann::ordered_json;
-
 constexpr Field kGenre{"GENRE", "", {}, Field::Use::given, "genre of the function, as it is"};
 constexpr Field kFunction{"FUNCTION", "", {}, Field::Use::given, "name of the function, as it is"};
 constexpr Field kBit{"bit", "", {}, Field::Use::given, "is this bit among the rights: 1, 2, 4, 8, also as 0x10"};
@@ -211,42 +209,42 @@ void Write(const Context& context, const Asked& asked, const Explanation& explan
 
 // ---- For programs ---------------------------------------------------------------------------------------------------
 
-template <class Number>
-Json OrNull(const std::optional<Number>& number)
-{
-    return number ? Json(*number) : Json(nullptr);
-}
+Value OrNull(const std::optional<int>& number) { return number ? Value(std::int64_t{*number}) : Value(); }
 
-Json VerdictOf(const Asked& asked, const Explanation& explanation)
+Value VerdictOf(const Asked& asked, const Explanation& explanation)
 {
     const bool isNumber = asked.question.kind == Kind::all || asked.question.kind == Kind::limit;
-    return isNumber ? Json(explanation.verdict) : Json(explanation.verdict != 0);
+    return isNumber ? Value(std::int64_t{explanation.verdict}) : Value(explanation.verdict != 0);
 }
 
-Json RowsOf(const Explanation& explanation)
+void WriteRows(const Explanation& explanation, JsonWriter& json)
 {
-    Json rows = Json::array();
+    json.BeginArray();
     for (const ConsideredRow& row : explanation.rows) {
-        rows.push_back({{"role_id", row.roleId},
-                        {"role", row.role},
-                        {"linked", row.isLinked},
-                        {"default", row.isDefault},
-                        {"power", OrNull(row.power)},
-                        {"decides", row.decides}});
+        json.BeginObject();
+        json.WriteMember("role_id", std::int64_t{row.roleId});
+        json.WriteMember("role", row.role);
+        json.WriteMember("linked", row.isLinked);
+        json.WriteMember("default", row.isDefault);
+        json.WriteMember("power", OrNull(row.power));
+        json.WriteMember("decides", row.decides);
+        json.End();
     }
-    return rows;
+    json.End();
 }
 
-Json IgnoredOf(const Explanation& explanation, Namer& namer)
+void WriteIgnored(const Explanation& explanation, Namer& namer, JsonWriter& json)
 {
-    Json rows = Json::array();
+    json.BeginArray();
     for (const IgnoredRow& row : explanation.ignored) {
-        rows.push_back({{"type", row.holder.type},
-                        {"id", row.holder.id},
-                        {"name", namer.NameOf(row.holder)},
-                        {"power", OrNull(row.power)}});
+        json.BeginObject();
+        json.WriteMember("type", std::int64_t{row.holder.type});
+        json.WriteMember("id", std::int64_t{row.holder.id});
+        json.WriteMember("name", namer.NameOf(row.holder));
+        json.WriteMember("power", OrNull(row.power));
+        json.End();
     }
-    return rows;
+    json.End();
 }
 
 void WriteJson(const Context& context, const Asked& asked, const Explanation& explanation, Namer& namer)
@@ -254,21 +252,24 @@ void WriteJson(const Context& context, const Asked& asked, const Explanation& ex
     const bool hasBits = asked.question.kind == Kind::bit || asked.question.kind == Kind::mask;
     const auto decider =
         explanation.decidedBy ? std::optional(explanation.rows[*explanation.decidedBy].roleId) : std::nullopt;
-    const Json object = {
-        {"user", asked.user.login},
-        {"user_id", asked.user.id},
-        {"genre", asked.genre},
-        {"function", asked.function},
-        {"question", NameOf(asked.question.kind)},
-        {"bits", hasBits ? Json(asked.question.bits) : Json(nullptr)},
-        {"ran", explanation.ran},
-        {"verdict", VerdictOf(asked, explanation)},
-        {"decided_by", OrNull(decider)},
-        {"case", NameOf(explanation.reason)},
-        {"rows", RowsOf(explanation)},
-        {"ignored", IgnoredOf(explanation, namer)},
-    };
-    context.terminal.out << object.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    JsonWriter json(context.terminal.out, JsonWriter::Layout::indented);
+    json.BeginObject();
+    json.WriteMember("user", asked.user.login);
+    json.WriteMember("user_id", std::int64_t{asked.user.id});
+    json.WriteMember("genre", asked.genre);
+    json.WriteMember("function", asked.function);
+    json.WriteMember("question", std::string(NameOf(asked.question.kind)));
+    json.WriteMember("bits", hasBits ? Value(std::int64_t{asked.question.bits}) : Value());
+    json.WriteMember("ran", explanation.ran);
+    json.WriteMember("verdict", VerdictOf(asked, explanation));
+    json.WriteMember("decided_by", OrNull(decider));
+    json.WriteMember("case", std::string(NameOf(explanation.reason)));
+    json.WriteName("rows");
+    WriteRows(explanation, json);
+    json.WriteName("ignored");
+    WriteIgnored(explanation, namer, json);
+    json.End();
+    context.terminal.out << '\n';
 }
 
 } // namespace

@@ -1,9 +1,8 @@
 #include "console/Render.h"
 
+#include "console/JsonWriter.h"
 #include "console/Overloaded.h"
 #include "console/Text.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
@@ -12,8 +11,6 @@
 namespace console {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 bool IsNumber(const Value& value) { return std::holds_alternative<std::int64_t>(value); }
 bool IsAbsent(const Value& value) { return std::holds_alternative<std::monostate>(value); }
@@ -36,20 +33,6 @@ std::string ForPrograms(const Value& value)
                                  [](const Choice& choice) { return std::to_string(choice.number); },
                                  [](const std::string& text) { return text; }},
                       value);
-}
-
-Json AsJson(const Value& value)
-{
-    return std::visit(Overloaded{[](std::monostate) { return Json(nullptr); },
-                                 [](std::int64_t number) { return Json(number); }, [](bool flag) { return Json(flag); },
-                                 [](const Choice& choice) { return Json(choice.number); },
-                                 [](const std::string& text) { return Json(text); }},
-                      value);
-}
-
-std::string Written(const Json& json, int indent)
-{
-    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
 std::string PlainText(const Value& value)
@@ -103,13 +86,13 @@ std::vector<std::string> TextsForPrograms(const std::vector<Value>& row)
     return texts;
 }
 
-Json AsObject(const std::vector<std::string>& columns, const std::vector<Value>& row)
+void WriteJson(const Record& record, JsonWriter::Layout layout, std::ostream& out)
 {
-    Json object = Json::object();
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        object[columns[i]] = AsJson(row[i]);
-    }
-    return object;
+    JsonWriter json(out, layout);
+    json.BeginObject();
+    json.WriteMembers(record);
+    json.End();
+    out << '\n';
 }
 
 void WritePlainRow(const std::vector<Value>& row, std::ostream& out)
@@ -134,14 +117,15 @@ Table AsRow(const Record& record)
 
 void WriteProperties(const Record& record, std::ostream& out)
 {
-    std::vector<Cell> names;
-    std::ranges::transform(record, std::back_inserter(names),
-                           [](const auto& property) { return CellOf(Visible(property.first)); });
-    const std::size_t widest = names.empty() ? 0 : std::ranges::max(names, {}, &Cell::width).width;
-    for (std::size_t i = 0; i < record.size(); ++i) {
-        const std::string text = ForPeople(record[i].second);
-        out << names[i].text;
-        Pad(text.empty() ? 0 : widest + 2 - names[i].width, out);
+    std::size_t widest = 0;
+    for (const auto& [name, value] : record) {
+        widest = std::max(widest, DisplayWidth(Visible(name)));
+    }
+    for (const auto& [name, value] : record) {
+        const std::string text = ForPeople(value);
+        const std::string shown = Visible(name);
+        out << shown;
+        Pad(text.empty() ? 0 : widest + 2 - DisplayWidth(shown), out);
         out << text << '\n';
     }
 }
@@ -193,10 +177,12 @@ bool TableWriter::Write(const std::vector<Value>& row)
         WriteCsvRow(TextsForPrograms(row), m_out);
         break;
     case Format::json:
-        m_out << (m_isFirst ? "\n  " : ",\n  ") << Written(AsObject(m_names, row), -1);
+        m_out << (m_isFirst ? "\n  " : ",\n  ");
+        JsonWriter(m_out, JsonWriter::Layout::line).WriteRow(m_names, row);
         break;
     case Format::jsonl:
-        m_out << Written(AsObject(m_names, row), -1) << '\n';
+        JsonWriter(m_out, JsonWriter::Layout::line).WriteRow(m_names, row);
+        m_out << '\n';
         break;
     case Format::plain:
         WritePlainRow(row, m_out);
@@ -277,10 +263,6 @@ void Render(Format format, const Table& table, std::ostream& out)
 
 void Render(Format format, const Record& record, std::ostream& out)
 {
-    const auto object = [&record] {
-        const Table table = AsRow(record);
-        return AsObject(table.columns, table.rows.front());
-    };
     switch (format) {
     case Format::table:
         WriteProperties(record, out);
@@ -289,10 +271,10 @@ void Render(Format format, const Record& record, std::ostream& out)
         Render(format, AsRow(record), out);
         break;
     case Format::json:
-        out << Written(object(), 2) << '\n';
+        WriteJson(record, JsonWriter::Layout::indented, out);
         break;
     case Format::jsonl:
-        out << Written(object(), -1) << '\n';
+        WriteJson(record, JsonWriter::Layout::line, out);
         break;
     case Format::plain:
         WritePlain(record, out);

@@ -23,8 +23,16 @@ struct Choice {
     std::string_view word;
 };
 
+/// The text of a value. Not a std::string itself: a std::variant of types that the standard library declares never to
+/// leave it empty (std::string, std::vector, ...) destroys what was never constructed when memory runs out while it is
+/// copied (libstdc++ 12).
+struct TextValue : std::string {
+    using std::string::string;
+    TextValue(std::string text) noexcept : std::string(std::move(text)) {}
+};
+
 /// One value of a row; the first alternative is "absent".
-using Value = std::variant<std::monostate, std::int64_t, bool, Choice, std::string>;
+using Value = std::variant<std::monostate, std::int64_t, bool, Choice, TextValue>;
 
 struct Table {
     std::vector<std::string> columns;

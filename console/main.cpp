@@ -8,6 +8,8 @@
 
 #include <csignal>
 #include <iostream>
+#include <new>
+#include <string_view>
 
 namespace {
 
@@ -17,9 +19,7 @@ bool OutIsClosed()
     return poll(&out, 1, 0) == 1 && (out.revents & POLLERR) != 0;
 }
 
-} // namespace
-
-int main(int argc, char* argv[])
+int Run(int argc, char* argv[])
 {
     SetAnsiCodePage(CP_UTF8);
     // Writing too much, or where nobody reads, is to fail like any other write, with a sentence.
@@ -37,4 +37,30 @@ int main(int argc, char* argv[])
     err << std::unitbuf;
     console::Terminal terminal{in, out, err, isatty(STDIN_FILENO) != 0, errIsTerminal, &OutIsClosed};
     return console::RunProgram(argc, argv, terminal);
+}
+
+/// Streams may need memory, which there is none of.
+void WriteError(std::string_view text)
+{
+    while (!text.empty()) {
+        const ssize_t count = write(STDERR_FILENO, text.data(), text.size());
+        if (count <= 0) {
+            return;
+        }
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    try {
+        return Run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        WriteError("qvadmin: ");
+        WriteError(console::OutOfMemorySentence());
+        WriteError("\n");
+        return static_cast<int>(console::Exit::failed);
+    }
 }

@@ -159,7 +159,7 @@ public:
             if (m_isOpen) {
                 m_conn.Execute("ROLLBACK");
             }
-        } catch (const CAException&) { // it has been read, and goes with its connection
+        } catch (...) { // it has been read, and goes with its connection
         }
     }
 
@@ -180,7 +180,7 @@ public:
             Lock(m_conn, m_dialect, kLongestTableWork);
             HoldTables();
             Execute(m_dialect.copying.mark);
-        } catch (const CAException&) {
+        } catch (...) {
             GiveUp();
             throw;
         }
@@ -222,7 +222,7 @@ private:
         }
         try {
             m_conn.RollbackTrans();
-        } catch (const CAException&) { // what led here is being reported already
+        } catch (...) { // what led here is being reported already
         }
         Unlock(m_conn, m_dialect);
     }

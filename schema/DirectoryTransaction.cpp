@@ -31,7 +31,7 @@ DirectoryTransaction::DirectoryTransaction(CAConnect& conn, std::chrono::seconds
         if (isOfTransaction) {
             Lock(m_conn, m_dialect, longest);
         }
-    } catch (const CAException&) {
+    } catch (...) {
         Rollback();
         throw;
     }
@@ -53,7 +53,7 @@ void DirectoryTransaction::Rollback() noexcept
     }
     try {
         m_conn.RollbackTrans();
-    } catch (const CAException&) { // see its declaration
+    } catch (...) { // see its declaration
     }
     Unlock(m_conn, m_dialect);
 }

@@ -44,7 +44,7 @@ public:
         }
         try {
             Lock(m_conn, m_dialect, kLongestTableWork);
-        } catch (const CAException&) {
+        } catch (...) {
             GiveUp();
             throw;
         }
@@ -73,7 +73,7 @@ private:
             if (m_dialect.stepIsTransaction) {
                 m_conn.RollbackTrans();
             }
-        } catch (const CAException&) { // what made us give up is being reported already
+        } catch (...) { // what made us give up is being reported already
         }
         Unlock(m_conn, m_dialect);
     }
@@ -257,7 +257,7 @@ void Unlock(CAConnect& conn, const Dialect& dialect) noexcept
         if (!dialect.locking.release.empty()) {
             conn.Execute(dialect.locking.release.c_str());
         }
-    } catch (const CAException&) { // see its declaration
+    } catch (...) { // see its declaration
     }
 }
 

@@ -256,7 +256,7 @@ TEST_F(MessagesTest, TheLogIsShownWithAllColumnsThatThereAre)
     EXPECT_EQ(std::get<std::int64_t>(table.rows[0][0]), 2);
     EXPECT_TRUE(std::holds_alternative<std::monostate>(table.rows[0][1]));
     EXPECT_EQ(std::get<std::int64_t>(table.rows[1][0]), 1);
-    EXPECT_EQ(std::get<std::string>(table.rows[1][1]), "O'Brien\\");
+    EXPECT_EQ(std::get<TextValue>(table.rows[1][1]), "O'Brien\\");
     EXPECT_EQ(Entries(1).rows.size(), 1U);
 }
 

@@ -58,6 +58,21 @@ breach "includes an engine's header" < <(
   find_in '#[[:space:]]*include[[:space:]]*[<"](sql|sqlext|sqltypes|sqlucode|odbcinst|odbcinstext)\.h' "${all[@]}" |
     grep -vE '^(dbaccess/drivers/odbc|tests/dbaccess|bench)/' || true)
 
+# ---- A std::variant of these alone takes it that copying one never fails, and destroys what was never constructed when
+# memory runs out in it (libstdc++ 12); console/Render.h shows the way out.
+variant_breaches() {
+  local file
+  while IFS= read -r file; do
+    tr '\n' ' ' <"$file" | { grep -oE 'std::variant<[^;{>]*' || true; } |
+      { grep -E '[<,] *std::(string|vector|function|any|shared_ptr|weak_ptr)\b' || true; } | sed "s|^|$file: |"
+  done < <(grep -lE 'std::variant<' "${all[@]}" || true)
+}
+breach "holds in a std::variant what must not be copied there" < <(variant_breaches)
+
+# ---- To destroy the JSON library's objects and arrays takes memory, and ends the program when there is none.
+breach "uses the JSON library where console/JsonWriter.h is to be used" < <(
+  find_in '#[[:space:]]*include[[:space:]]*<nlohmann' "${all[@]}" | grep -vE '^(console/JsonWriter\.cpp|tests/|bench/)' || true)
+
 # ---- An include never points to a higher floor.
 declare -A below=(
   [platform]="platform"

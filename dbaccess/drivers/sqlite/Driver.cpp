@@ -13,6 +13,7 @@
 #include <charconv>
 #include <cstring>
 #include <filesystem>
+#include <new>
 #include <string>
 
 namespace dbaccess::sqlite {
@@ -92,8 +93,13 @@ void Upper(sqlite3_context* context, int /*count*/, sqlite3_value** arguments)
     if (text == nullptr) {
         return;
     }
-    const std::string upper = platform::UpperUtf8({text, static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]))});
-    sqlite3_result_text64(context, upper.data(), upper.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    try { // nothing may be thrown through the engine
+        const std::string upper =
+            platform::UpperUtf8({text, static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]))});
+        sqlite3_result_text64(context, upper.data(), upper.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    } catch (const std::bad_alloc&) {
+        sqlite3_result_error_nomem(context);
+    }
 }
 
 bool OnlyBlanksIn(const char* text) { return text[std::strspn(text, " \t\r\n\f;")] == '\0'; }
