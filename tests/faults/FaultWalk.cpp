@@ -33,7 +33,7 @@ namespace {
 
 struct Options {
     bool all = false;       ///< every call, not only those that are reached in a way not seen before
-    std::size_t points = 2; ///< else how many of them at most, for each command and fault
+    std::size_t points = 1; ///< else how many of them at most, for each command and fault
     std::string engine = "sqlite";
     std::string only; ///< how the command lines begin that are walked
 };
@@ -157,16 +157,18 @@ private:
                 points.push_back(at);
             }
         }
-        return m_options.all ? points : Spread(points, m_options.points);
+        // Of the writes the last is the one that decides; of the allocations each command takes another one.
+        return m_options.all ? points : Spread(points, m_options.points, fault.call == Call::allocation ? m_runs : 0);
     }
 
-    /// So many of the points, the last of them among these.
-    static std::vector<std::uint64_t> Spread(const std::vector<std::uint64_t>& points, std::size_t most)
+    /// So many of the points at most, evenly apart.
+    static std::vector<std::uint64_t> Spread(const std::vector<std::uint64_t>& points, std::size_t most,
+                                             std::uint64_t shift)
     {
         std::vector<std::uint64_t> some;
         const std::size_t count = std::min(points.size(), most);
         for (std::size_t i = 1; i <= count; ++i) {
-            some.push_back(points[i * points.size() / count - 1]);
+            some.push_back(points[(i * points.size() / count - 1 + shift) % points.size()]);
         }
         return some;
     }
