@@ -82,6 +82,9 @@ Exit Status(const Context& context)
     try {
         schema::RequireSuitable(conn);
     } catch (const CAException& e) {
+        if (!conn.IsOpen()) {
+            throw ErrorFrom(conn, e);
+        }
         context.terminal.err << fmt::format("qvadmin: {}\n", ErrorFrom(conn, e).EngineLine());
         return Exit::findings;
     }

@@ -112,7 +112,8 @@ public:
             m_characters += isValid ? 1 : 0;
             if (!IsAscii(first) && !isValid) {
                 ++m_others;
-                m_isWindows = m_isWindows && std::string_view("\x81\x8D\x8F\x90\x9D").find(text[i]) == text.npos;
+                m_isWindows =
+                    m_isWindows && std::string_view("\x81\x8D\x8F\x90\x9D").find(text[i]) == std::string_view::npos;
             }
             i += isValid ? character.size() : 1;
         }
@@ -196,7 +197,7 @@ std::string OtherEncoding(std::istream& in, const std::string& name)
 
 std::string ShellQuoted(std::string_view name)
 {
-    const std::string word = (name.starts_with('-') ? "./" : "") + std::string(name);
+    std::string word = (name.starts_with('-') ? "./" : "") + std::string(name);
     const bool isPlain = !word.empty() && std::ranges::all_of(word, [](unsigned char ch) {
         return std::isalnum(ch) != 0 ||
                std::string_view("_./:@%+=,-").find(static_cast<char>(ch)) != std::string_view::npos;

@@ -112,29 +112,30 @@ int OpenThere(const std::string& path) { return ::open(path.c_str(), O_RDONLY | 
 
 } // namespace
 
-OutputFile::OutputFile(Description description) : m_description(std::move(description))
+OutputFile::OutputFile(Description description)
+    : m_description(std::move(description)), m_partial(m_description.target + ".partial")
 {
     const std::string& target = m_description.target;
-    for (const std::string& path : {target, Partial()}) {
+    for (const std::string& path : {target, m_partial}) {
         for (const std::string& name : {path, Earlier(path)}) {
             RequireFree(name);
             RequireReplaceable(name);
         }
     }
     TakeAwayPartial();
-    m_file = ::open(Partial().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kForItsOwner);
+    m_file = ::open(m_partial.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kForItsOwner);
     if (m_file < 0) {
         ThrowUnwritable(std::strerror(errno));
     }
-    if (!HoldsAlone(m_file, Partial())) {
+    if (!HoldsAlone(m_file, m_partial)) {
         ::close(m_file);
-        ThrowBusy(Partial());
+        ThrowBusy(m_partial);
     }
     m_pending << m_description.firstLine << '\n';
     try {
         Flush();
     } catch (const Refusal&) {
-        ::unlink(Partial().c_str());
+        ::unlink(m_partial.c_str());
         ::close(m_file);
         throw;
     }
@@ -145,7 +146,7 @@ OutputFile::~OutputFile()
 {
     ::close(m_file);
     if (!m_finished && !m_hasContent) {
-        ::unlink(Partial().c_str());
+        ::unlink(m_partial.c_str());
     }
 }
 
@@ -177,13 +178,13 @@ void OutputFile::Finish()
     if (TypeOf(target)) {
         KeepEarlier(target);
     }
-    if (::rename(Partial().c_str(), target.c_str()) != 0) {
+    if (::rename(m_partial.c_str(), target.c_str()) != 0) {
         ThrowUnwritable(std::strerror(errno));
     }
     m_finished = true;
 }
 
-std::string OutputFile::Name() const { return Visible(m_finished ? m_description.target : Partial()); }
+std::string OutputFile::Name() const { return Visible(m_finished ? m_description.target : m_partial); }
 
 void OutputFile::RequireFree(const std::string& path) const
 {
@@ -219,7 +220,7 @@ void OutputFile::RequireReplaceable(const std::string& path) const
 /// What a run that was cut short has left.
 void OutputFile::TakeAwayPartial() const
 {
-    const std::string path = Partial();
+    const std::string path = m_partial;
     const Handle file(OpenThere(path));
     if (file.Get() < 0) {
         return; // nothing there, or making it will say why not

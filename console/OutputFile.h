@@ -51,7 +51,6 @@ public:
     [[nodiscard]] std::string Name() const;
 
 private:
-    [[nodiscard]] std::string Partial() const { return m_description.target + ".partial"; }
     void RequireFree(const std::string& path) const;
     void RequireReplaceable(const std::string& path) const;
     void TakeAwayPartial() const;
@@ -60,6 +59,7 @@ private:
     [[noreturn]] void ThrowUnwritable(const std::string& reason) const;
 
     Description m_description;
+    std::string m_partial; // kept, since the destructor must not run out of memory
     int m_file = -1;
     std::ostringstream m_pending;
     bool m_hasContent = false; // after the first line

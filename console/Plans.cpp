@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <limits>
 #include <tuple>
 
@@ -152,9 +153,9 @@ PlanKey FindPlan(Plans& plans, const std::string& argument)
         KeepNamed(listed, argument, &ListedPlan::name);
     }
     std::vector<PlanKey> found;
-    for (const ListedPlan& plan : listed) {
-        found.push_back({plan.id, plan.name});
-    }
+    std::ranges::transform(listed, std::back_inserter(found), [](const ListedPlan& plan) {
+        return PlanKey{plan.id, plan.name};
+    });
     if (found.empty()) {
         throw Refusal(Exit::notFound,
                       fmt::format("there is no backup plan {}; `qvadmin plan list` shows all", Quoted(argument)));

@@ -37,7 +37,7 @@ std::vector<ItemKey> GroupsOfText(const Organisation& organisation, const std::s
         for (const console::Place& place : organisation.Places()) {
             const std::string view = organisation.PathOf(place.key);
             if (place.key.type == kItemTypeView && view.starts_with('/')) {
-                std::ranges::copy(organisation.FindAll(view + "/" + text), std::back_inserter(groups));
+                std::ranges::copy(organisation.FindAll(fmt::format("{}/{}", view, text)), std::back_inserter(groups));
             }
         }
     } catch (const Refusal& e) {
@@ -47,7 +47,7 @@ std::vector<ItemKey> GroupsOfText(const Organisation& organisation, const std::s
         return {}; // no path
     }
     std::ranges::sort(groups);
-    groups.erase(std::ranges::unique(groups).begin(), groups.end());
+    groups.erase(std::unique(groups.begin(), groups.end()), groups.end());
     return groups;
 }
 
