@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -45,6 +46,12 @@ TemporaryFolder::TemporaryFolder()
         throw std::runtime_error("no folder can be made for " + pattern);
     }
     m_path = pattern;
+}
+
+void TemporaryFolder::WriteFile(const std::string& name, const std::string& text) const
+{
+    std::ofstream(Path(name)) << text;
+    std::filesystem::permissions(Path(name), std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 Consoles::Consoles(const Engine& engine, std::string program) : m_program(std::move(program))

@@ -31,6 +31,8 @@ public:
     ~TemporaryFolder() { std::filesystem::remove_all(m_path); }
 
     [[nodiscard]] std::string Path(const std::string& name) const { return m_path + "/" + name; }
+    /// Makes a file that its owner alone can read, as the console wants it of passwords.
+    void WriteFile(const std::string& name, const std::string& text) const;
 
 private:
     std::string m_path;

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -85,8 +84,8 @@ std::vector<std::string> OthersOf(const Case& wanted)
 TEST(GivenColumns, AreAllThatIsWritten)
 {
     Consoles consoles(EngineCalled("sqlite"), QVADMIN_PROGRAM);
-    std::ofstream(consoles.Folder().Path("people.csv")) << "login,title\namy,Boss\n";
-    std::ofstream(consoles.Folder().Path("password")) << "secret\n";
+    consoles.Folder().WriteFile("people.csv", "login,title\namy,Boss\n");
+    consoles.Folder().WriteFile("password", "secret\n");
     for (const Words& words : kBefore) {
         ASSERT_EQ(consoles.Run(words).exit, 0) << words.front();
     }

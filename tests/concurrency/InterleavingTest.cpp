@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <fstream>
 #include <optional>
 #include <string>
 #include <thread>
@@ -110,8 +109,8 @@ protected:
 
     static void Prepare(Consoles& consoles)
     {
-        std::ofstream(consoles.Folder().Path("people.csv")) << "login,title\namy,Boss\n";
-        std::ofstream(consoles.Folder().Path("password")) << "secret\n";
+        consoles.Folder().WriteFile("people.csv", "login,title\namy,Boss\n");
+        consoles.Folder().WriteFile("password", "secret\n");
         for (const Words& words : ThePair().before) {
             const ChildResult result = consoles.Run(words);
             ASSERT_EQ(result.exit, 0) << result.err;

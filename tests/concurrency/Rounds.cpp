@@ -25,7 +25,7 @@ public:
     Rounds(const Engine& engine, const std::string& program, std::size_t count)
         : m_consoles(engine, program), m_count(count)
     {
-        std::ofstream(m_consoles.Folder().Path("password")) << "secret\n";
+        m_consoles.Folder().WriteFile("password", "secret\n");
         Done({"view", "create", "V"});
         Done({"docroot", "create", "Main", "--path", "/d", "--type", "1"});
     }

@@ -556,7 +556,7 @@ TEST_F(AddInConsoleTest, RemovingAPackageTakesItsAddIns)
     Done({"package", "install", "other", "--version", "1"});
     Done({"addin", "create", "a", "--type", "1", "--package", "O'Neil\\"});
     Done({"addin", "create", "b", "--type", "1", "--package", "other"});
-    ExpectRefusal({"package", "remove", "O'Neil\\"}, 9, "nothing was deleted");
+    ExpectRefusal({"package", "remove", "O'Neil\\"}, 9, "nothing was removed");
     m_options.terminal = true;
     const ChildResult removed = RunWith("y\n", {"package", "remove", "O'Neil\\"});
     EXPECT_EQ(removed.exit, 0);

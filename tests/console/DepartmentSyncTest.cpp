@@ -72,7 +72,7 @@ protected:
     std::size_t Rename(int group, const std::string& name)
     {
         Organisation before(m_conn);
-        before.RenameGroup(group, name);
+        before.ChangeGroup(group, {name, {}, {}, {}});
         m_counts.executed.clear();
         return SyncDepartments(before, Group(group));
     }
@@ -245,7 +245,7 @@ protected:
         ConsoleFixture::SetUp();
         Init();
         WriteFile("in.csv", "login,department\namy,Sales/North\nrory,sales\nkim,Service\n");
-        Done({"user", "import", "in.csv", "--departments", "Main"});
+        Done({"user", "import", "in.csv", "--departments", "Main", "--make-view"});
     }
 
     std::string Done(const std::vector<std::string>& words)
@@ -300,7 +300,7 @@ TEST_F(DepartmentCommandsTest, MembersWhoLeaveTheirDepartmentHaveNone)
     EXPECT_THAT(Done({"member", "detach", "amy", "--yes"}),
                 HasSubstr("ended 1 membership of amy (id 1); the department of 1 person was changed with it\n"));
     ExpectInStep();
-    Done({"user", "set", "amy", "--department", "service"});
+    Done({"user", "set", "amy", "--department-text", "service"});
     EXPECT_THAT(Done({"member", "add", "/Main/Service", "amy"}),
                 HasSubstr("\nthe department of 1 person was changed with it\n"));
     ExpectInStep();

@@ -459,7 +459,8 @@ TEST_F(DocRootCommandsTest, ANameIsTakenInItsTypeAndFoundWithItsType)
     MakeRoot("Main");
     ExpectRefusal({"docroot", "create", "Main", "--path", "/x"}, 4, "the name 'Main' is taken");
     EXPECT_EQ(Done({"docroot", "create", "Main", "--path", "/x", "--type", "1"}), "2\n");
-    EXPECT_EQ(Done({"docroot", "create", "main", "--path", "/y"}), "3\n");
+    ExpectRefusal({"docroot", "create", "main", "--path", "/y"}, 4, "the name 'main' is taken");
+    EXPECT_EQ(Done({"docroot", "create", "Other", "--path", "/y"}), "3\n");
     for (const std::vector<std::string>& words : {std::vector<std::string>{"docroot", "show", "Main"},
                                                   {"docroot", "set", "Main", "--path", "/z"},
                                                   {"docroot", "delete", "Main", "--yes"},
@@ -472,8 +473,8 @@ TEST_F(DocRootCommandsTest, ANameIsTakenInItsTypeAndFoundWithItsType)
     EXPECT_EQ(ShownRoot("id:2")["path"], "/x");
     EXPECT_EQ(json::parse(Done({"docroot", "show", "Main", "--type", "1", "-o", "json"}))["id"], 2);
     ExpectRefusal({"docroot", "set", "id:2", "--new-type", "0"}, 4, "is taken");
-    ExpectRefusal({"docroot", "set", "main", "--name", "Main"}, 4, "is taken");
-    Done({"docroot", "set", "main", "--name", "MAIN"});
+    ExpectRefusal({"docroot", "set", "Other", "--name", "main"}, 4, "is taken");
+    Done({"docroot", "set", "id:1", "--name", "MAIN"});
     ExpectRefusal({"docroot", "show", "Nope"}, 3, "there is no document root 'Nope'");
     ExpectRefusal({"docroot", "show", "id:9"}, 3, "'id:9'");
     ExpectRefusal({"docroot", "show", "id:x"}, 2, "'id:x' is no id");

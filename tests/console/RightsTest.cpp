@@ -369,7 +369,7 @@ TEST_F(RightConsoleTest, AllRightsOfAnItemEndTogetherAfterAsking)
     Done({"right", "on", "grant", "role:Editors", "view:Main", "pages", "see"});
     const ChildResult asked = Run({"right", "revoke", "role:Editors", "--all"});
     EXPECT_EQ(asked.exit, 9);
-    EXPECT_THAT(asked.err, HasSubstr("role Editors (id 1) has 2 rights\nqvadmin: nothing was deleted"));
+    EXPECT_THAT(asked.err, HasSubstr("role Editors (id 1) has 2 rights\nqvadmin: no right was ended"));
     EXPECT_THAT(Json::parse(Done({"right", "list", "role:Editors", "-o", "json"})), SizeIs(2));
     EXPECT_THAT(
         Told({"right", "revoke", "role:Editors", "--all", "--yes"}),

@@ -204,7 +204,7 @@ TEST_P(ServersTest, DepartmentsFollowTheirGroups)
                 HasSubstr("the department of 1 person was changed with it"));
     WriteFile("again.csv", "login,department\namy,Service/North\nrory,Com'pany\\\\\nkim,Service\n");
     EXPECT_THAT(Run({"user", "import", "again.csv", "--departments", "Main", "--update"}).err,
-                HasSubstr("0 created, 0 updated, 3 unchanged, 0 failed"));
+                HasSubstr("0 created, 0 updated, 3 unchanged, 0 already there, 0 failed"));
     EXPECT_THAT(Run({"group", "delete", "/Main/Service", "--recursive", "--yes"}).err,
                 HasSubstr("the department of 2 people was changed with it"));
     EXPECT_EQ(Done({"user", "list", "-o", "plain", "--match", "kim"}), "3\tkim\tkim\t0\t\t\t\t\tfalse\n");
