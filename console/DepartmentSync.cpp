@@ -88,7 +88,7 @@ public:
         const bool isWhole = begin == 0 && IsTop(*m_organisation.Find(way.front()));
         std::string text = isWhole ? PathEscaped(m_organisation.Find(way.front())->name) : TextOf(way[begin]);
         for (const ItemKey group : std::span(way).subspan(begin + 1)) {
-            text += "/" + PathEscaped(m_organisation.Find(group)->name);
+            text += fmt::format("/{}", PathEscaped(m_organisation.Find(group)->name));
         }
         return text;
     }

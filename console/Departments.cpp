@@ -107,7 +107,7 @@ ItemKey Departments::MakeView()
 
 std::string Departments::ViewPath() const
 {
-    return m_viewName.empty() ? m_organisation.PathOf(*m_view) : "/" + PathEscaped(m_viewName);
+    return m_viewName.empty() ? m_organisation.PathOf(*m_view) : fmt::format("/{}", PathEscaped(m_viewName));
 }
 
 ItemKey Departments::Find(const std::string& path)
@@ -130,7 +130,7 @@ ItemKey Departments::Find(const std::string& path)
         const std::optional<LinkedGroup> present = ChildOf(place, name);
         const LinkedGroup group = present ? *present : MakeChild(place, name, reached + "/" + PathEscaped(name));
         place = {kItemTypeGroup, group.id};
-        reached += "/" + PathEscaped(group.name);
+        reached += fmt::format("/{}", PathEscaped(group.name));
     }
     m_paths.emplace(path, place);
     return place;

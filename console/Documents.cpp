@@ -434,7 +434,7 @@ std::string Catalogue::PathOf(DocKey key) const
     std::string path = hasName ? "/" + PathEscaped(place->name) : KeyText(place == nullptr ? key : place->key);
     std::ranges::reverse(names);
     for (const std::string_view name : names) {
-        path += "/" + PathEscaped(name);
+        path += fmt::format("/{}", PathEscaped(name));
     }
     return path;
 }

@@ -511,7 +511,7 @@ std::string Organisation::PathOf(ItemKey key) const
                                               : KeyText(place->key);
     std::ranges::reverse(names);
     for (const std::string_view name : names) {
-        path += "/" + PathEscaped(name);
+        path += fmt::format("/{}", PathEscaped(name));
     }
     return path;
 }
