@@ -28,7 +28,7 @@ void RequireConfirmation(const Context& context, const std::string& question, st
 /// @throws Refusal (conflict) always.
 [[noreturn]] void ThrowChanged(std::string_view nothingDone);
 
-/// To be called in the transaction that does what was confirmed: whoever was asked may have taken long.
+/// To be called in the transaction that does what was confirmed: the answer may have taken a while.
 /// @param shown, present  what was shown and what would be shown now, both read in the same way: the texts themselves,
 /// or the rows that they count. @param nothingDone  as for RequireConfirmation.
 /// @throws Refusal (conflict) when they differ.
