@@ -8,15 +8,20 @@
 
 class CString;
 
+/// A 32-bit number without a sign.
 using UINT = unsigned int;
+/// A 32-bit number without a sign.
 using DWORD = unsigned int;
 /// The 16-bit unit of UTF-16 text.
 using WCHAR = char16_t;
 
+/// Stands for the ANSI code page in conversions.
 inline constexpr UINT CP_ACP = 0;
+/// The code page UTF-8.
 inline constexpr UINT CP_UTF8 = 65001;
-/// The only form there is.
+/// Asks for composed characters, the only form that there is.
 inline constexpr DWORD MB_PRECOMPOSED = 1;
+/// Makes MultiByteToWideChar fail for an invalid byte.
 inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
 
 /// Sets the process's ANSI code page, in which all texts of the module are kept: 65001 (UTF-8), 936, 950, 932, 949, 874
@@ -24,6 +29,7 @@ inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
 /// Call it before texts are made and before other threads run.
 /// @return false, and nothing changed, for a code page that is not known.
 QV_API bool SetAnsiCodePage(UINT codePage);
+/// The number of the ANSI code page.
 QV_API UINT GetACP();
 
 /// Converts text of a code page (CP_ACP is the ANSI code page) to UTF-16.
@@ -36,7 +42,9 @@ QV_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int
 
 /// Converts UTF-16 to text of a code page. A character that it does not have becomes `defaultChar`, or "?" without one;
 /// in UTF-8, a lone surrogate becomes U+FFFD.
-/// @param length, outLength, return  as above, counted the other way round.
+/// @param length  16-bit units to convert, or -1 for a text that ends with NUL (which is converted too).
+/// @param outLength  room in bytes; 0 asks for the size needed.
+/// @return bytes written or needed; 0 for an unknown code page, a length of 0 and too little room.
 /// @param defaultChar  when not null: points to one character of the code page; UTF-8 does without it.
 /// @param usedDefaultChar  when not null: set to whether a character was replaced.
 QV_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int length, char* out, int outLength,
@@ -50,8 +58,9 @@ namespace platform {
 /// Whether the ANSI code page is UTF-8, so that texts go to and from an engine unchanged.
 QV_API bool AnsiIsUtf8() noexcept;
 
-/// Text of the ANSI code page as UTF-8 and back, by the rules of the two conversions above.
+/// Converts text of the ANSI code page to UTF-8; a byte that does not begin a valid character becomes U+FFFD by itself.
 QV_API std::string AnsiToUtf8(std::string_view text);
+/// Converts UTF-8 to text of the ANSI code page; a character that the code page does not have becomes "?".
 QV_API CString Utf8ToAnsi(std::string_view text);
 
 /// How many bytes of the ANSI code page the character at the front of `text` takes; 1 for a byte that begins no valid
@@ -65,7 +74,8 @@ QV_API bool IsValidUtf8(std::string_view text) noexcept;
 /// stay as they are. CString::MakeUpper and the upper() of engines that leave it to us both use these rules.
 QV_API std::string UpperUtf8(std::string_view text);
 
-/// Upper-cases text of the ANSI code page by the same rules; a letter whose capital the code page lacks stays as it is.
+/// Upper-cases text of the ANSI code page by Unicode's one-to-one rules; a letter whose capital the code page lacks
+/// stays as it is.
 QV_API std::string UpperAnsi(std::string_view text);
 
 /// Folds the case of UTF-8 text by Unicode's one-to-one rules, the same in every language, to compare it with other

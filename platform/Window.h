@@ -5,15 +5,21 @@
 #include <cstdint>
 #include <functional>
 
+/// A 32-bit number without a sign.
 using UINT = unsigned int;
+/// The first argument of a message, as wide as a pointer.
 using WPARAM = std::uintptr_t;
+/// The second argument of a message, as wide as a pointer.
 using LPARAM = std::intptr_t;
+/// The answer to a message, as wide as a pointer.
 using LRESULT = std::intptr_t;
 
+/// Never defined: window handles point to nothing.
 struct QvWindow;
 /// A message window; null is no window. Names a window, points to nothing; no two windows ever have the same.
 using HWND = QvWindow*;
 
+/// What a window does with a message; runs on the thread that made the window.
 using MessageHandler = std::function<LRESULT(UINT message, WPARAM wParam, LPARAM lParam)>;
 
 /// Makes a message window that belongs to the calling thread; its messages are handled on that thread only.
