@@ -125,26 +125,30 @@ def run(page, blocks, example, work):
                 fail(page, block.line, f"the commands print\n{printed}")
 
 
-def compile_all(page, blocks, work):
-    compiled = [block for block in blocks if block.kind == "cpp" and not block.norun]
+def programs(pages):
+    """What is to be compiled, by the name of its file: each program, and all fragments together. A program with a name is
+    compiled by its page's own commands."""
+    sources, fragments = {}, []
+    for page, (blocks, _) in pages.items():
+        for block in blocks:
+            if block.kind != "cpp" or block.norun:
+                continue
+            if "fragment" in block.words:
+                fragments.append(FRAGMENT.format(number=len(fragments), line=block.line + 1, page=page, text=block.text))
+            elif not any(word.startswith("file=") for word in block.words):
+                sources[f"{page}_{block.line}.cpp".replace("/", "_")] = f'#line {block.line + 1} "{page}"\n{block.text}'
     headers = [f"{module}/{file.name}" for module in MODULES for file in sorted((ROOT / module).glob("*.h"))
                if file.name not in ("AceItem.h", "Digest.h", "BuiltInDrivers.h", "DateText.h")]
-    sources = {}
-    for number, block in enumerate(compiled):
-        if "fragment" not in block.words:
-            sources[f"{page.replace('/', '_')}{number}.cpp"] = f'#line {block.line + 1} "{page}"\n{block.text}'
-    fragments = [FRAGMENT.format(number=number, line=block.line + 1, page=page, text=block.text)
-                 for number, block in enumerate(compiled) if "fragment" in block.words]
-    if fragments:
-        includes = "".join(f'#include "{header}"\n' for header in headers)
-        sources[f"{page.replace('/', '_')}_fragments.cpp"] = includes + "#include <cstdio>\n" + "".join(fragments)
-    for name, text in sources.items():
-        file = work / name
-        file.write_text(text)
-        done = subprocess.run([COMPILER, "-std=c++20", "-Wall", "-Wextra", "-Werror", "-fsyntax-only", f"-I{ROOT}", str(file)],
-                              capture_output=True, text=True, check=False)
-        if done.returncode != 0:
-            fail(page, 0, f"does not compile:\n{done.stderr}")
+    sources["fragments.cpp"] = "".join(f'#include "{header}"\n' for header in headers) + "#include <cstdio>\n" + "".join(fragments)
+    return sources
+
+
+def compile_program(file, text):
+    file.write_text(text)
+    done = subprocess.run([COMPILER, "-std=c++20", "-Wall", "-Wextra", "-Werror", "-fsyntax-only", f"-I{ROOT}", str(file)],
+                          capture_output=True, text=True, check=False)
+    if done.returncode != 0:
+        fail(file.stem, 0, f"does not compile:\n{done.stderr}")
 
 
 def slug(heading):
@@ -200,7 +204,8 @@ def check_messages(page):
 
 
 def main():
-    names = ["README.md", "examples/README.md"]
+    names = ["README.md", "CHANGELOG.md", "examples/README.md"]
+    names += sorted(str(file.relative_to(ROOT)) for file in (ROOT / "dbaccess/drivers").glob("*/README.md"))
     names += sorted(f"docs/{file.name}" for file in (ROOT / "docs").glob("*.md") if file.name != "reference.md")
     pages, linked = {}, set()
     for name in names:
@@ -226,7 +231,7 @@ def main():
             sys.exit(f"the example directory cannot be made:\n{made.stderr}")
         jobs = [pool.submit(run, name, blocks, example / "directory.db" if examples else None, work)
                 for name, (blocks, examples) in pages.items()]
-        jobs += [pool.submit(compile_all, name, blocks, work) for name, (blocks, _) in pages.items()]
+        jobs += [pool.submit(compile_program, work / name, text) for name, text in programs(pages).items()]
         for job in jobs:
             job.result()
 
