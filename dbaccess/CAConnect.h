@@ -13,8 +13,15 @@ class Session;
 class CAException;
 
 /// A connection to a database. Not copyable; belongs to one thread at a time.
+///
+/// A text from outside must pass through EscapeLiteral, EscapeBackslashes or EscapeQuotes before it reaches a
+/// statement, also by way of an operation, whose declaration says which. Doubling quotes is not enough on MariaDB and
+/// MySQL, where
+/// "\'" does not end a literal. All three go by the characters of the ANSI code page: the second byte of a character is
+/// never taken for a backslash.
 class QV_API CAConnect {
 public:
+    /// Not open; no window is notified.
     CAConnect();
     CAConnect(const CAConnect&) = delete;
     CAConnect& operator=(const CAConnect&) = delete;
@@ -54,11 +61,6 @@ public:
     /// Rolls the transaction back; does nothing without one.
     /// @throws CAException, also when the connection is not open.
     void RollbackTrans();
-
-    // A text from outside must pass through one of these three before it reaches a statement, also by way of an
-    // operation: which one is said where the operation is declared. Doubling quotes is not enough on MariaDB and MySQL,
-    // where "\'" does not end a literal. All three go by the characters of the ANSI code page: the second byte of a
-    // character is never taken for a backslash.
 
     /// The text as it must be written between the quotes of a literal on this engine: for statements of your own, and
     /// for operations that put a text in as it is.

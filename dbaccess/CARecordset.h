@@ -35,9 +35,11 @@ enum AdbcCommandType : int { adbcCommandText = 1, adbcCommandTable = 2 };
 /// @throws CAException for what the engine refuses, a column number out of range and an unknown column name.
 class QV_API CARecordset {
 public:
+    /// Nothing is open.
     CARecordset();
     CARecordset(const CARecordset&) = delete;
     CARecordset& operator=(const CARecordset&) = delete;
+    /// Ends the query.
     virtual ~CARecordset();
 
     /// Runs a query and moves to its first row; a result that is open is closed first. The text is run as one
