@@ -180,7 +180,7 @@ def literals():
     """What the sources can print, with placeholders as they are and neighbouring literals joined."""
     texts = []
     for folder in ("console", "dbaccess", "schema", "management"):
-        for file in (ROOT / folder).rglob("*.cpp") if (ROOT / folder).exists() else []:
+        for file in [*(ROOT / folder).rglob("*.cpp"), *(ROOT / folder).rglob("*.h")]:
             source = re.sub(r'"\s*\n\s*"', "", file.read_text())
             texts += re.findall(r'"((?:[^"\\\n]|\\.)*)"', source)
     return [text.replace('\\"', '"').replace("\\\\", "\\") for text in texts]

@@ -7,7 +7,7 @@ cd "$1"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 (cat docs/Doxyfile && echo "OUTPUT_DIRECTORY = $work") | doxygen -
-[ -f "$work/html/classCQVBaseFun.html" ] || {
+[ -f "$work/reference/classCQVBaseFun.html" ] || {
   echo "doxygen has written no page for CQVBaseFun"
   exit 1
 }
