@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Results, and what callers pass when they open one.
+
 #include "platform/Api.h"
 #include "platform/CString.h"
 #include "platform/Types.h"

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The list of object pointers.
+
 #include "platform/Api.h"
 
 #include <memory>

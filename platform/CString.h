@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The text class and its operators.
+
 #include "platform/Api.h"
 
 #include <compare>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Conversions between code pages, and rules of capitals and case.
+
 #include "platform/Api.h"
 
 #include <cstddef>
@@ -53,6 +56,7 @@ QV_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, in
 /// Compares two texts character by character, by character code, case counting: negative, 0 or positive.
 QV_API int _mbscmp(const unsigned char* a, const unsigned char* b);
 
+/// Conversions by the rules of the library, and the body of the arrays.
 namespace platform {
 
 /// Whether the ANSI code page is UTF-8, so that texts go to and from an engine unchanged.

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Message windows, which receive notifications.
+
 #include "platform/Api.h"
 
 #include <cstdint>
