@@ -225,7 +225,7 @@ def main():
         example = work / "example"
         example.mkdir()
         made = subprocess.run(["bash", "-euc", "qvadmin db init; qvadmin user import examples/people.csv --departments "
-                               "Brightwater --make-view"], cwd=example, capture_output=True, text=True, check=False,
+                               "Brightwater --make-view --result result.csv"], cwd=example, capture_output=True, text=True, check=False,
                               env={**sandbox(example), "QVADMIN_DB": f"sqlite:{example}/directory.db"})
         if made.returncode != 0:
             sys.exit(f"the example directory cannot be made:\n{made.stderr}")
