@@ -2,8 +2,6 @@
 
 #include "platform/CString.h"
 
-#include <compare>
-
 /// Date and time as a day count: days since 30 December 1899, the time of day as fraction. Local time, no time zone.
 /// Before that day the whole part counts backwards and the fraction, without its sign, is still the time of day.
 class QV_API COleDateTime {
@@ -35,9 +33,14 @@ public:
     /// The date as text, by strftime's rules. The empty text when the status is null, "Invalid DateTime" when invalid.
     [[nodiscard]] CString Format(const char* format) const;
 
-    /// Two dates are equal when status and time are. Order is by time.
+    /// Two dates are equal when status and time are. Order is by time. One by one, for callers that are compiled as
+    /// C++17.
     friend QV_API bool operator==(const COleDateTime& a, const COleDateTime& b) noexcept;
-    friend QV_API std::partial_ordering operator<=>(const COleDateTime& a, const COleDateTime& b) noexcept;
+    friend QV_API bool operator<(const COleDateTime& a, const COleDateTime& b) noexcept;
+    friend QV_API bool operator<=(const COleDateTime& a, const COleDateTime& b) noexcept;
+    friend bool operator!=(const COleDateTime& a, const COleDateTime& b) noexcept { return !(a == b); }
+    friend bool operator>(const COleDateTime& a, const COleDateTime& b) noexcept { return b < a; }
+    friend bool operator>=(const COleDateTime& a, const COleDateTime& b) noexcept { return b <= a; }
 
 private:
     double m_dt = 0;

@@ -2,7 +2,6 @@
 
 #include "platform/Api.h"
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -106,13 +105,25 @@ public:
     void TrimRight(char ch);
     void TrimRight(const char* set);
 
+    // One by one, for callers that are compiled as C++17.
     friend bool operator==(const CString& a, const CString& b) noexcept { return a.View() == b.View(); }
+    friend bool operator!=(const CString& a, const CString& b) noexcept { return a.View() != b.View(); }
+    friend bool operator<(const CString& a, const CString& b) noexcept { return a.View() < b.View(); }
+    friend bool operator<=(const CString& a, const CString& b) noexcept { return a.View() <= b.View(); }
+    friend bool operator>(const CString& a, const CString& b) noexcept { return a.View() > b.View(); }
+    friend bool operator>=(const CString& a, const CString& b) noexcept { return a.View() >= b.View(); }
     friend bool operator==(const CString& a, const char* b) noexcept { return a.Compare(b) == 0; }
-    friend std::strong_ordering operator<=>(const CString& a, const CString& b) noexcept
-    {
-        return a.View() <=> b.View();
-    }
-    friend std::strong_ordering operator<=>(const CString& a, const char* b) noexcept { return a.Compare(b) <=> 0; }
+    friend bool operator!=(const CString& a, const char* b) noexcept { return a.Compare(b) != 0; }
+    friend bool operator<(const CString& a, const char* b) noexcept { return a.Compare(b) < 0; }
+    friend bool operator<=(const CString& a, const char* b) noexcept { return a.Compare(b) <= 0; }
+    friend bool operator>(const CString& a, const char* b) noexcept { return a.Compare(b) > 0; }
+    friend bool operator>=(const CString& a, const char* b) noexcept { return a.Compare(b) >= 0; }
+    friend bool operator==(const char* a, const CString& b) noexcept { return 0 == b.Compare(a); }
+    friend bool operator!=(const char* a, const CString& b) noexcept { return 0 != b.Compare(a); }
+    friend bool operator<(const char* a, const CString& b) noexcept { return 0 < b.Compare(a); }
+    friend bool operator<=(const char* a, const CString& b) noexcept { return 0 <= b.Compare(a); }
+    friend bool operator>(const char* a, const CString& b) noexcept { return 0 > b.Compare(a); }
+    friend bool operator>=(const char* a, const CString& b) noexcept { return 0 >= b.Compare(a); }
 
 private:
     static constexpr std::size_t kInlineCapacity = 23;

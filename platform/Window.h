@@ -1,18 +1,9 @@
 #pragma once
 
 #include "platform/Api.h"
+#include "platform/WindowsTypes.h"
 
-#include <cstdint>
 #include <functional>
-
-using UINT = unsigned int;
-using WPARAM = std::uintptr_t;
-using LPARAM = std::intptr_t;
-using LRESULT = std::intptr_t;
-
-struct QvWindow;
-/// A message window; null is no window. Names a window, points to nothing; no two windows ever have the same.
-using HWND = QvWindow*;
 
 using MessageHandler = std::function<LRESULT(UINT message, WPARAM wParam, LPARAM lParam)>;
 
@@ -24,12 +15,15 @@ QV_API HWND CreateMessageWindow(MessageHandler handler);
 /// @return false for a window that does not exist or belongs to another thread.
 QV_API bool DestroyMessageWindow(HWND window);
 
+// On Windows the system has it.
+#if !defined(_WIN32)
 /// Delivers a message and waits for the answer. On the owner's thread the handler runs at once; from another thread the
 /// call waits until the owner pumps its messages, and meanwhile handles what is sent to windows of the calling thread,
 /// so that two threads may send to each other.
 /// An exception that the handler throws comes out of this call, on either way.
 /// @return the handler's answer, 0 when there is no such window (any more).
 QV_API LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+#endif
 
 /// Handles the messages that other threads have sent, before this call, to windows of this thread and are waiting for.
 /// @return how many.
