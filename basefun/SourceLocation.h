@@ -1,6 +1,8 @@
 #pragma once
 
+#if __has_include(<source_location>)
 #include <source_location>
+#endif
 
 // Clang 14 on this standard library has no std::source_location; the analysis and fuzz builds use the stand-in.
 #if defined(__cpp_lib_source_location)

@@ -206,7 +206,6 @@ private:
 void DeclareCopy(CLI::App& app, Arguments& arguments)
 {
     words::DeclareArgument(app, arguments, kTarget);
-    Parents() = false;
     DeclareParents(app, Parents());
 }
 

@@ -1,41 +1,56 @@
 #include "dbaccess/Driver.h"
 
-#include "dbaccess/BuiltInDrivers.h"
+#include "dbaccess/DriverModule.h"
+#if QV_WITH_SQLITE
+#include "dbaccess/drivers/sqlite/Driver.h"
+#endif
 
 #include <algorithm>
+#include <array>
 #include <cctype>
+#include <functional>
+#include <iterator>
+#include <mutex>
+#include <set>
 #include <utility>
 
 namespace dbaccess {
 
 namespace {
 
-using Registry = std::map<std::string, SessionFactory, std::less<>>;
+/// The drivers that come as modules, in packages of their own.
+constexpr std::array<std::string_view, 3> kModuleSchemes = {"mysql", "odbc", "postgresql"};
 
-Registry& Drivers()
+// Registrations and modules loaded, for all threads. A factory that is there is never taken away, only replaced.
+struct Registry {
+    std::mutex mutex;
+    std::map<std::string, SessionFactory, std::less<>> drivers;
+    std::map<std::string, std::string, std::less<>> leftOut;
+};
+
+Registry& TheRegistry()
 {
-    static Registry drivers = [] {
-        Registry builtIn;
-        AddBuiltInDrivers([&builtIn](const std::string& scheme, SessionFactory factory) {
-            builtIn.insert_or_assign(scheme, std::move(factory));
-        });
-        return builtIn;
-    }();
-    return drivers;
-}
-
-using LeftOut = std::map<std::string, std::string, std::less<>>;
-
-LeftOut& LeftOutDrivers()
-{
-    static LeftOut drivers = [] {
-        LeftOut leftOut;
-        AddLeftOutDrivers([&leftOut](const std::string& scheme, const std::string& package) {
-            leftOut.insert_or_assign(scheme, package);
-        });
-        return leftOut;
-    }();
-    return drivers;
+    static Registry registry{{},
+                             {
+#if QV_WITH_SQLITE
+                                 {"sqlite", &sqlite::OpenSession},
+#endif
+                             },
+                             {
+#ifdef QV_WITHOUT_MYSQL
+                                 {"mysql", QV_WITHOUT_MYSQL},
+#endif
+#ifdef QV_WITHOUT_ODBC
+                                 {"odbc", QV_WITHOUT_ODBC},
+#endif
+#ifdef QV_WITHOUT_POSTGRESQL
+                                 {"postgresql", QV_WITHOUT_POSTGRESQL},
+#endif
+#ifdef QV_WITHOUT_SQLITE
+                                 {"sqlite", QV_WITHOUT_SQLITE},
+#endif
+                             }};
+    return registry;
 }
 
 std::string Decoded(std::string_view path)
@@ -59,6 +74,23 @@ bool IsScheme(std::string_view text)
     return std::ranges::all_of(text, fits);
 }
 
+/// The schemes that can be opened, for a sentence: "mysql:, sqlite:".
+std::string KnownSchemes(const Registry& registry)
+{
+    std::set<std::string> schemes;
+    for (const auto& [scheme, factory] : registry.drivers) {
+        schemes.insert(scheme);
+    }
+    for (const std::string& scheme : InstalledDriverModules()) {
+        schemes.insert(scheme);
+    }
+    std::string text;
+    for (const std::string& scheme : schemes) {
+        text += (text.empty() ? "" : ", ") + scheme + ":";
+    }
+    return text;
+}
+
 CString Sentence(std::string_view a, std::string_view b, std::string_view c)
 {
     CString text{a};
@@ -74,33 +106,43 @@ Session::~Session() = default;
 
 void RegisterDriver(const std::string& scheme, SessionFactory factory)
 {
-    Drivers().insert_or_assign(scheme, std::move(factory));
+    Registry& registry = TheRegistry();
+    const std::scoped_lock lock(registry.mutex);
+    registry.drivers.insert_or_assign(scheme, std::move(factory));
 }
 
 void RegisterLeftOutDriver(const std::string& scheme, const std::string& package)
 {
-    LeftOutDrivers().insert_or_assign(scheme, package);
+    Registry& registry = TheRegistry();
+    const std::scoped_lock lock(registry.mutex);
+    registry.leftOut.insert_or_assign(scheme, package);
 }
 
-const SessionFactory& FindDriver(std::string_view scheme)
+SessionFactory FindDriver(std::string_view scheme)
 {
-    const auto found = Drivers().find(scheme);
-    if (found != Drivers().end()) {
+    Registry& registry = TheRegistry();
+    const std::scoped_lock lock(registry.mutex);
+    const auto found = registry.drivers.find(scheme);
+    if (found != registry.drivers.end()) {
         return found->second;
     }
-    const auto leftOut = LeftOutDrivers().find(scheme);
-    if (leftOut != LeftOutDrivers().end()) {
+    if (SessionFactory factory = LoadDriverModule(scheme)) {
+        return registry.drivers.emplace(scheme, std::move(factory)).first->second;
+    }
+    const auto leftOut = registry.leftOut.find(scheme);
+    if (leftOut != registry.leftOut.end()) {
         throw CAException(Sentence("this build has no database driver for \"", scheme,
                                    ":\"; install the Debian package " + leftOut->second + " and build again"));
     }
     if (!IsScheme(scheme)) {
         throw CAException("a connection URL begins with its scheme, such as sqlite:PATH");
     }
-    std::string known;
-    for (const auto& [name, factory] : Drivers()) {
-        known += (known.empty() ? "" : ", ") + name + ":";
+    if (std::ranges::find(kModuleSchemes, scheme) != std::end(kModuleSchemes)) {
+        throw CAException(
+            Sentence("the database driver for \"", scheme,
+                     ":\" is not installed; install the Debian package libquorvel-" + std::string(scheme)));
     }
-    throw CAException(Sentence("no database driver for \"", scheme, ":\"; there is " + known));
+    throw CAException(Sentence("no database driver for \"", scheme, ":\"; there is " + KnownSchemes(registry)));
 }
 
 Location ParseLocation(std::string_view location)

@@ -1,6 +1,7 @@
 #include "documents/DocFolderLinkItem.h"
 
 #include "basefun/StatementFrame.h"
+#include "documents/DocLinkStatement.h"
 
 CDocFolderLinkItem::CDocFolderLinkItem() = default;
 

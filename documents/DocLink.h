@@ -1,6 +1,5 @@
 #pragma once
 
-#include "basefun/SqlText.h"
 #include "platform/CString.h"
 
 /// What a link holds, under a document root as under a folder: the object of a class and id that is under a parent,
@@ -21,13 +20,3 @@ struct DocLink {
     CString m_strNote;        ///< not escaped
     int m_nOrder = 0;         ///< a sort index, by which no operation sorts
 };
-
-/// The statement that adds a link. @param sql  takes the members but the id, in their order.
-inline CString FormatLink(SqlText<CString, int, int, int, int, int, bool, int, int, int, CString, CString, int> sql,
-                          const DocLink& link)
-{
-    return FormatSql<CString, int, int, int, int, int, bool, int, int, int, CString, CString, int>(
-        sql, link.m_strDispName, link.m_nStyle, link.m_nHaveSubItem, link.m_nPObjID, link.m_nSClassID, link.m_nSObjID,
-        link.m_bIsRef, link.m_nRelType, link.m_nAce, link.m_nCreatorID, link.m_strCreatorName, link.m_strNote,
-        link.m_nOrder);
-}

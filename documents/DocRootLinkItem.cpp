@@ -1,6 +1,7 @@
 #include "documents/DocRootLinkItem.h"
 
 #include "basefun/StatementFrame.h"
+#include "documents/DocLinkStatement.h"
 
 CDocRootLinkItem::CDocRootLinkItem() = default;
 

@@ -164,7 +164,6 @@ bool operator==(const COleDateTime& a, const COleDateTime& b) noexcept
     return a.m_status == b.m_status && Timeline(a.m_dt) == Timeline(b.m_dt);
 }
 
-std::partial_ordering operator<=>(const COleDateTime& a, const COleDateTime& b) noexcept
-{
-    return Timeline(a.m_dt) <=> Timeline(b.m_dt);
-}
+bool operator<(const COleDateTime& a, const COleDateTime& b) noexcept { return Timeline(a.m_dt) < Timeline(b.m_dt); }
+
+bool operator<=(const COleDateTime& a, const COleDateTime& b) noexcept { return Timeline(a.m_dt) <= Timeline(b.m_dt); }

@@ -2,8 +2,6 @@
 
 #include "platform/CString.h"
 
-#include <compare>
-
 /// Date and time as a day count: days since 30 December 1899, the time of day as fraction. Local time, no time zone.
 /// Before that day the whole part counts backwards and the fraction, without its sign, is still the time of day.
 class QV_API COleDateTime {
@@ -43,10 +41,18 @@ public:
     /// The date as text, by strftime's rules. The empty text when the status is null, "Invalid DateTime" when invalid.
     [[nodiscard]] CString Format(const char* format) const;
 
-    /// Equal when status and time are.
+    /// Equal when status and time are. One by one, here and below, for callers that are compiled as C++17.
     friend QV_API bool operator==(const COleDateTime& a, const COleDateTime& b) noexcept;
-    /// Ordered by time, whatever the status.
-    friend QV_API std::partial_ordering operator<=>(const COleDateTime& a, const COleDateTime& b) noexcept;
+    /// Whether the time is earlier, whatever the status.
+    friend QV_API bool operator<(const COleDateTime& a, const COleDateTime& b) noexcept;
+    /// Whether the time is not later, whatever the status.
+    friend QV_API bool operator<=(const COleDateTime& a, const COleDateTime& b) noexcept;
+    /// Different in status or time.
+    friend bool operator!=(const COleDateTime& a, const COleDateTime& b) noexcept { return !(a == b); }
+    /// Whether the time is later, whatever the status.
+    friend bool operator>(const COleDateTime& a, const COleDateTime& b) noexcept { return b < a; }
+    /// Whether the time is not earlier, whatever the status.
+    friend bool operator>=(const COleDateTime& a, const COleDateTime& b) noexcept { return b <= a; }
 
 private:
     double m_dt = 0;

@@ -5,7 +5,6 @@
 
 #include "platform/Api.h"
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -134,17 +133,43 @@ public:
     /// Removes all trailing characters that are in a set.
     void TrimRight(const char* set);
 
+    // One by one, for callers that are compiled as C++17.
     /// Equal in length and in every byte.
     friend bool operator==(const CString& a, const CString& b) noexcept { return a.View() == b.View(); }
+    /// Different in length or in a byte.
+    friend bool operator!=(const CString& a, const CString& b) noexcept { return a.View() != b.View(); }
+    /// Ordered by bytes without a sign; a text comes after its own beginning.
+    friend bool operator<(const CString& a, const CString& b) noexcept { return a.View() < b.View(); }
+    /// Not after the other, by the order of bytes.
+    friend bool operator<=(const CString& a, const CString& b) noexcept { return a.View() <= b.View(); }
+    /// After the other, by the order of bytes.
+    friend bool operator>(const CString& a, const CString& b) noexcept { return a.View() > b.View(); }
+    /// Not before the other, by the order of bytes.
+    friend bool operator>=(const CString& a, const CString& b) noexcept { return a.View() >= b.View(); }
     /// Equal by Compare.
     friend bool operator==(const CString& a, const char* b) noexcept { return a.Compare(b) == 0; }
-    /// Ordered by bytes without a sign; a text comes after its own beginning.
-    friend std::strong_ordering operator<=>(const CString& a, const CString& b) noexcept
-    {
-        return a.View() <=> b.View();
-    }
-    /// Ordered by Compare.
-    friend std::strong_ordering operator<=>(const CString& a, const char* b) noexcept { return a.Compare(b) <=> 0; }
+    /// Different by Compare.
+    friend bool operator!=(const CString& a, const char* b) noexcept { return a.Compare(b) != 0; }
+    /// Before the other, by Compare.
+    friend bool operator<(const CString& a, const char* b) noexcept { return a.Compare(b) < 0; }
+    /// Not after the other, by Compare.
+    friend bool operator<=(const CString& a, const char* b) noexcept { return a.Compare(b) <= 0; }
+    /// After the other, by Compare.
+    friend bool operator>(const CString& a, const char* b) noexcept { return a.Compare(b) > 0; }
+    /// Not before the other, by Compare.
+    friend bool operator>=(const CString& a, const char* b) noexcept { return a.Compare(b) >= 0; }
+    /// Equal by Compare.
+    friend bool operator==(const char* a, const CString& b) noexcept { return 0 == b.Compare(a); }
+    /// Different by Compare.
+    friend bool operator!=(const char* a, const CString& b) noexcept { return 0 != b.Compare(a); }
+    /// Before the other, by Compare.
+    friend bool operator<(const char* a, const CString& b) noexcept { return 0 < b.Compare(a); }
+    /// Not after the other, by Compare.
+    friend bool operator<=(const char* a, const CString& b) noexcept { return 0 <= b.Compare(a); }
+    /// After the other, by Compare.
+    friend bool operator>(const char* a, const CString& b) noexcept { return 0 > b.Compare(a); }
+    /// Not before the other, by Compare.
+    friend bool operator>=(const char* a, const CString& b) noexcept { return 0 >= b.Compare(a); }
 
 private:
     static constexpr std::size_t kInlineCapacity = 23;

@@ -457,7 +457,7 @@ private:
     bool m_isTooSmall = false;
 };
 
-void PutUtf16(Room<WCHAR>& room, char32_t value)
+void PutUtf16(Room<char16_t>& room, char32_t value)
 {
     if (value < 0x10000) {
         room.Put(static_cast<char16_t>(value));
@@ -498,13 +498,13 @@ bool SetAnsiCodePage(UINT codePage)
 
 UINT GetACP() { return AnsiPage().number; }
 
-int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int length, WCHAR* out, int outLength)
+int MultiByteToWideChar(UINT codePage, unsigned int flags, const char* text, int length, char16_t* out, int outLength)
 {
     const CodePage* page = PageOf(codePage);
     if (page == nullptr || text == nullptr || outLength < 0) {
         return 0;
     }
-    Room<WCHAR> room(out, outLength);
+    Room<char16_t> room(out, outLength);
     bool isValid = true;
     const auto ascii = [&](std::string_view run) {
         for (const char ch : run) {
@@ -519,8 +519,8 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int length
     return isValid || (flags & MB_ERR_INVALID_CHARS) == 0 ? room.Result() : 0;
 }
 
-int WideCharToMultiByte(UINT codePage, DWORD /*flags*/, const WCHAR* text, int length, char* out, int outLength,
-                        const char* defaultChar, int* usedDefaultChar)
+int WideCharToMultiByte(UINT codePage, unsigned int /*flags*/, const char16_t* text, int length, char* out,
+                        int outLength, const char* defaultChar, int* usedDefaultChar)
 {
     const CodePage* page = PageOf(codePage);
     if (page == nullptr || text == nullptr || outLength < 0) {

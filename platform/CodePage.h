@@ -4,6 +4,7 @@
 /// Conversions between code pages, and rules of capitals and case.
 
 #include "platform/Api.h"
+#include "platform/WindowsTypes.h"
 
 #include <cstddef>
 #include <string>
@@ -11,27 +12,14 @@
 
 class CString;
 
-/// A 32-bit number without a sign.
-using UINT = unsigned int;
-/// A 32-bit number without a sign.
-using DWORD = unsigned int;
-/// The 16-bit unit of UTF-16 text.
-using WCHAR = char16_t;
-
-/// Stands for the ANSI code page in conversions.
-inline constexpr UINT CP_ACP = 0;
-/// The code page UTF-8.
-inline constexpr UINT CP_UTF8 = 65001;
-/// Asks for composed characters, the only form that there is.
-inline constexpr DWORD MB_PRECOMPOSED = 1;
-/// Makes MultiByteToWideChar fail for an invalid byte.
-inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
-
 /// Sets the process's ANSI code page, in which all texts of the module are kept: 65001 (UTF-8), 936, 950, 932, 949, 874
 /// or 1250 to 1258. It is preset from the environment variable QV_ANSI_CODEPAGE, or UTF-8 where that names none.
 /// Call it before texts are made and before other threads run.
 /// @return false, and nothing changed, for a code page that is not known.
 QV_API bool SetAnsiCodePage(UINT codePage);
+
+// On Windows the system has these.
+#if !defined(_WIN32)
 /// The number of the ANSI code page.
 QV_API UINT GetACP();
 
@@ -41,7 +29,8 @@ QV_API UINT GetACP();
 /// @param outLength  room in 16-bit units; 0 asks for the size needed.
 /// @return units written or needed; 0 for an unknown code page, a length of 0, too little room, or, with
 ///         MB_ERR_INVALID_CHARS, an invalid byte.
-QV_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int length, WCHAR* out, int outLength);
+QV_API int MultiByteToWideChar(UINT codePage, unsigned int flags, const char* text, int length, char16_t* out,
+                               int outLength);
 
 /// Converts UTF-16 to text of a code page. A character that it does not have becomes `defaultChar`, or "?" without one;
 /// in UTF-8, a lone surrogate becomes U+FFFD.
@@ -50,11 +39,12 @@ QV_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int
 /// @return bytes written or needed; 0 for an unknown code page, a length of 0 and too little room.
 /// @param defaultChar  when not null: points to one character of the code page; UTF-8 does without it.
 /// @param usedDefaultChar  when not null: set to whether a character was replaced.
-QV_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int length, char* out, int outLength,
-                               const char* defaultChar, int* usedDefaultChar);
+QV_API int WideCharToMultiByte(UINT codePage, unsigned int flags, const char16_t* text, int length, char* out,
+                               int outLength, const char* defaultChar, int* usedDefaultChar);
 
 /// Compares two texts character by character, by character code, case counting: negative, 0 or positive.
 QV_API int _mbscmp(const unsigned char* a, const unsigned char* b);
+#endif
 
 /// Conversions by the rules of the library, and the body of the arrays.
 namespace platform {

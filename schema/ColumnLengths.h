@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Api.h"
+
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -11,7 +13,7 @@ class CAConnect;
 namespace schema {
 
 /// How long the texts in the columns of one table may be, as the database at hand has them.
-class ColumnLengths {
+class QV_API ColumnLengths {
 public:
     /// @param table  as the tables' steps spell it. @throws CAException.
     ColumnLengths(CAConnect& conn, const std::string& table);

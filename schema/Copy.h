@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dbaccess/CAException.h"
+#include "platform/Api.h"
 
 #include <cstdint>
 #include <functional>
@@ -32,29 +33,29 @@ struct Copied {
 };
 
 /// The target cannot be copied to as it stands; no engine refused anything.
-class CopyConflict : public CAException {
+class QV_API CopyConflict : public CAException {
 public:
     using CAException::CAException;
 };
 
 /// The target does not take a row as it is, which the message names.
-class RowRefused : public CAException {
+class QV_API RowRefused : public CAException {
 public:
     using CAException::CAException;
 };
 
 /// Whether two connections lead to one database, as far as engines tell. @throws CAException.
-bool IsSameDatabase(CAConnect& a, CAConnect& b);
+QV_API bool IsSameDatabase(CAConnect& a, CAConnect& b);
 
 /// How many rows the tables of a directory have together; tables that are missing count as empty.
 /// @throws CAException.
-std::int64_t CountRows(CAConnect& conn);
+QV_API std::int64_t CountRows(CAConnect& conn);
 
 /// Copies all rows of all tables with their ids, as they are at one moment. New ids continue after the highest id ever
 /// assigned in the source or the target. All of it is written in one transaction; a copy that fails or is stopped
 /// leaves the target without rows.
 /// @param from, to  directories of this program's version; `to` without rows.
 /// @throws CopyConflict when others fill the target meanwhile, and for a column that it lacks; RowRefused; CAException.
-Copied Copy(CAConnect& from, CAConnect& to, const CopyProgress& progress);
+QV_API Copied Copy(CAConnect& from, CAConnect& to, const CopyProgress& progress);
 
 } // namespace schema

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dbaccess/CAException.h"
+#include "platform/Api.h"
 
 #include <chrono>
 
@@ -11,7 +12,7 @@ namespace schema {
 struct Dialect;
 
 /// Another program kept a directory's lock for as long as it was waited for.
-class LockTimeout : public CAException {
+class QV_API LockTimeout : public CAException {
 public:
     /// @param waited  how long, for the message.
     explicit LockTimeout(std::chrono::seconds waited);
@@ -25,7 +26,7 @@ public:
 /// no such lock: there it is an ordinary transaction. In a Galera cluster the lock is a node's own.
 ///
 /// Rolled back unless it is committed. One at a time on a connection, which has to outlive it.
-class DirectoryTransaction {
+class QV_API DirectoryTransaction {
 public:
     /// Long enough for what one command writes, and shorter than the silence for which servers are waited.
     static constexpr std::chrono::seconds kLongestWait{30};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Api.h"
+
 class CAConnect;
 
 namespace schema {
@@ -7,6 +9,6 @@ namespace schema {
 /// Whether the account may add and change users, as far as the engine says without a write; true where it does not
 /// tell.
 /// @throws CAException.
-bool MayWrite(CAConnect& conn);
+QV_API bool MayWrite(CAConnect& conn);
 
 } // namespace schema

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Api.h"
+
 #include <functional>
 #include <optional>
 #include <string>
@@ -45,33 +47,33 @@ struct Shortcoming {
 using Progress = std::function<void(int version, const std::string& title)>;
 
 /// Looks at the database behind an open connection. Changes nothing. @throws CAException.
-Status Inspect(CAConnect& conn);
+QV_API Status Inspect(CAConnect& conn);
 
 /// Looks whether the settings of the server and the database allow a directory, as Upgrade does first.
 /// @throws CAException that says what to change.
-void RequireSuitable(CAConnect& conn);
+QV_API void RequireSuitable(CAConnect& conn);
 
 /// Looks for what keeps a directory from working as well as it could, which Upgrade does not refuse.
 /// @throws CAException.
-std::optional<Shortcoming> FindShortcoming(CAConnect& conn);
+QV_API std::optional<Shortcoming> FindShortcoming(CAConnect& conn);
 
 /// Makes or upgrades the tables, step by step. Each step and its new version number are applied together or not at all,
 /// or, where the engine cannot, so that a step may be begun again; a run that is killed is carried on by the next one;
 /// of two runs at once one does the work and both succeed.
 /// @throws CAException when the engine refuses, when its settings rule a directory out, when the database holds foreign
 /// tables and when its version is newer.
-void Upgrade(CAConnect& conn, const Progress& progress = {});
+QV_API void Upgrade(CAConnect& conn, const Progress& progress = {});
 
 /// Makes or upgrades the tables by steps of the caller's own, for tests. @throws CAException.
-void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress);
+QV_API void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress);
 
 /// The id that the engine gave to the row which this connection has inserted last, whatever others insert meanwhile.
 /// To be asked right after a statement that inserts one row into a table whose ids the engine gives. @throws
 /// CAException.
-int LastInsertedId(CAConnect& conn);
+QV_API int LastInsertedId(CAConnect& conn);
 
 /// Brings indexes up to date whose order depends on rules that may change with the system's libraries (upper()).
 /// Called when a directory is opened; does nothing when they are up to date. @throws CAException.
-void RefreshIndexes(CAConnect& conn);
+QV_API void RefreshIndexes(CAConnect& conn);
 
 } // namespace schema

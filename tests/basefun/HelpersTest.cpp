@@ -1,8 +1,8 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
+#include "testing/ScriptedDriver.h"
 #include "tests/basefun/ErrorWatch.h"
 #include "tests/platform/AnsiCodePageScope.h"
-#include "tests/scripted/ScriptedDriver.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,8 +4,8 @@
 #include "basefun/SourceLocation.h"
 #include "dbaccess/CAConnect.h"
 #include "platform/CObject.h"
+#include "testing/ScriptedDriver.h"
 #include "tests/basefun/ErrorWatch.h"
-#include "tests/scripted/ScriptedDriver.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "dbaccess/Driver.h"
-#include "tests/scripted/ScriptedDriver.h"
+#include "testing/ScriptedDriver.h"
 #include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>

@@ -2,7 +2,7 @@
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
-#include "tests/scripted/ScriptedDriver.h"
+#include "testing/ScriptedDriver.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 #include "platform/CStringArray.h"
 #include "platform/CUIntArray.h"
 #include "platform/Types.h"
+#include "testing/ScriptedDriver.h"
 #include "tests/basefun/ErrorWatch.h"
-#include "tests/scripted/ScriptedDriver.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,9 +3,9 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
 #include "platform/CFile.h"
+#include "testing/ScriptedDriver.h"
 #include "tests/basefun/ErrorWatch.h"
 #include "tests/directory/HumanMembers.h"
-#include "tests/scripted/ScriptedDriver.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

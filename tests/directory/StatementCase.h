@@ -2,7 +2,7 @@
 
 #include "basefun/SourceLocation.h"
 #include "dbaccess/CAConnect.h"
-#include "tests/scripted/ScriptedDriver.h"
+#include "testing/ScriptedDriver.h"
 
 #include <gtest/gtest.h>
 

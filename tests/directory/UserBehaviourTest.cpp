@@ -2,8 +2,8 @@
 #include "basefun/SourceLocation.h"
 #include "dbaccess/CAConnect.h"
 #include "directory/HumanItem.h"
+#include "testing/ScriptedDriver.h"
 #include "tests/basefun/ErrorWatch.h"
-#include "tests/scripted/ScriptedDriver.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "tests/escaping/TextCall.h"
 
 #include "DeclaredCalls.h"
-#include "tests/scripted/ScriptedDriver.h"
+#include "testing/ScriptedDriver.h"
 
 #include <fmt/format.h>
 

@@ -83,6 +83,7 @@ declare -A below=(
   [documents]="platform dbaccess basefun directory documents"
   [admin]="platform dbaccess basefun admin"
   [schema]="platform dbaccess schema"
+  [testing]="platform dbaccess testing"
   [console]="platform dbaccess basefun directory access documents admin schema console"
 )
 include_breaches() {

@@ -1,6 +1,6 @@
 """tsql_grammar.py FILE: whether a T-SQL grammar takes every statement that the module sends to SQL Server and Access.
 
-FILE holds the statements as tests/scripted notes them: the engine kind, a tab, the text, a NUL. Nothing that can be had
+FILE holds the statements as testing/ScriptedDriver notes them: the engine kind, a tab, the text, a NUL. Nothing that can be had
 knows the grammar of Access, so its statements are read as T-SQL too, with their #dates# in quotes; this says nothing of
 where the two differ.
 """

@@ -23,7 +23,7 @@ constexpr UINT kTablePages[] = {936, 950, 932, 949, 874, 1250, 1251, 1252, 1253,
 constexpr UINT kDoubleBytePages[] = {936, 950, 932, 949};
 constexpr char16_t kReplacement = 0xFFFD;
 
-std::u16string ToWide(UINT codePage, const std::string& bytes, DWORD flags = 0)
+std::u16string ToWide(UINT codePage, const std::string& bytes, unsigned int flags = 0)
 {
     std::u16string units(bytes.size() + 1, u'#');
     const int count = MultiByteToWideChar(codePage, flags, bytes.data(), static_cast<int>(bytes.size()), units.data(),
@@ -344,7 +344,7 @@ TEST(CodePage, tellsHowMuchRoomIsNeeded)
     const char* text = "aé\U0001F600";
     EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, text, -1, nullptr, 0), 5);
     EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, text, 3, nullptr, 0), 2);
-    WCHAR units[8] = {};
+    char16_t units[8] = {};
     EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, text, -1, units, 0), 5);
     EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, text, -1, units, 5), 5);
     EXPECT_EQ(std::u16string(units), u"aé\U0001F600");
@@ -358,7 +358,7 @@ TEST(CodePage, tellsHowMuchRoomIsNeeded)
 TEST(CodePage, givesNothingWhenTheRoomIsTooSmall)
 {
     for (int room = 1; room < 5; ++room) {
-        std::vector<WCHAR> units(static_cast<std::size_t>(room));
+        std::vector<char16_t> units(static_cast<std::size_t>(room));
         EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "aé\U0001F600", -1, units.data(), room), 0);
     }
     for (int room = 1; room < 8; ++room) {
@@ -369,7 +369,7 @@ TEST(CodePage, givesNothingWhenTheRoomIsTooSmall)
 
 TEST(CodePage, givesNothingForWhatMakesNoSense)
 {
-    WCHAR units[4];
+    char16_t units[4];
     char bytes[4];
     EXPECT_EQ(MultiByteToWideChar(437, 0, "a", 1, units, 4), 0);
     EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "a", 0, units, 4), 0);

@@ -3,7 +3,7 @@
 #include "schema/Dialect.h"
 #include "schema/Privileges.h"
 #include "schema/Tables.h"
-#include "tests/scripted/ScriptedDriver.h"
+#include "testing/ScriptedDriver.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

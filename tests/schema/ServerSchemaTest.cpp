@@ -2,7 +2,7 @@
 #include "dbaccess/CARecordset.h"
 #include "schema/Dialect.h"
 #include "schema/Schema.h"
-#include "tests/scripted/ScriptedDriver.h"
+#include "testing/ScriptedDriver.h"
 #include "tests/servers/Servers.h"
 #include "tests/support/Raised.h"
 

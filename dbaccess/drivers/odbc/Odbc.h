@@ -1,10 +1,6 @@
 #pragma once
 
-// ODBC's own headers. They define names of Windows that the platform has already, some as other types.
-#define WCHAR OdbcWCHAR
-#define HWND OdbcHWND
+// ODBC's own headers.
 #include <sql.h>
 #include <sqlext.h>
 #undef BOOL
-#undef HWND
-#undef WCHAR

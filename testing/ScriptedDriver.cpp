@@ -1,4 +1,4 @@
-#include "tests/scripted/ScriptedDriver.h"
+#include "testing/ScriptedDriver.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -16,9 +16,9 @@ void Note(int dbType, const char* sql)
     }
 }
 
-class PlayedCursor final : public dbaccess::Cursor {
+class ScriptedCursor final : public dbaccess::Cursor {
 public:
-    explicit PlayedCursor(Reply reply) : m_reply(std::move(reply))
+    explicit ScriptedCursor(Reply reply) : m_reply(std::move(reply))
     {
         const std::size_t width = m_reply.noColumns ? 0 : m_reply.rows.empty() ? 1 : m_reply.rows.front().size();
         for (std::size_t i = m_reply.columns.size(); i < width; ++i) {
@@ -52,9 +52,9 @@ private:
 
 } // namespace
 
-class PlayedSession final : public dbaccess::Session {
+class ScriptedSession final : public dbaccess::Session {
 public:
-    PlayedSession(Database& database, int dbType) : m_database(database), m_dbType(dbType) {}
+    ScriptedSession(Database& database, int dbType) : m_database(database), m_dbType(dbType) {}
 
     [[nodiscard]] int DbType() const override { return m_dbType; }
     [[nodiscard]] std::string EngineName() const override { return m_database.engineName; }
@@ -69,7 +69,7 @@ public:
     {
         Note(m_dbType, sql);
         m_database.queries.emplace_back(sql);
-        return std::make_unique<PlayedCursor>(Checked(m_database.Next()));
+        return std::make_unique<ScriptedCursor>(Checked(m_database.Next()));
     }
     void Begin() override {}
     void Commit() override {}
@@ -109,7 +109,7 @@ Reply Raise(std::string message)
     return reply;
 }
 
-void Database::Connect(CAConnect& conn, int dbType) { conn.Open(std::make_unique<PlayedSession>(*this, dbType)); }
+void Database::Connect(CAConnect& conn, int dbType) { conn.Open(std::make_unique<ScriptedSession>(*this, dbType)); }
 
 Reply Database::Next()
 {

@@ -1,0 +1,57 @@
+# The settings of this project's own targets. Nothing here is inherited by who uses the libraries, and nothing is set
+# for whole directories, so that the project can be part of another one.
+
+# What every target of ours is compiled and linked with: link it PRIVATE.
+add_library(qv_settings INTERFACE)
+target_compile_options(qv_settings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor
+  # Error texts quote source files; they must read the same on every machine.
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(qv_settings INTERFACE -Wduplicated-cond -Wlogical-op)
+endif()
+if(QV_WARNINGS_AS_ERRORS)
+  target_compile_options(qv_settings INTERFACE -Werror)
+endif()
+target_include_directories(qv_settings INTERFACE ${PROJECT_SOURCE_DIR})
+
+add_library(qv_sanitizers INTERFACE)
+if(QV_SANITIZE)
+  target_compile_options(qv_sanitizers INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(qv_sanitizers INTERFACE -fsanitize=address,undefined)
+endif()
+if(QV_SANITIZE_THREADS)
+  target_compile_options(qv_sanitizers INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(qv_sanitizers INTERFACE -fsanitize=thread)
+endif()
+# The fuzzer follows what it reaches inside the libraries too; their symbols are resolved by the fuzzer's program.
+if(QV_FUZZ)
+  target_compile_options(qv_sanitizers INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# Optimised builds are hardened: what goes wrong ends the program instead of being used.
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-fcf-protection QV_HAS_CF_PROTECTION)
+set(optimised "$<AND:$<NOT:$<CONFIG:Debug>>,$<NOT:$<BOOL:${QV_SANITIZE}>>>")
+target_compile_options(qv_settings INTERFACE
+  "$<${optimised}:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2;-fstack-protector-strong;-fstack-clash-protection>"
+  "$<$<AND:${optimised},$<BOOL:${QV_HAS_CF_PROTECTION}>>:-fcf-protection>")
+target_link_options(qv_settings INTERFACE "$<${optimised}:LINKER:-z,relro,-z,now>")
+
+# qv_set_defaults(TARGET [UNSANITIZED]): language and visibility of a target of ours, and the settings above, UNSANITIZED
+# without sanitizers.
+function(qv_set_defaults target)
+  cmake_parse_arguments(DEFAULTS "UNSANITIZED" "" "" ${ARGN})
+  set_target_properties(${target} PROPERTIES
+    CXX_STANDARD 20
+    CXX_STANDARD_REQUIRED ON
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:qv_settings>)
+  if(NOT DEFAULTS_UNSANITIZED)
+    target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:qv_sanitizers>)
+  endif()
+endfunction()

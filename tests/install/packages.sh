@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# packages.sh PACKAGES SOURCE: in a Debian made for this, the packages are installed, qvadmin and programs built with
+# CMake and pkg-config are run, and the packages are removed without a trace. Needs root and a mirror of Debian, and takes
+# a few minutes; tools/package --check calls it.
+set -euo pipefail
+packages=$(realpath "$1")
+source=$(realpath "$2")
+work=$(mktemp -d "${TMPDIR:-/tmp}/qv-packages-XXXXXX")
+trap 'rm -rf "$work"' EXIT
+suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
+
+include=()
+for package in "$packages"/*.deb; do
+  case $package in
+    *-dbgsym_*) ;;
+    *) include+=("--include=$package") ;;
+  esac
+done
+
+cat >"$work/use.sh" <<'EOF'
+set -euo pipefail
+export QVADMIN_DB=sqlite:/root/directory.db
+qvadmin db init
+qvadmin user create "o'brien"
+man_page=/usr/share/man/man1/qvadmin.1.gz
+[ -e $man_page ] || { echo "there is no $man_page"; exit 1; }
+for scheme in mysql postgresql odbc; do
+  text=$(qvadmin --db "$scheme:///nowhere" user count 2>&1) && { echo "$scheme opened what is not there"; exit 1; }
+  case $text in
+    *"is not installed"* | *"cannot be loaded"* | *"no database driver"*) echo "$text"; exit 1 ;;
+  esac
+done
+
+check() {
+  "$1" "$QVADMIN_DB" "o'brien"
+  code=0
+  "$1" "$QVADMIN_DB" nobody || code=$?
+  [ $code -eq 2 ] || { echo "$1 gave $code for a user who is not there"; exit 1; }
+}
+cmake -S /root/consumer -B /root/build -G Ninja >/root/log || { cat /root/log; exit 1; }
+cmake --build /root/build >/root/log || { cat /root/log; exit 1; }
+check /root/build/consumer
+/root/build/without_server
+g++ -std=c++17 -Wall -Wextra -Werror /root/consumer/main.cpp -o /root/linked $(pkg-config --cflags --libs quorvel qvschema)
+check /root/linked
+
+dpkg --purge $(dpkg-query -W -f '${Package}\n' | grep -E '^(libquorvel|qvadmin)')
+left=$(find / -xdev \( -name '*quorvel*' -o -name 'libqv*' -o -name 'qvadmin*' \) -not -path '/root/*' -not -path '/proc/*')
+[ -z "$left" ] || { echo "was left behind: $left"; exit 1; }
+echo "installed, used and removed"
+EOF
+
+mmdebstrap --variant=apt --hook-dir=/usr/share/mmdebstrap/hooks/file-mirror-automount \
+  --include=ca-certificates,cmake,g++,ninja-build,pkg-config "${include[@]}" \
+  --customize-hook="copy-in $source/tests/install/consumer $work/use.sh /root" \
+  --customize-hook='chroot "$1" bash /root/use.sh' \
+  "$suite" /dev/null
