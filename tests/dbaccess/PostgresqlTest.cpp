@@ -649,7 +649,8 @@ TEST_F(PostgresqlTest, RefusesOptionsThatNobodyKnows)
 {
     for (const std::string name : {"nonsense", "client_encoding", "replication"}) {
         EXPECT_EQ(RaisedByOpening(m_url + "&" + name + "=1"),
-                  "postgresql: unknown connection option; the options are kind, cleartext-password and those of libpq "
+                  "postgresql: unknown connection option; the options are kind, statement-cache, cleartext-password "
+                  "and those of libpq "
                   "but for client_encoding and replication []");
     }
 }

@@ -85,13 +85,13 @@ std::string UriOf(std::string_view location, const Location& parsed)
     std::string uri = "postgresql:" + std::string(location.substr(0, location.find('?')));
     char before = '?';
     for (const auto& [name, value] : parsed.options) {
-        if (name == "kind" || name == kCleartextPassword) {
+        if (name == "kind" || name == kStatementCache || name == kCleartextPassword) {
             continue;
         }
         if (!IsKnown(name)) {
             throw CAException(
-                "postgresql: unknown connection option; the options are kind, cleartext-password and those "
-                "of libpq but for client_encoding and replication");
+                "postgresql: unknown connection option; the options are kind, statement-cache, cleartext-password and "
+                "those of libpq but for client_encoding and replication");
         }
         uri += before + name + '=';
         for (const char ch : value) {
@@ -244,7 +244,7 @@ Wishes ReadWishes(std::string_view location, const Location& parsed)
 
 void DropNotice(void* /*context*/, const PGresult* /*notice*/) {}
 
-std::shared_ptr<Connection> Connect(const Wishes& wishes)
+std::shared_ptr<Connection> Connect(const Wishes& wishes, std::size_t keptStatements)
 {
     Handle db = wishes.Connect();
     if (db == nullptr) {
@@ -254,7 +254,7 @@ std::shared_ptr<Connection> Connect(const Wishes& wishes)
         throw ConnectError(db.get());
     }
     PQsetNoticeReceiver(db.get(), &DropNotice, nullptr);
-    return std::make_shared<Connection>(std::move(db));
+    return std::make_shared<Connection>(std::move(db), keptStatements);
 }
 
 // The client library hands the variable PGDATESTYLE to the server, where it goes before the options.
@@ -386,7 +386,7 @@ std::unique_ptr<Session> OpenSession(std::string_view location)
     RefuseCutPassword(location);
     const Location parsed = ParseLocation(location);
     const int dbType = DbTypeOption(parsed, 3);
-    std::shared_ptr<Connection> connection = Connect(ReadWishes(location, parsed));
+    std::shared_ptr<Connection> connection = Connect(ReadWishes(location, parsed), StatementCacheOption(parsed));
     SetDateStyle(*connection);
     return std::make_unique<PostgresqlSession>(std::move(connection), dbType);
 }
