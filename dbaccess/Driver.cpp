@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
 #include <functional>
 #include <iterator>
 #include <mutex>
@@ -177,6 +178,23 @@ int DbTypeOption(const Location& location, int preset)
         }
     }
     throw CAException("the connection option kind must be 0, 1, 3 or 6");
+}
+
+std::size_t StatementCacheOption(const Location& location)
+{
+    constexpr std::size_t preset = 128;
+    constexpr std::size_t most = 1000;
+    const auto option = location.options.find(kStatementCache);
+    if (option == location.options.end()) {
+        return preset;
+    }
+    const char* const end = option->second.data() + option->second.size();
+    std::size_t number = 0;
+    const auto read = std::from_chars(option->second.data(), end, number);
+    if (read.ec != std::errc() || read.ptr != end || number > most) {
+        throw CAException("the connection option statement-cache must be a number from 0 to 1000");
+    }
+    return number;
 }
 
 } // namespace dbaccess

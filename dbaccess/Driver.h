@@ -143,5 +143,10 @@ QV_API SessionFactory FindDriver(std::string_view scheme);
 QV_API Location ParseLocation(std::string_view location);
 /// The engine kind of an option "kind=0|1|3|6", or `preset` without one. @throws CAException for another value.
 QV_API int DbTypeOption(const Location& location, int preset);
+/// The option by which a URL says how many prepared statements a session keeps.
+inline constexpr const char* kStatementCache = "statement-cache";
+/// The number of the option "statement-cache=N", or the preset without it. @throws CAException for anything but 0 to
+/// 1000.
+QV_API std::size_t StatementCacheOption(const Location& location);
 
 } // namespace dbaccess

@@ -138,10 +138,16 @@ TEST(ConnectUrl, SaysWhatIsWrongWithIt)
     EXPECT_EQ(Raised([&] { conn.Open("sqlite::memory:?kind=1&mode=ro&kind=1"); }),
               "connection option 3 is given twice");
     const std::string unknown = "sqlite: unknown connection option or value; the options are mode=ro|rw|rwc, "
-                                "busy_timeout=MILLISECONDS and kind=0|1|3|6";
+                                "busy_timeout=MILLISECONDS, statement-cache=NUMBER and kind=0|1|3|6";
     EXPECT_EQ(Raised([&] { conn.Open("sqlite::memory:?colour=red"); }), unknown);
     EXPECT_EQ(Raised([&] { conn.Open("sqlite::memory:?mode=x"); }), unknown);
     EXPECT_EQ(Raised([&] { conn.Open("sqlite::memory:?busy_timeout=soon"); }), unknown);
+    for (const char* number : {"", "-1", "1001", "5x", "off"}) {
+        EXPECT_EQ(Raised([&] { conn.Open(CString("sqlite::memory:?statement-cache=") + number); }),
+                  "the connection option statement-cache must be a number from 0 to 1000");
+    }
+    EXPECT_EQ(Raised([&] { conn.Open("sqlite::memory:?statement-cache=1000"); }), kNothingRaised);
+    conn.Close();
     EXPECT_EQ(Raised([&] { conn.Open("sqlite://host/people.db@x"); }),
               "sqlite: takes the path of a file and no server; write sqlite:PATH");
     EXPECT_THAT(Raised([&] { conn.Open(CString("sqlite:a\0b", 10)); }), HasSubstr("NUL"));

@@ -226,6 +226,12 @@ INSTANTIATE_TEST_SUITE_P(
     Engines, DriverSuite,
     testing::Values(
         Quirks{"sqlite", [] { return std::string("sqlite::memory:"); }, "SQLite 1", "'2013-05-07 00:00:00'"},
+        Quirks{"sqlite_keeping_nothing", [] { return std::string("sqlite::memory:?statement-cache=0"); }, "SQLite 1",
+               "'2013-05-07 00:00:00'"},
+        Quirks{"mysql_keeping_nothing", [] { return servers::NewDatabase("mariadb") + "&statement-cache=0"; },
+               "MySQL 1146", "'2013-05-07 00:00:00'"},
+        Quirks{"postgresql_keeping_nothing", [] { return servers::NewDatabase("postgresql") + "&statement-cache=0"; },
+               "PostgreSQL 42P01", "'2013-05-07 00:00:00'"},
         Quirks{"mysql", [] { return servers::NewDatabase("mariadb"); }, "MySQL 1146", "'2013-05-07 00:00:00'"},
         Quirks{"postgresql", [] { return servers::NewDatabase("postgresql"); }, "PostgreSQL 42P01",
                "'2013-05-07 00:00:00'"},

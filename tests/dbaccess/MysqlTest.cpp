@@ -195,7 +195,8 @@ TEST_F(MysqlTest, RefusesOptionsThatItDoesNotKnow)
     EXPECT_EQ(
         ErrorOnOpening("mysql://h/d?charset=gbk"),
         "mysql: unknown connection option; the options are socket, defaults-file, ssl, ssl-ca, ssl-cert, ssl-key, "
-        "ssl-verify, cleartext-password, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait and kind []");
+        "ssl-verify, cleartext-password, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait, "
+        "statement-cache and kind []");
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?connect_timeout=soon"), HasSubstr("connect_timeout must be a number from"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?read_timeout=0"), HasSubstr("read_timeout must be a number from 1 to"));
     EXPECT_THAT(ErrorOnOpening("mysql://h/d?wsrep_sync_wait=16"), HasSubstr("must be a number from 0 to 15"));

@@ -40,6 +40,30 @@ constexpr int kUserTimeout = 120'000; // what was sent and not acknowledged, in 
 // Needs no table and changes nothing; a node that takes no statements refuses it, unlike SET and SELECT 1.
 constexpr const char* kNothing = "DO 0";
 
+// The server's numbers for a prepared statement that it does not know, and for one that it cannot prepare anew.
+constexpr unsigned int kUnknownStatement = 1243;
+constexpr unsigned int kNeedsPreparing = 1615;
+
+constexpr std::size_t kLongestFirstWord = 6;
+
+// In lower case; only as much of it as tells it from the words that matter.
+std::string FirstWord(std::string_view sql)
+{
+    sql.remove_prefix(std::min(sql.size(), sql.find_first_not_of(" \t\r\n\f")));
+    std::string word(sql.substr(0, kLongestFirstWord));
+    for (char& ch : word) {
+        ch = ch >= 'A' && ch <= 'Z' ? static_cast<char>(ch + ('a' - 'A')) : ch;
+    }
+    return word;
+}
+
+// USE and SET change what a statement means that was prepared before them.
+bool MayChangeSession(std::string_view sql)
+{
+    constexpr std::array<std::string_view, 4> harmless = {"select", "insert", "update", "delete"};
+    return std::ranges::find(harmless, FirstWord(sql)) == harmless.end();
+}
+
 // Every setting that changes what our statements mean or whether they last is set, whatever the server's presets are.
 // Rows wait in the network while a caller looks at them, so the server must be patient.
 std::string SettingStatement(const Settings& settings)
@@ -252,7 +276,8 @@ bool ReadToTheEnd(MYSQL_RES* rows)
 
 } // namespace
 
-Connection::Connection(Settings settings) : m_settings(std::move(settings))
+Connection::Connection(Settings settings)
+    : m_settings(std::move(settings)), m_statements(m_settings.keptStatements, ShapeSyntax{false, true})
 {
     std::string refusals;
     unsigned int number = 0;
@@ -278,6 +303,14 @@ Connection::Connection(Settings settings) : m_settings(std::move(settings))
 
 std::int64_t Connection::Execute(std::string_view sql)
 {
+    MakeReady();
+    RefuseInLostTransaction();
+    if (const Statements::Lease kept = TakeKept(sql)) {
+        if (RunKept(kept)) {
+            return static_cast<std::int64_t>(mysql_stmt_affected_rows(kept.Statement().get()));
+        }
+        m_statements.Forget(kept);
+    }
     Send(sql);
     const bool givesRows = mysql_field_count(Get()) != 0;
     const auto changed = static_cast<std::int64_t>(mysql_affected_rows(Get()));
@@ -292,6 +325,10 @@ std::int64_t Connection::Execute(std::string_view sql)
 
 Result Connection::Open(std::string_view sql, Arriving& reader)
 {
+    MakeReady();
+    if (MayChangeSession(sql)) {
+        m_statements.Clear();
+    }
     Send(sql);
     if (mysql_field_count(Get()) == 0) {
         Arrived();
@@ -369,10 +406,15 @@ void Connection::MakeReady()
     }
 }
 
+bool Connection::IsTransactionLost() const noexcept
+{
+    return m_inTransaction && (m_transactionLost || (m_handle->server_status & SERVER_STATUS_IN_TRANS) == 0);
+}
+
 // What followed would be applied alone, each statement for itself.
 void Connection::RefuseInLostTransaction() const
 {
-    if (m_inTransaction && (m_transactionLost || (m_handle->server_status & SERVER_STATUS_IN_TRANS) == 0)) {
+    if (IsTransactionLost()) {
         throw CAException("the engine has ended the transaction by itself");
     }
 }
@@ -384,6 +426,63 @@ void Connection::Send(std::string_view sql)
     if (!Run(Get(), sql)) {
         Fail();
     }
+}
+
+// Writes only: a query's rows would have to be fetched through buffers of their own, which costs what it saves.
+Connection::Statements::Lease Connection::TakeKept(std::string_view sql)
+{
+    if (MayChangeSession(sql)) {
+        m_statements.Clear();
+    }
+    const bool readsBackslashes = (m_handle->server_status & SERVER_STATUS_NO_BACKSLASH_ESCAPES) == 0;
+    if (FirstWord(sql) == "select" || !readsBackslashes || !platform::IsValidUtf8(sql)) {
+        return {};
+    }
+    return m_statements.Take(sql, [this](const std::string& shape, std::size_t values, const Statement& /*evicted*/) {
+        return Prepare(shape, values);
+    });
+}
+
+// The text says itself what the server does not like about it; a transaction, or a connection, that has ended here
+// is nothing that it could say. The server may also have enough prepared statements: then texts do.
+Statement Connection::Prepare(const std::string& shape, std::size_t values)
+{
+    Statement statement(mysql_stmt_init(Get()));
+    if (statement == nullptr) {
+        throw std::bad_alloc();
+    }
+    if (mysql_stmt_prepare(statement.get(), shape.data(), shape.size()) == 0) {
+        return mysql_stmt_param_count(statement.get()) == values ? std::move(statement) : nullptr;
+    }
+    const CAException error = LastError(Get());
+    NoteFailure();
+    if (!m_alive || IsTransactionLost()) {
+        throw error;
+    }
+    return nullptr;
+}
+
+// @return false when the server has done nothing, for it does not know the statement any more.
+bool Connection::RunKept(const Statements::Lease& kept)
+{
+    MYSQL_STMT* const statement = kept.Statement().get();
+    std::vector<MYSQL_BIND> places(kept.Values().size());
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const ShapeValue& value = kept.Values()[i];
+        places[i].buffer_type = value.isText ? MYSQL_TYPE_STRING : MYSQL_TYPE_LONGLONG;
+        // The library only reads what is bound to a placeholder.
+        places[i].buffer = value.isText ? static_cast<void*>(const_cast<char*>(value.text.data()))
+                                        : static_cast<void*>(const_cast<std::int64_t*>(&value.number));
+        places[i].buffer_length = value.text.size();
+    }
+    if (mysql_stmt_bind_param(statement, places.data()) == 0 && mysql_stmt_execute(statement) == 0) {
+        return true;
+    }
+    const unsigned int number = mysql_errno(Get());
+    if (number != kUnknownStatement && number != kNeedsPreparing) {
+        Fail();
+    }
+    return false;
 }
 
 // A procedure gives several results; callers see the first.

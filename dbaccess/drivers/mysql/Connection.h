@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dbaccess/StatementCache.h"
+
 #include <mysql.h>
 
 #include <cstdint>
@@ -36,6 +38,7 @@ struct Settings {
     unsigned int readTimeout = 3600;
     unsigned int writeTimeout = 3600;
     std::optional<unsigned int> syncWait;
+    std::size_t keptStatements = 0; // prepared ones; 0 for none
 };
 
 struct CloseHandle {
@@ -47,6 +50,11 @@ struct FreeResult {
     void operator()(MYSQL_RES* result) const noexcept { mysql_free_result(result); }
 };
 using Result = std::unique_ptr<MYSQL_RES, FreeResult>;
+
+struct CloseStatement {
+    void operator()(MYSQL_STMT* statement) const noexcept { mysql_stmt_close(statement); }
+};
+using Statement = std::unique_ptr<MYSQL_STMT, CloseStatement>;
 
 /// A result whose rows are still on their way. The connection can do nothing else until they have been read.
 class Arriving {
@@ -87,8 +95,14 @@ public:
     void Rollback();
 
 private:
+    using Statements = StatementCache<Statement>;
+
     void MakeReady();
+    [[nodiscard]] bool IsTransactionLost() const noexcept;
     void RefuseInLostTransaction() const;
+    Statements::Lease TakeKept(std::string_view sql);
+    Statement Prepare(const std::string& shape, std::size_t values);
+    bool RunKept(const Statements::Lease& kept);
     void Send(std::string_view sql);
     void SkipResults();
     void NoteFailure() noexcept;
@@ -96,7 +110,8 @@ private:
     bool Interrupt() noexcept;
 
     Settings m_settings;
-    Server m_server; // the one of the list that this connection is to
+    Server m_server;         // the one of the list that this connection is to
+    Statements m_statements; // outlives the handle, so that ending a session does not close them one by one
     Handle m_handle;
     std::string m_identity;
     Arriving* m_arriving = nullptr;

@@ -234,10 +234,11 @@ void ReadOption(const std::string& name, const std::string& value, Settings& set
         settings.syncWait = ReadNumber(name, value, 0, kAllSyncWaits);
     } else if (name == "cleartext-password") {
         settings.cleartextPassword = ReadSwitch(name, value);
-    } else if (name != "kind" && !ReadTlsOption(name, value, settings)) {
+    } else if (name != "kind" && name != kStatementCache && !ReadTlsOption(name, value, settings)) {
         Refuse(
             "mysql: unknown connection option; the options are socket, defaults-file, ssl, ssl-ca, ssl-cert, ssl-key, "
-            "ssl-verify, cleartext-password, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait and kind");
+            "ssl-verify, cleartext-password, connect_timeout, read_timeout, write_timeout, wsrep_sync_wait, "
+            "statement-cache and kind");
     }
 }
 
@@ -338,6 +339,7 @@ std::unique_ptr<Session> OpenSession(std::string_view location)
     }
     const Location parsed = ParseLocation(location.substr(mark));
     const int dbType = DbTypeOption(parsed, kDbType);
+    settings.keptStatements = StatementCacheOption(parsed);
     for (const auto& [name, value] : parsed.options) {
         ReadOption(platform::AnsiToUtf8(name), Decoded(platform::AnsiToUtf8(value)), settings);
     }

@@ -9,6 +9,7 @@
 #include <array>
 #include <charconv>
 #include <new>
+#include <random>
 #include <utility>
 
 namespace dbaccess::postgresql {
@@ -65,6 +66,36 @@ bool OnlyReads(std::string_view sql)
 // A statement without a semicolon is one at most.
 bool MayHoldSeveral(const std::string& sql) { return sql.find(';') != std::string::npos; }
 
+std::string NewPrefix()
+{
+    std::random_device random;
+    return "qv_" + std::to_string(random()) + "_" + std::to_string(random()) + "_";
+}
+
+// A SELECT could do this too, by a function; the server then says so when a name is used.
+bool MayDropNames(std::string_view sql)
+{
+    sql.remove_prefix(std::min(sql.size(), sql.find_first_not_of(" \t\r\n\f")));
+    return BeginsWith(sql, "discard") || BeginsWith(sql, "deallocate");
+}
+
+// A session can be told to take them for escapes.
+bool ReadsBackslashesPlainly(pg_conn* db, const std::string& sql)
+{
+    if (sql.find('\\') == std::string::npos) {
+        return true;
+    }
+    const char* value = PQparameterStatus(db, "standard_conforming_strings");
+    return value != nullptr && std::string_view(value) == "on";
+}
+
+// A kept statement whose result has other columns since a table was changed, or whose name is not known any more, as it
+// happens behind a pooler.
+bool IsOutdated(const CAException& error)
+{
+    return error.GetErrorCode() == "PostgreSQL 0A000" || error.GetErrorCode() == "PostgreSQL 26000";
+}
+
 template <class Number>
 std::optional<Number> Parsed(std::string_view text)
 {
@@ -94,7 +125,11 @@ void ClearResult::operator()(pg_result* result) const noexcept { PQclear(result)
 
 // ---- Connection
 
-Connection::Connection(Handle db) : m_db(std::move(db)), m_cancel(PQgetCancel(m_db.get()))
+Connection::Connection(Handle db, std::size_t keptStatements)
+    : m_db(std::move(db)),
+      m_cancel(PQgetCancel(m_db.get())),
+      m_statements(keptStatements, ShapeSyntax{true, false}),
+      m_namePrefix(NewPrefix())
 {
     if (m_cancel == nullptr) {
         throw std::bad_alloc();
@@ -113,8 +148,8 @@ void Connection::MakeReady()
 Result Connection::Run(const std::string& sql)
 {
     MakeReady();
-    Send(sql);
-    Result result = Next();
+    m_guarded = false;
+    Result result = Begin(sql, nullptr);
     while (PQresultStatus(result.get()) == PGRES_SINGLE_TUPLE) {
         result = Next();
     }
@@ -127,16 +162,91 @@ Result Connection::Start(const std::string& sql, Rows& reader)
     const bool inTransaction = PQtransactionStatus(m_db.get()) == PQTRANS_INTRANS;
     m_guarded = inTransaction && OnlyReads(sql) && !MayHoldSeveral(sql);
     m_mayCancel = m_guarded || (!inTransaction && OnlyReads(sql));
+    return Begin(sql, &reader);
+}
+
+Result Connection::Begin(const std::string& sql, Rows* reader)
+{
+    if (const Statements::Lease kept = TakeKept(sql)) {
+        SendKept(kept);
+        m_reader = reader;
+        try {
+            return Next();
+        } catch (const CAException& e) {
+            if (!IsOutdated(e)) {
+                throw;
+            }
+            m_statements.Forget(kept);
+            if (PQtransactionStatus(m_db.get()) != PQTRANS_IDLE) {
+                throw;
+            }
+        }
+    }
     if (m_guarded) {
         SendGuarded(sql);
     } else {
         Send(sql);
     }
-    m_reader = &reader;
+    m_reader = reader;
     return Next();
 }
 
 Result Connection::Next() { return Judged(Result(PQgetResult(m_db.get()))); }
+
+Connection::Statements::Lease Connection::TakeKept(const std::string& sql)
+{
+    if (MayDropNames(sql)) {
+        m_statements.Clear();
+    }
+    // With a guarded query three statements go at once, as texts. EXECUTE as one of them would not do: the server
+    // computes all of its rows before it sends the first.
+    if (m_guarded || PQtransactionStatus(m_db.get()) == PQTRANS_INERROR || !platform::IsValidUtf8(sql) ||
+        !ReadsBackslashesPlainly(m_db.get(), sql)) {
+        return {};
+    }
+    return m_statements.Take(sql, [this](const std::string& shape, std::size_t /*values*/,
+                                         const PreparedName& evicted) { return Prepare(shape, evicted); });
+}
+
+// What the server refuses here would end a transaction; a savepoint keeps it. The names themselves are in no
+// transaction.
+PreparedName Connection::Prepare(const std::string& shape, const PreparedName& evicted)
+{
+    const bool inTransaction = PQtransactionStatus(m_db.get()) == PQTRANS_INTRANS;
+    if (inTransaction && !Tell("SAVEPOINT qv_prepare")) {
+        return {};
+    }
+    PreparedName name(m_namePrefix + std::to_string(++m_prepared));
+    const Result prepared(PQprepare(m_db.get(), name.Get().c_str(), shape.c_str(), 0, nullptr));
+    const bool isPrepared = PQresultStatus(prepared.get()) == PGRES_COMMAND_OK;
+    const bool isFree = !isPrepared || !evicted || Tell(("DEALLOCATE " + evicted.Get()).c_str());
+    if (inTransaction) {
+        Tell(isPrepared && isFree ? "RELEASE SAVEPOINT qv_prepare"
+                                  : "ROLLBACK TO SAVEPOINT qv_prepare;RELEASE SAVEPOINT qv_prepare");
+    }
+    return isPrepared ? name : PreparedName();
+}
+
+/// Runs a statement of the driver's own. @return whether the server has done it.
+bool Connection::Tell(const char* sql) noexcept
+{
+    const Result result(PQexec(m_db.get(), sql));
+    return PQresultStatus(result.get()) == PGRES_COMMAND_OK;
+}
+
+void Connection::SendKept(const Statements::Lease& kept)
+{
+    const std::string& name = kept.Statement().Get();
+    std::vector<const char*> values;
+    for (const ShapeValue& value : kept.Values()) {
+        values.push_back(value.text.data());
+    }
+    if (PQsendQueryPrepared(m_db.get(), name.c_str(), static_cast<int>(values.size()), values.data(), nullptr, nullptr,
+                            kTextFormat) == 0) {
+        throw LostError(m_db.get());
+    }
+    PQsetSingleRowMode(m_db.get());
+}
 
 // The simple protocol is the quicker one, but would run a second statement; in the other the server refuses one.
 void Connection::Send(const std::string& sql)
@@ -258,7 +368,7 @@ void Connection::Abandon() noexcept
     }
     // Also where the query failed by itself in a row that nobody read.
     if (m_guarded && PQtransactionStatus(m_db.get()) == PQTRANS_INERROR) {
-        const Result undone(PQexec(m_db.get(), "ROLLBACK TO SAVEPOINT qv_query;RELEASE SAVEPOINT qv_query"));
+        Tell("ROLLBACK TO SAVEPOINT qv_query;RELEASE SAVEPOINT qv_query");
     }
 }
 

@@ -2,10 +2,12 @@
 
 #include "dbaccess/CAException.h"
 #include "dbaccess/Driver.h"
+#include "dbaccess/StatementCache.h"
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct pg_cancel;
@@ -27,12 +29,26 @@ using Handle = std::unique_ptr<pg_conn, FinishConnection>;
 using Cancel = std::unique_ptr<pg_cancel, FreeCancel>;
 using Result = std::unique_ptr<pg_result, ClearResult>;
 
+/// The name of a statement that the server has prepared for us; empty for none.
+class PreparedName {
+public:
+    PreparedName() = default;
+    explicit PreparedName(std::string name) : m_name(std::move(name)) {}
+
+    explicit operator bool() const noexcept { return !m_name.empty(); }
+    [[nodiscard]] const std::string& Get() const noexcept { return m_name; }
+
+private:
+    std::string m_name;
+};
+
 class Rows;
 
 /// A connection, and the one query that can be running on it. All statements are UTF-8.
 class Connection {
 public:
-    explicit Connection(Handle db);
+    /// @param keptStatements  how many prepared statements are kept; 0 for none.
+    Connection(Handle db, std::size_t keptStatements);
 
     [[nodiscard]] pg_conn* Db() const noexcept { return m_db.get(); }
     [[nodiscard]] bool IsAlive() const noexcept;
@@ -51,7 +67,14 @@ public:
     [[nodiscard]] bool IsReadBy(const Rows* reader) const noexcept { return m_reader == reader; }
 
 private:
+    using Statements = StatementCache<PreparedName>;
+
+    Result Begin(const std::string& sql, Rows* reader);
+    Statements::Lease TakeKept(const std::string& sql);
+    PreparedName Prepare(const std::string& shape, const PreparedName& evicted);
+    bool Tell(const char* sql) noexcept;
     void Send(const std::string& sql);
+    void SendKept(const Statements::Lease& kept);
     void SendGuarded(const std::string& sql);
     Result Judged(Result result);
     void ReadToEnd();
@@ -62,9 +85,12 @@ private:
 
     Handle m_db;
     Cancel m_cancel;
+    Statements m_statements;
+    std::string m_namePrefix;   // no other session's: behind a pooler theirs may be on the same server connection
+    std::size_t m_prepared = 0; // names that were given out; none is given twice
     Rows* m_reader = nullptr;
     bool m_mayCancel = false; // of the running query: nothing that counts is lost when it is cancelled
-    bool m_guarded = false;   // of the running query: it stands behind a savepoint
+    bool m_guarded = false;   // of the running statement: it is a query that stands behind a savepoint
 };
 
 /// The rows of a query, which the server computes as they are read.

@@ -3,6 +3,7 @@
 #include "dbaccess/DateText.h"
 #include "dbaccess/LocalHost.h"
 #include "dbaccess/PasswordFile.h"
+#include "dbaccess/drivers/postgresql/ConnectGuarded.h"
 #include "dbaccess/drivers/postgresql/Cursor.h"
 #include "dbaccess/drivers/postgresql/Error.h"
 #include "platform/CodePage.h"
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cstdlib>
 #include <sstream>
 #include <string>
@@ -85,13 +87,13 @@ std::string UriOf(std::string_view location, const Location& parsed)
     std::string uri = "postgresql:" + std::string(location.substr(0, location.find('?')));
     char before = '?';
     for (const auto& [name, value] : parsed.options) {
-        if (name == "kind" || name == kCleartextPassword) {
+        if (name == "kind" || name == kStatementCache || name == kCleartextPassword) {
             continue;
         }
         if (!IsKnown(name)) {
             throw CAException(
-                "postgresql: unknown connection option; the options are kind, cleartext-password and those "
-                "of libpq but for client_encoding and replication");
+                "postgresql: unknown connection option; the options are kind, statement-cache, cleartext-password and "
+                "those of libpq but for client_encoding and replication");
         }
         uri += before + name + '=';
         for (const char ch : value) {
@@ -116,6 +118,9 @@ public:
 
     [[nodiscard]] bool Has(const char* name) const { return m_values.contains(name); }
     void Set(const char* name, std::string value) { m_values.insert_or_assign(name, std::move(value)); }
+    /// From here on, no server gets the password in clear text over a connection that is not encrypted.
+    void Guard() { m_isGuarded = true; }
+    [[nodiscard]] bool IsGuarded() const { return m_isGuarded; }
     /// The URL's value, else the environment's, else the preset.
     [[nodiscard]] std::string Get(const char* name, const char* variable, const char* preset) const
     {
@@ -137,11 +142,20 @@ public:
         }
         names.push_back(nullptr);
         values.push_back(nullptr);
-        return Handle(PQconnectdbParams(names.data(), values.data(), 0));
+        return m_isGuarded ? ConnectGuarded(names.data(), values.data(), Limit())
+                           : Handle(PQconnectdbParams(names.data(), values.data(), 0));
     }
 
 private:
+    /// As the client library reads it: 1 means 2, what is no number means no limit.
+    [[nodiscard]] std::chrono::seconds Limit() const
+    {
+        const int limit = std::atoi(Get("connect_timeout", "PGCONNECT_TIMEOUT", kConnectTimeout).c_str());
+        return std::chrono::seconds(limit == 1 ? 2 : std::max(limit, 0));
+    }
+
     std::map<std::string, std::string> m_values;
+    bool m_isGuarded = false;
 };
 
 // The entries of a list of hosts; an empty one is the server's usual socket.
@@ -182,18 +196,24 @@ bool MayPasswordBeCleartext(const Location& parsed)
 }
 
 // A server chooses how the password is proved, and the client library cannot be told to refuse a request for the
-// password itself. So it gets none for a server elsewhere that it may be connected to without encryption.
+// password itself. So it gets none for a server elsewhere that it may be connected to without encryption, and one on
+// this machine, where a program of another user may listen in the server's place, is looked at while it is connected
+// to.
 void SetTls(Wishes& wishes, bool namesService, bool mayPasswordBeCleartext)
 {
     if (namesService && !wishes.Has("sslmode")) {
         throw CAException("postgresql: the server of a service may be on another machine; add sslmode=require, or "
                           "sslmode=verify-full with sslrootcert=FILE, to the URL");
     }
+    constexpr std::array<std::string_view, 3> kNotAlwaysEncrypted = {"disable", "allow", "prefer"};
     if (!namesService && IsAllHere(wishes)) {
+        const std::string mode = wishes.Get("sslmode", "PGSSLMODE", "prefer");
+        if (!mayPasswordBeCleartext && std::ranges::find(kNotAlwaysEncrypted, mode) != kNotAlwaysEncrypted.end()) {
+            wishes.Guard();
+        }
         return;
     }
     const std::string mode = wishes.Get("sslmode", "PGSSLMODE", "require");
-    constexpr std::array<std::string_view, 3> kNotAlwaysEncrypted = {"disable", "allow", "prefer"};
     if (!mayPasswordBeCleartext && std::ranges::find(kNotAlwaysEncrypted, mode) != kNotAlwaysEncrypted.end()) {
         throw CAException(CString("postgresql: with sslmode=") + mode.c_str() +
                           " a server on another machine could read the password; write sslmode=require, or add "
@@ -244,9 +264,47 @@ Wishes ReadWishes(std::string_view location, const Location& parsed)
 
 void DropNotice(void* /*context*/, const PGresult* /*notice*/) {}
 
-std::shared_ptr<Connection> Connect(const Wishes& wishes)
+/// One connection to ask for where there are several hosts: the guard, unlike the client library, knows one at a time.
+/// A list whose servers are to have certain properties stays what it is.
+std::vector<Wishes> ByHost(const Wishes& wishes)
 {
-    Handle db = wishes.Connect();
+    const std::vector<std::string> hosts = Entries(wishes.Get("host", "PGHOST", ""));
+    const std::vector<std::string> addresses = Entries(wishes.Get("hostaddr", "PGHOSTADDR", ""));
+    const std::vector<std::string> ports = Entries(wishes.Get("port", "PGPORT", ""));
+    const std::size_t count = std::max(hosts.size(), addresses.size());
+    if (count < 2 || wishes.Get("target_session_attrs", "PGTARGETSESSIONATTRS", "any") != "any") {
+        return {wishes};
+    }
+    std::vector<Wishes> each(count, wishes);
+    for (std::size_t i = 0; i < count; ++i) {
+        for (const auto& [name, list] : {std::pair{"host", &hosts}, {"hostaddr", &addresses}, {"port", &ports}}) {
+            if (list->size() > 1 && i < list->size()) {
+                each[i].Set(name, (*list)[i]);
+            }
+        }
+    }
+    return each;
+}
+
+/// The first of several hosts that can be connected to, else what the last one's failure was.
+Handle ConnectToAny(const std::vector<Wishes>& each)
+{
+    for (std::size_t i = 0; i + 1 < each.size(); ++i) {
+        try {
+            Handle db = each[i].Connect();
+            if (PQstatus(db.get()) == CONNECTION_OK) {
+                return db;
+            }
+        } catch (const ConnectTimeout&) {
+            // The next one may answer.
+        }
+    }
+    return each.back().Connect();
+}
+
+std::shared_ptr<Connection> Connect(const Wishes& wishes, std::size_t keptStatements)
+{
+    Handle db = wishes.IsGuarded() ? ConnectToAny(ByHost(wishes)) : wishes.Connect();
     if (db == nullptr) {
         throw std::bad_alloc();
     }
@@ -254,7 +312,7 @@ std::shared_ptr<Connection> Connect(const Wishes& wishes)
         throw ConnectError(db.get());
     }
     PQsetNoticeReceiver(db.get(), &DropNotice, nullptr);
-    return std::make_shared<Connection>(std::move(db));
+    return std::make_shared<Connection>(std::move(db), keptStatements);
 }
 
 // The client library hands the variable PGDATESTYLE to the server, where it goes before the options.
@@ -386,7 +444,7 @@ std::unique_ptr<Session> OpenSession(std::string_view location)
     RefuseCutPassword(location);
     const Location parsed = ParseLocation(location);
     const int dbType = DbTypeOption(parsed, 3);
-    std::shared_ptr<Connection> connection = Connect(ReadWishes(location, parsed));
+    std::shared_ptr<Connection> connection = Connect(ReadWishes(location, parsed), StatementCacheOption(parsed));
     SetDateStyle(*connection);
     return std::make_unique<PostgresqlSession>(std::move(connection), dbType);
 }

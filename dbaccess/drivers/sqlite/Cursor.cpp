@@ -9,41 +9,45 @@
 
 namespace dbaccess::sqlite {
 
-void Finalize::operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
-
-Rows::Rows(Statement statement, std::shared_ptr<const ImmutableFile> file)
-    : m_file(std::move(file)), m_statement(std::move(statement)), m_convert(!platform::AnsiIsUtf8())
+Rows::Rows(RunningStatement statement, std::shared_ptr<const ImmutableFile> file, int first)
+    : m_file(std::move(file)), m_statement(std::move(statement)), m_first(first), m_convert(!platform::AnsiIsUtf8())
 {
-    if (m_convert) {
-        m_converted.resize(static_cast<std::size_t>(ColumnCount()));
-    }
 }
 
 bool Rows::Step()
 {
-    const int code = sqlite3_step(m_statement.get());
+    const int first = std::exchange(m_first, SQLITE_OK);
+    const int code = first == SQLITE_OK ? sqlite3_step(m_statement.Get()) : first;
     if (m_file != nullptr) {
         m_file->RequireUnchanged();
     }
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
-        ThrowLastError(sqlite3_db_handle(m_statement.get()));
+        ThrowLastError(sqlite3_db_handle(m_statement.Get()));
+    }
+    // Counted here, since a step prepares the statement anew when its tables have been changed.
+    if (m_convert) {
+        m_converted.resize(static_cast<std::size_t>(ColumnCount()));
     }
     return code == SQLITE_ROW;
 }
 
-void Rows::Restart() { sqlite3_reset(m_statement.get()); }
+void Rows::Restart()
+{
+    m_first = SQLITE_OK;
+    sqlite3_reset(m_statement.Get());
+}
 
-int Rows::ColumnCount() const { return sqlite3_column_count(m_statement.get()); }
+int Rows::ColumnCount() const { return sqlite3_column_count(m_statement.Get()); }
 
 std::string_view Rows::ColumnName(int column) const
 {
-    const char* name = sqlite3_column_name(m_statement.get(), column);
+    const char* name = sqlite3_column_name(m_statement.Get(), column);
     return name ? name : "";
 }
 
 Field Rows::Read(int column)
 {
-    sqlite3_value* value = sqlite3_column_value(m_statement.get(), column);
+    sqlite3_value* value = sqlite3_column_value(m_statement.Get(), column);
     switch (sqlite3_value_type(value)) {
     case SQLITE_NULL:
         return Field::Null();

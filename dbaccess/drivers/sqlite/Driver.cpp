@@ -4,6 +4,7 @@
 #include "dbaccess/drivers/sqlite/Cursor.h"
 #include "dbaccess/drivers/sqlite/Error.h"
 #include "dbaccess/drivers/sqlite/ImmutableFile.h"
+#include "dbaccess/drivers/sqlite/KeptStatement.h"
 #include "dbaccess/drivers/sqlite/NewFile.h"
 #include "platform/CodePage.h"
 
@@ -34,6 +35,7 @@ struct Options {
     int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
     int busyTimeout = kDefaultBusyTimeout;
     int dbType = 3;
+    std::size_t keptStatements = 0;
 };
 
 [[noreturn]] void Refuse(std::string_view a, std::string_view b, std::string_view c)
@@ -47,7 +49,7 @@ struct Options {
 [[noreturn]] void RefuseOptions()
 {
     throw CAException("sqlite: unknown connection option or value; the options are mode=ro|rw|rwc, "
-                      "busy_timeout=MILLISECONDS and kind=0|1|3|6");
+                      "busy_timeout=MILLISECONDS, statement-cache=NUMBER and kind=0|1|3|6");
 }
 
 // The URL of a server has two of these: what would be taken for the path may be a password, and is not repeated.
@@ -69,6 +71,7 @@ Options ReadOptions(const Location& location)
 {
     Options options;
     options.dbType = DbTypeOption(location, options.dbType);
+    options.keptStatements = StatementCacheOption(location);
     for (const auto& [name, value] : location.options) {
         if (name == "mode" && value == "ro") {
             options.flags = SQLITE_OPEN_READONLY;
@@ -80,7 +83,7 @@ Options ReadOptions(const Location& location)
             if (read.ec != std::errc() || read.ptr != end || options.busyTimeout < 0) {
                 RefuseOptions();
             }
-        } else if (name != "kind" && !(name == "mode" && value == "rwc")) {
+        } else if (name != "kind" && name != kStatementCache && !(name == "mode" && value == "rwc")) {
             RefuseOptions();
         }
     }
@@ -120,11 +123,12 @@ bool NothingToRunIn(sqlite3* db, const char* text)
     return true;
 }
 
-Statement PrepareUtf8(sqlite3* db, const char* sql, std::size_t length)
+/// @param flags  of sqlite3_prepare_v3.
+Statement PrepareUtf8(sqlite3* db, const char* sql, std::size_t length, unsigned int flags = 0)
 {
     sqlite3_stmt* raw = nullptr;
     const char* tail = nullptr;
-    const int code = sqlite3_prepare_v2(db, sql, static_cast<int>(length + 1), &raw, &tail);
+    const int code = sqlite3_prepare_v3(db, sql, static_cast<int>(length + 1), flags, &raw, &tail);
     Statement statement(raw);
     if (code != SQLITE_OK) {
         ThrowLastError(db);
@@ -138,24 +142,57 @@ Statement PrepareUtf8(sqlite3* db, const char* sql, std::size_t length)
     return statement;
 }
 
-Statement Prepare(sqlite3* db, const char* sql)
-{
-    const std::size_t length = std::strlen(sql);
-    if (platform::AnsiIsUtf8()) {
-        return PrepareUtf8(db, sql, length);
+/// A statement's text in UTF-8, with a NUL at its end.
+class Utf8Text {
+public:
+    explicit Utf8Text(const char* sql) : m_view(sql)
+    {
+        if (!platform::AnsiIsUtf8()) {
+            m_converted = platform::AnsiToUtf8(m_view);
+            m_view = m_converted;
+        }
     }
-    const std::string utf8 = platform::AnsiToUtf8({sql, length});
-    return PrepareUtf8(db, utf8.c_str(), utf8.size());
+    Utf8Text(const Utf8Text&) = delete;
+    Utf8Text& operator=(const Utf8Text&) = delete;
+    ~Utf8Text() = default;
+
+    [[nodiscard]] std::string_view View() const noexcept { return m_view; }
+
+private:
+    std::string_view m_view;
+    std::string m_converted;
+};
+
+Statement Prepare(sqlite3* db, const Utf8Text& text) { return PrepareUtf8(db, text.View().data(), text.View().size()); }
+
+/// @return none for a shape that the engine refuses.
+Statement PrepareShape(sqlite3* db, const std::string& shape, std::size_t values)
+{
+    try {
+        Statement statement = PrepareUtf8(db, shape.data(), shape.size(), SQLITE_PREPARE_PERSISTENT);
+        const bool isWhole = sqlite3_bind_parameter_count(statement.get()) == static_cast<int>(values);
+        return isWhole ? std::move(statement) : nullptr;
+    } catch (const CAException&) {
+        return nullptr;
+    }
 }
+
+int StepToEnd(sqlite3_stmt* statement)
+{
+    int code = SQLITE_ROW;
+    while (code == SQLITE_ROW) {
+        code = sqlite3_step(statement);
+    }
+    return code;
+}
+
+// A failure that may have to do with how the statement is written. The engine has undone what such a statement did.
+bool MayLieInText(int code) { return (code & 0xFF) == SQLITE_ERROR || (code & 0xFF) == SQLITE_SCHEMA; }
 
 void Run(sqlite3* db, const char* sql)
 {
     const Statement statement = PrepareUtf8(db, sql, std::strlen(sql));
-    int code = SQLITE_ROW;
-    while (code == SQLITE_ROW) {
-        code = sqlite3_step(statement.get());
-    }
-    if (code != SQLITE_DONE) {
+    if (StepToEnd(statement.get()) != SQLITE_DONE) {
         ThrowLastError(db);
     }
 }
@@ -308,8 +345,11 @@ OpenedFile Open(const std::string& path, const Options& options)
 
 class SqliteSession final : public Session {
 public:
-    SqliteSession(OpenedFile file, int dbType)
-        : m_file(std::move(file.immutable)), m_db(std::move(file.db)), m_dbType(dbType)
+    SqliteSession(OpenedFile file, const Options& options)
+        : m_file(std::move(file.immutable)),
+          m_db(std::move(file.db)),
+          m_dbType(options.dbType),
+          m_statements(options.keptStatements, ShapeSyntax{})
     {
     }
 
@@ -320,22 +360,31 @@ public:
     std::int64_t Execute(const char* sql) override
     {
         RefuseInLostTransaction();
-        const Statement statement = Prepare(m_db.get(), sql);
+        const Utf8Text text(sql);
+        if (const RunningStatement kept = TakeKept(text)) {
+            const std::int64_t before = sqlite3_total_changes64(m_db.get());
+            const int code = StepToEnd(kept.Get());
+            if (!MayLieInText(code)) {
+                return ChangedSince(before, code);
+            }
+        }
+        const Statement statement = Prepare(m_db.get(), text);
         const std::int64_t before = sqlite3_total_changes64(m_db.get());
-        int code = SQLITE_ROW;
-        while (code == SQLITE_ROW) {
-            code = sqlite3_step(statement.get());
-        }
-        if (code != SQLITE_DONE) {
-            ThrowLastError(m_db.get());
-        }
-        return sqlite3_total_changes64(m_db.get()) == before ? 0 : sqlite3_changes64(m_db.get());
+        return ChangedSince(before, StepToEnd(statement.get()));
     }
 
     std::unique_ptr<Cursor> Query(const char* sql) override
     {
         RefuseInLostTransaction();
-        return std::make_unique<Rows>(Prepare(m_db.get(), sql), m_file);
+        const Utf8Text text(sql);
+        // The first step is made here: if it fails for the text's sake, the text says so itself, now and not later.
+        if (RunningStatement kept = TakeKept(text)) {
+            const int first = sqlite3_step(kept.Get());
+            if (!MayLieInText(first)) {
+                return std::make_unique<Rows>(std::move(kept), m_file, first);
+            }
+        }
+        return std::make_unique<Rows>(RunningStatement(Prepare(m_db.get(), text)), m_file, SQLITE_OK);
     }
 
     // Taking the write lock at the start means waiting for another writer there, and never failing half-way through
@@ -373,6 +422,23 @@ public:
     }
 
 private:
+    RunningStatement TakeKept(const Utf8Text& text)
+    {
+        return RunningStatement(
+            m_statements.Take(text.View(), [this](const std::string& shape, std::size_t values, Statement /*evicted*/) {
+                return PrepareShape(m_db.get(), shape, values);
+            }));
+    }
+
+    /// @param code  what the statement ended with.
+    [[nodiscard]] std::int64_t ChangedSince(std::int64_t before, int code) const
+    {
+        if (code != SQLITE_DONE) {
+            ThrowLastError(m_db.get());
+        }
+        return sqlite3_total_changes64(m_db.get()) == before ? 0 : sqlite3_changes64(m_db.get());
+    }
+
     // Some failures, a full disk among them, make the engine roll back by itself; what follows would then be applied
     // alone, each statement for itself.
     void RefuseInLostTransaction() const
@@ -385,6 +451,7 @@ private:
     std::shared_ptr<const ImmutableFile> m_file;
     Handle m_db;
     int m_dbType;
+    Statements m_statements;
     bool m_inTransaction = false;
 };
 
@@ -404,7 +471,7 @@ std::unique_ptr<Session> OpenSession(std::string_view location)
         throw CAException("sqlite: names no file; write sqlite:PATH or sqlite::memory:");
     }
     const Options options = ReadOptions(parsed);
-    return std::make_unique<SqliteSession>(Open(platform::AnsiToUtf8(parsed.path), options), options.dbType);
+    return std::make_unique<SqliteSession>(Open(platform::AnsiToUtf8(parsed.path), options), options);
 }
 
 } // namespace dbaccess::sqlite
