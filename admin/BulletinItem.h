@@ -11,10 +11,10 @@ public:
     CBulletinItem();
     ~CBulletinItem() override;
 
-    CString m_strID;
-    CString m_strSubject;
-    CString m_strCreatorName;
-    CString m_strTime;
-    CString m_strContent;
-    CStringArray m_attachments;
+    CString m_strID;            ///< the notice's id, any text
+    CString m_strSubject;       ///< its subject
+    CString m_strCreatorName;   ///< who wrote it
+    CString m_strTime;          ///< when, as CQVBaseFun::LoadBulletinInfo gives it
+    CString m_strContent;       ///< its text
+    CStringArray m_attachments; ///< file names
 };

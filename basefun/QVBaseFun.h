@@ -12,32 +12,37 @@ class CAConnect;
 
 /// The module's operations. All are static and work on the caller's open connection.
 ///
-/// Common to all that return bool: true means that the statements ran, not that a row was found; what was not found
-/// keeps the value that the output is preset to, before anything can fail. false means that the engine refused a
-/// statement: then m_strLastError holds the error's text, and the connection's notification window, if any, has
-/// received one message. A connection that is not open makes reads return false with no text and no message; writes,
-/// whose only sign of failure is an error, report it as one. Outputs written before a failure stay written, and of
-/// several statements the earlier ones stay done.
+/// **Results.** "Whether the statement ran" is true also when no row was found or changed; an output then keeps the
+/// preset that the operation documents, which is set before anything can fail. false means that the engine refused a
+/// statement: m_strLastError holds the error's text, and the connection's notification window, if any, has received
+/// one message. On a connection that is not open, reads return false without text or message; writes, whose only sign
+/// of failure is an error, report one. Operations that differ say so. Outputs written before a failure stay written,
+/// and of several statements the earlier ones stay in effect: no operation opens a transaction.
 ///
-/// The caller owns the connection, every output and every collection. Lists are appended to, never cleared; the arrays
-/// of a list stay parallel.
+/// **Ownership.** The caller owns the connection, every output and every collection. Lists are appended to, never
+/// cleared; the arrays of a list stay parallel. A NULL in a column leaves a single output as it was and adds 0 or an
+/// empty text to an array.
 ///
-/// The notes say what an operation does to a text before it enters a statement. What it leaves undone the caller must
-/// do, or a text from outside can end the statement and begin another: "Not escaped" wants CAConnect::EscapeLiteral;
-/// "Quotes doubled" wants CAConnect::EscapeBackslashes, since on engine kind 6 "\'" does not end a literal;
-/// "Backslashes doubled on kind 6" wants CAConnect::EscapeQuotes. docs/security.md has them all in a table.
+/// **Item types.** Users, groups, roles and views are named by id and type; basefun/ItemTypes.h has the types.
 ///
-/// Threads: a connection serves one call at a time. Callers on several threads, each with a connection of its own, may
-/// run operations at the same time; their results and outputs do not meet. Only m_strLastError is shared: operations
-/// write it one after another, but it then belongs to the last that failed, on whatever thread. Reading it, in a
-/// window's handler too, is safe only while no other thread runs an operation. A caller who needs the text to go with
-/// its own failure runs one operation at a time.
+/// **Texts.** The notes say what an operation does to each text before it enters a statement. The caller must do the
+/// rest, or a text from outside can end the statement and begin another: "Not escaped" requires
+/// CAConnect::EscapeLiteral; "Quotes doubled" requires CAConnect::EscapeBackslashes, since on engine kind 6 "\'" does
+/// not end a literal; "Backslashes doubled on kind 6" requires CAConnect::EscapeQuotes. docs/security.md lists all.
+///
+/// **Threads.** A connection serves one call at a time. Several threads, each with a connection of its own, may run
+/// operations at the same time; their results and outputs are independent. Only m_strLastError is shared: it belongs
+/// to the operation that failed last, on whatever thread, so read it (in a window's handler too) only while no other
+/// thread runs an operation.
 class QV_API CQVBaseFun {
 public:
+    /// Has no effect: the class has no state of its own.
     CQVBaseFun();
+    /// Has no effect: there is nothing to copy.
     CQVBaseFun(const CQVBaseFun& from);
-    /// There is nothing to copy.
+    /// Has no effect: there is nothing to copy.
     CQVBaseFun& operator=(const CQVBaseFun& from);
+    /// Has no effect on connections or m_strLastError.
     virtual ~CQVBaseFun();
 
     /// The last error that an operation caught, however old; no operation clears it. An error is notified by
@@ -47,103 +52,128 @@ public:
 
     // ---- Helpers: text, dates, log -------------------------------------------------------------------------------
 
-    /// Makes a statement template runnable: backslashes are removed, then every "#%s#" becomes the current local time
-    /// between # signs (as FormatDBTIMEToStr writes it), every other "%s" becomes "11" and every "%d" becomes "0".
+    /// Makes a statement template runnable: backslashes are removed, then every `#%s#` becomes the current local time
+    /// between # signs (as FormatDBTIMEToStr writes it), every other `%s` becomes "11" and every `%d` becomes "0".
+    /// @return the statement; nothing fails.
     static CString ReplaceSysSQL(CString sql);
-    /// The date as "Y-M-D h:m:s" with no number padded: 2013-5-7 9:3:2.
+    /// Writes a date as "Y-M-D h:m:s" with no number padded: 2013-5-7 9:3:2. A part of an invalid date is -1.
     static CString FormatDBTIMEToStr(COleDateTime& time);
-    /// Converts a text of the ANSI code page to UTF-8. @return always 1.
+    /// Converts a text from the ANSI code page to UTF-8, up to its first NUL. @return always 1.
     static int ToUTF8String(CString& text);
-    /// Tests whether a database holds the module's tables, by looking for qv_User the way the engine kind wants it.
-    /// @param dbType  0 Access, 1 SQL Server, 6 MySQL ask the engine; 3 is taken as valid without asking.
-    /// @param dbName  the schema to look in, for kind 6 only.
+    /// Tests whether a database holds the module's tables, by looking for qv_User in the way of an engine kind.
+    /// @param dbType  0 Access, 1 SQL Server, 6 MySQL ask the engine; 3 counts as valid without asking.
+    /// @param dbName  the database to look in, for kind 6 only.
     /// @param valid   false, then true when a table was found.
-    /// @return false also for any other kind, without touching the connection.
+    /// @return whether the statement ran; false also for any other kind, without touching the connection.
     /// @note Not escaped: dbName.
     static bool IsDataBaseValid(CAConnect& conn, int dbType, CString dbName, bool& valid);
-    /// Writes nothing: a hook that callers expect to be there.
+    /// Does nothing: a hook that existing callers expect.
     static void WriteToLogFileEx(CString text);
 
     // ---- Users: look-ups -----------------------------------------------------------------------------------------
 
-    /// A user's id by login name. @param id  -1 when there is none.
+    /// Finds a user's id by login name, compared as the engine compares texts. @param id  -1 when there is none.
+    /// @return whether the statement ran.
     /// @note Quotes doubled: loginName.
     static bool GetHMIDByLoginName(CAConnect& conn, CString loginName, int& id);
-    /// Whether a login name is taken, case not counting. The name is upper-cased. On engine
-    /// kind 3 it is compared with upper(Col_LoginName); elsewhere with the column, which ignores case only where the
-    /// engine does.
-    /// @param exists  true, then false when no row came back.
+    /// Tests whether a login name is taken, in any case. The name is upper-cased; on engine kind 3 it is compared with
+    /// upper(Col_LoginName), elsewhere with the column, where case is ignored only if the engine ignores it.
+    /// @param exists  true, then false when no row came back: after a failure the name counts as taken.
+    /// @return whether the statement ran.
     /// @note Quotes doubled: loginName.
     static bool ExistLoginName(CAConnect& conn, CString loginName, bool& exists);
-    /// A user's id by login name, compared as by ExistLoginName. @param id  0 when there is none.
+    /// Finds a user's id by login name in any case. The name is upper-cased; on engine kind 3 it is compared with
+    /// upper(Col_LoginName), elsewhere with the column, where case is ignored only if the engine ignores it.
+    /// @param id  0 when there is none. @return whether the statement ran.
     /// @note Quotes doubled: loginName.
     static bool ExistLoginNameEx(CAConnect& conn, CString loginName, int& id);
-    /// @param isSuper  false when there is no such user.
+    /// Reads a user's super-user flag. @param isSuper  false when there is no such user.
+    /// @return whether the statement ran.
     /// @note Not escaped: loginName.
     static bool IsSuperUser(CAConnect& conn, CString loginName, bool& isSuper);
-    /// @param locked  false when there is no such user.
+    /// Reads whether a user's account is locked. @param locked  false when there is no such user.
+    /// @return whether the statement ran.
     /// @note Not escaped: loginName.
     static bool IsUserLocked(CAConnect& conn, CString loginName, bool& locked);
-    /// @param loginName  empty when there is no such user.
+    /// Reads a user's login name by id. @param loginName  empty when there is no such user.
+    /// @return whether the statement ran.
     static bool GetHMLoginName(CAConnect& conn, int id, CString& loginName);
-    /// The login name of the first user of a display name. @param loginName  empty when there is none.
+    /// Reads the login name of the first user with a display name. @param loginName  empty when there is none.
+    /// @return whether the statement ran.
     /// @note Quotes doubled: name.
     static bool GetHMLoginName(CAConnect& conn, CString name, CString& loginName);
-    /// A display name by login name. @param name  empty when there is none.
+    /// Reads a user's display name by login name. @param name  empty when there is no such user.
+    /// @return whether the statement ran.
     /// @note Quotes doubled: loginName.
     static bool GetHMUserName(CAConnect& conn, CString loginName, CString& name);
-    /// @param name  empty when there is no such user.
+    /// Reads a user's display name by id. @param name  empty when there is no such user.
+    /// @return whether the statement ran.
     static bool GetHMUserName(CAConnect& conn, int id, CString& name);
-    /// @param id  0, and @param name  empty, when there is no such user.
+    /// Reads a user's id and display name. @param id  0, and @param name  empty, when there is no such user.
+    /// @return whether the statement ran.
     /// @note Not escaped: loginName.
     static bool LoadUserInfo(CAConnect& conn, CString loginName, int& id, CString& name);
-    /// What a user's card shows. The outputs have no presets: they stay as they are when there is no such user.
+    /// Reads what a user's card shows. The outputs have no presets: they stay as they are when there is no such user.
+    /// @return whether the statement ran.
     static bool GetUserInfo(CAConnect& conn, int id, CString& loginName, CString& name, int& itemIndex, int& sex,
                             CString& mobile, CString& eMail, CString& jobTitle);
-    /// The number of users. @param count  0 until read.
+    /// Counts all users. @param count  0 until read. @return whether the statement ran.
     static bool GetUserItemCount(CAConnect& conn, int& count);
+    /// Counts all users, in 64 bits. @param count  0 until read. @return whether the statement ran.
     static bool GetUserItemCount(CAConnect& conn, __int64& count);
 
     // ---- Users: lists --------------------------------------------------------------------------------------------
 
-    /// All users by level, one new CHumanItem each with id, login name, name, password and super-user flag; the other
-    /// members keep their defaults. The caller frees them with DetachHumanList. The password is read from the column
-    /// Col_Password: on a table without it, any row makes the call fail.
+    /// Appends all users, ordered by level: one new CHumanItem each with id, login name, display name, password and
+    /// super-user flag; the other members keep their defaults. The caller frees them with DetachHumanList.
+    /// @return whether the statement ran. The password is read from the column Col_Password: on a table without it, any
+    ///         row makes the call fail.
     static bool LoadHumanInfo(CAConnect& conn, CObList& users);
-    /// Id, login name and name of all users.
+    /// Appends id, login name and display name of all users, unordered. @return whether the statement ran.
     static bool LoadHumanInfo(CAConnect& conn, CUIntArray& ids, CStringArray& loginNames, CStringArray& names);
-    /// The same under another name.
+    /// Appends id, login name and display name of all users, unordered; equal to LoadHumanInfo with the same arrays.
+    /// @return whether the statement ran.
     static bool LoadUserInfo(CAConnect& conn, CUIntArray& ids, CStringArray& loginNames, CStringArray& names);
-    /// What a list of users shows, of all users.
+    /// Appends what a list of users shows, of all users, unordered. @param disabled  1 for a locked account, else 0.
+    /// @return whether the statement ran.
     static bool LoadHumanInfo(CAConnect& conn, CUIntArray& ids, CStringArray& loginNames, CStringArray& names,
                               CUIntArray& sexes, CStringArray& mobiles, CStringArray& eMails, CStringArray& deptInfos,
                               CStringArray& jobTitles, CUIntArray& disabled);
-    /// The users that a directory item holds, by relations of any type.
+    /// Appends the users that a directory item holds by relations of any type, one entry per relation, unordered.
+    /// @return whether the statement ran.
     static bool LoadHumanInfo(CAConnect& conn, int holderId, int holderType, CUIntArray& ids, CStringArray& loginNames,
                               CStringArray& names, CUIntArray& sexes, CStringArray& mobiles, CStringArray& eMails,
                               CStringArray& deptInfos, CStringArray& jobTitles);
-    /// The users that are members of a directory item, each once.
+    /// Appends the users that are direct members of a directory item, each once, unordered.
+    /// @return whether the statement ran.
     static bool LoadUsers(CAConnect& conn, int holderId, int holderType, CUIntArray& ids, CStringArray& names);
-    /// The users that are members of a directory item, one row per relation.
+    /// Appends the users that are direct members of a directory item, one entry per relation, unordered.
+    /// @return whether the statement ran.
     static bool LoadUsers(CAConnect& conn, int holderId, int holderType, CUIntArray& ids, CStringArray& loginNames,
                           CStringArray& names, CStringArray& jobTitles);
 
     // ---- Users: writes -------------------------------------------------------------------------------------------
 
-    /// Deletes a user, but never the one whose login name is "Admin". True also when nothing was deleted. What refers
-    /// to the user elsewhere stays.
+    /// Deletes a user's own row, but never that of the login name "Admin". Relations, job titles, rights and backup
+    /// plans of the user stay. @return whether the statement ran, also when nothing was deleted.
     static bool DeleteUserItemByID(CAConnect& conn, int id);
+    /// Locks or unlocks a user's account. @return whether the statement ran, also when there is no such user.
     static bool SetUserLocked(CAConnect& conn, int id, bool locked);
-    /// Sets a user's department. @param always  false: only when the department id is still 0.
+    /// Sets a user's department, both its id and its text. @param always  false: only while the stored id is 0.
+    /// @return whether the statement ran, also when no row was changed.
     /// @note Not escaped: deptInfo.
     static bool UpdateUserDeptInfo(CAConnect& conn, int id, int deptId, CString deptInfo, bool always);
-    /// Adds a user.
+    /// Adds a user; all other columns get the table's defaults, and nothing checks whether the login name is taken.
+    /// @return whether the statement ran.
     /// @note Not escaped: loginName, name.
     static bool InsertUser(CAConnect& conn, CString loginName, CString name);
-    /// Adds a user with an encoded password.
+    /// Adds a user with a password; nothing checks whether the login name is taken.
+    /// @param password  already encoded, see Encrypt. @param enType  the encoding: 0 plain text, 1 or 2 MD5.
+    /// @return whether the statement ran.
     /// @note Not escaped: loginName, name, password.
     static bool InsertUser(CAConnect& conn, CString loginName, CString name, CString password, int enType);
-    /// Updates what a user may change of himself.
+    /// Sets the columns that a user may change of his own account, all of them.
+    /// @return whether the statement ran, also when there is no such user.
     /// @note Quotes doubled: loginName, name, deptInfo, jobTitle, officePhone, mobile, officeFax, eMail, userData,
     /// homePhone.
     static bool UpdateHumanInfo(CAConnect& conn, int id, CString loginName, CString name, CString deptInfo,
@@ -152,562 +182,773 @@ public:
 
     // ---- Groups --------------------------------------------------------------------------------------------------
 
-    /// The highest group id of all. @param name  without effect. @param id  -1 when there is no group.
+    /// Reads the highest group id of all; existing callers ask right after adding a group.
+    /// @param name  without effect. @param id  -1 when there is no group. @return whether the statement ran.
     /// @note Not in a statement: name.
     static bool GetGroupIDByName(CAConnect& conn, CString name, int& id);
-    /// A group of exactly this name that any kind of item with this id holds by any relation. @param id  -1 when there
-    /// is none.
+    /// Finds a group of this name that an item with this id holds, whatever the item's type and the relation's.
+    /// @param id  -1 when there is none. @return whether the statement ran.
     /// @note Not escaped: name.
     static bool GetGroupIDByNameAndOwner(CAConnect& conn, CString name, int& id, int ownerID);
-    /// Whether any group has this name. On engine kind 3 case does not count, here and in the next two.
-    /// @param exists  false when there is none, here and below.
+    /// Tests whether any group has this name; on engine kind 3 in any case.
+    /// @param exists  false when there is none. @return whether the statement ran.
     /// @note Not escaped: name.
     static bool ExistGroupName(CAConnect& conn, CString name, bool& exists);
-    /// Whether a group of this name is a member directly under a parent.
+    /// Tests whether a group of this name is a member directly under a parent; on engine kind 3 in any case.
+    /// @param exists  false when there is none. @return whether the statement ran.
     /// @note Not escaped: name.
     static bool ExistGroupName(CAConnect& conn, CString name, int parentID, int parentType, bool& exists);
-    /// The id of such a group. @return 0 when there is none, and after a failure.
+    /// Finds a group of this name that is a member directly under a parent; on engine kind 3 in any case.
+    /// @return its id; 0 when there is none, and after a failure.
     /// @note Not escaped: name.
     static int ExistGroupName(CAConnect& conn, CString name, int parentID, int parentType);
-    /// The groups directly under a parent, by sort index and name.
+    /// Appends the groups directly under a parent, ordered by sort index and name. @return whether the statement ran.
     static bool LoadGroup(CAConnect& conn, int parentID, int parentType, CUIntArray& ids, CStringArray& names);
-    /// The outputs have no presets: they stay as they are when there is no such group.
+    /// Reads a group. The outputs have no presets: they stay as they are when there is no such group.
+    /// @return whether the statement ran.
     static bool LoadGroupInfo(CAConnect& conn, int id, CString& name, int& itemIndex, CString& description);
+    /// Sets a group's name, sort index and description. @return whether the statement ran, also without such a group.
     /// @note Not escaped: name, description.
     static bool UpdateGroupInfo(CAConnect& conn, int id, CString name, int itemIndex, CString description);
-    /// @param style  0 when there is no such group. @return true also when the connection is not open.
+    /// Reads a group's style. @param style  0 when there is no such group.
+    /// @return whether nothing was raised; true also when the connection is not open.
     static bool GetGroupStyle(CAConnect& conn, int id, int& style);
+    /// Sets a group's style. @return whether the statement ran, also when there is no such group.
     static bool UpdateGroupStyle(CAConnect& conn, int id, int style);
-    /// Deletes the group's own row; its relations stay.
+    /// Deletes a group's own row; its relations stay. @return whether the statement ran, also without such a group.
     static bool DelGroupItemByID(CAConnect& conn, int id);
 
     // ---- Views ---------------------------------------------------------------------------------------------------
 
-    /// A view of exactly this name and type. @param id  0 when there is none.
+    /// Finds a view of this name and type, compared as the engine compares texts. @param id  0 when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool GetViewIDByName(CAConnect& conn, CString name, int type, int& id);
-    /// The same, case not counting on engine kind 3. @return 0 when there is none, and after a failure.
+    /// Finds a view of this name and type; on engine kind 3 in any case.
+    /// @return its id; 0 when there is none, and after a failure.
     /// @note Not escaped: name.
     static int ExistViewName(CAConnect& conn, CString name, int type);
-    /// The views of a type, by sort index and name.
+    /// Appends the views of a type, ordered by sort index and name. @return whether the statement ran.
     static bool LoadView(CAConnect& conn, CUIntArray& ids, CStringArray& names, int type);
-    /// An owner's views of a type, by sort index and name. When the arrays are still empty then and `createIfEmpty` is
-    /// set, a view named "_Empty" is added and read. @return 1, or 0 after a failure.
+    /// Appends an owner's views of a type, ordered by sort index and name. When `ids` is still empty then and
+    /// `createIfEmpty` is set, a view named "_Empty" is added and read. @return 1, or 0 after a failure.
     static int LoadViewbyUserID(CAConnect& conn, int ownerID, CUIntArray& ids, CStringArray& names, int type,
                                 bool createIfEmpty);
-    /// The system views, unordered, one new CViewItem each with id, name, type, description and sort index.
+    /// Appends the system views, unordered: one new CViewItem each with id, name, description and sort index; the other
+    /// members keep their defaults. The caller frees them with DetachHumanList. @return whether the statement ran.
     static bool LoadSysView(CAConnect& conn, CObList& views);
-    /// @param name  empty when there is no such view.
+    /// Reads a view's name. @param name  empty when there is no such view. @return whether the statement ran.
     static bool GetViewNameByID(CAConnect& conn, int id, CString& name);
+    /// Renames a view. @return whether the statement ran, also when there is no such view.
     /// @note Not escaped: name.
     static bool UpdateViewName(CAConnect& conn, int id, CString name);
-    /// The name of the first system view without an owner. @param name  empty when there is none.
+    /// Reads the name of the first system view without an owner. @param name  empty when there is none.
+    /// @return whether the statement ran.
     static bool GetDefaultSysView(CAConnect& conn, CString& name);
     /// Renames the system view without an owner, only while it is still called "_Empty".
+    /// @return whether the statement ran, also when nothing was renamed.
     /// @note Not escaped: name.
     static bool UpdateDefaultSysView(CAConnect& conn, CString name);
-    /// @param flag  true when there IS a system view, against the operation's name; callers know it so.
+    /// Tests for system views. @param flag  true when there IS one, contrary to the operation's name: existing callers
+    /// rely on it. false when there is none. @return whether the statement ran.
     static bool HasNoSysView(CAConnect& conn, bool& flag);
-    /// @param count  0 until read. @return true also when the connection is not open.
+    /// Counts the system views. @param count  0 until read.
+    /// @return whether nothing was raised; true also when the connection is not open.
     static bool GetSysViewCount(CAConnect& conn, int& count);
-    /// Deletes the view's own row; its relations stay.
+    /// Deletes a view's own row; its relations stay. @return whether the statement ran, also without such a view.
     static bool DeleteViewItem(CAConnect& conn, int id);
 
     // ---- Relations: users of a holder ----------------------------------------------------------------------------
 
-    /// The users that are members of a group or view, unordered, one new CHumanItem each with what a list shows.
+    /// Appends the users that are direct members of a group, unordered: one new CHumanItem each with id, login name,
+    /// display name, sex, mobile, e-mail, department, job title and lock. The caller frees them with DetachHumanList.
+    /// @return whether the statement ran.
     static bool LoadGroupUser(CAConnect& conn, int groupID, CObList& users);
+    /// Appends the users that are direct members of a view, unordered: one new CHumanItem each with id, login name,
+    /// display name, sex, mobile, e-mail, department, job title and lock. The caller frees them with DetachHumanList.
+    /// @return whether the statement ran.
     static bool LoadViewUser(CAConnect& conn, int viewID, CObList& users);
-    /// Their ids and names alone.
+    /// Appends ids and names of the users that are direct members of a group, unordered.
+    /// @return whether the statement ran.
     static bool LoadGroupUser(CAConnect& conn, int groupID, CUIntArray& ids, CStringArray& loginNames,
                               CStringArray& names);
+    /// Appends ids and names of the users that are direct members of a view, unordered.
+    /// @return whether the statement ran.
     static bool LoadViewUser(CAConnect& conn, int viewID, CUIntArray& ids, CStringArray& loginNames,
                              CStringArray& names);
-    /// Ids and names of the users that are no members of a group, view or other holder.
+    /// Appends ids and names of all users that are not direct members of a group, unordered.
+    /// @return whether the statement ran.
     static bool LoadUserNotInGroup(CAConnect& conn, int groupID, CUIntArray& ids, CStringArray& loginNames,
                                    CStringArray& names);
+    /// Appends ids and names of all users that are not direct members of a view, unordered.
+    /// @return whether the statement ran.
     static bool LoadUserNotInView(CAConnect& conn, int viewID, CUIntArray& ids, CStringArray& loginNames,
                                   CStringArray& names);
+    /// Appends ids and names of all users that are not direct members of a directory item, unordered.
+    /// @return whether the statement ran.
     static bool LoadUserNotIn(CAConnect& conn, int holderID, int holderType, CUIntArray& ids, CStringArray& loginNames,
                               CStringArray& names);
 
     // ---- Relations: links ----------------------------------------------------------------------------------------
 
-    /// The direct members of an item, unordered.
+    /// Appends the direct members of an item, unordered. @return whether the statement ran.
     static bool LoadSubMember(CAConnect& conn, int holderID, int holderType, CUIntArray& memberIDs,
                               CUIntArray& memberTypes);
-    /// Whether an item is a member of another. @param exists  false when it is not.
+    /// Tests whether an item is a direct member of another. @param exists  false when it is not.
+    /// @return whether the statement ran.
     static bool ExitMemberRelation(CAConnect& conn, int holderID, int holderType, int memberID, int memberType,
                                    bool& exists);
-    /// Deletes the membership between two items.
+    /// Deletes the membership between two items, every equal row. @return whether the statement ran, also when there
+    /// was none.
     static bool DeleteRelation(CAConnect& conn, int holderID, int holderType, int memberID, int memberType);
-    /// Deletes the relations of every type between two items.
+    /// Deletes the relations of every type between two items. @return whether the statement ran, also when there was
+    /// none.
     static bool DelRelation(CAConnect& conn, int holderID, int holderType, int memberID, int memberType);
-    /// Deletes every relation in which the item is the holder.
+    /// Deletes every relation in which the item is the holder. @return whether the statement ran, also when there was
+    /// none.
     static bool DelRelationByQvItem(CAConnect& conn, int itemID, int itemType);
-    /// Deletes every relation in which the item is the dependent. @return what CAConnect::Execute gave, 0 after an
+    /// Deletes every relation in which the item is the dependent. @return what CAConnect::Execute gave; 0 after an
     /// error.
     static int DelRelationByDQVItem(CAConnect& conn, int itemID, int itemType);
-    /// Stamps a view's id onto the user links at every depth below an item; the links of groups keep theirs. Stops at
-    /// the first failure. Never returns when a group is below itself; what callers do: see InsertGroupFileBackPlan.
+    /// Writes a view's id into the links of users at every depth below an item; the links of groups keep theirs. Never
+    /// returns when a group is below itself: look for cycles below the item first, and prevent others from closing one
+    /// until the call has returned, both in one schema::DirectoryTransaction.
+    /// @return false after the first write that failed, with which it stops. A read of members that failed is reported,
+    ///         but the walk goes on with the members read so far.
     static bool UpdateRelationViewID(CAConnect& conn, int holderID, int holderType, int viewID);
 
     // ---- Roles ---------------------------------------------------------------------------------------------------
 
-    /// A role of exactly this name. @param id  0 when there is none.
+    /// Finds a role by name, application and domain, compared as the engine compares texts.
+    /// @param id  0 when there is none. @return whether the statement ran.
     /// @note Not escaped: name, appName.
     static bool GetRoleIDByName(CAConnect& conn, CString name, CString appName, int domainID, int& id);
-    /// Whether there is such a role; on engine kind 3 case does not count in either name.
+    /// Tests whether there is a role of this name, application and domain; on engine kind 3 both names in any case.
+    /// @param exists  false when there is none. @return whether the statement ran.
     /// @note Not escaped: name, appName.
     static bool ExistRoleName(CAConnect& conn, CString name, CString appName, int domainID, bool& exists);
-    /// The roles of an application and domain, unordered.
+    /// Appends the roles of an application and domain, unordered. @return whether the statement ran.
     /// @note Not escaped: appName.
     static bool LoadRole(CAConnect& conn, CString appName, int domainID, CUIntArray& ids, CStringArray& names);
+    /// Appends the roles of an application and domain with their descriptions, unordered.
+    /// @return whether the statement ran.
     /// @note Not escaped: appName.
     static bool LoadRole(CAConnect& conn, CString appName, int domainID, CUIntArray& ids, CStringArray& names,
                          CStringArray& descriptions);
-    /// @param name  empty when there is no such role. @return true also when the connection is not open.
+    /// Reads a role's name. @param name  empty when there is no such role.
+    /// @return whether nothing was raised; true also when the connection is not open.
     static bool GetRoleNameByID(CAConnect& conn, int id, CString& name);
-    /// Deletes the role's own row; its relations and rights stay.
+    /// Deletes a role's own row; its relations and rights stay. @return whether the statement ran, also without such a
+    /// role.
     static bool DeleteRole(CAConnect& conn, int id);
-    /// The roles linked to a user, of every application and relation type.
+    /// Appends the roles linked to a user, of every application and by every relation type, without the default role.
+    /// @return whether the statement ran.
     static bool LoadHMRole(CAConnect& conn, int userID, CUIntArray& ids, CStringArray& names);
-    /// The roles of this system linked to a user and, last, the default role: id 0 and empty texts when there is none,
-    /// and a second time when it is linked too.
+    /// Appends the roles of the application "Tolvan" that are linked to a user and then the default role "everyone":
+    /// id 0 and empty texts when there is none, a second time when it is linked too, and left out when reading it
+    /// failed. @return whether the linked roles were read.
     static bool LoadHMRole(CAConnect& conn, int userID, CUIntArray& ids, CStringArray& names,
                            CStringArray& descriptions);
+    /// Appends the ids of the roles of the application "Tolvan" that are linked to a user and then that of the default
+    /// role "everyone": 0 when there is none, a second time when it is linked too, and left out when reading it
+    /// failed. @return whether the linked roles were read.
     static bool LoadHMRole(CAConnect& conn, int userID, CUIntArray& ids);
-    /// The role "everyone". @param id  0, and name and description as they were, when there is none.
+    /// Reads the role "everyone" of the application "Tolvan", which every user has.
+    /// @param id  0, and name and description as they were, when there is none. @return whether the statement ran.
     static bool GetDefaultRoleInfo(CAConnect& conn, int& id, CString& name, CString& description);
+    /// Reads the id of the role "everyone" of the application "Tolvan". @param id  0 when there is none.
+    /// @return whether the statement ran.
     static bool GetDefaultRoleID(CAConnect& conn, int& id);
 
     // ---- Job titles ----------------------------------------------------------------------------------------------
 
-    /// The members that hold a title inside a holder, with the names stored beside the title.
+    /// Appends the members that hold a title inside a holder, with the names stored beside the title, unordered.
+    /// @return whether the statement ran.
     /// @note Not escaped: jobTitle.
     static bool LoadJobTitleInfo(CAConnect& conn, int holderID, int holderType, CUIntArray& memberIDs,
                                  CStringArray& memberNames, CString jobTitle);
-    /// @param exists  false when the member does not hold the title inside the holder.
+    /// Tests whether a member holds a title inside a holder. @param exists  false when it does not.
+    /// @return whether the statement ran.
     /// @note Not escaped: jobTitle.
     static bool ExistJobTitle(CAConnect& conn, int holderID, int holderType, int memberID, int memberType,
                               CString jobTitle, bool& exists);
-    /// Deletes every equal row of a title.
+    /// Takes a title that a member holds inside a holder away: every equal row is deleted.
+    /// @return whether the statement ran, also when there was none.
     /// @note Not escaped: jobTitle.
     static bool DeleteJobTitle(CAConnect& conn, int holderID, int holderType, int memberID, int memberType,
                                CString jobTitle);
 
     // ---- Passwords -----------------------------------------------------------------------------------------------
 
-    /// Encodes a password as it is stored. @param type  1: MD5 of its bytes; 2: MD5 of its UTF-16LE form, where the
-    /// caller has put the login name before the password; any other: unchanged. @return always true.
+    /// Encodes a password as it is stored. @param unused  without effect.
+    /// @param type  1: MD5 of the text's bytes; 2: MD5 of its UTF-16LE form, where the caller has put the login name
+    ///              before the password; any other: unchanged.
+    /// @return always true.
     static bool Encrypt(CString& text, CString unused, int type);
-    /// Checks a password against a user's row. Both empty match, whatever the type. For type 2 the login name counts as
-    /// it is written here, case included.
+    /// Checks a password against a user's row. Two empty passwords match, whatever the type. For type 2 the login name
+    /// counts as it is given here, case included.
     /// @param matches  false, also after any failure.
     /// @return true only when there is such a user.
     /// @note Not escaped: loginName. Not in a statement: password.
     static bool CheckUserPassword(CAConnect& conn, CString loginName, CString password, bool& matches);
-    /// Stores a password that is encoded already.
-    /// @return true also when there is no such user.
+    /// Stores a password that is encoded already. @param type  the encoding: 0 plain text, 1 or 2 MD5, see Encrypt.
+    /// @return whether the statement ran, also when there is no such user.
     /// @note Not escaped: loginName, encodedPassword.
     static bool UpdateItemPassword(CAConnect& conn, CString loginName, CString encodedPassword, int type);
-    /// A text that is kept for the whole site and not used here. @param key  empty when there is none.
+    /// Reads the site's encryption key, a text that this library stores and does not use.
+    /// @param key  empty when there is none. @return whether the statement ran.
     static bool GetEncryptKey(CAConnect& conn, CString& key);
-    /// Where the present key is empty a row is added, also beside one that holds it.
+    /// Stores the site's encryption key. While the stored one is empty a row is added, even where a row with an empty
+    /// key exists. @return whether the write ran.
     /// @note Not escaped: key.
     static bool SetEncryptKey(CAConnect& conn, CString key);
 
     // ---- Item rights ---------------------------------------------------------------------------------------------
-    // A right is the power that an item has on a function, which two texts name: its genre and its name.
-    // Nothing keeps two rows of one right apart: callers ask first.
 
+    /// Adds a right: the power of an item on a function, which two texts name, its genre and its name. Nothing prevents
+    /// a second row of the same right; ask ExistItemAce first.
+    /// @param power, unPower  32 bits each; their meaning is the caller's. @return whether the statement ran.
     /// @note Not escaped: funGenre, funName.
     static bool InsertItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName, int power,
                               int unPower);
-    /// Sets the power alone. True also when there is no such right.
+    /// Sets the power of an item's right on a function, in all its rows; the second power stays.
+    /// @return whether the statement ran, also when there is no such right.
     /// @note Not escaped: funGenre, funName.
     static bool UpdateItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName, int power);
+    /// Deletes an item's right on a function, in all its rows.
+    /// @return whether the statement ran, also when there was none.
     /// @note Not escaped: funGenre, funName.
     static bool DeleteItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName);
-    /// Deletes every right of the item; what it holds with respect to other items stays.
+    /// Deletes every right of an item on functions; its rights on other items stay.
+    /// @return whether the statement ran, also when there was none.
     static bool DeleteItemAce(CAConnect& conn, int itemID, int itemType);
-    /// @param exists  false when there is no such right.
+    /// Tests whether an item has a right on a function, whatever the power.
+    /// @param exists  false when it has none. @return whether the statement ran.
     /// @note Not escaped: funGenre, funName.
     static bool ExistItemAce(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName,
                              bool& exists);
-    /// @param power  of the first such row; as it was when there is none.
+    /// Reads the power of an item's right on a function.
+    /// @param power  of the first such row; as it was when there is none. @return whether the statement ran.
     /// @note Not escaped: funGenre, funName.
     static bool LoadItemAceInfo(CAConnect& conn, int itemID, int itemType, CString funGenre, CString funName,
                                 int& power);
-    /// The item's rights of a genre, unordered. Powers stand as 32 bits without a sign.
+    /// Appends an item's rights on the functions of a genre, unordered. @param powers  32 bits each, without a sign.
+    /// @return whether the statement ran.
     /// @note Not escaped: funGenre.
     static bool LoadItemAceInfo(CAConnect& conn, int itemID, int itemType, CString funGenre, CStringArray& funNames,
                                 CUIntArray& powers);
 
     // ---- Item rights with respect to a second item ---------------------------------------------------------------
 
+    /// Adds a right of an item on a second item (the dependent, `dItem`), such as to see a view. Nothing prevents a
+    /// second row of the same right; ask ExistBIIAceInfo first. @return whether the statement ran.
     /// @note Not escaped: funGenre, funName.
     static bool InsertBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType,
                                  CString funGenre, CString funName, int power, int unPower);
-    /// Sets both powers. True also when there is no such right.
+    /// Sets both powers of an item's right on a second item, in all its rows.
+    /// @return whether the statement ran, also when there is no such right.
     /// @note Not escaped: funGenre, funName.
     static bool UpdateBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType,
                                  CString funGenre, CString funName, int power, int unPower);
+    /// Deletes an item's right on a second item, in all its rows.
+    /// @return whether the statement ran, also when there was none.
     /// @note Not escaped: funGenre, funName.
     static bool DeleteBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType,
                                  CString funGenre, CString funName);
-    /// Deletes the right on the second item from every holder.
+    /// Deletes the right on the second item from every holder. @return whether the statement ran, also when there was
+    /// none.
     /// @note Not escaped: funGenre, funName.
     static bool DeleteBIIAceInfo(CAConnect& conn, int dItemID, int dItemType, CString funGenre, CString funName);
-    /// @param exists  false when there is no such right.
+    /// Tests whether an item has a right on a second item, whatever the power.
+    /// @param exists  false when it has none. @return whether the statement ran.
     /// @note Not escaped: funGenre, funName.
     static bool ExistBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType, CString funGenre,
                                 CString funName, bool& exists);
-    /// @param power  of the first such row, 0 when there is none.
+    /// Reads the power of an item's right on a second item. @param power  of the first such row, 0 when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: funGenre, funName.
     static bool GetBIIAceInfo(CAConnect& conn, int itemID, int itemType, int dItemID, int dItemType, CString funGenre,
                               CString funName, int& power);
-    /// The items that hold the right on the second item with a power of exactly 1, unordered. The name comes before the
-    /// genre here, and nowhere else.
+    /// Appends the items that hold the right on the second item with a power of exactly 1, unordered. The function's
+    /// name comes before its genre here, and nowhere else among item rights. @return whether the statement ran.
     /// @note Not escaped: funName, funGenre.
     static bool LoadBIIAceInfo(CAConnect& conn, int dItemID, int dItemType, CString funName, CString funGenre,
                                CUIntArray& itemIDs, CUIntArray& itemTypes);
 
     // ---- Effective rights ----------------------------------------------------------------------------------------
-    // What a user may do is what his roles may: the linked ones of this system and the default role. Rights of the user
-    // himself and of his groups do not count. All but the first return false, besides the usual, when no role could be
-    // read; the preset output stands then. For a limit that preset means unlimited, so false is no denial.
 
-    /// The condition that finds the rows of a user's roles, one term each and " OR " between them.
-    /// @param filter  empty when not even the default role could be read.
+    /// Builds the condition that finds the rights rows of a user's roles, one term for each and " OR " between them:
+    /// the roles of the application "Tolvan" that are linked to him, and the default role.
+    /// @param filter  empty when there is no term, which is so only when the default role could not be read.
+    /// @return whether the linked roles were read.
     static bool GetHMRoleQueryParam(CAConnect& conn, int userID, CString& filter);
-    /// @param allowed  whether a role's power has bit 1; false until read.
+    /// Tests whether a role of the user (linked and of "Tolvan", or the default one) has bit 1 on a function. Rights of
+    /// the user himself and of his groups do not count.
+    /// @param allowed  false when no role has it. @return whether the statements ran; false also when no role could be
+    ///                 read.
     /// @note Not escaped: funGenre, funName.
     static bool GetAfficheACE(CAConnect& conn, int userID, CString funGenre, CString funName, bool& allowed);
-    /// @param mask  32 bits. @param has  1 when a role's power shares a bit with the mask, else 0.
+    /// Tests whether a role of the user (linked and of "Tolvan", or the default one) has one of several bits on a
+    /// function. Rights of the user himself and of his groups do not count.
+    /// @param mask  the bits, of which the lower 32 count. @param has  1 when a role's power shares a bit, else 0.
+    /// @return whether the statements ran; false also when no role could be read.
     /// @note Not escaped: funGenre, funName.
     static bool HaveBaseACE(CAConnect& conn, int userID, CString funGenre, CString funName, unsigned long mask,
                             int& has);
-    /// @param rights  the bits of all roles' powers together, within 32 bits; 0 until read.
+    /// Reads all bits that roles of the user (linked and of "Tolvan", or the default one) have on a function. Rights of
+    /// the user himself and of his groups do not count.
+    /// @param rights  the powers of all roles combined by OR, within 32 bits; 0 when no role has the right.
+    /// @return whether the statements ran; false also when no role could be read.
     /// @note Not escaped: funGenre, funName.
     static bool GetHMBaseACE(CAConnect& conn, int userID, CString funGenre, CString funName, unsigned long& rights);
-    /// @param allowed  whether the power in the first row that the engine returns has bit 8; no other row counts, as
-    /// callers know it.
+    /// Tests whether a user may take guests. Only the first row that the engine returns of the rights of his roles
+    /// (linked and of "Tolvan", or the default one) counts; existing callers rely on it.
+    /// @param allowed  whether that row has bit 8; false when there is none.
+    /// @return whether the statements ran; false also when no role could be read.
     /// @note Not escaped: funGenre, funName.
     static bool GetACEGuestUser(CAConnect& conn, int userID, CString funGenre, CString funName, bool& allowed);
-    /// @param limit  -1, for unlimited, when no role has the right or one role has it with -1; else the largest of the
-    /// roles' powers. The next two are the same rule for other limits.
+    /// Reads how large a user's attachments may be, by the rights of his roles (linked and of "Tolvan", or the default
+    /// one). The unit is the caller's.
+    /// @param limit  -1, unlimited, when no role has the right or the smallest power is -1; else the largest power. It
+    ///               is preset to -1: a false result is no denial.
+    /// @return whether the statements ran; false also when no role could be read.
     /// @note Not escaped: funGenre, funName.
     static bool GetAttachmentSizeACE(CAConnect& conn, int userID, CString funGenre, CString funName, int& limit);
+    /// Reads to how many receivers a user may send at once, by the rights of his roles (linked and of "Tolvan", or the
+    /// default one).
+    /// @param limit  -1, unlimited, when no role has the right or the smallest power is -1; else the largest power. It
+    ///               is preset to -1: a false result is no denial.
+    /// @return whether the statements ran; false also when no role could be read.
     /// @note Not escaped: funGenre, funName.
     static bool GetMultiSendCountACE(CAConnect& conn, int userID, CString funGenre, CString funName, int& limit);
+    /// Reads at what rate a user may transfer, by the rights of his roles (linked and of "Tolvan", or the default one).
+    /// The unit is the caller's.
+    /// @param limit  -1, unlimited, when no role has the right or the smallest power is -1; else the largest power. It
+    ///               is preset to -1: a false result is no denial.
+    /// @return whether the statements ran; false also when no role could be read.
     /// @note Not escaped: funGenre, funName.
     static bool GetRateLimitACE(CAConnect& conn, int userID, CString funGenre, CString funName, int& limit);
-    /// The views on which one of the roles holds the right with a power of exactly 1, each once, unordered.
+    /// Appends the views on which a role of the user (linked and of "Tolvan", or the default one) holds the right with
+    /// a power of exactly 1, each once, unordered.
+    /// @return whether the statements ran; false also when no role could be read.
     /// @note Not escaped: funGenre, funName.
     static bool LoadHMRoleView(CAConnect& conn, int userID, CString funGenre, CString funName, CUIntArray& viewIDs);
 
     // ---- Object rights -------------------------------------------------------------------------------------------
-    // The right of an item on an object outside the directory: a class id and an object id name it. CTabBIOAceItem adds
-    // one.
 
-    /// The rights on an object's function, of every genre, by holder type. Powers stand as 32 bits without a sign.
+    /// Appends the rights of items on a function of an object outside the directory, of every genre, ordered by the
+    /// holder's type. CTabBIOAceItem::SaveData adds one.
+    /// @param classID, objID  the object's class and id, numbers of the caller's own.
+    /// @param powers  32 bits each, without a sign. @return whether the statement ran.
     /// @note Not escaped: funName.
     static bool LoadTabBIOAceInfo(CAConnect& conn, int classID, int objID, CString funName, CUIntArray& ids,
                                   CUIntArray& itemTypes, CUIntArray& itemIDs, CStringArray& itemNames,
                                   CUIntArray& powers);
-    /// @param id  of the first such right, 0 when there is none.
+    /// Finds an item's right on a function of an object. @param id  of the first such right, 0 when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: funName, funGenre.
     static bool ExistTabBIOAceItem(CAConnect& conn, int classID, int objID, int itemID, int itemType, CString funName,
                                    CString funGenre, int& id);
-    /// Whether anyone has a right on the object's function, of any genre. @param exists  false when nobody has.
+    /// Tests whether any item has a right on a function of an object, of any genre and power.
+    /// @param unused  without effect. @param exists  false when there is none. @return whether the statement ran.
     /// @note Not escaped: funName. Not in a statement: unused.
     static bool ExistTabBIOAce(CAConnect& conn, int classID, int objID, CString funName, CString unused, bool& exists);
-    /// The outputs have no presets: they stay as they are when there is no such right.
+    /// Reads a right on an object by its id. The outputs have no presets: they stay as they are when there is no such
+    /// right. @return whether the statement ran.
     static bool LoadACEInfo(CAConnect& conn, int id, int& itemType, CString& itemName, int& power);
+    /// Sets both powers of a right on an object. @return whether the statement ran, also when there is no such right.
     static bool UpdateTabBIOAceInfo(CAConnect& conn, int id, int power, int unPower);
+    /// Deletes a right on an object by its id. @return whether the statement ran, also when there was none.
     static bool DeleteTabBIOAceItem(CAConnect& conn, int id);
 
     // ---- Settings: numbers ---------------------------------------------------------------------------------------
-    // A missing row, and a text that does not begin with a number, read as 0; a number keeps its 32 bits.
 
+    /// Reads the setting KelServerFlag of the genre KelServerConfig. @param flag  32 bits; 0 without a row, and for a
+    /// text that does not begin with a number. @return whether the statement ran.
     static bool GetKelServerConfigInfo(CAConnect& conn, unsigned long& flag);
+    /// Reads the setting maxThreads of the genre KelServerConfig. @param count  0 without a row, and for a text that
+    /// does not begin with a number. @return whether the statement ran.
     static bool GetMaxThreadCount(CAConnect& conn, unsigned int& count);
+    /// Reads the setting MastTaskThreads of the genre KelServerConfig. @param count  0 without a row, and for a text
+    /// that does not begin with a number. @return whether the statement ran.
     static bool GetTaskThreadCount(CAConnect& conn, unsigned int& count);
+    /// Reads the setting KelDocServerFlag of the genre KelDocConfig. @param flag  32 bits; 0 without a row, and for a
+    /// text that does not begin with a number. @return whether the statement ran.
     static bool GetKelDocServerFlag(CAConnect& conn, unsigned long& flag);
 
     // ---- Settings: tests -----------------------------------------------------------------------------------------
-    // exists is false when there is no row.
 
+    /// Tests for a setting of the genre KelServerConfig. @param exists  false when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool ExistThreadInfo(CAConnect& conn, CString name, bool& exists);
+    /// Tests for a setting of the genre KelDocConfig. @param exists  false when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool ExistKelDocConfig(CAConnect& conn, CString name, bool& exists);
+    /// Tests for the setting KelDocServerFlag of the genre KelDocConfig. @param exists  false when there is none.
+    /// @return whether the statement ran.
     static bool ExistKelDocServerFlag(CAConnect& conn, bool& exists);
+    /// Tests for the company's display picture. @param exists  false when there is none.
+    /// @return whether the statement ran.
     static bool ExistCorDisplayPic(CAConnect& conn, bool& exists);
+    /// Tests for a setting by name and genre. @param exists  false when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name, genre.
     static bool ExistTabConfigName(CAConnect& conn, CString name, CString genre, bool& exists);
 
     // ---- Settings: texts -----------------------------------------------------------------------------------------
 
-    /// @param value  as it was when there is no row.
+    /// Reads a setting of the genre KelDocConfig. @param value  as it was when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool GetKelDocConfig(CAConnect& conn, CString name, CString& value);
-    /// @param picture  empty when there is no row. @return true also when the connection is not open.
+    /// Reads the company's display picture, the setting CorDisplayPic of the genre KelServerConfig.
+    /// @param picture  empty when there is none.
+    /// @return whether nothing was raised; true also when the connection is not open.
     static bool GetCorDisplayPic(CAConnect& conn, CString& picture);
-    /// All settings of a genre, unordered.
+    /// Appends all settings of a genre, unordered. @return whether the statement ran.
     /// @note Not escaped: genre.
     static bool LoadTabConfigInfo(CAConnect& conn, CStringArray& names, CStringArray& values, CString genre);
 
     // ---- Settings: writes ----------------------------------------------------------------------------------------
-    // Numbers are written as signed 32-bit. Where there is no row to update or delete, nothing happens and it is true.
 
+    /// Adds a setting of the genre KelServerConfig; nothing checks whether it exists.
+    /// @param count  written as a signed 32-bit number. @return whether the statement ran.
     /// @note Not escaped: name.
     static bool InsertThreadInfo(CAConnect& conn, CString name, unsigned int count);
+    /// Sets a setting of the genre KelServerConfig. @param count  written as a signed 32-bit number.
+    /// @return whether the statement ran, also when there is no such setting.
     /// @note Not escaped: name.
     static bool UpdateThreadInfo(CAConnect& conn, CString name, unsigned int count);
+    /// Adds a setting of the genre KelDocConfig; nothing checks whether it exists. @return whether the statement ran.
     /// @note Not escaped: name, value.
     static bool InsertKelDocConfig(CAConnect& conn, CString name, CString value);
+    /// Sets a setting of the genre KelDocConfig. @return whether the statement ran, also when there is no such setting.
     /// @note Not escaped: name, value.
     static bool UpdateKelDocConfig(CAConnect& conn, CString name, CString value);
+    /// Adds the setting KelDocServerFlag of the genre KelDocConfig; nothing checks whether it exists.
+    /// @param flag  its lower 32 bits are written as a signed number. @return whether the statement ran.
     static bool InsertKelDocServerFlag(CAConnect& conn, unsigned long flag);
+    /// Sets the setting KelDocServerFlag of the genre KelDocConfig.
+    /// @param flag  its lower 32 bits are written as a signed number.
+    /// @return whether the statement ran, also when there is no such setting.
     static bool UpdateKelDocServerFlag(CAConnect& conn, unsigned long flag);
-    /// The display picture of the company.
+    /// Adds the company's display picture; nothing checks whether there is one. @return whether the statement ran.
     /// @note Backslashes doubled on kind 6: picture.
     static bool InsertCorDisplayPic(CAConnect& conn, CString picture);
+    /// Sets the company's display picture. @return whether the statement ran, also when there is none.
     /// @note Backslashes doubled on kind 6: picture.
     static bool UpdateCorDisplayPic(CAConnect& conn, CString picture);
-    /// Sets the picture of every user.
+    /// Sets the picture of every user. @return whether the statement ran.
     /// @note Backslashes doubled on kind 6: picture.
     static bool UpdateUserDisplayPic(CAConnect& conn, CString picture);
+    /// Adds a setting; nothing checks whether it exists. @return whether the statement ran.
     /// @note Not escaped: name, value, genre.
     static bool InsertTabConfigValue(CAConnect& conn, CString name, CString value, CString genre);
-    /// Sets every setting of this name, whatever its genre.
+    /// Sets every setting of this name, whatever its genre. @return whether the statement ran, also when there is none.
     /// @note Not escaped: name, value.
     static bool UpdateTabConfigValue(CAConnect& conn, CString name, CString value);
+    /// Deletes the settings of a name and genre. @return whether the statement ran, also when there was none.
     /// @note Not escaped: name, genre.
     static bool DeleteTabConfigValue(CAConnect& conn, CString name, CString genre);
 
     // ---- Document roots ------------------------------------------------------------------------------------------
-    // A root is a named storage area; roots are looked up by name and type. Lists are unordered; their
-    // dates are texts, empty where the table has none.
 
-    /// All roots. @param created  days: 2013-05-07.
+    /// Appends all document roots (named storage areas), unordered.
+    /// @param created  days: 2013-05-07; empty where the table has none. @return whether the statement ran.
     static bool LoadDocRootInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& paths,
                                 CStringArray& created, CUIntArray& types);
-    /// The roots of a type. @param created  with the time of day: 2013-05-07 09:03:00. @param styles  32 bits.
+    /// Appends the document roots of a type, unordered.
+    /// @param created  with the time of day: 2013-05-07 09:03:00; empty where the table has none.
+    /// @param styles  32 bits each. @return whether the statement ran.
     static bool LoadDocRootInfo(CAConnect& conn, int type, CUIntArray& ids, CStringArray& names, CStringArray& paths,
                                 CStringArray& created, CUIntArray& styles);
-    /// The roots of types 1 and 2. @param created  days.
+    /// Appends the document roots of types 1 and 2, unordered.
+    /// @param created  days: 2013-05-07; empty where the table has none. @return whether the statement ran.
     static bool LoadDocRootInfoEx(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& paths,
                                   CStringArray& created, CUIntArray& types);
+    /// Appends ids, names and types of all document roots, unordered. @return whether the statement ran.
     static bool LoadDocRootInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, CUIntArray& types);
+    /// Appends ids and names of the document roots of a type, unordered. @return whether the statement ran.
     static bool LoadDocRootInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, int type);
-    /// @param exists  false when there is no such root.
+    /// Tests for a document root by name and type. @param exists  false when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool ExistDocRootItem(CAConnect& conn, CString name, int type, bool& exists);
-    /// @param id  0 when there is no such root; in the next one too, which is the same under another name.
+    /// Finds a document root by name and type; equal to GetDocRootID. @param id  0 when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool GetDRItemIDByName(CAConnect& conn, CString name, int type, int& id);
+    /// Finds a document root by name and type; equal to GetDRItemIDByName. @param id  0 when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool GetDocRootID(CAConnect& conn, CString name, int type, int& id);
-    /// @param path  empty, and @param style  0, when there is no such root. The style has 32 bits.
+    /// Reads a document root by name and type. @param path  empty, and @param style  0, when there is none. The style
+    /// has 32 bits. @return whether the statement ran.
     /// @note Not escaped: name.
     static bool GetDocRootInfo(CAConnect& conn, CString name, int type, CString& path, unsigned long& style);
-    /// @param result  true when there IS a root of type 1, against the operation's name; callers know it so.
+    /// Tests for a document root of type 1, the company's. @param result  true when there IS one, contrary to the
+    /// operation's name: existing callers rely on it. false when there is none. @return whether the statement ran.
     static bool HasNoDefCorpDocRoot(CAConnect& conn, bool& result);
+    /// Sets a document root's name, path and style. @return whether the statement ran, also when there is no such root.
     /// @note Not escaped: name. Backslashes doubled on kind 6: path.
     static bool UpdateDocRoot(CAConnect& conn, int id, CString name, CString path, int style);
-    /// Deletes the root's own row; its links, the folders under it and rights on it stay. So do the next two.
+    /// Deletes a document root's own row; its links, the folders below it and rights on it stay. Equal to DeleteDocRoot
+    /// with an id. @return whether the statement ran, also when there was none.
     static bool DeleteDRItem(CAConnect& conn, int id);
+    /// Deletes a document root's own row; its links, the folders below it and rights on it stay.
+    /// @return whether the statement ran, also when there was none.
     static bool DeleteDocRoot(CAConnect& conn, int id);
+    /// Deletes the rows of document roots by name and type; their links, the folders below them and rights on them
+    /// stay. @return whether the statement ran, also when there was none.
     /// @note Not escaped: name.
     static bool DeleteDocRoot(CAConnect& conn, CString name, int type);
-    /// Deletes the links of an object under a root.
+    /// Deletes the links of an object directly under a document root. @param parentId  the root's id.
+    /// @return whether the statement ran, also when there was none.
     static bool DeleteDocRootLink(CAConnect& conn, int parentId, int classId, int objectId);
 
     // ---- Folders of documents ------------------------------------------------------------------------------------
-    // Links place a folder, named by class 105 and its id, under roots and under folders, also under several.
 
-    /// The highest id of all folders, which another caller's new folder may have. @param id  0 when there is none.
+    /// Reads the highest id of all folders, which another caller's new folder may have.
+    /// @param id  0 when there is none. @return whether the statement ran.
     static bool GetMaxIDFromDocVFolder(CAConnect& conn, int& id);
-    /// Whether a folder of exactly this name stands directly under a root. @param exists  false when none does.
+    /// Tests whether a folder of this name is directly under a document root. @param exists  false when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool ExistFolderInRootLink(CAConnect& conn, CString name, int rootId, bool& exists);
-    /// The same under a folder.
+    /// Tests whether a folder of this name is directly under a folder. @param exists  false when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool ExistFolderInVFolderLink(CAConnect& conn, CString name, int parentFolderId, bool& exists);
-    /// The folders directly under a root, unordered.
+    /// Appends the folders directly under a document root, unordered. @return whether the statement ran.
     static bool LoadDocRootFolder(CAConnect& conn, int rootId, CStringArray& names, CUIntArray& ids);
-    /// The folders directly under a folder, unordered.
+    /// Appends the folders directly under a folder, unordered. @return whether the statement ran.
     static bool LoadFolderSubFolder(CAConnect& conn, int parentFolderId, CStringArray& names, CUIntArray& ids);
-    /// @param name  empty, and @param created  empty, when there is no such folder; created is 2013-05-07 09:03:00.
+    /// Reads a folder. @param name  empty, and @param created  empty, when there is no such folder; created is
+    /// 2013-05-07 09:03:00. @return whether the statement ran.
     static bool GetFolerInfo(CAConnect& conn, int id, CString& name, CString& created);
-    /// @param style  32 bits.
+    /// Sets a folder's style; its links keep theirs. @param style  its lower 32 bits are written.
+    /// @return whether the statement ran, also when there is no such folder.
     static bool UpdateFolderStyle(CAConnect& conn, int id, unsigned long style);
+    /// Renames a folder; its links keep the name that they show. @return whether the statement ran, also when there is
+    /// no such folder.
     /// @note Not escaped: name.
     static bool UpdateFolderName(CAConnect& conn, int id, CString name);
-    /// Deletes the folder's own row; its links stay.
+    /// Deletes a folder's own row; its links stay. @return whether the statement ran, also when there was none.
     static bool DeleteDocVFolder(CAConnect& conn, int id);
-    /// Deletes the links of an object under a folder.
+    /// Deletes the links of an object directly under a folder. @param classId  105 for a folder.
+    /// @return whether the statement ran, also when there was none.
     static bool DeleteDocVFolderLink(CAConnect& conn, int parentFolderId, int classId, int objectId);
 
     // ---- Backup plans --------------------------------------------------------------------------------------------
 
-    /// All plans, unordered.
+    /// Appends all backup plans with their descriptions, unordered. @return whether the statement ran.
     static bool LoadFileBackPlan(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& descriptions);
+    /// Appends ids and names of all backup plans, unordered. @return whether the statement ran.
     static bool LoadFileBackPlan(CAConnect& conn, CUIntArray& ids, CStringArray& names);
-    /// @param data  a plan's settings; as it was when there is no such plan.
+    /// Reads a backup plan's settings. @param data  as it was when there is no such plan.
+    /// @return whether the statement ran.
     static bool GetFileBackPlanInfo(CAConnect& conn, int id, CString& data);
-    /// @param id  as it was when there is no such plan.
+    /// Finds a backup plan by name. @param id  as it was when there is none. @return whether the statement ran.
     /// @note Not escaped: name.
     static bool GetBackupPlanID(CAConnect& conn, CString name, int& id);
-    /// @param exists  whether there is a plan of this name with an id above 0. @return always true, also after a
-    /// failure.
+    /// Tests for a backup plan of this name with an id above 0. @param exists  false when there is none, and after a
+    /// failure. @return always true; a failure is reported all the same.
     /// @note Not escaped: name.
     static bool ExistBackupPlan(CAConnect& conn, CString name, bool& exists);
+    /// Adds a backup plan; nothing checks whether the name is taken. @return whether the statement ran.
     /// @note Not escaped: name, description, data.
     static bool InsertBackupPlanInfo(CAConnect& conn, CString name, CString description, CString data);
+    /// Sets a backup plan's name, description and settings. @return whether the statement ran, also when there is no
+    /// such plan.
     /// @note Not escaped: name, description, data.
     static bool UpdateBackupPlanInfo(CAConnect& conn, int id, CString name, CString description, CString data);
-    /// Deletes the plan's own row; its assignments stay.
+    /// Deletes a backup plan's own row; its assignments stay. @return whether the statement ran, also when there was
+    /// none.
     static bool DeleteBackupPlan(CAConnect& conn, int id);
-    /// Deletes an assignment. @param id  its own, not the plan's.
+    /// Deletes an assignment of a backup plan. @param id  the assignment's own, not the plan's.
+    /// @return whether the statement ran, also when there was none.
     static bool DeleteBackupRel(CAConnect& conn, int id);
-    /// The plans whose ids are those of the item's assignment rows, by chance as it were; callers know it so. The next
-    /// one lists the plans that are assigned to the item. Both take the id before the type, against the others.
+    /// Appends the plans whose ids happen to be those of the item's assignment rows: the statement joins by the wrong
+    /// column, and existing callers rely on it. The overload with descriptions gives the plans that are assigned. The
+    /// item's id comes before its type here. @return whether the statement ran.
     static bool LoadItemFileBackPlanInfo(CAConnect& conn, int itemId, int itemType, CUIntArray& planIds,
                                          CStringArray& planNames);
+    /// Appends the plans that are assigned to an item, unordered. The item's id comes before its type here.
+    /// @return whether the statement ran.
     static bool LoadItemFileBackPlanInfo(CAConnect& conn, int itemId, int itemType, CUIntArray& planIds,
                                          CStringArray& planNames, CStringArray& planDescriptions);
-    /// @param exists  false when the plan is not assigned to the item.
+    /// Tests whether a plan is assigned to an item. @param exists  false when it is not. @return whether the statement
+    /// ran.
     static bool ExistItemFileBackPlanRel(CAConnect& conn, int itemType, int itemId, int planId, bool& exists);
-    /// Assigns a plan to an item; nothing keeps it from being assigned already.
+    /// Assigns a plan to an item; nothing checks whether it is assigned already. @return whether the statement ran.
     static bool InsertFileBackPlan(CAConnect& conn, int itemType, int itemId, int planId);
+    /// Takes a plan from an item: every such assignment is deleted. @return whether the statement ran, also when there
+    /// was none.
     static bool DeleteFileBackPlan(CAConnect& conn, int itemType, int itemId, int planId);
     /// Assigns a plan to a group, to the groups below it at every depth and to the users in them, one row for each
-    /// membership. Stops at the first failure; what is done stays done. Never returns when a group is below itself:
-    /// callers look for cycles below the group first, and keep others from closing one until it has returned.
+    /// membership. Never returns when a group is below itself: look for cycles below the group first, and prevent
+    /// others from closing one until the call has returned, both in one schema::DirectoryTransaction.
+    /// @return false after the first statement that failed, with which it stops; what is done stays done.
     static bool InsertGroupFileBackPlan(CAConnect& conn, int groupId, int planId);
-    /// Takes a plan from a group and from those who are below it now. Cycles: see InsertGroupFileBackPlan.
+    /// Takes a plan from a group, from the groups that are below it now at every depth and from the users in them.
+    /// Never returns when a group is below itself: look for cycles below the group first, and prevent others from
+    /// closing one until the call has returned, both in one schema::DirectoryTransaction.
+    /// @return false after the first statement that failed, with which it stops; what is done stays done.
     static bool DeleteGroupFileBackPlan(CAConnect& conn, int groupId, int planId);
 
     // ---- Document log --------------------------------------------------------------------------------------------
 
-    /// Notes what happened to an object. @param type  the kind of event, a word.
+    /// Adds an entry about an object to the document log. @param type  the kind of event, a word.
+    /// @return whether the statement ran.
     /// @note Not escaped: content, type, creatorName.
     static bool InsertDocLog(CAConnect& conn, int classId, int objectId, CString content, CString type, int creatorId,
                              CString creatorName);
 
     // ---- Messages and login log ----------------------------------------------------------------------------------
 
-    /// Deletes the messages up to a date, and then every attachment and receipt that has no message. Stops at the first
-    /// failure; what is deleted stays deleted. @param date  as the next one takes it.
+    /// Deletes the messages up to a date, and then every attachment and receipt that has no message.
+    /// @param date  YYYY-MM-DD or YYYY-MM-DD HH:MM:SS; messages of exactly that moment are deleted too. Any other text
+    ///              is an error, reported as the engine's are, and deletes nothing.
+    /// @return false after the first statement that failed, with which it stops; what is deleted stays deleted.
     /// @note Checked to be a date: date.
     static bool ClearMsgData(CAConnect& conn, CString date);
-    /// @param date  YYYY-MM-DD or YYYY-MM-DD HH:MM:SS; messages of that very moment are deleted too. Any other text is
-    /// an error, reported as the engine's are, and deletes nothing.
+    /// Deletes the messages up to a date; attachments and receipts stay.
+    /// @param date  YYYY-MM-DD or YYYY-MM-DD HH:MM:SS; messages of exactly that moment are deleted too. Any other text
+    ///              is an error, reported as the engine's are, and deletes nothing.
+    /// @return whether the statement ran.
     /// @note Checked to be a date: date.
     static bool DeleteMsgData(CAConnect& conn, CString date);
+    /// Deletes every attachment whose message does not exist. @return whether the statement ran.
     static bool DeleteAttachNoMsg(CAConnect& conn);
+    /// Deletes every receipt whose message does not exist. @return whether the statement ran.
     static bool DeleteRecvNoMsg(CAConnect& conn);
-    /// The date of the oldest message. @param text  without effect. @param minDate  set only when that date is before
-    /// it, so that callers pass a later one, such as now; its status stays.
+    /// Reads the date of the oldest message. @param text  without effect. @param minDate  set only when that date is
+    /// before it, so pass a later one, such as now; its status stays. @return whether the statement ran.
     /// @note Not in a statement: text.
     static bool GetMinDate(CAConnect& conn, CString text, COleDateTime& minDate);
+    /// Deletes an entry of the login log. @return whether the statement ran, also when there was none.
     static bool DeleteLoginLogItem(CAConnect& conn, int id);
 
     // ---- Add-ins -------------------------------------------------------------------------------------------------
 
-    /// Adds an add-in. Whether it is switched on is left to the table's default.
+    /// Adds an add-in; nothing checks whether the name is taken. Whether it is switched on is left to the table's
+    /// default. @param index  its place in lists: the highest comes first. @return whether the statement ran.
     /// @note Not escaped: name, desc, packageName. Quotes doubled, on kind 6 backslashes too: data.
     static bool InsertAddInInfo(CAConnect& conn, CString name, CString data, int addInType, bool isPublic, CString desc,
                                 CString packageName, int index);
-    /// @param id  0 when there is no such add-in.
+    /// Finds an add-in by name and type. @param id  0 when there is none. @return whether the statement ran.
     /// @note Not escaped: name.
     static bool ExistAddInInfo(CAConnect& conn, CString name, int addInType, int& id);
+    /// Finds an add-in by type, name and package. @param id  0 when there is none. @return whether the statement ran.
     /// @note Not escaped: name, packageName.
     static bool ExistAddInItem(CAConnect& conn, int addInType, CString name, CString packageName, int& id);
+    /// Sets data and description of the add-ins of a name and type. @return whether the statement ran, also when there
+    /// is none.
     /// @note Not escaped: name, desc. Quotes doubled, on kind 6 backslashes too: data.
     static bool UpdateAddInInfo(CAConnect& conn, CString name, int addInType, CString data, CString desc);
+    /// Sets data and description of an add-in by its id. @return whether the statement ran, also when there is none.
     /// @note Quotes doubled, on kind 6 backslashes too: data. Not escaped: desc.
     static bool UpdateAddInInfo(CAConnect& conn, int id, CString data, CString desc);
-    /// @param data  as it was when there is no such add-in.
+    /// Reads an add-in's data by name and type. @param data  as it was when there is none.
+    /// @return whether the statement ran.
     /// @note Not escaped: name.
     static bool GetAddInInfo(CAConnect& conn, CString name, int addInType, CString& data);
-    /// All add-ins, the highest index first. The flags come into the arrays that bear their names, though the statement
-    /// has them the other way round.
+    /// Appends all add-ins, the highest index first. @param disabled, isPublic  0 or 1 each; every flag goes to the
+    /// array that bears its name. @return whether the statement ran.
     static bool LoadKelAddIn(CAConnect& conn, CUIntArray& ids, CUIntArray& types, CStringArray& names,
                              CUIntArray& disabled, CUIntArray& isPublic, CStringArray& descs,
                              CStringArray& packageNames);
-    /// @param disabled  true switches the add-in OFF, against the operation's name; callers know it so. Only read.
+    /// Switches an add-in on or off. @param disabled  true switches it OFF, contrary to the operation's name: existing
+    /// callers rely on it. Only read. @return whether the statement ran, also when there is no such add-in.
     static bool EnableAddInItem(CAConnect& conn, int id, bool& disabled);
+    /// Deletes an add-in by its id. @return whether the statement ran, also when there was none.
     static bool DeleteAddInItem(CAConnect& conn, int id);
-    /// Deletes every add-in of a package.
+    /// Deletes every add-in of a package; the package stays. @return whether the statement ran, also when there was
+    /// none.
     /// @note Not escaped: packageName.
     static bool DeleteAddIn(CAConnect& conn, CString packageName);
-    /// @param index  0 when there is no add-in.
+    /// Reads the highest index of all add-ins. @param index  0 when there is none. @return whether the statement ran.
     static bool GetAddInItemMaxIndex(CAConnect& conn, int& index);
+    /// Reads an add-in's index. @param index  0 when there is no such add-in. @return whether the statement ran.
     static bool GetAddInItemIndex(CAConnect& conn, int id, int& index);
+    /// Sets an add-in's index. @return whether the statement ran, also when there is no such add-in.
     static bool UpdateAddInItemIndex(CAConnect& conn, int id, int index);
 
     // ---- Packages ------------------------------------------------------------------------------------------------
 
-    /// All packages, unordered; their versions are texts here.
+    /// Appends all packages of add-ins, unordered. @param versions  as texts. @param disabled  0 or 1 each.
+    /// @return whether the statement ran.
     static bool LoadAddInPackageInfo(CAConnect& conn, CUIntArray& ids, CStringArray& names, CStringArray& versions,
                                      CStringArray& descs, CUIntArray& disabled);
-    /// @param id, version  0 when there is no such package.
+    /// Finds a package by name. @param id, version  0 when there is none. @return whether the statement ran.
     /// @note Not escaped: name.
     static bool GetPackageInfo(CAConnect& conn, CString name, int& id, int& version);
-    /// @param modifyTime  as the engine takes a date between quotes.
+    /// Sets a package's time of change, version and description.
+    /// @param modifyTime  as the engine takes a date between quotes. @return whether the statement ran, also when there
+    /// is no such package.
     /// @note Not escaped: modifyTime, desc.
     static bool UpdatePackageInfo(CAConnect& conn, CString modifyTime, int version, CString desc, int id);
-    /// Adds a package. @param id  the highest of all packages then, whether the engine took this one or not; as it was
-    /// when there is none. @return whether the highest id was read; a refused package shows in m_strLastError alone.
+    /// Adds a package, switched on. @param modifyTime  as the engine takes a date between quotes.
+    /// @param id  the highest of all packages afterwards, whether the engine took this one or not; as it was when there
+    ///            is none.
+    /// @return whether the highest id was read; a refused package shows in m_strLastError alone.
     /// @note Not escaped: name, modifyTime, desc.
     static bool InsertPackageInfo(CAConnect& conn, CString name, CString modifyTime, int version, CString desc,
                                   int& id);
-    /// Deletes the package's own row; its add-ins stay.
+    /// Deletes a package's own row; its add-ins stay. @return whether the statement ran, also when there was none.
     static bool DeletePackage(CAConnect& conn, int id);
 
     // ---- Bulletin board ------------------------------------------------------------------------------------------
-    // Ids of notices are texts. Dates are texts, 2013-05-07 09:03:00. The reads are true also on a connection that is
-    // not open.
 
-    /// All notices, the newest first. The subjects come before the creators.
+    /// Appends all notices, the newest first. The subjects come before the creators here.
+    /// @param times  2013-05-07 09:03:00, empty where the table has none.
+    /// @return whether nothing was raised; true also when the connection is not open.
     static bool LoadBulletinInfo(CAConnect& conn, CStringArray& ids, CStringArray& subjects, CStringArray& creators,
                                  CStringArray& times);
-    /// @param content  as it was when there is no such notice.
+    /// Reads the text of a notice. @param boardID  the notice's id, a text. @param content  as it was when there is no
+    /// such notice. @return whether nothing was raised; true also when the connection is not open.
     /// @note Not escaped: boardID.
     static bool GetBulletinContent(CAConnect& conn, CString boardID, CString& content);
+    /// Appends the file names of a notice's attachments, unordered.
+    /// @return whether nothing was raised; true also when the connection is not open.
     /// @note Not escaped: boardID.
     static bool LoadBulletinAttachments(CAConnect& conn, CString boardID, CStringArray& fileNames);
-    /// The replies to a notice, the oldest first.
+    /// Appends the replies to a notice, the oldest first.
+    /// @param times  2013-05-07 09:03:00, empty where the table has none.
+    /// @return whether nothing was raised; true also when the connection is not open.
     /// @note Not escaped: boardID.
     static bool LoadBulletinReplyInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& creators,
                                       CStringArray& times, CStringArray& contents);
-    /// Who has read a notice, the earliest first. @param items  the readers, as the table has them.
+    /// Appends who has read a notice, the earliest first. @param items  the readers, as the table names them.
+    /// @param times  2013-05-07 09:03:00, empty where the table has none.
+    /// @return whether nothing was raised; true also when the connection is not open.
     /// @note Not escaped: boardID.
     static bool LoadBulletinVisiterInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& items,
                                         CStringArray& itemNames, CStringArray& times, CUIntArray& readFlags);
-    /// Each of the four deletes one kind of row; a notice goes with all four.
+    /// Deletes a notice's own row; its attachments, replies and readers stay. @return whether the statement ran, also
+    /// when there was none.
     /// @note Not escaped: boardID.
     static bool DeleteBulletinItem(CAConnect& conn, CString boardID);
+    /// Deletes the attachments of a notice. @return whether the statement ran, also when there was none.
     /// @note Not escaped: boardID.
     static bool DeleteBulletinAttach(CAConnect& conn, CString boardID);
+    /// Deletes the replies to a notice. @return whether the statement ran, also when there was none.
     /// @note Not escaped: boardID.
     static bool DeleteBulletinReply(CAConnect& conn, CString boardID);
+    /// Deletes the record of who has read a notice. @return whether the statement ran, also when there was none.
     /// @note Not escaped: boardID.
     static bool DeleteBulletinVisiter(CAConnect& conn, CString boardID);
 
     // ---- Record lists --------------------------------------------------------------------------------------------
 
-    /// Deletes every record of a list and empties it; null entries are skipped. For lists of any record class.
+    /// Deletes every record of a list, of any record class, and empties it; null entries are skipped.
     static void DetachHumanList(CObList& list);
 
 protected:
-    /// Replaces a text by the MD5 of its bytes.
+    /// Replaces a text by the MD5 of its bytes, 32 lower-case hexadecimal digits.
     static void MD5Encrypt(CString& text);
-    /// Replaces a text by the MD5 of its UTF-16LE form.
+    /// Replaces a text of the ANSI code page by the MD5 of its UTF-16LE form, 32 lower-case hexadecimal digits.
     static void MD5UnicodeEncrypt(CString& text);
 };

@@ -13,8 +13,15 @@ class Session;
 class CAException;
 
 /// A connection to a database. Not copyable; belongs to one thread at a time.
+///
+/// A text from outside must pass through EscapeLiteral, EscapeBackslashes or EscapeQuotes before it reaches a
+/// statement, also by way of an operation, whose declaration says which. Doubling quotes is not enough on MariaDB and
+/// MySQL, where
+/// "\'" does not end a literal. All three go by the characters of the ANSI code page: the second byte of a character is
+/// never taken for a backslash.
 class QV_API CAConnect {
 public:
+    /// Not open; no window is notified.
     CAConnect();
     CAConnect(const CAConnect&) = delete;
     CAConnect& operator=(const CAConnect&) = delete;
@@ -25,7 +32,7 @@ public:
     /// schemes and their options. Sets m_nDBType.
     /// @throws CAException with a sentence for people; the connection is then not open.
     void Open(const CString& url);
-    /// Takes over a session that the caller made.
+    /// Takes over a session that the caller made, not null; a connection that is open is closed first. Sets m_nDBType.
     void Open(std::unique_ptr<dbaccess::Session> session);
     /// Closes the connection; nothing happens when it is not open. Results that are still being read stay readable and
     /// hold the engine's connection until they are closed.
@@ -43,41 +50,43 @@ public:
     /// @throws CAException for any other text, for what is no real date, and when the connection is not open.
     CString GetDateStrOnSQL(CString date);
 
-    /// Transactions, for callers; no operation of the module uses them. A transaction is meant for writing: another
-    /// writer waits from BeginTrans on. When an engine gives a transaction up by itself (a full disk), every further
-    /// statement is refused until RollbackTrans, so that nothing of it is applied half. RollbackTrans without a
-    /// transaction does nothing. @throws CAException, also when the connection is not open.
+    /// Begins a transaction; no operation of the module does. It is meant for writing: where the engine locks whole
+    /// databases, other writers wait from here on. When an engine gives a transaction up by itself (a full disk), every
+    /// further statement is refused until RollbackTrans, so that nothing of it is applied half.
+    /// @throws CAException, also when the connection is not open.
     void BeginTrans();
+    /// Commits the transaction. @throws CAException, also when the connection is not open; when the connection is lost
+    /// meanwhile, the transaction may have been committed or not.
     void CommitTrans();
+    /// Rolls the transaction back; does nothing without one.
+    /// @throws CAException, also when the connection is not open.
     void RollbackTrans();
-
-    // A text from outside must pass through one of these three before it reaches a statement, also by way of an
-    // operation: which one is said where the operation is declared. Doubling quotes is not enough on MariaDB and MySQL,
-    // where "\'" does not end a literal. All three go by the characters of the ANSI code page: the second byte of a
-    // character is never taken for a backslash.
 
     /// The text as it must be written between the quotes of a literal on this engine: for statements of your own, and
     /// for operations that put a text in as it is.
     /// @throws CAException for a text with a NUL byte, and when the connection is not open.
     [[nodiscard]] CString EscapeLiteral(const CString& text) const;
-    /// For operations that double quotes themselves: as EscapeLiteral, with the quotes left single.
-    /// @throws CAException as EscapeLiteral.
+    /// The text for operations that double quotes themselves: backslashes are doubled where the engine takes them for
+    /// escapes, quotes stay single.
+    /// @throws CAException for a text with a NUL byte, and when the connection is not open.
     [[nodiscard]] CString EscapeBackslashes(const CString& text) const;
-    /// For operations that double backslashes themselves on engine kind 6, and never quotes: as EscapeLiteral, but on
-    /// kind 6 with the backslashes left single.
-    /// @throws CAException as EscapeLiteral.
+    /// The text for operations that double backslashes themselves on engine kind 6, and never quotes: quotes are
+    /// doubled, and backslashes, too, where the engine takes them for escapes and the kind is not 6.
+    /// @throws CAException for a text with a NUL byte, and when the connection is not open.
     [[nodiscard]] CString EscapeQuotes(const CString& text) const;
     /// The engine's name and version, for people. @throws CAException when the connection is not open.
     [[nodiscard]] CString GetEngineName() const;
 
     /// Why the last statement failed; in a transaction and on a connection that is lost, why the first one did, since
-    /// what fails behind it does so for that. Null when it went well. Lasts until the next call.
+    /// later statements fail for that reason. Null when it succeeded. Valid until the next call.
     [[nodiscard]] const CAException* GetFailure() const noexcept;
 
     /// Engine kind: 0 Access, 1 SQL Server, 3 names compare through upper(), 6 MySQL. Read by the module.
     int m_nDBType = 0;
-    /// Message that tells m_hNotifyWnd of an error, and the window; null means that no message is sent.
+    /// The message that m_hNotifyWnd receives for an error of an operation.
     UINT m_nNotifyMsg = 0;
+    /// The window that receives m_nNotifyMsg, with the address of CQVBaseFun::m_strLastError as LPARAM; null: none
+    /// does.
     HWND m_hNotifyWnd = nullptr;
 
 private:

@@ -17,7 +17,7 @@ std::optional<Date> ParseEngineDate(std::string_view text);
 /// "YYYY-MM-DD HH:MM:SS".
 CString DateText(const Date& date);
 
-/// The same as a literal, quotes included.
+/// "YYYY-MM-DD HH:MM:SS" in single quotes.
 CString QuotedDate(const Date& date);
 
 } // namespace dbaccess

@@ -11,35 +11,38 @@
 #include <string>
 #include <string_view>
 
-// What an engine's driver is to the library. A session and its cursors belong to one thread at a time. All texts are in
-// the process's ANSI code page; a driver converts at its edge.
-
+/// What an engine's driver is to the library. A session and its cursors belong to one thread at a time. All texts are
+/// in the process's ANSI code page; a driver converts at its edge.
 namespace dbaccess {
 
 /// Parts of a date that is known to be real.
 struct Date {
-    int year;
-    int month;
-    int day;
-    int hour;
-    int minute;
-    int second;
-    bool hasTime;
+    int year;     ///< with its century
+    int month;    ///< from 1
+    int day;      ///< from 1
+    int hour;     ///< 0 where there is no time
+    int minute;   ///< 0 where there is no time
+    int second;   ///< 0 where there is no time
+    bool hasTime; ///< whether a time of day was given
 };
 
-/// One value of a cursor's current row. The bytes of a text are the cursor's and last until it moves.
+/// One value of a cursor's current row. The bytes of a text belong to the cursor and last until it moves.
 struct Field {
+    /// What a value is; real is a floating-point number.
     enum class Kind : std::uint8_t { null, integer, real, text };
 
+    /// A NULL.
     static Field Null() noexcept { return {Kind::null, {0}, 0}; }
+    /// A whole number.
     static Field Integer(std::int64_t value) noexcept { return {Kind::integer, {value}, 0}; }
+    /// A floating-point number.
     static Field Real(double value) noexcept
     {
         Field field{Kind::real, {0}, 0};
         field.value.real = value;
         return field;
     }
-    /// A date value comes as text, "YYYY-MM-DD" or "YYYY-MM-DD HH:MM:SS".
+    /// A text whose bytes the caller keeps; a date is a text, "YYYY-MM-DD" or "YYYY-MM-DD HH:MM:SS".
     static Field Text(const char* bytes, std::size_t length) noexcept
     {
         Field field{Kind::text, {0}, length};
@@ -47,15 +50,17 @@ struct Field {
         return field;
     }
 
+    /// The bytes of a text; only for a value of that kind.
     [[nodiscard]] std::string_view View() const noexcept { return {value.bytes, length}; }
 
-    Kind kind;
+    Kind kind; ///< which member of `value` holds
+    /// The value, by its kind; for NULL it means nothing.
     union {
         std::int64_t integer;
         double real;
         const char* bytes;
     } value;
-    std::size_t length;
+    std::size_t length; ///< of a text, in bytes
 };
 
 /// The rows of one running query. Rows are fetched as they are stepped to; destroying the cursor ends the query, at a
@@ -67,14 +72,16 @@ public:
     Cursor& operator=(const Cursor&) = delete;
     virtual ~Cursor();
 
-    /// Moves to the next row, the first time to the first one. @return false behind the last row. @throws CAException.
+    /// Moves to the next row, the first time to the first one. @return false after the last row. @throws CAException.
     virtual bool Step() = 0;
     /// Runs the query again; the next Step goes to the first row. @throws CAException.
     virtual void Restart() = 0;
+    /// The number of columns, also before the first row.
     [[nodiscard]] virtual int ColumnCount() const = 0;
-    /// @param column  0 to ColumnCount()-1, here and in Read.
+    /// The name of a column as the engine gives it; valid as long as the cursor. @param column  0 to ColumnCount()-1.
     [[nodiscard]] virtual std::string_view ColumnName(int column) const = 0;
-    /// A value of the current row. Called only while there is one.
+    /// A value of the current row. Called only while there is one. @param column  0 to ColumnCount()-1.
+    /// @throws CAException.
     virtual Field Read(int column) = 0;
 };
 
@@ -90,32 +97,38 @@ public:
     [[nodiscard]] virtual int DbType() const = 0;
     /// The engine's name and version, for people.
     [[nodiscard]] virtual std::string EngineName() const = 0;
-    /// Whether the connection still stands, as far as is known without asking the engine.
+    /// Whether the connection is still alive, as far as is known without asking the engine.
     [[nodiscard]] virtual bool IsAlive() const = 0;
     /// Runs one statement; rows that it returns are dropped. @return rows changed, -1 where the engine does not say.
-    /// @throws CAException, as does Query; a text with a second statement is refused before anything runs.
+    /// @throws CAException; a text with a second statement is refused before anything runs.
     virtual std::int64_t Execute(const char* sql) = 0;
+    /// Runs one statement whose rows are wanted. @return its rows, before the first one; the caller destroys the cursor
+    /// before the session.
+    /// @throws CAException; a text with a second statement is refused before anything runs.
     virtual std::unique_ptr<Cursor> Query(const char* sql) = 0;
+    /// Begins a transaction that is meant for writing. @throws CAException, also when one is open.
     virtual void Begin() = 0;
+    /// Commits the transaction. @throws CAException, also when there is none and when the engine has given it up.
     virtual void Commit() = 0;
+    /// Rolls the transaction back; does nothing without one. @throws CAException.
     virtual void Rollback() = 0;
     /// The engine's literal for a date, quotes included.
     [[nodiscard]] virtual CString DateLiteral(const Date& date) const = 0;
-    /// The text as it must stand between the quotes of a text literal.
+    /// The text as it must be written between the quotes of a text literal. It holds no NUL byte.
     [[nodiscard]] virtual CString EscapeText(const CString& text) const = 0;
 };
 
-/// What stands in a connection URL behind the scheme: "LOCATION?name=value&name=value".
+/// What follows the scheme in a connection URL: "LOCATION?name=value&name=value".
 struct Location {
-    std::string path;
-    std::map<std::string, std::string, std::less<>> options;
+    std::string path;                                        ///< before the first "?"
+    std::map<std::string, std::string, std::less<>> options; ///< by name
 };
 
 /// Opens a session. @throws CAException with a sentence for people.
 using SessionFactory = std::function<std::unique_ptr<Session>(std::string_view location)>;
 
 /// Makes a driver known under its URL scheme; a second driver of the same scheme replaces the first, for connections
-/// that are opened from then on. May be called on any thread, as may the next two.
+/// that are opened from then on. May be called on any thread.
 QV_API void RegisterDriver(const std::string& scheme, SessionFactory factory);
 /// Makes known that this build could have a driver, had the Debian package been there when it was made. A driver that
 /// is there goes before.

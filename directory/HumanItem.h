@@ -24,10 +24,12 @@ public:
     ///         which also leaves the error's text in CQVBaseFun::m_strLastError.
     int SaveData(CAConnect& conn);
 
-    /// Writes this record over the row of its id, with quotes as in SaveData. Picture and user data are not written,
-    /// the far-server pair is. Every other column is set, also those that LoadInfoByID does not read: a caller that
-    /// loads and writes back must have filled them.
-    /// @return as SaveData (1 also when there is no such row), but an error's text is dropped.
+    /// Writes this record over the row of its id; the texts are escaped as the remarks at them say. Picture and user
+    /// data are not written, the far-server pair is. Every other column is set, also those that LoadInfoByID does not
+    /// read: a caller that loads and writes back must have filled them.
+    /// @return 1 when the statement ran, also when there is no such row; 0 when the connection is not open or the
+    /// engine
+    ///         refused. An error's text is dropped.
     int Update(CAConnect& conn);
 
     /// Reads the row of this record's id. Not read: system flag, far-user flag, domain id, creator, department id and
@@ -47,33 +49,32 @@ public:
     /// @return true. @throws CFileException* when there is no such file or it cannot be written.
     bool WriteToFile(CString path, CString text);
 
-    // Members are in the order in which they are constructed. Those called "extra" are carried and copied for callers;
-    // no statement reads or writes them.
-    CString m_strExtra1;
-    int m_nID = 0;          // the key of Update and LoadInfoByID: set it first
-    CString m_strLoginName; ///< quotes doubled
-    CString m_strName;      ///< quotes doubled
-    CString m_strPWord;     ///< not escaped; as stored: already encoded
-    bool m_bIsSystem = false;
-    bool m_bIsSuper = false;
-    bool m_bDisabled = false;
-    int m_nEnType = 1; // how m_strPWord is encoded
-    bool m_bIsFarUser = false;
-    CString m_strFarServer; ///< not escaped
-    int m_nDomainID = 0;
-    int m_nItemIndex = 10000;
-    CString m_strExtra2;
-    CString m_strCreatorName; ///< quotes doubled
-    int m_nExtra = 0;
-    CString m_strExtra3;
-    CString m_strExtra4;
-    CString m_strNote;   ///< quotes doubled
-    CString m_strEMail;  ///< quotes doubled
-    CString m_strMobile; ///< not escaped
-    int m_nSex = 0;
-    CString m_strDescription; ///< quotes doubled
-    CString m_strExtra5;
-    COleDateTime m_dtBirthday;
+    // Members are in the order in which they are constructed.
+    CString m_strExtra1;         ///< for callers; copied, but in no statement
+    int m_nID = 0;               ///< the key of Update and LoadInfoByID, to be set first; 0 for a new user
+    CString m_strLoginName;      ///< quotes doubled
+    CString m_strName;           ///< quotes doubled; the display name
+    CString m_strPWord;          ///< not escaped; as stored: already encoded
+    bool m_bIsSystem = false;    ///< an account of the system's own
+    bool m_bIsSuper = false;     ///< a super user
+    bool m_bDisabled = false;    ///< a locked account
+    int m_nEnType = 1;           ///< the encoding of m_strPWord: 0 plain text, 1 or 2 MD5 (CQVBaseFun::Encrypt)
+    bool m_bIsFarUser = false;   ///< an account of another server
+    CString m_strFarServer;      ///< not escaped; that other server
+    int m_nDomainID = 0;         ///< the domain, a number of the server's own
+    int m_nItemIndex = 10000;    ///< a sort index, by which no operation sorts users
+    CString m_strExtra2;         ///< for callers; copied, but in no statement
+    CString m_strCreatorName;    ///< quotes doubled
+    int m_nExtra = 0;            ///< for callers; copied, but in no statement
+    CString m_strExtra3;         ///< for callers; copied, but in no statement
+    CString m_strExtra4;         ///< for callers; copied, but in no statement
+    CString m_strNote;           ///< quotes doubled
+    CString m_strEMail;          ///< quotes doubled
+    CString m_strMobile;         ///< not escaped
+    int m_nSex = 0;              ///< a number whose meaning is the server's
+    CString m_strDescription;    ///< quotes doubled
+    CString m_strExtra5;         ///< for callers; copied, but in no statement
+    COleDateTime m_dtBirthday;   ///< written as a day
     CString m_strHomeProvince;   ///< quotes doubled
     CString m_strHomeCity;       ///< quotes doubled
     CString m_strHomeAddress;    ///< quotes doubled
@@ -86,9 +87,9 @@ public:
     CString m_strJobTitle;       ///< quotes doubled
     CString m_strOfficePhone;    ///< not escaped
     CString m_strOfficeFax;      ///< not escaped
-    CString m_strPicture;        ///< not escaped
+    CString m_strPicture;        ///< not escaped; the display picture
     CString m_strECard;          ///< quotes doubled
-    CString m_strDeptInfo;       ///< quotes doubled
-    int m_nDeptID = 0;
-    CString m_strUserData; ///< quotes doubled
+    CString m_strDeptInfo;       ///< quotes doubled; the department, for people
+    int m_nDeptID = 0;           ///< the group that is the department; 0 for none
+    CString m_strUserData;       ///< quotes doubled; for callers
 };

@@ -21,11 +21,11 @@ public:
     /// @return whether nothing was raised; an error's text is dropped.
     bool SaveData(CAConnect& conn);
 
-    int m_nQvItemID = 0;
-    int m_nQvItemType = 2;
-    CString m_strJobTitle; ///< not escaped
-    int m_nDQvItemID = 0;
-    int m_nDQvItemType = 1;
+    int m_nQvItemID = 0;      ///< the holder's id
+    int m_nQvItemType = 2;    ///< the holder's type
+    CString m_strJobTitle;    ///< not escaped
+    int m_nDQvItemID = 0;     ///< the member's id
+    int m_nDQvItemType = 1;   ///< the member's type
     CString m_strDescription; ///< not escaped
-    CString m_strDQvItemName; ///< not escaped
+    CString m_strDQvItemName; ///< not escaped; the member's name when the title was given
 };

@@ -18,15 +18,15 @@ public:
     /// Adds this link; nothing keeps an equal one from being there already.
     /// @return 1, or 0 when the connection is not open or the engine refused.
     int SaveData(CAConnect& conn);
-    /// Deletes every row that is equal in all but the view id, the reference value included. @return as SaveData, 1
-    /// also when there was none.
+    /// Deletes every row that is equal in all but the view id, the reference value included. @return 1,
+    /// also when there was none; 0 when the connection is not open or the engine refused.
     int DelData(CAConnect& conn);
 
-    int m_nQvItemID = 0;
-    int m_nQvItemType = 0;
-    int m_nDQvItemID = 0;
-    int m_nDQvItemType = 0;
-    int m_nRelType = 1;
-    int m_nRef = 0;
-    int m_nViewID = 0;
+    int m_nQvItemID = 0;    ///< the holder's id
+    int m_nQvItemType = 0;  ///< the holder's type
+    int m_nDQvItemID = 0;   ///< the dependent's id
+    int m_nDQvItemType = 0; ///< the dependent's type
+    int m_nRelType = 1;     ///< the kind of relation; 1 is membership
+    int m_nRef = 0;         ///< a number for callers; DelData compares it
+    int m_nViewID = 0;      ///< the view to which a user's link belongs (CQVBaseFun::UpdateRelationViewID); 0 for none
 };

@@ -7,7 +7,8 @@
 
 class CAConnect;
 
-/// One row of qv_Role: a named set of users within one application and one domain. Relations tell who holds it.
+/// One row of qv_Role: a named set of users within one application and one domain. Relations link it to the users that
+/// hold it.
 ///
 /// A plain value. The remarks at the texts say what is done to each before it enters a statement;
 /// CAConnect::EscapeLiteral does the rest. An error's text is dropped; none is notified.
@@ -24,16 +25,16 @@ public:
     /// Writes name and description, and no more, to the row of this record's id. @return whether nothing was raised.
     bool UpdateData(CAConnect& conn);
 
-    int m_nID = 0;
+    int m_nID = 0;            ///< the key of LoadData and UpdateData; 0 for a new role
     CString m_strName;        ///< not escaped
     CString m_strDescription; ///< not escaped
     CString m_strCreatorName; ///< not escaped
-    CString m_strAppName;     ///< not escaped
-    int m_nItemIndex = 0;
-    int m_nDomainID = 0;
-    bool m_bDisabled = false;
-    COleDateTime m_dtCreate;
-    CString m_strGenre; ///< not escaped
-    int m_nGClassID = 0;
-    int m_nType = 0;
+    CString m_strAppName;     ///< not escaped; the application to which the role belongs
+    int m_nItemIndex = 0;     ///< a sort index, by which no operation sorts
+    int m_nDomainID = 0;      ///< the domain, a number of the server's own
+    bool m_bDisabled = false; ///< whether the role is switched off; no operation acts on it
+    COleDateTime m_dtCreate;  ///< when it was created, to the second
+    CString m_strGenre;       ///< not escaped
+    int m_nGClassID = 0;      ///< a class number whose meaning is the server's
+    int m_nType = 0;          ///< a kind whose meaning is the server's
 };

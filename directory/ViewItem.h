@@ -27,15 +27,15 @@ public:
     /// @return 1, or 0 when something was raised.
     int UpdateData(CAConnect& conn);
 
-    int m_nID = 0;
-    CString m_strName; ///< not escaped
-    int m_nType = 1;
+    int m_nID = 0;            ///< the key of LoadInfoByID and UpdateData; 0 for a new view
+    CString m_strName;        ///< not escaped
+    int m_nType = 1;          ///< 1 for a view of the whole system
     CString m_strDescription; ///< not escaped
-    int m_nOwnerID = 0;
-    int m_nItemIndex = 10000;
+    int m_nOwnerID = 0;       ///< the user to whom the view belongs; 0 for none
+    int m_nItemIndex = 10000; ///< the place in sorted lists, the lowest first
     CString m_strCreatorName; ///< not escaped
-    COleDateTime m_dtCreate;
-    int m_nDomainID = 0;
-    int m_nStyle = 0;
-    bool m_bIsPublic = false;
+    COleDateTime m_dtCreate;  ///< when it was created; SaveData writes the day alone
+    int m_nDomainID = 0;      ///< the domain, a number of the server's own
+    int m_nStyle = 0;         ///< bits whose meaning is the server's
+    bool m_bIsPublic = false; ///< whether others see it; no operation acts on it
 };

@@ -21,13 +21,13 @@ public:
     /// @return whether nothing was raised; an error's text is dropped.
     bool SaveData(CAConnect& conn);
 
-    int m_nID = 0;
-    CString m_strName; ///< not escaped
-    int m_nStyle = 0;
-    bool m_bHaveSubItem = false;
-    int m_nGClassID = 0; ///< class and id of an object that belongs to the folder
-    int m_nGObjID = 0;
-    int m_nCreatorID = 0;
-    CString m_strCreatorName; ///< not escaped
-    COleDateTime m_dtCreate;
+    int m_nID = 0;               ///< for callers: SaveData neither writes nor sets it
+    CString m_strName;           ///< not escaped
+    int m_nStyle = 0;            ///< bits whose meaning is the server's
+    bool m_bHaveSubItem = false; ///< whether something is below it, as servers note it
+    int m_nGClassID = 0;         ///< class of an object that belongs to the folder
+    int m_nGObjID = 0;           ///< id of an object that belongs to the folder
+    int m_nCreatorID = 0;        ///< the user who created it; 0 for none
+    CString m_strCreatorName;    ///< not escaped
+    COleDateTime m_dtCreate;     ///< when it was created, to the second
 };

@@ -12,6 +12,7 @@ class CAConnect;
 /// CAConnect::EscapeLiteral does the rest.
 class QV_API CDocFolderLinkItem : public CObject, public DocLink {
 public:
+    /// All texts empty, all numbers 0.
     CDocFolderLinkItem();
     ~CDocFolderLinkItem() override;
 

@@ -8,6 +8,7 @@
 /// What a CFile throws, by pointer, as the framework does; the catcher gives it back with Delete().
 class QV_API CFileException : public CObject {
 public:
+    /// What failed, by kind.
     enum Cause {
         none,
         genericException,
@@ -26,22 +27,28 @@ public:
         endOfFile
     };
 
+    /// Takes over cause, errno and file name. @param fileName  null is the empty name.
     explicit CFileException(int cause = none, int osError = 0, const char* fileName = nullptr);
     ~CFileException() override;
+    /// Deletes this exception, which must have been made by new.
     void Delete() { delete this; }
 
     /// "PATH: what the system said".
     [[nodiscard]] CString GetErrorMessage() const;
 
+    /// A value of Cause.
     int m_cause;
     /// The system's errno.
     int m_lOsError;
+    /// The file, as it was named to CFile::Open.
     CString m_strFileName;
 };
 
 /// An open file. Not copyable; the destructor closes it.
 class QV_API CFile {
 public:
+    /// How a file is opened: one mode, at most one sharing flag, and modeCreate to make a file that does not exist and
+    /// to empty one that does, unless modeNoTruncate is set too.
     enum OpenFlags : unsigned {
         modeRead = 0x0000,
         modeWrite = 0x0001,
@@ -54,9 +61,11 @@ public:
         modeNoTruncate = 0x2000,
     };
 
+    /// No open file.
     CFile() = default;
     CFile(const CFile&) = delete;
     CFile& operator=(const CFile&) = delete;
+    /// Closes the file; a failure is not reported. Call Close to learn of it.
     ~CFile();
 
     /// Opens a file. Denying is an advisory lock among the CFile objects that deny something themselves; a file is
@@ -70,7 +79,8 @@ public:
     void Write(const void* bytes, unsigned count);
     /// Reads up to this many bytes. @return how many; 0 at the end. @throws CFileException*.
     unsigned Read(void* bytes, unsigned count);
-    /// @throws CFileException* when the system reports that what was written is lost.
+    /// Closes the file; nothing happens when none is open.
+    /// @throws CFileException* when the system reports that what was written is lost; the file is closed all the same.
     void Close();
 
 private:

@@ -7,13 +7,16 @@ class CDumpContext;
 
 /// Run-time class information: here only a name.
 struct CRuntimeClass {
+    /// The name of the class, a static text.
     const char* m_lpszClassName;
 };
 
 /// Root of the framework's classes. The order of the virtual functions is part of the binary interface.
 class QV_API CObject {
 public:
+    /// Has no state.
     CObject() = default;
+    /// The class information "CObject", static; derived classes may give their own.
     [[nodiscard]] virtual CRuntimeClass* GetRuntimeClass() const;
     virtual ~CObject();
     /// Does nothing.

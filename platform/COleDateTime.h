@@ -6,6 +6,7 @@
 /// Before that day the whole part counts backwards and the fraction, without its sign, is still the time of day.
 class QV_API COleDateTime {
 public:
+    /// Whether the value is a date, is not one, or is none at all.
     enum DateTimeStatus { valid = 0, invalid = 1, null = 2 };
 
     /// 30 December 1899, valid.
@@ -17,29 +18,42 @@ public:
     /// The current local time, to the second.
     static COleDateTime GetCurrentTime() noexcept;
 
+    /// The status; only a valid date has parts.
     [[nodiscard]] DateTimeStatus GetStatus() const noexcept { return m_status; }
+    /// Sets the status; the day count stays.
     void SetStatus(DateTimeStatus status) noexcept { m_status = status; }
-    /// The day count.
+    /// The day count, whatever the status.
     explicit operator double() const noexcept { return m_dt; }
 
-    /// The parts, rounded to the second; -1 when the status is not valid.
+    /// The year, 100 to 9999, of the moment rounded to the second; -1 when the status is not valid.
     [[nodiscard]] int GetYear() const noexcept;
+    /// The month, 1 to 12, of the moment rounded to the second; -1 when the status is not valid.
     [[nodiscard]] int GetMonth() const noexcept;
+    /// The day of the month, 1 to 31, of the moment rounded to the second; -1 when the status is not valid.
     [[nodiscard]] int GetDay() const noexcept;
+    /// The hour, 0 to 23, of the moment rounded to the second; -1 when the status is not valid.
     [[nodiscard]] int GetHour() const noexcept;
+    /// The minute, 0 to 59, of the moment rounded to the second; -1 when the status is not valid.
     [[nodiscard]] int GetMinute() const noexcept;
+    /// The second, 0 to 59, of the moment rounded to the second; -1 when the status is not valid.
     [[nodiscard]] int GetSecond() const noexcept;
 
     /// The date as text, by strftime's rules. The empty text when the status is null, "Invalid DateTime" when invalid.
     [[nodiscard]] CString Format(const char* format) const;
 
-    /// Two dates are equal when status and time are. Order is by time. One by one, for callers that are compiled as
-    /// C++17.
+    // One by one, for callers that are compiled as C++17.
+
+    /// Equal when status and time are.
     friend QV_API bool operator==(const COleDateTime& a, const COleDateTime& b) noexcept;
+    /// By time, whatever the status.
     friend QV_API bool operator<(const COleDateTime& a, const COleDateTime& b) noexcept;
+    /// By time, whatever the status.
     friend QV_API bool operator<=(const COleDateTime& a, const COleDateTime& b) noexcept;
+    /// Unequal when status or time are.
     friend bool operator!=(const COleDateTime& a, const COleDateTime& b) noexcept { return !(a == b); }
+    /// By time, whatever the status.
     friend bool operator>(const COleDateTime& a, const COleDateTime& b) noexcept { return b < a; }
+    /// By time, whatever the status.
     friend bool operator>=(const COleDateTime& a, const COleDateTime& b) noexcept { return b <= a; }
 
 private:

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Conversions between code pages, and rules of capitals and case.
+
 #include "platform/Api.h"
 #include "platform/WindowsTypes.h"
 
@@ -17,6 +20,7 @@ QV_API bool SetAnsiCodePage(UINT codePage);
 
 // On Windows the system has these.
 #if !defined(_WIN32)
+/// The number of the ANSI code page.
 QV_API UINT GetACP();
 
 /// Converts text of a code page (CP_ACP is the ANSI code page) to UTF-16.
@@ -30,7 +34,9 @@ QV_API int MultiByteToWideChar(UINT codePage, unsigned int flags, const char* te
 
 /// Converts UTF-16 to text of a code page. A character that it does not have becomes `defaultChar`, or "?" without one;
 /// in UTF-8, a lone surrogate becomes U+FFFD.
-/// @param length, outLength, return  as above, counted the other way round.
+/// @param length  16-bit units to convert, or -1 for a text that ends with NUL (which is converted too).
+/// @param outLength  room in bytes; 0 asks for the size needed.
+/// @return bytes written or needed; 0 for an unknown code page, a length of 0 and too little room.
 /// @param defaultChar  when not null: points to one character of the code page; UTF-8 does without it.
 /// @param usedDefaultChar  when not null: set to whether a character was replaced.
 QV_API int WideCharToMultiByte(UINT codePage, unsigned int flags, const char16_t* text, int length, char* out,
@@ -40,13 +46,15 @@ QV_API int WideCharToMultiByte(UINT codePage, unsigned int flags, const char16_t
 QV_API int _mbscmp(const unsigned char* a, const unsigned char* b);
 #endif
 
+/// Conversions by the rules of the library, and the body of the arrays.
 namespace platform {
 
 /// Whether the ANSI code page is UTF-8, so that texts go to and from an engine unchanged.
 QV_API bool AnsiIsUtf8() noexcept;
 
-/// Text of the ANSI code page as UTF-8 and back, by the rules of the two conversions above.
+/// Converts text of the ANSI code page to UTF-8; a byte that does not begin a valid character becomes U+FFFD by itself.
 QV_API std::string AnsiToUtf8(std::string_view text);
+/// Converts UTF-8 to text of the ANSI code page; a character that the code page does not have becomes "?".
 QV_API CString Utf8ToAnsi(std::string_view text);
 
 /// How many bytes of the ANSI code page the character at the front of `text` takes; 1 for a byte that begins no valid
@@ -60,7 +68,8 @@ QV_API bool IsValidUtf8(std::string_view text) noexcept;
 /// stay as they are. CString::MakeUpper and the upper() of engines that leave it to us both use these rules.
 QV_API std::string UpperUtf8(std::string_view text);
 
-/// Upper-cases text of the ANSI code page by the same rules; a letter whose capital the code page lacks stays as it is.
+/// Upper-cases text of the ANSI code page by Unicode's one-to-one rules; a letter whose capital the code page lacks
+/// stays as it is.
 QV_API std::string UpperAnsi(std::string_view text);
 
 /// Folds the case of UTF-8 text by Unicode's one-to-one rules, the same in every language, to compare it with other

@@ -18,19 +18,26 @@ namespace platform {
 template <class T>
 class GrowingArray {
 public:
+    /// An empty array.
     GrowingArray() noexcept = default;
     GrowingArray(const GrowingArray&) = delete;
     GrowingArray& operator=(const GrowingArray&) = delete;
+    /// Destroys all elements.
     ~GrowingArray() { Free(); }
 
+    /// The number of elements.
     [[nodiscard]] int GetSize() const noexcept { return m_size; }
+    /// Whether there are no elements.
     [[nodiscard]] bool IsEmpty() const noexcept { return m_size == 0; }
 
+    /// The element at an index, valid until the array grows. @throws std::out_of_range outside 0..GetSize()-1.
     [[nodiscard]] const T& GetAt(int index) const { return m_elements[Checked(index)]; }
+    /// The element at an index, valid until the array grows. @throws std::out_of_range outside 0..GetSize()-1.
     [[nodiscard]] T& operator[](int index) { return m_elements[Checked(index)]; }
+    /// The element at an index, valid until the array grows. @throws std::out_of_range outside 0..GetSize()-1.
     [[nodiscard]] const T& operator[](int index) const { return m_elements[Checked(index)]; }
 
-    /// Appends an element. @return its index.
+    /// Appends an element. @return its index. @throws std::bad_alloc when memory runs out.
     int Add(T element)
     {
         if (m_size == m_capacity) {
@@ -40,7 +47,8 @@ public:
         return m_size++;
     }
 
-    /// Sets an element; an index at or behind the end makes the array longer, with empty elements in between.
+    /// Sets an element; an index at or after the end makes the array longer, with empty elements in between.
+    /// @throws std::out_of_range for an index below 0, std::bad_alloc when memory runs out.
     void SetAtGrow(int index, T element)
     {
         if (index < 0) {
@@ -70,7 +78,9 @@ public:
         m_capacity = 0;
     }
 
+    /// The first element, for range-based loops; valid until the array grows.
     [[nodiscard]] const T* begin() const noexcept { return m_elements; }
+    /// The end after the last element, for range-based loops; valid until the array grows.
     [[nodiscard]] const T* end() const noexcept { return m_elements + m_size; }
 
 private:

@@ -1,10 +1,14 @@
 #pragma once
 
+/// @file
+/// Message windows, which receive notifications.
+
 #include "platform/Api.h"
 #include "platform/WindowsTypes.h"
 
 #include <functional>
 
+/// What a window does with a message; runs on the thread that made the window.
 using MessageHandler = std::function<LRESULT(UINT message, WPARAM wParam, LPARAM lParam)>;
 
 /// Makes a message window that belongs to the calling thread; its messages are handled on that thread only.

@@ -18,6 +18,7 @@ public:
     /// @param table  as the tables' steps spell it. @throws CAException.
     ColumnLengths(CAConnect& conn, const std::string& table);
 
+    /// A text that is too long.
     struct Excess {
         std::size_t length; ///< of the text, in the engine's characters
         std::size_t most;   ///< that the column takes

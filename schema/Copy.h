@@ -17,18 +17,19 @@ namespace schema {
 struct CopyState {
     const std::string& table; ///< the one in hand
     std::int64_t tableRows;   ///< copied of it
-    bool tableIsDone;
-    std::int64_t rows; ///< copied of all tables
+    bool tableIsDone;         ///< whether that table is complete
+    std::int64_t rows;        ///< copied of all tables
 };
 
-/// Told after each piece, and asked whether to go on.
+/// Called after each piece of a copy; false stops it. Runs on the thread that copies.
 using CopyProgress = std::function<bool(const CopyState&)>;
 
+/// What a copy has done.
 struct Copied {
-    std::int64_t rows = 0;
-    int tables = 0;
+    std::int64_t rows = 0;           ///< copied
+    int tables = 0;                  ///< copied to the end
     bool stopped = false;            ///< by the caller: the target is as it was
-    std::vector<std::string> others; ///< tables of the source that are none of a directory's, and stay behind
+    std::vector<std::string> others; ///< tables of the source that are not part of a directory, and are not copied
 };
 
 /// The target cannot be copied to as it stands; no engine refused anything.
@@ -43,15 +44,16 @@ public:
     using CAException::CAException;
 };
 
-/// Whether two connections lead to one database, as far as engines tell. @throws CAException, as do the next two.
+/// Whether two connections lead to one database, as far as engines tell. @throws CAException.
 QV_API bool IsSameDatabase(CAConnect& a, CAConnect& b);
 
-/// How many rows the tables of a directory have, those of them that are there.
+/// How many rows the tables of a directory have together; tables that are missing count as empty.
+/// @throws CAException.
 QV_API std::int64_t CountRows(CAConnect& conn);
 
-/// Copies all rows of all tables with their ids, as they are at one moment. What the engine counts goes on behind the
-/// greatest id that the source has ever given out, and the target. All of it is written in one transaction; a copy that
-/// fails or is stopped leaves the target without rows.
+/// Copies all rows of all tables with their ids, as they are at one moment. New ids continue after the highest id ever
+/// assigned in the source or the target. All of it is written in one transaction; a copy that fails or is stopped
+/// leaves the target without rows.
 /// @param from, to  directories of this program's version; `to` without rows.
 /// @throws CopyConflict when others fill the target meanwhile, and for a column that it lacks; RowRefused; CAException.
 QV_API Copied Copy(CAConnect& from, CAConnect& to, const CopyProgress& progress);

@@ -14,6 +14,7 @@ struct Dialect;
 /// Another program kept a directory's lock for as long as it was waited for.
 class QV_API LockTimeout : public CAException {
 public:
+    /// @param waited  how long, for the message.
     explicit LockTimeout(std::chrono::seconds waited);
 };
 
@@ -36,11 +37,14 @@ public:
     explicit DirectoryTransaction(CAConnect& conn, std::chrono::seconds longest = kLongestWait);
     DirectoryTransaction(const DirectoryTransaction&) = delete;
     DirectoryTransaction& operator=(const DirectoryTransaction&) = delete;
+    /// Rolls back, unless Commit or Rollback was called.
     ~DirectoryTransaction();
 
+    /// Commits the transaction and gives the lock back.
     /// @throws CAException; the transaction can then only be rolled back.
     void Commit();
-    /// Does nothing after Commit or Rollback. Tells of no failure: what led here is the better thing to report.
+    /// Rolls the transaction back and gives the lock back; does nothing after Commit or Rollback. A failure is not
+    /// reported: what led here matters more.
     void Rollback() noexcept;
 
 private:

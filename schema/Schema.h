@@ -12,6 +12,7 @@ class CAConnect;
 /// The tables of a directory, per engine, and their versions.
 namespace schema {
 
+/// What a database holds.
 enum class State {
     empty,   ///< no tables at all
     foreign, ///< tables, but not a directory's
@@ -20,16 +21,17 @@ enum class State {
     newer,   ///< made by a later version of the program
 };
 
+/// What Inspect has found.
 struct Status {
-    State state;
+    State state; ///< what the database holds
     int version; ///< version of the tables; 0 when there are none of ours
     int newest;  ///< version that this program makes
 };
 
 /// One step from version n-1 to version n: statements, each complete.
 struct Step {
-    std::string title;
-    std::vector<std::string> statements;
+    std::string title;                   ///< what the step does, for people
+    std::vector<std::string> statements; ///< one statement each, without a semicolon at the end
     /// Gives the statements that follow those, by what the database holds and the server knows; none when nothing is
     /// left to do. Every later Upgrade asks again, as servers learn. @throws CAException that says what is in the way.
     std::function<std::vector<std::string>(CAConnect& conn)> furtherStatements = {};
@@ -37,11 +39,11 @@ struct Step {
 
 /// What a directory would work better without.
 struct Shortcoming {
-    std::string text; ///< a sentence without its end
-    bool isCuredByUpgrade;
+    std::string text;      ///< a sentence without its end
+    bool isCuredByUpgrade; ///< whether Upgrade removes it
 };
 
-/// Told of each step before it runs, and of one that finds more to do in a directory that is current.
+/// Called before each step, also for one that finds more to do in a directory that is current.
 using Progress = std::function<void(int version, const std::string& title)>;
 
 /// Looks at the database behind an open connection. Changes nothing. @throws CAException.
@@ -62,7 +64,7 @@ QV_API std::optional<Shortcoming> FindShortcoming(CAConnect& conn);
 /// tables and when its version is newer.
 QV_API void Upgrade(CAConnect& conn, const Progress& progress = {});
 
-/// The same with steps of the caller's, for tests.
+/// Makes or upgrades the tables by steps of the caller's own, for tests. @throws CAException.
 QV_API void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress);
 
 /// The id that the engine gave to the row which this connection has inserted last, whatever others insert meanwhile.
