@@ -131,10 +131,11 @@ using SessionFactory = std::function<std::unique_ptr<Session>(std::string_view l
 /// that are opened from then on. May be called on any thread.
 QV_API void RegisterDriver(const std::string& scheme, SessionFactory factory);
 /// Makes known that this build could have a driver, had the Debian package been there when it was made. A driver that
-/// is there goes before.
+/// is there takes precedence. May be called on any thread.
 QV_API void RegisterLeftOutDriver(const std::string& scheme, const std::string& package);
-/// The factory of a scheme: one that was registered or is built in, else that of a module installed beside this
-/// library, which is loaded then. @throws CAException that names the schemes there are, or the package that is missing.
+/// Finds the factory of a scheme: one that was registered or is built in, else that of a module installed beside this
+/// library, which is loaded then. May be called on any thread.
+/// @throws CAException that names the schemes there are, or the package that is missing.
 QV_API SessionFactory FindDriver(std::string_view scheme);
 
 /// Cuts a location into path and options. In the path "%3F" stands for "?" and "%25" for "%"; any other "%" is itself.

@@ -20,7 +20,7 @@ using LRESULT = std::intptr_t;
 /// A message window; null is no window. Names a window, points to nothing; no two windows ever have the same.
 using HWND = void*;
 
-/// Stands for the ANSI code page in conversions.
+/// Names the ANSI code page in conversions.
 inline constexpr UINT CP_ACP = 0;
 /// The code page UTF-8.
 inline constexpr UINT CP_UTF8 = 65001;

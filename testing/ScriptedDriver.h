@@ -21,7 +21,7 @@ using Value = std::optional<std::string>; ///< None is NULL.
 struct Reply {
     std::vector<std::string> columns;      ///< Names; empty gives "c1", "c2", ... as the first row needs.
     bool noColumns = false;                ///< Gives a result that raises whatever is read from it.
-    std::vector<std::vector<Value>> rows;  ///< The values, row by row.
+    std::vector<std::vector<Value>> rows;  ///< Values in the order of the columns.
     std::optional<std::string> raise;      ///< The message of a CAException that running the statement throws.
     std::optional<std::size_t> raiseAtRow; ///< Stepping to this row, counted from 0, throws a CAException.
 };
