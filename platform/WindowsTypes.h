@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// The names of Windows that the interface uses. On Windows they are the system's own; elsewhere they are the very types
-/// that ODBC's headers give these names, so that both can be included, in any order.
+/// The names of Windows that the interface uses. On Windows they are the system's own; elsewhere they are the very
+/// types that ODBC's headers give these names, so that both can be included, in any order.
 
 #if defined(_WIN32)
 #include <windows.h>

@@ -26,8 +26,8 @@ ROOT, BINARIES, LIBRARIES = (pathlib.Path(argument) for argument in sys.argv[1:4
 COMPILER, NOT_RUN, FLAGS = sys.argv[4], int(sys.argv[5]), sys.argv[6:]
 PLAIN = {"text", "sql", "cmake", "csv", "json", "ini", "mermaid"}
 # Pages whose programs other tests build and run.
-ELSEWHERE = {"docs/tutorial.md", "docs/linking.md"}
-MODULES = "platform dbaccess basefun directory access documents admin schema".split()
+ELSEWHERE = {"docs/tutorial.md"}
+MODULES = "platform dbaccess basefun directory access documents admin schema testing".split()
 FRAGMENT = """
 [[maybe_unused]] void Fragment{number}(CAConnect& conn, CString login, CString name, CString path)
 {{
@@ -138,7 +138,7 @@ def programs(pages):
             elif not any(word.startswith("file=") for word in block.words):
                 sources[f"{page}_{block.line}.cpp".replace("/", "_")] = f'#line {block.line + 1} "{page}"\n{block.text}'
     headers = [f"{module}/{file.name}" for module in MODULES for file in sorted((ROOT / module).glob("*.h"))
-               if file.name not in ("AceItem.h", "Digest.h", "BuiltInDrivers.h", "DateText.h")]
+               if file.name not in ("AceItem.h", "Digest.h", "DateText.h", "DriverModule.h")]
     sources["fragments.cpp"] = "".join(f'#include "{header}"\n' for header in headers) + "#include <cstdio>\n" + "".join(fragments)
     return sources
 

@@ -12,7 +12,7 @@ trap 'rm -rf "$work"' EXIT
   exit 1
 }
 
-mapfile -t headers < <(find platform dbaccess basefun directory access documents admin schema -maxdepth 1 -name '*.h')
+mapfile -t headers < <(find platform dbaccess basefun directory access documents admin schema testing -maxdepth 1 -name '*.h')
 code=0
 grep -nHE '///.*(as above|as below|here and below|(in|do|does|for|of|as) the next one|[Tt]he next (two|three)|[Tt]he two (above|below)|///<? *[Tt]he same (as|under|with|by))' \
   "${headers[@]}" || code=$?
