@@ -105,7 +105,13 @@ Format ReadFormat(const std::string& name)
     return *format;
 }
 
-void DeclareVerbs(CLI::App& app, std::string_view noun, Arguments& arguments)
+bool IsAmong(const std::vector<std::string>& words, std::string_view name)
+{
+    return std::ranges::find(words, name) != words.end();
+}
+
+/// Declares the verbs of a noun, and what those take that may be meant: declaring all takes longer than most commands.
+void DeclareVerbs(CLI::App& app, std::string_view noun, const std::vector<std::string>& words, Arguments& arguments)
 {
     for (const Command& command : Commands()) {
         if (command.noun != noun) {
@@ -113,13 +119,13 @@ void DeclareVerbs(CLI::App& app, std::string_view noun, Arguments& arguments)
         }
         CLI::App* verb = app.add_subcommand(std::string(command.verb), std::string(command.summary));
         verb->group("Verbs")->fallthrough()->footer(WithHeading(command.examples) + kEveryCommand);
-        if (command.declare != nullptr) {
+        if (command.declare != nullptr && IsAmong(words, command.verb)) {
             command.declare(*verb, arguments);
         }
     }
 }
 
-void Declare(CLI::App& app, Arguments& arguments)
+void Declare(CLI::App& app, const std::vector<std::string>& words, Arguments& arguments)
 {
     app.formatter(MakeHelpFormatter());
     app.footer(kEpilogue);
@@ -133,7 +139,9 @@ void Declare(CLI::App& app, Arguments& arguments)
     for (const Noun& noun : Nouns()) {
         CLI::App* sub = app.add_subcommand(std::string(noun.name), std::string(noun.summary));
         sub->group("Nouns")->fallthrough()->require_subcommand(0, 1)->footer(WithHeading(noun.examples));
-        DeclareVerbs(*sub, noun.name, arguments);
+        if (IsAmong(words, noun.name)) {
+            DeclareVerbs(*sub, noun.name, words, arguments);
+        }
     }
 }
 
@@ -222,7 +230,7 @@ Request ParseCommandLine(const std::vector<std::string>& words)
 {
     Request request;
     CLI::App app(kDescription, "qvadmin");
-    Declare(app, request.arguments);
+    Declare(app, words, request.arguments);
     app.allow_extras();
     try {
         app.parse(Prepared(words));
@@ -249,7 +257,7 @@ std::string ProgramHelp()
 {
     Arguments unused;
     CLI::App app(kDescription, "qvadmin");
-    Declare(app, unused);
+    Declare(app, {}, unused);
     return app.help();
 }
 

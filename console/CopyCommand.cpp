@@ -206,6 +206,7 @@ private:
 void DeclareCopy(CLI::App& app, Arguments& arguments)
 {
     words::DeclareArgument(app, arguments, kTarget);
+    Parents() = false;
     DeclareParents(app, Parents());
 }
 

@@ -44,7 +44,11 @@ void DeclareParents(CLI::App& app, bool& parents)
     app.add_flag("--parents", parents, "make the directories above a SQLite file that are missing");
 }
 
-void DeclareInit(CLI::App& app, Arguments& /*arguments*/) { DeclareParents(app, Parents()); }
+void DeclareInit(CLI::App& app, Arguments& /*arguments*/)
+{
+    Parents() = false;
+    DeclareParents(app, Parents());
+}
 
 Exit Init(const Context& context)
 {

@@ -262,6 +262,7 @@ namespace user {
 void DeclarePassword(CLI::App& app, Arguments& arguments)
 {
     PasswordOptions& options = Options();
+    options = {};
     app.require_subcommand(0, 1);
     CLI::App* set = AddThirdWord(app, "set", "give a user a password", options.run, &console::Set);
     DeclareOne(*set, arguments);

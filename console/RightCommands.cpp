@@ -470,6 +470,7 @@ void DeclareRevoke(CLI::App& app, Arguments& arguments)
 void DeclareOn(CLI::App& app, Arguments& arguments)
 {
     Exit (*&chosen)(const Context&) = ChosenOn();
+    chosen = nullptr;
     app.require_subcommand(0, 1);
     CLI::App* list = AddThirdWord(app, "list", "rights of an item on others, and of others on it", chosen, &ListOn);
     DeclareArgument(*list, arguments, kItem);

@@ -174,17 +174,20 @@ Exit SetKey(const Context& context)
 
 void DeclareList(CLI::App& app, Arguments& /*arguments*/)
 {
+    Options() = {};
     DeclareGenre(app, "only settings of this genre; all if not given");
 }
 
 void DeclareGet(CLI::App& app, Arguments& /*arguments*/)
 {
+    Options() = {};
     DeclareName(app);
     DeclareGenre(app, "needed where several genres have the name");
 }
 
 void DeclareSet(CLI::App& app, Arguments& /*arguments*/)
 {
+    Options() = {};
     DeclareName(app);
     app.add_option("VALUE", Options().value, "value to have from now on; -- before one that begins with -")
         ->required()
@@ -194,6 +197,7 @@ void DeclareSet(CLI::App& app, Arguments& /*arguments*/)
 
 void DeclareDelete(CLI::App& app, Arguments& arguments)
 {
+    Options() = {};
     DeclareName(app);
     DeclareGenre(app, "genre of the setting; '' for one without")->required();
     words::DeclareYes(app, arguments);
@@ -201,17 +205,20 @@ void DeclareDelete(CLI::App& app, Arguments& arguments)
 
 void DeclareThreads(CLI::App& app, Arguments& /*arguments*/)
 {
+    Options() = {};
     DeclareNumber(app, "--max", Options().maxThreads, "set how many threads there may be");
     DeclareNumber(app, "--task", Options().taskThreads, "set how many of them are for tasks");
 }
 
 void DeclareFlags(CLI::App& app, Arguments& /*arguments*/)
 {
+    Options() = {};
     DeclareNumber(app, "--doc-flag", Options().docFlag, "set the flag of the document server");
 }
 
 void DeclarePicture(CLI::App& app, Arguments& arguments)
 {
+    Options() = {};
     app.add_option("TEXT", Options().picture, "picture to have from now on; shown if not given")->type_name("");
     app.add_flag("--all-users", Options().allUsers, "give every user this picture too; asks first");
     words::DeclareYes(app, arguments);
@@ -219,6 +226,7 @@ void DeclarePicture(CLI::App& app, Arguments& arguments)
 
 void DeclareEncryptionKey(CLI::App& app, Arguments& /*arguments*/)
 {
+    Options() = {};
     SettingOptions& options = Options();
     app.require_subcommand(0, 1);
     AddThirdWord(app, "show", "whether there is one", options.keyRun, &ShowKey)

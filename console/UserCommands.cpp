@@ -260,6 +260,7 @@ void DeclareRename(CLI::App& app, Arguments& arguments)
 {
     DeclareOne(app, arguments);
     app.add_option("NEWLOGIN", arguments.login, "login name to have from now on")->required()->type_name("");
+    RenameSource() = {};
     DeclareSecretSource(app, RenameSource(), "password");
     DeclareGenerated(app, RenameSource());
     app.add_flag("--drop-password", arguments.dropPassword,

@@ -661,9 +661,9 @@ TEST_F(FolderCommandsTest, NamesThatAreTakenOrNoneAreRefused)
     MakeRoot("Main");
     MakeFolder("/Main/A");
     ExpectRefusal({"folder", "create", "/Main/A"}, 4, "the name 'A' is taken by /Main/A (id 1)");
-    EXPECT_EQ(Done({"folder", "create", "/Main/a"}), "2\n");
-    ExpectRefusal({"folder", "rename", "/Main/a", "A"}, 4, "is taken by /Main/A");
-    Done({"folder", "rename", "/Main/a", "b"});
+    ExpectRefusal({"folder", "create", "/Main/a"}, 4, "the name 'a' is taken by /Main/A (id 1)");
+    EXPECT_EQ(Done({"folder", "create", "/Main/b"}), "2\n");
+    ExpectRefusal({"folder", "rename", "/Main/b", "a"}, 4, "is taken by /Main/A");
     Done({"folder", "rename", "/Main/b", "B"});
     EXPECT_EQ(ShownFolder("/Main/B")["id"], 2);
     for (const char* name : {" x", "x ", "a\tb"}) {

@@ -257,7 +257,8 @@ TEST_F(PlanCommandsTest, WhatCannotBeIsRefusedAndChangesNothing)
     ExpectRefusal({"plan", "set", "Weekly", "--name", "Nightly"}, 4, "is taken by");
     ExpectRefusal({"plan", "set", "Weekly"}, 2, "nothing to set");
     ExpectRefusal({"plan", "create", " x"}, 2, "blank");
-    ExpectRefusal({"plan", "show", "nightly"}, 3, "there is no backup plan 'nightly'");
+    ExpectRefusal({"plan", "create", "NIGHTLY"}, 4, "the name 'NIGHTLY' is taken by Nightly (plan 1)");
+    ExpectRefusal({"plan", "show", "nightl\u00FD"}, 3, "there is no backup plan 'nightl\u00FD'");
     ExpectRefusal({"plan", "show", "id:9"}, 3, "'id:9'");
     ExpectRefusal({"plan", "show", "id:x"}, 2, "'id:x'");
     ExpectRefusal({"plan", "create", "New", "--data-file", Path("missing")}, 1, "cannot read");
