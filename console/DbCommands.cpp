@@ -1,11 +1,11 @@
 #include "console/DbCommands.h"
 
-#include "console/Changes.h"
-#include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Render.h"
-#include "console/Text.h"
 #include "console/Url.h"
+#include "management/Changes.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -34,7 +34,7 @@ std::string WhatWasDone(const schema::Status& before, const schema::Status& afte
 
 schema::Status Inspect(CAConnect& conn)
 {
-    return Asking(conn, [&] { return schema::Inspect(conn); });
+    return WithDatabaseErrors(conn, [&] { return schema::Inspect(conn); });
 }
 
 } // namespace
@@ -63,7 +63,7 @@ Exit Init(const Context& context)
         context.terminal.err << fmt::format("version {}: {}\n", version, Visible(title));
     };
     Changes::NoteCommit();
-    Asking(conn, [&] { schema::Upgrade(conn, tell); });
+    WithDatabaseErrors(conn, [&] { schema::Upgrade(conn, tell); });
     context.terminal.err << fmt::format("{} in {}\n", WhatWasDone(before, Inspect(conn), didSomething), ShownUrl(url));
     return Exit::done;
 }
@@ -75,7 +75,7 @@ Exit Status(const Context& context)
     Connect(conn, WithoutCreating(url), context.arguments);
     const schema::Status status = Inspect(conn);
     const bool isCurrent = status.state == schema::State::current;
-    const CString engine = Asking(conn, [&] { return conn.GetEngineName(); });
+    const CString engine = WithDatabaseErrors(conn, [&] { return conn.GetEngineName(); });
     const Record record = {{"engine", std::string(engine.View())},
                            {"url", ShownUrl(url)},
                            {"state", std::string(NameOf(status.state))},
@@ -92,7 +92,7 @@ Exit Status(const Context& context)
         context.terminal.err << fmt::format("qvadmin: {}\n", ErrorFrom(conn, e).EngineLine());
         return Exit::findings;
     }
-    const auto shortcoming = Asking(conn, [&] { return schema::FindShortcoming(conn); });
+    const auto shortcoming = WithDatabaseErrors(conn, [&] { return schema::FindShortcoming(conn); });
     if (shortcoming) {
         context.terminal.err << fmt::format(
             "qvadmin: {}{}\n", Visible(shortcoming->text),

@@ -1,19 +1,19 @@
 #include "console/UserCommands.h"
 
 #include "console/Confirm.h"
-#include "console/Engine.h"
 #include "console/Import.h"
-#include "console/Lengths.h"
 #include "console/MemberCommands.h"
-#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
 #include "console/Render.h"
-#include "console/Text.h"
 #include "console/Url.h"
-#include "console/UserDepartment.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Lengths.h"
+#include "management/Names.h"
+#include "management/Text.h"
+#include "management/users/UserDepartment.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -152,9 +152,9 @@ void RefuseBuiltIn(const std::vector<UserKey>& users)
 {
     const auto builtIn = std::ranges::find_if(users, IsBuiltIn);
     if (builtIn != users.end()) {
-        throw Refusal(Exit::isProtected,
-                      fmt::format("{} is the built-in administrator and cannot be deleted; nothing was deleted",
-                                  Named(*builtIn)));
+        throw Error(ErrorCode::isProtected,
+                    fmt::format("{} is the built-in administrator and cannot be deleted; nothing was deleted",
+                                Named(*builtIn)));
     }
 }
 
@@ -170,9 +170,9 @@ Deletion PlanDeletion(Directory& directory, const Arguments& arguments)
     RefuseBuiltIn(deletion.users);
     deletion.removed = deletion.users.size();
     for (const UserKey& user : deletion.users) {
-        const std::vector<Trace> traces = directory.Traces(user.id);
+        const std::vector<Reference> traces = directory.References(user.id);
         deletion.removed += CountOf(traces);
-        deletion.shown += fmt::format("delete {}{}\n", Named(user), WithTraces(traces));
+        deletion.shown += fmt::format("delete {}{}\n", Named(user), WithReferences(traces));
     }
     return deletion;
 }
@@ -200,7 +200,7 @@ std::optional<Secret> PasswordForRename(const Context& context, Directory& direc
     const std::string prompt = "New password of " + Visible(context.arguments.login);
     Secret password = ObtainSecret(source, {"password", prompt, true, ""}, context.terminal);
     if (password.View().empty()) {
-        throw Refusal(Exit::usage, "the password is empty; nobody was renamed");
+        throw Error(ErrorCode::invalid, "the password is empty; nobody was renamed");
     }
     return password;
 }
@@ -324,7 +324,7 @@ Exit Show(const Context& context)
     const UserKey user = FindUser(opened.Directory(), context.arguments.user);
     const std::optional<FieldValues> values = opened.Directory().Load(user.id);
     if (!values) {
-        throw Refusal(Exit::notFound, fmt::format("{} has just been deleted", Named(user)));
+        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(user)));
     }
     Render(context.arguments.format, AsRecord(user.id, *values), context.terminal.out);
     return Exit::done;
@@ -369,7 +369,7 @@ Exit Set(const Context& context)
 {
     FieldValues values = Parsed(context.arguments.fields);
     if (values.empty()) {
-        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin user set --help` lists what can be");
+        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin user set --help` lists what can be");
     }
     Opened opened(context.arguments);
     Directory& directory = opened.Directory();

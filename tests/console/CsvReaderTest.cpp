@@ -5,6 +5,7 @@
 #include <sstream>
 
 using namespace console;
+using namespace management;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
