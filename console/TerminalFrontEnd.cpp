@@ -148,6 +148,8 @@ Exit TerminalFrontEnd::Finish(const Result& result)
     }
     if (WritesObject()) {
         WriteObject(result);
+    } else if (m_given.options.dryRun) {
+        m_terminal.err << "dry run: nothing was changed\n";
     } else if (!result.record.empty()) {
         Render(m_format, result.record, m_terminal.out);
     } else if (result.value) {

@@ -6,6 +6,7 @@
 #include "management/DatabaseError.h"
 #include "management/Escape.h"
 #include "management/FindEach.h"
+#include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
 #include "management/Text.h"
@@ -231,6 +232,11 @@ int AddIns::HighestIndex()
 
 int AddIns::Create(const NewAddIn& addIn, int index)
 {
+    RequireFits(m_conn, "kel_AddIn",
+                {{"the name", "Col_Name", addIn.name},
+                 {"the description", "Col_Desc", addIn.description},
+                 {"the package", "Col_PackageName", addIn.package},
+                 {"the data", "Col_Data", addIn.data}});
     // The module doubles the quotes of data itself, and backslashes by the engine kind.
     constexpr int doublesSlashes = 6;
     const bool isKindOfEngine = (m_conn.m_nDBType == doublesSlashes) == EscapesBackslashes(m_conn);
@@ -253,6 +259,11 @@ int AddIns::Create(const NewAddIn& addIn, int index)
 // The module's own change writes data and description together; here one of them may be left as it is, also as NULL.
 void AddIns::Change(int id, const AddInChanges& changes)
 {
+    RequireFits(m_conn, "kel_AddIn",
+                {{"the name", "Col_Name", changes.name.value_or("")},
+                 {"the description", "Col_Desc", changes.description.value_or("")},
+                 {"the package", "Col_PackageName", changes.package.value_or("")},
+                 {"the data", "Col_Data", changes.data.value_or("")}});
     Assignments assignments(m_conn);
     assignments.Text("Col_Name", changes.name);
     assignments.Text("Col_Data", changes.data);
@@ -338,6 +349,8 @@ std::vector<Package> Packages::FindAll(std::string_view name)
 
 int Packages::Insert(const Package& package)
 {
+    RequireFits(m_conn, "kel_Package",
+                {{"the name", "Col_Name", package.name}, {"the description", "Col_Desc", package.description}});
     // The module's operation goes on after a refused row, and its next error would hide the reason.
     const CString name = EscapeLiteral(m_conn, package.name);
     const std::string sql = fmt::format(
@@ -351,6 +364,7 @@ int Packages::Insert(const Package& package)
 
 void Packages::Update(const Package& package)
 {
+    RequireFits(m_conn, "kel_Package", {{"the description", "Col_Desc", package.description}});
     Run(m_conn, [&] {
         return CQVBaseFun::UpdatePackageInfo(m_conn, EscapeLiteral(m_conn, package.modified.value_or("")),
                                              package.version, EscapeLiteral(m_conn, package.description), package.id);

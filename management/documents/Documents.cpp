@@ -9,6 +9,7 @@
 #include "documents/DocRootLinkItem.h"
 #include "management/DatabaseError.h"
 #include "management/Escape.h"
+#include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
 #include "management/Text.h"
@@ -635,6 +636,11 @@ int Documents::CountRootLinks(int id)
 
 int Documents::CreateRoot(const RootData& root)
 {
+    RequireFits(m_conn, "Tab_Doc_Root",
+                {{"the name", "Col_Name", root.name},
+                 {"the description", "Col_Desc", root.description},
+                 {"the path", "Col_DataPath", root.path},
+                 {"the display name", "Col_DispName", root.displayName}});
     CDocRootItem item;
     item.m_strName = EscapeLiteral(root.name);
     item.m_strDesc = EscapeLiteral(root.description);
@@ -655,6 +661,11 @@ void Documents::ChangeRoot(int id, const RootChanges& changes)
     const auto cut = [](const auto& number) {
         return number ? std::optional(static_cast<int>(*number)) : std::nullopt;
     };
+    RequireFits(m_conn, "Tab_Doc_Root",
+                {{"the name", "Col_Name", changes.name.value_or("")},
+                 {"the description", "Col_Desc", changes.description.value_or("")},
+                 {"the path", "Col_DataPath", changes.path.value_or("")},
+                 {"the display name", "Col_DispName", changes.displayName.value_or("")}});
     Assignments assignments(m_conn);
     assignments.Text("Col_Name", changes.name);
     assignments.Text("Col_Desc", changes.description);
@@ -713,6 +724,8 @@ int Documents::RemoveLinksTo(int folderId)
 
 NewFolder Documents::CreateFolder(DocKey parent, const FolderData& folder)
 {
+    RequireFits(m_conn, "Tab_Doc_VFolder",
+                {{"the name", "Col_Name", folder.name}, {"the creator", "Col_Creator_Name", folder.creator}});
     CDocFolderItem item;
     item.m_strName = EscapeLiteral(folder.name);
     item.m_nStyle = static_cast<int>(folder.style);
@@ -770,6 +783,7 @@ void Documents::UpdateLinks(int folderId, const std::string& assignment, const s
 
 void Documents::RenameFolder(int id, std::string_view oldName, std::string_view newName)
 {
+    RequireFits(m_conn, "Tab_Doc_VFolder", {{"the name", "Col_Name", newName}});
     Run(m_conn, [&] { return CQVBaseFun::UpdateFolderName(m_conn, id, EscapeLiteral(newName)); });
     UpdateLinks(id, fmt::format("Col_DispName = '{}'", EscapeLiteral(newName).View()),
                 fmt::format("Col_DispName = '{}'", EscapeLiteral(oldName).View()));

@@ -5,6 +5,7 @@
 #include "dbaccess/CARecordset.h"
 #include "management/DatabaseError.h"
 #include "management/Escape.h"
+#include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
 #include "management/Text.h"
@@ -109,6 +110,10 @@ std::vector<ListedPlan> Plans::OfItem(ItemKey item)
 
 int Plans::Create(const PlanData& plan)
 {
+    RequireFits(m_conn, "Tab_Doc_Backup_Plan",
+                {{"the name", "Col_Name", plan.name},
+                 {"the description", "Col_Desc", plan.description},
+                 {"the data", "Col_Data", plan.data}});
     Run(m_conn, [&] {
         return CQVBaseFun::InsertBackupPlanInfo(m_conn, EscapeLiteral(plan.name), EscapeLiteral(plan.description),
                                                 EscapeLiteral(plan.data));
@@ -119,6 +124,10 @@ int Plans::Create(const PlanData& plan)
 // The module's own change writes all three columns; here each may be left as it is, also as NULL.
 void Plans::Change(int id, const PlanChanges& changes)
 {
+    RequireFits(m_conn, "Tab_Doc_Backup_Plan",
+                {{"the name", "Col_Name", changes.name.value_or("")},
+                 {"the description", "Col_Desc", changes.description.value_or("")},
+                 {"the data", "Col_Data", changes.data.value_or("")}});
     Assignments assignments(m_conn);
     assignments.Text("Col_Name", changes.name);
     assignments.Text("Col_Desc", changes.description);
@@ -187,6 +196,8 @@ std::string Named(const PlanKey& plan) { return fmt::format("{} (plan {})", Visi
 
 void DocLog::Add(const LogEntry& entry)
 {
+    RequireFits(m_conn, "Tab_Doc_Log",
+                {{"the type", "Col_Type", entry.type}, {"the content", "Col_Content", entry.content}});
     Run(m_conn, [&] {
         return CQVBaseFun::InsertDocLog(m_conn, entry.classId, entry.objectId, EscapeLiteral(m_conn, entry.content),
                                         EscapeLiteral(m_conn, entry.type), entry.creatorId,

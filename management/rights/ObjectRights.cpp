@@ -6,6 +6,7 @@
 #include "dbaccess/CARecordset.h"
 #include "management/DatabaseError.h"
 #include "management/Escape.h"
+#include "management/Lengths.h"
 #include "management/Query.h"
 
 #include <fmt/format.h>
@@ -128,6 +129,9 @@ void ObjectRights::Save(const ObjectRight& right)
 
 int ObjectRights::Grant(const ObjectRight& right)
 {
+    RequireFits(
+        m_conn, "Tab_BIOAce",
+        {{"the genre", "Col_FunGenre", right.function.genre}, {"the function", "Col_FunName", right.function.name}});
     Save(right);
     return LastInsertedId(m_conn);
 }

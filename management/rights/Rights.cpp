@@ -6,6 +6,7 @@
 #include "dbaccess/CARecordset.h"
 #include "management/DatabaseError.h"
 #include "management/Escape.h"
+#include "management/Lengths.h"
 #include "management/Query.h"
 
 #include <fmt/format.h>
@@ -99,6 +100,8 @@ bool Rights::Exists(ItemKey holder, const Function& function)
 
 void Rights::Grant(ItemKey holder, const Function& function, PermissionMask powers)
 {
+    RequireFits(m_conn, "qv_ItemAce",
+                {{"the genre", "Col_FunGenre", function.genre}, {"the function", "Col_FunName", function.name}});
     Run(m_conn, [&] {
         return CQVBaseFun::InsertItemAce(m_conn, holder.id, holder.type, EscapeLiteral(function.genre),
                                          EscapeLiteral(function.name), powers.power, powers.unpower);
@@ -174,6 +177,9 @@ bool Rights::ExistsOn(ItemKey holder, ItemKey on, const Function& function)
 
 void Rights::GrantOn(const RightOn& right)
 {
+    RequireFits(
+        m_conn, "qv_BIIAce",
+        {{"the genre", "Col_FunGenre", right.function.genre}, {"the function", "Col_FunName", right.function.name}});
     Run(m_conn, [&] {
         return CQVBaseFun::InsertBIIAceInfo(m_conn, right.holder.id, right.holder.type, right.on.id, right.on.type,
                                             EscapeLiteral(right.function.genre), EscapeLiteral(right.function.name),

@@ -508,6 +508,9 @@ void Roles::RefuseConfusedTitle(int groupId, int userId, std::string_view title)
 void Roles::GiveTitle(const HeldTitle& title)
 {
     RefuseConfusedTitle(title.groupId, title.userId, title.title);
+    RequireFits(
+        m_conn, "qv_JobTitle",
+        {{"the title", "Col_JobTitle", title.title}, {"the description", "Col_JobTitle_Desc", title.description}});
     CJobTitleItem item;
     item.m_nQvItemID = title.groupId;
     item.m_nDQvItemID = title.userId;

@@ -5,6 +5,7 @@
 #include "dbaccess/CARecordset.h"
 #include "management/DatabaseError.h"
 #include "management/Escape.h"
+#include "management/Lengths.h"
 #include "management/Query.h"
 #include "management/passwords/Passwords.h"
 #include "platform/CodePage.h"
@@ -84,6 +85,10 @@ std::vector<Setting> Settings::Named(std::string_view name)
 
 void Settings::Insert(std::string_view name, std::string_view value, std::string_view genre)
 {
+    RequireFits(m_conn, "Tab_Config",
+                {{"the name", "Col_Name", name}, {"the value", "Col_Data", value}, {"the genre", "Col_Genre", genre}});
+    RequireFits(m_conn, "Tab_Config",
+                {{"the name", "Col_Name", name}, {"the value", "Col_Data", value}, {"the genre", "Col_Genre", genre}});
     Run(m_conn, [&] {
         return CQVBaseFun::InsertTabConfigValue(m_conn, EscapeLiteral(m_conn, name), EscapeLiteral(m_conn, value),
                                                 EscapeLiteral(m_conn, genre));
@@ -92,6 +97,7 @@ void Settings::Insert(std::string_view name, std::string_view value, std::string
 
 void Settings::UpdateAll(std::string_view name, std::string_view value)
 {
+    RequireFits(m_conn, "Tab_Config", {{"the value", "Col_Data", value}});
     Run(m_conn, [&] {
         return CQVBaseFun::UpdateTabConfigValue(m_conn, EscapeLiteral(m_conn, name), EscapeLiteral(m_conn, value));
     });
@@ -163,6 +169,7 @@ void Settings::SetPicture(std::string_view picture)
 
 void Settings::SetUsersPicture(std::string_view picture)
 {
+    RequireFits(m_conn, "qv_User", {{"the picture", "Col_Picture", picture}});
     Run(m_conn, [&] { return CQVBaseFun::UpdateUserDisplayPic(m_conn, EscapeQuotes(m_conn, picture)); });
 }
 

@@ -5,7 +5,6 @@
 #include <sstream>
 
 using namespace console;
-using namespace management;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

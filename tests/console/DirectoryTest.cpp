@@ -13,7 +13,6 @@
 #include <functional>
 #include <random>
 
-using namespace console;
 using namespace management;
 
 namespace {

@@ -7,7 +7,6 @@
 #include <vector>
 
 using namespace console;
-using namespace management;
 using namespace std::string_literals;
 using testing::AllOf;
 using testing::HasSubstr;

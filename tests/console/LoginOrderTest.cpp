@@ -12,7 +12,6 @@
 
 #include <limits>
 
-using namespace console;
 using namespace management;
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -12,7 +12,6 @@
 
 #include <algorithm>
 
-using namespace console;
 using namespace management;
 using testing::AllOf;
 using testing::ElementsAre;
