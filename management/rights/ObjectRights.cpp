@@ -129,9 +129,8 @@ void ObjectRights::Save(const ObjectRight& right)
 
 int ObjectRights::Grant(const ObjectRight& right)
 {
-    RequireFits(
-        m_conn, "Tab_BIOAce",
-        {{"the genre", "Col_FunGenre", right.function.genre}, {"the function", "Col_FunName", right.function.name}});
+    RequireFits(m_conn, "Tab_BIOAce",
+                {{"the genre", "Col_FunGenre", right.key.genre}, {"the function", "Col_FunName", right.key.function}});
     Save(right);
     return LastInsertedId(m_conn);
 }
