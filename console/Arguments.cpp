@@ -3,6 +3,7 @@
 #include "console/Commands.h"
 #include "console/ExitCode.h"
 #include "console/Help.h"
+#include "console/LocalCommand.h"
 #include "console/Url.h"
 #include "management/Text.h"
 #include "platform/CodePage.h"
@@ -77,6 +78,11 @@ std::vector<std::string_view> NounNames()
 {
     std::vector<std::string_view> names;
     std::ranges::transform(Nouns(), std::back_inserter(names), &Noun::name);
+    for (const management::Command* command : AllCommands()) {
+        if (command->path[1].empty() && !command->summary.empty()) {
+            names.push_back(command->path[0]);
+        }
+    }
     return names;
 }
 
@@ -88,9 +94,9 @@ std::vector<std::string_view> VerbNames(std::string_view noun)
             names.push_back(command.verb);
         }
     }
-    for (const management::Command& command : management::Commands()) {
-        if (command.path.front() == noun && (command.run == nullptr || command.path.back().empty())) {
-            names.push_back(command.path[1]);
+    for (const management::Command* command : AllCommands()) {
+        if (command->path[0] == noun && command->path[2].empty()) {
+            names.push_back(command->path[1]);
         }
     }
     return names;
@@ -100,9 +106,9 @@ std::vector<std::string_view> VerbNames(std::string_view noun)
 std::vector<std::string_view> ThirdWords(std::string_view noun, std::string_view verb)
 {
     std::vector<std::string_view> names;
-    for (const management::Command& command : management::Commands()) {
-        if (command.path[0] == noun && command.path[1] == verb && !command.path[2].empty()) {
-            names.push_back(command.path[2]);
+    for (const management::Command* command : AllCommands()) {
+        if (command->path[0] == noun && command->path[1] == verb && !command->path[2].empty()) {
+            names.push_back(command->path[2]);
         }
     }
     return names;
@@ -128,32 +134,42 @@ bool IsAmong(const std::vector<std::string>& words, std::string_view name)
     return std::ranges::find(words, name) != words.end();
 }
 
-/// The words that name a command of the table, or a head of several.
-std::vector<std::string> PathOf(const management::Command& command)
+std::string FooterOf(const management::Command& command)
 {
-    std::vector<std::string> path;
-    for (const std::string_view word : command.path) {
-        if (!word.empty()) {
-            path.emplace_back(word);
-        }
-    }
-    return path;
+    const std::string notes = command.notes != nullptr ? command.notes() + "\n" : "";
+    return notes + WithHeading(command.examples) + kEveryCommand;
 }
 
 void DeclareTableCommands(CLI::App& noun, const std::vector<std::string>& words, CommandLine& given)
 {
-    for (const management::Command& command : management::Commands()) {
+    for (const management::Command* row : AllCommands()) {
+        const management::Command& command = *row;
         const std::vector<std::string> path = PathOf(command);
-        if (path.front() != noun.get_name()) {
+        if (path.size() == 1 || path.front() != noun.get_name()) {
             continue;
         }
         CLI::App* parent = path.size() == 2 ? &noun : noun.get_subcommand(path[1]);
         CLI::App* verb = parent->add_subcommand(path.back(), std::string(command.summary));
-        verb->group("Verbs")->fallthrough()->footer(WithHeading(command.examples) + kEveryCommand);
-        if (command.run == nullptr) {
+        verb->group("Verbs")->fallthrough()->footer(FooterOf(command));
+        if (IsHead(command)) {
             verb->require_subcommand(0, 1);
         } else if (IsAmong(words, path.back())) {
             DeclareParams(*verb, command, given);
+        }
+    }
+}
+
+/// Declares the commands that are one word.
+void DeclareSingleWords(CLI::App& app, const std::vector<std::string>& words, CommandLine& given)
+{
+    for (const management::Command* command : AllCommands()) {
+        if (PathOf(*command).size() != 1) {
+            continue;
+        }
+        CLI::App* sub = app.add_subcommand(std::string(command->path[0]), std::string(command->summary));
+        sub->group(command->summary.empty() ? "" : "Other commands")->fallthrough()->footer(FooterOf(*command));
+        if (IsAmong(words, command->path[0])) {
+            DeclareParams(*sub, *command, given);
         }
     }
 }
@@ -193,6 +209,7 @@ void Declare(CLI::App& app, const std::vector<std::string>& words, Request& requ
             DeclareVerbs(*sub, noun.name, words, request);
         }
     }
+    DeclareSingleWords(app, words, request.given);
 }
 
 /// The words as CLI11 takes them: from the last to the first. It would read "--birthday= amy" as a birthday "amy".
@@ -248,10 +265,10 @@ void RefuseUnknownWords(const CLI::App& app)
     if (word && noun == nullptr) {
         RefuseWord("there is no noun", *word, NounNames());
     }
-    if (word && NamedIn(*noun) == nullptr) {
+    if (word && NamedIn(*noun) == nullptr && !VerbNames(noun->get_name()).empty()) {
         RefuseWord(noun->get_name() + " has no verb", *word, VerbNames(noun->get_name()));
     }
-    if (word && NamedIn(*NamedIn(*noun)) == nullptr) {
+    if (word && NamedIn(*noun) != nullptr && NamedIn(*NamedIn(*noun)) == nullptr) {
         const std::string verb = NamedIn(*noun)->get_name();
         if (const std::vector<std::string_view> third = ThirdWords(noun->get_name(), verb); !third.empty()) {
             RefuseWord(fmt::format("{} {} has no verb", noun->get_name(), verb), *word, third);
@@ -270,30 +287,25 @@ void Select(const CLI::App& app, Request& request)
     if (noun == nullptr) {
         throw Error(ErrorCode::invalid, "name a noun and a verb, such as `qvadmin user list`");
     }
-    const CLI::App* verb = NamedIn(*noun);
-    if (verb == nullptr) {
-        throw Error(ErrorCode::invalid,
-                    fmt::format("name what to do, such as `qvadmin {} {}`; see `{}`", noun->get_name(),
-                                VerbNames(noun->get_name()).front(), HelpCommand(app)));
+    std::vector<std::string> path;
+    for (const CLI::App* named = noun; named != nullptr; named = NamedIn(*named)) {
+        path.push_back(named->get_name());
     }
+    const std::vector<const management::Command*> rows = AllCommands();
+    const auto row = std::ranges::find(rows, path, [](const management::Command* command) { return PathOf(*command); });
     const auto own = std::ranges::find_if(Commands(), [&](const Command& command) {
-        return command.noun == noun->get_name() && command.verb == verb->get_name();
+        return path.size() == 2 && command.noun == path[0] && command.verb == path[1];
     });
     if (own != Commands().end()) {
         request.command = &*own;
-        return;
+    } else if (row != rows.end() && !IsHead(**row)) {
+        request.tableCommand = *row;
+    } else {
+        const std::string_view next =
+            path.size() == 1 ? VerbNames(path[0]).front() : ThirdWords(path[0], path[1]).front();
+        throw Error(ErrorCode::invalid, fmt::format("name what to do, such as `qvadmin {} {}`; see `{}`",
+                                                    fmt::join(path, " "), next, HelpCommand(app)));
     }
-    const CLI::App* third = NamedIn(*verb);
-    std::vector<std::string> path = {noun->get_name(), verb->get_name()};
-    if (third != nullptr) {
-        path.push_back(third->get_name());
-    }
-    const auto found = std::ranges::find(management::Commands(), path, &PathOf);
-    if (found->run == nullptr) {
-        throw Error(ErrorCode::invalid, fmt::format("name what to do, such as `qvadmin {} {} {}`; see `{}`", path[0],
-                                                    path[1], ThirdWords(path[0], path[1]).front(), HelpCommand(app)));
-    }
-    request.tableCommand = &*found;
 }
 
 } // namespace

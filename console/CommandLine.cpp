@@ -110,7 +110,7 @@ void DeclareParams(CLI::App& app, const management::Command& command, CommandLin
             }
         }
     }
-    if (command.effect == Effect::read) {
+    if (command.effect == Effect::read || command.run == nullptr) {
         return;
     }
     if (command.asks) {

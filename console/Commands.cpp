@@ -2,12 +2,11 @@
 
 #include "console/AddInCommands.h"
 #include "console/BoardCommands.h"
-#include "console/CopyCommand.h"
-#include "console/DbCommands.h"
 #include "console/DocRootCommands.h"
 #include "console/ExplainCommand.h"
 #include "console/FolderCommands.h"
 #include "console/GroupCommands.h"
+#include "console/LocalCommand.h"
 #include "console/MemberCommands.h"
 #include "console/MessageCommands.h"
 #include "console/ObjectRightCommands.h"
@@ -23,6 +22,7 @@
 #include "management/Changes.h"
 #include "management/Text.h"
 
+#include <algorithm>
 #include <exception>
 #include <new>
 
@@ -97,17 +97,6 @@ constexpr Noun kNouns[] = {
 };
 
 constexpr Command kCommands[] = {
-    {"db", "init", "make the database, or bring it up to this program's version",
-     "  qvadmin db init\n"
-     "  qvadmin --db sqlite:/srv/directory.db db init",
-     &db::DeclareInit, &db::Init},
-    {"db", "status", "what there is; ends with 0 when the database is ready for use, else with 8",
-     "  qvadmin db status -o json", nullptr, &db::Status},
-    {"db", "copy", "carry the whole directory over to another database, of any engine, with all ids",
-     "  qvadmin db copy postgresql://quorvel@db1.example.org/directory\n"
-     "  qvadmin --db mysql://quorvel@localhost/directory db copy sqlite:/srv/directory.db",
-     &db::DeclareCopy, &db::Copy},
-
     {"user", "list", "users by login name",
      "  qvadmin user list\n"
      "  qvadmin user list --locked --match sales --limit 20\n"
@@ -150,12 +139,6 @@ constexpr Command kCommands[] = {
      &title::OfUser},
     {"user", "groups", "the groups and views that a user is in", "  qvadmin user groups amy", &user::DeclareOne,
      &member::OfUser},
-    {"user", "import", "add the users of a file, row by row",
-     "  qvadmin user import people.csv --dry-run\n"
-     "  qvadmin user import people.csv\n"
-     "  qvadmin user import people.csv --update --result outcomes.csv\n"
-     "  qvadmin user import people.csv --departments Company --make-view --dry-run",
-     &user::DeclareImport, &user::Import},
 
     {"group", "tree", "draw the organisation, with how many people are where",
      "  qvadmin group tree\n"
@@ -489,6 +472,11 @@ constexpr Command kCommands[] = {
 
 Exit RunTableCommand(const Request& request, Terminal& terminal)
 {
+    const auto own = std::ranges::find(LocalCommands(), request.tableCommand,
+                                       [](const LocalCommand& command) { return &command.row; });
+    if (own != LocalCommands().end()) {
+        return own->run({request.given, request.arguments, terminal});
+    }
     Opened opened(request.arguments);
     TerminalFrontEnd frontEnd(*request.tableCommand, request.given, request.arguments.format, terminal);
     Call call(opened.Directory().Connection(), frontEnd, request.given.options);

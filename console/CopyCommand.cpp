@@ -1,11 +1,8 @@
-#include "console/CopyCommand.h"
-
-#include "console/DbCommands.h"
 #include "console/Interrupt.h"
+#include "console/LocalCommand.h"
 #include "console/Opened.h"
 #include "console/Progress.h"
 #include "console/Url.h"
-#include "console/Words.h"
 #include "management/Changes.h"
 #include "management/DatabaseError.h"
 #include "management/Text.h"
@@ -18,17 +15,18 @@
 #include <string_view>
 #include <system_error>
 
-namespace console::db {
+namespace console {
 
 namespace {
 
-bool& Parents()
-{
-    static bool parents = false;
-    return parents;
-}
+struct CopyInput {
+    std::string target;
+    bool parents = false;
+};
 
-constexpr Field kTarget{"URL", "", {}, Field::Use::given, "the database to copy to, such as sqlite:PATH"};
+constexpr Param<CopyInput> kCopyParams[] = {
+    {"URL", &CopyInput::target, Kind::text, "the database to copy to, such as sqlite:PATH"},
+    {"parents", &CopyInput::parents, Kind::flag, "make the directories above a SQLite file that are missing"}};
 
 void RequireLastingFile(const std::string& url)
 {
@@ -48,10 +46,10 @@ void RequireLastingFile(const std::string& url)
 }
 
 /// The arguments of a command that would work on the target.
-Arguments ForTarget(const Arguments& arguments)
+Arguments ForTarget(const Arguments& arguments, const std::string& url)
 {
     Arguments target = arguments;
-    target.db = words::Given(arguments, kTarget);
+    target.db = url;
     RequireScheme(*target.db, "the target");
     RequireLastingFile(*target.db);
     return target;
@@ -201,22 +199,14 @@ private:
     Progress m_progress;
 };
 
-} // namespace
-
-void DeclareCopy(CLI::App& app, Arguments& arguments)
+Exit Copy(const LocalCall& context)
 {
-    words::DeclareArgument(app, arguments, kTarget);
-    Parents() = false;
-    DeclareParents(app, Parents());
-}
-
-Exit Copy(const Context& context)
-{
-    const Arguments target = ForTarget(context.arguments);
+    const auto in = binding::ReadInput<kCopyParams>(context.given);
+    const Arguments target = ForTarget(context.arguments, in.target);
     const std::string shown = ShownUrl(*target.db);
     Opened source(context.arguments, Opened::Indexes::leftAlone);
     CAConnect& from = source.Directory().Connection();
-    PrepareDirectory(*target.db, Parents());
+    PrepareDirectory(*target.db, in.parents);
     CAConnect to;
     NewTarget newTarget(*target.db, to);
     Connect(to, *target.db, target);
@@ -237,4 +227,19 @@ Exit Copy(const Context& context)
     return Exit::done;
 }
 
-} // namespace console::db
+constexpr LocalCommand kCommands[] = {
+    {{.path = {"db", "copy"},
+      .summary = "carry the whole directory over to another database, of any engine, with all ids",
+      .examples = "  qvadmin db copy postgresql://quorvel@db1.example.org/directory\n"
+                  "  qvadmin --db mysql://quorvel@localhost/directory db copy sqlite:/srv/directory.db",
+      .effect = Effect::create,
+      .duration = Duration::longRunning,
+      .params = &InfosOf<kCopyParams>},
+     &Copy},
+};
+
+} // namespace
+
+std::span<const LocalCommand> CopyCommands() { return kCommands; }
+
+} // namespace console

@@ -1,5 +1,4 @@
-#include "console/DbCommands.h"
-
+#include "console/LocalCommand.h"
 #include "console/Opened.h"
 #include "console/Render.h"
 #include "console/Url.h"
@@ -7,18 +6,21 @@
 #include "management/DatabaseError.h"
 #include "management/Text.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-namespace console::db {
+namespace console {
 
 namespace {
 
-bool& Parents()
-{
-    static bool parents = false;
-    return parents;
-}
+struct InitInput {
+    bool parents = false;
+};
+
+constexpr Param<InitInput> kInitParams[] = {
+    {"parents", &InitInput::parents, Kind::flag, "make the directories above a SQLite file that are missing"}};
+
+constexpr Column kStatusColumns[] = {
+    {"engine"}, {"url"}, {"state"}, {"version", Kind::number}, {"newest", Kind::number}, {"users", Kind::number}};
 
 std::string WhatWasDone(const schema::Status& before, const schema::Status& after, bool didSomething)
 {
@@ -37,23 +39,11 @@ schema::Status Inspect(CAConnect& conn)
     return WithDatabaseErrors(conn, [&] { return schema::Inspect(conn); });
 }
 
-} // namespace
-
-void DeclareParents(CLI::App& app, bool& parents)
+Exit Init(const LocalCall& context)
 {
-    app.add_flag("--parents", parents, "make the directories above a SQLite file that are missing");
-}
-
-void DeclareInit(CLI::App& app, Arguments& /*arguments*/)
-{
-    Parents() = false;
-    DeclareParents(app, Parents());
-}
-
-Exit Init(const Context& context)
-{
+    const auto in = binding::ReadInput<kInitParams>(context.given);
     const std::string url = ChooseUrl(context.arguments.db);
-    PrepareDirectory(url, Parents() || IsDefault(context.arguments.db));
+    PrepareDirectory(url, in.parents || IsDefault(context.arguments.db));
     CAConnect conn;
     Connect(conn, url, context.arguments);
     const schema::Status before = Inspect(conn);
@@ -68,7 +58,7 @@ Exit Init(const Context& context)
     return Exit::done;
 }
 
-Exit Status(const Context& context)
+Exit Status(const LocalCall& context)
 {
     const std::string url = ChooseUrl(context.arguments.db);
     CAConnect conn;
@@ -101,4 +91,24 @@ Exit Status(const Context& context)
     return isCurrent && !shortcoming ? Exit::done : Exit::findings;
 }
 
-} // namespace console::db
+constexpr LocalCommand kCommands[] = {
+    {{.path = {"db", "init"},
+      .summary = "make the database, or bring it up to this program's version",
+      .examples = "  qvadmin db init\n"
+                  "  qvadmin --db sqlite:/srv/directory.db db init",
+      .effect = Effect::change,
+      .params = &InfosOf<kInitParams>},
+     &Init},
+    {{.path = {"db", "status"},
+      .summary = "what there is; ends with 0 when the database is ready for use, else with 8",
+      .examples = "  qvadmin db status -o json",
+      .effect = Effect::read,
+      .columns = kStatusColumns},
+     &Status},
+};
+
+} // namespace
+
+std::span<const LocalCommand> DbCommands() { return kCommands; }
+
+} // namespace console

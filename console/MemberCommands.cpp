@@ -25,8 +25,6 @@ using namespace words;
 
 constexpr Field kHolder{
     "GROUP", "", {}, Field::Use::given, "/VIEW or /VIEW/GROUP, or id:NUMBER of a group, or view:NUMBER"};
-constexpr Field kDepartments{
-    "departments", "", {}, Field::Use::given, "make each department a group below this view, and its people members"};
 
 ItemKey FindGiven(const Organisation& organisation, const Arguments& arguments)
 {
@@ -98,20 +96,6 @@ void DeclareDetach(CLI::App& app, Arguments& arguments)
     user::DeclareOne(app, arguments);
     DeclareYes(app, arguments);
 }
-
-void DeclareDepartments(CLI::App& app, Arguments& arguments)
-{
-    const auto take = [&arguments](const std::string& view) { arguments.fields[&kDepartments] = view; };
-    app.add_option_function<std::string>(OptionOf(kDepartments), take, std::string(kDepartments.help))
-        ->type_name("VIEW");
-    auto* makeView = app.add_flag("--make-view", arguments.makeView, "make that view when it is not there")
-                         ->needs(OptionOf(kDepartments));
-    app.add_flag("--no-new-groups", arguments.noNewGroups, "rows of departments that have no group yet fail")
-        ->needs(OptionOf(kDepartments))
-        ->excludes(makeView);
-}
-
-std::optional<std::string> DepartmentsGiven(const Arguments& arguments) { return Given(arguments, kDepartments); }
 
 // ---- Reading --------------------------------------------------------------------------------------------------------
 

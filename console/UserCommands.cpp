@@ -1,12 +1,9 @@
 #include "console/UserCommands.h"
 
 #include "console/Confirm.h"
-#include "console/Import.h"
-#include "console/MemberCommands.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
 #include "console/Render.h"
-#include "console/Url.h"
 #include "console/Words.h"
 #include "management/DatabaseError.h"
 #include "management/Lengths.h"
@@ -55,21 +52,6 @@ void DeclareFields(CLI::App& app, Arguments& arguments, Field::Use narrowest)
     }
     words::DeclareOption(app, arguments, kDepartmentText);
     app.get_option(OptionOf(kDepartmentText))->excludes(OptionOf(Department()));
-}
-
-/// The names with commas between, in lines that fit a terminal.
-std::string Wrapped(const std::vector<std::string_view>& names)
-{
-    constexpr std::size_t kWidest = 78;
-    std::string text;
-    std::string line = " ";
-    for (const std::string_view name : names) {
-        if (line.size() + name.size() + 2 > kWidest) {
-            text += std::exchange(line, " ") + "\n";
-        }
-        line += fmt::format(" {}{}", name, name == names.back() ? "" : ",");
-    }
-    return text + line + "\n";
 }
 
 FieldValues Parsed(const std::map<const Field*, std::string>& texts)
@@ -205,18 +187,6 @@ std::optional<Secret> PasswordForRename(const Context& context, Directory& direc
     return password;
 }
 
-/// The files of a SQLite database, also those that are not there now.
-std::vector<OutputFile::InUse> FilesOf(const std::string& url)
-{
-    std::vector<OutputFile::InUse> files;
-    if (const std::optional<std::filesystem::path> file = SqliteFile(url)) {
-        for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
-            files.push_back({file->native() + suffix, "a file of the database in use"});
-        }
-    }
-    return files;
-}
-
 std::string_view ToldOf(PasswordFate fate, bool isReplaced)
 {
     return isReplaced                      ? "; the new password is set"
@@ -279,23 +249,6 @@ void DeclareDelete(CLI::App& app, Arguments& arguments)
 void DeclareExists(CLI::App& app, Arguments& arguments)
 {
     app.add_option("LOGIN", arguments.login, "login name, case not counting")->required()->type_name("");
-}
-
-void DeclareImport(CLI::App& app, Arguments& arguments)
-{
-    app.add_option("FILE", arguments.file, "comma-separated values in UTF-8 with a header row; - for standard input")
-        ->required()
-        ->type_name("");
-    app.add_flag("--dry-run", arguments.dryRun, "check everything, change nothing");
-    app.add_option("--result", arguments.result,
-                   "where to write each row's outcome: FILE.result.csv if not given; - for standard output")
-        ->type_name("FILE");
-    app.add_flag("--update", arguments.update, "set the columns of users who are there; empty values leave theirs");
-    member::DeclareDepartments(app, arguments);
-    app.add_flag("--allow-privileges", arguments.allowPrivileges,
-                 "rows may change super, system and locked, and concern Admin");
-    app.footer("Columns (login is needed, all others may be left out):\n" + Wrapped(ImportColumns()) + "\n" +
-               app.get_footer());
 }
 
 // ---- Reading --------------------------------------------------------------------------------------------------------
@@ -431,24 +384,6 @@ Exit Delete(const Context& context)
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", Counted(users.size(), "user"));
     return Exit::done;
-}
-
-Exit Import(const Context& context)
-{
-    Opened opened(context.arguments);
-    const Arguments& arguments = context.arguments;
-    return ImportUsers(opened.Directory(),
-                       {.file = arguments.file,
-                        .result = arguments.result,
-                        .dryRun = arguments.dryRun,
-                        .update = arguments.update,
-                        .allowPrivileges = arguments.allowPrivileges,
-                        .departments = member::DepartmentsGiven(arguments),
-                        .makeView = arguments.makeView,
-                        .makeGroups = !arguments.noNewGroups,
-                        .inUse = FilesOf(ChooseUrl(arguments.db)),
-                        .isReadOnly = IsReadOnly(ChooseUrl(arguments.db))},
-                       context.terminal);
 }
 
 } // namespace console::user
