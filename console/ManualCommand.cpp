@@ -6,8 +6,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
+#include <iterator>
 #include <ostream>
 #include <string>
+#include <vector>
 
 // The table of commands as manual pages, and as data for other programs.
 
@@ -236,8 +239,11 @@ void WriteProgram(std::ostream& out)
         }
     }
     out << kProgramEnd << ".Sh SEE ALSO\n";
-    for (const Noun& noun : Nouns()) {
-        out << ".Xr qvadmin\\-" << noun.name << " 1" << (&noun == &Nouns().back() ? "\n" : " ,\n");
+    std::vector<std::string_view> names;
+    std::ranges::transform(Nouns(), std::back_inserter(names), &Noun::name);
+    std::ranges::sort(names);
+    for (const std::string_view name : names) {
+        out << ".Xr qvadmin\\-" << name << " 1" << (name == names.back() ? "\n" : " ,\n");
     }
 }
 
