@@ -1,16 +1,16 @@
 #include "console/AddInCommands.h"
 
-#include "console/AddIns.h"
 #include "console/Confirm.h"
-#include "console/Engine.h"
 #include "console/JsonWriter.h"
-#include "console/Messages.h"
-#include "console/Names.h"
 #include "console/Opened.h"
-#include "console/Organisation.h"
-#include "console/Text.h"
 #include "console/TextFile.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Names.h"
+#include "management/Text.h"
+#include "management/addins/AddIns.h"
+#include "management/messages/Messages.h"
+#include "management/organisation/Organisation.h"
 #include "platform/COleDateTime.h"
 
 #include <CLI/CLI.hpp>
@@ -88,7 +88,7 @@ std::optional<std::string> DataGiven(const Arguments& arguments)
     const std::optional<std::string> data = Given(arguments, kData);
     const std::optional<std::string> file = Given(arguments, kDataFile);
     if (data && file) {
-        throw Refusal(Exit::usage, "--data and --data-file are two answers to one question");
+        throw Error(ErrorCode::invalid, "--data and --data-file are two answers to one question");
     }
     return file ? ReadTextFile(*file) : data;
 }
@@ -98,7 +98,7 @@ std::optional<bool> PublicGiven(const Arguments& arguments)
     const bool isPublic = Given(arguments, kPublic).has_value();
     const bool isNot = Given(arguments, kNotPublic).has_value();
     if (isPublic && isNot) {
-        throw Refusal(Exit::usage, "--public and --no-public contradict each other");
+        throw Error(ErrorCode::invalid, "--public and --no-public contradict each other");
     }
     return isPublic || isNot ? std::optional(isPublic) : std::nullopt;
 }
@@ -115,7 +115,7 @@ console::Move MoveGiven(const Arguments& arguments)
     if (word == "top") {
         return console::Move::top;
     }
-    throw Refusal(Exit::usage, fmt::format("{} is no direction; there are up, down and top", Quoted(word)));
+    throw Error(ErrorCode::invalid, fmt::format("{} is no direction; there are up, down and top", Quoted(word)));
 }
 
 void DeclareData(CLI::App& app, Arguments& arguments)
@@ -249,7 +249,7 @@ Exit Create(const Context& context)
     const Arguments& arguments = context.arguments;
     const std::optional<int> type = GivenNumber(arguments, kNewType);
     if (!type) {
-        throw Refusal(Exit::usage, "say with --type of which type the add-in is");
+        throw Error(ErrorCode::invalid, "say with --type of which type the add-in is");
     }
     NewAddIn addIn;
     addIn.name = Given(arguments, kNewAddIn).value_or("");
@@ -281,7 +281,7 @@ Exit Set(const Context& context)
     changes.package = Given(arguments, kPackage);
     changes.index = GivenNumber(arguments, kIndex);
     if (changes == AddInChanges()) {
-        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin addin set --help` lists what can be");
+        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin addin set --help` lists what can be");
     }
     Opened opened(arguments);
     CAConnect& conn = opened.Directory().Connection();
@@ -359,7 +359,7 @@ Installation InstallationGiven(const Arguments& arguments)
 {
     const std::optional<int> version = GivenNumber(arguments, kVersion);
     if (!version) {
-        throw Refusal(Exit::usage, "say with --version which version of the package it is");
+        throw Error(ErrorCode::invalid, "say with --version which version of the package it is");
     }
     const std::optional<std::string> modified = Given(arguments, kModified);
     return {Given(arguments, kPackage).value_or(""), *version, Given(arguments, kDescription),
@@ -381,9 +381,9 @@ int Add(Packages& packages, const Installation& given)
 void Replace(Packages& packages, Package package, const Installation& given)
 {
     if (given.version < package.version && !given.mayDowngrade) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("{} is installed in version {}, higher than {}; --downgrade goes back",
-                                  Visible(package.name), package.version, given.version));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} is installed in version {}, higher than {}; --downgrade goes back",
+                                Visible(package.name), package.version, given.version));
     }
     package.version = given.version;
     package.description = given.description.value_or(package.description);
@@ -407,8 +407,8 @@ Removal PlanRemoval(CAConnect& conn, const std::string& given)
     Removal removal;
     const std::vector<Package> found = Packages(conn).FindAll(given);
     if (found.empty()) {
-        throw Refusal(Exit::notFound,
-                      fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(given)));
+        throw Error(ErrorCode::notFound,
+                    fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(given)));
     }
     removal.name = found.front().name;
     std::ranges::transform(found, std::back_inserter(removal.packages), &Package::id);

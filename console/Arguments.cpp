@@ -1,10 +1,11 @@
 #include "console/Arguments.h"
 
 #include "console/Commands.h"
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "console/Help.h"
-#include "console/Text.h"
+#include "console/LocalCommand.h"
 #include "console/Url.h"
+#include "management/Text.h"
 #include "platform/CodePage.h"
 
 #include <CLI/CLI.hpp>
@@ -70,13 +71,18 @@ bool IsNear(std::string_view written, std::string_view name)
         }
     }
     const std::string hint = near.empty() ? "there are " + all : "did you mean " + near + "?";
-    throw Refusal(Exit::usage, fmt::format("{} '{}'; {}", missing, ShownUrl(written), hint));
+    throw Error(ErrorCode::invalid, fmt::format("{} '{}'; {}", missing, ShownUrl(written), hint));
 }
 
 std::vector<std::string_view> NounNames()
 {
     std::vector<std::string_view> names;
     std::ranges::transform(Nouns(), std::back_inserter(names), &Noun::name);
+    for (const management::Command* command : AllCommands()) {
+        if (command->path[1].empty() && !command->summary.empty()) {
+            names.push_back(command->path[0]);
+        }
+    }
     return names;
 }
 
@@ -86,6 +92,23 @@ std::vector<std::string_view> VerbNames(std::string_view noun)
     for (const Command& command : Commands()) {
         if (command.noun == noun) {
             names.push_back(command.verb);
+        }
+    }
+    for (const management::Command* command : AllCommands()) {
+        if (command->path[0] == noun && command->path[2].empty()) {
+            names.push_back(command->path[1]);
+        }
+    }
+    return names;
+}
+
+/// The words that can come after two.
+std::vector<std::string_view> ThirdWords(std::string_view noun, std::string_view verb)
+{
+    std::vector<std::string_view> names;
+    for (const management::Command* command : AllCommands()) {
+        if (command->path[0] == noun && command->path[1] == verb && !command->path[2].empty()) {
+            names.push_back(command->path[2]);
         }
     }
     return names;
@@ -99,8 +122,9 @@ Format ReadFormat(const std::string& name)
 {
     const std::optional<Format> format = FindFormat(name);
     if (!format) {
-        throw Refusal(Exit::usage, fmt::format("there is no output format {}; there are table, csv, json, jsonl, plain",
-                                               Quoted(name)));
+        throw Error(
+            ErrorCode::invalid,
+            fmt::format("there is no output format {}; there are table, csv, json, jsonl, plain", Quoted(name)));
     }
     return *format;
 }
@@ -110,8 +134,48 @@ bool IsAmong(const std::vector<std::string>& words, std::string_view name)
     return std::ranges::find(words, name) != words.end();
 }
 
+std::string FooterOf(const management::Command& command)
+{
+    const std::string notes = command.notes != nullptr ? command.notes() + "\n" : "";
+    return notes + WithHeading(command.examples) + kEveryCommand;
+}
+
+void DeclareTableCommands(CLI::App& noun, const std::vector<std::string>& words, CommandLine& given)
+{
+    for (const management::Command* row : AllCommands()) {
+        const management::Command& command = *row;
+        const std::vector<std::string> path = PathOf(command);
+        if (path.size() == 1 || path.front() != noun.get_name()) {
+            continue;
+        }
+        CLI::App* parent = path.size() == 2 ? &noun : noun.get_subcommand(path[1]);
+        CLI::App* verb = parent->add_subcommand(path.back(), std::string(command.summary));
+        verb->group("Verbs")->fallthrough()->footer(FooterOf(command));
+        if (IsHead(command)) {
+            verb->require_subcommand(0, 1);
+        } else if (IsAmong(words, path.back())) {
+            DeclareParams(*verb, command, given);
+        }
+    }
+}
+
+/// Declares the commands that are one word.
+void DeclareSingleWords(CLI::App& app, const std::vector<std::string>& words, CommandLine& given)
+{
+    for (const management::Command* command : AllCommands()) {
+        if (PathOf(*command).size() != 1) {
+            continue;
+        }
+        CLI::App* sub = app.add_subcommand(std::string(command->path[0]), std::string(command->summary));
+        sub->group(command->summary.empty() ? "" : "Other commands")->fallthrough()->footer(FooterOf(*command));
+        if (IsAmong(words, command->path[0])) {
+            DeclareParams(*sub, *command, given);
+        }
+    }
+}
+
 /// Declares the verbs of a noun, and what those take that may be meant: declaring all takes longer than most commands.
-void DeclareVerbs(CLI::App& app, std::string_view noun, const std::vector<std::string>& words, Arguments& arguments)
+void DeclareVerbs(CLI::App& app, std::string_view noun, const std::vector<std::string>& words, Request& request)
 {
     for (const Command& command : Commands()) {
         if (command.noun != noun) {
@@ -120,13 +184,15 @@ void DeclareVerbs(CLI::App& app, std::string_view noun, const std::vector<std::s
         CLI::App* verb = app.add_subcommand(std::string(command.verb), std::string(command.summary));
         verb->group("Verbs")->fallthrough()->footer(WithHeading(command.examples) + kEveryCommand);
         if (command.declare != nullptr && IsAmong(words, command.verb)) {
-            command.declare(*verb, arguments);
+            command.declare(*verb, request.arguments);
         }
     }
+    DeclareTableCommands(app, words, request.given);
 }
 
-void Declare(CLI::App& app, const std::vector<std::string>& words, Arguments& arguments)
+void Declare(CLI::App& app, const std::vector<std::string>& words, Request& request)
 {
+    Arguments& arguments = request.arguments;
     app.formatter(MakeHelpFormatter());
     app.footer(kEpilogue);
     app.set_version_flag("--version", "qvadmin " QV_VERSION);
@@ -140,9 +206,10 @@ void Declare(CLI::App& app, const std::vector<std::string>& words, Arguments& ar
         CLI::App* sub = app.add_subcommand(std::string(noun.name), std::string(noun.summary));
         sub->group("Nouns")->fallthrough()->require_subcommand(0, 1)->footer(WithHeading(noun.examples));
         if (IsAmong(words, noun.name)) {
-            DeclareVerbs(*sub, noun.name, words, arguments);
+            DeclareVerbs(*sub, noun.name, words, request);
         }
     }
+    DeclareSingleWords(app, words, request.given);
 }
 
 /// The words as CLI11 takes them: from the last to the first. It would read "--birthday= amy" as a birthday "amy".
@@ -152,7 +219,7 @@ std::vector<std::string> Prepared(const std::vector<std::string>& words)
     bool optionsOver = false;
     for (const std::string& word : words) {
         if (!platform::IsValidUtf8(word)) {
-            throw Refusal(Exit::usage, fmt::format("the argument {} is not UTF-8", Quoted(word)));
+            throw Error(ErrorCode::invalid, fmt::format("the argument {} is not UTF-8", Quoted(word)));
         }
         optionsOver = optionsOver || word == "--";
         const bool endsEmpty = !optionsOver && word.starts_with("--") && word.find('=') == word.size() - 1;
@@ -198,30 +265,47 @@ void RefuseUnknownWords(const CLI::App& app)
     if (word && noun == nullptr) {
         RefuseWord("there is no noun", *word, NounNames());
     }
-    if (word && NamedIn(*noun) == nullptr) {
+    if (word && NamedIn(*noun) == nullptr && !VerbNames(noun->get_name()).empty()) {
         RefuseWord(noun->get_name() + " has no verb", *word, VerbNames(noun->get_name()));
+    }
+    if (word && NamedIn(*noun) != nullptr && NamedIn(*NamedIn(*noun)) == nullptr) {
+        const std::string verb = NamedIn(*noun)->get_name();
+        if (const std::vector<std::string_view> third = ThirdWords(noun->get_name(), verb); !third.empty()) {
+            RefuseWord(fmt::format("{} {} has no verb", noun->get_name(), verb), *word, third);
+        }
     }
     if (!words.empty()) {
         const std::string unknown = FirstWord(words, true).value_or(words.front());
-        throw Refusal(Exit::usage,
-                      fmt::format("'{}' is not expected here; see `{}`", ShownUrl(unknown), HelpCommand(app)));
+        throw Error(ErrorCode::invalid,
+                    fmt::format("'{}' is not expected here; see `{}`", ShownUrl(unknown), HelpCommand(app)));
     }
 }
 
-const Command& SelectedCommand(const CLI::App& app)
+void Select(const CLI::App& app, Request& request)
 {
     const CLI::App* noun = NamedIn(app);
     if (noun == nullptr) {
-        throw Refusal(Exit::usage, "name a noun and a verb, such as `qvadmin user list`");
+        throw Error(ErrorCode::invalid, "name a noun and a verb, such as `qvadmin user list`");
     }
-    const CLI::App* verb = NamedIn(*noun);
-    if (verb == nullptr) {
-        throw Refusal(Exit::usage, fmt::format("name what to do, such as `qvadmin {} {}`; see `{}`", noun->get_name(),
-                                               VerbNames(noun->get_name()).front(), HelpCommand(app)));
+    std::vector<std::string> path;
+    for (const CLI::App* named = noun; named != nullptr; named = NamedIn(*named)) {
+        path.push_back(named->get_name());
     }
-    return *std::ranges::find_if(Commands(), [&](const Command& command) {
-        return command.noun == noun->get_name() && command.verb == verb->get_name();
+    const std::vector<const management::Command*> rows = AllCommands();
+    const auto row = std::ranges::find(rows, path, [](const management::Command* command) { return PathOf(*command); });
+    const auto own = std::ranges::find_if(Commands(), [&](const Command& command) {
+        return path.size() == 2 && command.noun == path[0] && command.verb == path[1];
     });
+    if (own != Commands().end()) {
+        request.command = &*own;
+    } else if (row != rows.end() && !IsHead(**row)) {
+        request.tableCommand = *row;
+    } else {
+        const std::string_view next =
+            path.size() == 1 ? VerbNames(path[0]).front() : ThirdWords(path[0], path[1]).front();
+        throw Error(ErrorCode::invalid, fmt::format("name what to do, such as `qvadmin {} {}`; see `{}`",
+                                                    fmt::join(path, " "), next, HelpCommand(app)));
+    }
 }
 
 } // namespace
@@ -230,7 +314,7 @@ Request ParseCommandLine(const std::vector<std::string>& words)
 {
     Request request;
     CLI::App app(kDescription, "qvadmin");
-    Declare(app, words, request.arguments);
+    Declare(app, words, request);
     app.allow_extras();
     try {
         app.parse(Prepared(words));
@@ -242,20 +326,20 @@ Request ParseCommandLine(const std::vector<std::string>& words)
         return request;
     } catch (const CLI::ParseError& e) {
         RefuseUnknownWords(app);
-        throw Refusal(Exit::usage, fmt::format("{}; see `{}`", Visible(e.what()), HelpCommand(app)));
+        throw Error(ErrorCode::invalid, fmt::format("{}; see `{}`", Visible(e.what()), HelpCommand(app)));
     } catch (const std::logic_error&) {
         // What CLI11 lets through from the number conversion that it tries on the value of a flag.
-        throw Refusal(Exit::usage,
-                      fmt::format("an option that is on or off has another value; see `{}`", HelpCommand(app)));
+        throw Error(ErrorCode::invalid,
+                    fmt::format("an option that is on or off has another value; see `{}`", HelpCommand(app)));
     }
     RefuseUnknownWords(app);
-    request.command = &SelectedCommand(app);
+    Select(app, request);
     return request;
 }
 
 std::string ProgramHelp()
 {
-    Arguments unused;
+    Request unused;
     CLI::App app(kDescription, "qvadmin");
     Declare(app, {}, unused);
     return app.help();

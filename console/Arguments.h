@@ -1,7 +1,8 @@
 #pragma once
 
-#include "console/Fields.h"
+#include "console/CommandLine.h"
 #include "console/Render.h"
+#include "management/users/Fields.h"
 
 #include <map>
 #include <optional>
@@ -36,14 +37,16 @@ struct Arguments {
 
 struct Command;
 
-/// What the command line asks for.
+/// What the command line asks for: a command, one of the table, or a text to be written.
 struct Request {
-    const Command* command = nullptr; ///< null: only the text is to be written
-    std::string text;                 ///< help or version
+    const Command* command = nullptr;
+    const management::Command* tableCommand = nullptr;
+    CommandLine given; ///< to the command of the table
+    std::string text;  ///< help or version
     Arguments arguments;
 };
 
-/// Reads the command line, without the program's name. @throws Refusal (usage).
+/// Reads the command line, without the program's name. @throws Error (invalid).
 Request ParseCommandLine(const std::vector<std::string>& words);
 /// The help of the program as a whole.
 std::string ProgramHelp();

@@ -1,13 +1,13 @@
 #include "console/BoardCommands.h"
 
 #include "console/AddInCommands.h"
-#include "console/Board.h"
 #include "console/Confirm.h"
-#include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Render.h"
-#include "console/Text.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
+#include "management/board/Board.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

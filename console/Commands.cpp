@@ -2,26 +2,27 @@
 
 #include "console/AddInCommands.h"
 #include "console/BoardCommands.h"
-#include "console/Changes.h"
-#include "console/CopyCommand.h"
-#include "console/DbCommands.h"
 #include "console/DocRootCommands.h"
 #include "console/ExplainCommand.h"
 #include "console/FolderCommands.h"
 #include "console/GroupCommands.h"
+#include "console/LocalCommand.h"
 #include "console/MemberCommands.h"
 #include "console/MessageCommands.h"
 #include "console/ObjectRightCommands.h"
+#include "console/Opened.h"
 #include "console/PasswordCommands.h"
-#include "console/PlanCommands.h"
 #include "console/RightCommands.h"
 #include "console/RoleCommands.h"
 #include "console/SettingCommands.h"
-#include "console/Text.h"
+#include "console/TerminalFrontEnd.h"
 #include "console/TitleCommands.h"
 #include "console/UserCommands.h"
 #include "console/ViewCommands.h"
+#include "management/Changes.h"
+#include "management/Text.h"
 
+#include <algorithm>
 #include <exception>
 #include <new>
 
@@ -96,17 +97,6 @@ constexpr Noun kNouns[] = {
 };
 
 constexpr Command kCommands[] = {
-    {"db", "init", "make the database, or bring it up to this program's version",
-     "  qvadmin db init\n"
-     "  qvadmin --db sqlite:/srv/directory.db db init",
-     &db::DeclareInit, &db::Init},
-    {"db", "status", "what there is; ends with 0 when the database is ready for use, else with 8",
-     "  qvadmin db status -o json", nullptr, &db::Status},
-    {"db", "copy", "carry the whole directory over to another database, of any engine, with all ids",
-     "  qvadmin db copy postgresql://quorvel@db1.example.org/directory\n"
-     "  qvadmin --db mysql://quorvel@localhost/directory db copy sqlite:/srv/directory.db",
-     &db::DeclareCopy, &db::Copy},
-
     {"user", "list", "users by login name",
      "  qvadmin user list\n"
      "  qvadmin user list --locked --match sales --limit 20\n"
@@ -149,12 +139,6 @@ constexpr Command kCommands[] = {
      &title::OfUser},
     {"user", "groups", "the groups and views that a user is in", "  qvadmin user groups amy", &user::DeclareOne,
      &member::OfUser},
-    {"user", "import", "add the users of a file, row by row",
-     "  qvadmin user import people.csv --dry-run\n"
-     "  qvadmin user import people.csv\n"
-     "  qvadmin user import people.csv --update --result outcomes.csv\n"
-     "  qvadmin user import people.csv --departments Company --make-view --dry-run",
-     &user::DeclareImport, &user::Import},
 
     {"group", "tree", "draw the organisation, with how many people are where",
      "  qvadmin group tree\n"
@@ -391,42 +375,6 @@ constexpr Command kCommands[] = {
      "  qvadmin folder delete id:17 --recursive --yes",
      &folder::DeclareDelete, &folder::Delete},
 
-    {"plan", "list", "backup plans by name", "  qvadmin plan list -o json", nullptr, &plan::List},
-    {"plan", "show", "everything about a backup plan, and how many users and groups have it",
-     "  qvadmin plan show Nightly\n"
-     "  qvadmin plan show id:3 -o json",
-     &plan::DeclareOne, &plan::Show},
-    {"plan", "create", "add a backup plan and print the new id",
-     "  qvadmin plan create Nightly --description 'Each night' --data-file nightly.txt", &plan::DeclareCreate,
-     &plan::Create},
-    {"plan", "set", "change what is given and leave all else",
-     "  qvadmin plan set Nightly --name Weekly\n"
-     "  qvadmin plan set Nightly --data ''",
-     &plan::DeclareSet, &plan::Set},
-    {"plan", "delete", "delete a backup plan and its assignments; asks first",
-     "  qvadmin plan delete Nightly\n"
-     "  qvadmin plan delete id:3 --yes",
-     &plan::DeclareDelete, &plan::Delete},
-    {"plan", "of", "the backup plans that are assigned to a user or group",
-     "  qvadmin plan of user:amy\n"
-     "  qvadmin plan of group:/Company/Sales",
-     &plan::DeclareOf, &plan::OfItem},
-    {"plan", "assign", "assign a backup plan to users and groups",
-     "  qvadmin plan assign Nightly user:amy user:rory\n"
-     "  qvadmin plan assign Nightly group:/Company/Sales --recursive",
-     &plan::DeclareItems, &plan::Assign},
-    {"plan", "unassign", "take a backup plan from users and groups",
-     "  qvadmin plan unassign Nightly user:amy\n"
-     "  qvadmin plan unassign Nightly group:/Company/Sales --recursive --yes",
-     &plan::DeclareItems, &plan::Unassign},
-
-    {"doclog", "add", "note what happened to an object",
-     "  qvadmin doclog add 105 17 moved 'Moved to the archive' --creator amy", &doclog::DeclareAdd, &doclog::Add},
-    {"doclog", "list", "what is noted, in the order of the table",
-     "  qvadmin doclog list --class 105 --object 17\n"
-     "  qvadmin doclog list --type moved --limit 20 -o csv",
-     &doclog::DeclareList, &doclog::List},
-
     {"setting", "list", "settings by genre and name",
      "  qvadmin setting list\n"
      "  qvadmin setting list --genre KelServerConfig -o json",
@@ -522,13 +470,29 @@ constexpr Command kCommands[] = {
      &board::DeclareDelete, &board::Delete},
 };
 
+Exit RunTableCommand(const Request& request, Terminal& terminal)
+{
+    const auto own = std::ranges::find(LocalCommands(), request.tableCommand,
+                                       [](const LocalCommand& command) { return &command.row; });
+    if (own != LocalCommands().end()) {
+        return own->run({request.given, request.arguments, terminal});
+    }
+    Opened opened(request.arguments);
+    TerminalFrontEnd frontEnd(*request.tableCommand, request.given, request.arguments.format, terminal);
+    Call call(opened.Directory().Connection(), frontEnd, request.given.options);
+    return frontEnd.Finish(request.tableCommand->run(call, request.given));
+}
+
 Exit RunWords(const std::vector<std::string>& words, Terminal& terminal)
 {
     if (words.empty()) {
         terminal.err << ProgramHelp();
-        throw Refusal(Exit::usage, "name a noun and a verb, such as `qvadmin user list`");
+        throw Error(ErrorCode::invalid, "name a noun and a verb, such as `qvadmin user list`");
     }
     const Request request = ParseCommandLine(words);
+    if (request.tableCommand != nullptr) {
+        return RunTableCommand(request, terminal);
+    }
     if (request.command == nullptr) {
         terminal.out << request.text;
         return Exit::done;
@@ -546,8 +510,8 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal)
 {
     try {
         return RunWords(words, terminal);
-    } catch (const Refusal& e) {
-        return Reported(e.Code(), e.what(), terminal);
+    } catch (const Error& e) {
+        return Reported(ExitFor(e.Code()), e.what(), terminal);
     } catch (const std::bad_alloc&) {
         return Reported(Exit::failed, OutOfMemorySentence(), terminal);
     } catch (const std::exception& e) {

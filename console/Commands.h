@@ -1,7 +1,7 @@
 #pragma once
 
 #include "console/Arguments.h"
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "console/Terminal.h"
 
 #include <span>
@@ -12,8 +12,6 @@ class App;
 }
 
 namespace console {
-
-class Directory;
 
 /// What a command works with.
 struct Context {

@@ -1,7 +1,7 @@
 #include "console/Confirm.h"
 
-#include "console/Errors.h"
-#include "console/Text.h"
+#include "console/ExitCode.h"
+#include "management/Text.h"
 
 #include <fmt/format.h>
 
@@ -16,19 +16,19 @@ constexpr std::size_t kMostForYes = 20;
 
 } // namespace
 
-std::string WithTraces(const std::vector<Trace>& traces)
+std::string WithReferences(const std::vector<Reference>& traces)
 {
     std::string list;
-    for (const Trace& trace : traces) {
+    for (const Reference& trace : traces) {
         list += (list.empty() ? ", with " : ", ") + Counted(static_cast<std::size_t>(trace.count), trace.noun);
     }
     return list;
 }
 
-std::size_t CountOf(const std::vector<Trace>& traces)
+std::size_t CountOf(const std::vector<Reference>& traces)
 {
     std::size_t count = 0;
-    for (const Trace& trace : traces) {
+    for (const Reference& trace : traces) {
         count += static_cast<std::size_t>(trace.count);
     }
     return count;
@@ -44,7 +44,7 @@ void RequireConfirmation(const Context& context, const std::string& question, st
     }
     Terminal& terminal = context.terminal;
     if (!CanAsk(terminal)) {
-        throw Refusal(Exit::needsYes, fmt::format("{}; --yes goes on without asking", nothingDone));
+        throw Error(ErrorCode::confirmationRequired, fmt::format("{}; --yes goes on without asking", nothingDone));
     }
     const bool isMuch = removed > kMostForYes;
     terminal.err << question
@@ -54,14 +54,14 @@ void RequireConfirmation(const Context& context, const std::string& question, st
     std::getline(terminal.in, answer);
     const bool isYes = isMuch ? answer == std::to_string(removed) : answer == "y" || answer == "Y" || answer == "yes";
     if (!isYes) {
-        throw Refusal(Exit::needsYes, std::string(nothingDone));
+        throw Error(ErrorCode::confirmationRequired, std::string(nothingDone));
     }
 }
 
 void ThrowChanged(std::string_view nothingDone)
 {
-    throw Refusal(Exit::conflict,
-                  fmt::format("somebody else has changed what was shown in the meantime; {}, look again", nothingDone));
+    throw Error(ErrorCode::conflict,
+                fmt::format("somebody else has changed what was shown in the meantime; {}, look again", nothingDone));
 }
 
 } // namespace console

@@ -1,14 +1,11 @@
-#include "console/CopyCommand.h"
-
-#include "console/Changes.h"
-#include "console/DbCommands.h"
-#include "console/Engine.h"
 #include "console/Interrupt.h"
+#include "console/LocalCommand.h"
 #include "console/Opened.h"
 #include "console/Progress.h"
-#include "console/Text.h"
 #include "console/Url.h"
-#include "console/Words.h"
+#include "management/Changes.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
 #include "schema/Copy.h"
 
 #include <fmt/format.h>
@@ -18,17 +15,18 @@
 #include <string_view>
 #include <system_error>
 
-namespace console::db {
+namespace console {
 
 namespace {
 
-bool& Parents()
-{
-    static bool parents = false;
-    return parents;
-}
+struct CopyInput {
+    std::string target;
+    bool parents = false;
+};
 
-constexpr Field kTarget{"URL", "", {}, Field::Use::given, "the database to copy to, such as sqlite:PATH"};
+constexpr Param<CopyInput> kCopyParams[] = {
+    {"URL", &CopyInput::target, Kind::text, "the database to copy to, such as sqlite:PATH"},
+    {"parents", &CopyInput::parents, Kind::flag, "make the directories above a SQLite file that are missing"}};
 
 void RequireLastingFile(const std::string& url)
 {
@@ -38,20 +36,20 @@ void RequireLastingFile(const std::string& url)
     }
     const std::optional<std::filesystem::path> file = SqliteFile(url);
     if (!file) {
-        throw Refusal(Exit::usage, fmt::format("{} is gone when the copy ends; write sqlite:PATH", ShownUrl(url)));
+        throw Error(ErrorCode::invalid, fmt::format("{} is gone when the copy ends; write sqlite:PATH", ShownUrl(url)));
     }
     std::error_code error;
     if (!MakesFile(url) && !std::filesystem::exists(*file, error) && !error) {
-        throw Refusal(Exit::database, fmt::format("there is no database {}; write {} to have it made",
-                                                  Visible(file->native()), Visible(url.substr(0, url.find('?')))));
+        throw Error(ErrorCode::database, fmt::format("there is no database {}; write {} to have it made",
+                                                     Visible(file->native()), Visible(url.substr(0, url.find('?')))));
     }
 }
 
 /// The arguments of a command that would work on the target.
-Arguments ForTarget(const Arguments& arguments)
+Arguments ForTarget(const Arguments& arguments, const std::string& url)
 {
     Arguments target = arguments;
-    target.db = words::Given(arguments, kTarget);
+    target.db = url;
     RequireScheme(*target.db, "the target");
     RequireLastingFile(*target.db);
     return target;
@@ -59,23 +57,23 @@ Arguments ForTarget(const Arguments& arguments)
 
 void RequireUsable(CAConnect& from, CAConnect& to, const std::string& shown)
 {
-    const schema::State state = Asking(to, [&] { return schema::Inspect(to).state; });
+    const schema::State state = WithDatabaseErrors(to, [&] { return schema::Inspect(to).state; });
     if (state == schema::State::foreign) {
-        throw Refusal(Exit::database,
-                      fmt::format("{} holds other tables than a directory's; nothing was copied", shown));
+        throw Error(ErrorCode::database,
+                    fmt::format("{} holds other tables than a directory's; nothing was copied", shown));
     }
     if (state == schema::State::newer) {
-        throw Refusal(Exit::database,
-                      fmt::format("{} holds a directory made by a later qvadmin; nothing was copied", shown));
+        throw Error(ErrorCode::database,
+                    fmt::format("{} holds a directory made by a later qvadmin; nothing was copied", shown));
     }
-    if (Asking(from, [&] { return schema::IsSameDatabase(from, to); })) {
-        throw Refusal(Exit::conflict, fmt::format("{} is the database to be copied itself", shown));
+    if (WithDatabaseErrors(from, [&] { return schema::IsSameDatabase(from, to); })) {
+        throw Error(ErrorCode::conflict, fmt::format("{} is the database to be copied itself", shown));
     }
-    const std::int64_t rows = Asking(to, [&] { return schema::CountRows(to); });
+    const std::int64_t rows = WithDatabaseErrors(to, [&] { return schema::CountRows(to); });
     if (rows != 0) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("{} holds {} already, and only an empty one is copied to; nothing was copied", shown,
-                                  Counted(static_cast<std::size_t>(rows), "row")));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} holds {} already, and only an empty one is copied to; nothing was copied", shown,
+                                Counted(static_cast<std::size_t>(rows), "row")));
     }
 }
 
@@ -131,7 +129,7 @@ std::string Standing(const CAConnect& to)
                          "that has all";
 }
 
-/// Copies, showing how far it is. @throws Refusal that says what became of it.
+/// Copies, showing how far it is. @throws Error that says what became of it.
 class Copying {
 public:
     Copying(CAConnect& from, CAConnect& to, Terminal& terminal)
@@ -144,7 +142,7 @@ public:
         schema::Copied copied = Copy();
         m_progress.Clear();
         if (copied.stopped) {
-            throw Refusal(Exit::failed, "stopped by a signal; " + Standing(m_to));
+            throw Error(ErrorCode::failed, "stopped by a signal; " + Standing(m_to));
         }
         return copied;
     }
@@ -154,7 +152,7 @@ public:
 private:
     [[nodiscard]] std::optional<long> RowsToCome() const
     {
-        return Asking(m_from, [&] { return static_cast<long>(schema::CountRows(m_from)); });
+        return WithDatabaseErrors(m_from, [&] { return static_cast<long>(schema::CountRows(m_from)); });
     }
 
     schema::Copied Copy()
@@ -167,7 +165,7 @@ private:
             return schema::Copy(m_from, m_to, tell);
         } catch (const schema::CopyConflict& e) {
             m_progress.Clear();
-            throw Refusal(Exit::conflict, fmt::format("{}; nothing was copied", Visible(e.GetErrorText().View())));
+            throw Error(ErrorCode::conflict, fmt::format("{}; nothing was copied", Visible(e.GetErrorText().View())));
         } catch (const schema::RowRefused& e) {
             Stop(e, "nothing was copied; mend it in the source and copy again");
         } catch (const CAException& e) {
@@ -181,8 +179,8 @@ private:
         m_progress.Clear();
         const DatabaseError error = ErrorFrom(m_to, e);
         const std::string line = e.GetErrorCode().IsEmpty() ? error.EngineLine() : error.what();
-        throw Refusal(Exit::database,
-                      fmt::format("stopped: {}; {}", line, error.IsLasting() ? Standing(m_to) : advice));
+        throw Error(ErrorCode::database,
+                    fmt::format("stopped: {}; {}", line, error.IsLasting() ? Standing(m_to) : advice));
     }
 
     void Tell(const schema::CopyState& state)
@@ -201,29 +199,21 @@ private:
     Progress m_progress;
 };
 
-} // namespace
-
-void DeclareCopy(CLI::App& app, Arguments& arguments)
+Exit Copy(const LocalCall& context)
 {
-    words::DeclareArgument(app, arguments, kTarget);
-    Parents() = false;
-    DeclareParents(app, Parents());
-}
-
-Exit Copy(const Context& context)
-{
-    const Arguments target = ForTarget(context.arguments);
+    const auto in = binding::ReadInput<kCopyParams>(context.given);
+    const Arguments target = ForTarget(context.arguments, in.target);
     const std::string shown = ShownUrl(*target.db);
     Opened source(context.arguments, Opened::Indexes::leftAlone);
     CAConnect& from = source.Directory().Connection();
-    PrepareDirectory(*target.db, Parents());
+    PrepareDirectory(*target.db, in.parents);
     CAConnect to;
     NewTarget newTarget(*target.db, to);
     Connect(to, *target.db, target);
     RequireUsable(from, to, shown);
     const Interrupt interrupt;
     Changes::NoteCommit();
-    Asking(to, [&] { schema::Upgrade(to); });
+    WithDatabaseErrors(to, [&] { schema::Upgrade(to); });
     Copying copying(from, to, context.terminal);
     const schema::Copied copied = copying.Run();
     newTarget.Keep();
@@ -237,4 +227,19 @@ Exit Copy(const Context& context)
     return Exit::done;
 }
 
-} // namespace console::db
+constexpr LocalCommand kCommands[] = {
+    {{.path = {"db", "copy"},
+      .summary = "carry the whole directory over to another database, of any engine, with all ids",
+      .examples = "  qvadmin db copy postgresql://quorvel@db1.example.org/directory\n"
+                  "  qvadmin --db mysql://quorvel@localhost/directory db copy sqlite:/srv/directory.db",
+      .effect = Effect::create,
+      .duration = Duration::longRunning,
+      .params = &InfosOf<kCopyParams>},
+     &Copy},
+};
+
+} // namespace
+
+std::span<const LocalCommand> CopyCommands() { return kCommands; }
+
+} // namespace console

@@ -1,24 +1,26 @@
-#include "console/DbCommands.h"
-
-#include "console/Changes.h"
-#include "console/Engine.h"
+#include "console/LocalCommand.h"
 #include "console/Opened.h"
 #include "console/Render.h"
-#include "console/Text.h"
 #include "console/Url.h"
+#include "management/Changes.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-namespace console::db {
+namespace console {
 
 namespace {
 
-bool& Parents()
-{
-    static bool parents = false;
-    return parents;
-}
+struct InitInput {
+    bool parents = false;
+};
+
+constexpr Param<InitInput> kInitParams[] = {
+    {"parents", &InitInput::parents, Kind::flag, "make the directories above a SQLite file that are missing"}};
+
+constexpr Column kStatusColumns[] = {
+    {"engine"}, {"url"}, {"state"}, {"version", Kind::number}, {"newest", Kind::number}, {"users", Kind::number}};
 
 std::string WhatWasDone(const schema::Status& before, const schema::Status& after, bool didSomething)
 {
@@ -34,26 +36,14 @@ std::string WhatWasDone(const schema::Status& before, const schema::Status& afte
 
 schema::Status Inspect(CAConnect& conn)
 {
-    return Asking(conn, [&] { return schema::Inspect(conn); });
+    return WithDatabaseErrors(conn, [&] { return schema::Inspect(conn); });
 }
 
-} // namespace
-
-void DeclareParents(CLI::App& app, bool& parents)
+Exit Init(const LocalCall& context)
 {
-    app.add_flag("--parents", parents, "make the directories above a SQLite file that are missing");
-}
-
-void DeclareInit(CLI::App& app, Arguments& /*arguments*/)
-{
-    Parents() = false;
-    DeclareParents(app, Parents());
-}
-
-Exit Init(const Context& context)
-{
+    const auto in = binding::ReadInput<kInitParams>(context.given);
     const std::string url = ChooseUrl(context.arguments.db);
-    PrepareDirectory(url, Parents() || IsDefault(context.arguments.db));
+    PrepareDirectory(url, in.parents || IsDefault(context.arguments.db));
     CAConnect conn;
     Connect(conn, url, context.arguments);
     const schema::Status before = Inspect(conn);
@@ -63,19 +53,19 @@ Exit Init(const Context& context)
         context.terminal.err << fmt::format("version {}: {}\n", version, Visible(title));
     };
     Changes::NoteCommit();
-    Asking(conn, [&] { schema::Upgrade(conn, tell); });
+    WithDatabaseErrors(conn, [&] { schema::Upgrade(conn, tell); });
     context.terminal.err << fmt::format("{} in {}\n", WhatWasDone(before, Inspect(conn), didSomething), ShownUrl(url));
     return Exit::done;
 }
 
-Exit Status(const Context& context)
+Exit Status(const LocalCall& context)
 {
     const std::string url = ChooseUrl(context.arguments.db);
     CAConnect conn;
     Connect(conn, WithoutCreating(url), context.arguments);
     const schema::Status status = Inspect(conn);
     const bool isCurrent = status.state == schema::State::current;
-    const CString engine = Asking(conn, [&] { return conn.GetEngineName(); });
+    const CString engine = WithDatabaseErrors(conn, [&] { return conn.GetEngineName(); });
     const Record record = {{"engine", std::string(engine.View())},
                            {"url", ShownUrl(url)},
                            {"state", std::string(NameOf(status.state))},
@@ -92,7 +82,7 @@ Exit Status(const Context& context)
         context.terminal.err << fmt::format("qvadmin: {}\n", ErrorFrom(conn, e).EngineLine());
         return Exit::findings;
     }
-    const auto shortcoming = Asking(conn, [&] { return schema::FindShortcoming(conn); });
+    const auto shortcoming = WithDatabaseErrors(conn, [&] { return schema::FindShortcoming(conn); });
     if (shortcoming) {
         context.terminal.err << fmt::format(
             "qvadmin: {}{}\n", Visible(shortcoming->text),
@@ -101,4 +91,24 @@ Exit Status(const Context& context)
     return isCurrent && !shortcoming ? Exit::done : Exit::findings;
 }
 
-} // namespace console::db
+constexpr LocalCommand kCommands[] = {
+    {{.path = {"db", "init"},
+      .summary = "make the database, or bring it up to this program's version",
+      .examples = "  qvadmin db init\n"
+                  "  qvadmin --db sqlite:/srv/directory.db db init",
+      .effect = Effect::change,
+      .params = &InfosOf<kInitParams>},
+     &Init},
+    {{.path = {"db", "status"},
+      .summary = "what there is; ends with 0 when the database is ready for use, else with 8",
+      .examples = "  qvadmin db status -o json",
+      .effect = Effect::read,
+      .columns = kStatusColumns},
+     &Status},
+};
+
+} // namespace
+
+std::span<const LocalCommand> DbCommands() { return kCommands; }
+
+} // namespace console

@@ -1,14 +1,14 @@
 #include "console/DocRootCommands.h"
 
 #include "console/Confirm.h"
-#include "console/Documents.h"
-#include "console/Engine.h"
-#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/Render.h"
-#include "console/Text.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Names.h"
+#include "management/Text.h"
+#include "management/documents/Documents.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -75,8 +75,8 @@ std::optional<int> IdIn(const std::string& argument)
     const char* end = argument.data() + argument.size();
     const auto read = std::from_chars(argument.data() + kIdPrefix.size(), end, id);
     if (read.ec != std::errc() || read.ptr != end) {
-        throw Refusal(Exit::usage,
-                      fmt::format("{} is no id of a document root; write id: and a number", Quoted(argument)));
+        throw Error(ErrorCode::invalid,
+                    fmt::format("{} is no id of a document root; write id: and a number", Quoted(argument)));
     }
     return id;
 }
@@ -99,16 +99,16 @@ RootData FindGiven(Documents& documents, const Arguments& arguments)
     const std::string argument = Given(arguments, kRoot).value_or("");
     const std::vector<RootData> found = FindAll(documents, argument, GivenNumber(arguments, kMeantType));
     if (found.empty()) {
-        throw Refusal(Exit::notFound,
-                      fmt::format("there is no document root {}; `qvadmin docroot list` shows all", Quoted(argument)));
+        throw Error(ErrorCode::notFound,
+                    fmt::format("there is no document root {}; `qvadmin docroot list` shows all", Quoted(argument)));
     }
     if (found.size() > 1) {
         std::string list;
         for (const RootData& root : found) {
             list += (list.empty() ? "" : ", ") + NamedWithType(root);
         }
-        throw Refusal(Exit::conflict, fmt::format("{} may be any of {}; write id:{} for the first of them",
-                                                  Quoted(argument), list, found.front().id));
+        throw Error(ErrorCode::conflict, fmt::format("{} may be any of {}; write id:{} for the first of them",
+                                                     Quoted(argument), list, found.front().id));
     }
     return found.front();
 }
@@ -118,8 +118,8 @@ void RefuseTaken(Documents& documents, const RootData& root)
 {
     const auto isOther = [&](const RootData& other) { return SameName(other.name, root.name) && other.id != root.id; };
     if (std::ranges::any_of(documents.Roots(root.type), isOther)) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("the name {} is taken by a document root of type {}", Quoted(root.name), root.type));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("the name {} is taken by a document root of type {}", Quoted(root.name), root.type));
     }
     const std::string others = fmt::format("Col_Type = {} AND Col_ID <> {}", root.type, root.id);
     if (const auto other = FindConfused(documents.Connection(), "Tab_Doc_Root", root.name, others)) {
@@ -135,7 +135,7 @@ int OwnerOf(Directory& directory, const std::string& argument)
 void CheckPath(const std::string& path)
 {
     if (path.empty()) {
-        throw Refusal(Exit::usage, "the path is empty");
+        throw Error(ErrorCode::invalid, "the path is empty");
     }
 }
 
@@ -189,7 +189,7 @@ struct Going {
     bool operator==(const Going&) const = default;
 };
 
-Going WhatGoes(const Catalogue& catalogue, DocKey root, bool isRecursive)
+Going WhatGoes(const FolderTree& catalogue, DocKey root, bool isRecursive)
 {
     Going going{catalogue.GoneWith(root), 0, 0};
     if (!isRecursive) {
@@ -328,7 +328,7 @@ Exit Set(const Context& context)
     const Field* const settable[] = {&kNewName,     &kNewType, &kPath,  &kDescription,
                                      &kDisplayName, &kMaxSize, &kOwner, &kStyleBits};
     if (std::ranges::none_of(settable, [&](const Field* field) { return arguments.fields.contains(field); })) {
-        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin docroot set --help` lists what can be");
+        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin docroot set --help` lists what can be");
     }
     Opened opened(arguments);
     Transaction transaction(opened.Directory().Connection());
@@ -361,13 +361,13 @@ Exit Delete(const Context& context)
     const RootData root = FindGiven(documents, context.arguments);
     const DocKey key{DocKind::root, root.id};
     const bool isRecursive = Given(context.arguments, kRecursive).has_value();
-    const Going told = WhatGoes(Catalogue(conn), key, isRecursive);
+    const Going told = WhatGoes(FolderTree(conn), key, isRecursive);
     context.terminal.err << Told(root, told);
     RequireConfirmation(context, fmt::format("Delete {}?", Described(root, told)), told.keys.size() + told.links);
     Transaction transaction(conn);
     const RootData present = FindGiven(documents, context.arguments);
     ThrowIfChanged(Told(root, told), Told(present, told));
-    ThrowIfChanged(told, WhatGoes(Catalogue(conn), key, isRecursive));
+    ThrowIfChanged(told, WhatGoes(FolderTree(conn), key, isRecursive));
     documents.Delete(told.keys);
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", Described(root, told));

@@ -1,17 +1,17 @@
 #include "console/ExplainCommand.h"
 
-#include "console/Engine.h"
-#include "console/Explain.h"
-#include "console/Items.h"
 #include "console/JsonWriter.h"
 #include "console/Opened.h"
-#include "console/Powers.h"
 #include "console/Render.h"
-#include "console/Roles.h"
-#include "console/Text.h"
 #include "console/UserCommands.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Items.h"
+#include "management/Text.h"
+#include "management/rights/Explain.h"
+#include "management/rights/PermissionMask.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -53,9 +53,10 @@ Question BitGiven(const std::string& text)
 {
     const std::uint32_t bit = BitsFrom(text);
     if (!std::has_single_bit(bit)) {
-        throw Refusal(Exit::usage, fmt::format("--bit {} is not the value of one bit, such as 1, 2, 4 or 8; --mask "
-                                               "takes several",
-                                               Quoted(text)));
+        throw Error(ErrorCode::invalid,
+                    fmt::format("--bit {} is not the value of one bit, such as 1, 2, 4 or 8; --mask "
+                                "takes several",
+                                Quoted(text)));
     }
     return {Kind::bit, bit};
 }
@@ -65,7 +66,8 @@ Question QuestionGiven(const Arguments& arguments)
     constexpr std::array<const Field*, 4> kQuestions = {&kBit, &kMask, &kLimit, &kGuest};
     const auto isGiven = [&arguments](const Field* field) { return Given(arguments, *field).has_value(); };
     if (std::ranges::count_if(kQuestions, isGiven) > 1) {
-        throw Refusal(Exit::usage, "--bit, --mask, --limit and --guest are questions of their own; ask one at a time");
+        throw Error(ErrorCode::invalid,
+                    "--bit, --mask, --limit and --guest are questions of their own; ask one at a time");
     }
     if (const std::optional<std::string> bit = Given(arguments, kBit)) {
         return BitGiven(*bit);
@@ -154,7 +156,7 @@ bool HasSpoiltUnlimited(const Explanation& explanation)
            std::ranges::any_of(explanation.rows, isUnlimited);
 }
 
-std::string IgnoredText(Namer& namer, const std::vector<IgnoredRow>& rows)
+std::string IgnoredText(NameCache& namer, const std::vector<IgnoredRow>& rows)
 {
     std::string list;
     for (const IgnoredRow& row : rows) {
@@ -164,7 +166,7 @@ std::string IgnoredText(Namer& namer, const std::vector<IgnoredRow>& rows)
     return list;
 }
 
-std::string Notes(const Explanation& explanation, Namer& namer)
+std::string Notes(const Explanation& explanation, NameCache& namer)
 {
     std::string notes;
     if (HasSpoiltUnlimited(explanation)) {
@@ -196,7 +198,7 @@ Table AsTable(const Explanation& explanation, Kind kind)
 }
 
 /// The sentences stand with the rows where people read them, and beside them where programs read the rows.
-void Write(const Context& context, const Asked& asked, const Explanation& explanation, Namer& namer)
+void Write(const Context& context, const Asked& asked, const Explanation& explanation, NameCache& namer)
 {
     const Format format = context.arguments.format;
     std::ostream& sentences = format == Format::table ? context.terminal.out : context.terminal.err;
@@ -233,7 +235,7 @@ void WriteRows(const Explanation& explanation, JsonWriter& json)
     json.End();
 }
 
-void WriteIgnored(const Explanation& explanation, Namer& namer, JsonWriter& json)
+void WriteIgnored(const Explanation& explanation, NameCache& namer, JsonWriter& json)
 {
     json.BeginArray();
     for (const IgnoredRow& row : explanation.ignored) {
@@ -247,7 +249,7 @@ void WriteIgnored(const Explanation& explanation, Namer& namer, JsonWriter& json
     json.End();
 }
 
-void WriteJson(const Context& context, const Asked& asked, const Explanation& explanation, Namer& namer)
+void WriteJson(const Context& context, const Asked& asked, const Explanation& explanation, NameCache& namer)
 {
     const bool hasBits = asked.question.kind == Kind::bit || asked.question.kind == Kind::mask;
     const auto decider =
@@ -296,7 +298,7 @@ Exit Explain(const Context& context)
     const Asked asked{FindUser(opened.Directory(), arguments.user), Given(arguments, kGenre).value_or(""),
                       Given(arguments, kFunction).value_or(""), question};
     const Explanation explanation = console::Explain(conn, asked.user.id, asked.genre, asked.function, question);
-    Namer namer(conn);
+    NameCache namer(conn);
     if (arguments.format == Format::json) {
         WriteJson(context, asked, explanation, namer);
     } else {

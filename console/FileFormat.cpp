@@ -1,7 +1,8 @@
 #include "console/FileFormat.h"
 
+#include "console/ExitCode.h"
 #include "console/Interrupt.h"
-#include "console/Text.h"
+#include "management/Text.h"
 #include "platform/CodePage.h"
 
 #include <fmt/format.h>

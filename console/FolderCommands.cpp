@@ -1,14 +1,14 @@
 #include "console/FolderCommands.h"
 
 #include "console/Confirm.h"
-#include "console/Documents.h"
-#include "console/Engine.h"
-#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/Render.h"
-#include "console/Text.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Names.h"
+#include "management/Text.h"
+#include "management/documents/Documents.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -72,7 +72,7 @@ class TreeDrawing {
 public:
     using Sink = std::function<void(const Line&)>;
 
-    TreeDrawing(const Catalogue& catalogue, std::size_t deepest, Sink sink)
+    TreeDrawing(const FolderTree& catalogue, std::size_t deepest, Sink sink)
         : m_places(catalogue.Places()),
           m_deepest(deepest),
           m_sink(std::move(sink)),
@@ -151,7 +151,7 @@ private:
     std::string m_indent;
 };
 
-void DrawAll(const Catalogue& catalogue, TreeDrawing& drawing)
+void DrawAll(const FolderTree& catalogue, TreeDrawing& drawing)
 {
     std::vector<std::size_t> nowhere;
     const std::span<const DocPlace> places = catalogue.Places();
@@ -167,7 +167,7 @@ void DrawAll(const Catalogue& catalogue, TreeDrawing& drawing)
     }
 }
 
-void Draw(const Catalogue& catalogue, const Arguments& arguments, const TreeDrawing::Sink& sink)
+void Draw(const FolderTree& catalogue, const Arguments& arguments, const TreeDrawing::Sink& sink)
 {
     const std::optional<int> depth = GivenNumber(arguments, kDepth);
     TreeDrawing drawing(catalogue, depth ? static_cast<std::size_t>(*depth) : std::numeric_limits<std::size_t>::max(),
@@ -214,7 +214,7 @@ std::vector<Value> AsRow(const Line& line)
 
 // ---- Others ---------------------------------------------------------------------------------------------------------
 
-std::string Paths(const Catalogue& catalogue, const std::vector<DocKey>& keys)
+std::string Paths(const FolderTree& catalogue, const std::vector<DocKey>& keys)
 {
     std::string text;
     for (const DocKey key : keys) {
@@ -223,7 +223,7 @@ std::string Paths(const Catalogue& catalogue, const std::vector<DocKey>& keys)
     return text;
 }
 
-DocKey FindGiven(const Catalogue& catalogue, const Arguments& arguments)
+DocKey FindGiven(const FolderTree& catalogue, const Arguments& arguments)
 {
     return catalogue.FindFolder(Given(arguments, kFolder).value_or(""));
 }
@@ -232,18 +232,18 @@ FolderData LoadFolder(Documents& documents, DocKey key)
 {
     const std::optional<FolderData> folder = documents.LoadFolder(key.id);
     if (!folder) {
-        throw Refusal(Exit::notFound, fmt::format("the folder with id {} has just been deleted", key.id));
+        throw Error(ErrorCode::notFound, fmt::format("the folder with id {} has just been deleted", key.id));
     }
     return *folder;
 }
 
-void RefuseTaken(const Catalogue& catalogue, Documents& documents, DocKey parent, const std::string& name,
+void RefuseTaken(const FolderTree& catalogue, Documents& documents, DocKey parent, const std::string& name,
                  std::optional<DocKey> except)
 {
     for (const DocKey other : catalogue.ChildrenNamed(parent, name)) {
         if (other != except) {
-            throw Refusal(Exit::conflict,
-                          fmt::format("the name {} is taken by {}", Quoted(name), catalogue.Named(other)));
+            throw Error(ErrorCode::conflict,
+                        fmt::format("the name {} is taken by {}", Quoted(name), catalogue.Named(other)));
         }
     }
     if (const auto other = documents.FindConfusedFolder(parent, name, except)) {
@@ -262,7 +262,7 @@ bool HasFolderName(const std::string& path)
     return path.starts_with('/') ? SplitPath(path).size() > 1 : path.find('/') != std::string::npos;
 }
 
-NewPlace FindNewPlace(const Catalogue& catalogue, const std::string& path, bool withParents)
+NewPlace FindNewPlace(const FolderTree& catalogue, const std::string& path, bool withParents)
 {
     ParentAndName parts = SplitLastFolder(path);
     std::vector<std::string> names = {parts.name};
@@ -291,15 +291,15 @@ struct Going {
     bool operator==(const Going&) const = default;
 };
 
-Going WhatGoes(const Catalogue& catalogue, const Arguments& arguments)
+Going WhatGoes(const FolderTree& catalogue, const Arguments& arguments)
 {
     const DocKey folder = FindGiven(catalogue, arguments);
     const DocPlace& place = *catalogue.Find(folder);
     if (!Given(arguments, kRecursive) && (!place.children.empty() || place.others > 0)) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("{} holds {} and {}; add --recursive to delete it, and the folders, all the same",
-                                  catalogue.Named(folder), Counted(place.children.size(), "folder"),
-                                  Counted(static_cast<std::size_t>(place.others), "other object")));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} holds {} and {}; add --recursive to delete it, and the folders, all the same",
+                                catalogue.Named(folder), Counted(place.children.size(), "folder"),
+                                Counted(static_cast<std::size_t>(place.others), "other object")));
     }
     Going going{folder, catalogue.Named(folder), catalogue.GoneWith(folder), 0};
     going.links = catalogue.CountLinks(going.keys);
@@ -378,10 +378,10 @@ Exit Tree(const Context& context)
 {
     const Arguments& arguments = context.arguments;
     if (GivenNumber(arguments, kDepth).value_or(0) < 0) {
-        throw Refusal(Exit::usage, "--depth is below 0");
+        throw Error(ErrorCode::invalid, "--depth is below 0");
     }
     Opened opened(arguments);
-    const Catalogue catalogue(opened.Directory().Connection());
+    const FolderTree catalogue(opened.Directory().Connection());
     if (arguments.format == Format::table) {
         Draw(catalogue, arguments, [&](const Line& line) { Write(line, context.terminal.out); });
         return Exit::done;
@@ -395,7 +395,7 @@ Exit Tree(const Context& context)
 Exit List(const Context& context)
 {
     Opened opened(context.arguments);
-    const Catalogue catalogue(opened.Directory().Connection());
+    const FolderTree catalogue(opened.Directory().Connection());
     const DocKey parent = catalogue.FindPlace(Given(context.arguments, kPlace).value_or(""));
     Table table{{"id", "name", "path", "folders", "other_objects"}, {}};
     for (const std::size_t child : catalogue.Find(parent)->children) {
@@ -411,7 +411,7 @@ Exit Show(const Context& context)
 {
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
-    const Catalogue catalogue(conn);
+    const FolderTree catalogue(conn);
     const DocKey key = FindGiven(catalogue, context.arguments);
     const DocPlace& place = *catalogue.Find(key);
     Documents documents(conn);
@@ -447,7 +447,7 @@ Exit Create(const Context& context)
         folder.creatorId = FindUser(opened.Directory(), *login).id;
         folder.creator = opened.Directory().NameOfId(folder.creatorId);
     }
-    const Catalogue catalogue(conn);
+    const FolderTree catalogue(conn);
     Documents documents(conn);
     const NewPlace place = FindNewPlace(catalogue, path, Given(arguments, kParents).has_value());
     RefuseTaken(catalogue, documents, place.parent, place.names.front(), std::nullopt);
@@ -474,7 +474,7 @@ Exit Rename(const Context& context)
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
     Transaction transaction(conn);
-    const Catalogue catalogue(conn);
+    const FolderTree catalogue(conn);
     Documents documents(conn);
     const DocKey key = FindGiven(catalogue, context.arguments);
     const DocPlace& place = *catalogue.Find(key);
@@ -494,13 +494,13 @@ Exit Style(const Context& context)
     CAConnect& conn = opened.Directory().Connection();
     Documents documents(conn);
     if (!style) {
-        const DocKey key = FindGiven(Catalogue(conn), context.arguments);
+        const DocKey key = FindGiven(FolderTree(conn), context.arguments);
         const auto present = static_cast<std::int64_t>(LoadFolder(documents, key).style);
         Render(context.arguments.format, Record{{"style", present}}, context.terminal.out);
         return Exit::done;
     }
     Transaction transaction(conn);
-    const Catalogue catalogue(conn);
+    const FolderTree catalogue(conn);
     const DocKey key = FindGiven(catalogue, context.arguments);
     documents.SetFolderStyle(key.id, LoadFolder(documents, key).style, *style);
     transaction.Commit();
@@ -513,19 +513,19 @@ Exit Link(const Context& context)
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
     Transaction transaction(conn);
-    const Catalogue catalogue(conn);
+    const FolderTree catalogue(conn);
     Documents documents(conn);
     const Placement place{catalogue.FindPlace(Given(context.arguments, kParent).value_or("")),
                           FindGiven(catalogue, context.arguments)};
     const std::vector<DocKey> parents = catalogue.Keys(catalogue.Find(place.folder)->parents);
     if (std::ranges::find(parents, place.parent) != parents.end()) {
-        throw Refusal(Exit::conflict, fmt::format("{} is directly under {} already", catalogue.Named(place.folder),
-                                                  catalogue.Named(place.parent)));
+        throw Error(ErrorCode::conflict, fmt::format("{} is directly under {} already", catalogue.Named(place.folder),
+                                                     catalogue.Named(place.parent)));
     }
     const std::vector<DocKey> cycle = catalogue.CycleClosedBy(place);
     if (!cycle.empty()) {
-        throw Refusal(Exit::conflict, fmt::format("{} cannot go there, it would hang below itself: {}",
-                                                  catalogue.Named(place.folder), catalogue.CycleText(cycle)));
+        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would hang below itself: {}",
+                                                     catalogue.Named(place.folder), catalogue.CycleText(cycle)));
     }
     FolderData folder = LoadFolder(documents, place.folder);
     // Who made the folder need not have made the link.
@@ -547,7 +547,7 @@ Exit Unlink(const Context& context)
     Opened opened(arguments);
     CAConnect& conn = opened.Directory().Connection();
     const std::string path = Given(arguments, kFolder).value_or("");
-    const Catalogue catalogue(conn);
+    const FolderTree catalogue(conn);
     const Placement told = catalogue.FindPlacement(path, Given(arguments, kFrom));
     const std::string folder = catalogue.Named(told.folder);
     const std::string parent = catalogue.Named(told.parent);
@@ -558,7 +558,7 @@ Exit Unlink(const Context& context)
         RequireConfirmation(context, fmt::format("Take {} from {} all the same?", folder, parent), 1, kNothingTaken);
     }
     Transaction transaction(conn);
-    const Catalogue present(conn);
+    const FolderTree present(conn);
     const Placement place = present.FindPlacement(path, Given(arguments, kFrom));
     ThrowIfChanged(folder + parent, present.Named(place.folder) + present.Named(place.parent), kNothingTaken);
     ThrowIfChanged(staysInRoot, present.HangsWithout(place), kNothingTaken);
@@ -572,14 +572,14 @@ Exit Delete(const Context& context)
 {
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
-    const Catalogue catalogue(conn);
+    const FolderTree catalogue(conn);
     const Going told = WhatGoes(catalogue, context.arguments);
     const std::string described = Described(told);
     context.terminal.err << fmt::format("delete {}{}\n", described,
                                         told.links == 0 ? "" : ", with " + Counted(told.links, "link"));
     RequireConfirmation(context, fmt::format("Delete {}?", described), told.keys.size() + told.links);
     Transaction transaction(conn);
-    ThrowIfChanged(told, WhatGoes(Catalogue(conn), context.arguments));
+    ThrowIfChanged(told, WhatGoes(FolderTree(conn), context.arguments));
     Documents(conn).Delete(told.keys);
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", Counted(told.keys.size(), "folder"));

@@ -2,13 +2,13 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
-#include "console/DepartmentSync.h"
-#include "console/Engine.h"
-#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/Render.h"
-#include "console/Text.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Names.h"
+#include "management/Text.h"
+#include "management/organisation/DepartmentSync.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -233,8 +233,8 @@ void RefuseTaken(const Organisation& organisation, ItemKey parent, const std::st
 {
     for (const ItemKey other : organisation.ChildrenNamed(parent, name)) {
         if (other != except) {
-            throw Refusal(Exit::conflict,
-                          fmt::format("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
+            throw Error(ErrorCode::conflict,
+                        fmt::format("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
         }
     }
     if (const auto other = organisation.FindConfusedChild(parent, name, except)) {
@@ -289,14 +289,15 @@ std::optional<ItemKey> ParentToLeave(const Organisation& organisation, ItemKey g
     if (from) {
         const ItemKey parent = organisation.FindHolder(*from);
         if (std::ranges::find(parents, parent) == parents.end()) {
-            throw Refusal(Exit::notFound, fmt::format("{} is not directly under {}", organisation.Named(group),
-                                                      organisation.Named(parent)));
+            throw Error(ErrorCode::notFound, fmt::format("{} is not directly under {}", organisation.Named(group),
+                                                         organisation.Named(parent)));
         }
         return parent;
     }
     if (parents.size() > 1) {
-        throw Refusal(Exit::conflict, fmt::format("{} is in several places; say with --from which of {} it is to leave",
-                                                  organisation.Named(group), Visible(Paths(organisation, parents))));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} is in several places; say with --from which of {} it is to leave",
+                                organisation.Named(group), Visible(Paths(organisation, parents))));
     }
     return parents.empty() ? std::nullopt : std::optional(parents.front());
 }
@@ -305,8 +306,8 @@ void RefuseCycle(const Organisation& organisation, ItemKey parent, ItemKey group
 {
     const std::vector<ItemKey> cycle = organisation.CycleClosedBy(parent, group);
     if (!cycle.empty()) {
-        throw Refusal(Exit::conflict, fmt::format("{} cannot go there, it would hang below itself: {}",
-                                                  organisation.Named(group), organisation.CycleText(cycle)));
+        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would hang below itself: {}",
+                                                     organisation.Named(group), organisation.CycleText(cycle)));
     }
 }
 
@@ -322,7 +323,7 @@ struct Going {
     ItemKey group;
     std::string groupName; ///< with its id
     std::vector<int> ids;
-    std::vector<Trace> traces;
+    std::vector<Reference> traces;
     MemberCounts members;
 
     bool operator==(const Going&) const = default;
@@ -337,15 +338,14 @@ Going WhatGoes(Organisation& organisation, const Arguments& arguments)
         const std::vector<ItemKey> below = organisation.Below(group);
         std::vector<int> ids = Ids(below);
         ids.push_back(group.id);
-        throw Refusal(
-            Exit::conflict,
-            fmt::format("{} holds {} and {}, on all levels; add --recursive to delete it, and the groups, all "
-                        "the same",
-                        organisation.Named(group), Counted(below.size(), "group"),
-                        Counted(organisation.CountMembers(ids).users, "user")));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} holds {} and {}, on all levels; add --recursive to delete it, and the groups, all "
+                                "the same",
+                                organisation.Named(group), Counted(below.size(), "group"),
+                                Counted(organisation.CountMembers(ids).users, "user")));
     }
     Going going{group, organisation.Named(group), Ids(organisation.GoneWith(group)), {}, {}};
-    going.traces = organisation.Traces(kItemTypeGroup, going.ids);
+    going.traces = organisation.References(kItemTypeGroup, going.ids);
     going.members = organisation.CountMembers(going.ids);
     return going;
 }
@@ -436,7 +436,7 @@ Exit Tree(const Context& context)
     const Arguments& arguments = context.arguments;
     const std::optional<int> depth = GivenNumber(arguments, kDepth);
     if (depth && *depth < 0) {
-        throw Refusal(Exit::usage, "--depth is below 0");
+        throw Error(ErrorCode::invalid, "--depth is below 0");
     }
     Opened opened(arguments);
     Organisation organisation(opened.Directory().Connection());
@@ -554,7 +554,7 @@ Exit Set(const Context& context)
     const GroupChanges changes{
         {}, Given(arguments, kDescription), GivenNumber(arguments, kSortIndex), GivenNumber(arguments, kDomainId)};
     if (!changes.description && !changes.sortIndex && !changes.domainId) {
-        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin group set --help` lists what can be");
+        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin group set --help` lists what can be");
     }
     Opened opened(arguments);
     Transaction transaction(opened.Directory().Connection());
@@ -651,7 +651,7 @@ Exit Delete(const Context& context)
     Organisation organisation(conn);
     const Going told = WhatGoes(organisation, context.arguments);
     const std::string described = Described(told);
-    context.terminal.err << fmt::format("delete {}{}{}\n", described, WithTraces(told.traces),
+    context.terminal.err << fmt::format("delete {}{}{}\n", described, WithReferences(told.traces),
                                         WithMembers(told.members));
     RequireConfirmation(context, fmt::format("Delete {}?", described), told.ids.size() + CountOf(told.traces));
     Transaction transaction(conn);

@@ -29,7 +29,8 @@ public:
         }
         for (const CLI::Option* argument :
              app->get_options([](const CLI::Option* option) { return option->get_positional(); })) {
-            usage += " " + argument->get_name(true) + (argument->get_expected_max() > 1 ? "..." : "");
+            const std::string shown = argument->get_name(true) + (argument->get_expected_max() > 1 ? "..." : "");
+            usage += argument->get_required() ? " " + shown : " [" + shown + "]";
         }
         return usage + "\n";
     }

@@ -1,19 +1,19 @@
 #include "console/Import.h"
 
 #include "console/CsvReader.h"
-#include "console/Departments.h"
-#include "console/Engine.h"
 #include "console/FileBuffer.h"
 #include "console/FileFormat.h"
 #include "console/Interrupt.h"
-#include "console/Lengths.h"
-#include "console/Names.h"
 #include "console/Progress.h"
 #include "console/Render.h"
-#include "console/Text.h"
-#include "console/UserDepartment.h"
-#include "console/Users.h"
 #include "dbaccess/CAConnect.h"
+#include "management/DatabaseError.h"
+#include "management/Lengths.h"
+#include "management/Names.h"
+#include "management/Text.h"
+#include "management/organisation/Departments.h"
+#include "management/users/UserDepartment.h"
+#include "management/users/Users.h"
 #include "schema/Privileges.h"
 
 #include <fcntl.h>
@@ -91,7 +91,7 @@ public:
     [[nodiscard]] std::istream& Stream() { return IsStandardInput() ? m_standardInput : m_file; }
     [[nodiscard]] std::string Name() const { return IsStandardInput() ? "standard input" : Visible(m_path); }
 
-    /// Reads from the beginning of what is still to be read. @throws Refusal (usage) that names another encoding or
+    /// Reads from the beginning of what is still to be read. @throws Error (invalid) that names another encoding or
     /// kind of file, (failed) for what cannot be read.
     void RequireCsv()
     {
@@ -103,14 +103,14 @@ public:
                 problem = OtherEncoding(file, m_path);
             }
             if (!problem.empty()) {
-                throw Refusal(Exit::usage,
-                              (IsStandardInput() ? "what standard input holds, written to the file " : "") + problem +
-                                  "; nothing was imported");
+                throw Error(ErrorCode::invalid,
+                            (IsStandardInput() ? "what standard input holds, written to the file " : "") + problem +
+                                "; nothing was imported");
             }
         } catch (const std::ios_base::failure&) {
-            throw Refusal(Exit::failed,
-                          fmt::format("{}; nothing was imported",
-                                      Interrupt::Requested() ? "stopped by a signal" : Name() + " cannot be read"));
+            throw Error(ErrorCode::failed,
+                        fmt::format("{}; nothing was imported",
+                                    Interrupt::Requested() ? "stopped by a signal" : Name() + " cannot be read"));
         }
     }
 
@@ -157,7 +157,7 @@ private:
     {
         const int file = ::open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
         if (file < 0) {
-            throw Refusal(Exit::failed, fmt::format("cannot read {}: {}", Visible(m_path), std::strerror(errno)));
+            throw Error(ErrorCode::failed, fmt::format("cannot read {}: {}", Visible(m_path), std::strerror(errno)));
         }
         return std::make_unique<FileBuffer>(file);
     }
@@ -179,21 +179,21 @@ std::string Trimmed(const std::string& text)
 /// What the columns of the file are.
 class Header {
 public:
-    /// @throws Refusal (usage) for a header that cannot be used.
+    /// @throws Error (invalid) for a header that cannot be used.
     Header(const std::optional<CsvRecord>& record, const std::string& file)
     {
         if (!record) {
-            throw Refusal(Exit::usage, fmt::format("{} has no header row to name its columns", file));
+            throw Error(ErrorCode::invalid, fmt::format("{} has no header row to name its columns", file));
         }
         if (!record->problem.empty()) {
-            throw Refusal(Exit::usage, fmt::format("the header of {} cannot be read: {}", file, record->problem));
+            throw Error(ErrorCode::invalid, fmt::format("the header of {} cannot be read: {}", file, record->problem));
         }
         for (const std::string& name : record->fields) {
             Add(Trimmed(name), file);
         }
         if (!Has(Login())) {
-            throw Refusal(Exit::usage, fmt::format("{} has no column login; known columns are {}", file,
-                                                   fmt::join(ImportColumns(), ", ")));
+            throw Error(ErrorCode::invalid, fmt::format("{} has no column login; known columns are {}", file,
+                                                        fmt::join(ImportColumns(), ", ")));
         }
     }
 
@@ -224,13 +224,13 @@ private:
         const Field* field = FindField(name);
         if (field == nullptr || (field != &Login() && field->use != Field::Use::given)) {
             const bool otherSeparator = name.find_first_of(";\t") != std::string::npos;
-            throw Refusal(Exit::usage,
-                          fmt::format("{} has an unknown column {}{}; known columns are {}", file, Quoted(name),
-                                      otherSeparator ? " (values must be separated by commas)" : "",
-                                      fmt::join(ImportColumns(), ", ")));
+            throw Error(ErrorCode::invalid,
+                        fmt::format("{} has an unknown column {}{}; known columns are {}", file, Quoted(name),
+                                    otherSeparator ? " (values must be separated by commas)" : "",
+                                    fmt::join(ImportColumns(), ", ")));
         }
         if (Has(*field)) {
-            throw Refusal(Exit::usage, fmt::format("{} has the column {} twice", file, field->name));
+            throw Error(ErrorCode::invalid, fmt::format("{} has the column {} twice", file, field->name));
         }
         m_columns.push_back(field);
     }
@@ -245,7 +245,7 @@ private:
             } else if (!text.empty()) {
                 row.values[&field] = ParseValue(field, text);
             }
-        } catch (const Refusal& e) {
+        } catch (const Error& e) {
             row.problem = row.problem.empty() ? e.what() : row.problem;
         }
     }
@@ -277,7 +277,7 @@ public:
                     m_file ? m_file->Stream() : m_out);
     }
 
-    /// @throws Refusal when the file does not hold what was written. @param consequence  ends the sentence.
+    /// @throws Error when the file does not hold what was written. @param consequence  ends the sentence.
     void Flush(const std::string& consequence)
     {
         if (m_file) {
@@ -286,7 +286,7 @@ public:
         }
         m_out.flush();
         if (!m_out) {
-            throw Refusal(Exit::failed, "cannot write the outcomes to standard output; " + consequence);
+            throw Error(ErrorCode::failed, "cannot write the outcomes to standard output; " + consequence);
         }
     }
 
@@ -320,8 +320,8 @@ private:
     {
         try {
             body();
-        } catch (const Refusal& e) {
-            throw Refusal(e.Code(), fmt::format("{}; {}", e.what(), consequence));
+        } catch (const Error& e) {
+            throw Error(e.Code(), fmt::format("{}; {}", e.what(), consequence));
         }
     }
 
@@ -392,8 +392,8 @@ private:
             return std::nullopt;
         }
         if (!m_header.Has(Department())) {
-            throw Refusal(Exit::usage, fmt::format("{} has no column {}, which --departments needs", m_source.Name(),
-                                                   Department().name));
+            throw Error(ErrorCode::invalid, fmt::format("{} has no column {}, which --departments needs",
+                                                        m_source.Name(), Department().name));
         }
         return std::optional<Departments>(
             std::in_place, m_directory.Connection(),
@@ -548,7 +548,7 @@ private:
             return ApplyGood(row);
         } catch (const DatabaseError&) {
             throw;
-        } catch (const Refusal& e) {
+        } catch (const Error& e) {
             return {Outcome::Kind::failed, 0, e.what()};
         }
     }
@@ -612,11 +612,11 @@ private:
         const std::string login = TooLong(m_lengths, TextFor{"login", FindField("login")->column, row.login});
         const std::string problem = login.empty() ? TooLong(m_lengths, row.values) : login;
         if (!problem.empty()) {
-            throw Refusal(Exit::usage, problem);
+            throw Error(ErrorCode::invalid, problem);
         }
     }
 
-    /// @throws Refusal for another text of a department that the user is a member of.
+    /// @throws Error for another text of a department that the user is a member of.
     void RequireDepartmentText(const UserKey& user, const Row& row, const FieldValues& stored)
     {
         const auto given = row.values.find(&Department());
@@ -629,9 +629,10 @@ private:
         Roles roles(m_directory.Connection());
         const std::vector<ItemKey> groups = DepartmentGroups(*m_organisation, roles, user.id, stored);
         if (!groups.empty()) {
-            throw Refusal(Exit::conflict, fmt::format("the department changes, and {} would stay a member of {}; give "
-                                                      "--departments VIEW, and both change",
-                                                      Visible(user.login), m_organisation->Named(groups.front())));
+            throw Error(ErrorCode::conflict,
+                        fmt::format("the department changes, and {} would stay a member of {}; give "
+                                    "--departments VIEW, and both change",
+                                    Visible(user.login), m_organisation->Named(groups.front())));
         }
     }
 
@@ -742,7 +743,7 @@ private:
     [[nodiscard]] bool MayWrite() const
     {
         CAConnect& conn = m_directory.Connection();
-        return !m_options.isReadOnly && Asking(conn, [&] { return schema::MayWrite(conn); });
+        return !m_options.isReadOnly && WithDatabaseErrors(conn, [&] { return schema::MayWrite(conn); });
     }
 
     void SummariseDepartments()
@@ -764,10 +765,10 @@ private:
     void RefuseIfCutShort() const
     {
         if (Interrupt::Requested()) {
-            throw Refusal(Exit::failed, "stopped by a signal; " + Standing());
+            throw Error(ErrorCode::failed, "stopped by a signal; " + Standing());
         }
         if (m_reader.Failed()) {
-            throw Refusal(Exit::failed, fmt::format("{} cannot be read; {}", m_source.Name(), Standing()));
+            throw Error(ErrorCode::failed, fmt::format("{} cannot be read; {}", m_source.Name(), Standing()));
         }
     }
 
@@ -811,7 +812,7 @@ Exit ImportUsers(Directory& directory, const ImportOptions& options, Terminal& t
         return importer.Run();
     } catch (const DatabaseError& e) {
         importer.ClearProgress();
-        throw Refusal(Exit::database, fmt::format("stopped: {}; {}", e.what(), importer.Standing()));
+        throw Error(ErrorCode::database, fmt::format("stopped: {}; {}", e.what(), importer.Standing()));
     }
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "console/Directory.h"
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "console/OutputFile.h"
 #include "console/Terminal.h"
+#include "management/users/Directory.h"
 
 #include <optional>
 #include <string>
@@ -30,7 +30,7 @@ std::vector<std::string_view> ImportColumns();
 
 /// Adds the users of a file of comma-separated values, row by row. A bad row stops nothing; each row's outcome goes to
 /// the result file once it is safely stored. A signal to stop is obeyed behind the current row.
-/// @throws Refusal for what stops the import as a whole.
+/// @throws Error for what stops the import as a whole.
 Exit ImportUsers(Directory& directory, const ImportOptions& options, Terminal& terminal);
 
 } // namespace console

@@ -1,6 +1,6 @@
 #include "console/JsonWriter.h"
 
-#include "console/Overloaded.h"
+#include "management/Overloaded.h"
 
 #include <nlohmann/json.hpp>
 

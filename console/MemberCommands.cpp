@@ -2,15 +2,15 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
-#include "console/DepartmentSync.h"
-#include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Render.h"
-#include "console/Roles.h"
-#include "console/Text.h"
 #include "console/UserCommands.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
+#include "management/organisation/DepartmentSync.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -25,8 +25,6 @@ using namespace words;
 
 constexpr Field kHolder{
     "GROUP", "", {}, Field::Use::given, "/VIEW or /VIEW/GROUP, or id:NUMBER of a group, or view:NUMBER"};
-constexpr Field kDepartments{
-    "departments", "", {}, Field::Use::given, "make each department a group below this view, and its people members"};
 
 ItemKey FindGiven(const Organisation& organisation, const Arguments& arguments)
 {
@@ -98,20 +96,6 @@ void DeclareDetach(CLI::App& app, Arguments& arguments)
     user::DeclareOne(app, arguments);
     DeclareYes(app, arguments);
 }
-
-void DeclareDepartments(CLI::App& app, Arguments& arguments)
-{
-    const auto take = [&arguments](const std::string& view) { arguments.fields[&kDepartments] = view; };
-    app.add_option_function<std::string>(OptionOf(kDepartments), take, std::string(kDepartments.help))
-        ->type_name("VIEW");
-    auto* makeView = app.add_flag("--make-view", arguments.makeView, "make that view when it is not there")
-                         ->needs(OptionOf(kDepartments));
-    app.add_flag("--no-new-groups", arguments.noNewGroups, "rows of departments that have no group yet fail")
-        ->needs(OptionOf(kDepartments))
-        ->excludes(makeView);
-}
-
-std::optional<std::string> DepartmentsGiven(const Arguments& arguments) { return Given(arguments, kDepartments); }
 
 // ---- Reading --------------------------------------------------------------------------------------------------------
 

@@ -10,10 +10,6 @@ namespace console::member {
 void DeclareList(CLI::App& app, Arguments& arguments);
 void DeclareUsers(CLI::App& app, Arguments& arguments);
 void DeclareDetach(CLI::App& app, Arguments& arguments);
-/// The option of `user import` that names the view of the departments.
-void DeclareDepartments(CLI::App& app, Arguments& arguments);
-/// What was given for it.
-std::optional<std::string> DepartmentsGiven(const Arguments& arguments);
 
 Exit List(const Context& context);
 Exit Add(const Context& context);

@@ -1,15 +1,15 @@
 #include "console/MessageCommands.h"
 
 #include "console/Confirm.h"
-#include "console/Engine.h"
-#include "console/FindEach.h"
 #include "console/Interrupt.h"
-#include "console/Messages.h"
 #include "console/Opened.h"
 #include "console/Progress.h"
 #include "console/Render.h"
-#include "console/Text.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/FindEach.h"
+#include "management/Text.h"
+#include "management/messages/Messages.h"
 #include "platform/COleDateTime.h"
 
 #include <CLI/CLI.hpp>
@@ -43,7 +43,8 @@ int NumberGiven(const Arguments& arguments, const Field& field, int least, int m
 {
     const int number = GivenNumber(arguments, field).value_or(usual);
     if (number < least || number > most) {
-        throw Refusal(Exit::usage, fmt::format("{} {} is not between {} and {}", OptionOf(field), number, least, most));
+        throw Error(ErrorCode::invalid,
+                    fmt::format("{} {} is not between {} and {}", OptionOf(field), number, least, most));
     }
     return number;
 }
@@ -62,7 +63,7 @@ std::string BoundaryGiven(const Arguments& arguments)
     const std::optional<std::string> before = Given(arguments, kBefore);
     const bool keepsDays = Given(arguments, kKeepDays).has_value();
     if (before.has_value() == keepsDays) {
-        throw Refusal(Exit::usage, "say with either --before or --keep-days which messages are to go");
+        throw Error(ErrorCode::invalid, "say with either --before or --keep-days which messages are to go");
     }
     return before ? WholeDate(*before) : DaysAgo(NumberGiven(arguments, kKeepDays, 0, kMostDays, 0));
 }
@@ -100,7 +101,7 @@ public:
     {
     }
 
-    /// @return what was deleted. @throws Refusal that says how far it came.
+    /// @return what was deleted. @throws Error that says how far it came.
     MessageCounts Run()
     {
         const Interrupt interrupt;
@@ -108,11 +109,11 @@ public:
             DeleteSlices();
         } catch (const DatabaseError& e) {
             m_progress.Clear();
-            throw Refusal(Exit::database, fmt::format("stopped: {}; {}", e.what(), Standing()));
+            throw Error(ErrorCode::database, fmt::format("stopped: {}; {}", e.what(), Standing()));
         }
         m_progress.Clear();
         if (m_next < m_slices.size()) {
-            throw Refusal(Exit::failed, "stopped by a signal; " + Standing());
+            throw Error(ErrorCode::failed, "stopped by a signal; " + Standing());
         }
         return m_deleted;
     }
@@ -185,7 +186,7 @@ Exit Oldest(const Context& context)
     Opened opened(context.arguments);
     const std::optional<std::string> oldest = Messages(opened.Directory().Connection()).Oldest();
     if (!oldest) {
-        throw Refusal(Exit::notFound, "there is no message with a date");
+        throw Error(ErrorCode::notFound, "there is no message with a date");
     }
     context.terminal.out << *oldest << '\n';
     return Exit::done;
@@ -209,7 +210,7 @@ Exit Purge(const Context& context)
     Purger purger(messages, before, Described(counts), static_cast<std::size_t>(batch), context.terminal);
     const MessageCounts deleted = purger.Run();
     context.terminal.err << fmt::format("deleted {} ({})\n", Described(deleted), purger.Pace());
-    const CString engine = Asking(conn, [&] { return conn.GetEngineName(); });
+    const CString engine = WithDatabaseErrors(conn, [&] { return conn.GetEngineName(); });
     context.terminal.err << RoomAdvice(engine.View()) << '\n';
     return Exit::done;
 }
@@ -248,19 +249,19 @@ int ReadId(const std::string& text)
     const char* end = text.data() + text.size();
     const auto read = std::from_chars(text.data(), end, id);
     if (read.ec != std::errc() || read.ptr != end) {
-        throw Refusal(Exit::usage, fmt::format("{} is no id of an entry; write a number", Quoted(text)));
+        throw Error(ErrorCode::invalid, fmt::format("{} is no id of an entry; write a number", Quoted(text)));
     }
     return id;
 }
 
-/// Those given, each once. @throws Refusal (usage, notFound) when one of them is none.
+/// Those given, each once. @throws Error (invalid, notFound) when one of them is none.
 std::vector<int> FindEntries(LoginLog& log, const std::vector<std::string>& arguments)
 {
     const auto find = [&log](const std::string& argument) {
         const int id = ReadId(argument);
         if (!log.Has(id)) {
-            throw Refusal(Exit::notFound,
-                          fmt::format("there is no entry {} in the login log; nothing was deleted", id));
+            throw Error(ErrorCode::notFound,
+                        fmt::format("there is no entry {} in the login log; nothing was deleted", id));
         }
         return id;
     };

@@ -2,16 +2,16 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
-#include "console/Engine.h"
-#include "console/FindEach.h"
-#include "console/Items.h"
-#include "console/ObjectRights.h"
 #include "console/Opened.h"
-#include "console/Powers.h"
 #include "console/Render.h"
-#include "console/Text.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/FindEach.h"
+#include "management/Items.h"
+#include "management/Text.h"
+#include "management/rights/ObjectRights.h"
+#include "management/rights/PermissionMask.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -53,7 +53,7 @@ int NumberFrom(const std::string& text, std::string_view what)
     const char* end = text.data() + text.size();
     const auto read = std::from_chars(text.data(), end, number);
     if (read.ec != std::errc() || read.ptr != end) {
-        throw Refusal(Exit::usage, fmt::format("{} {} is no whole number of 32 bits", what, Quoted(text)));
+        throw Error(ErrorCode::invalid, fmt::format("{} {} is no whole number of 32 bits", what, Quoted(text)));
     }
     return number;
 }
@@ -90,9 +90,10 @@ ObjectRight FindRight(ObjectRights& rights, int id)
 {
     const std::optional<ObjectRight> right = rights.Load(id);
     if (!right) {
-        throw Refusal(Exit::notFound, fmt::format("there is no right on an object with id {}; `qvadmin objright list` "
-                                                  "shows those on one object",
-                                                  id));
+        throw Error(ErrorCode::notFound,
+                    fmt::format("there is no right on an object with id {}; `qvadmin objright list` "
+                                "shows those on one object",
+                                id));
     }
     return *right;
 }
@@ -171,7 +172,7 @@ std::string Named(const ObjectRightKey& key, const Item& holder)
 }
 
 /// "right 5, which is the right 'docs' 'read' of ...".
-std::string Named(Namer& namer, const ObjectRight& right)
+std::string Named(NameCache& namer, const ObjectRight& right)
 {
     return fmt::format("right {}, {}", right.id, Named(right.key, namer.Find(right.key.holder)));
 }
@@ -183,7 +184,7 @@ struct Revocation {
 
 Revocation PlanRevocation(ObjectRights& rights, const Arguments& arguments)
 {
-    Namer namer(rights.Connection());
+    NameCache namer(rights.Connection());
     const auto find = [&rights](const std::string& word) { return FindRight(rights, NumberFrom(word, kId.name)); };
     Revocation revocation;
     for (const ObjectRight& right : FindEach(
@@ -290,8 +291,8 @@ Exit Grant(const Context& context)
     right.holderName = DisplayName(directory, holder);
     NoteCreator(directory, context.arguments, right);
     if (const std::optional<int> present = rights.Find(right.key)) {
-        throw Refusal(Exit::conflict, fmt::format("{} is there already; `qvadmin objright set {}` changes its power",
-                                                  Named(right.key, holder), *present));
+        throw Error(ErrorCode::conflict, fmt::format("{} is there already; `qvadmin objright set {}` changes its power",
+                                                     Named(right.key, holder), *present));
     }
     const int id = rights.Grant(right);
     transaction.Commit();
@@ -307,7 +308,7 @@ Exit Set(const Context& context)
     Opened opened(context.arguments);
     Transaction transaction(opened.Directory().Connection());
     ObjectRights rights(opened.Directory().Connection());
-    Namer namer(rights.Connection());
+    NameCache namer(rights.Connection());
     const ObjectRight right = FindRight(rights, id);
     const std::string name = Named(namer, right);
     rights.Set(id, power, unpower);

@@ -1,9 +1,9 @@
 #include "console/Opened.h"
 
-#include "console/Engine.h"
-#include "console/Errors.h"
-#include "console/Text.h"
+#include "console/ExitCode.h"
 #include "console/Url.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
 
 #include <fmt/format.h>
 
@@ -21,24 +21,25 @@ namespace {
 {
     switch (status.state) {
     case schema::State::empty:
-        throw Refusal(Exit::database, fmt::format("the database has no tables yet; run `{}`", InitCommand(arguments)));
+        throw Error(ErrorCode::database,
+                    fmt::format("the database has no tables yet; run `{}`", InitCommand(arguments)));
     case schema::State::older:
-        throw Refusal(Exit::database,
-                      fmt::format("the directory is of version {}, this program works with {}; run `{}` to upgrade it",
-                                  status.version, status.newest, InitCommand(arguments)));
+        throw Error(ErrorCode::database,
+                    fmt::format("the directory is of version {}, this program works with {}; run `{}` to upgrade it",
+                                status.version, status.newest, InitCommand(arguments)));
     case schema::State::newer:
-        throw Refusal(Exit::database,
-                      fmt::format("the directory is of version {}, made by a later qvadmin; this one knows {}",
-                                  status.version, status.newest));
+        throw Error(ErrorCode::database,
+                    fmt::format("the directory is of version {}, made by a later qvadmin; this one knows {}",
+                                status.version, status.newest));
     default:
-        throw Refusal(Exit::database,
-                      "the database holds other tables than a directory's; check the name given with --db");
+        throw Error(ErrorCode::database,
+                    "the database holds other tables than a directory's; check the name given with --db");
     }
 }
 
 void RequireCurrent(CAConnect& conn, const Arguments& arguments)
 {
-    const schema::Status status = Asking(conn, [&] { return schema::Inspect(conn); });
+    const schema::Status status = WithDatabaseErrors(conn, [&] { return schema::Inspect(conn); });
     if (status.state != schema::State::current) {
         RefuseState(status, arguments);
     }
@@ -51,7 +52,7 @@ Opened::Opened(const Arguments& arguments, Indexes indexes) : m_directory(m_conn
     Connect(m_conn, WithoutCreating(ChooseUrl(arguments.db)), arguments);
     RequireCurrent(m_conn, arguments);
     if (indexes == Indexes::refreshed) {
-        Asking(m_conn, [&] { schema::RefreshIndexes(m_conn); });
+        WithDatabaseErrors(m_conn, [&] { schema::RefreshIndexes(m_conn); });
     }
 }
 
@@ -60,13 +61,13 @@ void Connect(CAConnect& conn, const std::string& url, const Arguments& arguments
     std::error_code error;
     const std::optional<std::filesystem::path> file = SqliteFile(url);
     if (file && !MakesFile(url) && !std::filesystem::exists(*file, error) && !error) {
-        throw Refusal(Exit::database, fmt::format("there is no database {}; run `{}` to make it",
-                                                  Visible(file->native()), InitCommand(arguments)));
+        throw Error(ErrorCode::database, fmt::format("there is no database {}; run `{}` to make it",
+                                                     Visible(file->native()), InitCommand(arguments)));
     }
     try {
         conn.Open(CString(std::string_view(url)));
     } catch (const CAException& e) {
-        throw Refusal(Exit::database, ErrorFrom(conn, e).EngineLine());
+        throw Error(ErrorCode::database, ErrorFrom(conn, e).EngineLine());
     }
 }
 

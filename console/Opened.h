@@ -1,8 +1,8 @@
 #pragma once
 
 #include "console/Arguments.h"
-#include "console/Directory.h"
 #include "dbaccess/CAConnect.h"
+#include "management/users/Directory.h"
 #include "schema/Schema.h"
 
 #include <cstdint>
@@ -15,17 +15,17 @@ public:
     /// What becomes of indexes whose order is that of earlier rules.
     enum class Indexes : std::uint8_t { refreshed, leftAlone };
 
-    /// Never makes a file. @throws Refusal (database) that says what to do about it.
+    /// Never makes a file. @throws Error (database) that says what to do about it.
     explicit Opened(const Arguments& arguments, Indexes indexes = Indexes::refreshed);
 
-    [[nodiscard]] console::Directory& Directory() { return m_directory; }
+    [[nodiscard]] management::Directory& Directory() { return m_directory; }
 
 private:
     CAConnect m_conn;
-    console::Directory m_directory;
+    management::Directory m_directory;
 };
 
-/// Connects to a database whatever is in it. @throws Refusal (database).
+/// Connects to a database whatever is in it. @throws Error (database).
 void Connect(CAConnect& conn, const std::string& url, const Arguments& arguments);
 
 /// How to run `db init` on the same database.

@@ -1,7 +1,7 @@
 #include "console/OutputFile.h"
 
-#include "console/Errors.h"
-#include "console/Text.h"
+#include "console/ExitCode.h"
+#include "management/Text.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -134,7 +134,7 @@ OutputFile::OutputFile(Description description)
     m_pending << m_description.firstLine << '\n';
     try {
         Flush();
-    } catch (const Refusal&) {
+    } catch (const Error&) {
         ::unlink(m_partial.c_str());
         ::close(m_file);
         throw;
@@ -190,8 +190,8 @@ void OutputFile::RequireFree(const std::string& path) const
 {
     for (const InUse& other : m_description.others) {
         if (IsSame(path, other.path)) {
-            throw Refusal(Exit::usage, fmt::format("{} is {}; name another file with {}", Visible(path), other.as,
-                                                   m_description.option));
+            throw Error(ErrorCode::invalid, fmt::format("{} is {}; name another file with {}", Visible(path), other.as,
+                                                        m_description.option));
         }
     }
 }
@@ -203,17 +203,16 @@ void OutputFile::RequireReplaceable(const std::string& path) const
         return;
     }
     if (*type != fs::file_type::regular) {
-        throw Refusal(
-            Exit::failed,
-            fmt::format("cannot write {}: it is {}, not a file; name a file with {}, or - for standard output",
-                        Visible(path), NameOf(*type), m_description.option));
+        throw Error(ErrorCode::failed,
+                    fmt::format("cannot write {}: it is {}, not a file; name a file with {}, or - for standard output",
+                                Visible(path), NameOf(*type), m_description.option));
     }
     const Handle file(OpenThere(path));
     if (file.Get() < 0 || ContentOf(file.Get(), m_description.firstLine) == Content::ofAnotherKind) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("{} is there already and is not such a list; it was left as it is: name another file "
-                                  "with {}",
-                                  Visible(path), m_description.option));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} is there already and is not such a list; it was left as it is: name another file "
+                                "with {}",
+                                Visible(path), m_description.option));
     }
 }
 
@@ -246,15 +245,15 @@ void OutputFile::KeepEarlier(const std::string& path) const
 
 void OutputFile::ThrowBusy(const std::string& path) const
 {
-    throw Refusal(Exit::conflict, fmt::format("{} is being written by another qvadmin; wait for its end, or name "
-                                              "another file with {}",
-                                              Visible(path), m_description.option));
+    throw Error(ErrorCode::conflict, fmt::format("{} is being written by another qvadmin; wait for its end, or name "
+                                                 "another file with {}",
+                                                 Visible(path), m_description.option));
 }
 
 void OutputFile::ThrowUnwritable(const std::string& reason) const
 {
-    throw Refusal(Exit::failed, fmt::format("cannot write {}: {}; name another file with {}",
-                                            Visible(m_description.target), reason, m_description.option));
+    throw Error(ErrorCode::failed, fmt::format("cannot write {}: {}; name another file with {}",
+                                               Visible(m_description.target), reason, m_description.option));
 }
 
 } // namespace console

@@ -32,7 +32,7 @@ public:
         std::vector<InUse> others; ///< by other parts of the command
     };
 
-    /// Makes TARGET.partial and writes the first line. @throws Refusal (usage) for a file in use, (conflict) for a file
+    /// Makes TARGET.partial and writes the first line. @throws Error (invalid) for a file in use, (conflict) for a file
     /// of another kind or one that is being written, (failed) when it cannot be made.
     explicit OutputFile(Description description);
     OutputFile(const OutputFile&) = delete;
@@ -42,10 +42,10 @@ public:
 
     /// Takes what is to be written by the next flush.
     [[nodiscard]] std::ostream& Stream() { return m_pending; }
-    /// Hands all of it to the system, where it survives the end of the program. @throws Refusal (failed).
+    /// Hands all of it to the system, where it survives the end of the program. @throws Error (failed).
     void Flush();
     /// Flushes, waits until the disk has it all, and gives the file its own name. Nothing may be written afterwards.
-    /// @throws Refusal as the constructor does; the file then stays under the name of Name.
+    /// @throws Error as the constructor does; the file then stays under the name of Name.
     void Finish();
     /// Where what was flushed can be read now, for sentences: TARGET.partial, or TARGET when it is finished.
     [[nodiscard]] std::string Name() const;

@@ -1,8 +1,8 @@
 #include "console/Render.h"
 
 #include "console/JsonWriter.h"
-#include "console/Overloaded.h"
-#include "console/Text.h"
+#include "management/Overloaded.h"
+#include "management/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -259,6 +259,16 @@ void Render(Format format, const Table& table, std::ostream& out)
         }
     }
     writer.Finish();
+}
+
+void Render(Format format, const Value& value, std::ostream& out)
+{
+    if (format == Format::json || format == Format::jsonl) {
+        JsonWriter(out, JsonWriter::Layout::line).Write(value);
+    } else {
+        out << ForPrograms(value);
+    }
+    out << '\n';
 }
 
 void Render(Format format, const Record& record, std::ostream& out)

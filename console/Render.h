@@ -1,13 +1,13 @@
 #pragma once
 
+#include "console/ExitCode.h"
+#include "management/Value.h"
+
 #include <cstddef>
-#include <cstdint>
 #include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <variant>
 #include <vector>
 
 namespace console {
@@ -16,41 +16,6 @@ enum class Format { table, csv, json, jsonl, plain };
 
 /// The format of that name.
 std::optional<Format> FindFormat(std::string_view name);
-
-/// A number that stands for a word: programs get the number, people the word.
-struct Choice {
-    std::int64_t number;
-    std::string_view word;
-};
-
-/// The text of a value. Not a std::string itself: a std::variant of types that the standard library declares never to
-/// leave it empty (std::string, std::vector, ...) destroys what was never constructed when memory runs out while it is
-/// copied (libstdc++ 12).
-struct TextValue : std::string {
-    using std::string::string;
-    TextValue(std::string text) noexcept : std::string(std::move(text)) {}
-};
-
-/// One value of a row; the first alternative is "absent".
-using Value = std::variant<std::monostate, std::int64_t, bool, Choice, TextValue>;
-
-struct Table {
-    std::vector<std::string> columns;
-    std::vector<std::vector<Value>> rows;
-};
-
-/// One thing with all its properties.
-using Record = std::vector<std::pair<std::string, Value>>;
-
-/// A row of these values. Unlike a braced list it makes no copies.
-template <class... Values>
-std::vector<Value> MakeRow(Values&&... values)
-{
-    std::vector<Value> row;
-    row.reserve(sizeof...(values));
-    (row.emplace_back(std::forward<Values>(values)), ...);
-    return row;
-}
 
 /// Writes a table row by row, as Render does, and holds no rows but those by which the widths of columns are measured.
 class TableWriter {
@@ -100,6 +65,9 @@ private:
 void Render(Format format, const Table& table, std::ostream& out);
 /// Writes one record: a line per property (table, plain), a header and a row (csv) or an object.
 void Render(Format format, const Record& record, std::ostream& out);
+
+/// Writes one value in a line of its own: as JSON where that is asked for, else as programs read it.
+void Render(Format format, const Value& value, std::ostream& out);
 
 /// Writes one row of csv.
 void WriteCsvRow(const std::vector<std::string>& fields, std::ostream& out);

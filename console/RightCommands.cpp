@@ -2,18 +2,18 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
-#include "console/Engine.h"
-#include "console/Items.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
-#include "console/Powers.h"
 #include "console/Render.h"
-#include "console/Rights.h"
-#include "console/Roles.h"
-#include "console/Text.h"
 #include "console/UserCommands.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Items.h"
+#include "management/Text.h"
+#include "management/rights/PermissionMask.h"
+#include "management/rights/Rights.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -76,7 +76,7 @@ Side SideGiven(const Arguments& arguments)
         return Side::dependent;
     }
     if (Given(arguments, kAs)) {
-        throw Refusal(Exit::usage, fmt::format("--as takes holder or dependent, not {}", Quoted(side)));
+        throw Error(ErrorCode::invalid, fmt::format("--as takes holder or dependent, not {}", Quoted(side)));
     }
     return Side::either;
 }
@@ -105,18 +105,19 @@ std::string TextOf(const Meant& meant) { return TextOf(meant.function) + (meant.
 
 [[noreturn]] void RefuseMissing(const Meant& meant)
 {
-    throw Refusal(Exit::notFound,
-                  fmt::format("{} does not have {}; `qvadmin {}` shows what there is", Named(meant.holder),
-                              TextOf(meant), meant.on ? "right on list" : "right list"));
+    throw Error(ErrorCode::notFound,
+                fmt::format("{} does not have {}; `qvadmin {}` shows what there is", Named(meant.holder), TextOf(meant),
+                            meant.on ? "right on list" : "right list"));
 }
 
 [[noreturn]] void RefusePresent(const Meant& meant)
 {
-    throw Refusal(Exit::conflict, fmt::format("{} has {} already; `qvadmin {}` changes its power", Named(meant.holder),
-                                              TextOf(meant), meant.on ? "right on set" : "right set"));
+    throw Error(ErrorCode::conflict,
+                fmt::format("{} has {} already; `qvadmin {}` changes its power", Named(meant.holder), TextOf(meant),
+                            meant.on ? "right on set" : "right set"));
 }
 
-std::string ToldGranted(const Meant& meant, Powers powers)
+std::string ToldGranted(const Meant& meant, PermissionMask powers)
 {
     return fmt::format("{} now has {}, power {}\n", Named(meant.holder), TextOf(meant), powers.power);
 }
@@ -174,7 +175,7 @@ std::string ToldLeft(Rights& rights, const Item& item)
     const std::size_t left = rights.Between(item.key, Side::holder).size();
     return left == 0 ? ""
                      : fmt::format("left alone: {} on other items; see `qvadmin right on list {}:id:{} --as holder`\n",
-                                   Counted(left, "right"), NounOf(item.key.type), item.key.id);
+                                   Counted(left, "right"), TypeName(item.key.type), item.key.id);
 }
 
 constexpr std::string_view kNothingEnded = "no right was ended";
@@ -214,7 +215,7 @@ Meant FindBoth(CAConnect& conn, const Arguments& arguments)
     return {FindGiven(conn, arguments, kHolder), FindGiven(conn, arguments, kOnItem), FunctionGiven(arguments)};
 }
 
-RightOn AsRow(const Meant& meant, Powers powers)
+RightOn AsRow(const Meant& meant, PermissionMask powers)
 {
     return {meant.function, meant.holder.key, meant.on.value().key, powers};
 }
@@ -230,12 +231,12 @@ std::vector<RightOn> FindRowsOn(Rights& rights, const Meant& meant)
 
 void Print(const Context& context, CAConnect& conn, const std::vector<RightOn>& rights)
 {
-    Namer namer(conn);
+    NameCache namer(conn);
     Table table{
         {"genre", "function", "holder_type", "holder_id", "holder", "on_type", "on_id", "on", "power", "unpower"}, {}};
     for (const RightOn& right : rights) {
-        table.rows.push_back({right.function.genre, right.function.name, NounOf(right.holder.type),
-                              std::int64_t{right.holder.id}, namer.NameOf(right.holder), NounOf(right.on.type),
+        table.rows.push_back({right.function.genre, right.function.name, TypeName(right.holder.type),
+                              std::int64_t{right.holder.id}, namer.NameOf(right.holder), TypeName(right.on.type),
                               std::int64_t{right.on.id}, namer.NameOf(right.on), std::int64_t{right.powers.power},
                               std::int64_t{right.powers.unpower}});
     }
@@ -247,10 +248,10 @@ int CommonUnpower(const Meant& meant, const std::vector<RightOn>& rows)
 {
     const int unpower = rows.front().powers.unpower;
     if (std::ranges::any_of(rows, [unpower](const RightOn& row) { return row.powers.unpower != unpower; })) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("{} has {} in {} with different second powers; say with --unpower which they are to "
-                                  "have",
-                                  Named(meant.holder), TextOf(meant), Counted(rows.size(), "row")));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} has {} in {} with different second powers; say with --unpower which they are to "
+                                "have",
+                                Named(meant.holder), TextOf(meant), Counted(rows.size(), "row")));
     }
     return unpower;
 }
@@ -276,8 +277,8 @@ Exit ShowOn(const Context& context)
 
 Exit GrantOn(const Context& context)
 {
-    const Powers powers{PowerGiven(context.arguments, kPowerOrOne).value_or(kPlainPower),
-                        PowerGiven(context.arguments, kUnpower).value_or(0)};
+    const PermissionMask powers{PowerGiven(context.arguments, kPowerOrOne).value_or(kPlainPower),
+                                PowerGiven(context.arguments, kUnpower).value_or(0)};
     const Function function = NewFunctionGiven(context.arguments);
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
@@ -325,7 +326,7 @@ Exit RevokeOn(const Context& context)
 
 void TellHolders(const Context& context, CAConnect& conn, const std::vector<RightOn>& rows)
 {
-    Namer namer(conn);
+    NameCache namer(conn);
     for (const RightOn& row : rows) {
         context.terminal.err << fmt::format("{} has it, power {}\n", Named(namer.Find(row.holder)), row.powers.power);
     }
@@ -341,7 +342,7 @@ Exit ClearOn(const Context& context)
     const std::string what = fmt::format("{} on {}", TextOf(function), Named(on));
     const std::vector<RightOn> rows = rights.HeldOn(on.key, function);
     if (rows.empty()) {
-        throw Refusal(Exit::notFound, fmt::format("nobody has {}", what));
+        throw Error(ErrorCode::notFound, fmt::format("nobody has {}", what));
     }
     TellHolders(context, conn, rows);
     RequireConfirmation(context, fmt::format("Delete {} in {}?", what, Counted(rows.size(), "row")), rows.size());
@@ -409,14 +410,14 @@ std::vector<std::string> MatrixColumns(const std::vector<RoleKey>& roles, Format
 
 // ---- What users may -------------------------------------------------------------------------------------------------
 
-/// An empty answer is no answer for a user who has no role. @throws Refusal (notFound).
+/// An empty answer is no answer for a user who has no role. @throws Error (notFound).
 void RefuseNobody(const Table& answer, Rights& rights, const UserKey& user)
 {
     if (answer.rows.empty() && !rights.HasRole(user.id)) {
-        throw Refusal(Exit::notFound,
-                      fmt::format("{} has no role of this system, and the role {} is missing, so no rights apply; "
-                                  "`qvadmin role default --create` makes that role",
-                                  Named(user), kDefaultRole));
+        throw Error(ErrorCode::notFound,
+                    fmt::format("{} has no role of this system, and the role {} is missing, so no rights apply; "
+                                "`qvadmin role default --create` makes that role",
+                                Named(user), kDefaultRole));
     }
 }
 
@@ -525,8 +526,8 @@ Exit Show(const Context& context)
 
 Exit Grant(const Context& context)
 {
-    const Powers powers{PowerGiven(context.arguments, kPower).value_or(0),
-                        PowerGiven(context.arguments, kUnpower).value_or(0)};
+    const PermissionMask powers{PowerGiven(context.arguments, kPower).value_or(0),
+                                PowerGiven(context.arguments, kUnpower).value_or(0)};
     const Function function = NewFunctionGiven(context.arguments);
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
@@ -562,7 +563,7 @@ Exit Revoke(const Context& context)
     const bool every = Given(context.arguments, kAll).has_value();
     const bool one = Given(context.arguments, kFunction).has_value();
     if (every ? Given(context.arguments, kGenre).has_value() : !one) {
-        throw Refusal(Exit::usage, "name the genre and the function of one right, or give --all for every right");
+        throw Error(ErrorCode::invalid, "name the genre and the function of one right, or give --all for every right");
     }
     Opened opened(context.arguments);
     Rights rights(opened.Directory().Connection());
@@ -575,7 +576,8 @@ Exit Revoke(const Context& context)
 Exit On(const Context& context)
 {
     if (ChosenOn() == nullptr) {
-        throw Refusal(Exit::usage, "name what to do, such as `qvadmin right on list`; see `qvadmin right on --help`");
+        throw Error(ErrorCode::invalid,
+                    "name what to do, such as `qvadmin right on list`; see `qvadmin right on --help`");
     }
     return ChosenOn()(context);
 }
@@ -617,13 +619,13 @@ Exit Effective(const Context& context)
 Exit Views(const Context& context)
 {
     if (Given(context.arguments, kGenre) && !Given(context.arguments, kFunction)) {
-        throw Refusal(Exit::usage, "name the function too, or no genre either");
+        throw Error(ErrorCode::invalid, "name the function too, or no genre either");
     }
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
     Rights rights(conn);
     const UserKey user = FindUser(opened.Directory(), context.arguments.user);
-    Namer namer(conn);
+    NameCache namer(conn);
     Table table{{"genre", "function", "id", "name"}, {}};
     for (const Function& function : AskedFunctions(rights, user, context.arguments)) {
         for (const int view : rights.ViewsOf(user.id, function)) {

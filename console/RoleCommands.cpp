@@ -2,14 +2,14 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
-#include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Render.h"
-#include "console/Roles.h"
-#include "console/Text.h"
 #include "console/UserCommands.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -71,7 +71,7 @@ void ShowRole(const Context& context, Roles& roles, const RoleKey& role)
 {
     const std::optional<RoleData> data = roles.Load(role.id);
     if (!data) {
-        throw Refusal(Exit::notFound, fmt::format("{} has just been deleted", Named(role)));
+        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(role)));
     }
     std::size_t members = 0;
     roles.UsersOf({kItemTypeRole, role.id}, [&members](const LinkedUser&) { return ++members > 0; });
@@ -82,8 +82,8 @@ void RefuseProtected(Roles& roles, const std::vector<RoleKey>& several)
 {
     for (const RoleKey& role : several) {
         if (IsProtected(roles, role)) {
-            throw Refusal(Exit::isProtected,
-                          fmt::format("{} is the role of every user and stays; nothing was deleted", Named(role)));
+            throw Error(ErrorCode::isProtected,
+                        fmt::format("{} is the role of every user and stays; nothing was deleted", Named(role)));
         }
     }
 }
@@ -100,9 +100,9 @@ Deletion PlanDeletion(Roles& roles, const Arguments& arguments)
     deletion.removed = deletion.roles.size();
     RefuseProtected(roles, deletion.roles);
     for (const RoleKey& role : deletion.roles) {
-        const std::vector<Trace> traces = roles.Traces(role.id);
+        const std::vector<Reference> traces = roles.References(role.id);
         deletion.removed += CountOf(traces);
-        deletion.shown += fmt::format("delete {}{}\n", Named(role), WithTraces(traces));
+        deletion.shown += fmt::format("delete {}{}\n", Named(role), WithReferences(traces));
     }
     return deletion;
 }
@@ -252,7 +252,7 @@ Exit Set(const Context& context)
     const std::optional<std::string> name = Given(context.arguments, kNewName);
     const std::optional<std::string> description = Given(context.arguments, kDescription);
     if (!name && !description) {
-        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin role set --help` lists what can be");
+        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin role set --help` lists what can be");
     }
     Opened opened(context.arguments);
     Transaction transaction(opened.Directory().Connection());
@@ -297,8 +297,8 @@ Exit Default(const Context& context)
     }
     const std::optional<RoleKey> everyone = roles.Default();
     if (!everyone) {
-        throw Refusal(Exit::notFound,
-                      fmt::format("there is no role {}; `qvadmin role default --create` makes it", kDefaultRole));
+        throw Error(ErrorCode::notFound,
+                    fmt::format("there is no role {}; `qvadmin role default --create` makes it", kDefaultRole));
     }
     ShowRole(context, roles, *everyone);
     return Exit::done;

@@ -1,13 +1,13 @@
 #include "console/SettingCommands.h"
 
 #include "console/Confirm.h"
-#include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
 #include "console/Render.h"
-#include "console/Settings.h"
-#include "console/Text.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
+#include "management/settings/Settings.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -63,8 +63,8 @@ void DeclareNumber(CLI::App& app, const std::string& option, std::optional<std::
         std::uint32_t read = 0;
         const auto end = std::from_chars(text.data(), text.data() + text.size(), read);
         if (end.ec != std::errc() || end.ptr != text.data() + text.size()) {
-            throw Refusal(Exit::usage,
-                          fmt::format("{} {} is no whole number from 0 to 4294967295", option, Quoted(text)));
+            throw Error(ErrorCode::invalid,
+                        fmt::format("{} {} is no whole number from 0 to 4294967295", option, Quoted(text)));
         }
         number = read;
     };
@@ -91,15 +91,15 @@ std::string Enumerated(const std::vector<Setting>& settings)
 void RefuseKey(std::string_view verb)
 {
     if (Settings::IsKey(Options().name)) {
-        throw Refusal(Exit::usage, fmt::format("{} is a secret; `qvadmin setting encryption-key {}` is for it",
-                                               Visible(Options().name), verb));
+        throw Error(ErrorCode::invalid, fmt::format("{} is a secret; `qvadmin setting encryption-key {}` is for it",
+                                                    Visible(Options().name), verb));
     }
 }
 
 /// The value of the encryption key stays away from where all settings are seen.
 Value ShownValue(const Setting& setting) { return Settings::IsKey(setting.name) ? Value() : Value(setting.value); }
 
-/// Those of the name, and of the genre when one is given. @throws Refusal (notFound) when there are none.
+/// Those of the name, and of the genre when one is given. @throws Error (notFound) when there are none.
 std::vector<Setting> FindSettings(Settings& settings)
 {
     const SettingOptions& options = Options();
@@ -108,9 +108,9 @@ std::vector<Setting> FindSettings(Settings& settings)
         std::erase_if(found, [&](const Setting& setting) { return setting.genre != *options.genre; });
     }
     if (found.empty()) {
-        throw Refusal(Exit::notFound,
-                      fmt::format("there is no setting {}{}; `qvadmin setting list` shows all", Quoted(options.name),
-                                  options.genre ? " of genre " + Quoted(*options.genre) : ""));
+        throw Error(ErrorCode::notFound,
+                    fmt::format("there is no setting {}{}; `qvadmin setting list` shows all", Quoted(options.name),
+                                options.genre ? " of genre " + Quoted(*options.genre) : ""));
     }
     return found;
 }
@@ -121,14 +121,14 @@ Setting Write(Settings& settings)
     const SettingOptions& options = Options();
     const std::vector<Setting> present = settings.Named(options.name);
     if (present.size() > 1) {
-        throw Refusal(Exit::conflict,
-                      fmt::format("{} is the name of {} settings ({}), and a change would reach all of them",
-                                  Quoted(options.name), present.size(), Enumerated(present)));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} is the name of {} settings ({}), and a change would reach all of them",
+                                Quoted(options.name), present.size(), Enumerated(present)));
     }
     if (present.empty() && !options.genre) {
-        throw Refusal(Exit::usage,
-                      fmt::format("there is no setting {} yet; say with --genre which genre it is to be of",
-                                  Quoted(options.name)));
+        throw Error(ErrorCode::invalid,
+                    fmt::format("there is no setting {} yet; say with --genre which genre it is to be of",
+                                Quoted(options.name)));
     }
     if (present.empty() || (options.genre && *options.genre != present.front().genre)) {
         settings.Insert(options.name, options.value, *options.genre);
@@ -159,7 +159,8 @@ Exit SetKey(const Context& context)
     const Secret key =
         ObtainSecret(Options().keySource, {"key", "New encryption key", true, kKeyAdvice}, context.terminal);
     if (key.View().empty()) {
-        throw Refusal(Exit::usage, "the key is empty; `qvadmin setting delete EncryptKey` deletes the present one");
+        throw Error(ErrorCode::invalid,
+                    "the key is empty; `qvadmin setting delete EncryptKey` deletes the present one");
     }
     Transaction transaction(conn);
     Settings(conn).SetEncryptionKey(key);
@@ -256,7 +257,7 @@ Exit Get(const Context& context)
     Settings settings(opened.Directory().Connection());
     const std::vector<Setting> found = FindSettings(settings);
     if (found.size() > 1) {
-        throw Refusal(Exit::conflict, fmt::format("{} may be any of {}", Quoted(Options().name), Enumerated(found)));
+        throw Error(ErrorCode::conflict, fmt::format("{} may be any of {}", Quoted(Options().name), Enumerated(found)));
     }
     const Setting& setting = found.front();
     Render(context.arguments.format, Record{{"genre", setting.genre}, {"name", setting.name}, {"value", setting.value}},
@@ -268,7 +269,7 @@ Exit Set(const Context& context)
 {
     RefuseKey("set");
     if (Options().name.empty()) {
-        throw Refusal(Exit::usage, "the name of the setting is empty");
+        throw Error(ErrorCode::invalid, "the name of the setting is empty");
     }
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
@@ -345,7 +346,7 @@ Exit Picture(const Context& context)
 {
     const SettingOptions& options = Options();
     if (options.allUsers && !options.picture) {
-        throw Refusal(Exit::usage, "--all-users needs the picture that they are to have");
+        throw Error(ErrorCode::invalid, "--all-users needs the picture that they are to have");
     }
     Opened opened(context.arguments);
     CAConnect& conn = opened.Directory().Connection();
@@ -375,8 +376,8 @@ Exit Picture(const Context& context)
 Exit EncryptionKey(const Context& context)
 {
     if (Options().keyRun == nullptr) {
-        throw Refusal(Exit::usage, "name what to do, such as `qvadmin setting encryption-key show`; see `qvadmin "
-                                   "setting encryption-key --help`");
+        throw Error(ErrorCode::invalid, "name what to do, such as `qvadmin setting encryption-key show`; see `qvadmin "
+                                        "setting encryption-key --help`");
     }
     return Options().keyRun(context);
 }

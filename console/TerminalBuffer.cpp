@@ -1,6 +1,7 @@
 #include "console/TerminalBuffer.h"
 
-#include "console/Text.h"
+#include "console/ExitCode.h"
+#include "management/Text.h"
 
 #include <unicode/utf8.h>
 

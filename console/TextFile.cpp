@@ -1,8 +1,8 @@
 #include "console/TextFile.h"
 
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "console/FileBuffer.h"
-#include "console/Text.h"
+#include "management/Text.h"
 #include "platform/CodePage.h"
 
 #include <fcntl.h>
@@ -29,10 +29,10 @@ std::string ReadTextFile(const std::string& path)
         }
     }
     if (error != 0) {
-        throw Refusal(Exit::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(error)));
+        throw Error(ErrorCode::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(error)));
     }
     if (!platform::IsValidUtf8(text)) {
-        throw Refusal(Exit::failed, fmt::format("{} is not UTF-8", Visible(path)));
+        throw Error(ErrorCode::failed, fmt::format("{} is not UTF-8", Visible(path)));
     }
     return text;
 }

@@ -1,13 +1,13 @@
 #include "console/TitleCommands.h"
 
 #include "basefun/ItemTypes.h"
-#include "console/Engine.h"
 #include "console/Opened.h"
 #include "console/Render.h"
-#include "console/Roles.h"
-#include "console/Text.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

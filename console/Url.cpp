@@ -1,7 +1,7 @@
 #include "console/Url.h"
 
-#include "console/Errors.h"
-#include "console/Text.h"
+#include "console/ExitCode.h"
+#include "management/Text.h"
 
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -77,7 +77,8 @@ std::string DataDirectory()
     }
     const std::string_view home = Environment("HOME");
     if (!home.starts_with('/')) {
-        throw Refusal(Exit::usage, "there is no home directory to look in; name the database with --db sqlite:PATH");
+        throw Error(ErrorCode::invalid,
+                    "there is no home directory to look in; name the database with --db sqlite:PATH");
     }
     return std::string(home) + "/.local/share";
 }
@@ -225,18 +226,19 @@ void HideOdbcPasswords(std::string& url)
 void RequireScheme(const std::string& url, std::string_view source)
 {
     if (url.starts_with(kSqlite) && NamesServer(url)) {
-        throw Refusal(Exit::usage, fmt::format("{} names a server, and sqlite: takes the path of a file; write "
-                                               "sqlite:PATH",
-                                               source));
+        throw Error(ErrorCode::invalid, fmt::format("{} names a server, and sqlite: takes the path of a file; write "
+                                                    "sqlite:PATH",
+                                                    source));
     }
     if (!HasScheme(url) && url.find_first_of("=@") != std::string::npos) {
-        throw Refusal(Exit::usage, fmt::format("{} names no kind of database; a URL begins with one, such as odbc: or "
-                                               "sqlite:",
-                                               source));
+        throw Error(ErrorCode::invalid,
+                    fmt::format("{} names no kind of database; a URL begins with one, such as odbc: or "
+                                "sqlite:",
+                                source));
     }
     if (!HasScheme(url)) {
-        throw Refusal(Exit::usage, fmt::format("{} {} names no kind of database; write sqlite:{} for a file", source,
-                                               Quoted(url), url.empty() ? "PATH" : Visible(url)));
+        throw Error(ErrorCode::invalid, fmt::format("{} {} names no kind of database; write sqlite:{} for a file",
+                                                    source, Quoted(url), url.empty() ? "PATH" : Visible(url)));
     }
 }
 
@@ -294,15 +296,17 @@ void PrepareDirectory(const std::string& url, bool parents)
         parent = parent.parent_path();
     }
     if (!missing.empty() && !parents) {
-        throw Refusal(Exit::database, fmt::format("there is no directory {}; nothing was made, add --parents if it is "
-                                                  "to be made",
-                                                  Visible(missing.front().native())));
+        throw Error(ErrorCode::database,
+                    fmt::format("there is no directory {}; nothing was made, add --parents if it is "
+                                "to be made",
+                                Visible(missing.front().native())));
     }
     std::ranges::reverse(missing);
     for (const std::filesystem::path& directory : missing) {
         if (::mkdir(directory.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-            throw Refusal(Exit::database, fmt::format("cannot make the directory {}: {}", Visible(directory.native()),
-                                                      std::generic_category().message(errno)));
+            throw Error(ErrorCode::database,
+                        fmt::format("cannot make the directory {}: {}", Visible(directory.native()),
+                                    std::generic_category().message(errno)));
         }
     }
 }

@@ -7,13 +7,13 @@
 
 namespace console {
 
-/// @param source  names the URL in the sentence, such as "--db". @throws Refusal for a text without a scheme, and for a
+/// @param source  names the URL in the sentence, such as "--db". @throws Error for a text without a scheme, and for a
 /// SQLite URL that names a server.
 void RequireScheme(const std::string& url, std::string_view source);
 
 /// The database to work on: the --db option, else the environment's QVADMIN_DB, else a file in the user's data
 /// directory.
-/// @throws Refusal as RequireScheme does, and when there is no data directory to be found.
+/// @throws Error as RequireScheme does, and when there is no data directory to be found.
 std::string ChooseUrl(const std::optional<std::string>& option);
 
 /// Whether ChooseUrl takes the file in the user's data directory.
@@ -31,7 +31,7 @@ bool MakesFile(const std::string& url);
 bool IsReadOnly(const std::string& url);
 
 /// Sees to it that a SQLite file can be made where its URL says; does nothing for any other URL.
-/// @param parents  makes the directories above it that are missing, for their owner only. @throws Refusal when one is
+/// @param parents  makes the directories above it that are missing, for their owner only. @throws Error when one is
 /// missing and not to be made, or cannot be made.
 void PrepareDirectory(const std::string& url, bool parents);
 

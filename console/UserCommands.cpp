@@ -1,19 +1,16 @@
 #include "console/UserCommands.h"
 
 #include "console/Confirm.h"
-#include "console/Engine.h"
-#include "console/Import.h"
-#include "console/Lengths.h"
-#include "console/MemberCommands.h"
-#include "console/Names.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
 #include "console/Render.h"
-#include "console/Text.h"
-#include "console/Url.h"
-#include "console/UserDepartment.h"
-#include "console/Users.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Lengths.h"
+#include "management/Names.h"
+#include "management/Text.h"
+#include "management/users/UserDepartment.h"
+#include "management/users/Users.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -55,21 +52,6 @@ void DeclareFields(CLI::App& app, Arguments& arguments, Field::Use narrowest)
     }
     words::DeclareOption(app, arguments, kDepartmentText);
     app.get_option(OptionOf(kDepartmentText))->excludes(OptionOf(Department()));
-}
-
-/// The names with commas between, in lines that fit a terminal.
-std::string Wrapped(const std::vector<std::string_view>& names)
-{
-    constexpr std::size_t kWidest = 78;
-    std::string text;
-    std::string line = " ";
-    for (const std::string_view name : names) {
-        if (line.size() + name.size() + 2 > kWidest) {
-            text += std::exchange(line, " ") + "\n";
-        }
-        line += fmt::format(" {}{}", name, name == names.back() ? "" : ",");
-    }
-    return text + line + "\n";
 }
 
 FieldValues Parsed(const std::map<const Field*, std::string>& texts)
@@ -152,9 +134,9 @@ void RefuseBuiltIn(const std::vector<UserKey>& users)
 {
     const auto builtIn = std::ranges::find_if(users, IsBuiltIn);
     if (builtIn != users.end()) {
-        throw Refusal(Exit::isProtected,
-                      fmt::format("{} is the built-in administrator and cannot be deleted; nothing was deleted",
-                                  Named(*builtIn)));
+        throw Error(ErrorCode::isProtected,
+                    fmt::format("{} is the built-in administrator and cannot be deleted; nothing was deleted",
+                                Named(*builtIn)));
     }
 }
 
@@ -170,9 +152,9 @@ Deletion PlanDeletion(Directory& directory, const Arguments& arguments)
     RefuseBuiltIn(deletion.users);
     deletion.removed = deletion.users.size();
     for (const UserKey& user : deletion.users) {
-        const std::vector<Trace> traces = directory.Traces(user.id);
+        const std::vector<Reference> traces = directory.References(user.id);
         deletion.removed += CountOf(traces);
-        deletion.shown += fmt::format("delete {}{}\n", Named(user), WithTraces(traces));
+        deletion.shown += fmt::format("delete {}{}\n", Named(user), WithReferences(traces));
     }
     return deletion;
 }
@@ -200,21 +182,9 @@ std::optional<Secret> PasswordForRename(const Context& context, Directory& direc
     const std::string prompt = "New password of " + Visible(context.arguments.login);
     Secret password = ObtainSecret(source, {"password", prompt, true, ""}, context.terminal);
     if (password.View().empty()) {
-        throw Refusal(Exit::usage, "the password is empty; nobody was renamed");
+        throw Error(ErrorCode::invalid, "the password is empty; nobody was renamed");
     }
     return password;
-}
-
-/// The files of a SQLite database, also those that are not there now.
-std::vector<OutputFile::InUse> FilesOf(const std::string& url)
-{
-    std::vector<OutputFile::InUse> files;
-    if (const std::optional<std::filesystem::path> file = SqliteFile(url)) {
-        for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
-            files.push_back({file->native() + suffix, "a file of the database in use"});
-        }
-    }
-    return files;
 }
 
 std::string_view ToldOf(PasswordFate fate, bool isReplaced)
@@ -281,23 +251,6 @@ void DeclareExists(CLI::App& app, Arguments& arguments)
     app.add_option("LOGIN", arguments.login, "login name, case not counting")->required()->type_name("");
 }
 
-void DeclareImport(CLI::App& app, Arguments& arguments)
-{
-    app.add_option("FILE", arguments.file, "comma-separated values in UTF-8 with a header row; - for standard input")
-        ->required()
-        ->type_name("");
-    app.add_flag("--dry-run", arguments.dryRun, "check everything, change nothing");
-    app.add_option("--result", arguments.result,
-                   "where to write each row's outcome: FILE.result.csv if not given; - for standard output")
-        ->type_name("FILE");
-    app.add_flag("--update", arguments.update, "set the columns of users who are there; empty values leave theirs");
-    member::DeclareDepartments(app, arguments);
-    app.add_flag("--allow-privileges", arguments.allowPrivileges,
-                 "rows may change super, system and locked, and concern Admin");
-    app.footer("Columns (login is needed, all others may be left out):\n" + Wrapped(ImportColumns()) + "\n" +
-               app.get_footer());
-}
-
 // ---- Reading --------------------------------------------------------------------------------------------------------
 
 Exit List(const Context& context)
@@ -324,7 +277,7 @@ Exit Show(const Context& context)
     const UserKey user = FindUser(opened.Directory(), context.arguments.user);
     const std::optional<FieldValues> values = opened.Directory().Load(user.id);
     if (!values) {
-        throw Refusal(Exit::notFound, fmt::format("{} has just been deleted", Named(user)));
+        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(user)));
     }
     Render(context.arguments.format, AsRecord(user.id, *values), context.terminal.out);
     return Exit::done;
@@ -369,7 +322,7 @@ Exit Set(const Context& context)
 {
     FieldValues values = Parsed(context.arguments.fields);
     if (values.empty()) {
-        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin user set --help` lists what can be");
+        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin user set --help` lists what can be");
     }
     Opened opened(context.arguments);
     Directory& directory = opened.Directory();
@@ -431,24 +384,6 @@ Exit Delete(const Context& context)
     transaction.Commit();
     context.terminal.err << fmt::format("deleted {}\n", Counted(users.size(), "user"));
     return Exit::done;
-}
-
-Exit Import(const Context& context)
-{
-    Opened opened(context.arguments);
-    const Arguments& arguments = context.arguments;
-    return ImportUsers(opened.Directory(),
-                       {.file = arguments.file,
-                        .result = arguments.result,
-                        .dryRun = arguments.dryRun,
-                        .update = arguments.update,
-                        .allowPrivileges = arguments.allowPrivileges,
-                        .departments = member::DepartmentsGiven(arguments),
-                        .makeView = arguments.makeView,
-                        .makeGroups = !arguments.noNewGroups,
-                        .inUse = FilesOf(ChooseUrl(arguments.db)),
-                        .isReadOnly = IsReadOnly(ChooseUrl(arguments.db))},
-                       context.terminal);
 }
 
 } // namespace console::user

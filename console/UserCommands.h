@@ -12,7 +12,6 @@ void DeclareSet(CLI::App& app, Arguments& arguments);
 void DeclareRename(CLI::App& app, Arguments& arguments);
 void DeclareDelete(CLI::App& app, Arguments& arguments);
 void DeclareExists(CLI::App& app, Arguments& arguments);
-void DeclareImport(CLI::App& app, Arguments& arguments);
 
 Exit List(const Context& context);
 Exit Show(const Context& context);
@@ -24,6 +23,5 @@ Exit Unlock(const Context& context);
 Exit Delete(const Context& context);
 Exit Count(const Context& context);
 Exit Exists(const Context& context);
-Exit Import(const Context& context);
 
 } // namespace console::user

@@ -2,14 +2,14 @@
 
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
-#include "console/DepartmentSync.h"
-#include "console/Engine.h"
-#include "console/Names.h"
 #include "console/Opened.h"
-#include "console/Organisation.h"
 #include "console/Render.h"
-#include "console/Text.h"
 #include "console/Words.h"
+#include "management/DatabaseError.h"
+#include "management/Names.h"
+#include "management/Text.h"
+#include "management/organisation/DepartmentSync.h"
+#include "management/organisation/Organisation.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -31,8 +31,8 @@ void RefuseTaken(const Organisation& organisation, const std::string& name, Item
 {
     for (const ItemKey other : organisation.SystemViewsNamed(name)) {
         if (other != except) {
-            throw Refusal(Exit::conflict,
-                          fmt::format("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
+            throw Error(ErrorCode::conflict,
+                        fmt::format("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
         }
     }
     const std::string others = fmt::format("Col_Type = {} AND Col_ID <> {}", kSystemView, except.id);
@@ -57,8 +57,8 @@ ItemKey FindPlaceholder(const Organisation& organisation)
         return place.name != kPlaceholder || place.viewOwner != 0;
     });
     if (found.size() != 1) {
-        throw Refusal(Exit::conflict, fmt::format("there are {} of the name {}; rename them one by one",
-                                                  Counted(found.size(), "view"), kPlaceholder));
+        throw Error(ErrorCode::conflict, fmt::format("there are {} of the name {}; rename them one by one",
+                                                     Counted(found.size(), "view"), kPlaceholder));
     }
     return found.front();
 }
@@ -67,7 +67,7 @@ std::string PresentDefault(Organisation& organisation)
 {
     std::string name = organisation.DefaultViewName();
     if (name.empty()) {
-        throw Refusal(Exit::notFound, "there is no default view; `qvadmin view create` adds one");
+        throw Error(ErrorCode::notFound, "there is no default view; `qvadmin view create` adds one");
     }
     return name;
 }
@@ -79,9 +79,10 @@ void NameDefault(const Context& context, CAConnect& conn, const std::string& nam
     Organisation organisation(conn);
     const std::string present = PresentDefault(organisation);
     if (present != kPlaceholder) {
-        throw Refusal(Exit::conflict, fmt::format("the default view is called {} already; `qvadmin view rename` gives "
-                                                  "it another name",
-                                                  Quoted(present)));
+        throw Error(ErrorCode::conflict,
+                    fmt::format("the default view is called {} already; `qvadmin view rename` gives "
+                                "it another name",
+                                Quoted(present)));
     }
     RefuseTaken(organisation, name, FindPlaceholder(organisation));
     organisation.NameDefaultView(name);
@@ -105,9 +106,9 @@ Deletion PlanDeletion(CAConnect& conn, const Arguments& arguments)
     const ItemKey key = organisation.FindView(WrittenView(arguments));
     const std::string named = organisation.Named(key);
     const std::size_t groups = organisation.Find(key)->children.size();
-    const std::vector<Trace> traces = organisation.Traces(kItemTypeView, {key.id});
+    const std::vector<Reference> traces = organisation.References(kItemTypeView, {key.id});
     return {key, named,
-            fmt::format("delete {}{}{}\n", named, WithTraces(traces),
+            fmt::format("delete {}{}{}\n", named, WithReferences(traces),
                         groups == 0
                             ? ""
                             : fmt::format("; {} directly below stay, without this view", Counted(groups, "group"))),
@@ -227,7 +228,7 @@ Exit Set(const Context& context)
 {
     const ViewChanges changes{Given(context.arguments, kDescription), GivenNumber(context.arguments, kSortIndex)};
     if (!changes.description && !changes.sortIndex) {
-        throw Refusal(Exit::usage, "there is nothing to set; `qvadmin view set --help` lists what can be");
+        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin view set --help` lists what can be");
     }
     Opened opened(context.arguments);
     Transaction transaction(opened.Directory().Connection());
@@ -303,8 +304,8 @@ Exit Stamp(const Context& context)
     const ItemKey key = organisation.FindView(WrittenView(context.arguments));
     const std::vector<ItemKey> cycle = organisation.FindCycle(key);
     if (!cycle.empty()) {
-        throw Refusal(Exit::conflict, fmt::format("{} cannot be stamped, groups hang below themselves: {}",
-                                                  organisation.Named(key), organisation.CycleText(cycle)));
+        throw Error(ErrorCode::conflict, fmt::format("{} cannot be stamped, groups hang below themselves: {}",
+                                                     organisation.Named(key), organisation.CycleText(cycle)));
     }
     organisation.StampView(key.id);
     transaction.Commit();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "console/Commands.h"
-#include "console/Fields.h"
+#include "management/users/Fields.h"
 
 #include <cstddef>
 #include <optional>

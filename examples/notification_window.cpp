@@ -19,7 +19,7 @@ int main(int argc, char* argv[])
     const HWND window = CreateMessageWindow([&](UINT message, WPARAM, LPARAM text) -> LRESULT {
         if (message == kDatabaseError) {
             // The text is valid during the call only.
-            std::cout << "notified: " << reinterpret_cast<const char*>(text) << '\n';
+            std::cout << "notified: " << reinterpret_cast<const CString*>(text)->GetString() << '\n';
             ++errors;
         }
         return 0;

@@ -1,7 +1,7 @@
 // Whatever text an administrator gives comes back byte for byte, in one row, and no other row has changed.
 
-#include "console/Directory.h"
-#include "console/Errors.h"
+#include "management/users/Directory.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "directory/HumanItem.h"
@@ -130,7 +130,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (text.find('\0') != std::string_view::npos) {
         try {
             database.Check(text);
-        } catch (const console::Refusal&) {
+        } catch (const console::Error&) {
             database.Abandon();
             return 0;
         }

@@ -1,7 +1,7 @@
-#include "console/AddIns.h"
+#include "management/addins/AddIns.h"
 
 #include "ConsoleFixture.h"
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "schema/Schema.h"
 
@@ -13,6 +13,7 @@
 #include <random>
 
 using namespace console;
+using namespace management;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -93,8 +94,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }

@@ -1,13 +1,14 @@
-#include "console/Board.h"
+#include "management/board/Board.h"
 
 #include "ConsoleFixture.h"
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "schema/Schema.h"
 
 #include <nlohmann/json.hpp>
 
 using namespace console;
+using namespace management;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -55,8 +56,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }

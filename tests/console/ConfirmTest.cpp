@@ -8,6 +8,7 @@
 #include <sstream>
 
 using namespace console;
+using namespace management;
 using testing::HasSubstr;
 
 namespace {
@@ -24,8 +25,8 @@ std::string Answered(std::size_t removed, const std::string& answer, bool yes = 
     try {
         RequireConfirmation({arguments, terminal}, "Delete it?", removed);
         return "yes";
-    } catch (const Refusal& e) {
-        EXPECT_EQ(e.Code(), Exit::needsYes);
+    } catch (const Error& e) {
+        EXPECT_EQ(ExitFor(e.Code()), Exit::needsYes);
         return err.str() + e.what();
     }
 }

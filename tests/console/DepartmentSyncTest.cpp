@@ -1,11 +1,11 @@
-#include "console/DepartmentSync.h"
+#include "management/organisation/DepartmentSync.h"
 
 #include "ConsoleFixture.h"
 #include "basefun/ItemTypes.h"
-#include "console/Organisation.h"
 #include "console/Render.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "management/organisation/Organisation.h"
 #include "schema/Schema.h"
 #include "tests/support/CountingSession.h"
 
@@ -15,6 +15,7 @@
 #include <sstream>
 
 using namespace console;
+using namespace management;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

@@ -1,9 +1,9 @@
-#include "console/Directory.h"
+#include "management/users/Directory.h"
 
-#include "console/Engine.h"
-#include "console/Escape.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "management/DatabaseError.h"
+#include "management/Escape.h"
 #include "schema/Schema.h"
 #include "tests/servers/Servers.h"
 
@@ -13,7 +13,7 @@
 #include <functional>
 #include <random>
 
-using namespace console;
+using namespace management;
 
 namespace {
 
@@ -313,7 +313,7 @@ TEST_F(DirectoryTest, DeleteTakesAllTracesAlongAndNoOthers)
     }
     const auto total = [this](int id) {
         int count = 0;
-        for (const Trace& trace : m_directory.Traces(id)) {
+        for (const Reference& trace : m_directory.References(id)) {
             count += trace.count;
         }
         return count;
@@ -340,7 +340,7 @@ TEST_F(DirectoryTest, DeleteSparesWhomTheModuleProtects)
     m_conn.Execute(fmt::format("INSERT INTO qv_ItemAce (Col_QvItemID, Col_QvItemType) VALUES ({}, 1)", id).c_str());
     EXPECT_FALSE(m_directory.Delete(id));
     EXPECT_TRUE(m_directory.Load(id));
-    EXPECT_EQ(m_directory.Traces(id).size(), 1U);
+    EXPECT_EQ(m_directory.References(id).size(), 1U);
 }
 
 TEST_F(DirectoryTest, TextsWithNulAreRefused)
@@ -348,15 +348,15 @@ TEST_F(DirectoryTest, TextsWithNulAreRefused)
     const std::string text("a\0b", 3);
     const int id = Added();
     const Rows before = AllRows();
-    EXPECT_THROW(m_directory.FindId(text), Refusal);
-    EXPECT_THROW(m_directory.IsSuperUser(text), Refusal);
-    EXPECT_THROW(m_directory.Insert("amy", text), Refusal);
-    EXPECT_THROW(m_directory.Set(id, {{Of("note"), text}}), Refusal);
+    EXPECT_THROW(m_directory.FindId(text), Error);
+    EXPECT_THROW(m_directory.IsSuperUser(text), Error);
+    EXPECT_THROW(m_directory.Insert("amy", text), Error);
+    EXPECT_THROW(m_directory.Set(id, {{Of("note"), text}}), Error);
     CHumanItem item;
     Fill(item);
     item.m_strNote = CString(text.data(), text.size());
-    EXPECT_THROW(m_directory.Save(item), Refusal);
-    EXPECT_THROW(m_directory.Update(item), Refusal);
+    EXPECT_THROW(m_directory.Save(item), Error);
+    EXPECT_THROW(m_directory.Update(item), Error);
     EXPECT_EQ(AllRows(), before);
 }
 

@@ -1,7 +1,7 @@
-#include "console/Documents.h"
+#include "management/documents/Documents.h"
 
 #include "ConsoleFixture.h"
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
@@ -12,6 +12,7 @@
 #include <algorithm>
 
 using namespace console;
+using namespace management;
 using nlohmann::json;
 using testing::AllOf;
 using testing::ElementsAre;
@@ -63,8 +64,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }
@@ -212,7 +213,7 @@ TEST_F(DocumentsTest, ANewFolderIsNotMistakenForOneThatHangsNowhereOrElsewhere)
     Execute("INSERT INTO Tab_Doc_VFolder (Col_ID, Col_Name) VALUES (50, 'same')");
     EXPECT_EQ(MakeFolder(Root(root), "same"), 51);
     EXPECT_EQ(MakeFolder(Folder(51), "same"), 52);
-    EXPECT_EQ(Catalogue(m_conn).PathOf(Folder(52)), "/Main/same/same");
+    EXPECT_EQ(FolderTree(m_conn).PathOf(Folder(52)), "/Main/same/same");
     // What another program adds at the same moment.
     Execute("CREATE TRIGGER twice AFTER INSERT ON Tab_Doc_VFolder WHEN (SELECT COUNT(*) FROM Tab_Doc_VFolder) < 5 "
             "BEGIN INSERT INTO Tab_Doc_VFolder (Col_Name) VALUES (NEW.Col_Name); END");
@@ -231,7 +232,7 @@ TEST_F(DocumentsTest, LinksOfADeletedFolderAreNotThoseOfANewOneOfItsId)
     const NewFolder made = m_documents.CreateFolder(Folder(a), folder);
     EXPECT_EQ(made.id, 2);
     EXPECT_EQ(made.removedLinks, 3);
-    const Catalogue catalogue(m_conn);
+    const FolderTree catalogue(m_conn);
     EXPECT_EQ(catalogue.PathOf(Folder(2)), "/Main/A/B");
     EXPECT_THAT(catalogue.Find(Folder(2))->parents, testing::SizeIs(1));
     EXPECT_EQ(catalogue.Find(Root(root))->others, 1);
@@ -304,14 +305,14 @@ TEST_F(DocumentsTest, WhatIsGoneWithAFolderIsWhatHangsNowhereElse)
     const DocKey shared = Folder(MakeFolder(b, "S"));
     const DocKey below = Folder(MakeFolder(shared, "T"));
     m_documents.AddLink({Root(root), shared}, {});
-    const Catalogue catalogue(m_conn);
+    const FolderTree catalogue(m_conn);
     EXPECT_THAT(catalogue.GoneWith(a), ElementsAre(a, b, c));
     EXPECT_THAT(catalogue.GoneWith(Root(root)), ElementsAre(Root(root), a, b, c, shared, below));
     EXPECT_EQ(catalogue.CountLinks(catalogue.GoneWith(a)), 4U);
     EXPECT_TRUE(catalogue.HangsWithout({b, shared}));
     EXPECT_FALSE(catalogue.HangsWithout({Root(root), a}));
     m_documents.Delete(catalogue.GoneWith(a));
-    const Catalogue left(m_conn);
+    const FolderTree left(m_conn);
     EXPECT_EQ(left.PathOf(below), "/Main/S/T");
     EXPECT_EQ(left.Find(a), nullptr);
     EXPECT_EQ(left.Places().size(), 3U);
@@ -325,7 +326,7 @@ TEST_F(DocumentsTest, LinksWithoutAnEndAndCyclesDisturbNobody)
     Execute(fmt::format("INSERT INTO Tab_Doc_VFolder_Link (Col_P_ObjID, Col_S_ClassID, Col_S_ObjID) VALUES ({1}, 105, "
                         "{0}), ({1}, 105, {0}), (99, 105, {0}), ({0}, 105, 98), ({0}, 3, {1})",
                         a, b));
-    const Catalogue catalogue(m_conn);
+    const FolderTree catalogue(m_conn);
     EXPECT_THAT(catalogue.Find(Folder(a))->children, testing::SizeIs(1));
     EXPECT_THAT(catalogue.Find(Folder(a))->parents, testing::SizeIs(2));
     EXPECT_EQ(catalogue.Find(Folder(a))->others, 1);
@@ -349,7 +350,7 @@ TEST_F(DocumentsTest, ARefusedWriteSaysWhy)
     try {
         MakeFolder(Root(root), "B");
         FAIL() << "written";
-    } catch (const Refusal& e) {
+    } catch (const Error& e) {
         EXPECT_THAT(e.what(), HasSubstr("readonly"));
     }
 }

@@ -1,13 +1,13 @@
-#include "console/Explain.h"
+#include "management/rights/Explain.h"
 
 #include "ConsoleFixture.h"
 #include "basefun/ItemTypes.h"
 #include "basefun/QVBaseFun.h"
-#include "console/Engine.h"
-#include "console/Roles.h"
-#include "console/Users.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "management/DatabaseError.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
 #include "schema/Schema.h"
 
 #include <fmt/format.h>
@@ -15,7 +15,7 @@
 
 #include <algorithm>
 
-using namespace console;
+using namespace management;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -65,7 +65,7 @@ protected:
 
     Explanation Ask(Kind kind, std::uint32_t bits = 0)
     {
-        return console::Explain(m_conn, m_amy, "mail", "send", {kind, bits});
+        return management::Explain(m_conn, m_amy, "mail", "send", {kind, bits});
     }
 
     CAConnect m_conn;
@@ -389,12 +389,12 @@ TEST_F(ExplainTest, AFunctionMayBeCalledAnything)
                               m_conn.EscapeLiteral(CString("it's")), 8, 0);
     for (const int engineKind : {m_conn.m_nDBType, 6}) {
         m_conn.m_nDBType = engineKind;
-        const Explanation explanation = console::Explain(m_conn, m_amy, kHard, "it's", {Kind::guest});
+        const Explanation explanation = management::Explain(m_conn, m_amy, kHard, "it's", {Kind::guest});
         EXPECT_EQ(explanation.verdict, 1);
         EXPECT_EQ(RolesIn(explanation), std::vector{m_editors});
-        EXPECT_EQ(console::Explain(m_conn, m_amy, kHard, "it's", {Kind::limit}).verdict, 8);
+        EXPECT_EQ(management::Explain(m_conn, m_amy, kHard, "it's", {Kind::limit}).verdict, 8);
     }
-    EXPECT_THROW(console::Explain(m_conn, m_amy, std::string_view("a\0b", 3), "x", {}), Refusal);
+    EXPECT_THROW(management::Explain(m_conn, m_amy, std::string_view("a\0b", 3), "x", {}), Error);
 }
 
 // ---- The command ----------------------------------------------------------------------------------------------------

@@ -1,7 +1,7 @@
 #include "console/CsvReader.h"
-#include "console/Directory.h"
 #include "console/Import.h"
 #include "dbaccess/CAConnect.h"
+#include "management/users/Directory.h"
 #include "schema/Schema.h"
 #include "tests/support/Memory.h"
 
@@ -14,6 +14,7 @@
 #include <string>
 
 using namespace console;
+using namespace management;
 
 // What is read is not kept, whatever it is: only the login names of an import are.
 

@@ -1,8 +1,8 @@
-#include "console/LoginOrder.h"
+#include "management/users/LoginOrder.h"
 
-#include "console/Directory.h"
-#include "console/Roles.h"
 #include "dbaccess/CAConnect.h"
+#include "management/roles/Roles.h"
+#include "management/users/Directory.h"
 #include "schema/Schema.h"
 #include "tests/support/CountingSession.h"
 #include "tests/support/Memory.h"
@@ -12,7 +12,7 @@
 
 #include <limits>
 
-using namespace console;
+using namespace management;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -1,7 +1,7 @@
-#include "console/Messages.h"
+#include "management/messages/Messages.h"
 
 #include "ConsoleFixture.h"
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
@@ -15,6 +15,7 @@
 #include <thread>
 
 using namespace console;
+using namespace management;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -75,8 +76,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }

@@ -1,4 +1,4 @@
-#include "console/Names.h"
+#include "management/Names.h"
 
 #include "ConsoleFixture.h"
 #include "dbaccess/CAConnect.h"
@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-using console::KeepNamed;
-using console::SameName;
+using management::KeepNamed;
+using management::SameName;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;

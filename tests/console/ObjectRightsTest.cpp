@@ -1,10 +1,10 @@
-#include "console/ObjectRights.h"
+#include "management/rights/ObjectRights.h"
 
 #include "ConsoleFixture.h"
 #include "basefun/ItemTypes.h"
-#include "console/Engine.h"
-#include "console/Powers.h"
 #include "dbaccess/CAConnect.h"
+#include "management/DatabaseError.h"
+#include "management/rights/PermissionMask.h"
 #include "schema/Schema.h"
 
 #include <fmt/format.h>
@@ -12,7 +12,7 @@
 
 #include <algorithm>
 
-using namespace console;
+using namespace management;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -87,7 +87,8 @@ protected:
 
 } // namespace
 
-// ---- Powers ---------------------------------------------------------------------------------------------------------
+// ---- PermissionMask
+// ---------------------------------------------------------------------------------------------------------
 
 TEST(PowersTest, APowerIsANumberOf32BitsOrUnlimited)
 {
@@ -100,7 +101,7 @@ TEST(PowersTest, APowerIsANumberOf32BitsOrUnlimited)
     EXPECT_EQ(PowerFrom("unlimited"), kUnlimited);
     for (const char* text : {"", "2147483648", "-2147483649", "0x", "0x100000000", "-0x1", "0x-1", "+1", " 1", "1 ",
                              "1.5", "Unlimited", "many"}) {
-        EXPECT_THROW(PowerFrom(text), Refusal) << text;
+        EXPECT_THROW(PowerFrom(text), Error) << text;
     }
 }
 
@@ -109,7 +110,7 @@ TEST(PowersTest, BitsHaveNoSign)
     EXPECT_EQ(BitsFrom("4294967295"), 4294967295U);
     EXPECT_EQ(BitsFrom("0x80000000"), 2147483648U);
     for (const char* text : {"", "-1", "4294967296", "0x", "0x100000000", "unlimited"}) {
-        EXPECT_THROW(BitsFrom(text), Refusal) << text;
+        EXPECT_THROW(BitsFrom(text), Error) << text;
     }
 }
 

@@ -1,7 +1,7 @@
-#include "console/Organisation.h"
+#include "management/organisation/Organisation.h"
 
 #include "basefun/ItemTypes.h"
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 using namespace console;
+using namespace management;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -26,8 +27,8 @@ std::pair<Exit, std::string> RefusalOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return {e.Code(), e.what()};
+    } catch (const Error& e) {
+        return {ExitFor(e.Code()), e.what()};
     }
     return {Exit::done, ""};
 }
@@ -474,7 +475,7 @@ TEST_F(OrganisationTest, DeletingTakesAllTracesAlongAndNoOthers)
     }
     const auto total = [this](int type, const std::vector<int>& ids) {
         int count = 0;
-        for (const Trace& trace : Now().Traces(type, ids)) {
+        for (const Reference& trace : Now().References(type, ids)) {
             count += trace.count;
         }
         return count;

@@ -1,6 +1,6 @@
 #include "console/OutputFile.h"
 
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -12,6 +12,7 @@
 #include <iterator>
 
 using namespace console;
+using namespace management;
 using testing::AllOf;
 using testing::HasSubstr;
 
@@ -68,8 +69,8 @@ protected:
         std::string sentence;
         try {
             const OutputFile file(description);
-        } catch (const Refusal& e) {
-            EXPECT_EQ(e.Code(), code) << e.what();
+        } catch (const Error& e) {
+            EXPECT_EQ(ExitFor(e.Code()), code) << e.what();
             sentence = e.what();
         }
         EXPECT_EQ(Names(), before);
@@ -150,7 +151,7 @@ TEST_F(OutputFileTest, AFileThatAppearsMeanwhileIsNotTouched)
     OutputFile file(Described("out"));
     file.Stream() << "1,1\n";
     Write("out", "a letter\n");
-    EXPECT_THROW(file.Finish(), Refusal);
+    EXPECT_THROW(file.Finish(), Error);
     EXPECT_EQ(Read("out"), "a letter\n");
     EXPECT_EQ(Read("out.partial"), "a,b\n1,1\n");
     EXPECT_EQ(file.Name(), Path("out.partial"));

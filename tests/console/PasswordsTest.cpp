@@ -1,10 +1,10 @@
-#include "console/Passwords.h"
+#include "management/passwords/Passwords.h"
 
 #include "ConsoleFixture.h"
-#include "console/Directory.h"
-#include "console/Errors.h"
-#include "console/Settings.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
+#include "management/settings/Settings.h"
+#include "management/users/Directory.h"
 #include "schema/Schema.h"
 
 #include <nlohmann/json.hpp>
@@ -14,6 +14,7 @@
 #include <thread>
 
 using namespace console;
+using namespace management;
 using nlohmann::json;
 using testing::AllOf;
 using testing::HasSubstr;
@@ -51,8 +52,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }
@@ -187,7 +188,7 @@ TEST_F(PasswordsTest, NoErrorRepeatsThePassword)
         try {
             m_passwords.Set(user, Secret(password), 0);
             FAIL();
-        } catch (const Refusal& e) {
+        } catch (const Error& e) {
             EXPECT_THAT(e.what(), Not(HasSubstr("s3cret")));
         }
     }

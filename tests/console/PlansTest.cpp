@@ -1,8 +1,8 @@
-#include "console/Plans.h"
+#include "management/plans/Plans.h"
 
 #include "ConsoleFixture.h"
 #include "basefun/ItemTypes.h"
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
@@ -13,6 +13,7 @@
 #include <algorithm>
 
 using namespace console;
+using namespace management;
 using nlohmann::json;
 using testing::AllOf;
 using testing::ElementsAre;
@@ -42,8 +43,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }

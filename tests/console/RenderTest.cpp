@@ -1,13 +1,14 @@
 #include "console/Render.h"
 
 #include "console/TerminalBuffer.h"
-#include "console/Text.h"
+#include "management/Text.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
 using namespace console;
+using namespace management;
 
 namespace {
 

@@ -1,18 +1,19 @@
-#include "console/Rights.h"
+#include "management/rights/Rights.h"
 
 #include "ConsoleFixture.h"
 #include "basefun/ItemTypes.h"
-#include "console/Errors.h"
-#include "console/Items.h"
-#include "console/Roles.h"
-#include "console/Users.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
+#include "management/Items.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
 #include "schema/Schema.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 using namespace console;
+using namespace management;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -60,8 +61,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }
@@ -158,8 +159,8 @@ TEST_F(RightsTest, AnArgumentThatMayBeSeveralItemsListsThem)
         try {
             FindItem(m_conn, argument);
             FAIL() << "found one";
-        } catch (const Refusal& e) {
-            EXPECT_EQ(e.Code(), Exit::conflict);
+        } catch (const Error& e) {
+            EXPECT_EQ(ExitFor(e.Code()), Exit::conflict);
             EXPECT_THAT(e.what(), AllOf(HasSubstr("(view 4)"), HasSubstr("(view 5)")));
         }
     }
@@ -168,7 +169,7 @@ TEST_F(RightsTest, AnArgumentThatMayBeSeveralItemsListsThem)
 TEST_F(RightsTest, ItemsThatAreGoneAndTypesThatNobodyKnowsHaveNoName)
 {
     CreateUser(m_directory, "amy", {});
-    Namer namer(m_conn);
+    NameCache namer(m_conn);
     EXPECT_EQ(namer.NameOf({kItemTypeUser, 1}), "amy");
     for (int type = 0; type <= 5; ++type) {
         EXPECT_EQ(namer.NameOf({type, 99}), "") << type;
@@ -182,7 +183,7 @@ TEST_F(RightsTest, ItemsThatAreGoneAndTypesThatNobodyKnowsHaveNoName)
 TEST_F(RightsTest, ANamerKeepsWhatItHasRead)
 {
     CreateUser(m_directory, "amy", {});
-    Namer namer(m_conn);
+    NameCache namer(m_conn);
     EXPECT_EQ(namer.NameOf({kItemTypeUser, 1}), "amy");
     Execute("DELETE FROM qv_User");
     EXPECT_EQ(namer.NameOf({kItemTypeUser, 1}), "amy");
@@ -274,7 +275,7 @@ TEST_F(RightsTest, ARefusedWriteSaysWhy)
     try {
         m_rights.GrantOn({function, kRole, kView, {}});
         FAIL() << "written";
-    } catch (const Refusal& e) {
+    } catch (const Error& e) {
         EXPECT_THAT(e.what(), HasSubstr("readonly"));
     }
 }

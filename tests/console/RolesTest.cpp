@@ -1,11 +1,11 @@
-#include "console/Roles.h"
+#include "management/roles/Roles.h"
 
 #include "ConsoleFixture.h"
 #include "basefun/ItemTypes.h"
-#include "console/Errors.h"
-#include "console/Users.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "management/users/Users.h"
 #include "schema/Schema.h"
 
 #include <fmt/format.h>
@@ -13,6 +13,7 @@
 #include <algorithm>
 
 using namespace console;
+using namespace management;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -53,8 +54,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }
@@ -157,8 +158,8 @@ TEST_F(RolesTest, ARoleIsFoundByNameOrByIdAndNotGuessed)
     try {
         FindRole(m_roles, "Editors", {});
         FAIL() << "found one";
-    } catch (const Refusal& e) {
-        EXPECT_EQ(e.Code(), Exit::conflict);
+    } catch (const Error& e) {
+        EXPECT_EQ(ExitFor(e.Code()), Exit::conflict);
         EXPECT_THAT(e.what(), AllOf(HasSubstr("Editors (role 1)"), HasSubstr("EDITORS (role 2)")));
     }
 }
@@ -240,15 +241,15 @@ TEST_F(RolesTest, DeletingTakesWhatStandsElsewhereAndNothingOfOthers)
         Execute(fmt::format("INSERT INTO {} (Col_QvItemID, Col_QvItemType) VALUES ({}, 3), ({}, 1)", table, id, id));
     }
     std::string traces;
-    for (const Trace& trace : m_roles.Traces(id)) {
+    for (const Reference& trace : m_roles.References(id)) {
         traces += fmt::format("{} {}, ", trace.count, trace.noun);
     }
     EXPECT_EQ(traces, "2 relation, 1 right, 2 right between items, 1 right on documents, ");
     m_roles.Delete(id);
-    EXPECT_THAT(m_roles.Traces(id), IsEmpty());
+    EXPECT_THAT(m_roles.References(id), IsEmpty());
     EXPECT_FALSE(m_roles.Load(id).has_value());
     // The rows of the group and of the user of the same number.
-    EXPECT_THAT(m_directory.Traces(id), Not(IsEmpty()));
+    EXPECT_THAT(m_directory.References(id), Not(IsEmpty()));
     CARecordset left;
     left.Open("SELECT (SELECT COUNT(*) FROM qv_Relation) + (SELECT COUNT(*) FROM qv_BIIAce)", &m_conn, adbcCursorStatic,
               adbcLockOptimistic, adbcCommandTable);
@@ -267,7 +268,7 @@ TEST_F(RolesTest, ARefusedWriteSaysWhy)
     try {
         m_roles.GiveTitle({1, 1, "Lead", "", "", ""});
         FAIL() << "written";
-    } catch (const Refusal& e) {
+    } catch (const Error& e) {
         EXPECT_THAT(e.what(), HasSubstr("readonly"));
     }
 }

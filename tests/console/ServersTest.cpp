@@ -148,10 +148,19 @@ TEST_P(ServersTest, TextsThatAreTooLongAreFoundByADryRunAndBeforeTheyAreWritten)
     for (const auto& [command, sentence] :
          {std::pair{std::vector<std::string>{"user", "set", "amy", "--title", text}, "title has 300 characters"},
           {{"user", "create", "zoe", "--note", text}, "note has 300 characters, this database takes 255"},
+          {{"right", "grant", "user:amy", text, "send", "1"}, "the genre has 300"},
           {{"user", "rename", "amy", text}, "login has 300"},
           {{"group", "create", "/Main/" + text}, "the name has 300 characters, this database takes 128"},
           {{"view", "create", text}, "the name has 300"},
-          {{"role", "create", text}, "the name has 300"}}) {
+          {{"role", "create", text}, "the name has 300"},
+          {{"docroot", "create", "Main", "--path", text, "--type", "1"}, "the path has 300 characters, this database"},
+          {{"docroot", "create", text, "--path", "/x", "--type", "1"}, "the name has 300"},
+          {{"plan", "create", text}, "the name has 300"},
+          {{"plan", "create", "Nightly", "--description", text}, "the description has 300"},
+          {{"addin", "create", text, "--type", "1"}, "the name has 300"},
+          {{"package", "install", text, "--version", "1"}, "the name has 300"},
+          {{"setting", "set", text, "x", "--genre", "G"}, "the name has 300"},
+          {{"doclog", "add", "1", "1", text, "x"}, "the type has 300"}}) {
         const ChildResult result = Run(command);
         EXPECT_EQ(result.exit, hasLimits ? 2 : 0) << result.err;
         EXPECT_THAT(result.err, HasSubstr(hasLimits ? sentence : ""));

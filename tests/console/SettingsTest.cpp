@@ -1,15 +1,16 @@
-#include "console/Settings.h"
+#include "management/settings/Settings.h"
 
 #include "ConsoleFixture.h"
-#include "console/Directory.h"
-#include "console/Errors.h"
-#include "console/Passwords.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
+#include "management/passwords/Passwords.h"
+#include "management/users/Directory.h"
 #include "schema/Schema.h"
 
 #include <nlohmann/json.hpp>
 
 using namespace console;
+using namespace management;
 using nlohmann::json;
 using testing::AllOf;
 using testing::ElementsAre;
@@ -47,8 +48,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }
@@ -183,7 +184,7 @@ TEST_F(SettingsTest, NoErrorRepeatsTheKey)
         try {
             m_settings.SetEncryptionKey(Secret(key));
             FAIL();
-        } catch (const Refusal& e) {
+        } catch (const Error& e) {
             EXPECT_THAT(e.what(), Not(HasSubstr("s3cret")));
         }
     }

@@ -1,12 +1,13 @@
 #include "console/Url.h"
 
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 
 using namespace console;
+using namespace management;
 
 TEST(UrlTest, TheOptionGoesBeforeTheEnvironmentAndThatBeforeTheDataDirectory)
 {
@@ -29,7 +30,7 @@ TEST(UrlTest, TheOptionGoesBeforeTheEnvironmentAndThatBeforeTheDataDirectory)
 TEST(UrlTest, ATextWithoutASchemeIsRefused)
 {
     for (const char* url : {"", "people.db", "/srv/people.db", "./a:b", ":memory:"}) {
-        EXPECT_THROW((void)ChooseUrl(url), Refusal) << url;
+        EXPECT_THROW((void)ChooseUrl(url), Error) << url;
     }
 }
 
@@ -40,7 +41,7 @@ TEST(UrlTest, ATextWithoutASchemeIsNotRepeatedWhereItMayHaveAPassword)
         try {
             (void)ChooseUrl(url);
             ADD_FAILURE() << url;
-        } catch (const Refusal& refusal) {
+        } catch (const Error& refusal) {
             EXPECT_EQ(std::string(refusal.what()).find("secret"), std::string::npos) << refusal.what();
         }
     }

@@ -1,6 +1,6 @@
-#include "console/Users.h"
+#include "management/users/Users.h"
 
-#include "console/Errors.h"
+#include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "schema/Schema.h"
 
@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 using namespace console;
+using namespace management;
 
 namespace {
 
@@ -34,8 +35,8 @@ Exit CodeOf(Call call)
 {
     try {
         call();
-    } catch (const Refusal& e) {
-        return e.Code();
+    } catch (const Error& e) {
+        return ExitFor(e.Code());
     }
     return Exit::done;
 }

@@ -59,7 +59,7 @@ breach "includes an engine's header" < <(
     grep -vE '^(dbaccess/drivers/odbc|tests/dbaccess|bench)/' || true)
 
 # ---- A std::variant of these alone takes it that copying one never fails, and destroys what was never constructed when
-# memory runs out in it (libstdc++ 12); console/Render.h shows the way out.
+# memory runs out in it (libstdc++ 12); management/Value.h shows the way out.
 variant_breaches() {
   local file
   while IFS= read -r file; do
@@ -84,7 +84,8 @@ declare -A below=(
   [admin]="platform dbaccess basefun admin"
   [schema]="platform dbaccess schema"
   [testing]="platform dbaccess testing"
-  [console]="platform dbaccess basefun directory access documents admin schema console"
+  [management]="platform dbaccess basefun directory access documents admin schema management"
+  [console]="platform dbaccess basefun directory access documents admin schema management console"
 )
 include_breaches() {
   local file line place folder target
@@ -99,12 +100,18 @@ include_breaches() {
         *) echo "$line" ;;
       esac
       case $folder:$target in
-        console:basefun/StatementFrame.h | console:basefun/SqlText.h | console:dbaccess/Driver.h) echo "$line" ;;
+        console:basefun/StatementFrame.h | console:basefun/SqlText.h | console:dbaccess/Driver.h | \
+          management:basefun/StatementFrame.h | management:basefun/SqlText.h | management:dbaccess/Driver.h) echo "$line" ;;
       esac
     done < <(find_in '^[[:space:]]*#[[:space:]]*include[[:space:]]*"' "$file")
   done
 }
 breach "includes what stands above it or is none of its business" < <(include_breaches)
+
+# ---- What administrators do knows no terminal, no command line and no environment, and keeps nothing for a process.
+mapfile -t management < <(printf '%s\n' "${all[@]}" | grep -E '^management/' || true)
+breach "knows a terminal, a command line, a signal or the environment" < <(
+  find_in 'CLI::|<iostream>|std::c(in|out|err)\b|getenv|isatty|<csignal>|Exit::' "${management[@]}")
 
 # ---- Every operation stands in a table of statements (tests/*/*StatementsTest.cpp), each overload with a call of its
 # own; operations without a connection send nothing and are called in some test, protected ones through a class derived

@@ -1,0 +1,123 @@
+#include "console/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace console {
+
+namespace {
+
+/// The option of a parameter, such as --sort-index.
+std::string OptionName(std::string_view name)
+{
+    std::string option = "--" + std::string(name);
+    std::ranges::replace(option, '_', '-');
+    return option;
+}
+
+std::string_view Placeholder(Kind kind)
+{
+    return kind == Kind::number ? "N" : kind == Kind::file ? "FILE" : kind == Kind::date ? "DATE" : "TEXT";
+}
+
+void DeclareFlag(CLI::App& app, const std::string& name, std::string_view help, bool isNegatable, CommandLine& given)
+{
+    const std::string option = OptionName(name);
+    const auto take = [&given, name](std::int64_t count) { given.values[name] = {count > 0 ? "1" : "0"}; };
+    app.add_flag_function(isNegatable ? option + ",!--no-" + option.substr(2) : option, take, std::string(help));
+}
+
+CLI::Option* DeclareText(CLI::App& app, const std::string& name, const std::string& option, std::string_view help,
+                         CommandLine& given)
+{
+    const auto take = [&given, name](const std::string& text) { given.values[name] = {text}; };
+    return app.add_option_function<std::string>(option, take, std::string(help));
+}
+
+void DeclareList(CLI::App& app, const ParamInfo& param, CommandLine& given)
+{
+    // CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
+    constexpr int kMost = 1 << 20;
+    const std::string name(param.name);
+    const auto take = [&given, name](const std::vector<std::string>& texts) { given.values[name] = texts; };
+    app.add_option_function<std::vector<std::string>>(param.isPositional ? name : OptionName(name), take,
+                                                      std::string(param.help))
+        ->required(param.isRequired)
+        ->type_name(param.isPositional ? "" : "TEXT")
+        ->expected(kMost)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void DeclareParam(CLI::App& app, const ParamInfo& param, CommandLine& given)
+{
+    const std::string name(param.name);
+    if (param.isSet) {
+        for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
+            if (text.isFlag) {
+                DeclareFlag(app, std::string(text.name), text.help, true, given);
+            } else {
+                DeclareText(app, std::string(text.name), OptionName(text.name), text.help, given)->type_name("TEXT");
+            }
+        }
+    } else if (param.kind == Kind::secret) {
+        DeclareSecretSource(app, given.secrets[name], name);
+    } else if (param.kind == Kind::flag) {
+        DeclareFlag(app, name, param.help, param.isNegatable, given);
+    } else if (param.isList) {
+        DeclareList(app, param, given);
+    } else {
+        DeclareText(app, name, param.isPositional ? name : OptionName(name), param.help, given)
+            ->required(param.isRequired)
+            ->type_name(param.isPositional ? "" : std::string(Placeholder(param.kind)));
+    }
+}
+
+/// The options of a parameter that another cannot stand beside.
+std::vector<std::string> OptionsOf(std::string_view name, const CommandLine& given)
+{
+    if (given.secrets.contains(name)) {
+        return {OptionName(name) + "-stdin", OptionName(name) + "-file"};
+    }
+    return {binding::IsPositional(name) ? std::string(name) : OptionName(name)};
+}
+
+} // namespace
+
+std::vector<std::string> CommandLine::ValuesOf(std::string_view name) const
+{
+    if (const auto secret = secrets.find(name); secret != secrets.end()) {
+        return secret->second.IsGiven() ? std::vector<std::string>{"1"} : std::vector<std::string>();
+    }
+    const auto found = values.find(name);
+    return found == values.end() ? std::vector<std::string>() : found->second;
+}
+
+void DeclareParams(CLI::App& app, const management::Command& command, CommandLine& given)
+{
+    const std::vector<ParamInfo> params = command.params();
+    for (const ParamInfo& param : params) {
+        DeclareParam(app, param, given);
+    }
+    for (const ParamInfo& param : params) {
+        if (param.excludes.empty()) {
+            continue;
+        }
+        for (const std::string& option : OptionsOf(param.name, given)) {
+            for (const std::string& other : OptionsOf(param.excludes, given)) {
+                app.get_option(option)->excludes(other);
+            }
+        }
+    }
+    if (command.effect == Effect::read || command.run == nullptr) {
+        return;
+    }
+    if (command.asks) {
+        app.add_flag("--yes", given.options.yes, "do not ask");
+    }
+    app.add_flag("--dry-run", given.options.dryRun, "try everything and change nothing; ends with 8 for a change");
+    app.add_option("--reason", given.options.reason, "why, for the record")->type_name("TEXT");
+}
+
+} // namespace console

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "console/Commands.h"
+#include "management/Command.h"
+
+#include <span>
+
+namespace console {
+
+/// What a command of the terminal program works with.
+struct LocalCall {
+    const CommandLine& given;
+    const Arguments& arguments;
+    Terminal& terminal;
+};
+
+/// A row of the table that the terminal program has alone: it works on databases that need not hold a directory, on
+/// files of the caller, or on the table itself. Its parameters are declared like those of all rows; `row.run` is
+/// unused.
+struct LocalCommand {
+    management::Command row;
+    Exit (*run)(const LocalCall& call);
+};
+
+std::span<const LocalCommand> LocalCommands();
+
+/// All rows of the table, in the order in which help lists them.
+std::vector<const management::Command*> AllCommands();
+/// Whether a row heads those that have its two words and a third.
+bool IsHead(const management::Command& command);
+/// The words of a row's path.
+std::vector<std::string> PathOf(const management::Command& command);
+
+} // namespace console

@@ -1,0 +1,56 @@
+#include "console/LocalCommand.h"
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
+namespace console {
+
+// The tables of the files beside; nothing else of them is known here.
+std::span<const LocalCommand> DbCommands();
+std::span<const LocalCommand> CopyCommands();
+std::span<const LocalCommand> ImportCommands();
+std::span<const LocalCommand> CompletionCommands();
+std::span<const LocalCommand> ManualCommands();
+
+std::span<const LocalCommand> LocalCommands()
+{
+    static const std::vector<LocalCommand> commands = [] {
+        std::vector<LocalCommand> all;
+        for (const std::span<const LocalCommand> some :
+             {DbCommands(), CopyCommands(), ImportCommands(), CompletionCommands(), ManualCommands()}) {
+            all.insert(all.end(), some.begin(), some.end());
+        }
+        return all;
+    }();
+    return commands;
+}
+
+std::vector<const management::Command*> AllCommands()
+{
+    std::vector<const management::Command*> all;
+    std::ranges::transform(management::Commands(), std::back_inserter(all),
+                           [](const management::Command& command) { return &command; });
+    std::ranges::transform(LocalCommands(), std::back_inserter(all), [](const LocalCommand& own) { return &own.row; });
+    return all;
+}
+
+bool IsHead(const management::Command& command)
+{
+    const bool isLocal =
+        std::ranges::any_of(LocalCommands(), [&](const LocalCommand& own) { return &own.row == &command; });
+    return command.run == nullptr && !isLocal;
+}
+
+std::vector<std::string> PathOf(const management::Command& command)
+{
+    std::vector<std::string> path;
+    for (const std::string_view word : command.path) {
+        if (!word.empty()) {
+            path.emplace_back(word);
+        }
+    }
+    return path;
+}
+
+} // namespace console

@@ -1,0 +1,396 @@
+#include "console/Help.h"
+#include "console/JsonWriter.h"
+#include "console/LocalCommand.h"
+#include "management/Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <ostream>
+#include <string>
+#include <vector>
+
+// The table of commands as manual pages, and as data for other programs.
+
+namespace console {
+
+namespace {
+
+/// The day of the last change of the manual's own texts.
+constexpr std::string_view kDate = "November 22, 2026";
+
+struct ManualInput {
+    std::optional<std::string> noun;
+};
+
+constexpr Param<ManualInput> kManualParams[] = {
+    {"NOUN", &ManualInput::noun, Kind::text, "the noun whose page to print; the program's own if not given"}};
+
+/// A text as mdoc takes it in the middle of a line.
+std::string Escaped(std::string_view text)
+{
+    std::string escaped;
+    for (const char ch : text) {
+        escaped += ch == '\\' ? std::string("\\e") : ch == '-' ? std::string("\\-") : std::string(1, ch);
+    }
+    return escaped;
+}
+
+/// The same for a line of its own, which no control character begins.
+std::string Line(std::string_view text)
+{
+    const bool isControl = text.starts_with('.') || text.starts_with('\'');
+    return (isControl ? "\\&" : "") + Escaped(text) + "\n";
+}
+
+std::string OptionName(std::string_view name)
+{
+    std::string option(name);
+    std::ranges::replace(option, '_', '-');
+    return option;
+}
+
+std::string Placeholder(Kind kind)
+{
+    return kind == Kind::number ? "N" : kind == Kind::file ? "FILE" : kind == Kind::date ? "DATE" : "TEXT";
+}
+
+void WriteExamples(std::string_view examples, std::ostream& out)
+{
+    if (examples.empty()) {
+        return;
+    }
+    out << ".Bd -literal -offset indent\n";
+    while (!examples.empty()) {
+        const std::size_t end = std::min(examples.find('\n'), examples.size());
+        std::string_view line = examples.substr(0, end);
+        line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
+        out << Line(line);
+        examples.remove_prefix(std::min(end + 1, examples.size()));
+    }
+    out << ".Ed\n";
+}
+
+void WriteOption(std::string_view name, std::string_view argument, std::string_view help, std::ostream& out)
+{
+    out << ".It Fl \\-" << Escaped(OptionName(name)) << (argument.empty() ? "" : " Ar " + std::string(argument)) << '\n'
+        << Line(help);
+}
+
+void WriteParam(const ParamInfo& param, std::ostream& out)
+{
+    if (param.isSet) {
+        for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
+            WriteOption(text.name, text.isFlag ? "" : "TEXT", text.help, out);
+        }
+    } else if (param.isPositional) {
+        out << ".It Ar " << param.name << '\n' << Line(param.help);
+    } else if (param.kind == Kind::secret) {
+        WriteOption(std::string(param.name) + "-stdin", "", "read it from the first line of standard input", out);
+        WriteOption(std::string(param.name) + "-file", "FILE", "read it from the first line of this file", out);
+    } else {
+        WriteOption(param.name, param.kind == Kind::flag ? "" : Placeholder(param.kind), param.help, out);
+    }
+}
+
+void WriteCommand(const management::Command& command, std::ostream& out)
+{
+    const std::vector<ParamInfo> params = command.params();
+    const std::string name = fmt::format("{}", fmt::join(PathOf(command), " "));
+    out << ".Ss " << name << "\n.Nm qvadmin\n.Cm " << name << '\n' << ".Op Ar options\n";
+    for (const ParamInfo& param : params) {
+        if (param.isPositional) {
+            out << (param.isRequired ? ".Ar " : ".Op Ar ") << param.name << (param.isList ? " ..." : "") << '\n';
+        }
+    }
+    std::string summary(command.summary);
+    out << ".Pp\n" << Line(summary + ".");
+    const bool writes = command.run != nullptr && command.effect != Effect::read;
+    if (!params.empty() || writes) {
+        out << ".Bl -tag -width Ds\n";
+        for (const ParamInfo& param : params) {
+            WriteParam(param, out);
+        }
+        if (writes) {
+            if (command.asks) {
+                WriteOption("yes", "", "do not ask", out);
+            }
+            WriteOption("dry_run", "", "try everything and change nothing; ends with 8 for a change", out);
+            WriteOption("reason", "TEXT", "why, for the record", out);
+        }
+        out << ".El\n";
+    }
+    WriteExamples(command.examples, out);
+}
+
+void WriteHead(const std::string& title, const std::string& name, std::string_view summary, std::ostream& out)
+{
+    std::string capitals = title;
+    std::ranges::transform(capitals, capitals.begin(), [](unsigned char ch) { return std::toupper(ch); });
+    out << ".Dd " << kDate << "\n.Dt " << capitals << " 1\n.Os\n.Sh NAME\n.Nm " << name << "\n.Nd " << Escaped(summary)
+        << '\n';
+}
+
+std::vector<const management::Command*> CommandsOf(std::string_view noun)
+{
+    std::vector<const management::Command*> commands;
+    for (const management::Command* command : AllCommands()) {
+        if (command->path[0] == noun && !IsHead(*command)) {
+            commands.push_back(command);
+        }
+    }
+    return commands;
+}
+
+void WriteNoun(const Noun& noun, std::ostream& out)
+{
+    const std::string page = fmt::format("qvadmin-{}", noun.name);
+    WriteHead(page, page, noun.summary, out);
+    out << ".Sh SYNOPSIS\n.Nm qvadmin\n.Cm " << noun.name << "\n.Ar verb\n.Op Ar options\n.Op Ar arguments\n"
+        << ".Sh DESCRIPTION\nThe options and exit statuses that all commands share are in\n.Xr qvadmin 1 .\n";
+    for (const management::Command* command : CommandsOf(noun.name)) {
+        WriteCommand(*command, out);
+    }
+    out << ".Sh EXAMPLES\n";
+    WriteExamples(noun.examples, out);
+    out << ".Sh SEE ALSO\n.Xr qvadmin 1\n";
+}
+
+constexpr std::string_view kProgram = R"(.Sh SYNOPSIS
+.Nm
+.Op Fl \-db Ar URL
+.Op Fl o Ar FORMAT
+.Ar noun
+.Ar verb
+.Op Ar options
+.Op Ar arguments
+.Sh DESCRIPTION
+.Nm
+keeps the organisation directory of an instant\-messaging server: users, groups, views, roles, job titles, rights,
+documents, settings, messages, add\-ins and the bulletin board.
+It works on the database itself, of any engine that the server runs on.
+.Pp
+Every command reads or changes one kind of thing, its noun.
+Commands that remove something show what goes along and ask first.
+.Bl -tag -width Ds
+.It Fl \-db Ar URL
+the database, such as sqlite:PATH; see
+.Sx ENVIRONMENT
+for the one that is taken else.
+.It Fl o , Fl \-output Ar FORMAT
+table (the default), csv, json, jsonl or plain, which has a tab between values and no header.
+.It Fl \-help
+what a noun or a verb takes.
+.It Fl \-version
+the program's version.
+.El
+.Sh COMMANDS
+)";
+
+constexpr std::string_view kProgramEnd = R"(.Sh ENVIRONMENT
+.Bl -tag -width Ds
+.It Ev QVADMIN_DB
+the database where
+.Fl \-db
+is not given.
+.It Ev XDG_DATA_HOME
+where quorvel/directory.db is looked for when neither is given; else
+.Pa ~/.local/share .
+.El
+.Sh EXIT STATUS
+.Bl -tag -width Ds -compact
+.It 0
+done
+.It 1
+failed
+.It 2
+usage
+.It 3
+not found, or false
+.It 4
+conflict or ambiguous
+.It 5
+protected
+.It 6
+database
+.It 7
+some rows failed
+.It 8
+a check or a dry run found something
+.It 9
+confirmation needed
+.El
+)";
+
+void WriteProgram(std::ostream& out)
+{
+    WriteHead("qvadmin", "qvadmin", "administration of a server's organisation directory", out);
+    out << kProgram << ".Bl -tag -width Ds\n";
+    for (const Noun& noun : Nouns()) {
+        out << ".It Cm " << noun.name << '\n'
+            << Line(std::string(noun.summary) + "; see") << ".Xr qvadmin\\-" << noun.name << " 1 .\n";
+    }
+    out << ".El\n";
+    for (const management::Command* command : AllCommands()) {
+        if (PathOf(*command).size() == 1 && !command->summary.empty()) {
+            WriteCommand(*command, out);
+        }
+    }
+    out << kProgramEnd << ".Sh SEE ALSO\n";
+    std::vector<std::string_view> names;
+    std::ranges::transform(Nouns(), std::back_inserter(names), &Noun::name);
+    std::ranges::sort(names);
+    for (const std::string_view name : names) {
+        out << ".Xr qvadmin\\-" << name << " 1" << (name == names.back() ? "\n" : " ,\n");
+    }
+}
+
+Exit PrintManual(const LocalCall& call)
+{
+    const auto in = binding::ReadInput<kManualParams>(call.given);
+    if (!in.noun) {
+        WriteProgram(call.terminal.out);
+        return Exit::done;
+    }
+    const auto noun = std::ranges::find(Nouns(), *in.noun, &Noun::name);
+    if (noun == Nouns().end()) {
+        throw Error(ErrorCode::notFound, fmt::format("there is no noun {}; see `qvadmin --help`", Quoted(*in.noun)));
+    }
+    WriteNoun(*noun, call.terminal.out);
+    return Exit::done;
+}
+
+// ---- The table as data ----------------------------------------------------------------------------------------------
+
+std::string_view NameOf(Effect effect)
+{
+    switch (effect) {
+    case Effect::read:
+        return "read";
+    case Effect::create:
+        return "create";
+    case Effect::change:
+        return "change";
+    default:
+        return "remove";
+    }
+}
+
+std::string_view NameOf(Kind kind)
+{
+    static constexpr std::string_view kNames[] = {"text",  "number", "flag",    "date",   "choice", "power",  "secret",
+                                                  "file",  "user",   "group",   "view",   "holder", "item",   "role",
+                                                  "title", "plan",   "docroot", "folder", "addin",  "package"};
+    return kNames[static_cast<std::size_t>(kind)];
+}
+
+TextValue AsText(std::string_view text) { return TextValue(std::string(text)); }
+
+void WriteParamAsData(const ParamInfo& param, JsonWriter& json)
+{
+    json.BeginObject();
+    json.WriteMember("name", AsText(param.name));
+    json.WriteMember("kind", AsText(NameOf(param.kind)));
+    json.WriteMember("help", AsText(param.help));
+    json.WriteMember("positional", param.isPositional);
+    json.WriteMember("required", param.isRequired);
+    json.WriteMember("list", param.isList);
+    if (const auto* words = std::get_if<OneOf>(&param.check)) {
+        json.WriteName("choices");
+        json.BeginArray();
+        for (const std::string_view word : words->words) {
+            if (!word.empty()) {
+                json.Write(AsText(word));
+            }
+        }
+        json.End();
+    }
+    json.End();
+}
+
+void WriteCommandAsData(const management::Command& command, JsonWriter& json)
+{
+    json.BeginObject();
+    json.WriteName("path");
+    json.BeginArray();
+    for (const std::string& word : PathOf(command)) {
+        json.Write(AsText(word));
+    }
+    json.End();
+    json.WriteMember("summary", AsText(command.summary));
+    json.WriteMember("effect", AsText(NameOf(command.effect)));
+    json.WriteMember("asks", command.asks);
+    json.WriteMember("long_running", command.duration == Duration::longRunning);
+    json.WriteName("parameters");
+    json.BeginArray();
+    for (const ParamInfo& param : command.params()) {
+        if (!param.isSet) {
+            WriteParamAsData(param, json);
+            continue;
+        }
+        for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
+            ParamInfo option{text.name, text.isFlag ? Kind::flag : Kind::text, text.help, {}, {}};
+            WriteParamAsData(option, json);
+        }
+    }
+    json.End();
+    json.WriteName("columns");
+    json.BeginArray();
+    for (const Column& column : command.columns) {
+        json.BeginObject();
+        json.WriteMember("name", AsText(column.name));
+        json.WriteMember("kind", AsText(NameOf(column.kind)));
+        json.End();
+    }
+    json.End();
+    json.End();
+}
+
+Exit PrintCommands(const LocalCall& call)
+{
+    if (call.arguments.format != Format::json && call.arguments.format != Format::jsonl) {
+        for (const management::Command* command : AllCommands()) {
+            if (!IsHead(*command) && !command->summary.empty()) {
+                call.terminal.out << fmt::format("{:<34}  {}\n", fmt::format("{}", fmt::join(PathOf(*command), " ")),
+                                                 command->summary);
+            }
+        }
+        return Exit::done;
+    }
+    JsonWriter json(call.terminal.out,
+                    call.arguments.format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
+    json.BeginObject();
+    json.WriteMember("v", std::int64_t{1});
+    json.WriteName("commands");
+    json.BeginArray();
+    for (const management::Command* command : AllCommands()) {
+        if (!IsHead(*command) && !command->summary.empty()) {
+            WriteCommandAsData(*command, json);
+        }
+    }
+    json.End();
+    json.End();
+    call.terminal.out << '\n';
+    return Exit::done;
+}
+
+constexpr LocalCommand kCommands[] = {
+    {{.path = {"manual"},
+      .summary = "print a manual page, for man or mandoc",
+      .examples = "  qvadmin manual | man -l -\n"
+                  "  qvadmin manual user > qvadmin-user.1",
+      .params = &InfosOf<kManualParams>},
+     &PrintManual},
+    {{.path = {"commands"},
+      .summary = "list all commands; with -o json all that is known of them, for other programs",
+      .examples = "  qvadmin commands -o json"},
+     &PrintCommands},
+};
+
+} // namespace
+
+std::span<const LocalCommand> ManualCommands() { return kCommands; }
+
+} // namespace console

@@ -1,0 +1,168 @@
+#include "console/TerminalFrontEnd.h"
+
+#include "console/Confirm.h"
+#include "console/Interrupt.h"
+#include "console/TextFile.h"
+#include "management/Text.h"
+
+#include <fmt/format.h>
+
+namespace console {
+
+namespace {
+
+/// What a quick y may remove; for more, who answers has to have read the number.
+constexpr std::size_t kMostForYes = 20;
+
+} // namespace
+
+TerminalFrontEnd::TerminalFrontEnd(const management::Command& command, const CommandLine& given, Format format,
+                                   Terminal& terminal)
+    : m_command(command), m_given(given), m_format(format), m_terminal(terminal)
+{
+}
+
+bool TerminalFrontEnd::WritesObject() const
+{
+    return m_command.effect != Effect::read && (m_format == Format::json || m_format == Format::jsonl);
+}
+
+TableWriter& TerminalFrontEnd::Writer()
+{
+    if (!m_writer) {
+        std::vector<std::string> names;
+        for (const Column& column : m_command.columns) {
+            names.emplace_back(column.name);
+        }
+        m_writer.emplace(m_format, std::move(names), m_terminal.out);
+    }
+    return *m_writer;
+}
+
+bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row) { return Writer().Write(row); }
+
+void TerminalFrontEnd::TakeOutcome(const Outcome& outcome)
+{
+    if (WritesObject()) {
+        m_outcomes.push_back(outcome);
+    } else {
+        m_terminal.err << (m_given.options.dryRun ? "dry run: " : "") << outcome.sentence << '\n';
+    }
+}
+
+void TerminalFrontEnd::Confirm(const Plan& plan)
+{
+    for (const std::string& line : plan.lines) {
+        m_terminal.err << line << '\n';
+    }
+    if (plan.question.empty()) {
+        return;
+    }
+    if (!CanAsk()) {
+        throw Error(ErrorCode::confirmationRequired, fmt::format("{}; --yes goes on without asking", plan.nothingDone));
+    }
+    const bool isMuch = plan.removed > kMostForYes;
+    m_terminal.err << plan.question
+                   << (isMuch ? fmt::format(" This removes {0} things; type {0} to go on: ", plan.removed) : " [y/N] ")
+                   << std::flush;
+    std::string answer;
+    std::getline(m_terminal.in, answer);
+    const bool isYes =
+        isMuch ? answer == std::to_string(plan.removed) : answer == "y" || answer == "Y" || answer == "yes";
+    if (!isYes) {
+        throw Error(ErrorCode::confirmationRequired, std::string(plan.nothingDone));
+    }
+}
+
+bool TerminalFrontEnd::CanAsk() const { return console::CanAsk(m_terminal); }
+
+void TerminalFrontEnd::Explain(const std::string& sentence) { m_terminal.err << sentence << '\n'; }
+
+bool TerminalFrontEnd::IsGiven(std::string_view secret) const
+{
+    const auto found = m_given.secrets.find(secret);
+    return found != m_given.secrets.end() && found->second.IsGiven();
+}
+
+Secret TerminalFrontEnd::ObtainSecret(const SecretQuestion& question)
+{
+    const auto found = m_given.secrets.find(question.name);
+    return console::ObtainSecret(found == m_given.secrets.end() ? SecretSource() : found->second, question, m_terminal);
+}
+
+void TerminalFrontEnd::ShowSecret(const Secret& secret)
+{
+    if (WritesObject()) {
+        m_secret.emplace(secret.View());
+    } else {
+        PrintGenerated(secret, m_terminal);
+    }
+}
+
+std::string TerminalFrontEnd::ReadText(const std::string& name) { return ReadTextFile(name); }
+
+void TerminalFrontEnd::ShowProgress(long done, std::optional<long> total)
+{
+    if (!m_progress) {
+        m_progress.emplace(m_terminal, total);
+    }
+    m_progress->Show(done);
+}
+
+bool TerminalFrontEnd::IsStopRequested() const noexcept { return Interrupt::Requested(); }
+
+void TerminalFrontEnd::WriteObject(const Result& result)
+{
+    JsonWriter json(m_terminal.out, m_format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
+    json.BeginObject();
+    json.WriteMember("v", std::int64_t{1});
+    json.WriteMember("changed", result.isChanged);
+    json.WriteMember("dry_run", m_given.options.dryRun);
+    if (result.value) {
+        json.WriteMember("value", *result.value);
+    }
+    json.WriteMembers(result.record);
+    if (m_secret) {
+        json.WriteMember("password", TextValue(std::string(m_secret->View())));
+    }
+    json.WriteName("outcomes");
+    json.BeginArray();
+    for (const Outcome& outcome : m_outcomes) {
+        json.BeginObject();
+        json.WriteMember("type", TextValue(std::string(outcome.type)));
+        json.WriteMember("id", std::int64_t{outcome.id});
+        json.WriteMember("name", TextValue(outcome.name));
+        json.WriteMember("outcome", TextValue(std::string(outcome.outcome)));
+        json.WriteMember("message", TextValue(outcome.sentence));
+        json.End();
+    }
+    json.End();
+    json.End();
+    m_terminal.out << '\n';
+}
+
+Exit TerminalFrontEnd::Finish(const Result& result)
+{
+    if (m_progress) {
+        m_progress->Clear();
+    }
+    if (WritesObject()) {
+        WriteObject(result);
+    } else if (m_given.options.dryRun) {
+        m_terminal.err << "dry run: nothing was changed\n";
+    } else if (!result.record.empty()) {
+        Render(m_format, result.record, m_terminal.out);
+    } else if (result.value) {
+        Render(m_format, *result.value, m_terminal.out);
+    } else if (result.verdict) {
+        m_terminal.out << (*result.verdict ? "true\n" : "false\n");
+    } else if (!m_command.columns.empty()) {
+        Writer().Finish();
+    }
+    if (result.verdict && !*result.verdict) {
+        return Exit::notFound;
+    }
+    return m_given.options.dryRun && result.isChanged ? Exit::findings : Exit::done;
+}
+
+} // namespace console

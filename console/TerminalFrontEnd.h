@@ -1,0 +1,51 @@
+#pragma once
+
+#include "console/CommandLine.h"
+#include "console/JsonWriter.h"
+#include "console/Progress.h"
+#include "console/Render.h"
+#include "console/Terminal.h"
+
+#include <optional>
+#include <span>
+
+namespace console {
+
+/// A command of the table that is run from a terminal or a script: rows and values go to standard output, all else to
+/// standard error. Where JSON is asked for, a command that writes gives one object with all that became of it.
+class TerminalFrontEnd final : public FrontEnd {
+public:
+    /// All of them outlive this.
+    TerminalFrontEnd(const management::Command& command, const CommandLine& given, Format format, Terminal& terminal);
+
+    bool TakeRow(const std::vector<Value>& row) override;
+    void TakeOutcome(const Outcome& outcome) override;
+    void Confirm(const Plan& plan) override;
+    [[nodiscard]] bool CanAsk() const override;
+    void Explain(const std::string& sentence) override;
+    [[nodiscard]] bool IsGiven(std::string_view secret) const override;
+    Secret ObtainSecret(const SecretQuestion& question) override;
+    void ShowSecret(const Secret& secret) override;
+    std::string ReadText(const std::string& name) override;
+    void ShowProgress(long done, std::optional<long> total) override;
+    [[nodiscard]] bool IsStopRequested() const noexcept override;
+
+    /// Writes what the command gave. @return what the program is to end with.
+    Exit Finish(const Result& result);
+
+private:
+    [[nodiscard]] bool WritesObject() const;
+    TableWriter& Writer();
+    void WriteObject(const Result& result);
+
+    const management::Command& m_command;
+    const CommandLine& m_given;
+    Format m_format;
+    Terminal& m_terminal;
+    std::optional<TableWriter> m_writer;
+    std::optional<Progress> m_progress;
+    std::vector<Outcome> m_outcomes;
+    std::optional<Secret> m_secret;
+};
+
+} // namespace console

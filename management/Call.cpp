@@ -1,0 +1,62 @@
+#include "management/Call.h"
+
+#include <fmt/format.h>
+
+namespace management {
+
+Result ResultOf(Value value)
+{
+    Result result;
+    result.value = std::move(value);
+    return result;
+}
+
+Result ResultOf(Record record)
+{
+    Result result;
+    result.record = std::move(record);
+    return result;
+}
+
+Result Verdict(bool verdict)
+{
+    Result result;
+    result.verdict = verdict;
+    return result;
+}
+
+Result Unchanged()
+{
+    Result result;
+    result.isChanged = false;
+    return result;
+}
+
+void Call::Confirm(const Plan& plan)
+{
+    Plan asked = plan;
+    if (m_options.yes || m_options.dryRun) {
+        asked.question.clear();
+    }
+    m_frontEnd.Confirm(asked);
+}
+
+void Change::Finish()
+{
+    if (m_call.Options().dryRun) {
+        m_transaction.Rollback();
+    } else {
+        m_transaction.Commit();
+    }
+    for (const Outcome& outcome : m_call.m_outcomes) {
+        m_call.Front().TakeOutcome(outcome);
+    }
+}
+
+void ThrowChanged(std::string_view nothingDone)
+{
+    throw Error(ErrorCode::conflict,
+                fmt::format("somebody else has changed what was shown in the meantime; {}, look again", nothingDone));
+}
+
+} // namespace management

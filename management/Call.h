@@ -1,0 +1,88 @@
+#pragma once
+
+#include "management/DatabaseError.h"
+#include "management/FrontEnd.h"
+#include "management/users/Directory.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace management {
+
+/// What every command that writes takes beside its own parameters.
+struct CallOptions {
+    bool yes = false;    ///< no question is asked
+    bool dryRun = false; ///< everything is done, and then undone
+    std::string reason;  ///< why, as given by who changes something
+};
+
+/// What a command gives, beside the rows and outcomes that the front end has been handed. At most one of value, record
+/// and verdict is set.
+struct Result {
+    std::optional<Value> value;
+    Record record;
+    std::optional<bool> verdict;
+    bool isChanged = true; ///< of a command that writes: whether there was anything to change
+};
+
+Result ResultOf(Value value);
+Result ResultOf(Record record);
+Result ResultOf(bool) = delete;
+Result Verdict(bool verdict);
+Result Unchanged();
+
+/// One run of one command: what its body works with. Lives on one thread.
+class Call {
+public:
+    /// @param conn  of a directory of this program's version. It and the front end outlive this.
+    Call(CAConnect& conn, FrontEnd& frontEnd, CallOptions options)
+        : m_directory(conn), m_frontEnd(frontEnd), m_options(std::move(options))
+    {
+    }
+
+    [[nodiscard]] CAConnect& Connection() const { return m_directory.Connection(); }
+    [[nodiscard]] management::Directory& Directory() { return m_directory; }
+    [[nodiscard]] FrontEnd& Front() const { return m_frontEnd; }
+    [[nodiscard]] const CallOptions& Options() const { return m_options; }
+
+    /// Hands a row to the front end. @return false when no more are wanted.
+    template <class... Values>
+    bool Row(Values&&... values) const
+    {
+        return m_frontEnd.TakeRow(MakeRow(std::forward<Values>(values)...));
+    }
+    /// Keeps an outcome until the change that it tells of lasts.
+    void Report(Outcome outcome) { m_outcomes.push_back(std::move(outcome)); }
+    /// Shows a plan and asks, unless that is not to be done.
+    void Confirm(const Plan& plan);
+
+private:
+    friend class Change;
+
+    management::Directory m_directory;
+    FrontEnd& m_frontEnd;
+    CallOptions m_options;
+    std::vector<Outcome> m_outcomes;
+};
+
+/// The transaction of a command that writes. It holds the directory's lock from its beginning to its end, so that what
+/// is read inside is still so when it is written; not finished, it is rolled back.
+class Change {
+public:
+    /// @throws DatabaseError.
+    explicit Change(Call& call) : m_call(call), m_transaction(call.Connection()) {}
+
+    /// Makes the change last, or, in a dry run, undoes it; then hands over the outcomes. @throws DatabaseError.
+    void Finish();
+
+private:
+    Call& m_call;
+    Transaction m_transaction;
+};
+
+/// @throws Error (conflict) always: what was shown is not what would be done now.
+[[noreturn]] void ThrowChanged(std::string_view nothingDone);
+
+} // namespace management

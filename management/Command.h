@@ -1,0 +1,280 @@
+#pragma once
+
+#include "management/Call.h"
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+// Commands as data: what a command is called, takes and gives, and how it is run. A front end walks over the rows; it
+// knows no command by name.
+
+namespace management {
+
+enum class Effect : std::uint8_t { read, create, change, remove };
+enum class Duration : std::uint8_t { instant, longRunning }; ///< longRunning: shows progress; in a server a job
+enum class Risk : std::uint8_t { normal, stepUp };           ///< stepUp: a server asks for the caller's password again
+
+/// What a value means: how it is completed, picked in a form, described to programs.
+enum class Kind : std::uint8_t {
+    text,
+    number,
+    flag,
+    date,
+    choice,
+    power,
+    secret,
+    file,
+    user,
+    group,
+    view,
+    holder,
+    item,
+    role,
+    title,
+    plan,
+    documentRoot,
+    folder,
+    addIn,
+    package,
+};
+
+struct Range {
+    std::int64_t least;
+    std::int64_t most;
+};
+/// Of options that limit how many rows come.
+inline constexpr Range kLimit{1, std::numeric_limits<int>::max()};
+/// Words to choose from; empty ones count for none.
+struct OneOf {
+    std::array<std::string_view, 6> words;
+};
+struct NamedText {
+    std::string_view name;
+    std::string_view help;
+    bool isFlag;
+};
+/// Gives the options of a parameter that is a set of them, such as the columns of a table.
+using ListNamedTexts = std::vector<NamedText> (*)();
+using Check = std::variant<std::monostate, Range, OneOf, ListNamedTexts>;
+
+/// Texts by the name of their option, as given; a flag's is "1" or "0".
+using NamedTexts = std::map<std::string, std::string, std::less<>>;
+
+/// The member of a command's input that a parameter fills. What the member is says whether the parameter is needed: a
+/// std::string, a number or a list of positional values is, an optional or a flag is not.
+template <class In>
+using Target = std::variant<std::string In::*, std::optional<std::string> In::*, int In::*, std::optional<int> In::*,
+                            std::optional<std::uint32_t> In::*, bool In::*, std::optional<bool> In::*,
+                            std::vector<std::string> In::*, NamedTexts In::*>;
+
+/// One parameter. A name in capitals is a positional one; another is an option, whose words have _ between them here
+/// and - on a command line. An optional<bool> is an option that has a --no- form too. A secret fills a bool: whether it
+/// was given; its value comes from FrontEnd::ObtainSecret.
+template <class In>
+struct Param {
+    using Input = In;
+
+    std::string_view name;
+    Target<In> target;
+    Kind kind;
+    std::string_view help;
+    Check check = {};
+    std::string_view excludes = {}; ///< the name of a parameter that cannot be given beside this one
+};
+
+/// A parameter as front ends see it.
+struct ParamInfo {
+    std::string_view name;
+    Kind kind = Kind::text;
+    std::string_view help;
+    Check check;
+    std::string_view excludes;
+    bool isPositional = false;
+    bool isRequired = false;
+    bool isList = false;
+    bool isNegatable = false;
+    bool isSet = false; ///< stands for the options that its check lists
+};
+
+/// For Command::params of a command without parameters.
+std::vector<ParamInfo> NoParams();
+
+/// A column of a table, or a member of a record.
+struct Column {
+    std::string_view name;
+    Kind kind = Kind::text;
+};
+
+/// Where the values of parameters come from.
+class ArgumentSource {
+public:
+    virtual ~ArgumentSource() = default;
+
+    /// What was given for a parameter, in its order; empty: it was not given. A flag's is "1" or "0".
+    [[nodiscard]] virtual std::vector<std::string> ValuesOf(std::string_view name) const = 0;
+};
+
+/// A row of the table. One without `run` heads the rows that have its two words and a third, and has neither
+/// parameters nor columns.
+struct Command {
+    std::array<std::string_view, 3> path; ///< two or three words
+    std::string_view summary;
+    std::string_view examples = {};   ///< lines, each a command line with two blanks before it
+    std::string (*notes)() = nullptr; ///< more for its help
+    Effect effect = Effect::read;
+    bool asks = false; ///< shows what it will do and asks first
+    Duration duration = Duration::instant;
+    Risk risk = Risk::normal;
+    std::string_view route = {}; ///< of a server, such as "/users/{USER}/rename"; empty: none
+    std::vector<ParamInfo> (*params)() = &NoParams;
+    std::span<const Column> columns = {}; ///< of what it gives; none: nothing, one value, or a verdict
+    Result (*run)(Call& call, const ArgumentSource& source) = nullptr;
+};
+
+/// All commands, noun by noun, in the order in which help lists them.
+const std::vector<Command>& Commands();
+
+// ---- Binding --------------------------------------------------------------------------------------------------------
+
+namespace binding {
+
+inline constexpr Range kInt{std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
+inline constexpr Range kUnsigned{0, std::numeric_limits<std::uint32_t>::max()};
+
+/// @throws Error (invalid), always.
+[[noreturn]] void ThrowMissing(std::string_view name);
+/// @param widest  the range where the check has none. @throws Error (invalid) for what is no whole number of the range.
+std::int64_t ReadNumber(std::string_view name, const std::string& text, const Check& check, Range widest);
+/// @throws Error (invalid) for a word that the check does not know.
+void RequireKnownWord(std::string_view name, const std::string& text, const Check& check);
+
+bool IsPositional(std::string_view name);
+
+template <class Member>
+inline constexpr bool kIsNeeded = std::is_same_v<Member, std::string> || std::is_same_v<Member, int>;
+
+template <class In>
+ParamInfo InfoOf(const Param<In>& param)
+{
+    ParamInfo info{param.name, param.kind, param.help, param.check, param.excludes};
+    info.isPositional = IsPositional(param.name);
+    std::visit(
+        [&info]<class Member>(Member In::*) {
+            info.isList = std::is_same_v<Member, std::vector<std::string>>;
+            info.isRequired = kIsNeeded<Member> || (info.isList && info.isPositional);
+            info.isNegatable = std::is_same_v<Member, std::optional<bool>>;
+            info.isSet = std::is_same_v<Member, NamedTexts>;
+        },
+        param.target);
+    return info;
+}
+
+template <class In>
+void Read(const Param<In>& param, const ArgumentSource& source, In& in)
+{
+    const std::vector<std::string> given = source.ValuesOf(param.name);
+    std::visit(
+        [&]<class Member>(Member In::*member) {
+            if constexpr (std::is_same_v<Member, NamedTexts>) {
+                for (const NamedText& option : std::get<ListNamedTexts>(param.check)()) {
+                    if (const std::vector<std::string> text = source.ValuesOf(option.name); !text.empty()) {
+                        (in.*member)[std::string(option.name)] = text.front();
+                    }
+                }
+            } else if (given.empty()) {
+                if (kIsNeeded<Member>) {
+                    ThrowMissing(param.name);
+                }
+            } else if constexpr (std::is_same_v<Member, std::vector<std::string>>) {
+                in.*member = given;
+            } else if constexpr (std::is_same_v<Member, bool> || std::is_same_v<Member, std::optional<bool>>) {
+                in.*member = given.front() == "1";
+            } else if constexpr (std::is_same_v<Member, int> || std::is_same_v<Member, std::optional<int>>) {
+                in.*member = static_cast<int>(ReadNumber(param.name, given.front(), param.check, kInt));
+            } else if constexpr (std::is_same_v<Member, std::optional<std::uint32_t>>) {
+                in.*member = static_cast<std::uint32_t>(ReadNumber(param.name, given.front(), param.check, kUnsigned));
+            } else {
+                RequireKnownWord(param.name, given.front(), param.check);
+                in.*member = given.front();
+            }
+        },
+        param.target);
+}
+
+/// The input struct of a table of parameters, filled. @throws Error (invalid).
+template <auto& Params>
+auto ReadInput(const ArgumentSource& source)
+{
+    typename std::remove_cvref_t<decltype(Params[0])>::Input in;
+    for (const auto& param : Params) {
+        Read(param, source, in);
+    }
+    return in;
+}
+
+} // namespace binding
+
+/// For Command::params.
+template <auto& Params>
+std::vector<ParamInfo> InfosOf()
+{
+    std::vector<ParamInfo> infos;
+    for (const auto& param : Params) {
+        infos.push_back(binding::InfoOf(param));
+    }
+    return infos;
+}
+// ---- The ways in which a command is run, for Command::run -----------------------------------------------------------
+
+/// Runs a body `Result Body(Call&)` or `Result Body(Call&, const In&)` that only reads.
+template <auto Body>
+Result Read(Call& call, const ArgumentSource& /*source*/)
+{
+    return Body(call);
+}
+template <auto Body, auto& Params>
+Result Read(Call& call, const ArgumentSource& source)
+{
+    return Body(call, binding::ReadInput<Params>(source));
+}
+
+/// Runs a body `Result Body(Call&, const In&)` inside one Change.
+template <auto Body, auto& Params>
+Result Write(Call& call, const ArgumentSource& source)
+{
+    const auto in = binding::ReadInput<Params>(source);
+    Change change(call);
+    Result result = Body(call, in);
+    change.Finish();
+    return result;
+}
+
+/// Runs `Planned PlanOf(Call&, const In&)`, shows the plan and asks, works it out once more inside a Change, refuses
+/// when it differs from what was shown, and runs `Result Body(Call&, const In&, const Planned&)` inside the same
+/// Change. Planned is a Plan or derived from it, and comparable.
+template <auto PlanOf, auto Body, auto& Params>
+Result WritePlanned(Call& call, const ArgumentSource& source)
+{
+    const auto in = binding::ReadInput<Params>(source);
+    const auto shown = PlanOf(call, in);
+    call.Confirm(shown);
+    Change change(call);
+    const auto present = PlanOf(call, in);
+    if (!(shown == present)) {
+        ThrowChanged(shown.nothingDone);
+    }
+    Result result = Body(call, in, present);
+    change.Finish();
+    return result;
+}
+
+} // namespace management

@@ -1,0 +1,23 @@
+#include "management/Command.h"
+
+namespace management {
+
+// The tables of the nouns; nothing else of them is known here.
+namespace plans {
+std::span<const Command> PlanCommands();
+std::span<const Command> DocLogCommands();
+} // namespace plans
+
+const std::vector<Command>& Commands()
+{
+    static const std::vector<Command> commands = [] {
+        std::vector<Command> all;
+        for (const std::span<const Command> noun : {plans::PlanCommands(), plans::DocLogCommands()}) {
+            all.insert(all.end(), noun.begin(), noun.end());
+        }
+        return all;
+    }();
+    return commands;
+}
+
+} // namespace management

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "dbaccess/CAException.h"
+#include "management/Errors.h"
+#include "schema/DirectoryTransaction.h"
+
+#include <string>
+
+class CAConnect;
+
+namespace management {
+
+/// The engine refused something, or is gone.
+class DatabaseError : public Error {
+public:
+    /// @param engineLine  the engine's message and code.
+    /// @param lasting     see IsLasting.
+    /// @param lost        whether that was the end of the connection.
+    DatabaseError(const std::string& engineLine, bool lasting, bool lost = false);
+
+    [[nodiscard]] const std::string& EngineLine() const noexcept { return m_engineLine; }
+    /// Whether the next statement would meet the same trouble: no connection, no room, no permission, a damaged file.
+    [[nodiscard]] bool IsLasting() const noexcept { return m_lasting; }
+
+private:
+    std::string m_engineLine;
+    bool m_lasting;
+};
+
+DatabaseError ErrorFrom(const CAConnect& conn, const CAException& e);
+/// The error that an operation of the module has just left behind.
+DatabaseError ModuleError(const CAConnect& conn);
+
+/// Runs the body; what the database access library throws comes out as a DatabaseError.
+template <class Body>
+auto WithDatabaseErrors(const CAConnect& conn, Body body) -> decltype(body())
+{
+    try {
+        return body();
+    } catch (const CAException& e) {
+        throw ErrorFrom(conn, e);
+    }
+}
+
+/// A schema::DirectoryTransaction whose failures are DatabaseErrors: what a command reads to decide what it writes, it
+/// reads while it has one.
+class Transaction {
+public:
+    explicit Transaction(CAConnect& conn);
+
+    void Commit();
+    void Rollback() noexcept { m_transaction.Rollback(); }
+
+private:
+    CAConnect& m_conn;
+    schema::DirectoryTransaction m_transaction;
+};
+
+} // namespace management

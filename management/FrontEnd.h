@@ -1,0 +1,76 @@
+#pragma once
+
+#include "management/Value.h"
+#include "management/passwords/Passwords.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace management {
+
+/// What became of one thing that a command was about.
+struct Outcome {
+    std::string_view type;    ///< "user", "group", ...
+    int id = 0;               ///< 0 where it has none
+    std::string name;         ///< as sentences show it
+    std::string_view outcome; ///< one word for programs: "locked", "unchanged", ...
+    std::string sentence;     ///< for people, without a full stop and a line's end
+};
+
+/// What a command is going to do, for whoever has to agree. Two plans are equal when they do the same.
+struct Plan {
+    std::vector<std::string> lines; ///< what goes, each in one line
+    std::string question;           ///< such as "Delete amy (id 17)?"; empty: there is nothing to ask
+    std::size_t removed = 0;        ///< how many things go, with all that goes along
+    /// What is said of a no.
+    std::string_view nothingDone = "nothing was deleted";
+
+    bool operator==(const Plan&) const = default;
+};
+
+/// A secret to be asked for.
+struct SecretQuestion {
+    std::string_view name;   ///< of the parameter that may give it instead
+    std::string prompt;      ///< such as "New password of amy (id 17)"
+    bool isRepeated = false; ///< asked twice, and refused when the answers differ
+    std::string_view advice; ///< the options that there are instead, for who cannot be asked
+};
+
+/// Who has called a command: a terminal, a server, a test. Every function may @throw Error.
+class FrontEnd {
+public:
+    FrontEnd() = default;
+    FrontEnd(const FrontEnd&) = delete;
+    FrontEnd& operator=(const FrontEnd&) = delete;
+    virtual ~FrontEnd() = default;
+
+    /// Takes a row of the command's table: a value for each of its columns, in their order.
+    /// @return false when no more are wanted.
+    virtual bool TakeRow(const std::vector<Value>& row) = 0;
+    /// Takes what became of a thing, once that lasts.
+    virtual void TakeOutcome(const Outcome& outcome) = 0;
+    /// Shows a plan and asks its question, if it has one. @throws Error (confirmationRequired) unless somebody agrees.
+    virtual void Confirm(const Plan& plan) = 0;
+    /// Whether somebody is there who can be asked.
+    [[nodiscard]] virtual bool CanAsk() const = 0;
+    /// Says something that is needed to answer the next question.
+    virtual void Explain(const std::string& sentence) = 0;
+    /// Whether a secret parameter has a value, from wherever.
+    [[nodiscard]] virtual bool IsGiven(std::string_view secret) const = 0;
+    /// The value of a secret parameter; asked for where none was given. @throws Error (invalid, failed).
+    virtual Secret ObtainSecret(const SecretQuestion& question) = 0;
+    /// Hands over a secret that was made up, before it is stored: what nobody could read, nobody is to have.
+    /// @throws Error (failed) when it cannot be handed over.
+    virtual void ShowSecret(const Secret& secret) = 0;
+    /// The text of a file that a parameter names. @throws Error (failed) unless it is UTF-8 without NUL bytes.
+    virtual std::string ReadText(const std::string& name) = 0;
+    /// How far a long run is. @param total  how many there are, where that is known.
+    virtual void ShowProgress(long done, std::optional<long> total) = 0;
+    /// Whether the run is to end before its next row.
+    [[nodiscard]] virtual bool IsStopRequested() const noexcept = 0;
+};
+
+} // namespace management

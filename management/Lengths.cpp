@@ -1,0 +1,61 @@
+#include "management/Lengths.h"
+
+#include "management/DatabaseError.h"
+
+#include <fmt/format.h>
+
+namespace management {
+
+namespace {
+
+void RefuseIf(const std::string& sentence)
+{
+    if (!sentence.empty()) {
+        throw Error(ErrorCode::invalid, sentence);
+    }
+}
+
+} // namespace
+
+std::string TooLong(const schema::ColumnLengths& lengths, const TextFor& text)
+{
+    const auto excess = lengths.ExcessOf(text.column, text.text);
+    return excess ? fmt::format("{} has {} characters, this database takes {}", text.name, excess->length, excess->most)
+                  : "";
+}
+
+std::string TooLong(const schema::ColumnLengths& lengths, const FieldValues& values)
+{
+    for (const auto& [field, value] : values) {
+        if (field->IsText()) {
+            std::string sentence = TooLong(lengths, TextFor{field->name, field->column, value.value_or("")});
+            if (!sentence.empty()) {
+                return sentence;
+            }
+        }
+    }
+    return {};
+}
+
+schema::ColumnLengths LengthsOf(CAConnect& conn, const std::string& table)
+{
+    return WithDatabaseErrors(conn, [&] { return schema::ColumnLengths(conn, table); });
+}
+
+void RequireFits(CAConnect& conn, const std::string& table, std::initializer_list<TextFor> texts)
+{
+    const schema::ColumnLengths lengths = LengthsOf(conn, table);
+    for (const TextFor& text : texts) {
+        RefuseIf(TooLong(lengths, text));
+    }
+}
+
+void RequireUserFits(CAConnect& conn, const std::string& login, const FieldValues& values)
+{
+    const schema::ColumnLengths lengths = LengthsOf(conn, "qv_User");
+    FieldValues all = values;
+    all[FindField("login")] = login;
+    RefuseIf(TooLong(lengths, all));
+}
+
+} // namespace management

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "management/users/Fields.h"
+#include "schema/ColumnLengths.h"
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+class CAConnect;
+
+namespace management {
+
+/// A text on its way into a column.
+struct TextFor {
+    std::string_view name; ///< for sentences
+    std::string_view column;
+    std::string_view text;
+};
+
+/// "note has 412 characters, this database takes 255" for a text that is too long; empty for one that fits.
+std::string TooLong(const schema::ColumnLengths& lengths, const TextFor& text);
+/// The same for the first value of a user that is too long.
+std::string TooLong(const schema::ColumnLengths& lengths, const FieldValues& values);
+/// How long the texts of a table may be. @throws DatabaseError.
+schema::ColumnLengths LengthsOf(CAConnect& conn, const std::string& table);
+
+/// @throws Error (invalid) for the first text that is longer than its column, DatabaseError.
+void RequireFits(CAConnect& conn, const std::string& table, std::initializer_list<TextFor> texts);
+/// The same for values of a user, with its login name unless that stays. @param login  empty when it stays.
+void RequireUserFits(CAConnect& conn, const std::string& login, const FieldValues& values);
+
+} // namespace management

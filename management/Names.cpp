@@ -1,0 +1,51 @@
+#include "management/Names.h"
+
+#include "dbaccess/CARecordset.h"
+#include "management/Errors.h"
+#include "management/Escape.h"
+#include "management/Query.h"
+#include "management/Text.h"
+#include "platform/CodePage.h"
+
+#include <fmt/format.h>
+
+namespace management {
+
+std::string NameKey(std::string_view name) { return platform::FoldUtf8(name); }
+
+bool SameName(std::string_view a, std::string_view b) { return NameKey(a) == NameKey(b); }
+
+std::optional<RowName> FindConfused(CAConnect& conn, std::string_view table, std::string_view name,
+                                    std::string_view condition)
+{
+    return FindConfused(conn, table, "Col_ID", "Col_Name", name, condition);
+}
+
+std::optional<RowName> FindConfused(CAConnect& conn, std::string_view table, std::string_view idColumn,
+                                    std::string_view nameColumn, std::string_view name, std::string_view condition)
+{
+    std::optional<RowName> found;
+    EachRow(conn,
+            fmt::format("SELECT {}, {} FROM {} WHERE {} = '{}'{}{} ORDER BY {}", idColumn, nameColumn, table,
+                        nameColumn, EscapeLiteral(conn, name).View(), condition.empty() ? "" : " AND ", condition,
+                        idColumn),
+            [&](CARecordset& row) {
+                RowName other;
+                row.GetValue(1, other.id);
+                other.name = TextIn(row, 2);
+                if (!found && !SameName(other.name, name)) {
+                    found = other;
+                }
+            });
+    return found;
+}
+
+void ThrowConfused(std::string_view noun, std::string_view name, const RowName& other)
+{
+    throw Error(ErrorCode::conflict,
+                fmt::format("the {} {} is taken: this database takes it for equal to {} (id {}); choose another, or "
+                            "see what `qvadmin db status` says",
+                            noun, Quoted(name), Quoted(other.name), other.id));
+}
+
+} // namespace management

@@ -1,0 +1,61 @@
+#include "management/Query.h"
+
+#include "management/Escape.h"
+#include "schema/Schema.h"
+
+#include <fmt/format.h>
+
+namespace management {
+
+int Number(CAConnect& conn, const std::string& sql)
+{
+    int number = 0;
+    EachRow(conn, sql, [&number](CARecordset& row) { row.GetValue(1, number); });
+    return number;
+}
+
+int LastInsertedId(CAConnect& conn)
+{
+    return WithDatabaseErrors(conn, [&] { return schema::LastInsertedId(conn); });
+}
+
+void Assignments::Text(std::string_view column, const std::optional<std::string>& text)
+{
+    if (text) {
+        Add(column, fmt::format("'{}'", EscapeLiteral(m_conn, *text).View()));
+    }
+}
+
+void Assignments::Number(std::string_view column, const std::optional<int>& number)
+{
+    if (number) {
+        Add(column, std::to_string(*number));
+    }
+}
+
+void Assignments::Apply(CAConnect& conn, std::string_view table, int id) const
+{
+    if (!m_text.empty()) {
+        const std::string sql = fmt::format("UPDATE {} SET {} WHERE Col_ID = {}", table, m_text, id);
+        WithDatabaseErrors(conn, [&] { conn.Execute(sql.c_str()); });
+    }
+}
+
+void Assignments::Add(std::string_view column, std::string_view value)
+{
+    m_text += fmt::format("{}{} = {}", m_text.empty() ? "" : ", ", column, value);
+}
+
+void ThrowReason(const CAConnect& conn, std::string_view what)
+{
+    if (conn.GetFailure() != nullptr) {
+        throw ErrorFrom(conn, *conn.GetFailure());
+    }
+    throw DatabaseError(fmt::format("{}, without saying why", what), !conn.IsOpen());
+}
+
+std::string Text(const CString& text) { return std::string(text.View()); }
+
+std::string TextIn(CARecordset& row, long column) { return Text(row.GetValueToStr(column, true)); }
+
+} // namespace management

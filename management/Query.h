@@ -1,0 +1,83 @@
+#pragma once
+
+#include "basefun/QVBaseFun.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
+#include "management/DatabaseError.h"
+
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+// How the façades ask: the module's operations, and reads of their own.
+
+namespace management {
+
+/// Runs an operation of the module. The error text is emptied first, so that an old one is not taken for its own.
+/// @throws DatabaseError when it gives false.
+template <class Operation>
+void Run(const CAConnect& conn, Operation operation)
+{
+    CQVBaseFun::m_strLastError.Empty();
+    if (!operation()) {
+        throw ModuleError(conn);
+    }
+}
+
+/// Gives every row of a query to `row(recordset)`; when that gives false, it was the last.
+/// @param most  rows to read at most. @throws DatabaseError.
+template <class Row>
+void EachRow(CAConnect& conn, const std::string& sql, Row row, int most = std::numeric_limits<int>::max())
+{
+    WithDatabaseErrors(conn, [&] {
+        CARecordset rs;
+        if (!rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) {
+            throw CAException("the connection is not open");
+        }
+        for (int i = 0; i < most && rs.IsEOF() == 0; ++i, rs.MoveNext()) {
+            if constexpr (std::is_same_v<decltype(row(rs)), bool>) {
+                if (!row(rs)) {
+                    return;
+                }
+            } else {
+                row(rs);
+            }
+        }
+    });
+}
+
+/// The number that a query gives, 0 where it gives none. @throws DatabaseError.
+int Number(CAConnect& conn, const std::string& sql);
+
+/// The id of the row that was inserted last, see schema::LastInsertedId. @throws DatabaseError.
+int LastInsertedId(CAConnect& conn);
+
+/// The assignments of an UPDATE, for columns that are to be changed and no others.
+class Assignments {
+public:
+    explicit Assignments(const CAConnect& conn) : m_conn(conn) {}
+
+    /// Nothing leaves the column as it is. @throws Error for a text with a NUL byte.
+    void Text(std::string_view column, const std::optional<std::string>& text);
+    void Number(std::string_view column, const std::optional<int>& number);
+    /// Changes the row of an id, if there is anything to change. @throws DatabaseError.
+    void Apply(CAConnect& conn, std::string_view table, int id) const;
+
+private:
+    void Add(std::string_view column, std::string_view value);
+
+    const CAConnect& m_conn;
+    std::string m_text;
+};
+
+/// Says why a record was not saved, which it keeps to itself. @param what  such as "the new role". @throws
+/// DatabaseError.
+[[noreturn]] void ThrowReason(const CAConnect& conn, std::string_view what);
+
+std::string Text(const CString& text);
+/// A column of the current row; the empty text for a NULL.
+std::string TextIn(CARecordset& row, long column);
+
+} // namespace management

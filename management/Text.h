@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace management {
+
+/// The text on one line, with nothing in it that acts on a terminal: control characters, line breaks, bytes that are no
+/// UTF-8 and what turns the direction of writing come out as \n, \t, \xNN or \uNNNN.
+std::string Visible(std::string_view text);
+/// The visible form between single quotes, for sentences.
+std::string Quoted(std::string_view text);
+/// Columns that the text takes on a terminal. @param text  in its visible form.
+std::size_t DisplayWidth(std::string_view text);
+
+bool HasControlCharacter(std::string_view text);
+bool HasOuterBlanks(std::string_view text);
+/// "1 user", "3 users".
+std::string Counted(std::size_t count, std::string_view noun);
+
+} // namespace management

@@ -1,0 +1,828 @@
+#include "management/documents/Documents.h"
+
+#include "basefun/QVBaseFun.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
+#include "documents/DocFolderItem.h"
+#include "documents/DocFolderLinkItem.h"
+#include "documents/DocRootItem.h"
+#include "documents/DocRootLinkItem.h"
+#include "management/DatabaseError.h"
+#include "management/Escape.h"
+#include "management/Lengths.h"
+#include "management/Names.h"
+#include "management/Query.h"
+#include "management/Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <map>
+#include <unordered_set>
+#include <utility>
+
+namespace management {
+
+namespace {
+
+constexpr std::string_view kFolderPrefix = "id:";
+constexpr std::string_view kRootPrefix = "root:";
+/// Engines take a list of so many numbers in one statement.
+constexpr std::size_t kChunk = 500;
+
+std::optional<std::string> TimeIn(CARecordset& row, long column)
+{
+    CString text;
+    return row.GetValue(column, text, true) ? std::optional(std::string(text.View())) : std::nullopt;
+}
+
+/// A number of 64 bits; 0 for a NULL.
+std::int64_t WideIn(CARecordset& row, long column)
+{
+    __int64 number = 0;
+    row.GetValue(column, number);
+    return number;
+}
+
+std::string_view LinkTable(DocKind parent)
+{
+    return parent == DocKind::root ? "Tab_Doc_Root_Link" : "Tab_Doc_VFolder_Link";
+}
+
+/// The key that "id:17" or "root:4" stands for; nothing for any other text.
+std::optional<DocKey> KeyIn(std::string_view text)
+{
+    const bool isRoot = text.starts_with(kRootPrefix);
+    if (!isRoot && !text.starts_with(kFolderPrefix)) {
+        return std::nullopt;
+    }
+    const std::string_view digits = text.substr(isRoot ? kRootPrefix.size() : kFolderPrefix.size());
+    int id = 0;
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), id);
+    if (read.ec != std::errc() || read.ptr != digits.data() + digits.size()) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is no id; write {} and a number", Quoted(text),
+                                                    isRoot ? kRootPrefix : kFolderPrefix));
+    }
+    return DocKey{isRoot ? DocKind::root : DocKind::folder, id};
+}
+
+std::string KeyText(DocKey key)
+{
+    return fmt::format("{}{}", key.kind == DocKind::root ? kRootPrefix : kFolderPrefix, key.id);
+}
+
+/// A path taken apart: what it begins with, unless it begins with a root's name, and the names.
+struct PathParts {
+    std::optional<DocKey> head;
+    std::vector<std::string> names;
+};
+
+PathParts PartsOf(const std::string& path)
+{
+    const std::size_t begin = path.find('/');
+    if (begin == 0) {
+        return {std::nullopt, SplitPath(path)};
+    }
+    const std::optional<DocKey> head = KeyIn(std::string_view(path).substr(0, begin));
+    if (!head) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("{} is no path; write /ROOT/FOLDER, or id:17, or root:4", Quoted(path)));
+    }
+    return {head, begin == std::string::npos ? std::vector<std::string>() : SplitPath(path.substr(begin))};
+}
+
+void KeepOnce(std::vector<DocKey>& keys)
+{
+    std::ranges::sort(keys);
+    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+}
+
+std::vector<DocKey> FoldersOf(const std::vector<Placement>& placements)
+{
+    std::vector<DocKey> folders;
+    std::ranges::transform(placements, std::back_inserter(folders), &Placement::folder);
+    KeepOnce(folders);
+    return folders;
+}
+
+std::vector<int> IdsOf(const std::vector<DocKey>& keys, DocKind kind)
+{
+    std::vector<int> ids;
+    for (const DocKey key : keys) {
+        if (key.kind == kind) {
+            ids.push_back(key.id);
+        }
+    }
+    return ids;
+}
+
+} // namespace
+
+void CheckNewName(std::string_view noun, const std::string& name)
+{
+    CheckName(noun, name);
+    for (const std::string_view prefix : {kFolderPrefix, kRootPrefix}) {
+        if (name.starts_with(prefix)) {
+            throw Error(ErrorCode::invalid,
+                        fmt::format("the {} name {} begins with {}, as only ids do; choose another name", noun,
+                                    Quoted(name), prefix));
+        }
+    }
+}
+
+ParentAndName SplitLastFolder(const std::string& path)
+{
+    const PathParts parts = PartsOf(path);
+    if (parts.names.size() < (parts.head ? 1U : 2U)) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is no path of a folder; write /ROOT/FOLDER", Quoted(path)));
+    }
+    const std::string& name = parts.names.back();
+    return {path.substr(0, path.size() - PathEscaped(name).size() - 1), name};
+}
+
+// ---- The picture ----------------------------------------------------------------------------------------------------
+
+FolderTree::FolderTree(CAConnect& conn)
+{
+    LoadPlaces(conn);
+    for (const DocKind parent : {DocKind::root, DocKind::folder}) {
+        LoadLinks(conn, parent);
+        LoadOthers(conn, parent);
+    }
+    for (DocPlace& place : m_places) {
+        // The places are in the order in which they are to be shown.
+        for (std::vector<std::size_t>* ends : {&place.children, &place.parents}) {
+            std::ranges::sort(*ends);
+            ends->erase(std::unique(ends->begin(), ends->end()), ends->end());
+        }
+    }
+    FindPaths();
+}
+
+void FolderTree::LoadPlaces(CAConnect& conn)
+{
+    const auto read = [&](DocKind kind, const char* sql) {
+        EachRow(conn, sql, [&](CARecordset& row) {
+            DocPlace& place = m_places.emplace_back();
+            place.key.kind = kind;
+            row.GetValue(1, place.key.id);
+            place.name = TextIn(row, 2);
+        });
+    };
+    read(DocKind::root, "SELECT Col_ID, Col_Name FROM Tab_Doc_Root");
+    read(DocKind::folder, "SELECT Col_ID, Col_Name FROM Tab_Doc_VFolder");
+    std::vector<std::pair<std::string, DocPlace>> sorted;
+    sorted.reserve(m_places.size());
+    for (DocPlace& place : m_places) {
+        sorted.emplace_back(NameKey(place.name), std::move(place));
+    }
+    std::ranges::sort(sorted, [](const auto& a, const auto& b) {
+        return std::tie(a.second.key.kind, a.first, a.second.name, a.second.key.id) <
+               std::tie(b.second.key.kind, b.first, b.second.name, b.second.key.id);
+    });
+    std::map<std::string_view, int> roots;
+    for (std::size_t i = 0; i < sorted.size(); ++i) {
+        m_places[i] = std::move(sorted[i].second);
+        const bool isRoot = m_places[i].key.kind == DocKind::root;
+        (isRoot ? m_roots : m_folders)[m_places[i].key.id] = i;
+        roots[m_places[i].name] += isRoot ? 1 : 0;
+    }
+    for (DocPlace& place : m_places) {
+        place.sharesName = place.key.kind == DocKind::root && roots.at(place.name) > 1;
+    }
+}
+
+void FolderTree::LoadLinks(CAConnect& conn, DocKind parent)
+{
+    EachRow(conn,
+            fmt::format("SELECT Col_P_ObjID, Col_S_ObjID FROM {} WHERE Col_S_ClassID = {}", LinkTable(parent),
+                        kFolderClass),
+            [&](CARecordset& row) {
+                Link link{{parent, 0}, {DocKind::folder, 0}};
+                row.GetValue(1, link.parent.id);
+                row.GetValue(2, link.folder.id);
+                m_links.push_back(link);
+                const std::optional<std::size_t> above = IndexOf(link.parent);
+                const std::optional<std::size_t> below = IndexOf(link.folder);
+                if (above && below) {
+                    m_places[*above].children.push_back(*below);
+                    m_places[*below].parents.push_back(*above);
+                }
+            });
+}
+
+void FolderTree::LoadOthers(CAConnect& conn, DocKind parent)
+{
+    EachRow(conn,
+            fmt::format("SELECT Col_P_ObjID, COUNT(*) FROM {} WHERE Col_S_ClassID <> {} OR Col_S_ClassID IS NULL "
+                        "GROUP BY Col_P_ObjID",
+                        LinkTable(parent), kFolderClass),
+            [&](CARecordset& row) {
+                DocKey key{parent, 0};
+                row.GetValue(1, key.id);
+                if (const std::optional<std::size_t> place = IndexOf(key)) {
+                    row.GetValue(2, m_places[*place].others);
+                }
+            });
+}
+
+void FolderTree::FindPaths()
+{
+    const auto placesWhere = [this](auto isWanted) {
+        std::vector<std::size_t> found;
+        for (std::size_t i = 0; i < m_places.size(); ++i) {
+            if (isWanted(m_places[i])) {
+                found.push_back(i);
+            }
+        }
+        return found;
+    };
+    SpreadFrom(placesWhere([](const DocPlace& place) { return place.key.kind == DocKind::root; }), true);
+    SpreadFrom(placesWhere([](const DocPlace& place) { return !place.hangsInRoot && place.parents.empty(); }), false);
+    // What is left hangs on cycles alone; each path begins somewhere on one.
+    for (std::size_t i = 0; i < m_places.size(); ++i) {
+        const DocPlace& place = m_places[i];
+        if (!place.hangsInRoot && !place.via && !place.parents.empty()) {
+            SpreadFrom({i}, false);
+        }
+    }
+}
+
+void FolderTree::SpreadFrom(std::vector<std::size_t> from, bool inRoot)
+{
+    const std::unordered_set<std::size_t> begins(from.begin(), from.end());
+    for (const std::size_t begin : from) {
+        m_places[begin].hangsInRoot = inRoot;
+    }
+    // The list grows while it is walked: the nearest places come first, so that paths are short.
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        const std::size_t parent = from[i];
+        for (const std::size_t child : m_places[parent].children) {
+            DocPlace& place = m_places[child];
+            if (!place.hangsInRoot && !place.via && !begins.contains(child)) {
+                place.via = parent;
+                place.hangsInRoot = inRoot;
+                from.push_back(child);
+            }
+        }
+    }
+}
+
+// ---- Look-ups -------------------------------------------------------------------------------------------------------
+
+std::optional<std::size_t> FolderTree::IndexOf(DocKey key) const
+{
+    const auto& places = key.kind == DocKind::root ? m_roots : m_folders;
+    const auto found = places.find(key.id);
+    return found == places.end() ? std::nullopt : std::optional(found->second);
+}
+
+const DocPlace* FolderTree::Find(DocKey key) const
+{
+    const std::optional<std::size_t> place = IndexOf(key);
+    return place ? &m_places[*place] : nullptr;
+}
+
+std::size_t FolderTree::NumberOf(DocKey key) const
+{
+    return (key.kind == DocKind::root ? m_roots : m_folders).at(key.id);
+}
+
+std::vector<DocKey> FolderTree::Keys(const std::vector<std::size_t>& places) const
+{
+    std::vector<DocKey> keys;
+    std::ranges::transform(places, std::back_inserter(keys), [this](std::size_t place) { return m_places[place].key; });
+    return keys;
+}
+
+std::vector<DocKey> FolderTree::NamedAmong(std::vector<std::size_t> places, std::string_view name) const
+{
+    KeepNamed(places, name, [this](std::size_t place) -> const std::string& { return m_places[place].name; });
+    return Keys(places);
+}
+
+std::vector<DocKey> FolderTree::RootsNamed(std::string_view name) const
+{
+    std::vector<std::size_t> roots;
+    for (std::size_t place = 0; place < m_places.size() && m_places[place].key.kind == DocKind::root; ++place) {
+        roots.push_back(place);
+    }
+    return NamedAmong(std::move(roots), name);
+}
+
+std::vector<DocKey> FolderTree::ChildrenNamed(DocKey parent, std::string_view name) const
+{
+    const DocPlace* place = Find(parent);
+    return place == nullptr ? std::vector<DocKey>() : NamedAmong(place->children, name);
+}
+
+std::vector<DocKey> FolderTree::FindAll(const std::string& argument) const
+{
+    PathParts parts = PartsOf(argument);
+    std::vector<DocKey> found;
+    if (!parts.head) {
+        found = RootsNamed(parts.names.front());
+        parts.names.erase(parts.names.begin());
+    } else if (Find(*parts.head) != nullptr) {
+        found.push_back(*parts.head);
+    }
+    for (const std::string& name : parts.names) {
+        std::vector<DocKey> below;
+        for (const DocKey parent : found) {
+            std::ranges::copy(ChildrenNamed(parent, name), std::back_inserter(below));
+        }
+        KeepOnce(below);
+        found = std::move(below);
+    }
+    return found;
+}
+
+std::string FolderTree::Listed(const std::vector<DocKey>& keys) const
+{
+    std::string list;
+    for (const DocKey key : keys) {
+        list += (list.empty() ? "" : ", ") + Named(key);
+    }
+    return list;
+}
+
+DocKey FolderTree::OnlyOne(const std::string& argument, const std::vector<DocKey>& found, std::string_view noun) const
+{
+    if (found.empty()) {
+        throw Error(ErrorCode::notFound,
+                    fmt::format("there is no {} {}; `qvadmin folder tree` shows all", noun, Quoted(argument)));
+    }
+    if (found.size() > 1) {
+        throw Error(ErrorCode::conflict, fmt::format("{} may be any of {}; write {} for the first of them",
+                                                     Quoted(argument), Listed(found), KeyText(found.front())));
+    }
+    return found.front();
+}
+
+DocKey FolderTree::RequireFolder(DocKey key) const
+{
+    if (key.kind != DocKind::folder) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is a document root, not a folder", Named(key)));
+    }
+    return key;
+}
+
+DocKey FolderTree::FindPlace(const std::string& argument) const
+{
+    return OnlyOne(argument, FindAll(argument), "document root or folder");
+}
+
+DocKey FolderTree::FindFolder(const std::string& argument) const
+{
+    return RequireFolder(OnlyOne(argument, FindAll(argument), "folder"));
+}
+
+DocKey FolderTree::FindRoot(const std::string& name) const { return OnlyOne(name, RootsNamed(name), "document root"); }
+
+std::vector<Placement> FolderTree::PlacementsAt(const std::string& argument) const
+{
+    std::vector<Placement> found;
+    if (PartsOf(argument).names.empty()) {
+        for (const DocKey folder : FindAll(argument)) {
+            for (const DocKey parent : Keys(Find(RequireFolder(folder))->parents)) {
+                found.push_back({parent, folder});
+            }
+        }
+        return found;
+    }
+    const ParentAndName parts = SplitLastFolder(argument);
+    for (const DocKey parent : FindAll(parts.parent)) {
+        for (const DocKey folder : ChildrenNamed(parent, parts.name)) {
+            found.push_back({parent, folder});
+        }
+    }
+    return found;
+}
+
+Placement FolderTree::FindPlacement(const std::string& argument, const std::optional<std::string>& from) const
+{
+    std::vector<Placement> found = PlacementsAt(argument);
+    const DocKey folder =
+        RequireFolder(OnlyOne(argument, found.empty() ? FindAll(argument) : FoldersOf(found), "folder"));
+    if (from) {
+        const DocKey parent = FindPlace(*from);
+        const std::vector<DocKey> parents = Keys(Find(folder)->parents);
+        if (std::ranges::find(parents, parent) == parents.end()) {
+            throw Error(ErrorCode::notFound, fmt::format("{} is not directly under {}", Named(folder), Named(parent)));
+        }
+        return {parent, folder};
+    }
+    if (found.empty()) {
+        throw Error(ErrorCode::conflict, fmt::format("{} hangs nowhere", Named(folder)));
+    }
+    if (found.size() > 1) {
+        std::vector<DocKey> parents;
+        std::ranges::transform(found, std::back_inserter(parents), &Placement::parent);
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} is in several places; say with --from which of {} it is to leave", Named(folder),
+                                Listed(parents)));
+    }
+    return found.front();
+}
+
+std::string FolderTree::PathOf(DocKey key) const
+{
+    std::vector<std::string_view> names;
+    const DocPlace* place = Find(key);
+    for (; place != nullptr && place->via; place = &m_places[*place->via]) {
+        names.push_back(place->name);
+    }
+    const bool hasName = place != nullptr && place->key.kind == DocKind::root && !place->sharesName;
+    std::string path = hasName ? "/" + PathEscaped(place->name) : KeyText(place == nullptr ? key : place->key);
+    std::ranges::reverse(names);
+    for (const std::string_view name : names) {
+        path += fmt::format("/{}", PathEscaped(name));
+    }
+    return path;
+}
+
+std::string FolderTree::Named(DocKey key) const
+{
+    const DocPlace* place = Find(key);
+    const std::string path = PathOf(key);
+    // A path that is an id says nothing of the name.
+    const std::string text = place != nullptr && path == KeyText(key) ? place->name : path;
+    return fmt::format("{} ({} {})", Visible(text), key.kind == DocKind::root ? "root" : "id", key.id);
+}
+
+std::vector<std::size_t> FolderTree::Reached(std::size_t from) const
+{
+    std::vector<std::size_t> reached = {from};
+    std::unordered_set<std::size_t> seen = {from};
+    // The list grows while it is walked.
+    for (std::size_t next = 0; next < reached.size(); ++next) {
+        for (const std::size_t child : m_places[reached[next]].children) {
+            if (seen.insert(child).second) {
+                reached.push_back(child);
+            }
+        }
+    }
+    return reached;
+}
+
+std::vector<DocKey> FolderTree::GoneWith(DocKey key) const
+{
+    const std::size_t top = NumberOf(key);
+    const std::vector<std::size_t> reached = Reached(top);
+    const std::unordered_set<std::size_t> reach(reached.begin(), reached.end());
+    std::unordered_set<std::size_t> going = reach;
+    std::vector<std::size_t> staying;
+    const auto keep = [&](std::size_t place) {
+        if (place != top && going.erase(place) > 0) {
+            staying.push_back(place);
+        }
+    };
+    for (const std::size_t place : reached) {
+        const auto isElsewhere = [&reach](std::size_t parent) { return !reach.contains(parent); };
+        if (std::ranges::any_of(m_places[place].parents, isElsewhere)) {
+            keep(place);
+        }
+    }
+    // What hangs below a folder that stays, stays too; the list grows while it is walked.
+    for (std::size_t next = 0; next < staying.size();) {
+        std::ranges::for_each(m_places[staying[next++]].children, keep);
+    }
+    std::vector<DocKey> gone = Keys({going.begin(), going.end()});
+    std::ranges::sort(gone);
+    return gone;
+}
+
+std::size_t FolderTree::CountLinks(const std::vector<DocKey>& keys) const
+{
+    const auto isAmong = [&keys](DocKey key) { return std::ranges::binary_search(keys, key); };
+    auto count = static_cast<std::size_t>(
+        std::ranges::count_if(m_links, [&](const Link& link) { return isAmong(link.parent) || isAmong(link.folder); }));
+    for (const DocKey key : keys) {
+        count += static_cast<std::size_t>(Find(key)->others);
+    }
+    return count;
+}
+
+bool FolderTree::HangsWithout(const Placement& placement) const
+{
+    const std::size_t left = NumberOf(placement.parent);
+    const std::size_t folder = NumberOf(placement.folder);
+    std::vector<std::size_t> reached;
+    std::unordered_set<std::size_t> seen;
+    for (std::size_t i = 0; i < m_places.size() && m_places[i].key.kind == DocKind::root; ++i) {
+        reached.push_back(i);
+    }
+    for (std::size_t next = 0; next < reached.size() && !seen.contains(folder); ++next) {
+        for (const std::size_t child : m_places[reached[next]].children) {
+            const bool isLeft = reached[next] == left && child == folder;
+            if (!isLeft && seen.insert(child).second) {
+                reached.push_back(child);
+            }
+        }
+    }
+    return seen.contains(folder);
+}
+
+std::vector<DocKey> FolderTree::CycleClosedBy(const Placement& placement) const
+{
+    const std::size_t top = NumberOf(placement.folder);
+    const std::size_t bottom = NumberOf(placement.parent);
+    std::unordered_map<std::size_t, std::size_t> cameFrom = {{top, top}};
+    std::vector<std::size_t> reached = {top};
+    for (std::size_t i = 0; i < reached.size() && !cameFrom.contains(bottom); ++i) {
+        const std::size_t place = reached[i];
+        for (const std::size_t child : m_places[place].children) {
+            if (cameFrom.emplace(child, place).second) {
+                reached.push_back(child);
+            }
+        }
+    }
+    if (!cameFrom.contains(bottom)) {
+        return {};
+    }
+    std::vector<std::size_t> cycle = {top};
+    for (std::size_t place = bottom; place != top; place = cameFrom.at(place)) {
+        cycle.push_back(place);
+    }
+    cycle.push_back(top);
+    std::ranges::reverse(cycle);
+    return Keys(cycle);
+}
+
+std::string FolderTree::CycleText(const std::vector<DocKey>& cycle) const
+{
+    std::string text;
+    for (const DocKey key : cycle) {
+        text += (text.empty() ? "" : " -> ") + Visible(PathOf(key));
+    }
+    return text;
+}
+
+// ---- Documents ------------------------------------------------------------------------------------------------------
+
+CString Documents::EscapeLiteral(std::string_view text) const { return management::EscapeLiteral(m_conn, text); }
+
+void Documents::Execute(const std::string& sql)
+{
+    WithDatabaseErrors(m_conn, [&] { m_conn.Execute(sql.c_str()); });
+}
+
+/// Runs a write of a record that drops the reason of a failure.
+template <class Write>
+void Documents::Save(std::string_view what, Write write)
+{
+    if (!write()) {
+        ThrowReason(m_conn, fmt::format("the {}", what));
+    }
+}
+
+// ---- Roots ----------------------------------------------------------------------------------------------------------
+
+std::vector<RootData> Documents::ReadRoots(const std::string& condition)
+{
+    std::vector<RootData> roots;
+    EachRow(m_conn,
+            "SELECT Col_ID, Col_Name, Col_Desc, Col_DataPath, Col_Dt_Create, Col_MaxSize, Col_UsedSize, Col_DispName, "
+            "Col_HaveSubItem, Col_Type, Col_Style, Col_OwnerID FROM Tab_Doc_Root" +
+                condition,
+            [&roots](CARecordset& row) {
+                RootData& root = roots.emplace_back();
+                long column = 0;
+                row.GetValue(++column, root.id);
+                root.name = TextIn(row, ++column);
+                root.description = TextIn(row, ++column);
+                root.path = TextIn(row, ++column);
+                root.created = TimeIn(row, ++column);
+                root.maxSize = WideIn(row, ++column);
+                root.usedSize = WideIn(row, ++column);
+                root.displayName = TextIn(row, ++column);
+                row.GetValue(++column, root.hasSubItems);
+                row.GetValue(++column, root.type);
+                row.GetValue(++column, root.style);
+                row.GetValue(++column, root.ownerId);
+            });
+    return roots;
+}
+
+std::vector<RootData> Documents::Roots(std::optional<int> type)
+{
+    std::vector<RootData> roots = ReadRoots(type ? fmt::format(" WHERE Col_Type = {}", *type) : "");
+    std::ranges::sort(roots, [](const RootData& a, const RootData& b) {
+        return std::tuple(NameKey(a.name), a.name, a.type, a.id) < std::tuple(NameKey(b.name), b.name, b.type, b.id);
+    });
+    return roots;
+}
+
+std::optional<RootData> Documents::LoadRoot(int id)
+{
+    const std::vector<RootData> roots = ReadRoots(fmt::format(" WHERE Col_ID = {}", id));
+    return roots.empty() ? std::nullopt : std::optional(roots.front());
+}
+
+bool Documents::HasCompanyRoot()
+{
+    bool exists = false;
+    // Against its name, it says true when there is one.
+    Run(m_conn, [&] { return CQVBaseFun::HasNoDefCorpDocRoot(m_conn, exists); });
+    return exists;
+}
+
+int Documents::CountRootLinks(int id)
+{
+    return Number(m_conn, fmt::format("SELECT COUNT(*) FROM Tab_Doc_Root_Link WHERE Col_P_ObjID = {}", id));
+}
+
+int Documents::CreateRoot(const RootData& root)
+{
+    RequireFits(m_conn, "Tab_Doc_Root",
+                {{"the name", "Col_Name", root.name},
+                 {"the description", "Col_Desc", root.description},
+                 {"the path", "Col_DataPath", root.path},
+                 {"the display name", "Col_DispName", root.displayName}});
+    CDocRootItem item;
+    item.m_strName = EscapeLiteral(root.name);
+    item.m_strDesc = EscapeLiteral(root.description);
+    item.m_strDataPath = EscapeQuotes(m_conn, root.path);
+    item.m_nMaxSize = static_cast<int>(root.maxSize);
+    item.m_strDispName = EscapeLiteral(root.displayName);
+    item.m_nType = root.type;
+    item.m_ulStyle = root.style;
+    item.m_nOwnerID = root.ownerId;
+    Save("new document root", [&] { return item.SaveData(m_conn); });
+    return LastInsertedId(m_conn);
+}
+
+// The module's own change writes all columns: it would cut numbers of 64 bits and undo what the document server writes.
+void Documents::ChangeRoot(int id, const RootChanges& changes)
+{
+    // As the module writes numbers of 32 bits.
+    const auto cut = [](const auto& number) {
+        return number ? std::optional(static_cast<int>(*number)) : std::nullopt;
+    };
+    RequireFits(m_conn, "Tab_Doc_Root",
+                {{"the name", "Col_Name", changes.name.value_or("")},
+                 {"the description", "Col_Desc", changes.description.value_or("")},
+                 {"the path", "Col_DataPath", changes.path.value_or("")},
+                 {"the display name", "Col_DispName", changes.displayName.value_or("")}});
+    Assignments assignments(m_conn);
+    assignments.Text("Col_Name", changes.name);
+    assignments.Text("Col_Desc", changes.description);
+    assignments.Text("Col_DataPath", changes.path);
+    assignments.Text("Col_DispName", changes.displayName);
+    assignments.Number("Col_MaxSize", cut(changes.maxSize));
+    assignments.Number("Col_Type", changes.type);
+    assignments.Number("Col_Style", cut(changes.style));
+    assignments.Number("Col_OwnerID", changes.ownerId);
+    assignments.Apply(m_conn, "Tab_Doc_Root", id);
+}
+
+// ---- Folders --------------------------------------------------------------------------------------------------------
+
+std::optional<FolderData> Documents::LoadFolder(int id)
+{
+    std::optional<FolderData> folder;
+    EachRow(m_conn,
+            fmt::format("SELECT Col_Name, Col_Style, Col_Creator_ID, Col_Creator_Name, Col_Dt_Create, Col_HaveSubItem "
+                        "FROM Tab_Doc_VFolder WHERE Col_ID = {}",
+                        id),
+            [&folder](CARecordset& row) {
+                FolderData& data = folder.emplace();
+                data.name = TextIn(row, 1);
+                row.GetValue(2, data.style);
+                row.GetValue(3, data.creatorId);
+                data.creator = TextIn(row, 4);
+                data.created = TimeIn(row, 5);
+                row.GetValue(6, data.hasSubItems);
+            });
+    return folder;
+}
+
+std::optional<RowName> Documents::FindConfusedFolder(DocKey parent, std::string_view name, std::optional<DocKey> except)
+{
+    return FindConfused(m_conn, "Tab_Doc_VFolder", name,
+                        fmt::format("Col_ID <> {} AND Col_ID IN (SELECT Col_S_ObjID FROM {} WHERE Col_P_ObjID = {} AND "
+                                    "Col_S_ClassID = {})",
+                                    except ? except->id : 0, LinkTable(parent.kind), parent.id, kFolderClass));
+}
+
+int Documents::RemoveLinksTo(int folderId)
+{
+    int removed = 0;
+    for (const DocKind parent : {DocKind::root, DocKind::folder}) {
+        const std::string links = fmt::format("FROM {} WHERE Col_S_ClassID = {} AND Col_S_ObjID = {}",
+                                              LinkTable(parent), kFolderClass, folderId);
+        const int count = Number(m_conn, "SELECT COUNT(*) " + links);
+        if (count > 0) {
+            Execute("DELETE " + links);
+        }
+        removed += count;
+    }
+    return removed;
+}
+
+NewFolder Documents::CreateFolder(DocKey parent, const FolderData& folder)
+{
+    RequireFits(m_conn, "Tab_Doc_VFolder",
+                {{"the name", "Col_Name", folder.name}, {"the creator", "Col_Creator_Name", folder.creator}});
+    CDocFolderItem item;
+    item.m_strName = EscapeLiteral(folder.name);
+    item.m_nStyle = static_cast<int>(folder.style);
+    item.m_nCreatorID = folder.creatorId;
+    item.m_strCreatorName = EscapeLiteral(folder.creator);
+    Save("new folder", [&] { return item.SaveData(m_conn); });
+    const int id = LastInsertedId(m_conn);
+    if (Number(m_conn, fmt::format("SELECT COUNT(*) FROM Tab_Doc_VFolder WHERE Col_ID = {} AND Col_Name = '{}'", id,
+                                   item.m_strName.View())) == 0) {
+        throw Error(ErrorCode::database,
+                    fmt::format("the database did not keep the name {} of the new folder as it is; "
+                                "nothing was changed",
+                                Quoted(folder.name)));
+    }
+    // Links tell nothing of an id: those of deleted folders stay, and an engine may give their ids once more.
+    const NewFolder made{id, RemoveLinksTo(id)};
+    AddLink({parent, {DocKind::folder, made.id}}, folder);
+    return made;
+}
+
+void Documents::AddLink(const Placement& placement, const FolderData& folder)
+{
+    const auto add = [&](auto link) {
+        link.m_strDispName = EscapeLiteral(folder.name);
+        link.m_nStyle = static_cast<int>(folder.style);
+        link.m_nHaveSubItem = folder.hasSubItems ? 1 : 0;
+        link.m_nPObjID = placement.parent.id;
+        link.m_nSClassID = kFolderClass;
+        link.m_nSObjID = placement.folder.id;
+        link.m_nCreatorID = folder.creatorId;
+        link.m_strCreatorName = EscapeLiteral(folder.creator);
+        Save("new link", [&] { return link.SaveData(m_conn); });
+    };
+    if (placement.parent.kind == DocKind::root) {
+        add(CDocRootLinkItem());
+    } else {
+        add(CDocFolderLinkItem());
+    }
+}
+
+void Documents::RemoveLink(const Placement& placement)
+{
+    const auto remove =
+        placement.parent.kind == DocKind::root ? &CQVBaseFun::DeleteDocRootLink : &CQVBaseFun::DeleteDocVFolderLink;
+    Run(m_conn, [&] { return remove(m_conn, placement.parent.id, kFolderClass, placement.folder.id); });
+}
+
+void Documents::UpdateLinks(int folderId, const std::string& assignment, const std::string& condition)
+{
+    for (const DocKind parent : {DocKind::root, DocKind::folder}) {
+        Execute(fmt::format("UPDATE {} SET {} WHERE Col_S_ClassID = {} AND Col_S_ObjID = {} AND {}", LinkTable(parent),
+                            assignment, kFolderClass, folderId, condition));
+    }
+}
+
+void Documents::RenameFolder(int id, std::string_view oldName, std::string_view newName)
+{
+    RequireFits(m_conn, "Tab_Doc_VFolder", {{"the name", "Col_Name", newName}});
+    Run(m_conn, [&] { return CQVBaseFun::UpdateFolderName(m_conn, id, EscapeLiteral(newName)); });
+    UpdateLinks(id, fmt::format("Col_DispName = '{}'", EscapeLiteral(newName).View()),
+                fmt::format("Col_DispName = '{}'", EscapeLiteral(oldName).View()));
+}
+
+void Documents::SetFolderStyle(int id, unsigned long oldStyle, unsigned long newStyle)
+{
+    Run(m_conn, [&] { return CQVBaseFun::UpdateFolderStyle(m_conn, id, newStyle); });
+    // As the module writes numbers of 32 bits.
+    UpdateLinks(id, fmt::format("Col_Style = {}", static_cast<int>(newStyle)),
+                fmt::format("Col_Style = {}", static_cast<int>(oldStyle)));
+}
+
+void Documents::DeleteLinks(DocKind kind, const std::vector<int>& ids)
+{
+    for (std::size_t begin = 0; begin < ids.size(); begin += kChunk) {
+        const std::span<const int> chunk = std::span(ids).subspan(begin, std::min(kChunk, ids.size() - begin));
+        const std::string list = fmt::format("{}", fmt::join(chunk, ","));
+        Execute(fmt::format("DELETE FROM {} WHERE Col_P_ObjID IN ({})", LinkTable(kind), list));
+        for (const DocKind parent : {DocKind::root, DocKind::folder}) {
+            if (kind == DocKind::folder) {
+                Execute(fmt::format("DELETE FROM {} WHERE Col_S_ClassID = {} AND Col_S_ObjID IN ({})",
+                                    LinkTable(parent), kFolderClass, list));
+            }
+        }
+    }
+}
+
+void Documents::Delete(const std::vector<DocKey>& keys)
+{
+    for (const DocKind kind : {DocKind::root, DocKind::folder}) {
+        const auto remove = kind == DocKind::root ? static_cast<bool (*)(CAConnect&, int)>(&CQVBaseFun::DeleteDocRoot)
+                                                  : &CQVBaseFun::DeleteDocVFolder;
+        const std::vector<int> ids = IdsOf(keys, kind);
+        DeleteLinks(kind, ids);
+        for (const int id : ids) {
+            Run(m_conn, [&] { return remove(m_conn, id); });
+        }
+    }
+}
+
+} // namespace management

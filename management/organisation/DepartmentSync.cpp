@@ -1,0 +1,346 @@
+#include "management/organisation/DepartmentSync.h"
+
+#include "basefun/ItemTypes.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
+#include "management/DatabaseError.h"
+#include "management/Escape.h"
+#include "management/Names.h"
+#include "management/Query.h"
+#include "management/Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <span>
+#include <tuple>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace management {
+
+namespace {
+
+/// How many ids one statement lists: engines limit its length.
+constexpr std::size_t kIdsPerStatement = 500;
+
+/// A department as a user's row has it.
+struct Department {
+    int id = 0;
+    std::string text;
+
+    bool operator<(const Department& other) const { return std::tie(id, text) < std::tie(other.id, other.text); }
+};
+
+/// What a department is to become; nothing where it stays.
+using NextDepartment = std::function<std::optional<Department>(const Department&)>;
+
+/// The groups that a path leads through, from the first below a view to the last.
+using Way = std::vector<ItemKey>;
+
+/// The groups as department texts name them.
+class DepartmentTree {
+public:
+    explicit DepartmentTree(const Organisation& organisation) : m_organisation(organisation)
+    {
+        for (const Place& place : organisation.Places()) {
+            if (IsTop(place)) {
+                m_tops[place.nameKey].push_back(place.key);
+            }
+        }
+    }
+
+    [[nodiscard]] bool Has(ItemKey group) const { return m_organisation.Find(group) != nullptr; }
+
+    /// The ways that a text describes, one to each group that it may mean.
+    [[nodiscard]] const std::vector<Way>& Find(const std::string& text)
+    {
+        const auto [entry, isNew] = m_found.try_emplace(text);
+        if (isNew) {
+            entry->second = Walk(NamesIn(text));
+        }
+        return entry->second;
+    }
+
+    /// A text that names a group.
+    [[nodiscard]] std::string TextOf(ItemKey group) const
+    {
+        std::string text;
+        for (const Place* place = m_organisation.Find(group); place != nullptr && IsGroup(*place);
+             place = place->via ? &m_organisation.Places()[*place->via] : nullptr) {
+            text.insert(0, PathEscaped(place->name) + (text.empty() ? "" : "/"));
+        }
+        return text;
+    }
+
+    /// A text that names the last group of a way, by so much of the way as there is. @param way  may lead through
+    /// links that are gone.
+    [[nodiscard]] std::string TextAlong(const Way& way) const
+    {
+        std::size_t begin = way.size() - 1;
+        while (begin > 0 && IsLinked(way[begin - 1], way[begin])) {
+            --begin;
+        }
+        const bool isWhole = begin == 0 && IsTop(*m_organisation.Find(way.front()));
+        std::string text = isWhole ? PathEscaped(m_organisation.Find(way.front())->name) : TextOf(way[begin]);
+        for (const ItemKey group : std::span(way).subspan(begin + 1)) {
+            text += fmt::format("/{}", PathEscaped(m_organisation.Find(group)->name));
+        }
+        return text;
+    }
+
+private:
+    static bool IsGroup(const Place& place) { return place.key.type == kItemTypeGroup; }
+
+    [[nodiscard]] bool IsTop(const Place& place) const
+    {
+        const auto isView = [this](std::size_t parent) { return !IsGroup(m_organisation.Places()[parent]); };
+        return IsGroup(place) && (!place.via || std::ranges::any_of(place.parents, isView));
+    }
+
+    [[nodiscard]] bool IsLinked(ItemKey parent, ItemKey child) const
+    {
+        const Place* below = m_organisation.Find(child);
+        const auto isParent = [&](std::size_t above) { return m_organisation.Places()[above].key == parent; };
+        return below != nullptr && std::ranges::any_of(below->parents, isParent);
+    }
+
+    /// None for a text that is no path.
+    static std::vector<std::string> NamesIn(const std::string& text)
+    {
+        try {
+            return text.empty() ? std::vector<std::string>() : SplitPath("/" + text);
+        } catch (const Error&) {
+            return {};
+        }
+    }
+
+    [[nodiscard]] std::vector<Way> Walk(const std::vector<std::string>& names) const
+    {
+        std::vector<Way> ways;
+        for (const std::string& name : names) {
+            ways = ways.empty() ? FirstSteps(name) : LongerBy(ways, name);
+            if (ways.empty()) {
+                break;
+            }
+        }
+        return ways;
+    }
+
+    [[nodiscard]] std::vector<Way> FirstSteps(const std::string& name) const
+    {
+        std::vector<Way> ways;
+        const auto tops = m_tops.find(NameKey(name));
+        if (tops != m_tops.end()) {
+            std::ranges::transform(tops->second, std::back_inserter(ways), [](ItemKey top) { return Way{top}; });
+        }
+        return ways;
+    }
+
+    /// One way to each group is enough: many would lead to those of the same name.
+    [[nodiscard]] std::vector<Way> LongerBy(const std::vector<Way>& ways, const std::string& name) const
+    {
+        std::vector<Way> longer;
+        for (const Way& way : ways) {
+            for (const ItemKey child : m_organisation.ChildrenNamed(way.back(), name)) {
+                const auto endsThere = [child](const Way& other) { return other.back() == child; };
+                if (std::ranges::none_of(longer, endsThere)) {
+                    longer.push_back(way);
+                    longer.back().push_back(child);
+                }
+            }
+        }
+        return longer;
+    }
+
+    const Organisation& m_organisation;
+    std::unordered_map<std::string, std::vector<ItemKey>> m_tops; // by their names in capitals
+    std::unordered_map<std::string, std::vector<Way>> m_found;    // by text
+};
+
+const Way* WayTo(const std::vector<Way>& ways, ItemKey group)
+{
+    const auto found = std::ranges::find_if(ways, [group](const Way& way) { return way.back() == group; });
+    return found == ways.end() ? nullptr : &*found;
+}
+
+ItemKey GroupOf(const Department& department) { return {kItemTypeGroup, department.id}; }
+
+/// What becomes of departments when groups change.
+class DepartmentChange {
+public:
+    DepartmentChange(const Organisation& before, const Organisation& after, ItemKey changed)
+        : m_before(before), m_after(after)
+    {
+        const std::vector<ItemKey> below = before.Below(changed);
+        m_affected.insert(changed);
+        m_affected.insert(below.begin(), below.end());
+    }
+
+    std::optional<Department> operator()(const Department& old)
+    {
+        const auto [entry, isNew] = m_known.try_emplace(old);
+        if (isNew) {
+            entry->second = m_affected.contains(GroupOf(old)) ? ById(old) : ByText(old);
+        }
+        return entry->second;
+    }
+
+private:
+    std::optional<Department> ById(const Department& old)
+    {
+        const std::vector<Way>& present = m_after.Find(old.text);
+        if (!m_after.Has(GroupOf(old))) {
+            return Department{0, present.empty() ? "" : old.text};
+        }
+        if (const Way* way = WayTo(m_before.Find(old.text), GroupOf(old))) {
+            return Along(*way, old);
+        }
+        return WayTo(present, GroupOf(old)) != nullptr
+                   ? std::nullopt
+                   : std::optional(Department{old.id, m_after.TextOf(GroupOf(old))});
+    }
+
+    std::optional<Department> ByText(const Department& old)
+    {
+        const std::vector<Way>& ways = m_before.Find(old.text);
+        const auto way = std::ranges::find_if(ways, [this](const Way& it) { return m_affected.contains(it.back()); });
+        if (way == ways.end() || !m_after.Find(old.text).empty()) {
+            return std::nullopt;
+        }
+        return m_after.Has(way->back()) ? Along(*way, old) : std::optional(Department{old.id, ""});
+    }
+
+    /// A way that the change did not touch leaves the text as it was written.
+    std::optional<Department> Along(const Way& way, const Department& old)
+    {
+        std::string text = m_after.TextAlong(way);
+        return text == m_before.TextAlong(way) ? std::nullopt : std::optional(Department{old.id, std::move(text)});
+    }
+
+    DepartmentTree m_before;
+    DepartmentTree m_after;
+    std::set<ItemKey> m_affected;
+    std::map<Department, std::optional<Department>> m_known;
+};
+
+/// The users of one department id: how many there are, and those of them whose department changes.
+struct Holders {
+    std::size_t count = 0;
+    std::map<Department, std::vector<int>> changes;
+};
+
+std::map<int, Holders> ReadHolders(CAConnect& conn, const std::string& condition, const NextDepartment& next)
+{
+    std::map<int, Holders> holders;
+    EachRow(conn, "SELECT Col_ID, Col_DeptID, Col_DeptInfo FROM qv_User WHERE " + condition, [&](CARecordset& row) {
+        int user = 0;
+        Department old;
+        row.GetValue(1, user);
+        row.GetValue(2, old.id);
+        old.text = TextIn(row, 3);
+        Holders& sameId = holders[old.id];
+        ++sameId.count;
+        if (const std::optional<Department> changed = next(old)) {
+            sameId.changes[*changed].push_back(user);
+        }
+    });
+    return holders;
+}
+
+void Write(CAConnect& conn, const Department& department, const std::string& condition)
+{
+    const std::string sql = fmt::format("UPDATE qv_User SET Col_DeptID = {}, Col_DeptInfo = '{}' WHERE {}",
+                                        department.id, EscapeLiteral(conn, department.text).View(), condition);
+    WithDatabaseErrors(conn, [&] { conn.Execute(sql.c_str()); });
+}
+
+/// Gives a condition for each part of the ids.
+template <class Use>
+void InParts(std::span<const int> ids, Use use)
+{
+    for (; !ids.empty(); ids = ids.subspan(std::min(ids.size(), kIdsPerStatement))) {
+        use(fmt::format("Col_ID IN ({})", fmt::join(ids.first(std::min(ids.size(), kIdsPerStatement)), ",")));
+    }
+}
+
+std::size_t WriteChanges(CAConnect& conn, int oldId, const Holders& holders)
+{
+    std::size_t changed = 0;
+    for (const auto& entry : holders.changes) {
+        const Department& department = entry.first;
+        const std::vector<int>& users = entry.second;
+        changed += users.size();
+        if (users.size() == holders.count && users.size() > kIdsPerStatement) {
+            // The range spares the engine the rest of the table, which has no index by department.
+            const auto [first, last] = std::ranges::minmax(users);
+            Write(conn, department, fmt::format("Col_DeptID = {} AND Col_ID BETWEEN {} AND {}", oldId, first, last));
+        } else {
+            InParts(users, [&](const std::string& condition) { Write(conn, department, condition); });
+        }
+    }
+    return changed;
+}
+
+/// Changes the departments of those who fulfil the condition. @return of how many.
+std::size_t Change(CAConnect& conn, const std::string& condition, const NextDepartment& next)
+{
+    std::size_t changed = 0;
+    for (const auto& [id, holders] : ReadHolders(conn, condition, next)) {
+        changed += WriteChanges(conn, id, holders);
+    }
+    return changed;
+}
+
+std::size_t ChangeOf(CAConnect& conn, const std::vector<int>& users, const NextDepartment& next)
+{
+    std::size_t changed = 0;
+    InParts(users, [&](const std::string& condition) { changed += Change(conn, condition, next); });
+    return changed;
+}
+
+} // namespace
+
+std::size_t SyncDepartments(const Organisation& before, ItemKey changed)
+{
+    CAConnect& conn = before.Connection();
+    const Organisation after(conn);
+    DepartmentChange change(before, after, changed);
+    return Change(conn, "Col_DeptID <> 0 OR Col_DeptInfo <> ''", std::ref(change));
+}
+
+std::size_t SyncJoined(const Organisation& organisation, ItemKey holder, const std::vector<int>& users)
+{
+    DepartmentTree tree(organisation);
+    return ChangeOf(organisation.Connection(), users, [&](const Department& old) -> std::optional<Department> {
+        const std::vector<Way>& ways = tree.Find(old.text);
+        const bool isThis = ways.size() == 1 && ways.front().back() == holder;
+        return isThis && !tree.Has(GroupOf(old)) ? std::optional(Department{holder.id, old.text}) : std::nullopt;
+    });
+}
+
+std::size_t SyncLeft(const Organisation& organisation, ItemKey holder, const std::vector<int>& users)
+{
+    DepartmentTree tree(organisation);
+    return ChangeOf(organisation.Connection(), users, [&](const Department& old) -> std::optional<Department> {
+        const std::vector<Way>& ways = tree.Find(old.text);
+        const bool byText = WayTo(ways, holder) != nullptr;
+        if (GroupOf(old) == holder) {
+            return Department{0, byText || ways.empty() ? "" : old.text};
+        }
+        return byText && ways.size() == 1 ? std::optional(Department{old.id, ""}) : std::nullopt;
+    });
+}
+
+std::string DepartmentsChanged(std::size_t users)
+{
+    return fmt::format("the department of {} {} was changed with it", users, users == 1 ? "person" : "people");
+}
+
+std::string WithDepartments(std::size_t users) { return users == 0 ? "" : "; " + DepartmentsChanged(users); }
+
+} // namespace management

@@ -1,0 +1,237 @@
+#pragma once
+
+#include "management/Names.h"
+#include "management/users/Directory.h"
+#include "platform/CString.h"
+
+#include <compare>
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <unordered_map>
+#include <vector>
+
+class CAConnect;
+
+namespace management {
+
+/// An item of the directory as relations and rights name it; basefun/ItemTypes.h has the types.
+struct ItemKey {
+    int type;
+    int id;
+
+    bool operator==(const ItemKey&) const = default;
+    std::strong_ordering operator<=>(const ItemKey& other) const
+    {
+        return std::tie(type, id) <=> std::tie(other.type, other.id);
+    }
+};
+
+/// A view or a group, and how it hangs together with others, which are given by their numbers in Organisation::Places.
+struct Place {
+    ItemKey key;
+    std::string name;
+    std::string nameKey; ///< for comparing
+    int sortIndex = 10000;
+    int viewType = 0;                  ///< of a view
+    int viewOwner = 0;                 ///< of a view
+    int users = 0;                     ///< who are members directly, each counted once
+    std::vector<std::size_t> children; ///< by sort index and name, each once
+    std::vector<std::size_t> parents;  ///< each once
+    std::optional<std::size_t> via;    ///< the parent by which its path goes; none at the begin of a path
+    bool hangsInView = false;          ///< whether some view leads to it; also true of views
+};
+
+/// The columns of a group.
+struct GroupData {
+    std::string name;
+    std::string description;
+    std::string creator;
+    std::optional<std::string> created; ///< written by the module: today
+    int sortIndex = 10000;
+    int domainId = 0;
+    int style = 0;
+
+    bool operator==(const GroupData&) const = default;
+};
+
+/// What is to be different in a group.
+struct GroupChanges {
+    std::optional<std::string> name;
+    std::optional<std::string> description;
+    std::optional<int> sortIndex;
+    std::optional<int> domainId;
+};
+
+/// What is to be different in a view.
+struct ViewChanges {
+    std::optional<std::string> description;
+    std::optional<int> sortIndex;
+};
+
+/// The columns of a view.
+struct ViewData {
+    std::string name;
+    std::string description;
+    std::string creator;
+    std::optional<std::string> created; ///< written by the module: today
+    int type = 1;
+    int ownerId = 0;
+    int sortIndex = 10000;
+    int domainId = 0;
+    int style = 0;
+    bool isPublic = false;
+
+    bool operator==(const ViewData&) const = default;
+};
+
+/// A user as a member of a view or group.
+struct Member {
+    int id;
+    std::string login;
+    std::string name;
+};
+
+/// Users who are members of some groups, each counted once.
+struct MemberCounts {
+    std::size_t users = 0;
+    std::size_t inNoOther = 0; ///< of those, who are in no other group
+
+    bool operator==(const MemberCounts&) const = default;
+};
+
+/// The views and groups of a directory: a picture of how they hang together, read at once when it is made, and the
+/// writes, which do not change the picture. Any text goes in and comes out as it is, whatever the engine.
+///
+/// An argument names a group or a view by a path, such as /View/Department/Team, where \/ stands for a slash and \\ for
+/// a backslash in a name, and case does not count. A path may also begin with id:17 (a group) or view:4 instead of a
+/// view's name, and end there. Paths by name begin at system views only.
+///
+/// Nothing here begins a transaction. All functions @throw DatabaseError, and Error for a text with a NUL byte.
+class Organisation {
+public:
+    /// Reads views, groups, their links and the counts of users. @param conn  open, and stays so.
+    explicit Organisation(CAConnect& conn);
+
+    [[nodiscard]] CAConnect& Connection() const { return m_conn; }
+
+    // ---- Look-ups ---------------------------------------------------------------------------------------------------
+
+    /// Views first, then groups, each by sort index, name and id.
+    [[nodiscard]] std::span<const Place> Places() const { return m_places; }
+    [[nodiscard]] const Place* Find(ItemKey key) const;
+    /// The place of an item that is there.
+    [[nodiscard]] std::size_t NumberOf(ItemKey key) const;
+    /// All views and groups that an argument may mean. @throws Error (invalid) for what is no path.
+    [[nodiscard]] std::vector<ItemKey> FindAll(const std::string& argument) const;
+    /// The one view or group, or only group, that an argument means. @throws Error (invalid, notFound), or (conflict)
+    /// that lists what it may mean.
+    [[nodiscard]] ItemKey FindHolder(const std::string& argument) const;
+    [[nodiscard]] ItemKey FindGroup(const std::string& argument) const;
+    /// The one view that an argument means: a name of a system view as it is, or /NAME, or view:4. @throws as above.
+    [[nodiscard]] ItemKey FindView(const std::string& argument) const;
+    /// The groups of a name directly under a parent, case not counting.
+    [[nodiscard]] std::vector<ItemKey> ChildrenNamed(ItemKey parent, std::string_view name) const;
+    /// A group directly under a parent whose other name the engine takes for equal to this one.
+    [[nodiscard]] std::optional<RowName> FindConfusedChild(ItemKey parent, std::string_view name, ItemKey except) const;
+    /// The system views of a name, case not counting.
+    [[nodiscard]] std::vector<ItemKey> SystemViewsNamed(std::string_view name) const;
+
+    /// A path that leads to a view or group, and that FindAll understands; for an item that is not there, its id.
+    [[nodiscard]] std::string PathOf(ItemKey key) const;
+    /// "/View/Team (id 17)" or "/View (view 4)", for sentences.
+    [[nodiscard]] std::string Named(ItemKey key) const;
+
+    /// All groups below, each once, in no order; the item itself only when a cycle leads back to it.
+    [[nodiscard]] std::vector<ItemKey> Below(ItemKey key) const;
+    /// The users who are members of groups below; one who is in several counts in each.
+    [[nodiscard]] int UsersBelow(ItemKey key) const;
+    /// The groups that have no place any more once this one is gone: it, and those below that hang nowhere else.
+    [[nodiscard]] std::vector<ItemKey> GoneWith(ItemKey key) const;
+    /// The cycle that hanging a group under a parent would close, beginning and ending with the group; else nothing.
+    [[nodiscard]] std::vector<ItemKey> CycleClosedBy(ItemKey parent, ItemKey group) const;
+    /// A cycle at or below an item, its first also its last; nothing when there is none.
+    [[nodiscard]] std::vector<ItemKey> FindCycle(ItemKey from) const;
+    /// "/A/B -> /A/B/C -> /A/B".
+    [[nodiscard]] std::string CycleText(const std::vector<ItemKey>& cycle) const;
+
+    /// The columns of a group or view; nothing when it is not there.
+    std::optional<GroupData> LoadGroup(int id);
+    std::optional<ViewData> LoadView(int id);
+    int GroupStyle(int id);
+    /// Who are members directly, of every view and group, by login name.
+    std::map<ItemKey, std::vector<Member>> LoadMembers();
+    /// Who are members of these groups directly.
+    MemberCounts CountMembers(const std::vector<int>& groups);
+    /// What stands elsewhere about items of one type, in sum; kinds of which there is nothing are left out.
+    std::vector<Reference> References(int type, const std::vector<int>& ids);
+    /// The name of the system view without an owner; empty when there is none.
+    std::string DefaultViewName();
+
+    // ---- Writes -----------------------------------------------------------------------------------------------------
+
+    /// Adds a group under a parent; to be called in a transaction. @return the new id.
+    int CreateGroup(ItemKey parent, const GroupData& group);
+    /// Adds a view; to be called in a transaction. @return the new id.
+    int CreateView(const ViewData& view);
+    /// Makes an item a member of another; nothing keeps it from being one already.
+    void AddMember(ItemKey holder, ItemKey member);
+    /// Ends the membership between two items.
+    void RemoveMember(ItemKey holder, ItemKey member);
+    void RenameView(int id, std::string_view name);
+    /// Writes what is given and nothing else.
+    void ChangeGroup(int id, const GroupChanges& changes);
+    /// Writes what is given and nothing else.
+    void ChangeView(int id, const ViewChanges& changes);
+    void SetGroupStyle(int id, int style);
+    /// Renames the system view without an owner as long as it bears the placeholder's name.
+    void NameDefaultView(std::string_view name);
+    /// Stamps a view's id onto the links of all users below it. Endless where there is a cycle.
+    void StampView(int id);
+    /// Deletes groups and what References counts.
+    void DeleteGroups(const std::vector<int>& ids);
+    /// Deletes a view and what References counts.
+    void DeleteView(int id);
+
+private:
+    [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
+    void Execute(const std::string& sql);
+    void LoadPlaces();
+    void LoadLinks();
+    void LoadUserCounts();
+    void FindPaths();
+    void SpreadFrom(std::vector<std::size_t> from, bool inView);
+    [[nodiscard]] ItemKey OnlyOne(const std::string& argument, const std::vector<ItemKey>& found,
+                                  std::string_view noun) const;
+    [[nodiscard]] std::optional<std::size_t> IndexOf(ItemKey key) const;
+    [[nodiscard]] std::vector<std::size_t> Reached(std::size_t from) const;
+    void DeleteTraces(int type, const std::vector<int>& ids);
+
+    CAConnect& m_conn;
+    std::vector<Place> m_places;
+    std::unordered_map<int, std::size_t> m_views;
+    std::unordered_map<int, std::size_t> m_groups;
+};
+
+/// @param noun  such as "group". @throws Error (invalid) for what no group or view should be called: nothing, outer
+/// blanks, control characters.
+void CheckName(std::string_view noun, const std::string& name);
+
+/// The names that a path is made of. @throws Error (invalid) for what is no path.
+std::vector<std::string> SplitPath(const std::string& path);
+
+struct ParentAndName {
+    std::string parent; ///< still a path
+    std::string name;
+};
+
+/// Takes the last name off a path. @throws Error (invalid) for a path of one name, and for what is no path.
+ParentAndName SplitLast(const std::string& path);
+/// A name as it stands in a path.
+std::string PathEscaped(std::string_view name);
+
+} // namespace management

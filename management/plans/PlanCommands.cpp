@@ -1,0 +1,474 @@
+#include "basefun/ItemTypes.h"
+#include "management/Command.h"
+#include "management/FindEach.h"
+#include "management/Items.h"
+#include "management/Names.h"
+#include "management/Text.h"
+#include "management/organisation/Organisation.h"
+#include "management/plans/Plans.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace management::plans {
+
+namespace {
+
+/// More items than these are reported as numbers.
+constexpr std::size_t kLongestList = 20;
+
+constexpr std::string_view kPlanHelp = "name of a backup plan as it is, or id:NUMBER";
+constexpr std::string_view kNewNameHelp = "name to have from now on";
+constexpr std::string_view kDescriptionHelp = "what it is for";
+constexpr std::string_view kDataHelp = "settings, as the backup service understands them";
+constexpr std::string_view kDataFileHelp = "file with the settings, taken as it is";
+constexpr std::string_view kItemHelp = "user:LOGIN or group:/VIEW/GROUP, also with id:NUMBER";
+
+// ---- Parameters -----------------------------------------------------------------------------------------------------
+
+struct OnePlan {
+    std::string plan;
+};
+
+constexpr Param<OnePlan> kOneParams[] = {{"PLAN", &OnePlan::plan, Kind::plan, kPlanHelp}};
+
+struct NewPlan {
+    std::string name;
+    std::optional<std::string> description;
+    std::optional<std::string> data;
+    std::optional<std::string> dataFile;
+};
+
+constexpr Param<NewPlan> kCreateParams[] = {
+    {"NAME", &NewPlan::name, Kind::text, "name of the new backup plan"},
+    {"description", &NewPlan::description, Kind::text, kDescriptionHelp},
+    {"data", &NewPlan::data, Kind::text, kDataHelp},
+    {"data_file", &NewPlan::dataFile, Kind::file, kDataFileHelp, {}, "data"},
+};
+
+struct PlanToSet {
+    std::string plan;
+    std::optional<std::string> name;
+    std::optional<std::string> description;
+    std::optional<std::string> data;
+    std::optional<std::string> dataFile;
+};
+
+constexpr Param<PlanToSet> kSetParams[] = {
+    {"PLAN", &PlanToSet::plan, Kind::plan, kPlanHelp},
+    {"name", &PlanToSet::name, Kind::text, kNewNameHelp},
+    {"description", &PlanToSet::description, Kind::text, kDescriptionHelp},
+    {"data", &PlanToSet::data, Kind::text, kDataHelp},
+    {"data_file", &PlanToSet::dataFile, Kind::file, kDataFileHelp, {}, "data"},
+};
+
+struct OneItem {
+    std::string item;
+};
+
+constexpr Param<OneItem> kOfParams[] = {{"ITEM", &OneItem::item, Kind::holder, kItemHelp}};
+
+struct PlanAndItems {
+    std::string plan;
+    std::vector<std::string> items;
+    bool recursive = false;
+};
+
+constexpr Param<PlanAndItems> kItemsParams[] = {
+    {"PLAN", &PlanAndItems::plan, Kind::plan, kPlanHelp},
+    {"ITEM", &PlanAndItems::items, Kind::holder, kItemHelp},
+    {"recursive", &PlanAndItems::recursive, Kind::flag,
+     "a group means also the groups below it and the users in them; asks first"},
+};
+
+constexpr Column kListColumns[] = {{"id", Kind::number}, {"name"}, {"description"}};
+constexpr Column kShowColumns[] = {
+    {"id", Kind::number}, {"name"}, {"description"}, {"data"}, {"users", Kind::number}, {"groups", Kind::number}};
+
+// ---- What is meant --------------------------------------------------------------------------------------------------
+
+/// The settings that were given, as a text or as a file.
+std::optional<std::string> GivenData(const Call& call, const std::optional<std::string>& data,
+                                     const std::optional<std::string>& file)
+{
+    return file ? std::optional(call.Front().ReadText(*file)) : data;
+}
+
+Outcome OutcomeOf(const PlanKey& plan, std::string_view outcome, std::string sentence)
+{
+    return {"plan", plan.id, plan.name, outcome, std::move(sentence)};
+}
+
+PlanData Load(Plans& plans, const PlanKey& plan)
+{
+    const std::optional<PlanData> data = plans.Load(plan.id);
+    if (!data) {
+        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(plan)));
+    }
+    return *data;
+}
+
+Item FindUserOrGroup(CAConnect& conn, const std::string& argument)
+{
+    Item item = FindItem(conn, argument);
+    if (item.key.type != kItemTypeUser && item.key.type != kItemTypeGroup) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("{} is neither a user nor a group; only these have backup plans", Named(item)));
+    }
+    return item;
+}
+
+void RequireFreeName(Plans& plans, const std::string& name, const std::optional<PlanKey>& self)
+{
+    const std::vector<ListedPlan> all = plans.List();
+    const auto other = std::ranges::find_if(
+        all, [&](const ListedPlan& plan) { return SameName(plan.name, name) && (!self || plan.id != self->id); });
+    if (other != all.end()) {
+        throw Error(ErrorCode::conflict, fmt::format("the name {} is taken by {}", Quoted(name),
+                                                     management::Named(PlanKey{other->id, other->name})));
+    }
+    const std::string others = fmt::format("Col_ID <> {}", self ? self->id : 0);
+    if (const auto confused = FindConfused(plans.Connection(), "Tab_Doc_Backup_Plan", name, others)) {
+        ThrowConfused("name", name, *confused);
+    }
+}
+
+/// Users and groups by the names that sentences use.
+using Items = std::map<ItemKey, std::string>;
+
+/// A plan, and the items that it is to be assigned to or taken from.
+struct Selection : Plan {
+    PlanKey plan;
+    Items items;
+
+    bool operator==(const Selection&) const = default;
+};
+
+/// Adds what stands below groups, each item once however many ways lead to it.
+class Expansion {
+public:
+    explicit Expansion(CAConnect& conn) : m_organisation(conn), m_members(m_organisation.LoadMembers()) {}
+
+    void AddBelow(ItemKey group, Items& items) const
+    {
+        const std::vector<ItemKey> cycle = m_organisation.FindCycle(group);
+        if (!cycle.empty()) {
+            throw Error(ErrorCode::conflict, fmt::format("groups hang below themselves: {}; nothing was changed",
+                                                         m_organisation.CycleText(cycle)));
+        }
+        AddUsers(group, items);
+        for (const ItemKey below : m_organisation.Below(group)) {
+            items.emplace(below, m_organisation.PathOf(below));
+            AddUsers(below, items);
+        }
+    }
+
+private:
+    void AddUsers(ItemKey group, Items& items) const
+    {
+        const auto found = m_members.find(group);
+        if (found == m_members.end()) {
+            return;
+        }
+        for (const Member& user : found->second) {
+            items.emplace(ItemKey{kItemTypeUser, user.id}, user.login);
+        }
+    }
+
+    Organisation m_organisation;
+    std::map<ItemKey, std::vector<Member>> m_members;
+};
+
+std::size_t CountOf(const Items& items, int type)
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(items, [type](const auto& item) { return item.first.type == type; }));
+}
+
+std::string CountedItems(const Items& items)
+{
+    return fmt::format("{} and {}", Counted(CountOf(items, kItemTypeUser), "user"),
+                       Counted(CountOf(items, kItemTypeGroup), "group"));
+}
+
+/// What is said of an assignment and of its end.
+struct Messages {
+    std::string_view question;
+    std::string_view done;
+    std::string_view notNeeded;
+    std::string_view doneInSum;
+    std::string_view notNeededInSum;
+    std::string_view nothingDone;
+    std::string_view outcome;
+    bool removes;
+};
+
+constexpr Messages kAssigning = {
+    "Assign {} to {}?",     "now has",  "already has", "assigned {} to {}", "{} had it already",
+    "nothing was assigned", "assigned", false};
+constexpr Messages kUnassigning = {"Take {} from {}?",   "no longer has",          "did not have", "took {} from {}",
+                                   "{} did not have it", "nothing was taken away", "unassigned",   true};
+
+Selection Select(Call& call, const PlanAndItems& in, const Messages& messages)
+{
+    CAConnect& conn = call.Connection();
+    Plans plans(conn);
+    Selection selection;
+    selection.plan = FindPlan(plans, in.plan);
+    selection.nothingDone = messages.nothingDone;
+    const std::vector<Item> items = FindEach(
+        in.items, "users or groups", "`qvadmin user list` and `qvadmin group tree` show all",
+        [&conn](const std::string& argument) { return FindUserOrGroup(conn, argument); }, &Item::key);
+    for (const Item& item : items) {
+        selection.items.emplace(item.key, item.name);
+    }
+    if (!in.recursive) {
+        return selection;
+    }
+    const Expansion expansion(conn);
+    const Items named = selection.items;
+    for (const auto& [key, name] : named) {
+        if (key.type == kItemTypeGroup) {
+            expansion.AddBelow(key, selection.items);
+        }
+    }
+    if (selection.items.size() <= kLongestList) {
+        for (const auto& [key, name] : selection.items) {
+            selection.lines.push_back(Named(Item{key, name}));
+        }
+    }
+    selection.lines.push_back(CountedItems(selection.items));
+    selection.question = fmt::format(fmt::runtime(messages.question), Named(selection.plan), selection.lines.back());
+    selection.removed = messages.removes ? selection.items.size() : 0;
+    return selection;
+}
+
+std::string OutcomeInSum(const Selection& selection, const std::set<ItemKey>& changed, const Messages& messages)
+{
+    Items done;
+    Items others;
+    for (const auto& item : selection.items) {
+        (changed.contains(item.first) ? done : others).insert(item);
+    }
+    std::string sum = fmt::format(fmt::runtime(messages.doneInSum), Named(selection.plan), CountedItems(done));
+    if (!others.empty()) {
+        sum += "; " + fmt::format(fmt::runtime(messages.notNeededInSum), CountedItems(others));
+    }
+    return sum;
+}
+
+/// Reports what became of each item, or the numbers where they are many.
+void ReportItems(Call& call, const Selection& selection, const std::set<ItemKey>& changed, const Messages& messages)
+{
+    if (selection.items.size() > kLongestList) {
+        call.Report(OutcomeOf(selection.plan, messages.outcome, OutcomeInSum(selection, changed, messages)));
+        return;
+    }
+    for (const auto& [key, name] : selection.items) {
+        const Item item{key, name};
+        const bool isChanged = changed.contains(key);
+        call.Report({key.type == kItemTypeUser ? "user" : "group", key.id, name,
+                     isChanged ? messages.outcome : "unchanged",
+                     fmt::format("{} {} {}", Named(item), isChanged ? messages.done : messages.notNeeded,
+                                 Named(selection.plan))});
+    }
+}
+
+Result ChangeItems(Call& call, const Selection& selection, bool assign)
+{
+    Plans plans(call.Connection());
+    const std::set<ItemKey> holders = plans.ItemsOf(selection.plan.id);
+    std::set<ItemKey> changed;
+    for (const auto& [key, name] : selection.items) {
+        if (holders.contains(key) != assign) {
+            (plans.*(assign ? &Plans::Assign : &Plans::Unassign))(selection.plan.id, key);
+            changed.insert(key);
+        }
+    }
+    ReportItems(call, selection, changed, assign ? kAssigning : kUnassigning);
+    return changed.empty() ? Unchanged() : Result();
+}
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+Result GiveRows(const Call& call, const std::vector<ListedPlan>& plans)
+{
+    for (const ListedPlan& plan : plans) {
+        if (!call.Row(std::int64_t{plan.id}, plan.name, plan.description)) {
+            break;
+        }
+    }
+    return {};
+}
+
+Result List(Call& call) { return GiveRows(call, Plans(call.Connection()).List()); }
+
+Result Show(Call& call, const OnePlan& in)
+{
+    Plans plans(call.Connection());
+    const PlanKey plan = FindPlan(plans, in.plan);
+    const PlanData data = Load(plans, plan);
+    const std::set<ItemKey> items = plans.ItemsOf(plan.id);
+    const auto countOf = [&items](int type) {
+        return static_cast<std::int64_t>(std::ranges::count(items, type, &ItemKey::type));
+    };
+    return ResultOf(Record{
+        {"id", std::int64_t{plan.id}},
+        {"name", data.name},
+        {"description", data.description},
+        {"data", data.data},
+        {"users", countOf(kItemTypeUser)},
+        {"groups", countOf(kItemTypeGroup)},
+    });
+}
+
+Result OfItem(Call& call, const OneItem& in)
+{
+    const Item item = FindUserOrGroup(call.Connection(), in.item);
+    return GiveRows(call, Plans(call.Connection()).OfItem(item.key));
+}
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+Result Create(Call& call, const NewPlan& in)
+{
+    const PlanData plan{in.name, in.description.value_or(""), GivenData(call, in.data, in.dataFile).value_or("")};
+    CheckPlanName(plan.name);
+    Plans plans(call.Connection());
+    RequireFreeName(plans, plan.name, std::nullopt);
+    return ResultOf(Value(std::int64_t{plans.Create(plan)}));
+}
+
+Result Set(Call& call, const PlanToSet& in)
+{
+    const PlanChanges changes{in.name, in.description, GivenData(call, in.data, in.dataFile)};
+    if (!changes.name && !changes.description && !changes.data) {
+        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin plan set --help` lists what can be");
+    }
+    Plans plans(call.Connection());
+    const PlanKey key = FindPlan(plans, in.plan);
+    const PlanData stored = Load(plans, key);
+    const PlanData plan{changes.name.value_or(stored.name), changes.description.value_or(stored.description),
+                        changes.data.value_or(stored.data)};
+    if (plan == stored) {
+        call.Report(OutcomeOf(key, "unchanged", fmt::format("nothing to change in {}", Named(key))));
+        return Unchanged();
+    }
+    if (plan.name != stored.name) {
+        CheckPlanName(plan.name);
+        RequireFreeName(plans, plan.name, key);
+    }
+    plans.Change(key.id, changes);
+    call.Report(OutcomeOf(key, "changed", fmt::format("changed {}", Named(key))));
+    return {};
+}
+
+struct Deletion : Plan {
+    PlanKey plan;
+
+    bool operator==(const Deletion&) const = default;
+};
+
+Deletion PlanDeletion(Call& call, const OnePlan& in)
+{
+    Plans plans(call.Connection());
+    Deletion deletion;
+    deletion.plan = FindPlan(plans, in.plan);
+    const auto count = static_cast<std::size_t>(plans.CountAssignments(deletion.plan.id));
+    deletion.lines.push_back(
+        fmt::format("delete {}{}", Named(deletion.plan), count == 0 ? "" : ", with " + Counted(count, "assignment")));
+    deletion.question = fmt::format("Delete {}?", Named(deletion.plan));
+    deletion.removed = 1 + count;
+    return deletion;
+}
+
+Result Delete(Call& call, const OnePlan& /*in*/, const Deletion& deletion)
+{
+    Plans(call.Connection()).Delete(deletion.plan.id);
+    call.Report(OutcomeOf(deletion.plan, "deleted", fmt::format("deleted {}", Named(deletion.plan))));
+    return {};
+}
+
+Selection PlanAssignment(Call& call, const PlanAndItems& in) { return Select(call, in, kAssigning); }
+Selection PlanUnassignment(Call& call, const PlanAndItems& in) { return Select(call, in, kUnassigning); }
+
+Result Assign(Call& call, const PlanAndItems& /*in*/, const Selection& selection)
+{
+    return ChangeItems(call, selection, true);
+}
+
+Result Unassign(Call& call, const PlanAndItems& /*in*/, const Selection& selection)
+{
+    return ChangeItems(call, selection, false);
+}
+
+constexpr Command kCommands[] = {
+    {.path = {"plan", "list"},
+     .summary = "backup plans by name",
+     .examples = "  qvadmin plan list -o json",
+     .effect = Effect::read,
+     .columns = kListColumns,
+     .run = &Read<&List>},
+    {.path = {"plan", "show"},
+     .summary = "everything about a backup plan, and how many users and groups have it",
+     .examples = "  qvadmin plan show Nightly\n"
+                 "  qvadmin plan show id:3 -o json",
+     .effect = Effect::read,
+     .params = &InfosOf<kOneParams>,
+     .columns = kShowColumns,
+     .run = &Read<&Show, kOneParams>},
+    {.path = {"plan", "create"},
+     .summary = "add a backup plan and print the new id",
+     .examples = "  qvadmin plan create Nightly --description 'Each night' --data-file nightly.txt",
+     .effect = Effect::create,
+     .params = &InfosOf<kCreateParams>,
+     .run = &Write<&Create, kCreateParams>},
+    {.path = {"plan", "set"},
+     .summary = "change what is given and leave all else",
+     .examples = "  qvadmin plan set Nightly --name Weekly\n"
+                 "  qvadmin plan set Nightly --data ''",
+     .effect = Effect::change,
+     .params = &InfosOf<kSetParams>,
+     .run = &Write<&Set, kSetParams>},
+    {.path = {"plan", "delete"},
+     .summary = "delete a backup plan and its assignments; asks first",
+     .examples = "  qvadmin plan delete Nightly\n"
+                 "  qvadmin plan delete id:3 --yes",
+     .effect = Effect::remove,
+     .asks = true,
+     .params = &InfosOf<kOneParams>,
+     .run = &WritePlanned<&PlanDeletion, &Delete, kOneParams>},
+    {.path = {"plan", "of"},
+     .summary = "the backup plans that are assigned to a user or group",
+     .examples = "  qvadmin plan of user:amy\n"
+                 "  qvadmin plan of group:/Company/Sales",
+     .effect = Effect::read,
+     .params = &InfosOf<kOfParams>,
+     .columns = kListColumns,
+     .run = &Read<&OfItem, kOfParams>},
+    {.path = {"plan", "assign"},
+     .summary = "assign a backup plan to users and groups",
+     .examples = "  qvadmin plan assign Nightly user:amy user:rory\n"
+                 "  qvadmin plan assign Nightly group:/Company/Sales --recursive",
+     .effect = Effect::change,
+     .asks = true,
+     .params = &InfosOf<kItemsParams>,
+     .run = &WritePlanned<&PlanAssignment, &Assign, kItemsParams>},
+    {.path = {"plan", "unassign"},
+     .summary = "take a backup plan from users and groups",
+     .examples = "  qvadmin plan unassign Nightly user:amy\n"
+                 "  qvadmin plan unassign Nightly group:/Company/Sales --recursive --yes",
+     .effect = Effect::change,
+     .asks = true,
+     .params = &InfosOf<kItemsParams>,
+     .run = &WritePlanned<&PlanUnassignment, &Unassign, kItemsParams>},
+};
+
+} // namespace
+
+std::span<const Command> PlanCommands() { return kCommands; }
+
+} // namespace management::plans

@@ -1,0 +1,234 @@
+#include "ConsoleFixture.h"
+#include "console/LocalCommand.h"
+#include "management/Command.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using namespace console;
+using namespace management;
+using nlohmann::json;
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+// What holds for all commands, since they are rows of one table.
+
+namespace {
+
+/// The commands that help shows.
+std::vector<const management::Command*> Shown()
+{
+    std::vector<const management::Command*> shown = AllCommands();
+    std::erase_if(shown, [](const management::Command* command) { return command->summary.empty(); });
+    return shown;
+}
+
+std::vector<std::string> Lines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/// The words of an example as a shell gives them to the program, up to a pipe or a redirection.
+std::vector<std::string> WordsOf(const std::string& line)
+{
+    std::vector<std::string> words;
+    std::string word;
+    bool isQuoted = false;
+    bool isWord = false;
+    for (const char ch : line + " ") {
+        if (ch == '\'') {
+            isQuoted = !isQuoted;
+            isWord = true;
+        } else if (ch == ' ' && !isQuoted) {
+            if (isWord) {
+                words.push_back(std::exchange(word, ""));
+            }
+            isWord = false;
+        } else {
+            word += ch;
+            isWord = true;
+        }
+    }
+    words.erase(std::ranges::find_if(words, [](const std::string& part) { return part == "|" || part == ">"; }),
+                words.end());
+    return words;
+}
+
+std::vector<std::string> CsvHeader(const std::string& out)
+{
+    std::vector<std::string> names;
+    std::istringstream in(out.substr(0, out.find('\n')));
+    for (std::string name; std::getline(in, name, ',');) {
+        names.push_back(name);
+    }
+    return names;
+}
+
+class CommandTableTest : public ConsoleFixture {
+protected:
+    std::vector<std::string> Completed(std::vector<std::string> words)
+    {
+        words.insert(words.begin(), {"complete", "--"});
+        const ChildResult result = Run(words);
+        EXPECT_EQ(result.exit, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return Lines(result.out);
+    }
+};
+
+TEST_F(CommandTableTest, EveryCommandHasHelpAndEveryExampleIsUnderstood)
+{
+    ASSERT_THAT(Shown(), Not(IsEmpty()));
+    for (const management::Command* command : Shown()) {
+        std::vector<std::string> help = PathOf(*command);
+        help.emplace_back("--help");
+        const ChildResult result = Run(help);
+        EXPECT_EQ(result.exit, 0) << result.err;
+        EXPECT_THAT(result.out, HasSubstr(std::string(command->summary)));
+        for (const std::string& line : Lines(std::string(command->examples))) {
+            std::vector<std::string> words = WordsOf(line);
+            if (words.front() != "qvadmin") {
+                continue;
+            }
+            words.erase(words.begin());
+            EXPECT_NO_THROW(ParseCommandLine(words)) << line;
+        }
+    }
+}
+
+TEST_F(CommandTableTest, NoPathIsThereTwice)
+{
+    std::set<std::vector<std::string>> paths;
+    for (const management::Command* command : AllCommands()) {
+        EXPECT_TRUE(paths.insert(PathOf(*command)).second) << testing::PrintToString(PathOf(*command));
+    }
+}
+
+TEST_F(CommandTableTest, ListsHaveTheColumnsOfTheirRow)
+{
+    Init();
+    int count = 0;
+    for (const management::Command* command : Shown()) {
+        const std::vector<ParamInfo> params = command->params();
+        const bool needsSomething = std::ranges::any_of(params, &ParamInfo::isRequired);
+        if (command->effect != Effect::read || command->columns.empty() || needsSomething) {
+            continue;
+        }
+        std::vector<std::string> words = PathOf(*command);
+        words.insert(words.end(), {"-o", "csv"});
+        std::vector<std::string> names;
+        std::ranges::transform(command->columns, std::back_inserter(names),
+                               [](const Column& column) { return std::string(column.name); });
+        const ChildResult result = Run(words);
+        if (result.exit == 0) {
+            EXPECT_EQ(CsvHeader(result.out), names) << testing::PrintToString(words);
+            ++count;
+        }
+    }
+    EXPECT_GT(count, 3);
+}
+
+TEST_F(CommandTableTest, TheTableIsPrintedAsData)
+{
+    const json table = json::parse(Run({"commands", "-o", "json"}).out);
+    EXPECT_EQ(table["v"], 1);
+    ASSERT_FALSE(table["commands"].empty());
+    for (const json& command : table["commands"]) {
+        EXPECT_FALSE(command["summary"].get<std::string>().empty());
+        for (const json& param : command["parameters"]) {
+            EXPECT_FALSE(param["help"].get<std::string>().empty()) << command["path"] << param["name"];
+        }
+    }
+    EXPECT_THAT(Run({"commands"}).out, HasSubstr("plan create"));
+}
+
+TEST_F(CommandTableTest, EveryManualPageIsCleanMdoc)
+{
+    std::vector<std::string> pages = {""};
+    for (const Noun& noun : Nouns()) {
+        pages.emplace_back(noun.name);
+    }
+    for (const std::string& page : pages) {
+        const ChildResult manual = page.empty() ? Run({"manual"}) : Run({"manual", page});
+        ASSERT_EQ(manual.exit, 0) << manual.err;
+        WriteFile("page.1", manual.out);
+        ChildOptions options = m_options;
+        options.environment["PATH"] = "/usr/bin:/bin";
+        ChildProcess mandoc("/usr/bin/mandoc", {"-Tlint", "-Wwarning", "page.1"}, options);
+        const ChildResult result = mandoc.Finish();
+        EXPECT_EQ(result.exit, 0) << page << '\n' << result.out << result.err;
+    }
+    EXPECT_EQ(Run({"manual", "nothing"}).exit, 3);
+}
+
+TEST_F(CommandTableTest, WordsOptionsAndChoicesAreCompleted)
+{
+    EXPECT_THAT(Completed({"pl"}), ElementsAre("plan"));
+    EXPECT_THAT(Completed({"plan", "as"}), ElementsAre("assign"));
+    EXPECT_THAT(Completed({"plan", "assign", "--rec"}), ElementsAre("--recursive"));
+    EXPECT_THAT(Completed({"plan", "assign", "--"}), AllOf(Contains("--yes"), Contains("--dry-run"), Contains("--db")));
+    EXPECT_THAT(Completed({"plan", "list", "-o", "js"}), ElementsAre("json", "jsonl"));
+    EXPECT_THAT(Completed({"completion", ""}), ElementsAre("bash", "fish", "zsh"));
+    EXPECT_THAT(Completed({"nonsense", "x"}), IsEmpty());
+}
+
+TEST_F(CommandTableTest, NamesAreCompletedFromTheDirectory)
+{
+    EXPECT_THAT(Completed({"plan", "show", ""}), IsEmpty()) << "where there is no directory";
+    Init();
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"plan", "create", "Nightly"},
+                                                  {"plan", "create", "Nachts um drei"},
+                                                  {"user", "create", "amy"},
+                                                  {"view", "create", "Company"},
+                                                  {"group", "create", "/Company/Sales"}}) {
+        ASSERT_EQ(Run(words).exit, 0);
+    }
+    EXPECT_THAT(Completed({"plan", "show", "n"}), ElementsAre("Nachts um drei", "Nightly"));
+    EXPECT_THAT(Completed({"plan", "of", "us"}), ElementsAre("user:"));
+    EXPECT_THAT(Completed({"plan", "of", "user:a"}), ElementsAre("user:amy"));
+    EXPECT_THAT(Completed({"plan", "assign", "Nightly", "group:/Comp"}), Contains("group:/Company/Sales"));
+    EXPECT_THAT(Completed({"--db", "sqlite:/nowhere/x.db", "plan", "show", "N"}), IsEmpty());
+}
+
+TEST_F(CommandTableTest, ScriptsOfShellsAreWellFormedAndBashesCompletes)
+{
+    Init();
+    ASSERT_EQ(Run({"plan", "create", "Nachts um drei"}).exit, 0);
+    ChildOptions options = m_options;
+    options.environment["PATH"] = "/usr/bin:/bin";
+    for (const std::string shell : {"bash", "zsh", "fish"}) {
+        const ChildResult script = Run({"completion", shell});
+        ASSERT_EQ(script.exit, 0) << script.err;
+        WriteFile("script", script.out);
+        ChildProcess check("/usr/bin/" + shell, {"-n", "script"}, options);
+        const ChildResult result = check.Finish();
+        EXPECT_EQ(result.exit, 0) << shell << ": " << result.err;
+    }
+    WriteFile("script", Run({"completion", "bash"}).out + "COMP_WORDS=(" QVADMIN_PROGRAM " plan show Na) COMP_CWORD=3\n"
+                                                          "COMP_LINE=\"${COMP_WORDS[*]}\" COMP_POINT=${#COMP_LINE}\n"
+                                                          "_qvadmin\nprintf '%s\\n' \"${COMPREPLY[@]}\"\n");
+    ChildProcess shell("/usr/bin/bash",
+                       {"--norc", "-c", "source /usr/share/bash-completion/bash_completion && source ./script"},
+                       options);
+    const ChildResult result = shell.Finish();
+    EXPECT_EQ(result.out, "Nachts\\ um\\ drei\n") << result.err;
+    EXPECT_EQ(Run({"completion", "tcsh"}).exit, 2);
+}
+
+} // namespace
