@@ -141,6 +141,19 @@ int ByHand::FindUser(const std::string& loginName)
     return Step(statement.get()) ? sqlite3_column_int(statement.get(), 0) : -1;
 }
 
+int ByHand::FindUserKept(const std::string& loginName)
+{
+    if (m_findUser == nullptr) {
+        constexpr std::string_view sql = "SELECT Col_ID FROM qv_User WHERE Col_LoginName = ?";
+        m_findUser = Prepare(sql.data(), sql.size());
+    }
+    sqlite3_stmt* const statement = m_findUser.get();
+    sqlite3_bind_text(statement, 1, loginName.data(), static_cast<int>(loginName.size()), SQLITE_STATIC);
+    const int id = Step(statement) ? sqlite3_column_int(statement, 0) : -1;
+    sqlite3_reset(statement);
+    return id;
+}
+
 bool ByHand::UserExists(const std::string& loginName)
 {
     std::array<char, 512> sql;

@@ -22,6 +22,8 @@ public:
     void Run(const char* sql);
     /// -1 when there is no such user.
     int FindUser(const std::string& loginName);
+    /// The same by a statement that is prepared once and bound to each name.
+    int FindUserKept(const std::string& loginName);
     bool UserExists(const std::string& loginName);
     void ListUsers(std::vector<unsigned>& ids, std::vector<std::string>& loginNames, std::vector<std::string>& names);
     void ListUsers(std::vector<unsigned>& ids, std::vector<std::string>& loginNames, std::vector<std::string>& names,
@@ -79,6 +81,7 @@ private:
                    std::vector<std::string>& names);
 
     std::unique_ptr<sqlite3, CloseFile> m_db;
+    Statement m_findUser; // of FindUserKept
 };
 
 } // namespace bench

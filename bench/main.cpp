@@ -33,15 +33,20 @@ constexpr int kTenThousand = 10'000;
 constexpr int kSavedRecords = 10'000;
 constexpr int kFew = 1'000;
 constexpr int kOneNameIn = 97;
+constexpr int kOneNameInFew = 7;
 constexpr int kLongRepetitions = 3;
 
 const std::vector<Pair> kUserPairs = {
-    {"user id by login name, of 10^6", "lookup/hand", "lookup/quorvel", 1.10},
-    {"login name taken?, of 10^6", "exists/hand", "exists/quorvel", 1.10},
-    {"list of 10^6 users, 3 arrays", "list3/hand", "list3/quorvel", 1.00},
-    {"list of 10^6 users, 9 arrays", "list9/hand", "list9/quorvel", 1.00},
+    {"user id by login name, of 10^4", "lookup4/hand", "lookup4/quorvel", 0.53},
+    {"user id, of 10^4 (base: kept by hand)", "lookup4/kept", "lookup4/quorvel", 0},
+    {"login name taken?, of 10^4", "exists4/hand", "exists4/quorvel", 0.53},
+    {"user id by login name, of 10^6", "lookup/hand", "lookup/quorvel", 0},
+    {"user id, of 10^6 (base: kept by hand)", "lookup/kept", "lookup/quorvel", 0},
+    {"login name taken?, of 10^6", "exists/hand", "exists/quorvel", 0},
+    {"list of 10^6 users, 3 arrays", "list3/hand", "list3/quorvel", 0.75},
+    {"list of 10^6 users, 9 arrays", "list9/hand", "list9/quorvel", 0.65},
     {"list of 10^5 users as records", "records/hand", "records/quorvel", 1.25},
-    {"10^4 users added in one transaction", "save/hand", "save/quorvel", 1.10},
+    {"10^4 users added in one transaction", "save/hand", "save/quorvel", 0.25},
     {"oldest of 10^6 messages", "oldest/hand", "oldest/quorvel", 0},
     {"oldest of 10^6 messages (base: look-up)", "lookup/quorvel", "oldest/quorvel", 0},
     {"oldest of 10^6 messages (base: of 10^3)", "oldest_of_few/quorvel", "oldest/quorvel", 0},
@@ -104,18 +109,23 @@ std::vector<Peak> MeasurePeaks(const std::string& path)
 
 // ---- Cases -------------------------------------------------------------------------------------------------------
 
-void RegisterLookups(Directory& many, const std::vector<std::string>& names)
+/// @param size  the end of the cases' names.
+void RegisterLookups(Directory& directory, const std::vector<std::string>& names, const std::string& size)
 {
     const auto texts = std::make_shared<std::vector<CString>>(names.begin(), names.end());
-    Register("lookup/hand", [&](std::size_t i) { Require(many.hand.FindUser(names[i % names.size()]) > 0); });
-    Register("lookup/quorvel", [&many, texts](std::size_t i) {
+    Register("lookup" + size + "/hand",
+             [&](std::size_t i) { Require(directory.hand.FindUser(names[i % names.size()]) > 0); });
+    Register("lookup" + size + "/kept",
+             [&](std::size_t i) { Require(directory.hand.FindUserKept(names[i % names.size()]) > 0); });
+    Register("lookup" + size + "/quorvel", [&directory, texts](std::size_t i) {
         int id = 0;
-        Require(CQVBaseFun::GetHMIDByLoginName(many.conn, (*texts)[i % texts->size()], id) && id > 0);
+        Require(CQVBaseFun::GetHMIDByLoginName(directory.conn, (*texts)[i % texts->size()], id) && id > 0);
     });
-    Register("exists/hand", [&](std::size_t i) { Require(many.hand.UserExists(names[i % names.size()])); });
-    Register("exists/quorvel", [&many, texts](std::size_t i) {
+    Register("exists" + size + "/hand",
+             [&](std::size_t i) { Require(directory.hand.UserExists(names[i % names.size()])); });
+    Register("exists" + size + "/quorvel", [&directory, texts](std::size_t i) {
         bool exists = false;
-        Require(CQVBaseFun::ExistLoginName(many.conn, (*texts)[i % texts->size()], exists) && exists);
+        Require(CQVBaseFun::ExistLoginName(directory.conn, (*texts)[i % texts->size()], exists) && exists);
     });
 }
 
@@ -245,8 +255,10 @@ void RunAll()
     Directory mail5(files.mails[1]);
     Directory mail6(files.mails[2]);
     const std::vector<std::string> names = SomeLoginNames(files.many, kOneNameIn);
+    const std::vector<std::string> fewNames = SomeLoginNames(files.tenThousand, kOneNameInFew);
     const std::vector<Record> toSave = RecordsToSave();
-    RegisterLookups(many, names);
+    RegisterLookups(many, names, "");
+    RegisterLookups(tenThousand, fewNames, "4");
     RegisterLists(many);
     RegisterRecords(records);
     RegisterSaves(few, toSave);

@@ -2,9 +2,11 @@
 
 #include "dbaccess/StatementShape.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <list>
 #include <memory>
 #include <string>
@@ -169,7 +171,7 @@ private:
             const std::string_view value = literal.isText ? m_shape.UnescapeInPlace(text, literal)
                                                           : std::string_view(text + literal.begin, literal.length);
             // In the place of the closing quote, or of what ends a number: a literal touches no other.
-            text[value.data() - text + value.size()] = '\0';
+            text[static_cast<std::size_t>(value.data() - text) + value.size()] = '\0';
             kept.values[i] = {literal.isText, value, literal.number};
         }
     }

@@ -13,7 +13,7 @@ namespace dbaccess::sqlite {
 inline constexpr int kApplicationId = 0x5156444C;
 
 /// Opens "PATH?option=value..." or ":memory:". Options: mode=ro|rw|rwc (read only; must exist; made when missing, the
-/// default), busy_timeout=MILLISECONDS that a locked file is waited for (5000), kind=N.
+/// default), busy_timeout=MILLISECONDS that a locked file is waited for (5000), statement-cache=N, kind=N.
 /// @throws CAException, also for a file that is no SQLite file or belongs to another application.
 std::unique_ptr<Session> OpenSession(std::string_view location);
 
