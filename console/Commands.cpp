@@ -25,6 +25,7 @@
 
 #include <exception>
 #include <new>
+#include <optional>
 
 namespace console {
 
@@ -489,9 +490,10 @@ constexpr Command kCommands[] = {
 
 Exit RunTableCommand(const Request& request, Terminal& terminal)
 {
-    Opened opened(request.arguments);
+    std::optional<Opened> opened;
+    const auto open = [&]() -> CAConnect& { return opened.emplace(request.arguments).Directory().Connection(); };
     TerminalFrontEnd frontEnd(*request.tableCommand, request.given, request.arguments.format, terminal);
-    Call call(opened.Directory().Connection(), frontEnd, request.given.options);
+    Call call(open, frontEnd, request.given.options);
     return frontEnd.Finish(request.tableCommand->run(call, request.given));
 }
 

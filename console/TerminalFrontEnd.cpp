@@ -102,9 +102,13 @@ Secret TerminalFrontEnd::ObtainSecret(const SecretQuestion& question)
 void TerminalFrontEnd::ShowSecret(const Secret& secret)
 {
     if (WritesObject()) {
-        m_secret.emplace(secret.View());
+        Object().WriteMember("password", TextValue(std::string(secret.View())));
     } else {
-        PrintGenerated(secret, m_terminal);
+        m_terminal.out << secret.View() << '\n';
+    }
+    m_terminal.out.flush();
+    if (!m_terminal.out) {
+        throw Error(ErrorCode::failed, "the password that was made up cannot be printed; nothing was changed");
     }
 }
 
@@ -120,20 +124,26 @@ void TerminalFrontEnd::ShowProgress(long done, std::optional<long> total)
 
 bool TerminalFrontEnd::IsStopRequested() const noexcept { return Interrupt::Requested(); }
 
+JsonWriter& TerminalFrontEnd::Object()
+{
+    if (!m_object) {
+        m_object.emplace(m_terminal.out,
+                         m_format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
+        m_object->BeginObject();
+        m_object->WriteMember("v", std::int64_t{1});
+    }
+    return *m_object;
+}
+
 void TerminalFrontEnd::WriteObject(const Result& result)
 {
-    JsonWriter json(m_terminal.out, m_format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
-    json.BeginObject();
-    json.WriteMember("v", std::int64_t{1});
+    JsonWriter& json = Object();
     json.WriteMember("changed", result.isChanged);
     json.WriteMember("dry_run", m_given.options.dryRun);
     if (result.value) {
         json.WriteMember("value", *result.value);
     }
     json.WriteMembers(result.record);
-    if (m_secret) {
-        json.WriteMember("password", TextValue(std::string(m_secret->View())));
-    }
     json.WriteName("outcomes");
     json.BeginArray();
     for (const Outcome& outcome : m_outcomes) {

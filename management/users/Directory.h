@@ -17,6 +17,8 @@ namespace management {
 struct UserKey {
     int id;
     std::string login;
+
+    bool operator==(const UserKey&) const = default;
 };
 
 struct NamedUser {
