@@ -17,7 +17,6 @@
 #include "console/RoleCommands.h"
 #include "console/SettingCommands.h"
 #include "console/TerminalFrontEnd.h"
-#include "console/TitleCommands.h"
 #include "console/UserCommands.h"
 #include "console/ViewCommands.h"
 #include "management/Changes.h"
@@ -147,8 +146,6 @@ constexpr Command kCommands[] = {
      &user::Exists},
     {"user", "roles", "the roles of a user, that of every user among them", "  qvadmin user roles amy",
      &user::DeclareOne, &role::OfUser},
-    {"user", "titles", "the job titles of a user, and in which groups", "  qvadmin user titles amy", &user::DeclareOne,
-     &title::OfUser},
     {"user", "groups", "the groups and views that a user is in", "  qvadmin user groups amy", &user::DeclareOne,
      &member::OfUser},
     {"user", "import", "add the users of a file, row by row",
@@ -246,17 +243,6 @@ constexpr Command kCommands[] = {
      "  qvadmin role default\n"
      "  qvadmin role default --create",
      &role::DeclareDefault, &role::Default},
-
-    {"title", "give", "give a user a title inside a group",
-     "  qvadmin title give /Company/Sales amy Lead --description 'since May'", &title::DeclareGive, &title::Give},
-    {"title", "take", "take a title from a user", "  qvadmin title take /Company/Sales amy Lead", &title::DeclareOne,
-     &title::Take},
-    {"title", "list", "who holds which title inside a group",
-     "  qvadmin title list /Company/Sales\n"
-     "  qvadmin title list /Company/Sales Lead -o csv",
-     &title::DeclareList, &title::List},
-    {"title", "check", "print true or false; ends with 0 or 3", "  qvadmin title check /Company/Sales amy Lead",
-     &title::DeclareOne, &title::Check},
 
     {"member", "list", "the groups and users directly in a group or view",
      "  qvadmin member list /Company/Sales\n"

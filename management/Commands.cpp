@@ -7,12 +7,16 @@ namespace plans {
 std::span<const Command> PlanCommands();
 std::span<const Command> DocLogCommands();
 } // namespace plans
+namespace titles {
+std::span<const Command> TitleCommands();
+} // namespace titles
 
 const std::vector<Command>& Commands()
 {
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
-        for (const std::span<const Command> noun : {plans::PlanCommands(), plans::DocLogCommands()}) {
+        for (const std::span<const Command> noun :
+             {titles::TitleCommands(), plans::PlanCommands(), plans::DocLogCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;
