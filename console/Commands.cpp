@@ -8,7 +8,6 @@
 #include "console/ExplainCommand.h"
 #include "console/FolderCommands.h"
 #include "console/GroupCommands.h"
-#include "console/MemberCommands.h"
 #include "console/MessageCommands.h"
 #include "console/ObjectRightCommands.h"
 #include "console/Opened.h"
@@ -146,8 +145,6 @@ constexpr Command kCommands[] = {
      &user::Exists},
     {"user", "roles", "the roles of a user, that of every user among them", "  qvadmin user roles amy",
      &user::DeclareOne, &role::OfUser},
-    {"user", "groups", "the groups and views that a user is in", "  qvadmin user groups amy", &user::DeclareOne,
-     &member::OfUser},
     {"user", "import", "add the users of a file, row by row",
      "  qvadmin user import people.csv --dry-run\n"
      "  qvadmin user import people.csv\n"
@@ -243,17 +240,6 @@ constexpr Command kCommands[] = {
      "  qvadmin role default\n"
      "  qvadmin role default --create",
      &role::DeclareDefault, &role::Default},
-
-    {"member", "list", "the groups and users directly in a group or view",
-     "  qvadmin member list /Company/Sales\n"
-     "  qvadmin member list /Company -o json",
-     &member::DeclareList, &member::List},
-    {"member", "add", "make users members of a group or view", "  qvadmin member add /Company/Sales amy rory",
-     &member::DeclareUsers, &member::Add},
-    {"member", "remove", "end the membership of users in a group or view", "  qvadmin member remove /Company/Sales amy",
-     &member::DeclareUsers, &member::Remove},
-    {"member", "detach", "take a user out of all groups and views; asks first", "  qvadmin member detach amy",
-     &member::DeclareDetach, &member::Detach},
 
     {"right", "list", "the rights of an item by genre and function",
      "  qvadmin right list role:Editors\n"

@@ -2,7 +2,6 @@
 
 #include "console/Confirm.h"
 #include "console/Import.h"
-#include "console/MemberCommands.h"
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
 #include "console/Render.h"
@@ -55,6 +54,21 @@ void DeclareFields(CLI::App& app, Arguments& arguments, Field::Use narrowest)
     }
     words::DeclareOption(app, arguments, kDepartmentText);
     app.get_option(OptionOf(kDepartmentText))->excludes(OptionOf(Department()));
+}
+
+constexpr Field kDepartments{
+    "departments", "", {}, Field::Use::given, "make each department a group below this view, and its people members"};
+
+void DeclareDepartments(CLI::App& app, Arguments& arguments)
+{
+    const auto take = [&arguments](const std::string& view) { arguments.fields[&kDepartments] = view; };
+    app.add_option_function<std::string>(OptionOf(kDepartments), take, std::string(kDepartments.help))
+        ->type_name("VIEW");
+    auto* makeView = app.add_flag("--make-view", arguments.makeView, "make that view when it is not there")
+                         ->needs(OptionOf(kDepartments));
+    app.add_flag("--no-new-groups", arguments.noNewGroups, "rows of departments that have no group yet fail")
+        ->needs(OptionOf(kDepartments))
+        ->excludes(makeView);
 }
 
 /// The names with commas between, in lines that fit a terminal.
@@ -291,7 +305,7 @@ void DeclareImport(CLI::App& app, Arguments& arguments)
                    "where to write each row's outcome: FILE.result.csv if not given; - for standard output")
         ->type_name("FILE");
     app.add_flag("--update", arguments.update, "set the columns of users who are there; empty values leave theirs");
-    member::DeclareDepartments(app, arguments);
+    DeclareDepartments(app, arguments);
     app.add_flag("--allow-privileges", arguments.allowPrivileges,
                  "rows may change super, system and locked, and concern Admin");
     app.footer("Columns (login is needed, all others may be left out):\n" + Wrapped(ImportColumns()) + "\n" +
@@ -443,7 +457,7 @@ Exit Import(const Context& context)
                         .dryRun = arguments.dryRun,
                         .update = arguments.update,
                         .allowPrivileges = arguments.allowPrivileges,
-                        .departments = member::DepartmentsGiven(arguments),
+                        .departments = words::Given(arguments, kDepartments),
                         .makeView = arguments.makeView,
                         .makeGroups = !arguments.noNewGroups,
                         .inUse = FilesOf(ChooseUrl(arguments.db)),

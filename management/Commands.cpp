@@ -3,6 +3,9 @@
 namespace management {
 
 // The tables of the nouns; nothing else of them is known here.
+namespace organisation {
+std::span<const Command> MemberCommands();
+} // namespace organisation
 namespace plans {
 std::span<const Command> PlanCommands();
 std::span<const Command> DocLogCommands();
@@ -15,8 +18,8 @@ const std::vector<Command>& Commands()
 {
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
-        for (const std::span<const Command> noun :
-             {titles::TitleCommands(), plans::PlanCommands(), plans::DocLogCommands()}) {
+        for (const std::span<const Command> noun : {titles::TitleCommands(), organisation::MemberCommands(),
+                                                    plans::PlanCommands(), plans::DocLogCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;
