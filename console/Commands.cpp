@@ -13,7 +13,6 @@
 #include "console/Opened.h"
 #include "console/PasswordCommands.h"
 #include "console/RightCommands.h"
-#include "console/RoleCommands.h"
 #include "console/SettingCommands.h"
 #include "console/TerminalFrontEnd.h"
 #include "console/UserCommands.h"
@@ -143,8 +142,6 @@ constexpr Command kCommands[] = {
     {"user", "count", "print how many users there are", "  qvadmin user count", nullptr, &user::Count},
     {"user", "exists", "print true or false; ends with 0 or 3", "  qvadmin user exists amy", &user::DeclareExists,
      &user::Exists},
-    {"user", "roles", "the roles of a user, that of every user among them", "  qvadmin user roles amy",
-     &user::DeclareOne, &role::OfUser},
     {"user", "import", "add the users of a file, row by row",
      "  qvadmin user import people.csv --dry-run\n"
      "  qvadmin user import people.csv\n"
@@ -210,36 +207,6 @@ constexpr Command kCommands[] = {
      &view::Delete},
     {"view", "stamp", "write the view's id into the links of all users below it", "  qvadmin view stamp Company",
      &view::DeclareOne, &view::Stamp},
-
-    {"role", "list", "roles by name",
-     "  qvadmin role list\n"
-     "  qvadmin role list --domain 2 -o json",
-     &role::DeclareList, &role::List},
-    {"role", "show", "everything about a role",
-     "  qvadmin role show Editors\n"
-     "  qvadmin role show id:17 -o json",
-     &role::DeclareOne, &role::Show},
-    {"role", "create", "add a role and print the new id",
-     "  qvadmin role create Editors --description 'May change pages'", &role::DeclareCreate, &role::Create},
-    {"role", "set", "change what is given and leave all else",
-     "  qvadmin role set Editors --name Authors\n"
-     "  qvadmin role set Editors --description ''",
-     &role::DeclareSet, &role::Set},
-    {"role", "delete", "delete roles and what is kept about them elsewhere; asks first",
-     "  qvadmin role delete Editors\n"
-     "  qvadmin role delete id:17 id:18 --yes",
-     &role::DeclareDelete, &role::Delete},
-    {"role", "members", "the users who are linked to a role", "  qvadmin role members Editors", &role::DeclareOne,
-     &role::Members},
-    {"role", "add", "give users a role", "  qvadmin role add Editors amy rory", &role::DeclareUsers, &role::Add},
-    {"role", "remove", "take a role from users", "  qvadmin role remove Editors amy", &role::DeclareUsers,
-     &role::Remove},
-    {"role", "of", "the roles of a user, that of every user among them", "  qvadmin role of amy", &user::DeclareOne,
-     &role::OfUser},
-    {"role", "default", "show the role that every user has",
-     "  qvadmin role default\n"
-     "  qvadmin role default --create",
-     &role::DeclareDefault, &role::Default},
 
     {"right", "list", "the rights of an item by genre and function",
      "  qvadmin right list role:Editors\n"

@@ -10,6 +10,9 @@ namespace plans {
 std::span<const Command> PlanCommands();
 std::span<const Command> DocLogCommands();
 } // namespace plans
+namespace roles {
+std::span<const Command> RoleCommands();
+} // namespace roles
 namespace titles {
 std::span<const Command> TitleCommands();
 } // namespace titles
@@ -18,8 +21,9 @@ const std::vector<Command>& Commands()
 {
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
-        for (const std::span<const Command> noun : {titles::TitleCommands(), organisation::MemberCommands(),
-                                                    plans::PlanCommands(), plans::DocLogCommands()}) {
+        for (const std::span<const Command> noun :
+             {roles::RoleCommands(), titles::TitleCommands(), organisation::MemberCommands(), plans::PlanCommands(),
+              plans::DocLogCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

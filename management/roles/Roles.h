@@ -28,6 +28,8 @@ struct RoleScope {
 struct RoleKey {
     int id;
     std::string name;
+
+    bool operator==(const RoleKey&) const = default;
 };
 
 /// What a list shows of a role.
