@@ -11,7 +11,6 @@
 #include "console/MessageCommands.h"
 #include "console/ObjectRightCommands.h"
 #include "console/Opened.h"
-#include "console/PasswordCommands.h"
 #include "console/RightCommands.h"
 #include "console/SettingCommands.h"
 #include "console/TerminalFrontEnd.h"
@@ -126,12 +125,6 @@ constexpr Command kCommands[] = {
      "  qvadmin user rename amy amy.holt\n"
      "  qvadmin user rename amy amy.holt --generate",
      &user::DeclareRename, &user::Rename},
-    {"user", "password", "set and check a user's password",
-     "  qvadmin user password set amy\n"
-     "  qvadmin user password set amy --generate\n"
-     "  qvadmin user password check amy --password-file secret.txt\n"
-     "  qvadmin user password status amy",
-     &user::DeclarePassword, &user::Password},
     {"user", "lock", "keep users from logging in", "  qvadmin user lock amy rory", &user::DeclareSeveral, &user::Lock},
     {"user", "unlock", "let locked users log in again", "  qvadmin user unlock amy", &user::DeclareSeveral,
      &user::Unlock},

@@ -2,7 +2,7 @@
 
 #include "console/Confirm.h"
 #include "console/Opened.h"
-#include "console/PasswordCommands.h"
+#include "console/Secrets.h"
 #include "console/Render.h"
 #include "console/Words.h"
 #include "management/DatabaseError.h"

@@ -6,6 +6,9 @@ namespace management {
 namespace organisation {
 std::span<const Command> MemberCommands();
 } // namespace organisation
+namespace passwords {
+std::span<const Command> PasswordCommands();
+} // namespace passwords
 namespace plans {
 std::span<const Command> PlanCommands();
 std::span<const Command> DocLogCommands();
@@ -22,8 +25,8 @@ const std::vector<Command>& Commands()
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
         for (const std::span<const Command> noun :
-             {roles::RoleCommands(), titles::TitleCommands(), organisation::MemberCommands(), plans::PlanCommands(),
-              plans::DocLogCommands()}) {
+             {passwords::PasswordCommands(), roles::RoleCommands(), titles::TitleCommands(),
+              organisation::MemberCommands(), plans::PlanCommands(), plans::DocLogCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;
