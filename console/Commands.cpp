@@ -105,36 +105,6 @@ constexpr Command kCommands[] = {
      "  qvadmin --db mysql://quorvel@localhost/directory db copy sqlite:/srv/directory.db",
      &db::DeclareCopy, &db::Copy},
 
-    {"user", "list", "users by login name",
-     "  qvadmin user list\n"
-     "  qvadmin user list --locked --match sales --limit 20\n"
-     "  qvadmin -o csv user list > users.csv",
-     &user::DeclareList, &user::List},
-    {"user", "show", "everything about a user",
-     "  qvadmin user show amy\n"
-     "  qvadmin user show id:17 -o json",
-     &user::DeclareOne, &user::Show},
-    {"user", "create", "add a user and print the new id",
-     "  qvadmin user create amy --name 'Amy Porter' --sex female --birthday 1989-11-28", &user::DeclareCreate,
-     &user::Create},
-    {"user", "set", "change what is given and leave all else",
-     "  qvadmin user set amy --mobile '+44 7700 900001' --no-super\n"
-     "  qvadmin user set amy --birthday ''",
-     &user::DeclareSet, &user::Set},
-    {"user", "rename", "give a user another login name",
-     "  qvadmin user rename amy amy.holt\n"
-     "  qvadmin user rename amy amy.holt --generate",
-     &user::DeclareRename, &user::Rename},
-    {"user", "lock", "keep users from logging in", "  qvadmin user lock amy rory", &user::DeclareSeveral, &user::Lock},
-    {"user", "unlock", "let locked users log in again", "  qvadmin user unlock amy", &user::DeclareSeveral,
-     &user::Unlock},
-    {"user", "delete", "delete users and what is kept about them elsewhere; asks first",
-     "  qvadmin user delete amy\n"
-     "  qvadmin user delete id:17 id:18 --yes",
-     &user::DeclareDelete, &user::Delete},
-    {"user", "count", "print how many users there are", "  qvadmin user count", nullptr, &user::Count},
-    {"user", "exists", "print true or false; ends with 0 or 3", "  qvadmin user exists amy", &user::DeclareExists,
-     &user::Exists},
     {"user", "import", "add the users of a file, row by row",
      "  qvadmin user import people.csv --dry-run\n"
      "  qvadmin user import people.csv\n"

@@ -19,13 +19,16 @@ std::span<const Command> RoleCommands();
 namespace titles {
 std::span<const Command> TitleCommands();
 } // namespace titles
+namespace users {
+std::span<const Command> UserCommands();
+} // namespace users
 
 const std::vector<Command>& Commands()
 {
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
         for (const std::span<const Command> noun :
-             {passwords::PasswordCommands(), roles::RoleCommands(), titles::TitleCommands(),
+             {users::UserCommands(), passwords::PasswordCommands(), roles::RoleCommands(), titles::TitleCommands(),
               organisation::MemberCommands(), plans::PlanCommands(), plans::DocLogCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
