@@ -63,7 +63,7 @@ std::vector<OutputFile::InUse> FilesOf(const std::string& url)
 
 void DeclareOne(CLI::App& app, Arguments& arguments)
 {
-    app.add_option("USER", arguments.user, kUserHelp)->required()->type_name("");
+    app.add_option("USER", arguments.user, std::string(kUserHelp))->required()->type_name("");
 }
 
 void DeclareImport(CLI::App& app, Arguments& arguments)
