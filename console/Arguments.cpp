@@ -89,14 +89,14 @@ std::vector<std::string_view> NounNames()
 std::vector<std::string_view> VerbNames(std::string_view noun)
 {
     std::vector<std::string_view> names;
-    for (const Command& command : Commands()) {
-        if (command.noun == noun) {
-            names.push_back(command.verb);
-        }
-    }
     for (const management::Command* command : AllCommands()) {
         if (command->path[0] == noun && command->path[2].empty()) {
             names.push_back(command->path[1]);
+        }
+    }
+    for (const Command& command : Commands()) {
+        if (command.noun == noun) {
+            names.push_back(command.verb);
         }
     }
     return names;
@@ -177,6 +177,7 @@ void DeclareSingleWords(CLI::App& app, const std::vector<std::string>& words, Co
 /// Declares the verbs of a noun, and what those take that may be meant: declaring all takes longer than most commands.
 void DeclareVerbs(CLI::App& app, std::string_view noun, const std::vector<std::string>& words, Request& request)
 {
+    DeclareTableCommands(app, words, request.given);
     for (const Command& command : Commands()) {
         if (command.noun != noun) {
             continue;
@@ -187,7 +188,6 @@ void DeclareVerbs(CLI::App& app, std::string_view noun, const std::vector<std::s
             command.declare(*verb, request.arguments);
         }
     }
-    DeclareTableCommands(app, words, request.given);
 }
 
 void Declare(CLI::App& app, const std::vector<std::string>& words, Request& request)

@@ -18,14 +18,9 @@ struct Arguments {
 
     std::vector<std::string> users;
     std::string user;
-    std::string login;
     std::map<const Field*, std::string> fields; ///< as written
-    std::string match;
     std::optional<int> limit;
-    bool onlyLocked = false;
-    bool onlyActive = false;
     bool yes = false;
-    bool dropPassword = false;
     std::string file;
     std::optional<std::string> result;
     bool dryRun = false;

@@ -7,16 +7,12 @@
 #include "console/FolderCommands.h"
 #include "console/GroupCommands.h"
 #include "console/LocalCommand.h"
-#include "console/MemberCommands.h"
 #include "console/MessageCommands.h"
 #include "console/ObjectRightCommands.h"
 #include "console/Opened.h"
-#include "console/PasswordCommands.h"
 #include "console/RightCommands.h"
-#include "console/RoleCommands.h"
 #include "console/SettingCommands.h"
 #include "console/TerminalFrontEnd.h"
-#include "console/TitleCommands.h"
 #include "console/UserCommands.h"
 #include "console/ViewCommands.h"
 #include "management/Changes.h"
@@ -25,6 +21,7 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <optional>
 
 namespace console {
 
@@ -97,48 +94,6 @@ constexpr Noun kNouns[] = {
 };
 
 constexpr Command kCommands[] = {
-    {"user", "list", "users by login name",
-     "  qvadmin user list\n"
-     "  qvadmin user list --locked --match sales --limit 20\n"
-     "  qvadmin -o csv user list > users.csv",
-     &user::DeclareList, &user::List},
-    {"user", "show", "everything about a user",
-     "  qvadmin user show amy\n"
-     "  qvadmin user show id:17 -o json",
-     &user::DeclareOne, &user::Show},
-    {"user", "create", "add a user and print the new id",
-     "  qvadmin user create amy --name 'Amy Porter' --sex female --birthday 1989-11-28", &user::DeclareCreate,
-     &user::Create},
-    {"user", "set", "change what is given and leave all else",
-     "  qvadmin user set amy --mobile '+44 7700 900001' --no-super\n"
-     "  qvadmin user set amy --birthday ''",
-     &user::DeclareSet, &user::Set},
-    {"user", "rename", "give a user another login name",
-     "  qvadmin user rename amy amy.holt\n"
-     "  qvadmin user rename amy amy.holt --generate",
-     &user::DeclareRename, &user::Rename},
-    {"user", "password", "set and check a user's password",
-     "  qvadmin user password set amy\n"
-     "  qvadmin user password set amy --generate\n"
-     "  qvadmin user password check amy --password-file secret.txt\n"
-     "  qvadmin user password status amy",
-     &user::DeclarePassword, &user::Password},
-    {"user", "lock", "keep users from logging in", "  qvadmin user lock amy rory", &user::DeclareSeveral, &user::Lock},
-    {"user", "unlock", "let locked users log in again", "  qvadmin user unlock amy", &user::DeclareSeveral,
-     &user::Unlock},
-    {"user", "delete", "delete users and what is kept about them elsewhere; asks first",
-     "  qvadmin user delete amy\n"
-     "  qvadmin user delete id:17 id:18 --yes",
-     &user::DeclareDelete, &user::Delete},
-    {"user", "count", "print how many users there are", "  qvadmin user count", nullptr, &user::Count},
-    {"user", "exists", "print true or false; ends with 0 or 3", "  qvadmin user exists amy", &user::DeclareExists,
-     &user::Exists},
-    {"user", "roles", "the roles of a user, that of every user among them", "  qvadmin user roles amy",
-     &user::DeclareOne, &role::OfUser},
-    {"user", "titles", "the job titles of a user, and in which groups", "  qvadmin user titles amy", &user::DeclareOne,
-     &title::OfUser},
-    {"user", "groups", "the groups and views that a user is in", "  qvadmin user groups amy", &user::DeclareOne,
-     &member::OfUser},
 
     {"group", "tree", "draw the organisation, with how many people are where",
      "  qvadmin group tree\n"
@@ -198,58 +153,6 @@ constexpr Command kCommands[] = {
      &view::Delete},
     {"view", "stamp", "write the view's id into the links of all users below it", "  qvadmin view stamp Company",
      &view::DeclareOne, &view::Stamp},
-
-    {"role", "list", "roles by name",
-     "  qvadmin role list\n"
-     "  qvadmin role list --domain 2 -o json",
-     &role::DeclareList, &role::List},
-    {"role", "show", "everything about a role",
-     "  qvadmin role show Editors\n"
-     "  qvadmin role show id:17 -o json",
-     &role::DeclareOne, &role::Show},
-    {"role", "create", "add a role and print the new id",
-     "  qvadmin role create Editors --description 'May change pages'", &role::DeclareCreate, &role::Create},
-    {"role", "set", "change what is given and leave all else",
-     "  qvadmin role set Editors --name Authors\n"
-     "  qvadmin role set Editors --description ''",
-     &role::DeclareSet, &role::Set},
-    {"role", "delete", "delete roles and what is kept about them elsewhere; asks first",
-     "  qvadmin role delete Editors\n"
-     "  qvadmin role delete id:17 id:18 --yes",
-     &role::DeclareDelete, &role::Delete},
-    {"role", "members", "the users who are linked to a role", "  qvadmin role members Editors", &role::DeclareOne,
-     &role::Members},
-    {"role", "add", "give users a role", "  qvadmin role add Editors amy rory", &role::DeclareUsers, &role::Add},
-    {"role", "remove", "take a role from users", "  qvadmin role remove Editors amy", &role::DeclareUsers,
-     &role::Remove},
-    {"role", "of", "the roles of a user, that of every user among them", "  qvadmin role of amy", &user::DeclareOne,
-     &role::OfUser},
-    {"role", "default", "show the role that every user has",
-     "  qvadmin role default\n"
-     "  qvadmin role default --create",
-     &role::DeclareDefault, &role::Default},
-
-    {"title", "give", "give a user a title inside a group",
-     "  qvadmin title give /Company/Sales amy Lead --description 'since May'", &title::DeclareGive, &title::Give},
-    {"title", "take", "take a title from a user", "  qvadmin title take /Company/Sales amy Lead", &title::DeclareOne,
-     &title::Take},
-    {"title", "list", "who holds which title inside a group",
-     "  qvadmin title list /Company/Sales\n"
-     "  qvadmin title list /Company/Sales Lead -o csv",
-     &title::DeclareList, &title::List},
-    {"title", "check", "print true or false; ends with 0 or 3", "  qvadmin title check /Company/Sales amy Lead",
-     &title::DeclareOne, &title::Check},
-
-    {"member", "list", "the groups and users directly in a group or view",
-     "  qvadmin member list /Company/Sales\n"
-     "  qvadmin member list /Company -o json",
-     &member::DeclareList, &member::List},
-    {"member", "add", "make users members of a group or view", "  qvadmin member add /Company/Sales amy rory",
-     &member::DeclareUsers, &member::Add},
-    {"member", "remove", "end the membership of users in a group or view", "  qvadmin member remove /Company/Sales amy",
-     &member::DeclareUsers, &member::Remove},
-    {"member", "detach", "take a user out of all groups and views; asks first", "  qvadmin member detach amy",
-     &member::DeclareDetach, &member::Detach},
 
     {"right", "list", "the rights of an item by genre and function",
      "  qvadmin right list role:Editors\n"
@@ -477,9 +380,10 @@ Exit RunTableCommand(const Request& request, Terminal& terminal)
     if (own != LocalCommands().end()) {
         return own->run({request.given, request.arguments, terminal});
     }
-    Opened opened(request.arguments);
+    std::optional<Opened> opened;
+    const auto open = [&]() -> CAConnect& { return opened.emplace(request.arguments).Directory().Connection(); };
     TerminalFrontEnd frontEnd(*request.tableCommand, request.given, request.arguments.format, terminal);
-    Call call(opened.Directory().Connection(), frontEnd, request.given.options);
+    Call call(open, frontEnd, request.given.options);
     return frontEnd.Finish(request.tableCommand->run(call, request.given));
 }
 

@@ -3,7 +3,6 @@
 #include "basefun/ItemTypes.h"
 #include "console/Confirm.h"
 #include "console/Opened.h"
-#include "console/PasswordCommands.h"
 #include "console/Render.h"
 #include "console/UserCommands.h"
 #include "console/Words.h"

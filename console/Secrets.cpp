@@ -137,18 +137,8 @@ void DeclareSecretSource(CLI::App& app, SecretSource& source, const std::string&
     app.add_option_function<std::string>("--" + noun, refuse)->group("");
 }
 
-void DeclareGenerated(CLI::App& app, SecretSource& source)
-{
-    app.add_flag("--generate", source.generated, "make up a password and print it")
-        ->excludes("--password-stdin")
-        ->excludes("--password-file");
-}
-
 Secret ObtainSecret(const SecretSource& source, const SecretQuestion& question, Terminal& terminal)
 {
-    if (source.generated) {
-        return GeneratedPassword();
-    }
     if (source.file) {
         return ReadFile(*source.file, question.name);
     }
@@ -161,14 +151,6 @@ Secret ObtainSecret(const SecretSource& source, const SecretQuestion& question, 
                     fmt::format("there is no terminal to ask for the {} on; add {}", question.name, question.advice));
     }
     return AskAsOftenAsNeeded(question, terminal);
-}
-
-void PrintGenerated(const Secret& password, Terminal& terminal)
-{
-    terminal.out << password.View() << std::endl;
-    if (!terminal.out) {
-        throw Error(ErrorCode::failed, "the password that was made up cannot be printed; nothing was changed");
-    }
 }
 
 } // namespace console

@@ -2,8 +2,8 @@
 
 #include "console/Confirm.h"
 #include "console/Opened.h"
-#include "console/PasswordCommands.h"
 #include "console/Render.h"
+#include "console/Secrets.h"
 #include "console/Words.h"
 #include "management/DatabaseError.h"
 #include "management/Text.h"
@@ -230,10 +230,10 @@ void DeclareEncryptionKey(CLI::App& app, Arguments& /*arguments*/)
     Options() = {};
     SettingOptions& options = Options();
     app.require_subcommand(0, 1);
-    AddThirdWord(app, "show", "whether there is one", options.keyRun, &ShowKey)
+    words::AddThirdWord(app, "show", "whether there is one", options.keyRun, &ShowKey)
         ->add_flag("--reveal", options.reveal, "print the key too");
-    DeclareSecretSource(*AddThirdWord(app, "set", "set or replace it", options.keyRun, &SetKey), options.keySource,
-                        "key");
+    DeclareSecretSource(*words::AddThirdWord(app, "set", "set or replace it", options.keyRun, &SetKey),
+                        options.keySource, "key");
 }
 
 // ---- Any setting ----------------------------------------------------------------------------------------------------

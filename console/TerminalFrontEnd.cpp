@@ -41,6 +41,15 @@ TableWriter& TerminalFrontEnd::Writer()
 
 bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row) { return Writer().Write(row); }
 
+bool TerminalFrontEnd::TakeTreeRow(const std::vector<Value>& row, const std::string& line)
+{
+    if (m_format != Format::table) {
+        return TakeRow(row);
+    }
+    m_terminal.out << line << '\n';
+    return !m_terminal.out.fail();
+}
+
 void TerminalFrontEnd::TakeOutcome(const Outcome& outcome)
 {
     if (WritesObject()) {
@@ -93,9 +102,13 @@ Secret TerminalFrontEnd::ObtainSecret(const SecretQuestion& question)
 void TerminalFrontEnd::ShowSecret(const Secret& secret)
 {
     if (WritesObject()) {
-        m_secret.emplace(secret.View());
+        Object().WriteMember("password", TextValue(std::string(secret.View())));
     } else {
-        PrintGenerated(secret, m_terminal);
+        m_terminal.out << secret.View() << '\n';
+    }
+    m_terminal.out.flush();
+    if (!m_terminal.out) {
+        throw Error(ErrorCode::failed, "the password that was made up cannot be printed; nothing was changed");
     }
 }
 
@@ -111,20 +124,26 @@ void TerminalFrontEnd::ShowProgress(long done, std::optional<long> total)
 
 bool TerminalFrontEnd::IsStopRequested() const noexcept { return Interrupt::Requested(); }
 
+JsonWriter& TerminalFrontEnd::Object()
+{
+    if (!m_object) {
+        m_object.emplace(m_terminal.out,
+                         m_format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
+        m_object->BeginObject();
+        m_object->WriteMember("v", std::int64_t{1});
+    }
+    return *m_object;
+}
+
 void TerminalFrontEnd::WriteObject(const Result& result)
 {
-    JsonWriter json(m_terminal.out, m_format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
-    json.BeginObject();
-    json.WriteMember("v", std::int64_t{1});
+    JsonWriter& json = Object();
     json.WriteMember("changed", result.isChanged);
     json.WriteMember("dry_run", m_given.options.dryRun);
     if (result.value) {
         json.WriteMember("value", *result.value);
     }
     json.WriteMembers(result.record);
-    if (m_secret) {
-        json.WriteMember("password", TextValue(std::string(m_secret->View())));
-    }
     json.WriteName("outcomes");
     json.BeginArray();
     for (const Outcome& outcome : m_outcomes) {
@@ -146,9 +165,12 @@ Exit TerminalFrontEnd::Finish(const Result& result)
     if (m_progress) {
         m_progress->Clear();
     }
-    if (WritesObject()) {
+    // Without rows, a table still has its header, and a drawn tree nothing.
+    const bool isTable = m_writer || (m_command.effect == Effect::read && !m_command.columns.empty() &&
+                                      !(m_command.isTree && m_format == Format::table));
+    if (WritesObject() && !result.isRead) {
         WriteObject(result);
-    } else if (m_given.options.dryRun) {
+    } else if (m_given.options.dryRun && !result.isRead) {
         m_terminal.err << "dry run: nothing was changed\n";
     } else if (!result.record.empty()) {
         Render(m_format, result.record, m_terminal.out);
@@ -156,7 +178,7 @@ Exit TerminalFrontEnd::Finish(const Result& result)
         Render(m_format, *result.value, m_terminal.out);
     } else if (result.verdict) {
         m_terminal.out << (*result.verdict ? "true\n" : "false\n");
-    } else if (!m_command.columns.empty()) {
+    } else if (isTable) {
         Writer().Finish();
     }
     if (result.verdict && !*result.verdict) {

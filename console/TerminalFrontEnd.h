@@ -19,6 +19,7 @@ public:
     TerminalFrontEnd(const management::Command& command, const CommandLine& given, Format format, Terminal& terminal);
 
     bool TakeRow(const std::vector<Value>& row) override;
+    bool TakeTreeRow(const std::vector<Value>& row, const std::string& line) override;
     void TakeOutcome(const Outcome& outcome) override;
     void Confirm(const Plan& plan) override;
     [[nodiscard]] bool CanAsk() const override;
@@ -36,6 +37,7 @@ public:
 private:
     [[nodiscard]] bool WritesObject() const;
     TableWriter& Writer();
+    JsonWriter& Object();
     void WriteObject(const Result& result);
 
     const management::Command& m_command;
@@ -45,7 +47,7 @@ private:
     std::optional<TableWriter> m_writer;
     std::optional<Progress> m_progress;
     std::vector<Outcome> m_outcomes;
-    std::optional<Secret> m_secret;
+    std::optional<JsonWriter> m_object; ///< once begun: it is not ended where the command fails after that
 };
 
 } // namespace console

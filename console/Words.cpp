@@ -53,6 +53,14 @@ void DeclareLimit(CLI::App& app, Arguments& arguments)
         ->check(CLI::Range(1, std::numeric_limits<int>::max(), ""));
 }
 
+CLI::App* AddThirdWord(CLI::App& verb, const std::string& name, const std::string& summary,
+                       Exit (*&chosen)(const Context&), Exit (*run)(const Context&))
+{
+    CLI::App* word = verb.add_subcommand(name, summary);
+    word->group("Verbs")->fallthrough()->callback([&chosen, run] { chosen = run; });
+    return word;
+}
+
 std::size_t LimitOf(const Arguments& arguments)
 {
     return static_cast<std::size_t>(arguments.limit.value_or(std::numeric_limits<int>::max()));

@@ -32,6 +32,9 @@ void DeclareWords(CLI::App& app, Arguments& arguments, const char* name, const s
 void DeclareLimit(CLI::App& app, Arguments& arguments);
 /// As many as there can be where it was not given.
 std::size_t LimitOf(const Arguments& arguments);
+/// A third word of the command line, below a noun's verb: its app, which sets `chosen` to `run` when it is named.
+CLI::App* AddThirdWord(CLI::App& verb, const std::string& name, const std::string& summary,
+                       Exit (*&chosen)(const Context&), Exit (*run)(const Context&));
 
 /// What was written for it.
 std::optional<std::string> Given(const Arguments& arguments, const Field& field);

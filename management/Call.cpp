@@ -32,6 +32,14 @@ Result Unchanged()
     return result;
 }
 
+Directory& Call::Directory() const
+{
+    if (!m_directory) {
+        m_directory.emplace(m_open());
+    }
+    return *m_directory;
+}
+
 void Call::Confirm(const Plan& plan)
 {
     Plan asked = plan;
@@ -39,6 +47,13 @@ void Call::Confirm(const Plan& plan)
         asked.question.clear();
     }
     m_frontEnd.Confirm(asked);
+}
+
+void Call::ShowSecret(const Secret& secret) const
+{
+    if (!m_options.dryRun) {
+        m_frontEnd.ShowSecret(secret);
+    }
 }
 
 void Change::Finish()

@@ -4,6 +4,7 @@
 #include "management/FrontEnd.h"
 #include "management/users/Directory.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -25,6 +26,7 @@ struct Result {
     Record record;
     std::optional<bool> verdict;
     bool isChanged = true; ///< of a command that writes: whether there was anything to change
+    bool isRead = false;   ///< of a command that writes what it is given: it was given nothing, and only reads
 };
 
 Result ResultOf(Value value);
@@ -36,14 +38,18 @@ Result Unchanged();
 /// One run of one command: what its body works with. Lives on one thread.
 class Call {
 public:
-    /// @param conn  of a directory of this program's version. It and the front end outlive this.
-    Call(CAConnect& conn, FrontEnd& frontEnd, CallOptions options)
-        : m_directory(conn), m_frontEnd(frontEnd), m_options(std::move(options))
+    /// Gives the connection of a directory of this program's version, which outlives the call.
+    using Open = std::function<CAConnect&()>;
+
+    /// @param open  is called once, when the directory is first needed: a command that cannot be carried out anyway
+    /// opens none. What it throws comes out there. @param frontEnd  outlives this.
+    Call(Open open, FrontEnd& frontEnd, CallOptions options)
+        : m_open(std::move(open)), m_frontEnd(frontEnd), m_options(std::move(options))
     {
     }
 
-    [[nodiscard]] CAConnect& Connection() const { return m_directory.Connection(); }
-    [[nodiscard]] management::Directory& Directory() { return m_directory; }
+    [[nodiscard]] CAConnect& Connection() const { return Directory().Connection(); }
+    [[nodiscard]] management::Directory& Directory() const;
     [[nodiscard]] FrontEnd& Front() const { return m_frontEnd; }
     [[nodiscard]] const CallOptions& Options() const { return m_options; }
 
@@ -53,15 +59,24 @@ public:
     {
         return m_frontEnd.TakeRow(MakeRow(std::forward<Values>(values)...));
     }
+    /// The same of a command whose rows are a tree. @param line  see FrontEnd::TakeTreeRow.
+    template <class... Values>
+    bool TreeRow(const std::string& line, Values&&... values) const
+    {
+        return m_frontEnd.TakeTreeRow(MakeRow(std::forward<Values>(values)...), line);
+    }
     /// Keeps an outcome until the change that it tells of lasts.
     void Report(Outcome outcome) { m_outcomes.push_back(std::move(outcome)); }
     /// Shows a plan and asks, unless that is not to be done.
     void Confirm(const Plan& plan);
+    /// Shows a secret that was made up, before it is stored, unless all is undone anyway.
+    void ShowSecret(const Secret& secret) const;
 
 private:
     friend class Change;
 
-    management::Directory m_directory;
+    Open m_open;
+    mutable std::optional<management::Directory> m_directory;
     FrontEnd& m_frontEnd;
     CallOptions m_options;
     std::vector<Outcome> m_outcomes;

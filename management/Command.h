@@ -137,6 +137,7 @@ struct Command {
     std::string_view route = {}; ///< of a server, such as "/users/{USER}/rename"; empty: none
     std::vector<ParamInfo> (*params)() = &NoParams;
     std::span<const Column> columns = {}; ///< of what it gives; none: nothing, one value, or a verdict
+    bool isTree = false;                  ///< its rows come by FrontEnd::TakeTreeRow
     Result (*run)(Call& call, const ArgumentSource& source) = nullptr;
 };
 
@@ -210,13 +211,17 @@ void Read(const Param<In>& param, const ArgumentSource& source, In& in)
         param.target);
 }
 
-/// The input struct of a table of parameters, filled. @throws Error (invalid).
+/// The input struct of a table of parameters, filled and, where it has a `void Check() const`, checked by it: what can
+/// be told without the directory. @throws Error (invalid).
 template <auto& Params>
 auto ReadInput(const ArgumentSource& source)
 {
     typename std::remove_cvref_t<decltype(Params[0])>::Input in;
     for (const auto& param : Params) {
         Read(param, source, in);
+    }
+    if constexpr (requires { in.Check(); }) {
+        in.Check();
     }
     return in;
 }
@@ -258,6 +263,32 @@ Result Write(Call& call, const ArgumentSource& source)
     return result;
 }
 
+/// Runs `Result Show(Call&, const In&)`, which only reads, when the member of the input has no value or is a flag that
+/// is off, and otherwise `Result Body(Call&, const In&)` inside one Change.
+template <auto Member, auto Show, auto Body, auto& Params>
+Result ReadOrWrite(Call& call, const ArgumentSource& source)
+{
+    if (static_cast<bool>(binding::ReadInput<Params>(source).*Member)) {
+        return Write<Body, Params>(call, source);
+    }
+    Result result = Read<Show, Params>(call, source);
+    result.isChanged = false;
+    result.isRead = true;
+    return result;
+}
+
+/// Works a plan out once more, inside the Change that carries it out. @throws Error (conflict) when it differs from
+/// what was shown.
+template <auto PlanOf, class In, class Planned>
+Planned PlanAgain(Call& call, const In& in, const Planned& shown)
+{
+    Planned present = PlanOf(call, in);
+    if (!(shown == present)) {
+        ThrowChanged(shown.nothingDone);
+    }
+    return present;
+}
+
 /// Runs `Planned PlanOf(Call&, const In&)`, shows the plan and asks, works it out once more inside a Change, refuses
 /// when it differs from what was shown, and runs `Result Body(Call&, const In&, const Planned&)` inside the same
 /// Change. Planned is a Plan or derived from it, and comparable.
@@ -268,11 +299,26 @@ Result WritePlanned(Call& call, const ArgumentSource& source)
     const auto shown = PlanOf(call, in);
     call.Confirm(shown);
     Change change(call);
-    const auto present = PlanOf(call, in);
-    if (!(shown == present)) {
-        ThrowChanged(shown.nothingDone);
-    }
+    const auto present = PlanAgain<PlanOf>(call, in, shown);
     Result result = Body(call, in, present);
+    change.Finish();
+    return result;
+}
+
+/// Runs `Planned PlanOf(Call&, const In&)`, shows the plan and asks, calls `Obtained SecretOf(Call&, const In&, const
+/// Planned&)` once and before the Change, so that nobody waits for what somebody types, works the plan out once more
+/// inside the Change, refuses when it differs, and runs `Result Body(Call&, const In&, const Planned&, const
+/// Obtained&)` inside the same Change.
+template <auto PlanOf, auto SecretOf, auto Body, auto& Params>
+Result WriteWithSecret(Call& call, const ArgumentSource& source)
+{
+    const auto in = binding::ReadInput<Params>(source);
+    const auto shown = PlanOf(call, in);
+    call.Confirm(shown);
+    const auto secret = SecretOf(call, in, shown);
+    Change change(call);
+    const auto present = PlanAgain<PlanOf>(call, in, shown);
+    Result result = Body(call, in, present, secret);
     change.Finish();
     return result;
 }

@@ -3,16 +3,33 @@
 namespace management {
 
 // The tables of the nouns; nothing else of them is known here.
+namespace organisation {
+std::span<const Command> MemberCommands();
+} // namespace organisation
+namespace passwords {
+std::span<const Command> PasswordCommands();
+} // namespace passwords
 namespace plans {
 std::span<const Command> PlanCommands();
 std::span<const Command> DocLogCommands();
 } // namespace plans
+namespace roles {
+std::span<const Command> RoleCommands();
+} // namespace roles
+namespace titles {
+std::span<const Command> TitleCommands();
+} // namespace titles
+namespace users {
+std::span<const Command> UserCommands();
+} // namespace users
 
 const std::vector<Command>& Commands()
 {
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
-        for (const std::span<const Command> noun : {plans::PlanCommands(), plans::DocLogCommands()}) {
+        for (const std::span<const Command> noun :
+             {users::UserCommands(), passwords::PasswordCommands(), roles::RoleCommands(), titles::TitleCommands(),
+              organisation::MemberCommands(), plans::PlanCommands(), plans::DocLogCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

@@ -31,7 +31,7 @@ namespace {
 
 constexpr std::string_view kIdPrefix = "id:";
 
-struct TraceKind {
+struct ReferenceKind {
     std::string_view noun;
     std::string_view table;
     std::string_view condition; ///< {0} the id, {1} the type
@@ -41,14 +41,14 @@ constexpr std::string_view kEitherSide =
     "(Col_DQvItemID = {0} AND Col_DQvItemType = {1}) OR (Col_QvItemID = {0} AND Col_QvItemType = {1})";
 constexpr std::string_view kHolderSide = "Col_QvItemID = {0} AND Col_QvItemType = {1}";
 
-constexpr TraceKind kTraceKinds[] = {
+constexpr ReferenceKind kReferenceKinds[] = {
     {"relation", "qv_Relation", kEitherSide},
     {"right", "qv_ItemAce", kHolderSide},
     {"right between items", "qv_BIIAce", kEitherSide},
     {"right on documents", "Tab_BIOAce", kHolderSide},
 };
 
-std::string StatementOn(const TraceKind& kind, std::string_view verb, int id)
+std::string StatementOn(const ReferenceKind& kind, std::string_view verb, int id)
 {
     const std::string condition = fmt::format(fmt::runtime(kind.condition), id, kItemTypeRole);
     return fmt::format("{} FROM {} WHERE {}", verb, kind.table, condition);
@@ -102,7 +102,7 @@ bool IsDefaultName(const std::string& name, const RoleScope& scope)
     return SameName(name, kDefaultRole) && SameName(scope.application, kOwnApplication);
 }
 
-void RefuseTaken(Roles& roles, const std::string& name, const RoleScope& scope, std::optional<int> except)
+void RequireFreeRoleName(Roles& roles, const std::string& name, const RoleScope& scope, std::optional<int> except)
 {
     for (const RoleKey& other : roles.FindAll(name, scope)) {
         if (other.id != except) {
@@ -138,7 +138,7 @@ void CheckNewName(Roles& roles, const RoleKey& role, const RoleData& stored, con
         throw Error(ErrorCode::isProtected,
                     fmt::format("{} is the role of every user and keeps its name", Named(role)));
     }
-    RefuseTaken(roles, name, stored.scope, role.id);
+    RequireFreeRoleName(roles, name, stored.scope, role.id);
     if (IsDefaultName(name, stored.scope)) {
         throw Error(ErrorCode::isProtected, fmt::format("{} would become the role of every user, with all its rights; "
                                                         "`qvadmin role default --create` makes that role",
@@ -258,14 +258,14 @@ std::optional<RoleKey> Roles::Default()
 
 std::vector<Reference> Roles::References(int id)
 {
-    std::vector<Reference> traces;
-    for (const TraceKind& kind : kTraceKinds) {
+    std::vector<Reference> references;
+    for (const ReferenceKind& kind : kReferenceKinds) {
         const int count = Number(StatementOn(kind, "SELECT COUNT(*)", id));
         if (count > 0) {
-            traces.push_back({kind.noun, count});
+            references.push_back({kind.noun, count});
         }
     }
-    return traces;
+    return references;
 }
 
 std::vector<UserRole> Roles::OfUser(int userId)
@@ -327,7 +327,7 @@ void Roles::Change(int id, const std::optional<std::string>& name, const std::op
 void Roles::Delete(int id)
 {
     Run(m_conn, [&] { return CQVBaseFun::DeleteRole(m_conn, id); });
-    for (const TraceKind& kind : kTraceKinds) {
+    for (const ReferenceKind& kind : kReferenceKinds) {
         Execute(StatementOn(kind, "DELETE", id));
     }
 }
@@ -494,7 +494,7 @@ bool Roles::HoldsTitle(int groupId, int userId, std::string_view title)
     return !HeldAs(groupId, userId, title).empty();
 }
 
-void Roles::RefuseConfusedTitle(int groupId, int userId, std::string_view title)
+void Roles::RequireDistinctTitle(int groupId, int userId, std::string_view title)
 {
     const std::string condition = ConditionOn(groupId, userId);
     if (const auto other = FindConfused(m_conn, "qv_JobTitle", "Col_DQvItemID", "Col_JobTitle", title, condition)) {
@@ -507,7 +507,7 @@ void Roles::RefuseConfusedTitle(int groupId, int userId, std::string_view title)
 
 void Roles::GiveTitle(const HeldTitle& title)
 {
-    RefuseConfusedTitle(title.groupId, title.userId, title.title);
+    RequireDistinctTitle(title.groupId, title.userId, title.title);
     RequireFits(
         m_conn, "qv_JobTitle",
         {{"the title", "Col_JobTitle", title.title}, {"the description", "Col_JobTitle_Desc", title.description}});
@@ -523,7 +523,7 @@ void Roles::GiveTitle(const HeldTitle& title)
 void Roles::TakeTitle(int groupId, int userId, std::string_view title)
 {
     for (const std::string& held : HeldAs(groupId, userId, title)) {
-        RefuseConfusedTitle(groupId, userId, held);
+        RequireDistinctTitle(groupId, userId, held);
         Run(m_conn, [&] {
             return CQVBaseFun::DeleteJobTitle(m_conn, groupId, kItemTypeGroup, userId, kItemTypeUser,
                                               EscapeLiteral(held));
@@ -565,7 +565,7 @@ std::vector<RoleKey> FindRoles(Roles& roles, const std::vector<std::string>& arg
 int CreateRole(Roles& roles, const RoleData& role)
 {
     CheckName("role", role.name);
-    RefuseTaken(roles, role.name, role.scope, std::nullopt);
+    RequireFreeRoleName(roles, role.name, role.scope, std::nullopt);
     // The module looks for the default role in all domains, so there must not be another one in any.
     const std::optional<RoleKey> everyone = roles.Default();
     if (everyone && IsDefaultName(role.name, role.scope)) {

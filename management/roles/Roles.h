@@ -28,6 +28,8 @@ struct RoleScope {
 struct RoleKey {
     int id;
     std::string name;
+
+    bool operator==(const RoleKey&) const = default;
 };
 
 /// What a list shows of a role.
@@ -103,15 +105,14 @@ public:
     std::optional<RoleData> Load(int id);
     /// The role that every user has; nothing when it is missing.
     std::optional<RoleKey> Default();
-    /// What stands elsewhere about a role; kinds of which there is nothing are left out.
+    /// What names a role elsewhere; kinds of which there is nothing are left out.
     std::vector<Reference> References(int id);
     /// The roles linked to a user, each once, and the default role, by application, domain and name.
     std::vector<UserRole> OfUser(int userId);
 
     /// Adds a role; to be called in a transaction. @return the new id.
     int Create(const RoleData& role);
-    /// Writes name and description of a role.
-    /// Writes what is given and nothing else.
+    /// Writes what is given of a role's name and description, and nothing else.
     void Change(int id, const std::optional<std::string>& name, const std::optional<std::string>& description);
     /// Deletes the role and what References counts.
     void Delete(int id);
@@ -154,7 +155,7 @@ private:
     static std::string ConditionOn(int groupId, int userId);
     /// The spellings in which a user holds a title.
     std::vector<std::string> HeldAs(int groupId, int userId, std::string_view title);
-    void RefuseConfusedTitle(int groupId, int userId, std::string_view title);
+    void RequireDistinctTitle(int groupId, int userId, std::string_view title);
     template <class Write>
     void Save(std::string_view what, Write write);
 

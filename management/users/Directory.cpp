@@ -34,14 +34,14 @@ constexpr CString CHumanItem::*kPlainTexts[] = {&CHumanItem::m_strPWord,        
                                                 &CHumanItem::m_strOfficePostCode, &CHumanItem::m_strOfficePhone,
                                                 &CHumanItem::m_strOfficeFax,      &CHumanItem::m_strPicture};
 
-struct TraceKind {
+struct ReferenceKind {
     std::string_view noun;
     std::string_view table;
     std::string_view condition;
 };
 
 // Users are directory items of type 1; relations and rights name an item by id and type.
-constexpr TraceKind kTraceKinds[] = {
+constexpr ReferenceKind kReferenceKinds[] = {
     {"relation", "qv_Relation",
      "(Col_DQvItemID = {0} AND Col_DQvItemType = 1) OR (Col_QvItemID = {0} AND Col_QvItemType = 1)"},
     {"job title", "qv_JobTitle", "Col_DQvItemID = {0} AND Col_DQvItemType = 1"},
@@ -52,7 +52,7 @@ constexpr TraceKind kTraceKinds[] = {
     {"backup plan link", "Tab_Doc_Backup_Rel", "Col_QvItem_ID = {0} AND Col_QvItem_Type = 1"},
 };
 
-std::string StatementOn(const TraceKind& kind, std::string_view verb, int id)
+std::string StatementOn(const ReferenceKind& kind, std::string_view verb, int id)
 {
     return fmt::format("{} FROM {} WHERE {}", verb, kind.table, fmt::format(fmt::runtime(kind.condition), id));
 }
@@ -249,14 +249,14 @@ std::optional<FieldValues> Directory::Load(int id)
 
 std::vector<Reference> Directory::References(int id)
 {
-    std::vector<Reference> traces;
-    for (const TraceKind& kind : kTraceKinds) {
+    std::vector<Reference> references;
+    for (const ReferenceKind& kind : kReferenceKinds) {
         const int count = Number(StatementOn(kind, "SELECT COUNT(*)", id));
         if (count > 0) {
-            traces.push_back({kind.noun, count});
+            references.push_back({kind.noun, count});
         }
     }
-    return traces;
+    return references;
 }
 
 // ---- Writes ---------------------------------------------------------------------------------------------------------
@@ -343,7 +343,7 @@ bool Directory::Delete(int id)
     if (Exists(id)) {
         return false;
     }
-    for (const TraceKind& kind : kTraceKinds) {
+    for (const ReferenceKind& kind : kReferenceKinds) {
         Execute(StatementOn(kind, "DELETE", id));
     }
     return true;

@@ -17,6 +17,8 @@ namespace management {
 struct UserKey {
     int id;
     std::string login;
+
+    bool operator==(const UserKey&) const = default;
 };
 
 struct NamedUser {
@@ -98,7 +100,7 @@ public:
               const std::function<bool(const ListedUser&)>& take);
     /// All columns of a user; nothing when there is no such user.
     std::optional<FieldValues> Load(int id);
-    /// What stands elsewhere about a user; kinds of which there is nothing are left out.
+    /// What names a user elsewhere; kinds of which there is nothing are left out.
     std::vector<Reference> References(int id);
 
     // ---- Writes -----------------------------------------------------------------------------------------------------

@@ -80,7 +80,7 @@ int StoredNumber(const Stored& value)
     return number;
 }
 
-[[noreturn]] void Refuse(const Field& field, const std::string& text, std::string_view expected)
+[[noreturn]] void ThrowInvalid(const Field& field, const std::string& text, std::string_view expected)
 {
     throw Error(ErrorCode::invalid, fmt::format("{} {} is not {}", field.name, Quoted(text), expected));
 }
@@ -92,7 +92,7 @@ std::string ParseSex(const Field& field, const std::string& text)
             return std::to_string(i);
         }
     }
-    Refuse(field, text, "0, 1, 2, unknown, male or female");
+    ThrowInvalid(field, text, "0, 1, 2, unknown, male or female");
 }
 
 std::string ParseNumber(const Field& field, const std::string& text)
@@ -102,7 +102,7 @@ std::string ParseNumber(const Field& field, const std::string& text)
     }
     const std::optional<int> number = AsNumber(text);
     if (!number) {
-        Refuse(field, text, "a whole number");
+        ThrowInvalid(field, text, "a whole number");
     }
     return std::to_string(*number);
 }
@@ -119,7 +119,7 @@ std::string ParseFlag(const Field& field, const std::string& text)
             return "0";
         }
     }
-    Refuse(field, text, "yes or no");
+    ThrowInvalid(field, text, "yes or no");
 }
 
 std::optional<COleDateTime> ReadDate(std::string_view text)
@@ -145,7 +145,7 @@ Stored ParseDate(const Field& field, const std::string& text)
     // From year 1000 on all engines and the C library agree on four digits.
     const std::optional<COleDateTime> date = ReadDate(text);
     if (text.size() != 10 || !date || date->GetYear() < 1000) {
-        Refuse(field, text, "a date (YYYY-MM-DD)");
+        ThrowInvalid(field, text, "a date (YYYY-MM-DD)");
     }
     return text;
 }

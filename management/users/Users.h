@@ -5,12 +5,16 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace management {
 
 /// Stands in place of a password that was dropped. No digest looks so; an empty text would fit the empty password.
 inline constexpr const char* kFitsNothing = "!";
+
+/// What FindUser understands, for help texts.
+inline constexpr std::string_view kUserHelp = "login name, or id:NUMBER, or login:TEXT";
 
 // What an administrator does with users, made of the directory's operations. Nothing here begins a transaction: the
 // functions that change something are to be called in one.

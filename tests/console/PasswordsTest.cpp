@@ -273,20 +273,28 @@ TEST_F(PasswordCommandsTest, APasswordFileMayBeAPipe)
 
 TEST_F(PasswordCommandsTest, AGeneratedPasswordIsPrintedAndFits)
 {
-    const ChildResult result = Run({"user", "password", "set", "amy", "--generate", "-o", "json"});
+    const ChildResult result = Run({"user", "password", "set", "amy", "--generate"});
     EXPECT_EQ(result.exit, 0);
     ASSERT_THAT(result.out, MatchesRegex("[a-z2-9]{20}\n"));
     EXPECT_THAT(result.err, Not(HasSubstr(result.out.substr(0, 20))));
     EXPECT_EQ(Check("amy", result.out.substr(0, 20)), 0);
+    const ChildResult asObject = Run({"user", "password", "set", "amy", "--generate", "-o", "json"});
+    EXPECT_EQ(asObject.exit, 0);
+    EXPECT_EQ(asObject.err, "");
+    const std::string password = json::parse(asObject.out).at("password");
+    EXPECT_THAT(password, MatchesRegex("[a-z2-9]{20}"));
+    EXPECT_EQ(Check("amy", password), 0);
 }
 
 TEST_F(PasswordCommandsTest, AGeneratedPasswordThatNobodyCanReadIsNotKept)
 {
     SetPassword("amy", "s3cret");
     m_options.output = "/dev/full";
-    const ChildResult result = Run({"user", "password", "set", "amy", "--generate"});
-    EXPECT_EQ(result.exit, 1);
-    EXPECT_THAT(result.err, HasSubstr("nothing was changed"));
+    for (const char* format : {"table", "json"}) {
+        const ChildResult result = Run({"user", "password", "set", "amy", "--generate", "-o", format});
+        EXPECT_EQ(result.exit, 1) << format;
+        EXPECT_THAT(result.err, HasSubstr("nothing was changed")) << format;
+    }
     m_options.output.reset();
     EXPECT_EQ(Check("amy", "s3cret"), 0);
 }
@@ -305,7 +313,8 @@ TEST_F(PasswordCommandsTest, WhatIsNoPasswordIsRefusedWithoutBeingRepeated)
     ExpectRefusal(Run({"user", "password", "set", "amy", "--generate", "--type", "3"}), 2, "--type");
     ExpectRefusal(Run({"user", "password", "set", "nobody", "--generate"}), 3, "nobody");
     ExpectRefusal(Run({"user", "password"}), 2, "name what to do");
-    ExpectRefusal(Run({"user", "password", "frob"}), 2, "'frob' is not expected");
+    ExpectRefusal(Run({"user", "password", "frob"}), 2,
+                  "user password has no verb 'frob'; there are set, check, status");
     EXPECT_EQ(Status("amy")["set"], false);
 }
 

@@ -1,0 +1,211 @@
+#include "basefun/ItemTypes.h"
+#include "management/Command.h"
+#include "management/Text.h"
+#include "management/organisation/DepartmentSync.h"
+#include "management/organisation/Organisation.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace management::organisation {
+
+namespace {
+
+constexpr std::string_view kHolderHelp = "/VIEW or /VIEW/GROUP, or id:NUMBER of a group, or view:NUMBER";
+
+// ---- Parameters -----------------------------------------------------------------------------------------------------
+
+struct OneHolder {
+    std::string holder;
+};
+
+constexpr Param<OneHolder> kListParams[] = {{"GROUP", &OneHolder::holder, Kind::holder, kHolderHelp}};
+
+struct HolderAndUsers {
+    std::string holder;
+    std::vector<std::string> users;
+};
+
+constexpr Param<HolderAndUsers> kUsersParams[] = {
+    {"GROUP", &HolderAndUsers::holder, Kind::holder, kHolderHelp},
+    {"USER", &HolderAndUsers::users, Kind::user, kUserHelp},
+};
+
+struct OneUser {
+    std::string user;
+};
+
+constexpr Param<OneUser> kUserParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
+
+constexpr Column kListColumns[] = {{"type"}, {"id", Kind::number}, {"login"}, {"name"}};
+constexpr Column kOfUserColumns[] = {{"type"}, {"id", Kind::number}, {"path"}};
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+Result List(Call& call, const OneHolder& in)
+{
+    const Organisation organisation(call.Connection());
+    const ItemKey holder = organisation.FindHolder(in.holder);
+    for (const std::size_t child : organisation.Find(holder)->children) {
+        const Place& group = organisation.Places()[child];
+        if (!call.Row("group", std::int64_t{group.key.id}, Value(), group.name)) {
+            return {};
+        }
+    }
+    Roles(call.Connection()).UsersOf(holder, [&call](const LinkedUser& user) {
+        return call.Row("user", std::int64_t{user.id}, user.login, user.name);
+    });
+    return {};
+}
+
+Result OfUser(Call& call, const OneUser& in)
+{
+    const Organisation organisation(call.Connection());
+    const UserKey user = FindUser(call.Directory(), in.user);
+    for (const ItemKey holder : Roles(call.Connection()).HoldersOf({kItemTypeUser, user.id})) {
+        if (!call.Row(holder.type == kItemTypeView ? "view" : "group", std::int64_t{holder.id},
+                      organisation.PathOf(holder))) {
+            break;
+        }
+    }
+    return {};
+}
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+/// How memberships are changed.
+struct MembershipChange {
+    bool (Roles::*change)(ItemKey, int);   ///< gives whether there was anything to do
+    decltype(SyncJoined)* syncDepartments; ///< of those users whose membership has changed
+    std::string_view outcome;
+    std::string_view done;
+    std::string_view notNeeded;
+};
+
+constexpr MembershipChange kJoining = {&Roles::Link, &SyncJoined, "added", "is now a member of",
+                                       "is a member already of"};
+constexpr MembershipChange kLeaving = {&Roles::Unlink, &SyncLeft, "removed", "is no longer a member of",
+                                       "was no member of"};
+
+void ReportDepartments(Call& call, std::size_t users)
+{
+    if (users > 0) {
+        call.Report({"user", 0, "", "department_changed", DepartmentsChanged(users)});
+    }
+}
+
+Result ChangeMembers(Call& call, const HolderAndUsers& in, const MembershipChange& change)
+{
+    const Organisation organisation(call.Connection());
+    Roles roles(call.Connection());
+    const ItemKey holder = organisation.FindHolder(in.holder);
+    const std::string name = organisation.Named(holder);
+    std::vector<int> changedUsers;
+    for (const UserKey& user : FindUsers(call.Directory(), in.users)) {
+        const bool isChanged = (roles.*change.change)(holder, user.id);
+        call.Report({"user", user.id, user.login, isChanged ? change.outcome : "unchanged",
+                     fmt::format("{} {} {}", Named(user), isChanged ? change.done : change.notNeeded, name)});
+        if (isChanged) {
+            changedUsers.push_back(user.id);
+        }
+    }
+    ReportDepartments(call, change.syncDepartments(organisation, holder, changedUsers));
+    return changedUsers.empty() ? Unchanged() : Result();
+}
+
+Result Add(Call& call, const HolderAndUsers& in) { return ChangeMembers(call, in, kJoining); }
+Result Remove(Call& call, const HolderAndUsers& in) { return ChangeMembers(call, in, kLeaving); }
+
+/// A user and all that the user is to leave.
+struct Detachment : Plan {
+    UserKey user;
+    std::vector<ItemKey> holders;
+
+    bool operator==(const Detachment&) const = default;
+};
+
+Detachment PlanDetachment(Call& call, const OneUser& in)
+{
+    const Organisation organisation(call.Connection());
+    Detachment detachment;
+    detachment.nothingDone = "no membership was ended";
+    detachment.user = FindUser(call.Directory(), in.user);
+    detachment.holders = Roles(call.Connection()).HoldersOf({kItemTypeUser, detachment.user.id});
+    detachment.removed = detachment.holders.size();
+    for (const ItemKey holder : detachment.holders) {
+        detachment.lines.push_back(fmt::format("leave {}", organisation.Named(holder)));
+    }
+    if (!detachment.holders.empty()) {
+        detachment.question =
+            fmt::format("End {} of {}?", Counted(detachment.holders.size(), "membership"), Named(detachment.user));
+    }
+    return detachment;
+}
+
+Result Detach(Call& call, const OneUser& /*in*/, const Detachment& detachment)
+{
+    const UserKey& user = detachment.user;
+    const std::vector<ItemKey>& holders = detachment.holders;
+    if (holders.empty()) {
+        call.Report(
+            {"user", user.id, user.login, "unchanged", fmt::format("{} is in no group and no view", Named(user))});
+        return Unchanged();
+    }
+    const Organisation organisation(call.Connection());
+    Roles roles(call.Connection());
+    std::size_t departments = 0;
+    for (const ItemKey holder : holders) {
+        roles.Unlink(holder, user.id);
+        departments = std::max(departments, SyncLeft(organisation, holder, {user.id}));
+    }
+    call.Report({"user", user.id, user.login, "removed",
+                 fmt::format("ended {} of {}{}", Counted(holders.size(), "membership"), Named(user),
+                             WithDepartments(departments))});
+    return {};
+}
+
+constexpr Command kCommands[] = {
+    {.path = {"member", "list"},
+     .summary = "the groups and users directly in a group or view",
+     .examples = "  qvadmin member list /Company/Sales\n"
+                 "  qvadmin member list /Company -o json",
+     .effect = Effect::read,
+     .params = &InfosOf<kListParams>,
+     .columns = kListColumns,
+     .run = &Read<&List, kListParams>},
+    {.path = {"member", "add"},
+     .summary = "make users members of a group or view",
+     .examples = "  qvadmin member add /Company/Sales amy rory",
+     .effect = Effect::create,
+     .params = &InfosOf<kUsersParams>,
+     .run = &Write<&Add, kUsersParams>},
+    {.path = {"member", "remove"},
+     .summary = "end the membership of users in a group or view",
+     .examples = "  qvadmin member remove /Company/Sales amy",
+     .effect = Effect::remove,
+     .params = &InfosOf<kUsersParams>,
+     .run = &Write<&Remove, kUsersParams>},
+    {.path = {"member", "detach"},
+     .summary = "take a user out of all groups and views; asks first",
+     .examples = "  qvadmin member detach amy",
+     .effect = Effect::remove,
+     .asks = true,
+     .params = &InfosOf<kUserParams>,
+     .run = &WritePlanned<&PlanDetachment, &Detach, kUserParams>},
+    {.path = {"user", "groups"},
+     .summary = "the groups and views that a user is in",
+     .examples = "  qvadmin user groups amy",
+     .effect = Effect::read,
+     .params = &InfosOf<kUserParams>,
+     .columns = kOfUserColumns,
+     .run = &Read<&OfUser, kUserParams>},
+};
+
+} // namespace
+
+std::span<const Command> MemberCommands() { return kCommands; }
+
+} // namespace management::organisation

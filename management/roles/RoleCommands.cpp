@@ -1,0 +1,407 @@
+#include "basefun/ItemTypes.h"
+#include "management/Command.h"
+#include "management/References.h"
+#include "management/Text.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace management::roles {
+
+namespace {
+
+constexpr std::string_view kRoleHelp = "name, case not counting, or id:NUMBER";
+constexpr std::string_view kDescriptionHelp = "what it is for";
+
+// ---- Parameters -----------------------------------------------------------------------------------------------------
+
+/// Whose roles are meant.
+struct ScopeInput {
+    std::optional<int> domain;
+    std::optional<std::string> application;
+
+    [[nodiscard]] RoleScope Scope() const
+    {
+        return {application.value_or(std::string(kOwnApplication)), domain.value_or(0)};
+    }
+};
+
+template <class In>
+constexpr Param<In> kDomainParam{"domain", &In::domain, Kind::number,
+                                 "number of the domain whose roles are meant; 0 if not given"};
+template <class In>
+constexpr Param<In> kApplicationParam{"app", &In::application, Kind::text,
+                                      "application whose roles are meant; this system's if not given"};
+
+constexpr Param<ScopeInput> kScopeParams[] = {kDomainParam<ScopeInput>, kApplicationParam<ScopeInput>};
+
+struct OneRole : ScopeInput {
+    std::string role;
+};
+
+constexpr Param<OneRole> kOneParams[] = {
+    {"ROLE", &OneRole::role, Kind::role, kRoleHelp}, kDomainParam<OneRole>, kApplicationParam<OneRole>};
+
+struct NewRole : ScopeInput {
+    std::string name;
+    std::optional<std::string> description;
+
+    void Check() const { CheckName("role", name); }
+};
+
+constexpr Param<NewRole> kCreateParams[] = {
+    {"NAME", &NewRole::name, Kind::text, "name of the new role"},
+    {"description", &NewRole::description, Kind::text, kDescriptionHelp},
+    kDomainParam<NewRole>,
+    kApplicationParam<NewRole>,
+};
+
+struct RoleToSet : OneRole {
+    std::optional<std::string> name;
+    std::optional<std::string> description;
+
+    void Check() const
+    {
+        if (!name && !description) {
+            throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin role set --help` lists what can be");
+        }
+    }
+};
+
+constexpr Param<RoleToSet> kSetParams[] = {
+    {"ROLE", &RoleToSet::role, Kind::role, kRoleHelp},
+    kDomainParam<RoleToSet>,
+    kApplicationParam<RoleToSet>,
+    {"name", &RoleToSet::name, Kind::text, "name to have from now on"},
+    {"description", &RoleToSet::description, Kind::text, kDescriptionHelp},
+};
+
+struct SeveralRoles : ScopeInput {
+    std::vector<std::string> roles;
+};
+
+constexpr Param<SeveralRoles> kSeveralParams[] = {
+    {"ROLE", &SeveralRoles::roles, Kind::role, kRoleHelp},
+    kDomainParam<SeveralRoles>,
+    kApplicationParam<SeveralRoles>,
+};
+
+struct RoleAndUsers : OneRole {
+    std::vector<std::string> users;
+};
+
+constexpr Param<RoleAndUsers> kUsersParams[] = {
+    {"ROLE", &RoleAndUsers::role, Kind::role, kRoleHelp},
+    {"USER", &RoleAndUsers::users, Kind::user, kUserHelp},
+    kDomainParam<RoleAndUsers>,
+    kApplicationParam<RoleAndUsers>,
+};
+
+struct OneUser {
+    std::string user;
+};
+
+constexpr Param<OneUser> kOfUserParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
+
+struct DefaultRole {
+    bool create = false;
+};
+
+constexpr Param<DefaultRole> kDefaultParams[] = {
+    {"create", &DefaultRole::create, Kind::flag, "add the role when it is missing"}};
+
+constexpr Column kListColumns[] = {{"id", Kind::number}, {"name"}, {"description"}, {"members", Kind::number}};
+constexpr Column kRoleColumns[] = {{"id", Kind::number},
+                                   {"name"},
+                                   {"description"},
+                                   {"application"},
+                                   {"domain", Kind::number},
+                                   {"creator"},
+                                   {"created", Kind::date},
+                                   {"sort_index", Kind::number},
+                                   {"disabled", Kind::flag},
+                                   {"genre"},
+                                   {"class_id", Kind::number},
+                                   {"type", Kind::number},
+                                   {"members", Kind::number}};
+constexpr Column kMembersColumns[] = {{"id", Kind::number}, {"login"}, {"name"}};
+constexpr Column kOfUserColumns[] = {{"id", Kind::number},     {"name"},
+                                     {"description"},          {"application"},
+                                     {"domain", Kind::number}, {"default", Kind::flag}};
+
+// ---- What is meant --------------------------------------------------------------------------------------------------
+
+Outcome OutcomeOf(const RoleKey& role, std::string_view outcome, std::string sentence)
+{
+    return {"role", role.id, role.name, outcome, std::move(sentence)};
+}
+
+Record AsRecord(Roles& roles, const RoleKey& role)
+{
+    const std::optional<RoleData> data = roles.Load(role.id);
+    if (!data) {
+        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(role)));
+    }
+    std::int64_t members = 0;
+    roles.UsersOf({kItemTypeRole, role.id}, [&members](const LinkedUser&) { return ++members > 0; });
+    return {
+        {"id", std::int64_t{role.id}},
+        {"name", data->name},
+        {"description", data->description},
+        {"application", data->scope.application},
+        {"domain", std::int64_t{data->scope.domainId}},
+        {"creator", data->creator},
+        {"created", data->created ? Value(*data->created) : Value()},
+        {"sort_index", std::int64_t{data->sortIndex}},
+        {"disabled", data->disabled},
+        {"genre", data->genre},
+        {"class_id", std::int64_t{data->classId}},
+        {"type", std::int64_t{data->type}},
+        {"members", members},
+    };
+}
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+Result List(Call& call, const ScopeInput& in)
+{
+    for (const ListedRole& role : Roles(call.Connection()).List(in.Scope())) {
+        if (!call.Row(std::int64_t{role.id}, role.name, role.description, std::int64_t{role.members})) {
+            break;
+        }
+    }
+    return {};
+}
+
+Result Show(Call& call, const OneRole& in)
+{
+    Roles roles(call.Connection());
+    return ResultOf(AsRecord(roles, FindRole(roles, in.role, in.Scope())));
+}
+
+Result Members(Call& call, const OneRole& in)
+{
+    Roles roles(call.Connection());
+    const RoleKey role = FindRole(roles, in.role, in.Scope());
+    roles.UsersOf({kItemTypeRole, role.id},
+                  [&call](const LinkedUser& user) { return call.Row(std::int64_t{user.id}, user.login, user.name); });
+    return {};
+}
+
+Result OfUser(Call& call, const OneUser& in)
+{
+    const UserKey user = FindUser(call.Directory(), in.user);
+    for (const UserRole& role : Roles(call.Connection()).OfUser(user.id)) {
+        if (!call.Row(std::int64_t{role.id}, role.name, role.description, role.scope.application,
+                      std::int64_t{role.scope.domainId}, role.isDefault)) {
+            break;
+        }
+    }
+    return {};
+}
+
+Result ShowDefault(Call& call, const DefaultRole& /*in*/)
+{
+    Roles roles(call.Connection());
+    const std::optional<RoleKey> everyone = roles.Default();
+    if (!everyone) {
+        throw Error(ErrorCode::notFound,
+                    fmt::format("there is no role {}; `qvadmin role default --create` makes it", kDefaultRole));
+    }
+    return ResultOf(AsRecord(roles, *everyone));
+}
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+Result Create(Call& call, const NewRole& in)
+{
+    RoleData role;
+    role.name = in.name;
+    role.description = in.description.value_or("");
+    role.scope = in.Scope();
+    Roles roles(call.Connection());
+    return ResultOf(Value(std::int64_t{CreateRole(roles, role)}));
+}
+
+Result Set(Call& call, const RoleToSet& in)
+{
+    Roles roles(call.Connection());
+    const RoleKey role = FindRole(roles, in.role, in.Scope());
+    if (!ChangeRole(roles, role, in.name, in.description)) {
+        call.Report(OutcomeOf(role, "unchanged", fmt::format("nothing to change in {}", Named(role))));
+        return Unchanged();
+    }
+    call.Report(OutcomeOf(role, "changed", fmt::format("changed {}", Named(role))));
+    return {};
+}
+
+struct Deletion : Plan {
+    std::vector<RoleKey> roles;
+
+    bool operator==(const Deletion&) const = default;
+};
+
+Deletion PlanDeletion(Call& call, const SeveralRoles& in)
+{
+    Roles roles(call.Connection());
+    Deletion deletion;
+    deletion.roles = FindRoles(roles, in.roles, in.Scope());
+    for (const RoleKey& role : deletion.roles) {
+        if (IsProtected(roles, role)) {
+            throw Error(ErrorCode::isProtected,
+                        fmt::format("{} is the role of every user and stays; nothing was deleted", Named(role)));
+        }
+    }
+    deletion.removed = deletion.roles.size();
+    for (const RoleKey& role : deletion.roles) {
+        const std::vector<Reference> references = roles.References(role.id);
+        deletion.removed += CountOf(references);
+        deletion.lines.push_back(fmt::format("delete {}{}", Named(role), WithReferences(references)));
+    }
+    deletion.question = fmt::format("Delete {}?", Counted(deletion.roles.size(), "role"));
+    return deletion;
+}
+
+Result Delete(Call& call, const SeveralRoles& /*in*/, const Deletion& deletion)
+{
+    Roles roles(call.Connection());
+    for (const RoleKey& role : deletion.roles) {
+        roles.Delete(role.id);
+    }
+    const RoleKey named = deletion.roles.size() == 1 ? deletion.roles.front() : RoleKey{};
+    call.Report(OutcomeOf(named, "deleted", fmt::format("deleted {}", Counted(deletion.roles.size(), "role"))));
+    return {};
+}
+
+/// How the links of users to a role are changed.
+struct LinkChange {
+    bool (Roles::*change)(ItemKey, int); ///< gives whether there was anything to do
+    std::string_view outcome;
+    std::string_view done;
+    std::string_view notNeeded;
+};
+
+constexpr LinkChange kAdding = {&Roles::Link, "added", "now has", "already has"};
+constexpr LinkChange kRemoving = {&Roles::Unlink, "removed", "no longer has", "was not linked to"};
+
+Result ChangeMembers(Call& call, const RoleAndUsers& in, const LinkChange& change)
+{
+    Roles roles(call.Connection());
+    const RoleKey role = FindRole(roles, in.role, in.Scope());
+    Result result = Unchanged();
+    for (const UserKey& user : FindUsers(call.Directory(), in.users)) {
+        const bool isChanged = (roles.*change.change)({kItemTypeRole, role.id}, user.id);
+        call.Report({"user", user.id, user.login, isChanged ? change.outcome : "unchanged",
+                     fmt::format("{} {} {}", Named(user), isChanged ? change.done : change.notNeeded, Named(role))});
+        result.isChanged = result.isChanged || isChanged;
+    }
+    return result;
+}
+
+Result Add(Call& call, const RoleAndUsers& in) { return ChangeMembers(call, in, kAdding); }
+Result Remove(Call& call, const RoleAndUsers& in) { return ChangeMembers(call, in, kRemoving); }
+
+Result CreateDefault(Call& call, const DefaultRole& in)
+{
+    Roles roles(call.Connection());
+    const bool isMissing = !roles.Default();
+    if (isMissing) {
+        RoleData role;
+        role.name = kDefaultRole;
+        const RoleKey created{CreateRole(roles, role), role.name};
+        call.Report(OutcomeOf(created, "created", fmt::format("created {}", Named(created))));
+    }
+    Result result = ShowDefault(call, in);
+    result.isChanged = isMissing;
+    return result;
+}
+
+constexpr Command kCommands[] = {
+    {.path = {"role", "list"},
+     .summary = "roles by name",
+     .examples = "  qvadmin role list\n"
+                 "  qvadmin role list --domain 2 -o json",
+     .effect = Effect::read,
+     .params = &InfosOf<kScopeParams>,
+     .columns = kListColumns,
+     .run = &Read<&List, kScopeParams>},
+    {.path = {"role", "show"},
+     .summary = "everything about a role",
+     .examples = "  qvadmin role show Editors\n"
+                 "  qvadmin role show id:17 -o json",
+     .effect = Effect::read,
+     .params = &InfosOf<kOneParams>,
+     .columns = kRoleColumns,
+     .run = &Read<&Show, kOneParams>},
+    {.path = {"role", "create"},
+     .summary = "add a role and print the new id",
+     .examples = "  qvadmin role create Editors --description 'May change pages'",
+     .effect = Effect::create,
+     .params = &InfosOf<kCreateParams>,
+     .run = &Write<&Create, kCreateParams>},
+    {.path = {"role", "set"},
+     .summary = "change what is given and leave all else",
+     .examples = "  qvadmin role set Editors --name Authors\n"
+                 "  qvadmin role set Editors --description ''",
+     .effect = Effect::change,
+     .params = &InfosOf<kSetParams>,
+     .run = &Write<&Set, kSetParams>},
+    {.path = {"role", "delete"},
+     .summary = "delete roles and what is kept about them elsewhere; asks first",
+     .examples = "  qvadmin role delete Editors\n"
+                 "  qvadmin role delete id:17 id:18 --yes",
+     .effect = Effect::remove,
+     .asks = true,
+     .params = &InfosOf<kSeveralParams>,
+     .run = &WritePlanned<&PlanDeletion, &Delete, kSeveralParams>},
+    {.path = {"role", "members"},
+     .summary = "the users who are linked to a role",
+     .examples = "  qvadmin role members Editors",
+     .effect = Effect::read,
+     .params = &InfosOf<kOneParams>,
+     .columns = kMembersColumns,
+     .run = &Read<&Members, kOneParams>},
+    {.path = {"role", "add"},
+     .summary = "give users a role",
+     .examples = "  qvadmin role add Editors amy rory",
+     .effect = Effect::create,
+     .params = &InfosOf<kUsersParams>,
+     .run = &Write<&Add, kUsersParams>},
+    {.path = {"role", "remove"},
+     .summary = "take a role from users",
+     .examples = "  qvadmin role remove Editors amy",
+     .effect = Effect::remove,
+     .params = &InfosOf<kUsersParams>,
+     .run = &Write<&Remove, kUsersParams>},
+    {.path = {"role", "of"},
+     .summary = "the roles of a user, that of every user among them",
+     .examples = "  qvadmin role of amy",
+     .effect = Effect::read,
+     .params = &InfosOf<kOfUserParams>,
+     .columns = kOfUserColumns,
+     .run = &Read<&OfUser, kOfUserParams>},
+    {.path = {"role", "default"},
+     .summary = "show the role that every user has",
+     .examples = "  qvadmin role default\n"
+                 "  qvadmin role default --create",
+     .effect = Effect::create,
+     .params = &InfosOf<kDefaultParams>,
+     .columns = kRoleColumns,
+     .run = &ReadOrWrite<&DefaultRole::create, &ShowDefault, &CreateDefault, kDefaultParams>},
+    {.path = {"user", "roles"},
+     .summary = "the roles of a user, that of every user among them",
+     .examples = "  qvadmin user roles amy",
+     .effect = Effect::read,
+     .params = &InfosOf<kOfUserParams>,
+     .columns = kOfUserColumns,
+     .run = &Read<&OfUser, kOfUserParams>},
+};
+
+} // namespace
+
+std::span<const Command> RoleCommands() { return kCommands; }
+
+} // namespace management::roles

@@ -1,0 +1,466 @@
+#include "management/Command.h"
+#include "management/Lengths.h"
+#include "management/Names.h"
+#include "management/References.h"
+#include "management/Text.h"
+#include "management/passwords/Passwords.h"
+#include "management/users/UserDepartment.h"
+#include "management/users/Users.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace management::users {
+
+namespace {
+
+const Field& Department() { return *FindField("department"); }
+
+std::vector<NamedText> OptionsFrom(Field::Use narrowest)
+{
+    std::vector<NamedText> options;
+    for (const Field& field : Fields()) {
+        if (field.use >= narrowest) {
+            options.push_back({field.name, field.help, field.IsFlag()});
+        }
+    }
+    return options;
+}
+
+std::vector<NamedText> OptionsOfCreate() { return OptionsFrom(Field::Use::given); }
+std::vector<NamedText> OptionsOfSet() { return OptionsFrom(Field::Use::changed); }
+
+// ---- Parameters -----------------------------------------------------------------------------------------------------
+
+struct UserFilter {
+    std::optional<std::string> match;
+    bool onlyLocked = false;
+    bool onlyActive = false;
+    std::optional<int> limit;
+};
+
+constexpr Param<UserFilter> kListParams[] = {
+    {"match", &UserFilter::match, Kind::text, "only users with this text in what the list shows, case not counting"},
+    {"locked", &UserFilter::onlyLocked, Kind::flag, "only locked users"},
+    {"active", &UserFilter::onlyActive, Kind::flag, "only users who are not locked", {}, "locked"},
+    {"limit", &UserFilter::limit, Kind::number, "at most so many", kLimit},
+};
+
+struct OneUser {
+    std::string user;
+};
+
+constexpr Param<OneUser> kOneParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
+
+struct SeveralUsers {
+    std::vector<std::string> users;
+};
+
+constexpr Param<SeveralUsers> kSeveralParams[] = {{"USER", &SeveralUsers::users, Kind::user, kUserHelp}};
+
+struct OneLogin {
+    std::string login;
+};
+
+constexpr Param<OneLogin> kExistsParams[] = {{"LOGIN", &OneLogin::login, Kind::text, "login name, case not counting"}};
+
+/// Columns of a user, as written.
+struct ColumnsInput {
+    NamedTexts columns;
+    std::optional<std::string> departmentText;
+
+    /// As they are stored. @throws Error (invalid).
+    [[nodiscard]] FieldValues Values() const
+    {
+        FieldValues values;
+        for (const auto& [name, text] : columns) {
+            const Field& field = *FindField(name);
+            values[&field] = ParseValue(field, text);
+        }
+        if (departmentText) {
+            values[&Department()] = *departmentText;
+        }
+        return values;
+    }
+};
+
+template <class In>
+constexpr Param<In> kDepartmentTextParam{"department_text",
+                                         &In::departmentText,
+                                         Kind::text,
+                                         "the text of the department alone; the user enters and leaves no group",
+                                         {},
+                                         "department"};
+
+struct NewUser : ColumnsInput {
+    std::string login;
+
+    void Check() const
+    {
+        (void)Values();
+        CheckLogin(login);
+    }
+};
+
+constexpr Param<NewUser> kCreateParams[] = {
+    {"LOGIN", &NewUser::login, Kind::text, "login name of the new user"},
+    {"columns", &NewUser::columns, Kind::text, "columns of the user", &OptionsOfCreate},
+    kDepartmentTextParam<NewUser>,
+};
+
+struct UserToSet : ColumnsInput {
+    std::string user;
+
+    void Check() const
+    {
+        if (Values().empty()) {
+            throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin user set --help` lists what can be");
+        }
+    }
+};
+
+constexpr Param<UserToSet> kSetParams[] = {
+    {"USER", &UserToSet::user, Kind::user, kUserHelp},
+    {"columns", &UserToSet::columns, Kind::text, "columns of the user", &OptionsOfSet},
+    kDepartmentTextParam<UserToSet>,
+};
+
+struct UserToRename {
+    std::string user;
+    std::string login;
+    bool isPasswordGiven = false;
+    bool generate = false;
+    bool dropPassword = false;
+
+    void Check() const { CheckLogin(login); }
+};
+
+constexpr Param<UserToRename> kRenameParams[] = {
+    {"USER", &UserToRename::user, Kind::user, kUserHelp},
+    {"NEWLOGIN", &UserToRename::login, Kind::text, "login name to have from now on"},
+    {"password", &UserToRename::isPasswordGiven, Kind::secret, "the new password", {}, "drop_password"},
+    {"generate", &UserToRename::generate, Kind::flag, "make up a password and print it", {}, "password"},
+    {"drop_password",
+     &UserToRename::dropPassword,
+     Kind::flag,
+     "drop a password that would no longer fit; nobody can log in until a new one is set",
+     {},
+     "generate"},
+};
+
+constexpr Column kListColumns[] = {{"id", Kind::number},  {"login"},  {"name"},
+                                   {"sex", Kind::choice}, {"mobile"}, {"email"},
+                                   {"department"},        {"title"},  {"locked", Kind::flag}};
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+bool IsMatch(const ListedUser& user, const std::string& foldedPart)
+{
+    const auto holds = [&foldedPart](const std::string& text) {
+        return NameKey(text).find(foldedPart) != std::string::npos;
+    };
+    return holds(user.login) || holds(user.name) || holds(user.email) || holds(user.mobile) || holds(user.department) ||
+           holds(user.title);
+}
+
+bool IsSelected(const ListedUser& user, const UserFilter& filter, const std::string& foldedPart)
+{
+    return !(filter.onlyLocked && !user.locked) && !(filter.onlyActive && user.locked) &&
+           (foldedPart.empty() || IsMatch(user, foldedPart));
+}
+
+Value ShownPasswordType(const Stored& stored)
+{
+    Value shown = Shown(*FindField("password_type"), stored);
+    const auto* type = std::get_if<std::int64_t>(&shown);
+    return type == nullptr ? shown : Choice{*type, NameOfPasswordType(static_cast<int>(*type))};
+}
+
+Record AsRecord(int id, const FieldValues& values)
+{
+    Record record = {{"id", std::int64_t{id}}};
+    for (const auto& [field, value] : values) {
+        if (field->use >= Field::Use::shown) {
+            record.emplace_back(field->name, Shown(*field, value));
+        }
+    }
+    const std::string password = values.at(FindField("password")).value_or("");
+    record.emplace_back("password_set", !password.empty() && password != kFitsNothing);
+    record.emplace_back("password_type", ShownPasswordType(values.at(FindField("password_type"))));
+    return record;
+}
+
+Result List(Call& call, const UserFilter& in)
+{
+    const std::string part = NameKey(in.match.value_or(""));
+    const auto give = [&call](const ListedUser& user) {
+        return call.Row(std::int64_t{user.id}, user.login, user.name, ShownSex(user.sex), user.mobile, user.email,
+                        user.department, user.title, user.locked);
+    };
+    call.Directory().List([&](const ListedUser& user) { return IsSelected(user, in, part); },
+                          static_cast<std::size_t>(in.limit.value_or(std::numeric_limits<int>::max())), give);
+    return {};
+}
+
+Result Show(Call& call, const OneUser& in)
+{
+    const UserKey user = FindUser(call.Directory(), in.user);
+    const std::optional<FieldValues> values = call.Directory().Load(user.id);
+    if (!values) {
+        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(user)));
+    }
+    return ResultOf(AsRecord(user.id, *values));
+}
+
+Result Count(Call& call) { return ResultOf(Value(std::int64_t{call.Directory().Count()})); }
+
+Result Exists(Call& call, const OneLogin& in) { return Verdict(call.Directory().Exists(in.login)); }
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+Outcome OutcomeOf(const UserKey& user, std::string_view outcome, std::string sentence)
+{
+    return {"user", user.id, user.login, outcome, std::move(sentence)};
+}
+
+/// The department that --department gives; its columns replace the text in the values.
+std::optional<UserDepartment> FindDepartment(CAConnect& conn, const ColumnsInput& in, FieldValues& values)
+{
+    const auto given = in.columns.find(Department().name);
+    std::optional<UserDepartment> department;
+    if (given != in.columns.end()) {
+        department.emplace(conn, given->second);
+        department->AddTo(values);
+    }
+    return department;
+}
+
+Result Create(Call& call, const NewUser& in)
+{
+    FieldValues values = in.Values();
+    std::optional<UserDepartment> department = FindDepartment(call.Connection(), in, values);
+    RequireUserFits(call.Connection(), in.login, values);
+    const int id = CreateUser(call.Directory(), in.login, values);
+    if (department) {
+        department->Place(id, {});
+    }
+    return ResultOf(Value(std::int64_t{id}));
+}
+
+Result Set(Call& call, const UserToSet& in)
+{
+    FieldValues values = in.Values();
+    const UserKey user = FindUser(call.Directory(), in.user);
+    std::optional<UserDepartment> department = FindDepartment(call.Connection(), in, values);
+    RequireUserFits(call.Connection(), "", values);
+    const FieldValues before = department ? call.Directory().Load(user.id).value_or(FieldValues()) : FieldValues();
+    const bool isChanged = ChangeUser(call.Directory(), user.id, values);
+    const bool isMoved = department && department->Place(user.id, before);
+    if (!isChanged && !isMoved) {
+        call.Report(OutcomeOf(user, "unchanged", fmt::format("nothing to change in {}", Named(user))));
+        return Unchanged();
+    }
+    call.Report(OutcomeOf(user, "changed", fmt::format("changed {}", Named(user))));
+    return {};
+}
+
+struct Renaming : Plan {
+    UserKey user;
+    bool spoilsPassword = false;
+
+    bool operator==(const Renaming&) const = default;
+};
+
+Renaming PlanRenaming(Call& call, const UserToRename& in)
+{
+    Renaming renaming;
+    renaming.nothingDone = "nobody was renamed";
+    renaming.user = FindUser(call.Directory(), in.user);
+    renaming.spoilsPassword = WouldSpoilPassword(call.Directory(), renaming.user, in.login);
+    return renaming;
+}
+
+/// The password to have under the new login name: the one made up or given or, where the present one would no longer
+/// fit and there is somebody to ask, the one that is asked for. Nothing when the present one stays or is to be dropped.
+std::optional<Secret> NewPassword(Call& call, const UserToRename& in, const Renaming& renaming)
+{
+    if (in.generate) {
+        return GeneratedPassword();
+    }
+    if (!in.isPasswordGiven) {
+        if (!renaming.spoilsPassword || in.dropPassword || !call.Front().CanAsk()) {
+            return std::nullopt;
+        }
+        call.Front().Explain(fmt::format("The password of {} does not fit another login name.", Named(renaming.user)));
+    }
+    Secret password = call.Front().ObtainSecret({"password", "New password of " + Visible(in.login), true, ""});
+    if (password.View().empty()) {
+        throw Error(ErrorCode::invalid, "the password is empty; nobody was renamed");
+    }
+    return password;
+}
+
+std::string_view PasswordMessage(PasswordFate fate, bool isReplaced)
+{
+    return isReplaced                      ? "; the new password is set"
+           : fate == PasswordFate::dropped ? "; the password is dropped, and nobody can log in until a new one is set"
+                                           : "";
+}
+
+Result Rename(Call& call, const UserToRename& in, const Renaming& renaming, const std::optional<Secret>& password)
+{
+    const UserKey& user = renaming.user;
+    RequireUserFits(call.Connection(), in.login, {});
+    const PasswordFate fate = RenameUser(call.Directory(), user, in.login, in.dropPassword || password);
+    if (password) {
+        Passwords passwords(call.Directory());
+        passwords.Set({user.id, in.login}, *password, passwords.EncodingType());
+    }
+    if (in.generate) {
+        call.ShowSecret(*password);
+    }
+    const bool isChanged = user.login != in.login || password;
+    call.Report(OutcomeOf(user, isChanged ? "renamed" : "unchanged",
+                          fmt::format("renamed {} to {}{}", Named(user), Visible(in.login),
+                                      PasswordMessage(fate, password.has_value()))));
+    return isChanged ? Result() : Unchanged();
+}
+
+bool IsLocked(Directory& directory, const UserKey& user)
+{
+    const Field& locked = *FindField("locked");
+    const std::optional<FieldValues> values = directory.Load(user.id);
+    const Value shown = values ? Shown(locked, values->at(&locked)) : Value();
+    const bool* isLocked = std::get_if<bool>(&shown);
+    return isLocked != nullptr && *isLocked;
+}
+
+Result SetLocked(Call& call, const SeveralUsers& in, bool isLocked)
+{
+    Result result = Unchanged();
+    for (const UserKey& user : FindUsers(call.Directory(), in.users)) {
+        const bool isChanged = IsLocked(call.Directory(), user) != isLocked;
+        call.Directory().SetLocked(user.id, isLocked);
+        const std::string_view done = isLocked ? "locked" : "unlocked";
+        call.Report(OutcomeOf(user, isChanged ? done : "unchanged", fmt::format("{} {}", done, Named(user))));
+        result.isChanged = result.isChanged || isChanged;
+    }
+    return result;
+}
+
+Result Lock(Call& call, const SeveralUsers& in) { return SetLocked(call, in, true); }
+Result Unlock(Call& call, const SeveralUsers& in) { return SetLocked(call, in, false); }
+
+struct Deletion : Plan {
+    std::vector<UserKey> users;
+
+    bool operator==(const Deletion&) const = default;
+};
+
+Deletion PlanDeletion(Call& call, const SeveralUsers& in)
+{
+    Deletion deletion;
+    deletion.users = FindUsers(call.Directory(), in.users);
+    const auto builtIn = std::ranges::find_if(deletion.users, IsBuiltIn);
+    if (builtIn != deletion.users.end()) {
+        throw Error(ErrorCode::isProtected,
+                    fmt::format("{} is the built-in administrator and cannot be deleted; nothing was deleted",
+                                Named(*builtIn)));
+    }
+    deletion.removed = deletion.users.size();
+    for (const UserKey& user : deletion.users) {
+        const std::vector<Reference> references = call.Directory().References(user.id);
+        deletion.removed += CountOf(references);
+        deletion.lines.push_back(fmt::format("delete {}{}", Named(user), WithReferences(references)));
+    }
+    deletion.question = fmt::format("Delete {}?", Counted(deletion.users.size(), "user"));
+    return deletion;
+}
+
+Result Delete(Call& call, const SeveralUsers& /*in*/, const Deletion& deletion)
+{
+    for (const UserKey& user : deletion.users) {
+        DeleteUser(call.Directory(), user);
+    }
+    const UserKey named = deletion.users.size() == 1 ? deletion.users.front() : UserKey{};
+    call.Report(OutcomeOf(named, "deleted", fmt::format("deleted {}", Counted(deletion.users.size(), "user"))));
+    return {};
+}
+
+constexpr Command kCommands[] = {
+    {.path = {"user", "list"},
+     .summary = "users by login name",
+     .examples = "  qvadmin user list\n"
+                 "  qvadmin user list --locked --match sales --limit 20\n"
+                 "  qvadmin -o csv user list > users.csv",
+     .effect = Effect::read,
+     .params = &InfosOf<kListParams>,
+     .columns = kListColumns,
+     .run = &Read<&List, kListParams>},
+    {.path = {"user", "show"},
+     .summary = "everything about a user",
+     .examples = "  qvadmin user show amy\n"
+                 "  qvadmin user show id:17 -o json",
+     .effect = Effect::read,
+     .params = &InfosOf<kOneParams>,
+     .run = &Read<&Show, kOneParams>},
+    {.path = {"user", "create"},
+     .summary = "add a user and print the new id",
+     .examples = "  qvadmin user create amy --name 'Amy Porter' --sex female --birthday 1989-11-28",
+     .effect = Effect::create,
+     .params = &InfosOf<kCreateParams>,
+     .run = &Write<&Create, kCreateParams>},
+    {.path = {"user", "set"},
+     .summary = "change what is given and leave all else",
+     .examples = "  qvadmin user set amy --mobile '+44 7700 900001' --no-super\n"
+                 "  qvadmin user set amy --birthday ''",
+     .effect = Effect::change,
+     .params = &InfosOf<kSetParams>,
+     .run = &Write<&Set, kSetParams>},
+    {.path = {"user", "rename"},
+     .summary = "give a user another login name",
+     .examples = "  qvadmin user rename amy amy.holt\n"
+                 "  qvadmin user rename amy amy.holt --generate",
+     .effect = Effect::change,
+     .params = &InfosOf<kRenameParams>,
+     .run = &WriteWithSecret<&PlanRenaming, &NewPassword, &Rename, kRenameParams>},
+    {.path = {"user", "lock"},
+     .summary = "keep users from logging in",
+     .examples = "  qvadmin user lock amy rory",
+     .effect = Effect::change,
+     .params = &InfosOf<kSeveralParams>,
+     .run = &Write<&Lock, kSeveralParams>},
+    {.path = {"user", "unlock"},
+     .summary = "let locked users log in again",
+     .examples = "  qvadmin user unlock amy",
+     .effect = Effect::change,
+     .params = &InfosOf<kSeveralParams>,
+     .run = &Write<&Unlock, kSeveralParams>},
+    {.path = {"user", "delete"},
+     .summary = "delete users and what is kept about them elsewhere; asks first",
+     .examples = "  qvadmin user delete amy\n"
+                 "  qvadmin user delete id:17 id:18 --yes",
+     .effect = Effect::remove,
+     .asks = true,
+     .params = &InfosOf<kSeveralParams>,
+     .run = &WritePlanned<&PlanDeletion, &Delete, kSeveralParams>},
+    {.path = {"user", "count"},
+     .summary = "print how many users there are",
+     .examples = "  qvadmin user count",
+     .effect = Effect::read,
+     .run = &Read<&Count>},
+    {.path = {"user", "exists"},
+     .summary = "print true or false; ends with 0 or 3",
+     .examples = "  qvadmin user exists amy",
+     .effect = Effect::read,
+     .params = &InfosOf<kExistsParams>,
+     .run = &Read<&Exists, kExistsParams>},
+};
+
+} // namespace
+
+std::span<const Command> UserCommands() { return kCommands; }
+
+} // namespace management::users
