@@ -7,7 +7,6 @@
 #include "console/DocRootCommands.h"
 #include "console/ExplainCommand.h"
 #include "console/FolderCommands.h"
-#include "console/GroupCommands.h"
 #include "console/MemberCommands.h"
 #include "console/MessageCommands.h"
 #include "console/ObjectRightCommands.h"
@@ -19,7 +18,6 @@
 #include "console/TerminalFrontEnd.h"
 #include "console/TitleCommands.h"
 #include "console/UserCommands.h"
-#include "console/ViewCommands.h"
 #include "management/Changes.h"
 #include "management/Text.h"
 
@@ -156,65 +154,6 @@ constexpr Command kCommands[] = {
      "  qvadmin user import people.csv --update --result outcomes.csv\n"
      "  qvadmin user import people.csv --departments Company --make-view --dry-run",
      &user::DeclareImport, &user::Import},
-
-    {"group", "tree", "draw the organisation, with how many people are where",
-     "  qvadmin group tree\n"
-     "  qvadmin group tree /Company/Sales --depth 2 --users",
-     &group::DeclareTree, &group::Tree},
-    {"group", "list", "all groups, or those directly under a view or group",
-     "  qvadmin group list\n"
-     "  qvadmin group list /Company -o csv",
-     &group::DeclareList, &group::List},
-    {"group", "show", "everything about a group",
-     "  qvadmin group show /Company/Sales\n"
-     "  qvadmin group show id:17 -o json",
-     &group::DeclareOne, &group::Show},
-    {"group", "create", "add a group and print the new id",
-     "  qvadmin group create /Company/Sales --description 'Sells things'\n"
-     "  qvadmin group create /Company/Sales/North/Team --parents\n"
-     "  qvadmin group create '/Company/Research\\/Development'",
-     &group::DeclareCreate, &group::Create},
-    {"group", "set", "change what is given and leave all else", "  qvadmin group set /Company/Sales --sort-index 10",
-     &group::DeclareSet, &group::Set},
-    {"group", "rename", "give a group another name", "  qvadmin group rename /Company/Sales Selling",
-     &group::DeclareRename, &group::Rename},
-    {"group", "move", "hang a group, with all below it, under another parent",
-     "  qvadmin group move /Company/Sales/North /Company/Service\n"
-     "  qvadmin group move id:17 /Company --from /Old",
-     &group::DeclareMove, &group::Move},
-    {"group", "style", "print a group's style, or set it",
-     "  qvadmin group style /Company/Sales\n"
-     "  qvadmin group style /Company/Sales 2",
-     &group::DeclareStyle, &group::Style},
-    {"group", "delete", "delete a group and what is kept about it elsewhere; asks first",
-     "  qvadmin group delete /Company/Sales\n"
-     "  qvadmin group delete id:17 --recursive --yes",
-     &group::DeclareDelete, &group::Delete},
-    {"group", "find", "groups with a text in the name, wherever they are", "  qvadmin group find sales",
-     &group::DeclareFind, &group::Find},
-
-    {"view", "list", "the system's views",
-     "  qvadmin view list\n"
-     "  qvadmin view list --all",
-     &view::DeclareList, &view::List},
-    {"view", "show", "everything about a view",
-     "  qvadmin view show Company\n"
-     "  qvadmin view show view:4",
-     &view::DeclareOne, &view::Show},
-    {"view", "create", "add a view of the system and print the new id",
-     "  qvadmin view create Company --description 'Who works where'", &view::DeclareCreate, &view::Create},
-    {"view", "set", "change what is given and leave all else", "  qvadmin view set Company --sort-index 10",
-     &view::DeclareSet, &view::Set},
-    {"view", "rename", "give a view another name", "  qvadmin view rename Company 'The Company'", &view::DeclareRename,
-     &view::Rename},
-    {"view", "default", "print the name of the default view, or name it for the first time",
-     "  qvadmin view default\n"
-     "  qvadmin view default Company",
-     &view::DeclareDefault, &view::Default},
-    {"view", "delete", "delete a view and its links; asks first", "  qvadmin view delete view:4", &view::DeclareDelete,
-     &view::Delete},
-    {"view", "stamp", "write the view's id into the links of all users below it", "  qvadmin view stamp Company",
-     &view::DeclareOne, &view::Stamp},
 
     {"role", "list", "roles by name",
      "  qvadmin role list\n"

@@ -3,6 +3,10 @@
 namespace management {
 
 // The tables of the nouns; nothing else of them is known here.
+namespace organisation {
+std::span<const Command> GroupCommands();
+std::span<const Command> ViewCommands();
+} // namespace organisation
 namespace plans {
 std::span<const Command> PlanCommands();
 std::span<const Command> DocLogCommands();
@@ -12,7 +16,8 @@ const std::vector<Command>& Commands()
 {
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
-        for (const std::span<const Command> noun : {plans::PlanCommands(), plans::DocLogCommands()}) {
+        for (const std::span<const Command> noun : {organisation::GroupCommands(), organisation::ViewCommands(),
+                                                    plans::PlanCommands(), plans::DocLogCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;
