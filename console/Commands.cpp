@@ -4,9 +4,7 @@
 #include "console/BoardCommands.h"
 #include "console/CopyCommand.h"
 #include "console/DbCommands.h"
-#include "console/DocRootCommands.h"
 #include "console/ExplainCommand.h"
-#include "console/FolderCommands.h"
 #include "console/MemberCommands.h"
 #include "console/MessageCommands.h"
 #include "console/ObjectRightCommands.h"
@@ -271,65 +269,6 @@ constexpr Command kCommands[] = {
      &objright::DeclareRevoke, &objright::Revoke},
     {"objright", "check", "print true or false; ends with 0 or 3", "  qvadmin objright check user:amy 3 17 docs read",
      &objright::DeclareCheck, &objright::Check},
-
-    {"docroot", "list", "document roots by name",
-     "  qvadmin docroot list\n"
-     "  qvadmin docroot list --type 1 -o json",
-     &docroot::DeclareList, &docroot::List},
-    {"docroot", "show", "everything about a document root",
-     "  qvadmin docroot show Main\n"
-     "  qvadmin docroot show id:4 -o json",
-     &docroot::DeclareOne, &docroot::Show},
-    {"docroot", "create", "add a document root and print the new id",
-     "  qvadmin docroot create Main --path /srv/documents --type 1 --max-size 1000000", &docroot::DeclareCreate,
-     &docroot::Create},
-    {"docroot", "set", "change what is given and leave all else",
-     "  qvadmin docroot set Main --path /srv/new\n"
-     "  qvadmin docroot set Main --type 2 --name Archive --owner amy",
-     &docroot::DeclareSet, &docroot::Set},
-    {"docroot", "delete", "delete a document root and its links; asks first",
-     "  qvadmin docroot delete Main\n"
-     "  qvadmin docroot delete id:4 --recursive --yes",
-     &docroot::DeclareDelete, &docroot::Delete},
-    {"docroot", "default", "print whether the company has a document root; ends with 0 or 3",
-     "  qvadmin docroot default", nullptr, &docroot::Default},
-
-    {"folder", "tree", "draw document roots and the folders below them",
-     "  qvadmin folder tree\n"
-     "  qvadmin folder tree Main --depth 2\n"
-     "  qvadmin folder tree /Main/Contracts -o csv",
-     &folder::DeclareTree, &folder::Tree},
-    {"folder", "list", "the folders directly under a document root or folder",
-     "  qvadmin folder list /Main\n"
-     "  qvadmin folder list /Main/Contracts -o csv",
-     &folder::DeclareList, &folder::List},
-    {"folder", "show", "everything about a folder, and where it is linked",
-     "  qvadmin folder show /Main/Contracts\n"
-     "  qvadmin folder show id:17 -o json",
-     &folder::DeclareOne, &folder::Show},
-    {"folder", "create", "add a folder and print the new id",
-     "  qvadmin folder create /Main/Contracts --creator amy\n"
-     "  qvadmin folder create /Main/Contracts/2024/May --parents\n"
-     "  qvadmin folder create '/Main/In\\/Out'",
-     &folder::DeclareCreate, &folder::Create},
-    {"folder", "rename", "give a folder another name", "  qvadmin folder rename /Main/Contracts Agreements",
-     &folder::DeclareRename, &folder::Rename},
-    {"folder", "style", "print a folder's style, or set it",
-     "  qvadmin folder style /Main/Contracts\n"
-     "  qvadmin folder style /Main/Contracts 2",
-     &folder::DeclareStyle, &folder::Style},
-    {"folder", "link", "hang a folder, with all below it, in a further place",
-     "  qvadmin folder link /Main/Contracts /Archive\n"
-     "  qvadmin folder link id:17 root:4",
-     &folder::DeclareLink, &folder::Link},
-    {"folder", "unlink", "take a folder out of one of its places; asks first when no other is left",
-     "  qvadmin folder unlink /Archive/Contracts\n"
-     "  qvadmin folder unlink id:17 --from /Archive",
-     &folder::DeclareUnlink, &folder::Unlink},
-    {"folder", "delete", "delete a folder and its links, wherever it hangs; asks first",
-     "  qvadmin folder delete /Main/Contracts\n"
-     "  qvadmin folder delete id:17 --recursive --yes",
-     &folder::DeclareDelete, &folder::Delete},
 
     {"setting", "list", "settings by genre and name",
      "  qvadmin setting list\n"

@@ -3,6 +3,10 @@
 namespace management {
 
 // The tables of the nouns; nothing else of them is known here.
+namespace documents {
+std::span<const Command> DocRootCommands();
+std::span<const Command> FolderCommands();
+} // namespace documents
 namespace organisation {
 std::span<const Command> GroupCommands();
 std::span<const Command> ViewCommands();
@@ -16,8 +20,9 @@ const std::vector<Command>& Commands()
 {
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
-        for (const std::span<const Command> noun : {organisation::GroupCommands(), organisation::ViewCommands(),
-                                                    plans::PlanCommands(), plans::DocLogCommands()}) {
+        for (const std::span<const Command> noun :
+             {organisation::GroupCommands(), organisation::ViewCommands(), documents::DocRootCommands(),
+              documents::FolderCommands(), plans::PlanCommands(), plans::DocLogCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;
