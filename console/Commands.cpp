@@ -2,10 +2,7 @@
 
 #include "console/AddInCommands.h"
 #include "console/BoardCommands.h"
-#include "console/DocRootCommands.h"
 #include "console/ExplainCommand.h"
-#include "console/FolderCommands.h"
-#include "console/GroupCommands.h"
 #include "console/LocalCommand.h"
 #include "console/MessageCommands.h"
 #include "console/ObjectRightCommands.h"
@@ -14,7 +11,6 @@
 #include "console/SettingCommands.h"
 #include "console/TerminalFrontEnd.h"
 #include "console/UserCommands.h"
-#include "console/ViewCommands.h"
 #include "management/Changes.h"
 #include "management/Text.h"
 
@@ -95,64 +91,6 @@ constexpr Noun kNouns[] = {
 
 constexpr Command kCommands[] = {
 
-    {"group", "tree", "draw the organisation, with how many people are where",
-     "  qvadmin group tree\n"
-     "  qvadmin group tree /Company/Sales --depth 2 --users",
-     &group::DeclareTree, &group::Tree},
-    {"group", "list", "all groups, or those directly under a view or group",
-     "  qvadmin group list\n"
-     "  qvadmin group list /Company -o csv",
-     &group::DeclareList, &group::List},
-    {"group", "show", "everything about a group",
-     "  qvadmin group show /Company/Sales\n"
-     "  qvadmin group show id:17 -o json",
-     &group::DeclareOne, &group::Show},
-    {"group", "create", "add a group and print the new id",
-     "  qvadmin group create /Company/Sales --description 'Sells things'\n"
-     "  qvadmin group create /Company/Sales/North/Team --parents\n"
-     "  qvadmin group create '/Company/Research\\/Development'",
-     &group::DeclareCreate, &group::Create},
-    {"group", "set", "change what is given and leave all else", "  qvadmin group set /Company/Sales --sort-index 10",
-     &group::DeclareSet, &group::Set},
-    {"group", "rename", "give a group another name", "  qvadmin group rename /Company/Sales Selling",
-     &group::DeclareRename, &group::Rename},
-    {"group", "move", "hang a group, with all below it, under another parent",
-     "  qvadmin group move /Company/Sales/North /Company/Service\n"
-     "  qvadmin group move id:17 /Company --from /Old",
-     &group::DeclareMove, &group::Move},
-    {"group", "style", "print a group's style, or set it",
-     "  qvadmin group style /Company/Sales\n"
-     "  qvadmin group style /Company/Sales 2",
-     &group::DeclareStyle, &group::Style},
-    {"group", "delete", "delete a group and what is kept about it elsewhere; asks first",
-     "  qvadmin group delete /Company/Sales\n"
-     "  qvadmin group delete id:17 --recursive --yes",
-     &group::DeclareDelete, &group::Delete},
-    {"group", "find", "groups with a text in the name, wherever they are", "  qvadmin group find sales",
-     &group::DeclareFind, &group::Find},
-
-    {"view", "list", "the system's views",
-     "  qvadmin view list\n"
-     "  qvadmin view list --all",
-     &view::DeclareList, &view::List},
-    {"view", "show", "everything about a view",
-     "  qvadmin view show Company\n"
-     "  qvadmin view show view:4",
-     &view::DeclareOne, &view::Show},
-    {"view", "create", "add a view of the system and print the new id",
-     "  qvadmin view create Company --description 'Who works where'", &view::DeclareCreate, &view::Create},
-    {"view", "set", "change what is given and leave all else", "  qvadmin view set Company --sort-index 10",
-     &view::DeclareSet, &view::Set},
-    {"view", "rename", "give a view another name", "  qvadmin view rename Company 'The Company'", &view::DeclareRename,
-     &view::Rename},
-    {"view", "default", "print the name of the default view, or name it for the first time",
-     "  qvadmin view default\n"
-     "  qvadmin view default Company",
-     &view::DeclareDefault, &view::Default},
-    {"view", "delete", "delete a view and its links; asks first", "  qvadmin view delete view:4", &view::DeclareDelete,
-     &view::Delete},
-    {"view", "stamp", "write the view's id into the links of all users below it", "  qvadmin view stamp Company",
-     &view::DeclareOne, &view::Stamp},
 
     {"right", "list", "the rights of an item by genre and function",
      "  qvadmin right list role:Editors\n"
@@ -218,65 +156,6 @@ constexpr Command kCommands[] = {
      &objright::DeclareRevoke, &objright::Revoke},
     {"objright", "check", "print true or false; ends with 0 or 3", "  qvadmin objright check user:amy 3 17 docs read",
      &objright::DeclareCheck, &objright::Check},
-
-    {"docroot", "list", "document roots by name",
-     "  qvadmin docroot list\n"
-     "  qvadmin docroot list --type 1 -o json",
-     &docroot::DeclareList, &docroot::List},
-    {"docroot", "show", "everything about a document root",
-     "  qvadmin docroot show Main\n"
-     "  qvadmin docroot show id:4 -o json",
-     &docroot::DeclareOne, &docroot::Show},
-    {"docroot", "create", "add a document root and print the new id",
-     "  qvadmin docroot create Main --path /srv/documents --type 1 --max-size 1000000", &docroot::DeclareCreate,
-     &docroot::Create},
-    {"docroot", "set", "change what is given and leave all else",
-     "  qvadmin docroot set Main --path /srv/new\n"
-     "  qvadmin docroot set Main --type 2 --name Archive --owner amy",
-     &docroot::DeclareSet, &docroot::Set},
-    {"docroot", "delete", "delete a document root and its links; asks first",
-     "  qvadmin docroot delete Main\n"
-     "  qvadmin docroot delete id:4 --recursive --yes",
-     &docroot::DeclareDelete, &docroot::Delete},
-    {"docroot", "default", "print whether the company has a document root; ends with 0 or 3",
-     "  qvadmin docroot default", nullptr, &docroot::Default},
-
-    {"folder", "tree", "draw document roots and the folders below them",
-     "  qvadmin folder tree\n"
-     "  qvadmin folder tree Main --depth 2\n"
-     "  qvadmin folder tree /Main/Contracts -o csv",
-     &folder::DeclareTree, &folder::Tree},
-    {"folder", "list", "the folders directly under a document root or folder",
-     "  qvadmin folder list /Main\n"
-     "  qvadmin folder list /Main/Contracts -o csv",
-     &folder::DeclareList, &folder::List},
-    {"folder", "show", "everything about a folder, and where it is linked",
-     "  qvadmin folder show /Main/Contracts\n"
-     "  qvadmin folder show id:17 -o json",
-     &folder::DeclareOne, &folder::Show},
-    {"folder", "create", "add a folder and print the new id",
-     "  qvadmin folder create /Main/Contracts --creator amy\n"
-     "  qvadmin folder create /Main/Contracts/2024/May --parents\n"
-     "  qvadmin folder create '/Main/In\\/Out'",
-     &folder::DeclareCreate, &folder::Create},
-    {"folder", "rename", "give a folder another name", "  qvadmin folder rename /Main/Contracts Agreements",
-     &folder::DeclareRename, &folder::Rename},
-    {"folder", "style", "print a folder's style, or set it",
-     "  qvadmin folder style /Main/Contracts\n"
-     "  qvadmin folder style /Main/Contracts 2",
-     &folder::DeclareStyle, &folder::Style},
-    {"folder", "link", "hang a folder, with all below it, in a further place",
-     "  qvadmin folder link /Main/Contracts /Archive\n"
-     "  qvadmin folder link id:17 root:4",
-     &folder::DeclareLink, &folder::Link},
-    {"folder", "unlink", "take a folder out of one of its places; asks first when no other is left",
-     "  qvadmin folder unlink /Archive/Contracts\n"
-     "  qvadmin folder unlink id:17 --from /Archive",
-     &folder::DeclareUnlink, &folder::Unlink},
-    {"folder", "delete", "delete a folder and its links, wherever it hangs; asks first",
-     "  qvadmin folder delete /Main/Contracts\n"
-     "  qvadmin folder delete id:17 --recursive --yes",
-     &folder::DeclareDelete, &folder::Delete},
 
     {"setting", "list", "settings by genre and name",
      "  qvadmin setting list\n"

@@ -3,8 +3,14 @@
 namespace management {
 
 // The tables of the nouns; nothing else of them is known here.
+namespace documents {
+std::span<const Command> DocRootCommands();
+std::span<const Command> FolderCommands();
+} // namespace documents
 namespace organisation {
+std::span<const Command> GroupCommands();
 std::span<const Command> MemberCommands();
+std::span<const Command> ViewCommands();
 } // namespace organisation
 namespace passwords {
 std::span<const Command> PasswordCommands();
@@ -28,8 +34,9 @@ const std::vector<Command>& Commands()
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
         for (const std::span<const Command> noun :
-             {users::UserCommands(), passwords::PasswordCommands(), roles::RoleCommands(), titles::TitleCommands(),
-              organisation::MemberCommands(), plans::PlanCommands(), plans::DocLogCommands()}) {
+             {users::UserCommands(), passwords::PasswordCommands(), organisation::GroupCommands(),
+              organisation::ViewCommands(), roles::RoleCommands(), titles::TitleCommands(), organisation::MemberCommands(),
+              documents::DocRootCommands(), documents::FolderCommands(), plans::PlanCommands(), plans::DocLogCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

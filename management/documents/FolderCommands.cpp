@@ -1,0 +1,473 @@
+#include "management/Command.h"
+#include "management/Names.h"
+#include "management/Paths.h"
+#include "management/Text.h"
+#include "management/TreeDrawing.h"
+#include "management/documents/Documents.h"
+#include "management/users/Users.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace management::documents {
+
+namespace {
+
+constexpr std::string_view kFolderHelp = "/ROOT/FOLDER, or id:NUMBER";
+constexpr std::string_view kPlaceHelp = "/ROOT or /ROOT/FOLDER, or id:NUMBER of a folder, or root:NUMBER";
+constexpr std::string_view kNothingChanged = "nothing was changed";
+
+// ---- Parameters -----------------------------------------------------------------------------------------------------
+
+struct TreeToDraw {
+    std::optional<std::string> top;
+    std::optional<int> depth;
+};
+
+constexpr Param<TreeToDraw> kTreeParams[] = {
+    {"ROOT", &TreeToDraw::top, Kind::documentRoot, "name of a document root; or a path, or id:NUMBER of a folder"},
+    {"depth", &TreeToDraw::depth, Kind::number, "so many levels and no more",
+     Range{0, std::numeric_limits<int>::max()}},
+};
+
+struct OnePlace {
+    std::string place;
+};
+
+constexpr Param<OnePlace> kListParams[] = {{"PATH", &OnePlace::place, Kind::folder, kPlaceHelp}};
+
+struct OneFolder {
+    std::string folder;
+};
+
+constexpr Param<OneFolder> kOneParams[] = {{"FOLDER", &OneFolder::folder, Kind::folder, kFolderHelp}};
+
+struct NewFolderAt {
+    std::string path;
+    std::optional<std::uint32_t> style;
+    std::optional<std::string> creator;
+    bool parents = false;
+};
+
+constexpr Param<NewFolderAt> kCreateParams[] = {
+    {"PATH", &NewFolderAt::path, Kind::text, "where to add it: path of the parent, / and the new name"},
+    {"style", &NewFolderAt::style, Kind::number, "style bits, from 0 to 4294967295"},
+    {"creator", &NewFolderAt::creator, Kind::user, "login name of the user who is noted as its creator"},
+    {"parents", &NewFolderAt::parents, Kind::flag, "add the folders above that are missing too"},
+};
+
+struct FolderToRename {
+    std::string folder;
+    std::string name;
+};
+
+constexpr Param<FolderToRename> kRenameParams[] = {
+    {"FOLDER", &FolderToRename::folder, Kind::folder, kFolderHelp},
+    {"NAME", &FolderToRename::name, Kind::text, "the name as it is, not as in a path"},
+};
+
+struct FolderToStyle {
+    std::string folder;
+    std::optional<std::uint32_t> style;
+};
+
+constexpr Param<FolderToStyle> kStyleParams[] = {
+    {"FOLDER", &FolderToStyle::folder, Kind::folder, kFolderHelp},
+    {"N", &FolderToStyle::style, Kind::number, "style bits to set, from 0 to 4294967295"},
+};
+
+struct FolderToLink {
+    std::string folder;
+    std::string parent;
+};
+
+constexpr Param<FolderToLink> kLinkParams[] = {
+    {"FOLDER", &FolderToLink::folder, Kind::folder, kFolderHelp},
+    {"PARENT", &FolderToLink::parent, Kind::folder, kPlaceHelp},
+};
+
+struct FolderToUnlink {
+    std::string folder;
+    std::optional<std::string> from;
+};
+
+constexpr Param<FolderToUnlink> kUnlinkParams[] = {
+    {"FOLDER", &FolderToUnlink::folder, Kind::folder, kFolderHelp},
+    {"from", &FolderToUnlink::from, Kind::folder, "the parent to leave, when it does not follow from the path"},
+};
+
+struct FolderToDelete {
+    std::string folder;
+    bool recursive = false;
+};
+
+constexpr Param<FolderToDelete> kDeleteParams[] = {
+    {"FOLDER", &FolderToDelete::folder, Kind::folder, kFolderHelp},
+    {"recursive", &FolderToDelete::recursive, Kind::flag,
+     "delete the folders below too; other objects only lose their place"},
+};
+
+constexpr Column kTreeColumns[] = {{"depth", Kind::number},  {"type"}, {"id", Kind::number}, {"name"},
+                                   {"parent", Kind::number}, {"mark"}};
+constexpr Column kListColumns[] = {
+    {"id", Kind::number}, {"name"}, {"path"}, {"folders", Kind::number}, {"other_objects", Kind::number}};
+constexpr Column kShowColumns[] = {
+    {"id", Kind::number},
+    {"name"},
+    {"path"},
+    {"parents"},
+    {"style", Kind::number},
+    {"created", Kind::date},
+    {"creator_id", Kind::number},
+    {"creator"},
+    {"folders", Kind::number},
+    {"other_objects", Kind::number},
+};
+constexpr Column kStyleColumns[] = {{"style", Kind::number}};
+
+// ---- What is meant --------------------------------------------------------------------------------------------------
+
+Outcome OutcomeOf(const FolderTree& tree, DocKey folder, std::string_view outcome, std::string sentence)
+{
+    return {"folder", folder.id, tree.PathOf(folder), outcome, std::move(sentence)};
+}
+
+FolderData LoadFolder(Documents& documents, DocKey key)
+{
+    const std::optional<FolderData> folder = documents.LoadFolder(key.id);
+    if (!folder) {
+        throw Error(ErrorCode::notFound, fmt::format("the folder with id {} has just been deleted", key.id));
+    }
+    return *folder;
+}
+
+void RequireFreeName(const FolderTree& tree, Documents& documents, DocKey parent, const std::string& name,
+                     std::optional<DocKey> self)
+{
+    for (const DocKey other : tree.ChildrenNamed(parent, name)) {
+        if (other != self) {
+            throw Error(ErrorCode::conflict,
+                        fmt::format("the name {} is taken by {}", Quoted(name), tree.Named(other)));
+        }
+    }
+    if (const auto other = documents.FindConfusedFolder(parent, name, self)) {
+        ThrowConfused("name", name, *other);
+    }
+}
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+/// Hands a line of the tree to the front end. @return false when no more are wanted.
+bool GiveLine(const Call& call, std::span<const DocPlace> places, const TreeLine& line)
+{
+    const auto depth = static_cast<std::int64_t>(line.depth);
+    if (!line.node) {
+        return call.TreeRow(line.Drawn("In no document root:"), depth, "nowhere", Value(), "", Value(), "");
+    }
+    const DocPlace& place = places[*line.node];
+    const bool isRoot = place.key.kind == DocKind::root;
+    return call.TreeRow(
+        line.Drawn(fmt::format("{} ({} {})", Visible(place.name), isRoot ? "root" : "id", place.key.id)), depth,
+        isRoot ? "root" : "folder", std::int64_t{place.key.id}, place.name,
+        line.parent ? Value(std::int64_t{places[*line.parent].key.id}) : Value(),
+        TextValue(std::string(NameOf(line.mark))));
+}
+
+Result Tree(Call& call, const TreeToDraw& in)
+{
+    const FolderTree tree(call.Connection());
+    const std::span<const DocPlace> places = tree.Places();
+    const auto childrenOf = [places](std::size_t node) { return std::span<const std::size_t>(places[node].children); };
+    TreeDrawing drawing({places.size(), childrenOf, {}}, in.depth,
+                        [&](const TreeLine& line) { return GiveLine(call, places, line); });
+    if (in.top) {
+        const bool isPath = in.top->starts_with('/') || in.top->starts_with("id:") || in.top->starts_with("root:");
+        drawing.Draw(tree.NumberOf(isPath ? tree.FindPlace(*in.top) : tree.FindRoot(*in.top)));
+        return {};
+    }
+    const auto isRoot = [](const DocPlace& place) { return place.key.kind == DocKind::root; };
+    const auto isUnrooted = [](const DocPlace& place) { return !place.hangsInRoot && !place.via; };
+    drawing.DrawAll(NumbersWhere(places, isRoot), NumbersWhere(places, isUnrooted));
+    return {};
+}
+
+Result List(Call& call, const OnePlace& in)
+{
+    const FolderTree tree(call.Connection());
+    for (const std::size_t child : tree.Find(tree.FindPlace(in.place))->children) {
+        const DocPlace& place = tree.Places()[child];
+        if (!call.Row(std::int64_t{place.key.id}, place.name, tree.PathOf(place.key),
+                      static_cast<std::int64_t>(place.children.size()), std::int64_t{place.others})) {
+            break;
+        }
+    }
+    return {};
+}
+
+Result Show(Call& call, const OneFolder& in)
+{
+    const FolderTree tree(call.Connection());
+    const DocKey key = tree.FindFolder(in.folder);
+    const DocPlace& place = *tree.Find(key);
+    Documents documents(call.Connection());
+    const FolderData folder = LoadFolder(documents, key);
+    return ResultOf(Record{
+        {"id", std::int64_t{key.id}},
+        {"name", folder.name},
+        {"path", tree.PathOf(key)},
+        {"parents", PathsOf(tree, tree.Keys(place.parents))},
+        {"style", static_cast<std::int64_t>(folder.style)},
+        {"created", folder.created ? Value(*folder.created) : Value()},
+        {"creator_id", std::int64_t{folder.creatorId}},
+        {"creator", folder.creator},
+        {"folders", static_cast<std::int64_t>(place.children.size())},
+        {"other_objects", std::int64_t{place.others}},
+    });
+}
+
+Result ShowStyle(Call& call, const FolderToStyle& in)
+{
+    const DocKey key = FolderTree(call.Connection()).FindFolder(in.folder);
+    Documents documents(call.Connection());
+    return ResultOf(Record{{"style", static_cast<std::int64_t>(LoadFolder(documents, key).style)}});
+}
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+Result Create(Call& call, const NewFolderAt& in)
+{
+    CheckNewName("folder", SplitLastFolder(in.path).name);
+    FolderData folder;
+    if (in.creator) {
+        folder.creatorId = FindUser(call.Directory(), *in.creator).id;
+        folder.creator = call.Directory().NameOfId(folder.creatorId);
+    }
+    const FolderTree tree(call.Connection());
+    Documents documents(call.Connection());
+    const NewPath path = SplitNewPath(in.path, in.parents, &SplitLastFolder,
+                                      [&tree](const std::string& parent) { return !tree.FindAll(parent).empty(); });
+    DocKey key = tree.FindPlace(path.parent);
+    RequireFreeName(tree, documents, key, path.names.front(), std::nullopt);
+    for (const std::string& name : path.names) {
+        CheckNewName("folder", name);
+        folder.name = name;
+        folder.style = &name == &path.names.back() ? in.style.value_or(0) : 0;
+        const NewFolder made = documents.CreateFolder(key, folder);
+        key = {DocKind::folder, made.id};
+        if (made.removedLinks > 0) {
+            call.Report({"folder", made.id, name, "cleaned",
+                         fmt::format("removed {} to a folder deleted before, whose id {} the new one has",
+                                     Counted(static_cast<std::size_t>(made.removedLinks), "link"), made.id)});
+        }
+    }
+    return ResultOf(Value(std::int64_t{key.id}));
+}
+
+Result Rename(Call& call, const FolderToRename& in)
+{
+    CheckNewName("folder", in.name);
+    const FolderTree tree(call.Connection());
+    Documents documents(call.Connection());
+    const DocKey key = tree.FindFolder(in.folder);
+    const DocPlace& place = *tree.Find(key);
+    for (const DocKey parent : tree.Keys(place.parents)) {
+        RequireFreeName(tree, documents, parent, in.name, key);
+    }
+    documents.RenameFolder(key.id, place.name, in.name);
+    call.Report(OutcomeOf(tree, key, "renamed", fmt::format("renamed {} to {}", tree.Named(key), Visible(in.name))));
+    return {};
+}
+
+Result SetStyle(Call& call, const FolderToStyle& in)
+{
+    const FolderTree tree(call.Connection());
+    const DocKey key = tree.FindFolder(in.folder);
+    Documents documents(call.Connection());
+    documents.SetFolderStyle(key.id, LoadFolder(documents, key).style, *in.style);
+    call.Report(OutcomeOf(tree, key, "changed", fmt::format("changed {}", tree.Named(key))));
+    return {};
+}
+
+Result Link(Call& call, const FolderToLink& in)
+{
+    const FolderTree tree(call.Connection());
+    Documents documents(call.Connection());
+    const Placement place{tree.FindPlace(in.parent), tree.FindFolder(in.folder)};
+    const std::vector<DocKey> parents = tree.Keys(tree.Find(place.folder)->parents);
+    if (std::ranges::find(parents, place.parent) != parents.end()) {
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} is directly under {} already", tree.Named(place.folder), tree.Named(place.parent)));
+    }
+    const std::vector<DocKey> cycle = tree.CycleClosedBy(place);
+    if (!cycle.empty()) {
+        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would hang below itself: {}",
+                                                     tree.Named(place.folder), tree.CycleText(cycle)));
+    }
+    FolderData folder = LoadFolder(documents, place.folder);
+    // Who made the folder need not have made the link.
+    folder.creatorId = 0;
+    folder.creator.clear();
+    RequireFreeName(tree, documents, place.parent, folder.name, std::nullopt);
+    documents.AddLink(place, folder);
+    call.Report(OutcomeOf(tree, place.folder, "linked",
+                          fmt::format("{} is now under {} too", tree.Named(place.folder), tree.Named(place.parent))));
+    return {};
+}
+
+struct Unlinking : Plan {
+    Placement place{};
+    Outcome outcome; ///< what is to be said of it
+
+    bool operator==(const Unlinking& other) const
+    {
+        return Plan::operator==(other) && place == other.place && outcome.sentence == other.outcome.sentence;
+    }
+};
+
+Unlinking PlanUnlinking(Call& call, const FolderToUnlink& in)
+{
+    const FolderTree tree(call.Connection());
+    Unlinking unlinking;
+    unlinking.nothingDone = kNothingChanged;
+    unlinking.place = tree.FindPlacement(in.folder, in.from);
+    const std::string folder = tree.Named(unlinking.place.folder);
+    const std::string parent = tree.Named(unlinking.place.parent);
+    if (!tree.HangsWithout(unlinking.place)) {
+        unlinking.lines.push_back(
+            fmt::format("{} would hang in no document root; `qvadmin folder delete` deletes it", folder));
+        unlinking.question = fmt::format("Take {} from {} all the same?", folder, parent);
+        unlinking.removed = 1;
+    }
+    unlinking.outcome =
+        OutcomeOf(tree, unlinking.place.folder, "unlinked", fmt::format("{} is no longer under {}", folder, parent));
+    return unlinking;
+}
+
+Result Unlink(Call& call, const FolderToUnlink& /*in*/, const Unlinking& unlinking)
+{
+    Documents(call.Connection()).RemoveLink(unlinking.place);
+    call.Report(unlinking.outcome);
+    return {};
+}
+
+struct Deletion : Plan {
+    DocKey folder{};
+    std::string path;
+    std::vector<DocKey> keys; ///< of the folder and those that go along
+
+    bool operator==(const Deletion&) const = default;
+};
+
+Deletion PlanDeletion(Call& call, const FolderToDelete& in)
+{
+    const FolderTree tree(call.Connection());
+    Deletion deletion;
+    deletion.folder = tree.FindFolder(in.folder);
+    const DocPlace& place = *tree.Find(deletion.folder);
+    if (!in.recursive && (!place.children.empty() || place.others > 0)) {
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} holds {} and {}; add --recursive to delete it, and the folders, all the same",
+                                tree.Named(deletion.folder), Counted(place.children.size(), "folder"),
+                                Counted(static_cast<std::size_t>(place.others), "other object")));
+    }
+    deletion.path = tree.PathOf(deletion.folder);
+    deletion.keys = tree.GoneWith(deletion.folder);
+    const std::size_t below = deletion.keys.size() - 1;
+    const std::size_t links = tree.CountLinks(deletion.keys);
+    const std::string subject =
+        tree.Named(deletion.folder) + (below == 0 ? "" : " and " + Counted(below, "folder") + " below");
+    deletion.lines.push_back(fmt::format("delete {}{}", subject, links == 0 ? "" : ", with " + Counted(links, "link")));
+    deletion.question = fmt::format("Delete {}?", subject);
+    deletion.removed = deletion.keys.size() + links;
+    return deletion;
+}
+
+Result Delete(Call& call, const FolderToDelete& /*in*/, const Deletion& deletion)
+{
+    Documents(call.Connection()).Delete(deletion.keys);
+    call.Report({"folder", deletion.folder.id, deletion.path, "deleted",
+                 fmt::format("deleted {}", Counted(deletion.keys.size(), "folder"))});
+    return {};
+}
+
+constexpr Command kCommands[] = {
+    {.path = {"folder", "tree"},
+     .summary = "draw document roots and the folders below them",
+     .examples = "  qvadmin folder tree\n"
+                 "  qvadmin folder tree Main --depth 2\n"
+                 "  qvadmin folder tree /Main/Contracts -o csv",
+     .effect = Effect::read,
+     .params = &InfosOf<kTreeParams>,
+     .columns = kTreeColumns,
+     .isTree = true,
+     .run = &Read<&Tree, kTreeParams>},
+    {.path = {"folder", "list"},
+     .summary = "the folders directly under a document root or folder",
+     .examples = "  qvadmin folder list /Main\n"
+                 "  qvadmin folder list /Main/Contracts -o csv",
+     .effect = Effect::read,
+     .params = &InfosOf<kListParams>,
+     .columns = kListColumns,
+     .run = &Read<&List, kListParams>},
+    {.path = {"folder", "show"},
+     .summary = "everything about a folder, and where it is linked",
+     .examples = "  qvadmin folder show /Main/Contracts\n"
+                 "  qvadmin folder show id:17 -o json",
+     .effect = Effect::read,
+     .params = &InfosOf<kOneParams>,
+     .columns = kShowColumns,
+     .run = &Read<&Show, kOneParams>},
+    {.path = {"folder", "create"},
+     .summary = "add a folder and print the new id",
+     .examples = "  qvadmin folder create /Main/Contracts --creator amy\n"
+                 "  qvadmin folder create /Main/Contracts/2024/May --parents\n"
+                 "  qvadmin folder create '/Main/In\\/Out'",
+     .effect = Effect::create,
+     .params = &InfosOf<kCreateParams>,
+     .run = &Write<&Create, kCreateParams>},
+    {.path = {"folder", "rename"},
+     .summary = "give a folder another name",
+     .examples = "  qvadmin folder rename /Main/Contracts Agreements",
+     .effect = Effect::change,
+     .params = &InfosOf<kRenameParams>,
+     .run = &Write<&Rename, kRenameParams>},
+    {.path = {"folder", "style"},
+     .summary = "print a folder's style, or set it",
+     .examples = "  qvadmin folder style /Main/Contracts\n"
+                 "  qvadmin folder style /Main/Contracts 2",
+     .effect = Effect::change,
+     .params = &InfosOf<kStyleParams>,
+     .columns = kStyleColumns,
+     .run = &ReadOrWrite<&FolderToStyle::style, &ShowStyle, &SetStyle, kStyleParams>},
+    {.path = {"folder", "link"},
+     .summary = "hang a folder, with all below it, in a further place",
+     .examples = "  qvadmin folder link /Main/Contracts /Archive\n"
+                 "  qvadmin folder link id:17 root:4",
+     .effect = Effect::change,
+     .params = &InfosOf<kLinkParams>,
+     .run = &Write<&Link, kLinkParams>},
+    {.path = {"folder", "unlink"},
+     .summary = "take a folder out of one of its places; asks first when no other is left",
+     .examples = "  qvadmin folder unlink /Archive/Contracts\n"
+                 "  qvadmin folder unlink id:17 --from /Archive",
+     .effect = Effect::remove,
+     .asks = true,
+     .params = &InfosOf<kUnlinkParams>,
+     .run = &WritePlanned<&PlanUnlinking, &Unlink, kUnlinkParams>},
+    {.path = {"folder", "delete"},
+     .summary = "delete a folder and its links, wherever it hangs; asks first",
+     .examples = "  qvadmin folder delete /Main/Contracts\n"
+                 "  qvadmin folder delete id:17 --recursive --yes",
+     .effect = Effect::remove,
+     .asks = true,
+     .params = &InfosOf<kDeleteParams>,
+     .run = &WritePlanned<&PlanDeletion, &Delete, kDeleteParams>},
+};
+
+} // namespace
+
+std::span<const Command> FolderCommands() { return kCommands; }
+
+} // namespace management::documents

@@ -1,0 +1,619 @@
+#include "basefun/ItemTypes.h"
+#include "management/Command.h"
+#include "management/Names.h"
+#include "management/Paths.h"
+#include "management/References.h"
+#include "management/Text.h"
+#include "management/TreeDrawing.h"
+#include "management/organisation/DepartmentSync.h"
+#include "management/organisation/Organisation.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <map>
+
+namespace management::organisation {
+
+namespace {
+
+constexpr std::string_view kGroupHelp = "/VIEW/GROUP, or id:NUMBER";
+constexpr std::string_view kHolderHelp = "/VIEW/GROUP, or id:NUMBER of a group, or view:NUMBER";
+constexpr std::string_view kDescriptionHelp = "what it is for";
+constexpr std::string_view kSortIndexHelp = "position; lower comes first";
+
+// ---- Parameters -----------------------------------------------------------------------------------------------------
+
+struct TreeToDraw {
+    std::optional<std::string> top;
+    std::optional<int> depth;
+    bool users = false;
+};
+
+constexpr Param<TreeToDraw> kTreeParams[] = {
+    {"PATH", &TreeToDraw::top, Kind::holder, kHolderHelp},
+    {"depth", &TreeToDraw::depth, Kind::number, "so many levels and no more",
+     Range{0, std::numeric_limits<int>::max()}},
+    {"users", &TreeToDraw::users, Kind::flag, "show the users too"},
+};
+
+struct GroupFilter {
+    std::optional<std::string> parent;
+};
+
+constexpr Param<GroupFilter> kListParams[] = {{"PATH", &GroupFilter::parent, Kind::holder, kHolderHelp}};
+
+struct OneGroup {
+    std::string group;
+};
+
+constexpr Param<OneGroup> kOneParams[] = {{"GROUP", &OneGroup::group, Kind::group, kGroupHelp}};
+
+struct NewGroupAt {
+    std::string path;
+    std::optional<std::string> description;
+    std::optional<int> sortIndex;
+    std::optional<int> style;
+    std::optional<std::string> creator;
+    bool parents = false;
+};
+
+constexpr Param<NewGroupAt> kCreateParams[] = {
+    {"PATH", &NewGroupAt::path, Kind::text, "where to add it: path of the parent, / and the new name"},
+    {"description", &NewGroupAt::description, Kind::text, kDescriptionHelp},
+    {"sort_index", &NewGroupAt::sortIndex, Kind::number, kSortIndexHelp},
+    {"style", &NewGroupAt::style, Kind::number, "style number"},
+    {"creator", &NewGroupAt::creator, Kind::text, "who made it"},
+    {"parents", &NewGroupAt::parents, Kind::flag, "add the groups above that are missing too"},
+};
+
+struct GroupToSet {
+    std::string group;
+    std::optional<std::string> description;
+    std::optional<int> sortIndex;
+    std::optional<int> domainId;
+};
+
+constexpr Param<GroupToSet> kSetParams[] = {
+    {"GROUP", &GroupToSet::group, Kind::group, kGroupHelp},
+    {"description", &GroupToSet::description, Kind::text, kDescriptionHelp},
+    {"sort_index", &GroupToSet::sortIndex, Kind::number, kSortIndexHelp},
+    {"domain_id", &GroupToSet::domainId, Kind::number, "domain number"},
+};
+
+struct GroupToRename {
+    std::string group;
+    std::string name;
+};
+
+constexpr Param<GroupToRename> kRenameParams[] = {
+    {"GROUP", &GroupToRename::group, Kind::group, kGroupHelp},
+    {"NAME", &GroupToRename::name, Kind::text, "the name as it is, not as in a path"},
+};
+
+struct GroupToMove {
+    std::string group;
+    std::string parent;
+    std::optional<std::string> from;
+};
+
+constexpr Param<GroupToMove> kMoveParams[] = {
+    {"GROUP", &GroupToMove::group, Kind::group, kGroupHelp},
+    {"PARENT", &GroupToMove::parent, Kind::holder, kHolderHelp},
+    {"from", &GroupToMove::from, Kind::holder, "the parent to leave, when the group has several"},
+};
+
+struct GroupToStyle {
+    std::string group;
+    std::optional<int> style;
+};
+
+constexpr Param<GroupToStyle> kStyleParams[] = {
+    {"GROUP", &GroupToStyle::group, Kind::group, kGroupHelp},
+    {"N", &GroupToStyle::style, Kind::number, "style number to set"},
+};
+
+struct GroupToDelete {
+    std::string group;
+    bool recursive = false;
+};
+
+constexpr Param<GroupToDelete> kDeleteParams[] = {
+    {"GROUP", &GroupToDelete::group, Kind::group, kGroupHelp},
+    {"recursive", &GroupToDelete::recursive, Kind::flag, "delete the groups below too; users stay"},
+};
+
+struct PartOfName {
+    std::string text;
+};
+
+constexpr Param<PartOfName> kFindParams[] = {
+    {"TEXT", &PartOfName::text, Kind::text, "part of the name, case not counting"}};
+
+constexpr Column kTreeColumns[] = {
+    {"depth", Kind::number},       {"type"}, {"id", Kind::number}, {"name"}, {"path"}, {"users", Kind::number},
+    {"users_below", Kind::number}, {"mark"}};
+constexpr Column kListColumns[] = {
+    {"id", Kind::number},    {"name"}, {"path"}, {"sort_index", Kind::number}, {"users", Kind::number},
+    {"groups", Kind::number}};
+constexpr Column kShowColumns[] = {
+    {"id", Kind::number},
+    {"name"},
+    {"path"},
+    {"parents"},
+    {"description"},
+    {"creator"},
+    {"created", Kind::date},
+    {"sort_index", Kind::number},
+    {"domain_id", Kind::number},
+    {"style", Kind::number},
+    {"groups", Kind::number},
+    {"users", Kind::number},
+    {"users_below", Kind::number},
+};
+constexpr Column kStyleColumns[] = {{"style", Kind::number}};
+constexpr Column kFindColumns[] = {{"id", Kind::number}, {"path"}};
+
+// ---- What is meant --------------------------------------------------------------------------------------------------
+
+Outcome OutcomeOf(const Organisation& organisation, ItemKey group, std::string_view outcome, std::string sentence)
+{
+    return {"group", group.id, organisation.PathOf(group), outcome, std::move(sentence)};
+}
+
+template <class IsWanted>
+std::vector<ItemKey> GroupsWhere(const Organisation& organisation, IsWanted isWanted)
+{
+    std::vector<ItemKey> groups;
+    for (const Place& place : organisation.Places()) {
+        if (place.key.type == kItemTypeGroup && isWanted(place)) {
+            groups.push_back(place.key);
+        }
+    }
+    return groups;
+}
+
+std::vector<ItemKey> Keys(const Organisation& organisation, const std::vector<std::size_t>& places)
+{
+    std::vector<ItemKey> keys;
+    std::ranges::transform(places, std::back_inserter(keys),
+                           [&](std::size_t place) { return organisation.Places()[place].key; });
+    return keys;
+}
+
+void RequireFreeName(const Organisation& organisation, ItemKey parent, const std::string& name, ItemKey self)
+{
+    for (const ItemKey other : organisation.ChildrenNamed(parent, name)) {
+        if (other != self) {
+            throw Error(ErrorCode::conflict,
+                        fmt::format("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
+        }
+    }
+    if (const auto other = organisation.FindConfusedChild(parent, name, self)) {
+        ThrowConfused("name", name, *other);
+    }
+}
+
+GroupData LoadGroup(Organisation& organisation, ItemKey key)
+{
+    return organisation.LoadGroup(key.id).value_or(GroupData{});
+}
+
+/// The parent that a group leaves when it is moved; nothing for one without a parent.
+std::optional<ItemKey> ParentToLeave(const Organisation& organisation, ItemKey group,
+                                     const std::optional<std::string>& from)
+{
+    const std::vector<ItemKey> parents = Keys(organisation, organisation.Find(group)->parents);
+    if (from) {
+        const ItemKey parent = organisation.FindHolder(*from);
+        if (std::ranges::find(parents, parent) == parents.end()) {
+            throw Error(ErrorCode::notFound, fmt::format("{} is not directly under {}", organisation.Named(group),
+                                                         organisation.Named(parent)));
+        }
+        return parent;
+    }
+    if (parents.size() > 1) {
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} is in several places; say with --from which of {} it is to leave",
+                                organisation.Named(group), Visible(PathsOf(organisation, parents))));
+    }
+    return parents.empty() ? std::nullopt : std::optional(parents.front());
+}
+
+void ThrowIfCycle(const Organisation& organisation, ItemKey parent, ItemKey group)
+{
+    const std::vector<ItemKey> cycle = organisation.CycleClosedBy(parent, group);
+    if (!cycle.empty()) {
+        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would hang below itself: {}",
+                                                     organisation.Named(group), organisation.CycleText(cycle)));
+    }
+}
+
+std::vector<int> Ids(const std::vector<ItemKey>& keys)
+{
+    std::vector<int> ids;
+    std::ranges::transform(keys, std::back_inserter(ids), &ItemKey::id);
+    return ids;
+}
+
+// ---- The tree -------------------------------------------------------------------------------------------------------
+
+/// Hands the lines of the organisation's tree to the front end.
+class TreeRows {
+public:
+    using Members = std::map<ItemKey, std::vector<Member>>;
+
+    TreeRows(const Call& call, const Organisation& organisation, const Members& members)
+        : m_call(call), m_organisation(organisation), m_places(organisation.Places()), m_members(members)
+    {
+    }
+
+    [[nodiscard]] TreeNodes Nodes() const
+    {
+        return {m_places.size(),
+                [this](std::size_t node) { return std::span<const std::size_t>(m_places[node].children); },
+                [this](std::size_t node) { return MembersOf(node).size(); }};
+    }
+
+    bool Give(const TreeLine& line) const
+    {
+        const auto depth = static_cast<std::int64_t>(line.depth);
+        if (!line.node) {
+            return m_call.TreeRow(line.Drawn("In no view:"), depth, "nowhere", Value(), "", Value(), Value(), Value(),
+                                  "");
+        }
+        if (line.leaf) {
+            const Member& user = MembersOf(*line.node)[*line.leaf];
+            return m_call.TreeRow(line.Drawn(fmt::format("{}: {}", Visible(user.login), Visible(user.name))), depth,
+                                  "user", std::int64_t{user.id}, user.login, Value(), Value(), Value(), "");
+        }
+        const Place& place = m_places[*line.node];
+        const int usersBelow = m_organisation.UsersBelow(place.key);
+        const std::string below = place.children.empty() ? std::string() : fmt::format(", {} below", usersBelow);
+        return m_call.TreeRow(line.Drawn(fmt::format("{} ({}{})", Visible(place.name), place.users, below)), depth,
+                              place.key.type == kItemTypeView ? "view" : "group", std::int64_t{place.key.id},
+                              place.name, m_organisation.PathOf(place.key), std::int64_t{place.users},
+                              std::int64_t{usersBelow}, TextValue(std::string(NameOf(line.mark))));
+    }
+
+private:
+    [[nodiscard]] std::span<const Member> MembersOf(std::size_t node) const
+    {
+        const auto found = m_members.find(m_places[node].key);
+        return found == m_members.end() ? std::span<const Member>() : std::span(found->second);
+    }
+
+    const Call& m_call;
+    const Organisation& m_organisation;
+    std::span<const Place> m_places;
+    const Members& m_members;
+};
+
+Result Tree(Call& call, const TreeToDraw& in)
+{
+    Organisation organisation(call.Connection());
+    const TreeRows::Members members = in.users ? organisation.LoadMembers() : TreeRows::Members();
+    const TreeRows rows(call, organisation, members);
+    TreeDrawing drawing(rows.Nodes(), in.depth, [&rows](const TreeLine& line) { return rows.Give(line); });
+    if (in.top) {
+        drawing.Draw(organisation.NumberOf(organisation.FindHolder(*in.top)));
+        return {};
+    }
+    const auto isRoot = [](const Place& place) {
+        return place.key.type == kItemTypeView && place.viewType == kSystemView;
+    };
+    const auto isUnrooted = [](const Place& place) { return !place.hangsInView && !place.via; };
+    drawing.DrawAll(NumbersWhere(organisation.Places(), isRoot), NumbersWhere(organisation.Places(), isUnrooted));
+    return {};
+}
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+Result List(Call& call, const GroupFilter& in)
+{
+    const Organisation organisation(call.Connection());
+    const std::vector<ItemKey> groups =
+        in.parent ? Keys(organisation, organisation.Find(organisation.FindHolder(*in.parent))->children)
+                  : GroupsWhere(organisation, [](const Place&) { return true; });
+    for (const ItemKey key : groups) {
+        const Place& place = *organisation.Find(key);
+        if (!call.Row(std::int64_t{key.id}, place.name, organisation.PathOf(key), std::int64_t{place.sortIndex},
+                      std::int64_t{place.users}, static_cast<std::int64_t>(place.children.size()))) {
+            break;
+        }
+    }
+    return {};
+}
+
+Result Show(Call& call, const OneGroup& in)
+{
+    Organisation organisation(call.Connection());
+    const ItemKey key = organisation.FindGroup(in.group);
+    const Place& place = *organisation.Find(key);
+    const GroupData group = LoadGroup(organisation, key);
+    return ResultOf(Record{
+        {"id", std::int64_t{key.id}},
+        {"name", group.name},
+        {"path", organisation.PathOf(key)},
+        {"parents", PathsOf(organisation, Keys(organisation, place.parents))},
+        {"description", group.description},
+        {"creator", group.creator},
+        {"created", group.created ? Value(*group.created) : Value()},
+        {"sort_index", std::int64_t{group.sortIndex}},
+        {"domain_id", std::int64_t{group.domainId}},
+        {"style", std::int64_t{group.style}},
+        {"groups", static_cast<std::int64_t>(place.children.size())},
+        {"users", std::int64_t{place.users}},
+        {"users_below", std::int64_t{organisation.UsersBelow(key)}},
+    });
+}
+
+Result ShowStyle(Call& call, const GroupToStyle& in)
+{
+    Organisation organisation(call.Connection());
+    const int style = organisation.GroupStyle(organisation.FindGroup(in.group).id);
+    return ResultOf(Record{{"style", std::int64_t{style}}});
+}
+
+Result Find(Call& call, const PartOfName& in)
+{
+    const Organisation organisation(call.Connection());
+    const std::string part = NameKey(in.text);
+    const std::vector<ItemKey> groups = GroupsWhere(
+        organisation, [&part](const Place& place) { return place.nameKey.find(part) != std::string::npos; });
+    for (const ItemKey key : groups) {
+        if (!call.Row(std::int64_t{key.id}, organisation.PathOf(key))) {
+            break;
+        }
+    }
+    return {};
+}
+
+// ---- Changing -------------------------------------------------------------------------------------------------------
+
+Result Create(Call& call, const NewGroupAt& in)
+{
+    CheckName("group", SplitLast(in.path).name);
+    Organisation organisation(call.Connection());
+    const NewPath path = SplitNewPath(in.path, in.parents, &SplitLast, [&organisation](const std::string& parent) {
+        return !organisation.FindAll(parent).empty();
+    });
+    ItemKey key = organisation.FindHolder(path.parent);
+    for (const std::string& name : path.names) {
+        CheckName("group", name);
+    }
+    RequireFreeName(organisation, key, path.names.front(), {});
+    for (const std::string& name : path.names) {
+        GroupData group;
+        group.name = name;
+        if (&name == &path.names.back()) {
+            group.description = in.description.value_or("");
+            group.creator = in.creator.value_or("");
+            group.sortIndex = in.sortIndex.value_or(group.sortIndex);
+            group.style = in.style.value_or(0);
+        }
+        key = {kItemTypeGroup, organisation.CreateGroup(key, group)};
+    }
+    return ResultOf(Value(std::int64_t{key.id}));
+}
+
+Result Set(Call& call, const GroupToSet& in)
+{
+    if (!in.description && !in.sortIndex && !in.domainId) {
+        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin group set --help` lists what can be");
+    }
+    Organisation organisation(call.Connection());
+    const ItemKey key = organisation.FindGroup(in.group);
+    const GroupData stored = LoadGroup(organisation, key);
+    GroupData group = stored;
+    group.description = in.description.value_or(stored.description);
+    group.sortIndex = in.sortIndex.value_or(stored.sortIndex);
+    group.domainId = in.domainId.value_or(stored.domainId);
+    if (group == stored) {
+        call.Report(
+            OutcomeOf(organisation, key, "unchanged", fmt::format("nothing to change in {}", organisation.Named(key))));
+        return Unchanged();
+    }
+    organisation.ChangeGroup(key.id, {{}, in.description, in.sortIndex, in.domainId});
+    call.Report(OutcomeOf(organisation, key, "changed", fmt::format("changed {}", organisation.Named(key))));
+    return {};
+}
+
+Result Rename(Call& call, const GroupToRename& in)
+{
+    CheckName("group", in.name);
+    Organisation organisation(call.Connection());
+    const ItemKey key = organisation.FindGroup(in.group);
+    for (const ItemKey parent : Keys(organisation, organisation.Find(key)->parents)) {
+        RequireFreeName(organisation, parent, in.name, key);
+    }
+    organisation.ChangeGroup(key.id, {in.name, {}, {}, {}});
+    const std::size_t departments = SyncDepartments(organisation, key);
+    call.Report(OutcomeOf(
+        organisation, key, "renamed",
+        fmt::format("renamed {} to {}{}", organisation.Named(key), Visible(in.name), WithDepartments(departments))));
+    return {};
+}
+
+Result Move(Call& call, const GroupToMove& in)
+{
+    Organisation organisation(call.Connection());
+    const ItemKey group = organisation.FindGroup(in.group);
+    const ItemKey parent = organisation.FindHolder(in.parent);
+    const std::optional<ItemKey> left = ParentToLeave(organisation, group, in.from);
+    if (left == parent) {
+        call.Report(
+            OutcomeOf(organisation, group, "unchanged", fmt::format("{} is there already", organisation.Named(group))));
+        return Unchanged();
+    }
+    ThrowIfCycle(organisation, parent, group);
+    RequireFreeName(organisation, parent, organisation.Find(group)->name, group);
+    const std::vector<ItemKey> parents = Keys(organisation, organisation.Find(group)->parents);
+    if (left) {
+        organisation.RemoveMember(*left, group);
+    }
+    if (std::ranges::find(parents, parent) == parents.end()) {
+        organisation.AddMember(parent, group);
+    }
+    const std::size_t departments = SyncDepartments(organisation, group);
+    call.Report(OutcomeOf(organisation, group, "moved",
+                          fmt::format("moved {} to {}{}", organisation.Named(group), organisation.Named(parent),
+                                      WithDepartments(departments))));
+    return {};
+}
+
+Result SetStyle(Call& call, const GroupToStyle& in)
+{
+    Organisation organisation(call.Connection());
+    const ItemKey key = organisation.FindGroup(in.group);
+    organisation.SetGroupStyle(key.id, *in.style);
+    call.Report(OutcomeOf(organisation, key, "changed", fmt::format("changed {}", organisation.Named(key))));
+    return {};
+}
+
+struct Deletion : Plan {
+    ItemKey group{};
+    std::vector<int> ids; ///< of the group and those that go along
+
+    bool operator==(const Deletion&) const = default;
+};
+
+void ThrowIfHolding(Organisation& organisation, ItemKey group)
+{
+    const Place& place = *organisation.Find(group);
+    if (place.children.empty() && place.users == 0) {
+        return;
+    }
+    const std::vector<ItemKey> below = organisation.Below(group);
+    std::vector<int> ids = Ids(below);
+    ids.push_back(group.id);
+    throw Error(ErrorCode::conflict,
+                fmt::format("{} holds {} and {}, on all levels; add --recursive to delete it, and the groups, all the "
+                            "same",
+                            organisation.Named(group), Counted(below.size(), "group"),
+                            Counted(organisation.CountMembers(ids).users, "user")));
+}
+
+/// Who the members are, to end a sentence with.
+std::string WithMembers(const MemberCounts& members)
+{
+    return members.users == 0 ? ""
+                              : fmt::format("; members: {}, of whom {} will be in no group",
+                                            Counted(members.users, "user"), members.inNoOther);
+}
+
+Deletion PlanDeletion(Call& call, const GroupToDelete& in)
+{
+    Organisation organisation(call.Connection());
+    Deletion deletion;
+    deletion.group = organisation.FindGroup(in.group);
+    if (!in.recursive) {
+        ThrowIfHolding(organisation, deletion.group);
+    }
+    deletion.ids = Ids(organisation.GoneWith(deletion.group));
+    const std::size_t below = deletion.ids.size() - 1;
+    const std::string subject =
+        organisation.Named(deletion.group) + (below == 0 ? "" : " and " + Counted(below, "group") + " below");
+    const std::vector<Reference> references = organisation.References(kItemTypeGroup, deletion.ids);
+    deletion.lines.push_back(fmt::format("delete {}{}{}", subject, WithReferences(references),
+                                         WithMembers(organisation.CountMembers(deletion.ids))));
+    deletion.question = fmt::format("Delete {}?", subject);
+    deletion.removed = deletion.ids.size() + CountOf(references);
+    return deletion;
+}
+
+Result Delete(Call& call, const GroupToDelete& /*in*/, const Deletion& deletion)
+{
+    Organisation organisation(call.Connection());
+    organisation.DeleteGroups(deletion.ids);
+    const std::size_t departments = SyncDepartments(organisation, deletion.group);
+    call.Report(
+        OutcomeOf(organisation, deletion.group, "deleted",
+                  fmt::format("deleted {}{}", Counted(deletion.ids.size(), "group"), WithDepartments(departments))));
+    return {};
+}
+
+constexpr Command kCommands[] = {
+    {.path = {"group", "tree"},
+     .summary = "draw the organisation, with how many people are where",
+     .examples = "  qvadmin group tree\n"
+                 "  qvadmin group tree /Company/Sales --depth 2 --users",
+     .effect = Effect::read,
+     .params = &InfosOf<kTreeParams>,
+     .columns = kTreeColumns,
+     .isTree = true,
+     .run = &Read<&Tree, kTreeParams>},
+    {.path = {"group", "list"},
+     .summary = "all groups, or those directly under a view or group",
+     .examples = "  qvadmin group list\n"
+                 "  qvadmin group list /Company -o csv",
+     .effect = Effect::read,
+     .params = &InfosOf<kListParams>,
+     .columns = kListColumns,
+     .run = &Read<&List, kListParams>},
+    {.path = {"group", "show"},
+     .summary = "everything about a group",
+     .examples = "  qvadmin group show /Company/Sales\n"
+                 "  qvadmin group show id:17 -o json",
+     .effect = Effect::read,
+     .params = &InfosOf<kOneParams>,
+     .columns = kShowColumns,
+     .run = &Read<&Show, kOneParams>},
+    {.path = {"group", "create"},
+     .summary = "add a group and print the new id",
+     .examples = "  qvadmin group create /Company/Sales --description 'Sells things'\n"
+                 "  qvadmin group create /Company/Sales/North/Team --parents\n"
+                 "  qvadmin group create '/Company/Research\\/Development'",
+     .effect = Effect::create,
+     .params = &InfosOf<kCreateParams>,
+     .run = &Write<&Create, kCreateParams>},
+    {.path = {"group", "set"},
+     .summary = "change what is given and leave all else",
+     .examples = "  qvadmin group set /Company/Sales --sort-index 10",
+     .effect = Effect::change,
+     .params = &InfosOf<kSetParams>,
+     .run = &Write<&Set, kSetParams>},
+    {.path = {"group", "rename"},
+     .summary = "give a group another name",
+     .examples = "  qvadmin group rename /Company/Sales Selling",
+     .effect = Effect::change,
+     .params = &InfosOf<kRenameParams>,
+     .run = &Write<&Rename, kRenameParams>},
+    {.path = {"group", "move"},
+     .summary = "hang a group, with all below it, under another parent",
+     .examples = "  qvadmin group move /Company/Sales/North /Company/Service\n"
+                 "  qvadmin group move id:17 /Company --from /Old",
+     .effect = Effect::change,
+     .params = &InfosOf<kMoveParams>,
+     .run = &Write<&Move, kMoveParams>},
+    {.path = {"group", "style"},
+     .summary = "print a group's style, or set it",
+     .examples = "  qvadmin group style /Company/Sales\n"
+                 "  qvadmin group style /Company/Sales 2",
+     .effect = Effect::change,
+     .params = &InfosOf<kStyleParams>,
+     .columns = kStyleColumns,
+     .run = &ReadOrWrite<&GroupToStyle::style, &ShowStyle, &SetStyle, kStyleParams>},
+    {.path = {"group", "delete"},
+     .summary = "delete a group and what is kept about it elsewhere; asks first",
+     .examples = "  qvadmin group delete /Company/Sales\n"
+                 "  qvadmin group delete id:17 --recursive --yes",
+     .effect = Effect::remove,
+     .asks = true,
+     .params = &InfosOf<kDeleteParams>,
+     .run = &WritePlanned<&PlanDeletion, &Delete, kDeleteParams>},
+    {.path = {"group", "find"},
+     .summary = "groups with a text in the name, wherever they are",
+     .examples = "  qvadmin group find sales",
+     .effect = Effect::read,
+     .params = &InfosOf<kFindParams>,
+     .columns = kFindColumns,
+     .run = &Read<&Find, kFindParams>},
+};
+
+} // namespace
+
+std::span<const Command> GroupCommands() { return kCommands; }
+
+} // namespace management::organisation
