@@ -1,7 +1,6 @@
 #include "console/Confirm.h"
 
 #include "console/ExitCode.h"
-#include "management/Text.h"
 
 #include <fmt/format.h>
 
@@ -15,24 +14,6 @@ namespace {
 constexpr std::size_t kMostForYes = 20;
 
 } // namespace
-
-std::string WithReferences(const std::vector<Reference>& traces)
-{
-    std::string list;
-    for (const Reference& trace : traces) {
-        list += (list.empty() ? ", with " : ", ") + Counted(static_cast<std::size_t>(trace.count), trace.noun);
-    }
-    return list;
-}
-
-std::size_t CountOf(const std::vector<Reference>& traces)
-{
-    std::size_t count = 0;
-    for (const Reference& trace : traces) {
-        count += static_cast<std::size_t>(trace.count);
-    }
-    return count;
-}
 
 bool CanAsk(const Terminal& terminal) { return terminal.inIsTerminal && terminal.errIsTerminal; }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "console/Commands.h"
-#include "management/organisation/Organisation.h"
+#include "management/References.h"
 
 #include <cstddef>
 #include <string>
@@ -12,12 +12,8 @@
 
 namespace console {
 
-/// ", with 2 relations, 1 right"; empty for no traces.
-std::string WithReferences(const std::vector<Reference>& traces);
 /// Whether somebody sits there who can be asked.
 bool CanAsk(const Terminal& terminal);
-/// How many rows the traces are in sum.
-std::size_t CountOf(const std::vector<Reference>& traces);
 /// Asks for a yes, or, where more than 20 things are removed, for their number.
 /// @param question  such as "Delete the group /Main/Sales?".
 /// @param removed  how many things are removed, with all that goes along.

@@ -41,6 +41,15 @@ TableWriter& TerminalFrontEnd::Writer()
 
 bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row) { return Writer().Write(row); }
 
+bool TerminalFrontEnd::TakeTreeRow(const std::vector<Value>& row, const std::string& line)
+{
+    if (m_format != Format::table) {
+        return TakeRow(row);
+    }
+    m_terminal.out << line << '\n';
+    return !m_terminal.out.fail();
+}
+
 void TerminalFrontEnd::TakeOutcome(const Outcome& outcome)
 {
     if (WritesObject()) {
@@ -146,9 +155,12 @@ Exit TerminalFrontEnd::Finish(const Result& result)
     if (m_progress) {
         m_progress->Clear();
     }
-    if (WritesObject()) {
+    // Without rows, a table still has its header, and a drawn tree nothing.
+    const bool isTable = m_writer || (m_command.effect == Effect::read && !m_command.columns.empty() &&
+                                      !(m_command.isTree && m_format == Format::table));
+    if (WritesObject() && !result.isRead) {
         WriteObject(result);
-    } else if (m_given.options.dryRun) {
+    } else if (m_given.options.dryRun && !result.isRead) {
         m_terminal.err << "dry run: nothing was changed\n";
     } else if (!result.record.empty()) {
         Render(m_format, result.record, m_terminal.out);
@@ -156,7 +168,7 @@ Exit TerminalFrontEnd::Finish(const Result& result)
         Render(m_format, *result.value, m_terminal.out);
     } else if (result.verdict) {
         m_terminal.out << (*result.verdict ? "true\n" : "false\n");
-    } else if (!m_command.columns.empty()) {
+    } else if (isTable) {
         Writer().Finish();
     }
     if (result.verdict && !*result.verdict) {

@@ -19,6 +19,7 @@ public:
     TerminalFrontEnd(const management::Command& command, const CommandLine& given, Format format, Terminal& terminal);
 
     bool TakeRow(const std::vector<Value>& row) override;
+    bool TakeTreeRow(const std::vector<Value>& row, const std::string& line) override;
     void TakeOutcome(const Outcome& outcome) override;
     void Confirm(const Plan& plan) override;
     [[nodiscard]] bool CanAsk() const override;

@@ -25,6 +25,7 @@ struct Result {
     Record record;
     std::optional<bool> verdict;
     bool isChanged = true; ///< of a command that writes: whether there was anything to change
+    bool isRead = false;   ///< of a command that writes what it is given: it was given nothing, and only reads
 };
 
 Result ResultOf(Value value);
@@ -52,6 +53,12 @@ public:
     bool Row(Values&&... values) const
     {
         return m_frontEnd.TakeRow(MakeRow(std::forward<Values>(values)...));
+    }
+    /// The same of a command whose rows are a tree. @param line  see FrontEnd::TakeTreeRow.
+    template <class... Values>
+    bool TreeRow(const std::string& line, Values&&... values) const
+    {
+        return m_frontEnd.TakeTreeRow(MakeRow(std::forward<Values>(values)...), line);
     }
     /// Keeps an outcome until the change that it tells of lasts.
     void Report(Outcome outcome) { m_outcomes.push_back(std::move(outcome)); }

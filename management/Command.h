@@ -136,6 +136,7 @@ struct Command {
     std::string_view route = {}; ///< of a server, such as "/users/{USER}/rename"; empty: none
     std::vector<ParamInfo> (*params)() = &NoParams;
     std::span<const Column> columns = {}; ///< of what it gives; none: nothing, one value, or a verdict
+    bool isTree = false;                  ///< its rows come by FrontEnd::TakeTreeRow
     Result (*run)(Call& call, const ArgumentSource& source) = nullptr;
 };
 
@@ -254,6 +255,20 @@ Result Write(Call& call, const ArgumentSource& source)
     Change change(call);
     Result result = Body(call, in);
     change.Finish();
+    return result;
+}
+
+/// Runs `Result Show(Call&, const In&)`, which only reads, when the member of the input has no value, and otherwise
+/// `Result Body(Call&, const In&)` inside one Change.
+template <auto Member, auto Show, auto Body, auto& Params>
+Result ReadOrWrite(Call& call, const ArgumentSource& source)
+{
+    if ((binding::ReadInput<Params>(source).*Member).has_value()) {
+        return Write<Body, Params>(call, source);
+    }
+    Result result = Read<Show, Params>(call, source);
+    result.isChanged = false;
+    result.isRead = true;
     return result;
 }
 

@@ -50,6 +50,9 @@ public:
     /// Takes a row of the command's table: a value for each of its columns, in their order.
     /// @return false when no more are wanted.
     virtual bool TakeRow(const std::vector<Value>& row) = 0;
+    /// Takes a row of a command whose rows are a tree; as it is here, like any other. @param line  what draws the row
+    /// in a tree for people, without a line's end. @return false when no more are wanted.
+    virtual bool TakeTreeRow(const std::vector<Value>& row, const std::string& /*line*/) { return TakeRow(row); }
     /// Takes what became of a thing, once that lasts.
     virtual void TakeOutcome(const Outcome& outcome) = 0;
     /// Shows a plan and asks its question, if it has one. @throws Error (confirmationRequired) unless somebody agrees.
