@@ -1,8 +1,11 @@
 #include "console/Progress.h"
 
+#include "management/Text.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iomanip>
 
 namespace console {
 
@@ -27,18 +30,15 @@ void Progress::Show(long done)
     m_terminal.err << fmt::format("\r{}{}, {:.0f}/s   ", done, of, static_cast<double>(done) / Seconds()) << std::flush;
 }
 
-void Progress::Clear()
+void Progress::Clear() noexcept
 {
     if (m_onScreen) {
-        m_terminal.err << '\r' << std::string(60, ' ') << '\r';
+        m_terminal.err << '\r' << std::setw(60) << "" << '\r';
         m_onScreen = false;
     }
 }
 
-std::string Progress::Pace(long done) const
-{
-    return fmt::format("{:.1f} s, {:.0f}/s", Seconds(), static_cast<double>(done) / Seconds());
-}
+std::string Progress::Pace(long done) const { return PaceText(Clock::now() - m_begin, done); }
 
 double Progress::Seconds() const
 {

@@ -15,11 +15,14 @@ public:
 
     /// @param total  how many there are, where that is known.
     Progress(Terminal& terminal, std::optional<long> total);
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress() { Clear(); }
 
     /// Shows the count, if the last time was a while ago.
     void Show(long done);
     /// Takes the line away, so that something else can be written.
-    void Clear();
+    void Clear() noexcept;
     /// "4.2 s, 300/s".
     [[nodiscard]] std::string Pace(long done) const;
 

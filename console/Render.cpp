@@ -292,6 +292,37 @@ void Render(Format format, const Record& record, std::ostream& out)
     }
 }
 
+void Render(Format format, const Record& record, const std::vector<Part>& parts, std::ostream& out)
+{
+    if (format == Format::json || format == Format::jsonl) {
+        JsonWriter json(out, format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
+        json.BeginObject();
+        json.WriteMembers(record);
+        for (const Part& part : parts) {
+            json.WriteName(part.name);
+            json.BeginArray();
+            for (const std::vector<Value>& row : part.rows.rows) {
+                json.WriteRow(part.rows.columns, row);
+            }
+            json.End();
+        }
+        json.End();
+        out << '\n';
+        return;
+    }
+    Record counted = record;
+    for (const Part& part : parts) {
+        counted.emplace_back(part.name, static_cast<std::int64_t>(part.rows.rows.size()));
+    }
+    Render(format, counted, out);
+    for (const Part& part : parts) {
+        if (format == Format::table && !part.rows.rows.empty()) {
+            out << '\n' << part.name << ":\n";
+            Render(format, part.rows, out);
+        }
+    }
+}
+
 void WriteCsvRow(const std::vector<std::string>& fields, std::ostream& out)
 {
     const char* between = "";

@@ -66,6 +66,10 @@ void Render(Format format, const Table& table, std::ostream& out);
 /// Writes one record: a line per property (table, plain), a header and a row (csv) or an object.
 void Render(Format format, const Record& record, std::ostream& out);
 
+/// Writes a record with its parts: below it in a table, inside it as arrays in json and jsonl; in csv and plain, which
+/// have no room for rows in rows, each part is a property that counts them.
+void Render(Format format, const Record& record, const std::vector<Part>& parts, std::ostream& out);
+
 /// Writes one value in a line of its own: as JSON where that is asked for, else as programs read it.
 void Render(Format format, const Value& value, std::ostream& out);
 

@@ -1,7 +1,6 @@
 #include "console/TerminalFrontEnd.h"
 
 #include "console/Confirm.h"
-#include "console/Interrupt.h"
 #include "console/TextFile.h"
 #include "management/Text.h"
 
@@ -39,6 +38,11 @@ TableWriter& TerminalFrontEnd::Writer()
     return *m_writer;
 }
 
+void TerminalFrontEnd::TakeColumns(std::vector<std::string> names)
+{
+    m_writer.emplace(m_format, std::move(names), m_terminal.out);
+}
+
 bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row) { return Writer().Write(row); }
 
 bool TerminalFrontEnd::TakeTreeRow(const std::vector<Value>& row, const std::string& line)
@@ -52,6 +56,9 @@ bool TerminalFrontEnd::TakeTreeRow(const std::vector<Value>& row, const std::str
 
 void TerminalFrontEnd::TakeOutcome(const Outcome& outcome)
 {
+    if (m_progress) {
+        m_progress->Clear();
+    }
     if (WritesObject()) {
         m_outcomes.push_back(outcome);
     } else {
@@ -117,12 +124,13 @@ std::string TerminalFrontEnd::ReadText(const std::string& name) { return ReadTex
 void TerminalFrontEnd::ShowProgress(long done, std::optional<long> total)
 {
     if (!m_progress) {
+        m_interrupt.emplace();
         m_progress.emplace(m_terminal, total);
     }
     m_progress->Show(done);
 }
 
-bool TerminalFrontEnd::IsStopRequested() const noexcept { return Interrupt::Requested(); }
+bool TerminalFrontEnd::IsStopRequested() const noexcept { return m_interrupt && Interrupt::Requested(); }
 
 JsonWriter& TerminalFrontEnd::Object()
 {
@@ -160,26 +168,51 @@ void TerminalFrontEnd::WriteObject(const Result& result)
     m_terminal.out << '\n';
 }
 
-Exit TerminalFrontEnd::Finish(const Result& result)
+void TerminalFrontEnd::WriteFinding(const Finding& finding)
 {
-    if (m_progress) {
-        m_progress->Clear();
+    // The sentences are with the rows where people read them, and beside them where programs read the rows.
+    std::ostream& sentences = m_format == Format::table ? m_terminal.out : m_terminal.err;
+    sentences << finding.sentence << '\n';
+    if (m_format != Format::table || !finding.rows.rows.empty()) {
+        Render(m_format, finding.rows, m_terminal.out);
     }
+    for (const std::string& note : finding.notes) {
+        sentences << note << '\n';
+    }
+}
+
+void TerminalFrontEnd::WriteResult(const Result& result)
+{
     // Without rows, a table still has its header, and a drawn tree nothing.
     const bool isTable = m_writer || (m_command.effect == Effect::read && !m_command.columns.empty() &&
                                       !(m_command.isTree && m_format == Format::table));
-    if (WritesObject() && !result.isRead) {
-        WriteObject(result);
-    } else if (m_given.options.dryRun && !result.isRead) {
-        m_terminal.err << "dry run: nothing was changed\n";
+    if (result.finding && m_format != Format::json) {
+        WriteFinding(*result.finding);
     } else if (!result.record.empty()) {
-        Render(m_format, result.record, m_terminal.out);
+        Render(m_format, result.record, result.parts, m_terminal.out);
     } else if (result.value) {
         Render(m_format, *result.value, m_terminal.out);
     } else if (result.verdict) {
         m_terminal.out << (*result.verdict ? "true\n" : "false\n");
     } else if (isTable) {
         Writer().Finish();
+    }
+}
+
+Exit TerminalFrontEnd::Finish(const Result& result)
+{
+    if (m_progress) {
+        m_progress->Clear();
+    }
+    if (WritesObject() && !result.isRead) {
+        WriteObject(result);
+    } else if (m_given.options.dryRun && !result.isRead) {
+        m_terminal.err << "dry run: nothing was changed\n";
+    } else {
+        WriteResult(result);
+    }
+    if (result.error) {
+        throw Error(*result.error);
     }
     if (result.verdict && !*result.verdict) {
         return Exit::notFound;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "console/CommandLine.h"
+#include "console/Interrupt.h"
 #include "console/JsonWriter.h"
 #include "console/Progress.h"
 #include "console/Render.h"
@@ -18,6 +19,7 @@ public:
     /// All of them outlive this.
     TerminalFrontEnd(const management::Command& command, const CommandLine& given, Format format, Terminal& terminal);
 
+    void TakeColumns(std::vector<std::string> names) override;
     bool TakeRow(const std::vector<Value>& row) override;
     bool TakeTreeRow(const std::vector<Value>& row, const std::string& line) override;
     void TakeOutcome(const Outcome& outcome) override;
@@ -31,7 +33,7 @@ public:
     void ShowProgress(long done, std::optional<long> total) override;
     [[nodiscard]] bool IsStopRequested() const noexcept override;
 
-    /// Writes what the command gave. @return what the program is to end with.
+    /// Writes what the command gave. @return what the program is to end with. @throws Error that the result has.
     Exit Finish(const Result& result);
 
 private:
@@ -39,12 +41,15 @@ private:
     TableWriter& Writer();
     JsonWriter& Object();
     void WriteObject(const Result& result);
+    void WriteFinding(const Finding& finding);
+    void WriteResult(const Result& result);
 
     const management::Command& m_command;
     const CommandLine& m_given;
     Format m_format;
     Terminal& m_terminal;
     std::optional<TableWriter> m_writer;
+    std::optional<Interrupt> m_interrupt; ///< from the first progress on
     std::optional<Progress> m_progress;
     std::vector<Outcome> m_outcomes;
     std::optional<JsonWriter> m_object; ///< once begun: it is not ended where the command fails after that

@@ -11,10 +11,11 @@ Result ResultOf(Value value)
     return result;
 }
 
-Result ResultOf(Record record)
+Result ResultOf(Record record, std::vector<Part> parts)
 {
     Result result;
     result.record = std::move(record);
+    result.parts = std::move(parts);
     return result;
 }
 
@@ -56,6 +57,13 @@ void Call::ShowSecret(const Secret& secret) const
     }
 }
 
+void Call::DeliverOutcomes()
+{
+    for (const Outcome& outcome : std::exchange(m_outcomes, {})) {
+        m_frontEnd.TakeOutcome(outcome);
+    }
+}
+
 void Change::Finish()
 {
     if (m_call.Options().dryRun) {
@@ -63,9 +71,7 @@ void Change::Finish()
     } else {
         m_transaction.Commit();
     }
-    for (const Outcome& outcome : m_call.m_outcomes) {
-        m_call.Front().TakeOutcome(outcome);
-    }
+    m_call.DeliverOutcomes();
 }
 
 void ThrowChanged(std::string_view nothingDone)

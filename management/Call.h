@@ -19,18 +19,28 @@ struct CallOptions {
     std::string reason;  ///< why, as given by who changes something
 };
 
+/// What people read in place of a record: what was found out, the rows that it rests on, and what else is to be known.
+struct Finding {
+    std::string sentence; ///< like the notes without a line's end
+    Table rows;
+    std::vector<std::string> notes;
+};
+
 /// What a command gives, beside the rows and outcomes that the front end has been handed. At most one of value, record
 /// and verdict is set.
 struct Result {
     std::optional<Value> value;
     Record record;
+    std::vector<Part> parts;        ///< of the record
+    std::optional<Finding> finding; ///< says in sentences and rows what the record says
     std::optional<bool> verdict;
-    bool isChanged = true; ///< of a command that writes: whether there was anything to change
-    bool isRead = false;   ///< of a command that writes what it is given: it was given nothing, and only reads
+    std::optional<Error> error; ///< what the command fails with although there is something to show
+    bool isChanged = true;      ///< of a command that writes: whether there was anything to change
+    bool isRead = false;        ///< of a command that writes what it is given: it was given nothing, and only reads
 };
 
 Result ResultOf(Value value);
-Result ResultOf(Record record);
+Result ResultOf(Record record, std::vector<Part> parts = {});
 Result ResultOf(bool) = delete;
 Result Verdict(bool verdict);
 Result Unchanged();
@@ -71,10 +81,10 @@ public:
     void Confirm(const Plan& plan);
     /// Shows a secret that was made up, before it is stored, unless all is undone anyway.
     void ShowSecret(const Secret& secret) const;
+    /// Hands the outcomes over that were kept.
+    void DeliverOutcomes();
 
 private:
-    friend class Change;
-
     Open m_open;
     mutable std::optional<management::Directory> m_directory;
     FrontEnd& m_frontEnd;
@@ -89,7 +99,7 @@ public:
     /// @throws DatabaseError.
     explicit Change(Call& call) : m_call(call), m_transaction(call.Connection()) {}
 
-    /// Makes the change last, or, in a dry run, undoes it; then hands over the outcomes. @throws DatabaseError.
+    /// Makes the change last, or, in a dry run, undoes it; then delivers the outcomes. @throws DatabaseError.
     void Finish();
 
 private:

@@ -53,7 +53,9 @@ std::int64_t ReadNumber(std::string_view name, const std::string& text, const Ch
 void RequireKnownWord(std::string_view name, const std::string& text, const Check& check)
 {
     const auto* known = std::get_if<OneOf>(&check);
-    if (known == nullptr || std::ranges::find(known->words, text) != known->words.end()) {
+    const bool isKnown =
+        known != nullptr && !text.empty() && std::ranges::find(known->words, text) != known->words.end();
+    if (known == nullptr || isKnown) {
         return;
     }
     std::string all;

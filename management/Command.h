@@ -45,6 +45,7 @@ enum class Kind : std::uint8_t {
     folder,
     addIn,
     package,
+    rows, ///< of a record's part
 };
 
 struct Range {
@@ -136,8 +137,9 @@ struct Command {
     Risk risk = Risk::normal;
     std::string_view route = {}; ///< of a server, such as "/users/{USER}/rename"; empty: none
     std::vector<ParamInfo> (*params)() = &NoParams;
-    std::span<const Column> columns = {}; ///< of what it gives; none: nothing, one value, or a verdict
-    bool isTree = false;                  ///< its rows come by FrontEnd::TakeTreeRow
+    /// Of what it gives; none: nothing, one value, a verdict, or a table that FrontEnd::TakeColumns is told of.
+    std::span<const Column> columns = {};
+    bool isTree = false; ///< its rows come by FrontEnd::TakeTreeRow
     Result (*run)(Call& call, const ArgumentSource& source) = nullptr;
 };
 
@@ -227,6 +229,10 @@ auto ReadInput(const ArgumentSource& source)
 }
 
 } // namespace binding
+
+/// Of a command that takes nothing and is run in a way that asks for a table of parameters.
+struct NoInput {};
+inline constexpr std::array<Param<NoInput>, 0> kNoParams = {};
 
 /// For Command::params.
 template <auto& Params>
@@ -320,6 +326,34 @@ Result WriteWithSecret(Call& call, const ArgumentSource& source)
     const auto present = PlanAgain<PlanOf>(call, in, shown);
     Result result = Body(call, in, present, secret);
     change.Finish();
+    return result;
+}
+
+/// Runs `Planned PlanOf(Call&, const In&)`, shows the plan and asks, and runs `Result Body(Call&, const In&, const
+/// Planned&)`, which makes its Changes itself, one after the other, and compares in the first of them: for what is too
+/// much for one transaction. The outcomes are delivered after the last one.
+template <auto PlanOf, auto Body, auto& Params>
+Result WriteInSteps(Call& call, const ArgumentSource& source)
+{
+    const auto in = binding::ReadInput<Params>(source);
+    const auto shown = PlanOf(call, in);
+    call.Confirm(shown);
+    Result result = Body(call, in, shown);
+    call.DeliverOutcomes();
+    return result;
+}
+
+/// Runs `Result Show(Call&, const In&)` where `bool IsQuestion(const In&)` says that nothing is to be changed, and
+/// otherwise `Otherwise`, which is one of the functions for Command::run.
+template <auto IsQuestion, auto Show, auto Otherwise, auto& Params>
+Result ReadOr(Call& call, const ArgumentSource& source)
+{
+    if (!IsQuestion(binding::ReadInput<Params>(source))) {
+        return Otherwise(call, source);
+    }
+    Result result = Read<Show, Params>(call, source);
+    result.isChanged = false;
+    result.isRead = true;
     return result;
 }
 

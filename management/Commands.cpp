@@ -3,6 +3,13 @@
 namespace management {
 
 // The tables of the nouns; nothing else of them is known here.
+namespace addins {
+std::span<const Command> AddInCommands();
+std::span<const Command> PackageCommands();
+} // namespace addins
+namespace board {
+std::span<const Command> BoardCommands();
+} // namespace board
 namespace documents {
 std::span<const Command> DocRootCommands();
 std::span<const Command> FolderCommands();
@@ -15,13 +22,25 @@ std::span<const Command> ViewCommands();
 namespace passwords {
 std::span<const Command> PasswordCommands();
 } // namespace passwords
+namespace messages {
+std::span<const Command> MessageCommands();
+std::span<const Command> LoginLogCommands();
+} // namespace messages
 namespace plans {
 std::span<const Command> PlanCommands();
 std::span<const Command> DocLogCommands();
 } // namespace plans
+namespace rights {
+std::span<const Command> RightCommands();
+std::span<const Command> ExplainCommands();
+std::span<const Command> ObjectRightCommands();
+} // namespace rights
 namespace roles {
 std::span<const Command> RoleCommands();
 } // namespace roles
+namespace settings {
+std::span<const Command> SettingCommands();
+} // namespace settings
 namespace titles {
 std::span<const Command> TitleCommands();
 } // namespace titles
@@ -36,7 +55,10 @@ const std::vector<Command>& Commands()
         for (const std::span<const Command> noun :
              {users::UserCommands(), passwords::PasswordCommands(), organisation::GroupCommands(),
               organisation::ViewCommands(), roles::RoleCommands(), titles::TitleCommands(), organisation::MemberCommands(),
-              documents::DocRootCommands(), documents::FolderCommands(), plans::PlanCommands(), plans::DocLogCommands()}) {
+              rights::RightCommands(), rights::ExplainCommands(), rights::ObjectRightCommands(),
+              documents::DocRootCommands(), documents::FolderCommands(), plans::PlanCommands(), plans::DocLogCommands(),
+              settings::SettingCommands(), messages::MessageCommands(), messages::LoginLogCommands(),
+              addins::AddInCommands(), addins::PackageCommands(), board::BoardCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

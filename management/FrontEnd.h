@@ -47,6 +47,8 @@ public:
     FrontEnd& operator=(const FrontEnd&) = delete;
     virtual ~FrontEnd() = default;
 
+    /// Takes the names of the columns of a table, before its first row, where the command's row does not list them.
+    virtual void TakeColumns(std::vector<std::string> names) = 0;
     /// Takes a row of the command's table: a value for each of its columns, in their order.
     /// @return false when no more are wanted.
     virtual bool TakeRow(const std::vector<Value>& row) = 0;
@@ -70,7 +72,8 @@ public:
     virtual void ShowSecret(const Secret& secret) = 0;
     /// The text of a file that a parameter names. @throws Error (failed) unless it is UTF-8 without NUL bytes.
     virtual std::string ReadText(const std::string& name) = 0;
-    /// How far a long run is. @param total  how many there are, where that is known.
+    /// How far a long run is. The run can be stopped from the first time on. @param total  how many there are, where
+    /// that is known.
     virtual void ShowProgress(long done, std::optional<long> total) = 0;
     /// Whether the run is to end before its next row.
     [[nodiscard]] virtual bool IsStopRequested() const noexcept = 0;

@@ -4,6 +4,7 @@
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace management {
@@ -106,6 +107,13 @@ bool HasOuterBlanks(std::string_view text)
 std::string Counted(std::size_t count, std::string_view noun)
 {
     return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+std::string PaceText(std::chrono::duration<double> elapsed, std::int64_t done)
+{
+    constexpr double kShortest = 0.001;
+    const double seconds = std::max(elapsed.count(), kShortest);
+    return fmt::format("{:.1f} s, {:.0f}/s", seconds, static_cast<double>(done) / seconds);
 }
 
 } // namespace management

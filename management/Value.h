@@ -33,6 +33,12 @@ struct Table {
 /// One thing with all its properties.
 using Record = std::vector<std::pair<std::string, Value>>;
 
+/// Rows that belong to one thing, under a name.
+struct Part {
+    std::string name;
+    Table rows;
+};
+
 /// A row of these values. Unlike a braced list it makes no copies.
 template <class... Values>
 std::vector<Value> MakeRow(Values&&... values)

@@ -18,12 +18,16 @@ struct MessageCounts {
     std::int64_t messages = 0;
     std::int64_t attachments = 0;
     std::int64_t receipts = 0;
+
+    bool operator==(const MessageCounts&) const = default;
 };
 
 /// What is left of messages that are gone.
 struct OrphanCounts {
     std::int64_t attachments = 0;
     std::int64_t receipts = 0;
+
+    bool operator==(const OrphanCounts&) const = default;
 };
 
 /// Messages from one id to another that are deleted together.
@@ -45,8 +49,9 @@ public:
 
     MessageCounts Count();
     OrphanCounts CountOrphans();
-    /// Nothing when no message has a date, in the next two.
+    /// The earliest date; nothing when no message has one.
     std::optional<std::string> Oldest();
+    /// The latest date; nothing when no message has one.
     std::optional<std::string> Newest();
 
     // ---- What was sent before a date, and not at it -----------------------------------------------------------------

@@ -146,9 +146,9 @@ std::vector<IgnoredRow> LoadIgnored(CAConnect& conn, int userId, const Function&
 
 // ---- Which of them decide -------------------------------------------------------------------------------------------
 
-/// Lets the first row that fits decide alone. @return whether there is one.
+/// Marks the first row that fits as the one that decides alone. @return whether there is one.
 template <class Fits>
-bool LetDecide(Explanation& explanation, Fits fits)
+bool MarkDecisive(Explanation& explanation, Fits fits)
 {
     const auto row = std::ranges::find_if(explanation.rows, fits, &ConsideredRow::power);
     if (row == explanation.rows.end()) {
@@ -164,7 +164,7 @@ void DecideBits(Explanation& explanation, std::uint32_t bits)
     const auto hasBit = [bits](const std::optional<int>& power) {
         return (static_cast<std::uint32_t>(power.value_or(0)) & bits) != 0;
     };
-    explanation.reason = LetDecide(explanation, hasBit) ? Reason::bit : Reason::noBit;
+    explanation.reason = MarkDecisive(explanation, hasBit) ? Reason::bit : Reason::noBit;
 }
 
 void DecideTogether(Explanation& explanation)
@@ -189,7 +189,7 @@ void DecideLimit(Explanation& explanation)
     const bool isUnlimited = smallest == kUnlimited;
     explanation.reason = isUnlimited ? Reason::unlimitedRow : Reason::largestRow;
     const std::optional<int> wanted = isUnlimited ? smallest : largest;
-    LetDecide(explanation, [&wanted](const std::optional<int>& power) { return power && power == wanted; });
+    MarkDecisive(explanation, [&wanted](const std::optional<int>& power) { return power && power == wanted; });
 }
 
 void Decide(Explanation& explanation, const Question& question)
@@ -202,7 +202,7 @@ void Decide(Explanation& explanation, const Question& question)
         DecideTogether(explanation);
     } else if (question.kind == Kind::guest) {
         explanation.reason = Reason::firstRow;
-        LetDecide(explanation, [](const std::optional<int>&) { return true; });
+        MarkDecisive(explanation, [](const std::optional<int>&) { return true; });
     } else {
         DecideBits(explanation, question.bits);
     }

@@ -31,9 +31,9 @@ struct ObjectRight {
     ObjectRightKey key;
     int power = 0;
     int unpower = 0;
-    std::string holderName; ///< as it was when the right was granted, and so the next
+    std::string holderName; ///< as it was when the right was granted
     int creatorId = 0;
-    std::string creator;
+    std::string creator;                ///< as the name was when the right was granted
     std::optional<std::string> created; ///< written by the module: now
 };
 

@@ -43,7 +43,7 @@ int PowerFrom(const std::string& text)
         return *number;
     }
     throw Error(ErrorCode::invalid,
-                fmt::format("{} is no power; write a whole number from -2147483648 to 2147483647, 0x "
+                fmt::format("invalid power {}: expected a whole number from -2147483648 to 2147483647, 0x "
                             "and up to 8 hexadecimal digits, or unlimited",
                             Quoted(text)));
 }
@@ -54,7 +54,7 @@ std::uint32_t BitsFrom(const std::string& text)
     const std::optional<std::uint32_t> bits = hex ? hex : Read<std::uint32_t>(text, 10);
     if (!bits) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is no set of bits; write a whole number from 0 to 4294967295, or 0x "
+                    fmt::format("invalid bits {}: expected a whole number from 0 to 4294967295, or 0x "
                                 "and up to 8 hexadecimal digits",
                                 Quoted(text)));
     }

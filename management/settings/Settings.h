@@ -47,10 +47,13 @@ public:
 
     // ---- The server's own -------------------------------------------------------------------------------------------
 
-    /// 0 where there is none, in the next four.
+    /// How many threads there may be; 0 where that is not set.
     std::uint32_t MaxThreads();
+    /// How many threads are for tasks; 0 where that is not set.
     std::uint32_t TaskThreads();
+    /// The flag of the server; 0 where it has none.
     std::uint32_t ServerFlag();
+    /// The flag of the document server; 0 where it has none.
     std::uint32_t DocServerFlag();
     void SetMaxThreads(std::uint32_t count);
     void SetTaskThreads(std::uint32_t count);

@@ -474,7 +474,7 @@ TEST_F(AddInConsoleTest, AddInsMoveAmongEqualIndexes)
     EXPECT_LT(order.find("\tc\t"), order.find("\tb\t"));
     EXPECT_EQ(Told({"addin", "move", "b", "down"}), "b (add-in 2) is at the bottom already\n");
     EXPECT_EQ(Told({"addin", "move", "a", "top"}), "a (add-in 1) is at the top already\n");
-    ExpectRefusal({"addin", "move", "a", "sideways"}, 2, "'sideways' is no direction");
+    ExpectRefusal({"addin", "move", "a", "sideways"}, 2, "WHERE 'sideways' is not one of up, down, top");
 }
 
 TEST_F(AddInConsoleTest, AMoveThatFailsLeavesAllIndexes)

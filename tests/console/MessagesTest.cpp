@@ -318,9 +318,9 @@ TEST_F(MessageConsoleTest, PurgingTakesOneDateAndARealOne)
     for (const char* date : {"", "yesterday", "2019-02-29", "2020-01-01 25:00:00", "2020-01-01' OR 1=1 --"}) {
         ExpectRefusal({"message", "purge", "--before", date, "--yes"}, 2, "is no date");
     }
-    ExpectRefusal({"message", "purge", "--keep-days", "-1", "--yes"}, 2, "--keep-days -1 is not between 0 and 36500");
+    ExpectRefusal({"message", "purge", "--keep-days", "-1", "--yes"}, 2, "--keep-days '-1' is not a whole number from 0 to 36500");
     ExpectRefusal({"message", "purge", "--keep-days", "36501", "--yes"}, 2, "--keep-days");
-    ExpectRefusal({"message", "purge", "--before", "2020-01-01", "--batch", "0", "--yes"}, 2, "--batch 0");
+    ExpectRefusal({"message", "purge", "--before", "2020-01-01", "--batch", "0", "--yes"}, 2, "--batch '0'");
     EXPECT_EQ(Count("kel_Msg"), 1);
 }
 
@@ -458,7 +458,7 @@ TEST_F(MessageConsoleTest, TheLoginLogIsListedAndEntriesDeleted)
     ExpectRefusal({"loginlog", "delete", "1", "9", "--yes"}, 3, "there is no entry 9 in the login log");
     ExpectRefusal({"loginlog", "delete", "8", "1", "9", "--yes"}, 3,
                   "there are no entries in the login log '8', '9'; nothing was deleted\n");
-    ExpectRefusal({"loginlog", "delete", "1x", "--yes"}, 2, "'1x' is no id");
+    ExpectRefusal({"loginlog", "delete", "1x", "--yes"}, 2, "ID '1x' is not a whole number");
     ExpectRefusal({"loginlog", "delete", "1"}, 9, "nothing was deleted");
     ExpectRefusal({"loginlog", "list", "--limit", "0"}, 2, "--limit");
     EXPECT_EQ(Count("kel_log"), 3);

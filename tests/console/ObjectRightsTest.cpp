@@ -317,14 +317,14 @@ TEST_F(ObjectRightConsoleTest, ACheckEndsAsItSays)
 
 TEST_F(ObjectRightConsoleTest, WhatCannotBeUnderstoodIsRefused)
 {
-    ExpectRefusal({"objright", "list", "3", "x"}, 2, "OBJECT 'x' is no whole number of 32 bits");
+    ExpectRefusal({"objright", "list", "3", "x"}, 2, "OBJECT 'x' is not a whole number from -2147483648 to 2147483647");
     ExpectRefusal({"objright", "list", "4294967296", "1"}, 2, "CLASS '4294967296'");
     ExpectRefusal({"objright", "show", "1x"}, 2, "ID '1x'");
     ExpectRefusal({"objright", "revoke", ""}, 2, "ID ''");
     ExpectRefusal({"objright", "set", "1", "2"}, 3, "there is no right on an object with id 1");
-    ExpectRefusal({"objright", "set", "1", "many"}, 2, "'many' is no power");
+    ExpectRefusal({"objright", "set", "1", "many"}, 2, "invalid power 'many'");
     ExpectRefusal({"objright", "grant", "user:amy", "3", "17", "docs", "read", "1", "--unpower", "x"}, 2,
-                  "'x' is no power");
+                  "invalid power 'x'");
     ExpectRefusal({"objright", "grant", "user:amy", "3", "17", "docs", "", "1"}, 2, "function");
     ExpectRefusal({"objright", "grant", "user:nobody", "3", "17", "docs", "read", "1"}, 3, "nobody");
     ExpectRefusal({"objright", "grant", "user:amy", "3", "17", "docs", "read", "1", "--by", "nobody"}, 3,

@@ -335,10 +335,10 @@ TEST_F(RightConsoleTest, ARightThatIsThereIsNotGrantedAgainAndOneThatIsNotIsNotS
 TEST_F(RightConsoleTest, PowersAndNamesThatNobodyMeansAreRefused)
 {
     for (const char* power : {"", "x", "1x", "2147483648", "-2147483649", "0x", "0x100000000", "-0x1", "1.5", " 1"}) {
-        ExpectRefusal({"right", "grant", "role:Editors", "mail", "send", power}, 2, "is no power");
-        ExpectRefusal({"right", "set", "role:Editors", "mail", "send", power}, 2, "is no power");
+        ExpectRefusal({"right", "grant", "role:Editors", "mail", "send", power}, 2, "invalid power");
+        ExpectRefusal({"right", "set", "role:Editors", "mail", "send", power}, 2, "invalid power");
     }
-    ExpectRefusal({"right", "grant", "role:Editors", "mail", "send", "1", "--unpower", "x"}, 2, "is no power");
+    ExpectRefusal({"right", "grant", "role:Editors", "mail", "send", "1", "--unpower", "x"}, 2, "invalid power");
     ExpectRefusal({"right", "grant", "role:Editors", "", "send", "1"}, 2, "the name of the genre is empty");
     ExpectRefusal({"right", "grant", "role:Editors", "mail", " send", "1"}, 2, "begins or ends with a blank");
     ExpectRefusal({"right", "grant", "role:Editors", "mail", "se\nnd", "1"}, 2, "holds a control character");
@@ -447,8 +447,8 @@ TEST_F(RightConsoleTest, RightsOnItemsAreListedFromEitherSide)
     EXPECT_EQ(Done({"right", "on", "list", "user:amy", "--as", "holder", "-o", "plain"}), asHolder);
     EXPECT_EQ(Done({"right", "on", "list", "user:amy", "--as", "dependent", "-o", "plain"}), asDependent);
     EXPECT_THAT(Json::parse(Done({"right", "on", "list", "user:amy", "-o", "json"})), SizeIs(4));
-    ExpectRefusal({"right", "on", "list", "user:amy", "--as", "both"}, 2, "--as takes holder or dependent");
-    ExpectRefusal({"right", "on", "list", "user:amy", "--as", ""}, 2, "--as takes holder or dependent");
+    ExpectRefusal({"right", "on", "list", "user:amy", "--as", "both"}, 2, "is not one of holder, dependent");
+    ExpectRefusal({"right", "on", "list", "user:amy", "--as", ""}, 2, "is not one of holder, dependent");
 }
 
 TEST_F(RightConsoleTest, WhatIsNotThereOnAnItemIsNeitherSetNorRevoked)
@@ -460,7 +460,7 @@ TEST_F(RightConsoleTest, WhatIsNotThereOnAnItemIsNeitherSetNorRevoked)
     }
     ExpectRefusal({"right", "on", "set", "role:Authors", "view:Main", "pages", "see", "1"}, 3, missing);
     ExpectRefusal({"right", "on", "clear", "view:Main", "pages", "edit"}, 3, "nobody has the right 'pages' 'edit' on");
-    ExpectRefusal({"right", "on", "grant", "role:Editors", "view:Main", "pages", "edit", "x"}, 2, "is no power");
+    ExpectRefusal({"right", "on", "grant", "role:Editors", "view:Main", "pages", "edit", "x"}, 2, "invalid power");
     ExpectRefusal({"right", "on", "grant", "role:Editors", "view:Main", "pages", ""}, 2, "is empty");
     ExpectRefusal({"right", "on"}, 2, "name what to do");
 }

@@ -1,0 +1,292 @@
+#include "dbaccess/CAConnect.h"
+#include "management/Command.h"
+#include "management/DatabaseError.h"
+#include "management/Items.h"
+#include "management/Text.h"
+#include "management/rights/Explain.h"
+#include "management/rights/PermissionMask.h"
+#include "management/roles/Roles.h"
+#include "management/users/Users.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+namespace management::rights {
+
+namespace {
+
+using QuestionKind = Question::Kind;
+
+struct ExplainQuery {
+    std::string user;
+    std::string genre;
+    std::string function;
+    std::optional<std::string> bit;
+    std::optional<std::string> mask;
+    bool limit = false;
+    bool guest = false;
+};
+
+constexpr Param<ExplainQuery> kExplainParams[] = {
+    {"USER", &ExplainQuery::user, Kind::user, "login name, or id:NUMBER, or login:TEXT"},
+    {"GENRE", &ExplainQuery::genre, Kind::text, "genre of the function, as it is"},
+    {"FUNCTION", &ExplainQuery::function, Kind::text, "name of the function, as it is"},
+    {"bit", &ExplainQuery::bit, Kind::number, "is this bit among the rights: 1, 2, 4, 8, also as 0x10"},
+    {"mask", &ExplainQuery::mask, Kind::number, "is one of these bits among the rights, such as 6 or 0x6"},
+    {"limit", &ExplainQuery::limit, Kind::flag, "how much may the user; -1 is unlimited"},
+    {"guest", &ExplainQuery::guest, Kind::flag, "has the first role the bit for guests, 8"},
+};
+
+constexpr Column kColumns[] = {{"user", Kind::user},
+                               {"user_id", Kind::number},
+                               {"genre"},
+                               {"function"},
+                               {"question", Kind::choice},
+                               {"bits", Kind::number},
+                               {"ran", Kind::flag},
+                               {"verdict"},
+                               {"decided_by", Kind::role},
+                               {"case", Kind::choice},
+                               {"rows", Kind::rows},
+                               {"ignored", Kind::rows}};
+
+/// What was asked, and of whom.
+struct Subject {
+    UserKey user;
+    std::string genre;
+    std::string function;
+    Question question;
+};
+
+// ---- The question ---------------------------------------------------------------------------------------------------
+
+Question BitGiven(const std::string& text)
+{
+    const std::uint32_t bit = BitsFrom(text);
+    if (!std::has_single_bit(bit)) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("--bit {} is not the value of one bit, such as 1, 2, 4 or 8; --mask "
+                                "takes several",
+                                Quoted(text)));
+    }
+    return {QuestionKind::bit, bit};
+}
+
+Question QuestionGiven(const ExplainQuery& in)
+{
+    if (int{in.bit.has_value()} + int{in.mask.has_value()} + int{in.limit} + int{in.guest} > 1) {
+        throw Error(ErrorCode::invalid,
+                    "--bit, --mask, --limit and --guest are questions of their own; ask one at a time");
+    }
+    if (in.bit) {
+        return BitGiven(*in.bit);
+    }
+    if (in.mask) {
+        return {QuestionKind::mask, BitsFrom(*in.mask)};
+    }
+    return {in.limit ? QuestionKind::limit : in.guest ? QuestionKind::guest : QuestionKind::all};
+}
+
+std::string_view NameOf(QuestionKind kind)
+{
+    constexpr std::array<std::string_view, 5> kNames = {"all", "bit", "mask", "limit", "guest"};
+    return kNames[static_cast<std::size_t>(kind)];
+}
+
+std::string_view NameOf(Reason reason)
+{
+    constexpr std::array<std::string_view, 8> kNames = {"roles_unread", "no_row",    "no_bit",        "bit",
+                                                        "together",     "first_row", "unlimited_row", "largest_row"};
+    return kNames[static_cast<std::size_t>(reason)];
+}
+
+// ---- For people -----------------------------------------------------------------------------------------------------
+
+/// "has bit 1", "has no limit".
+std::string VerdictText(const Question& question, std::int64_t verdict)
+{
+    const std::string_view has = verdict != 0 ? "has" : "does not have";
+    switch (question.kind) {
+    case QuestionKind::all:
+        return fmt::format("has the bits {0:#x} ({0})", verdict);
+    case QuestionKind::bit:
+        return fmt::format("{} bit {}", has, question.bits);
+    case QuestionKind::mask:
+        return fmt::format("{} a bit of {:#x}", has, question.bits);
+    case QuestionKind::limit:
+        return verdict == kUnlimited ? "has no limit" : fmt::format("has the limit {}", verdict);
+    default:
+        return fmt::format("{} the bit for guests", has);
+    }
+}
+
+/// "Editors (role 2)".
+std::string Decider(const Explanation& explanation)
+{
+    const ConsideredRow& row = explanation.rows[*explanation.decidedBy];
+    return row.role.empty() ? fmt::format("role {}", row.roleId) : Named(RoleKey{row.roleId, row.role});
+}
+
+std::string ReasonText(const Explanation& explanation)
+{
+    switch (explanation.reason) {
+    case Reason::rolesUnread:
+        return "the roles could not be read";
+    case Reason::noRow:
+        return "no role has a row for it";
+    case Reason::noBit:
+        return "no row has it";
+    case Reason::bit:
+        return fmt::format("the first row that has it is that of {}", Decider(explanation));
+    case Reason::together:
+        return "those of all rows together";
+    case Reason::firstRow:
+        return fmt::format("only the first row counts, in the engine's order, and that is of {}", Decider(explanation));
+    case Reason::unlimitedRow:
+        return fmt::format("{} grants unlimited", Decider(explanation));
+    default:
+        return explanation.decidedBy ? fmt::format("the largest of these rows is that of {}", Decider(explanation))
+                                     : "no row holds a number";
+    }
+}
+
+/// Whether a row grants unlimited and yet the verdict is a number.
+bool HasSpoiltUnlimited(const Explanation& explanation)
+{
+    const auto isUnlimited = [](const ConsideredRow& row) { return row.power == kUnlimited; };
+    return explanation.reason == Reason::largestRow && explanation.verdict != kUnlimited &&
+           std::ranges::any_of(explanation.rows, isUnlimited);
+}
+
+std::string IgnoredText(NameCache& names, const std::vector<IgnoredRow>& rows)
+{
+    std::string list;
+    for (const IgnoredRow& row : rows) {
+        const std::string power = row.power ? fmt::format("power {}", *row.power) : "no power";
+        list += fmt::format("{}{} with {}", list.empty() ? "" : ", ", Named(names.Find(row.holder)), power);
+    }
+    return list;
+}
+
+std::vector<std::string> Notes(const Explanation& explanation, NameCache& names)
+{
+    std::vector<std::string> notes;
+    if (HasSpoiltUnlimited(explanation)) {
+        notes.emplace_back("note: beside a power below -1, a power of -1 does not mean unlimited");
+    }
+    if (explanation.lacksDefault) {
+        notes.push_back(fmt::format("note: there is no role {}; rows of role 0 count in its place", kDefaultRole));
+    }
+    if (!explanation.ignored.empty()) {
+        notes.push_back(
+            fmt::format("note: rights of the user himself, of groups and of other applications' roles do not count, "
+                        "though there are some: {}",
+                        IgnoredText(names, explanation.ignored)));
+    }
+    return notes;
+}
+
+Table TableOf(const Explanation& explanation, QuestionKind kind)
+{
+    const bool hasUnlimited = kind == QuestionKind::limit && !HasSpoiltUnlimited(explanation);
+    const auto shown = [hasUnlimited](int power) {
+        return hasUnlimited && power == kUnlimited ? Value(Choice{power, "unlimited"}) : Value(std::int64_t{power});
+    };
+    Table table{{"row", "role_id", "role", "linked", "default", "power", "decides"}, {}};
+    for (const ConsideredRow& row : explanation.rows) {
+        table.rows.push_back({static_cast<std::int64_t>(table.rows.size() + 1), std::int64_t{row.roleId}, row.role,
+                              row.isLinked, row.isDefault, row.power ? shown(*row.power) : Value(), row.decides});
+    }
+    return table;
+}
+
+Finding FindingOf(const Subject& subject, const Explanation& explanation, NameCache& names)
+{
+    return {fmt::format("{} {} in function {} of {}: {}", Named(subject.user),
+                        VerdictText(subject.question, explanation.verdict), Quoted(subject.function),
+                        Quoted(subject.genre), ReasonText(explanation)),
+            TableOf(explanation, subject.question.kind), Notes(explanation, names)};
+}
+
+// ---- For programs ---------------------------------------------------------------------------------------------------
+
+Value OrNull(const std::optional<int>& number) { return number ? Value(std::int64_t{*number}) : Value(); }
+
+Part RowsOf(const Explanation& explanation)
+{
+    Part part{"rows", {{"role_id", "role", "linked", "default", "power", "decides"}, {}}};
+    for (const ConsideredRow& row : explanation.rows) {
+        part.rows.rows.push_back(
+            {std::int64_t{row.roleId}, row.role, row.isLinked, row.isDefault, OrNull(row.power), row.decides});
+    }
+    return part;
+}
+
+Part IgnoredOf(const Explanation& explanation, NameCache& names)
+{
+    Part part{"ignored", {{"type", "id", "name", "power"}, {}}};
+    for (const IgnoredRow& row : explanation.ignored) {
+        part.rows.rows.push_back(
+            {std::int64_t{row.holder.type}, std::int64_t{row.holder.id}, names.NameOf(row.holder), OrNull(row.power)});
+    }
+    return part;
+}
+
+Record RecordOf(const Subject& subject, const Explanation& explanation)
+{
+    const QuestionKind kind = subject.question.kind;
+    const bool hasBits = kind == QuestionKind::bit || kind == QuestionKind::mask;
+    const bool isNumber = kind == QuestionKind::all || kind == QuestionKind::limit;
+    const auto decider =
+        explanation.decidedBy ? std::optional(explanation.rows[*explanation.decidedBy].roleId) : std::nullopt;
+    return {{"user", subject.user.login},
+            {"user_id", std::int64_t{subject.user.id}},
+            {"genre", subject.genre},
+            {"function", subject.function},
+            {"question", std::string(NameOf(kind))},
+            {"bits", hasBits ? Value(std::int64_t{subject.question.bits}) : Value()},
+            {"ran", explanation.ran},
+            {"verdict", isNumber ? Value(std::int64_t{explanation.verdict}) : Value(explanation.verdict != 0)},
+            {"decided_by", OrNull(decider)},
+            {"case", std::string(NameOf(explanation.reason))}};
+}
+
+// ---- The command ----------------------------------------------------------------------------------------------------
+
+Result ExplainRight(Call& call, const ExplainQuery& in)
+{
+    const Question question = QuestionGiven(in);
+    CAConnect& conn = call.Connection();
+    const Subject subject{FindUser(call.Directory(), in.user), in.genre, in.function, question};
+    const Explanation explanation = Explain(conn, subject.user.id, in.genre, in.function, question);
+    NameCache names(conn);
+    Result result = ResultOf(RecordOf(subject, explanation), {RowsOf(explanation), IgnoredOf(explanation, names)});
+    result.finding = FindingOf(subject, explanation, names);
+    if (explanation.reason == Reason::rolesUnread) {
+        const DatabaseError error(explanation.trouble, !conn.IsOpen());
+        result.error = Error(error.Code(), error.what());
+    }
+    return result;
+}
+
+constexpr Command kCommands[] = {
+    {.path = {"right", "explain"},
+     .summary = "why a user has a right, or has not: what is found, and which role decides",
+     .examples = "  qvadmin right explain amy mail send --bit 1\n"
+                 "  qvadmin right explain amy mail send --mask 0x6\n"
+                 "  qvadmin right explain amy mail size --limit\n"
+                 "  qvadmin right explain amy chat join --guest -o json",
+     .effect = Effect::read,
+     .params = &InfosOf<kExplainParams>,
+     .columns = kColumns,
+     .run = &Read<&ExplainRight, kExplainParams>},
+};
+
+} // namespace
+
+std::span<const Command> ExplainCommands() { return kCommands; }
+
+} // namespace management::rights
