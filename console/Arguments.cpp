@@ -78,7 +78,7 @@ std::vector<std::string_view> NounNames()
 {
     std::vector<std::string_view> names;
     std::ranges::transform(Nouns(), std::back_inserter(names), &Noun::name);
-    for (const management::Command* command : AllCommands()) {
+    for (const Command* command : AllCommands()) {
         if (command->path[1].empty() && !command->summary.empty()) {
             names.push_back(command->path[0]);
         }
@@ -89,14 +89,9 @@ std::vector<std::string_view> NounNames()
 std::vector<std::string_view> VerbNames(std::string_view noun)
 {
     std::vector<std::string_view> names;
-    for (const management::Command* command : AllCommands()) {
-        if (command->path[0] == noun && command->path[2].empty()) {
+    for (const Command* command : AllCommands()) {
+        if (command->path[0] == noun && !command->path[1].empty() && command->path[2].empty()) {
             names.push_back(command->path[1]);
-        }
-    }
-    for (const Command& command : Commands()) {
-        if (command.noun == noun) {
-            names.push_back(command.verb);
         }
     }
     return names;
@@ -106,7 +101,7 @@ std::vector<std::string_view> VerbNames(std::string_view noun)
 std::vector<std::string_view> ThirdWords(std::string_view noun, std::string_view verb)
 {
     std::vector<std::string_view> names;
-    for (const management::Command* command : AllCommands()) {
+    for (const Command* command : AllCommands()) {
         if (command->path[0] == noun && command->path[1] == verb && !command->path[2].empty()) {
             names.push_back(command->path[2]);
         }
@@ -134,16 +129,17 @@ bool IsAmong(const std::vector<std::string>& words, std::string_view name)
     return std::ranges::find(words, name) != words.end();
 }
 
-std::string FooterOf(const management::Command& command)
+std::string FooterOf(const Command& command)
 {
     const std::string notes = command.notes != nullptr ? command.notes() + "\n" : "";
     return notes + WithHeading(command.examples) + kEveryCommand;
 }
 
-void DeclareTableCommands(CLI::App& noun, const std::vector<std::string>& words, CommandLine& given)
+/// Declares the verbs of a noun, and what those take that may be meant: declaring all takes longer than most commands.
+void DeclareVerbs(CLI::App& noun, const std::vector<std::string>& words, CommandLine& given)
 {
-    for (const management::Command* row : AllCommands()) {
-        const management::Command& command = *row;
+    for (const Command* row : AllCommands()) {
+        const Command& command = *row;
         const std::vector<std::string> path = PathOf(command);
         if (path.size() == 1 || path.front() != noun.get_name()) {
             continue;
@@ -162,7 +158,7 @@ void DeclareTableCommands(CLI::App& noun, const std::vector<std::string>& words,
 /// Declares the commands that are one word.
 void DeclareSingleWords(CLI::App& app, const std::vector<std::string>& words, CommandLine& given)
 {
-    for (const management::Command* command : AllCommands()) {
+    for (const Command* command : AllCommands()) {
         if (PathOf(*command).size() != 1) {
             continue;
         }
@@ -170,22 +166,6 @@ void DeclareSingleWords(CLI::App& app, const std::vector<std::string>& words, Co
         sub->group(command->summary.empty() ? "" : "Other commands")->fallthrough()->footer(FooterOf(*command));
         if (IsAmong(words, command->path[0])) {
             DeclareParams(*sub, *command, given);
-        }
-    }
-}
-
-/// Declares the verbs of a noun, and what those take that may be meant: declaring all takes longer than most commands.
-void DeclareVerbs(CLI::App& app, std::string_view noun, const std::vector<std::string>& words, Request& request)
-{
-    DeclareTableCommands(app, words, request.given);
-    for (const Command& command : Commands()) {
-        if (command.noun != noun) {
-            continue;
-        }
-        CLI::App* verb = app.add_subcommand(std::string(command.verb), std::string(command.summary));
-        verb->group("Verbs")->fallthrough()->footer(WithHeading(command.examples) + kEveryCommand);
-        if (command.declare != nullptr && IsAmong(words, command.verb)) {
-            command.declare(*verb, request.arguments);
         }
     }
 }
@@ -206,7 +186,7 @@ void Declare(CLI::App& app, const std::vector<std::string>& words, Request& requ
         CLI::App* sub = app.add_subcommand(std::string(noun.name), std::string(noun.summary));
         sub->group("Nouns")->fallthrough()->require_subcommand(0, 1)->footer(WithHeading(noun.examples));
         if (IsAmong(words, noun.name)) {
-            DeclareVerbs(*sub, noun.name, words, request);
+            DeclareVerbs(*sub, words, request.given);
         }
     }
     DeclareSingleWords(app, words, request.given);
@@ -291,15 +271,10 @@ void Select(const CLI::App& app, Request& request)
     for (const CLI::App* named = noun; named != nullptr; named = NamedIn(*named)) {
         path.push_back(named->get_name());
     }
-    const std::vector<const management::Command*> rows = AllCommands();
-    const auto row = std::ranges::find(rows, path, [](const management::Command* command) { return PathOf(*command); });
-    const auto own = std::ranges::find_if(Commands(), [&](const Command& command) {
-        return path.size() == 2 && command.noun == path[0] && command.verb == path[1];
-    });
-    if (own != Commands().end()) {
-        request.command = &*own;
-    } else if (row != rows.end() && !IsHead(**row)) {
-        request.tableCommand = *row;
+    const std::vector<const Command*> rows = AllCommands();
+    const auto row = std::ranges::find(rows, path, [](const Command* command) { return PathOf(*command); });
+    if (row != rows.end() && !IsHead(**row)) {
+        request.command = *row;
     } else {
         const std::string_view next =
             path.size() == 1 ? VerbNames(path[0]).front() : ThirdWords(path[0], path[1]).front();

@@ -94,7 +94,7 @@ std::vector<std::string> CommandLine::ValuesOf(std::string_view name) const
     return found == values.end() ? std::vector<std::string>() : found->second;
 }
 
-void DeclareParams(CLI::App& app, const management::Command& command, CommandLine& given)
+void DeclareParams(CLI::App& app, const Command& command, CommandLine& given)
 {
     const std::vector<ParamInfo> params = command.params();
     for (const ParamInfo& param : params) {

@@ -25,6 +25,6 @@ public:
 };
 
 /// Declares what a command of the table takes. The command line outlives the parsing.
-void DeclareParams(CLI::App& app, const management::Command& command, CommandLine& given);
+void DeclareParams(CLI::App& app, const Command& command, CommandLine& given);
 
 } // namespace console

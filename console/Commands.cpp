@@ -3,7 +3,6 @@
 #include "console/LocalCommand.h"
 #include "console/Opened.h"
 #include "console/TerminalFrontEnd.h"
-#include "console/UserCommands.h"
 #include "management/Changes.h"
 #include "management/Text.h"
 
@@ -82,23 +81,18 @@ constexpr Noun kNouns[] = {
      "  qvadmin board show 17"},
 };
 
-constexpr Command kCommands[] = {
-
-
-};
-
-Exit RunTableCommand(const Request& request, Terminal& terminal)
+Exit RunCommand(const Request& request, Terminal& terminal)
 {
-    const auto own = std::ranges::find(LocalCommands(), request.tableCommand,
-                                       [](const LocalCommand& command) { return &command.row; });
+    const auto own =
+        std::ranges::find(LocalCommands(), request.command, [](const LocalCommand& command) { return &command.row; });
     if (own != LocalCommands().end()) {
         return own->run({request.given, request.arguments, terminal});
     }
     std::optional<Opened> opened;
     const auto open = [&]() -> CAConnect& { return opened.emplace(request.arguments).Directory().Connection(); };
-    TerminalFrontEnd frontEnd(*request.tableCommand, request.given, request.arguments.format, terminal);
+    TerminalFrontEnd frontEnd(*request.command, request.given, request.arguments.format, terminal);
     Call call(open, frontEnd, request.given.options);
-    return frontEnd.Finish(request.tableCommand->run(call, request.given));
+    return frontEnd.Finish(request.command->run(call, request.given));
 }
 
 Exit RunWords(const std::vector<std::string>& words, Terminal& terminal)
@@ -108,14 +102,11 @@ Exit RunWords(const std::vector<std::string>& words, Terminal& terminal)
         throw Error(ErrorCode::invalid, "name a noun and a verb, such as `qvadmin user list`");
     }
     const Request request = ParseCommandLine(words);
-    if (request.tableCommand != nullptr) {
-        return RunTableCommand(request, terminal);
+    if (request.command != nullptr) {
+        return RunCommand(request, terminal);
     }
-    if (request.command == nullptr) {
-        terminal.out << request.text;
-        return Exit::done;
-    }
-    return request.command->run({request.arguments, terminal});
+    terminal.out << request.text;
+    return Exit::done;
 }
 
 Exit Reported(const Exit code, std::string_view sentence, Terminal& terminal)
@@ -133,15 +124,13 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal)
     } catch (const std::bad_alloc&) {
         return Reported(Exit::failed, OutOfMemorySentence(), terminal);
     } catch (const std::exception& e) {
-        return Reported(Exit::failed, "this should not happen: " + std::string(e.what()), terminal);
+        return Reported(Exit::failed, "internal error: " + std::string(e.what()), terminal);
     }
 }
 
 } // namespace
 
 std::span<const Noun> Nouns() { return kNouns; }
-
-std::span<const Command> Commands() { return kCommands; }
 
 std::string_view OutOfMemorySentence() noexcept
 {

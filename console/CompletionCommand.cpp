@@ -70,7 +70,7 @@ constexpr Param<WordsInput> kWordsParams[] = {
 /// What was written before the word to complete, read as far as it can be.
 struct Written {
     std::vector<std::string> path;
-    const management::Command* command = nullptr;
+    const Command* command = nullptr;
     std::vector<ParamInfo> params;
     std::size_t positional = 0;        ///< how many positional values there are
     std::optional<std::string> option; ///< whose value comes next, without its dashes
@@ -135,7 +135,7 @@ void TakeWord(Written& written, const std::string& word)
         ++written.positional;
     } else {
         written.path.push_back(word);
-        for (const management::Command* command : AllCommands()) {
+        for (const Command* command : AllCommands()) {
             if (PathOf(*command) == written.path) {
                 written.command = command;
                 written.params = command->params();
@@ -176,18 +176,11 @@ void AddOptions(const Written& written, std::vector<std::string>& candidates)
 /// The words that can follow those of the path.
 void AddNextWords(const Written& written, std::vector<std::string>& candidates)
 {
-    for (const management::Command* command : AllCommands()) {
+    for (const Command* command : AllCommands()) {
         const std::vector<std::string> path = PathOf(*command);
         if (path.size() > written.path.size() && !command->summary.empty() &&
             std::equal(written.path.begin(), written.path.end(), path.begin())) {
             candidates.push_back(path[written.path.size()]);
-        }
-    }
-    for (const Command& command : Commands()) {
-        if (written.path.empty()) {
-            candidates.emplace_back(command.noun);
-        } else if (written.path.size() == 1 && written.path.front() == command.noun) {
-            candidates.emplace_back(command.verb);
         }
     }
 }

@@ -18,17 +18,17 @@ struct LocalCall {
 /// files of the caller, or on the table itself. Its parameters are declared like those of all rows; `row.run` is
 /// unused.
 struct LocalCommand {
-    management::Command row;
+    Command row;
     Exit (*run)(const LocalCall& call);
 };
 
 std::span<const LocalCommand> LocalCommands();
 
 /// All rows of the table, in the order in which help lists them.
-std::vector<const management::Command*> AllCommands();
+std::vector<const Command*> AllCommands();
 /// Whether a row heads those that have its two words and a third.
-bool IsHead(const management::Command& command);
+bool IsHead(const Command& command);
 /// The words of a row's path.
-std::vector<std::string> PathOf(const management::Command& command);
+std::vector<std::string> PathOf(const Command& command);
 
 } // namespace console

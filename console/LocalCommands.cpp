@@ -26,23 +26,22 @@ std::span<const LocalCommand> LocalCommands()
     return commands;
 }
 
-std::vector<const management::Command*> AllCommands()
+std::vector<const Command*> AllCommands()
 {
-    std::vector<const management::Command*> all;
-    std::ranges::transform(management::Commands(), std::back_inserter(all),
-                           [](const management::Command& command) { return &command; });
+    std::vector<const Command*> all;
+    std::ranges::transform(Commands(), std::back_inserter(all), [](const Command& command) { return &command; });
     std::ranges::transform(LocalCommands(), std::back_inserter(all), [](const LocalCommand& own) { return &own.row; });
     return all;
 }
 
-bool IsHead(const management::Command& command)
+bool IsHead(const Command& command)
 {
     const bool isLocal =
         std::ranges::any_of(LocalCommands(), [&](const LocalCommand& own) { return &own.row == &command; });
     return command.run == nullptr && !isLocal;
 }
 
-std::vector<std::string> PathOf(const management::Command& command)
+std::vector<std::string> PathOf(const Command& command)
 {
     std::vector<std::string> path;
     for (const std::string_view word : command.path) {

@@ -95,7 +95,7 @@ void WriteParam(const ParamInfo& param, std::ostream& out)
     }
 }
 
-void WriteCommand(const management::Command& command, std::ostream& out)
+void WriteCommand(const Command& command, std::ostream& out)
 {
     const std::vector<ParamInfo> params = command.params();
     const std::string name = fmt::format("{}", fmt::join(PathOf(command), " "));
@@ -133,10 +133,10 @@ void WriteHead(const std::string& title, const std::string& name, std::string_vi
         << '\n';
 }
 
-std::vector<const management::Command*> CommandsOf(std::string_view noun)
+std::vector<const Command*> CommandsOf(std::string_view noun)
 {
-    std::vector<const management::Command*> commands;
-    for (const management::Command* command : AllCommands()) {
+    std::vector<const Command*> commands;
+    for (const Command* command : AllCommands()) {
         if (command->path[0] == noun && !IsHead(*command)) {
             commands.push_back(command);
         }
@@ -150,7 +150,7 @@ void WriteNoun(const Noun& noun, std::ostream& out)
     WriteHead(page, page, noun.summary, out);
     out << ".Sh SYNOPSIS\n.Nm qvadmin\n.Cm " << noun.name << "\n.Ar verb\n.Op Ar options\n.Op Ar arguments\n"
         << ".Sh DESCRIPTION\nThe options and exit statuses that all commands share are in\n.Xr qvadmin 1 .\n";
-    for (const management::Command* command : CommandsOf(noun.name)) {
+    for (const Command* command : CommandsOf(noun.name)) {
         WriteCommand(*command, out);
     }
     out << ".Sh EXAMPLES\n";
@@ -233,7 +233,7 @@ void WriteProgram(std::ostream& out)
             << Line(std::string(noun.summary) + "; see") << ".Xr qvadmin\\-" << noun.name << " 1 .\n";
     }
     out << ".El\n";
-    for (const management::Command* command : AllCommands()) {
+    for (const Command* command : AllCommands()) {
         if (PathOf(*command).size() == 1 && !command->summary.empty()) {
             WriteCommand(*command, out);
         }
@@ -310,7 +310,7 @@ void WriteParamAsData(const ParamInfo& param, JsonWriter& json)
     json.End();
 }
 
-void WriteCommandAsData(const management::Command& command, JsonWriter& json)
+void WriteCommandAsData(const Command& command, JsonWriter& json)
 {
     json.BeginObject();
     json.WriteName("path");
@@ -351,7 +351,7 @@ void WriteCommandAsData(const management::Command& command, JsonWriter& json)
 Exit PrintCommands(const LocalCall& call)
 {
     if (call.arguments.format != Format::json && call.arguments.format != Format::jsonl) {
-        for (const management::Command* command : AllCommands()) {
+        for (const Command* command : AllCommands()) {
             if (!IsHead(*command) && !command->summary.empty()) {
                 call.terminal.out << fmt::format("{:<34}  {}\n", fmt::format("{}", fmt::join(PathOf(*command), " ")),
                                                  command->summary);
@@ -365,7 +365,7 @@ Exit PrintCommands(const LocalCall& call)
     json.WriteMember("v", std::int64_t{1});
     json.WriteName("commands");
     json.BeginArray();
-    for (const management::Command* command : AllCommands()) {
+    for (const Command* command : AllCommands()) {
         if (!IsHead(*command) && !command->summary.empty()) {
             WriteCommandAsData(*command, json);
         }

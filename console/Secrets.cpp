@@ -1,6 +1,5 @@
 #include "console/Secrets.h"
 
-#include "console/Confirm.h"
 #include "console/FileBuffer.h"
 #include "console/Interrupt.h"
 #include "management/Text.h"

@@ -16,4 +16,7 @@ struct Terminal {
     bool (*outIsClosed)() = [] { return false; };
 };
 
+/// Whether somebody sits there who can be asked.
+inline bool CanAsk(const Terminal& terminal) { return terminal.inIsTerminal && terminal.errIsTerminal; }
+
 } // namespace console

@@ -1,6 +1,5 @@
 #include "console/TerminalFrontEnd.h"
 
-#include "console/Confirm.h"
 #include "console/TextFile.h"
 #include "management/Text.h"
 
@@ -15,8 +14,7 @@ constexpr std::size_t kMostForYes = 20;
 
 } // namespace
 
-TerminalFrontEnd::TerminalFrontEnd(const management::Command& command, const CommandLine& given, Format format,
-                                   Terminal& terminal)
+TerminalFrontEnd::TerminalFrontEnd(const Command& command, const CommandLine& given, Format format, Terminal& terminal)
     : m_command(command), m_given(given), m_format(format), m_terminal(terminal)
 {
 }

@@ -17,7 +17,7 @@ namespace console {
 class TerminalFrontEnd final : public FrontEnd {
 public:
     /// All of them outlive this.
-    TerminalFrontEnd(const management::Command& command, const CommandLine& given, Format format, Terminal& terminal);
+    TerminalFrontEnd(const Command& command, const CommandLine& given, Format format, Terminal& terminal);
 
     void TakeColumns(std::vector<std::string> names) override;
     bool TakeRow(const std::vector<Value>& row) override;
@@ -44,7 +44,7 @@ private:
     void WriteFinding(const Finding& finding);
     void WriteResult(const Result& result);
 
-    const management::Command& m_command;
+    const Command& m_command;
     const CommandLine& m_given;
     Format m_format;
     Terminal& m_terminal;

@@ -53,12 +53,13 @@ const std::vector<Command>& Commands()
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
         for (const std::span<const Command> noun :
-             {users::UserCommands(), passwords::PasswordCommands(), organisation::GroupCommands(),
-              organisation::ViewCommands(), roles::RoleCommands(), titles::TitleCommands(), organisation::MemberCommands(),
-              rights::RightCommands(), rights::ExplainCommands(), rights::ObjectRightCommands(),
-              documents::DocRootCommands(), documents::FolderCommands(), plans::PlanCommands(), plans::DocLogCommands(),
-              settings::SettingCommands(), messages::MessageCommands(), messages::LoginLogCommands(),
-              addins::AddInCommands(), addins::PackageCommands(), board::BoardCommands()}) {
+             {users::UserCommands(),          passwords::PasswordCommands(), organisation::GroupCommands(),
+              organisation::ViewCommands(),   roles::RoleCommands(),         titles::TitleCommands(),
+              organisation::MemberCommands(), rights::RightCommands(),       rights::ExplainCommands(),
+              rights::ObjectRightCommands(),  documents::DocRootCommands(),  documents::FolderCommands(),
+              plans::PlanCommands(),          plans::DocLogCommands(),       settings::SettingCommands(),
+              messages::MessageCommands(),    messages::LoginLogCommands(),  addins::AddInCommands(),
+              addins::PackageCommands(),      board::BoardCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

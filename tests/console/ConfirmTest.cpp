@@ -1,6 +1,5 @@
-#include "console/Confirm.h"
-
 #include "ConsoleFixture.h"
+#include "console/TerminalFrontEnd.h"
 #include "dbaccess/CAConnect.h"
 
 #include <fmt/format.h>
@@ -20,10 +19,13 @@ std::string Answered(std::size_t removed, const std::string& answer, bool yes = 
     std::ostringstream out;
     std::ostringstream err;
     Terminal terminal{in, out, err, true, true};
-    Arguments arguments;
-    arguments.yes = yes;
+    const Command command;
+    CommandLine given;
+    given.options.yes = yes;
+    TerminalFrontEnd frontEnd(command, given, Format::table, terminal);
+    Call call([]() -> CAConnect& { throw Error(ErrorCode::failed, "no directory"); }, frontEnd, given.options);
     try {
-        RequireConfirmation({arguments, terminal}, "Delete it?", removed);
+        call.Confirm({.lines = {}, .question = "Delete it?", .removed = removed});
         return "yes";
     } catch (const Error& e) {
         EXPECT_EQ(ExitFor(e.Code()), Exit::needsYes);

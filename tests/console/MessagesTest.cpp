@@ -318,7 +318,8 @@ TEST_F(MessageConsoleTest, PurgingTakesOneDateAndARealOne)
     for (const char* date : {"", "yesterday", "2019-02-29", "2020-01-01 25:00:00", "2020-01-01' OR 1=1 --"}) {
         ExpectRefusal({"message", "purge", "--before", date, "--yes"}, 2, "is no date");
     }
-    ExpectRefusal({"message", "purge", "--keep-days", "-1", "--yes"}, 2, "--keep-days '-1' is not a whole number from 0 to 36500");
+    ExpectRefusal({"message", "purge", "--keep-days", "-1", "--yes"}, 2,
+                  "--keep-days '-1' is not a whole number from 0 to 36500");
     ExpectRefusal({"message", "purge", "--keep-days", "36501", "--yes"}, 2, "--keep-days");
     ExpectRefusal({"message", "purge", "--before", "2020-01-01", "--batch", "0", "--yes"}, 2, "--batch '0'");
     EXPECT_EQ(Count("kel_Msg"), 1);
