@@ -1,5 +1,6 @@
 #include "console/Commands.h"
 
+#include "console/JsonWriter.h"
 #include "console/LocalCommand.h"
 #include "console/Opened.h"
 #include "console/TerminalFrontEnd.h"
@@ -109,6 +110,62 @@ Exit RunWords(const std::vector<std::string>& words, Terminal& terminal)
     return Exit::done;
 }
 
+/// Whether the words ask for JSON, also where they cannot be read as a whole.
+bool AskForJson(const std::vector<std::string>& words)
+{
+    const auto isJson = [](std::string_view format) { return format == "json" || format == "jsonl"; };
+    for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
+        const std::string_view word = words[i];
+        if ((word == "-o" || word == "--output") && i + 1 < words.size() && isJson(words[i + 1])) {
+            return true;
+        }
+        if (word.starts_with("--output=") && isJson(word.substr(word.find('=') + 1))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string_view NameOf(ErrorCode code)
+{
+    switch (code) {
+    case ErrorCode::invalid:
+        return "invalid";
+    case ErrorCode::notFound:
+        return "not_found";
+    case ErrorCode::conflict:
+        return "conflict";
+    case ErrorCode::isProtected:
+        return "protected";
+    case ErrorCode::database:
+        return "database";
+    case ErrorCode::confirmationRequired:
+        return "confirmation_required";
+    default:
+        return "failed";
+    }
+}
+
+void WriteAsJson(const Error& error, Terminal& terminal)
+{
+    JsonWriter json(terminal.err, JsonWriter::Layout::line);
+    json.BeginObject();
+    json.WriteMember("v", std::int64_t{1});
+    json.WriteMember("code", TextValue(std::string(NameOf(error.Code()))));
+    json.WriteMember("exit", static_cast<std::int64_t>(ExitFor(error.Code())));
+    json.WriteMember("message", TextValue(std::string(error.what())));
+    if (!error.Candidates().empty()) {
+        json.WriteName("candidates");
+        json.BeginArray();
+        for (const std::string& candidate : error.Candidates()) {
+            json.Write(TextValue(candidate));
+        }
+        json.End();
+    }
+    json.End();
+    terminal.err << '\n';
+}
+
 Exit Reported(const Exit code, std::string_view sentence, Terminal& terminal)
 {
     terminal.err << "qvadmin: " << Visible(sentence) << '\n';
@@ -118,9 +175,15 @@ Exit Reported(const Exit code, std::string_view sentence, Terminal& terminal)
 Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal)
 {
     try {
-        return RunWords(words, terminal);
-    } catch (const Error& e) {
-        return Reported(ExitFor(e.Code()), e.what(), terminal);
+        try {
+            return RunWords(words, terminal);
+        } catch (const Error& e) {
+            if (!AskForJson(words)) {
+                return Reported(ExitFor(e.Code()), e.what(), terminal);
+            }
+            WriteAsJson(e, terminal);
+            return ExitFor(e.Code());
+        }
     } catch (const std::bad_alloc&) {
         return Reported(Exit::failed, OutOfMemorySentence(), terminal);
     } catch (const std::exception& e) {

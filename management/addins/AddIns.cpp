@@ -9,6 +9,7 @@
 #include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/Resolve.h"
 #include "management/Text.h"
 #include "management/organisation/Organisation.h"
 
@@ -53,15 +54,6 @@ void CheckNewName(const std::string& name)
     if (name.starts_with(kIdPrefix)) {
         throw Error(ErrorCode::invalid, fmt::format("an add-in cannot be called {}: that means an id", Quoted(name)));
     }
-}
-
-std::string Enumerated(const std::vector<AddIn>& several)
-{
-    std::string list;
-    for (const AddIn& addIn : several) {
-        list += fmt::format("{}{} of type {}", list.empty() ? "" : ", ", Named(addIn), addIn.type);
-    }
-    return list;
 }
 
 /// @param except  id of an add-in that may have the name.
@@ -389,9 +381,11 @@ AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> 
                                                      Quoted(argument), type ? fmt::format(" of type {}", *type) : ""));
     }
     if (found.size() > 1) {
-        throw Error(ErrorCode::conflict,
-                    fmt::format("{} may be any of {}; add --type, or write id:{} for the first of them",
-                                Quoted(argument), Enumerated(found), found.front().id));
+        std::vector<Candidate> candidates;
+        for (const AddIn& addIn : found) {
+            candidates.push_back({Named(addIn), fmt::format("{}{}", kIdPrefix, addIn.id)});
+        }
+        ThrowAmbiguous(argument, candidates, "add --type, or ");
     }
     return found.front();
 }

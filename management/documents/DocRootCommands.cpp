@@ -1,5 +1,6 @@
 #include "management/Command.h"
 #include "management/Names.h"
+#include "management/Resolve.h"
 #include "management/Text.h"
 #include "management/documents/Documents.h"
 #include "management/users/Users.h"
@@ -168,16 +169,11 @@ RootData FindRoot(Documents& documents, const OneRoot& in)
                     fmt::format("there is no document root {}; `qvadmin docroot list` shows all", Quoted(in.root)));
     }
     if (found.size() > 1) {
-        std::string list;
-        std::vector<std::string> candidates;
+        std::vector<Candidate> candidates;
         for (const RootData& root : found) {
-            list += (list.empty() ? "" : ", ") + NamedWithType(root);
-            candidates.push_back(fmt::format("{}{}", kIdPrefix, root.id));
+            candidates.push_back({NamedWithType(root), fmt::format("{}{}", kIdPrefix, root.id)});
         }
-        throw Error(ErrorCode::conflict,
-                    fmt::format("{} may be any of {}; write {} for the first of them", Quoted(in.root), list,
-                                candidates.front()),
-                    candidates);
+        ThrowAmbiguous(in.root, candidates);
     }
     return found.front();
 }

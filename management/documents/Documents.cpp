@@ -12,6 +12,7 @@
 #include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/Resolve.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
@@ -355,8 +356,11 @@ DocKey FolderTree::OnlyOne(const std::string& argument, const std::vector<DocKey
                     fmt::format("there is no {} {}; `qvadmin folder tree` shows all", noun, Quoted(argument)));
     }
     if (found.size() > 1) {
-        throw Error(ErrorCode::conflict, fmt::format("{} may be any of {}; write {} for the first of them",
-                                                     Quoted(argument), Listed(found), KeyText(found.front())));
+        std::vector<Candidate> candidates;
+        for (const DocKey key : found) {
+            candidates.push_back({Named(key), KeyText(key)});
+        }
+        ThrowAmbiguous(argument, candidates);
     }
     return found.front();
 }

@@ -12,6 +12,7 @@
 #include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/Resolve.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
@@ -432,12 +433,11 @@ ItemKey Organisation::OnlyOne(const std::string& argument, const std::vector<Ite
                                                      Quoted(argument), noun == "view" ? "view list" : "group tree"));
     }
     if (found.size() > 1) {
-        std::string list;
+        std::vector<Candidate> candidates;
         for (const ItemKey key : found) {
-            list += (list.empty() ? "" : ", ") + Named(key);
+            candidates.push_back({Named(key), KeyText(key)});
         }
-        throw Error(ErrorCode::conflict, fmt::format("{} may be any of {}; write {} for the first of them",
-                                                     Quoted(argument), list, KeyText(found.front())));
+        ThrowAmbiguous(argument, candidates);
     }
     return found.front();
 }

@@ -8,6 +8,7 @@
 #include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/Resolve.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
@@ -170,12 +171,11 @@ PlanKey FindPlan(Plans& plans, const std::string& argument)
                     fmt::format("there is no backup plan {}; `qvadmin plan list` shows all", Quoted(argument)));
     }
     if (found.size() > 1) {
-        std::string list;
+        std::vector<Candidate> candidates;
         for (const PlanKey& plan : found) {
-            list += (list.empty() ? "" : ", ") + Named(plan);
+            candidates.push_back({Named(plan), fmt::format("{}{}", kIdPrefix, plan.id)});
         }
-        throw Error(ErrorCode::conflict, fmt::format("{} may be any of {}; write id:{} for the first of them",
-                                                     Quoted(argument), list, found.front().id));
+        ThrowAmbiguous(argument, candidates);
     }
     return found.front();
 }

@@ -13,6 +13,7 @@
 #include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/Resolve.h"
 #include "management/Text.h"
 #include "management/users/LoginOrder.h"
 
@@ -545,12 +546,11 @@ RoleKey FindRole(Roles& roles, const std::string& argument, const RoleScope& sco
                                 Quoted(argument), Visible(scope.application), scope.domainId));
     }
     if (found.size() > 1) {
-        std::string list;
+        std::vector<Candidate> candidates;
         for (const RoleKey& role : found) {
-            list += (list.empty() ? "" : ", ") + Named(role);
+            candidates.push_back({Named(role), fmt::format("id:{}", role.id)});
         }
-        throw Error(ErrorCode::conflict, fmt::format("{} may be any of {}; write id:{} for the first of them",
-                                                     Quoted(argument), list, found.front().id));
+        ThrowAmbiguous(argument, candidates);
     }
     return found.front();
 }

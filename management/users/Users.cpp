@@ -4,6 +4,7 @@
 #include "management/FindEach.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/Resolve.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
@@ -37,15 +38,6 @@ UserKey FindById(Directory& directory, const std::string& argument)
     return {id, values->at(&FieldOf("login")).value_or("")};
 }
 
-std::string Enumerated(const std::vector<UserKey>& users)
-{
-    std::string list;
-    for (const UserKey& user : users) {
-        list += (list.empty() ? "" : ", ") + Named(user);
-    }
-    return list;
-}
-
 UserKey FindByLogin(Directory& directory, const std::string& login)
 {
     const std::vector<UserKey> users = directory.FindAll(login);
@@ -55,8 +47,11 @@ UserKey FindByLogin(Directory& directory, const std::string& login)
     }
     const auto isExact = [&login](const UserKey& user) { return user.login == login; };
     if (users.size() > 1 && std::ranges::count_if(users, isExact) != 1) {
-        throw Error(ErrorCode::conflict, fmt::format("{} may be any of {}; write id:{} for the first of them",
-                                                     Quoted(login), Enumerated(users), users.front().id));
+        std::vector<Candidate> candidates;
+        for (const UserKey& user : users) {
+            candidates.push_back({Named(user), fmt::format("id:{}", user.id)});
+        }
+        ThrowAmbiguous(login, candidates);
     }
     return users.size() == 1 ? users.front() : *std::ranges::find_if(users, isExact);
 }

@@ -1,5 +1,6 @@
 #include "ConsoleFixture.h"
 #include "console/LocalCommand.h"
+#include "dbaccess/CAConnect.h"
 #include "management/Command.h"
 
 #include <gmock/gmock.h>
@@ -156,6 +157,27 @@ TEST_F(CommandTableTest, TheTableIsPrintedAsData)
         }
     }
     EXPECT_THAT(Run({"commands"}).out, HasSubstr("plan create"));
+}
+
+TEST_F(CommandTableTest, ErrorsAreJsonWhereJsonIsAskedFor)
+{
+    Init();
+    ASSERT_EQ(Run({"plan", "create", "Nightly"}).exit, 0);
+    ASSERT_EQ(Run({"plan", "create", "nightly"}).exit, 4);
+    const ChildResult missing = Run({"plan", "show", "x", "-o", "json"});
+    EXPECT_EQ(missing.exit, 3);
+    EXPECT_EQ(missing.out, "");
+    const json error = json::parse(missing.err);
+    EXPECT_EQ(error["code"], "not_found");
+    EXPECT_EQ(error["exit"], 3);
+    EXPECT_EQ(error["message"], "there is no backup plan 'x'; `qvadmin plan list` shows all");
+    EXPECT_EQ(json::parse(Run({"plan", "show", "--output=jsonl"}).err)["code"], "invalid");
+    CAConnect conn;
+    conn.Open(CString(std::string_view(DatabaseUrl())));
+    conn.Execute("INSERT INTO Tab_Doc_Backup_Plan (Col_Name) VALUES ('Nightly')");
+    const json ambiguous = json::parse(Run({"plan", "show", "Nightly", "-o", "json"}).err);
+    EXPECT_EQ(ambiguous["code"], "conflict");
+    EXPECT_EQ(ambiguous["candidates"], json({"id:1", "id:2"}));
 }
 
 TEST_F(CommandTableTest, EveryManualPageIsCleanMdoc)
