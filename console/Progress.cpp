@@ -38,7 +38,7 @@ void Progress::Clear() noexcept
     }
 }
 
-std::string Progress::Pace(long done) const { return PaceText(Clock::now() - m_begin, done); }
+std::string Progress::Pace(long done) const { return management::PaceText(Clock::now() - m_begin, done); }
 
 double Progress::Seconds() const
 {

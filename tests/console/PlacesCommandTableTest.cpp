@@ -55,7 +55,7 @@ protected:
         for (const char* table : {"qv_View", "qv_Group", "qv_Relation", "qv_User", "Tab_Doc_Root", "Tab_Doc_VFolder",
                                   "Tab_Doc_Root_Link", "Tab_Doc_VFolder_Link"}) {
             CARecordset rows;
-            rows.Open((std::string("SELECT * FROM ") + table + " ORDER BY Col_ID").c_str(), &conn, adbcCursorStatic,
+            rows.Open((std::string("SELECT * FROM ") + table + " ORDER BY rowid").c_str(), &conn, adbcCursorStatic,
                       adbcLockOptimistic, adbcCommandTable);
             for (; rows.IsEOF() == 0; rows.MoveNext()) {
                 stored += table;
@@ -73,6 +73,8 @@ struct Writing {
     std::vector<std::string> words;
     std::string outcome; ///< of the first thing it tells of; empty: it gives the id of something new
 };
+
+void PrintTo(const Writing& writing, std::ostream* out) { *out << testing::PrintToString(writing.words); }
 
 class PlacesWritingTest : public PlacesCommandTableTest, public testing::WithParamInterface<Writing> {};
 
