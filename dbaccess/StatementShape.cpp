@@ -52,7 +52,23 @@ constexpr std::array<Byte, 256> kBytes = [] {
 }();
 
 Byte KindOf(char ch) { return kBytes[static_cast<unsigned char>(ch)]; }
-bool IsWordByte(char ch) { return KindOf(ch) == Byte::letter || KindOf(ch) == Byte::digit; }
+
+// Looked up for nearly every byte of a statement, hence in tables.
+template <class Predicate>
+constexpr std::array<bool, 256> TableOf(Predicate holds)
+{
+    std::array<bool, 256> table{};
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        table[i] = holds(kBytes[i]);
+    }
+    return table;
+}
+
+constexpr auto kWordBytes = TableOf([](Byte kind) { return kind == Byte::letter || kind == Byte::digit; });
+constexpr auto kColumnListBytes =
+    TableOf([](Byte kind) { return kind == Byte::letter || kind == Byte::blank || kind == Byte::comma; });
+
+bool IsWordByte(char ch) { return kWordBytes[static_cast<unsigned char>(ch)]; }
 
 enum class Token : std::uint8_t {
     start,
@@ -231,10 +247,12 @@ private:
     Token ReadWord()
     {
         const std::size_t begin = m_at;
-        while (m_at < m_sql.size() &&
-               (IsWordByte(m_sql[m_at]) || (m_sql[m_at] == '.' && KindOf(Next(1)) == Byte::letter))) {
-            ++m_at;
-        }
+        do {
+            ++m_at; // a letter, or the point before one
+            while (m_at < m_sql.size() && IsWordByte(m_sql[m_at])) {
+                ++m_at;
+            }
+        } while (Next(0) == '.' && KindOf(Next(1)) == Byte::letter);
         return WordToken(m_sql.substr(begin, m_at - begin));
     }
 
@@ -464,8 +482,12 @@ private:
         case InsertPart::table:
             return Expect(token, Token::name, InsertPart::columnsOrValues);
         case InsertPart::columnsOrValues:
-            return token == Token::open ? Expect(token, Token::open, InsertPart::columns)
-                                        : Expect(token, Token::kValues, InsertPart::open);
+            if (token == Token::open) {
+                m_insertPart = InsertPart::columns;
+                SkipColumns();
+                return true;
+            }
+            return Expect(token, Token::kValues, InsertPart::open);
         case InsertPart::columns:
             m_insertPart = token == Token::close ? InsertPart::values : InsertPart::columns;
             return token != Token::open && token != Token::end;
@@ -479,6 +501,14 @@ private:
             break;
         }
         return token == Token::end;
+    }
+
+    // Their names are a good part of a statement, and nothing is done with them.
+    void SkipColumns()
+    {
+        while (m_at < m_sql.size() && kColumnListBytes[static_cast<unsigned char>(m_sql[m_at])]) {
+            ++m_at;
+        }
     }
 
     bool TakeOfList(Token token)
