@@ -2,7 +2,7 @@
 
 #include "console/JsonWriter.h"
 #include "console/LocalCommand.h"
-#include "console/Opened.h"
+#include "console/Session.h"
 #include "console/TerminalFrontEnd.h"
 #include "management/Changes.h"
 #include "management/Text.h"
@@ -89,8 +89,8 @@ Exit RunCommand(const Request& request, Terminal& terminal)
     if (own != LocalCommands().end()) {
         return own->run({request.given, request.arguments, terminal});
     }
-    std::optional<Opened> opened;
-    const auto open = [&]() -> CAConnect& { return opened.emplace(request.arguments).Directory().Connection(); };
+    std::optional<Session> session;
+    const auto open = [&]() -> CAConnect& { return session.emplace(request.arguments).Directory().Connection(); };
     TerminalFrontEnd frontEnd(*request.command, request.given, request.arguments.format, terminal);
     Call call(open, frontEnd, request.given.options);
     return frontEnd.Finish(request.command->run(call, request.given));

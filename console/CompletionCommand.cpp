@@ -1,5 +1,5 @@
 #include "console/LocalCommand.h"
-#include "console/Opened.h"
+#include "console/Session.h"
 #include "management/Candidates.h"
 
 #include <algorithm>
@@ -211,7 +211,7 @@ std::vector<std::string> NamesIn(const Written& written, Kind kind, const std::s
     try {
         Arguments arguments;
         arguments.db = written.db;
-        Opened opened(arguments, Opened::Indexes::leftAlone);
+        Session opened(arguments, Session::Indexes::leftAlone);
         return CandidatesFor(opened.Directory().Connection(), kind, beginning, kMostNames);
     } catch (const Error&) {
         return {};

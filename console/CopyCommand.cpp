@@ -1,7 +1,7 @@
 #include "console/Interrupt.h"
 #include "console/LocalCommand.h"
-#include "console/Opened.h"
 #include "console/Progress.h"
+#include "console/Session.h"
 #include "console/Url.h"
 #include "management/Changes.h"
 #include "management/DatabaseError.h"
@@ -204,7 +204,7 @@ Exit Copy(const LocalCall& context)
     const auto in = binding::ReadInput<kCopyParams>(context.given);
     const Arguments target = ForTarget(context.arguments, in.target);
     const std::string shown = ShownUrl(*target.db);
-    Opened source(context.arguments, Opened::Indexes::leftAlone);
+    Session source(context.arguments, Session::Indexes::leftAlone);
     CAConnect& from = source.Directory().Connection();
     PrepareDirectory(*target.db, in.parents);
     CAConnect to;

@@ -1,6 +1,6 @@
 #include "console/LocalCommand.h"
-#include "console/Opened.h"
 #include "console/Render.h"
+#include "console/Session.h"
 #include "console/Url.h"
 #include "management/Changes.h"
 #include "management/DatabaseError.h"

@@ -1,6 +1,6 @@
 #include "console/Import.h"
 #include "console/LocalCommand.h"
-#include "console/Opened.h"
+#include "console/Session.h"
 #include "console/Url.h"
 
 #include <fmt/format.h>
@@ -82,7 +82,7 @@ Exit ImportFile(const LocalCall& call)
 {
     const auto in = binding::ReadInput<kImportParams>(call.given);
     RequireDepartments(in);
-    Opened opened(call.arguments);
+    Session opened(call.arguments);
     const std::string url = ChooseUrl(call.arguments.db);
     return ImportUsers(opened.Directory(),
                        {.file = in.file,

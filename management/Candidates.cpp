@@ -51,7 +51,7 @@ void AddColumn(CAConnect& conn, const char* sql, Collector& names)
 void AddHolders(CAConnect& conn, bool alsoGroups, Collector& names)
 {
     const Organisation organisation(conn);
-    for (const Place& place : organisation.Places()) {
+    for (const Node& place : organisation.Places()) {
         const bool isGroup = place.key.type == kItemTypeGroup;
         if (alsoGroups || !isGroup) {
             names.Add(alsoGroups ? organisation.PathOf(place.key) : place.name);

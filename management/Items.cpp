@@ -61,7 +61,7 @@ bool IsNumber(std::string_view text)
 /// The name of a place as Item has it.
 std::string NameIn(const Organisation& organisation, ItemKey key)
 {
-    const Place* place = organisation.Find(key);
+    const Node* place = organisation.Find(key);
     if (place == nullptr) {
         return "";
     }

@@ -46,7 +46,7 @@ void Assignments::Add(std::string_view column, std::string_view value)
     m_text += fmt::format("{}{} = {}", m_text.empty() ? "" : ", ", column, value);
 }
 
-void ThrowReason(const CAConnect& conn, std::string_view what)
+void ThrowWriteError(const CAConnect& conn, std::string_view what)
 {
     if (conn.GetFailure() != nullptr) {
         throw ErrorFrom(conn, *conn.GetFailure());

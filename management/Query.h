@@ -74,7 +74,7 @@ private:
 
 /// Says why a record was not saved, which it keeps to itself. @param what  such as "the new role". @throws
 /// DatabaseError.
-[[noreturn]] void ThrowReason(const CAConnect& conn, std::string_view what);
+[[noreturn]] void ThrowWriteError(const CAConnect& conn, std::string_view what);
 
 std::string Text(const CString& text);
 /// A column of the current row; the empty text for a NULL.

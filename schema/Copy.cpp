@@ -384,7 +384,7 @@ struct CarriedColumn {
 };
 
 /// What is copied of a table.
-struct Carried {
+struct TableMapping {
     const Table& source;
     const Table& target;
     std::vector<CarriedColumn> columns;
@@ -410,7 +410,7 @@ public:
         Writing writing(m_to);
         RequireRows(0);
         m_longest = LongestFor(m_to);
-        for (const Carried& carried : WhatIsCarried()) {
+        for (const TableMapping& carried : MapTables()) {
             CopyTable(carried, writing);
             if (m_copied.stopped) {
                 return m_copied;
@@ -431,7 +431,7 @@ private:
         }
     }
 
-    void CopyTable(const Carried& carried, Writing& writing)
+    void CopyTable(const TableMapping& carried, Writing& writing)
     {
         const Table& target = carried.target;
         CARecordset rs;
@@ -475,23 +475,23 @@ private:
     }
 
     /// Of all tables, before anything is written.
-    std::vector<Carried> WhatIsCarried()
+    std::vector<TableMapping> MapTables()
     {
-        std::vector<Carried> all;
+        std::vector<TableMapping> all;
         for (const Table& target : m_targets) {
-            all.push_back(WhatIsCarried(*Find(m_sources, target.name), target));
+            all.push_back(MapTables(*Find(m_sources, target.name), target));
         }
         return all;
     }
 
     // A column that the source's own steps make and the target's do not is the engine's affair, such as a number for
     // rows that have none. Any other would be lost.
-    Carried WhatIsCarried(const Table& source, const Table& target)
+    TableMapping MapTables(const Table& source, const Table& target)
     {
         std::vector<std::string> names;
         Reading(source.name, [&] { names = ColumnNamesOf(m_from, source); });
         const std::vector<std::string> taken = ColumnNamesOf(m_to, target);
-        Carried carried{source, target, {}};
+        TableMapping carried{source, target, {}};
         for (long number = 1; const std::string& name : names) {
             Add(carried, name, number++, FindName(taken, name));
         }
@@ -506,7 +506,7 @@ private:
     }
 
     /// @param taken  how the target's table spells it; null when it has no such column.
-    void Add(Carried& carried, const std::string& name, long number, const std::string* taken) const
+    void Add(TableMapping& carried, const std::string& name, long number, const std::string* taken) const
     {
         const Column* given = Find(carried.source.columns, name);
         const Column* here = Find(carried.target.columns, name);
@@ -526,7 +526,7 @@ private:
         }
     }
 
-    void CopyRows(CARecordset& rs, const Carried& carried, Writing& writing)
+    void CopyRows(CARecordset& rs, const TableMapping& carried, Writing& writing)
     {
         const std::string& table = carried.target.name;
         Writer writer(m_to, writing, m_longest, table, HeadOf(carried));
@@ -544,7 +544,7 @@ private:
         m_copied.rows += m_tableRows;
     }
 
-    static std::string HeadOf(const Carried& carried)
+    static std::string HeadOf(const TableMapping& carried)
     {
         std::string names;
         for (const CarriedColumn& column : carried.columns) {
@@ -553,7 +553,7 @@ private:
         return "INSERT INTO " + carried.target.name + " (" + names + ") VALUES ";
     }
 
-    void NoteId(CARecordset& rs, const Carried& carried)
+    void NoteId(CARecordset& rs, const TableMapping& carried)
     {
         __int64 id = 0;
         if (carried.counted != 0 && rs.GetValue(carried.counted, id)) {
@@ -561,7 +561,7 @@ private:
         }
     }
 
-    WrittenRow Written(CARecordset& rs, const Carried& carried)
+    WrittenRow Written(CARecordset& rs, const TableMapping& carried)
     {
         WrittenRow row;
         row.name = carried.key == 0 ? "row " + std::to_string(m_tableRows)

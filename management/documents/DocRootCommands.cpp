@@ -322,7 +322,7 @@ Deletion PlanDeletion(Call& call, const RootToDelete& in)
     const RootData root = FindRoot(documents, in);
     deletion.rootName = root.name;
     const FolderTree tree(call.Connection());
-    deletion.keys = tree.GoneWith({DocKind::root, root.id});
+    deletion.keys = tree.OrphanedBy({DocKind::root, root.id});
     const std::size_t folders = deletion.keys.size() - 1;
     if (!in.recursive) {
         deletion.keys.erase(deletion.keys.begin() + 1, deletion.keys.end());

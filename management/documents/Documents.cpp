@@ -240,18 +240,18 @@ void FolderTree::FindPaths()
         }
         return found;
     };
-    SpreadFrom(placesWhere([](const DocPlace& place) { return place.key.kind == DocKind::root; }), true);
-    SpreadFrom(placesWhere([](const DocPlace& place) { return !place.hangsInRoot && place.parents.empty(); }), false);
+    Visit(placesWhere([](const DocPlace& place) { return place.key.kind == DocKind::root; }), true);
+    Visit(placesWhere([](const DocPlace& place) { return !place.hangsInRoot && place.parents.empty(); }), false);
     // What is left hangs on cycles alone; each path begins somewhere on one.
     for (std::size_t i = 0; i < m_places.size(); ++i) {
         const DocPlace& place = m_places[i];
         if (!place.hangsInRoot && !place.via && !place.parents.empty()) {
-            SpreadFrom({i}, false);
+            Visit({i}, false);
         }
     }
 }
 
-void FolderTree::SpreadFrom(std::vector<std::size_t> from, bool inRoot)
+void FolderTree::Visit(std::vector<std::size_t> from, bool inRoot)
 {
     const std::unordered_set<std::size_t> begins(from.begin(), from.end());
     for (const std::size_t begin : from) {
@@ -456,7 +456,7 @@ std::string FolderTree::Named(DocKey key) const
     return fmt::format("{} ({} {})", Visible(text), key.kind == DocKind::root ? "root" : "id", key.id);
 }
 
-std::vector<std::size_t> FolderTree::Reached(std::size_t from) const
+std::vector<std::size_t> FolderTree::Descendants(std::size_t from) const
 {
     std::vector<std::size_t> reached = {from};
     std::unordered_set<std::size_t> seen = {from};
@@ -471,10 +471,10 @@ std::vector<std::size_t> FolderTree::Reached(std::size_t from) const
     return reached;
 }
 
-std::vector<DocKey> FolderTree::GoneWith(DocKey key) const
+std::vector<DocKey> FolderTree::OrphanedBy(DocKey key) const
 {
     const std::size_t top = NumberOf(key);
-    const std::vector<std::size_t> reached = Reached(top);
+    const std::vector<std::size_t> reached = Descendants(top);
     const std::unordered_set<std::size_t> reach(reached.begin(), reached.end());
     std::unordered_set<std::size_t> going = reach;
     std::vector<std::size_t> staying;
@@ -578,7 +578,7 @@ template <class Write>
 void Documents::Save(std::string_view what, Write write)
 {
     if (!write()) {
-        ThrowReason(m_conn, fmt::format("the {}", what));
+        ThrowWriteError(m_conn, fmt::format("the {}", what));
     }
 }
 

@@ -139,7 +139,7 @@ public:
     [[nodiscard]] std::string Named(DocKey key) const;
 
     /// What has no place any more once this is gone: it, and the folders below that hang nowhere else; by id.
-    [[nodiscard]] std::vector<DocKey> GoneWith(DocKey key) const;
+    [[nodiscard]] std::vector<DocKey> OrphanedBy(DocKey key) const;
     /// Rows that link one of these to a parent or an object to one of these.
     [[nodiscard]] std::size_t CountLinks(const std::vector<DocKey>& keys) const;
     /// Whether some root leads to the folder also without this place.
@@ -160,7 +160,7 @@ private:
     void LoadLinks(CAConnect& conn, DocKind parent);
     void LoadOthers(CAConnect& conn, DocKind parent);
     void FindPaths();
-    void SpreadFrom(std::vector<std::size_t> from, bool inRoot);
+    void Visit(std::vector<std::size_t> from, bool inRoot);
     [[nodiscard]] std::vector<DocKey> NamedAmong(std::vector<std::size_t> places, std::string_view name) const;
     [[nodiscard]] std::vector<DocKey> RootsNamed(std::string_view name) const;
     [[nodiscard]] std::vector<Placement> PlacementsAt(const std::string& argument) const;
@@ -169,7 +169,7 @@ private:
     [[nodiscard]] DocKey RequireFolder(DocKey key) const;
     [[nodiscard]] std::string Listed(const std::vector<DocKey>& keys) const;
     [[nodiscard]] std::optional<std::size_t> IndexOf(DocKey key) const;
-    [[nodiscard]] std::vector<std::size_t> Reached(std::size_t from) const;
+    [[nodiscard]] std::vector<std::size_t> Descendants(std::size_t from) const;
 
     std::vector<DocPlace> m_places;
     std::vector<Link> m_links;

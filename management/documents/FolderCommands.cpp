@@ -373,7 +373,7 @@ Deletion PlanDeletion(Call& call, const FolderToDelete& in)
                                 Counted(static_cast<std::size_t>(place.others), "other object")));
     }
     deletion.path = tree.PathOf(deletion.folder);
-    deletion.keys = tree.GoneWith(deletion.folder);
+    deletion.keys = tree.OrphanedBy(deletion.folder);
     const std::size_t below = deletion.keys.size() - 1;
     const std::size_t links = tree.CountLinks(deletion.keys);
     const std::string subject =

@@ -47,7 +47,7 @@ class DepartmentTree {
 public:
     explicit DepartmentTree(const Organisation& organisation) : m_organisation(organisation)
     {
-        for (const Place& place : organisation.Places()) {
+        for (const Node& place : organisation.Places()) {
             if (IsTop(place)) {
                 m_tops[place.nameKey].push_back(place.key);
             }
@@ -70,7 +70,7 @@ public:
     [[nodiscard]] std::string TextOf(ItemKey group) const
     {
         std::string text;
-        for (const Place* place = m_organisation.Find(group); place != nullptr && IsGroup(*place);
+        for (const Node* place = m_organisation.Find(group); place != nullptr && IsGroup(*place);
              place = place->via ? &m_organisation.Places()[*place->via] : nullptr) {
             text.insert(0, PathEscaped(place->name) + (text.empty() ? "" : "/"));
         }
@@ -94,9 +94,9 @@ public:
     }
 
 private:
-    static bool IsGroup(const Place& place) { return place.key.type == kItemTypeGroup; }
+    static bool IsGroup(const Node& place) { return place.key.type == kItemTypeGroup; }
 
-    [[nodiscard]] bool IsTop(const Place& place) const
+    [[nodiscard]] bool IsTop(const Node& place) const
     {
         const auto isView = [this](std::size_t parent) { return !IsGroup(m_organisation.Places()[parent]); };
         return IsGroup(place) && (!place.via || std::ranges::any_of(place.parents, isView));
@@ -104,7 +104,7 @@ private:
 
     [[nodiscard]] bool IsLinked(ItemKey parent, ItemKey child) const
     {
-        const Place* below = m_organisation.Find(child);
+        const Node* below = m_organisation.Find(child);
         const auto isParent = [&](std::size_t above) { return m_organisation.Places()[above].key == parent; };
         return below != nullptr && std::ranges::any_of(below->parents, isParent);
     }

@@ -166,7 +166,7 @@ template <class IsWanted>
 std::vector<ItemKey> GroupsWhere(const Organisation& organisation, IsWanted isWanted)
 {
     std::vector<ItemKey> groups;
-    for (const Place& place : organisation.Places()) {
+    for (const Node& place : organisation.Places()) {
         if (place.key.type == kItemTypeGroup && isWanted(place)) {
             groups.push_back(place.key);
         }
@@ -268,7 +268,7 @@ public:
             return m_call.TreeRow(line.Drawn(fmt::format("{}: {}", Visible(user.login), Visible(user.name))), depth,
                                   "user", std::int64_t{user.id}, user.login, Value(), Value(), Value(), "");
         }
-        const Place& place = m_places[*line.node];
+        const Node& place = m_places[*line.node];
         const int usersBelow = m_organisation.UsersBelow(place.key);
         const std::string below = place.children.empty() ? std::string() : fmt::format(", {} below", usersBelow);
         return m_call.TreeRow(line.Drawn(fmt::format("{} ({}{})", Visible(place.name), place.users, below)), depth,
@@ -286,7 +286,7 @@ private:
 
     const Call& m_call;
     const Organisation& m_organisation;
-    std::span<const Place> m_places;
+    std::span<const Node> m_places;
     const Members& m_members;
 };
 
@@ -300,10 +300,10 @@ Result Tree(Call& call, const TreeToDraw& in)
         drawing.Draw(organisation.NumberOf(organisation.FindHolder(*in.top)));
         return {};
     }
-    const auto isRoot = [](const Place& place) {
+    const auto isRoot = [](const Node& place) {
         return place.key.type == kItemTypeView && place.viewType == kSystemView;
     };
-    const auto isUnrooted = [](const Place& place) { return !place.hangsInView && !place.via; };
+    const auto isUnrooted = [](const Node& place) { return !place.hangsInView && !place.via; };
     drawing.DrawAll(NumbersWhere(organisation.Places(), isRoot), NumbersWhere(organisation.Places(), isUnrooted));
     return {};
 }
@@ -315,9 +315,9 @@ Result List(Call& call, const GroupFilter& in)
     const Organisation organisation(call.Connection());
     const std::vector<ItemKey> groups =
         in.parent ? Keys(organisation, organisation.Find(organisation.FindHolder(*in.parent))->children)
-                  : GroupsWhere(organisation, [](const Place&) { return true; });
+                  : GroupsWhere(organisation, [](const Node&) { return true; });
     for (const ItemKey key : groups) {
-        const Place& place = *organisation.Find(key);
+        const Node& place = *organisation.Find(key);
         if (!call.Row(std::int64_t{key.id}, place.name, organisation.PathOf(key), std::int64_t{place.sortIndex},
                       std::int64_t{place.users}, static_cast<std::int64_t>(place.children.size()))) {
             break;
@@ -330,7 +330,7 @@ Result Show(Call& call, const OneGroup& in)
 {
     Organisation organisation(call.Connection());
     const ItemKey key = organisation.FindGroup(in.group);
-    const Place& place = *organisation.Find(key);
+    const Node& place = *organisation.Find(key);
     const GroupData group = LoadGroup(organisation, key);
     return ResultOf(Record{
         {"id", std::int64_t{key.id}},
@@ -360,8 +360,8 @@ Result Find(Call& call, const PartOfName& in)
 {
     const Organisation organisation(call.Connection());
     const std::string part = NameKey(in.text);
-    const std::vector<ItemKey> groups = GroupsWhere(
-        organisation, [&part](const Place& place) { return place.nameKey.find(part) != std::string::npos; });
+    const std::vector<ItemKey> groups =
+        GroupsWhere(organisation, [&part](const Node& place) { return place.nameKey.find(part) != std::string::npos; });
     for (const ItemKey key : groups) {
         if (!call.Row(std::int64_t{key.id}, organisation.PathOf(key))) {
             break;
@@ -481,7 +481,7 @@ struct Deletion : Plan {
 
 void ThrowIfHolding(Organisation& organisation, ItemKey group)
 {
-    const Place& place = *organisation.Find(group);
+    const Node& place = *organisation.Find(group);
     if (place.children.empty() && place.users == 0) {
         return;
     }
@@ -511,7 +511,7 @@ Deletion PlanDeletion(Call& call, const GroupToDelete& in)
     if (!in.recursive) {
         ThrowIfHolding(organisation, deletion.group);
     }
-    deletion.ids = Ids(organisation.GoneWith(deletion.group));
+    deletion.ids = Ids(organisation.OrphanedBy(deletion.group));
     const std::size_t below = deletion.ids.size() - 1;
     const std::string subject =
         organisation.Named(deletion.group) + (below == 0 ? "" : " and " + Counted(below, "group") + " below");

@@ -120,12 +120,12 @@ std::string KeyText(ItemKey key)
     return fmt::format("{}{}", key.type == kItemTypeView ? kViewPrefix : kGroupPrefix, key.id);
 }
 
-bool IsSystemView(const Place& place) { return place.key.type == kItemTypeView && place.viewType == kSystemView; }
+bool IsSystemView(const Node& place) { return place.key.type == kItemTypeView && place.viewType == kSystemView; }
 
 /// Walks down from a group's children and keeps the way, without a call inside a call: some chains are long.
 class WayDown {
 public:
-    WayDown(std::span<const Place> places, std::size_t from) : m_places(places), m_state(places.size(), State::unseen)
+    WayDown(std::span<const Node> places, std::size_t from) : m_places(places), m_state(places.size(), State::unseen)
     {
         Enter(from);
     }
@@ -175,7 +175,7 @@ private:
         return cycle;
     }
 
-    std::span<const Place> m_places;
+    std::span<const Node> m_places;
     std::vector<State> m_state;
     std::vector<Step> m_way;
 };
@@ -267,19 +267,19 @@ void Organisation::LoadPlaces()
 {
     EachRow(m_conn, "SELECT Col_ID, Col_Name, Col_ItemIndex, Col_Type, Col_OwnerID FROM qv_View",
             [this](CARecordset& row) {
-                Place& place = m_places.emplace_back();
+                Node& place = m_places.emplace_back();
                 place.key.type = kItemTypeView;
                 ColumnReader(row) >> place.key.id >> place.name >> place.sortIndex >> place.viewType >> place.viewOwner;
             });
     EachRow(m_conn, "SELECT Col_ID, Col_Name, Col_ItemIndex FROM qv_Group", [this](CARecordset& row) {
-        Place& place = m_places.emplace_back();
+        Node& place = m_places.emplace_back();
         place.key.type = kItemTypeGroup;
         ColumnReader(row) >> place.key.id >> place.name >> place.sortIndex;
     });
-    for (Place& place : m_places) {
+    for (Node& place : m_places) {
         place.nameKey = NameKey(place.name);
     }
-    const auto isBefore = [](const Place& a, const Place& b) {
+    const auto isBefore = [](const Node& a, const Node& b) {
         // Views before groups.
         return std::tie(b.key.type, a.sortIndex, a.nameKey, a.name, a.key.id) <
                std::tie(a.key.type, b.sortIndex, b.nameKey, b.name, b.key.id);
@@ -308,7 +308,7 @@ void Organisation::LoadLinks()
                     m_places[*child].parents.push_back(*parent);
                 }
             });
-    for (Place& place : m_places) {
+    for (Node& place : m_places) {
         // The places are in the order in which they are to be shown.
         std::ranges::sort(place.children);
         std::ranges::sort(place.parents);
@@ -343,23 +343,22 @@ void Organisation::FindPaths()
         }
         return found;
     };
-    SpreadFrom(placesWhere(IsSystemView), true);
-    SpreadFrom(placesWhere(
-                   [](const Place& place) { return place.key.type == kItemTypeView && place.viewType != kSystemView; }),
-               true);
-    SpreadFrom(
-        placesWhere([](const Place& place) { return place.key.type == kItemTypeGroup && place.parents.empty(); }),
-        false);
+    Visit(placesWhere(IsSystemView), true);
+    Visit(
+        placesWhere([](const Node& place) { return place.key.type == kItemTypeView && place.viewType != kSystemView; }),
+        true);
+    Visit(placesWhere([](const Node& place) { return place.key.type == kItemTypeGroup && place.parents.empty(); }),
+          false);
     // What is left hangs on cycles alone; each path begins somewhere on one.
     for (std::size_t i = 0; i < m_places.size(); ++i) {
-        const Place& place = m_places[i];
+        const Node& place = m_places[i];
         if (!place.hangsInView && !place.via && !place.parents.empty()) {
-            SpreadFrom({i}, false);
+            Visit({i}, false);
         }
     }
 }
 
-void Organisation::SpreadFrom(std::vector<std::size_t> from, bool inView)
+void Organisation::Visit(std::vector<std::size_t> from, bool inView)
 {
     const std::unordered_set<std::size_t> begins(from.begin(), from.end());
     for (const std::size_t begin : from) {
@@ -369,7 +368,7 @@ void Organisation::SpreadFrom(std::vector<std::size_t> from, bool inView)
     for (std::size_t i = 0; i < from.size(); ++i) {
         const std::size_t parent = from[i];
         for (const std::size_t child : m_places[parent].children) {
-            Place& place = m_places[child];
+            Node& place = m_places[child];
             if (!place.hangsInView && !place.via && !begins.contains(child)) {
                 place.via = parent;
                 place.hangsInView = inView;
@@ -388,7 +387,7 @@ std::optional<std::size_t> Organisation::IndexOf(ItemKey key) const
     return found == places.end() ? std::nullopt : std::optional(found->second);
 }
 
-const Place* Organisation::Find(ItemKey key) const
+const Node* Organisation::Find(ItemKey key) const
 {
     const std::optional<std::size_t> place = IndexOf(key);
     return place ? &m_places[*place] : nullptr;
@@ -470,7 +469,7 @@ std::vector<ItemKey> Organisation::ChildrenNamed(ItemKey parent, std::string_vie
 {
     std::vector<ItemKey> found;
     const std::string key = NameKey(name);
-    if (const Place* place = Find(parent)) {
+    if (const Node* place = Find(parent)) {
         for (const std::size_t child : place->children) {
             if (m_places[child].nameKey == key) {
                 found.push_back(m_places[child].key);
@@ -493,7 +492,7 @@ std::vector<ItemKey> Organisation::SystemViewsNamed(std::string_view name) const
 {
     std::vector<ItemKey> found;
     const std::string key = NameKey(name);
-    for (const Place& place : m_places) {
+    for (const Node& place : m_places) {
         if (IsSystemView(place) && place.nameKey == key) {
             found.push_back(place.key);
         }
@@ -504,7 +503,7 @@ std::vector<ItemKey> Organisation::SystemViewsNamed(std::string_view name) const
 std::string Organisation::PathOf(ItemKey key) const
 {
     std::vector<std::string_view> names;
-    const Place* place = Find(key);
+    const Node* place = Find(key);
     for (; place != nullptr && place->via; place = &m_places[*place->via]) {
         names.push_back(place->name);
     }
@@ -520,14 +519,14 @@ std::string Organisation::PathOf(ItemKey key) const
 
 std::string Organisation::Named(ItemKey key) const
 {
-    const Place* place = Find(key);
+    const Node* place = Find(key);
     const std::string path = PathOf(key);
     // A path that is an id says nothing of the name.
     const std::string text = place != nullptr && path == KeyText(key) ? place->name : path;
     return fmt::format("{} ({} {})", Visible(text), key.type == kItemTypeView ? "view" : "id", key.id);
 }
 
-std::vector<std::size_t> Organisation::Reached(std::size_t from) const
+std::vector<std::size_t> Organisation::Descendants(std::size_t from) const
 {
     std::vector<std::size_t> reached;
     std::unordered_set<std::size_t> seen;
@@ -550,7 +549,7 @@ std::vector<ItemKey> Organisation::Below(ItemKey key) const
 {
     std::vector<ItemKey> keys;
     if (const std::optional<std::size_t> from = IndexOf(key)) {
-        std::ranges::transform(Reached(*from), std::back_inserter(keys),
+        std::ranges::transform(Descendants(*from), std::back_inserter(keys),
                                [this](std::size_t place) { return m_places[place].key; });
     }
     return keys;
@@ -561,20 +560,20 @@ int Organisation::UsersBelow(ItemKey key) const
     int users = 0;
     const std::optional<std::size_t> from = IndexOf(key);
     if (from) {
-        for (const std::size_t place : Reached(*from)) {
+        for (const std::size_t place : Descendants(*from)) {
             users += place == *from ? 0 : m_places[place].users;
         }
     }
     return users;
 }
 
-std::vector<ItemKey> Organisation::GoneWith(ItemKey key) const
+std::vector<ItemKey> Organisation::OrphanedBy(ItemKey key) const
 {
     const std::optional<std::size_t> root = IndexOf(key);
     if (!root) {
         return {};
     }
-    const std::vector<std::size_t> below = Reached(*root);
+    const std::vector<std::size_t> below = Descendants(*root);
     std::unordered_set<std::size_t> going(below.begin(), below.end());
     going.insert(*root);
     std::vector<std::size_t> staying;

@@ -32,7 +32,7 @@ struct ItemKey {
 };
 
 /// A view or a group, and how it hangs together with others, which are given by their numbers in Organisation::Places.
-struct Place {
+struct Node {
     ItemKey key;
     std::string name;
     std::string nameKey; ///< for comparing
@@ -122,8 +122,8 @@ public:
     // ---- Look-ups ---------------------------------------------------------------------------------------------------
 
     /// Views first, then groups, each by sort index, name and id.
-    [[nodiscard]] std::span<const Place> Places() const { return m_places; }
-    [[nodiscard]] const Place* Find(ItemKey key) const;
+    [[nodiscard]] std::span<const Node> Places() const { return m_places; }
+    [[nodiscard]] const Node* Find(ItemKey key) const;
     /// The place of an item that is there.
     [[nodiscard]] std::size_t NumberOf(ItemKey key) const;
     /// All views and groups that an argument may mean. @throws Error (invalid) for what is no path.
@@ -151,7 +151,7 @@ public:
     /// The users who are members of groups below; one who is in several counts in each.
     [[nodiscard]] int UsersBelow(ItemKey key) const;
     /// The groups that have no place any more once this one is gone: it, and those below that hang nowhere else.
-    [[nodiscard]] std::vector<ItemKey> GoneWith(ItemKey key) const;
+    [[nodiscard]] std::vector<ItemKey> OrphanedBy(ItemKey key) const;
     /// The cycle that hanging a group under a parent would close, beginning and ending with the group; else nothing.
     [[nodiscard]] std::vector<ItemKey> CycleClosedBy(ItemKey parent, ItemKey group) const;
     /// A cycle at or below an item, its first also its last; nothing when there is none.
@@ -204,15 +204,15 @@ private:
     void LoadLinks();
     void LoadUserCounts();
     void FindPaths();
-    void SpreadFrom(std::vector<std::size_t> from, bool inView);
+    void Visit(std::vector<std::size_t> from, bool inView);
     [[nodiscard]] ItemKey OnlyOne(const std::string& argument, const std::vector<ItemKey>& found,
                                   std::string_view noun) const;
     [[nodiscard]] std::optional<std::size_t> IndexOf(ItemKey key) const;
-    [[nodiscard]] std::vector<std::size_t> Reached(std::size_t from) const;
+    [[nodiscard]] std::vector<std::size_t> Descendants(std::size_t from) const;
     void DeleteTraces(int type, const std::vector<int>& ids);
 
     CAConnect& m_conn;
-    std::vector<Place> m_places;
+    std::vector<Node> m_places;
     std::unordered_map<int, std::size_t> m_views;
     std::unordered_map<int, std::size_t> m_groups;
 };

@@ -135,7 +135,7 @@ ItemKey FindPlaceholder(const Organisation& organisation)
 {
     std::vector<ItemKey> found = organisation.SystemViewsNamed(kPlaceholder);
     std::erase_if(found, [&](ItemKey key) {
-        const Place& place = *organisation.Find(key);
+        const Node& place = *organisation.Find(key);
         return place.name != kPlaceholder || place.viewOwner != 0;
     });
     if (found.size() != 1) {
@@ -159,7 +159,7 @@ std::string PresentDefault(Organisation& organisation)
 Result List(Call& call, const ViewFilter& in)
 {
     const Organisation organisation(call.Connection());
-    for (const Place& place : organisation.Places()) {
+    for (const Node& place : organisation.Places()) {
         const bool isWanted = place.key.type == kItemTypeView && (in.all || place.viewType == kSystemView);
         if (isWanted && !call.Row(std::int64_t{place.key.id}, place.name, ShownType(place.viewType),
                                   std::int64_t{place.viewOwner}, std::int64_t{place.sortIndex},
@@ -174,7 +174,7 @@ Result Show(Call& call, const OneView& in)
 {
     Organisation organisation(call.Connection());
     const ItemKey key = organisation.FindView(in.view);
-    const Place& place = *organisation.Find(key);
+    const Node& place = *organisation.Find(key);
     const ViewData view = LoadView(organisation, key);
     return ResultOf(Record{
         {"id", std::int64_t{key.id}},

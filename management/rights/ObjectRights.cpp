@@ -123,7 +123,7 @@ void ObjectRights::Save(const ObjectRight& right)
     item.m_strCreatorName = EscapeBackslashes(m_conn, right.creator);
     item.m_nCreatorID = right.creatorId;
     if (!item.SaveData(m_conn)) {
-        ThrowReason(m_conn, "the new right on an object");
+        ThrowWriteError(m_conn, "the new right on an object");
     }
 }
 

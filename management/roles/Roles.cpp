@@ -168,7 +168,7 @@ template <class Write>
 void Roles::Save(std::string_view what, Write write)
 {
     if (!write()) {
-        ThrowReason(m_conn, fmt::format("the {}", what));
+        ThrowWriteError(m_conn, fmt::format("the {}", what));
     }
 }
 

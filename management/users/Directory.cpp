@@ -285,7 +285,7 @@ void Directory::Update(CHumanItem& item)
     prepared.CopyData(item);
     Prepare(prepared);
     if (prepared.Update(m_conn) == 0) {
-        ThrowReason(m_conn, "the change of a user");
+        ThrowWriteError(m_conn, "the change of a user");
     }
 }
 

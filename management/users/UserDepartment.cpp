@@ -34,7 +34,7 @@ std::vector<ItemKey> GroupsOfText(const Organisation& organisation, const std::s
 {
     std::vector<ItemKey> groups;
     try {
-        for (const management::Place& place : organisation.Places()) {
+        for (const management::Node& place : organisation.Places()) {
             const std::string view = organisation.PathOf(place.key);
             if (place.key.type == kItemTypeView && view.starts_with('/')) {
                 std::ranges::copy(organisation.FindAll(fmt::format("{}/{}", view, text)), std::back_inserter(groups));
@@ -53,7 +53,7 @@ std::vector<ItemKey> GroupsOfText(const Organisation& organisation, const std::s
 
 bool HasGroups(const Organisation& organisation)
 {
-    return std::ranges::any_of(organisation.Places(), [&organisation](const management::Place& place) {
+    return std::ranges::any_of(organisation.Places(), [&organisation](const management::Node& place) {
         return place.key.type == kItemTypeGroup && organisation.PathOf(place.key).starts_with('/');
     });
 }

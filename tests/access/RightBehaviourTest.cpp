@@ -388,10 +388,10 @@ protected:
     // Forgets the error of a statement on roles.
     void TakeRolesError()
     {
-        EXPECT_THAT(ErrorWatch::Text(), testing::StartsWith("directory/QVBaseFun_Roles.cpp("));
+        EXPECT_THAT(ErrorRecorder::Text(), testing::StartsWith("directory/QVBaseFun_Roles.cpp("));
         EXPECT_THAT(m_watch.messages, SizeIs(1));
         m_watch.messages.clear();
-        CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+        CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
     }
 
     std::string Limit(const std::string& count, const std::string& largest, const std::string& smallest, int dbType = 3)

@@ -100,7 +100,7 @@ TEST_F(MessageBehaviour, ATextThatIsNoDateIsRefusedAndNothingIsSent)
         Connect();
         EXPECT_FALSE(CQVBaseFun::DeleteMsgData(*m_conn, text)) << text;
         ExpectNothingSent();
-        EXPECT_THAT(ErrorWatch::Text(), testing::HasSubstr("is not a date")) << text;
+        EXPECT_THAT(ErrorRecorder::Text(), testing::HasSubstr("is not a date")) << text;
         EXPECT_THAT(m_watch.messages, SizeIs(1)) << text;
         m_watch.messages.clear();
 
@@ -109,7 +109,7 @@ TEST_F(MessageBehaviour, ATextThatIsNoDateIsRefusedAndNothingIsSent)
         ExpectNothingSent();
         m_watch.messages.clear();
     }
-    CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+    CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
 }
 
 TEST_F(MessageBehaviour, ClearingStopsAtTheStepThatIsRefused)
@@ -124,7 +124,7 @@ TEST_F(MessageBehaviour, ClearingStopsAtTheStepThatIsRefused)
         EXPECT_THAT(m_watch.messages, SizeIs(1));
         m_watch.messages.clear();
     }
-    CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+    CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
     Connect();
     EXPECT_TRUE(CQVBaseFun::ClearMsgData(*m_conn, "2013-05-07"));
     EXPECT_THAT(m_database->executions, SizeIs(3));
@@ -346,7 +346,7 @@ TEST_F(AddInBehaviour, APackageWhoseIdCannotBeReadIsThereAllTheSame)
     EXPECT_EQ(Install(*m_conn), "false 77");
     EXPECT_THAT(m_watch.messages, SizeIs(1)); // of the write; the read says nothing
     m_watch.messages.clear();
-    CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+    CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
 }
 
 // ---- Bulletin board ----------------------------------------------------------------------------------------------

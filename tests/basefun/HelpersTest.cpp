@@ -1,7 +1,7 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
 #include "testing/ScriptedDriver.h"
-#include "tests/basefun/ErrorWatch.h"
+#include "tests/basefun/ErrorRecorder.h"
 #include "tests/platform/AnsiCodePageScope.h"
 
 #include <gmock/gmock.h>
@@ -182,11 +182,11 @@ protected:
 
     void ExpectNoError() const
     {
-        EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+        EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
         EXPECT_THAT(m_watch.messages, IsEmpty());
     }
 
-    ErrorWatch m_watch;
+    ErrorRecorder m_watch;
     scripted::Database m_database;
     CAConnect m_conn;
 };
@@ -241,7 +241,7 @@ TEST_F(DataBaseValidity, IsReportedWhenTheEngineRefuses)
     bool valid = true;
     EXPECT_FALSE(CQVBaseFun::IsDataBaseValid(m_conn, 0, "directory", valid));
     EXPECT_FALSE(valid);
-    EXPECT_THAT(ErrorWatch::Text(),
+    EXPECT_THAT(ErrorRecorder::Text(),
                 testing::MatchesRegex("basefun/QVBaseFun\\.cpp\\([0-9]+\\): no such table \\[Script 1\\]: SELECT name "
                                       "from MSysObjects where name = 'qv_User'"));
     ASSERT_THAT(m_watch.messages, SizeIs(1));
@@ -255,7 +255,7 @@ TEST(WriteToLogFileEx, WritesNothingAnywhere)
     std::string name = (fs::temp_directory_path() / "qv-log-XXXXXX").string();
     const fs::path folder = ::mkdtemp(name.data());
     const fs::path before = fs::current_path();
-    const ErrorWatch watch;
+    const ErrorRecorder watch;
     fs::current_path(folder);
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
@@ -265,7 +265,7 @@ TEST(WriteToLogFileEx, WritesNothingAnywhere)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     fs::current_path(before);
     EXPECT_TRUE(fs::is_empty(folder));
-    EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
     fs::remove_all(folder);
 }
 

@@ -5,7 +5,7 @@
 #include "dbaccess/CAConnect.h"
 #include "platform/CObject.h"
 #include "testing/ScriptedDriver.h"
-#include "tests/basefun/ErrorWatch.h"
+#include "tests/basefun/ErrorRecorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -57,7 +57,7 @@ protected:
         return "tests/basefun/StatementFrameTest.cpp(" + std::to_string(line) + "): " + rest;
     }
 
-    ErrorWatch m_watch;
+    ErrorRecorder m_watch;
     scripted::Database m_database;
     CAConnect m_conn;
 };
@@ -67,7 +67,7 @@ TEST_F(StatementFrame, NamesTheFileFromTheProjectsRootAndTheLineOfTheCall)
     m_database.Answer(Raise("refused"));
     const unsigned line = SourceLocation::current().line() + 1;
     EXPECT_FALSE(frame::Execute(m_conn, "DELETE"));
-    EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "refused [Script 1]: DELETE"));
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorAt(line, "refused [Script 1]: DELETE"));
 }
 
 TEST_F(StatementFrame, NamesTheLineOfTheCallInEveryShape)
@@ -78,21 +78,21 @@ TEST_F(StatementFrame, NamesTheLineOfTheCallInEveryShape)
     const auto nothing = [](CARecordset&) {};
     unsigned line = SourceLocation::current().line() + 1;
     EXPECT_FALSE(frame::ReadFirst(m_conn, "S1", nothing));
-    EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "refused [Script 1]: S1"));
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorAt(line, "refused [Script 1]: S1"));
     line = SourceLocation::current().line() + 1;
     EXPECT_FALSE(frame::ReadEach(m_conn, "S2", nothing));
-    EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "refused [Script 1]: S2"));
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorAt(line, "refused [Script 1]: S2"));
     CObList list;
     line = SourceLocation::current().line() + 1;
     EXPECT_FALSE(frame::ReadObjects<Record>(m_conn, "S3", list, frame::MembersByName(kMembers)));
-    EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "refused [Script 1]: S3"));
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorAt(line, "refused [Script 1]: S3"));
     bool found = true;
     line = SourceLocation::current().line() + 1;
     EXPECT_FALSE(frame::TestExists(m_conn, "S4", found));
-    EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "refused [Script 1]: S4"));
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorAt(line, "refused [Script 1]: S4"));
     line = SourceLocation::current().line() + 1;
     EXPECT_EQ(frame::Run(m_conn, "S5", OnError::keep), 0);
-    EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "refused [Script 1]: S5"));
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorAt(line, "refused [Script 1]: S5"));
 }
 
 TEST_F(StatementFrame, NotifiesOnceWithTheAddressOfTheText)
@@ -100,10 +100,10 @@ TEST_F(StatementFrame, NotifiesOnceWithTheAddressOfTheText)
     m_database.Answer(Raise("refused"));
     EXPECT_FALSE(frame::Execute(m_conn, "DELETE"));
     ASSERT_THAT(m_watch.messages, SizeIs(1));
-    EXPECT_EQ(m_watch.messages[0].message, ErrorWatch::kMessage);
+    EXPECT_EQ(m_watch.messages[0].message, ErrorRecorder::kMessage);
     EXPECT_EQ(m_watch.messages[0].wParam, 0U);
     EXPECT_EQ(m_watch.messages[0].lParam, reinterpret_cast<LPARAM>(&CQVBaseFun::m_strLastError));
-    EXPECT_EQ(m_watch.messages[0].text, ErrorWatch::Text());
+    EXPECT_EQ(m_watch.messages[0].text, ErrorRecorder::Text());
 }
 
 TEST_F(StatementFrame, KeepsTheTextWithoutAWindow)
@@ -111,7 +111,7 @@ TEST_F(StatementFrame, KeepsTheTextWithoutAWindow)
     m_conn.m_hNotifyWnd = nullptr;
     m_database.Answer(Raise("refused"));
     EXPECT_FALSE(frame::Execute(m_conn, "DELETE"));
-    EXPECT_NE(ErrorWatch::Text(), ErrorWatch::kOlder);
+    EXPECT_NE(ErrorRecorder::Text(), ErrorRecorder::kOlder);
     EXPECT_THAT(m_watch.messages, IsEmpty());
 }
 
@@ -119,11 +119,11 @@ TEST_F(StatementFrame, NotifiesOnlyWhereThePolicySaysSo)
 {
     m_database.Answer(Raise("kept"));
     EXPECT_FALSE(frame::Execute(m_conn, "DELETE", OnError::keep));
-    EXPECT_THAT(ErrorWatch::Text(), testing::HasSubstr("kept"));
-    const std::string kept = ErrorWatch::Text();
+    EXPECT_THAT(ErrorRecorder::Text(), testing::HasSubstr("kept"));
+    const std::string kept = ErrorRecorder::Text();
     m_database.Answer(Raise("dropped"));
     EXPECT_FALSE(frame::Execute(m_conn, "DELETE", OnError::drop));
-    EXPECT_EQ(ErrorWatch::Text(), kept);
+    EXPECT_EQ(ErrorRecorder::Text(), kept);
     EXPECT_THAT(m_watch.messages, IsEmpty());
 }
 
@@ -134,7 +134,7 @@ TEST_F(StatementFrame, RunsAStatementAndGivesOneOrZero)
     m_database.GoAway();
     EXPECT_EQ(frame::Run(m_conn, "INSERT", OnError::keep), 0);
     EXPECT_THAT(m_database.executions, SizeIs(1));
-    EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
 }
 
 TEST_F(StatementFrame, LetsOtherExceptionsThrough)
@@ -142,7 +142,7 @@ TEST_F(StatementFrame, LetsOtherExceptionsThrough)
     m_database.Answer(Rows({{"1"}}));
     const auto row = [](CARecordset&) { throw std::runtime_error("not the library's"); };
     EXPECT_THROW(frame::ReadFirst(m_conn, "SELECT", row), std::runtime_error);
-    EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
     EXPECT_THAT(m_watch.messages, IsEmpty());
 }
 
@@ -215,7 +215,7 @@ TEST_F(StatementFrame, ReadsUntilARowIsTheOneLookedFor)
         return number == 2;
     }));
     EXPECT_EQ(rowsRead, 2);
-    EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
 }
 
 TEST_F(StatementFrame, GoesOnWithoutRowsWhereAReadDoesNotAskWhetherItOpened)
@@ -225,7 +225,7 @@ TEST_F(StatementFrame, GoesOnWithoutRowsWhereAReadDoesNotAskWhetherItOpened)
     EXPECT_TRUE(frame::ReadFirstRegardless(m_conn, "S", never));
     EXPECT_TRUE(frame::ReadEachRegardless(m_conn, "S", never));
     EXPECT_FALSE(frame::ReadEach(m_conn, "S", never));
-    EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
 }
 
 TEST_F(StatementFrame, ReportsWhatGoesWrongBeforeThereIsAStatementWithoutOne)
@@ -233,13 +233,13 @@ TEST_F(StatementFrame, ReportsWhatGoesWrongBeforeThereIsAStatementWithoutOne)
     const auto build = []() -> CString { throw CAException("no such date"); };
     const unsigned line = SourceLocation::current().line() + 1;
     EXPECT_FALSE(frame::ExecuteBuilt(m_conn, build));
-    EXPECT_EQ(ErrorWatch::Text(), ErrorAt(line, "no such date"));
+    EXPECT_EQ(ErrorRecorder::Text(), ErrorAt(line, "no such date"));
     EXPECT_THAT(m_watch.messages, SizeIs(1));
     EXPECT_THAT(m_database.executions, IsEmpty());
 
     m_database.Answer(Raise("refused"));
     EXPECT_FALSE(frame::ExecuteBuilt(m_conn, [] { return CString("DELETE"); }));
-    EXPECT_THAT(ErrorWatch::Text(), testing::EndsWith("refused [Script 1]: DELETE"));
+    EXPECT_THAT(ErrorRecorder::Text(), testing::EndsWith("refused [Script 1]: DELETE"));
     EXPECT_TRUE(frame::ExecuteBuilt(m_conn, [] { return CString("DELETE"); }));
     EXPECT_THAT(m_database.executions, ElementsAre("DELETE", "DELETE"));
 }

@@ -2,7 +2,7 @@
 
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
-#include "tests/schema/AwkwardDirectory.h"
+#include "tests/schema/EdgeCaseDirectory.h"
 #include "tests/servers/Servers.h"
 
 #include <algorithm>

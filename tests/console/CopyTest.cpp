@@ -4,7 +4,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
-#include "tests/schema/AwkwardDirectory.h"
+#include "tests/schema/EdgeCaseDirectory.h"
 #include "tests/servers/Servers.h"
 
 #include <chrono>

@@ -91,7 +91,7 @@ protected:
     {
         Organisation before(m_conn);
         std::vector<int> ids;
-        for (const ItemKey key : before.GoneWith(Group(group))) {
+        for (const ItemKey key : before.OrphanedBy(Group(group))) {
             ids.push_back(key.id);
         }
         before.DeleteGroups(ids);

@@ -306,12 +306,12 @@ TEST_F(DocumentsTest, WhatIsGoneWithAFolderIsWhatHangsNowhereElse)
     const DocKey below = Folder(MakeFolder(shared, "T"));
     m_documents.AddLink({Root(root), shared}, {});
     const FolderTree catalogue(m_conn);
-    EXPECT_THAT(catalogue.GoneWith(a), ElementsAre(a, b, c));
-    EXPECT_THAT(catalogue.GoneWith(Root(root)), ElementsAre(Root(root), a, b, c, shared, below));
-    EXPECT_EQ(catalogue.CountLinks(catalogue.GoneWith(a)), 4U);
+    EXPECT_THAT(catalogue.OrphanedBy(a), ElementsAre(a, b, c));
+    EXPECT_THAT(catalogue.OrphanedBy(Root(root)), ElementsAre(Root(root), a, b, c, shared, below));
+    EXPECT_EQ(catalogue.CountLinks(catalogue.OrphanedBy(a)), 4U);
     EXPECT_TRUE(catalogue.HangsWithout({b, shared}));
     EXPECT_FALSE(catalogue.HangsWithout({Root(root), a}));
-    m_documents.Delete(catalogue.GoneWith(a));
+    m_documents.Delete(catalogue.OrphanedBy(a));
     const FolderTree left(m_conn);
     EXPECT_EQ(left.PathOf(below), "/Main/S/T");
     EXPECT_EQ(left.Find(a), nullptr);

@@ -331,10 +331,10 @@ TEST_F(OrganisationTest, WhatHangsElsewhereTooStaysWhenAGroupGoes)
     const ItemKey belowShared = AddGroup(shared, "T");
     const ItemKey other = AddGroup(view, "O");
     Link(other, shared);
-    EXPECT_THAT(Now().GoneWith(a), ElementsAre(a, b));
-    EXPECT_THAT(Now().GoneWith(shared), ElementsAre(shared, belowShared));
+    EXPECT_THAT(Now().OrphanedBy(a), ElementsAre(a, b));
+    EXPECT_THAT(Now().OrphanedBy(shared), ElementsAre(shared, belowShared));
     Link(b, a);
-    EXPECT_THAT(Now().GoneWith(a), ElementsAre(a, b));
+    EXPECT_THAT(Now().OrphanedBy(a), ElementsAre(a, b));
 }
 
 TEST_F(OrganisationTest, AVeryLongChainIsNoTrouble)
@@ -354,7 +354,7 @@ TEST_F(OrganisationTest, AVeryLongChainIsNoTrouble)
     EXPECT_EQ(organisation.Below(view).size(), std::size_t{kLength});
     EXPECT_THAT(organisation.FindCycle(view), IsEmpty());
     EXPECT_EQ(organisation.CycleClosedBy(Group(kLength), Group(1)).size(), std::size_t{kLength} + 1);
-    EXPECT_EQ(organisation.GoneWith(Group(1)).size(), std::size_t{kLength});
+    EXPECT_EQ(organisation.OrphanedBy(Group(1)).size(), std::size_t{kLength});
 }
 
 // ---- Writes ---------------------------------------------------------------------------------------------------------

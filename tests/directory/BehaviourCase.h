@@ -7,7 +7,7 @@
 #include "platform/CUIntArray.h"
 #include "platform/Types.h"
 #include "testing/ScriptedDriver.h"
-#include "tests/basefun/ErrorWatch.h"
+#include "tests/basefun/ErrorRecorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -107,7 +107,7 @@ protected:
 
     void ExpectNoError() const
     {
-        EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+        EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
         EXPECT_THAT(m_watch.messages, testing::IsEmpty());
     }
 
@@ -128,13 +128,13 @@ protected:
     /// @return the line that the text names.
     int TakeText(const std::string& messageAndCode, const std::string& statement)
     {
-        const std::string text = ErrorWatch::Text();
+        const std::string text = ErrorRecorder::Text();
         const std::string begin = m_file + "(";
         const auto line =
             static_cast<int>(text.starts_with(begin) ? std::strtol(text.c_str() + begin.size(), nullptr, 10) : 0);
         EXPECT_GT(line, 0);
         EXPECT_EQ(text, begin + std::to_string(line) + "): " + messageAndCode + ": " + statement);
-        CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+        CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
         return line;
     }
 
@@ -142,11 +142,11 @@ protected:
     int TakeError(const std::string& messageAndCode, const std::string& statement)
     {
         EXPECT_THAT(m_watch.messages, testing::SizeIs(1));
-        for (const ErrorWatch::Message& message : m_watch.messages) {
-            EXPECT_EQ(message.message, ErrorWatch::kMessage);
+        for (const ErrorRecorder::Message& message : m_watch.messages) {
+            EXPECT_EQ(message.message, ErrorRecorder::kMessage);
             EXPECT_EQ(message.wParam, 0U);
             EXPECT_EQ(message.lParam, reinterpret_cast<LPARAM>(&CQVBaseFun::m_strLastError));
-            EXPECT_EQ(message.text, ErrorWatch::Text());
+            EXPECT_EQ(message.text, ErrorRecorder::Text());
         }
         m_watch.messages.clear();
         return TakeText(messageAndCode, statement);
@@ -257,11 +257,11 @@ protected:
             m_database->GoAway();
             EXPECT_FALSE(write.call(*m_conn)) << write.name;
             ExpectNothingSent();
-            EXPECT_THAT(ErrorWatch::Text(), testing::HasSubstr("the database connection is not open")) << write.name;
+            EXPECT_THAT(ErrorRecorder::Text(), testing::HasSubstr("the database connection is not open")) << write.name;
             EXPECT_THAT(m_watch.messages, testing::SizeIs(1)) << write.name;
             m_watch.messages.clear();
         }
-        CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+        CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
     }
 
     void ExpectRefusedRecordsKeepOrDropTheText(const std::vector<RecordCase>& methods)
@@ -288,14 +288,14 @@ protected:
             EXPECT_EQ(method.call(*m_conn), method.failed);
             ExpectNothingSent();
             if (method.raisesOnClosed && method.keepsText) {
-                EXPECT_THAT(ErrorWatch::Text(), testing::HasSubstr("the database connection is not open"));
-                CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+                EXPECT_THAT(ErrorRecorder::Text(), testing::HasSubstr("the database connection is not open"));
+                CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
             }
             ExpectNoError();
         }
     }
 
-    ErrorWatch m_watch;
+    ErrorRecorder m_watch;
     std::optional<scripted::Database> m_database;
     std::optional<CAConnect> m_conn;
 

@@ -5,7 +5,7 @@
 #include "platform/CString.h"
 #include "platform/CUIntArray.h"
 #include "schema/Schema.h"
-#include "tests/basefun/ErrorWatch.h"
+#include "tests/basefun/ErrorRecorder.h"
 #include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/Servers.h"
 
@@ -122,12 +122,12 @@ protected:
 
     void ExpectNoError() const
     {
-        EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+        EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
         EXPECT_THAT(m_watch.messages, testing::IsEmpty());
     }
 
     AnsiCodePageScope m_utf8{CP_UTF8};
-    ErrorWatch m_watch;
+    ErrorRecorder m_watch;
     fs::path m_folder;
     CAConnect m_conn;
 };

@@ -137,7 +137,7 @@ TEST_P(GroupsOnAnEngine, AQuoteIsRefusedByEveryMethodOfTheRecordWithoutAMessage)
     CGroupItem item;
     item.m_strName = "o'n";
     EXPECT_EQ(item.SaveData(m_conn), 0);
-    EXPECT_THAT(ErrorWatch::Text(), StartsWith("directory/GroupItem.cpp("));
+    EXPECT_THAT(ErrorRecorder::Text(), StartsWith("directory/GroupItem.cpp("));
     EXPECT_FALSE(item.Update(m_conn));
     EXPECT_THAT(m_watch.messages, IsEmpty());
     EXPECT_THAT(Rows(kGroups), IsEmpty());
@@ -400,7 +400,7 @@ TEST_P(ViewsOnAnEngine, AQuoteIsRefusedByTheRecordWithoutAMessage)
     CViewItem item;
     item.m_strName = "o'n";
     EXPECT_EQ(item.SaveData(m_conn), 0);
-    EXPECT_THAT(ErrorWatch::Text(), StartsWith("directory/ViewItem.cpp("));
+    EXPECT_THAT(ErrorRecorder::Text(), StartsWith("directory/ViewItem.cpp("));
     EXPECT_EQ(item.UpdateData(m_conn), 0);
     EXPECT_THAT(m_watch.messages, IsEmpty());
     EXPECT_THAT(Rows(kViews), IsEmpty());
@@ -571,7 +571,7 @@ TEST_P(ViewsOnAnEngine, AQuoteIsRefusedByEveryOperationThatSendsIt)
     EXPECT_FALSE(CQVBaseFun::UpdateViewName(m_conn, 1, "o'n"));
     EXPECT_FALSE(CQVBaseFun::UpdateDefaultSysView(m_conn, "o'n"));
     EXPECT_THAT(m_watch.messages, SizeIs(4));
-    EXPECT_THAT(ErrorWatch::Text(), EndsWith("AND Col_OwnerID = 0 AND Col_Name = '_Empty' "));
+    EXPECT_THAT(ErrorRecorder::Text(), EndsWith("AND Col_OwnerID = 0 AND Col_Name = '_Empty' "));
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, GroupsOnAnEngine, testing::ValuesIn(engines::All()), engines::NameOf);

@@ -4,7 +4,7 @@
 #include "dbaccess/CAConnect.h"
 #include "platform/CFile.h"
 #include "testing/ScriptedDriver.h"
-#include "tests/basefun/ErrorWatch.h"
+#include "tests/basefun/ErrorRecorder.h"
 #include "tests/directory/HumanMembers.h"
 
 #include <gmock/gmock.h>
@@ -143,20 +143,20 @@ protected:
 
     void ExpectNoError() const
     {
-        EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+        EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
         EXPECT_THAT(m_watch.messages, IsEmpty());
     }
 
     /// The error of the only statement that was sent, with no message of it.
     void ExpectKeptError(const std::string& statement) const
     {
-        const std::string text = ErrorWatch::Text();
+        const std::string text = ErrorRecorder::Text();
         EXPECT_THAT(text, MatchesRegex("directory/HumanItem\\.cpp\\([0-9]+\\): refused \\[Script 1\\]: .*"));
         EXPECT_TRUE(text.ends_with(" [Script 1]: " + statement)) << text;
         EXPECT_THAT(m_watch.messages, IsEmpty());
     }
 
-    ErrorWatch m_watch;
+    ErrorRecorder m_watch;
     scripted::Database m_database;
     CAConnect m_conn;
     CHumanItem m_item;
@@ -323,7 +323,7 @@ TEST_F(HumanItemOnAScript, LoadingThatBreaksOffKeepsWhatIsReadSoFar)
     m_database.Answer(reply);
     EXPECT_FALSE(m_item.LoadInfoByID(m_conn));
     EXPECT_EQ(Differences(m_item, m_before), (std::set<std::string>{"login", "name"}));
-    EXPECT_THAT(ErrorWatch::Text(),
+    EXPECT_THAT(ErrorRecorder::Text(),
                 testing::HasSubstr("): column 4 is out of range: the result has 3: SELECT Col_ID,"));
     EXPECT_THAT(m_watch.messages, IsEmpty());
 }

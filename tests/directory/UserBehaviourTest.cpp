@@ -3,7 +3,7 @@
 #include "dbaccess/CAConnect.h"
 #include "directory/HumanItem.h"
 #include "testing/ScriptedDriver.h"
-#include "tests/basefun/ErrorWatch.h"
+#include "tests/basefun/ErrorRecorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -411,7 +411,7 @@ protected:
 
     void ExpectNoError() const
     {
-        EXPECT_EQ(ErrorWatch::Text(), ErrorWatch::kOlder);
+        EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
         EXPECT_THAT(m_watch.messages, IsEmpty());
     }
 
@@ -425,7 +425,7 @@ protected:
     /// @return the line that the text names.
     int TakeError(const std::string& messageAndCode)
     {
-        const std::string text = ErrorWatch::Text();
+        const std::string text = ErrorRecorder::Text();
         std::string statement;
         for (const auto* sent : {&m_database->queries, &m_database->executions}) {
             for (const std::string& sql : *sent) {
@@ -437,18 +437,18 @@ protected:
         EXPECT_GT(line, 0);
         EXPECT_EQ(text, file + std::to_string(line) + "): " + messageAndCode + ": " + statement);
         EXPECT_THAT(m_watch.messages, SizeIs(1));
-        for (const ErrorWatch::Message& message : m_watch.messages) {
-            EXPECT_EQ(message.message, ErrorWatch::kMessage);
+        for (const ErrorRecorder::Message& message : m_watch.messages) {
+            EXPECT_EQ(message.message, ErrorRecorder::kMessage);
             EXPECT_EQ(message.wParam, 0U);
             EXPECT_EQ(message.lParam, reinterpret_cast<LPARAM>(&CQVBaseFun::m_strLastError));
             EXPECT_EQ(message.text, text);
         }
         m_watch.messages.clear();
-        CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+        CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
         return line;
     }
 
-    ErrorWatch m_watch;
+    ErrorRecorder m_watch;
     std::optional<scripted::Database> m_database;
     std::optional<CAConnect> m_conn;
 };
@@ -522,7 +522,7 @@ TEST_F(UserBehaviour, WritesOnAClosedConnectionAreReportedAsErrors)
         m_database->GoAway();
         EXPECT_FALSE(write.call(*m_conn)) << write.name;
         ExpectNothingSent();
-        EXPECT_THAT(ErrorWatch::Text(), testing::HasSubstr("the database connection is not open")) << write.name;
+        EXPECT_THAT(ErrorRecorder::Text(), testing::HasSubstr("the database connection is not open")) << write.name;
         EXPECT_THAT(m_watch.messages, SizeIs(1)) << write.name;
         m_watch.messages.clear();
     }
@@ -588,8 +588,8 @@ TEST_F(UserBehaviour, AnErrorsTextIsOneLineThoughTheStatementIsNot)
     Connect();
     m_database->Answer(Raise("refused"));
     EXPECT_FALSE(CQVBaseFun::InsertUser(*m_conn, "a\nb", "c\t\td"));
-    EXPECT_THAT(ErrorWatch::Text(), testing::EndsWith("VALUES ('a b','c d')"));
-    EXPECT_THAT(ErrorWatch::Text(), Not(testing::ContainsRegex("[\n\t]")));
+    EXPECT_THAT(ErrorRecorder::Text(), testing::EndsWith("VALUES ('a b','c d')"));
+    EXPECT_THAT(ErrorRecorder::Text(), Not(testing::ContainsRegex("[\n\t]")));
 }
 
 TEST_F(UserBehaviour, WithoutAWindowTheTextIsKeptAndNoMessageSent)
@@ -598,7 +598,7 @@ TEST_F(UserBehaviour, WithoutAWindowTheTextIsKeptAndNoMessageSent)
     m_conn->m_hNotifyWnd = nullptr;
     m_database->Answer(Raise("refused"));
     EXPECT_FALSE(CQVBaseFun::SetUserLocked(*m_conn, 41, true));
-    EXPECT_THAT(ErrorWatch::Text(), StartsWith("directory/QVBaseFun_Users.cpp("));
+    EXPECT_THAT(ErrorRecorder::Text(), StartsWith("directory/QVBaseFun_Users.cpp("));
     EXPECT_THAT(m_watch.messages, IsEmpty());
 }
 
@@ -607,18 +607,18 @@ TEST_F(UserBehaviour, AnErrorOutlivesLaterSuccessesUntilTheNextError)
     Connect();
     m_database->Answer(Raise("first"));
     EXPECT_FALSE(CQVBaseFun::SetUserLocked(*m_conn, 41, true));
-    const std::string first = ErrorWatch::Text();
+    const std::string first = ErrorRecorder::Text();
     int id = 0;
     EXPECT_TRUE(CQVBaseFun::SetUserLocked(*m_conn, 41, true));
     EXPECT_TRUE(CQVBaseFun::GetHMIDByLoginName(*m_conn, "amy", id));
     m_database->GoAway();
     EXPECT_FALSE(CQVBaseFun::GetHMIDByLoginName(*m_conn, "amy", id));
-    EXPECT_EQ(ErrorWatch::Text(), first);
+    EXPECT_EQ(ErrorRecorder::Text(), first);
 
     Connect();
     m_database->Answer(Raise("second"));
     EXPECT_FALSE(CQVBaseFun::SetUserLocked(*m_conn, 41, true));
-    EXPECT_THAT(ErrorWatch::Text(), testing::HasSubstr("second [Script 1]"));
+    EXPECT_THAT(ErrorRecorder::Text(), testing::HasSubstr("second [Script 1]"));
     EXPECT_THAT(m_watch.messages, SizeIs(2));
 }
 
@@ -726,9 +726,9 @@ TEST_F(UserBehaviour, AColumnThatRecordsNeedAndTheTableLacksFailsAtTheFirstRow)
         m_database->Answer(reply);
         EXPECT_EQ(LoadRecords(*m_conn), R"(false (9 "" "" "" false))") << name;
         EXPECT_THAT(m_watch.messages, SizeIs(1));
-        EXPECT_THAT(ErrorWatch::Text(), testing::ContainsRegex("the result has no column Col_")) << name;
+        EXPECT_THAT(ErrorRecorder::Text(), testing::ContainsRegex("the result has no column Col_")) << name;
         m_watch.messages.clear();
-        CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+        CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
     }
 }
 

@@ -2,7 +2,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "directory/HumanItem.h"
-#include "tests/basefun/ErrorWatch.h"
+#include "tests/basefun/ErrorRecorder.h"
 #include "tests/directory/Engines.h"
 #include "tests/directory/HumanMembers.h"
 
@@ -169,8 +169,8 @@ TEST_P(UsersOnAnEngine, AUserIsAddedWithAPassword)
 TEST_P(UsersOnAnEngine, AQuoteInAQuickInsertIsRefusedAndReported)
 {
     EXPECT_FALSE(CQVBaseFun::InsertUser(m_conn, "o'brien", "O"));
-    EXPECT_THAT(ErrorWatch::Text(), testing::StartsWith("directory/QVBaseFun_Users.cpp("));
-    EXPECT_THAT(ErrorWatch::Text(),
+    EXPECT_THAT(ErrorRecorder::Text(), testing::StartsWith("directory/QVBaseFun_Users.cpp("));
+    EXPECT_THAT(ErrorRecorder::Text(),
                 testing::EndsWith(": INSERT INTO qv_User ( Col_LoginName, Col_Name ) VALUES ('o'brien','O')"));
     EXPECT_THAT(m_watch.messages, testing::SizeIs(1));
     EXPECT_EQ(Count(), 0);
@@ -691,8 +691,8 @@ TEST_P(UsersOnAnEngine, AQuoteInAMobileNumberIsRefusedAndOnlySavingKeepsTheText)
     EXPECT_EQ(item.Update(m_conn), 0);
     ExpectNoError();
     EXPECT_EQ(item.SaveData(m_conn), 0);
-    EXPECT_THAT(ErrorWatch::Text(), testing::StartsWith("directory/HumanItem.cpp("));
-    EXPECT_THAT(ErrorWatch::Text(), HasSubstr(": INSERT INTO qv_User (Col_LoginName,"));
+    EXPECT_THAT(ErrorRecorder::Text(), testing::StartsWith("directory/HumanItem.cpp("));
+    EXPECT_THAT(ErrorRecorder::Text(), HasSubstr(": INSERT INTO qv_User (Col_LoginName,"));
     EXPECT_THAT(m_watch.messages, IsEmpty());
     EXPECT_EQ(Count(), 0);
 }

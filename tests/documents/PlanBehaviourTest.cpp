@@ -266,7 +266,7 @@ TEST_P(PlanOfAGroup, StopsAtTheFirstRefusalAndLeavesWhatIsDone)
         EXPECT_THAT(m_watch.messages, SizeIs(1));
         m_watch.messages.clear();
     }
-    CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+    CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
 }
 
 TEST_P(PlanOfAGroup, FailsOnAClosedConnectionAtItsFirstWrite)
@@ -275,7 +275,7 @@ TEST_P(PlanOfAGroup, FailsOnAClosedConnectionAtItsFirstWrite)
     m_watch.ListenTo(never);
     EXPECT_FALSE(GetParam()(never, 10, 7));
     EXPECT_THAT(m_watch.messages, SizeIs(1));
-    CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+    CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
 }
 
 INSTANTIATE_TEST_SUITE_P(Walks, PlanOfAGroup,

@@ -62,7 +62,7 @@ protected:
             observed.call.run(m_conn, escaped, m_conn.m_nDBType == 0 ? 1 : m_conn.m_nDBType);
             ExpectNoError();
             m_watch.messages.clear();
-            CQVBaseFun::m_strLastError = ErrorWatch::kOlder;
+            CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
             if (adds(observed)) {
                 ++added;
                 const std::set<std::string> stored = StoredTexts();

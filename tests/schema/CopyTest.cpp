@@ -1,6 +1,6 @@
 #include "schema/Copy.h"
 
-#include "AwkwardDirectory.h"
+#include "EdgeCaseDirectory.h"
 #include "tests/dbaccess/SystemCalls.h"
 #include "tests/directory/Engines.h"
 #include "tests/support/Raised.h"

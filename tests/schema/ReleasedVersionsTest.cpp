@@ -1,4 +1,4 @@
-#include "AwkwardDirectory.h"
+#include "EdgeCaseDirectory.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"

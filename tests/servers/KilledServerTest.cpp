@@ -3,7 +3,7 @@
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
-#include "tests/basefun/ErrorWatch.h"
+#include "tests/basefun/ErrorRecorder.h"
 #include "tests/servers/Servers.h"
 #include "tests/support/Raised.h"
 
@@ -95,7 +95,7 @@ protected:
 
     std::string m_folder;
     std::string m_url;
-    ErrorWatch m_watch;
+    ErrorRecorder m_watch;
     CAConnect m_conn;
 };
 
@@ -124,14 +124,14 @@ TEST_P(KilledServer, UnderAWriteTheOperationFailsWithOneMessage)
     Kill();
     EXPECT_FALSE(CQVBaseFun::InsertUser(m_conn, "bob", "Bob"));
     EXPECT_THAT(m_watch.messages, SizeIs(1));
-    EXPECT_NE(ErrorWatch::Text(), ErrorWatch::kOlder);
+    EXPECT_NE(ErrorRecorder::Text(), ErrorRecorder::kOlder);
     EXPECT_FALSE(m_conn.IsOpen());
     // From now on a read finds it closed, and says nothing; a write says so.
     int id = 77;
     EXPECT_FALSE(CQVBaseFun::GetHMIDByLoginName(m_conn, "amy", id));
     EXPECT_THAT(m_watch.messages, SizeIs(1));
     EXPECT_FALSE(CQVBaseFun::InsertUser(m_conn, "bob", "Bob"));
-    EXPECT_THAT(ErrorWatch::Text(), HasSubstr("not open"));
+    EXPECT_THAT(ErrorRecorder::Text(), HasSubstr("not open"));
     ExpectClosedAndNoWayBackIn();
 }
 

@@ -319,11 +319,11 @@ std::int64_t Connection::Execute(std::string_view sql)
         while (rows != nullptr && mysql_fetch_row(rows.get()) != nullptr) {
         }
     }
-    Arrived();
+    OnResultDone();
     return givesRows ? 0 : changed;
 }
 
-Result Connection::Open(std::string_view sql, Arriving& reader)
+Result Connection::Open(std::string_view sql, PendingResult& reader)
 {
     MakeReady();
     if (MayChangeSession(sql)) {
@@ -331,7 +331,7 @@ Result Connection::Open(std::string_view sql, Arriving& reader)
     }
     Send(sql);
     if (mysql_field_count(Get()) == 0) {
-        Arrived();
+        OnResultDone();
         return nullptr;
     }
     Result rows(mysql_use_result(Get()));
@@ -342,7 +342,7 @@ Result Connection::Open(std::string_view sql, Arriving& reader)
     return rows;
 }
 
-void Connection::Arrived()
+void Connection::OnResultDone()
 {
     m_arriving = nullptr;
     if (mysql_errno(Get()) != 0) {
@@ -358,7 +358,7 @@ void Connection::Abandon(MYSQL_RES* rows) noexcept
     while (mysql_fetch_row(rows) != nullptr) {
     }
     try {
-        Arrived();
+        OnResultDone();
     } catch (...) {
         // Nobody asked for these rows, nor for what became of them; whether the connection lives has been noted.
     }

@@ -57,17 +57,17 @@ struct CloseStatement {
 using Statement = std::unique_ptr<MYSQL_STMT, CloseStatement>;
 
 /// A result whose rows are still on their way. The connection can do nothing else until they have been read.
-class Arriving {
+class PendingResult {
 public:
-    Arriving() = default;
-    Arriving(const Arriving&) = delete;
-    Arriving& operator=(const Arriving&) = delete;
+    PendingResult() = default;
+    PendingResult(const PendingResult&) = delete;
+    PendingResult& operator=(const PendingResult&) = delete;
     /// Reads all rows that are left into memory. A failure on the way is the result's own, to be raised when its reader
     /// comes to it.
     virtual void KeepRest() = 0;
 
 protected:
-    ~Arriving() = default;
+    ~PendingResult() = default;
 };
 
 /// A connection, shared by its session and the cursors that read from it. Statements are UTF-8.
@@ -82,11 +82,12 @@ public:
     /// Runs a statement to the end. @return rows that it found to change; 0 for one that gives rows, which are dropped.
     /// @throws CAException, as do the functions below.
     std::int64_t Execute(std::string_view sql);
-    /// Runs a statement. @return its rows, none read yet; null when it gives none. Arrived or Abandon must follow when
+    /// Runs a statement. @return its rows, none read yet; null when it gives none. OnResultDone or Abandon must follow
+    /// when
     ///         there are any; until then the result is held by `reader`.
-    Result Open(std::string_view sql, Arriving& reader);
+    Result Open(std::string_view sql, PendingResult& reader);
     /// To be called when the last row has been fetched, or fetching has failed.
-    void Arrived();
+    void OnResultDone();
     /// Ends a statement whose rows were not all fetched.
     void Abandon(MYSQL_RES* rows) noexcept;
 
@@ -114,7 +115,7 @@ private:
     Statements m_statements; // outlives the handle, so that ending a session does not close them one by one
     Handle m_handle;
     std::string m_identity;
-    Arriving* m_arriving = nullptr;
+    PendingResult* m_arriving = nullptr;
     bool m_alive = true;
     bool m_inTransaction = false;
     bool m_transactionLost = false;

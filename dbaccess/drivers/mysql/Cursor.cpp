@@ -40,7 +40,7 @@ Field IntegerOfBits(const char* bytes, std::size_t length)
 
 } // namespace
 
-void KeptRows::Add(MYSQL_ROW row, const unsigned long* lengths)
+void BufferedRows::Add(MYSQL_ROW row, const unsigned long* lengths)
 {
     for (std::size_t i = 0; i < m_values.size(); ++i) {
         const unsigned long length = row[i] == nullptr ? kNull : lengths[i];
@@ -51,7 +51,7 @@ void KeptRows::Add(MYSQL_ROW row, const unsigned long* lengths)
     }
 }
 
-bool KeptRows::Next()
+bool BufferedRows::Next()
 {
     if (m_next == m_bytes.size()) {
         return false;
@@ -118,7 +118,7 @@ bool Rows::Step()
         return true;
     }
     m_arriving = false;
-    m_connection->Arrived();
+    m_connection->OnResultDone();
     return false;
 }
 
@@ -155,7 +155,7 @@ void Rows::KeepRest()
     }
     m_arriving = false;
     try {
-        m_connection->Arrived();
+        m_connection->OnResultDone();
     } catch (const CAException& e) {
         m_failure = e;
     }

@@ -12,9 +12,9 @@
 namespace dbaccess::mysql {
 
 /// Rows in memory, in the order in which they came.
-class KeptRows {
+class BufferedRows {
 public:
-    explicit KeptRows(std::size_t columns) : m_values(columns), m_lengths(columns) {}
+    explicit BufferedRows(std::size_t columns) : m_values(columns), m_lengths(columns) {}
 
     void Add(MYSQL_ROW row, const unsigned long* lengths);
     /// Goes to the next row. @return false behind the last one.
@@ -32,7 +32,7 @@ private:
 /// The rows of a statement, read from the server as they are stepped to. When another statement is run on the
 /// connection, the rows that are left are read into memory first. The bytes of a text last until then or until the next
 /// step.
-class Rows final : public Cursor, private Arriving {
+class Rows final : public Cursor, private PendingResult {
 public:
     /// @param sql  UTF-8. @throws CAException.
     Rows(std::shared_ptr<Connection> connection, std::string sql);
@@ -60,7 +60,7 @@ private:
     bool m_arriving = false;
     MYSQL_ROW m_row = nullptr;
     const unsigned long* m_lengths = nullptr;
-    std::optional<KeptRows> m_kept;
+    std::optional<BufferedRows> m_kept;
     std::optional<CAException> m_failure; // met while the rest was read into memory
     std::vector<CString> m_names;         // in the ANSI code page, where that is not UTF-8; as m_converted
     std::vector<CString> m_converted;     // the current row's texts

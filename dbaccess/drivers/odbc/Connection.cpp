@@ -171,15 +171,15 @@ std::int64_t Connection::Execute(std::string_view text)
         while (Fetch(statement.get())) {
         }
     }
-    Arrived(statement.get());
+    OnResultDone(statement.get());
     return std::max<std::int64_t>(rows, -1);
 }
 
-Statement Connection::Open(std::string_view text, Arriving& reader)
+Statement Connection::Open(std::string_view text, PendingResult& reader)
 {
     Statement statement = Run(text);
     if (!GivesRows(statement.get())) {
-        Arrived(statement.get());
+        OnResultDone(statement.get());
         return nullptr;
     }
     m_arriving = &reader;
@@ -197,7 +197,7 @@ bool Connection::Fetch(SQLHSTMT statement)
 
 // What fails behind the first result is told when the next ones are asked for; callers see the first. Only where it can
 // be: MariaDB's driver crashes when it is asked behind a statement with semicolons in it, such as CREATE TRIGGER.
-void Connection::Arrived(SQLHSTMT statement)
+void Connection::OnResultDone(SQLHSTMT statement)
 {
     m_arriving = nullptr;
     SQLRETURN more = SQL_NO_DATA;

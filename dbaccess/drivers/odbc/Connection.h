@@ -22,17 +22,17 @@ using Statement = std::unique_ptr<void, FreeHandle<SQL_HANDLE_STMT>>;
 
 /// A result whose rows are still on their way. Many drivers can do nothing else on the connection until they have been
 /// read.
-class Arriving {
+class PendingResult {
 public:
-    Arriving() = default;
-    Arriving(const Arriving&) = delete;
-    Arriving& operator=(const Arriving&) = delete;
+    PendingResult() = default;
+    PendingResult(const PendingResult&) = delete;
+    PendingResult& operator=(const PendingResult&) = delete;
     /// Reads all rows that are left into memory. A failure on the way is the result's own, to be raised when its reader
     /// comes to it.
     virtual void KeepRest() = 0;
 
 protected:
-    ~Arriving() = default;
+    ~PendingResult() = default;
 };
 
 /// A connection, shared by its session and the cursors that read from it. All texts are UTF-8.
@@ -56,13 +56,14 @@ public:
     /// Runs a statement to the end. @return rows that it changed, 0 for one that changes none, -1 when the driver does
     ///         not know.
     std::int64_t Execute(std::string_view text);
-    /// Runs a statement. @return its rows, none read yet; null when it gives none. Until Arrived or Abandon the result
+    /// Runs a statement. @return its rows, none read yet; null when it gives none. Until OnResultDone or Abandon the
+    /// result
     ///         is held by `reader`.
-    Statement Open(std::string_view text, Arriving& reader);
+    Statement Open(std::string_view text, PendingResult& reader);
     /// Goes to a result's next row. @return false behind the last.
     bool Fetch(SQLHSTMT statement);
     /// To be called behind the last row of a result.
-    void Arrived(SQLHSTMT statement);
+    void OnResultDone(SQLHSTMT statement);
     /// Ends a result whose rows were not all fetched, or could not be.
     void Abandon(SQLHSTMT statement) noexcept;
     /// Closes a statement and raises what it failed with.
@@ -86,7 +87,7 @@ private:
     Environment m_environment;
     Handle m_handle;
     Dialect m_dialect = Dialect::other;
-    Arriving* m_arriving = nullptr;
+    PendingResult* m_arriving = nullptr;
     bool m_connected = false;
     bool m_alive = true;
     bool m_inTransaction = false;

@@ -146,7 +146,7 @@ Part Taken(const std::string& bytes, std::size_t& at)
 
 } // namespace
 
-void KeptRows::Add(const std::vector<Value>& row)
+void BufferedRows::Add(const std::vector<Value>& row)
 {
     for (const Value& value : row) {
         Append(m_bytes, value.kind);
@@ -161,7 +161,7 @@ void KeptRows::Add(const std::vector<Value>& row)
     }
 }
 
-bool KeptRows::Next(std::vector<Value>& row)
+bool BufferedRows::Next(std::vector<Value>& row)
 {
     if (m_next == m_bytes.size()) {
         return false;
@@ -276,7 +276,7 @@ bool Rows::Fetch()
 {
     m_arriving = false;
     if (!m_connection->Fetch(m_statement.get())) {
-        m_connection->Arrived(m_statement.get());
+        m_connection->OnResultDone(m_statement.get());
         return false;
     }
     m_arriving = true;

@@ -20,7 +20,7 @@ struct Value {
 };
 
 /// Rows in memory, in the order in which they came.
-class KeptRows {
+class BufferedRows {
 public:
     void Add(const std::vector<Value>& row);
     /// Goes to the next row. @return false behind the last one.
@@ -37,7 +37,7 @@ enum class Shape : std::uint8_t { text, number, bit, bits, real, day, moment, by
 /// The rows of a statement, read as they are stepped to, and the columns of a row as they are asked for: each once, and
 /// from the left, which is all that every ODBC driver can. When another statement is run on the connection, the rows
 /// that are left are read into memory first.
-class Rows final : public Cursor, private Arriving {
+class Rows final : public Cursor, private PendingResult {
 public:
     /// @param sql  UTF-8. @throws CAException.
     Rows(std::shared_ptr<Connection> connection, std::string sql);
@@ -81,7 +81,7 @@ private:
     bool m_hasRow = false;
     std::string m_pieces;       // of the value that is being read
     std::vector<char> m_buffer; // for one piece
-    std::optional<KeptRows> m_kept;
+    std::optional<BufferedRows> m_kept;
     std::optional<CAException> m_failure; // met at m_fetched of the current row, or behind the last of the kept ones
 };
 

@@ -105,9 +105,9 @@ std::string UriOf(std::string_view location, const Location& parsed)
 }
 
 /// The names and values that a connection is asked for with.
-class Wishes {
+class ConnectParams {
 public:
-    explicit Wishes(const PQconninfoOption* option)
+    explicit ConnectParams(const PQconninfoOption* option)
     {
         for (; option->keyword != nullptr; ++option) {
             if (option->val != nullptr) {
@@ -175,7 +175,7 @@ bool IsHere(const std::string& host)
 }
 
 // Whether no host of the list can be anywhere else. An address goes before the host of the same place.
-bool IsAllHere(const Wishes& wishes)
+bool IsAllHere(const ConnectParams& wishes)
 {
     std::vector<std::string> hosts = Entries(wishes.Get("host", "PGHOST", ""));
     const std::vector<std::string> addresses = Entries(wishes.Get("hostaddr", "PGHOSTADDR", ""));
@@ -199,7 +199,7 @@ bool MayPasswordBeCleartext(const Location& parsed)
 // password itself. So it gets none for a server elsewhere that it may be connected to without encryption, and one on
 // this machine, where a program of another user may listen in the server's place, is looked at while it is connected
 // to.
-void SetTls(Wishes& wishes, bool namesService, bool mayPasswordBeCleartext)
+void SetTls(ConnectParams& wishes, bool namesService, bool mayPasswordBeCleartext)
 {
     if (namesService && !wishes.Has("sslmode")) {
         throw CAException("postgresql: the server of a service may be on another machine; add sslmode=require, or "
@@ -223,7 +223,7 @@ void SetTls(Wishes& wishes, bool namesService, bool mayPasswordBeCleartext)
 }
 
 // A machine that is gone is noticed after two minutes, however long a statement may take.
-void SetKeepalives(Wishes& wishes)
+void SetKeepalives(ConnectParams& wishes)
 {
     constexpr std::array<std::pair<const char*, const char*>, 4> kLimits = {{{"keepalives_idle", "60"},
                                                                              {"keepalives_interval", "10"},
@@ -236,13 +236,13 @@ void SetKeepalives(Wishes& wishes)
     }
 }
 
-Wishes ReadWishes(std::string_view location, const Location& parsed)
+ConnectParams ReadConnectParams(std::string_view location, const Location& parsed)
 {
     const ConnectOptions options = ParsedUri(UriOf(location, parsed));
     if (options == nullptr) {
         RefuseUrl();
     }
-    Wishes wishes(options.get());
+    ConnectParams wishes(options.get());
     if (wishes.Get("port", "", "").find_first_not_of("0123456789,") != std::string::npos) {
         RefuseUrl();
     }
@@ -266,7 +266,7 @@ void DropNotice(void* /*context*/, const PGresult* /*notice*/) {}
 
 /// One connection to ask for where there are several hosts: the guard, unlike the client library, knows one at a time.
 /// A list whose servers are to have certain properties stays what it is.
-std::vector<Wishes> ByHost(const Wishes& wishes)
+std::vector<ConnectParams> ByHost(const ConnectParams& wishes)
 {
     const std::vector<std::string> hosts = Entries(wishes.Get("host", "PGHOST", ""));
     const std::vector<std::string> addresses = Entries(wishes.Get("hostaddr", "PGHOSTADDR", ""));
@@ -275,7 +275,7 @@ std::vector<Wishes> ByHost(const Wishes& wishes)
     if (count < 2 || wishes.Get("target_session_attrs", "PGTARGETSESSIONATTRS", "any") != "any") {
         return {wishes};
     }
-    std::vector<Wishes> each(count, wishes);
+    std::vector<ConnectParams> each(count, wishes);
     for (std::size_t i = 0; i < count; ++i) {
         for (const auto& [name, list] : {std::pair{"host", &hosts}, {"hostaddr", &addresses}, {"port", &ports}}) {
             if (list->size() > 1 && i < list->size()) {
@@ -287,7 +287,7 @@ std::vector<Wishes> ByHost(const Wishes& wishes)
 }
 
 /// The first of several hosts that can be connected to, else what the last one's failure was.
-Handle ConnectToAny(const std::vector<Wishes>& each)
+Handle ConnectToAny(const std::vector<ConnectParams>& each)
 {
     for (std::size_t i = 0; i + 1 < each.size(); ++i) {
         try {
@@ -302,7 +302,7 @@ Handle ConnectToAny(const std::vector<Wishes>& each)
     return each.back().Connect();
 }
 
-std::shared_ptr<Connection> Connect(const Wishes& wishes, std::size_t keptStatements)
+std::shared_ptr<Connection> Connect(const ConnectParams& wishes, std::size_t keptStatements)
 {
     Handle db = wishes.IsGuarded() ? ConnectToAny(ByHost(wishes)) : wishes.Connect();
     if (db == nullptr) {
@@ -444,7 +444,7 @@ std::unique_ptr<Session> OpenSession(std::string_view location)
     RefuseCutPassword(location);
     const Location parsed = ParseLocation(location);
     const int dbType = DbTypeOption(parsed, 3);
-    std::shared_ptr<Connection> connection = Connect(ReadWishes(location, parsed), StatementCacheOption(parsed));
+    std::shared_ptr<Connection> connection = Connect(ReadConnectParams(location, parsed), StatementCacheOption(parsed));
     SetDateStyle(*connection);
     return std::make_unique<PostgresqlSession>(std::move(connection), dbType);
 }

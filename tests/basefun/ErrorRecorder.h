@@ -8,7 +8,7 @@
 #include <vector>
 
 /// Puts an older error into m_strLastError, so that any change of it shows, and listens as a connection's window.
-class ErrorWatch {
+class ErrorRecorder {
 public:
     static constexpr const char* kOlder = "an older error";
     static constexpr UINT kMessage = 1234;
@@ -20,7 +20,7 @@ public:
         std::string text; // m_strLastError during the call
     };
 
-    ErrorWatch()
+    ErrorRecorder()
         : m_window(CreateMessageWindow([this](UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
               messages.push_back({message, wParam, lParam, Text()});
               return 0;
@@ -28,9 +28,9 @@ public:
     {
         CQVBaseFun::m_strLastError = kOlder;
     }
-    ErrorWatch(const ErrorWatch&) = delete;
-    ErrorWatch& operator=(const ErrorWatch&) = delete;
-    ~ErrorWatch() { DestroyMessageWindow(m_window); }
+    ErrorRecorder(const ErrorRecorder&) = delete;
+    ErrorRecorder& operator=(const ErrorRecorder&) = delete;
+    ~ErrorRecorder() { DestroyMessageWindow(m_window); }
 
     void ListenTo(CAConnect& conn) const
     {

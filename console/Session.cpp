@@ -1,4 +1,4 @@
-#include "console/Opened.h"
+#include "console/Session.h"
 
 #include "console/ExitCode.h"
 #include "console/Url.h"
@@ -47,7 +47,7 @@ void RequireCurrent(CAConnect& conn, const Arguments& arguments)
 
 } // namespace
 
-Opened::Opened(const Arguments& arguments, Indexes indexes) : m_directory(m_conn)
+Session::Session(const Arguments& arguments, Indexes indexes) : m_directory(m_conn)
 {
     Connect(m_conn, WithoutCreating(ChooseUrl(arguments.db)), arguments);
     RequireCurrent(m_conn, arguments);

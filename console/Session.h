@@ -10,13 +10,13 @@
 namespace console {
 
 /// The directory that a command works on: found, open, and of this program's version.
-class Opened {
+class Session {
 public:
     /// What becomes of indexes whose order is that of earlier rules.
     enum class Indexes : std::uint8_t { refreshed, leftAlone };
 
     /// Never makes a file. @throws Error (database) that says what to do about it.
-    explicit Opened(const Arguments& arguments, Indexes indexes = Indexes::refreshed);
+    explicit Session(const Arguments& arguments, Indexes indexes = Indexes::refreshed);
 
     [[nodiscard]] management::Directory& Directory() { return m_directory; }
 
