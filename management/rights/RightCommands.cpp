@@ -359,7 +359,7 @@ Result Set(Call& call, const RightToSet& in)
 
 /// Nothing is asked, and nothing is in it, where one right is to be revoked.
 struct Revocation : Plan {
-    Item item;
+    Item item{};
     std::vector<ItemRight> rows;
 
     bool operator==(const Revocation& other) const
