@@ -22,7 +22,7 @@ struct OneHolder {
     std::string holder;
 };
 
-constexpr Param<OneHolder> kListParams[] = {{"GROUP", &OneHolder::holder, Kind::holder, kHolderHelp}};
+constexpr Param<OneHolder> kListParams[] = {{"GROUP", &OneHolder::holder, Kind::group, kHolderHelp}};
 
 struct HolderAndUsers {
     std::string holder;
@@ -30,7 +30,7 @@ struct HolderAndUsers {
 };
 
 constexpr Param<HolderAndUsers> kUsersParams[] = {
-    {"GROUP", &HolderAndUsers::holder, Kind::holder, kHolderHelp},
+    {"GROUP", &HolderAndUsers::holder, Kind::group, kHolderHelp},
     {"USER", &HolderAndUsers::users, Kind::user, kUserHelp},
 };
 
