@@ -32,7 +32,7 @@ struct TreeToDraw {
 };
 
 constexpr Param<TreeToDraw> kTreeParams[] = {
-    {"PATH", &TreeToDraw::top, Kind::holder, kHolderHelp},
+    {"PATH", &TreeToDraw::top, Kind::group, kHolderHelp},
     {"depth", &TreeToDraw::depth, Kind::number, "so many levels and no more",
      Range{0, std::numeric_limits<int>::max()}},
     {"users", &TreeToDraw::users, Kind::flag, "show the users too"},
@@ -42,7 +42,7 @@ struct GroupFilter {
     std::optional<std::string> parent;
 };
 
-constexpr Param<GroupFilter> kListParams[] = {{"PATH", &GroupFilter::parent, Kind::holder, kHolderHelp}};
+constexpr Param<GroupFilter> kListParams[] = {{"PATH", &GroupFilter::parent, Kind::group, kHolderHelp}};
 
 struct OneGroup {
     std::string group;
@@ -100,8 +100,8 @@ struct GroupToMove {
 
 constexpr Param<GroupToMove> kMoveParams[] = {
     {"GROUP", &GroupToMove::group, Kind::group, kGroupHelp},
-    {"PARENT", &GroupToMove::parent, Kind::holder, kHolderHelp},
-    {"from", &GroupToMove::from, Kind::holder, "the parent to leave, when the group has several"},
+    {"PARENT", &GroupToMove::parent, Kind::group, kHolderHelp},
+    {"from", &GroupToMove::from, Kind::group, "the parent to leave, when the group has several"},
 };
 
 struct GroupToStyle {
