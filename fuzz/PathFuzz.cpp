@@ -1,8 +1,8 @@
 // A path that is read, and written again from its names, is the same text; and any name can be written in a path.
 
 #include "console/ExitCode.h"
-#include "management/organisation/Organisation.h"
 #include "fuzz/Fuzz.h"
+#include "management/organisation/Organisation.h"
 
 #include <string>
 

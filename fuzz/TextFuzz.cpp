@@ -1,11 +1,11 @@
 // Whatever text an administrator gives comes back byte for byte, in one row, and no other row has changed.
 
-#include "management/users/Directory.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "directory/HumanItem.h"
 #include "fuzz/Fuzz.h"
+#include "management/users/Directory.h"
 #include "schema/Schema.h"
 
 #include <string>
