@@ -43,7 +43,7 @@ private:
 void AddColumn(CAConnect& conn, const char* sql, Collector& names)
 {
     EachRow(conn, sql, [&names](CARecordset& row) {
-        names.Add(TextIn(row, 0));
+        names.Add(TextIn(row, 1));
         return !names.IsFull();
     });
 }

@@ -1,8 +1,8 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "tests/dbaccess/PreparedStatements.h"
 #include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/Servers.h"
-#include "tests/support/PreparedStatements.h"
 #include "tests/support/Raised.h"
 
 #include <gmock/gmock.h>

@@ -5,7 +5,7 @@
 #include "directory/HumanItem.h"
 #include "platform/CObList.h"
 #include "schema/Schema.h"
-#include "tests/support/PreparedStatements.h"
+#include "tests/dbaccess/PreparedStatements.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "tests/support/PreparedStatements.h"
+#include "tests/dbaccess/PreparedStatements.h"
 
 #include "platform/Api.h"
 
