@@ -1,5 +1,5 @@
 #include "Sandbox.h"
-#include "console/Commands.h"
+#include "console/LocalCommand.h"
 #include "dbaccess/CAException.h"
 
 #include <fmt/format.h>
@@ -93,8 +93,11 @@ public:
 private:
     void RequireEveryCommand()
     {
-        for (const console::Command& command : console::Commands()) {
-            const std::string begin = fmt::format("{} {}", command.noun, command.verb);
+        for (const management::Command* command : console::AllCommands()) {
+            if (console::IsHead(*command)) {
+                continue;
+            }
+            const std::string begin = fmt::format("{}", fmt::join(console::PathOf(*command), " "));
             const auto runs = [&begin](const Scenario& scenario) {
                 return scenario.line == begin || scenario.line.starts_with(begin + " ");
             };
