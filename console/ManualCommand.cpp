@@ -280,8 +280,8 @@ std::string_view NameOf(Effect effect)
 
 std::string_view NameOf(Kind kind)
 {
-    static constexpr std::string_view kNames[] = {"text",  "number", "flag",    "date",   "choice", "power",  "secret",
-                                                  "file",  "user",   "group",   "view",   "holder", "item",   "role",
+    static constexpr std::string_view kNames[] = {"text",  "number", "flag",    "date",   "choice", "power",   "secret",
+                                                  "file",  "user",   "group",   "view",   "holder", "item",    "role",
                                                   "title", "plan",   "docroot", "folder", "addin",  "package", "rows"};
     return kNames[static_cast<std::size_t>(kind)];
 }

@@ -383,7 +383,8 @@ AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> 
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
         for (const AddIn& addIn : found) {
-            candidates.push_back({Named(addIn), fmt::format("{}{}", kIdPrefix, addIn.id)});
+            candidates.push_back(
+                {fmt::format("{} of type {}", Named(addIn), addIn.type), fmt::format("{}{}", kIdPrefix, addIn.id)});
         }
         ThrowAmbiguous(argument, candidates, "add --type, or ");
     }

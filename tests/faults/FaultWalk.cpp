@@ -266,7 +266,8 @@ private:
         const bool isOne = (begin > 0 || err.starts_with("qvadmin: ")) &&
                            err.find("\nqvadmin: ", begin) == std::string::npos &&
                            err.find('\n', begin) + 1 == err.size();
-        if (!isOne || err.find("should not happen") != std::string::npos ||
+        const bool isObject = err.starts_with(R"({"v":1,"code":)") && err.find('\n') + 1 == err.size();
+        if (!(isOne || isObject) || err.find("internal error") != std::string::npos ||
             err.find("terminate") != std::string::npos) {
             return fmt::format("ends with {} and not with one sentence: {}", outcome.exit, err);
         }

@@ -148,6 +148,7 @@ inline constexpr Scenario kScenarios[] = {
     {"right set 'role:Editors of the pages' 'mail of everybody' 'send to everybody' 2"},
     {"right revoke 'role:Editors of the pages' --all --yes"},
     {"right on list 'view:Company of many people'"},
+    {"right on grant 'role:Authors of the pages' 'view:Company of many people' pages see"},
     {"right on show 'role:Editors of the pages' 'view:Company of many people' pages see"},
     {"right on revoke 'role:Editors of the pages' 'view:Company of many people' pages see"},
     {"setting encryption-key show"},
