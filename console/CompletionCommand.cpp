@@ -254,8 +254,7 @@ std::vector<std::string> CandidatesFor(const Written& written, const std::string
     }
     std::erase_if(candidates, [&](const std::string& candidate) { return !candidate.starts_with(beginning); });
     std::ranges::sort(candidates);
-    const auto doubles = std::ranges::unique(candidates);
-    candidates.erase(doubles.begin(), doubles.end());
+    candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
     return candidates;
 }
 

@@ -29,8 +29,7 @@ public:
     std::vector<std::string> Names()
     {
         std::ranges::sort(m_names);
-        const auto doubles = std::ranges::unique(m_names);
-        m_names.erase(doubles.begin(), doubles.end());
+        m_names.erase(std::unique(m_names.begin(), m_names.end()), m_names.end());
         return std::move(m_names);
     }
 
