@@ -286,7 +286,7 @@ std::string_view NameOf(Kind kind)
     return kNames[static_cast<std::size_t>(kind)];
 }
 
-TextValue AsText(std::string_view text) { return TextValue(std::string(text)); }
+TextValue AsText(std::string_view text) { return std::string(text); }
 
 void WriteParamAsData(const ParamInfo& param, JsonWriter& json)
 {

@@ -11,6 +11,7 @@ void ThrowAmbiguous(std::string_view name, const std::vector<Candidate>& candida
 {
     std::string list;
     std::vector<std::string> arguments;
+    arguments.reserve(candidates.size());
     for (const Candidate& candidate : candidates) {
         list += (list.empty() ? "" : ", ") + candidate.shown;
         arguments.push_back(candidate.argument);

@@ -382,6 +382,7 @@ AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> 
     }
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
+        candidates.reserve(found.size());
         for (const AddIn& addIn : found) {
             candidates.push_back(
                 {fmt::format("{} of type {}", Named(addIn), addIn.type), fmt::format("{}{}", kIdPrefix, addIn.id)});

@@ -170,6 +170,7 @@ RootData FindRoot(Documents& documents, const OneRoot& in)
     }
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
+        candidates.reserve(found.size());
         for (const RootData& root : found) {
             candidates.push_back({NamedWithType(root), fmt::format("{}{}", kIdPrefix, root.id)});
         }

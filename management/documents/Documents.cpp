@@ -357,6 +357,7 @@ DocKey FolderTree::OnlyOne(const std::string& argument, const std::vector<DocKey
     }
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
+        candidates.reserve(found.size());
         for (const DocKey key : found) {
             candidates.push_back({Named(key), KeyText(key)});
         }

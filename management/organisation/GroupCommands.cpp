@@ -256,7 +256,7 @@ public:
                 [this](std::size_t node) { return MembersOf(node).size(); }};
     }
 
-    bool Give(const TreeLine& line) const
+    [[nodiscard]] bool Give(const TreeLine& line) const
     {
         const auto depth = static_cast<std::int64_t>(line.depth);
         if (!line.node) {

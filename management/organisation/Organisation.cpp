@@ -433,6 +433,7 @@ ItemKey Organisation::OnlyOne(const std::string& argument, const std::vector<Ite
     }
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
+        candidates.reserve(found.size());
         for (const ItemKey key : found) {
             candidates.push_back({Named(key), KeyText(key)});
         }

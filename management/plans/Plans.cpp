@@ -172,6 +172,7 @@ PlanKey FindPlan(Plans& plans, const std::string& argument)
     }
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
+        candidates.reserve(found.size());
         for (const PlanKey& plan : found) {
             candidates.push_back({Named(plan), fmt::format("{}{}", kIdPrefix, plan.id)});
         }

@@ -547,6 +547,7 @@ RoleKey FindRole(Roles& roles, const std::string& argument, const RoleScope& sco
     }
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
+        candidates.reserve(found.size());
         for (const RoleKey& role : found) {
             candidates.push_back({Named(role), fmt::format("id:{}", role.id)});
         }

@@ -48,6 +48,7 @@ UserKey FindByLogin(Directory& directory, const std::string& login)
     const auto isExact = [&login](const UserKey& user) { return user.login == login; };
     if (users.size() > 1 && std::ranges::count_if(users, isExact) != 1) {
         std::vector<Candidate> candidates;
+        candidates.reserve(users.size());
         for (const UserKey& user : users) {
             candidates.push_back({Named(user), fmt::format("id:{}", user.id)});
         }

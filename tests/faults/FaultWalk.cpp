@@ -94,7 +94,8 @@ private:
     void RequireEveryCommand()
     {
         for (const management::Command* command : console::AllCommands()) {
-            if (console::IsHead(*command)) {
+            // One that help does not show says nothing where it fails, since it writes into somebody's command line.
+            if (console::IsHead(*command) || command->summary.empty()) {
                 continue;
             }
             const std::string begin = fmt::format("{}", fmt::join(console::PathOf(*command), " "));

@@ -153,7 +153,6 @@ inline constexpr Scenario kScenarios[] = {
     {"right on revoke 'role:Editors of the pages' 'view:Company of many people' pages see"},
     {"setting encryption-key show"},
     {"completion bash"},
-    {"complete -- user show am"},
     {"manual user"},
     {"commands -o json"},
     {"right on set 'role:Editors of the pages' 'view:Company of many people' pages see 3"},

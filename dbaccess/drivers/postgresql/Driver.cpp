@@ -150,8 +150,9 @@ private:
     /// As the client library reads it: 1 means 2, what is no number means no limit.
     [[nodiscard]] std::chrono::seconds Limit() const
     {
-        const int limit = std::atoi(Get("connect_timeout", "PGCONNECT_TIMEOUT", kConnectTimeout).c_str());
-        return std::chrono::seconds(limit == 1 ? 2 : std::max(limit, 0));
+        const long limit =
+            std::strtol(Get("connect_timeout", "PGCONNECT_TIMEOUT", kConnectTimeout).c_str(), nullptr, 10);
+        return std::chrono::seconds(limit == 1 ? 2 : std::max(limit, 0L));
     }
 
     std::map<std::string, std::string> m_values;
