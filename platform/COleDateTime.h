@@ -41,7 +41,8 @@ public:
     /// The date as text, by strftime's rules. The empty text when the status is null, "Invalid DateTime" when invalid.
     [[nodiscard]] CString Format(const char* format) const;
 
-    /// Equal when status and time are. One by one, here and below, for callers that are compiled as C++17.
+    // One operator each, for callers that are compiled as C++17.
+    /// Equal when status and time are.
     friend QV_API bool operator==(const COleDateTime& a, const COleDateTime& b) noexcept;
     /// Whether the time is earlier, whatever the status.
     friend QV_API bool operator<(const COleDateTime& a, const COleDateTime& b) noexcept;
