@@ -19,7 +19,7 @@ class Collector {
 public:
     Collector(std::string_view beginning, std::size_t most) : m_key(NameKey(beginning)), m_most(most) {}
 
-    bool IsFull() const { return m_names.size() >= m_most; }
+    [[nodiscard]] bool IsFull() const { return m_names.size() >= m_most; }
     void Add(std::string name)
     {
         if (!IsFull() && NameKey(name).starts_with(m_key)) {
