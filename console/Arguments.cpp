@@ -271,7 +271,7 @@ void Select(const CLI::App& app, Request& request)
     for (const CLI::App* named = noun; named != nullptr; named = NamedIn(*named)) {
         path.push_back(named->get_name());
     }
-    const std::vector<const Command*> rows = AllCommands();
+    const std::vector<const Command*>& rows = AllCommands();
     const auto row = std::ranges::find(rows, path, [](const Command* command) { return PathOf(*command); });
     if (row != rows.end() && !IsHead(**row)) {
         request.command = *row;

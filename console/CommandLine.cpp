@@ -1,5 +1,7 @@
 #include "console/CommandLine.h"
 
+#include "console/CommandOption.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -8,24 +10,11 @@ namespace console {
 
 namespace {
 
-/// The option of a parameter, such as --sort-index.
-std::string OptionName(std::string_view name)
-{
-    std::string option = "--" + std::string(name);
-    std::ranges::replace(option, '_', '-');
-    return option;
-}
-
-std::string_view Placeholder(Kind kind)
-{
-    return kind == Kind::number ? "N" : kind == Kind::file ? "FILE" : kind == Kind::date ? "DATE" : "TEXT";
-}
-
 void DeclareFlag(CLI::App& app, const std::string& name, std::string_view help, bool isNegatable, CommandLine& given)
 {
     const std::string option = OptionName(name);
     const auto take = [&given, name](std::int64_t count) { given.values[name] = {count > 0 ? "1" : "0"}; };
-    app.add_flag_function(isNegatable ? option + ",!--no-" + option.substr(2) : option, take, std::string(help));
+    app.add_flag_function(isNegatable ? option + ",!" + NegativeOf(option) : option, take, std::string(help));
 }
 
 CLI::Option* DeclareText(CLI::App& app, const std::string& name, const std::string& option, std::string_view help,
@@ -43,11 +32,14 @@ void DeclareList(CLI::App& app, const ParamInfo& param, CommandLine& given)
     const auto take = [&given, name](const std::vector<std::string>& texts) { given.values[name] = texts; };
     app.add_option_function<std::vector<std::string>>(param.isPositional ? name : OptionName(name), take,
                                                       std::string(param.help))
-        ->required(param.isRequired)
         ->type_name(param.isPositional ? "" : "TEXT")
         ->expected(kMost)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    if (param.isPositional) {
+        app.add_option("--file", given.names.file, kFileHelp)->type_name("FILE");
+        app.add_flag("-0,--null", given.names.endWithNul, kNullHelp);
+    }
 }
 
 void DeclareParam(CLI::App& app, const ParamInfo& param, CommandLine& given)
@@ -70,7 +62,7 @@ void DeclareParam(CLI::App& app, const ParamInfo& param, CommandLine& given)
     } else {
         DeclareText(app, name, param.isPositional ? name : OptionName(name), param.help, given)
             ->required(param.isRequired)
-            ->type_name(param.isPositional ? "" : std::string(Placeholder(param.kind)));
+            ->type_name(param.isPositional ? "" : std::string(PlaceholderOf(param.kind)));
     }
 }
 
@@ -110,14 +102,14 @@ void DeclareParams(CLI::App& app, const Command& command, CommandLine& given)
             }
         }
     }
-    if (command.effect == Effect::read || command.run == nullptr) {
+    if (!TakesWritingOptions(command)) {
         return;
     }
     if (command.asks) {
-        app.add_flag("--yes", given.options.yes, "do not ask");
+        app.add_flag("--yes", given.options.yes, kYesHelp);
     }
-    app.add_flag("--dry-run", given.options.dryRun, "try everything and change nothing; ends with 8 for a change");
-    app.add_option("--reason", given.options.reason, "why, for the record")->type_name("TEXT");
+    app.add_flag("--dry-run", given.options.dryRun, kDryRunHelp);
+    app.add_option("--reason", given.options.reason, kReasonHelp)->type_name("TEXT");
 }
 
 } // namespace console

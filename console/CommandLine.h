@@ -14,6 +14,12 @@ class App;
 
 namespace console {
 
+/// Where the names of a command that takes several come from, beside its arguments.
+struct NameSource {
+    std::string file;        ///< empty: none; - for standard input
+    bool endWithNul = false; ///< each name, in place of a line's end
+};
+
 /// What a command line gives a command of the table.
 class CommandLine final : public ArgumentSource {
 public:
@@ -21,6 +27,7 @@ public:
 
     std::map<std::string, std::vector<std::string>, std::less<>> values; ///< by the parameter's name
     std::map<std::string, SecretSource, std::less<>> secrets;            ///< likewise
+    NameSource names;                                                    ///< of a command that takes several
     CallOptions options;
 };
 

@@ -1,7 +1,9 @@
 #include "console/Commands.h"
 
+#include "console/Actor.h"
 #include "console/JsonWriter.h"
 #include "console/LocalCommand.h"
+#include "console/NameList.h"
 #include "console/Session.h"
 #include "console/TerminalFrontEnd.h"
 #include "management/Changes.h"
@@ -80,31 +82,67 @@ constexpr Noun kNouns[] = {
     {"board", "notices of the bulletin board",
      "  qvadmin board list\n"
      "  qvadmin board show 17"},
+    {"audit", "the record of changes: list, show, undo, verify, prune",
+     "  qvadmin audit list --limit 20\n"
+     "  qvadmin audit undo 17"},
 };
 
-Exit RunCommand(const Request& request, Terminal& terminal)
+/// A line of several works where they all do, unless it says otherwise.
+void TakeOver(Request& request, const SharedSession& shared)
+{
+    CallOptions& options = request.given.options;
+    request.arguments.db = request.arguments.db ? request.arguments.db : shared.arguments.db;
+    options.dryRun = options.dryRun || shared.options.dryRun;
+    options.reason = options.reason.empty() ? shared.options.reason : options.reason;
+    options.joinsTransaction = shared.joinsTransaction;
+}
+
+void RequireJoinable(const Request& request, const SharedSession& shared, bool isLocal)
+{
+    if (request.command->path[0] == "batch") {
+        throw Error(ErrorCode::invalid, "a batch cannot be run from within a batch");
+    }
+    const bool writes = request.command->effect != Effect::read;
+    if (shared.joinsTransaction && writes && (isLocal || request.arguments.db != shared.arguments.db)) {
+        throw Error(ErrorCode::invalid, "this command cannot be a part of one transaction; run it by itself");
+    }
+}
+
+Exit RunCommand(Request request, const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared)
 {
     const auto own =
         std::ranges::find(LocalCommands(), request.command, [](const LocalCommand& command) { return &command.row; });
-    if (own != LocalCommands().end()) {
+    const bool isLocal = own != LocalCommands().end();
+    if (shared != nullptr) {
+        TakeOver(request, *shared);
+        RequireJoinable(request, *shared, isLocal);
+    }
+    if (isLocal) {
         return own->run({request.given, request.arguments, terminal});
     }
+    ReadNames(*request.command, request.given, terminal);
+    request.given.options.who = ActorName();
+    request.given.options.frontEnd = "qvadmin";
+    request.given.options.command = CommandText(words);
     std::optional<Session> session;
-    const auto open = [&]() -> CAConnect& { return session.emplace(request.arguments).Directory().Connection(); };
+    const auto open = [&]() -> CAConnect& {
+        const bool isShared = shared != nullptr && request.arguments.db == shared->arguments.db;
+        return isShared ? shared->Open() : session.emplace(request.arguments).Directory().Connection();
+    };
     TerminalFrontEnd frontEnd(*request.command, request.given, request.arguments.format, terminal);
     Call call(open, frontEnd, request.given.options);
     return frontEnd.Finish(request.command->run(call, request.given));
 }
 
-Exit RunWords(const std::vector<std::string>& words, Terminal& terminal)
+Exit RunWords(const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared)
 {
     if (words.empty()) {
         terminal.err << ProgramHelp();
         throw Error(ErrorCode::invalid, "name a noun and a verb, such as `qvadmin user list`");
     }
-    const Request request = ParseCommandLine(words);
+    Request request = ParseCommandLine(words);
     if (request.command != nullptr) {
-        return RunCommand(request, terminal);
+        return RunCommand(std::move(request), words, terminal, shared);
     }
     terminal.out << request.text;
     return Exit::done;
@@ -172,11 +210,11 @@ Exit Reported(const Exit code, std::string_view sentence, Terminal& terminal)
     return code;
 }
 
-Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal)
+Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared)
 {
     try {
         try {
-            return RunWords(words, terminal);
+            return RunWords(words, terminal, shared);
         } catch (const Error& e) {
             if (!AskForJson(words)) {
                 return Reported(ExitFor(e.Code()), e.what(), terminal);
@@ -202,10 +240,20 @@ std::string_view OutOfMemorySentence() noexcept
                                 : "out of memory; nothing was changed";
 }
 
+CAConnect& SharedSession::Open()
+{
+    return session ? session->Directory().Connection() : session.emplace(arguments).Directory().Connection();
+}
+
+Exit RunLine(const std::vector<std::string>& words, Terminal& terminal, SharedSession& shared)
+{
+    return RunReporting(words, terminal, &shared);
+}
+
 int RunProgram(int count, const char* const* words, Terminal& terminal)
 {
     Changes::Reset();
-    Exit code = RunReporting({words + 1, words + count}, terminal);
+    Exit code = RunReporting({words + 1, words + count}, terminal, nullptr);
     terminal.out.flush();
     // Who closed it has read enough, which is no failure.
     if (!terminal.out && !terminal.outIsClosed()) {

@@ -2,10 +2,14 @@
 
 #include "console/Arguments.h"
 #include "console/ExitCode.h"
+#include "console/Session.h"
 #include "console/Terminal.h"
 
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace console {
 
@@ -19,6 +23,20 @@ std::span<const Noun> Nouns();
 
 /// What is to be said when memory runs out. Allocates nothing.
 std::string_view OutOfMemorySentence() noexcept;
+
+/// What command lines that run one after the other share.
+struct SharedSession {
+    Arguments arguments = {}; ///< that hold for a line which says nothing else
+    CallOptions options = {}; ///< likewise
+    bool joinsTransaction = false;
+    std::optional<Session> session = {}; ///< once a line has needed it
+
+    /// The directory of `arguments`. @throws Error.
+    CAConnect& Open();
+};
+
+/// Runs a command line and says what goes wrong with it. @return what it ends with.
+Exit RunLine(const std::vector<std::string>& words, Terminal& terminal, SharedSession& shared);
 
 /// Runs the program. @return what it is to end with. @throws std::bad_alloc when there is no memory to run anything.
 int RunProgram(int count, const char* const* words, Terminal& terminal);

@@ -1,3 +1,4 @@
+#include "console/CommandOption.h"
 #include "console/LocalCommand.h"
 #include "console/Session.h"
 #include "management/Candidates.h"
@@ -78,41 +79,26 @@ struct Written {
     bool optionsOver = false;
 };
 
-std::string OptionOf(std::string_view name)
-{
-    std::string option = "--" + std::string(name);
-    std::ranges::replace(option, '_', '-');
-    return option;
-}
-
 const ParamInfo* FindOption(const Written& written, std::string_view option)
 {
     const auto found = std::ranges::find_if(written.params, [option](const ParamInfo& param) {
-        return !param.isPositional && OptionOf(param.name) == option;
+        return !param.isPositional && OptionName(param.name) == option;
     });
     return found == written.params.end() ? nullptr : &*found;
 }
 
 bool TakesValue(const Written& written, const std::string& option)
 {
-    static constexpr std::array<std::string_view, 4> kCommon = {"--db", "-o", "--output", "--reason"};
+    static constexpr std::array<std::string_view, 3> kCommon = {"--db", "-o", "--output"};
     if (std::ranges::find(kCommon, option) != kCommon.end()) {
         return true;
     }
-    for (const ParamInfo& param : written.params) {
-        if (param.isSet) {
-            for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
-                if (OptionOf(text.name) == option) {
-                    return !text.isFlag;
-                }
-            }
-        }
-        if (param.kind == Kind::secret && option == OptionOf(param.name) + "-file") {
-            return true;
-        }
+    if (written.command == nullptr) {
+        return false;
     }
-    const ParamInfo* param = FindOption(written, option);
-    return param != nullptr && param->kind != Kind::flag;
+    const std::vector<CommandOption> options = OptionsOf(*written.command);
+    const auto found = std::ranges::find(options, option, &CommandOption::name);
+    return found != options.end() && !found->placeholder.empty();
 }
 
 void TakeWord(Written& written, const std::string& word)
@@ -147,28 +133,13 @@ void TakeWord(Written& written, const std::string& word)
 void AddOptions(const Written& written, std::vector<std::string>& candidates)
 {
     candidates.insert(candidates.end(), {"--help", "--db", "--output"});
-    for (const ParamInfo& param : written.params) {
-        if (param.isSet) {
-            for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
-                candidates.push_back(OptionOf(text.name));
-                if (text.isFlag) {
-                    candidates.push_back("--no-" + OptionOf(text.name).substr(2));
-                }
-            }
-        } else if (param.kind == Kind::secret) {
-            candidates.push_back(OptionOf(param.name) + "-stdin");
-            candidates.push_back(OptionOf(param.name) + "-file");
-        } else if (!param.isPositional) {
-            candidates.push_back(OptionOf(param.name));
-            if (param.isNegatable) {
-                candidates.push_back("--no-" + OptionOf(param.name).substr(2));
-            }
-        }
+    if (written.command == nullptr) {
+        return;
     }
-    if (written.command != nullptr && written.command->run != nullptr && written.command->effect != Effect::read) {
-        candidates.insert(candidates.end(), {"--dry-run", "--reason"});
-        if (written.command->asks) {
-            candidates.emplace_back("--yes");
+    for (const CommandOption& option : OptionsOf(*written.command)) {
+        candidates.push_back(option.name);
+        if (option.isNegatable) {
+            candidates.push_back(NegativeOf(option.name));
         }
     }
 }
@@ -268,7 +239,10 @@ Exit PrintScript(const LocalCall& call)
 /// Writes what may stand in the place of the last word, one to a line.
 Exit Complete(const LocalCall& call)
 {
-    const std::vector<std::string> words = binding::ReadInput<kWordsParams>(call.given).words;
+    std::vector<std::string> words = binding::ReadInput<kWordsParams>(call.given).words;
+    if (words.empty()) {
+        words.emplace_back();
+    }
     Written written;
     std::for_each(words.begin(), words.end() - 1, [&written](const std::string& word) { TakeWord(written, word); });
     for (const std::string& candidate : CandidatesFor(written, words.back())) {

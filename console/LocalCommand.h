@@ -25,7 +25,7 @@ struct LocalCommand {
 std::span<const LocalCommand> LocalCommands();
 
 /// All rows of the table, in the order in which help lists them.
-std::vector<const Command*> AllCommands();
+const std::vector<const Command*>& AllCommands();
 /// Whether a row heads those that have its two words and a third.
 bool IsHead(const Command& command);
 /// The words of a row's path.

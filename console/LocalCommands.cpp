@@ -7,6 +7,7 @@
 namespace console {
 
 // The tables of the files beside; nothing else of them is known here.
+std::span<const LocalCommand> BatchCommands();
 std::span<const LocalCommand> DbCommands();
 std::span<const LocalCommand> CopyCommands();
 std::span<const LocalCommand> ImportCommands();
@@ -17,8 +18,8 @@ std::span<const LocalCommand> LocalCommands()
 {
     static const std::vector<LocalCommand> commands = [] {
         std::vector<LocalCommand> all;
-        for (const std::span<const LocalCommand> some :
-             {DbCommands(), CopyCommands(), ImportCommands(), CompletionCommands(), ManualCommands()}) {
+        for (const std::span<const LocalCommand> some : {DbCommands(), CopyCommands(), ImportCommands(),
+                                                         BatchCommands(), CompletionCommands(), ManualCommands()}) {
             all.insert(all.end(), some.begin(), some.end());
         }
         return all;
@@ -26,12 +27,16 @@ std::span<const LocalCommand> LocalCommands()
     return commands;
 }
 
-std::vector<const Command*> AllCommands()
+const std::vector<const Command*>& AllCommands()
 {
-    std::vector<const Command*> all;
-    std::ranges::transform(Commands(), std::back_inserter(all), [](const Command& command) { return &command; });
-    std::ranges::transform(LocalCommands(), std::back_inserter(all), [](const LocalCommand& own) { return &own.row; });
-    return all;
+    static const std::vector<const Command*> commands = [] {
+        std::vector<const Command*> all;
+        std::ranges::transform(Commands(), std::back_inserter(all), [](const Command& command) { return &command; });
+        std::ranges::transform(LocalCommands(), std::back_inserter(all),
+                               [](const LocalCommand& own) { return &own.row; });
+        return all;
+    }();
+    return commands;
 }
 
 bool IsHead(const Command& command)

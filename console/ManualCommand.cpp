@@ -1,3 +1,4 @@
+#include "console/CommandOption.h"
 #include "console/Help.h"
 #include "console/JsonWriter.h"
 #include "console/LocalCommand.h"
@@ -45,18 +46,6 @@ std::string Line(std::string_view text)
     return (isControl ? "\\&" : "") + Escaped(text) + "\n";
 }
 
-std::string OptionName(std::string_view name)
-{
-    std::string option(name);
-    std::ranges::replace(option, '_', '-');
-    return option;
-}
-
-std::string Placeholder(Kind kind)
-{
-    return kind == Kind::number ? "N" : kind == Kind::file ? "FILE" : kind == Kind::date ? "DATE" : "TEXT";
-}
-
 void WriteExamples(std::string_view examples, std::ostream& out)
 {
     if (examples.empty()) {
@@ -73,26 +62,10 @@ void WriteExamples(std::string_view examples, std::ostream& out)
     out << ".Ed\n";
 }
 
-void WriteOption(std::string_view name, std::string_view argument, std::string_view help, std::ostream& out)
+void WriteOption(const CommandOption& option, std::ostream& out)
 {
-    out << ".It Fl \\-" << Escaped(OptionName(name)) << (argument.empty() ? "" : " Ar " + std::string(argument)) << '\n'
-        << Line(help);
-}
-
-void WriteParam(const ParamInfo& param, std::ostream& out)
-{
-    if (param.isSet) {
-        for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
-            WriteOption(text.name, text.isFlag ? "" : "TEXT", text.help, out);
-        }
-    } else if (param.isPositional) {
-        out << ".It Ar " << param.name << '\n' << Line(param.help);
-    } else if (param.kind == Kind::secret) {
-        WriteOption(std::string(param.name) + "-stdin", "", "read it from the first line of standard input", out);
-        WriteOption(std::string(param.name) + "-file", "FILE", "read it from the first line of this file", out);
-    } else {
-        WriteOption(param.name, param.kind == Kind::flag ? "" : Placeholder(param.kind), param.help, out);
-    }
+    const std::string value = option.placeholder.empty() ? "" : " Ar " + option.placeholder;
+    out << ".It Fl \\-" << Escaped(option.name.substr(2)) << value << '\n' << Line(option.help);
 }
 
 void WriteCommand(const Command& command, std::ostream& out)
@@ -107,18 +80,16 @@ void WriteCommand(const Command& command, std::ostream& out)
     }
     std::string summary(command.summary);
     out << ".Pp\n" << Line(summary + ".");
-    const bool writes = command.run != nullptr && command.effect != Effect::read;
-    if (!params.empty() || writes) {
+    const std::vector<CommandOption> options = OptionsOf(command);
+    if (!params.empty() || !options.empty()) {
         out << ".Bl -tag -width Ds\n";
         for (const ParamInfo& param : params) {
-            WriteParam(param, out);
-        }
-        if (writes) {
-            if (command.asks) {
-                WriteOption("yes", "", "do not ask", out);
+            if (param.isPositional) {
+                out << ".It Ar " << param.name << '\n' << Line(param.help);
             }
-            WriteOption("dry_run", "", "try everything and change nothing; ends with 8 for a change", out);
-            WriteOption("reason", "TEXT", "why, for the record", out);
+        }
+        for (const CommandOption& option : options) {
+            WriteOption(option, out);
         }
         out << ".El\n";
     }

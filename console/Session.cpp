@@ -1,14 +1,13 @@
 #include "console/Session.h"
 
 #include "console/ExitCode.h"
+#include "console/ShellWords.h"
 #include "console/Url.h"
 #include "management/DatabaseError.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -81,11 +80,7 @@ std::string InitCommand(const Arguments& arguments)
     if (shown != *arguments.db) {
         return "qvadmin --db URL db init";
     }
-    const bool isPlain = std::ranges::all_of(shown, [](unsigned char ch) {
-        return std::isalnum(ch) != 0 ||
-               std::string_view("_./:@%+=,-").find(static_cast<char>(ch)) != std::string_view::npos;
-    });
-    return isPlain ? fmt::format("qvadmin --db {} db init", shown) : fmt::format("qvadmin --db '{}' db init", shown);
+    return fmt::format("qvadmin --db {} db init", ShellQuoted(shown));
 }
 
 std::string_view NameOf(schema::State state)

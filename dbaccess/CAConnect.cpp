@@ -3,6 +3,7 @@
 #include "dbaccess/CAException.h"
 #include "dbaccess/DateText.h"
 #include "dbaccess/Driver.h"
+#include "dbaccess/StatementObserver.h"
 
 #include <algorithm>
 #include <limits>
@@ -76,8 +77,29 @@ const CAException* CAConnect::GetFailure() const noexcept { return m_failure.get
 int CAConnect::Execute(const char* sql)
 {
     dbaccess::Session& session = Required();
-    const std::int64_t changed = Noting([&] { return session.Execute(sql); });
-    return static_cast<int>(std::min<std::int64_t>(changed, std::numeric_limits<int>::max()));
+    // What the observer does on this connection is not shown to it.
+    dbaccess::StatementObserver* const observer = std::exchange(m_observer, nullptr);
+    const auto restore = [&] { m_observer = observer; };
+    try {
+        if (observer != nullptr) {
+            observer->BeforeExecute(*this, sql);
+        }
+        const std::int64_t changed = Noting([&] { return session.Execute(sql); });
+        const int rows = static_cast<int>(std::min<std::int64_t>(changed, std::numeric_limits<int>::max()));
+        if (observer != nullptr) {
+            observer->AfterExecute(*this, sql, rows);
+        }
+        restore();
+        return rows;
+    } catch (...) {
+        restore();
+        throw;
+    }
+}
+
+dbaccess::StatementObserver* CAConnect::SetObserver(dbaccess::StatementObserver* observer) noexcept
+{
+    return std::exchange(m_observer, observer);
 }
 
 CString CAConnect::GetDateStrOnSQL(CString date)

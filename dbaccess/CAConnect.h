@@ -9,6 +9,7 @@
 namespace dbaccess {
 class Cursor;
 class Session;
+class StatementObserver;
 } // namespace dbaccess
 class CAException;
 
@@ -45,6 +46,10 @@ public:
     /// @throws CAException for what the engine refuses and when the connection is not open: a write counts as done when
     ///         nothing was thrown.
     int Execute(const char* sql);
+    /// Has every statement that Execute runs shown to an observer; null: to none. The observer outlives its being set.
+    /// Close leaves it.
+    /// @return the observer before it, null for none.
+    dbaccess::StatementObserver* SetObserver(dbaccess::StatementObserver* observer) noexcept;
 
     /// The engine's literal for a date. @param date  "YYYY-MM-DD" or "YYYY-MM-DD HH:MM:SS".
     /// @throws CAException for any other text, for what is no real date, and when the connection is not open.
@@ -100,5 +105,6 @@ private:
 
     std::shared_ptr<dbaccess::Session> m_session;
     std::unique_ptr<CAException> m_failure;
+    dbaccess::StatementObserver* m_observer = nullptr;
     bool m_inTransaction = false;
 };

@@ -1,6 +1,7 @@
 #include "dbaccess/Driver.h"
 
 #include "dbaccess/DriverModule.h"
+#include "dbaccess/StatementObserver.h"
 #if QV_WITH_SQLITE
 #include "dbaccess/drivers/sqlite/Driver.h"
 #endif
@@ -104,6 +105,7 @@ CString Sentence(std::string_view a, std::string_view b, std::string_view c)
 
 Cursor::~Cursor() = default;
 Session::~Session() = default;
+StatementObserver::~StatementObserver() = default;
 
 void RegisterDriver(const std::string& scheme, SessionFactory factory)
 {

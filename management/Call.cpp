@@ -64,12 +64,35 @@ void Call::DeliverOutcomes()
     }
 }
 
+void Call::Record(audit::Recorder& recorder)
+{
+    const int entry = WithDatabaseErrors(Connection(), [&] {
+        return recorder.Write(
+            {m_options.who, m_options.frontEnd, m_options.command, m_options.reason, m_entry, m_undoes},
+            m_isRecordedAnyway);
+    });
+    m_entry = m_entry == 0 ? entry : m_entry;
+}
+
+Change::Change(Call& call) : m_call(call)
+{
+    if (!call.Options().joinsTransaction) {
+        m_transaction.emplace(call.Connection());
+    }
+    WithDatabaseErrors(call.Connection(), [&] { m_recorder.emplace(call.Connection()); });
+}
+
 void Change::Finish()
 {
-    if (m_call.Options().dryRun) {
-        m_transaction.Rollback();
-    } else {
-        m_transaction.Commit();
+    const bool isTried = m_call.Options().dryRun && m_transaction;
+    if (!isTried) {
+        m_call.Record(*m_recorder);
+    }
+    m_recorder.reset();
+    if (isTried) {
+        m_transaction->Rollback();
+    } else if (m_transaction) {
+        m_transaction->Commit();
     }
     m_call.DeliverOutcomes();
 }

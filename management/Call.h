@@ -2,6 +2,7 @@
 
 #include "management/DatabaseError.h"
 #include "management/FrontEnd.h"
+#include "management/audit/Recorder.h"
 #include "management/users/Directory.h"
 
 #include <functional>
@@ -17,6 +18,15 @@ struct CallOptions {
     bool yes = false;    ///< no question is asked
     bool dryRun = false; ///< everything is done, and then undone
     std::string reason;  ///< why, as given by who changes something
+
+    // What the record says of a change beside its rows.
+    std::string who;      ///< the login name of who changes something
+    std::string frontEnd; ///< by which program
+    std::string command;  ///< as it may be typed again, without secrets
+
+    /// Whether the caller has a transaction of the directory open, in which the command works, and which decides
+    /// whether the change lasts.
+    bool joinsTransaction = false;
 };
 
 /// What people read in place of a record: what was found out, the rows that it rests on, and what else is to be known.
@@ -83,6 +93,12 @@ public:
     void ShowSecret(const Secret& secret) const;
     /// Hands the outcomes over that were kept.
     void DeliverOutcomes();
+    /// Says which entries of the record the change undoes, with blanks between their ids.
+    void SetUndoes(std::string ids) { m_undoes = std::move(ids); }
+    /// Has the change recorded even where no row of the directory changes.
+    void SetRecordedAnyway() { m_isRecordedAnyway = true; }
+    /// Writes what the recorder has seen into the record, as a part of this call. @throws DatabaseError.
+    void Record(audit::Recorder& recorder);
 
 private:
     Open m_open;
@@ -90,21 +106,27 @@ private:
     FrontEnd& m_frontEnd;
     CallOptions m_options;
     std::vector<Outcome> m_outcomes;
+    std::string m_undoes;
+    bool m_isRecordedAnyway = false;
+    int m_entry = 0; ///< the first one of this call in the record
 };
 
-/// The transaction of a command that writes. It holds the directory's lock from its beginning to its end, so that what
-/// is read inside is still so when it is written; not finished, it is rolled back.
+/// The transaction of a command that writes. What is written to the directory in it is recorded. It holds the
+/// directory's lock from its beginning to its end, so that what is read inside is still so when it is written; not
+/// finished, it is rolled back.
 class Change {
 public:
     /// @throws DatabaseError.
-    explicit Change(Call& call) : m_call(call), m_transaction(call.Connection()) {}
+    explicit Change(Call& call);
 
-    /// Makes the change last, or, in a dry run, undoes it; then delivers the outcomes. @throws DatabaseError.
+    /// Records the change and makes it last, or, in a dry run, undoes it; then delivers the outcomes. @throws
+    /// DatabaseError.
     void Finish();
 
 private:
     Call& m_call;
-    Transaction m_transaction;
+    std::optional<Transaction> m_transaction; ///< none in one of the caller's
+    std::optional<audit::Recorder> m_recorder;
 };
 
 /// @throws Error (conflict) always: what was shown is not what would be done now.

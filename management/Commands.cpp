@@ -7,6 +7,9 @@ namespace addins {
 std::span<const Command> AddInCommands();
 std::span<const Command> PackageCommands();
 } // namespace addins
+namespace audit {
+std::span<const Command> AuditCommands();
+} // namespace audit
 namespace board {
 std::span<const Command> BoardCommands();
 } // namespace board
@@ -59,7 +62,7 @@ const std::vector<Command>& Commands()
               rights::ObjectRightCommands(),  documents::DocRootCommands(),  documents::FolderCommands(),
               plans::PlanCommands(),          plans::DocLogCommands(),       settings::SettingCommands(),
               messages::MessageCommands(),    messages::LoginLogCommands(),  addins::AddInCommands(),
-              addins::PackageCommands(),      board::BoardCommands()}) {
+              addins::PackageCommands(),      board::BoardCommands(),        audit::AuditCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

@@ -7,6 +7,11 @@
 
 namespace management {
 
+void Execute(CAConnect& conn, const std::string& sql)
+{
+    WithDatabaseErrors(conn, [&] { conn.Execute(sql.c_str()); });
+}
+
 int Number(CAConnect& conn, const std::string& sql)
 {
     int number = 0;
@@ -36,8 +41,7 @@ void Assignments::Number(std::string_view column, const std::optional<int>& numb
 void Assignments::Apply(CAConnect& conn, std::string_view table, int id) const
 {
     if (!m_text.empty()) {
-        const std::string sql = fmt::format("UPDATE {} SET {} WHERE Col_ID = {}", table, m_text, id);
-        WithDatabaseErrors(conn, [&] { conn.Execute(sql.c_str()); });
+        Execute(conn, fmt::format("UPDATE {} SET {} WHERE Col_ID = {}", table, m_text, id));
     }
 }
 

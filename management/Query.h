@@ -48,6 +48,9 @@ void EachRow(CAConnect& conn, const std::string& sql, Row row, int most = std::n
     });
 }
 
+/// Runs a statement whose rows nobody wants. @throws DatabaseError.
+void Execute(CAConnect& conn, const std::string& sql);
+
 /// The number that a query gives, 0 where it gives none. @throws DatabaseError.
 int Number(CAConnect& conn, const std::string& sql);
 

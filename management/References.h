@@ -1,14 +1,29 @@
 #pragma once
 
-#include "management/users/Directory.h"
-
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
-// What a deletion takes along elsewhere, for sentences and questions.
+class CAConnect;
+
+// Rows elsewhere that name an item (a user, group, role or view) by its type and id: what its deletion takes along.
 
 namespace management {
+
+/// How many rows of a kind there are.
+struct Reference {
+    std::string_view noun;
+    int count;
+
+    bool operator==(const Reference&) const = default;
+};
+
+/// Counts the rows that name items of one type, in sum; kinds of which there are none are left out. @throws
+/// DatabaseError.
+std::vector<Reference> CountReferences(CAConnect& conn, int type, const std::vector<int>& ids);
+/// Deletes the rows that CountReferences counts. @throws DatabaseError.
+void DeleteReferences(CAConnect& conn, int type, const std::vector<int>& ids);
 
 /// ", with 2 relations, 1 right"; empty for no references.
 std::string WithReferences(const std::vector<Reference>& references);

@@ -6,6 +6,7 @@
 #include "platform/CodePage.h"
 #include "schema/Dialect.h"
 #include "schema/DirectoryTransaction.h"
+#include "schema/Tables.h"
 
 #include <algorithm>
 #include <charconv>
@@ -300,6 +301,38 @@ int LastInsertedId(CAConnect& conn)
 {
     const std::vector<CString> ids = ReadTexts(conn, DialectOf(conn).lastId.c_str());
     return ids.empty() ? 0 : NumberIn(ids.front());
+}
+
+const std::vector<TableColumns>& Tables()
+{
+    static const std::vector<TableColumns> tables = [] {
+        std::vector<TableColumns> all;
+        for (const Table& table : TablesOf(sqlite::TheDialect())) {
+            TableColumns& written = all.emplace_back(TableColumns{table.name, {}});
+            for (const Column& column : table.columns) {
+                if (!column.isComputed) {
+                    written.columns.push_back(column.name);
+                }
+            }
+        }
+        return all;
+    }();
+    return tables;
+}
+
+void ExecuteWithIds(CAConnect& conn, const std::string& table, const std::string& sql)
+{
+    const CopyRules& rules = DialectOf(conn).copying;
+    const auto run = [&](const std::string& statement) {
+        if (!statement.empty()) {
+            CString text = statement.c_str();
+            text.Replace("{table}", table.c_str());
+            conn.Execute(text);
+        }
+    };
+    run(rules.beginIds);
+    conn.Execute(sql.c_str());
+    run(rules.endIds);
 }
 
 void RefreshIndexes(CAConnect& conn)

@@ -72,6 +72,19 @@ QV_API void Upgrade(CAConnect& conn, const std::vector<Step>& steps, const Progr
 /// CAException.
 QV_API int LastInsertedId(CAConnect& conn);
 
+/// A table of a directory, with the columns that are written.
+struct TableColumns {
+    std::string name;                 ///< as statements of this program spell it
+    std::vector<std::string> columns; ///< in their order, without those that an engine computes or adds
+};
+
+/// All tables of a directory, alike on every engine. May be called on any thread.
+QV_API const std::vector<TableColumns>& Tables();
+
+/// Runs a statement that writes the ids of a table's rows itself, where the engine would give them.
+/// @param table  its name. @throws CAException.
+QV_API void ExecuteWithIds(CAConnect& conn, const std::string& table, const std::string& sql);
+
 /// Brings indexes up to date whose order depends on rules that may change with the system's libraries (upper()).
 /// Called when a directory is opened; does nothing when they are up to date. @throws CAException.
 QV_API void RefreshIndexes(CAConnect& conn);

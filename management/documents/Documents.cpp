@@ -569,11 +569,6 @@ std::string FolderTree::CycleText(const std::vector<DocKey>& cycle) const
 
 CString Documents::EscapeLiteral(std::string_view text) const { return management::EscapeLiteral(m_conn, text); }
 
-void Documents::Execute(const std::string& sql)
-{
-    WithDatabaseErrors(m_conn, [&] { m_conn.Execute(sql.c_str()); });
-}
-
 /// Runs a write of a record that drops the reason of a failure.
 template <class Write>
 void Documents::Save(std::string_view what, Write write)
@@ -720,7 +715,7 @@ int Documents::RemoveLinksTo(int folderId)
                                               LinkTable(parent), kFolderClass, folderId);
         const int count = Number(m_conn, "SELECT COUNT(*) " + links);
         if (count > 0) {
-            Execute("DELETE " + links);
+            Execute(m_conn, "DELETE " + links);
         }
         removed += count;
     }
@@ -781,7 +776,7 @@ void Documents::RemoveLink(const Placement& placement)
 void Documents::UpdateLinks(int folderId, const std::string& assignment, const std::string& condition)
 {
     for (const DocKind parent : {DocKind::root, DocKind::folder}) {
-        Execute(fmt::format("UPDATE {} SET {} WHERE Col_S_ClassID = {} AND Col_S_ObjID = {} AND {}", LinkTable(parent),
+        Execute(m_conn, fmt::format("UPDATE {} SET {} WHERE Col_S_ClassID = {} AND Col_S_ObjID = {} AND {}", LinkTable(parent),
                             assignment, kFolderClass, folderId, condition));
     }
 }
@@ -807,10 +802,10 @@ void Documents::DeleteLinks(DocKind kind, const std::vector<int>& ids)
     for (std::size_t begin = 0; begin < ids.size(); begin += kChunk) {
         const std::span<const int> chunk = std::span(ids).subspan(begin, std::min(kChunk, ids.size() - begin));
         const std::string list = fmt::format("{}", fmt::join(chunk, ","));
-        Execute(fmt::format("DELETE FROM {} WHERE Col_P_ObjID IN ({})", LinkTable(kind), list));
+        Execute(m_conn, fmt::format("DELETE FROM {} WHERE Col_P_ObjID IN ({})", LinkTable(kind), list));
         for (const DocKind parent : {DocKind::root, DocKind::folder}) {
             if (kind == DocKind::folder) {
-                Execute(fmt::format("DELETE FROM {} WHERE Col_S_ClassID = {} AND Col_S_ObjID IN ({})",
+                Execute(m_conn, fmt::format("DELETE FROM {} WHERE Col_S_ClassID = {} AND Col_S_ObjID IN ({})",
                                     LinkTable(parent), kFolderClass, list));
             }
         }

@@ -238,7 +238,6 @@ public:
 
 private:
     [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
-    void Execute(const std::string& sql);
     std::vector<RootData> ReadRoots(const std::string& condition);
     int RemoveLinksTo(int folderId);
     void UpdateLinks(int folderId, const std::string& assignment, const std::string& condition);

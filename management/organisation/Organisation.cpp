@@ -30,31 +30,6 @@ namespace {
 constexpr std::string_view kGroupPrefix = "id:";
 constexpr std::string_view kViewPrefix = "view:";
 
-struct TraceKind {
-    std::string_view noun;
-    std::string_view table;
-    std::string_view condition; ///< {0} the ids, {1} the type
-};
-
-constexpr std::string_view kEitherSide = "(Col_DQvItemID IN ({0}) AND Col_DQvItemType = {1}) OR "
-                                         "(Col_QvItemID IN ({0}) AND Col_QvItemType = {1})";
-constexpr std::string_view kHolderSide = "Col_QvItemID IN ({0}) AND Col_QvItemType = {1}";
-
-constexpr TraceKind kTraceKinds[] = {
-    {"relation", "qv_Relation", kEitherSide},
-    {"job title", "qv_JobTitle", kEitherSide},
-    {"right", "qv_ItemAce", kHolderSide},
-    {"right between items", "qv_BIIAce", kEitherSide},
-    {"right on documents", "Tab_BIOAce", kHolderSide},
-    {"backup plan link", "Tab_Doc_Backup_Rel", "Col_QvItem_ID IN ({0}) AND Col_QvItem_Type = {1}"},
-};
-
-std::string StatementOn(const TraceKind& kind, std::string_view verb, int type, const std::vector<int>& ids)
-{
-    const std::string condition = fmt::format(fmt::runtime(kind.condition), fmt::join(ids, ","), type);
-    return fmt::format("{} FROM {} WHERE {}", verb, kind.table, condition);
-}
-
 /// Reads the columns of a row one after the other; NULL leaves what is there.
 class ColumnReader {
 public:
@@ -728,14 +703,7 @@ MemberCounts Organisation::CountMembers(const std::vector<int>& groups)
 
 std::vector<Reference> Organisation::References(int type, const std::vector<int>& ids)
 {
-    std::vector<Reference> traces;
-    for (const TraceKind& kind : kTraceKinds) {
-        const int count = Number(m_conn, StatementOn(kind, "SELECT COUNT(*)", type, ids));
-        if (count > 0) {
-            traces.push_back({kind.noun, count});
-        }
-    }
-    return traces;
+    return CountReferences(m_conn, type, ids);
 }
 
 std::string Organisation::DefaultViewName()
@@ -748,11 +716,6 @@ std::string Organisation::DefaultViewName()
 // ---- Writes ---------------------------------------------------------------------------------------------------------
 
 CString Organisation::EscapeLiteral(std::string_view text) const { return management::EscapeLiteral(m_conn, text); }
-
-void Organisation::Execute(const std::string& sql)
-{
-    WithDatabaseErrors(m_conn, [&] { m_conn.Execute(sql.c_str()); });
-}
 
 int Organisation::CreateGroup(ItemKey parent, const GroupData& group)
 {
@@ -856,25 +819,18 @@ void Organisation::StampView(int id)
     }
 }
 
-void Organisation::DeleteTraces(int type, const std::vector<int>& ids)
-{
-    for (const TraceKind& kind : kTraceKinds) {
-        Execute(StatementOn(kind, "DELETE", type, ids));
-    }
-}
-
 void Organisation::DeleteGroups(const std::vector<int>& ids)
 {
     for (const int id : ids) {
         Run(m_conn, [&] { return CQVBaseFun::DelGroupItemByID(m_conn, id); });
     }
-    DeleteTraces(kItemTypeGroup, ids);
+    DeleteReferences(m_conn, kItemTypeGroup, ids);
 }
 
 void Organisation::DeleteView(int id)
 {
     Run(m_conn, [&] { return CQVBaseFun::DeleteViewItem(m_conn, id); });
-    DeleteTraces(kItemTypeView, {id});
+    DeleteReferences(m_conn, kItemTypeView, {id});
 }
 
 } // namespace management

@@ -199,7 +199,6 @@ public:
 
 private:
     [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
-    void Execute(const std::string& sql);
     void LoadPlaces();
     void LoadLinks();
     void LoadUserCounts();
@@ -209,7 +208,6 @@ private:
                                   std::string_view noun) const;
     [[nodiscard]] std::optional<std::size_t> IndexOf(ItemKey key) const;
     [[nodiscard]] std::vector<std::size_t> Descendants(std::size_t from) const;
-    void DeleteTraces(int type, const std::vector<int>& ids);
 
     CAConnect& m_conn;
     std::vector<Node> m_places;

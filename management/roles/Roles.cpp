@@ -32,29 +32,6 @@ namespace {
 
 constexpr std::string_view kIdPrefix = "id:";
 
-struct ReferenceKind {
-    std::string_view noun;
-    std::string_view table;
-    std::string_view condition; ///< {0} the id, {1} the type
-};
-
-constexpr std::string_view kEitherSide =
-    "(Col_DQvItemID = {0} AND Col_DQvItemType = {1}) OR (Col_QvItemID = {0} AND Col_QvItemType = {1})";
-constexpr std::string_view kHolderSide = "Col_QvItemID = {0} AND Col_QvItemType = {1}";
-
-constexpr ReferenceKind kReferenceKinds[] = {
-    {"relation", "qv_Relation", kEitherSide},
-    {"right", "qv_ItemAce", kHolderSide},
-    {"right between items", "qv_BIIAce", kEitherSide},
-    {"right on documents", "Tab_BIOAce", kHolderSide},
-};
-
-std::string StatementOn(const ReferenceKind& kind, std::string_view verb, int id)
-{
-    const std::string condition = fmt::format(fmt::runtime(kind.condition), id, kItemTypeRole);
-    return fmt::format("{} FROM {} WHERE {}", verb, kind.table, condition);
-}
-
 /// Sorts by a key that is worked out once for each.
 template <class Item, class Key>
 void SortBy(std::vector<Item>& items, Key key)
@@ -151,18 +128,6 @@ void CheckNewName(Roles& roles, const RoleKey& role, const RoleData& stored, con
 
 CString Roles::EscapeLiteral(std::string_view text) const { return management::EscapeLiteral(m_conn, text); }
 
-void Roles::Execute(const std::string& sql)
-{
-    WithDatabaseErrors(m_conn, [&] { m_conn.Execute(sql.c_str()); });
-}
-
-int Roles::Number(const std::string& sql)
-{
-    int number = 0;
-    EachRow(m_conn, sql, [&](CARecordset& row) { row.GetValue(1, number); });
-    return number;
-}
-
 /// Runs a write of a record that drops the reason of a failure.
 template <class Write>
 void Roles::Save(std::string_view what, Write write)
@@ -257,17 +222,7 @@ std::optional<RoleKey> Roles::Default()
     return id == 0 ? std::nullopt : std::optional(RoleKey{id, Text(name)});
 }
 
-std::vector<Reference> Roles::References(int id)
-{
-    std::vector<Reference> references;
-    for (const ReferenceKind& kind : kReferenceKinds) {
-        const int count = Number(StatementOn(kind, "SELECT COUNT(*)", id));
-        if (count > 0) {
-            references.push_back({kind.noun, count});
-        }
-    }
-    return references;
-}
+std::vector<Reference> Roles::References(int id) { return CountReferences(m_conn, kItemTypeRole, {id}); }
 
 std::vector<UserRole> Roles::OfUser(int userId)
 {
@@ -328,9 +283,7 @@ void Roles::Change(int id, const std::optional<std::string>& name, const std::op
 void Roles::Delete(int id)
 {
     Run(m_conn, [&] { return CQVBaseFun::DeleteRole(m_conn, id); });
-    for (const ReferenceKind& kind : kReferenceKinds) {
-        Execute(StatementOn(kind, "DELETE", id));
-    }
+    DeleteReferences(m_conn, kItemTypeRole, {id});
 }
 
 // ---- Members of roles, groups and views -----------------------------------------------------------------------------
@@ -397,7 +350,7 @@ bool Roles::IsMember(ItemKey holder, int userId)
 
 bool Roles::HasRelation(ItemKey holder, int userId)
 {
-    return Number(fmt::format("SELECT COUNT(*) FROM qv_Relation WHERE Col_QvItemID = {} AND Col_QvItemType = {} AND "
+    return Number(m_conn, fmt::format("SELECT COUNT(*) FROM qv_Relation WHERE Col_QvItemID = {} AND Col_QvItemType = {} AND "
                               "Col_DQvItemID = {} AND Col_DQvItemType = {}",
                               holder.id, holder.type, userId, kItemTypeUser)) > 0;
 }

@@ -148,8 +148,6 @@ public:
 
 private:
     [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
-    void Execute(const std::string& sql);
-    int Number(const std::string& sql);
     bool HasRelation(ItemKey holder, int userId);
     std::vector<HeldTitle> Titles(const std::string& condition);
     static std::string ConditionOn(int groupId, int userId);

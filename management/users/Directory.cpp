@@ -1,5 +1,6 @@
 #include "management/users/Directory.h"
 
+#include "basefun/ItemTypes.h"
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
@@ -33,29 +34,6 @@ constexpr CString CHumanItem::*kPlainTexts[] = {&CHumanItem::m_strPWord,        
                                                 &CHumanItem::m_strHomePhone,      &CHumanItem::m_strHomeFax,
                                                 &CHumanItem::m_strOfficePostCode, &CHumanItem::m_strOfficePhone,
                                                 &CHumanItem::m_strOfficeFax,      &CHumanItem::m_strPicture};
-
-struct ReferenceKind {
-    std::string_view noun;
-    std::string_view table;
-    std::string_view condition;
-};
-
-// Users are directory items of type 1; relations and rights name an item by id and type.
-constexpr ReferenceKind kReferenceKinds[] = {
-    {"relation", "qv_Relation",
-     "(Col_DQvItemID = {0} AND Col_DQvItemType = 1) OR (Col_QvItemID = {0} AND Col_QvItemType = 1)"},
-    {"job title", "qv_JobTitle", "Col_DQvItemID = {0} AND Col_DQvItemType = 1"},
-    {"right", "qv_ItemAce", "Col_QvItemID = {0} AND Col_QvItemType = 1"},
-    {"right between items", "qv_BIIAce",
-     "(Col_DQvItemID = {0} AND Col_DQvItemType = 1) OR (Col_QvItemID = {0} AND Col_QvItemType = 1)"},
-    {"right on documents", "Tab_BIOAce", "Col_QvItemID = {0} AND Col_QvItemType = 1"},
-    {"backup plan link", "Tab_Doc_Backup_Rel", "Col_QvItem_ID = {0} AND Col_QvItem_Type = 1"},
-};
-
-std::string StatementOn(const ReferenceKind& kind, std::string_view verb, int id)
-{
-    return fmt::format("{} FROM {} WHERE {}", verb, kind.table, fmt::format(fmt::runtime(kind.condition), id));
-}
 
 std::string SelectAllColumns(int id)
 {
@@ -103,19 +81,7 @@ CString Directory::EscapeBackslashes(std::string_view text) const
 
 CString Directory::EscapeLiteral(std::string_view text) const { return management::EscapeLiteral(m_conn, text); }
 
-void Directory::Execute(const std::string& sql)
-{
-    WithDatabaseErrors(m_conn, [&] { m_conn.Execute(sql.c_str()); });
-}
-
-int Directory::Number(const std::string& sql)
-{
-    int number = 0;
-    EachRow(m_conn, sql, [&](CARecordset& row) { row.GetValue(1, number); });
-    return number;
-}
-
-bool Directory::Exists(int id) { return Number(fmt::format("SELECT COUNT(*) FROM qv_User WHERE Col_ID = {}", id)) > 0; }
+bool Directory::Exists(int id) { return Number(m_conn, fmt::format("SELECT COUNT(*) FROM qv_User WHERE Col_ID = {}", id)) > 0; }
 
 // ---- Look-ups -------------------------------------------------------------------------------------------------------
 
@@ -247,17 +213,7 @@ std::optional<FieldValues> Directory::Load(int id)
     return values;
 }
 
-std::vector<Reference> Directory::References(int id)
-{
-    std::vector<Reference> references;
-    for (const ReferenceKind& kind : kReferenceKinds) {
-        const int count = Number(StatementOn(kind, "SELECT COUNT(*)", id));
-        if (count > 0) {
-            references.push_back({kind.noun, count});
-        }
-    }
-    return references;
-}
+std::vector<Reference> Directory::References(int id) { return CountReferences(m_conn, kItemTypeUser, {id}); }
 
 // ---- Writes ---------------------------------------------------------------------------------------------------------
 
@@ -297,7 +253,7 @@ void Directory::Set(int id, const FieldValues& values)
         assignments += value ? fmt::format("'{}'", EscapeLiteral(*value).View()) : "NULL";
     }
     if (!assignments.empty()) {
-        Execute(fmt::format("UPDATE qv_User SET {} WHERE Col_ID = {}", assignments, id));
+        Execute(m_conn, fmt::format("UPDATE qv_User SET {} WHERE Col_ID = {}", assignments, id));
     }
 }
 
@@ -343,16 +299,14 @@ bool Directory::Delete(int id)
     if (Exists(id)) {
         return false;
     }
-    for (const ReferenceKind& kind : kReferenceKinds) {
-        Execute(StatementOn(kind, "DELETE", id));
-    }
+    DeleteReferences(m_conn, kItemTypeUser, {id});
     return true;
 }
 
 void Directory::TryToWrite()
 {
-    const int id = Number("SELECT MAX(Col_ID) FROM qv_User");
-    Execute(fmt::format("UPDATE qv_User SET Col_Level = Col_Level WHERE Col_ID = {}", id));
+    const int id = Number(m_conn, "SELECT MAX(Col_ID) FROM qv_User");
+    Execute(m_conn, fmt::format("UPDATE qv_User SET Col_Level = Col_Level WHERE Col_ID = {}", id));
 }
 
 } // namespace management

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "directory/HumanItem.h"
+#include "management/References.h"
 #include "management/users/Fields.h"
 
 #include <cstddef>
@@ -52,14 +53,6 @@ struct OwnData {
     std::string userData;
     std::string homePhone;
     int departmentId = 0;
-};
-
-/// Rows elsewhere that name a user.
-struct Reference {
-    std::string_view noun;
-    int count;
-
-    bool operator==(const Reference&) const = default;
 };
 
 /// The users of a directory. Any text goes in and comes out as it is, whatever the engine: here, and nowhere else in
@@ -127,8 +120,6 @@ private:
     [[nodiscard]] CString EscapeBackslashes(std::string_view text) const;
     [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
     void Prepare(CHumanItem& item) const;
-    void Execute(const std::string& sql);
-    int Number(const std::string& sql);
     bool Exists(int id);
     std::vector<UserKey> FindAllByEngine(std::string_view login);
 

@@ -33,7 +33,8 @@ const Dialect& TheDialect()
     static const Dialect dialect{
         .steps = {{"tables", SplitStatements(k_001_tables)},
                   {"indexes", SplitStatements(k_002_indexes)},
-                  {"names", {}}}, // the tables of MariaDB and MySQL alone need it
+                  {"names", {}}, // the tables of MariaDB and MySQL alone need it
+                  {"audit", SplitStatements(k_003_audit)}},
         .listTables = kListTables,
         .rebuildIndexes = {}, // the engine's own rules
         .stepIsTransaction = true,

@@ -46,7 +46,8 @@ const Dialect& TheDialect()
     static const Dialect dialect{
         .steps = {{"tables", SplitStatements(k_001_tables)},
                   {"indexes", {}}, // they come with their tables
-                  {"names", {}, CollationStatements}},
+                  {"names", {}, CollationStatements},
+                  {"audit", SplitStatements(k_003_audit), CollationStatements}},
         .listTables = "SELECT TABLE_NAME FROM information_schema.TABLES WHERE TABLE_SCHEMA = DATABASE()",
         .rebuildIndexes = {},
         .stepIsTransaction = false,

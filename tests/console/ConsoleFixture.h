@@ -2,12 +2,18 @@
 
 #include "ChildProcess.h"
 #include "RunInProcess.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
+#include "schema/Schema.h"
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -62,6 +68,80 @@ protected:
     {
         std::ifstream file(Path(name), std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    static std::vector<std::string> With(std::vector<std::string> words, const std::vector<std::string>& more)
+    {
+        words.insert(words.end(), more.begin(), more.end());
+        return words;
+    }
+
+    /// All rows of the directory, without the record of changes. @param dropped  a column that is left out.
+    std::string Dump(const std::string& dropped = {})
+    {
+        CAConnect conn;
+        const auto given = m_options.environment.find("QVADMIN_DB");
+        conn.Open((given == m_options.environment.end() ? DatabaseUrl() : given->second).c_str());
+        std::string dump;
+        for (const schema::TableColumns& table : schema::Tables()) {
+            if (table.name.starts_with("qv_Audit")) {
+                continue;
+            }
+            std::string columns;
+            for (const std::string& column : table.columns) {
+                columns += column == dropped ? "" : (columns.empty() ? "" : ", ") + column;
+            }
+            std::vector<std::string> rows;
+            CARecordset found;
+            for (found.Open(("SELECT " + columns + " FROM " + table.name).c_str(), &conn, adbcCursorStatic,
+                            adbcLockOptimistic, adbcCommandTable);
+                 found.IsEOF() == 0; found.MoveNext()) {
+                std::string& row = rows.emplace_back();
+                for (long column = 1; column <= found.GetColumnCount(); ++column) {
+                    CString text;
+                    row += found.GetValue(column, text, true) ? "<" + std::string(text.View()) + ">" : "NULL";
+                }
+            }
+            std::ranges::sort(rows);
+            dump += table.name + "\n";
+            for (const std::string& row : rows) {
+                dump += row + "\n";
+            }
+        }
+        return dump;
+    }
+
+    /// The latest entry in the record of changes; null where there is none.
+    nlohmann::json LatestEntry()
+    {
+        const ChildResult list = Run({"audit", "list", "--limit", "1", "-o", "json"});
+        EXPECT_EQ(list.exit, 0) << list.err;
+        const nlohmann::json entries = nlohmann::json::parse(list.out);
+        return entries.empty() ? nlohmann::json() : entries.front();
+    }
+
+    /// Runs a command that changes something, and expects that it is recorded, and that undoing it puts all rows back,
+    /// but for what is never recorded: stored passwords, the encryption key, messages and logins.
+    void ExpectRecordedAndUndone(const std::string& command, const std::function<ChildResult()>& run)
+    {
+        const std::string before = Dump("Col_PWord");
+        const ChildResult done = run();
+        ASSERT_EQ(done.exit, 0) << done.err;
+        const nlohmann::json entry = LatestEntry();
+        ASSERT_TRUE(entry.is_object());
+        EXPECT_THAT(entry.at("command"), testing::StartsWith(command));
+        EXPECT_EQ(entry.at("front_end"), "qvadmin");
+        EXPECT_NE(entry.at("who"), "");
+        EXPECT_GT(entry.at("rows"), 0);
+        const ChildResult undo = Run({"audit", "undo", entry.at("id").dump(), "--yes"});
+        if (undo.exit == 4) {
+            EXPECT_THAT(undo.err, testing::AnyOf(testing::HasSubstr("which is never recorded; nothing was undone"),
+                                                 testing::HasSubstr("has the number alone; nothing was undone")));
+            return;
+        }
+        EXPECT_EQ(undo.exit, 0) << undo.err;
+        EXPECT_EQ(Dump("Col_PWord"), before);
+        EXPECT_EQ(Run({"audit", "verify"}).exit, 0);
     }
 
     std::string m_folder;

@@ -1,6 +1,4 @@
 #include "ConsoleFixture.h"
-#include "dbaccess/CAConnect.h"
-#include "dbaccess/CARecordset.h"
 
 #include <nlohmann/json.hpp>
 
@@ -25,12 +23,6 @@ struct Case {
     const char* outcome; ///< of the one thing that it is about; empty: it prints the id of a new thing
 };
 
-Words With(Words words, const Words& more)
-{
-    words.insert(words.end(), more.begin(), more.end());
-    return words;
-}
-
 class PeopleCommandTable : public ConsoleFixture, public testing::WithParamInterface<Case> {
 protected:
     /// Rory is locked, and has a password, a title, a group and a role; Amy has nothing.
@@ -50,28 +42,6 @@ protected:
             const ChildResult result = Run(words);
             ASSERT_EQ(result.exit, 0) << result.err;
         }
-    }
-
-    /// What commands on people write.
-    std::string Dump()
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        std::string dump;
-        for (const char* sql :
-             {"SELECT Col_ID || ' ' || Col_LoginName || ' ' || COALESCE(Col_PWord, '') || ' ' || COALESCE(Col_Note, "
-              "'') || ' ' || COALESCE(Col_Disabled, '') FROM qv_User ORDER BY Col_ID",
-              "SELECT Col_ID || ' ' || Col_Name FROM qv_Role ORDER BY Col_ID",
-              "SELECT Col_QvItemID || ' ' || Col_DQvItemID || ' ' || Col_JobTitle FROM qv_JobTitle ORDER BY 1",
-              "SELECT Col_QvItemType || ' ' || Col_QvItemID || ' ' || Col_DQvItemType || ' ' || Col_DQvItemID FROM "
-              "qv_Relation ORDER BY 1"}) {
-            CARecordset rows;
-            rows.Open(sql, &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
-            for (; rows.IsEOF() == 0; rows.MoveNext()) {
-                dump += std::string(rows.GetValueToStr(1, true).View()) + '\n';
-            }
-        }
-        return dump;
     }
 
     /// Runs a command and reads the object that it gives.
@@ -118,6 +88,11 @@ TEST_P(PeopleCommandChange, AsJsonItIsOneObject)
         EXPECT_NE(object.at("outcomes")[0].at("name"), "");
     }
     EXPECT_NE(Dump(), before);
+}
+
+TEST_P(PeopleCommandChange, IsRecordedAndCanBeUndone)
+{
+    ExpectRecordedAndUndone(GetParam().words[0] + " " + GetParam().words[1], [this] { return Run(GetParam().words); });
 }
 
 INSTANTIATE_TEST_SUITE_P(

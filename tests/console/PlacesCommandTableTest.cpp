@@ -1,6 +1,4 @@
 #include "ConsoleFixture.h"
-#include "dbaccess/CAConnect.h"
-#include "dbaccess/CARecordset.h"
 
 #include <nlohmann/json.hpp>
 
@@ -37,35 +35,6 @@ protected:
         const ChildResult result = Run(words);
         EXPECT_EQ(result.exit, 0) << result.err;
         return result.out;
-    }
-
-    /// The words with more behind them.
-    static std::vector<std::string> With(std::vector<std::string> words, const std::vector<std::string>& more)
-    {
-        words.insert(words.end(), more.begin(), more.end());
-        return words;
-    }
-
-    /// All that the commands of these nouns write.
-    std::string Stored()
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        std::string stored;
-        for (const char* table : {"qv_View", "qv_Group", "qv_Relation", "qv_User", "Tab_Doc_Root", "Tab_Doc_VFolder",
-                                  "Tab_Doc_Root_Link", "Tab_Doc_VFolder_Link"}) {
-            CARecordset rows;
-            rows.Open((std::string("SELECT * FROM ") + table + " ORDER BY rowid").c_str(), &conn, adbcCursorStatic,
-                      adbcLockOptimistic, adbcCommandTable);
-            for (; rows.IsEOF() == 0; rows.MoveNext()) {
-                stored += table;
-                for (long column = 1; column <= rows.GetColumnCount(); ++column) {
-                    stored += "\t" + std::string(rows.GetValueToStr(column, true).View());
-                }
-                stored += "\n";
-            }
-        }
-        return stored;
     }
 };
 
@@ -107,18 +76,18 @@ const Writing kWritings[] = {
 TEST_P(PlacesWritingTest, ADryRunChangesNothingAndTheCommandSaysWhatItDid)
 {
     const auto& [words, outcome] = GetParam();
-    const std::string before = Stored();
+    const std::string before = Dump();
     const ChildResult dry = Run(With(words, {"--dry-run"}));
     EXPECT_EQ(dry.exit, 8) << dry.err;
     EXPECT_EQ(dry.out, "");
     EXPECT_THAT(dry.err, HasSubstr("dry run: "));
-    EXPECT_EQ(Stored(), before);
+    EXPECT_EQ(Dump(), before);
 
     const json done = json::parse(Done(With(words, {"--reason", "it was asked for", "-o", "json"})));
     EXPECT_EQ(done["v"], 1);
     EXPECT_EQ(done["changed"], true);
     EXPECT_EQ(done["dry_run"], false);
-    EXPECT_NE(Stored(), before);
+    EXPECT_NE(Dump(), before);
     if (outcome.empty()) {
         EXPECT_TRUE(done["value"].is_number());
     } else {
@@ -127,6 +96,12 @@ TEST_P(PlacesWritingTest, ADryRunChangesNothingAndTheCommandSaysWhatItDid)
         EXPECT_GT(done["outcomes"][0]["id"], 0);
         EXPECT_NE(done["outcomes"][0]["name"], "");
     }
+}
+
+TEST_P(PlacesWritingTest, IsRecordedAndCanBeUndone)
+{
+    const std::vector<std::string>& words = GetParam().words;
+    ExpectRecordedAndUndone(words[0] + " " + words[1], [this, &words] { return Run(words); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, PlacesWritingTest, testing::ValuesIn(kWritings),

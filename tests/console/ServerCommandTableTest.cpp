@@ -1,6 +1,5 @@
 #include "ConsoleFixture.h"
 #include "dbaccess/CAConnect.h"
-#include "dbaccess/CARecordset.h"
 
 #include <nlohmann/json.hpp>
 
@@ -87,42 +86,11 @@ protected:
         }
     }
 
-    /// All that is stored.
-    std::string Dump()
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        std::string dump;
-        for (const std::string& table : Texts(conn, "SELECT name FROM sqlite_master WHERE type = 'table'")) {
-            dump += table + "\n";
-            for (const std::string& row : Texts(conn, "SELECT * FROM " + table)) {
-                dump += row + "\n";
-            }
-        }
-        return dump;
-    }
-
     ChildResult RunCase(const Case& oneCase, const Words& more)
     {
         Words words = oneCase.command;
         words.insert(words.end(), more.begin(), more.end());
         return RunWith(oneCase.input, words);
-    }
-
-private:
-    /// Each row as one text.
-    static std::vector<std::string> Texts(CAConnect& conn, const std::string& sql)
-    {
-        CARecordset rows;
-        rows.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
-        std::vector<std::string> texts;
-        for (; rows.IsEOF() == 0; rows.MoveNext()) {
-            std::string& text = texts.emplace_back();
-            for (long column = 1; column <= rows.GetColumnCount(); ++column) {
-                text += std::string(column == 1 ? "" : "|") + std::string(rows.GetValueToStr(column, true).View());
-            }
-        }
-        return texts;
     }
 };
 
@@ -157,6 +125,13 @@ TEST_P(EveryWrite, GivesProgramsOneObject)
     EXPECT_TRUE(object.contains("value") || !object.at("outcomes").empty());
     EXPECT_THAT(result.out, Not(HasSubstr("s3cret")));
     EXPECT_NE(Dump(), before);
+}
+
+TEST_P(EveryWrite, IsRecordedAndCanBeUndone)
+{
+    Do(GetParam().before);
+    ExpectRecordedAndUndone(GetParam().command[0] + " " + GetParam().command[1],
+                            [this] { return RunCase(GetParam(), {}); });
 }
 
 INSTANTIATE_TEST_SUITE_P(ServerCommandTableTest, EveryWrite, testing::ValuesIn(kCases),

@@ -1,0 +1,143 @@
+#include "console/Actor.h"
+#include "console/CommandOption.h"
+#include "console/LocalCommand.h"
+#include "console/Session.h"
+#include "console/ShellWords.h"
+#include "console/TextFile.h"
+#include "management/DatabaseError.h"
+#include "management/Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <sstream>
+
+// Command lines from a file, in one process and over one connection.
+
+namespace console {
+
+namespace {
+
+struct BatchInput {
+    std::string file;
+    bool stopOnError = false;
+    bool oneTransaction = false;
+    bool dryRun = false;
+    std::optional<std::string> reason;
+};
+
+constexpr Param<BatchInput> kParams[] = {
+    {"FILE", &BatchInput::file, Kind::file, "a command on each line, without `qvadmin`; - for standard input"},
+    {"stop_on_error", &BatchInput::stopOnError, Kind::flag, "end at the first command that fails"},
+    {"one_transaction", &BatchInput::oneTransaction, Kind::flag,
+     "make all changes last together, or, when a command fails, none"},
+    {"dry_run", &BatchInput::dryRun, Kind::flag, kDryRunHelp},
+    {"reason", &BatchInput::reason, Kind::text, "why, for the record, where a command does not say so itself"},
+};
+
+struct Line {
+    int number;
+    std::vector<std::string> words;
+};
+
+/// All lines that hold a command. @throws Error (invalid) that names a line which cannot be read.
+std::vector<Line> ReadLines(const std::string& text)
+{
+    std::vector<Line> lines;
+    std::istringstream in(text);
+    int number = 0;
+    for (std::string line; std::getline(in, line);) {
+        ++number;
+        try {
+            std::vector<std::string> words = SplitShellWords(line);
+            if (!words.empty() && words.front() == "qvadmin") {
+                words.erase(words.begin());
+            }
+            if (!words.empty()) {
+                lines.push_back({number, std::move(words)});
+            }
+        } catch (const Error& e) {
+            throw Error(e.Code(), fmt::format("line {}: {}; nothing was run", number, e.what()));
+        }
+    }
+    return lines;
+}
+
+/// Runs the lines.
+class Batch {
+public:
+    Batch(const LocalCall& call, const BatchInput& in) : m_call(call), m_in(in), m_shared{.arguments = call.arguments}
+    {
+        m_shared.options.dryRun = in.dryRun;
+        m_shared.options.reason = in.reason.value_or("");
+        m_shared.joinsTransaction = in.oneTransaction;
+    }
+
+    Exit Run(const std::vector<Line>& lines)
+    {
+        std::optional<Transaction> transaction;
+        if (m_in.oneTransaction) {
+            transaction.emplace(m_shared.Open());
+        }
+        std::size_t failed = 0;
+        std::size_t run = 0;
+        for (const Line& line : lines) {
+            ++run;
+            failed += RunOne(line) ? 0 : 1;
+            if (failed != 0 && (m_in.stopOnError || m_in.oneTransaction)) {
+                break;
+            }
+        }
+        const bool isUndone = m_in.oneTransaction && (failed != 0 || m_in.dryRun);
+        if (transaction && !isUndone) {
+            transaction->Commit();
+        }
+        m_call.terminal.err << fmt::format("{} of {} run, {} failed{}\n", run, Counted(lines.size(), "command"), failed,
+                                           isUndone ? "; nothing was changed" : "");
+        return failed != 0 ? Exit::rowsFailed : m_isFinding ? Exit::findings : Exit::done;
+    }
+
+private:
+    /// @return false when it failed.
+    bool RunOne(const Line& line)
+    {
+        const Exit exit = RunLine(line.words, m_call.terminal, m_shared);
+        const bool isDone = exit == Exit::done || exit == Exit::findings;
+        m_isFinding = m_isFinding || exit == Exit::findings;
+        m_call.terminal.err << fmt::format("line {}: {}: {}\n", line.number,
+                                           isDone ? "done" : fmt::format("failed ({})", static_cast<int>(exit)),
+                                           Visible(CommandText(line.words)));
+        return isDone;
+    }
+
+    const LocalCall& m_call;
+    const BatchInput& m_in;
+    SharedSession m_shared;
+    bool m_isFinding = false;
+};
+
+Exit Run(const LocalCall& call)
+{
+    const auto in = binding::ReadInput<kParams>(call.given);
+    const std::string text =
+        in.file == "-" ? std::string(std::istreambuf_iterator<char>(call.terminal.in), {}) : ReadTextFile(in.file);
+    return Batch(call, in).Run(ReadLines(text));
+}
+
+constexpr LocalCommand kCommands[] = {
+    {{.path = {"batch"},
+      .summary = "run the commands of a file, over one connection",
+      .examples = "  qvadmin batch changes.txt --stop-on-error\n"
+                  "  qvadmin batch - --one-transaction <changes.txt",
+      .effect = Effect::change,
+      .params = &InfosOf<kParams>},
+     &Run},
+};
+
+} // namespace
+
+std::span<const LocalCommand> BatchCommands() { return kCommands; }
+
+} // namespace console

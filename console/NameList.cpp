@@ -1,0 +1,75 @@
+#include "console/NameList.h"
+
+#include "management/Text.h"
+#include "platform/CodePage.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+namespace console {
+
+namespace {
+
+constexpr std::string_view kStandardInput = "-";
+
+void AddNames(std::istream& in, bool endWithNul, std::vector<std::string>& names)
+{
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    bool isFirst = true;
+    for (std::string name; std::getline(in, name, endWithNul ? '\0' : '\n');) {
+        if (std::exchange(isFirst, false) && name.starts_with(byteOrderMark)) {
+            name.erase(0, byteOrderMark.size());
+        }
+        if (!endWithNul && name.ends_with('\r')) {
+            name.pop_back();
+        }
+        if (!platform::IsValidUtf8(name)) {
+            throw Error(ErrorCode::invalid, fmt::format("the name {} is not UTF-8; nothing was done", Quoted(name)));
+        }
+        if (!name.empty()) {
+            names.push_back(name);
+        }
+    }
+}
+
+} // namespace
+
+void ReadNames(const Command& command, CommandLine& given, Terminal& terminal)
+{
+    const std::vector<ParamInfo> params = command.params();
+    const auto list =
+        std::ranges::find_if(params, [](const ParamInfo& param) { return param.isPositional && param.isList; });
+    if (list == params.end()) {
+        return;
+    }
+    NameSource& source = given.names;
+    std::vector<std::string> names;
+    for (const std::string& word : given.ValuesOf(list->name)) {
+        if (word == kStandardInput) {
+            AddNames(terminal.in, source.endWithNul, names);
+        } else {
+            names.push_back(word);
+        }
+    }
+    if (source.file == kStandardInput) {
+        AddNames(terminal.in, source.endWithNul, names);
+    } else if (!source.file.empty()) {
+        errno = 0;
+        std::ifstream file(source.file, std::ios::binary);
+        if (!file) {
+            throw Error(ErrorCode::failed, fmt::format("{} cannot be read: {}", Visible(source.file),
+                                                       std::generic_category().message(errno)));
+        }
+        AddNames(file, source.endWithNul, names);
+    }
+    if (names.empty()) {
+        binding::ThrowMissing(list->name);
+    }
+    given.values[std::string(list->name)] = std::move(names);
+}
+
+} // namespace console

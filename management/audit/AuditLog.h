@@ -1,0 +1,86 @@
+#pragma once
+
+#include "management/audit/Chain.h"
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class CAConnect;
+
+namespace management::audit {
+
+/// An entry, with those that go on with it.
+struct Entry {
+    int id = 0;
+    StoredEntry data = {};
+    std::int64_t rows = 0; ///< with those of its further parts
+    int undoneBy = 0;      ///< the entry that undid it and was not undone itself; 0 where there is none
+};
+
+/// Which entries are meant; what is empty says nothing.
+struct EntryFilter {
+    std::optional<std::string> since = {}; ///< in UTC, YYYY-MM-DD or YYYY-MM-DD HH:MM:SS, likewise below
+    std::optional<std::string> before = {};
+    std::string who = {};
+    std::string noun = {}; ///< the first word of the command
+    std::string item = {}; ///< as AuditedRow.h's ItemsOf has it
+};
+
+/// A row of an entry, with its own id.
+struct NumberedRow {
+    int id = 0;
+    StoredRow row = {};
+};
+
+/// What a walk along the chain has found.
+struct Verification {
+    std::int64_t entries = 0; ///< that are as they were written
+    int firstAltered = 0;     ///< the first entry that is not, or that does not follow the one before it; 0 for none
+    std::string lastDigest = {};
+};
+
+/// The record of what was changed. Nothing here begins a transaction. All functions @throw DatabaseError.
+class AuditLog {
+public:
+    /// @param conn  open, and stays so.
+    explicit AuditLog(CAConnect& conn);
+
+    /// Gives entries from the latest on, until `give` gives false.
+    void Each(const EntryFilter& filter, const std::function<bool(const Entry&)>& give,
+              int most = std::numeric_limits<int>::max());
+    /// @throws Error (notFound).
+    Entry Find(int id);
+    /// Rows of an entry and its further parts, from the last on. @param below  ids of rows to come are less.
+    std::vector<NumberedRow> RowsBackwards(const Entry& entry, int below, int most);
+    /// The same from the first on. @param above  ids of rows to come are greater.
+    std::vector<NumberedRow> Rows(const Entry& entry, int above, int most);
+    /// Rows of an entry and its further parts that are about an item.
+    std::vector<NumberedRow> RowsAbout(const Entry& entry, const std::string& item);
+    /// The latest entry after this one that changed the same row and was not undone; nothing where none did.
+    std::optional<Entry> LaterChange(const Entry& entry, const StoredRow& row);
+    Verification Verify();
+    /// The id below which entries are older than a time that EntryFilter takes; further parts of a change count as its
+    /// first one.
+    int FirstFrom(const std::string& time);
+    /// How many changes have entries below an id.
+    int CountBelow(int id);
+    /// Deletes entries below an id.
+    void DeleteBelow(int id);
+
+private:
+    void LoadUndone();
+
+    CAConnect& m_conn;
+    std::map<int, int> m_undoneBy;
+};
+
+/// "17 (user lock amy; root, 2026-05-07T09:03:00Z)", for sentences.
+std::string Named(const Entry& entry);
+
+} // namespace management::audit

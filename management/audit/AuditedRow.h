@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+class CARecordset;
+
+namespace management::audit {
+
+/// What is kept of the rows of a table that change.
+enum class Keeping : std::uint8_t {
+    byId,      ///< each by its Col_ID
+    byContent, ///< how many equal ones came or went: they have no id
+    countOnly, ///< how many went; what a purge is to free is not kept
+};
+
+/// A table whose changes are recorded.
+struct AuditedTable {
+    std::string_view name;
+    Keeping keeping;
+    std::string_view noun;            ///< what sentences call its rows
+    std::string_view nameColumn = {}; ///< what names a row for people; empty where nothing does
+    int itemType = 0;                 ///< of its rows, where they are items
+};
+
+/// The table of a name, case not counting; null for one whose changes are not recorded.
+const AuditedTable* FindAuditedTable(std::string_view name);
+/// Its columns, as the schema spells them.
+const std::vector<std::string>& ColumnsOf(const AuditedTable& table);
+/// The columns in a statement, with commas between.
+std::string ColumnList(const AuditedTable& table);
+
+/// Columns with their values; nothing for NULL.
+using AuditedRow = std::vector<std::pair<std::string, std::optional<std::string>>>;
+
+/// Reads the columns of a table from a row that begins with them. @param first  the column of the first one.
+/// @throws CAException.
+AuditedRow ReadRow(CARecordset& rows, const AuditedTable& table, long first = 1);
+/// The value of a column; nothing where the row lacks it or it is NULL.
+std::optional<std::string> ValueIn(const AuditedRow& row, std::string_view column);
+
+/// Whether a column of a row is never recorded: stored passwords, the encryption key.
+bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view column);
+/// Stands in recorded rows for a secret that is not empty.
+inline constexpr std::string_view kSecretMark = "(not recorded)";
+/// The row with marks for its secrets.
+AuditedRow WithoutSecrets(const AuditedTable& table, AuditedRow row);
+
+/// The items that a row is about, as "TYPE:ID": itself and those that it links.
+std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& row);
+
+/// As it is stored: a JSON object, without the columns that hold the empty text.
+std::string Packed(const AuditedRow& row);
+/// @throws Error (failed) for a text that is none of those.
+AuditedRow Unpacked(std::string_view text);
+/// The row with all columns of its table, in their order, those that it lacks being empty.
+AuditedRow Completed(const AuditedTable& table, const AuditedRow& row);
+
+} // namespace management::audit

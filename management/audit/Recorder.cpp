@@ -1,0 +1,338 @@
+#include "management/audit/Recorder.h"
+
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CAException.h"
+#include "dbaccess/CARecordset.h"
+#include "management/audit/Chain.h"
+#include "management/audit/WriteStatement.h"
+#include "platform/CodePage.h"
+#include "schema/Schema.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <chrono>
+
+namespace management::audit {
+
+namespace {
+
+constexpr std::size_t kRowsPerQuery = 200;
+constexpr std::size_t kRowsPerInsert = 50;
+constexpr std::size_t kBytesPerInsert = 256 * 1024;
+constexpr int kAccess = 0;
+
+std::string Literal(const CAConnect& conn, std::string_view text)
+{
+    return fmt::format("'{}'", conn.EscapeLiteral(CString(text)).View());
+}
+
+std::string Literal(const CAConnect& conn, const std::optional<std::string>& text)
+{
+    return text ? Literal(conn, std::string_view(*text)) : "NULL";
+}
+
+std::string Now()
+{
+    return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}",
+                       std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
+}
+
+bool SameName(std::string_view a, std::string_view b) { return platform::UpperUtf8(a) == platform::UpperUtf8(b); }
+
+/// The first row that is in one list more often than in the other.
+std::optional<AuditedRow> FirstBeyond(const std::vector<AuditedRow>& rows, std::vector<AuditedRow> known)
+{
+    for (const AuditedRow& row : rows) {
+        const auto found = std::ranges::find(known, row);
+        if (found == known.end()) {
+            return row;
+        }
+        known.erase(found);
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+Recorder::Recorder(CAConnect& conn)
+    : m_conn(conn), m_outer(conn.SetObserver(this)), m_backslashEscapes(conn.EscapeLiteral("\\").GetLength() == 2)
+{
+}
+
+Recorder::~Recorder() { m_conn.SetObserver(m_outer); }
+
+// ---- Watching -------------------------------------------------------------------------------------------------------
+
+std::optional<WriteStatement> Recorder::Parse(const char* sql) const
+{
+    auto statement = ParseWrite(sql, m_backslashEscapes);
+    return statement && FindAuditedTable(statement->table) != nullptr ? std::move(statement) : std::nullopt;
+}
+
+void Recorder::BeforeExecute(CAConnect& /*conn*/, const char* sql)
+{
+    const auto statement = Parse(sql);
+    if (!statement || !statement->isWhole) {
+        return; // what an engine accepts all the same is refused afterwards
+    }
+    const AuditedTable& table = *FindAuditedTable(statement->table);
+    if (table.keeping == Keeping::countOnly) {
+        return;
+    }
+    if (statement->kind == WriteStatement::Kind::insert) {
+        m_equalBefore.clear();
+        if (table.keeping == Keeping::byContent && statement->assignments.size() < ColumnsOf(table).size()) {
+            m_equalBefore = RowsLike(table, *statement);
+        }
+    } else if (table.keeping == Keeping::byId) {
+        NoteRowsBefore(table, *statement);
+    } else {
+        NoteContentsBefore(table, *statement);
+    }
+}
+
+void Recorder::AfterExecute(CAConnect& /*conn*/, const char* sql, int rows)
+{
+    const auto statement = Parse(sql);
+    if (!statement) {
+        return;
+    }
+    if (!statement->isWhole) {
+        throw CAException("internal error: this change cannot be recorded, and was not made");
+    }
+    const AuditedTable& table = *FindAuditedTable(statement->table);
+    if (table.keeping == Keeping::countOnly) {
+        const bool isInsert = statement->kind == WriteStatement::Kind::insert;
+        AddContent(table, {}, isInsert ? 1 : -std::int64_t{std::max(rows, 0)});
+    } else if (statement->kind == WriteStatement::Kind::insert) {
+        NoteInserted(table, *statement);
+    }
+}
+
+void Recorder::NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement)
+{
+    for (AuditedRow& row : Rows(table, statement.condition)) {
+        Touch(table, ValueIn(row, "Col_ID").value_or(""), std::move(row));
+    }
+}
+
+void Recorder::NoteContentsBefore(const AuditedTable& table, const WriteStatement& statement)
+{
+    const std::vector<std::string>& columns = ColumnsOf(table);
+    std::string wanted = ColumnList(table);
+    for (const std::string& column : columns) {
+        const auto given = std::ranges::find_if(
+            statement.assignments, [&column](const auto& assignment) { return SameName(assignment.first, column); });
+        wanted += ", " + (given == statement.assignments.end() ? column : given->second);
+    }
+    CARecordset rows;
+    rows.Open(fmt::format("SELECT {} FROM {} {}", wanted, table.name, statement.condition).c_str(), &m_conn,
+              adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    for (; rows.IsEOF() == 0; rows.MoveNext()) {
+        AddContent(table, ReadRow(rows, table), -1);
+        if (statement.kind == WriteStatement::Kind::update) {
+            AddContent(table, ReadRow(rows, table, static_cast<long>(columns.size()) + 1), 1);
+        }
+    }
+}
+
+void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& statement)
+{
+    if (table.keeping == Keeping::byContent) {
+        const auto added = FirstBeyond(RowsLike(table, statement), m_equalBefore);
+        if (added) {
+            AddContent(table, *added, 1);
+        }
+        return;
+    }
+    const auto id =
+        std::ranges::find_if(statement.assignments, [](const auto& given) { return SameName(given.first, "Col_ID"); });
+    const auto given =
+        id == statement.assignments.end() ? std::nullopt : ValueOfLiteral(id->second, m_backslashEscapes);
+    Touch(table, given ? *given : std::to_string(schema::LastInsertedId(m_conn)), std::nullopt);
+}
+
+void Recorder::Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before)
+{
+    if (m_before.try_emplace({&table, key}, std::move(before)).second) {
+        m_touched.emplace_back(&table, key);
+    }
+}
+
+void Recorder::AddContent(const AuditedTable& table, const AuditedRow& row, std::int64_t count)
+{
+    const Key key{&table, row.empty() ? std::string() : Packed(row)};
+    if (m_rows.try_emplace(key, row).second) {
+        m_contents.push_back(key);
+    }
+    m_counts[key] += count;
+}
+
+std::vector<AuditedRow> Recorder::Rows(const AuditedTable& table, const std::string& condition)
+{
+    std::vector<AuditedRow> all;
+    CARecordset rows;
+    rows.Open(fmt::format("SELECT {} FROM {} {}", ColumnList(table), table.name, condition).c_str(), &m_conn,
+              adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    for (; rows.IsEOF() == 0; rows.MoveNext()) {
+        all.push_back(ReadRow(rows, table));
+    }
+    return all;
+}
+
+// The engine may take for equal what is not, so the values are compared once more.
+std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const WriteStatement& insert)
+{
+    constexpr std::size_t longest = 128;
+    std::string condition;
+    AuditedRow given;
+    for (const auto& [column, literal] : insert.assignments) {
+        const auto value = ValueOfLiteral(literal, m_backslashEscapes);
+        if (value) {
+            given.emplace_back(column, value);
+        }
+        if (value && value->size() <= longest) {
+            condition += fmt::format("{} {} = {}", condition.empty() ? "WHERE" : " AND", column, literal);
+        }
+    }
+    std::vector<AuditedRow> rows = Rows(table, condition);
+    std::erase_if(rows, [&given](const AuditedRow& row) {
+        return std::ranges::any_of(given, [&row](const auto& cell) {
+            const auto same = [&cell](const auto& other) { return SameName(other.first, cell.first); };
+            const auto found = std::ranges::find_if(row, same);
+            return found != row.end() && found->second != cell.second;
+        });
+    });
+    return rows;
+}
+
+// ---- Writing --------------------------------------------------------------------------------------------------------
+
+void Recorder::TakeRowChanges(std::vector<RowChange>& changes)
+{
+    for (std::size_t begin = 0; begin < m_touched.size();) {
+        const AuditedTable& table = *m_touched[begin].first;
+        std::size_t end = begin;
+        std::string ids;
+        while (end < m_touched.size() && m_touched[end].first == &table && end - begin < kRowsPerQuery) {
+            ids += (ids.empty() ? "" : ", ") + Literal(m_conn, std::string_view(m_touched[end++].second));
+        }
+        std::map<std::string, AuditedRow> after;
+        for (AuditedRow& row : Rows(table, fmt::format("WHERE Col_ID IN ({})", ids))) {
+            after.emplace(ValueIn(row, "Col_ID").value_or(""), std::move(row));
+        }
+        for (; begin < end; ++begin) {
+            const std::string& key = m_touched[begin].second;
+            std::optional<AuditedRow>& before = m_before.at(m_touched[begin]);
+            const auto found = after.find(key);
+            RowChange change{&table, key, 0};
+            if (before && found != after.end()) {
+                change.before.emplace();
+                change.after.emplace();
+                for (std::size_t i = 0; i < before->size(); ++i) {
+                    if ((*before)[i] != found->second[i]) {
+                        change.before->push_back((*before)[i]);
+                        change.after->push_back(found->second[i]);
+                    }
+                }
+                if (change.before->empty()) {
+                    continue;
+                }
+            } else if (before) {
+                change.count = -1;
+                change.before = std::move(before);
+            } else if (found != after.end()) {
+                change.count = 1;
+                change.after = std::move(found->second);
+            } else {
+                continue;
+            }
+            changes.push_back(std::move(change));
+        }
+    }
+}
+
+std::vector<RowChange> Recorder::TakeChanges()
+{
+    std::vector<RowChange> changes;
+    std::ranges::stable_sort(m_touched, {}, &Key::first);
+    TakeRowChanges(changes);
+    for (const Key& key : m_contents) {
+        const std::int64_t count = m_counts.at(key);
+        if (count != 0) {
+            RowChange change{key.first, "", count};
+            AuditedRow& row = m_rows.at(key);
+            if (!row.empty()) {
+                (count < 0 ? change.before : change.after) = std::move(row);
+            }
+            changes.push_back(std::move(change));
+        }
+    }
+    m_touched.clear();
+    m_before.clear();
+    m_contents.clear();
+    m_counts.clear();
+    m_rows.clear();
+    return changes;
+}
+
+int Recorder::Write(const EntryData& data, bool isForced)
+{
+    // What is written here is not itself a change of the directory.
+    dbaccess::StatementObserver* const self = m_conn.SetObserver(nullptr);
+    struct Restore {
+        CAConnect& conn;
+        dbaccess::StatementObserver* observer;
+        ~Restore() { conn.SetObserver(observer); }
+    } const restore{m_conn, self};
+
+    std::vector<StoredRow> rows;
+    for (const RowChange& change : TakeChanges()) {
+        rows.push_back(Stored(change));
+    }
+    if (rows.empty() && !isForced) {
+        return 0;
+    }
+    StoredEntry entry{.time = Now(),
+                      .who = data.who,
+                      .frontEnd = data.frontEnd,
+                      .command = data.command,
+                      .reason = data.reason,
+                      .partOf = data.partOf,
+                      .undoes = data.undoes,
+                      .rows = static_cast<int>(rows.size()),
+                      .previous = LastDigest(m_conn)};
+    entry.digest = DigestOf(entry, rows);
+    const auto literal = [this](std::string_view text) { return Literal(m_conn, text); };
+    m_conn.Execute(fmt::format("INSERT INTO qv_AuditEntry (Col_Time, Col_Who, Col_FrontEnd, Col_Command, Col_Reason, "
+                               "Col_PartOf, Col_Undoes, Col_Rows, Col_Previous, Col_Digest) VALUES ({}, {}, {}, {}, "
+                               "{}, {}, {}, {}, {}, {})",
+                               literal(entry.time), literal(entry.who), literal(entry.frontEnd), literal(entry.command),
+                               literal(entry.reason), entry.partOf, literal(entry.undoes), entry.rows,
+                               literal(entry.previous), literal(entry.digest))
+                       .c_str());
+    const int id = schema::LastInsertedId(m_conn);
+    const std::size_t most = m_conn.m_nDBType == kAccess ? 1 : kRowsPerInsert;
+    std::string values;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const StoredRow& row = rows[i];
+        values += fmt::format("{}({}, {}, {}, {}, {}, {}, {}, {})", values.empty() ? "" : ", ", id, literal(row.table),
+                              literal(row.key), row.count, literal(row.item), literal(row.otherItem),
+                              Literal(m_conn, row.before), Literal(m_conn, row.after));
+        if (++count == most || values.size() > kBytesPerInsert || i + 1 == rows.size()) {
+            m_conn.Execute(("INSERT INTO qv_AuditRow (Col_EntryID, Col_Table, Col_Key, Col_Count, Col_Item, "
+                            "Col_OtherItem, Col_Before, Col_After) VALUES " +
+                            values)
+                               .c_str());
+            values.clear();
+            count = 0;
+        }
+    }
+    return id;
+}
+
+} // namespace management::audit

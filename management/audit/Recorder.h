@@ -1,0 +1,81 @@
+#pragma once
+
+#include "dbaccess/StatementObserver.h"
+#include "management/audit/AuditedRow.h"
+#include "management/audit/WriteStatement.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+class CAConnect;
+
+namespace management::audit {
+
+/// What is known of a change beside its rows.
+struct EntryData {
+    std::string who;
+    std::string frontEnd;
+    std::string command;
+    std::string reason;
+    int partOf = 0;          ///< the first entry of a change of several transactions; 0 in that one
+    std::string undoes = {}; ///< ids of entries, with blanks between them
+};
+
+/// One row that changed, or equal rows without ids that came or went.
+struct RowChange {
+    const AuditedTable* table = nullptr;
+    std::string key = {};                  ///< its Col_ID; empty where it has none
+    std::int64_t count = 1;                ///< how many rows came, or, below 0, went; of a row that stayed 0
+    std::optional<AuditedRow> before = {}; ///< of a row that stayed, only what changed; likewise below
+    std::optional<AuditedRow> after = {};
+};
+
+/// Watches what is written to a directory and records it: rows before and after, whatever statement wrote them. Lives
+/// for one transaction, on its thread.
+class Recorder final : public dbaccess::StatementObserver {
+public:
+    /// Watches from now on. @param conn  outlives this.
+    explicit Recorder(CAConnect& conn);
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+    ~Recorder() override;
+
+    void BeforeExecute(CAConnect& conn, const char* sql) override;
+    void AfterExecute(CAConnect& conn, const char* sql, int rows) override;
+
+    /// Writes an entry for all that was recorded since the last one, in the transaction that is open.
+    /// @param isForced  also when no row changed.
+    /// @return its id, 0 when there was nothing to write. @throws CAException.
+    int Write(const EntryData& data, bool isForced = false);
+
+private:
+    using Key = std::pair<const AuditedTable*, std::string>;
+
+    [[nodiscard]] std::optional<WriteStatement> Parse(const char* sql) const;
+    void NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement);
+    void NoteContentsBefore(const AuditedTable& table, const WriteStatement& statement);
+    void NoteInserted(const AuditedTable& table, const WriteStatement& statement);
+    void Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before);
+    void AddContent(const AuditedTable& table, const AuditedRow& row, std::int64_t count);
+    std::vector<AuditedRow> Rows(const AuditedTable& table, const std::string& condition);
+    std::vector<AuditedRow> RowsLike(const AuditedTable& table, const WriteStatement& insert);
+    std::vector<RowChange> TakeChanges();
+    void TakeRowChanges(std::vector<RowChange>& changes);
+
+    CAConnect& m_conn;
+    dbaccess::StatementObserver* m_outer;
+    bool m_backslashEscapes;
+    std::vector<Key> m_touched; ///< in the order of their first change
+    std::map<Key, std::optional<AuditedRow>> m_before;
+    std::vector<Key> m_contents;
+    std::map<Key, std::int64_t> m_counts; ///< by packed content; of tables that are only counted, the empty text
+    std::map<Key, AuditedRow> m_rows;
+    std::vector<AuditedRow> m_equalBefore; ///< of the insert that runs
+};
+
+} // namespace management::audit

@@ -1,0 +1,393 @@
+#include "management/audit/Undo.h"
+
+#include "basefun/ItemTypes.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
+#include "management/Escape.h"
+#include "management/Items.h"
+#include "management/Names.h"
+#include "management/Query.h"
+#include "management/References.h"
+#include "management/Text.h"
+#include "schema/Schema.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+namespace management::audit {
+
+namespace {
+
+constexpr int kRowsAtOnce = 200;
+
+ItemKey KeyOf(const std::string& item)
+{
+    ItemKey key{};
+    const std::size_t colon = item.find(':');
+    std::from_chars(item.data(), item.data() + colon, key.type);
+    std::from_chars(item.data() + colon + 1, item.data() + item.size(), key.id);
+    return key;
+}
+
+const AuditedTable& TableOf(const StoredRow& row)
+{
+    const AuditedTable* table = FindAuditedTable(row.table);
+    if (table == nullptr) {
+        throw Error(ErrorCode::failed, fmt::format("the record names a table {} that there is not", Quoted(row.table)));
+    }
+    return *table;
+}
+
+/// Where the two differ in what was recorded. @param recorded  of a row that stayed, only some columns.
+bool IsAsRecorded(const AuditedRow& present, const AuditedRow& recorded)
+{
+    return std::ranges::all_of(recorded, [&present](const auto& cell) {
+        return cell.second == kSecretMark || ValueIn(present, cell.first) == cell.second;
+    });
+}
+
+bool HasSecret(const AuditedRow& row)
+{
+    return std::ranges::any_of(row, [](const auto& cell) { return cell.second == kSecretMark; });
+}
+
+AuditedRow WithoutMarks(AuditedRow row)
+{
+    for (auto& [column, value] : row) {
+        value = value == kSecretMark ? std::optional<std::string>("") : value;
+    }
+    return row;
+}
+
+} // namespace
+
+std::string Described(const StoredRow& row)
+{
+    const AuditedTable& table = TableOf(row);
+    const AuditedRow content = row.after || row.before ? Unpacked(row.after ? *row.after : *row.before) : AuditedRow();
+    const std::string name = table.nameColumn.empty() ? "" : ValueIn(content, table.nameColumn).value_or("");
+    std::string text(table.noun);
+    text += name.empty() ? "" : " " + Visible(name);
+    return row.key.empty() ? text : fmt::format("{} (id {})", text, Visible(row.key));
+}
+
+// ---- Putting rows back ----------------------------------------------------------------------------------------------
+
+void Undo::Apply(const Entry& entry)
+{
+    if (entry.undoneBy != 0) {
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} was undone by {} already; nothing was undone", entry.id, entry.undoneBy));
+    }
+    for (int below = std::numeric_limits<int>::max();;) {
+        const std::vector<NumberedRow> rows = m_log.RowsBackwards(entry, below, kRowsAtOnce);
+        for (std::size_t i = 0; i < rows.size();) {
+            const std::size_t next = RemoveAdded(entry, rows, i);
+            if (next == i) {
+                ApplyRow(entry, rows[i++].row);
+            } else {
+                i = next;
+            }
+        }
+        if (rows.empty()) {
+            return;
+        }
+        below = rows.back().id;
+    }
+}
+
+/// Deletes rows of one table that were added, all at once. @return the place after them; `begin` where there are none.
+std::size_t Undo::RemoveAdded(const Entry& entry, const std::vector<NumberedRow>& rows, std::size_t begin)
+{
+    const AuditedTable& table = TableOf(rows[begin].row);
+    std::size_t end = begin;
+    std::string ids;
+    for (; end < rows.size() && rows[end].row.table == table.name && table.keeping == Keeping::byId &&
+           rows[end].row.count > 0;
+         ++end) {
+        ids += fmt::format("{}'{}'", ids.empty() ? "" : ", ", EscapeLiteral(m_conn, rows[end].row.key).View());
+    }
+    if (end == begin) {
+        return begin;
+    }
+    const std::string condition = fmt::format("WHERE Col_ID IN ({})", ids);
+    std::map<std::string, AuditedRow> present;
+    for (AuditedRow& row : Rows(table, condition)) {
+        present.emplace(ValueIn(row, "Col_ID").value_or(""), std::move(row));
+    }
+    for (std::size_t i = begin; i < end; ++i) {
+        const StoredRow& row = rows[i].row;
+        const auto found = present.find(row.key);
+        if (found == present.end() ||
+            !IsAsRecorded(found->second, Completed(table, Unpacked(row.after.value_or("{}"))))) {
+            ThrowInTheWay(entry, table, row);
+        }
+        if (table.itemType != 0) {
+            m_removedItems.insert(row.item);
+        }
+    }
+    Execute(m_conn, fmt::format("DELETE FROM {} {}", table.name, condition));
+    return end;
+}
+
+void Undo::ApplyRow(const Entry& entry, const StoredRow& row)
+{
+    const AuditedTable& table = TableOf(row);
+    RequireRecorded(entry, table, row);
+    for (const std::string& item : {row.item, row.otherItem}) {
+        if (!item.empty() && row.count <= 0) {
+            m_linkedItems.insert(item);
+        }
+    }
+    if (table.keeping == Keeping::byContent) {
+        RestoreContent(entry, table, row);
+    } else if (row.count < 0) {
+        Restore(entry, table, row);
+    } else {
+        ChangeBack(entry, table, row);
+    }
+}
+
+void Undo::RequireRecorded(const Entry& entry, const AuditedTable& table, const StoredRow& row)
+{
+    if (table.keeping == Keeping::countOnly) {
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} cannot be undone: it deleted {}, of which the record has the number alone; nothing "
+                                "was undone",
+                                entry.id, Counted(static_cast<std::size_t>(-row.count), table.noun)));
+    }
+    const bool stays = row.count == 0 || table.keeping == Keeping::byContent;
+    const AuditedRow content = Unpacked(row.after ? *row.after : row.before.value_or("{}"));
+    const AuditedRow earlier = Unpacked(row.before.value_or("{}"));
+    if (stays && (HasSecret(content) || HasSecret(earlier))) {
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} cannot be undone: it changed {} of {}, which is never recorded; nothing was undone",
+                                entry.id, table.name == "qv_User" ? "the password" : "the value", Described(row)));
+    }
+}
+
+void Undo::Restore(const Entry& entry, const AuditedTable& table, const StoredRow& row)
+{
+    if (!Rows(table, fmt::format("WHERE Col_ID = '{}'", EscapeLiteral(m_conn, row.key).View())).empty()) {
+        ThrowInTheWay(entry, table, row);
+    }
+    const AuditedRow content = Completed(table, Unpacked(row.before.value_or("{}")));
+    if (HasSecret(content)) {
+        m_withoutPassword.push_back(Described(row));
+    }
+    Insert(table, WithoutMarks(content));
+    m_named.emplace(&table, row.key);
+}
+
+void Undo::ChangeBack(const Entry& entry, const AuditedTable& table, const StoredRow& row)
+{
+    const std::string condition = fmt::format("WHERE Col_ID = '{}'", EscapeLiteral(m_conn, row.key).View());
+    const std::vector<AuditedRow> present = Rows(table, condition);
+    // A column that became empty is not in what was packed.
+    const AuditedRow before = Unpacked(row.before.value_or("{}"));
+    const AuditedRow after = Unpacked(row.after.value_or("{}"));
+    std::set<std::string> columns;
+    for (const auto& cells : {before, after}) {
+        for (const auto& cell : cells) {
+            columns.insert(cell.first);
+        }
+    }
+    const AuditedRow wholeBefore = Completed(table, before);
+    AuditedRow wholeAfter = Completed(table, after);
+    std::erase_if(wholeAfter, [&columns](const auto& cell) { return !columns.contains(cell.first); });
+    if (present.empty() || !IsAsRecorded(present.front(), wholeAfter)) {
+        ThrowInTheWay(entry, table, row);
+    }
+    std::string assignments;
+    for (const std::string& column : columns) {
+        const auto value = ValueIn(wholeBefore, column);
+        assignments += fmt::format("{}{} = {}", assignments.empty() ? "" : ", ", column,
+                                   value ? fmt::format("'{}'", EscapeLiteral(m_conn, *value).View()) : "NULL");
+    }
+    Execute(m_conn, fmt::format("UPDATE {} SET {} {}", table.name, assignments, condition));
+    m_named.emplace(&table, row.key);
+}
+
+// Rows without ids are deleted by their content, which the engine may compare with less care: what it takes for equal
+// and is not, is put back.
+void Undo::RestoreContent(const Entry& entry, const AuditedTable& table, const StoredRow& row)
+{
+    const AuditedRow content =
+        Completed(table, Unpacked(row.count > 0 ? row.after.value_or("{}") : row.before.value_or("{}")));
+    const std::string condition = ConditionOf(content);
+    const std::vector<AuditedRow> alike = Rows(table, condition);
+    const std::int64_t equal = std::ranges::count(alike, content);
+    if (row.count > 0 ? equal < row.count : equal != 0) {
+        ThrowInTheWay(entry, table, row);
+    }
+    if (row.count > 0) {
+        Execute(m_conn, fmt::format("DELETE FROM {} {}", table.name, condition));
+        std::int64_t left = row.count;
+        for (const AuditedRow& other : alike) {
+            if (other != content || --left < 0) {
+                Insert(table, other);
+            }
+        }
+        return;
+    }
+    for (std::int64_t i = row.count; i < 0; ++i) {
+        Insert(table, content);
+    }
+    if (table.name == "qv_Relation" && ValueIn(content, "Col_RelType") == std::to_string(kMembership)) {
+        m_links.emplace(row.item, row.otherItem);
+    }
+}
+
+void Undo::ThrowInTheWay(const Entry& entry, const AuditedTable& /*table*/, const StoredRow& row)
+{
+    const std::optional<Entry> later = m_log.LaterChange(entry, row);
+    throw Error(ErrorCode::conflict, fmt::format("{} cannot be undone: {} was changed later, by {}; nothing was undone",
+                                                 entry.id, Described(row), later ? Named(*later) : "another program"));
+}
+
+std::string Undo::ConditionOf(const AuditedRow& row) const
+{
+    std::string condition;
+    for (const auto& [column, value] : row) {
+        condition += fmt::format("{} {} {}", condition.empty() ? "WHERE" : " AND", column,
+                                 value ? fmt::format("= '{}'", EscapeLiteral(m_conn, *value).View()) : "IS NULL");
+    }
+    return condition;
+}
+
+std::vector<AuditedRow> Undo::Rows(const AuditedTable& table, const std::string& condition)
+{
+    std::vector<AuditedRow> rows;
+    EachRow(m_conn, fmt::format("SELECT {} FROM {} {}", ColumnList(table), table.name, condition),
+            [&](CARecordset& row) { rows.push_back(ReadRow(row, table)); });
+    return rows;
+}
+
+void Undo::Insert(const AuditedTable& table, const AuditedRow& row)
+{
+    std::string columns;
+    std::string values;
+    for (const auto& [column, value] : row) {
+        columns += (columns.empty() ? "" : ", ") + column;
+        values += fmt::format("{}{}", values.empty() ? "" : ", ",
+                              value ? fmt::format("'{}'", EscapeLiteral(m_conn, *value).View()) : "NULL");
+    }
+    const std::string sql = fmt::format("INSERT INTO {} ({}) VALUES ({})", table.name, columns, values);
+    if (table.keeping == Keeping::byId) {
+        WithDatabaseErrors(m_conn, [&] { schema::ExecuteWithIds(m_conn, std::string(table.name), sql); });
+    } else {
+        Execute(m_conn, sql);
+    }
+}
+
+// ---- Looking whether the directory holds together
+// ---------------------------------------------------------------------
+
+void Undo::Check()
+{
+    CheckNothingLeft();
+    CheckItemsThere();
+    CheckNames();
+    CheckCycles();
+}
+
+void Undo::CheckNothingLeft()
+{
+    for (const std::string& item : m_removedItems) {
+        const ItemKey key = KeyOf(item);
+        const std::vector<Reference> references = CountReferences(m_conn, key.type, {key.id});
+        if (CountOf(references) != 0) {
+            throw Error(ErrorCode::conflict,
+                        fmt::format("{} id {} cannot go again: there came others to it since{}; nothing was undone",
+                                    TypeName(key.type), key.id, WithReferences(references)));
+        }
+    }
+}
+
+void Undo::CheckItemsThere()
+{
+    NameCache names(m_conn);
+    for (const std::string& item : m_linkedItems) {
+        const ItemKey key = KeyOf(item);
+        if (key.id > 0 && key.type >= kItemTypeUser && key.type <= kItemTypeView && names.NameOf(key).empty()) {
+            throw Error(ErrorCode::conflict,
+                        fmt::format("what would come back belongs to {} id {}, which is gone; undo its deletion first. "
+                                    "Nothing was undone",
+                                    TypeName(key.type), key.id));
+        }
+    }
+}
+
+void Undo::CheckNames()
+{
+    for (const auto& [table, key] : m_named) {
+        if (table->nameColumn.empty() || table->name == "qv_Group" || table->name == "Kel_Board" ||
+            table->name == "Tab_BIOAce" || table->name == "Tab_Doc_VFolder" || table->name == "kel_AddIn") {
+            continue;
+        }
+        const std::string own = fmt::format("WHERE Col_ID = '{}'", EscapeLiteral(m_conn, key).View());
+        const std::vector<AuditedRow> rows = Rows(*table, own);
+        const std::string name = rows.empty() ? "" : ValueIn(rows.front(), table->nameColumn).value_or("");
+        if (name.empty()) {
+            continue;
+        }
+        const std::string value = Text(EscapeLiteral(m_conn, name));
+        const std::string folded = m_conn.m_nDBType == kComparesInCapitals
+                                       ? fmt::format("upper({}) = upper('{}')", table->nameColumn, value)
+                                       : fmt::format("{} = '{}'", table->nameColumn, value);
+        for (const AuditedRow& other : Rows(*table, "WHERE " + folded)) {
+            const auto scopeOf = [](const AuditedRow& row) {
+                return std::tuple(ValueIn(row, "Col_AppName"), ValueIn(row, "Col_DomainID"), ValueIn(row, "Col_Type"),
+                                  ValueIn(row, "Col_OwnerID"));
+            };
+            if (ValueIn(other, "Col_ID") != key && scopeOf(other) == scopeOf(rows.front()) &&
+                SameName(ValueIn(other, table->nameColumn).value_or(""), name)) {
+                throw Error(ErrorCode::conflict,
+                            fmt::format("there is another {} {} by now (id {}); nothing was undone", table->noun,
+                                        Visible(name), ValueIn(other, "Col_ID").value_or("")));
+            }
+        }
+    }
+}
+
+void Undo::CheckCycles()
+{
+    const bool hasGroups =
+        std::ranges::any_of(m_links, [](const auto& link) { return KeyOf(link.second).type == kItemTypeGroup; });
+    const bool hasNames = std::ranges::any_of(m_named, [](const auto& row) { return row.first->name == "qv_Group"; });
+    if (!hasGroups && !hasNames) {
+        return;
+    }
+    const Organisation organisation(m_conn);
+    for (const auto& [holder, member] : m_links) {
+        const ItemKey group = KeyOf(member);
+        if (group.type != kItemTypeGroup || organisation.Find(group) == nullptr) {
+            continue;
+        }
+        if (const auto cycle = organisation.CycleClosedBy(KeyOf(holder), group); !cycle.empty()) {
+            throw Error(ErrorCode::conflict, fmt::format("the groups would form a cycle: {}; nothing was undone",
+                                                         organisation.CycleText(cycle)));
+        }
+    }
+    for (const Node& node : organisation.Places()) {
+        std::set<std::string> seen;
+        for (const std::size_t child : node.children) {
+            const Node& group = organisation.Places()[child];
+            const bool isConcerned = m_named.contains({FindAuditedTable("qv_Group"), std::to_string(group.key.id)}) ||
+                                     m_links.contains({fmt::format("{}:{}", node.key.type, node.key.id),
+                                                       fmt::format("{}:{}", group.key.type, group.key.id)});
+            const std::vector<ItemKey> alike =
+                isConcerned ? organisation.ChildrenNamed(node.key, group.name) : std::vector<ItemKey>();
+            if (alike.size() > 1) {
+                throw Error(ErrorCode::conflict, fmt::format("there would be two groups {}; nothing was undone",
+                                                             organisation.PathOf(group.key)));
+            }
+        }
+    }
+}
+
+} // namespace management::audit

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "management/audit/AuditLog.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+class CAConnect;
+
+namespace management::audit {
+
+/// Puts rows back as they were before entries of the record. To be used within one Change, the latest entry first.
+class Undo {
+public:
+    /// Both outlive this.
+    Undo(CAConnect& conn, AuditLog& log) : m_conn(conn), m_log(log) {}
+
+    /// Undoes an entry. @throws Error (conflict), naming what is in the way: a later change, something that cannot be
+    /// put back. @throws DatabaseError.
+    void Apply(const Entry& entry);
+    /// Looks whether the directory holds together after all entries: no link of or to what is gone, no name twice, no
+    /// cycle. @throws Error (conflict) that names what does not. @throws DatabaseError.
+    void Check();
+    /// Login names of users who came back without the password that they had.
+    [[nodiscard]] const std::vector<std::string>& WithoutPassword() const { return m_withoutPassword; }
+
+private:
+    void ApplyRow(const Entry& entry, const StoredRow& row);
+    std::size_t RemoveAdded(const Entry& entry, const std::vector<NumberedRow>& rows, std::size_t begin);
+    void Restore(const Entry& entry, const AuditedTable& table, const StoredRow& row);
+    void RestoreContent(const Entry& entry, const AuditedTable& table, const StoredRow& row);
+    void ChangeBack(const Entry& entry, const AuditedTable& table, const StoredRow& row);
+    [[noreturn]] void ThrowInTheWay(const Entry& entry, const AuditedTable& table, const StoredRow& row);
+    void RequireRecorded(const Entry& entry, const AuditedTable& table, const StoredRow& row);
+    [[nodiscard]] std::string ConditionOf(const AuditedRow& row) const;
+    std::vector<AuditedRow> Rows(const AuditedTable& table, const std::string& condition);
+    void Insert(const AuditedTable& table, const AuditedRow& row);
+    void CheckItemsThere();
+    void CheckNothingLeft();
+    void CheckNames();
+    void CheckCycles();
+
+    CAConnect& m_conn;
+    AuditLog& m_log;
+    std::set<std::string> m_removedItems; ///< as ItemsOf has them, likewise below
+    std::set<std::string> m_linkedItems;
+    std::set<std::pair<std::string, std::string>> m_links;         ///< of memberships that came back: holder, member
+    std::set<std::pair<const AuditedTable*, std::string>> m_named; ///< rows that came back or may have another name
+    std::vector<std::string> m_withoutPassword;
+};
+
+/// "user amy (id 17)", from what an entry has of a row.
+std::string Described(const StoredRow& row);
+
+} // namespace management::audit

@@ -1,0 +1,90 @@
+#include "management/audit/WriteStatement.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+
+using management::audit::ParseWrite;
+using management::audit::ValueOfLiteral;
+using management::audit::WriteStatement;
+using testing::ElementsAre;
+using testing::Pair;
+
+// Statements that write, taken apart.
+
+TEST(WriteStatement, AnInsertHasItsColumnsAndValues)
+{
+    const auto read = ParseWrite("INSERT INTO qv_User ( Col_LoginName,Col_Name, Col_Sex ) VALUES ('o''brien, (x',\n"
+                                 "'WHERE' , -1) ",
+                                 false);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->kind, WriteStatement::Kind::insert);
+    EXPECT_TRUE(read->isWhole);
+    EXPECT_EQ(read->table, "qv_User");
+    EXPECT_THAT(read->assignments, ElementsAre(Pair("Col_LoginName", "'o''brien, (x'"), Pair("Col_Name", "'WHERE'"),
+                                               Pair("Col_Sex", "-1")));
+    EXPECT_EQ(read->condition, "");
+}
+
+TEST(WriteStatement, AnUpdateEndsAtTheWhereOutsideOfLiteralsAndBrackets)
+{
+    const auto read =
+        ParseWrite("UPDATE t Set a = 'x WHERE y', b=(SELECT 1 FROM u WHERE c = 2),c= c + 1 where d = ')'", false);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->kind, WriteStatement::Kind::update);
+    EXPECT_TRUE(read->isWhole);
+    EXPECT_THAT(read->assignments,
+                ElementsAre(Pair("a", "'x WHERE y'"), Pair("b", "(SELECT 1 FROM u WHERE c = 2)"), Pair("c", "c + 1")));
+    EXPECT_EQ(read->condition, "where d = ')'");
+    EXPECT_EQ(ParseWrite("UPDATE qv_User SET Col_Picture = ''", false)->condition, "");
+}
+
+TEST(WriteStatement, ADeletionKeepsItsConditionAsItIs)
+{
+    const auto read = ParseWrite("DELETE FROM t WHERE a IN (SELECT 1) AND b = 'x'", false);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->kind, WriteStatement::Kind::remove);
+    EXPECT_EQ(read->table, "t");
+    EXPECT_EQ(read->condition, "WHERE a IN (SELECT 1) AND b = 'x'");
+}
+
+TEST(WriteStatement, ABackslashHidesAQuoteWhereTheEngineSaysSo)
+{
+    const char* sql = R"(UPDATE t SET a = 'x\' WHERE y', b = 2 WHERE c = 1)";
+    EXPECT_EQ(ParseWrite(sql, true)->condition, "WHERE c = 1");
+    EXPECT_EQ(ParseWrite(sql, true)->assignments.size(), 2U);
+    EXPECT_EQ(ParseWrite(R"(UPDATE t SET a = 'x\' WHERE c = '1')", false)->condition, "WHERE c = '1'");
+}
+
+TEST(WriteStatement, WhatDoesNotWriteRowsIsNone)
+{
+    for (const char* sql : {"SELECT 1", "", "CREATE TABLE t (a)", "  ", "DROP TABLE t", "INSERTINTO t", "SET x = 1"}) {
+        EXPECT_FALSE(ParseWrite(sql, false)) << sql;
+    }
+}
+
+TEST(WriteStatement, WhatCannotBeReadIsSaidToBeSo)
+{
+    for (const char* sql :
+         {"INSERT INTO t VALUES (1)", "INSERT INTO t (a) SELECT 1", "INSERT INTO t (a, b) VALUES (1)",
+          "INSERT INTO t (a) VALUES (1), (2)", "INSERT INTO t (a) VALUES ( 1", "UPDATE t a = 1", "UPDATE t SET a"}) {
+        const auto read = ParseWrite(sql, false);
+        ASSERT_TRUE(read) << sql;
+        EXPECT_FALSE(read->isWhole) << sql;
+    }
+}
+
+TEST(WriteStatement, LiteralsHaveValues)
+{
+    EXPECT_EQ(ValueOfLiteral(" -17 ", false), "-17");
+    EXPECT_EQ(ValueOfLiteral("'it''s'", false), "it's");
+    EXPECT_EQ(ValueOfLiteral(R"('a\b')", false), R"(a\b)");
+    EXPECT_EQ(ValueOfLiteral(R"('a\\b\'c')", true), R"(a\b'c)");
+    EXPECT_EQ(ValueOfLiteral("''", true), "");
+    for (const char* literal : {"NULL", "1 + 1", "'a' || 'b'", "-", "", "'", "x", R"('a\nb')"}) {
+        EXPECT_EQ(ValueOfLiteral(literal, true), std::nullopt) << literal;
+    }
+}
