@@ -63,10 +63,8 @@ private:
         fuzz::Require(m_directory.FindId(text).has_value(), "a saved user is found by login name");
         fuzz::Require(m_directory.Exists(text), "a saved login name is found");
 
-        item.m_nID = id;
-        item.m_strName = "new";
-        m_directory.Update(item);
-        fuzz::Require(m_directory.NameOfId(id) == "new", "an updated name is the new one");
+        m_directory.Set(id, {{management::FindField("name"), "new"}});
+        fuzz::Require(m_directory.NameOfId(id) == "new", "a name that was set is the new one");
         RequireOthers(2);
     }
 

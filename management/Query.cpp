@@ -40,8 +40,13 @@ void Assignments::Number(std::string_view column, const std::optional<int>& numb
 
 void Assignments::Apply(CAConnect& conn, std::string_view table, int id) const
 {
+    Apply(conn, table, fmt::format("Col_ID = {}", id));
+}
+
+void Assignments::Apply(CAConnect& conn, std::string_view table, std::string_view condition) const
+{
     if (!m_text.empty()) {
-        Execute(conn, fmt::format("UPDATE {} SET {} WHERE Col_ID = {}", table, m_text, id));
+        Execute(conn, fmt::format("UPDATE {} SET {} WHERE {}", table, m_text, condition));
     }
 }
 

@@ -67,6 +67,8 @@ public:
     void Number(std::string_view column, const std::optional<int>& number);
     /// Changes the row of an id, if there is anything to change. @throws DatabaseError.
     void Apply(CAConnect& conn, std::string_view table, int id) const;
+    /// The same with every row of which a condition holds.
+    void Apply(CAConnect& conn, std::string_view table, std::string_view condition) const;
 
 private:
     void Add(std::string_view column, std::string_view value);

@@ -430,11 +430,6 @@ Result Revoke(Call& call, const RightToRevoke& in, const Revocation& revocation)
 
 // ---- Rights of items on items ---------------------------------------------------------------------------------------
 
-RightOn RowOf(const RightRef& right, PermissionMask powers)
-{
-    return {right.function, right.holder.key, right.on.value().key, powers};
-}
-
 std::vector<RightOn> FindRowsOn(Rights& rights, const RightRef& right)
 {
     std::vector<RightOn> rows = rights.FindOn(right.holder.key, right.on.value().key, right.function);
@@ -456,19 +451,6 @@ Result GiveRows(const Call& call, const std::vector<RightOn>& rights)
         }
     }
     return {};
-}
-
-/// The module writes both powers of all rows at once, so a second power that is to stay must be one.
-int CommonUnpower(const RightRef& right, const std::vector<RightOn>& rows)
-{
-    const int unpower = rows.front().powers.unpower;
-    if (std::ranges::any_of(rows, [unpower](const RightOn& row) { return row.powers.unpower != unpower; })) {
-        throw Error(ErrorCode::conflict,
-                    fmt::format("{} has {} in {} with different second powers; say with --unpower which they are to "
-                                "have",
-                                Named(right.holder), TextOf(right), Counted(rows.size(), "row")));
-    }
-    return unpower;
 }
 
 Result ListOn(Call& call, const ListingOn& in)
@@ -493,7 +475,7 @@ Result GrantOn(Call& call, const RightOnToGrant& in)
     if (rights.ExistsOn(right.holder.key, right.on.value().key, right.function)) {
         ThrowPresent(right);
     }
-    rights.GrantOn(RowOf(right, powers));
+    rights.GrantOn({right.function, right.holder.key, right.on.value().key, powers});
     ReportGranted(call, right, powers);
     return {};
 }
@@ -504,9 +486,9 @@ Result SetOn(Call& call, const RightOnToSet& in)
     const std::optional<int> unpower = PowerGiven(in.unpower);
     Rights rights(call.Connection());
     const RightRef right = FindBoth(call.Connection(), in);
-    const std::vector<RightOn> rows = FindRowsOn(rights, right);
-    rights.SetOn(RowOf(right, {power, unpower ? *unpower : CommonUnpower(right, rows)}));
-    ReportSet(call, right, power, rows.size());
+    const std::size_t rows = FindRowsOn(rights, right).size();
+    rights.SetOn(right.holder.key, right.on.value().key, right.function, power, unpower);
+    ReportSet(call, right, power, rows);
     return {};
 }
 

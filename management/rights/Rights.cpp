@@ -62,6 +62,11 @@ std::string Rights::IsFunction(const Function& function) const
                        EscapeLiteral(function.name).View());
 }
 
+std::string Rights::IsOneOn(ItemKey holder, ItemKey on, const Function& function) const
+{
+    return IsHolder(holder) + " AND " + IsDependent(on) + " AND " + IsFunction(function);
+}
+
 // ---- Of items -------------------------------------------------------------------------------------------------------
 
 std::vector<ItemRight> Rights::Select(const std::string& condition)
@@ -157,7 +162,7 @@ std::vector<RightOn> Rights::Between(ItemKey item, Side side) { return SelectOn(
 
 std::vector<RightOn> Rights::FindOn(ItemKey holder, ItemKey on, const Function& function)
 {
-    return SelectOn(IsHolder(holder) + " AND " + IsDependent(on) + " AND " + IsFunction(function));
+    return SelectOn(IsOneOn(holder, on, function));
 }
 
 std::vector<RightOn> Rights::HeldOn(ItemKey on, const Function& function)
@@ -187,13 +192,13 @@ void Rights::GrantOn(const RightOn& right)
     });
 }
 
-void Rights::SetOn(const RightOn& right)
+// The module's own change writes both powers.
+void Rights::SetOn(ItemKey holder, ItemKey on, const Function& function, int power, std::optional<int> unpower)
 {
-    Run(m_conn, [&] {
-        return CQVBaseFun::UpdateBIIAceInfo(m_conn, right.holder.id, right.holder.type, right.on.id, right.on.type,
-                                            EscapeLiteral(right.function.genre), EscapeLiteral(right.function.name),
-                                            right.powers.power, right.powers.unpower);
-    });
+    Assignments assignments(m_conn);
+    assignments.Number("Col_Power", power);
+    assignments.Number("Col_UnPower", unpower);
+    assignments.Apply(m_conn, "qv_BIIAce", IsOneOn(holder, on, function));
 }
 
 void Rights::RevokeOn(ItemKey holder, ItemKey on, const Function& function)

@@ -101,8 +101,8 @@ public:
     bool ExistsOn(ItemKey holder, ItemKey on, const Function& function);
     /// Adds a row, also when there is one already.
     void GrantOn(const RightOn& right);
-    /// Sets both powers of a right that is there.
-    void SetOn(const RightOn& right);
+    /// Sets the power of a right that is there, and the second one if it is given.
+    void SetOn(ItemKey holder, ItemKey on, const Function& function, int power, std::optional<int> unpower);
     void RevokeOn(ItemKey holder, ItemKey on, const Function& function);
     /// Ends the right of every holder.
     void RevokeOnFromAll(ItemKey on, const Function& function);
@@ -124,6 +124,7 @@ public:
 private:
     [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
     [[nodiscard]] std::string IsFunction(const Function& function) const;
+    [[nodiscard]] std::string IsOneOn(ItemKey holder, ItemKey on, const Function& function) const;
     std::string RoleFilter(int userId);
     std::vector<RightOn> SelectOn(const std::string& condition);
     std::vector<ItemRight> Select(const std::string& condition);

@@ -235,16 +235,6 @@ void Directory::Save(CHumanItem& item)
     Run(m_conn, [&] { return prepared.SaveData(m_conn) != 0; });
 }
 
-void Directory::Update(CHumanItem& item)
-{
-    CHumanItem prepared;
-    prepared.CopyData(item);
-    Prepare(prepared);
-    if (prepared.Update(m_conn) == 0) {
-        ThrowWriteError(m_conn, "the change of a user");
-    }
-}
-
 void Directory::Set(int id, const FieldValues& values)
 {
     std::string assignments;

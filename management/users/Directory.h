@@ -100,8 +100,6 @@ public:
 
     /// Adds the record as a new user, all but its id and the far-server pair.
     void Save(CHumanItem& item);
-    /// Writes the record over the user of its id, all but picture and user data.
-    void Update(CHumanItem& item);
     /// Sets columns of a user as they are to be stored, and no others.
     void Set(int id, const FieldValues& values);
     void Insert(std::string_view login, std::string_view name);

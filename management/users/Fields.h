@@ -33,7 +33,6 @@ struct Field {
     Member member; ///< none for a column that the record does not have
     Use use;
     std::string_view help;
-    bool updated = true; ///< CHumanItem::Update writes it
 };
 
 /// All columns, in the order in which they are shown.

@@ -39,6 +39,12 @@ const std::vector<Case>& Cases()
 {
     static const std::vector<Case> cases = {
         {"UserDelete", {kAmy, kRole}, {"user", "delete", "amy"}, {{"role", "add", "Editors", "amy"}}},
+        {"UserRename",
+         {kAmy, {"UPDATE qv_User SET Col_PWord = 'digest', Col_EnType = 2"}},
+         {"user", "rename", "id:1", "bob"},
+         {{"user", "rename", "amy", "carl", "--drop-password"}},
+         "New password of bob",
+         "secret\nsecret\n"},
         {"UserPasswordSet",
          {kAmy},
          {"user", "password", "set", "id:1"},

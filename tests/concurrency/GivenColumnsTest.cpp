@@ -30,6 +30,8 @@ const std::vector<Words> kBefore = {{"user", "create", "amy"},
                                     {"docroot", "create", "D", "--path", "/d", "--type", "1"},
                                     {"folder", "create", "/D/a"},
                                     {"addin", "create", "Chess", "--type", "1"},
+                                    {"right", "grant", "role:Editors", "pages", "see", "1", "--unpower", "2"},
+                                    {"right", "on", "grant", "role:Editors", "view:V", "pages", "see", "1"},
                                     {"objright", "grant", "role:Editors", "3", "17", "docs", "read", "1"},
                                     {"setting", "set", "Colour", "blue", "--genre", "G"}};
 
@@ -53,6 +55,11 @@ const std::vector<Case>& Cases()
         {{"folder", "rename", "id:1", "b"}, "Tab_Doc_VFolder", {"Col_Name"}},
         {{"folder", "style", "id:1", "3"}, "Tab_Doc_VFolder", {"Col_Style"}},
         {{"addin", "set", "Chess", "--description", "x"}, "kel_AddIn", {"Col_Desc"}},
+        {{"right", "set", "role:id:1", "pages", "see", "5"}, "qv_ItemAce", {"Col_Power"}},
+        {{"right", "on", "set", "role:id:1", "view:id:1", "pages", "see", "5"}, "qv_BIIAce", {"Col_Power"}},
+        {{"right", "on", "set", "role:id:1", "view:id:1", "pages", "see", "6", "--unpower", "7"},
+         "qv_BIIAce",
+         {"Col_Power", "Col_UnPower"}},
         {{"objright", "set", "1", "5"}, "Tab_BIOAce", {"Col_Power"}},
         {{"setting", "set", "Colour", "red", "--genre", "G"}, "Tab_Config", {"Col_Data"}},
     };

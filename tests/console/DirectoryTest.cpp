@@ -158,19 +158,15 @@ TEST_F(DirectoryTest, SaveBringsEveryTextThrough)
     });
 }
 
-TEST_F(DirectoryTest, UpdateBringsEveryTextThrough)
+TEST_F(DirectoryTest, SetBringsEveryTextThrough)
 {
     ExpectChangesOneRow([this](int id) {
         CHumanItem item;
         Fill(item);
-        item.m_nID = id;
-        m_directory.Update(item);
-        return std::pair(id, WrittenValues(item, [](const Field& field) { return field.updated; }));
+        const FieldValues values = WrittenValues(item, [](const Field&) { return true; });
+        m_directory.Set(id, values);
+        return std::pair(id, values);
     });
-}
-
-TEST_F(DirectoryTest, SetBringsEveryTextThrough)
-{
     ExpectChangesOneRow([this](int id) {
         const FieldValues values = {
             {Of("picture"), m_texts.Next()}, {Of("user_data"), m_texts.Next()}, {Of("birthday"), std::nullopt}};
@@ -356,7 +352,6 @@ TEST_F(DirectoryTest, TextsWithNulAreRefused)
     Fill(item);
     item.m_strNote = CString(text.data(), text.size());
     EXPECT_THROW(m_directory.Save(item), Error);
-    EXPECT_THROW(m_directory.Update(item), Error);
     EXPECT_EQ(AllRows(), before);
 }
 
@@ -392,15 +387,12 @@ TEST_F(DirectoryTest, AClosedConnectionIsALastingError)
     EXPECT_TRUE(isLasting([&] { const Transaction transaction(m_conn); }));
 }
 
-TEST_F(DirectoryTest, AnUpdateThatIsRefusedTellsWhy)
+TEST_F(DirectoryTest, AChangeThatIsRefusedTellsWhy)
 {
     const int id = Added();
     m_conn.Execute("CREATE TRIGGER refuse BEFORE UPDATE ON qv_User BEGIN SELECT RAISE(ABORT, 'not today'); END");
-    CHumanItem item;
-    Fill(item);
-    item.m_nID = id;
     try {
-        m_directory.Update(item);
+        m_directory.Set(id, {{Of("name"), "Amy"}});
         FAIL();
     } catch (const DatabaseError& e) {
         EXPECT_THAT(e.what(), testing::HasSubstr("not today"));

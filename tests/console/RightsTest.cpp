@@ -213,7 +213,7 @@ TEST_F(RightsTest, AnyTextNamesARightOnAnItemToo)
     m_rights.GrantOn(right);
     EXPECT_TRUE(m_rights.ExistsOn(kRole, kView, right.function));
     EXPECT_THAT(m_rights.FindOn(kRole, kView, right.function), ElementsAre(right));
-    m_rights.SetOn({right.function, kRole, kView, {-3, -4}});
+    m_rights.SetOn(kRole, kView, right.function, -3, -4);
     EXPECT_THAT(m_rights.HeldOn(kView, right.function), ElementsAre(RightOn{right.function, kRole, kView, {-3, -4}}));
     m_rights.RevokeOn(kRole, kView, right.function);
     EXPECT_THAT(m_rights.Between(kRole, Side::either), IsEmpty());
@@ -465,12 +465,12 @@ TEST_F(RightConsoleTest, WhatIsNotThereOnAnItemIsNeitherSetNorRevoked)
     ExpectRefusal({"right", "on"}, 2, "name what to do");
 }
 
-TEST_F(RightConsoleTest, ASecondPowerIsKeptOnlyWhereItIsOne)
+TEST_F(RightConsoleTest, SecondPowersStayInEveryRowUnlessOneIsGiven)
 {
     Execute("INSERT INTO qv_BIIAce VALUES (1, 3, 1, 4, 'pages', 'see', 1, 8), (1, 3, 1, 4, 'pages', 'see', 2, 9)");
-    ExpectRefusal({"right", "on", "set", "role:Editors", "view:Main", "pages", "see", "1"}, 4, "with --unpower");
+    EXPECT_THAT(Told({"right", "on", "set", "role:Editors", "view:Main", "pages", "see", "5"}), HasSubstr("2 rows\n"));
     EXPECT_THAT(Done({"right", "on", "show", "role:Editors", "view:Main", "pages", "see", "-o", "csv"}),
-                AllOf(HasSubstr(",1,8\n"), HasSubstr(",2,9\n")));
+                AllOf(HasSubstr(",5,8\n"), HasSubstr(",5,9\n")));
     EXPECT_THAT(Told({"right", "on", "set", "role:Editors", "view:Main", "pages", "see", "3", "--unpower", "8"}),
                 HasSubstr("power 3 now, in 2 rows\n"));
     EXPECT_THAT(Told({"right", "on", "set", "role:Editors", "view:Main", "pages", "see", "4"}), HasSubstr("2 rows\n"));

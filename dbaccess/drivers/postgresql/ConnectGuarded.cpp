@@ -284,7 +284,8 @@ Handle ConnectGuarded(const char* const* names, const char* const* values, std::
     Attempt attempt(names, values, limit);
     Handle db = attempt.Complete();
     if (attempt.IsTimedOut()) {
-        throw ConnectTimeout("postgresql: timeout expired");
+        throw ConnectTimeout(CString("connection to server at \"") + PQhost(db.get()) + "\", port " + PQport(db.get()) +
+                             " failed: timeout expired\n");
     }
     return db;
 }

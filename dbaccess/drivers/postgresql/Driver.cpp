@@ -15,6 +15,8 @@
 #include <charconv>
 #include <chrono>
 #include <cstdlib>
+#include <iterator>
+#include <new>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -265,19 +267,14 @@ ConnectParams ReadConnectParams(std::string_view location, const Location& parse
 
 void DropNotice(void* /*context*/, const PGresult* /*notice*/) {}
 
-/// One connection to ask for where there are several hosts: the guard, unlike the client library, knows one at a time.
-/// A list whose servers are to have certain properties stays what it is.
+/// One connection to ask for with each host: the guard, unlike the client library, knows one at a time.
 std::vector<ConnectParams> ByHost(const ConnectParams& wishes)
 {
     const std::vector<std::string> hosts = Entries(wishes.Get("host", "PGHOST", ""));
     const std::vector<std::string> addresses = Entries(wishes.Get("hostaddr", "PGHOSTADDR", ""));
     const std::vector<std::string> ports = Entries(wishes.Get("port", "PGPORT", ""));
-    const std::size_t count = std::max(hosts.size(), addresses.size());
-    if (count < 2 || wishes.Get("target_session_attrs", "PGTARGETSESSIONATTRS", "any") != "any") {
-        return {wishes};
-    }
-    std::vector<ConnectParams> each(count, wishes);
-    for (std::size_t i = 0; i < count; ++i) {
+    std::vector<ConnectParams> each(std::max({hosts.size(), addresses.size(), std::size_t{1}}), wishes);
+    for (std::size_t i = 0; i < each.size(); ++i) {
         for (const auto& [name, list] : {std::pair{"host", &hosts}, {"hostaddr", &addresses}, {"port", &ports}}) {
             if (list->size() > 1 && i < list->size()) {
                 each[i].Set(name, (*list)[i]);
@@ -287,31 +284,50 @@ std::vector<ConnectParams> ByHost(const ConnectParams& wishes)
     return each;
 }
 
-/// The first of several hosts that can be connected to, else what the last one's failure was.
+/// In the order of the client library: a standby that is preferred is looked for on all hosts before another server is
+/// taken.
+std::vector<ConnectParams> InTurn(const ConnectParams& wishes)
+{
+    constexpr const char* kKind = "target_session_attrs";
+    if (wishes.Get(kKind, "PGTARGETSESSIONATTRS", "") != "prefer-standby") {
+        return ByHost(wishes);
+    }
+    std::vector<ConnectParams> each;
+    for (const char* kind : {"standby", "any"}) {
+        ConnectParams wanted = wishes;
+        wanted.Set(kKind, kind);
+        std::ranges::move(ByHost(wanted), std::back_inserter(each));
+    }
+    return each;
+}
+
+/// The first that can be connected to. @throws CAException with why none can.
 Handle ConnectToAny(const std::vector<ConnectParams>& each)
 {
-    for (std::size_t i = 0; i + 1 < each.size(); ++i) {
+    std::string failures;
+    const auto note = [&failures](const std::string& failure) {
+        failures += failures.find(failure) == std::string::npos ? failure : "";
+    };
+    for (const ConnectParams& wishes : each) {
         try {
-            Handle db = each[i].Connect();
+            Handle db = wishes.Connect();
+            if (db == nullptr) {
+                throw std::bad_alloc();
+            }
             if (PQstatus(db.get()) == CONNECTION_OK) {
                 return db;
             }
-        } catch (const ConnectTimeout&) {
-            // The next one may answer.
+            note(PQerrorMessage(db.get()));
+        } catch (const ConnectTimeout& timeout) {
+            note(timeout.GetErrorText().GetString());
         }
     }
-    return each.back().Connect();
+    throw ConnectError(failures);
 }
 
 std::shared_ptr<Connection> Connect(const ConnectParams& wishes, std::size_t keptStatements)
 {
-    Handle db = wishes.IsGuarded() ? ConnectToAny(ByHost(wishes)) : wishes.Connect();
-    if (db == nullptr) {
-        throw std::bad_alloc();
-    }
-    if (PQstatus(db.get()) != CONNECTION_OK) {
-        throw ConnectError(db.get());
-    }
+    Handle db = ConnectToAny(wishes.IsGuarded() ? InTurn(wishes) : std::vector<ConnectParams>{wishes});
     PQsetNoticeReceiver(db.get(), &DropNotice, nullptr);
     return std::make_shared<Connection>(std::move(db), keptStatements);
 }

@@ -57,7 +57,7 @@ CAException StatementError(const pg_result* result)
     return Error(message, sqlState);
 }
 
-CAException ConnectError(const pg_conn* db) { return Error("cannot connect: " + OneLine(PQerrorMessage(db)), "08001"); }
+CAException ConnectError(std::string_view lines) { return Error("cannot connect: " + OneLine(lines), "08001"); }
 
 CAException LostError(const pg_conn* db) { return Error(FirstLine(PQerrorMessage(db)), "08006"); }
 

@@ -2,6 +2,8 @@
 
 #include "dbaccess/CAException.h"
 
+#include <string_view>
+
 struct pg_conn;
 struct pg_result;
 
@@ -11,9 +13,10 @@ namespace dbaccess::postgresql {
 /// and 08006.
 CAException StatementError(const pg_result* result);
 
-/// What a handle last failed with where there is no result: 08001 while it is being connected, 08006 from then on.
-/// Never holds what the connection was asked for with.
-CAException ConnectError(const pg_conn* db);
+/// Why a connection could not be made, with 08001. Never holds what it was asked for with.
+/// @param lines  as the client library writes them of the servers that were tried.
+CAException ConnectError(std::string_view lines);
+/// What the handle of a lost connection failed with where there is no result, with 08006.
 CAException LostError(const pg_conn* db);
 
 } // namespace dbaccess::postgresql
