@@ -133,7 +133,7 @@ std::string Standing(const CAConnect& to)
 class Copying {
 public:
     Copying(CAConnect& from, CAConnect& to, Terminal& terminal)
-        : m_from(from), m_to(to), m_terminal(terminal), m_progress(terminal, RowsToCome())
+        : m_from(from), m_to(to), m_terminal(terminal), m_progress(terminal), m_total(RowsToCome())
     {
     }
 
@@ -185,7 +185,7 @@ private:
 
     void Tell(const schema::CopyState& state)
     {
-        m_progress.Show(static_cast<long>(state.rows));
+        m_progress.Show(static_cast<long>(state.rows), m_total);
         if (state.tableIsDone && state.tableRows != 0) {
             m_progress.Clear();
             m_terminal.err << fmt::format("{}: {}\n", state.table,
@@ -197,6 +197,7 @@ private:
     CAConnect& m_to;
     Terminal& m_terminal;
     Progress m_progress;
+    std::optional<long> m_total;
 };
 
 Exit Copy(const LocalCall& context)

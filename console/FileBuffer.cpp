@@ -15,9 +15,10 @@ FileBuffer::~FileBuffer() { ::close(m_file); }
 FileBuffer::int_type FileBuffer::underflow()
 {
     ssize_t count = -1;
-    do {
+    errno = EINTR;
+    while (count < 0 && errno == EINTR && !Interrupt::Requested()) {
         count = ::read(m_file, m_bytes.data(), m_bytes.size());
-    } while (count < 0 && errno == EINTR && !Interrupt::Requested());
+    }
     if (count < 0) {
         throw std::ios_base::failure("read", std::error_code(errno, std::generic_category()));
     }

@@ -5,8 +5,8 @@
 
 namespace console {
 
-/// Reads an open file. Unlike the library's own buffers, it gives up a read that waits when Interrupt asks for that.
-/// Reading @throws std::ios_base::failure when the system reports an error, and when it gives up.
+/// Reads an open file. Unlike the library's own buffers, it gives up when Interrupt asks for that, a read that waits
+/// too. Reading @throws std::ios_base::failure when the system reports an error, and when it gives up.
 class FileBuffer final : public std::streambuf {
 public:
     /// @param file  taken over: closed in the end.

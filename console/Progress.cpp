@@ -16,9 +16,7 @@ constexpr double kShortest = 0.001;
 
 } // namespace
 
-Progress::Progress(Terminal& terminal, std::optional<long> total) : m_terminal(terminal), m_total(total) {}
-
-void Progress::Show(long done)
+void Progress::Show(long done, std::optional<long> total)
 {
     const Clock::time_point now = Clock::now();
     if (!m_terminal.errIsTerminal || now - m_shown < kInterval) {
@@ -26,7 +24,7 @@ void Progress::Show(long done)
     }
     m_shown = now;
     m_onScreen = true;
-    const std::string of = m_total ? fmt::format(" of {}", *m_total) : "";
+    const std::string of = total ? fmt::format(" of {}", *total) : "";
     m_terminal.err << fmt::format("\r{}{}, {:.0f}/s   ", done, of, static_cast<double>(done) / Seconds()) << std::flush;
 }
 

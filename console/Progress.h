@@ -13,14 +13,13 @@ class Progress {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// @param total  how many there are, where that is known.
-    Progress(Terminal& terminal, std::optional<long> total);
+    explicit Progress(Terminal& terminal) : m_terminal(terminal) {}
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
     ~Progress() { Clear(); }
 
-    /// Shows the count, if the last time was a while ago.
-    void Show(long done);
+    /// Shows the count, if the last time was a while ago. @param total  how many there are, where that is known.
+    void Show(long done, std::optional<long> total);
     /// Takes the line away, so that something else can be written.
     void Clear() noexcept;
     /// "4.2 s, 300/s".
@@ -30,7 +29,6 @@ private:
     [[nodiscard]] double Seconds() const;
 
     Terminal& m_terminal;
-    std::optional<long> m_total;
     Clock::time_point m_begin = Clock::now();
     Clock::time_point m_shown = m_begin;
     bool m_onScreen = false;

@@ -79,13 +79,6 @@ void Pad(std::size_t count, std::ostream& out)
     }
 }
 
-std::vector<std::string> TextsForPrograms(const std::vector<Value>& row)
-{
-    std::vector<std::string> texts;
-    std::ranges::transform(row, std::back_inserter(texts), ForPrograms);
-    return texts;
-}
-
 void WriteJson(const Record& record, JsonWriter::Layout layout, std::ostream& out)
 {
     JsonWriter json(out, layout);
@@ -321,6 +314,13 @@ void Render(Format format, const Record& record, const std::vector<Part>& parts,
             Render(format, part.rows, out);
         }
     }
+}
+
+std::vector<std::string> TextsForPrograms(const std::vector<Value>& row)
+{
+    std::vector<std::string> texts;
+    std::ranges::transform(row, std::back_inserter(texts), ForPrograms);
+    return texts;
 }
 
 void WriteCsvRow(const std::vector<std::string>& fields, std::ostream& out)

@@ -54,9 +54,7 @@ bool TerminalFrontEnd::TakeTreeRow(const std::vector<Value>& row, const std::str
 
 void TerminalFrontEnd::TakeOutcome(const Outcome& outcome)
 {
-    if (m_progress) {
-        m_progress->Clear();
-    }
+    HideProgress();
     if (WritesObject()) {
         m_outcomes.push_back(outcome);
     } else {
@@ -123,9 +121,16 @@ void TerminalFrontEnd::ShowProgress(long done, std::optional<long> total)
 {
     if (!m_progress) {
         m_interrupt.emplace();
-        m_progress.emplace(m_terminal, total);
+        m_progress.emplace(m_terminal);
     }
-    m_progress->Show(done);
+    m_progress->Show(done, total);
+}
+
+void TerminalFrontEnd::HideProgress() noexcept
+{
+    if (m_progress) {
+        m_progress->Clear();
+    }
 }
 
 bool TerminalFrontEnd::IsStopRequested() const noexcept { return m_interrupt && Interrupt::Requested(); }
@@ -199,9 +204,7 @@ void TerminalFrontEnd::WriteResult(const Result& result)
 
 Exit TerminalFrontEnd::Finish(const Result& result)
 {
-    if (m_progress) {
-        m_progress->Clear();
-    }
+    HideProgress();
     if (WritesObject() && !result.isRead) {
         WriteObject(result);
     } else if (m_given.options.dryRun && !result.isRead) {

@@ -14,7 +14,7 @@ namespace console {
 
 /// A command of the table that is run from a terminal or a script: rows and values go to standard output, all else to
 /// standard error. Where JSON is asked for, a command that writes gives one object with all that became of it.
-class TerminalFrontEnd final : public FrontEnd {
+class TerminalFrontEnd : public FrontEnd {
 public:
     /// All of them outlive this.
     TerminalFrontEnd(const Command& command, const CommandLine& given, Format format, Terminal& terminal);
@@ -32,6 +32,8 @@ public:
     std::string ReadText(const std::string& name) override;
     void ShowProgress(long done, std::optional<long> total) override;
     [[nodiscard]] bool IsStopRequested() const noexcept override;
+    /// Takes the line of the progress away, so that something else can be written.
+    void HideProgress() noexcept;
 
     /// Writes what the command gave. @return what the program is to end with. @throws Error that the result has.
     Exit Finish(const Result& result);

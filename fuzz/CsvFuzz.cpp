@@ -1,7 +1,7 @@
 // Any bytes are read to their end, and a text that is written as a value is read as it was.
 
-#include "console/CsvReader.h"
 #include "fuzz/Fuzz.h"
+#include "management/import/CsvReader.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>
@@ -10,8 +10,8 @@
 
 namespace {
 
-using console::CsvReader;
-using console::CsvRecord;
+using management::CsvReader;
+using management::CsvRecord;
 
 void CheckAsFile(std::string_view text)
 {

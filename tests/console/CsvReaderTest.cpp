@@ -1,10 +1,10 @@
-#include "console/CsvReader.h"
+#include "management/import/CsvReader.h"
 
 #include <gmock/gmock.h>
 
 #include <sstream>
 
-using namespace console;
+using namespace management;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

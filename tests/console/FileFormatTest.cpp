@@ -1,4 +1,4 @@
-#include "console/FileFormat.h"
+#include "management/import/FileFormat.h"
 
 #include <gmock/gmock.h>
 
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-using namespace console;
+using namespace management;
 using namespace std::string_literals;
 using testing::AllOf;
 using testing::HasSubstr;

@@ -1,7 +1,7 @@
-#include "console/CsvReader.h"
-#include "console/Import.h"
+#include "console/TerminalFrontEnd.h"
 #include "dbaccess/CAConnect.h"
-#include "management/users/Directory.h"
+#include "management/import/CsvReader.h"
+#include "management/import/Import.h"
 #include "schema/Schema.h"
 #include "tests/support/Memory.h"
 
@@ -95,17 +95,21 @@ TEST(ImportMemory, AnImportHoldsAFewRowsAtATime)
     CAConnect conn;
     conn.Open("sqlite::memory:");
     schema::Upgrade(conn);
-    Directory directory(conn);
     const std::string note(900000, 'x');
     Lines lines(24, [&](long i) { return i == 0 ? "login,note\n" : "amy," + note + "\n"; });
     std::istream in(&lines);
     Discarding nowhere;
     std::ostream out(&nowhere);
     Terminal terminal{in, out, out, false, false};
-    const std::size_t before = MemoryInUse();
-    ImportOptions options;
-    options.file = "-";
+    const Command row;
+    const CommandLine given;
+    TerminalFrontEnd frontEnd(row, given, Format::csv, terminal);
+    CallOptions options;
     options.dryRun = true;
-    EXPECT_EQ(ImportUsers(directory, options, terminal), Exit::findings);
+    Call call([&]() -> CAConnect& { return conn; }, frontEnd, options);
+    const std::size_t before = MemoryInUse();
+    ImportReport report;
+    ImportUsers(call, {in, "in.csv"}, {}, report);
+    EXPECT_EQ(report.CountOf(RowFate::failed), 22);
     EXPECT_LT(lines.MostMemory(), before + kFlatMemory);
 }

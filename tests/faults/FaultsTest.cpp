@@ -1,9 +1,9 @@
 #include "Faults.h"
 
-#include "console/CsvReader.h"
 #include "console/Render.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CAException.h"
+#include "management/import/CsvReader.h"
 #include "schema/Schema.h"
 
 #include <gtest/gtest.h>
@@ -100,7 +100,7 @@ TEST(FaultsTest, AFieldThatCannotBeKeptFailsTheReadingOfItsRow)
     const std::string text = std::string("a,") + kLong + ",b\n";
     const int failed = FailEachAllocation([&] {
         std::istringstream in(text);
-        console::CsvReader reader(in);
+        management::CsvReader reader(in);
         const auto record = reader.Next();
         ASSERT_TRUE(record.has_value());
         EXPECT_EQ(record->fields.at(1), kLong);

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace console {
+namespace management {
 
 struct CsvRecord {
     long line = 0; ///< the line that the record starts on, from 1
@@ -60,4 +60,4 @@ private:
     bool m_outOfMemory = false;
 };
 
-} // namespace console
+} // namespace management

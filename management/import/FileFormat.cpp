@@ -1,7 +1,5 @@
-#include "console/FileFormat.h"
+#include "management/import/FileFormat.h"
 
-#include "console/ExitCode.h"
-#include "console/Interrupt.h"
 #include "management/Text.h"
 #include "platform/CodePage.h"
 
@@ -12,7 +10,7 @@
 #include <cctype>
 #include <cstddef>
 
-namespace console {
+namespace management {
 
 namespace {
 
@@ -125,13 +123,14 @@ public:
         if (m_others == 0 || m_characters > 0) {
             return {};
         }
-        return m_isWindows ? console::Sentence("not UTF-8 but, as it seems, Windows-1252",
-                                               "convert it with `iconv -f WINDOWS-1252 -t UTF-8 {0} >{0}.utf8`", name)
-                           : console::Sentence(
-                                 "not UTF-8",
-                                 "convert it with `iconv -f ENCODING -t UTF-8 {0} >{0}.utf8` (`iconv -l` lists the "
-                                 "encodings)",
-                                 name);
+        return m_isWindows
+                   ? management::Sentence("not UTF-8 but, as it seems, Windows-1252",
+                                          "convert it with `iconv -f WINDOWS-1252 -t UTF-8 {0} >{0}.utf8`", name)
+                   : management::Sentence(
+                         "not UTF-8",
+                         "convert it with `iconv -f ENCODING -t UTF-8 {0} >{0}.utf8` (`iconv -l` lists the "
+                         "encodings)",
+                         name);
     }
 
 private:
@@ -181,7 +180,7 @@ std::string OtherEncoding(std::istream& in, const std::string& name)
     LetterCount letters;
     std::string text;
     std::array<char, 65536> bytes = {};
-    for (std::streamsize count = in.rdbuf()->sgetn(bytes.data(), bytes.size()); count > 0 && !Interrupt::Requested();
+    for (std::streamsize count = in.rdbuf()->sgetn(bytes.data(), bytes.size()); count > 0;
          count = in.rdbuf()->sgetn(bytes.data(), bytes.size())) {
         text.append(bytes.data(), static_cast<std::size_t>(count));
         // A character may go on in the next piece; no line break is part of one.
@@ -213,4 +212,4 @@ std::string ShellQuoted(std::string_view name)
     return Visible(quoted + "'");
 }
 
-} // namespace console
+} // namespace management

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace console {
+namespace management {
 
 /// What a file that is to hold comma-separated values in UTF-8 holds instead, as far as its first bytes tell: another
 /// encoding or another kind of file. One sentence that names it and how to convert it; empty when it looks right.
@@ -18,4 +18,4 @@ std::string OtherEncoding(std::istream& in, const std::string& name);
 /// The name of a file as a command line takes it: in quotes where the shell needs them, and never an option.
 std::string ShellQuoted(std::string_view name);
 
-} // namespace console
+} // namespace management

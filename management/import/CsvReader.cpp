@@ -1,4 +1,4 @@
-#include "console/CsvReader.h"
+#include "management/import/CsvReader.h"
 
 #include "platform/CodePage.h"
 
@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-namespace console {
+namespace management {
 
 namespace {
 
@@ -170,4 +170,4 @@ CsvRecord CsvReader::GiveUp(long line, std::string problem, const std::string& f
     return {line, {}, std::move(problem)};
 }
 
-} // namespace console
+} // namespace management
