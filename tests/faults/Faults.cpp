@@ -99,12 +99,25 @@ bool IsSocket(int file)
     return syscall(SYS_fstat, file, &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
-bool WriteStrikes(int file)
+/// The same of a transfer, which fails only where the connection is gone: nothing comes over it from then on. A client
+/// library that cannot send waits for what its server may have said before it went.
+bool TransferStrikes(Call call, int file)
 {
-    return counting && file != STDERR_FILENO && Strikes(IsSocket(file) ? Call::send : Call::write);
+    if (!Strikes(call)) {
+        return false;
+    }
+    syscall(SYS_shutdown, file, SHUT_RDWR);
+    errno = plan.number;
+    return true;
 }
 
-bool ReadStrikes(int file) { return counting && IsSocket(file) && Strikes(Call::receive); }
+bool WriteStrikes(int file)
+{
+    return counting && file != STDERR_FILENO &&
+           (IsSocket(file) ? TransferStrikes(Call::send, file) : Strikes(Call::write));
+}
+
+bool ReadStrikes(int file) { return counting && IsSocket(file) && TransferStrikes(Call::receive, file); }
 
 bool OpenStrikes(const char* path)
 {
@@ -256,32 +269,36 @@ int connect(int file, const sockaddr* address, socklen_t length)
 
 ssize_t send(int file, const void* bytes, std::size_t count, int flags)
 {
-    return faults::Strikes(Call::send) ? -1 : syscall(SYS_sendto, file, bytes, count, flags, nullptr, 0);
+    return faults::TransferStrikes(Call::send, file) ? -1 : syscall(SYS_sendto, file, bytes, count, flags, nullptr, 0);
 }
 
 ssize_t sendto(int file, const void* bytes, std::size_t count, int flags, const sockaddr* to, socklen_t length)
 {
-    return faults::Strikes(Call::send) ? -1 : syscall(SYS_sendto, file, bytes, count, flags, to, length);
+    return faults::TransferStrikes(Call::send, file) ? -1 : syscall(SYS_sendto, file, bytes, count, flags, to, length);
 }
 
 ssize_t sendmsg(int file, const msghdr* message, int flags)
 {
-    return faults::Strikes(Call::send) ? -1 : syscall(SYS_sendmsg, file, message, flags);
+    return faults::TransferStrikes(Call::send, file) ? -1 : syscall(SYS_sendmsg, file, message, flags);
 }
 
 ssize_t recv(int file, void* bytes, std::size_t count, int flags)
 {
-    return faults::Strikes(Call::receive) ? -1 : syscall(SYS_recvfrom, file, bytes, count, flags, nullptr, nullptr);
+    return faults::TransferStrikes(Call::receive, file)
+               ? -1
+               : syscall(SYS_recvfrom, file, bytes, count, flags, nullptr, nullptr);
 }
 
 ssize_t recvfrom(int file, void* bytes, std::size_t count, int flags, sockaddr* from, socklen_t* length)
 {
-    return faults::Strikes(Call::receive) ? -1 : syscall(SYS_recvfrom, file, bytes, count, flags, from, length);
+    return faults::TransferStrikes(Call::receive, file)
+               ? -1
+               : syscall(SYS_recvfrom, file, bytes, count, flags, from, length);
 }
 
 ssize_t recvmsg(int file, msghdr* message, int flags)
 {
-    return faults::Strikes(Call::receive) ? -1 : syscall(SYS_recvmsg, file, message, flags);
+    return faults::TransferStrikes(Call::receive, file) ? -1 : syscall(SYS_recvmsg, file, message, flags);
 }
 
 ssize_t read(int file, void* bytes, std::size_t count)
