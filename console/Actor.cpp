@@ -1,6 +1,6 @@
 #include "console/Actor.h"
 
-#include "console/ShellWords.h"
+#include "management/Text.h"
 
 #include <fmt/format.h>
 #include <pwd.h>
@@ -12,6 +12,8 @@
 #include <string_view>
 
 namespace console {
+
+using management::ShellQuoted;
 
 namespace {
 

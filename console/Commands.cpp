@@ -117,13 +117,13 @@ Exit RunCommand(Request request, const std::vector<std::string>& words, Terminal
         TakeOver(request, *shared);
         RequireJoinable(request, *shared, isLocal);
     }
+    request.given.options.who = ActorName();
+    request.given.options.frontEnd = "qvadmin";
+    request.given.options.command = CommandText(words);
     if (isLocal) {
         return own->run({request.given, request.arguments, terminal});
     }
     ReadNames(*request.command, request.given, terminal);
-    request.given.options.who = ActorName();
-    request.given.options.frontEnd = "qvadmin";
-    request.given.options.command = CommandText(words);
     std::optional<Session> session;
     const auto open = [&]() -> CAConnect& {
         const bool isShared = shared != nullptr && request.arguments.db == shared->arguments.db;

@@ -1,3 +1,4 @@
+#include "console/CommandOption.h"
 #include "console/FileBuffer.h"
 #include "console/Interrupt.h"
 #include "console/LocalCommand.h"
@@ -42,6 +43,7 @@ struct ImportInput {
     bool makeView = false;
     bool noNewGroups = false;
     bool allowPrivileges = false;
+    std::optional<std::string> reason;
 };
 
 constexpr Param<ImportInput> kImportParams[] = {
@@ -61,6 +63,7 @@ constexpr Param<ImportInput> kImportParams[] = {
      "make_view"},
     {"allow_privileges", &ImportInput::allowPrivileges, Kind::flag,
      "rows may change super, system and locked, and concern Admin"},
+    {"reason", &ImportInput::reason, Kind::text, kReasonHelp},
 };
 
 /// The names with commas between, in lines that fit a terminal.
@@ -375,8 +378,9 @@ Exit ImportFile(const LocalCall& call)
     source.RequireCsv();
     const std::optional<long> rows = call.terminal.errIsTerminal ? source.CountRows() : std::nullopt;
     CAConnect& conn = opened.Directory().Connection();
-    CallOptions options;
+    CallOptions options = call.given.options;
     options.dryRun = in.dryRun;
+    options.reason = in.reason.value_or(options.reason);
     Call work([&]() -> CAConnect& { return conn; }, frontEnd, options);
     ImportReport report;
     try {

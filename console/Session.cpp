@@ -1,7 +1,6 @@
 #include "console/Session.h"
 
 #include "console/ExitCode.h"
-#include "console/ShellWords.h"
 #include "console/Url.h"
 #include "management/DatabaseError.h"
 #include "management/Text.h"

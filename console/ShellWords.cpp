@@ -2,9 +2,6 @@
 
 #include "management/Errors.h"
 
-#include <algorithm>
-#include <cctype>
-
 namespace console {
 
 using management::Error;
@@ -77,22 +74,6 @@ private:
 };
 
 } // namespace
-
-std::string ShellQuoted(std::string_view word)
-{
-    const auto isPlain = [](unsigned char c) {
-        return std::isalnum(c) != 0 || c >= 0x80 ||
-               std::string_view("/.,:=@%+_-").find(static_cast<char>(c)) != std::string_view::npos;
-    };
-    if (!word.empty() && std::ranges::all_of(word, isPlain)) {
-        return std::string(word);
-    }
-    std::string quoted = "'";
-    for (const char c : word) {
-        quoted += c == '\'' ? "'\\''" : std::string(1, c);
-    }
-    return quoted + "'";
-}
 
 std::vector<std::string> SplitShellWords(std::string_view line)
 {

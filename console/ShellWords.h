@@ -6,9 +6,6 @@
 
 namespace console {
 
-/// A word as a shell takes it for one; as it is where it needs no quotes.
-std::string ShellQuoted(std::string_view word);
-
 /// The words of a command line, by a shell's rules for blanks, '...', "..." and \; nothing is expanded, and # begins a
 /// comment where a word could begin. @throws Error (invalid) for a quote that is not closed.
 std::vector<std::string> SplitShellWords(std::string_view line);

@@ -218,7 +218,8 @@ Exit TerminalFrontEnd::Finish(const Result& result)
     if (result.verdict && !*result.verdict) {
         return Exit::notFound;
     }
-    return m_given.options.dryRun && result.isChanged ? Exit::findings : Exit::done;
+    const bool isTrial = m_given.options.dryRun && !result.isRead;
+    return result.hasFindings || (isTrial && result.isChanged) ? Exit::findings : Exit::done;
 }
 
 } // namespace console

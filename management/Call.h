@@ -46,6 +46,7 @@ struct Result {
     std::optional<bool> verdict;
     std::optional<Error> error; ///< what the command fails with although there is something to show
     bool isChanged = true;      ///< of a command that writes: whether there was anything to change
+    bool hasFindings = false;   ///< of a check: whether something was found
     bool isRead = false;        ///< of a command that writes what it is given: it was given nothing, and only reads
 };
 

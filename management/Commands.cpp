@@ -13,6 +13,9 @@ std::span<const Command> AuditCommands();
 namespace board {
 std::span<const Command> BoardCommands();
 } // namespace board
+namespace check {
+std::span<const Command> CheckCommands();
+} // namespace check
 namespace documents {
 std::span<const Command> DocRootCommands();
 std::span<const Command> FolderCommands();
@@ -62,7 +65,8 @@ const std::vector<Command>& Commands()
               rights::ObjectRightCommands(),  documents::DocRootCommands(),  documents::FolderCommands(),
               plans::PlanCommands(),          plans::DocLogCommands(),       settings::SettingCommands(),
               messages::MessageCommands(),    messages::LoginLogCommands(),  addins::AddInCommands(),
-              addins::PackageCommands(),      board::BoardCommands(),        audit::AuditCommands()}) {
+              addins::PackageCommands(),      board::BoardCommands(),        audit::AuditCommands(),
+              check::CheckCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

@@ -5,6 +5,7 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 
 namespace management {
@@ -82,6 +83,22 @@ std::size_t DisplayWidth(std::string_view text)
     std::size_t width = 0;
     EachCharacter(text, [&](UChar32 ch, std::string_view) { width += WidthOf(ch); });
     return width;
+}
+
+std::string ShellQuoted(std::string_view word)
+{
+    const auto isPlain = [](unsigned char c) {
+        return std::isalnum(c) != 0 || c >= 0x80 ||
+               std::string_view("/.,:=@%+_-").find(static_cast<char>(c)) != std::string_view::npos;
+    };
+    if (!word.empty() && std::ranges::all_of(word, isPlain)) {
+        return std::string(word);
+    }
+    std::string quoted = "'";
+    for (const char c : word) {
+        quoted += c == '\'' ? "'\\''" : std::string(1, c);
+    }
+    return quoted + "'";
 }
 
 bool HasControlCharacter(std::string_view text)

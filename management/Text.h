@@ -15,6 +15,9 @@ std::string Quoted(std::string_view text);
 /// Columns that the text takes on a terminal. @param text  in its visible form.
 std::size_t DisplayWidth(std::string_view text);
 
+/// A word as a shell takes it for one; as it is where it needs no quotes.
+std::string ShellQuoted(std::string_view word);
+
 bool HasControlCharacter(std::string_view text);
 bool HasOuterBlanks(std::string_view text);
 /// "1 user", "3 users".

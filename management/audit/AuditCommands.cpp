@@ -169,7 +169,11 @@ std::vector<ChangedValue> ValuesOf(const StoredRow& row)
         const auto value = [stays](const auto& cell, const AuditedRow& cells) {
             return cell == cells.end() ? (stays ? std::optional<std::string>("") : std::nullopt) : cell->second;
         };
-        values.push_back({change, Described(row), column, value(earlier, before), value(later, after)});
+        ChangedValue changed{change, Described(row), column, value(earlier, before), value(later, after)};
+        const auto saysNothing = [](const std::optional<std::string>& text) { return !text || *text == "0"; };
+        if (stays || !saysNothing(changed.before) || !saysNothing(changed.after)) {
+            values.push_back(std::move(changed));
+        }
     }
     return values;
 }
@@ -199,18 +203,38 @@ Result Show(Call& call, const OneEntry& in)
                     {{"changes", std::move(changes)}});
 }
 
+/// What a history says of a row: of one that came or went, what it was about, in one line.
+std::vector<ChangedValue> SummaryOf(NameCache& names, const StoredRow& row)
+{
+    std::vector<ChangedValue> values = ValuesOf(row);
+    if (row.count == 0 || values.empty()) {
+        return values;
+    }
+    std::vector<std::string> items;
+    for (const std::string& item : {row.item, row.otherItem}) {
+        if (!item.empty()) {
+            items.push_back(Named(names.Find(KeyOf(item))));
+        }
+    }
+    const bool isItem = FindAuditedTable(row.table) != nullptr && FindAuditedTable(row.table)->itemType != 0;
+    std::string what = values.front().what;
+    what += isItem || items.empty() ? "" : fmt::format(" of {}", fmt::join(items, " and "));
+    return {{values.front().change, std::move(what)}};
+}
+
 Result GiveHistory(Call& call, ItemKey key)
 {
     const std::string item = fmt::format("{}:{}", key.type, key.id);
     AuditLog log(call.Connection());
     std::vector<Entry> entries;
+    NameCache names(call.Connection());
     log.Each({.item = item}, [&entries](const Entry& entry) {
         entries.push_back(entry);
         return true;
     });
     for (const Entry& entry : entries) {
         for (const NumberedRow& row : log.RowsAbout(entry, item)) {
-            for (const ChangedValue& value : ValuesOf(row.row)) {
+            for (const ChangedValue& value : SummaryOf(names, row.row)) {
                 if (!call.Row(std::int64_t{entry.id}, entry.data.time, entry.data.who, entry.data.command,
                               entry.data.reason, std::string(value.change), value.what, value.column,
                               OrAbsent(value.before), OrAbsent(value.after))) {

@@ -115,7 +115,8 @@ void Recorder::AfterExecute(CAConnect& /*conn*/, const char* sql, int rows)
 void Recorder::NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement)
 {
     for (AuditedRow& row : Rows(table, statement.condition)) {
-        Touch(table, ValueIn(row, "Col_ID").value_or(""), std::move(row));
+        const std::string key = ValueIn(row, "Col_ID").value_or("");
+        Touch(table, key, std::move(row));
     }
 }
 

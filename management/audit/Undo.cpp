@@ -24,15 +24,6 @@ namespace {
 
 constexpr int kRowsAtOnce = 200;
 
-ItemKey KeyOf(const std::string& item)
-{
-    ItemKey key{};
-    const std::size_t colon = item.find(':');
-    std::from_chars(item.data(), item.data() + colon, key.type);
-    std::from_chars(item.data() + colon + 1, item.data() + item.size(), key.id);
-    return key;
-}
-
 const AuditedTable& TableOf(const StoredRow& row)
 {
     const AuditedTable* table = FindAuditedTable(row.table);
@@ -73,6 +64,15 @@ std::string Described(const StoredRow& row)
     std::string text(table.noun);
     text += name.empty() ? "" : " " + Visible(name);
     return row.key.empty() ? text : fmt::format("{} (id {})", text, Visible(row.key));
+}
+
+ItemKey KeyOf(const std::string& item)
+{
+    ItemKey key{};
+    const std::size_t colon = item.find(':');
+    std::from_chars(item.data(), item.data() + colon, key.type);
+    std::from_chars(item.data() + colon + 1, item.data() + item.size(), key.id);
+    return key;
 }
 
 // ---- Putting rows back ----------------------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "management/audit/AuditLog.h"
+#include "management/organisation/Organisation.h"
 
 #include <set>
 #include <string>
@@ -49,6 +50,9 @@ private:
     std::set<std::pair<const AuditedTable*, std::string>> m_named; ///< rows that came back or may have another name
     std::vector<std::string> m_withoutPassword;
 };
+
+/// The item that a row names as TYPE:ID.
+ItemKey KeyOf(const std::string& item);
 
 /// "user amy (id 17)", from what an entry has of a row.
 std::string Described(const StoredRow& row);

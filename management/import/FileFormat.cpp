@@ -44,7 +44,9 @@ constexpr Signature kSignatures[] = {
 
 std::string Sentence(std::string_view what, std::string_view advice, const std::string& name)
 {
-    return fmt::format("{} is {}; {}", Visible(name), what, fmt::format(fmt::runtime(advice), ShellQuoted(name)));
+    return fmt::format(
+        "{} is {}; {}", Visible(name), what,
+        fmt::format(fmt::runtime(advice), Visible(ShellQuoted(name.starts_with('-') ? "./" + name : name))));
 }
 
 /// What every second byte is NUL in; empty for nothing.
@@ -193,23 +195,6 @@ std::string OtherEncoding(std::istream& in, const std::string& name)
     }
     letters.Add(text);
     return letters.Sentence(name);
-}
-
-std::string ShellQuoted(std::string_view name)
-{
-    std::string word = (name.starts_with('-') ? "./" : "") + std::string(name);
-    const bool isPlain = !word.empty() && std::ranges::all_of(word, [](unsigned char ch) {
-        return std::isalnum(ch) != 0 ||
-               std::string_view("_./:@%+=,-").find(static_cast<char>(ch)) != std::string_view::npos;
-    });
-    if (isPlain) {
-        return word;
-    }
-    std::string quoted = "'";
-    for (const char ch : word) {
-        quoted += ch == '\'' ? "'\\''" : std::string(1, ch);
-    }
-    return Visible(quoted + "'");
 }
 
 } // namespace management

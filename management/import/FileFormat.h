@@ -15,7 +15,4 @@ std::string OtherFormat(std::string_view beginning, const std::string& name);
 /// none of them belongs to a UTF-8 character. Reads to the end, in little memory. @throws std::ios_base::failure.
 std::string OtherEncoding(std::istream& in, const std::string& name);
 
-/// The name of a file as a command line takes it: in quotes where the shell needs them, and never an option.
-std::string ShellQuoted(std::string_view name);
-
 } // namespace management

@@ -91,7 +91,7 @@ std::string Consoles::Dump()
     // With what follows a time up to the end of its column, such as fractions of a second.
     constexpr std::string_view shape = "dd:dd:dd";
     const auto fits = [](char ch, char kind) { return kind == 'd' ? ch >= '0' && ch <= '9' : ch == kind; };
-    std::string dump = awkward::Dump(m_conn);
+    std::string dump = awkward::Dump(m_conn, awkward::TablesWithoutRecord());
     for (auto place = dump.begin();
          (place = std::search(place, dump.end(), shape.begin(), shape.end(), fits)) != dump.end();) {
         place = dump.erase(place, std::find(place, dump.end(), '>'));

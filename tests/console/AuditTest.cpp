@@ -249,8 +249,9 @@ TEST_P(AuditOn, OneThingHasItsHistory)
 {
     Done({"user", "lock", "amy", "--reason", "left"});
     const std::string history = Done({"user", "history", "amy", "-o", "csv"});
-    EXPECT_THAT(history, AllOf(HasSubstr("Col_Disabled,0,1"), HasSubstr("left"), HasSubstr("Col_RelType"),
-                               HasSubstr("Col_JobTitle,,Lead")));
+    EXPECT_THAT(history, AllOf(HasSubstr("Col_Disabled,0,1"), HasSubstr("left"),
+                               HasSubstr("added,link of group /Main/Sales/North (id 2) and user amy (id 1)"),
+                               HasSubstr("added,title Lead of "), HasSubstr("added,user amy (id 1)")));
     EXPECT_THAT(Done({"group", "history", "/Main/Sales/North"}), HasSubstr("Lead"));
     EXPECT_THAT(Done({"role", "history", "Editors"}), HasSubstr("role add Editors amy"));
     Done({"user", "delete", "amy", "--yes"});

@@ -2,6 +2,7 @@
 #include "console/Actor.h"
 #include "console/ShellWords.h"
 #include "management/Errors.h"
+#include "management/Text.h"
 #include "tests/servers/Servers.h"
 
 #include <gtest/gtest.h>
@@ -10,8 +11,8 @@
 #include <vector>
 
 using console::CommandText;
-using console::ShellQuoted;
 using console::SplitShellWords;
+using management::ShellQuoted;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -83,12 +83,3 @@ TEST(FileFormat, AOneByteEncodingIsFoundWhereverItIs)
         EXPECT_EQ(other(std::string(static_cast<std::size_t>(shift), 'x') + Repeated("\xF0\x9F\x98\x80", 50000)), "");
     }
 }
-
-TEST(FileFormat, NamesAreQuotedForTheShell)
-{
-    EXPECT_EQ(ShellQuoted("a/b-1.csv"), "a/b-1.csv");
-    EXPECT_EQ(ShellQuoted("my file.csv"), "'my file.csv'");
-    EXPECT_EQ(ShellQuoted("it's"), "'it'\\''s'");
-    EXPECT_EQ(ShellQuoted("-rf"), "./-rf");
-    EXPECT_EQ(ShellQuoted(""), "''");
-}

@@ -232,6 +232,17 @@ inline constexpr Scenario kScenarios[] = {
     {"board list"},
     {"board show 1"},
     {"board delete 1 2 --yes"},
+    {"audit list --noun user --item user:amy.from.leadworth"},
+    {"audit show 7"},
+    {"audit undo 10 --yes --reason 'it was the wrong person'", {}, false, true},
+    {"audit verify"},
+    {"audit prune 2999-01-01 --yes"},
+    {"user history amy.from.leadworth"},
+    {"group history '/Company of many people/Service'"},
+    {"role history 'Editors of the pages'"},
+    {"db check"},
+    {"db check --fix --yes"},
+    {"batch - --one-transaction", "user lock amy.from.leadworth\nuser lock rory.from.leadworth\n"},
 };
 
 } // namespace faults

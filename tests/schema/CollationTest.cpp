@@ -39,7 +39,7 @@ protected:
     void MakeVersion2()
     {
         std::vector<schema::Step> steps = schema::mysql::TheDialect().steps;
-        steps.pop_back();
+        steps.resize(2);
         schema::Upgrade(m_conn, steps, {});
     }
 

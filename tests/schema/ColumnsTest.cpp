@@ -56,10 +56,19 @@ Described DescriptionOf(const schema::Column& column, const std::string& line)
     return described;
 }
 
+std::vector<std::string> StatementsOf(const schema::Dialect& dialect)
+{
+    std::vector<std::string> statements;
+    for (const schema::Step& step : dialect.steps) {
+        statements.insert(statements.end(), step.statements.begin(), step.statements.end());
+    }
+    return statements;
+}
+
 Tables TablesIn(const schema::Dialect& dialect)
 {
     std::map<std::string, std::string> statements;
-    for (const std::string& statement : dialect.steps.front().statements) {
+    for (const std::string& statement : StatementsOf(dialect)) {
         statements[FirstMatch(statement, "^CREATE TABLE (?:IF NOT EXISTS )?(\\w+)")] = statement;
     }
     Tables tables;

@@ -81,11 +81,11 @@ TEST_P(ReleasedVersion, KeepsEveryRowWhenItIsUpgraded)
     Load();
     EXPECT_EQ(schema::Inspect(m_conn).version, GetParam().version);
     EXPECT_EQ(schema::Inspect(m_conn).state, schema::State::older);
-    const std::string before = awkward::Dump(m_conn);
+    const std::string before = awkward::Dump(m_conn, awkward::TablesWithoutRecord());
     schema::Upgrade(m_conn);
     EXPECT_EQ(schema::Inspect(m_conn).state, schema::State::current);
-    EXPECT_EQ(awkward::Dump(m_conn), before);
-    for (const schema::Table& table : awkward::Tables()) {
+    EXPECT_EQ(awkward::Dump(m_conn, awkward::TablesWithoutRecord()), before);
+    for (const schema::Table& table : awkward::TablesWithoutRecord()) {
         EXPECT_EQ(Listed(m_conn, "SELECT COUNT(*) FROM " + table.name), "3|\n") << table.name;
     }
     EXPECT_EQ(Listed(m_conn, "SELECT Col_LoginName, Col_Name, Col_Birthday FROM qv_User WHERE Col_ID = 1"),
@@ -113,7 +113,8 @@ TEST_P(ReleasedVersion, GivesNoIdASecondTimeAfterwards)
 
 INSTANTIATE_TEST_SUITE_P(Released, ReleasedVersion,
                          testing::Values(Release{"sqlite", "sqlite-1.sql", 1}, Release{"sqlite", "sqlite-2.sql", 2},
-                                         Release{"mariadb", "mysql-1.sql", 1}, Release{"mariadb", "mysql-1.sql", 2}),
+                                         Release{"sqlite", "sqlite-2.sql", 3}, Release{"mariadb", "mysql-1.sql", 1},
+                                         Release{"mariadb", "mysql-1.sql", 2}, Release{"mariadb", "mysql-1.sql", 3}),
                          [](const testing::TestParamInfo<Release>& release) {
                              return std::string(release.param.engine) + std::to_string(release.param.version);
                          });

@@ -1,0 +1,356 @@
+#include "management/check/Check.h"
+
+#include "basefun/ItemTypes.h"
+#include "dbaccess/CARecordset.h"
+#include "management/Escape.h"
+#include "management/Names.h"
+#include "management/Query.h"
+#include "management/Text.h"
+#include "management/audit/AuditedRow.h"
+#include "management/documents/Documents.h"
+#include "management/organisation/Organisation.h"
+#include "management/roles/Roles.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <unicode/normalizer2.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <unordered_map>
+
+namespace management::check {
+
+namespace {
+
+/// Rows of a table that name an item which is not there.
+struct LinkTable {
+    std::string_view table;
+    std::vector<std::pair<std::string_view, std::string_view>> sides; ///< columns of type and id
+};
+
+const std::vector<LinkTable>& LinkTables()
+{
+    static const std::pair<std::string_view, std::string_view> holder = {"Col_QvItemType", "Col_QvItemID"};
+    static const std::pair<std::string_view, std::string_view> member = {"Col_DQvItemType", "Col_DQvItemID"};
+    static const std::vector<LinkTable> tables = {
+        {"qv_Relation", {holder, member}}, {"qv_JobTitle", {holder, member}},
+        {"qv_ItemAce", {holder}},          {"qv_BIIAce", {holder, member}},
+        {"Tab_BIOAce", {holder}},          {"Tab_Doc_Backup_Rel", {{"Col_QvItem_Type", "Col_QvItem_ID"}}},
+    };
+    return tables;
+}
+
+constexpr std::array<std::pair<int, std::string_view>, 4> kItemTables = {
+    {{kItemTypeUser, "qv_User"}, {kItemTypeGroup, "qv_Group"}, {kItemTypeRole, "qv_Role"}, {kItemTypeView, "qv_View"}}};
+
+std::string OrphanCondition(const LinkTable& links)
+{
+    std::vector<std::string> conditions;
+    for (const auto& [type, id] : links.sides) {
+        for (const auto& [number, table] : kItemTables) {
+            conditions.push_back(fmt::format("({} = {} AND {} > 0 AND {} NOT IN (SELECT i.Col_ID FROM {} i))", type,
+                                             number, id, id, table));
+        }
+    }
+    return fmt::format("{}", fmt::join(conditions, " OR "));
+}
+
+/// Collects what was found.
+class Finder {
+public:
+    explicit Finder(CAConnect& conn) : m_conn(conn) {}
+
+    std::vector<Problem> Find()
+    {
+        FindOrphans();
+        FindUnknownTypes();
+        FindDoubledLinks();
+        FindPlaces();
+        FindUsers();
+        FindDepartments();
+        FindDefaultRoles();
+        return std::move(m_problems);
+    }
+
+private:
+    void Add(Problem problem)
+    {
+        if (problem.count != 0) {
+            m_problems.push_back(std::move(problem));
+        }
+    }
+
+    [[nodiscard]] std::int64_t Count(std::string_view table, const std::string& condition)
+    {
+        return Number(m_conn, fmt::format("SELECT COUNT(*) FROM {} WHERE {}", table, condition));
+    }
+
+    /// The first row that fulfils a condition, as sentences show it.
+    std::string Example(std::string_view table, const std::string& condition)
+    {
+        const audit::AuditedTable& audited = *audit::FindAuditedTable(table);
+        std::string example;
+        EachRow(
+            m_conn, fmt::format("SELECT {} FROM {} WHERE {}", audit::ColumnList(audited), table, condition),
+            [&](CARecordset& row) {
+                for (const auto& [column, value] : audit::ReadRow(row, audited)) {
+                    if (value && !value->empty() && *value != "0") {
+                        example +=
+                            fmt::format("{}{} {}", example.empty() ? "" : ", ", column.substr(4), Visible(*value));
+                    }
+                }
+            },
+            1);
+        return example;
+    }
+
+    void AddRows(std::string_view name, std::string sentence, std::string_view table, const std::string& condition,
+                 std::string repair, bool isMended)
+    {
+        const std::int64_t count = Count(table, condition);
+        if (count != 0) {
+            Add({name, std::move(sentence), count, Example(table, condition), std::move(repair),
+                 isMended ? std::vector{fmt::format("DELETE FROM {} WHERE {}", table, condition)}
+                          : std::vector<std::string>()});
+        }
+    }
+
+    void FindOrphans()
+    {
+        constexpr const char* repair = "--fix deletes them";
+        for (const LinkTable& links : LinkTables()) {
+            const std::string_view noun = audit::FindAuditedTable(links.table)->noun;
+            AddRows("orphans", fmt::format("{}s of or to something that is gone, in {}", noun, links.table),
+                    links.table, OrphanCondition(links), repair, true);
+        }
+        AddRows("orphans", "assignments of backup plans that are gone", "Tab_Doc_Backup_Rel",
+                "Col_PlanID NOT IN (SELECT p.Col_ID FROM Tab_Doc_Backup_Plan p)", repair, true);
+        const std::string gone = fmt::format(
+            "(Col_S_ClassID = {} AND Col_S_ObjID NOT IN (SELECT f.Col_ID FROM Tab_Doc_VFolder f))", kFolderClass);
+        AddRows("orphans", "folder links of or to something that is gone, in Tab_Doc_Root_Link", "Tab_Doc_Root_Link",
+                "Col_P_ObjID NOT IN (SELECT r.Col_ID FROM Tab_Doc_Root r) OR " + gone, repair, true);
+        AddRows("orphans", "folder links of or to something that is gone, in Tab_Doc_VFolder_Link",
+                "Tab_Doc_VFolder_Link", "Col_P_ObjID NOT IN (SELECT p.Col_ID FROM Tab_Doc_VFolder p) OR " + gone,
+                repair, true);
+    }
+
+    void FindUnknownTypes()
+    {
+        AddRows("unknown_types", "links of items of a type that this program does not know", "qv_Relation",
+                "Col_QvItemType NOT IN (1, 2, 3, 4) OR Col_DQvItemType NOT IN (1, 2, 3, 4)",
+                "look what other program wrote them", false);
+    }
+
+    // All equal rows but one go. A statement cannot spare one of them, so all go, and one comes back.
+    void FindDoubledLinks()
+    {
+        const audit::AuditedTable& table = *audit::FindAuditedTable("qv_Relation");
+        const std::string columns = audit::ColumnList(table);
+        Problem problem{.name = "doubled_links",
+                        .sentence = "links that are there more than once",
+                        .repair = "--fix leaves one of each"};
+        EachRow(m_conn, fmt::format("SELECT {0}, COUNT(*) FROM qv_Relation GROUP BY {0} HAVING COUNT(*) > 1", columns),
+                [&](CARecordset& row) {
+                    std::vector<std::string> values;
+                    std::vector<std::string> conditions;
+                    for (const auto& [column, value] : audit::ReadRow(row, table)) {
+                        values.push_back(value.value_or("0"));
+                        conditions.push_back(fmt::format("{} = {}", column, values.back()));
+                    }
+                    ++problem.count;
+                    problem.example =
+                        problem.example.empty() ? fmt::format("{}", fmt::join(conditions, ", ")) : problem.example;
+                    problem.statements.push_back(
+                        fmt::format("DELETE FROM qv_Relation WHERE {}", fmt::join(conditions, " AND ")));
+                    problem.statements.push_back(
+                        fmt::format("INSERT INTO qv_Relation ({}) VALUES ({})", columns, fmt::join(values, ", ")));
+                });
+        Add(std::move(problem));
+    }
+
+    void FindPlaces()
+    {
+        const Organisation organisation(m_conn);
+        Problem lost{.name = "groups_without_view",
+                     .sentence = "groups below no view, which nobody sees",
+                     .repair = "`qvadmin group move` gives them a place, `qvadmin group delete` removes them"};
+        Problem cycles{.name = "cycles",
+                       .sentence = "groups that are below themselves",
+                       .repair = "`qvadmin group move` or `qvadmin member remove` ends the cycle"};
+        std::map<std::pair<ItemKey, std::string>, int> names;
+        Problem doubled{.name = "doubled_names",
+                        .sentence = "groups with the same name in one place",
+                        .repair = "`qvadmin group rename`"};
+        for (const Node& node : organisation.Places()) {
+            if (!node.hangsInView) {
+                ++lost.count;
+                lost.example = lost.example.empty() ? organisation.Named(node.key) : lost.example;
+            }
+            if (cycles.count == 0 && (node.parents.empty() || !node.hangsInView)) {
+                if (const std::vector<ItemKey> cycle = organisation.FindCycle(node.key); !cycle.empty()) {
+                    cycles.count = 1;
+                    cycles.example = organisation.CycleText(cycle);
+                }
+            }
+            for (const std::size_t child : node.children) {
+                const Node& group = organisation.Places()[child];
+                if (++names[{node.key, group.nameKey}] == 2) {
+                    ++doubled.count;
+                    doubled.example = organisation.Named(group.key);
+                }
+            }
+        }
+        Add(std::move(lost));
+        Add(std::move(cycles));
+        Add(std::move(doubled));
+    }
+
+    /// The text by which names look alike: without case, composed, without characters that show nothing.
+    static std::string LookOf(const std::string& name)
+    {
+        UErrorCode error = U_ZERO_ERROR;
+        const icu::Normalizer2* folding = icu::Normalizer2::getNFKCCasefoldInstance(error);
+        if (U_FAILURE(error) != 0) {
+            return NameKey(name);
+        }
+        std::string look;
+        folding->normalize(icu::UnicodeString::fromUTF8(name), error).toUTF8String(look);
+        return U_FAILURE(error) != 0 ? NameKey(name) : look;
+    }
+
+    void FindUsers()
+    {
+        Problem doubled{.name = "doubled_logins",
+                        .sentence = "login names that several users have",
+                        .repair = "`qvadmin user rename id:N`"};
+        Problem alike{.name = "alike_logins",
+                      .sentence = "login names that look like another one and differ from it",
+                      .repair = "`qvadmin user rename`, where one of them is meant to deceive"};
+        std::unordered_map<std::string, std::string> seen;
+        EachRow(m_conn, "SELECT Col_LoginName FROM qv_User", [&](CARecordset& row) {
+            const std::string login = TextIn(row, 1);
+            const auto [known, isNew] = seen.emplace(LookOf(login), login);
+            if (!isNew) {
+                Problem& problem = SameName(known->second, login) ? doubled : alike;
+                ++problem.count;
+                problem.example = fmt::format("{} and {}", Quoted(known->second), Quoted(login));
+            }
+        });
+        Add(std::move(doubled));
+        Add(std::move(alike));
+        AddUsers("plain_passwords", "users whose password is stored as plain text",
+                 "Col_PWord <> '' AND Col_EnType NOT IN (1, 2)", "`qvadmin user password set`");
+        AddUsers("no_password", "users without a password who are not locked",
+                 "(Col_PWord = '' OR Col_PWord IS NULL) AND Col_Disabled = 0",
+                 "`qvadmin user password set`, or `qvadmin user lock`");
+    }
+
+    void AddUsers(std::string_view name, std::string sentence, const std::string& condition, std::string repair)
+    {
+        std::string example;
+        const std::int64_t count = Count("qv_User", condition);
+        EachRow(
+            m_conn, "SELECT Col_LoginName FROM qv_User WHERE " + condition,
+            [&example](CARecordset& row) { example = Visible(TextIn(row, 1)); }, 1);
+        Add({name, std::move(sentence), count, std::move(example), std::move(repair)});
+    }
+
+    void FindDepartments()
+    {
+        const std::string gone = "Col_DeptID <> 0 AND Col_DeptID NOT IN (SELECT g.Col_ID FROM qv_Group g)";
+        std::string example;
+        EachRow(
+            m_conn, "SELECT Col_LoginName FROM qv_User WHERE " + gone,
+            [&example](CARecordset& row) { example = Visible(TextIn(row, 1)); }, 1);
+        Add({"lost_departments",
+             "users whose department is a group that is gone",
+             Count("qv_User", gone),
+             example,
+             "--fix takes the department away",
+             {"UPDATE qv_User SET Col_DeptID = 0, Col_DeptInfo = '' WHERE " + gone}});
+        FindStaleDepartments();
+    }
+
+    void FindStaleDepartments()
+    {
+        const Organisation organisation(m_conn);
+        Problem stale{.name = "stale_departments",
+                      .sentence = "users whose department's text is not the path of the group that it names by id",
+                      .repair = "--fix writes the path"};
+        struct Department {
+            int id = 0;
+            std::string text;
+            int users = 0;
+        };
+        std::vector<Department> departments;
+        EachRow(m_conn,
+                "SELECT Col_DeptID, Col_DeptInfo, COUNT(*) FROM qv_User WHERE Col_DeptID <> 0 GROUP BY Col_DeptID, "
+                "Col_DeptInfo",
+                [&departments](CARecordset& row) {
+                    Department& department = departments.emplace_back();
+                    row.GetValue(1, department.id);
+                    department.text = TextIn(row, 2);
+                    row.GetValue(3, department.users);
+                });
+        for (const Department& department : departments) {
+            const ItemKey group{kItemTypeGroup, department.id};
+            const std::string path = organisation.Find(group) == nullptr ? "" : organisation.PathOf(group);
+            const std::size_t view = path.find('/', 1);
+            if (!path.starts_with('/') || view == std::string::npos || LeadsTo(organisation, department.text, group)) {
+                continue;
+            }
+            const std::string text = path.substr(view + 1);
+            stale.count += department.users;
+            stale.example = fmt::format("{} in place of {}", Quoted(department.text), Quoted(text));
+            stale.statements.push_back(fmt::format(
+                "UPDATE qv_User SET Col_DeptInfo = '{}' WHERE Col_DeptID = {} AND Col_DeptInfo = '{}'",
+                EscapeLiteral(m_conn, text).View(), department.id, EscapeLiteral(m_conn, department.text).View()));
+        }
+        Add(std::move(stale));
+    }
+
+    /// Whether a text is the path of a group below some view.
+    static bool LeadsTo(const Organisation& organisation, const std::string& text, ItemKey group)
+    {
+        try {
+            return std::ranges::any_of(organisation.Places(), [&](const Node& node) {
+                const std::string view = node.key.type == kItemTypeView ? organisation.PathOf(node.key) : "";
+                return view.starts_with('/') &&
+                       std::ranges::count(organisation.FindAll(fmt::format("{}/{}", view, text)), group) != 0;
+            });
+        } catch (const Error& e) {
+            if (e.Code() != ErrorCode::invalid) {
+                throw;
+            }
+            return false; // no path
+        }
+    }
+
+    void FindDefaultRoles()
+    {
+        Problem several{.name = "default_roles",
+                        .sentence = "roles that have the name of the role of every user, beside the first",
+                        .repair = "`qvadmin role set id:N --name`, or `qvadmin role delete id:N`"};
+        bool isFirst = true;
+        for (const ListedRole& role : Roles(m_conn).List(RoleScope())) {
+            if (SameName(role.name, kDefaultRole) && !std::exchange(isFirst, false)) {
+                ++several.count;
+                several.example = fmt::format("role {} (id {})", Visible(role.name), role.id);
+            }
+        }
+        Add(std::move(several));
+    }
+
+    CAConnect& m_conn;
+    std::vector<Problem> m_problems;
+};
+
+} // namespace
+
+std::vector<Problem> FindProblems(CAConnect& conn) { return Finder(conn).Find(); }
+
+} // namespace management::check

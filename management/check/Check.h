@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class CAConnect;
+
+// What does not hold together in a directory: left over by other programs, by crashes, and by engines without
+// constraints.
+
+namespace management::check {
+
+/// One kind of problem that was found.
+struct Problem {
+    std::string_view name; ///< a word for programs, such as "orphaned_links"
+    std::string sentence;  ///< such as "links of or to something that is gone"
+    std::int64_t count = 0;
+    std::string example = {};
+    std::string repair;                       ///< what to do about it
+    std::vector<std::string> statements = {}; ///< that mend it; none where somebody has to decide
+
+    bool operator==(const Problem&) const = default;
+};
+
+/// Looks for every kind of problem; those of which there are none are left out. @throws DatabaseError.
+std::vector<Problem> FindProblems(CAConnect& conn);
+
+} // namespace management::check

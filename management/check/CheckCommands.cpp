@@ -1,0 +1,92 @@
+#include "management/Command.h"
+#include "management/Query.h"
+#include "management/Text.h"
+#include "management/check/Check.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace management::check {
+
+namespace {
+
+struct CheckInput {
+    bool fix = false;
+};
+
+constexpr Param<CheckInput> kCheckParams[] = {
+    {"fix", &CheckInput::fix, Kind::flag, "mend what can be mended without a decision; asks first"}};
+
+constexpr Column kCheckColumns[] = {{"check"},  {"count", Kind::number}, {"problem"}, {"example"},
+                                    {"repair"}, {"fixable", Kind::flag}};
+
+bool IsQuestion(const CheckInput& in) { return !in.fix; }
+
+Result Show(Call& call, const CheckInput& /*in*/)
+{
+    Result result;
+    for (const Problem& problem : FindProblems(call.Connection())) {
+        result.hasFindings = true;
+        if (!call.Row(std::string(problem.name), problem.count, problem.sentence, problem.example, problem.repair,
+                      !problem.statements.empty())) {
+            break;
+        }
+    }
+    return result;
+}
+
+struct Repair : Plan {
+    std::vector<Problem> problems;
+
+    bool operator==(const Repair&) const = default;
+};
+
+Repair PlanRepair(Call& call, const CheckInput& /*in*/)
+{
+    Repair repair;
+    repair.nothingDone = "nothing was mended";
+    repair.problems = FindProblems(call.Connection());
+    std::erase_if(repair.problems, [](const Problem& problem) { return problem.statements.empty(); });
+    for (const Problem& problem : repair.problems) {
+        repair.removed += static_cast<std::size_t>(problem.count);
+        repair.lines.push_back(fmt::format("{} {}: {}", problem.count, problem.sentence, problem.repair));
+    }
+    repair.question = repair.problems.empty() ? "" : fmt::format("Mend {}?", Counted(repair.removed, "row"));
+    return repair;
+}
+
+Result Mend(Call& call, const CheckInput& /*in*/, const Repair& repair)
+{
+    if (repair.problems.empty()) {
+        call.Report({"directory", 0, "", "unchanged", "there is nothing that can be mended without a decision"});
+        return Unchanged();
+    }
+    for (const Problem& problem : repair.problems) {
+        for (const std::string& statement : problem.statements) {
+            Execute(call.Connection(), statement);
+        }
+        call.Report({"check", 0, std::string(problem.name), "mended",
+                     fmt::format("mended {} {}", problem.count, problem.sentence)});
+    }
+    return {};
+}
+
+constexpr Command kCommands[] = {
+    {.path = {"db", "check"},
+     .summary = "what does not hold together: orphans, cycles, doubled and alike names, stale departments, passwords",
+     .examples = "  qvadmin db check\n"
+                 "  qvadmin db check --fix --dry-run",
+     .effect = Effect::change,
+     .asks = true,
+     .duration = Duration::longRunning,
+     .params = &InfosOf<kCheckParams>,
+     .columns = kCheckColumns,
+     .run = &ReadOr<&IsQuestion, &Show, &WritePlanned<&PlanRepair, &Mend, kCheckParams>, kCheckParams>},
+};
+
+} // namespace
+
+std::span<const Command> CheckCommands() { return kCommands; }
+
+} // namespace management::check
