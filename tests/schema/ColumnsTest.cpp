@@ -30,29 +30,41 @@ struct Described {
 using Columns = std::vector<std::pair<std::string, Described>>;
 using Tables = std::vector<std::pair<std::string, Columns>>;
 
-std::string FirstMatch(const std::string& text, const char* pattern)
+/// Made once: to make a pattern takes much longer than to look for it.
+std::regex Pattern(const char* pattern) { return std::regex(pattern, std::regex::icase | std::regex::optimize); }
+
+std::string FirstMatch(const std::string& text, const std::regex& pattern)
 {
     std::smatch match;
-    return std::regex_search(text, match, std::regex(pattern, std::regex::icase)) ? match[1].str() : "";
+    return std::regex_search(text, match, pattern) ? match[1].str() : "";
 }
 
 /// The line of the step on which a column stands, without its name.
 std::string LineOf(const std::string& statement, const std::string& column)
 {
-    return FirstMatch(statement, ("\n  " + column + " +([^\n]*)").c_str());
+    const std::size_t name = statement.find("\n  " + column + " ");
+    if (name == std::string::npos) {
+        return "";
+    }
+    const std::size_t begin = statement.find_first_not_of(' ', name + column.size() + 3);
+    return statement.substr(begin, statement.find('\n', begin) - begin);
 }
 
 Described DescriptionOf(const schema::Column& column, const std::string& line)
 {
+    static const std::regex key = Pattern("(PRIMARY KEY)");
+    static const std::regex notNull = Pattern("(NOT NULL)");
+    static const std::regex standard = Pattern("DEFAULT ('[^']*'|[0-9]+)");
+    static const std::regex length = Pattern(R"(^(?:VARCHAR|NVARCHAR|TEXT) ?\(([0-9]+)\))");
     Described described;
     described.kind = column.kind;
     described.isComputed = column.isComputed;
     described.isCounted = column.isCounted;
-    described.isKey = !FirstMatch(line, "(PRIMARY KEY)").empty();
+    described.isKey = !FirstMatch(line, key).empty();
     // A key holds no NULL.
-    described.isNotNull = described.isKey || !FirstMatch(line, "(NOT NULL)").empty();
-    described.standard = FirstMatch(line, "DEFAULT ('[^']*'|[0-9]+)");
-    described.length = FirstMatch(line, R"(^(?:VARCHAR|NVARCHAR|TEXT) ?\(([0-9]+)\))");
+    described.isNotNull = described.isKey || !FirstMatch(line, notNull).empty();
+    described.standard = FirstMatch(line, standard);
+    described.length = FirstMatch(line, length);
     return described;
 }
 
@@ -67,9 +79,10 @@ std::vector<std::string> StatementsOf(const schema::Dialect& dialect)
 
 Tables TablesIn(const schema::Dialect& dialect)
 {
+    static const std::regex head = Pattern("^CREATE TABLE (?:IF NOT EXISTS )?(\\w+)");
     std::map<std::string, std::string> statements;
     for (const std::string& statement : StatementsOf(dialect)) {
-        statements[FirstMatch(statement, "^CREATE TABLE (?:IF NOT EXISTS )?(\\w+)")] = statement;
+        statements[FirstMatch(statement, head)] = statement;
     }
     Tables tables;
     for (const schema::Table& table : schema::TablesOf(dialect)) {
