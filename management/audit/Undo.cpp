@@ -127,7 +127,7 @@ std::size_t Undo::RemoveAdded(const Entry& entry, const std::vector<NumberedRow>
             ThrowInTheWay(entry, table, row);
         }
         if (table.itemType != 0) {
-            m_removedItems.insert(row.item);
+            m_removedItems.emplace(row.item, Described(row));
         }
     }
     Execute(m_conn, fmt::format("DELETE FROM {} {}", table.name, condition));
@@ -297,13 +297,12 @@ void Undo::Check()
 
 void Undo::CheckNothingLeft()
 {
-    for (const std::string& item : m_removedItems) {
+    for (const auto& [item, described] : m_removedItems) {
         const ItemKey key = KeyOf(item);
         const std::vector<Reference> references = CountReferences(m_conn, key.type, {key.id});
         if (CountOf(references) != 0) {
-            throw Error(ErrorCode::conflict,
-                        fmt::format("{} id {} cannot go again: there came others to it since{}; nothing was undone",
-                                    TypeName(key.type), key.id, WithReferences(references)));
+            throw Error(ErrorCode::conflict, fmt::format("{} is in use by now{}; nothing was undone", described,
+                                                         WithReferences(references)));
         }
     }
 }

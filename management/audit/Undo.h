@@ -3,6 +3,7 @@
 #include "management/audit/AuditLog.h"
 #include "management/organisation/Organisation.h"
 
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -44,8 +45,8 @@ private:
 
     CAConnect& m_conn;
     AuditLog& m_log;
-    std::set<std::string> m_removedItems; ///< as ItemsOf has them, likewise below
-    std::set<std::string> m_linkedItems;
+    std::map<std::string, std::string> m_removedItems;             ///< as ItemsOf has them, with their names
+    std::set<std::string> m_linkedItems;                           ///< as ItemsOf has them
     std::set<std::pair<std::string, std::string>> m_links;         ///< of memberships that came back: holder, member
     std::set<std::pair<const AuditedTable*, std::string>> m_named; ///< rows that came back or may have another name
     std::vector<std::string> m_withoutPassword;

@@ -173,11 +173,11 @@ TEST_P(AuditOn, WhatOthersReferToIsNotTakenAway)
     Done({"user", "create", "rory"});
     const std::string created = Latest();
     Done({"member", "add", "/Main/Sales", "rory"});
-    ExpectRefusal({"audit", "undo", created, "--yes"}, "cannot be undone");
+    ExpectRefusal({"audit", "undo", created, "--yes"}, "user rory (id 2) is in use by now, with 1 relation; nothing");
     Done({"role", "create", "Authors"});
     const std::string role = Latest();
     Done({"role", "add", "Authors", "rory"});
-    ExpectRefusal({"audit", "undo", role, "--yes"}, "with 1 relation; nothing was undone");
+    ExpectRefusal({"audit", "undo", role, "--yes"}, "role Authors (id 2) is in use by now, with 1 relation");
 }
 
 TEST_P(AuditOn, WhatIsGoneMeanwhileIsNotReferredTo)
