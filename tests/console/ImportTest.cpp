@@ -331,14 +331,30 @@ TEST_F(ImportTest, NoOtherFileIsOverwrittenByTheOutcomes)
 
 TEST_F(ImportTest, OutcomesThatTheDiskHasNoRoomForStopIt)
 {
-    WriteMany();
-    m_options.largestFile = 50 * 1024;
+    std::string rows = "login,sex\n";
+    for (int i = 0; i < kMany; ++i) {
+        rows += "user" + std::to_string(i) + ",neither\n";
+    }
+    WriteFile("many.csv", rows);
+    m_options.largestFile = 300 * 1024;
     const ChildResult result = Import({"many.csv", "--dry-run"});
     m_options.largestFile.reset();
     EXPECT_EQ(result.exit, 1);
     EXPECT_THAT(result.err,
                 HasSubstr("qvadmin: cannot write many.csv.result.csv: File too large; name another file with "
                           "--result; nothing was imported\n"));
+    EXPECT_GT(LinesOf(ReadFile("many.csv.result.csv.partial")).size(), 1000U);
+}
+
+TEST_F(ImportTest, LoginNamesThatTheDiskHasNoRoomForStopIt)
+{
+    WriteMany();
+    m_options.largestFile = 100 * 1024;
+    const ChildResult result = Import({"many.csv", "--dry-run"});
+    m_options.largestFile.reset();
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_THAT(result.err, HasSubstr("qvadmin: the login names of the file cannot be kept in a temporary file: File "
+                                      "too large; nothing was imported\n"));
     EXPECT_GT(LinesOf(ReadFile("many.csv.result.csv.partial")).size(), 1000U);
 }
 
