@@ -3,18 +3,20 @@
 #include "management/Errors.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <functional>
-#include <string>
+#include <utility>
 
 namespace management {
 
 namespace {
 
-constexpr std::int64_t kFirstSlots = 4096;
+constexpr std::size_t kMostInMemory = std::size_t{256} * 1024;
+constexpr std::size_t kGrowth = 4;
 
 /// Before the bytes of a name.
 struct NameHead {
@@ -28,73 +30,104 @@ struct NameHead {
                                                std::strerror(errno)));
 }
 
-/// Where a slot is in its file. @param at  any number; the table goes round.
-std::int64_t PlaceOf(std::uint64_t at, std::int64_t slots, std::size_t size)
+void WriteAll(std::FILE* file, std::size_t place, const char* bytes, std::size_t count)
 {
-    return static_cast<std::int64_t>((at & static_cast<std::uint64_t>(slots - 1)) * size);
+    while (count > 0) {
+        const ssize_t written = ::pwrite(::fileno(file), bytes, count, static_cast<off_t>(place));
+        if (written < 0 && errno != EINTR) {
+            ThrowFailed();
+        }
+        const auto done = static_cast<std::size_t>(written < 0 ? 0 : written);
+        bytes += done;
+        place += done;
+        count -= done;
+    }
 }
 
-void MoveTo(std::FILE* file, std::int64_t place)
+void ReadAll(std::FILE* file, std::size_t place, char* bytes, std::size_t count)
 {
-    if (std::fseek(file, place, SEEK_SET) != 0) {
-        ThrowFailed();
+    while (count > 0) {
+        const ssize_t read = ::pread(::fileno(file), bytes, count, static_cast<off_t>(place));
+        if (read == 0) {
+            errno = EIO;
+        }
+        if (read <= 0 && errno != EINTR) {
+            ThrowFailed();
+        }
+        const auto done = static_cast<std::size_t>(read < 0 ? 0 : read);
+        bytes += done;
+        place += done;
+        count -= done;
     }
 }
 
 } // namespace
 
-SeenLogins::SeenLogins(Hash hash)
-    : m_hash(hash), m_slots(kFirstSlots), m_table(MakeTable(kFirstSlots)), m_names(MakeFile())
+// ---- Storage --------------------------------------------------------------------------------------------------------
+
+SeenLogins::Storage::Storage(std::size_t size)
 {
+    if (size <= kMostInMemory) {
+        m_memory.assign(size, '\0');
+        return;
+    }
+    MoveToFile();
+    if (::ftruncate(::fileno(m_file.get()), static_cast<off_t>(size)) != 0) {
+        ThrowFailed();
+    }
+    m_inFile = size;
 }
+
+void SeenLogins::Storage::Read(std::size_t place, void* bytes, std::size_t count) const
+{
+    if (place >= m_inFile) {
+        std::memcpy(bytes, m_memory.data() + (place - m_inFile), count);
+    } else {
+        ReadAll(m_file.get(), place, static_cast<char*>(bytes), count);
+    }
+}
+
+void SeenLogins::Storage::Write(std::size_t place, const void* bytes, std::size_t count)
+{
+    if (place < m_inFile) {
+        WriteAll(m_file.get(), place, static_cast<const char*>(bytes), count);
+        return;
+    }
+    const std::size_t at = place - m_inFile;
+    m_memory.replace(at, std::min(count, m_memory.size() - at), static_cast<const char*>(bytes), count);
+    if (m_memory.size() > kMostInMemory) {
+        MoveToFile();
+    }
+}
+
+// What is in memory goes to the end of the file as a whole, so that nothing lies partly here and partly there.
+void SeenLogins::Storage::MoveToFile()
+{
+    if (!m_file) {
+        m_file.reset(std::tmpfile());
+    }
+    if (!m_file) {
+        ThrowFailed();
+    }
+    WriteAll(m_file.get(), m_inFile, m_memory.data(), m_memory.size());
+    m_inFile += m_memory.size();
+    m_memory.clear();
+}
+
+// ---- Names ----------------------------------------------------------------------------------------------------------
 
 std::uint64_t SeenLogins::UsualHash(std::string_view key) { return std::hash<std::string_view>()(key); }
-
-SeenLogins::File SeenLogins::MakeFile()
-{
-    File file(std::tmpfile());
-    if (!file) {
-        ThrowFailed();
-    }
-    // What is read and written lies here and there.
-    std::setvbuf(file.get(), nullptr, _IONBF, 0);
-    return file;
-}
-
-SeenLogins::File SeenLogins::MakeTable(std::int64_t slots)
-{
-    File table = MakeFile();
-    const Slot last;
-    Write(table.get(), (slots - 1) * static_cast<std::int64_t>(sizeof last), &last, sizeof last);
-    return table;
-}
-
-void SeenLogins::Read(std::FILE* file, std::int64_t place, void* bytes, std::size_t count)
-{
-    MoveTo(file, place);
-    if (std::fread(bytes, 1, count, file) != count) {
-        ThrowFailed();
-    }
-}
-
-void SeenLogins::Write(std::FILE* file, std::int64_t place, const void* bytes, std::size_t count)
-{
-    MoveTo(file, place);
-    if (std::fwrite(bytes, 1, count, file) != count) {
-        ThrowFailed();
-    }
-}
 
 std::optional<long> SeenLogins::Add(std::string_view key, long line)
 {
     const std::uint64_t hash = m_hash(key);
-    Slot slot;
     for (std::uint64_t at = hash;; ++at) {
-        const std::int64_t place = PlaceOf(at, m_slots, sizeof slot);
-        Read(m_table.get(), place, &slot, sizeof slot);
+        const std::size_t place = (at & (m_slots - 1)) * sizeof(Slot);
+        Slot slot;
+        m_table.Read(place, &slot, sizeof slot);
         if (slot.name == 0) {
             slot = Append(hash, key, line);
-            Write(m_table.get(), place, &slot, sizeof slot);
+            m_table.Write(place, &slot, sizeof slot);
             break;
         }
         const std::optional<long> first = slot.hash == hash ? LineOf(slot, key) : std::nullopt;
@@ -111,12 +144,12 @@ std::optional<long> SeenLogins::Add(std::string_view key, long line)
 std::optional<long> SeenLogins::LineOf(const Slot& slot, std::string_view key) const
 {
     NameHead head;
-    Read(m_names.get(), slot.name - 1, &head, sizeof head);
+    m_names.Read(slot.name - 1, &head, sizeof head);
     if (head.length != key.size()) {
         return std::nullopt;
     }
     std::string name(key.size(), '\0');
-    Read(m_names.get(), slot.name - 1 + static_cast<std::int64_t>(sizeof head), name.data(), name.size());
+    m_names.Read(slot.name - 1 + sizeof head, name.data(), name.size());
     return name == key ? std::optional(static_cast<long>(head.line)) : std::nullopt;
 }
 
@@ -126,40 +159,32 @@ SeenLogins::Slot SeenLogins::Append(std::uint64_t hash, std::string_view key, lo
     std::string bytes(sizeof head, '\0');
     std::memcpy(bytes.data(), &head, sizeof head);
     bytes += key;
-    Write(m_names.get(), m_namesEnd, bytes.data(), bytes.size());
+    m_names.Write(m_namesEnd, bytes.data(), bytes.size());
     const Slot slot{hash, m_namesEnd + 1};
-    m_namesEnd += static_cast<std::int64_t>(bytes.size());
+    m_namesEnd += bytes.size();
     return slot;
 }
 
 void SeenLogins::Grow()
 {
-    const std::int64_t slots = m_slots * 2;
-    File table = MakeTable(slots);
+    const std::size_t slots = m_slots * kGrowth;
+    Storage table(slots * sizeof(Slot));
     std::array<Slot, 1024> block;
-    for (std::int64_t next = 0; next < m_slots; next += static_cast<std::int64_t>(block.size())) {
-        Read(m_table.get(), next * static_cast<std::int64_t>(sizeof(Slot)), block.data(), sizeof block);
+    for (std::size_t next = 0; next < m_slots; next += block.size()) {
+        m_table.Read(next * sizeof(Slot), block.data(), sizeof block);
         for (const Slot& slot : block) {
-            if (slot.name != 0) {
-                Insert(table.get(), slots, slot);
+            Slot present{0, slot.name};
+            for (std::uint64_t at = slot.hash; present.name != 0; ++at) {
+                const std::size_t place = (at & (slots - 1)) * sizeof(Slot);
+                table.Read(place, &present, sizeof present);
+                if (present.name == 0) {
+                    table.Write(place, &slot, sizeof slot);
+                }
             }
         }
     }
     m_table = std::move(table);
     m_slots = slots;
-}
-
-void SeenLogins::Insert(std::FILE* table, std::int64_t slots, const Slot& slot)
-{
-    Slot present;
-    for (std::uint64_t at = slot.hash;; ++at) {
-        const std::int64_t place = PlaceOf(at, slots, sizeof slot);
-        Read(table, place, &present, sizeof present);
-        if (present.name == 0) {
-            Write(table, place, &slot, sizeof slot);
-            return;
-        }
-    }
 }
 
 } // namespace management

@@ -171,7 +171,7 @@ TEST_P(NamesOn, OfNewPeopleInOneFileAreToldApart)
 {
     WriteFile("p.csv", "login,name\namy,Amy\nzo\u00EB,Zo\u00EB\nzoe,Zoe\nkim,Kim\n");
     const ChildResult imported = Run({"user", "import", "p.csv", "--result", "-"});
-    EXPECT_THAT(imported.out, AllOf(HasSubstr("\n2,amy,1,created,"), HasSubstr("\n3,zo\u00EB,"),
+    EXPECT_THAT(imported.out, AllOf(HasSubstr("\n2,amy,"), HasSubstr("\n3,zo\u00EB,"),
                                     HasSubstr(Confuses() ? "zoe,,failed,\"the login name 'zoe' is taken: this database "
                                                            "takes it for equal to 'zo\u00EB' (id "
                                                          : "zoe,3,created,"),
