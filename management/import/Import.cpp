@@ -1,18 +1,24 @@
 #include "management/import/Import.h"
 
+#include "basefun/ItemTypes.h"
 #include "dbaccess/CAConnect.h"
 #include "management/DatabaseError.h"
 #include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Text.h"
 #include "management/import/CsvReader.h"
+#include "management/import/SeenLogins.h"
+#include "management/import/UserBlock.h"
+#include "management/organisation/Links.h"
 #include "management/users/UserDepartment.h"
+#include "management/users/UserRows.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <unordered_map>
+#include <map>
+#include <set>
 #include <utility>
 
 namespace management {
@@ -32,6 +38,7 @@ constexpr std::string_view kByteBlanks = " \t";
 struct Row {
     long line = 0;
     std::string login;
+    std::string key; ///< by which the login name is compared
     FieldValues values;
     std::string problem; ///< empty when the row is good so far
 };
@@ -49,6 +56,28 @@ std::string Trimmed(const std::string& text)
 {
     const std::size_t begin = text.find_first_not_of(kByteBlanks);
     return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(kByteBlanks) - begin + 1);
+}
+
+// Looked up once.
+const Field& Login()
+{
+    static const Field& field = *FindField("login");
+    return field;
+}
+const Field& Department()
+{
+    static const Field& field = *FindField("department");
+    return field;
+}
+const Field& DepartmentId()
+{
+    static const Field& field = *FindField("department_id");
+    return field;
+}
+const Field& Birthday()
+{
+    static const Field& field = *FindField("birthday");
+    return field;
 }
 
 /// What the columns of the file are.
@@ -75,7 +104,7 @@ public:
     /// The row of a record; what is wrong with it stands in its problem.
     [[nodiscard]] Row Read(const CsvRecord& record) const
     {
-        Row row{record.line, {}, {}, record.problem};
+        Row row{record.line, {}, {}, {}, record.problem};
         if (!row.problem.empty()) {
             return row;
         }
@@ -91,9 +120,20 @@ public:
 
     [[nodiscard]] bool Has(const Field& field) const { return std::ranges::find(m_columns, &field) != m_columns.end(); }
 
-private:
-    static const Field& Login() { return *FindField("login"); }
+    /// The columns of users that rows are compared with: those of the file, and what tells of their departments.
+    [[nodiscard]] std::vector<const Field*> Compared() const
+    {
+        std::vector<const Field*> fields = m_columns;
+        std::erase(fields, &Login());
+        for (const Field* field : {&Department(), &DepartmentId()}) {
+            if (!Has(*field)) {
+                fields.push_back(field);
+            }
+        }
+        return fields;
+    }
 
+private:
     void Add(const std::string& name, const std::string& file)
     {
         const Field* field = FindField(name);
@@ -116,6 +156,7 @@ private:
         try {
             if (&field == &Login()) {
                 row.login = text;
+                row.key = NameKey(text);
                 CheckLogin(text);
             } else if (!text.empty()) {
                 row.values[&field] = ParseValue(field, text);
@@ -142,7 +183,9 @@ public:
           m_report(report),
           m_reader(reader),
           m_header(first, source.name),
+          m_compared(m_header.Compared()),
           m_lengths(LengthsOf(call.Connection(), "qv_User")),
+          m_roles(call.Connection()),
           m_departments(OpenDepartments())
     {
     }
@@ -150,6 +193,7 @@ public:
     void Run()
     {
         m_call.Front().TakeColumns({kResultColumns.begin(), kResultColumns.end()});
+        m_seen.emplace();
         while (!m_atEnd && !IsStopRequested()) {
             const std::vector<Row> rows = ReadBatch();
             ApplyAll(rows);
@@ -177,9 +221,6 @@ private:
             DepartmentOptions{*m_options.departments, m_dryRun, m_options.makeView, m_options.makeGroups});
     }
 
-    static const Field& Department() { return *FindField("department"); }
-    static const Field& DepartmentId() { return *FindField("department_id"); }
-
     // Rows are read before a transaction begins, so that a slow input never holds the database.
     std::vector<Row> ReadBatch()
     {
@@ -206,9 +247,9 @@ private:
         if (row.login.empty()) {
             return;
         }
-        const auto [first, isNew] = m_seen.emplace(NameKey(row.login), row.line);
-        if (!isNew && row.problem.empty()) {
-            row.problem = fmt::format("the login name {} stands in line {} already", Quoted(row.login), first->second);
+        const std::optional<long> first = m_seen->Add(row.key, row.line);
+        if (first && row.problem.empty()) {
+            row.problem = fmt::format("the login name {} stands in line {} already", Quoted(row.login), *first);
         }
     }
 
@@ -222,6 +263,7 @@ private:
     /// @return how many rows were dealt with.
     std::size_t Try(std::span<const Row> rows)
     {
+        ReadBlock(rows);
         for (const Row& row : rows) {
             Report(row, Apply(row));
         }
@@ -234,18 +276,25 @@ private:
     {
         std::vector<RowOutcome> outcomes;
         std::optional<Change> change(std::in_place, m_call);
+        bool isDone = false;
         try {
             Begun();
+            ReadBlock(rows);
             const Clock::time_point begin = Clock::now();
             do {
                 outcomes.push_back(Apply(rows[outcomes.size()]));
             } while (outcomes.size() < rows.size() && Clock::now() - begin < kLongest && !IsStopRequested());
-            change->Finish();
-            Committed();
+            if (WriteBlock(rows, outcomes)) {
+                change->Finish();
+                Committed();
+                isDone = true;
+            }
         } catch (const DatabaseError&) {
             if (!m_directory.Connection().IsOpen()) {
                 throw;
             }
+        }
+        if (!isDone) {
             change.reset();
             // Which row the engine refused, and whether the others stand, shows when each is done by itself.
             return ApplyOneByOne(rows.first(std::min(outcomes.size() + 1, rows.size())));
@@ -261,7 +310,7 @@ private:
     {
         std::size_t count = 0;
         while (count < rows.size() && !IsStopRequested()) {
-            const RowOutcome outcome = ApplyAlone(rows[count]);
+            const RowOutcome outcome = ApplyAlone(rows.subspan(count, 1));
             Report(rows[count], outcome);
             Settle();
             ++count;
@@ -269,13 +318,17 @@ private:
         return count;
     }
 
-    RowOutcome ApplyAlone(const Row& row)
+    /// @param rows  one.
+    RowOutcome ApplyAlone(std::span<const Row> rows)
     {
         std::optional<Change> change(std::in_place, m_call);
         Begun();
-        RowOutcome outcome;
+        std::vector<RowOutcome> outcomes;
         try {
-            outcome = Apply(row);
+            ReadBlock(rows);
+            m_isAlone = true;
+            outcomes.push_back(Apply(rows.front()));
+            WriteBlock(rows, outcomes);
         } catch (const DatabaseError& e) {
             if (e.IsLasting()) {
                 throw;
@@ -286,7 +339,94 @@ private:
         }
         change->Finish();
         Committed();
-        return outcome;
+        return outcomes.front();
+    }
+
+    // ---- A block of rows: what can be asked or written for all of them at once --------------------------------------
+
+    /// Asks what the rows have to be compared with.
+    void ReadBlock(std::span<const Row> rows)
+    {
+        m_isAlone = false;
+        m_added.clear();
+        m_joining.clear();
+        std::vector<std::string> logins;
+        for (const Row& row : rows) {
+            // Nobody has a login name that no column takes.
+            if (row.problem.empty() && TooLongLogin(row).empty()) {
+                logins.push_back(row.login);
+            }
+        }
+        m_users =
+            UserBlock(m_directory.Connection(), logins,
+                      m_options.update ? std::span<const Field* const>(m_compared) : std::span<const Field* const>());
+        if (m_departments) {
+            ReadDepartments(rows);
+        }
+    }
+
+    void ReadDepartments(std::span<const Row> rows)
+    {
+        std::set<std::string> paths;
+        for (const Row& row : rows) {
+            const auto path = row.values.find(&Department());
+            if (path != row.values.end() && row.problem.empty() &&
+                (m_options.update || m_users.Find(row.key).empty())) {
+                paths.insert(path->second.value_or(""));
+            }
+        }
+        m_departments->ReadAhead(paths);
+        m_places.clear();
+        if (!m_options.update) {
+            return;
+        }
+        m_places = HoldersOf(m_directory.Connection(), kItemTypeUser, m_users.Ids());
+        std::vector<int> left;
+        for (const Row& row : rows) {
+            const auto path = row.values.find(&Department());
+            const std::span<const UserBlock::User> users = m_users.Find(row.key);
+            if (path == row.values.end() || users.empty()) {
+                continue;
+            }
+            const int before = DepartmentIdIn(users.front().stored);
+            const std::optional<ItemKey> group = m_departments->FindPresent(path->second.value_or(""));
+            if (before > 0 && (!group || group->id != before)) {
+                left.push_back(before);
+            }
+        }
+        m_departments->ReadAbove(left);
+    }
+
+    /// Writes what is still to be written for rows that have been applied. @return false, and something is not
+    /// written, when the engine takes the login name of an added user for that of another.
+    bool WriteBlock(std::span<const Row> rows, std::vector<RowOutcome>& outcomes)
+    {
+        CAConnect& conn = m_directory.Connection();
+        if (!m_added.empty()) {
+            std::vector<std::string> logins;
+            for (const Added& added : m_added) {
+                logins.push_back(added.row->login);
+            }
+            const std::optional<std::vector<int>> ids = IdsOfAdded(conn, logins);
+            if (!ids) {
+                return false;
+            }
+            std::vector<int> withoutBirthday;
+            for (std::size_t i = 0; i < m_added.size(); ++i) {
+                const Added& added = m_added[i];
+                outcomes[static_cast<std::size_t>(added.row - rows.data())].id = (*ids)[i];
+                if (!added.row->values.contains(&Birthday())) {
+                    withoutBirthday.push_back((*ids)[i]);
+                }
+                if (added.joins) {
+                    m_joining.push_back((*ids)[i]);
+                }
+            }
+            // The record writes today for a birthday that nobody gave.
+            ClearBirthdays(conn, withoutBirthday);
+        }
+        JoinDepartments(conn, m_joining);
+        return true;
     }
 
     void Begun()
@@ -326,23 +466,21 @@ private:
 
     RowOutcome ApplyGood(const Row& row)
     {
-        const std::vector<UserKey> present = m_directory.FindAll(row.login);
+        const std::span<const UserBlock::User> present = m_users.Find(row.key);
         if (!present.empty() && !m_options.update) {
-            return {RowFate::exists, present.front().id, {}};
+            return {RowFate::exists, present.front().key.id, {}};
         }
-        if (present.empty()) {
+        if (present.empty() && m_users.HasConfused()) {
             RequireFreeLogin(m_directory, row.login, std::nullopt);
         }
-        const std::optional<UserKey> user =
-            present.empty() ? std::nullopt : std::optional(FindUser(m_directory, "login:" + row.login));
-        const FieldValues stored = user ? m_directory.Load(user->id).value_or(FieldValues()) : FieldValues();
-        const std::string privileges = PrivilegesIn(row, stored);
+        const UserBlock::User* user = present.empty() ? nullptr : &OnlyOne(row, present);
+        const std::string privileges = PrivilegesIn(row, user);
         if (!privileges.empty() && !m_options.allowPrivileges) {
             return {RowFate::failed, 0, privileges + ", which needs --allow-privileges", true};
         }
         RequireLengths(row);
-        if (user && !m_departments) {
-            RequireDepartmentText(*user, row, stored);
+        if (user != nullptr && !m_departments) {
+            RequireDepartmentText(*user, row);
         }
         FieldValues values = row.values;
         // Groups are made for nothing but a row that is otherwise good.
@@ -350,37 +488,54 @@ private:
         if (group) {
             values[&DepartmentId()] = std::to_string(group->id);
         }
-        RowOutcome outcome = user ? ApplyToPresent(*user, stored, values, group) : ApplyToNew(row.login, values, group);
+        RowOutcome outcome = user != nullptr ? ApplyToPresent(*user, values, group) : ApplyToNew(row, values, group);
         outcome.isPrivileged = !privileges.empty();
         return outcome;
     }
 
-    /// What a row would do to privileges, for a sentence; empty for nothing. @param stored  the user's columns, empty
-    /// for a user who is still to be added.
-    static std::string PrivilegesIn(const Row& row, const FieldValues& stored)
+    /// The user that a row is about. @throws Error for several who differ only in case.
+    const UserBlock::User& OnlyOne(const Row& row, std::span<const UserBlock::User> users)
     {
-        std::string changed;
-        for (const Field& field : Fields()) {
-            const auto given = row.values.find(&field);
-            if (!IsPrivilege(field) || given == row.values.end()) {
-                continue;
-            }
-            const auto before = stored.find(&field);
-            const std::string present = before == stored.end() ? "" : before->second.value_or("");
-            if (given->second != (present.empty() ? "0" : present)) {
-                changed += fmt::format("{} {}", changed.empty() ? "changes" : " and", field.name);
-            }
+        if (users.size() == 1) {
+            return users.front();
         }
-        const bool isAdmin = SameName(row.login, kAdmin);
-        if (isAdmin && (stored.empty() || Differs(stored, row.values))) {
-            return stored.empty() ? "adds the built-in administrator" : "changes the built-in administrator";
+        const UserKey user = FindUser(m_directory, "login:" + row.login);
+        const auto found = std::ranges::find(users, user, &UserBlock::User::key);
+        if (found == users.end()) {
+            throw Error(ErrorCode::conflict,
+                        fmt::format("{} was changed by another program in the meantime", Named(user)));
+        }
+        return *found;
+    }
+
+    /// What a row would do to privileges, for a sentence; empty for nothing. @param user  null for one who is still to
+    /// be added.
+    static std::string PrivilegesIn(const Row& row, const UserBlock::User* user)
+    {
+        static const std::string kAdminKey = NameKey(kAdmin);
+        if (row.key == kAdminKey && (user == nullptr || Differs(user->stored, row.values))) {
+            return user == nullptr ? "adds the built-in administrator" : "changes the built-in administrator";
+        }
+        std::string changed;
+        for (const auto& [field, given] : row.values) {
+            if (IsPrivilege(*field)) {
+                const std::string present = user == nullptr ? "" : user->stored.at(field).value_or("");
+                if (given != (present.empty() ? "0" : present)) {
+                    changed += fmt::format("{} {}", changed.empty() ? "changes" : " and", field->name);
+                }
+            }
         }
         return changed;
     }
 
+    [[nodiscard]] std::string TooLongLogin(const Row& row) const
+    {
+        return TooLong(m_lengths, TextFor{Login().name, Login().column, row.login});
+    }
+
     void RequireLengths(const Row& row) const
     {
-        const std::string login = TooLong(m_lengths, TextFor{"login", FindField("login")->column, row.login});
+        const std::string login = TooLongLogin(row);
         const std::string problem = login.empty() ? TooLong(m_lengths, row.values) : login;
         if (!problem.empty()) {
             throw Error(ErrorCode::invalid, problem);
@@ -388,22 +543,21 @@ private:
     }
 
     /// @throws Error for another text of a department that the user is a member of.
-    void RequireDepartmentText(const UserKey& user, const Row& row, const FieldValues& stored)
+    void RequireDepartmentText(const UserBlock::User& user, const Row& row)
     {
         const auto given = row.values.find(&Department());
-        if (given == row.values.end() || stored.at(&Department()).value_or("") == given->second) {
+        if (given == row.values.end() || user.stored.at(&Department()).value_or("") == given->second) {
             return;
         }
         if (!m_organisation) {
             m_organisation.emplace(m_directory.Connection());
         }
-        Roles roles(m_directory.Connection());
-        const std::vector<ItemKey> groups = DepartmentGroups(*m_organisation, roles, user.id, stored);
+        const std::vector<ItemKey> groups = DepartmentGroups(*m_organisation, m_roles, user.key.id, user.stored);
         if (!groups.empty()) {
             throw Error(ErrorCode::conflict,
                         fmt::format("the department changes, and {} would stay a member of {}; give "
                                     "--departments VIEW, and both change",
-                                    Visible(user.login), m_organisation->Named(groups.front())));
+                                    Visible(user.key.login), m_organisation->Named(groups.front())));
         }
     }
 
@@ -420,42 +574,53 @@ private:
                                                          : std::nullopt;
     }
 
-    RowOutcome ApplyToNew(const std::string& login, const FieldValues& values, std::optional<ItemKey> group)
+    RowOutcome ApplyToNew(const Row& row, const FieldValues& values, std::optional<ItemKey> group)
     {
-        if (m_dryRun) {
+        RowOutcome outcome{RowFate::created, 0, {}};
+        if (!m_dryRun && m_isAlone) {
+            outcome.id = CreateUser(m_directory, row.login, values);
             if (group) {
-                m_departments->WouldEnter(*group, 0);
+                m_joining.push_back(outcome.id);
             }
-            return {RowFate::created, 0, {}};
+        } else if (!m_dryRun) {
+            AddUser(m_directory, row.login, values);
+            m_added.push_back({&row, group.has_value()});
         }
-        const int id = CreateUser(m_directory, login, values);
         if (group) {
-            m_departments->Place(*group, id, 0, "");
+            m_departments->NoteEntered(*group);
         }
-        return {RowFate::created, id, {}};
+        return outcome;
     }
 
-    RowOutcome ApplyToPresent(const UserKey& user, const FieldValues& stored, const FieldValues& values,
-                              std::optional<ItemKey> group)
+    RowOutcome ApplyToPresent(const UserBlock::User& user, const FieldValues& values, std::optional<ItemKey> group)
     {
-        const bool differed =
-            m_dryRun ? WouldChange(user.id, stored, values, group) : SetValues(user.id, stored, values, group);
-        return {differed ? RowFate::updated : RowFate::unchanged, user.id, {}};
+        bool differed = Differs(user.stored, values);
+        if (!m_dryRun) {
+            ChangeUser(m_directory, user.key.id, user.stored, values);
+            differed = (group && Leave(*group, user)) || differed;
+        }
+        if (group && !IsIn(*group, user)) {
+            m_joining.push_back(user.key.id);
+            m_departments->NoteEntered(*group);
+            differed = true;
+        }
+        return {differed ? RowFate::updated : RowFate::unchanged, user.key.id, {}};
     }
 
-    bool WouldChange(int id, const FieldValues& stored, const FieldValues& values, std::optional<ItemKey> group)
+    [[nodiscard]] bool IsIn(ItemKey group, const UserBlock::User& user) const
     {
-        const bool enters = group && m_departments->WouldEnter(*group, id);
-        return Differs(stored, values) || enters;
+        const auto places = m_places.find(user.key.id);
+        return places != m_places.end() && std::ranges::find(places->second, group) != places->second.end();
     }
 
-    bool SetValues(int id, const FieldValues& stored, const FieldValues& values, std::optional<ItemKey> group)
+    /// Ends the membership in the department that a user was in. @return whether there was one.
+    bool Leave(ItemKey group, const UserBlock::User& user)
     {
-        const bool changed = ChangeUser(m_directory, id, values);
-        const bool moved =
-            group && m_departments->Place(*group, id, DepartmentIdIn(stored), stored.at(&Department()).value_or(""));
-        return changed || moved;
+        const std::optional<ItemKey> old =
+            m_departments->GroupToLeave(group, DepartmentIdIn(user.stored), user.stored.at(&Department()).value_or(""));
+        return old && IsIn(*old, user) && m_roles.Unlink(*old, user.key.id);
     }
+
     void Report(const Row& row, const RowOutcome& outcome)
     {
         const std::string_view fate = kRowFates.at(static_cast<std::size_t>(outcome.fate));
@@ -478,11 +643,24 @@ private:
     ImportReport& m_report;
     CsvReader& m_reader;
     Header m_header;
-    schema::ColumnLengths m_lengths;            // of users
+    std::vector<const Field*> m_compared; // of users who are there
+    schema::ColumnLengths m_lengths;      // of users
+    Roles m_roles;
     std::optional<Departments> m_departments;   // none unless the option is given
     std::optional<Organisation> m_organisation; // read when it is first needed
-    std::unordered_map<std::string, long> m_seen;
+    std::optional<SeenLogins> m_seen;
     bool m_atEnd = false;
+
+    // Of the block at hand.
+    struct Added {
+        const Row* row;
+        bool joins; ///< becomes a member of his department
+    };
+    UserBlock m_users;
+    std::map<int, std::vector<ItemKey>> m_places; // groups and views by the ids of users who are there
+    std::vector<Added> m_added;                   // whose ids are still to be asked
+    std::vector<int> m_joining;                   // who become members of their departments
+    bool m_isAlone = false;                       // one row in a transaction of its own
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "management/DatabaseError.h"
 #include "management/Names.h"
 #include "management/Text.h"
+#include "management/organisation/Links.h"
 
 #include <fmt/format.h>
 
@@ -157,13 +158,71 @@ std::optional<LinkedGroup> Departments::ChildOf(ItemKey parent, const std::strin
 
 Departments::Children& Departments::ChildrenOf(ItemKey parent)
 {
-    const auto [entry, isNew] = m_children.try_emplace(parent);
-    if (isNew && parent.id >= 0) {
-        for (const LinkedGroup& group : m_roles.GroupsIn(parent)) {
-            entry->second[NameKey(group.name)].push_back(group);
+    if (!m_children.contains(parent)) {
+        ReadChildren({parent});
+    }
+    return m_children[parent];
+}
+
+void Departments::ReadChildren(const std::set<ItemKey>& parents)
+{
+    for (const int type : {kItemTypeView, kItemTypeGroup}) {
+        std::vector<int> ids;
+        for (const ItemKey parent : parents) {
+            if (parent.type == type && parent.id >= 0 && !m_children.contains(parent)) {
+                ids.push_back(parent.id);
+                m_children[parent];
+            }
+        }
+        for (auto& [id, groups] : GroupsIn(m_roles.Connection(), type, ids)) {
+            Children& children = m_children[{type, id}];
+            for (LinkedGroup& group : groups) {
+                children[NameKey(group.name)].push_back(std::move(group));
+            }
         }
     }
-    return entry->second;
+}
+
+void Departments::ReadAhead(const std::set<std::string>& paths)
+{
+    if (!m_view) {
+        return;
+    }
+    struct Walk {
+        const std::string* path;
+        std::vector<std::string> names;
+        std::size_t next; ///< of the names
+        ItemKey reached;
+    };
+    std::vector<Walk> walks;
+    for (const std::string& path : paths) {
+        try {
+            if (!m_paths.contains(path)) {
+                walks.push_back({&path, NamesIn(path), 0, *m_view});
+            }
+        } catch (const Error&) {
+            continue; // Find says what is wrong with it
+        }
+    }
+    const auto isAtEnd = [this](Walk& walk) {
+        const Children& children = m_children[walk.reached];
+        const auto found = children.find(NameKey(walk.names[walk.next]));
+        if (found == children.end() || found->second.size() > 1) {
+            return true;
+        }
+        walk.reached = {kItemTypeGroup, found->second.front().id};
+        const bool isLast = ++walk.next == walk.names.size();
+        if (isLast) {
+            m_paths.emplace(*walk.path, walk.reached);
+        }
+        return isLast;
+    };
+    while (!walks.empty()) {
+        std::set<ItemKey> parents;
+        std::ranges::transform(walks, std::inserter(parents, parents.end()), &Walk::reached);
+        ReadChildren(parents);
+        std::erase_if(walks, isAtEnd);
+    }
 }
 
 LinkedGroup Departments::MakeChild(ItemKey parent, const std::string& name, const std::string& path)
@@ -181,29 +240,54 @@ LinkedGroup Departments::MakeChild(ItemKey parent, const std::string& name, cons
 
 // ---- Users ----------------------------------------------------------------------------------------------------------
 
-bool Departments::IsIn(ItemKey group, int userId) { return group.id >= 0 && m_roles.IsMember(group, userId); }
-
 bool Departments::IsBelowView(int groupId)
 {
-    const auto known = m_below.find(groupId);
-    if (known != m_below.end()) {
-        return known->second;
+    ReadAbove({groupId});
+    return m_below.at(groupId);
+}
+
+void Departments::ReadAbove(const std::vector<int>& groups)
+{
+    if (!m_view) {
+        return;
     }
+    std::vector<int> asked = groups;
+    std::erase_if(asked, [this](int group) { return m_below.contains(group); });
     // Up through all parents; groups may hang in a cycle.
-    std::set<ItemKey> seen = {{kItemTypeGroup, groupId}};
-    std::vector<ItemKey> above = {{kItemTypeGroup, groupId}};
-    for (std::size_t i = 0; i < above.size(); ++i) {
-        for (const ItemKey parent : m_roles.HoldersOf(above[i])) {
-            if (seen.insert(parent).second) {
-                above.push_back(parent);
+    std::map<int, std::vector<ItemKey>> parents;
+    for (std::set<int> level(asked.begin(), asked.end()); !level.empty();) {
+        parents.merge(HoldersOf(m_roles.Connection(), kItemTypeGroup, {level.begin(), level.end()}));
+        std::set<int> next;
+        for (const int group : level) {
+            for (const ItemKey parent : parents[group]) {
+                if (parent.type == kItemTypeGroup && !parents.contains(parent.id)) {
+                    next.insert(parent.id);
+                }
             }
         }
+        level = std::move(next);
     }
-    return m_below[groupId] = seen.contains(View());
+    for (const int group : asked) {
+        std::set<ItemKey> seen = {{kItemTypeGroup, group}};
+        std::vector<ItemKey> above = {{kItemTypeGroup, group}};
+        for (std::size_t i = 0; i < above.size(); ++i) {
+            if (above[i].type == kItemTypeGroup) {
+                std::ranges::copy_if(parents[above[i].id], std::back_inserter(above),
+                                     [&seen](ItemKey parent) { return seen.insert(parent).second; });
+            }
+        }
+        m_below[group] = seen.contains(*m_view);
+    }
 }
 
 std::optional<ItemKey> Departments::FindPresent(const std::string& path)
 {
+    if (const auto known = m_paths.find(path); known != m_paths.end()) {
+        return known->second;
+    }
+    if (!m_view) {
+        return std::nullopt;
+    }
     try {
         ItemKey place = View();
         for (const std::string& name : NamesIn(path)) {
@@ -232,26 +316,27 @@ std::optional<ItemKey> Departments::OldGroup(int oldId, const std::string& oldPa
 
 bool Departments::Place(ItemKey group, int userId, int oldId, const std::string& oldPath)
 {
-    const std::optional<ItemKey> old = OldGroup(oldId, oldPath);
-    const bool left = old && *old != group && m_roles.Unlink(*old, userId);
-    const bool entered = m_roles.Link(group, userId);
-    const auto isNew = m_making.find(group.id);
-    if (entered && isNew != m_making.end()) {
-        ++isNew->second.users;
-    } else if (entered && m_made.contains(group.id)) {
-        ++m_entered[group.id];
-    }
-    return left || entered;
+    const std::optional<ItemKey> old = GroupToLeave(group, oldId, oldPath);
+    const bool left = old && m_roles.Unlink(*old, userId);
+    return m_roles.Link(group, userId) || left;
 }
 
-bool Departments::WouldEnter(ItemKey group, int userId)
+std::optional<ItemKey> Departments::GroupToLeave(ItemKey group, int oldId, const std::string& oldPath)
 {
-    const bool enters = userId == 0 || !IsIn(group, userId);
-    const auto isNew = m_made.find(group.id);
-    if (enters && isNew != m_made.end()) {
-        ++isNew->second.users;
+    if (oldId == group.id) {
+        return std::nullopt;
     }
-    return enters;
+    const std::optional<ItemKey> old = OldGroup(oldId, oldPath);
+    return old == group ? std::nullopt : old;
+}
+
+void Departments::NoteEntered(ItemKey group)
+{
+    if (const auto isNew = m_making.find(group.id); isNew != m_making.end()) {
+        ++isNew->second.users;
+    } else if (const auto made = m_made.find(group.id); made != m_made.end()) {
+        ++(m_options.dryRun ? made->second.users : m_entered[group.id]);
+    }
 }
 
 std::optional<std::string> Departments::MadeView() const

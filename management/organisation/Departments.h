@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -40,14 +41,26 @@ public:
     void Begin();
     void Committed();
 
+    /// Reads the groups of some hundred paths, as far as they are there, in one question for each level of them; they
+    /// are then found without one.
+    void ReadAhead(const std::set<std::string>& paths);
+    /// Reads which of some hundred groups are below the view, likewise.
+    void ReadAbove(const std::vector<int>& groups);
+
+    /// The group of a path that is there; nothing for what is no path, or may be several groups.
+    std::optional<ItemKey> FindPresent(const std::string& path);
     /// The group of a path. @throws Error (invalid) for what is no path, (conflict) when it may be several groups,
     /// (notFound) when there is none and none may be made. Nothing was made then.
     ItemKey Find(const std::string& path);
     /// Makes the user a member of the group, and no longer one of the department that he was in.
     /// @param oldId, oldPath  the department as the user's row had it. @return whether anything was different before.
     bool Place(ItemKey group, int userId, int oldId, const std::string& oldPath);
-    /// For a dry run: whether Place would make somebody a member. @param userId  0 for a user who is still to be added.
-    bool WouldEnter(ItemKey group, int userId);
+    /// The department that a user leaves who enters a group; nothing when he was in none below the view, or in this
+    /// one.
+    /// @param oldId, oldPath  the department as the user's row has it.
+    std::optional<ItemKey> GroupToLeave(ItemKey group, int oldId, const std::string& oldPath);
+    /// Counts a user who becomes a member of a group, or would.
+    void NoteEntered(ItemKey group);
 
     /// The path of the view, when it was made or would be.
     [[nodiscard]] std::optional<std::string> MadeView() const;
@@ -60,11 +73,10 @@ private:
     ItemKey View();
     [[nodiscard]] ItemKey MakeView();
     [[nodiscard]] std::string ViewPath() const;
-    std::optional<ItemKey> FindPresent(const std::string& path);
     std::optional<LinkedGroup> ChildOf(ItemKey parent, const std::string& name);
     LinkedGroup MakeChild(ItemKey parent, const std::string& name, const std::string& path);
+    void ReadChildren(const std::set<ItemKey>& parents);
     Children& ChildrenOf(ItemKey parent);
-    bool IsIn(ItemKey group, int userId);
     bool IsBelowView(int groupId);
     std::optional<ItemKey> OldGroup(int oldId, const std::string& oldPath);
 

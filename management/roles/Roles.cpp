@@ -15,6 +15,7 @@
 #include "management/Query.h"
 #include "management/Resolve.h"
 #include "management/Text.h"
+#include "management/organisation/Links.h"
 #include "management/users/LoginOrder.h"
 
 #include <fmt/format.h>
@@ -310,34 +311,7 @@ void Roles::UsersOf(ItemKey holder, const std::function<bool(const LinkedUser&)>
 
 std::vector<ItemKey> Roles::HoldersOf(ItemKey member)
 {
-    std::vector<ItemKey> holders;
-    EachRow(m_conn,
-            fmt::format("SELECT DISTINCT Col_QvItemType, Col_QvItemID FROM qv_Relation WHERE Col_DQvItemID = {} AND "
-                        "Col_DQvItemType = {} AND Col_QvItemType IN ({}, {}) AND Col_RelType = {}",
-                        member.id, member.type, kItemTypeGroup, kItemTypeView, kMembership),
-            [&holders](CARecordset& row) {
-                ItemKey& holder = holders.emplace_back();
-                row.GetValue(1, holder.type);
-                row.GetValue(2, holder.id);
-            });
-    std::ranges::sort(holders);
-    return holders;
-}
-
-std::vector<LinkedGroup> Roles::GroupsIn(ItemKey holder)
-{
-    std::vector<LinkedGroup> groups;
-    EachRow(m_conn,
-            fmt::format("SELECT Col_ID, Col_Name FROM qv_Group WHERE Col_ID IN (SELECT Col_DQvItemID FROM qv_Relation "
-                        "WHERE Col_QvItemID = {} AND Col_QvItemType = {} AND Col_DQvItemType = {} AND Col_RelType = "
-                        "{}) ORDER BY Col_ID",
-                        holder.id, holder.type, kItemTypeGroup, kMembership),
-            [&groups](CARecordset& row) {
-                LinkedGroup& group = groups.emplace_back();
-                row.GetValue(1, group.id);
-                group.name = TextIn(row, 2);
-            });
-    return groups;
+    return management::HoldersOf(m_conn, member.type, {member.id})[member.id];
 }
 
 bool Roles::IsMember(ItemKey holder, int userId)

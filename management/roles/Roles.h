@@ -125,8 +125,6 @@ public:
     /// The groups and views that a user or group is a direct member of, also those that are gone; each once, views
     /// last.
     std::vector<ItemKey> HoldersOf(ItemKey member);
-    /// The groups directly in a group or view, each once, by id.
-    std::vector<LinkedGroup> GroupsIn(ItemKey holder);
     bool IsMember(ItemKey holder, int userId);
     /// Makes a user a member. @return whether he was none before.
     bool Link(ItemKey holder, int userId);

@@ -158,8 +158,10 @@ std::span<const Field> Fields() { return kFields; }
 
 const Field* FindField(std::string_view name)
 {
-    const auto* found =
-        std::ranges::find_if(kFields, [name](const Field& field) { return SameLetters(field.name, name); });
+    const auto* found = std::ranges::find(kFields, name, &Field::name);
+    if (found == std::end(kFields)) {
+        found = std::ranges::find_if(kFields, [name](const Field& field) { return SameLetters(field.name, name); });
+    }
     return found == std::end(kFields) ? nullptr : found;
 }
 

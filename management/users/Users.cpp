@@ -6,6 +6,7 @@
 #include "management/Query.h"
 #include "management/Resolve.h"
 #include "management/Text.h"
+#include "management/users/UserRows.h"
 
 #include <fmt/format.h>
 
@@ -130,14 +131,7 @@ int CreateUser(Directory& directory, const std::string& login, const FieldValues
 {
     CheckLogin(login);
     RequireFreeLogin(directory, login, std::nullopt);
-    CHumanItem item;
-    item.m_nID = 0;
-    SetMember(item, FieldOf("login"), login);
-    SetMember(item, FieldOf("name"), login);
-    for (const auto& [field, value] : values) {
-        SetMember(item, *field, value);
-    }
-    directory.Save(item);
+    AddUser(directory, login, values);
     const int id = LastInsertedId(directory.Connection());
     // The record writes today for a birthday that nobody gave.
     const Field& birthday = FieldOf("birthday");
@@ -146,6 +140,18 @@ int CreateUser(Directory& directory, const std::string& login, const FieldValues
         directory.Set(id, {{&birthday, std::nullopt}});
     }
     return id;
+}
+
+void AddUser(Directory& directory, const std::string& login, const FieldValues& values)
+{
+    CHumanItem item;
+    item.m_nID = 0;
+    SetMember(item, FieldOf("login"), login);
+    SetMember(item, FieldOf("name"), login);
+    for (const auto& [field, value] : values) {
+        SetMember(item, *field, value);
+    }
+    directory.Save(item);
 }
 
 bool Differs(const FieldValues& stored, const FieldValues& values)
@@ -158,7 +164,11 @@ bool Differs(const FieldValues& stored, const FieldValues& values)
 
 bool ChangeUser(Directory& directory, int id, const FieldValues& values)
 {
-    const FieldValues stored = LoadUser(directory, id);
+    return ChangeUser(directory, id, LoadUser(directory, id), values);
+}
+
+bool ChangeUser(Directory& directory, int id, const FieldValues& stored, const FieldValues& values)
+{
     if (!Differs(stored, values)) {
         return false;
     }

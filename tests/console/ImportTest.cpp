@@ -54,10 +54,10 @@ protected:
         return Run(words);
     }
 
-    void WriteMany()
+    void WriteMany(int count = kMany)
     {
         std::string rows = "login,name\n";
-        for (int i = 0; i < kMany; ++i) {
+        for (int i = 0; i < count; ++i) {
             rows += "user" + std::to_string(i) + ",User " + std::to_string(i) + "\n";
         }
         WriteFile("many.csv", rows);
@@ -340,6 +340,18 @@ TEST_F(ImportTest, OutcomesThatTheDiskHasNoRoomForStopIt)
                 HasSubstr("qvadmin: cannot write many.csv.result.csv: File too large; name another file with "
                           "--result; nothing was imported\n"));
     EXPECT_GT(LinesOf(ReadFile("many.csv.result.csv.partial")).size(), 1000U);
+}
+
+TEST_F(ImportTest, LoginNamesThatTheDiskHasNoRoomForStopIt)
+{
+    WriteMany(9000);
+    m_options.largestFile = 900 * 1024;
+    const ChildResult result = Import({"many.csv", "--dry-run"});
+    m_options.largestFile.reset();
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_THAT(result.err, HasSubstr("qvadmin: the login names of the file cannot be kept in a temporary file: File "
+                                      "too large; nothing was imported\n"));
+    EXPECT_GT(LinesOf(ReadFile("many.csv.result.csv.partial")).size(), 8000U);
 }
 
 TEST_F(ImportTest, PrivilegesAndTheBuiltInAdministratorAreRefusedUnlessAllowed)

@@ -167,6 +167,20 @@ TEST_P(NamesOn, OfOthersAreNeitherChangedNorDeleted)
     EXPECT_THAT(list, HasSubstr("1,ren\u00E9,Ren\u00E9,"));
 }
 
+TEST_P(NamesOn, OfNewPeopleInOneFileAreToldApart)
+{
+    WriteFile("p.csv", "login,name\namy,Amy\nzo\u00EB,Zo\u00EB\nzoe,Zoe\nkim,Kim\n");
+    const ChildResult imported = Run({"user", "import", "p.csv", "--result", "-"});
+    EXPECT_THAT(imported.out, AllOf(HasSubstr("\n2,amy,"), HasSubstr("\n3,zo\u00EB,"),
+                                    HasSubstr(Confuses() ? "zoe,,failed,\"the login name 'zoe' is taken: this database "
+                                                           "takes it for equal to 'zo\u00EB' (id "
+                                                         : "zoe,3,created,"),
+                                    HasSubstr("\n5,kim,")));
+    EXPECT_EQ(Run({"user", "count"}).out, Confuses() ? "3\n" : "4\n");
+    EXPECT_EQ(Run({"user", "import", "p.csv", "--result", "-"}).exit, Confuses() ? 7 : 0);
+    EXPECT_EQ(Run({"user", "count"}).out, Confuses() ? "3\n" : "4\n");
+}
+
 TEST_P(NamesOn, OfTheRoleOfEveryUserAreRefusedInOtherLetters)
 {
     for (const char* name : {"EVERYONE", "Everyone"}) {

@@ -36,6 +36,7 @@ private:
 /// What was done on a session, and what it says of itself.
 struct SessionCounts {
     std::vector<std::string> executed; ///< statements that change something
+    std::size_t statements = 0;        ///< of all kinds, those of transactions among them
     std::size_t rows = 0;              ///< that were read
     std::string engineName;            ///< its own when empty
 };
@@ -56,15 +57,25 @@ public:
     [[nodiscard]] bool IsAlive() const override { return m_session->IsAlive(); }
     std::int64_t Execute(const char* sql) override
     {
+        ++m_counts.statements;
         m_counts.executed.emplace_back(sql);
         return m_session->Execute(sql);
     }
     std::unique_ptr<dbaccess::Cursor> Query(const char* sql) override
     {
+        ++m_counts.statements;
         return std::make_unique<CountingCursor>(m_session->Query(sql), m_counts.rows);
     }
-    void Begin() override { m_session->Begin(); }
-    void Commit() override { m_session->Commit(); }
+    void Begin() override
+    {
+        ++m_counts.statements;
+        m_session->Begin();
+    }
+    void Commit() override
+    {
+        ++m_counts.statements;
+        m_session->Commit();
+    }
     void Rollback() override { m_session->Rollback(); }
     [[nodiscard]] CString DateLiteral(const dbaccess::Date& date) const override
     {

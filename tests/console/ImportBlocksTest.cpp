@@ -1,0 +1,186 @@
+#include "console/TerminalFrontEnd.h"
+#include "dbaccess/CAConnect.h"
+#include "dbaccess/CARecordset.h"
+#include "management/import/Import.h"
+#include "management/organisation/Organisation.h"
+#include "schema/Schema.h"
+#include "tests/support/CountingSession.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+
+using namespace console;
+using namespace management;
+using testing::AllOf;
+using testing::HasSubstr;
+
+// Some hundred rows are asked for and written at a time. What becomes of each is the same as if it came alone.
+
+namespace {
+
+constexpr int kPeople = 2000;
+
+class ImportBlocksTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        m_conn.Open(std::make_unique<CountingSession>(dbaccess::FindDriver("sqlite")(":memory:"), m_counts));
+        schema::Upgrade(m_conn);
+    }
+
+    /// @return the outcomes, as a result file has them.
+    std::string Import(const std::string& rows, const ImportOptions& options, bool dryRun = false)
+    {
+        std::istringstream in(rows);
+        std::ostringstream out;
+        std::ostringstream err;
+        Terminal terminal{in, out, err, false, false};
+        const Command row;
+        const CommandLine given;
+        TerminalFrontEnd frontEnd(row, given, Format::csv, terminal);
+        CallOptions callOptions;
+        callOptions.dryRun = dryRun;
+        Call call([this]() -> CAConnect& { return m_conn; }, frontEnd, callOptions);
+        m_report = {};
+        m_counts = {};
+        ImportUsers(call, {in, "in.csv"}, options, m_report);
+        return out.str();
+    }
+
+    /// As many people as kPeople, spread over departments of three levels. @param shift  moves each to another one.
+    static std::string People(int shift = 0)
+    {
+        std::string rows = "login,name,department\n";
+        for (int i = 0; i < kPeople; ++i) {
+            const int group = (i + shift) % 9;
+            rows += fmt::format("user{},User {},Office/Area {}/Team {}\n", i, i, group / 3, group % 3);
+        }
+        return rows;
+    }
+
+    [[nodiscard]] double StatementsPerRow() const
+    {
+        return static_cast<double>(m_counts.statements) / static_cast<double>(m_report.rows);
+    }
+
+    /// How many users each group and view has, by path.
+    std::string Members()
+    {
+        const Organisation organisation(m_conn);
+        std::string text;
+        for (const management::Node& node : organisation.Places()) {
+            text += fmt::format("{} {}\n", organisation.PathOf(node.key), node.users);
+        }
+        return text;
+    }
+
+    void Execute(const char* sql) { m_conn.Execute(sql); }
+
+    SessionCounts m_counts;
+    CAConnect m_conn;
+    ImportReport m_report;
+};
+
+ImportOptions IntoMain(bool update)
+{
+    ImportOptions options;
+    options.departments = "Main";
+    options.makeView = true;
+    options.update = update;
+    return options;
+}
+
+} // namespace
+
+TEST_F(ImportBlocksTest, EachNewPersonTakesOneStatementAndLittleMore)
+{
+    Import("login\nzoe\n", {});
+    Import(People(), {});
+    EXPECT_EQ(m_report.CountOf(RowFate::created), kPeople);
+    EXPECT_LE(StatementsPerRow(), 1.1);
+}
+
+TEST_F(ImportBlocksTest, DepartmentsTakeNoStatementForEachPerson)
+{
+    Import(People(), IntoMain(false));
+    EXPECT_EQ(m_report.CountOf(RowFate::created), kPeople);
+    EXPECT_EQ(m_report.madeGroups.size(), 13U);
+    EXPECT_EQ(m_report.madeGroups.back().users, static_cast<std::size_t>(kPeople / 9));
+    EXPECT_LE(StatementsPerRow(), 1.1);
+    EXPECT_THAT(Members(), AllOf(HasSubstr("/Main 0\n"), HasSubstr("/Main/Office/Area 0/Team 0 223\n"),
+                                 HasSubstr("/Main/Office/Area 2/Team 2 222\n")));
+}
+
+TEST_F(ImportBlocksTest, WhatIsSoAlreadyIsFoundOutBlockByBlock)
+{
+    Import(People(), IntoMain(false));
+    const std::string before = Members();
+    Import(People(), IntoMain(true));
+    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), kPeople);
+    EXPECT_LE(StatementsPerRow(), 0.1);
+    Import(People(), IntoMain(true), true);
+    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), kPeople);
+    EXPECT_LE(StatementsPerRow(), 0.1);
+    Import(People(), IntoMain(false));
+    EXPECT_EQ(m_report.CountOf(RowFate::exists), kPeople);
+    EXPECT_LE(StatementsPerRow(), 0.1);
+    EXPECT_EQ(Members(), before);
+}
+
+TEST_F(ImportBlocksTest, WhoMovesTakesOneStatementForTheRowAndThoseOfLeaving)
+{
+    Import(People(), IntoMain(false));
+    Import(People(1), IntoMain(true));
+    EXPECT_EQ(m_report.CountOf(RowFate::updated), kPeople);
+    EXPECT_LE(StatementsPerRow(), 3.1);
+    EXPECT_THAT(Members(), AllOf(HasSubstr("/Main 0\n"), HasSubstr("/Main/Office/Area 0/Team 1 223\n"),
+                                 HasSubstr("/Main/Office/Area 0/Team 0 222\n")));
+}
+
+TEST_F(ImportBlocksTest, LoginNamesThatTheEngineTakesForEqualAreFoundInOneBlock)
+{
+    // The i without a dot has the same capital as the other one.
+    const std::string outcomes = Import("login\namy\nkim\nk\u0131m\nrory\n", {});
+    EXPECT_THAT(outcomes,
+                AllOf(HasSubstr("\n2,amy,1,created,"), HasSubstr("\n3,kim,2,created,"),
+                      HasSubstr("\n4,k\u0131m,,failed,\"the login name 'k\u0131m' is taken: this database takes "
+                                "it for equal to 'kim' (id 2)"),
+                      HasSubstr("\n5,rory,3,created,")));
+    const std::string again = Import("login\nk\u0131m\nzoe\nkim\n", {});
+    EXPECT_THAT(again, AllOf(HasSubstr("\n2,k\u0131m,,failed,\"the login name"), HasSubstr("\n3,zoe,4,created,"),
+                             HasSubstr("\n4,kim,2,exists,")));
+}
+
+TEST_F(ImportBlocksTest, OfSeveralWhoDifferInCaseTheExactOneIsMeant)
+{
+    Execute("INSERT INTO qv_User (Col_LoginName, Col_Name) VALUES ('amy', 'a'), ('AMY', 'b')");
+    ImportOptions options;
+    options.update = true;
+    EXPECT_THAT(Import("login,note\nAMY,x\nrory,x\n", options),
+                AllOf(HasSubstr("\n2,AMY,2,updated,"), HasSubstr("\n3,rory,3,created,")));
+    EXPECT_THAT(Import("login,note\nAmy,y\n", options), HasSubstr("\n2,Amy,,failed,\"'Amy' may be any of amy (id 1)"));
+    EXPECT_THAT(Import("login,note\nAmy,y\n", {}), HasSubstr("\n2,Amy,1,exists,"));
+}
+
+TEST_F(ImportBlocksTest, ARowThatTheEngineRefusesCostsNoOtherItsBirthdayOrMembership)
+{
+    Execute(
+        "CREATE TRIGGER refuse BEFORE INSERT ON qv_Relation WHEN NEW.Col_DQvItemType = 1 AND EXISTS (SELECT 1 FROM "
+        "qv_User WHERE Col_ID = NEW.Col_DQvItemID AND Col_LoginName = 'rory') BEGIN SELECT RAISE(ABORT, 'not him'); "
+        "END");
+    const std::string outcomes =
+        Import("login,department,birthday\namy,Sales,\nrory,Sales,\nkim,Sales,1989-11-28\n", IntoMain(false));
+    EXPECT_THAT(outcomes, AllOf(HasSubstr("\n2,amy,1,created,"), HasSubstr("\n3,rory,,failed,"), HasSubstr("not him"),
+                                HasSubstr("\n4,kim,2,created,")));
+    EXPECT_THAT(Members(), HasSubstr("/Main/Sales 2\n"));
+    CARecordset rs;
+    rs.Open("SELECT Col_LoginName FROM qv_User WHERE Col_Birthday IS NULL", &m_conn, adbcCursorStatic,
+            adbcLockOptimistic, adbcCommandTable);
+    EXPECT_EQ(rs.GetValueToStr(1, true), "amy");
+    rs.MoveNext();
+    EXPECT_NE(rs.IsEOF(), 0);
+}
