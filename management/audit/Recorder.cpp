@@ -20,7 +20,7 @@ namespace management::audit {
 namespace {
 
 constexpr std::size_t kRowsPerQuery = 200;
-constexpr std::size_t kRowsPerInsert = 50;
+constexpr std::size_t kRowsPerInsert = 200;
 constexpr std::size_t kBytesPerInsert = 256 * 1024;
 constexpr int kAccess = 0;
 
@@ -82,7 +82,11 @@ void Recorder::BeforeExecute(CAConnect& /*conn*/, const char* sql)
     if (table.keeping == Keeping::countOnly) {
         return;
     }
-    if (statement->kind == WriteStatement::Kind::insert) {
+    if (!statement->query.empty()) {
+        NoteQueriedBefore(table, *statement);
+    } else if (statement->kind == WriteStatement::Kind::insert && table.keeping == Keeping::byId) {
+        NoteGreatestId(table);
+    } else if (statement->kind == WriteStatement::Kind::insert) {
         m_equalBefore.clear();
         if (table.keeping == Keeping::byContent && statement->assignments.size() < ColumnsOf(table).size()) {
             m_equalBefore = RowsLike(table, *statement);
@@ -100,14 +104,15 @@ void Recorder::AfterExecute(CAConnect& /*conn*/, const char* sql, int rows)
     if (!statement) {
         return;
     }
-    if (!statement->isWhole) {
+    const bool isUnknown = !statement->query.empty() && FindAuditedTable(statement->table)->keeping == Keeping::byId;
+    if (!statement->isWhole || isUnknown) {
         throw CAException("internal error: this change cannot be recorded, and was not made");
     }
     const AuditedTable& table = *FindAuditedTable(statement->table);
     if (table.keeping == Keeping::countOnly) {
         const bool isInsert = statement->kind == WriteStatement::Kind::insert;
         AddContent(table, {}, isInsert ? 1 : -std::int64_t{std::max(rows, 0)});
-    } else if (statement->kind == WriteStatement::Kind::insert) {
+    } else if (statement->kind == WriteStatement::Kind::insert && statement->query.empty()) {
         NoteInserted(table, *statement);
     }
 }
@@ -149,11 +154,52 @@ void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& sta
         }
         return;
     }
-    const auto id =
-        std::ranges::find_if(statement.assignments, [](const auto& given) { return SameName(given.first, "Col_ID"); });
-    const auto given =
-        id == statement.assignments.end() ? std::nullopt : ValueOfLiteral(id->second, m_backslashEscapes);
-    Touch(table, given ? *given : std::to_string(schema::LastInsertedId(m_conn)), std::nullopt);
+    AuditedRow known;
+    for (const auto& [column, literal] : statement.assignments) {
+        const auto value = ValueOfLiteral(literal, m_backslashEscapes);
+        if (value && SameName(column, "Col_ID")) {
+            Touch(table, *value, std::nullopt);
+            return;
+        }
+        // Engines bring dates and long texts into a form of their own.
+        const bool isNumber = value && !literal.starts_with('\'');
+        if (isNumber || (value && SameName(column, table.nameColumn))) {
+            known.emplace_back(column, value);
+        }
+    }
+    m_inserted[&table].push_back(std::move(known));
+}
+
+void Recorder::NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement)
+{
+    CARecordset rows;
+    rows.Open(statement.query.c_str(), &m_conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    for (; rows.IsEOF() == 0; rows.MoveNext()) {
+        AuditedRow row;
+        for (const std::string& name : ColumnsOf(table)) {
+            const auto given = std::ranges::find_if(
+                statement.assignments, [&name](const auto& assignment) { return SameName(assignment.first, name); });
+            CString text;
+            const long column = given - statement.assignments.begin() + 1;
+            const bool isThere = given != statement.assignments.end() && rows.GetValue(column, text, true);
+            row.emplace_back(name, isThere ? std::optional<std::string>(text.View()) : std::nullopt);
+        }
+        AddContent(table, row, 1);
+    }
+}
+
+// Asking for the id of each row as it is inserted would double the statements of an import.
+void Recorder::NoteGreatestId(const AuditedTable& table)
+{
+    if (m_greatestIds.contains(&table)) {
+        return;
+    }
+    __int64 greatest = 0;
+    CARecordset rows;
+    rows.Open(fmt::format("SELECT MAX(Col_ID) FROM {}", table.name).c_str(), &m_conn, adbcCursorStatic,
+              adbcLockOptimistic, adbcCommandTable);
+    rows.GetValue(1, greatest);
+    m_greatestIds[&table] = greatest;
 }
 
 void Recorder::Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before)
@@ -210,6 +256,51 @@ std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const Writ
     return rows;
 }
 
+void Recorder::FindInserted()
+{
+    for (auto& [table, pending] : m_inserted) {
+        FindInserted(*table, std::move(pending));
+    }
+    m_inserted.clear();
+    m_greatestIds.clear();
+}
+
+void Recorder::FindInserted(const AuditedTable& table, std::vector<AuditedRow> pending)
+{
+    const auto take = [&pending](const AuditedRow& row) {
+        const auto found = std::ranges::find_if(pending, [&row](const AuditedRow& known) {
+            return std::ranges::all_of(known, [&row](const auto& cell) {
+                const auto same = [&cell](const auto& other) { return SameName(other.first, cell.first); };
+                const auto value = std::ranges::find_if(row, same);
+                return value == row.end() || value->second == cell.second;
+            });
+        });
+        if (found == pending.end()) {
+            return false;
+        }
+        pending.erase(found);
+        return true;
+    };
+    const std::string condition = fmt::format("WHERE Col_ID > {} ORDER BY Col_ID", m_greatestIds.at(&table));
+    for (const AuditedRow& row : Rows(table, condition)) {
+        if (take(row)) {
+            const Key key{&table, ValueIn(row, "Col_ID").value_or("")};
+            if (m_before.insert_or_assign(key, std::nullopt).second) {
+                m_touched.push_back(key);
+            }
+        }
+    }
+    // What was added and deleted again.
+    for (auto& [key, before] : m_before) {
+        if (key.first == &table && before && take(*before)) {
+            before.reset();
+        }
+    }
+    if (!pending.empty()) {
+        throw CAException("internal error: a new row cannot be recorded, and the change was not made");
+    }
+}
+
 // ---- Writing --------------------------------------------------------------------------------------------------------
 
 void Recorder::TakeRowChanges(std::vector<RowChange>& changes)
@@ -259,6 +350,7 @@ void Recorder::TakeRowChanges(std::vector<RowChange>& changes)
 std::vector<RowChange> Recorder::TakeChanges()
 {
     std::vector<RowChange> changes;
+    FindInserted();
     std::ranges::stable_sort(m_touched, {}, &Key::first);
     TakeRowChanges(changes);
     for (const Key& key : m_contents) {

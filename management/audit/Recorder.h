@@ -59,7 +59,11 @@ private:
     [[nodiscard]] std::optional<WriteStatement> Parse(const char* sql) const;
     void NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteContentsBefore(const AuditedTable& table, const WriteStatement& statement);
+    void NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteInserted(const AuditedTable& table, const WriteStatement& statement);
+    void NoteGreatestId(const AuditedTable& table);
+    void FindInserted();
+    void FindInserted(const AuditedTable& table, std::vector<AuditedRow> pending);
     void Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before);
     void AddContent(const AuditedTable& table, const AuditedRow& row, std::int64_t count);
     std::vector<AuditedRow> Rows(const AuditedTable& table, const std::string& condition);
@@ -75,7 +79,10 @@ private:
     std::vector<Key> m_contents;
     std::map<Key, std::int64_t> m_counts; ///< by packed content; of tables that are only counted, the empty text
     std::map<Key, AuditedRow> m_rows;
-    std::vector<AuditedRow> m_equalBefore; ///< of the insert that runs
+    std::map<const AuditedTable*, std::vector<AuditedRow>>
+        m_inserted;                                            ///< what is known of them; ids are found at the end
+    std::map<const AuditedTable*, std::int64_t> m_greatestIds; ///< before the first insert
+    std::vector<AuditedRow> m_equalBefore;                     ///< of the insert that runs
 };
 
 } // namespace management::audit

@@ -1,5 +1,7 @@
 #include "management/audit/WriteStatement.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cctype>
 
@@ -126,6 +128,13 @@ WriteStatement ReadInsert(Scanner& scanner)
 {
     WriteStatement statement{WriteStatement::Kind::insert, std::string(scanner.TakeName())};
     const std::vector<std::string> columns = TakeList(scanner, statement.isWhole);
+    if (statement.isWhole && scanner.Take("SELECT")) {
+        statement.query = fmt::format("SELECT {}", scanner.TakeRest());
+        for (const std::string& column : columns) {
+            statement.assignments.emplace_back(column, "");
+        }
+        return statement;
+    }
     statement.isWhole = statement.isWhole && scanner.Take("VALUES");
     const std::vector<std::string> values = TakeList(scanner, statement.isWhole);
     statement.isWhole = statement.isWhole && values.size() == columns.size() && scanner.TakeRest().empty();

@@ -40,11 +40,6 @@ std::string ConditionOn(const CAConnect& conn, const std::vector<std::string>& l
     return fmt::format("{} IN ({})", ComparedLogin(conn), list);
 }
 
-void Execute(CAConnect& conn, const std::string& sql)
-{
-    WithDatabaseErrors(conn, [&] { conn.Execute(sql.c_str()); });
-}
-
 } // namespace
 
 UserBlock::UserBlock(CAConnect& conn, const std::vector<std::string>& logins, std::span<const Field* const> fields)

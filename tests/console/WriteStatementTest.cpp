@@ -29,6 +29,15 @@ TEST(WriteStatement, AnInsertHasItsColumnsAndValues)
     EXPECT_EQ(read->condition, "");
 }
 
+TEST(WriteStatement, AnInsertMayTakeItsRowsFromAQuery)
+{
+    const auto read = ParseWrite("INSERT INTO t (a, b) SELECT c, 1 FROM u WHERE d IN (2, 3)", false);
+    ASSERT_TRUE(read);
+    EXPECT_TRUE(read->isWhole);
+    EXPECT_EQ(read->query, "SELECT c, 1 FROM u WHERE d IN (2, 3)");
+    EXPECT_THAT(read->assignments, ElementsAre(Pair("a", ""), Pair("b", "")));
+}
+
 TEST(WriteStatement, AnUpdateEndsAtTheWhereOutsideOfLiteralsAndBrackets)
 {
     const auto read =
@@ -69,8 +78,8 @@ TEST(WriteStatement, WhatDoesNotWriteRowsIsNone)
 TEST(WriteStatement, WhatCannotBeReadIsSaidToBeSo)
 {
     for (const char* sql :
-         {"INSERT INTO t VALUES (1)", "INSERT INTO t (a) SELECT 1", "INSERT INTO t (a, b) VALUES (1)",
-          "INSERT INTO t (a) VALUES (1), (2)", "INSERT INTO t (a) VALUES ( 1", "UPDATE t a = 1", "UPDATE t SET a"}) {
+         {"INSERT INTO t VALUES (1)", "INSERT INTO t (a, b) VALUES (1)", "INSERT INTO t (a) VALUES (1), (2)",
+          "INSERT INTO t (a) VALUES ( 1", "UPDATE t a = 1", "UPDATE t SET a"}) {
         const auto read = ParseWrite(sql, false);
         ASSERT_TRUE(read) << sql;
         EXPECT_FALSE(read->isWhole) << sql;
