@@ -53,7 +53,7 @@ std::string CommandText(const std::vector<std::string>& words)
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string& word = words[i];
         optionsOver = optionsOver || word == "--";
-        const auto option = std::ranges::find_if(kRunOptions, [&word](const RunOption& known) {
+        const auto* const option = std::ranges::find_if(kRunOptions, [&word](const RunOption& known) {
             const bool isLong = known.name.starts_with("--");
             return word == known.name ||
                    (known.hasValue && word.starts_with(known.name) && (!isLong || word[known.name.size()] == '='));

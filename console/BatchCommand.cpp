@@ -130,7 +130,7 @@ constexpr LocalCommand kCommands[] = {
     {{.path = {"batch"},
       .summary = "run the commands of a file, over one connection",
       .examples = "  qvadmin batch changes.txt --stop-on-error\n"
-                  "  qvadmin batch - --one-transaction <changes.txt",
+                  "  qvadmin batch - --one-transaction",
       .effect = Effect::change,
       .params = &InfosOf<kParams>},
      &Run},

@@ -30,7 +30,9 @@ public:
         for (const CLI::Option* argument :
              app->get_options([](const CLI::Option* option) { return option->get_positional(); })) {
             const std::string shown = argument->get_name(true) + (argument->get_expected_max() > 1 ? "..." : "");
-            usage += argument->get_required() ? " " + shown : " [" + shown + "]";
+            // Names of a list can come from elsewhere too, and are needed all the same.
+            const bool isNeeded = argument->get_required() || argument->get_expected_max() > 1;
+            usage += isNeeded ? " " + shown : " [" + shown + "]";
         }
         return usage + "\n";
     }

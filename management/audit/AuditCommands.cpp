@@ -145,7 +145,7 @@ struct ChangedValue {
     std::optional<std::string> after = {};
 };
 
-std::vector<ChangedValue> ValuesOf(const StoredRow& row)
+std::vector<ChangedValue> ValuesOf(NameCache& names, const StoredRow& row)
 {
     const AuditedTable* table = FindAuditedTable(row.table);
     const std::string_view change = row.count > 0 ? "added" : row.count < 0 ? "removed" : "changed";
@@ -169,7 +169,7 @@ std::vector<ChangedValue> ValuesOf(const StoredRow& row)
         const auto value = [stays](const auto& cell, const AuditedRow& cells) {
             return cell == cells.end() ? (stays ? std::optional<std::string>("") : std::nullopt) : cell->second;
         };
-        ChangedValue changed{change, Described(row), column, value(earlier, before), value(later, after)};
+        ChangedValue changed{change, Described(names, row), column, value(earlier, before), value(later, after)};
         const auto saysNothing = [](const std::optional<std::string>& text) { return !text || *text == "0"; };
         if (stays || !saysNothing(changed.before) || !saysNothing(changed.after)) {
             values.push_back(std::move(changed));
@@ -184,9 +184,10 @@ Result Show(Call& call, const OneEntry& in)
 {
     AuditLog log(call.Connection());
     const Entry entry = log.Find(in.id);
+    NameCache names(call.Connection());
     Table changes{{"change", "what", "column", "before", "after"}, {}};
     for (const NumberedRow& row : log.Rows(entry, 0, in.limit.value_or(kRowsShown))) {
-        for (const ChangedValue& value : ValuesOf(row.row)) {
+        for (const ChangedValue& value : ValuesOf(names, row.row)) {
             changes.rows.push_back(MakeRow(std::string(value.change), value.what, value.column, OrAbsent(value.before),
                                            OrAbsent(value.after)));
         }
@@ -206,7 +207,7 @@ Result Show(Call& call, const OneEntry& in)
 /// What a history says of a row: of one that came or went, what it was about, in one line.
 std::vector<ChangedValue> SummaryOf(NameCache& names, const StoredRow& row)
 {
-    std::vector<ChangedValue> values = ValuesOf(row);
+    std::vector<ChangedValue> values = ValuesOf(names, row);
     if (row.count == 0 || values.empty()) {
         return values;
     }

@@ -59,6 +59,65 @@ struct ItemColumns {
 constexpr std::array<ItemColumns, 3> kItemColumns = {
     {{"Col_QvItemType", "Col_QvItemID"}, {"Col_DQvItemType", "Col_DQvItemID"}, {"Col_QvItem_Type", "Col_QvItem_ID"}}};
 
+/// Takes what a packed row is made of.
+class RowReader final : public nlohmann::json::json_sax_t {
+public:
+    AuditedRow TakeRow() { return std::move(m_row); }
+
+    bool null() override { return Add(std::nullopt); }
+    bool boolean(bool /*value*/) override { return false; }
+    bool number_integer(number_integer_t /*value*/) override { return false; }
+    bool number_unsigned(number_unsigned_t value) override
+    {
+        if (!m_isInBytes || value > kGreatestByte) {
+            return false;
+        }
+        *m_row.back().second += static_cast<char>(value);
+        return true;
+    }
+    bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return false; }
+    bool string(string_t& value) override { return Add(std::move(value)); }
+    bool binary(binary_t& /*value*/) override { return false; }
+    bool start_object(std::size_t /*elements*/) override { return ++m_depth == 1; }
+    bool key(string_t& value) override
+    {
+        m_row.emplace_back(std::move(value), std::string());
+        return true;
+    }
+    bool end_object() override { return true; }
+    bool start_array(std::size_t /*elements*/) override
+    {
+        m_isInBytes = !m_row.empty();
+        return m_isInBytes;
+    }
+    bool end_array() override
+    {
+        m_isInBytes = false;
+        return true;
+    }
+    bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
+                     const nlohmann::json::exception& /*error*/) override
+    {
+        return false;
+    }
+
+private:
+    static constexpr number_unsigned_t kGreatestByte = 255;
+
+    bool Add(std::optional<std::string> value)
+    {
+        if (m_row.empty() || m_isInBytes) {
+            return false;
+        }
+        m_row.back().second = std::move(value);
+        return true;
+    }
+
+    AuditedRow m_row;
+    int m_depth = 0;
+    bool m_isInBytes = false;
+};
+
 } // namespace
 
 const AuditedTable* FindAuditedTable(std::string_view name)
@@ -128,41 +187,38 @@ std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& ro
     return items;
 }
 
+// Written and read piece by piece: to destroy the library's objects and arrays takes memory, and ends the program when
+// there is none.
 std::string Packed(const AuditedRow& row)
 {
-    nlohmann::ordered_json object = nlohmann::ordered_json::object();
+    std::string text;
     for (const auto& [column, value] : row) {
+        if (value && value->empty()) {
+            continue;
+        }
+        text += fmt::format("{}{}:", text.empty() ? "" : ",", nlohmann::json(column).dump());
         if (!value) {
-            object[column] = nullptr;
-        } else if (!platform::IsValidUtf8(*value)) {
+            text += "null";
+        } else if (platform::IsValidUtf8(*value)) {
+            text += nlohmann::json(*value).dump();
+        } else {
             // JSON has no bytes. As numbers, so that the row can be put back as it was.
-            object[column] = std::vector<unsigned char>(value->begin(), value->end());
-        } else if (!value->empty()) {
-            object[column] = *value;
+            const std::vector<unsigned int> bytes(reinterpret_cast<const unsigned char*>(value->data()),
+                                                  reinterpret_cast<const unsigned char*>(value->data()) +
+                                                      value->size());
+            text += fmt::format("[{}]", fmt::join(bytes, ","));
         }
     }
-    return object.dump();
+    return "{" + text + "}";
 }
 
 AuditedRow Unpacked(std::string_view text)
 {
-    AuditedRow row;
-    try {
-        const auto object = nlohmann::ordered_json::parse(text);
-        for (const auto& [column, value] : object.items()) {
-            if (value.is_null()) {
-                row.emplace_back(column, std::nullopt);
-            } else if (value.is_array()) {
-                const auto bytes = value.get<std::vector<unsigned char>>();
-                row.emplace_back(column, std::string(bytes.begin(), bytes.end()));
-            } else {
-                row.emplace_back(column, value.get<std::string>());
-            }
-        }
-    } catch (const nlohmann::json::exception&) {
+    RowReader reader;
+    if (!nlohmann::json::sax_parse(text, &reader)) {
         throw Error(ErrorCode::failed, "a recorded row cannot be read; `qvadmin audit verify` tells more");
     }
-    return row;
+    return reader.TakeRow();
 }
 
 AuditedRow Completed(const AuditedTable& table, const AuditedRow& row)

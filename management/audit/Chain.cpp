@@ -1,14 +1,13 @@
 #include "management/audit/Chain.h"
 
 #include "dbaccess/CAConnect.h"
-#include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 
 #include <fmt/format.h>
-#include <openssl/evp.h>
+#include <nettle/sha2.h>
 
 #include <array>
-#include <memory>
+#include <string_view>
 
 namespace management::audit {
 
@@ -17,16 +16,12 @@ namespace {
 /// Takes texts in so that no two lists of texts are the same bytes.
 class Hash {
 public:
-    Hash() : m_context(EVP_MD_CTX_new(), &EVP_MD_CTX_free)
-    {
-        Require(m_context != nullptr && EVP_DigestInit_ex(m_context.get(), EVP_sha256(), nullptr) == 1);
-    }
+    Hash() { sha256_init(&m_state); }
 
     void Add(std::string_view text)
     {
-        const std::string length = fmt::format("{}:", text.size());
-        Require(EVP_DigestUpdate(m_context.get(), length.data(), length.size()) == 1 &&
-                EVP_DigestUpdate(m_context.get(), text.data(), text.size()) == 1);
+        Update(fmt::format("{}:", text.size()));
+        Update(text);
     }
     void Add(const std::optional<std::string>& text)
     {
@@ -35,25 +30,22 @@ public:
     }
     std::string Finish()
     {
-        std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
-        unsigned int length = 0;
-        Require(EVP_DigestFinal_ex(m_context.get(), bytes.data(), &length) == 1);
+        std::array<std::uint8_t, SHA256_DIGEST_SIZE> bytes{};
+        sha256_digest(&m_state, bytes.size(), bytes.data());
         std::string text;
-        for (unsigned int i = 0; i < length; ++i) {
-            text += fmt::format("{:02x}", bytes[i]);
+        for (const std::uint8_t byte : bytes) {
+            text += fmt::format("{:02x}", byte);
         }
         return text;
     }
 
 private:
-    static void Require(bool worked)
+    void Update(std::string_view text)
     {
-        if (!worked) {
-            throw CAException("this system's cryptography does not give SHA-256, without which nothing is recorded");
-        }
+        sha256_update(&m_state, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
     }
 
-    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> m_context;
+    sha256_ctx m_state{};
 };
 
 } // namespace

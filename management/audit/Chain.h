@@ -41,7 +41,7 @@ struct StoredEntry {
 StoredRow Stored(const RowChange& change);
 /// The digest of the entry that was written last; empty where there is none. @throws CAException.
 std::string LastDigest(CAConnect& conn);
-/// SHA-256 over all of an entry but its own digest, in hexadecimal. @throws CAException where the system cannot.
+/// SHA-256 over all of an entry but its own digest, in hexadecimal.
 std::string DigestOf(const StoredEntry& entry, const std::vector<StoredRow>& rows);
 
 } // namespace management::audit

@@ -20,8 +20,8 @@ namespace management::audit {
 namespace {
 
 constexpr std::size_t kRowsPerQuery = 200;
-constexpr std::size_t kRowsPerInsert = 200;
-constexpr std::size_t kBytesPerInsert = 256 * 1024;
+constexpr std::size_t kRowsPerInsert = 1000;
+constexpr std::size_t kBytesPerInsert = std::size_t{512} * 1024;
 constexpr int kAccess = 0;
 
 std::string Literal(const CAConnect& conn, std::string_view text)
@@ -256,16 +256,16 @@ std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const Writ
     return rows;
 }
 
-void Recorder::FindInserted()
+void Recorder::TakeInserted(std::vector<RowChange>& changes)
 {
     for (auto& [table, pending] : m_inserted) {
-        FindInserted(*table, std::move(pending));
+        TakeInserted(*table, std::move(pending), changes);
     }
     m_inserted.clear();
     m_greatestIds.clear();
 }
 
-void Recorder::FindInserted(const AuditedTable& table, std::vector<AuditedRow> pending)
+void Recorder::TakeInserted(const AuditedTable& table, std::vector<AuditedRow> pending, std::vector<RowChange>& changes)
 {
     const auto take = [&pending](const AuditedRow& row) {
         const auto found = std::ranges::find_if(pending, [&row](const AuditedRow& known) {
@@ -282,12 +282,12 @@ void Recorder::FindInserted(const AuditedTable& table, std::vector<AuditedRow> p
         return true;
     };
     const std::string condition = fmt::format("WHERE Col_ID > {} ORDER BY Col_ID", m_greatestIds.at(&table));
-    for (const AuditedRow& row : Rows(table, condition)) {
+    for (AuditedRow& row : Rows(table, condition)) {
         if (take(row)) {
             const Key key{&table, ValueIn(row, "Col_ID").value_or("")};
-            if (m_before.insert_or_assign(key, std::nullopt).second) {
-                m_touched.push_back(key);
-            }
+            m_before.insert_or_assign(key, std::nullopt);
+            std::erase(m_touched, key);
+            changes.push_back({&table, key.second, 1, std::nullopt, std::move(row)});
         }
     }
     // What was added and deleted again.
@@ -350,7 +350,7 @@ void Recorder::TakeRowChanges(std::vector<RowChange>& changes)
 std::vector<RowChange> Recorder::TakeChanges()
 {
     std::vector<RowChange> changes;
-    FindInserted();
+    TakeInserted(changes);
     std::ranges::stable_sort(m_touched, {}, &Key::first);
     TakeRowChanges(changes);
     for (const Key& key : m_contents) {

@@ -62,8 +62,8 @@ private:
     void NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteInserted(const AuditedTable& table, const WriteStatement& statement);
     void NoteGreatestId(const AuditedTable& table);
-    void FindInserted();
-    void FindInserted(const AuditedTable& table, std::vector<AuditedRow> pending);
+    void TakeInserted(std::vector<RowChange>& changes);
+    void TakeInserted(const AuditedTable& table, std::vector<AuditedRow> pending, std::vector<RowChange>& changes);
     void Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before);
     void AddContent(const AuditedTable& table, const AuditedRow& row, std::int64_t count);
     std::vector<AuditedRow> Rows(const AuditedTable& table, const std::string& condition);

@@ -33,36 +33,45 @@ const AuditedTable& TableOf(const StoredRow& row)
     return *table;
 }
 
-/// Where the two differ in what was recorded. @param recorded  of a row that stayed, only some columns.
-bool IsAsRecorded(const AuditedRow& present, const AuditedRow& recorded)
+bool IsMark(const AuditedTable& table, const AuditedRow& row, const AuditedRow::value_type& cell)
 {
-    return std::ranges::all_of(recorded, [&present](const auto& cell) {
-        return cell.second == kSecretMark || ValueIn(present, cell.first) == cell.second;
+    return cell.second == kSecretMark && IsSecret(table, row, cell.first);
+}
+
+/// @param recorded  of a row that stayed, only the columns that changed.
+bool IsAsRecorded(const AuditedTable& table, const AuditedRow& present, const AuditedRow& recorded)
+{
+    return std::ranges::all_of(recorded, [&](const auto& cell) {
+        return IsMark(table, recorded, cell) || ValueIn(present, cell.first) == cell.second;
     });
 }
 
-bool HasSecret(const AuditedRow& row)
+bool HasSecret(const AuditedTable& table, const AuditedRow& row)
 {
-    return std::ranges::any_of(row, [](const auto& cell) { return cell.second == kSecretMark; });
+    return std::ranges::any_of(row, [&](const auto& cell) { return IsMark(table, row, cell); });
 }
 
-AuditedRow WithoutMarks(AuditedRow row)
+AuditedRow WithoutMarks(const AuditedTable& table, AuditedRow row)
 {
-    for (auto& [column, value] : row) {
-        value = value == kSecretMark ? std::optional<std::string>("") : value;
+    for (auto& cell : row) {
+        if (IsMark(table, row, cell)) {
+            cell.second = "";
+        }
     }
     return row;
 }
 
 } // namespace
 
-std::string Described(const StoredRow& row)
+std::string Described(NameCache& names, const StoredRow& row)
 {
     const AuditedTable& table = TableOf(row);
     const AuditedRow content = row.after || row.before ? Unpacked(row.after ? *row.after : *row.before) : AuditedRow();
     const std::string name = table.nameColumn.empty() ? "" : ValueIn(content, table.nameColumn).value_or("");
-    std::string text(table.noun);
-    text += name.empty() ? "" : " " + Visible(name);
+    if (name.empty() && table.itemType != 0) {
+        return Named(names.Find(KeyOf(row.item)));
+    }
+    const std::string text = fmt::format("{}{}{}", table.noun, name.empty() ? "" : " ", Visible(name));
     return row.key.empty() ? text : fmt::format("{} (id {})", text, Visible(row.key));
 }
 
@@ -123,11 +132,11 @@ std::size_t Undo::RemoveAdded(const Entry& entry, const std::vector<NumberedRow>
         const StoredRow& row = rows[i].row;
         const auto found = present.find(row.key);
         if (found == present.end() ||
-            !IsAsRecorded(found->second, Completed(table, Unpacked(row.after.value_or("{}"))))) {
-            ThrowInTheWay(entry, table, row);
+            !IsAsRecorded(table, found->second, Completed(table, Unpacked(row.after.value_or("{}"))))) {
+            ThrowInTheWay(entry, row);
         }
         if (table.itemType != 0) {
-            m_removedItems.emplace(row.item, Described(row));
+            m_removedItems.emplace(row.item, Described(m_names, row));
         }
     }
     Execute(m_conn, fmt::format("DELETE FROM {} {}", table.name, condition));
@@ -163,23 +172,24 @@ void Undo::RequireRecorded(const Entry& entry, const AuditedTable& table, const 
     const bool stays = row.count == 0 || table.keeping == Keeping::byContent;
     const AuditedRow content = Unpacked(row.after ? *row.after : row.before.value_or("{}"));
     const AuditedRow earlier = Unpacked(row.before.value_or("{}"));
-    if (stays && (HasSecret(content) || HasSecret(earlier))) {
+    if (stays && (HasSecret(table, content) || HasSecret(table, earlier))) {
         throw Error(ErrorCode::conflict,
                     fmt::format("{} cannot be undone: it changed {} of {}, which is never recorded; nothing was undone",
-                                entry.id, table.name == "qv_User" ? "the password" : "the value", Described(row)));
+                                entry.id, table.name == "qv_User" ? "the password" : "the value",
+                                Described(m_names, row)));
     }
 }
 
 void Undo::Restore(const Entry& entry, const AuditedTable& table, const StoredRow& row)
 {
     if (!Rows(table, fmt::format("WHERE Col_ID = '{}'", EscapeLiteral(m_conn, row.key).View())).empty()) {
-        ThrowInTheWay(entry, table, row);
+        ThrowInTheWay(entry, row);
     }
     const AuditedRow content = Completed(table, Unpacked(row.before.value_or("{}")));
-    if (HasSecret(content)) {
-        m_withoutPassword.push_back(Described(row));
+    if (HasSecret(table, content)) {
+        m_withoutPassword.push_back(Described(m_names, row));
     }
-    Insert(table, WithoutMarks(content));
+    Insert(table, WithoutMarks(table, content));
     m_named.emplace(&table, row.key);
 }
 
@@ -199,8 +209,8 @@ void Undo::ChangeBack(const Entry& entry, const AuditedTable& table, const Store
     const AuditedRow wholeBefore = Completed(table, before);
     AuditedRow wholeAfter = Completed(table, after);
     std::erase_if(wholeAfter, [&columns](const auto& cell) { return !columns.contains(cell.first); });
-    if (present.empty() || !IsAsRecorded(present.front(), wholeAfter)) {
-        ThrowInTheWay(entry, table, row);
+    if (present.empty() || !IsAsRecorded(table, present.front(), wholeAfter)) {
+        ThrowInTheWay(entry, row);
     }
     std::string assignments;
     for (const std::string& column : columns) {
@@ -222,7 +232,7 @@ void Undo::RestoreContent(const Entry& entry, const AuditedTable& table, const S
     const std::vector<AuditedRow> alike = Rows(table, condition);
     const std::int64_t equal = std::ranges::count(alike, content);
     if (row.count > 0 ? equal < row.count : equal != 0) {
-        ThrowInTheWay(entry, table, row);
+        ThrowInTheWay(entry, row);
     }
     if (row.count > 0) {
         Execute(m_conn, fmt::format("DELETE FROM {} {}", table.name, condition));
@@ -242,11 +252,12 @@ void Undo::RestoreContent(const Entry& entry, const AuditedTable& table, const S
     }
 }
 
-void Undo::ThrowInTheWay(const Entry& entry, const AuditedTable& /*table*/, const StoredRow& row)
+void Undo::ThrowInTheWay(const Entry& entry, const StoredRow& row)
 {
     const std::optional<Entry> later = m_log.LaterChange(entry, row);
-    throw Error(ErrorCode::conflict, fmt::format("{} cannot be undone: {} was changed later, by {}; nothing was undone",
-                                                 entry.id, Described(row), later ? Named(*later) : "another program"));
+    throw Error(ErrorCode::conflict,
+                fmt::format("{} cannot be undone: {} was changed later, by {}; nothing was undone", entry.id,
+                            Described(m_names, row), later ? Named(*later) : "another program"));
 }
 
 std::string Undo::ConditionOf(const AuditedRow& row) const
@@ -284,8 +295,8 @@ void Undo::Insert(const AuditedTable& table, const AuditedRow& row)
     }
 }
 
-// ---- Looking whether the directory holds together
-// ---------------------------------------------------------------------
+// ---- Whether the directory holds together
+// ----------------------------------------------------------------------------
 
 void Undo::Check()
 {
@@ -309,7 +320,7 @@ void Undo::CheckNothingLeft()
 
 void Undo::CheckItemsThere()
 {
-    NameCache names(m_conn);
+    NameCache names(m_conn); // of what is there now
     for (const std::string& item : m_linkedItems) {
         const ItemKey key = KeyOf(item);
         if (key.id > 0 && key.type >= kItemTypeUser && key.type <= kItemTypeView && names.NameOf(key).empty()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Items.h"
 #include "management/audit/AuditLog.h"
 #include "management/organisation/Organisation.h"
 
@@ -16,7 +17,7 @@ namespace management::audit {
 class Undo {
 public:
     /// Both outlive this.
-    Undo(CAConnect& conn, AuditLog& log) : m_conn(conn), m_log(log) {}
+    Undo(CAConnect& conn, AuditLog& log) : m_conn(conn), m_log(log), m_names(conn) {}
 
     /// Undoes an entry. @throws Error (conflict), naming what is in the way: a later change, something that cannot be
     /// put back. @throws DatabaseError.
@@ -33,7 +34,7 @@ private:
     void Restore(const Entry& entry, const AuditedTable& table, const StoredRow& row);
     void RestoreContent(const Entry& entry, const AuditedTable& table, const StoredRow& row);
     void ChangeBack(const Entry& entry, const AuditedTable& table, const StoredRow& row);
-    [[noreturn]] void ThrowInTheWay(const Entry& entry, const AuditedTable& table, const StoredRow& row);
+    [[noreturn]] void ThrowInTheWay(const Entry& entry, const StoredRow& row);
     void RequireRecorded(const Entry& entry, const AuditedTable& table, const StoredRow& row);
     [[nodiscard]] std::string ConditionOf(const AuditedRow& row) const;
     std::vector<AuditedRow> Rows(const AuditedTable& table, const std::string& condition);
@@ -45,6 +46,7 @@ private:
 
     CAConnect& m_conn;
     AuditLog& m_log;
+    NameCache m_names;                                             ///< for sentences, as they were before
     std::map<std::string, std::string> m_removedItems;             ///< as ItemsOf has them, with their names
     std::set<std::string> m_linkedItems;                           ///< as ItemsOf has them
     std::set<std::pair<std::string, std::string>> m_links;         ///< of memberships that came back: holder, member
@@ -56,6 +58,6 @@ private:
 ItemKey KeyOf(const std::string& item);
 
 /// "user amy (id 17)", from what an entry has of a row.
-std::string Described(const StoredRow& row);
+std::string Described(NameCache& names, const StoredRow& row);
 
 } // namespace management::audit

@@ -47,8 +47,11 @@ public:
     std::string_view TakeName()
     {
         SkipBlanks();
-        const auto end = std::ranges::find_if_not(m_rest, IsNameByte);
-        return Cut(static_cast<std::size_t>(end - m_rest.begin()));
+        std::size_t length = 0;
+        while (length < m_rest.size() && IsNameByte(m_rest[length])) {
+            ++length;
+        }
+        return Cut(length);
     }
     bool TakeByte(char byte)
     {

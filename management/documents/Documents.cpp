@@ -776,8 +776,8 @@ void Documents::RemoveLink(const Placement& placement)
 void Documents::UpdateLinks(int folderId, const std::string& assignment, const std::string& condition)
 {
     for (const DocKind parent : {DocKind::root, DocKind::folder}) {
-        Execute(m_conn, fmt::format("UPDATE {} SET {} WHERE Col_S_ClassID = {} AND Col_S_ObjID = {} AND {}", LinkTable(parent),
-                            assignment, kFolderClass, folderId, condition));
+        Execute(m_conn, fmt::format("UPDATE {} SET {} WHERE Col_S_ClassID = {} AND Col_S_ObjID = {} AND {}",
+                                    LinkTable(parent), assignment, kFolderClass, folderId, condition));
     }
 }
 
@@ -806,7 +806,7 @@ void Documents::DeleteLinks(DocKind kind, const std::vector<int>& ids)
         for (const DocKind parent : {DocKind::root, DocKind::folder}) {
             if (kind == DocKind::folder) {
                 Execute(m_conn, fmt::format("DELETE FROM {} WHERE Col_S_ClassID = {} AND Col_S_ObjID IN ({})",
-                                    LinkTable(parent), kFolderClass, list));
+                                            LinkTable(parent), kFolderClass, list));
             }
         }
     }

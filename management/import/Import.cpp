@@ -27,7 +27,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kMostRows = 200;
+constexpr std::size_t kMostRows = 256;
 constexpr std::size_t kMostBytes = std::size_t{2} * 1024 * 1024;
 constexpr std::chrono::milliseconds kLongest(500);
 constexpr std::array<std::string_view, 5> kResultColumns = {"line", "login", "id", "outcome", "reason"};

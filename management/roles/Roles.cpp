@@ -324,7 +324,8 @@ bool Roles::IsMember(ItemKey holder, int userId)
 
 bool Roles::HasRelation(ItemKey holder, int userId)
 {
-    return Number(m_conn, fmt::format("SELECT COUNT(*) FROM qv_Relation WHERE Col_QvItemID = {} AND Col_QvItemType = {} AND "
+    return Number(m_conn,
+                  fmt::format("SELECT COUNT(*) FROM qv_Relation WHERE Col_QvItemID = {} AND Col_QvItemType = {} AND "
                               "Col_DQvItemID = {} AND Col_DQvItemType = {}",
                               holder.id, holder.type, userId, kItemTypeUser)) > 0;
 }

@@ -81,7 +81,10 @@ CString Directory::EscapeBackslashes(std::string_view text) const
 
 CString Directory::EscapeLiteral(std::string_view text) const { return management::EscapeLiteral(m_conn, text); }
 
-bool Directory::Exists(int id) { return Number(m_conn, fmt::format("SELECT COUNT(*) FROM qv_User WHERE Col_ID = {}", id)) > 0; }
+bool Directory::Exists(int id)
+{
+    return Number(m_conn, fmt::format("SELECT COUNT(*) FROM qv_User WHERE Col_ID = {}", id)) > 0;
+}
 
 // ---- Look-ups -------------------------------------------------------------------------------------------------------
 

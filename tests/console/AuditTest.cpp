@@ -151,7 +151,7 @@ TEST_P(AuditOn, ALaterChangeStandsInTheWayAndIsNamed)
     Done({"user", "set", "amy", "--note", "1", "--mobile", "5"});
     const std::string first = Latest();
     Done({"user", "set", "amy", "--note", "2"});
-    ExpectRefusal({"audit", "undo", first, "--yes"}, first + " cannot be undone: user");
+    ExpectRefusal({"audit", "undo", first, "--yes"}, first + " cannot be undone: user amy (id 1) was changed");
     ExpectRefusal({"audit", "undo", first, "--yes"}, "was changed later, by " + Latest() + " (user set amy --note 2;");
     Done({"audit", "undo", Latest(), "--yes"});
     Done({"audit", "undo", first, "--yes"});
@@ -217,7 +217,7 @@ TEST_P(AuditOn, SecretsAreNeverRecorded)
     const std::string password = Latest();
     EXPECT_THAT(Done({"audit", "show", password}), AllOf(HasSubstr("Col_PWord"), HasSubstr("(not recorded)")));
     ExpectRefusal({"audit", "undo", password, "--yes"},
-                  "it changed the password of user (id 1), which is never recorded");
+                  "it changed the password of user amy (id 1), which is never recorded");
     CAConnect conn;
     conn.Open(m_options.environment["QVADMIN_DB"].c_str());
     CARecordset stored;
@@ -233,6 +233,14 @@ TEST_P(AuditOn, SecretsAreNeverRecorded)
     EXPECT_EQ(undone.exit, 0) << undone.err;
     EXPECT_THAT(undone.err, HasSubstr("user amy (id 1) has no password now"));
     EXPECT_THAT(Record(), AllOf(Not(HasSubstr("s3cret")), Not(HasSubstr(digest)), Not(HasSubstr("k3y-of-all"))));
+}
+
+TEST_P(AuditOn, ATextThatReadsLikeTheMarkOfASecretIsNone)
+{
+    const std::string before = Dump();
+    Done({"user", "set", "amy", "--note", "(not recorded)"});
+    Done({"audit", "undo", Latest(), "--yes"});
+    EXPECT_EQ(Dump(), before);
 }
 
 TEST_P(AuditOn, WhatChangesNothingLeavesNoEntry)

@@ -13,6 +13,8 @@ struct Scenario {
     bool inSteps = false;
     /// One of the main jobs, which are walked on servers too.
     bool isMain = false;
+    /// The sentence is followed by lines that say what became of the parts.
+    bool tellsOfParts = false;
 };
 
 inline constexpr Scenario kSetup[] = {
@@ -234,7 +236,7 @@ inline constexpr Scenario kScenarios[] = {
     {"board delete 1 2 --yes"},
     {"audit list --noun user --item user:amy.from.leadworth"},
     {"audit show 7"},
-    {"audit undo 10 --yes --reason 'it was the wrong person'", {}, false, true},
+    {"audit undo 9 --yes --reason 'it was the wrong person'", {}, false, true},
     {"audit verify"},
     {"audit prune 2999-01-01 --yes"},
     {"user history amy.from.leadworth"},
@@ -242,7 +244,7 @@ inline constexpr Scenario kScenarios[] = {
     {"role history 'Editors of the pages'"},
     {"db check"},
     {"db check --fix --yes"},
-    {"batch - --one-transaction", "user lock amy.from.leadworth\nuser lock rory.from.leadworth\n"},
+    {"batch - --one-transaction", "user lock amy.from.leadworth\nuser lock rory.from.leadworth\n", false, false, true},
 };
 
 } // namespace faults

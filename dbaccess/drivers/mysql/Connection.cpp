@@ -137,6 +137,9 @@ void SetConnectTimeouts(MYSQL* handle, const Settings& settings)
 void SetStatementTimeouts(MYSQL* handle, const Settings& settings)
 {
     MARIADB_PVIO* io = handle->net.pvio;
+    if (io == nullptr) {
+        return; // gone already, as the first statement will find
+    }
     io->methods->set_timeout(io, PVIO_READ_TIMEOUT, static_cast<int>(settings.readTimeout));
     io->methods->set_timeout(io, PVIO_WRITE_TIMEOUT, static_cast<int>(settings.writeTimeout));
 }
