@@ -42,6 +42,22 @@ std::string Now()
 
 bool SameName(std::string_view a, std::string_view b) { return platform::UpperUtf8(a) == platform::UpperUtf8(b); }
 
+/// The row that an insert adds, where it says all of it by literals.
+std::optional<AuditedRow> WholeRow(const AuditedTable& table, const WriteStatement& insert, bool backslashEscapes)
+{
+    AuditedRow row;
+    for (const std::string& column : ColumnsOf(table)) {
+        const auto given = std::ranges::find_if(
+            insert.assignments, [&column](const auto& assignment) { return SameName(assignment.first, column); });
+        auto value = given == insert.assignments.end() ? std::nullopt : ValueOfLiteral(given->second, backslashEscapes);
+        if (!value) {
+            return std::nullopt;
+        }
+        row.emplace_back(column, std::move(value));
+    }
+    return row;
+}
+
 /// The first row that is in one list more often than in the other.
 std::optional<AuditedRow> FirstBeyond(const std::vector<AuditedRow>& rows, std::vector<AuditedRow> known)
 {
@@ -88,7 +104,7 @@ void Recorder::BeforeExecute(CAConnect& /*conn*/, const char* sql)
         NoteGreatestId(table);
     } else if (statement->kind == WriteStatement::Kind::insert) {
         m_equalBefore.clear();
-        if (table.keeping == Keeping::byContent && statement->assignments.size() < ColumnsOf(table).size()) {
+        if (!WholeRow(table, *statement, m_backslashEscapes)) {
             m_equalBefore = RowsLike(table, *statement);
         }
     } else if (table.keeping == Keeping::byId) {
@@ -148,7 +164,10 @@ void Recorder::NoteContentsBefore(const AuditedTable& table, const WriteStatemen
 void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& statement)
 {
     if (table.keeping == Keeping::byContent) {
-        const auto added = FirstBeyond(RowsLike(table, statement), m_equalBefore);
+        std::optional<AuditedRow> added = WholeRow(table, statement, m_backslashEscapes);
+        if (!added) {
+            added = FirstBeyond(RowsLike(table, statement), m_equalBefore);
+        }
         if (added) {
             AddContent(table, *added, 1);
         }
