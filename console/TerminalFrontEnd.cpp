@@ -187,8 +187,9 @@ void TerminalFrontEnd::WriteFinding(const Finding& finding)
 void TerminalFrontEnd::WriteResult(const Result& result)
 {
     // Without rows, a table still has its header, and a drawn tree nothing.
-    const bool isTable = m_writer || (m_command.effect == Effect::read && !m_command.columns.empty() &&
-                                      !(m_command.isTree && m_format == Format::table));
+    const bool reads = m_command.effect == Effect::read || result.isRead;
+    const bool isTable =
+        m_writer || (reads && !m_command.columns.empty() && !(m_command.isTree && m_format == Format::table));
     if (result.finding && m_format != Format::json) {
         WriteFinding(*result.finding);
     } else if (!result.record.empty()) {
