@@ -5,7 +5,6 @@
 #include "dbaccess/CARecordset.h"
 #include "management/audit/Chain.h"
 #include "management/audit/WriteStatement.h"
-#include "platform/CodePage.h"
 #include "schema/Schema.h"
 
 #include <fmt/chrono.h>
@@ -13,6 +12,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
 
 namespace management::audit {
@@ -40,7 +40,12 @@ std::string Now()
                        std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
 }
 
-bool SameName(std::string_view a, std::string_view b) { return platform::UpperUtf8(a) == platform::UpperUtf8(b); }
+/// Columns are named in plain ASCII.
+bool SameName(std::string_view a, std::string_view b)
+{
+    const auto lower = [](unsigned char c) { return std::tolower(c); };
+    return std::ranges::equal(a, b, {}, lower, lower);
+}
 
 /// The row that an insert adds, where it says all of it by literals.
 std::optional<AuditedRow> WholeRow(const AuditedTable& table, const WriteStatement& insert, bool backslashEscapes)
