@@ -5,8 +5,8 @@
 
 namespace console {
 
-/// The login name of whoever runs the program, such as "amy"; "root (sudo by amy)" where somebody took on another
-/// account to run it; the number of an account without a name.
+/// The login name of the account that runs the program, such as "amy", or "root (sudo by amy)" when sudo was used; the
+/// number of an account without a name.
 std::string ActorName();
 
 /// The command as the record keeps it and as it may be typed again: without the options that say where it runs, how it

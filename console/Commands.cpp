@@ -117,9 +117,11 @@ Exit RunCommand(Request request, const std::vector<std::string>& words, Terminal
         TakeOver(request, *shared);
         RequireJoinable(request, *shared, isLocal);
     }
-    request.given.options.who = ActorName();
-    request.given.options.frontEnd = "qvadmin";
-    request.given.options.command = CommandText(words);
+    if (request.command->effect != Effect::read) {
+        request.given.options.who = ActorName();
+        request.given.options.frontEnd = "qvadmin";
+        request.given.options.command = CommandText(words);
+    }
     if (isLocal) {
         return own->run({request.given, request.arguments, terminal});
     }

@@ -1,14 +1,14 @@
 #include "console/NameList.h"
 
+#include "console/TextFile.h"
 #include "management/Text.h"
 #include "platform/CodePage.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <fstream>
-#include <system_error>
+#include <sstream>
+#include <utility>
 
 namespace console {
 
@@ -58,12 +58,7 @@ void ReadNames(const Command& command, CommandLine& given, Terminal& terminal)
     if (source.file == kStandardInput) {
         AddNames(terminal.in, source.endWithNul, names);
     } else if (!source.file.empty()) {
-        errno = 0;
-        std::ifstream file(source.file, std::ios::binary);
-        if (!file) {
-            throw Error(ErrorCode::failed, fmt::format("{} cannot be read: {}", Visible(source.file),
-                                                       std::generic_category().message(errno)));
-        }
+        std::istringstream file(ReadTextFile(source.file));
         AddNames(file, source.endWithNul, names);
     }
     if (names.empty()) {

@@ -79,17 +79,18 @@ Change::Change(Call& call) : m_call(call)
     if (!call.Options().joinsTransaction) {
         m_transaction.emplace(call.Connection());
     }
-    WithDatabaseErrors(call.Connection(), [&] { m_recorder.emplace(call.Connection()); });
+    if (!call.Options().dryRun) {
+        WithDatabaseErrors(call.Connection(), [&] { m_recorder.emplace(call.Connection()); });
+    }
 }
 
 void Change::Finish()
 {
-    const bool isTried = m_call.Options().dryRun && m_transaction;
-    if (!isTried) {
+    if (m_recorder) {
         m_call.Record(*m_recorder);
+        m_recorder.reset();
     }
-    m_recorder.reset();
-    if (isTried) {
+    if (m_transaction && m_call.Options().dryRun) {
         m_transaction->Rollback();
     } else if (m_transaction) {
         m_transaction->Commit();

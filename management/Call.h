@@ -126,8 +126,8 @@ public:
 
 private:
     Call& m_call;
-    std::optional<Transaction> m_transaction; ///< none in one of the caller's
-    std::optional<audit::Recorder> m_recorder;
+    std::optional<Transaction> m_transaction;  ///< none in one of the caller's
+    std::optional<audit::Recorder> m_recorder; ///< none in a dry run
 };
 
 /// @throws Error (conflict) always: what was shown is not what would be done now.

@@ -4,6 +4,8 @@
 #include "management/DatabaseError.h"
 #include "management/Text.h"
 
+#include <fmt/format.h>
+
 namespace management {
 
 namespace {
@@ -23,6 +25,16 @@ CString EscapeBy(Escape escape, const CAConnect& conn, std::string_view text)
 CString EscapeLiteral(const CAConnect& conn, std::string_view text)
 {
     return EscapeBy(&CAConnect::EscapeLiteral, conn, text);
+}
+
+std::string Literal(const CAConnect& conn, std::string_view text)
+{
+    return fmt::format("'{}'", EscapeLiteral(conn, text).View());
+}
+
+std::string LiteralOrNull(const CAConnect& conn, const std::optional<std::string>& text)
+{
+    return text ? Literal(conn, *text) : "NULL";
 }
 
 CString EscapeBackslashes(const CAConnect& conn, std::string_view text)

@@ -2,6 +2,8 @@
 
 #include "platform/CString.h"
 
+#include <optional>
+#include <string>
 #include <string_view>
 
 class CAConnect;
@@ -14,6 +16,11 @@ namespace management {
 /// For statements of our own, and for operations that put a text in as it is.
 /// @throws Error for a text with a NUL byte. @throws DatabaseError when the connection is not open.
 CString EscapeLiteral(const CAConnect& conn, std::string_view text);
+
+/// A whole literal, its quotes included. @throws as EscapeLiteral.
+std::string Literal(const CAConnect& conn, std::string_view text);
+/// The same, or NULL for nothing. @throws as EscapeLiteral.
+std::string LiteralOrNull(const CAConnect& conn, const std::optional<std::string>& text);
 
 /// For operations that double quotes themselves. @throws as EscapeLiteral.
 CString EscapeBackslashes(const CAConnect& conn, std::string_view text);

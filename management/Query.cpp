@@ -27,7 +27,7 @@ int LastInsertedId(CAConnect& conn)
 void Assignments::Text(std::string_view column, const std::optional<std::string>& text)
 {
     if (text) {
-        Add(column, fmt::format("'{}'", EscapeLiteral(m_conn, *text).View()));
+        Add(column, Literal(m_conn, *text));
     }
 }
 
@@ -66,5 +66,18 @@ void ThrowWriteError(const CAConnect& conn, std::string_view what)
 std::string Text(const CString& text) { return std::string(text.View()); }
 
 std::string TextIn(CARecordset& row, long column) { return Text(row.GetValueToStr(column, true)); }
+
+std::optional<std::string> OptionalTextIn(CARecordset& row, long column)
+{
+    CString text;
+    return row.GetValue(column, text, true) ? std::optional(Text(text)) : std::nullopt;
+}
+
+int NumberIn(CARecordset& row, long column)
+{
+    int number = 0;
+    row.GetValue(column, number);
+    return number;
+}
 
 } // namespace management

@@ -84,5 +84,9 @@ private:
 std::string Text(const CString& text);
 /// A column of the current row; the empty text for a NULL.
 std::string TextIn(CARecordset& row, long column);
+/// The same; nothing for a NULL.
+std::optional<std::string> OptionalTextIn(CARecordset& row, long column);
+/// A number in a column of the current row; 0 for a NULL.
+int NumberIn(CARecordset& row, long column);
 
 } // namespace management

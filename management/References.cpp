@@ -10,37 +10,34 @@ namespace management {
 
 namespace {
 
-struct ReferenceKind {
-    std::string_view noun;
-    std::string_view table;
-    std::string_view condition; ///< {0} the ids, {1} the type
-};
-
-constexpr std::string_view kEitherSide = "(Col_DQvItemID IN ({0}) AND Col_DQvItemType = {1}) OR "
-                                         "(Col_QvItemID IN ({0}) AND Col_QvItemType = {1})";
-constexpr std::string_view kHolderSide = "Col_QvItemID IN ({0}) AND Col_QvItemType = {1}";
-
-constexpr ReferenceKind kReferenceKinds[] = {
-    {"relation", "qv_Relation", kEitherSide},
-    {"job title", "qv_JobTitle", kEitherSide},
-    {"right", "qv_ItemAce", kHolderSide},
-    {"right between items", "qv_BIIAce", kEitherSide},
-    {"right on documents", "Tab_BIOAce", kHolderSide},
-    {"backup plan link", "Tab_Doc_Backup_Rel", "Col_QvItem_ID IN ({0}) AND Col_QvItem_Type = {1}"},
-};
-
 std::string StatementOn(const ReferenceKind& kind, std::string_view verb, int type, const std::vector<int>& ids)
 {
-    const std::string condition = fmt::format(fmt::runtime(kind.condition), fmt::join(ids, ","), type);
-    return fmt::format("{} FROM {} WHERE {}", verb, kind.table, condition);
+    std::vector<std::string> conditions;
+    for (const ItemColumns& side : kind.sides) {
+        conditions.push_back(fmt::format("({} IN ({}) AND {} = {})", side.id, fmt::join(ids, ","), side.type, type));
+    }
+    return fmt::format("{} FROM {} WHERE {}", verb, kind.table, fmt::join(conditions, " OR "));
 }
 
 } // namespace
 
+const std::vector<ReferenceKind>& ReferenceKinds()
+{
+    static const std::vector<ReferenceKind> kinds = {
+        {"relation", "qv_Relation", {kMemberColumns, kHolderColumns}},
+        {"job title", "qv_JobTitle", {kMemberColumns, kHolderColumns}},
+        {"right", "qv_ItemAce", {kHolderColumns}},
+        {"right between items", "qv_BIIAce", {kMemberColumns, kHolderColumns}},
+        {"right on documents", "Tab_BIOAce", {kHolderColumns}},
+        {"backup plan link", "Tab_Doc_Backup_Rel", {kPlanItemColumns}},
+    };
+    return kinds;
+}
+
 std::vector<Reference> CountReferences(CAConnect& conn, int type, const std::vector<int>& ids)
 {
     std::vector<Reference> references;
-    for (const ReferenceKind& kind : kReferenceKinds) {
+    for (const ReferenceKind& kind : ReferenceKinds()) {
         const int count = Number(conn, StatementOn(kind, "SELECT COUNT(*)", type, ids));
         if (count > 0) {
             references.push_back({kind.noun, count});
@@ -51,7 +48,7 @@ std::vector<Reference> CountReferences(CAConnect& conn, int type, const std::vec
 
 void DeleteReferences(CAConnect& conn, int type, const std::vector<int>& ids)
 {
-    for (const ReferenceKind& kind : kReferenceKinds) {
+    for (const ReferenceKind& kind : ReferenceKinds()) {
         Execute(conn, StatementOn(kind, "DELETE", type, ids));
     }
 }

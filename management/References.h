@@ -11,6 +11,26 @@ class CAConnect;
 
 namespace management {
 
+/// Columns by which a row names an item.
+struct ItemColumns {
+    std::string_view type;
+    std::string_view id;
+};
+
+inline constexpr ItemColumns kHolderColumns = {"Col_QvItemType", "Col_QvItemID"};
+inline constexpr ItemColumns kMemberColumns = {"Col_DQvItemType", "Col_DQvItemID"};
+inline constexpr ItemColumns kPlanItemColumns = {"Col_QvItem_Type", "Col_QvItem_ID"};
+
+/// A table whose rows name items.
+struct ReferenceKind {
+    std::string_view noun;
+    std::string_view table;
+    std::vector<ItemColumns> sides;
+};
+
+/// All of them. May be called on any thread.
+const std::vector<ReferenceKind>& ReferenceKinds();
+
 /// How many rows of a kind there are.
 struct Reference {
     std::string_view noun;

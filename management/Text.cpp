@@ -123,6 +123,10 @@ bool HasOuterBlanks(std::string_view text)
 
 std::string Counted(std::size_t count, std::string_view noun)
 {
+    constexpr std::string_view oneEntry = "entry";
+    if (count != 1 && noun.ends_with(oneEntry)) {
+        return fmt::format("{} {}ies", count, noun.substr(0, noun.size() - 1));
+    }
     return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 

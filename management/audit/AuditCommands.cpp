@@ -186,7 +186,7 @@ Result Show(Call& call, const OneEntry& in)
     const Entry entry = log.Find(in.id);
     NameCache names(call.Connection());
     Table changes{{"change", "what", "column", "before", "after"}, {}};
-    for (const NumberedRow& row : log.Rows(entry, 0, in.limit.value_or(kRowsShown))) {
+    for (const NumberedRow& row : log.Rows(entry, in.limit.value_or(kRowsShown))) {
         for (const ChangedValue& value : ValuesOf(names, row.row)) {
             changes.rows.push_back(MakeRow(std::string(value.change), value.what, value.column, OrAbsent(value.before),
                                            OrAbsent(value.after)));
@@ -348,8 +348,8 @@ PrunePlan PlanPrune(Call& call, const Prune& in)
     if (count != 0) {
         plan.removed = count;
         plan.lines.push_back(fmt::format("delete {} of the record from before {}; they can no longer be undone",
-                                         count == 1 ? "1 entry" : fmt::format("{} entries", count), before));
-        plan.question = fmt::format("Delete {}?", count == 1 ? "1 entry" : fmt::format("{} entries", count));
+                                         Counted(count, "entry"), before));
+        plan.question = fmt::format("Delete {}?", Counted(count, "entry"));
     }
     return plan;
 }
@@ -363,8 +363,7 @@ Result PruneEntries(Call& call, const Prune& /*in*/, const PrunePlan& plan)
     // The deletion itself stays in the record, and follows the last entry.
     call.SetRecordedAnyway();
     AuditLog(call.Connection()).DeleteBelow(plan.first);
-    call.Report({"entry", 0, "", "deleted",
-                 fmt::format("deleted {}", plan.removed == 1 ? "1 entry" : fmt::format("{} entries", plan.removed))});
+    call.Report({"entry", 0, "", "deleted", fmt::format("deleted {}", Counted(plan.removed, "entry"))});
     return {};
 }
 

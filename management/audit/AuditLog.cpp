@@ -22,19 +22,6 @@ constexpr std::string_view kEntryColumns =
 constexpr std::string_view kRowColumns =
     "Col_ID, Col_Table, Col_Key, Col_Count, Col_Item, Col_OtherItem, Col_Before, Col_After";
 
-int NumberIn(CARecordset& row, long column)
-{
-    int number = 0;
-    row.GetValue(column, number);
-    return number;
-}
-
-std::optional<std::string> OptionalIn(CARecordset& row, long column)
-{
-    CString text;
-    return row.GetValue(column, text, true) ? std::optional<std::string>(text.View()) : std::nullopt;
-}
-
 Entry EntryIn(CARecordset& row)
 {
     Entry entry;
@@ -58,8 +45,8 @@ NumberedRow RowIn(CARecordset& row)
     __int64 count = 0;
     row.GetValue(4, count);
     return {NumberIn(row, 1),
-            {TextIn(row, 2), TextIn(row, 3), count, TextIn(row, 5), TextIn(row, 6), OptionalIn(row, 7),
-             OptionalIn(row, 8)}};
+            {TextIn(row, 2), TextIn(row, 3), count, TextIn(row, 5), TextIn(row, 6), OptionalTextIn(row, 7),
+             OptionalTextIn(row, 8)}};
 }
 
 /// "2013-05-07 09:03:00" as entries have it. A day alone is its beginning.
@@ -104,15 +91,14 @@ void AuditLog::LoadUndone()
 void AuditLog::Each(const EntryFilter& filter, const std::function<bool(const Entry&)>& give, int most)
 {
     std::string condition = "e.Col_PartOf = 0";
-    const auto literal = [this](const std::string& text) { return Text(EscapeLiteral(m_conn, text)); };
     if (filter.since) {
-        condition += fmt::format(" AND e.Col_Time >= '{}'", literal(AsStored(*filter.since)));
+        condition += fmt::format(" AND e.Col_Time >= {}", Literal(m_conn, AsStored(*filter.since)));
     }
     if (filter.before) {
-        condition += fmt::format(" AND e.Col_Time < '{}'", literal(AsStored(*filter.before)));
+        condition += fmt::format(" AND e.Col_Time < {}", Literal(m_conn, AsStored(*filter.before)));
     }
     if (!filter.who.empty()) {
-        condition += fmt::format(" AND e.Col_Who = '{}'", literal(filter.who));
+        condition += fmt::format(" AND e.Col_Who = {}", Literal(m_conn, filter.who));
     }
     if (!filter.item.empty()) {
         const std::string entries = fmt::format(
@@ -156,43 +142,34 @@ Entry AuditLog::Find(int id)
     return *found;
 }
 
-std::vector<NumberedRow> AuditLog::RowsBackwards(const Entry& entry, int below, int most)
+std::vector<NumberedRow> AuditLog::ReadRows(const std::string& condition, int most)
 {
     std::vector<NumberedRow> rows;
     EachRow(
-        m_conn,
-        fmt::format("SELECT {} FROM qv_AuditRow WHERE {} AND Col_ID < {} ORDER BY Col_ID DESC", kRowColumns,
-                    PartsOf(entry), below),
+        m_conn, fmt::format("SELECT {} FROM qv_AuditRow WHERE {}", kRowColumns, condition),
         [&rows](CARecordset& row) { rows.push_back(RowIn(row)); }, most);
     return rows;
 }
 
-std::vector<NumberedRow> AuditLog::Rows(const Entry& entry, int above, int most)
+std::vector<NumberedRow> AuditLog::RowsBackwards(const Entry& entry, int below, int most)
 {
-    std::vector<NumberedRow> rows;
-    EachRow(
-        m_conn,
-        fmt::format("SELECT {} FROM qv_AuditRow WHERE {} AND Col_ID > {} ORDER BY Col_ID", kRowColumns, PartsOf(entry),
-                    above),
-        [&rows](CARecordset& row) { rows.push_back(RowIn(row)); }, most);
-    return rows;
+    return ReadRows(fmt::format("{} AND Col_ID < {} ORDER BY Col_ID DESC", PartsOf(entry), below), most);
+}
+
+std::vector<NumberedRow> AuditLog::Rows(const Entry& entry, int most)
+{
+    return ReadRows(fmt::format("{} ORDER BY Col_ID", PartsOf(entry)), most);
 }
 
 std::vector<NumberedRow> AuditLog::RowsAbout(const Entry& entry, const std::string& item)
 {
-    std::vector<NumberedRow> rows;
-    EachRow(m_conn,
-            fmt::format("SELECT {} FROM qv_AuditRow WHERE {} AND (Col_Item = '{}' OR Col_OtherItem = '{}') ORDER BY "
-                        "Col_ID",
-                        kRowColumns, PartsOf(entry), item, item),
-            [&rows](CARecordset& row) { rows.push_back(RowIn(row)); });
-    return rows;
+    return ReadRows(
+        fmt::format("{0} AND (Col_Item = '{1}' OR Col_OtherItem = '{1}') ORDER BY Col_ID", PartsOf(entry), item));
 }
 
 std::optional<Entry> AuditLog::LaterChange(const Entry& entry, const StoredRow& row)
 {
-    std::string condition =
-        fmt::format("Col_Table = '{}' AND Col_Key = '{}'", row.table, Text(EscapeLiteral(m_conn, row.key)));
+    std::string condition = fmt::format("Col_Table = '{}' AND Col_Key = {}", row.table, Literal(m_conn, row.key));
     if (row.key.empty()) {
         condition += fmt::format(" AND Col_Item = '{}' AND Col_OtherItem = '{}'", row.item, row.otherItem);
     }
@@ -212,26 +189,14 @@ std::optional<Entry> AuditLog::LaterChange(const Entry& entry, const StoredRow& 
 
 Verification AuditLog::Verify()
 {
-    constexpr int rowsAtOnce = 1000;
     Verification result;
     std::vector<Entry> entries;
     EachRow(m_conn, fmt::format("SELECT {} FROM qv_AuditEntry ORDER BY Col_ID", kEntryColumns),
             [&entries](CARecordset& row) { entries.push_back(EntryIn(row)); });
     for (const Entry& entry : entries) {
         std::vector<StoredRow> rows;
-        for (int last = 0, count = rowsAtOnce; count == rowsAtOnce;) {
-            count = 0;
-            EachRow(
-                m_conn,
-                fmt::format("SELECT {} FROM qv_AuditRow WHERE Col_EntryID = {} AND Col_ID > {} ORDER BY Col_ID",
-                            kRowColumns, entry.id, last),
-                [&](CARecordset& row) {
-                    NumberedRow read = RowIn(row);
-                    last = read.id;
-                    rows.push_back(std::move(read.row));
-                    ++count;
-                },
-                rowsAtOnce);
+        for (NumberedRow& row : ReadRows(fmt::format("Col_EntryID = {} ORDER BY Col_ID", entry.id))) {
+            rows.push_back(std::move(row.row));
         }
         const bool follows = result.entries == 0 || entry.data.previous == result.lastDigest;
         if (!follows || DigestOf(entry.data, rows) != entry.data.digest) {
@@ -247,8 +212,8 @@ Verification AuditLog::Verify()
 int AuditLog::FirstFrom(const std::string& time)
 {
     const int first = Number(m_conn, fmt::format("SELECT MIN(Col_ID) FROM qv_AuditEntry WHERE Col_PartOf = 0 AND "
-                                                 "Col_Time >= '{}'",
-                                                 Text(EscapeLiteral(m_conn, AsStored(time)))));
+                                                 "Col_Time >= {}",
+                                                 Literal(m_conn, AsStored(time))));
     return first != 0 ? first : Number(m_conn, "SELECT MAX(Col_ID) FROM qv_AuditEntry") + 1;
 }
 

@@ -58,8 +58,8 @@ public:
     Entry Find(int id);
     /// Rows of an entry and its further parts, from the last on. @param below  ids of rows to come are less.
     std::vector<NumberedRow> RowsBackwards(const Entry& entry, int below, int most);
-    /// The same from the first on. @param above  ids of rows to come are greater.
-    std::vector<NumberedRow> Rows(const Entry& entry, int above, int most);
+    /// The same from the first on.
+    std::vector<NumberedRow> Rows(const Entry& entry, int most);
     /// Rows of an entry and its further parts that are about an item.
     std::vector<NumberedRow> RowsAbout(const Entry& entry, const std::string& item);
     /// The latest entry after this one that changed the same row and was not undone; nothing where none did.
@@ -75,6 +75,7 @@ public:
 
 private:
     void LoadUndone();
+    std::vector<NumberedRow> ReadRows(const std::string& condition, int most = std::numeric_limits<int>::max());
 
     CAConnect& m_conn;
     std::map<int, int> m_undoneBy;

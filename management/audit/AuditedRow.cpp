@@ -1,8 +1,11 @@
 #include "management/audit/AuditedRow.h"
 
 #include "basefun/ItemTypes.h"
+#include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "management/Errors.h"
+#include "management/Query.h"
+#include "management/References.h"
 #include "platform/CodePage.h"
 #include "schema/Schema.h"
 
@@ -11,27 +14,27 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
+#include <cctype>
 
 namespace management::audit {
 
 namespace {
 
 constexpr AuditedTable kTables[] = {
-    {"qv_User", Keeping::byId, "user", "Col_LoginName", kItemTypeUser},
-    {"qv_Group", Keeping::byId, "group", "Col_Name", kItemTypeGroup},
-    {"qv_View", Keeping::byId, "view", "Col_Name", kItemTypeView},
+    {"qv_User", Keeping::byId, "user", "Col_LoginName", true, kItemTypeUser},
+    {"qv_Group", Keeping::byId, "group", "Col_Name", false, kItemTypeGroup},
+    {"qv_View", Keeping::byId, "view", "Col_Name", true, kItemTypeView},
     {"qv_Relation", Keeping::byContent, "link"},
-    {"qv_Role", Keeping::byId, "role", "Col_Name", kItemTypeRole},
+    {"qv_Role", Keeping::byId, "role", "Col_Name", true, kItemTypeRole},
     {"qv_JobTitle", Keeping::byContent, "title", "Col_JobTitle"},
     {"qv_ItemAce", Keeping::byContent, "right", "Col_FunName"},
     {"qv_BIIAce", Keeping::byContent, "right", "Col_FunName"},
     {"Tab_BIOAce", Keeping::byId, "object right", "Col_FunName"},
-    {"Tab_Doc_Root", Keeping::byId, "document root", "Col_Name"},
+    {"Tab_Doc_Root", Keeping::byId, "document root", "Col_Name", true},
     {"Tab_Doc_Root_Link", Keeping::byId, "folder link"},
     {"Tab_Doc_VFolder", Keeping::byId, "folder", "Col_Name"},
     {"Tab_Doc_VFolder_Link", Keeping::byId, "folder link"},
-    {"Tab_Doc_Backup_Plan", Keeping::byId, "plan", "Col_Name"},
+    {"Tab_Doc_Backup_Plan", Keeping::byId, "plan", "Col_Name", true},
     {"Tab_Doc_Backup_Rel", Keeping::byId, "plan assignment"},
     {"Tab_Doc_Log", Keeping::byContent, "document log entry"},
     {"Tab_Config", Keeping::byContent, "setting", "Col_Name"},
@@ -40,24 +43,12 @@ constexpr AuditedTable kTables[] = {
     {"kel_Msg_Rece", Keeping::countOnly, "receipt"},
     {"kel_log", Keeping::countOnly, "login"},
     {"kel_AddIn", Keeping::byId, "add-in", "Col_Name"},
-    {"kel_Package", Keeping::byId, "package", "Col_Name"},
+    {"kel_Package", Keeping::byId, "package", "Col_Name", true},
     {"Kel_Board", Keeping::byId, "notice", "Col_Subject"},
     {"Kel_Board_Attach", Keeping::byContent, "attachment of a notice", "Col_FileName"},
     {"Kel_Board_Revert", Keeping::byId, "reply to a notice"},
     {"Kel_Board_Visiter", Keeping::byId, "reader of a notice"},
 };
-
-/// Names are plain ASCII.
-bool SameName(std::string_view a, std::string_view b) { return platform::UpperUtf8(a) == platform::UpperUtf8(b); }
-
-/// Columns that hold the type and the id of an item.
-struct ItemColumns {
-    std::string_view type;
-    std::string_view id;
-};
-
-constexpr std::array<ItemColumns, 3> kItemColumns = {
-    {{"Col_QvItemType", "Col_QvItemID"}, {"Col_DQvItemType", "Col_DQvItemID"}, {"Col_QvItem_Type", "Col_QvItem_ID"}}};
 
 /// Takes what a packed row is made of.
 class RowReader final : public nlohmann::json::json_sax_t {
@@ -120,9 +111,16 @@ private:
 
 } // namespace
 
+bool SameIdentifier(std::string_view a, std::string_view b)
+{
+    const auto lower = [](unsigned char c) { return std::tolower(c); };
+    return std::ranges::equal(a, b, {}, lower, lower);
+}
+
 const AuditedTable* FindAuditedTable(std::string_view name)
 {
-    const auto* found = std::ranges::find_if(kTables, [name](const AuditedTable& t) { return SameName(t.name, name); });
+    const auto* found =
+        std::ranges::find_if(kTables, [name](const AuditedTable& t) { return SameIdentifier(t.name, name); });
     return found == std::end(kTables) ? nullptr : found;
 }
 
@@ -139,11 +137,21 @@ AuditedRow ReadRow(CARecordset& rows, const AuditedTable& table, long first)
     AuditedRow row;
     long column = first;
     for (const std::string& name : ColumnsOf(table)) {
-        CString text;
-        const bool isThere = rows.GetValue(column++, text, true);
-        row.emplace_back(name, isThere ? std::optional<std::string>(text.View()) : std::nullopt);
+        row.emplace_back(name, OptionalTextIn(rows, column++));
     }
     return row;
+}
+
+std::vector<AuditedRow> ReadRows(CAConnect& conn, const AuditedTable& table, const std::string& condition)
+{
+    std::vector<AuditedRow> all;
+    CARecordset rows;
+    rows.Open(fmt::format("SELECT {} FROM {} {}", ColumnList(table), table.name, condition).c_str(), &conn,
+              adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    for (; rows.IsEOF() == 0; rows.MoveNext()) {
+        all.push_back(ReadRow(rows, table));
+    }
+    return all;
 }
 
 std::optional<std::string> ValueIn(const AuditedRow& row, std::string_view column)
@@ -158,7 +166,7 @@ bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view
         return column == "Col_PWord";
     }
     return table.name == "Tab_Config" && column == "Col_Data" &&
-           SameName(ValueIn(row, "Col_Name").value_or(""), "EncryptKey");
+           SameIdentifier(ValueIn(row, "Col_Name").value_or(""), "EncryptKey");
 }
 
 AuditedRow WithoutSecrets(const AuditedTable& table, AuditedRow row)
@@ -177,7 +185,7 @@ std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& ro
     if (table.itemType != 0) {
         items.push_back(fmt::format("{}:{}", table.itemType, ValueIn(row, "Col_ID").value_or("")));
     }
-    for (const ItemColumns& columns : kItemColumns) {
+    for (const ItemColumns& columns : {kHolderColumns, kMemberColumns, kPlanItemColumns}) {
         const auto type = ValueIn(row, columns.type);
         const auto id = ValueIn(row, columns.id);
         if (type && id) {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+class CAConnect;
 class CARecordset;
 
 namespace management::audit {
@@ -24,8 +25,12 @@ struct AuditedTable {
     Keeping keeping;
     std::string_view noun;            ///< what sentences call its rows
     std::string_view nameColumn = {}; ///< what names a row for people; empty where nothing does
+    bool hasOneOfEachName = false;    ///< whether the console gives a name to one row of a kind only
     int itemType = 0;                 ///< of its rows, where they are items
 };
+
+/// Whether two names of tables or columns, which are plain ASCII, are the same to an engine: case does not count.
+bool SameIdentifier(std::string_view a, std::string_view b);
 
 /// The table of a name, case not counting; null for one whose changes are not recorded.
 const AuditedTable* FindAuditedTable(std::string_view name);
@@ -40,6 +45,8 @@ using AuditedRow = std::vector<std::pair<std::string, std::optional<std::string>
 /// Reads the columns of a table from a row that begins with them. @param first  the column of the first one.
 /// @throws CAException.
 AuditedRow ReadRow(CARecordset& rows, const AuditedTable& table, long first = 1);
+/// The rows of a table that fulfil a condition. @param condition  from WHERE on; empty: all. @throws CAException.
+std::vector<AuditedRow> ReadRows(CAConnect& conn, const AuditedTable& table, const std::string& condition);
 /// The value of a column; nothing where the row lacks it or it is NULL.
 std::optional<std::string> ValueIn(const AuditedRow& row, std::string_view column);
 

@@ -3,6 +3,8 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
+#include "management/Escape.h"
+#include "management/Query.h"
 #include "management/audit/Chain.h"
 #include "management/audit/WriteStatement.h"
 #include "schema/Schema.h"
@@ -12,7 +14,6 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 
 namespace management::audit {
@@ -24,27 +25,10 @@ constexpr std::size_t kRowsPerInsert = 1000;
 constexpr std::size_t kBytesPerInsert = std::size_t{512} * 1024;
 constexpr int kAccess = 0;
 
-std::string Literal(const CAConnect& conn, std::string_view text)
-{
-    return fmt::format("'{}'", conn.EscapeLiteral(CString(text)).View());
-}
-
-std::string Literal(const CAConnect& conn, const std::optional<std::string>& text)
-{
-    return text ? Literal(conn, std::string_view(*text)) : "NULL";
-}
-
 std::string Now()
 {
     return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}",
                        std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
-}
-
-/// Columns are named in plain ASCII.
-bool SameName(std::string_view a, std::string_view b)
-{
-    const auto lower = [](unsigned char c) { return std::tolower(c); };
-    return std::ranges::equal(a, b, {}, lower, lower);
 }
 
 /// The row that an insert adds, where it says all of it by literals.
@@ -53,7 +37,7 @@ std::optional<AuditedRow> WholeRow(const AuditedTable& table, const WriteStateme
     AuditedRow row;
     for (const std::string& column : ColumnsOf(table)) {
         const auto given = std::ranges::find_if(
-            insert.assignments, [&column](const auto& assignment) { return SameName(assignment.first, column); });
+            insert.assignments, [&column](const auto& assignment) { return SameIdentifier(assignment.first, column); });
         auto value = given == insert.assignments.end() ? std::nullopt : ValueOfLiteral(given->second, backslashEscapes);
         if (!value) {
             return std::nullopt;
@@ -79,7 +63,7 @@ std::optional<AuditedRow> FirstBeyond(const std::vector<AuditedRow>& rows, std::
 } // namespace
 
 Recorder::Recorder(CAConnect& conn)
-    : m_conn(conn), m_outer(conn.SetObserver(this)), m_backslashEscapes(conn.EscapeLiteral("\\").GetLength() == 2)
+    : m_conn(conn), m_outer(conn.SetObserver(this)), m_backslashEscapes(EscapesBackslashes(conn))
 {
 }
 
@@ -87,60 +71,55 @@ Recorder::~Recorder() { m_conn.SetObserver(m_outer); }
 
 // ---- Watching -------------------------------------------------------------------------------------------------------
 
-std::optional<WriteStatement> Recorder::Parse(const char* sql) const
-{
-    auto statement = ParseWrite(sql, m_backslashEscapes);
-    return statement && FindAuditedTable(statement->table) != nullptr ? std::move(statement) : std::nullopt;
-}
-
 void Recorder::BeforeExecute(CAConnect& /*conn*/, const char* sql)
 {
-    const auto statement = Parse(sql);
-    if (!statement || !statement->isWhole) {
-        return; // what an engine accepts all the same is refused afterwards
-    }
-    const AuditedTable& table = *FindAuditedTable(statement->table);
-    if (table.keeping == Keeping::countOnly) {
+    m_statement = ParseWrite(sql, m_backslashEscapes);
+    m_table = m_statement ? FindAuditedTable(m_statement->table) : nullptr;
+    // What cannot be read and an engine accepts all the same is refused afterwards.
+    if (m_table == nullptr || !m_statement->isWhole || m_table->keeping == Keeping::countOnly) {
         return;
     }
-    if (!statement->query.empty()) {
-        NoteQueriedBefore(table, *statement);
-    } else if (statement->kind == WriteStatement::Kind::insert && table.keeping == Keeping::byId) {
-        NoteGreatestId(table);
-    } else if (statement->kind == WriteStatement::Kind::insert) {
-        m_equalBefore.clear();
-        if (!WholeRow(table, *statement, m_backslashEscapes)) {
-            m_equalBefore = RowsLike(table, *statement);
-        }
-    } else if (table.keeping == Keeping::byId) {
-        NoteRowsBefore(table, *statement);
+    if (!m_statement->query.empty()) {
+        NoteQueriedBefore(*m_table, *m_statement);
+    } else if (m_statement->kind == WriteStatement::Kind::insert) {
+        NoteInsertBefore(*m_table, *m_statement);
+    } else if (m_table->keeping == Keeping::byId) {
+        NoteRowsBefore(*m_table, *m_statement);
     } else {
-        NoteContentsBefore(table, *statement);
+        NoteContentsBefore(*m_table, *m_statement);
     }
 }
 
-void Recorder::AfterExecute(CAConnect& /*conn*/, const char* sql, int rows)
+void Recorder::AfterExecute(CAConnect& /*conn*/, const char* /*sql*/, int rows)
 {
-    const auto statement = Parse(sql);
-    if (!statement) {
+    if (m_table == nullptr) {
         return;
     }
-    const bool isUnknown = !statement->query.empty() && FindAuditedTable(statement->table)->keeping == Keeping::byId;
-    if (!statement->isWhole || isUnknown) {
+    const bool isInsert = m_statement->kind == WriteStatement::Kind::insert;
+    const bool isUnknown = !m_statement->query.empty() && m_table->keeping == Keeping::byId;
+    if (!m_statement->isWhole || isUnknown) {
         throw CAException("internal error: this change cannot be recorded, and was not made");
     }
-    const AuditedTable& table = *FindAuditedTable(statement->table);
-    if (table.keeping == Keeping::countOnly) {
-        const bool isInsert = statement->kind == WriteStatement::Kind::insert;
-        AddContent(table, {}, isInsert ? 1 : -std::int64_t{std::max(rows, 0)});
-    } else if (statement->kind == WriteStatement::Kind::insert && statement->query.empty()) {
-        NoteInserted(table, *statement);
+    if (m_table->keeping == Keeping::countOnly) {
+        AddContent(*m_table, {}, isInsert ? 1 : -std::int64_t{std::max(rows, 0)});
+    } else if (isInsert && m_statement->query.empty()) {
+        NoteInserted(*m_table, *m_statement);
     }
+}
+
+void Recorder::NoteInsertBefore(const AuditedTable& table, const WriteStatement& statement)
+{
+    if (table.keeping == Keeping::byId) {
+        NoteGreatestId(table);
+        return;
+    }
+    m_added = WholeRow(table, statement, m_backslashEscapes);
+    m_equalBefore = m_added ? std::vector<AuditedRow>() : RowsLike(table, statement);
 }
 
 void Recorder::NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement)
 {
-    for (AuditedRow& row : Rows(table, statement.condition)) {
+    for (AuditedRow& row : ReadRows(m_conn, table, statement.condition)) {
         const std::string key = ValueIn(row, "Col_ID").value_or("");
         Touch(table, key, std::move(row));
     }
@@ -151,8 +130,9 @@ void Recorder::NoteContentsBefore(const AuditedTable& table, const WriteStatemen
     const std::vector<std::string>& columns = ColumnsOf(table);
     std::string wanted = ColumnList(table);
     for (const std::string& column : columns) {
-        const auto given = std::ranges::find_if(
-            statement.assignments, [&column](const auto& assignment) { return SameName(assignment.first, column); });
+        const auto given = std::ranges::find_if(statement.assignments, [&column](const auto& assignment) {
+            return SameIdentifier(assignment.first, column);
+        });
         wanted += ", " + (given == statement.assignments.end() ? column : given->second);
     }
     CARecordset rows;
@@ -169,10 +149,7 @@ void Recorder::NoteContentsBefore(const AuditedTable& table, const WriteStatemen
 void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& statement)
 {
     if (table.keeping == Keeping::byContent) {
-        std::optional<AuditedRow> added = WholeRow(table, statement, m_backslashEscapes);
-        if (!added) {
-            added = FirstBeyond(RowsLike(table, statement), m_equalBefore);
-        }
+        const auto added = m_added ? m_added : FirstBeyond(RowsLike(table, statement), m_equalBefore);
         if (added) {
             AddContent(table, *added, 1);
         }
@@ -181,13 +158,13 @@ void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& sta
     AuditedRow known;
     for (const auto& [column, literal] : statement.assignments) {
         const auto value = ValueOfLiteral(literal, m_backslashEscapes);
-        if (value && SameName(column, "Col_ID")) {
+        if (value && SameIdentifier(column, "Col_ID")) {
             Touch(table, *value, std::nullopt);
             return;
         }
         // Engines bring dates and long texts into a form of their own.
         const bool isNumber = value && !literal.starts_with('\'');
-        if (isNumber || (value && SameName(column, table.nameColumn))) {
+        if (isNumber || (value && SameIdentifier(column, table.nameColumn))) {
             known.emplace_back(column, value);
         }
     }
@@ -201,12 +178,11 @@ void Recorder::NoteQueriedBefore(const AuditedTable& table, const WriteStatement
     for (; rows.IsEOF() == 0; rows.MoveNext()) {
         AuditedRow row;
         for (const std::string& name : ColumnsOf(table)) {
-            const auto given = std::ranges::find_if(
-                statement.assignments, [&name](const auto& assignment) { return SameName(assignment.first, name); });
-            CString text;
+            const auto given = std::ranges::find_if(statement.assignments, [&name](const auto& assignment) {
+                return SameIdentifier(assignment.first, name);
+            });
             const long column = given - statement.assignments.begin() + 1;
-            const bool isThere = given != statement.assignments.end() && rows.GetValue(column, text, true);
-            row.emplace_back(name, isThere ? std::optional<std::string>(text.View()) : std::nullopt);
+            row.emplace_back(name, given == statement.assignments.end() ? std::nullopt : OptionalTextIn(rows, column));
         }
         AddContent(table, row, 1);
     }
@@ -242,18 +218,6 @@ void Recorder::AddContent(const AuditedTable& table, const AuditedRow& row, std:
     m_counts[key] += count;
 }
 
-std::vector<AuditedRow> Recorder::Rows(const AuditedTable& table, const std::string& condition)
-{
-    std::vector<AuditedRow> all;
-    CARecordset rows;
-    rows.Open(fmt::format("SELECT {} FROM {} {}", ColumnList(table), table.name, condition).c_str(), &m_conn,
-              adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
-    for (; rows.IsEOF() == 0; rows.MoveNext()) {
-        all.push_back(ReadRow(rows, table));
-    }
-    return all;
-}
-
 // The engine may take for equal what is not, so the values are compared once more.
 std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const WriteStatement& insert)
 {
@@ -269,10 +233,10 @@ std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const Writ
             condition += fmt::format("{} {} = {}", condition.empty() ? "WHERE" : " AND", column, literal);
         }
     }
-    std::vector<AuditedRow> rows = Rows(table, condition);
+    std::vector<AuditedRow> rows = ReadRows(m_conn, table, condition);
     std::erase_if(rows, [&given](const AuditedRow& row) {
         return std::ranges::any_of(given, [&row](const auto& cell) {
-            const auto same = [&cell](const auto& other) { return SameName(other.first, cell.first); };
+            const auto same = [&cell](const auto& other) { return SameIdentifier(other.first, cell.first); };
             const auto found = std::ranges::find_if(row, same);
             return found != row.end() && found->second != cell.second;
         });
@@ -294,7 +258,7 @@ void Recorder::TakeInserted(const AuditedTable& table, std::vector<AuditedRow> p
     const auto take = [&pending](const AuditedRow& row) {
         const auto found = std::ranges::find_if(pending, [&row](const AuditedRow& known) {
             return std::ranges::all_of(known, [&row](const auto& cell) {
-                const auto same = [&cell](const auto& other) { return SameName(other.first, cell.first); };
+                const auto same = [&cell](const auto& other) { return SameIdentifier(other.first, cell.first); };
                 const auto value = std::ranges::find_if(row, same);
                 return value == row.end() || value->second == cell.second;
             });
@@ -306,7 +270,7 @@ void Recorder::TakeInserted(const AuditedTable& table, std::vector<AuditedRow> p
         return true;
     };
     const std::string condition = fmt::format("WHERE Col_ID > {} ORDER BY Col_ID", m_greatestIds.at(&table));
-    for (AuditedRow& row : Rows(table, condition)) {
+    for (AuditedRow& row : ReadRows(m_conn, table, condition)) {
         if (take(row)) {
             const Key key{&table, ValueIn(row, "Col_ID").value_or("")};
             m_before.insert_or_assign(key, std::nullopt);
@@ -334,10 +298,10 @@ void Recorder::TakeRowChanges(std::vector<RowChange>& changes)
         std::size_t end = begin;
         std::string ids;
         while (end < m_touched.size() && m_touched[end].first == &table && end - begin < kRowsPerQuery) {
-            ids += (ids.empty() ? "" : ", ") + Literal(m_conn, std::string_view(m_touched[end++].second));
+            ids += (ids.empty() ? "" : ", ") + Literal(m_conn, m_touched[end++].second);
         }
         std::map<std::string, AuditedRow> after;
-        for (AuditedRow& row : Rows(table, fmt::format("WHERE Col_ID IN ({})", ids))) {
+        for (AuditedRow& row : ReadRows(m_conn, table, fmt::format("WHERE Col_ID IN ({})", ids))) {
             after.emplace(ValueIn(row, "Col_ID").value_or(""), std::move(row));
         }
         for (; begin < end; ++begin) {
@@ -439,7 +403,7 @@ int Recorder::Write(const EntryData& data, bool isForced)
         const StoredRow& row = rows[i];
         values += fmt::format("{}({}, {}, {}, {}, {}, {}, {}, {})", values.empty() ? "" : ", ", id, literal(row.table),
                               literal(row.key), row.count, literal(row.item), literal(row.otherItem),
-                              Literal(m_conn, row.before), Literal(m_conn, row.after));
+                              LiteralOrNull(m_conn, row.before), LiteralOrNull(m_conn, row.after));
         if (++count == most || values.size() > kBytesPerInsert || i + 1 == rows.size()) {
             m_conn.Execute(("INSERT INTO qv_AuditRow (Col_EntryID, Col_Table, Col_Key, Col_Count, Col_Item, "
                             "Col_OtherItem, Col_Before, Col_After) VALUES " +

@@ -56,17 +56,16 @@ public:
 private:
     using Key = std::pair<const AuditedTable*, std::string>;
 
-    [[nodiscard]] std::optional<WriteStatement> Parse(const char* sql) const;
     void NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteContentsBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement);
+    void NoteInsertBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteInserted(const AuditedTable& table, const WriteStatement& statement);
     void NoteGreatestId(const AuditedTable& table);
     void TakeInserted(std::vector<RowChange>& changes);
     void TakeInserted(const AuditedTable& table, std::vector<AuditedRow> pending, std::vector<RowChange>& changes);
     void Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before);
     void AddContent(const AuditedTable& table, const AuditedRow& row, std::int64_t count);
-    std::vector<AuditedRow> Rows(const AuditedTable& table, const std::string& condition);
     std::vector<AuditedRow> RowsLike(const AuditedTable& table, const WriteStatement& insert);
     std::vector<RowChange> TakeChanges();
     void TakeRowChanges(std::vector<RowChange>& changes);
@@ -74,7 +73,10 @@ private:
     CAConnect& m_conn;
     dbaccess::StatementObserver* m_outer;
     bool m_backslashEscapes;
-    std::vector<Key> m_touched; ///< in the order of their first change
+    std::optional<WriteStatement> m_statement; ///< that runs
+    const AuditedTable* m_table = nullptr;     ///< which it writes; null where it is not recorded
+    std::optional<AuditedRow> m_added;         ///< by an insert that runs, where it says all of the row
+    std::vector<Key> m_touched;                ///< in the order of their first change
     std::map<Key, std::optional<AuditedRow>> m_before;
     std::vector<Key> m_contents;
     std::map<Key, std::int64_t> m_counts; ///< by packed content; of tables that are only counted, the empty text

@@ -88,10 +88,6 @@ ItemKey KeyOf(const std::string& item)
 
 void Undo::Apply(const Entry& entry)
 {
-    if (entry.undoneBy != 0) {
-        throw Error(ErrorCode::conflict,
-                    fmt::format("{} was undone by {} already; nothing was undone", entry.id, entry.undoneBy));
-    }
     for (int below = std::numeric_limits<int>::max();;) {
         const std::vector<NumberedRow> rows = m_log.RowsBackwards(entry, below, kRowsAtOnce);
         for (std::size_t i = 0; i < rows.size();) {
@@ -118,7 +114,7 @@ std::size_t Undo::RemoveAdded(const Entry& entry, const std::vector<NumberedRow>
     for (; end < rows.size() && rows[end].row.table == table.name && table.keeping == Keeping::byId &&
            rows[end].row.count > 0;
          ++end) {
-        ids += fmt::format("{}'{}'", ids.empty() ? "" : ", ", EscapeLiteral(m_conn, rows[end].row.key).View());
+        ids += (ids.empty() ? "" : ", ") + Literal(m_conn, rows[end].row.key);
     }
     if (end == begin) {
         return begin;
@@ -182,7 +178,7 @@ void Undo::RequireRecorded(const Entry& entry, const AuditedTable& table, const 
 
 void Undo::Restore(const Entry& entry, const AuditedTable& table, const StoredRow& row)
 {
-    if (!Rows(table, fmt::format("WHERE Col_ID = '{}'", EscapeLiteral(m_conn, row.key).View())).empty()) {
+    if (!Rows(table, WithKey(row.key)).empty()) {
         ThrowInTheWay(entry, row);
     }
     const AuditedRow content = Completed(table, Unpacked(row.before.value_or("{}")));
@@ -195,7 +191,7 @@ void Undo::Restore(const Entry& entry, const AuditedTable& table, const StoredRo
 
 void Undo::ChangeBack(const Entry& entry, const AuditedTable& table, const StoredRow& row)
 {
-    const std::string condition = fmt::format("WHERE Col_ID = '{}'", EscapeLiteral(m_conn, row.key).View());
+    const std::string condition = WithKey(row.key);
     const std::vector<AuditedRow> present = Rows(table, condition);
     // A column that became empty is not in what was packed.
     const AuditedRow before = Unpacked(row.before.value_or("{}"));
@@ -215,11 +211,12 @@ void Undo::ChangeBack(const Entry& entry, const AuditedTable& table, const Store
     std::string assignments;
     for (const std::string& column : columns) {
         const auto value = ValueIn(wholeBefore, column);
-        assignments += fmt::format("{}{} = {}", assignments.empty() ? "" : ", ", column,
-                                   value ? fmt::format("'{}'", EscapeLiteral(m_conn, *value).View()) : "NULL");
+        assignments += fmt::format("{}{} = {}", assignments.empty() ? "" : ", ", column, LiteralOrNull(m_conn, value));
     }
     Execute(m_conn, fmt::format("UPDATE {} SET {} {}", table.name, assignments, condition));
-    m_named.emplace(&table, row.key);
+    if (columns.contains(std::string(table.nameColumn))) {
+        m_named.emplace(&table, row.key);
+    }
 }
 
 // Rows without ids are deleted by their content, which the engine may compare with less care: what it takes for equal
@@ -265,17 +262,16 @@ std::string Undo::ConditionOf(const AuditedRow& row) const
     std::string condition;
     for (const auto& [column, value] : row) {
         condition += fmt::format("{} {} {}", condition.empty() ? "WHERE" : " AND", column,
-                                 value ? fmt::format("= '{}'", EscapeLiteral(m_conn, *value).View()) : "IS NULL");
+                                 value ? "= " + Literal(m_conn, *value) : "IS NULL");
     }
     return condition;
 }
 
+std::string Undo::WithKey(const std::string& key) const { return "WHERE Col_ID = " + Literal(m_conn, key); }
+
 std::vector<AuditedRow> Undo::Rows(const AuditedTable& table, const std::string& condition)
 {
-    std::vector<AuditedRow> rows;
-    EachRow(m_conn, fmt::format("SELECT {} FROM {} {}", ColumnList(table), table.name, condition),
-            [&](CARecordset& row) { rows.push_back(ReadRow(row, table)); });
-    return rows;
+    return WithDatabaseErrors(m_conn, [&] { return ReadRows(m_conn, table, condition); });
 }
 
 void Undo::Insert(const AuditedTable& table, const AuditedRow& row)
@@ -284,8 +280,7 @@ void Undo::Insert(const AuditedTable& table, const AuditedRow& row)
     std::string values;
     for (const auto& [column, value] : row) {
         columns += (columns.empty() ? "" : ", ") + column;
-        values += fmt::format("{}{}", values.empty() ? "" : ", ",
-                              value ? fmt::format("'{}'", EscapeLiteral(m_conn, *value).View()) : "NULL");
+        values += fmt::format("{}{}", values.empty() ? "" : ", ", LiteralOrNull(m_conn, value));
     }
     const std::string sql = fmt::format("INSERT INTO {} ({}) VALUES ({})", table.name, columns, values);
     if (table.keeping == Keeping::byId) {
@@ -295,25 +290,43 @@ void Undo::Insert(const AuditedTable& table, const AuditedRow& row)
     }
 }
 
-// ---- Whether the directory holds together
-// ----------------------------------------------------------------------------
+// ---- Whether the directory holds together ---------------------------------------------------------------------------
 
 void Undo::Check()
 {
     CheckNothingLeft();
     CheckItemsThere();
     CheckNames();
-    CheckCycles();
+    CheckGroups();
 }
 
 void Undo::CheckNothingLeft()
 {
-    for (const auto& [item, described] : m_removedItems) {
-        const ItemKey key = KeyOf(item);
-        const std::vector<Reference> references = CountReferences(m_conn, key.type, {key.id});
-        if (CountOf(references) != 0) {
-            throw Error(ErrorCode::conflict, fmt::format("{} is in use by now{}; nothing was undone", described,
-                                                         WithReferences(references)));
+    std::map<int, std::vector<int>> idsOf;
+    for (const auto& removed : m_removedItems) {
+        const ItemKey key = KeyOf(removed.first);
+        idsOf[key.type].push_back(key.id);
+    }
+    for (const auto& [type, ids] : idsOf) {
+        for (std::size_t begin = 0; begin < ids.size(); begin += kRowsAtOnce) {
+            const auto first = ids.begin() + static_cast<std::ptrdiff_t>(begin);
+            const std::size_t count = std::min<std::size_t>(kRowsAtOnce, ids.size() - begin);
+            const std::vector<int> some(first, first + static_cast<std::ptrdiff_t>(count));
+            if (!CountReferences(m_conn, type, some).empty()) {
+                RequireUnused(type, some);
+            }
+        }
+    }
+}
+
+void Undo::RequireUnused(int type, const std::vector<int>& ids)
+{
+    for (const int id : ids) {
+        const std::vector<Reference> references = CountReferences(m_conn, type, {id});
+        if (!references.empty()) {
+            throw Error(ErrorCode::conflict,
+                        fmt::format("{} is in use by now{}; nothing was undone",
+                                    m_removedItems.at(fmt::format("{}:{}", type, id)), WithReferences(references)));
         }
     }
 }
@@ -335,20 +348,18 @@ void Undo::CheckItemsThere()
 void Undo::CheckNames()
 {
     for (const auto& [table, key] : m_named) {
-        if (table->nameColumn.empty() || table->name == "qv_Group" || table->name == "Kel_Board" ||
-            table->name == "Tab_BIOAce" || table->name == "Tab_Doc_VFolder" || table->name == "kel_AddIn") {
+        if (!table->hasOneOfEachName) {
             continue;
         }
-        const std::string own = fmt::format("WHERE Col_ID = '{}'", EscapeLiteral(m_conn, key).View());
-        const std::vector<AuditedRow> rows = Rows(*table, own);
+        const std::vector<AuditedRow> rows = Rows(*table, WithKey(key));
         const std::string name = rows.empty() ? "" : ValueIn(rows.front(), table->nameColumn).value_or("");
         if (name.empty()) {
             continue;
         }
-        const std::string value = Text(EscapeLiteral(m_conn, name));
+        const std::string value = Literal(m_conn, name);
         const std::string folded = m_conn.m_nDBType == kComparesInCapitals
-                                       ? fmt::format("upper({}) = upper('{}')", table->nameColumn, value)
-                                       : fmt::format("{} = '{}'", table->nameColumn, value);
+                                       ? fmt::format("upper({}) = upper({})", table->nameColumn, value)
+                                       : fmt::format("{} = {}", table->nameColumn, value);
         for (const AuditedRow& other : Rows(*table, "WHERE " + folded)) {
             const auto scopeOf = [](const AuditedRow& row) {
                 return std::tuple(ValueIn(row, "Col_AppName"), ValueIn(row, "Col_DomainID"), ValueIn(row, "Col_Type"),
@@ -364,39 +375,44 @@ void Undo::CheckNames()
     }
 }
 
-void Undo::CheckCycles()
+void Undo::CheckGroups()
 {
-    const bool hasGroups =
-        std::ranges::any_of(m_links, [](const auto& link) { return KeyOf(link.second).type == kItemTypeGroup; });
-    const bool hasNames = std::ranges::any_of(m_named, [](const auto& row) { return row.first->name == "qv_Group"; });
-    if (!hasGroups && !hasNames) {
+    const auto isGroup = [](const auto& link) { return KeyOf(link.second).type == kItemTypeGroup; };
+    const AuditedTable* const groups = FindAuditedTable("qv_Group");
+    const bool isNamed = std::ranges::any_of(m_named, [groups](const auto& row) { return row.first == groups; });
+    if (!isNamed && std::ranges::none_of(m_links, isGroup)) {
         return;
     }
     const Organisation organisation(m_conn);
     for (const auto& [holder, member] : m_links) {
         const ItemKey group = KeyOf(member);
-        if (group.type != kItemTypeGroup || organisation.Find(group) == nullptr) {
-            continue;
-        }
-        if (const auto cycle = organisation.CycleClosedBy(KeyOf(holder), group); !cycle.empty()) {
-            throw Error(ErrorCode::conflict, fmt::format("the groups would form a cycle: {}; nothing was undone",
-                                                         organisation.CycleText(cycle)));
+        if (group.type == kItemTypeGroup && organisation.Find(group) != nullptr) {
+            RequireNoCycle(organisation, KeyOf(holder), group);
+            RequireOneOfItsName(organisation, KeyOf(holder), group);
         }
     }
-    for (const Node& node : organisation.Places()) {
-        std::set<std::string> seen;
-        for (const std::size_t child : node.children) {
-            const Node& group = organisation.Places()[child];
-            const bool isConcerned = m_named.contains({FindAuditedTable("qv_Group"), std::to_string(group.key.id)}) ||
-                                     m_links.contains({fmt::format("{}:{}", node.key.type, node.key.id),
-                                                       fmt::format("{}:{}", group.key.type, group.key.id)});
-            const std::vector<ItemKey> alike =
-                isConcerned ? organisation.ChildrenNamed(node.key, group.name) : std::vector<ItemKey>();
-            if (alike.size() > 1) {
-                throw Error(ErrorCode::conflict, fmt::format("there would be two groups {}; nothing was undone",
-                                                             organisation.PathOf(group.key)));
-            }
+    for (const auto& [table, key] : m_named) {
+        const Node* group =
+            table == groups ? organisation.Find(KeyOf(fmt::format("{}:{}", kItemTypeGroup, key))) : nullptr;
+        for (std::size_t i = 0; group != nullptr && i < group->parents.size(); ++i) {
+            RequireOneOfItsName(organisation, organisation.Places()[group->parents[i]].key, group->key);
         }
+    }
+}
+
+void Undo::RequireNoCycle(const Organisation& organisation, ItemKey parent, ItemKey group)
+{
+    if (const auto cycle = organisation.CycleClosedBy(parent, group); !cycle.empty()) {
+        throw Error(ErrorCode::conflict, fmt::format("the groups would form a cycle: {}; nothing was undone",
+                                                     organisation.CycleText(cycle)));
+    }
+}
+
+void Undo::RequireOneOfItsName(const Organisation& organisation, ItemKey parent, ItemKey group)
+{
+    if (organisation.ChildrenNamed(parent, organisation.Find(group)->name).size() > 1) {
+        throw Error(ErrorCode::conflict,
+                    fmt::format("there would be two groups {}; nothing was undone", organisation.PathOf(group)));
     }
 }
 

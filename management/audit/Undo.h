@@ -37,12 +37,16 @@ private:
     [[noreturn]] void ThrowInTheWay(const Entry& entry, const StoredRow& row);
     void RequireRecorded(const Entry& entry, const AuditedTable& table, const StoredRow& row);
     [[nodiscard]] std::string ConditionOf(const AuditedRow& row) const;
+    [[nodiscard]] std::string WithKey(const std::string& key) const;
     std::vector<AuditedRow> Rows(const AuditedTable& table, const std::string& condition);
     void Insert(const AuditedTable& table, const AuditedRow& row);
     void CheckItemsThere();
     void CheckNothingLeft();
     void CheckNames();
-    void CheckCycles();
+    void CheckGroups();
+    void RequireUnused(int type, const std::vector<int>& ids);
+    static void RequireNoCycle(const Organisation& organisation, ItemKey parent, ItemKey group);
+    static void RequireOneOfItsName(const Organisation& organisation, ItemKey parent, ItemKey group);
 
     CAConnect& m_conn;
     AuditLog& m_log;

@@ -5,11 +5,13 @@
 #include "management/Escape.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/References.h"
 #include "management/Text.h"
 #include "management/audit/AuditedRow.h"
 #include "management/documents/Documents.h"
 #include "management/organisation/Organisation.h"
 #include "management/roles/Roles.h"
+#include "management/users/UserDepartment.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -26,31 +28,14 @@ namespace management::check {
 
 namespace {
 
-/// Rows of a table that name an item which is not there.
-struct LinkTable {
-    std::string_view table;
-    std::vector<std::pair<std::string_view, std::string_view>> sides; ///< columns of type and id
-};
-
-const std::vector<LinkTable>& LinkTables()
-{
-    static const std::pair<std::string_view, std::string_view> holder = {"Col_QvItemType", "Col_QvItemID"};
-    static const std::pair<std::string_view, std::string_view> member = {"Col_DQvItemType", "Col_DQvItemID"};
-    static const std::vector<LinkTable> tables = {
-        {"qv_Relation", {holder, member}}, {"qv_JobTitle", {holder, member}},
-        {"qv_ItemAce", {holder}},          {"qv_BIIAce", {holder, member}},
-        {"Tab_BIOAce", {holder}},          {"Tab_Doc_Backup_Rel", {{"Col_QvItem_Type", "Col_QvItem_ID"}}},
-    };
-    return tables;
-}
-
 constexpr std::array<std::pair<int, std::string_view>, 4> kItemTables = {
     {{kItemTypeUser, "qv_User"}, {kItemTypeGroup, "qv_Group"}, {kItemTypeRole, "qv_Role"}, {kItemTypeView, "qv_View"}}};
 
-std::string OrphanCondition(const LinkTable& links)
+/// Rows of a table that name an item which is not there.
+std::string OrphanCondition(const ReferenceKind& kind)
 {
     std::vector<std::string> conditions;
-    for (const auto& [type, id] : links.sides) {
+    for (const auto& [type, id] : kind.sides) {
         for (const auto& [number, table] : kItemTables) {
             conditions.push_back(fmt::format("({} = {} AND {} > 0 AND {} NOT IN (SELECT i.Col_ID FROM {} i))", type,
                                              number, id, id, table));
@@ -62,7 +47,7 @@ std::string OrphanCondition(const LinkTable& links)
 /// Collects what was found.
 class Finder {
 public:
-    explicit Finder(CAConnect& conn) : m_conn(conn) {}
+    explicit Finder(CAConnect& conn) : m_conn(conn), m_organisation(conn) {}
 
     std::vector<Problem> Find()
     {
@@ -122,10 +107,10 @@ private:
     void FindOrphans()
     {
         constexpr const char* repair = "--fix deletes them";
-        for (const LinkTable& links : LinkTables()) {
-            const std::string_view noun = audit::FindAuditedTable(links.table)->noun;
-            AddRows("orphans", fmt::format("{}s of or to something that is gone, in {}", noun, links.table),
-                    links.table, OrphanCondition(links), repair, true);
+        for (const ReferenceKind& kind : ReferenceKinds()) {
+            const std::string_view noun = audit::FindAuditedTable(kind.table)->noun;
+            AddRows("orphans", fmt::format("{}s of or to something that is gone, in {}", noun, kind.table), kind.table,
+                    OrphanCondition(kind), repair, true);
         }
         AddRows("orphans", "assignments of backup plans that are gone", "Tab_Doc_Backup_Rel",
                 "Col_PlanID NOT IN (SELECT p.Col_ID FROM Tab_Doc_Backup_Plan p)", repair, true);
@@ -174,7 +159,6 @@ private:
 
     void FindPlaces()
     {
-        const Organisation organisation(m_conn);
         Problem lost{.name = "groups_without_view",
                      .sentence = "groups below no view, which nobody sees",
                      .repair = "`qvadmin group move` gives them a place, `qvadmin group delete` removes them"};
@@ -185,22 +169,22 @@ private:
         Problem doubled{.name = "doubled_names",
                         .sentence = "groups with the same name in one place",
                         .repair = "`qvadmin group rename`"};
-        for (const Node& node : organisation.Places()) {
+        for (const Node& node : m_organisation.Places()) {
             if (!node.hangsInView) {
                 ++lost.count;
-                lost.example = lost.example.empty() ? organisation.Named(node.key) : lost.example;
+                lost.example = lost.example.empty() ? m_organisation.Named(node.key) : lost.example;
             }
             if (cycles.count == 0 && (node.parents.empty() || !node.hangsInView)) {
-                if (const std::vector<ItemKey> cycle = organisation.FindCycle(node.key); !cycle.empty()) {
+                if (const std::vector<ItemKey> cycle = m_organisation.FindCycle(node.key); !cycle.empty()) {
                     cycles.count = 1;
-                    cycles.example = organisation.CycleText(cycle);
+                    cycles.example = m_organisation.CycleText(cycle);
                 }
             }
             for (const std::size_t child : node.children) {
-                const Node& group = organisation.Places()[child];
+                const Node& group = m_organisation.Places()[child];
                 if (++names[{node.key, group.nameKey}] == 2) {
                     ++doubled.count;
-                    doubled.example = organisation.Named(group.key);
+                    doubled.example = m_organisation.Named(group.key);
                 }
             }
         }
@@ -249,35 +233,28 @@ private:
                  "`qvadmin user password set`, or `qvadmin user lock`");
     }
 
-    void AddUsers(std::string_view name, std::string sentence, const std::string& condition, std::string repair)
+    void AddUsers(std::string_view name, std::string sentence, const std::string& condition, std::string repair,
+                  std::vector<std::string> statements = {})
     {
         std::string example;
         const std::int64_t count = Count("qv_User", condition);
         EachRow(
             m_conn, "SELECT Col_LoginName FROM qv_User WHERE " + condition,
             [&example](CARecordset& row) { example = Visible(TextIn(row, 1)); }, 1);
-        Add({name, std::move(sentence), count, std::move(example), std::move(repair)});
+        Add({name, std::move(sentence), count, std::move(example), std::move(repair), std::move(statements)});
     }
 
     void FindDepartments()
     {
         const std::string gone = "Col_DeptID <> 0 AND Col_DeptID NOT IN (SELECT g.Col_ID FROM qv_Group g)";
-        std::string example;
-        EachRow(
-            m_conn, "SELECT Col_LoginName FROM qv_User WHERE " + gone,
-            [&example](CARecordset& row) { example = Visible(TextIn(row, 1)); }, 1);
-        Add({"lost_departments",
-             "users whose department is a group that is gone",
-             Count("qv_User", gone),
-             example,
-             "--fix takes the department away",
-             {"UPDATE qv_User SET Col_DeptID = 0, Col_DeptInfo = '' WHERE " + gone}});
+        AddUsers("lost_departments", "users whose department is a group that is gone", gone,
+                 "--fix takes the department away",
+                 {"UPDATE qv_User SET Col_DeptID = 0, Col_DeptInfo = '' WHERE " + gone});
         FindStaleDepartments();
     }
 
     void FindStaleDepartments()
     {
-        const Organisation organisation(m_conn);
         Problem stale{.name = "stale_departments",
                       .sentence = "users whose department's text is not the path of the group that it names by id",
                       .repair = "--fix writes the path"};
@@ -298,36 +275,20 @@ private:
                 });
         for (const Department& department : departments) {
             const ItemKey group{kItemTypeGroup, department.id};
-            const std::string path = organisation.Find(group) == nullptr ? "" : organisation.PathOf(group);
+            const std::string path = m_organisation.Find(group) == nullptr ? "" : m_organisation.PathOf(group);
             const std::size_t view = path.find('/', 1);
-            if (!path.starts_with('/') || view == std::string::npos || LeadsTo(organisation, department.text, group)) {
+            if (!path.starts_with('/') || view == std::string::npos ||
+                std::ranges::count(GroupsOfText(m_organisation, department.text), group) != 0) {
                 continue;
             }
             const std::string text = path.substr(view + 1);
             stale.count += department.users;
             stale.example = fmt::format("{} in place of {}", Quoted(department.text), Quoted(text));
-            stale.statements.push_back(fmt::format(
-                "UPDATE qv_User SET Col_DeptInfo = '{}' WHERE Col_DeptID = {} AND Col_DeptInfo = '{}'",
-                EscapeLiteral(m_conn, text).View(), department.id, EscapeLiteral(m_conn, department.text).View()));
+            stale.statements.push_back(
+                fmt::format("UPDATE qv_User SET Col_DeptInfo = {} WHERE Col_DeptID = {} AND Col_DeptInfo = {}",
+                            Literal(m_conn, text), department.id, Literal(m_conn, department.text)));
         }
         Add(std::move(stale));
-    }
-
-    /// Whether a text is the path of a group below some view.
-    static bool LeadsTo(const Organisation& organisation, const std::string& text, ItemKey group)
-    {
-        try {
-            return std::ranges::any_of(organisation.Places(), [&](const Node& node) {
-                const std::string view = node.key.type == kItemTypeView ? organisation.PathOf(node.key) : "";
-                return view.starts_with('/') &&
-                       std::ranges::count(organisation.FindAll(fmt::format("{}/{}", view, text)), group) != 0;
-            });
-        } catch (const Error& e) {
-            if (e.Code() != ErrorCode::invalid) {
-                throw;
-            }
-            return false; // no path
-        }
     }
 
     void FindDefaultRoles()
@@ -346,6 +307,7 @@ private:
     }
 
     CAConnect& m_conn;
+    Organisation m_organisation;
     std::vector<Problem> m_problems;
 };
 

@@ -60,9 +60,7 @@ UserBlock::UserBlock(CAConnect& conn, const std::vector<std::string>& logins, st
                 user.key.login = TextIn(row, 2);
                 long column = 2;
                 for (const Field* field : fields) {
-                    CString text;
-                    const bool isThere = row.GetValue(++column, text, true);
-                    user.stored[field] = isThere ? Stored(Text(text)) : Stored();
+                    user.stored[field] = OptionalTextIn(row, ++column);
                 }
                 m_users[NameKey(user.key.login)].push_back(std::move(user));
             });

@@ -1,5 +1,6 @@
 #include "management/Command.h"
 #include "management/FindEach.h"
+#include "management/Text.h"
 #include "management/messages/Messages.h"
 
 #include <fmt/format.h>
@@ -55,8 +56,7 @@ struct Deletion : Plan {
 /// "2 entries of the login log".
 std::string Described(const Deletion& deletion)
 {
-    return fmt::format("{} of the login log",
-                       deletion.ids.size() == 1 ? "1 entry" : fmt::format("{} entries", deletion.ids.size()));
+    return fmt::format("{} of the login log", Counted(deletion.ids.size(), "entry"));
 }
 
 Deletion PlanDeletion(Call& call, const SeveralEntries& in)

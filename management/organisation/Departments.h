@@ -47,7 +47,7 @@ public:
     /// Reads which of some hundred groups are below the view, likewise.
     void ReadAbove(const std::vector<int>& groups);
 
-    /// The group of a path that is there; nothing for what is no path, or may be several groups.
+    /// The existing group that a path leads to; nothing when the text is not a path or is ambiguous.
     std::optional<ItemKey> FindPresent(const std::string& path);
     /// The group of a path. @throws Error (invalid) for what is no path, (conflict) when it may be several groups,
     /// (notFound) when there is none and none may be made. Nothing was made then.

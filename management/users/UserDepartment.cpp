@@ -29,7 +29,21 @@ std::string PathFrom(const std::vector<std::string>& names, std::size_t first)
     return path;
 }
 
-/// The groups whose path below a system view is that text.
+bool HasGroups(const Organisation& organisation)
+{
+    return std::ranges::any_of(organisation.Places(), [&organisation](const management::Node& place) {
+        return place.key.type == kItemTypeGroup && organisation.PathOf(place.key).starts_with('/');
+    });
+}
+
+bool IsPath(const std::string& argument)
+{
+    return std::ranges::any_of(std::vector<std::string_view>{"/", "id:", "view:"},
+                               [&argument](std::string_view begin) { return argument.starts_with(begin); });
+}
+
+} // namespace
+
 std::vector<ItemKey> GroupsOfText(const Organisation& organisation, const std::string& text)
 {
     std::vector<ItemKey> groups;
@@ -50,21 +64,6 @@ std::vector<ItemKey> GroupsOfText(const Organisation& organisation, const std::s
     groups.erase(std::unique(groups.begin(), groups.end()), groups.end());
     return groups;
 }
-
-bool HasGroups(const Organisation& organisation)
-{
-    return std::ranges::any_of(organisation.Places(), [&organisation](const management::Node& place) {
-        return place.key.type == kItemTypeGroup && organisation.PathOf(place.key).starts_with('/');
-    });
-}
-
-bool IsPath(const std::string& argument)
-{
-    return std::ranges::any_of(std::vector<std::string_view>{"/", "id:", "view:"},
-                               [&argument](std::string_view begin) { return argument.starts_with(begin); });
-}
-
-} // namespace
 
 UserDepartment::UserDepartment(CAConnect& conn, const std::string& argument) : m_organisation(conn), m_roles(conn)
 {

@@ -43,6 +43,9 @@ private:
 std::vector<ItemKey> DepartmentGroups(const Organisation& organisation, Roles& roles, int userId,
                                       const FieldValues& stored);
 
+/// The groups whose path below a system view is that text.
+std::vector<ItemKey> GroupsOfText(const Organisation& organisation, const std::string& text);
+
 /// The department's id in the columns of a user; 0 for none.
 int DepartmentIdIn(const FieldValues& stored);
 

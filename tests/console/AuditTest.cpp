@@ -1,7 +1,6 @@
-#include "ConsoleFixture.h"
+#include "ConsoleOnEngine.h"
 #include "management/audit/AuditedRow.h"
 #include "schema/Schema.h"
-#include "tests/servers/Servers.h"
 
 #include <gtest/gtest.h>
 
@@ -17,16 +16,12 @@ using testing::Not;
 
 namespace {
 
-class AuditOn : public ConsoleFixture, public testing::WithParamInterface<const char*> {
+class AuditOn : public ConsoleOnEngine {
 protected:
     /// Amy is in a group with a title, and has a role, a right and a password.
     void SetUp() override
     {
-        ConsoleFixture::SetUp();
-        const std::string engine = GetParam();
-        m_options.environment["QVADMIN_DB"] =
-            engine == "sqlite" ? "sqlite:" + Path("directory.db") : servers::NewDatabase(engine);
-        Init();
+        ConsoleOnEngine::SetUp();
         Done({"view", "create", "Main"});
         Done({"group", "create", "/Main/Sales"});
         Done({"group", "create", "/Main/Sales/North"});
@@ -37,13 +32,6 @@ protected:
         Done({"role", "create", "Editors"});
         Done({"role", "add", "Editors", "amy"});
         Done({"right", "grant", "user:amy", "mail", "send", "1"});
-    }
-
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << testing::PrintToString(words) << "\n" << result.err;
-        return result.out;
     }
 
     void ExpectRefusal(const std::vector<std::string>& words, const std::string& sentence)
@@ -57,13 +45,6 @@ protected:
 
     /// The number of the latest entry.
     std::string Latest() { return LatestEntry().at("id").dump(); }
-
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(m_options.environment["QVADMIN_DB"].c_str());
-        conn.Execute(sql.c_str());
-    }
 
     /// Everything that the record holds.
     std::string Record()
@@ -308,8 +289,7 @@ TEST_P(AuditOn, OldEntriesCanBeDeletedWhichIsRecordedAndLeavesTheRestSound)
     EXPECT_EQ(Run({"audit", "verify"}).exit, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, AuditOn, testing::Values("sqlite", "postgresql", "mariadb"),
-                         [](const auto& engine) { return std::string(engine.param); });
+INSTANTIATE_TEST_SUITE_P(Engines, AuditOn, Engines(), EngineName);
 
 TEST(AuditedTables, AreAllThatADirectoryHas)
 {

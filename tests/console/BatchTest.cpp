@@ -1,9 +1,8 @@
-#include "ConsoleFixture.h"
+#include "ConsoleOnEngine.h"
 #include "console/Actor.h"
 #include "console/ShellWords.h"
 #include "management/Errors.h"
 #include "management/Text.h"
-#include "tests/servers/Servers.h"
 
 #include <gtest/gtest.h>
 
@@ -55,15 +54,11 @@ TEST(CommandText, IsWhatWasDoneWithoutWhereAndHow)
     EXPECT_TRUE(cut.ends_with("x ..."));
 }
 
-class BatchOn : public ConsoleFixture, public testing::WithParamInterface<const char*> {
+class BatchOn : public ConsoleOnEngine {
 protected:
     void SetUp() override
     {
-        ConsoleFixture::SetUp();
-        const std::string engine = GetParam();
-        m_options.environment["QVADMIN_DB"] =
-            engine == "sqlite" ? "sqlite:" + Path("directory.db") : servers::NewDatabase(engine);
-        Init();
+        ConsoleOnEngine::SetUp();
         for (const char* login : {"amy", "rory", "clara"}) {
             ASSERT_EQ(Run({"user", "create", login}).exit, 0);
         }
@@ -150,7 +145,6 @@ TEST_P(BatchOn, NamesComeFromStandardInputAndFiles)
     EXPECT_EQ(Run({"user", "lock", "--file", Path("missing")}).exit, 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, BatchOn, testing::Values("sqlite", "postgresql", "mariadb"),
-                         [](const auto& engine) { return std::string(engine.param); });
+INSTANTIATE_TEST_SUITE_P(Engines, BatchOn, Engines(), EngineName);
 
 } // namespace

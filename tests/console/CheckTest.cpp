@@ -1,5 +1,4 @@
-#include "ConsoleFixture.h"
-#include "tests/servers/Servers.h"
+#include "ConsoleOnEngine.h"
 
 #include <gtest/gtest.h>
 
@@ -18,16 +17,12 @@ using testing::Not;
 
 namespace {
 
-class CheckOn : public ConsoleFixture, public testing::WithParamInterface<const char*> {
+class CheckOn : public ConsoleOnEngine {
 protected:
     /// Amy is in a department and has a password.
     void SetUp() override
     {
-        ConsoleFixture::SetUp();
-        const std::string engine = GetParam();
-        m_options.environment["QVADMIN_DB"] =
-            engine == "sqlite" ? "sqlite:" + Path("directory.db") : servers::NewDatabase(engine);
-        Init();
+        ConsoleOnEngine::SetUp();
         Done({"view", "create", "Main"});
         Done({"group", "create", "/Main/Sales"});
         Done({"group", "create", "/Main/Service"});
@@ -35,19 +30,6 @@ protected:
         Done({"user", "set", "amy", "--department", "/Main/Sales"});
         Done({"user", "password", "set", "amy", "--generate"});
         Done({"role", "create", "everyone"});
-    }
-
-    void Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << testing::PrintToString(words) << "\n" << result.err;
-    }
-
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(m_options.environment["QVADMIN_DB"].c_str());
-        conn.Execute(sql.c_str());
     }
 
     /// How many of each kind of problem there are.
@@ -130,7 +112,6 @@ TEST_P(CheckOn, UsersWithoutAPasswordGroupsWithoutAViewAndCyclesAreFound)
     EXPECT_THAT(Problems(), AllOf(Contains(Key("cycles")), Not(Contains(Key("no_password")))));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, CheckOn, testing::Values("sqlite", "postgresql", "mariadb"),
-                         [](const auto& engine) { return std::string(engine.param); });
+INSTANTIATE_TEST_SUITE_P(Engines, CheckOn, Engines(), EngineName);
 
 } // namespace

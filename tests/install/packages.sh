@@ -19,7 +19,7 @@ done
 
 cat >"$work/use.sh" <<'EOF'
 set -euo pipefail
-export QVADMIN_DB=sqlite:/root/directory.db
+export QVADMIN_DB=sqlite:/srv/directory.db
 qvadmin db init
 qvadmin user create "o'brien"
 man_page=/usr/share/man/man1/qvadmin.1.gz
@@ -37,21 +37,21 @@ check() {
   "$1" "$QVADMIN_DB" nobody || code=$?
   [ $code -eq 2 ] || { echo "$1 gave $code for a user who is not there"; exit 1; }
 }
-cmake -S /root/consumer -B /root/build -G Ninja >/root/log || { cat /root/log; exit 1; }
-cmake --build /root/build >/root/log || { cat /root/log; exit 1; }
-check /root/build/consumer
-/root/build/without_server
-g++ -std=c++17 -Wall -Wextra -Werror /root/consumer/main.cpp -o /root/linked $(pkg-config --cflags --libs quorvel qvschema)
-check /root/linked
+cmake -S /srv/consumer -B /srv/build -G Ninja >/srv/log || { cat /srv/log; exit 1; }
+cmake --build /srv/build >/srv/log || { cat /srv/log; exit 1; }
+check /srv/build/consumer
+/srv/build/without_server
+g++ -std=c++17 -Wall -Wextra -Werror /srv/consumer/main.cpp -o /srv/linked $(pkg-config --cflags --libs quorvel qvschema)
+check /srv/linked
 
 dpkg --purge $(dpkg-query -W -f '${Package}\n' | grep -E '^(libquorvel|qvadmin)')
-left=$(find / -xdev \( -name '*quorvel*' -o -name 'libqv*' -o -name 'qvadmin*' \) -not -path '/root/*' -not -path '/proc/*')
+left=$(find / -xdev \( -name '*quorvel*' -o -name 'libqv*' -o -name 'qvadmin*' \) -not -path '/srv/*' -not -path '/proc/*')
 [ -z "$left" ] || { echo "was left behind: $left"; exit 1; }
 echo "installed, used and removed"
 EOF
 
 mmdebstrap --variant=apt --hook-dir=/usr/share/mmdebstrap/hooks/file-mirror-automount \
   --include=ca-certificates,cmake,g++,ninja-build,pkg-config "${include[@]}" \
-  --customize-hook="copy-in $source/tests/install/consumer $work/use.sh /root" \
-  --customize-hook='chroot "$1" bash /root/use.sh' \
+  --customize-hook="copy-in $source/tests/install/consumer $work/use.sh /srv" \
+  --customize-hook='chroot "$1" bash /srv/use.sh' \
   "$suite" /dev/null

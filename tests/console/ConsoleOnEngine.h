@@ -1,0 +1,41 @@
+#pragma once
+
+#include "ConsoleFixture.h"
+#include "tests/servers/Servers.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+/// Runs commands on a new directory of the engine that the parameter names.
+class ConsoleOnEngine : public ConsoleFixture, public testing::WithParamInterface<const char*> {
+protected:
+    void SetUp() override
+    {
+        ConsoleFixture::SetUp();
+        const std::string engine = GetParam();
+        m_options.environment["QVADMIN_DB"] =
+            engine == "sqlite" ? "sqlite:" + Path("directory.db") : servers::NewDatabase(engine);
+        Init();
+    }
+
+    /// Runs what is to go well. @return standard output.
+    std::string Done(const std::vector<std::string>& words)
+    {
+        const ChildResult result = Run(words);
+        EXPECT_EQ(result.exit, 0) << testing::PrintToString(words) << "\n" << result.err;
+        return result.out;
+    }
+
+    void Execute(const std::string& sql)
+    {
+        CAConnect conn;
+        conn.Open(m_options.environment["QVADMIN_DB"].c_str());
+        conn.Execute(sql.c_str());
+    }
+};
+
+/// The engines of INSTANTIATE_TEST_SUITE_P, and what its tests are called.
+inline auto Engines() { return testing::Values("sqlite", "postgresql", "mariadb"); }
+inline std::string EngineName(const testing::TestParamInfo<const char*>& engine) { return engine.param; }
