@@ -151,9 +151,19 @@ std::vector<NumberedRow> AuditLog::ReadRows(const std::string& condition, int mo
     return rows;
 }
 
-std::vector<NumberedRow> AuditLog::RowsBackwards(const Entry& entry, int below, int most)
+std::vector<int> AuditLog::Parts(const Entry& entry)
 {
-    return ReadRows(fmt::format("{} AND Col_ID < {} ORDER BY Col_ID DESC", PartsOf(entry), below), most);
+    std::vector<int> parts;
+    EachRow(m_conn,
+            fmt::format("SELECT Col_ID FROM qv_AuditEntry WHERE Col_ID = {0} OR Col_PartOf = {0} ORDER BY Col_ID DESC",
+                        entry.id),
+            [&parts](CARecordset& row) { parts.push_back(NumberIn(row, 1)); });
+    return parts;
+}
+
+std::vector<NumberedRow> AuditLog::RowsBackwards(int part, int below, int most)
+{
+    return ReadRows(fmt::format("Col_EntryID = {} AND Col_ID < {} ORDER BY Col_ID DESC", part, below), most);
 }
 
 std::vector<NumberedRow> AuditLog::Rows(const Entry& entry, int most)

@@ -56,9 +56,11 @@ public:
               int most = std::numeric_limits<int>::max());
     /// @throws Error (notFound).
     Entry Find(int id);
-    /// Rows of an entry and its further parts, from the last on. @param below  ids of rows to come are less.
-    std::vector<NumberedRow> RowsBackwards(const Entry& entry, int below, int most);
-    /// The same from the first on.
+    /// The ids of the entries that make a change, from the last on.
+    std::vector<int> Parts(const Entry& entry);
+    /// Rows of one of them, from the last on. @param below  ids of rows to come are less.
+    std::vector<NumberedRow> RowsBackwards(int part, int below, int most);
+    /// Rows of an entry and its further parts, from the first on.
     std::vector<NumberedRow> Rows(const Entry& entry, int most);
     /// Rows of an entry and its further parts that are about an item.
     std::vector<NumberedRow> RowsAbout(const Entry& entry, const std::string& item);

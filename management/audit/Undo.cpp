@@ -88,20 +88,24 @@ ItemKey KeyOf(const std::string& item)
 
 void Undo::Apply(const Entry& entry)
 {
-    for (int below = std::numeric_limits<int>::max();;) {
-        const std::vector<NumberedRow> rows = m_log.RowsBackwards(entry, below, kRowsAtOnce);
-        for (std::size_t i = 0; i < rows.size();) {
-            const std::size_t next = RemoveAdded(entry, rows, i);
-            if (next == i) {
-                ApplyRow(entry, rows[i++].row);
-            } else {
-                i = next;
-            }
+    for (const int part : m_log.Parts(entry)) {
+        std::vector<NumberedRow> rows;
+        for (int below = std::numeric_limits<int>::max();
+             !(rows = m_log.RowsBackwards(part, below, kRowsAtOnce)).empty(); below = rows.back().id) {
+            ApplyRows(entry, rows);
         }
-        if (rows.empty()) {
-            return;
+    }
+}
+
+void Undo::ApplyRows(const Entry& entry, const std::vector<NumberedRow>& rows)
+{
+    for (std::size_t i = 0; i < rows.size();) {
+        const std::size_t next = RemoveAdded(entry, rows, i);
+        if (next == i) {
+            ApplyRow(entry, rows[i++].row);
+        } else {
+            i = next;
         }
-        below = rows.back().id;
     }
 }
 

@@ -29,6 +29,7 @@ public:
     [[nodiscard]] const std::vector<std::string>& WithoutPassword() const { return m_withoutPassword; }
 
 private:
+    void ApplyRows(const Entry& entry, const std::vector<NumberedRow>& rows);
     void ApplyRow(const Entry& entry, const StoredRow& row);
     std::size_t RemoveAdded(const Entry& entry, const std::vector<NumberedRow>& rows, std::size_t begin);
     void Restore(const Entry& entry, const AuditedTable& table, const StoredRow& row);
