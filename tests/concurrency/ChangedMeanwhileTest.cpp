@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,8 @@ struct Case {
     int exit = 4;
     std::string says = "somebody else has changed what was shown in the meantime";
 };
+
+void PrintTo(const Case& meanwhile, std::ostream* out) { *out << meanwhile.name; }
 
 const Words kAmy = {"user", "create", "amy"};
 const Words kRole = {"role", "create", "Editors"};
