@@ -20,6 +20,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const char ch : text) {
         plain += std::string_view("/@:?&=#;{}%").find(ch) == std::string_view::npos ? std::string(1, ch) : "";
     }
+    if (plain.find(secret) != std::string::npos) {
+        return 0; // a user's name is shown
+    }
     for (const char* scheme : {"mysql://", "postgresql://"}) {
         const std::string withPassword = std::string(scheme) + plain + ":" + std::string(secret) + "@host/database";
         fuzz::Require(console::ShownUrl(withPassword).find(secret) == std::string::npos, "no user's password is shown");
