@@ -12,6 +12,7 @@ A fence's first word says what is in it:
   sql, cmake, ...  shown only
 `sh norun REASON` and `cpp norun REASON` are not run. They are listed, and there are NOT_RUN of them.
 <!-- pages: example directory --> lets a page's commands begin with the example people imported, in $QVADMIN_DB.
+<!-- pages: example directory, every engine --> does so on SQLite, and on each server of $QV_TEST_SERVERS.
 """
 import concurrent.futures
 import os
@@ -25,6 +26,7 @@ import tempfile
 ROOT, BINARIES, LIBRARIES = (pathlib.Path(argument) for argument in sys.argv[1:4])
 COMPILER, NOT_RUN, FLAGS = sys.argv[4], int(sys.argv[5]), sys.argv[6:]
 PLAIN = {"text", "sql", "cmake", "csv", "json", "ini", "mermaid"}
+ENGINES = ["sqlite", "postgresql", "mariadb"]
 # Pages whose programs other tests build and run.
 ELSEWHERE = {"docs/tutorial.md"}
 MODULES = "platform dbaccess basefun directory access documents admin schema testing".split()
@@ -93,14 +95,58 @@ def sandbox(folder):
             "LD_LIBRARY_PATH": str(LIBRARIES)}
 
 
-def run(page, blocks, example, work):
-    folder = work / page.replace("/", "_")
+class Engine:
+    """Where a page's example directory is made: in a file, or in a database of its own on a server of the tests."""
+
+    def __init__(self, name):
+        self.name = name
+
+    def server(self):
+        return (pathlib.Path(os.environ["QV_TEST_SERVERS"]) / self.name).read_text().splitlines()
+
+    def administer(self, statement):
+        socket, port = self.server()
+        client = (["psql", "-q", "-h", socket, "-p", port, "-U", "qv", "-d", "postgres", "-c"] if self.name == "postgresql"
+                  else ["mariadb", "--no-defaults", "-S", socket, "-u", "root", "-e"])
+        subprocess.run([*client, statement], check=True, capture_output=True)
+
+    def make(self, database, example, environment):
+        """The URL of a new copy of the example directory."""
+        if self.name == "sqlite":
+            shutil.copy(example, environment["HOME"] + "/../directory.db")
+            return f"sqlite:{pathlib.Path(environment['HOME']).parent}/directory.db"
+        socket, port = self.server()
+        self.administer(f"CREATE DATABASE {database}")
+        url = (f"postgresql://qv@/{database}?host={socket}&port={port}" if self.name == "postgresql"
+               else f"mysql://root@localhost/{database}?socket={socket}")
+        for command in (["db", "init"], ["db", "copy", url]):
+            subprocess.run([BINARIES / "qvadmin", *command], check=True, capture_output=True, env={
+                **environment, "QVADMIN_DB": url if command[1] == "init" else f"sqlite:{example}"})
+        return url
+
+    def drop(self, database):
+        if self.name != "sqlite":
+            self.administer(f"DROP DATABASE IF EXISTS {database}" + (" WITH (FORCE)" if self.name == "postgresql" else ""))
+
+
+def run_on(engine, page, blocks, example, work):
+    """Runs a page on one engine."""
+    database = "qv_" + re.sub(r"\W", "_", page) + f"_{os.getpid()}"
+    try:
+        run(page, blocks, example, work, engine, database)
+    except subprocess.CalledProcessError as error:
+        fail(page, 0, f"{engine.name}: {error}: {error.stderr.decode()}")
+    finally:
+        engine.drop(database)
+
+
+def run(page, blocks, example, work, engine, database):
+    folder = work / (page.replace("/", "_") + "_" + engine.name)
     folder.mkdir()
     environment = sandbox(folder)
     if example is not None:
-        shutil.copy(example, folder / "directory.db")
-        environment["QVADMIN_DB"] = f"sqlite:{folder}/directory.db"
-    script, before = "set -euo pipefail\n", None
+        environment["QVADMIN_DB"] = engine.make(database, example, environment)
+    script, before, answers = "set -euo pipefail\n", None, {}
     for index, block in enumerate(blocks):
         named = [word[5:] for word in block.words if word.startswith("file=")]
         if named:
@@ -109,20 +155,20 @@ def run(page, blocks, example, work):
             before = f"home/block{index}"
             script += f"exec >'{folder}/{before}.output' 2>'{folder}/{before}.errors'\necho {index} >'{folder}/home/last'\n"
             script += block.text
-        block.answers = f"{folder}/{before}" if before else None
+        answers[index] = f"{folder}/{before}" if before else None
     if before is None:
         return
     done = subprocess.run(["bash", "-c", script], cwd=folder, env=environment, stdin=subprocess.DEVNULL, check=False)
     last = int((folder / "home/last").read_text())
     if done.returncode != 0:
         errors = pathlib.Path(f"{folder}/home/block{last}.errors").read_text()
-        fail(page, blocks[last].line, f"a command ended with {done.returncode}\n{errors}")
+        fail(page, blocks[last].line, f"{engine.name}: a command ended with {done.returncode}\n{errors}")
         return
-    for block in blocks:
+    for index, block in enumerate(blocks):
         if block.words[:1] == ["text"] and block.words[1:] in (["output"], ["errors"]):
-            printed = pathlib.Path(f"{block.answers}.{block.words[1]}").read_text().replace(str(folder), "...")
+            printed = pathlib.Path(f"{answers[index]}.{block.words[1]}").read_text().replace(str(folder), "...")
             if printed != block.text:
-                fail(page, block.line, f"the commands print\n{printed}")
+                fail(page, block.line, f"{engine.name}: the commands print\n{printed}")
 
 
 def programs(pages):
@@ -213,7 +259,8 @@ def main():
         targets = follow_links(name, lines)
         linked |= targets if name == "docs/README.md" else set()
         if name not in ELSEWHERE:
-            pages[name] = (checked(blocks_of(name, lines)), "<!-- pages: example directory -->\n" in lines)
+            marks = re.findall(r"^<!-- pages: (.*) -->$", "".join(lines), re.MULTILINE)
+            pages[name] = (checked(blocks_of(name, lines)), ", ".join(marks).split(", "))
     for name in names:
         if name.startswith("docs/") and name not in linked | {"docs/README.md"}:
             fail(name, 0, "docs/README.md has no link to it")
@@ -229,8 +276,10 @@ def main():
                               env={**sandbox(example), "QVADMIN_DB": f"sqlite:{example}/directory.db"})
         if made.returncode != 0:
             sys.exit(f"the example directory cannot be made:\n{made.stderr}")
-        jobs = [pool.submit(run, name, blocks, example / "directory.db" if examples else None, work)
-                for name, (blocks, examples) in pages.items()]
+        jobs = [pool.submit(run_on, Engine(engine), name, blocks,
+                            example / "directory.db" if "example directory" in marks else None, work)
+                for name, (blocks, marks) in pages.items()
+                for engine in (ENGINES if "every engine" in marks else ENGINES[:1])]
         jobs += [pool.submit(compile_program, work / name, text) for name, text in programs(pages).items()]
         for job in jobs:
             job.result()
