@@ -5,6 +5,10 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
 namespace console {
 
 namespace {
@@ -36,12 +40,30 @@ TableWriter& TerminalFrontEnd::Writer()
     return *m_writer;
 }
 
+bool TerminalFrontEnd::WritesRecords() const { return m_command.areRecords && m_format == Format::table; }
+
 void TerminalFrontEnd::TakeColumns(std::vector<std::string> names)
 {
+    if (WritesRecords()) {
+        m_names = std::move(names);
+        return;
+    }
     m_writer.emplace(m_format, std::move(names), m_terminal.out);
 }
 
-bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row) { return Writer().Write(row); }
+bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row)
+{
+    if (!WritesRecords()) {
+        return Writer().Write(row);
+    }
+    Record record;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        record.emplace_back(m_names[i], row[i]);
+    }
+    m_terminal.out << (std::exchange(m_isFirstRecord, false) ? "" : "\n");
+    Render(m_format, record, m_terminal.out);
+    return !m_terminal.out.fail();
+}
 
 bool TerminalFrontEnd::TakeTreeRow(const std::vector<Value>& row, const std::string& line)
 {
@@ -115,7 +137,31 @@ void TerminalFrontEnd::ShowSecret(const Secret& secret)
     }
 }
 
+void TerminalFrontEnd::StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets)
+{
+    std::error_code error;
+    if (std::filesystem::symlink_status(file, error).type() != std::filesystem::file_type::not_found) {
+        throw Error(
+            ErrorCode::conflict,
+            fmt::format("{} is there already; nothing was changed, name a new file with --result", Visible(file)));
+    }
+    m_secrets.emplace(OutputFile::Description{file, "--result", "login,password", {}});
+    for (const UserSecret& secret : secrets) {
+        WriteCsvRow({secret.login, std::string(secret.secret.View())}, m_secrets->Stream());
+    }
+    m_secrets->Flush();
+}
+
 std::string TerminalFrontEnd::ReadText(const std::string& name) { return ReadTextFile(name); }
+
+void TerminalFrontEnd::FinishSecrets()
+{
+    try {
+        m_secrets->Finish();
+    } catch (const Error& e) {
+        throw Error(e.Code(), fmt::format("{}; the passwords are set, and in {}", e.what(), m_secrets->Name()));
+    }
+}
 
 void TerminalFrontEnd::ShowProgress(long done, std::optional<long> total)
 {
@@ -206,6 +252,9 @@ void TerminalFrontEnd::WriteResult(const Result& result)
 Exit TerminalFrontEnd::Finish(const Result& result)
 {
     HideProgress();
+    if (m_secrets) {
+        FinishSecrets();
+    }
     if (WritesObject() && !result.isRead) {
         WriteObject(result);
     } else if (m_given.options.dryRun && !result.isRead) {

@@ -23,6 +23,7 @@ std::span<const Command> FolderCommands();
 namespace organisation {
 std::span<const Command> GroupCommands();
 std::span<const Command> MemberCommands();
+std::span<const Command> UserMoveCommands();
 std::span<const Command> ViewCommands();
 } // namespace organisation
 namespace passwords {
@@ -59,14 +60,14 @@ const std::vector<Command>& Commands()
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
         for (const std::span<const Command> noun :
-             {users::UserCommands(),          passwords::PasswordCommands(), organisation::GroupCommands(),
-              organisation::ViewCommands(),   roles::RoleCommands(),         titles::TitleCommands(),
-              organisation::MemberCommands(), rights::RightCommands(),       rights::ExplainCommands(),
-              rights::ObjectRightCommands(),  documents::DocRootCommands(),  documents::FolderCommands(),
-              plans::PlanCommands(),          plans::DocLogCommands(),       settings::SettingCommands(),
-              messages::MessageCommands(),    messages::LoginLogCommands(),  addins::AddInCommands(),
-              addins::PackageCommands(),      board::BoardCommands(),        audit::AuditCommands(),
-              check::CheckCommands()}) {
+             {users::UserCommands(),         passwords::PasswordCommands(),  organisation::UserMoveCommands(),
+              organisation::GroupCommands(), organisation::ViewCommands(),   roles::RoleCommands(),
+              titles::TitleCommands(),       organisation::MemberCommands(), rights::RightCommands(),
+              rights::ExplainCommands(),     rights::ObjectRightCommands(),  documents::DocRootCommands(),
+              documents::FolderCommands(),   plans::PlanCommands(),          plans::DocLogCommands(),
+              settings::SettingCommands(),   messages::MessageCommands(),    messages::LoginLogCommands(),
+              addins::AddInCommands(),       addins::PackageCommands(),      board::BoardCommands(),
+              audit::AuditCommands(),        check::CheckCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;
