@@ -40,6 +40,8 @@ std::span<const Command> DocLogCommands();
 namespace rights {
 std::span<const Command> RightCommands();
 std::span<const Command> ExplainCommands();
+std::span<const Command> RightDiffCommands();
+std::span<const Command> RightHolderCommands();
 std::span<const Command> ObjectRightCommands();
 } // namespace rights
 namespace roles {
@@ -63,11 +65,12 @@ const std::vector<Command>& Commands()
              {users::UserCommands(),         passwords::PasswordCommands(),  organisation::UserMoveCommands(),
               organisation::GroupCommands(), organisation::ViewCommands(),   roles::RoleCommands(),
               titles::TitleCommands(),       organisation::MemberCommands(), rights::RightCommands(),
-              rights::ExplainCommands(),     rights::ObjectRightCommands(),  documents::DocRootCommands(),
-              documents::FolderCommands(),   plans::PlanCommands(),          plans::DocLogCommands(),
-              settings::SettingCommands(),   messages::MessageCommands(),    messages::LoginLogCommands(),
-              addins::AddInCommands(),       addins::PackageCommands(),      board::BoardCommands(),
-              audit::AuditCommands(),        check::CheckCommands()}) {
+              rights::ExplainCommands(),     rights::RightHolderCommands(),  rights::RightDiffCommands(),
+              rights::ObjectRightCommands(), documents::DocRootCommands(),   documents::FolderCommands(),
+              plans::PlanCommands(),         plans::DocLogCommands(),        settings::SettingCommands(),
+              messages::MessageCommands(),   messages::LoginLogCommands(),   addins::AddInCommands(),
+              addins::PackageCommands(),     board::BoardCommands(),         audit::AuditCommands(),
+              check::CheckCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;
