@@ -89,7 +89,7 @@ const ParamInfo* FindOption(const Written& written, std::string_view option)
 
 bool TakesValue(const Written& written, const std::string& option)
 {
-    static constexpr std::array<std::string_view, 3> kCommon = {"--db", "-o", "--output"};
+    static constexpr std::array<std::string_view, 5> kCommon = {"--db", "-o", "--output", "--color", "--log"};
     if (std::ranges::find(kCommon, option) != kCommon.end()) {
         return true;
     }
@@ -132,7 +132,7 @@ void TakeWord(Written& written, const std::string& word)
 
 void AddOptions(const Written& written, std::vector<std::string>& candidates)
 {
-    candidates.insert(candidates.end(), {"--help", "--db", "--output"});
+    candidates.insert(candidates.end(), {"--help", "--db", "--output", "--quiet", "--wide", "--color", "--log"});
     if (written.command == nullptr) {
         return;
     }
@@ -197,6 +197,9 @@ std::vector<std::string> ChoicesOf(const Written& written, std::string_view begi
 {
     if (written.option == "-o" || written.option == "--output") {
         return {"table", "csv", "json", "jsonl", "plain"};
+    }
+    if (written.option == "--color") {
+        return {"auto", "always", "never"};
     }
     std::vector<std::string> choices;
     const ParamInfo* param = ParamAt(written, beginning);

@@ -19,7 +19,11 @@ constexpr std::size_t kMostForYes = 20;
 } // namespace
 
 TerminalFrontEnd::TerminalFrontEnd(const Command& command, const CommandLine& given, Format format, Terminal& terminal)
-    : m_command(command), m_given(given), m_format(format), m_terminal(terminal)
+    : m_command(command),
+      m_given(given),
+      m_format(format),
+      m_terminal(terminal),
+      m_look{terminal.width, terminal.outHasColor}
 {
 }
 
@@ -35,7 +39,7 @@ TableWriter& TerminalFrontEnd::Writer()
         for (const Column& column : m_command.columns) {
             names.emplace_back(column.name);
         }
-        m_writer.emplace(m_format, std::move(names), m_terminal.out);
+        m_writer.emplace(m_format, std::move(names), m_terminal.out, m_look);
     }
     return *m_writer;
 }
@@ -48,7 +52,7 @@ void TerminalFrontEnd::TakeColumns(std::vector<std::string> names)
         m_names = std::move(names);
         return;
     }
-    m_writer.emplace(m_format, std::move(names), m_terminal.out);
+    m_writer.emplace(m_format, std::move(names), m_terminal.out, m_look);
 }
 
 bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row)
@@ -223,7 +227,7 @@ void TerminalFrontEnd::WriteFinding(const Finding& finding)
     std::ostream& sentences = m_format == Format::table ? m_terminal.out : m_terminal.err;
     sentences << finding.sentence << '\n';
     if (m_format != Format::table || !finding.rows.rows.empty()) {
-        Render(m_format, finding.rows, m_terminal.out);
+        Render(m_format, finding.rows, m_terminal.out, m_look);
     }
     for (const std::string& note : finding.notes) {
         sentences << note << '\n';
@@ -239,7 +243,7 @@ void TerminalFrontEnd::WriteResult(const Result& result)
     if (result.finding && m_format != Format::json) {
         WriteFinding(*result.finding);
     } else if (!result.record.empty()) {
-        Render(m_format, result.record, result.parts, m_terminal.out);
+        Render(m_format, result.record, result.parts, m_terminal.out, m_look);
     } else if (result.value) {
         Render(m_format, *result.value, m_terminal.out);
     } else if (result.verdict) {

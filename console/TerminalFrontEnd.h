@@ -55,6 +55,7 @@ private:
     const CommandLine& m_given;
     Format m_format;
     Terminal& m_terminal;
+    TableLook m_look;
     std::optional<TableWriter> m_writer;
     std::vector<std::string> m_names; ///< of the columns of records
     bool m_isFirstRecord = true;

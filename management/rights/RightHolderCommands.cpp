@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <set>
 
 namespace management::rights {
@@ -66,16 +67,14 @@ bool IsRelevant(const WhoQuery& in, const RoleRow& row)
     return (!in.bit && !in.mask) || (bits & in.Asked().bits) != 0;
 }
 
+/// @return false when no more rows are wanted.
 bool GiveRoles(const Call& call, const WhoQuery& in, const RightHolders& holders)
 {
-    for (const RoleRow& row : holders.Rows()) {
+    return std::ranges::all_of(holders.Rows(), [&](const RoleRow& row) {
         const Value users = row.isDefault ? Value("everybody") : Value(holders.CountLinked(row.roleId));
-        if (IsRelevant(in, row) && !call.Row("role", std::int64_t{row.roleId}, row.role, Value(),
-                                             row.power ? ShownPower(in, *row.power) : Value(), users, Value())) {
-            return false;
-        }
-    }
-    return true;
+        return !IsRelevant(in, row) || call.Row("role", std::int64_t{row.roleId}, row.role, Value(),
+                                                row.power ? ShownPower(in, *row.power) : Value(), users, Value());
+    });
 }
 
 std::string ThroughText(const WhoQuery& in, const RightHolder& holder)

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace management {
 
@@ -126,7 +127,7 @@ std::string TextCondition(const CAConnect& conn, const Field& field, const std::
 /// The fields that a list reads: those that are wanted, then those that it only looks at.
 class ReadFields {
 public:
-    explicit ReadFields(const std::vector<const Field*>& wanted) : m_fields(wanted) {}
+    explicit ReadFields(std::vector<const Field*> wanted) : m_fields(std::move(wanted)) {}
 
     void Add(const Field* field)
     {
