@@ -25,8 +25,17 @@ struct RunOption {
     bool hasValue;
 };
 
-constexpr std::array<RunOption, 6> kRunOptions = {
-    {{"--db", true}, {"-o", true}, {"--output", true}, {"--reason", true}, {"--yes", false}, {"--dry-run", false}}};
+constexpr std::array<RunOption, 11> kRunOptions = {{{"--db", true},
+                                                    {"-o", true},
+                                                    {"--output", true},
+                                                    {"--reason", true},
+                                                    {"--yes", false},
+                                                    {"--dry-run", false},
+                                                    {"-q", false},
+                                                    {"--quiet", false},
+                                                    {"--wide", false},
+                                                    {"--color", true},
+                                                    {"--log", true}}};
 
 } // namespace
 

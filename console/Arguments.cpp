@@ -32,7 +32,8 @@ constexpr const char* kEpilogue =
     "\n"
     "Ends with 0 done, 1 failed, 2 usage, 3 not found, 4 conflict or ambiguous, 5 protected,\n"
     "6 database, 7 some rows failed, 8 check or dry run found something, 9 confirmation needed.\n";
-constexpr const char* kEveryCommand = "\nEvery command takes --db URL and -o FORMAT too; see `qvadmin --help`.\n";
+constexpr const char* kEveryCommand =
+    "\nEvery command takes --db URL, -o FORMAT and others too; see `qvadmin --help`.\n";
 constexpr std::size_t kFarthest = 2;
 
 // ---- Suggestions ----------------------------------------------------------------------------------------------------
@@ -124,6 +125,13 @@ Format ReadFormat(const std::string& name)
     return *format;
 }
 
+void RequireColorWord(const std::string& word)
+{
+    if (word != "auto" && word != "always" && word != "never") {
+        throw Error(ErrorCode::invalid, fmt::format("--color {} is not one of auto, always, never", Quoted(word)));
+    }
+}
+
 bool IsAmong(const std::vector<std::string>& words, std::string_view name)
 {
     return std::ranges::find(words, name) != words.end();
@@ -176,11 +184,20 @@ void Declare(CLI::App& app, const std::vector<std::string>& words, Request& requ
     app.formatter(MakeHelpFormatter());
     app.footer(kEpilogue);
     app.set_version_flag("--version", "qvadmin " QV_VERSION);
-    app.add_option("--db", arguments.db, "database, such as sqlite:PATH")->type_name("URL");
+    app.add_option("--db", arguments.db, "database, such as sqlite:PATH; the last one counts")
+        ->type_name("URL")
+        ->take_last();
     app.add_option_function<std::string>(
            "-o,--output", [&arguments](const std::string& name) { arguments.format = ReadFormat(name); },
            "table (default), csv, json, jsonl or plain (tabs between, no header)")
         ->type_name("FORMAT");
+    app.add_flag("-q,--quiet", arguments.quiet, "say nothing but errors, and ask nothing");
+    app.add_flag("--wide", arguments.wide, "let tables be wider than the terminal");
+    app.add_option_function<std::string>("--color", &RequireColorWord,
+                                         "auto (default: on a terminal, unless NO_COLOR is set), always or never")
+        ->type_name("WHEN")
+        ->take_last();
+    app.add_option("--log", arguments.log, "add a line of JSON for each command to this file")->type_name("FILE");
     app.require_subcommand(0, 1);
     for (const Noun& noun : Nouns()) {
         CLI::App* sub = app.add_subcommand(std::string(noun.name), std::string(noun.summary));

@@ -13,6 +13,9 @@ namespace console {
 struct Arguments {
     std::optional<std::string> db;
     Format format = Format::table;
+    bool quiet = false;             ///< nothing but errors on standard error
+    bool wide = false;              ///< tables may be wider than the terminal
+    std::optional<std::string> log; ///< file that gets a line for each command
 };
 
 /// What the command line asks for: a command, or a text to be written.

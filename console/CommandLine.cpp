@@ -26,14 +26,15 @@ CLI::Option* DeclareText(CLI::App& app, const std::string& name, const std::stri
 
 void DeclareList(CLI::App& app, const ParamInfo& param, CommandLine& given)
 {
-    // CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is.
+    // CLI11 reads an unlimited list's "[a,b]" as two values; a limited one takes each word as it is. An option takes
+    // one word each time that it is given.
     constexpr int kMost = 1 << 20;
     const std::string name(param.name);
     const auto take = [&given, name](const std::vector<std::string>& texts) { given.values[name] = texts; };
     app.add_option_function<std::vector<std::string>>(param.isPositional ? name : OptionName(name), take,
                                                       std::string(param.help))
         ->type_name(param.isPositional ? "" : "TEXT")
-        ->expected(kMost)
+        ->expected(param.isPositional ? kMost : 1)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     if (param.isPositional) {
@@ -42,7 +43,8 @@ void DeclareList(CLI::App& app, const ParamInfo& param, CommandLine& given)
     }
 }
 
-void DeclareParam(CLI::App& app, const ParamInfo& param, CommandLine& given)
+/// @param isAfterList  whether it is an argument that gets the last word of a list.
+void DeclareParam(CLI::App& app, const ParamInfo& param, bool isAfterList, CommandLine& given)
 {
     const std::string name(param.name);
     if (param.isSet) {
@@ -61,7 +63,7 @@ void DeclareParam(CLI::App& app, const ParamInfo& param, CommandLine& given)
         DeclareList(app, param, given);
     } else {
         DeclareText(app, name, param.isPositional ? name : OptionName(name), param.help, given)
-            ->required(param.isRequired)
+            ->required(param.isRequired && !isAfterList)
             ->type_name(param.isPositional ? "" : std::string(PlaceholderOf(param.kind)));
     }
 }
@@ -89,8 +91,10 @@ std::vector<std::string> CommandLine::ValuesOf(std::string_view name) const
 void DeclareParams(CLI::App& app, const Command& command, CommandLine& given)
 {
     const std::vector<ParamInfo> params = command.params();
+    bool isAfterList = false;
     for (const ParamInfo& param : params) {
-        DeclareParam(app, param, given);
+        DeclareParam(app, param, isAfterList && param.isPositional, given);
+        isAfterList = isAfterList || (param.isPositional && param.isList);
     }
     for (const ParamInfo& param : params) {
         if (param.excludes.empty()) {

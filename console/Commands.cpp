@@ -1,6 +1,8 @@
 #include "console/Commands.h"
 
 #include "console/Actor.h"
+#include "console/Color.h"
+#include "console/CommandLog.h"
 #include "console/JsonWriter.h"
 #include "console/LocalCommand.h"
 #include "console/NameList.h"
@@ -13,6 +15,7 @@
 #include <exception>
 #include <new>
 #include <optional>
+#include <ostream>
 
 namespace console {
 
@@ -87,11 +90,18 @@ constexpr Noun kNouns[] = {
      "  qvadmin audit undo 17"},
 };
 
+std::ostream& ErrorsOf(const Terminal& terminal)
+{
+    return terminal.errors == nullptr ? terminal.err : *terminal.errors;
+}
+
 /// A line of several works where they all do, unless it says otherwise.
 void TakeOver(Request& request, const SharedSession& shared)
 {
     CallOptions& options = request.given.options;
-    request.arguments.db = request.arguments.db ? request.arguments.db : shared.arguments.db;
+    Arguments& arguments = request.arguments;
+    arguments.db = arguments.db ? arguments.db : shared.arguments.db;
+    arguments.log = arguments.log ? arguments.log : shared.arguments.log;
     options.dryRun = options.dryRun || shared.options.dryRun;
     options.reason = options.reason.empty() ? shared.options.reason : options.reason;
     options.joinsTransaction = shared.joinsTransaction;
@@ -108,13 +118,26 @@ void RequireJoinable(const Request& request, const SharedSession& shared, bool i
     }
 }
 
-Exit RunCommand(Request request, const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared)
+/// What is known of a run beside what it ends with.
+struct RunReport {
+    std::optional<CommandLog> log;
+    bool isChanged = false;
+};
+
+/// Whether a run of a command of the table has changed something.
+bool HasChanged(const Request& request, const Result& result)
+{
+    return request.command->effect != Effect::read && !result.isRead && result.isChanged &&
+           !request.given.options.dryRun;
+}
+
+Exit RunCommand(Request& request, const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared,
+                RunReport& report)
 {
     const auto own =
         std::ranges::find(LocalCommands(), request.command, [](const LocalCommand& command) { return &command.row; });
     const bool isLocal = own != LocalCommands().end();
     if (shared != nullptr) {
-        TakeOver(request, *shared);
         RequireJoinable(request, *shared, isLocal);
     }
     if (request.command->effect != Effect::read) {
@@ -123,7 +146,14 @@ Exit RunCommand(Request request, const std::vector<std::string>& words, Terminal
         request.given.options.command = CommandText(words);
     }
     if (isLocal) {
-        return own->run({request.given, request.arguments, terminal});
+        const bool mayHaveChanged = Changes::MayBeMade();
+        Changes::Reset();
+        const Exit exit = own->run({request.given, request.arguments, terminal});
+        report.isChanged = Changes::MayBeMade();
+        if (mayHaveChanged) {
+            Changes::NoteCommit();
+        }
+        return exit;
     }
     ReadNames(*request.command, request.given, terminal);
     std::optional<Session> session;
@@ -133,21 +163,45 @@ Exit RunCommand(Request request, const std::vector<std::string>& words, Terminal
     };
     TerminalFrontEnd frontEnd(*request.command, request.given, request.arguments.format, terminal);
     Call call(open, frontEnd, request.given.options);
-    return frontEnd.Finish(request.command->run(call, request.given));
+    const Result result = request.command->run(call, request.given);
+    report.isChanged = HasChanged(request, result);
+    return frontEnd.Finish(result);
 }
 
-Exit RunWords(const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared)
+Exit RunWords(const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared, RunReport& report)
 {
     if (words.empty()) {
         terminal.err << ProgramHelp();
         throw Error(ErrorCode::invalid, "name a noun and a verb, such as `qvadmin user list`");
     }
     Request request = ParseCommandLine(words);
-    if (request.command != nullptr) {
-        return RunCommand(std::move(request), words, terminal, shared);
+    if (request.command == nullptr) {
+        terminal.out << request.text;
+        return Exit::done;
     }
-    terminal.out << request.text;
-    return Exit::done;
+    if (shared != nullptr) {
+        TakeOver(request, *shared);
+    }
+    if (request.arguments.log) {
+        report.log.emplace(*request.arguments.log);
+    }
+    terminal.width = request.arguments.wide ? 0 : terminal.width;
+    if (!request.arguments.quiet) {
+        return RunCommand(request, words, terminal, shared, report);
+    }
+    std::ostream nowhere(nullptr);
+    Terminal quiet{terminal.in,
+                   terminal.out,
+                   nowhere,
+                   terminal.inIsTerminal,
+                   false,
+                   terminal.outIsClosed,
+                   &ErrorsOf(terminal),
+                   terminal.outIsTerminal,
+                   terminal.width,
+                   terminal.outHasColor,
+                   terminal.errHasColor};
+    return RunCommand(request, words, quiet, shared, report);
 }
 
 /// Whether the words ask for JSON, also where they cannot be read as a whole.
@@ -188,7 +242,7 @@ std::string_view NameOf(ErrorCode code)
 
 void WriteAsJson(const Error& error, Terminal& terminal)
 {
-    JsonWriter json(terminal.err, JsonWriter::Layout::line);
+    JsonWriter json(ErrorsOf(terminal), JsonWriter::Layout::line);
     json.BeginObject();
     json.WriteMember("v", std::int64_t{1});
     json.WriteMember("code", TextValue(std::string(NameOf(error.Code()))));
@@ -203,20 +257,21 @@ void WriteAsJson(const Error& error, Terminal& terminal)
         json.End();
     }
     json.End();
-    terminal.err << '\n';
+    ErrorsOf(terminal) << '\n';
 }
 
 Exit Reported(const Exit code, std::string_view sentence, Terminal& terminal)
 {
-    terminal.err << "qvadmin: " << Visible(sentence) << '\n';
+    WriteStyled(ErrorsOf(terminal), "qvadmin:", Style::error, terminal.errHasColor);
+    ErrorsOf(terminal) << ' ' << Visible(sentence) << '\n';
     return code;
 }
 
-Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared)
+Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared, RunReport& report)
 {
     try {
         try {
-            return RunWords(words, terminal, shared);
+            return RunWords(words, terminal, shared, report);
         } catch (const Error& e) {
             if (!AskForJson(words)) {
                 return Reported(ExitFor(e.Code()), e.what(), terminal);
@@ -229,6 +284,22 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, Sha
     } catch (const std::exception& e) {
         return Reported(Exit::failed, "internal error: " + std::string(e.what()), terminal);
     }
+}
+
+Exit RunLogged(const std::vector<std::string>& words, Terminal& given, SharedSession* shared)
+{
+    Terminal terminal = given;
+    ChooseColors(terminal, words);
+    RunReport report;
+    const Exit exit = RunReporting(words, terminal, shared, report);
+    try {
+        if (report.log) {
+            report.log->Write(CommandText(words), exit, report.isChanged);
+        }
+    } catch (const Error& e) {
+        return Reported(ExitFor(e.Code()), e.what(), terminal);
+    }
+    return exit;
 }
 
 } // namespace
@@ -249,13 +320,13 @@ CAConnect& SharedSession::Open()
 
 Exit RunLine(const std::vector<std::string>& words, Terminal& terminal, SharedSession& shared)
 {
-    return RunReporting(words, terminal, &shared);
+    return RunLogged(words, terminal, &shared);
 }
 
 int RunProgram(int count, const char* const* words, Terminal& terminal)
 {
     Changes::Reset();
-    Exit code = RunReporting({words + 1, words + count}, terminal, nullptr);
+    Exit code = RunLogged({words + 1, words + count}, terminal, nullptr);
     terminal.out.flush();
     // Who closed it has read enough, which is no failure.
     if (!terminal.out && !terminal.outIsClosed()) {

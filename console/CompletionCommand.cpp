@@ -89,7 +89,7 @@ const ParamInfo* FindOption(const Written& written, std::string_view option)
 
 bool TakesValue(const Written& written, const std::string& option)
 {
-    static constexpr std::array<std::string_view, 3> kCommon = {"--db", "-o", "--output"};
+    static constexpr std::array<std::string_view, 5> kCommon = {"--db", "-o", "--output", "--color", "--log"};
     if (std::ranges::find(kCommon, option) != kCommon.end()) {
         return true;
     }
@@ -132,7 +132,7 @@ void TakeWord(Written& written, const std::string& word)
 
 void AddOptions(const Written& written, std::vector<std::string>& candidates)
 {
-    candidates.insert(candidates.end(), {"--help", "--db", "--output"});
+    candidates.insert(candidates.end(), {"--help", "--db", "--output", "--quiet", "--wide", "--color", "--log"});
     if (written.command == nullptr) {
         return;
     }
@@ -157,22 +157,25 @@ void AddNextWords(const Written& written, std::vector<std::string>& candidates)
 }
 
 /// The parameter whose value is to be completed; null when none takes one.
-const ParamInfo* ParamAt(const Written& written)
+const ParamInfo* ParamAt(const Written& written, std::string_view beginning)
 {
     if (written.option) {
         return FindOption(written, *written.option);
     }
     const ParamInfo* last = nullptr;
+    const ParamInfo* list = nullptr;
     std::size_t count = 0;
     for (const ParamInfo& param : written.params) {
         if (param.isPositional) {
             last = &param;
-            if (count++ == written.positional) {
+            list = param.isList ? last : list;
+            if (count++ == written.positional && list == nullptr) {
                 return last;
             }
         }
     }
-    return last != nullptr && last->isList ? last : nullptr;
+    // A path after names is that of the argument that comes after the list.
+    return list != last && beginning.starts_with('/') ? last : list;
 }
 
 /// Names in the directory, compared without case; nothing when there is none that can be read: what a completion says
@@ -190,13 +193,16 @@ std::vector<std::string> NamesIn(const Written& written, Kind kind, const std::s
 }
 
 /// The words that a value must be one of; none where anything goes.
-std::vector<std::string> ChoicesOf(const Written& written)
+std::vector<std::string> ChoicesOf(const Written& written, std::string_view beginning)
 {
     if (written.option == "-o" || written.option == "--output") {
         return {"table", "csv", "json", "jsonl", "plain"};
     }
+    if (written.option == "--color") {
+        return {"auto", "always", "never"};
+    }
     std::vector<std::string> choices;
-    const ParamInfo* param = ParamAt(written);
+    const ParamInfo* param = ParamAt(written, beginning);
     const OneOf* words = param != nullptr ? std::get_if<OneOf>(&param->check) : nullptr;
     if (words != nullptr) {
         for (const std::string_view word : words->words) {
@@ -215,8 +221,8 @@ std::vector<std::string> CandidatesFor(const Written& written, const std::string
     if (!written.optionsOver && !written.option && beginning.starts_with('-')) {
         AddOptions(written, candidates);
     } else if (takesValue) {
-        candidates = ChoicesOf(written);
-        const ParamInfo* param = ParamAt(written);
+        candidates = ChoicesOf(written, beginning);
+        const ParamInfo* param = ParamAt(written, beginning);
         if (candidates.empty() && param != nullptr) {
             return NamesIn(written, param->kind, beginning);
         }

@@ -27,11 +27,15 @@ public:
         if (hasSubcommands) {
             usage += app->get_parent() == nullptr ? " NOUN VERB ..." : " VERB ...";
         }
+        bool isAfterList = false;
         for (const CLI::Option* argument :
              app->get_options([](const CLI::Option* option) { return option->get_positional(); })) {
-            const std::string shown = argument->get_name(true) + (argument->get_expected_max() > 1 ? "..." : "");
-            // Names of a list can come from elsewhere too, and are needed all the same.
-            const bool isNeeded = argument->get_required() || argument->get_expected_max() > 1;
+            const bool isList = argument->get_expected_max() > 1;
+            const std::string shown = argument->get_name(true) + (isList ? "..." : "");
+            // Names of a list can come from elsewhere too, and are needed all the same; the list takes the word after
+            // it, which is given to that argument later.
+            const bool isNeeded = argument->get_required() || isList || isAfterList;
+            isAfterList = isAfterList || isList;
             usage += isNeeded ? " " + shown : " [" + shown + "]";
         }
         return usage + "\n";

@@ -152,6 +152,14 @@ the database, such as sqlite:PATH; see
 for the one that is taken else.
 .It Fl o , Fl \-output Ar FORMAT
 table (the default), csv, json, jsonl or plain, which has a tab between values and no header.
+.It Fl q , Fl \-quiet
+nothing is said but errors, and nothing asked.
+.It Fl \-wide
+tables may be wider than the terminal, on which their widest columns are shortened else.
+.It Fl \-color Ar WHEN
+auto (the default), always or never.
+.It Fl \-log Ar FILE
+a line of JSON for each command is added to this file.
 .It Fl \-help
 what a noun or a verb takes.
 .It Fl \-version
@@ -166,6 +174,8 @@ constexpr std::string_view kProgramEnd = R"(.Sh ENVIRONMENT
 the database where
 .Fl \-db
 is not given.
+.It Ev NO_COLOR
+turns colours off, whatever it holds.
 .It Ev XDG_DATA_HOME
 where quorvel/directory.db is looked for when neither is given; else
 .Pa ~/.local/share .

@@ -36,6 +36,22 @@ void AddNames(std::istream& in, bool endWithNul, std::vector<std::string>& names
     }
 }
 
+/// Gives the last word of a list to the argument that comes after it, if there is one.
+void TakeLast(std::vector<ParamInfo>::const_iterator list, std::vector<ParamInfo>::const_iterator end,
+              CommandLine& given)
+{
+    const auto last = std::find_if(list + 1, end, [](const ParamInfo& param) { return param.isPositional; });
+    const auto words = given.values.find(list->name);
+    if (last == end || words == given.values.end()) {
+        return;
+    }
+    given.values[std::string(last->name)] = {words->second.back()};
+    words->second.pop_back();
+    if (words->second.empty()) {
+        given.values.erase(words);
+    }
+}
+
 } // namespace
 
 void ReadNames(const Command& command, CommandLine& given, Terminal& terminal)
@@ -46,8 +62,13 @@ void ReadNames(const Command& command, CommandLine& given, Terminal& terminal)
     if (list == params.end()) {
         return;
     }
+    TakeLast(list, params.end(), given);
     NameSource& source = given.names;
     std::vector<std::string> names;
+    const bool isGiven = !given.ValuesOf(list->name).empty() || !source.file.empty();
+    if (!isGiven && !list->isRequired) {
+        return;
+    }
     for (const std::string& word : given.ValuesOf(list->name)) {
         if (word == kStandardInput) {
             AddNames(terminal.in, source.endWithNul, names);

@@ -1,5 +1,6 @@
 #include "console/Render.h"
 
+#include "console/Color.h"
 #include "console/JsonWriter.h"
 #include "management/Overloaded.h"
 #include "management/Text.h"
@@ -7,10 +8,15 @@
 #include <algorithm>
 #include <array>
 #include <ostream>
+#include <sstream>
+#include <utility>
 
 namespace console {
 
 namespace {
+
+constexpr std::size_t kGap = 2;       ///< blanks between columns
+constexpr std::size_t kNarrowest = 4; ///< that a column is made to fit a width
 
 bool IsNumber(const Value& value) { return std::holds_alternative<std::int64_t>(value); }
 bool IsAbsent(const Value& value) { return std::holds_alternative<std::monostate>(value); }
@@ -79,6 +85,25 @@ void Pad(std::size_t count, std::ostream& out)
     }
 }
 
+/// A text in its visible form that takes no more columns than these, with a mark where it was cut.
+std::string Shortened(const std::string& text, std::size_t width)
+{
+    std::string shortened;
+    for (std::size_t begin = 0; begin < text.size();) {
+        std::size_t end = begin + 1;
+        while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+            ++end;
+        }
+        std::string longer = shortened + text.substr(begin, end - begin);
+        if (DisplayWidth(longer) >= width) {
+            break;
+        }
+        shortened = std::move(longer);
+        begin = end;
+    }
+    return shortened + "…";
+}
+
 void WriteJson(const Record& record, JsonWriter::Layout layout, std::ostream& out)
 {
     JsonWriter json(out, layout);
@@ -143,8 +168,14 @@ std::optional<Format> FindFormat(std::string_view name)
     return found == kFormats.end() ? std::nullopt : std::optional(found->second);
 }
 
-TableWriter::TableWriter(Format format, std::vector<std::string> columns, std::ostream& out, std::size_t measured)
-    : m_format(format), m_names(std::move(columns)), m_out(out), m_measured(measured), m_columns(m_names.size())
+TableWriter::TableWriter(Format format, std::vector<std::string> columns, std::ostream& out, TableLook look,
+                         std::size_t measured)
+    : m_format(format),
+      m_names(std::move(columns)),
+      m_out(out),
+      m_look(look),
+      m_measured(measured),
+      m_columns(m_names.size())
 {
     if (m_format == Format::csv) {
         WriteCsvRow(m_names, m_out);
@@ -221,31 +252,71 @@ void TableWriter::Hold(const std::vector<Value>& row)
 
 void TableWriter::WriteHeld()
 {
-    m_isMeasured = true;
-    for (const std::vector<Cell>& cells : m_held) {
-        WriteLine(cells);
+    if (!m_isMeasured && m_look.width > 0) {
+        FitWidth();
+    }
+    const bool hasHeading = !std::exchange(m_isMeasured, true);
+    for (std::size_t i = 0; i < m_held.size(); ++i) {
+        if (i == 0 && hasHeading && m_look.hasColor) {
+            std::ostringstream heading;
+            WriteLine(m_held[i], heading);
+            std::string line = heading.str();
+            line.pop_back();
+            WriteStyled(m_out, line, Style::heading, true);
+            m_out << '\n';
+        } else {
+            WriteLine(m_held[i], m_out);
+        }
     }
     m_held.clear();
 }
 
-void TableWriter::WriteLine(const std::vector<Cell>& cells)
+std::size_t TableWriter::WidthOf(const std::vector<Cell>& cells) const
 {
+    std::size_t width = 0;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        const Column& column = m_columns[i];
-        const bool isRight = column.holdsNumber && !column.holdsOther;
-        const std::size_t missing = column.width - std::min(column.width, cells[i].width);
-        Pad(i == 0 ? 0 : 2, m_out);
-        Pad(isRight ? missing : 0, m_out);
-        m_out << cells[i].text;
-        // No blanks at the end of a line: a narrow terminal would wrap them.
-        Pad(isRight || i + 1 == cells.size() ? 0 : missing, m_out);
+        width += (i == 0 ? 0 : kGap) + std::max(m_columns[i].width, cells[i].width);
     }
-    m_out << '\n';
+    return width;
 }
 
-void Render(Format format, const Table& table, std::ostream& out)
+void TableWriter::FitWidth()
 {
-    TableWriter writer(format, table.columns, out, table.rows.size());
+    std::size_t width = m_columns.empty() ? 0 : kGap * (m_columns.size() - 1);
+    for (const Column& column : m_columns) {
+        width += column.width;
+    }
+    const auto widthOf = [](const Column& column) { return column.IsRight() ? 0 : column.width; };
+    while (width > m_look.width) {
+        const auto widest = std::ranges::max_element(m_columns, {}, widthOf);
+        if (widest == m_columns.end() || widthOf(*widest) <= kNarrowest) {
+            return;
+        }
+        --widest->width;
+        --width;
+    }
+}
+
+void TableWriter::WriteLine(const std::vector<Cell>& cells, std::ostream& out) const
+{
+    const bool isFitted = m_look.width > 0 && WidthOf(cells) > m_look.width;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const Column& column = m_columns[i];
+        const bool isCut = isFitted && cells[i].width > column.width && !column.IsRight();
+        const Cell cell = isCut ? CellOf(Shortened(cells[i].text, column.width)) : cells[i];
+        const std::size_t missing = column.width - std::min(column.width, cell.width);
+        Pad(i == 0 ? 0 : kGap, out);
+        Pad(column.IsRight() ? missing : 0, out);
+        out << cell.text;
+        // No blanks at the end of a line: a narrow terminal would wrap them.
+        Pad(column.IsRight() || i + 1 == cells.size() ? 0 : missing, out);
+    }
+    out << '\n';
+}
+
+void Render(Format format, const Table& table, std::ostream& out, TableLook look)
+{
+    TableWriter writer(format, table.columns, out, look, table.rows.size());
     for (const std::vector<Value>& row : table.rows) {
         if (!writer.Write(row)) {
             return;
@@ -285,7 +356,7 @@ void Render(Format format, const Record& record, std::ostream& out)
     }
 }
 
-void Render(Format format, const Record& record, const std::vector<Part>& parts, std::ostream& out)
+void Render(Format format, const Record& record, const std::vector<Part>& parts, std::ostream& out, TableLook look)
 {
     if (format == Format::json || format == Format::jsonl) {
         JsonWriter json(out, format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
@@ -311,7 +382,7 @@ void Render(Format format, const Record& record, const std::vector<Part>& parts,
     for (const Part& part : parts) {
         if (format == Format::table && !part.rows.rows.empty()) {
             out << '\n' << part.name << ":\n";
-            Render(format, part.rows, out);
+            Render(format, part.rows, out, look);
         }
     }
 }

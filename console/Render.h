@@ -17,6 +17,12 @@ enum class Format { table, csv, json, jsonl, plain };
 /// The format of that name.
 std::optional<Format> FindFormat(std::string_view name);
 
+/// How a table for people looks.
+struct TableLook {
+    std::size_t width = 0; ///< columns that a line may take; 0: any number
+    bool hasColor = false;
+};
+
 /// Writes a table row by row, as Render does, and holds no rows but those by which the widths of columns are measured.
 class TableWriter {
 public:
@@ -24,7 +30,7 @@ public:
 
     /// @param measured  how many rows decide the widths of a table for people; a longer value in a later row moves the
     /// rest of its line to the right.
-    TableWriter(Format format, std::vector<std::string> columns, std::ostream& out,
+    TableWriter(Format format, std::vector<std::string> columns, std::ostream& out, TableLook look = {},
                 std::size_t measured = kMeasuredRows);
 
     /// @param row  a value for each column. @return false when nothing can be written any more.
@@ -43,16 +49,22 @@ private:
         std::size_t width = 0;
         bool holdsNumber = false; ///< and nothing else
         bool holdsOther = false;
+
+        [[nodiscard]] bool IsRight() const { return holdsNumber && !holdsOther; }
     };
 
     static Cell CellOf(std::string text);
     void Hold(const std::vector<Value>& row);
     void WriteHeld();
-    void WriteLine(const std::vector<Cell>& cells);
+    /// Narrows the widest columns until a line fits.
+    void FitWidth();
+    [[nodiscard]] std::size_t WidthOf(const std::vector<Cell>& cells) const;
+    void WriteLine(const std::vector<Cell>& cells, std::ostream& out) const;
 
     Format m_format;
     std::vector<std::string> m_names;
     std::ostream& m_out;
+    TableLook m_look;
     std::size_t m_measured;
     std::vector<Column> m_columns;
     std::vector<std::vector<Cell>> m_held;
@@ -60,15 +72,17 @@ private:
     bool m_isFirst = true;
 };
 
-/// Writes rows. A table is aligned by what a terminal shows, and nothing in it is cut; csv follows RFC 4180 with LF;
-/// json is an array of objects and jsonl one object per line; plain has a tab between values and no header.
-void Render(Format format, const Table& table, std::ostream& out);
+/// Writes rows. A table is aligned by what a terminal shows, and nothing in it is cut unless it is to fit a width; csv
+/// follows RFC 4180 with LF; json is an array of objects and jsonl one object per line; plain has a tab between values
+/// and no header.
+void Render(Format format, const Table& table, std::ostream& out, TableLook look = {});
 /// Writes one record: a line per property (table, plain), a header and a row (csv) or an object.
 void Render(Format format, const Record& record, std::ostream& out);
 
 /// Writes a record with its parts: below it in a table, inside it as arrays in json and jsonl; in csv and plain, which
 /// have no room for rows in rows, each part is a property that counts them.
-void Render(Format format, const Record& record, const std::vector<Part>& parts, std::ostream& out);
+void Render(Format format, const Record& record, const std::vector<Part>& parts, std::ostream& out,
+            TableLook look = {});
 
 /// Writes one value in a line of its own: as JSON where that is asked for, else as programs read it.
 void Render(Format format, const Value& value, std::ostream& out);

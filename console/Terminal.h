@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <istream>
 #include <ostream>
 
@@ -14,6 +15,13 @@ struct Terminal {
     bool errIsTerminal;
     /// Whether whoever read out has closed it, as `head` does when it has enough.
     bool (*outIsClosed)() = [] { return false; };
+    /// Where errors are said when err takes nothing; null: on err.
+    std::ostream* errors = nullptr;
+    bool outIsTerminal = false;
+    /// Columns of the terminal that out is; 0: it is none, or its width is not known.
+    std::size_t width = 0;
+    bool outHasColor = false;
+    bool errHasColor = false;
 };
 
 /// Whether somebody sits there who can be asked.

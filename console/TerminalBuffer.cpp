@@ -43,6 +43,11 @@ TerminalBuffer::~TerminalBuffer()
     m_terminal.pubsync();
 }
 
+void TerminalBuffer::PassThrough(std::string_view sequence)
+{
+    m_terminal.sputn(sequence.data(), static_cast<std::streamsize>(sequence.size()));
+}
+
 TerminalBuffer::int_type TerminalBuffer::overflow(int_type ch)
 {
     const char byte = traits_type::to_char_type(ch);

@@ -16,6 +16,9 @@ public:
     /// Passes on what is left, even half a character.
     ~TerminalBuffer() override;
 
+    /// Passes on what is to act on the terminal. Everything before it is to be flushed.
+    void PassThrough(std::string_view sequence);
+
 protected:
     int_type overflow(int_type ch) override;
     std::streamsize xsputn(const char* bytes, std::streamsize count) override;

@@ -5,6 +5,10 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
 namespace console {
 
 namespace {
@@ -15,7 +19,11 @@ constexpr std::size_t kMostForYes = 20;
 } // namespace
 
 TerminalFrontEnd::TerminalFrontEnd(const Command& command, const CommandLine& given, Format format, Terminal& terminal)
-    : m_command(command), m_given(given), m_format(format), m_terminal(terminal)
+    : m_command(command),
+      m_given(given),
+      m_format(format),
+      m_terminal(terminal),
+      m_look{terminal.width, terminal.outHasColor}
 {
 }
 
@@ -31,17 +39,35 @@ TableWriter& TerminalFrontEnd::Writer()
         for (const Column& column : m_command.columns) {
             names.emplace_back(column.name);
         }
-        m_writer.emplace(m_format, std::move(names), m_terminal.out);
+        m_writer.emplace(m_format, std::move(names), m_terminal.out, m_look);
     }
     return *m_writer;
 }
 
+bool TerminalFrontEnd::WritesRecords() const { return m_command.areRecords && m_format == Format::table; }
+
 void TerminalFrontEnd::TakeColumns(std::vector<std::string> names)
 {
-    m_writer.emplace(m_format, std::move(names), m_terminal.out);
+    if (WritesRecords()) {
+        m_names = std::move(names);
+        return;
+    }
+    m_writer.emplace(m_format, std::move(names), m_terminal.out, m_look);
 }
 
-bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row) { return Writer().Write(row); }
+bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row)
+{
+    if (!WritesRecords()) {
+        return Writer().Write(row);
+    }
+    Record record;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        record.emplace_back(m_names[i], row[i]);
+    }
+    m_terminal.out << (std::exchange(m_isFirstRecord, false) ? "" : "\n");
+    Render(m_format, record, m_terminal.out);
+    return !m_terminal.out.fail();
+}
 
 bool TerminalFrontEnd::TakeTreeRow(const std::vector<Value>& row, const std::string& line)
 {
@@ -115,7 +141,31 @@ void TerminalFrontEnd::ShowSecret(const Secret& secret)
     }
 }
 
+void TerminalFrontEnd::StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets)
+{
+    std::error_code error;
+    if (std::filesystem::symlink_status(file, error).type() != std::filesystem::file_type::not_found) {
+        throw Error(
+            ErrorCode::conflict,
+            fmt::format("{} is there already; nothing was changed, name a new file with --result", Visible(file)));
+    }
+    m_secrets.emplace(OutputFile::Description{file, "--result", "login,password", {}});
+    for (const UserSecret& secret : secrets) {
+        WriteCsvRow({secret.login, std::string(secret.secret.View())}, m_secrets->Stream());
+    }
+    m_secrets->Flush();
+}
+
 std::string TerminalFrontEnd::ReadText(const std::string& name) { return ReadTextFile(name); }
+
+void TerminalFrontEnd::FinishSecrets()
+{
+    try {
+        m_secrets->Finish();
+    } catch (const Error& e) {
+        throw Error(e.Code(), fmt::format("{}; the passwords are set, and in {}", e.what(), m_secrets->Name()));
+    }
+}
 
 void TerminalFrontEnd::ShowProgress(long done, std::optional<long> total)
 {
@@ -177,7 +227,7 @@ void TerminalFrontEnd::WriteFinding(const Finding& finding)
     std::ostream& sentences = m_format == Format::table ? m_terminal.out : m_terminal.err;
     sentences << finding.sentence << '\n';
     if (m_format != Format::table || !finding.rows.rows.empty()) {
-        Render(m_format, finding.rows, m_terminal.out);
+        Render(m_format, finding.rows, m_terminal.out, m_look);
     }
     for (const std::string& note : finding.notes) {
         sentences << note << '\n';
@@ -193,7 +243,7 @@ void TerminalFrontEnd::WriteResult(const Result& result)
     if (result.finding && m_format != Format::json) {
         WriteFinding(*result.finding);
     } else if (!result.record.empty()) {
-        Render(m_format, result.record, result.parts, m_terminal.out);
+        Render(m_format, result.record, result.parts, m_terminal.out, m_look);
     } else if (result.value) {
         Render(m_format, *result.value, m_terminal.out);
     } else if (result.verdict) {
@@ -206,6 +256,9 @@ void TerminalFrontEnd::WriteResult(const Result& result)
 Exit TerminalFrontEnd::Finish(const Result& result)
 {
     HideProgress();
+    if (m_secrets) {
+        FinishSecrets();
+    }
     if (WritesObject() && !result.isRead) {
         WriteObject(result);
     } else if (m_given.options.dryRun && !result.isRead) {

@@ -3,6 +3,7 @@
 #include "console/CommandLine.h"
 #include "console/Interrupt.h"
 #include "console/JsonWriter.h"
+#include "console/OutputFile.h"
 #include "console/Progress.h"
 #include "console/Render.h"
 #include "console/Terminal.h"
@@ -29,6 +30,7 @@ public:
     [[nodiscard]] bool IsGiven(std::string_view secret) const override;
     Secret ObtainSecret(const SecretQuestion& question) override;
     void ShowSecret(const Secret& secret) override;
+    void StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) override;
     std::string ReadText(const std::string& name) override;
     void ShowProgress(long done, std::optional<long> total) override;
     [[nodiscard]] bool IsStopRequested() const noexcept override;
@@ -40,17 +42,24 @@ public:
 
 private:
     [[nodiscard]] bool WritesObject() const;
+    /// Whether rows are written as records are.
+    [[nodiscard]] bool WritesRecords() const;
     TableWriter& Writer();
     JsonWriter& Object();
     void WriteObject(const Result& result);
     void WriteFinding(const Finding& finding);
     void WriteResult(const Result& result);
+    void FinishSecrets();
 
     const Command& m_command;
     const CommandLine& m_given;
     Format m_format;
     Terminal& m_terminal;
+    TableLook m_look;
     std::optional<TableWriter> m_writer;
+    std::vector<std::string> m_names; ///< of the columns of records
+    bool m_isFirstRecord = true;
+    std::optional<OutputFile> m_secrets;  ///< gets its name once they are stored
     std::optional<Interrupt> m_interrupt; ///< from the first progress on
     std::optional<Progress> m_progress;
     std::vector<Outcome> m_outcomes;

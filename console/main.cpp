@@ -4,9 +4,11 @@
 #include "platform/CodePage.h"
 
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <iostream>
 #include <new>
 #include <string_view>
@@ -17,6 +19,17 @@ bool OutIsClosed()
 {
     pollfd out = {STDOUT_FILENO, POLLOUT, 0};
     return poll(&out, 1, 0) == 1 && (out.revents & POLLERR) != 0;
+}
+
+/// As the terminal says or, where it does not, the environment; 0 where neither does.
+std::size_t TerminalWidth()
+{
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+        return size.ws_col;
+    }
+    const char* columns = std::getenv("COLUMNS");
+    return columns == nullptr ? 0 : std::strtoul(columns, nullptr, 10);
 }
 
 int Run(int argc, char* argv[])
@@ -36,6 +49,8 @@ int Run(int argc, char* argv[])
     std::ostream err(errIsTerminal ? &shownErr : std::cerr.rdbuf());
     err << std::unitbuf;
     console::Terminal terminal{in, out, err, isatty(STDIN_FILENO) != 0, errIsTerminal, &OutIsClosed};
+    terminal.outIsTerminal = outIsTerminal;
+    terminal.width = outIsTerminal ? TerminalWidth() : 0;
     return console::RunProgram(argc, argv, terminal);
 }
 

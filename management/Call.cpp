@@ -57,6 +57,13 @@ void Call::ShowSecret(const Secret& secret) const
     }
 }
 
+void Call::StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) const
+{
+    if (!m_options.dryRun) {
+        m_frontEnd.StoreSecrets(file, secrets);
+    }
+}
+
 void Call::DeliverOutcomes()
 {
     for (const Outcome& outcome : std::exchange(m_outcomes, {})) {

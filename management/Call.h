@@ -92,6 +92,8 @@ public:
     void Confirm(const Plan& plan);
     /// Shows a secret that was made up, before it is stored, unless all is undone anyway.
     void ShowSecret(const Secret& secret) const;
+    /// The same by FrontEnd::StoreSecrets.
+    void StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) const;
     /// Hands the outcomes over that were kept.
     void DeliverOutcomes();
     /// Says which entries of the record the change undoes, with blanks between their ids.

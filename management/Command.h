@@ -2,7 +2,9 @@
 
 #include "management/Call.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <map>
@@ -69,13 +71,15 @@ using Check = std::variant<std::monostate, Range, OneOf, ListNamedTexts>;
 
 /// Texts by the name of their option, as given; a flag's is "1" or "0".
 using NamedTexts = std::map<std::string, std::string, std::less<>>;
+/// Values that need not be given.
+using OptionalTexts = std::optional<std::vector<std::string>>;
 
 /// The member of a command's input that a parameter fills. What the member is says whether the parameter is needed: a
-/// std::string, a number or a list of positional values is, an optional or a flag is not.
+/// std::string, a number or a std::vector of positional values is, an optional or a flag is not.
 template <class In>
 using Target = std::variant<std::string In::*, std::optional<std::string> In::*, int In::*, std::optional<int> In::*,
                             std::optional<std::uint32_t> In::*, bool In::*, std::optional<bool> In::*,
-                            std::vector<std::string> In::*, NamedTexts In::*>;
+                            std::vector<std::string> In::*, OptionalTexts In::*, NamedTexts In::*>;
 
 /// One parameter. A name in capitals is a positional one; another is an option, whose words have _ between them here
 /// and - on a command line. An optional<bool> is an option that has a --no- form too. A secret fills a bool: whether it
@@ -139,7 +143,8 @@ struct Command {
     std::vector<ParamInfo> (*params)() = &NoParams;
     /// Of what it gives; none: nothing, one value, a verdict, or a table that FrontEnd::TakeColumns is told of.
     std::span<const Column> columns = {};
-    bool isTree = false; ///< its rows come by FrontEnd::TakeTreeRow
+    bool isTree = false;     ///< its rows come by FrontEnd::TakeTreeRow
+    bool areRecords = false; ///< its rows have too many columns for a table that people read
     Result (*run)(Call& call, const ArgumentSource& source) = nullptr;
 };
 
@@ -172,8 +177,9 @@ ParamInfo InfoOf(const Param<In>& param)
     info.isPositional = IsPositional(param.name);
     std::visit(
         [&info]<class Member>(Member In::*) {
-            info.isList = std::is_same_v<Member, std::vector<std::string>>;
-            info.isRequired = kIsNeeded<Member> || (info.isList && info.isPositional);
+            constexpr bool isVector = std::is_same_v<Member, std::vector<std::string>>;
+            info.isList = isVector || std::is_same_v<Member, OptionalTexts>;
+            info.isRequired = kIsNeeded<Member> || (isVector && info.isPositional);
             info.isNegatable = std::is_same_v<Member, std::optional<bool>>;
             info.isSet = std::is_same_v<Member, NamedTexts>;
         },
@@ -197,7 +203,8 @@ void Read(const Param<In>& param, const ArgumentSource& source, In& in)
                 if (kIsNeeded<Member>) {
                     ThrowMissing(param.name);
                 }
-            } else if constexpr (std::is_same_v<Member, std::vector<std::string>>) {
+            } else if constexpr (std::is_same_v<Member, std::vector<std::string>> ||
+                                 std::is_same_v<Member, OptionalTexts>) {
                 in.*member = given;
             } else if constexpr (std::is_same_v<Member, bool> || std::is_same_v<Member, std::optional<bool>>) {
                 in.*member = given.front() == "1";
@@ -233,6 +240,17 @@ auto ReadInput(const ArgumentSource& source)
 /// Of a command that takes nothing and is run in a way that asks for a table of parameters.
 struct NoInput {};
 inline constexpr std::array<Param<NoInput>, 0> kNoParams = {};
+
+/// Two tables of parameters as one.
+template <class In, std::size_t A, std::size_t B>
+constexpr std::array<Param<In>, A + B> Joined(const std::array<Param<In>, A>& first,
+                                              const std::array<Param<In>, B>& second)
+{
+    std::array<Param<In>, A + B> all{};
+    std::ranges::copy(first, all.begin());
+    std::ranges::copy(second, all.begin() + A);
+    return all;
+}
 
 /// For Command::params.
 template <auto& Params>

@@ -23,6 +23,7 @@ std::span<const Command> FolderCommands();
 namespace organisation {
 std::span<const Command> GroupCommands();
 std::span<const Command> MemberCommands();
+std::span<const Command> UserMoveCommands();
 std::span<const Command> ViewCommands();
 } // namespace organisation
 namespace passwords {
@@ -39,6 +40,8 @@ std::span<const Command> DocLogCommands();
 namespace rights {
 std::span<const Command> RightCommands();
 std::span<const Command> ExplainCommands();
+std::span<const Command> RightDiffCommands();
+std::span<const Command> RightHolderCommands();
 std::span<const Command> ObjectRightCommands();
 } // namespace rights
 namespace roles {
@@ -59,13 +62,14 @@ const std::vector<Command>& Commands()
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
         for (const std::span<const Command> noun :
-             {users::UserCommands(),          passwords::PasswordCommands(), organisation::GroupCommands(),
-              organisation::ViewCommands(),   roles::RoleCommands(),         titles::TitleCommands(),
-              organisation::MemberCommands(), rights::RightCommands(),       rights::ExplainCommands(),
-              rights::ObjectRightCommands(),  documents::DocRootCommands(),  documents::FolderCommands(),
-              plans::PlanCommands(),          plans::DocLogCommands(),       settings::SettingCommands(),
-              messages::MessageCommands(),    messages::LoginLogCommands(),  addins::AddInCommands(),
-              addins::PackageCommands(),      board::BoardCommands(),        audit::AuditCommands(),
+             {users::UserCommands(),         passwords::PasswordCommands(),  organisation::UserMoveCommands(),
+              organisation::GroupCommands(), organisation::ViewCommands(),   roles::RoleCommands(),
+              titles::TitleCommands(),       organisation::MemberCommands(), rights::RightCommands(),
+              rights::ExplainCommands(),     rights::RightHolderCommands(),  rights::RightDiffCommands(),
+              rights::ObjectRightCommands(), documents::DocRootCommands(),   documents::FolderCommands(),
+              plans::PlanCommands(),         plans::DocLogCommands(),        settings::SettingCommands(),
+              messages::MessageCommands(),   messages::LoginLogCommands(),   addins::AddInCommands(),
+              addins::PackageCommands(),     board::BoardCommands(),         audit::AuditCommands(),
               check::CheckCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }

@@ -39,6 +39,12 @@ struct SecretQuestion {
     std::string_view advice; ///< the options that there are instead, for who cannot be asked
 };
 
+/// A secret that was made up for a user.
+struct UserSecret {
+    std::string login;
+    Secret secret;
+};
+
 /// Who has called a command: a terminal, a server, a test. Every function may @throw Error.
 class FrontEnd {
 public:
@@ -70,6 +76,9 @@ public:
     /// Hands over a secret that was made up, before it is stored: what nobody could read, nobody is to have.
     /// @throws Error (failed) when it cannot be handed over.
     virtual void ShowSecret(const Secret& secret) = 0;
+    /// Writes secrets that were made up to a new file of its owner alone, likewise. @throws Error (conflict) for a file
+    /// that is there already, (invalid) where there are no files, (failed).
+    virtual void StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) = 0;
     /// The text of a file that a parameter names. @throws Error (failed) unless it is UTF-8 without NUL bytes.
     virtual std::string ReadText(const std::string& name) = 0;
     /// How far a long run is. The run can be stopped from the first time on. @param total  how many there are, where

@@ -4,6 +4,7 @@
 #include "management/organisation/DepartmentSync.h"
 #include "management/organisation/Organisation.h"
 #include "management/roles/Roles.h"
+#include "management/users/ChosenUsers.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
@@ -24,15 +25,13 @@ struct OneHolder {
 
 constexpr Param<OneHolder> kListParams[] = {{"GROUP", &OneHolder::holder, Kind::group, kHolderHelp}};
 
-struct HolderAndUsers {
+struct HolderAndUsers : UsersInput {
     std::string holder;
-    std::vector<std::string> users;
 };
 
-constexpr Param<HolderAndUsers> kUsersParams[] = {
-    {"GROUP", &HolderAndUsers::holder, Kind::group, kHolderHelp},
-    {"USER", &HolderAndUsers::users, Kind::user, kUserHelp},
-};
+constexpr auto kMembersParams =
+    Joined(std::to_array<Param<HolderAndUsers>>({{"GROUP", &HolderAndUsers::holder, Kind::group, kHolderHelp}}),
+           kUsersParams<HolderAndUsers>);
 
 struct OneUser {
     std::string user;
@@ -97,14 +96,36 @@ void ReportDepartments(Call& call, std::size_t users)
     }
 }
 
-Result ChangeMembers(Call& call, const HolderAndUsers& in, const MembershipChange& change)
+/// A group or view, and the users who are to enter or leave it.
+struct Memberships : ChosenUsers {
+    ItemKey holder{};
+
+    bool operator==(const Memberships&) const = default;
+};
+
+constexpr ChoiceMessages kJoiningMessages = {"Make {} members?", "nobody became a member"};
+constexpr ChoiceMessages kLeavingMessages = {"End the membership of {}?", "no membership was ended", true};
+
+Memberships PlanMemberships(Call& call, const HolderAndUsers& in, const ChoiceMessages& messages)
 {
+    const ItemKey holder = Organisation(call.Connection()).FindHolder(in.holder);
+    return {ChooseUsers(call, in, messages), holder};
+}
+
+Memberships PlanJoining(Call& call, const HolderAndUsers& in) { return PlanMemberships(call, in, kJoiningMessages); }
+Memberships PlanLeaving(Call& call, const HolderAndUsers& in) { return PlanMemberships(call, in, kLeavingMessages); }
+
+Result ChangeMembers(Call& call, const Memberships& memberships, const MembershipChange& change)
+{
+    if (memberships.users.empty()) {
+        return NobodySelected(call);
+    }
     const Organisation organisation(call.Connection());
     Roles roles(call.Connection());
-    const ItemKey holder = organisation.FindHolder(in.holder);
+    const ItemKey holder = memberships.holder;
     const std::string name = organisation.Named(holder);
     std::vector<int> changedUsers;
-    for (const UserKey& user : FindUsers(call.Directory(), in.users)) {
+    for (const UserKey& user : memberships.users) {
         const bool isChanged = (roles.*change.change)(holder, user.id);
         call.Report({"user", user.id, user.login, isChanged ? change.outcome : "unchanged",
                      fmt::format("{} {} {}", Named(user), isChanged ? change.done : change.notNeeded, name)});
@@ -116,8 +137,15 @@ Result ChangeMembers(Call& call, const HolderAndUsers& in, const MembershipChang
     return changedUsers.empty() ? Unchanged() : Result();
 }
 
-Result Add(Call& call, const HolderAndUsers& in) { return ChangeMembers(call, in, kJoining); }
-Result Remove(Call& call, const HolderAndUsers& in) { return ChangeMembers(call, in, kLeaving); }
+Result Add(Call& call, const HolderAndUsers& /*in*/, const Memberships& memberships)
+{
+    return ChangeMembers(call, memberships, kJoining);
+}
+
+Result Remove(Call& call, const HolderAndUsers& /*in*/, const Memberships& memberships)
+{
+    return ChangeMembers(call, memberships, kLeaving);
+}
 
 /// A user and all that the user is to leave.
 struct Detachment : Plan {
@@ -178,16 +206,20 @@ constexpr Command kCommands[] = {
      .run = &Read<&List, kListParams>},
     {.path = {"member", "add"},
      .summary = "make users members of a group or view",
-     .examples = "  qvadmin member add /Company/Sales amy rory",
+     .examples = "  qvadmin member add /Company/Sales amy rory\n"
+                 "  qvadmin member add /Company/Sales --no-group --where department~sales",
      .effect = Effect::create,
-     .params = &InfosOf<kUsersParams>,
-     .run = &Write<&Add, kUsersParams>},
+     .asks = true,
+     .params = &InfosOf<kMembersParams>,
+     .run = &WritePlanned<&PlanJoining, &Add, kMembersParams>},
     {.path = {"member", "remove"},
      .summary = "end the membership of users in a group or view",
-     .examples = "  qvadmin member remove /Company/Sales amy",
+     .examples = "  qvadmin member remove /Company/Sales amy\n"
+                 "  qvadmin member remove /Company/Sales --in /Company/Sales --locked",
      .effect = Effect::remove,
-     .params = &InfosOf<kUsersParams>,
-     .run = &Write<&Remove, kUsersParams>},
+     .asks = true,
+     .params = &InfosOf<kMembersParams>,
+     .run = &WritePlanned<&PlanLeaving, &Remove, kMembersParams>},
     {.path = {"member", "detach"},
      .summary = "take a user out of all groups and views; asks first",
      .examples = "  qvadmin member detach amy",

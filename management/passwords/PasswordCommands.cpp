@@ -1,6 +1,7 @@
 #include "management/Command.h"
 #include "management/Text.h"
 #include "management/passwords/Passwords.h"
+#include "management/users/ChosenUsers.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
@@ -11,22 +12,38 @@ namespace {
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
 
-struct PasswordToSet {
-    std::string user;
+struct PasswordToSet : UsersInput {
     bool isGiven = false;
     bool generate = false;
+    std::optional<std::string> result;
     std::optional<int> type;
     bool allowEmpty = false;
+
+    void Check() const
+    {
+        UsersInput::Check();
+        if (result && !generate) {
+            throw Error(ErrorCode::invalid, "--result takes passwords that are made up; add --generate");
+        }
+    }
 };
 
-constexpr Param<PasswordToSet> kSetParams[] = {
-    {"USER", &PasswordToSet::user, Kind::user, kUserHelp},
-    {"password", &PasswordToSet::isGiven, Kind::secret, "the new password"},
-    {"generate", &PasswordToSet::generate, Kind::flag, "make up a password and print it", {}, "password"},
-    {"type", &PasswordToSet::type, Kind::number, "0 plain text, 1 MD5, 2 MD5 with login name; else as the setting says",
-     Range{0, 2}},
-    {"allow_empty", &PasswordToSet::allowEmpty, Kind::flag, "take an empty password too"},
-};
+constexpr auto kSetParams =
+    Joined(kUsersParams<PasswordToSet>,
+           std::to_array<Param<PasswordToSet>>({
+               {"password", &PasswordToSet::isGiven, Kind::secret, "the new password"},
+               {"generate",
+                &PasswordToSet::generate,
+                Kind::flag,
+                "make up a password, for each user another, and print it",
+                {},
+                "password"},
+               {"result", &PasswordToSet::result, Kind::file,
+                "with --generate: write login names and passwords to this new file, as CSV, in place of printing"},
+               {"type", &PasswordToSet::type, Kind::number,
+                "0 plain text, 1 MD5, 2 MD5 with login name; else as the setting says", Range{0, 2}},
+               {"allow_empty", &PasswordToSet::allowEmpty, Kind::flag, "take an empty password too"},
+           }));
 
 struct PasswordToCheck {
     std::string user;
@@ -70,43 +87,65 @@ Result Status(Call& call, const OneUser& in)
 
 // ---- Changing -------------------------------------------------------------------------------------------------------
 
-/// Whose password is set.
-struct Owner : Plan {
-    UserKey user;
+constexpr ChoiceMessages kSetting = {"Set the passwords of {}?", "no password was set"};
 
-    bool operator==(const Owner&) const = default;
+ChosenUsers PlanSetting(Call& call, const PasswordToSet& in)
+{
+    ChosenUsers owners = ChooseUsers(call, in, kSetting);
+    if (in.generate && !in.result && owners.users.size() > 1) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("the passwords of {} cannot be printed; no password was set, name a file for them with "
+                                "--result",
+                                Counted(owners.users.size(), "user")));
+    }
+    return owners;
+}
+
+/// One for all, or for each user his own.
+struct NewPasswords {
+    std::optional<Secret> common;
+    std::vector<UserSecret> generated;
 };
 
-Owner FindOwner(Call& call, const PasswordToSet& in)
+NewPasswords ObtainPasswords(Call& call, const PasswordToSet& in, const ChosenUsers& owners)
 {
-    Owner owner;
-    owner.user = FindUser(call.Directory(), in.user);
-    owner.nothingDone = "no password was set";
-    return owner;
-}
-
-Secret NewPassword(Call& call, const PasswordToSet& in, const Owner& owner)
-{
+    NewPasswords passwords;
     if (in.generate) {
-        return GeneratedPassword();
+        for (const UserKey& user : owners.users) {
+            passwords.generated.push_back({user.login, GeneratedPassword()});
+        }
+        return passwords;
     }
-    Secret password = call.Front().ObtainSecret(
-        {"password", "New password of " + Named(owner.user), true, "--password-stdin, --password-file or --generate"});
-    if (password.View().empty() && !in.allowEmpty) {
+    if (owners.users.empty()) {
+        return passwords;
+    }
+    const std::string whose =
+        owners.users.size() == 1 ? Named(owners.users.front()) : Counted(owners.users.size(), "user");
+    passwords.common.emplace(call.Front().ObtainSecret(
+        {"password", "New password of " + whose, true, "--password-stdin, --password-file or --generate"}));
+    if (passwords.common->View().empty() && !in.allowEmpty) {
         throw Error(ErrorCode::invalid, "the password is empty; add --allow-empty if that is meant");
     }
-    return password;
+    return passwords;
 }
 
-Result Set(Call& call, const PasswordToSet& in, const Owner& owner, const Secret& password)
+Result Set(Call& call, const PasswordToSet& in, const ChosenUsers& owners, const NewPasswords& secrets)
 {
-    const UserKey& user = owner.user;
-    Passwords passwords(call.Directory());
-    passwords.Set(user, password, in.type ? *in.type : passwords.EncodingType());
-    if (in.generate) {
-        call.ShowSecret(password);
+    if (owners.users.empty()) {
+        return NobodySelected(call);
     }
-    call.Report({"user", user.id, user.login, "password_set", fmt::format("set the password of {}", Named(user))});
+    Passwords passwords(call.Directory());
+    const int type = in.type ? *in.type : passwords.EncodingType();
+    for (std::size_t i = 0; i < owners.users.size(); ++i) {
+        const UserKey& user = owners.users[i];
+        passwords.Set(user, secrets.common ? *secrets.common : secrets.generated[i].secret, type);
+        call.Report({"user", user.id, user.login, "password_set", fmt::format("set the password of {}", Named(user))});
+    }
+    if (in.result) {
+        call.StoreSecrets(*in.result, secrets.generated);
+    } else if (in.generate) {
+        call.ShowSecret(secrets.generated.front().secret);
+    }
     return {};
 }
 
@@ -118,13 +157,15 @@ constexpr Command kCommands[] = {
                  "  qvadmin user password check amy --password-file secret.txt\n"
                  "  qvadmin user password status amy"},
     {.path = {"user", "password", "set"},
-     .summary = "give a user a password",
+     .summary = "give users a password",
      .examples = "  qvadmin user password set amy\n"
-                 "  qvadmin user password set amy --generate",
+                 "  qvadmin user password set amy --generate\n"
+                 "  qvadmin user password set --in /Company/Sales --generate --result passwords.csv",
      .effect = Effect::change,
+     .asks = true,
      .risk = Risk::stepUp,
      .params = &InfosOf<kSetParams>,
-     .run = &WriteWithSecret<&FindOwner, &NewPassword, &Set, kSetParams>},
+     .run = &WriteWithSecret<&PlanSetting, &ObtainPasswords, &Set, kSetParams>},
     {.path = {"user", "password", "check"},
      .summary = "print true or false; ends with 0 or 3",
      .examples = "  qvadmin user password check amy --password-file secret.txt",

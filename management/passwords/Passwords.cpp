@@ -80,7 +80,7 @@ Secret::~Secret() { ::explicit_bzero(m_text.data(), m_text.capacity()); }
 
 bool Secret::Append(char byte)
 {
-    if (m_text.size() == kLongest) {
+    if (m_text.size() >= std::min(kLongest, m_text.capacity())) {
         return false;
     }
     m_text += byte;
@@ -103,7 +103,7 @@ Secret GeneratedPassword()
     if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
         throw Error(ErrorCode::failed, "the system gives no random numbers for a password");
     }
-    Secret password;
+    Secret password(kGeneratedLength);
     for (const unsigned char byte : bytes) {
         password.Append(kLetters[byte % kLetters.size()]);
     }

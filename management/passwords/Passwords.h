@@ -2,6 +2,8 @@
 
 #include "management/users/Users.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,7 +17,9 @@ public:
     /// The most bytes that one may have.
     static constexpr std::size_t kLongest = 4096;
 
-    Secret() { m_text.reserve(kLongest); }
+    Secret() : Secret(kLongest) {}
+    /// @param room  how many bytes it takes at most.
+    explicit Secret(std::size_t room) { m_text.reserve(room); }
     explicit Secret(std::string_view text) : Secret() { m_text = text; }
     Secret(const Secret&) = delete;
     Secret& operator=(const Secret&) = delete;

@@ -6,6 +6,7 @@
 #include "management/Text.h"
 #include "management/organisation/Organisation.h"
 #include "management/plans/Plans.h"
+#include "management/users/ChosenUsers.h"
 
 #include <fmt/format.h>
 
@@ -71,18 +72,31 @@ struct OneItem {
 
 constexpr Param<OneItem> kOfParams[] = {{"ITEM", &OneItem::item, Kind::holder, kItemHelp}};
 
-struct PlanAndItems {
+struct PlanAndItems : SelectionInput {
     std::string plan;
-    std::vector<std::string> items;
+    OptionalTexts items;
     bool recursive = false;
+
+    void Check() const
+    {
+        if (items.has_value() == !IsEmpty()) {
+            throw Error(ErrorCode::invalid, items
+                                                ? "items are named and users selected at once; do one of both"
+                                                : "ITEM is required, or options that select users, such as --in GROUP");
+        }
+        SelectionInput::Check();
+    }
 };
 
-constexpr Param<PlanAndItems> kItemsParams[] = {
-    {"PLAN", &PlanAndItems::plan, Kind::plan, kPlanHelp},
-    {"ITEM", &PlanAndItems::items, Kind::holder, kItemHelp},
-    {"recursive", &PlanAndItems::recursive, Kind::flag,
-     "a group means also the groups below it and the users in them; asks first"},
-};
+constexpr auto kItemsParams =
+    Joined(std::to_array<Param<PlanAndItems>>({
+               {"PLAN", &PlanAndItems::plan, Kind::plan, kPlanHelp},
+               {"ITEM", &PlanAndItems::items, Kind::holder,
+                "user:LOGIN or group:/VIEW/GROUP, also with id:NUMBER; or none, and options that select users"},
+               {"recursive", &PlanAndItems::recursive, Kind::flag,
+                "a group means also the groups below it and the users in them; asks first"},
+           }),
+           kSelectionParams<PlanAndItems>);
 
 constexpr Column kListColumns[] = {{"id", Kind::number}, {"name"}, {"description"}};
 constexpr Column kShowColumns[] = {
@@ -212,6 +226,22 @@ constexpr Messages kAssigning = {
 constexpr Messages kUnassigning = {"Take {} from {}?",   "no longer has",          "did not have", "took {} from {}",
                                    "{} did not have it", "nothing was taken away", "unassigned",   true};
 
+/// Shows what nobody has named, and asks about it.
+void AskAbout(Selection& selection, const Messages& messages)
+{
+    if (selection.items.empty()) {
+        return;
+    }
+    if (selection.items.size() <= kLongestList) {
+        for (const auto& [key, name] : selection.items) {
+            selection.lines.push_back(Named(Item{key, name}));
+        }
+    }
+    selection.lines.push_back(CountedItems(selection.items));
+    selection.question = fmt::format(fmt::runtime(messages.question), Named(selection.plan), selection.lines.back());
+    selection.removed = messages.removes ? selection.items.size() : 0;
+}
+
 Selection Select(Call& call, const PlanAndItems& in, const Messages& messages)
 {
     CAConnect& conn = call.Connection();
@@ -219,8 +249,15 @@ Selection Select(Call& call, const PlanAndItems& in, const Messages& messages)
     Selection selection;
     selection.plan = FindPlan(plans, in.plan);
     selection.nothingDone = messages.nothingDone;
+    if (!in.items) {
+        for (const UserKey& user : SelectedUsers(conn, UserSelection(conn, in))) {
+            selection.items.emplace(ItemKey{kItemTypeUser, user.id}, user.login);
+        }
+        AskAbout(selection, messages);
+        return selection;
+    }
     const std::vector<Item> items = FindEach(
-        in.items, "users or groups", "`qvadmin user list` and `qvadmin group tree` show all",
+        *in.items, "users or groups", "`qvadmin user list` and `qvadmin group tree` show all",
         [&conn](const std::string& argument) { return FindUserOrGroup(conn, argument); }, &Item::key);
     for (const Item& item : items) {
         selection.items.emplace(item.key, item.name);
@@ -235,14 +272,7 @@ Selection Select(Call& call, const PlanAndItems& in, const Messages& messages)
             expansion.AddBelow(key, selection.items);
         }
     }
-    if (selection.items.size() <= kLongestList) {
-        for (const auto& [key, name] : selection.items) {
-            selection.lines.push_back(Named(Item{key, name}));
-        }
-    }
-    selection.lines.push_back(CountedItems(selection.items));
-    selection.question = fmt::format(fmt::runtime(messages.question), Named(selection.plan), selection.lines.back());
-    selection.removed = messages.removes ? selection.items.size() : 0;
+    AskAbout(selection, messages);
     return selection;
 }
 
@@ -279,6 +309,9 @@ void ReportItems(Call& call, const Selection& selection, const std::set<ItemKey>
 
 Result ChangeItems(Call& call, const Selection& selection, bool assign)
 {
+    if (selection.items.empty()) {
+        return NobodySelected(call);
+    }
     Plans plans(call.Connection());
     const std::set<ItemKey> holders = plans.ItemsOf(selection.plan.id);
     std::set<ItemKey> changed;
@@ -452,7 +485,8 @@ constexpr Command kCommands[] = {
     {.path = {"plan", "assign"},
      .summary = "assign a backup plan to users and groups",
      .examples = "  qvadmin plan assign Nightly user:amy user:rory\n"
-                 "  qvadmin plan assign Nightly group:/Company/Sales --recursive",
+                 "  qvadmin plan assign Nightly group:/Company/Sales --recursive\n"
+                 "  qvadmin plan assign Nightly --in /Company --deep --active",
      .effect = Effect::change,
      .asks = true,
      .params = &InfosOf<kItemsParams>,
@@ -460,7 +494,8 @@ constexpr Command kCommands[] = {
     {.path = {"plan", "unassign"},
      .summary = "take a backup plan from users and groups",
      .examples = "  qvadmin plan unassign Nightly user:amy\n"
-                 "  qvadmin plan unassign Nightly group:/Company/Sales --recursive --yes",
+                 "  qvadmin plan unassign Nightly group:/Company/Sales --recursive --yes\n"
+                 "  qvadmin plan unassign Nightly --locked",
      .effect = Effect::change,
      .asks = true,
      .params = &InfosOf<kItemsParams>,

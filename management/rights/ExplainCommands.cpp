@@ -1,3 +1,4 @@
+#include "basefun/ItemTypes.h"
 #include "dbaccess/CAConnect.h"
 #include "management/Command.h"
 #include "management/DatabaseError.h"
@@ -12,7 +13,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 
 namespace management::rights {
 
@@ -28,6 +28,7 @@ struct ExplainQuery {
     std::optional<std::string> mask;
     bool limit = false;
     bool guest = false;
+    std::vector<std::string> ifRoles;
 };
 
 constexpr Param<ExplainQuery> kExplainParams[] = {
@@ -38,6 +39,8 @@ constexpr Param<ExplainQuery> kExplainParams[] = {
     {"mask", &ExplainQuery::mask, Kind::number, "is one of these bits among the rights, such as 6 or 0x6"},
     {"limit", &ExplainQuery::limit, Kind::flag, "how much may the user; -1 is unlimited"},
     {"guest", &ExplainQuery::guest, Kind::flag, "has the first role the bit for guests, 8"},
+    {"if_role", &ExplainQuery::ifRoles, Kind::role,
+     "answer as if the user were linked to this role too; may be given several times"},
 };
 
 constexpr Column kColumns[] = {{"user", Kind::user},
@@ -63,18 +66,6 @@ struct Subject {
 
 // ---- The question ---------------------------------------------------------------------------------------------------
 
-Question BitGiven(const std::string& text)
-{
-    const std::uint32_t bit = BitsFrom(text);
-    if (!std::has_single_bit(bit)) {
-        throw Error(ErrorCode::invalid,
-                    fmt::format("--bit {} is not the value of one bit, such as 1, 2, 4 or 8; --mask "
-                                "takes several",
-                                Quoted(text)));
-    }
-    return {QuestionKind::bit, bit};
-}
-
 Question QuestionGiven(const ExplainQuery& in)
 {
     if (int{in.bit.has_value()} + int{in.mask.has_value()} + int{in.limit} + int{in.guest} > 1) {
@@ -82,7 +73,7 @@ Question QuestionGiven(const ExplainQuery& in)
                     "--bit, --mask, --limit and --guest are questions of their own; ask one at a time");
     }
     if (in.bit) {
-        return BitGiven(*in.bit);
+        return {QuestionKind::bit, BitFrom(*in.bit)};
     }
     if (in.mask) {
         return {QuestionKind::mask, BitsFrom(*in.mask)};
@@ -256,6 +247,16 @@ Record RecordOf(const Subject& subject, const Explanation& explanation)
 
 // ---- The command ----------------------------------------------------------------------------------------------------
 
+/// What is to be known of an answer about a user who has more roles than he has.
+std::string AssumptionText(const UserKey& user, const std::vector<RoleKey>& roles)
+{
+    std::string list;
+    for (const RoleKey& role : roles) {
+        list += (list.empty() ? "" : ", ") + Named(role);
+    }
+    return fmt::format("note: this is as if {} were linked to {}", Named(user), list);
+}
+
 Result ExplainRight(Call& call, const ExplainQuery& in)
 {
     const Question question = QuestionGiven(in);
@@ -272,17 +273,43 @@ Result ExplainRight(Call& call, const ExplainQuery& in)
     return result;
 }
 
+/// Answers in a transaction that is rolled back.
+Result ExplainAssuming(Call& call, const ExplainQuery& in)
+{
+    if (call.Options().joinsTransaction) {
+        throw Error(ErrorCode::invalid, "--if-role cannot be asked within one transaction; ask it by itself");
+    }
+    CAConnect& conn = call.Connection();
+    Roles roles(conn);
+    const UserKey user = FindUser(call.Directory(), in.user);
+    const std::vector<RoleKey> assumed = FindRoles(roles, in.ifRoles, {});
+    Transaction transaction(conn);
+    for (const RoleKey& role : assumed) {
+        roles.Link({kItemTypeRole, role.id}, user.id);
+    }
+    Result result = ExplainRight(call, in);
+    transaction.Rollback();
+    result.finding->notes.insert(result.finding->notes.begin(), AssumptionText(user, assumed));
+    return result;
+}
+
+Result AnswerExplain(Call& call, const ExplainQuery& in)
+{
+    return in.ifRoles.empty() ? ExplainRight(call, in) : ExplainAssuming(call, in);
+}
+
 constexpr Command kCommands[] = {
     {.path = {"right", "explain"},
      .summary = "why a user has a right, or has not: what is found, and which role decides",
      .examples = "  qvadmin right explain amy mail send --bit 1\n"
                  "  qvadmin right explain amy mail send --mask 0x6\n"
                  "  qvadmin right explain amy mail size --limit\n"
+                 "  qvadmin right explain amy mail send --bit 1 --if-role Editors\n"
                  "  qvadmin right explain amy chat join --guest -o json",
      .effect = Effect::read,
      .params = &InfosOf<kExplainParams>,
      .columns = kColumns,
-     .run = &Read<&ExplainRight, kExplainParams>},
+     .run = &Read<&AnswerExplain, kExplainParams>},
 };
 
 } // namespace

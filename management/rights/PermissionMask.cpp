@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include <bit>
 #include <charconv>
 #include <optional>
 #include <string_view>
@@ -59,6 +60,18 @@ std::uint32_t BitsFrom(const std::string& text)
                                 Quoted(text)));
     }
     return *bits;
+}
+
+std::uint32_t BitFrom(const std::string& text)
+{
+    const std::uint32_t bit = BitsFrom(text);
+    if (!std::has_single_bit(bit)) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("--bit {} is not the value of one bit, such as 1, 2, 4 or 8; --mask "
+                                "takes several",
+                                Quoted(text)));
+    }
+    return bit;
 }
 
 } // namespace management

@@ -17,5 +17,7 @@ int PowerFrom(const std::string& text);
 
 /// The bits that an argument means: a number from 0 to 4294967295, decimal or as 0x1F. @throws Error (invalid).
 std::uint32_t BitsFrom(const std::string& text);
+/// The one bit that an argument of --bit means. @throws Error (invalid).
+std::uint32_t BitFrom(const std::string& text);
 
 } // namespace management

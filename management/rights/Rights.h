@@ -61,6 +61,8 @@ struct EffectiveRight {
     bool publish = false;   ///< bit 1 in some role
     bool guest = false;     ///< bit 8 in the row that the engine returns first
     int limit = 0;          ///< the widest of all roles; -1 for none
+
+    bool operator==(const EffectiveRight&) const = default;
 };
 
 /// The rights of items, alone and with respect to other items. Any text goes in and comes out as it is, whatever the

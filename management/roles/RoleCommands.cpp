@@ -3,6 +3,7 @@
 #include "management/References.h"
 #include "management/Text.h"
 #include "management/roles/Roles.h"
+#include "management/users/ChosenUsers.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
@@ -89,16 +90,13 @@ constexpr Param<SeveralRoles> kSeveralParams[] = {
     kApplicationParam<SeveralRoles>,
 };
 
-struct RoleAndUsers : OneRole {
-    std::vector<std::string> users;
-};
+struct RoleAndUsers : OneRole, UsersInput {};
 
-constexpr Param<RoleAndUsers> kUsersParams[] = {
-    {"ROLE", &RoleAndUsers::role, Kind::role, kRoleHelp},
-    {"USER", &RoleAndUsers::users, Kind::user, kUserHelp},
-    kDomainParam<RoleAndUsers>,
-    kApplicationParam<RoleAndUsers>,
-};
+constexpr auto kMembersParams =
+    Joined(std::to_array<Param<RoleAndUsers>>({{"ROLE", &RoleAndUsers::role, Kind::role, kRoleHelp},
+                                               kDomainParam<RoleAndUsers>,
+                                               kApplicationParam<RoleAndUsers>}),
+           kUsersParams<RoleAndUsers>);
 
 struct OneUser {
     std::string user;
@@ -287,12 +285,35 @@ struct LinkChange {
 constexpr LinkChange kAdding = {&Roles::Link, "added", "now has", "already has"};
 constexpr LinkChange kRemoving = {&Roles::Unlink, "removed", "no longer has", "was not linked to"};
 
-Result ChangeMembers(Call& call, const RoleAndUsers& in, const LinkChange& change)
+/// A role, and the users who are to get or lose it.
+struct Links : ChosenUsers {
+    RoleKey role{};
+
+    bool operator==(const Links&) const = default;
+};
+
+constexpr ChoiceMessages kAddingMessages = {"Give the role to {}?", "nobody was given the role"};
+constexpr ChoiceMessages kRemovingMessages = {"Take the role from {}?", "the role was taken from nobody", true};
+
+Links PlanLinks(Call& call, const RoleAndUsers& in, const ChoiceMessages& messages)
 {
     Roles roles(call.Connection());
     const RoleKey role = FindRole(roles, in.role, in.Scope());
+    return {ChooseUsers(call, in, messages), role};
+}
+
+Links PlanAdding(Call& call, const RoleAndUsers& in) { return PlanLinks(call, in, kAddingMessages); }
+Links PlanRemoving(Call& call, const RoleAndUsers& in) { return PlanLinks(call, in, kRemovingMessages); }
+
+Result ChangeMembers(Call& call, const Links& links, const LinkChange& change)
+{
+    if (links.users.empty()) {
+        return NobodySelected(call);
+    }
+    Roles roles(call.Connection());
+    const RoleKey& role = links.role;
     Result result = Unchanged();
-    for (const UserKey& user : FindUsers(call.Directory(), in.users)) {
+    for (const UserKey& user : links.users) {
         const bool isChanged = (roles.*change.change)({kItemTypeRole, role.id}, user.id);
         call.Report({"user", user.id, user.login, isChanged ? change.outcome : "unchanged",
                      fmt::format("{} {} {}", Named(user), isChanged ? change.done : change.notNeeded, Named(role))});
@@ -301,8 +322,11 @@ Result ChangeMembers(Call& call, const RoleAndUsers& in, const LinkChange& chang
     return result;
 }
 
-Result Add(Call& call, const RoleAndUsers& in) { return ChangeMembers(call, in, kAdding); }
-Result Remove(Call& call, const RoleAndUsers& in) { return ChangeMembers(call, in, kRemoving); }
+Result Add(Call& call, const RoleAndUsers& /*in*/, const Links& links) { return ChangeMembers(call, links, kAdding); }
+Result Remove(Call& call, const RoleAndUsers& /*in*/, const Links& links)
+{
+    return ChangeMembers(call, links, kRemoving);
+}
 
 Result CreateDefault(Call& call, const DefaultRole& in)
 {
@@ -366,16 +390,20 @@ constexpr Command kCommands[] = {
      .run = &Read<&Members, kOneParams>},
     {.path = {"role", "add"},
      .summary = "give users a role",
-     .examples = "  qvadmin role add Editors amy rory",
+     .examples = "  qvadmin role add Editors amy rory\n"
+                 "  qvadmin role add Editors --in /Company/Sales --where title~lead",
      .effect = Effect::create,
-     .params = &InfosOf<kUsersParams>,
-     .run = &Write<&Add, kUsersParams>},
+     .asks = true,
+     .params = &InfosOf<kMembersParams>,
+     .run = &WritePlanned<&PlanAdding, &Add, kMembersParams>},
     {.path = {"role", "remove"},
      .summary = "take a role from users",
-     .examples = "  qvadmin role remove Editors amy",
+     .examples = "  qvadmin role remove Editors amy\n"
+                 "  qvadmin role remove Editors --role Editors --locked",
      .effect = Effect::remove,
-     .params = &InfosOf<kUsersParams>,
-     .run = &Write<&Remove, kUsersParams>},
+     .asks = true,
+     .params = &InfosOf<kMembersParams>,
+     .run = &WritePlanned<&PlanRemoving, &Remove, kMembersParams>},
     {.path = {"role", "of"},
      .summary = "the roles of a user, that of every user among them",
      .examples = "  qvadmin role of amy",

@@ -8,7 +8,6 @@
 #include "management/Escape.h"
 #include "management/Names.h"
 #include "management/Query.h"
-#include "management/users/LoginOrder.h"
 
 #include <fmt/format.h>
 
@@ -55,21 +54,6 @@ FieldValues ReadAllColumns(CARecordset& row)
         values[&field] = isThere ? Stored(Text(text)) : Stored();
     }
     return values;
-}
-
-ListedUser ReadListed(CARecordset& row)
-{
-    ListedUser user;
-    row.GetValue(1, user.id);
-    user.login = TextIn(row, 2);
-    user.name = TextIn(row, 3);
-    row.GetValue(4, user.sex);
-    user.mobile = TextIn(row, 5);
-    user.email = TextIn(row, 6);
-    user.department = TextIn(row, 7);
-    user.title = TextIn(row, 8);
-    row.GetValue(9, user.locked);
-    return user;
 }
 
 } // namespace
@@ -191,22 +175,6 @@ int Directory::Count()
     int count = 0;
     Run(m_conn, [&] { return CQVBaseFun::GetUserItemCount(m_conn, count); });
     return count;
-}
-
-void Directory::List(const std::function<bool(const ListedUser&)>& isWanted, std::size_t limit,
-                     const std::function<bool(const ListedUser&)>& take)
-{
-    const std::string order = OrderByLogin(m_conn);
-    LoginOrder<ListedUser> users(!order.empty(), limit, take);
-    EachRow(m_conn,
-            "SELECT Col_ID, Col_LoginName, Col_Name, Col_Sex, Col_Mobile, Col_EMail, Col_DeptInfo, Col_o_JobTitle, "
-            "Col_Disabled FROM qv_User" +
-                order,
-            [&](CARecordset& row) {
-                ListedUser user = ReadListed(row);
-                return !isWanted(user) || users.Add(std::move(user));
-            });
-    users.Finish();
 }
 
 std::optional<FieldValues> Directory::Load(int id)

@@ -4,8 +4,6 @@
 #include "management/References.h"
 #include "management/users/Fields.h"
 
-#include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,19 +23,6 @@ struct UserKey {
 struct NamedUser {
     int id;
     std::string name;
-};
-
-/// What a list shows of a user.
-struct ListedUser {
-    int id = 0;
-    std::string login;
-    std::string name;
-    int sex = 0;
-    std::string mobile;
-    std::string email;
-    std::string department;
-    std::string title;
-    bool locked = false;
 };
 
 /// What a user may change of himself.
@@ -86,11 +71,6 @@ public:
     std::string NameOfId(int id);
     std::optional<NamedUser> FindNamed(std::string_view login);
     int Count();
-    /// Gives users to `take`, by login name, case not counting, until it gives false or there are `limit`; holds no
-    /// more of them than it must.
-    /// @param isWanted  which users count.
-    void List(const std::function<bool(const ListedUser&)>& isWanted, std::size_t limit,
-              const std::function<bool(const ListedUser&)>& take);
     /// All columns of a user; nothing when there is no such user.
     std::optional<FieldValues> Load(int id);
     /// What names a user elsewhere; kinds of which there is nothing are left out.

@@ -4,13 +4,16 @@
 #include "management/References.h"
 #include "management/Text.h"
 #include "management/passwords/Passwords.h"
+#include "management/users/ChosenUsers.h"
 #include "management/users/UserDepartment.h"
+#include "management/users/UserSelection.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace management::users {
 
@@ -34,25 +37,37 @@ std::vector<NamedText> OptionsOfSet() { return OptionsFrom(Field::Use::changed);
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
 
-struct UserFilter {
-    std::optional<std::string> match;
-    bool onlyLocked = false;
-    bool onlyActive = false;
+struct ListInput : SelectionInput {
+    std::optional<std::string> fields;
+    std::optional<std::string> sort;
+    std::optional<int> offset;
     std::optional<int> limit;
+
+    void Check() const
+    {
+        SelectionInput::Check();
+        (void)Page();
+    }
+
+    /// @throws Error (invalid) for fields that are none.
+    [[nodiscard]] UserPage Page() const;
 };
 
-constexpr Param<UserFilter> kListParams[] = {
-    {"match", &UserFilter::match, Kind::text, "only users with this text in what the list shows, case not counting"},
-    {"locked", &UserFilter::onlyLocked, Kind::flag, "only locked users"},
-    {"active", &UserFilter::onlyActive, Kind::flag, "only users who are not locked", {}, "locked"},
-    {"limit", &UserFilter::limit, Kind::number, "at most so many", kLimit},
-};
+constexpr auto kListParams = Joined(
+    kSelectionParams<ListInput>,
+    std::to_array<Param<ListInput>>({
+        {"fields", &ListInput::fields, Kind::text, "the columns to show, such as id,login,birthday"},
+        {"sort", &ListInput::sort, Kind::text, "the column to sort by, login if not given; -FIELD turns it round"},
+        {"offset", &ListInput::offset, Kind::number, "leave out so many at the beginning",
+         Range{0, std::numeric_limits<int>::max()}},
+        {"limit", &ListInput::limit, Kind::number, "at most so many", kLimit},
+    }));
 
-struct OneUser {
-    std::string user;
-};
+struct CountInput : SelectionInput {};
 
-constexpr Param<OneUser> kOneParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
+constexpr auto kCountParams = kSelectionParams<CountInput>;
+
+constexpr auto kLockParams = kUsersParams<UsersInput>;
 
 struct SeveralUsers {
     std::vector<std::string> users;
@@ -156,19 +171,39 @@ constexpr Column kListColumns[] = {{"id", Kind::number},  {"login"},  {"name"},
 
 // ---- Reading --------------------------------------------------------------------------------------------------------
 
-bool IsMatch(const ListedUser& user, const std::string& foldedPart)
+std::vector<const Field*> FieldsOf(std::string_view names)
 {
-    const auto holds = [&foldedPart](const std::string& text) {
-        return NameKey(text).find(foldedPart) != std::string::npos;
-    };
-    return holds(user.login) || holds(user.name) || holds(user.email) || holds(user.mobile) || holds(user.department) ||
-           holds(user.title);
+    std::vector<const Field*> fields;
+    for (std::size_t begin = 0; begin <= names.size();) {
+        const std::size_t end = std::min(names.find(',', begin), names.size());
+        fields.push_back(&RequireField(names.substr(begin, end - begin)));
+        begin = end + 1;
+    }
+    return fields;
 }
 
-bool IsSelected(const ListedUser& user, const UserFilter& filter, const std::string& foldedPart)
+UserPage ListInput::Page() const
 {
-    return !(filter.onlyLocked && !user.locked) && !(filter.onlyActive && user.locked) &&
-           (foldedPart.empty() || IsMatch(user, foldedPart));
+    UserPage page;
+    if (fields) {
+        page.fields = FieldsOf(*fields);
+    } else {
+        std::ranges::transform(kListColumns, std::back_inserter(page.fields),
+                               [](const Column& column) { return &RequireField(column.name); });
+    }
+    if (sort) {
+        page.isDescending = sort->starts_with('-');
+        page.sortedBy = &RequireField(std::string_view(*sort).substr(page.isDescending ? 1 : 0));
+    }
+    page.offset = static_cast<std::size_t>(offset.value_or(0));
+    page.limit = limit ? static_cast<std::size_t>(*limit) : page.limit;
+    return page;
+}
+
+/// A value in a list, where a text or number that is missing is like an empty one.
+Value Listed(const Field& field, const Stored& value)
+{
+    return Shown(field, field.IsDate() || value ? value : Stored(field.IsText() ? "" : "0"));
 }
 
 Value ShownPasswordType(const Stored& stored)
@@ -192,29 +227,64 @@ Record AsRecord(int id, const FieldValues& values)
     return record;
 }
 
-Result List(Call& call, const UserFilter& in)
+Result List(Call& call, const ListInput& in)
 {
-    const std::string part = NameKey(in.match.value_or(""));
-    const auto give = [&call](const ListedUser& user) {
-        return call.Row(std::int64_t{user.id}, user.login, user.name, ShownSex(user.sex), user.mobile, user.email,
-                        user.department, user.title, user.locked);
-    };
-    call.Directory().List([&](const ListedUser& user) { return IsSelected(user, in, part); },
-                          static_cast<std::size_t>(in.limit.value_or(std::numeric_limits<int>::max())), give);
+    const UserPage page = in.Page();
+    if (in.fields) {
+        std::vector<std::string> names;
+        std::ranges::transform(page.fields, std::back_inserter(names),
+                               [](const Field* field) { return std::string(field->name); });
+        call.Front().TakeColumns(std::move(names));
+    }
+    ListUsers(call.Connection(), UserSelection(call.Connection(), in), page, [&](const UserRow& user) {
+        std::vector<Value> row;
+        row.reserve(page.fields.size());
+        for (std::size_t i = 0; i < page.fields.size(); ++i) {
+            row.push_back(Listed(*page.fields[i], user.values[i]));
+        }
+        return call.Front().TakeRow(row);
+    });
     return {};
 }
 
-Result Show(Call& call, const OneUser& in)
+Record Load(Call& call, const UserKey& user)
 {
-    const UserKey user = FindUser(call.Directory(), in.user);
     const std::optional<FieldValues> values = call.Directory().Load(user.id);
     if (!values) {
         throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(user)));
     }
-    return ResultOf(AsRecord(user.id, *values));
+    return AsRecord(user.id, *values);
 }
 
-Result Count(Call& call) { return ResultOf(Value(std::int64_t{call.Directory().Count()})); }
+Result Show(Call& call, const SeveralUsers& in)
+{
+    const std::vector<UserKey> users = FindUsers(call.Directory(), in.users);
+    if (users.size() == 1) {
+        return ResultOf(Load(call, users.front()));
+    }
+    bool isFirst = true;
+    for (const UserKey& user : users) {
+        const Record record = Load(call, user);
+        std::vector<std::string> names;
+        std::vector<Value> row;
+        for (const auto& [name, value] : record) {
+            names.push_back(name);
+            row.push_back(value);
+        }
+        if (std::exchange(isFirst, false)) {
+            call.Front().TakeColumns(std::move(names));
+        }
+        if (!call.Front().TakeRow(row)) {
+            break;
+        }
+    }
+    return {};
+}
+
+Result Count(Call& call, const CountInput& in)
+{
+    return ResultOf(Value(CountUsers(call.Connection(), UserSelection(call.Connection(), in))));
+}
 
 Result Exists(Call& call, const OneLogin& in) { return Verdict(call.Directory().Exists(in.login)); }
 
@@ -337,10 +407,19 @@ bool IsLocked(Directory& directory, const UserKey& user)
     return isLocked != nullptr && *isLocked;
 }
 
-Result SetLocked(Call& call, const SeveralUsers& in, bool isLocked)
+constexpr ChoiceMessages kLocking = {"Lock {}?", "nobody was locked"};
+constexpr ChoiceMessages kUnlocking = {"Unlock {}?", "nobody was unlocked"};
+
+ChosenUsers PlanLock(Call& call, const UsersInput& in) { return ChooseUsers(call, in, kLocking); }
+ChosenUsers PlanUnlock(Call& call, const UsersInput& in) { return ChooseUsers(call, in, kUnlocking); }
+
+Result SetLocked(Call& call, const ChosenUsers& chosen, bool isLocked)
 {
+    if (chosen.users.empty()) {
+        return NobodySelected(call);
+    }
     Result result = Unchanged();
-    for (const UserKey& user : FindUsers(call.Directory(), in.users)) {
+    for (const UserKey& user : chosen.users) {
         const bool isChanged = IsLocked(call.Directory(), user) != isLocked;
         call.Directory().SetLocked(user.id, isLocked);
         const std::string_view done = isLocked ? "locked" : "unlocked";
@@ -350,8 +429,8 @@ Result SetLocked(Call& call, const SeveralUsers& in, bool isLocked)
     return result;
 }
 
-Result Lock(Call& call, const SeveralUsers& in) { return SetLocked(call, in, true); }
-Result Unlock(Call& call, const SeveralUsers& in) { return SetLocked(call, in, false); }
+Result Lock(Call& call, const UsersInput& /*in*/, const ChosenUsers& users) { return SetLocked(call, users, true); }
+Result Unlock(Call& call, const UsersInput& /*in*/, const ChosenUsers& users) { return SetLocked(call, users, false); }
 
 struct Deletion : Plan {
     std::vector<UserKey> users;
@@ -394,18 +473,22 @@ constexpr Command kCommands[] = {
      .summary = "users by login name",
      .examples = "  qvadmin user list\n"
                  "  qvadmin user list --locked --match sales --limit 20\n"
+                 "  qvadmin user list --in /Company/Sales --deep --sort -birthday --fields login,name,birthday\n"
+                 "  qvadmin user list --role Editors --where department~north --where home_city=Leeds\n"
                  "  qvadmin -o csv user list > users.csv",
      .effect = Effect::read,
      .params = &InfosOf<kListParams>,
      .columns = kListColumns,
      .run = &Read<&List, kListParams>},
     {.path = {"user", "show"},
-     .summary = "everything about a user",
+     .summary = "everything about users",
      .examples = "  qvadmin user show amy\n"
-                 "  qvadmin user show id:17 -o json",
+                 "  qvadmin user show id:17 -o json\n"
+                 "  qvadmin user show amy rory -o json",
      .effect = Effect::read,
-     .params = &InfosOf<kOneParams>,
-     .run = &Read<&Show, kOneParams>},
+     .params = &InfosOf<kSeveralParams>,
+     .areRecords = true,
+     .run = &Read<&Show, kSeveralParams>},
     {.path = {"user", "create"},
      .summary = "add a user and print the new id",
      .examples = "  qvadmin user create amy --name 'Amy Porter' --sex female --birthday 1989-11-28",
@@ -428,16 +511,20 @@ constexpr Command kCommands[] = {
      .run = &WriteWithSecret<&PlanRenaming, &NewPassword, &Rename, kRenameParams>},
     {.path = {"user", "lock"},
      .summary = "keep users from logging in",
-     .examples = "  qvadmin user lock amy rory",
+     .examples = "  qvadmin user lock amy rory\n"
+                 "  qvadmin user lock --in /Company/Sales --deep --where title=Trainee",
      .effect = Effect::change,
-     .params = &InfosOf<kSeveralParams>,
-     .run = &Write<&Lock, kSeveralParams>},
+     .asks = true,
+     .params = &InfosOf<kLockParams>,
+     .run = &WritePlanned<&PlanLock, &Lock, kLockParams>},
     {.path = {"user", "unlock"},
      .summary = "let locked users log in again",
-     .examples = "  qvadmin user unlock amy",
+     .examples = "  qvadmin user unlock amy\n"
+                 "  qvadmin user unlock --in /Company/Sales --yes",
      .effect = Effect::change,
-     .params = &InfosOf<kSeveralParams>,
-     .run = &Write<&Unlock, kSeveralParams>},
+     .asks = true,
+     .params = &InfosOf<kLockParams>,
+     .run = &WritePlanned<&PlanUnlock, &Unlock, kLockParams>},
     {.path = {"user", "delete"},
      .summary = "delete users and what is kept about them elsewhere; asks first",
      .examples = "  qvadmin user delete amy\n"
@@ -447,10 +534,12 @@ constexpr Command kCommands[] = {
      .params = &InfosOf<kSeveralParams>,
      .run = &WritePlanned<&PlanDeletion, &Delete, kSeveralParams>},
     {.path = {"user", "count"},
-     .summary = "print how many users there are",
-     .examples = "  qvadmin user count",
+     .summary = "print how many users there are, or fit a selection",
+     .examples = "  qvadmin user count\n"
+                 "  qvadmin user count --in /Company --deep --active",
      .effect = Effect::read,
-     .run = &Read<&Count>},
+     .params = &InfosOf<kCountParams>,
+     .run = &Read<&Count, kCountParams>},
     {.path = {"user", "exists"},
      .summary = "print true or false; ends with 0 or 3",
      .examples = "  qvadmin user exists amy",

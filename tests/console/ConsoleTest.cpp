@@ -506,6 +506,7 @@ TEST_F(ConsoleTest, OnATerminalNothingOfTheOutputActsOnIt)
 
 TEST_F(ConsoleTest, OnATerminalNothingOfAMessageActsOnIt)
 {
+    m_options.environment["NO_COLOR"] = "1";
     m_options.terminal = true;
     const ChildResult result = Run({"user", "show", "\x1B[2J\u009B\u202E", "--db", "sqlite:" + Path("\x1B[2J.db")});
     EXPECT_THAT(result.err, AllOf(HasSubstr("\\x1B[2J"), Not(HasSubstr("\x1B"))));

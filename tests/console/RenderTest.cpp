@@ -224,7 +224,7 @@ TEST(TableWriter, HoldsOnlyTheRowsByWhichWidthsAreMeasured)
 TEST(TableWriter, AnUnforeseenlyLongValueIsNotCut)
 {
     std::ostringstream out;
-    TableWriter writer(Format::table, {"id", "name", "note"}, out, 2);
+    TableWriter writer(Format::table, {"id", "name", "note"}, out, {}, 2);
     writer.Write(MakeRow(std::int64_t{1}, "amy", "a"));
     EXPECT_EQ(out.str(), "");
     writer.Write(MakeRow(std::int64_t{20}, "bo", "b"));

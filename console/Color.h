@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace console {
+
+struct Terminal;
+
+enum class Style : std::uint8_t { heading, error };
+
+/// Writes a text in a style, where colours are wanted; else as it is.
+void WriteStyled(std::ostream& out, std::string_view text, Style style, bool hasColor);
+
+/// Turns colours on or off, by the words of a command line: those of --color, else where a terminal is and neither
+/// NO_COLOR nor TERM=dumb is in the environment.
+void ChooseColors(Terminal& terminal, const std::vector<std::string>& words);
+
+} // namespace console
