@@ -92,9 +92,13 @@ public:
             return;
         }
         m_call.terminal.out.flush();
-        if (!m_call.terminal.out) {
-            throw Error(ErrorCode::failed, "cannot write to standard output");
-        }
+    }
+
+    /// Whether standard output takes no more, which is said when the program ends.
+    [[nodiscard]] bool IsRefused() const { return !m_file && !m_call.terminal.out; }
+    [[nodiscard]] bool IsStopRequested() const noexcept override
+    {
+        return IsRefused() || TerminalFrontEnd::IsStopRequested();
     }
 
     void Finish()
@@ -137,10 +141,13 @@ Exit Export(const LocalCall& call)
         isDone = ExportPeople(work, options, report);
     }
     frontEnd.HideProgress();
-    if (!isDone) {
+    if (!isDone && !frontEnd.IsRefused()) {
         throw Error(ErrorCode::failed, fmt::format("stopped by a signal; {} is not whole", frontEnd.Name()));
     }
     frontEnd.Finish();
+    if (frontEnd.IsRefused()) {
+        return Exit::failed;
+    }
     if (report.leftOut > 0) {
         call.terminal.err << fmt::format("{} not exported, for they name what is gone; `qvadmin db check` lists them\n",
                                          report.leftOut == 1 ? "1 row was"

@@ -1,6 +1,9 @@
 #include "console/CommandOption.h"
+#include "console/DatabaseFiles.h"
 #include "console/ImportFrontEnd.h"
 #include "console/LocalCommand.h"
+#include "console/OutputFile.h"
+#include "console/Render.h"
 #include "console/Session.h"
 #include "console/SourceFile.h"
 #include "console/Url.h"
@@ -12,6 +15,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <memory>
+#include <sstream>
 #include <utility>
 
 namespace console {
@@ -27,11 +32,18 @@ struct ImportInput {
     bool makeView = false;
     bool noNewGroups = false;
     bool allowPrivileges = false;
+    std::optional<std::string> map;
+    bool ignoreUnknown = false;
+    std::optional<std::string> delimiter;
+    std::optional<std::string> encoding;
+    std::optional<std::string> dateFormat;
+    bool clearEmpty = false;
+    std::optional<std::string> failed;
     std::optional<std::string> reason;
 };
 
 constexpr Param<ImportInput> kImportParams[] = {
-    {"FILE", &ImportInput::file, Kind::file, "comma-separated values in UTF-8 with a header row; - for standard input"},
+    {"FILE", &ImportInput::file, Kind::file, "comma-separated values with a header row; - for standard input"},
     {"dry_run", &ImportInput::dryRun, Kind::flag, "check everything, change nothing"},
     {"result", &ImportInput::result, Kind::file,
      "where to write each row's outcome: FILE.result.csv if not given; - for standard output"},
@@ -47,6 +59,16 @@ constexpr Param<ImportInput> kImportParams[] = {
      "make_view"},
     {"allow_privileges", &ImportInput::allowPrivileges, Kind::flag,
      "rows may change super, system and locked, and concern Admin"},
+    {"map", &ImportInput::map, Kind::text,
+     "names for columns of the file, such as 'E-Mail=email,Abteilung=department'"},
+    {"ignore_unknown", &ImportInput::ignoreUnknown, Kind::flag, "leave columns out that have no name of these"},
+    {"delimiter", &ImportInput::delimiter, Kind::text, "between values, such as ';' or tab; a comma if not given"},
+    {"encoding", &ImportInput::encoding, Kind::text,
+     "of the file, such as windows-1252; UTF-8, or what it seems to be, if not given"},
+    {"date_format", &ImportInput::dateFormat, Kind::text, "of dates, such as DD.MM.YYYY; YYYY-MM-DD if not given"},
+    {"clear_empty", &ImportInput::clearEmpty, Kind::flag,
+     "with --update, empty texts and dates of the file empty those of users"},
+    {"failed", &ImportInput::failed, Kind::file, "where to write the rows that fail, as a file that can be imported"},
     {"reason", &ImportInput::reason, Kind::text, kReasonHelp},
 };
 
@@ -141,6 +163,79 @@ void RequireDepartments(const ImportInput& in)
     }
 }
 
+char DelimiterOf(const ImportInput& in)
+{
+    const std::string text = in.delimiter.value_or(",");
+    const std::string delimiter = text == "tab" || text == "\\t" ? "\t" : text;
+    if (delimiter.size() != 1 || delimiter == "\"" || delimiter == "\n" || delimiter == "\r") {
+        throw Error(
+            ErrorCode::invalid,
+            fmt::format("{} cannot stand between values; give one character, such as ';', or tab", Quoted(text)));
+    }
+    return delimiter.front();
+}
+
+ColumnOptions ColumnsOf(const ImportInput& in)
+{
+    ColumnOptions options{
+        .ignoreUnknown = in.ignoreUnknown, .dateFormat = in.dateFormat.value_or(""), .clearEmpty = in.clearEmpty};
+    const std::string map = in.map.value_or("");
+    for (std::size_t begin = 0; begin < map.size();) {
+        const std::size_t end = std::min(map.find(',', begin), map.size());
+        const std::string pair = map.substr(begin, end - begin);
+        const std::size_t equals = pair.rfind('=');
+        if (equals == 0 || equals == std::string::npos || equals + 1 == pair.size()) {
+            throw Error(ErrorCode::invalid,
+                        fmt::format("{} is no pair of names; write --map 'COLUMN=NAME,COLUMN=NAME'", Quoted(pair)));
+        }
+        options.names[pair.substr(0, equals)] = pair.substr(equals + 1);
+        begin = end + 1;
+    }
+    return options;
+}
+
+/// Where rows that fail are written.
+class FailedRows {
+public:
+    FailedRows(std::string path, char delimiter, std::vector<OutputFile::InUse> inUse)
+        : m_path(std::move(path)), m_delimiter(delimiter), m_inUse(std::move(inUse))
+    {
+    }
+
+    /// @param record  first the header.
+    void Take(const CsvRecord& record)
+    {
+        std::ostringstream line;
+        if (record.problem.empty()) {
+            WriteCsvRow(record.fields, line, m_delimiter);
+        } else {
+            line << record.text << '\n';
+        }
+        std::string text = line.str();
+        if (m_file) {
+            m_file->Stream() << text;
+            return;
+        }
+        text.pop_back();
+        m_file = std::make_unique<OutputFile>(OutputFile::Description{m_path, "--failed", text, m_inUse});
+    }
+
+    /// All of them are there. @return the file's name; empty where there is none.
+    std::string Finish()
+    {
+        if (m_file) {
+            m_file->Finish();
+        }
+        return m_file ? m_file->Name() : "";
+    }
+
+private:
+    std::string m_path;
+    char m_delimiter;
+    std::vector<OutputFile::InUse> m_inUse;
+    std::unique_ptr<OutputFile> m_file;
+};
+
 /// What both imports have: the files, the session, and what is said in the end.
 class ImportRun {
 public:
@@ -206,21 +301,40 @@ Exit ImportFile(const LocalCall& call)
 {
     const auto in = binding::ReadInput<kImportParams>(call.given);
     RequireDepartments(in);
+    const char delimiter = DelimiterOf(in);
+    const ColumnOptions columns = ColumnsOf(in);
     ImportRun run(call, {in.file, in.dryRun, in.result}, in.reason);
     SourceFile& source = run.Source();
-    source.RequireCsv();
-    const std::optional<long> rows = call.terminal.errIsTerminal ? source.CountRows() : std::nullopt;
+    const std::string guessed = source.ReadAsCsv(in.encoding);
+    if (!guessed.empty()) {
+        call.terminal.err << fmt::format("{} is read as {}; --encoding names another one\n", source.Name(), guessed);
+    }
+    const std::optional<long> rows = call.terminal.errIsTerminal ? source.CountRows(delimiter) : std::nullopt;
+    std::optional<FailedRows> failed;
+    if (in.failed) {
+        std::vector<OutputFile::InUse> inUse = DatabaseFiles(ChooseUrl(call.arguments.db));
+        inUse.push_back({in.file, "the file to import"});
+        inUse.push_back({in.result.value_or(in.file + std::string(kResultSuffix)), "the file of the outcomes"});
+        failed.emplace(*in.failed, delimiter, std::move(inUse));
+    }
     const auto import = [&](Call& work, ImportReport& report) {
-        ImportUsers(work, {source.Stream(), source.Name(), rows},
-                    {.update = in.update,
-                     .allowPrivileges = in.allowPrivileges,
-                     .departments = in.departments,
-                     .makeView = in.makeView,
-                     .makeGroups = !in.noNewGroups},
-                    report);
+        ImportOptions options{.update = in.update,
+                              .allowPrivileges = in.allowPrivileges,
+                              .departments = in.departments,
+                              .makeView = in.makeView,
+                              .makeGroups = !in.noNewGroups,
+                              .columns = columns};
+        if (failed) {
+            options.takeFailed = [&failed](const CsvRecord& record) { failed->Take(record); };
+        }
+        ImportUsers(work, {source.Stream(), source.Name(), rows, delimiter}, options, report);
     };
     return run.Run(import, [&](const ImportReport& report, const std::string& result, bool mayWrite) {
         Summarise(in, report, source.Name(), result, mayWrite, call.terminal.err);
+        const std::string file = failed ? failed->Finish() : "";
+        if (!file.empty() && report.CountOf(RowFate::failed) > 0) {
+            call.terminal.err << fmt::format("the rows that failed are in {}, in UTF-8\n", file);
+        }
     });
 }
 
@@ -266,7 +380,8 @@ constexpr LocalCommand kCommands[] = {
       .examples = "  qvadmin user import people.csv --dry-run\n"
                   "  qvadmin user import people.csv\n"
                   "  qvadmin user import people.csv --update --result outcomes.csv\n"
-                  "  qvadmin user import people.csv --departments Company --make-view --dry-run",
+                  "  qvadmin user import people.csv --departments Company --make-view --dry-run\n"
+                  "  qvadmin user import people.csv --delimiter ';' --map 'E-Mail=email' --failed again.csv",
       .notes = &Notes,
       .effect = Effect::create,
       .duration = Duration::longRunning,

@@ -14,7 +14,6 @@ namespace console {
 
 namespace {
 
-constexpr std::string_view kResultSuffix = ".result.csv";
 constexpr std::string_view kFailed = kRowFates[static_cast<std::size_t>(RowFate::failed)];
 constexpr Command kNoRow = {};
 /// As kRowFates, to follow a number.

@@ -13,13 +13,16 @@
 
 namespace console {
 
+/// Of the result, after the name of the file that is imported.
+inline constexpr std::string_view kResultSuffix = ".result.csv";
+
 /// Takes what becomes of the rows of a file: each goes to the result file, and those that fail also to standard error.
 class ImportFrontEnd final : public TerminalFrontEnd {
 public:
     struct Files {
         std::string file; ///< - for standard input
         bool dryRun = false;
-        std::optional<std::string> result; ///< see ResultHelp; - for standard output
+        std::optional<std::string> result; ///< the file with kResultSuffix if not given; - for standard output
     };
 
     /// @param call  outlives this.

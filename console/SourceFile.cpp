@@ -21,7 +21,7 @@ namespace console {
 using namespace management;
 
 SourceFile::SourceFile(std::string path, std::istream& standardInput)
-    : m_path(std::move(path)), m_standardInput(standardInput), m_file(nullptr)
+    : m_path(std::move(path)), m_standardInput(standardInput), m_file(nullptr), m_decoded(nullptr)
 {
     if (!IsStandardInput()) {
         m_buffer = Open();
@@ -40,33 +40,44 @@ std::string SourceFile::Beginning()
     }
 }
 
-void SourceFile::RequireCsv()
+std::string SourceFile::ReadAsCsv(const std::optional<std::string>& encoding)
 {
     try {
-        std::string problem = OtherFormat(ReadBeginning(), m_path);
-        if (problem.empty() && IsRegularFile()) {
+        OtherFile other = GuessFormat(ReadBeginning(), m_path);
+        if (!encoding && other.encoding.empty() && other.problem.empty() && IsRegularFile()) {
             const std::unique_ptr<FileBuffer> buffer = Open();
             std::istream file(buffer.get());
-            problem = OtherEncoding(file, m_path);
+            other = GuessEncoding(file, m_path);
         }
-        if (!problem.empty()) {
+        if (!other.problem.empty() && !encoding) {
             throw Error(ErrorCode::invalid,
-                        (IsStandardInput() ? "what standard input holds, written to the file " : "") + problem +
+                        (IsStandardInput() ? "what standard input holds, written to the file " : "") + other.problem +
                             "; nothing was imported");
         }
+        const bool isUtf8 = encoding && (*encoding == "utf-8" || *encoding == "UTF-8");
+        m_encoding = isUtf8 ? "" : encoding.value_or(other.encoding);
+        if (!m_encoding.empty()) {
+            m_decoder = std::make_unique<DecodingBuffer>(*Stream().rdbuf(), m_encoding);
+            m_decoded.rdbuf(m_decoder.get());
+        }
+        return encoding ? "" : other.encoding;
     } catch (const std::ios_base::failure&) {
         ThrowUnreadable();
     }
 }
 
-std::optional<long> SourceFile::CountRows() const
+std::optional<long> SourceFile::CountRows(char delimiter) const
 {
     if (!IsRegularFile()) {
         return std::nullopt;
     }
     const std::unique_ptr<FileBuffer> buffer = Open();
-    std::istream file(buffer.get());
-    CsvReader reader(file);
+    std::optional<DecodingBuffer> decoder;
+    if (!m_encoding.empty()) {
+        decoder.emplace(*buffer, m_encoding);
+    }
+    std::istream file(decoder ? static_cast<std::streambuf*>(&*decoder) : buffer.get());
+    CsvReader reader(file, delimiter);
     long count = -1;
     while (reader.Next()) {
         ++count;
