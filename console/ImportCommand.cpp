@@ -1,38 +1,27 @@
 #include "console/CommandOption.h"
-#include "console/FileBuffer.h"
-#include "console/Interrupt.h"
+#include "console/DatabaseFiles.h"
+#include "console/ImportFrontEnd.h"
 #include "console/LocalCommand.h"
 #include "console/OutputFile.h"
+#include "console/Render.h"
 #include "console/Session.h"
-#include "console/TerminalFrontEnd.h"
+#include "console/SourceFile.h"
 #include "console/Url.h"
 #include "management/Text.h"
-#include "management/import/CsvReader.h"
-#include "management/import/FileFormat.h"
+#include "management/exchange/DirectoryImport.h"
 #include "management/import/Import.h"
 #include "schema/Privileges.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 namespace console {
 
 namespace {
-
-constexpr std::string_view kStandardStream = "-";
-constexpr std::string_view kResultSuffix = ".result.csv";
-constexpr std::string_view kFailed = kRowFates[static_cast<std::size_t>(RowFate::failed)];
-/// As kRowFates, to follow a number.
-constexpr std::array<std::string_view, kRowFates.size()> kFatesInSummary = {"created", "updated", "unchanged",
-                                                                            "already there", "failed"};
 
 struct ImportInput {
     std::string file;
@@ -43,11 +32,18 @@ struct ImportInput {
     bool makeView = false;
     bool noNewGroups = false;
     bool allowPrivileges = false;
+    std::optional<std::string> map;
+    bool ignoreUnknown = false;
+    std::optional<std::string> delimiter;
+    std::optional<std::string> encoding;
+    std::optional<std::string> dateFormat;
+    bool clearEmpty = false;
+    std::optional<std::string> failed;
     std::optional<std::string> reason;
 };
 
 constexpr Param<ImportInput> kImportParams[] = {
-    {"FILE", &ImportInput::file, Kind::file, "comma-separated values in UTF-8 with a header row; - for standard input"},
+    {"FILE", &ImportInput::file, Kind::file, "comma-separated values with a header row; - for standard input"},
     {"dry_run", &ImportInput::dryRun, Kind::flag, "check everything, change nothing"},
     {"result", &ImportInput::result, Kind::file,
      "where to write each row's outcome: FILE.result.csv if not given; - for standard output"},
@@ -63,6 +59,16 @@ constexpr Param<ImportInput> kImportParams[] = {
      "make_view"},
     {"allow_privileges", &ImportInput::allowPrivileges, Kind::flag,
      "rows may change super, system and locked, and concern Admin"},
+    {"map", &ImportInput::map, Kind::text,
+     "names for columns of the file, such as 'E-Mail=email,Abteilung=department'"},
+    {"ignore_unknown", &ImportInput::ignoreUnknown, Kind::flag, "leave columns out that have no name of these"},
+    {"delimiter", &ImportInput::delimiter, Kind::text, "between values, such as ';' or tab; a comma if not given"},
+    {"encoding", &ImportInput::encoding, Kind::text,
+     "of the file, such as windows-1252; UTF-8, or what it seems to be, if not given"},
+    {"date_format", &ImportInput::dateFormat, Kind::text, "of dates, such as DD.MM.YYYY; YYYY-MM-DD if not given"},
+    {"clear_empty", &ImportInput::clearEmpty, Kind::flag,
+     "with --update, empty texts and dates of the file empty those of users"},
+    {"failed", &ImportInput::failed, Kind::file, "where to write the rows that fail, as a file that can be imported"},
     {"reason", &ImportInput::reason, Kind::text, kReasonHelp},
 };
 
@@ -81,236 +87,7 @@ std::string Wrapped(const std::vector<std::string_view>& names)
     return text + line + "\n";
 }
 
-// ---- The file -------------------------------------------------------------------------------------------------------
-
-std::string SourceName(const std::string& path) { return path == kStandardStream ? "standard input" : Visible(path); }
-
-/// The stream that the rows come from.
-class Source {
-public:
-    Source(std::string path, std::istream& standardInput)
-        : m_path(std::move(path)), m_standardInput(standardInput), m_file(nullptr)
-    {
-        if (!IsStandardInput()) {
-            m_buffer = Open();
-            m_file.rdbuf(m_buffer.get());
-        }
-    }
-
-    [[nodiscard]] std::istream& Stream() { return IsStandardInput() ? m_standardInput : m_file; }
-
-    /// Reads from the beginning of what is still to be read. @throws Error (invalid) that names another encoding or
-    /// kind of file, (failed) for what cannot be read.
-    void RequireCsv()
-    {
-        try {
-            std::string problem = OtherFormat(Beginning(), m_path);
-            if (problem.empty() && IsRegularFile()) {
-                const std::unique_ptr<FileBuffer> buffer = Open();
-                std::istream file(buffer.get());
-                problem = OtherEncoding(file, m_path);
-            }
-            if (!problem.empty()) {
-                throw Error(ErrorCode::invalid,
-                            (IsStandardInput() ? "what standard input holds, written to the file " : "") + problem +
-                                "; nothing was imported");
-            }
-        } catch (const std::ios_base::failure&) {
-            throw Error(ErrorCode::failed,
-                        fmt::format("{}; nothing was imported", Interrupt::Requested()
-                                                                    ? "stopped by a signal"
-                                                                    : SourceName(m_path) + " cannot be read"));
-        }
-    }
-
-    /// How many rows there are after the header. Not known of what can be read only once.
-    [[nodiscard]] std::optional<long> CountRows() const
-    {
-        if (!IsRegularFile()) {
-            return std::nullopt;
-        }
-        const std::unique_ptr<FileBuffer> buffer = Open();
-        std::istream file(buffer.get());
-        CsvReader reader(file);
-        long count = -1;
-        while (reader.Next()) {
-            ++count;
-        }
-        return count;
-    }
-
-private:
-    [[nodiscard]] bool IsStandardInput() const { return m_path == kStandardStream; }
-
-    [[nodiscard]] bool IsRegularFile() const
-    {
-        std::error_code error;
-        return !IsStandardInput() && std::filesystem::is_regular_file(m_path, error);
-    }
-
-    /// What the stream gives at once; it is put back.
-    [[nodiscard]] std::string Beginning()
-    {
-        constexpr std::streamsize kMost = 4096;
-        std::streambuf& buffer = *Stream().rdbuf();
-        buffer.sgetc();
-        std::string text(static_cast<std::size_t>(std::clamp<std::streamsize>(buffer.in_avail(), 0, kMost)), '\0');
-        buffer.sgetn(text.data(), static_cast<std::streamsize>(text.size()));
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            buffer.sungetc();
-        }
-        return text;
-    }
-
-    [[nodiscard]] std::unique_ptr<FileBuffer> Open() const
-    {
-        const int file = ::open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (file < 0) {
-            throw Error(ErrorCode::failed, fmt::format("cannot read {}: {}", Visible(m_path), std::strerror(errno)));
-        }
-        return std::make_unique<FileBuffer>(file);
-    }
-
-    std::string m_path;
-    std::istream& m_standardInput;
-    std::unique_ptr<FileBuffer> m_buffer;
-    std::istream m_file;
-};
-
-// ---- The result file ------------------------------------------------------------------------------------------------
-
-/// The files of a SQLite database, also those that are not there now.
-std::vector<OutputFile::InUse> FilesOf(const std::string& url)
-{
-    std::vector<OutputFile::InUse> files;
-    if (const std::optional<std::filesystem::path> file = SqliteFile(url)) {
-        for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
-            files.push_back({file->native() + suffix, "a file of the database in use"});
-        }
-    }
-    return files;
-}
-
-/// Where the outcomes of the rows are written: a file, or standard output.
-class ResultFile {
-public:
-    /// @param path  - for standard output. @param inUse  files that are not to be written.
-    ResultFile(const std::string& path, const std::string& header, std::vector<OutputFile::InUse> inUse,
-               std::ostream& standardOutput)
-        : m_out(standardOutput)
-    {
-        if (path != kStandardStream) {
-            m_file = std::make_unique<OutputFile>(OutputFile::Description{path, "--result", header, std::move(inUse)});
-            return;
-        }
-        m_out << header << '\n';
-        Flush();
-    }
-
-    [[nodiscard]] std::ostream& Stream() { return m_file ? m_file->Stream() : m_out; }
-
-    /// @throws Error when the file does not hold what was written, as does Finish.
-    void Flush()
-    {
-        if (m_file) {
-            m_file->Flush();
-            return;
-        }
-        m_out.flush();
-        if (!m_out) {
-            throw Error(ErrorCode::failed, "cannot write the outcomes to standard output");
-        }
-    }
-
-    /// All rows are written.
-    void Finish()
-    {
-        if (m_file) {
-            m_file->Finish();
-        }
-    }
-
-    /// Where the outcomes written so far are, for sentences.
-    [[nodiscard]] std::string Name() const { return m_file ? m_file->Name() : "standard output"; }
-    [[nodiscard]] bool IsFile() const { return m_file != nullptr; }
-
-private:
-    std::ostream& m_out;
-    std::unique_ptr<OutputFile> m_file; // none for standard output
-};
-
-constexpr Command kNoRow = {};
-
-/// Rows go to the result file, and those that fail also to standard error.
-class ImportFrontEnd final : public TerminalFrontEnd {
-public:
-    ImportFrontEnd(const LocalCall& call, const ImportInput& in)
-        : TerminalFrontEnd(kNoRow, call.given, Format::csv, call.terminal),
-          m_call(call),
-          m_in(in),
-          m_source(SourceName(in.file))
-    {
-        TerminalFrontEnd::ShowProgress(0, std::nullopt); // from here on a signal is a request to stop
-    }
-
-    void TakeColumns(std::vector<std::string> names) override
-    {
-        m_isBegun = true;
-        const bool fromStandardInput = m_in.file == kStandardStream;
-        std::vector<OutputFile::InUse> inUse = FilesOf(ChooseUrl(m_call.arguments.db));
-        if (!fromStandardInput) {
-            inUse.push_back({m_in.file, "the file to import"});
-        }
-        m_result.emplace(m_in.result.value_or(fromStandardInput ? m_in.file : m_in.file + std::string(kResultSuffix)),
-                         fmt::format("{}", fmt::join(names, ",")), std::move(inUse), m_call.terminal.out);
-    }
-
-    bool TakeRow(const std::vector<Value>& row) override
-    {
-        const std::vector<std::string> texts = TextsForPrograms(row);
-        WriteCsvRow(texts, m_result->Stream());
-        if (texts.at(3) == kFailed) {
-            HideProgress();
-            m_call.terminal.err << fmt::format("{}:{}: {}\n", m_source, texts.at(0), texts.at(4));
-        }
-        return true;
-    }
-
-    void ShowProgress(long done, std::optional<long> total) override
-    {
-        if (m_result) {
-            m_result->Flush();
-        }
-        TerminalFrontEnd::ShowProgress(done, total);
-    }
-
-    /// Whether the rows have begun, and not only what is looked at before them.
-    [[nodiscard]] bool IsBegun() const { return m_isBegun; }
-    [[nodiscard]] ResultFile& Outcomes() { return *m_result; }
-    /// Where the import stands, to end a sentence with.
-    [[nodiscard]] std::string Standing(const ImportReport& report) const
-    {
-        if (m_in.dryRun || report.lastLine == 0) {
-            return "nothing was imported";
-        }
-        return fmt::format("the rows up to line {} are done{}, and the same file can be imported again",
-                           report.lastLine, m_result->IsFile() ? " and listed in " + m_result->Name() : "");
-    }
-
-private:
-    const LocalCall& m_call;
-    const ImportInput& m_in;
-    std::string m_source;
-    std::optional<ResultFile> m_result;
-    bool m_isBegun = false;
-};
-
 // ---- The summary ----------------------------------------------------------------------------------------------------
-
-bool MayWrite(CAConnect& conn, const std::string& url)
-{
-    return !IsReadOnly(url) && WithDatabaseErrors(conn, [&] { return schema::MayWrite(conn); });
-}
 
 void SummariseDepartments(const ImportInput& in, const ImportReport& report, std::ostream& err)
 {
@@ -325,34 +102,53 @@ void SummariseDepartments(const ImportInput& in, const ImportReport& report, std
     }
 }
 
-/// @param mayWrite  whether the account may do what was tried.
-void Summarise(const ImportInput& in, const ImportReport& report, const std::string& source, const std::string& result,
-               bool mayWrite, std::ostream& err)
+/// What every summary begins with. @param mayWrite  whether the account may do what was tried.
+void SummariseRows(bool dryRun, const ImportReport& report, std::string_view noun, const std::string& source,
+                   const std::string& result, bool mayWrite, std::ostream& err)
 {
-    std::string parts;
-    for (std::size_t i = 0; i < kFatesInSummary.size(); ++i) {
-        parts += fmt::format("{}{} {}", parts.empty() ? "" : ", ", report.counts.at(i), kFatesInSummary.at(i));
-    }
-    const std::string rows = Counted(static_cast<std::size_t>(report.rows), "row");
-    err << fmt::format("{}{} of {}: {} ({}); the outcome of each is in {}\n",
-                       in.dryRun ? "dry run, nothing was changed: " : "", rows, source, parts, report.Pace(), result);
+    err << fmt::format(
+        "{}{} of {}: {} ({}); the outcome of each is in {}\n", dryRun ? "dry run, nothing was changed: " : "",
+        Counted(static_cast<std::size_t>(report.rows), noun), source, FatesText(report), report.Pace(), result);
     if (!mayWrite) {
         err << "warning: this account cannot add and change users, by what the database says of its rights; "
                "without --dry-run nothing would be imported\n";
     }
-    SummariseDepartments(in, report, err);
+}
+
+/// What every summary ends with.
+void SummariseTrouble(bool dryRun, bool allowPrivileges, const ImportReport& report, std::string_view noun,
+                      std::string_view advice, std::ostream& err)
+{
     if (report.privileged > 0) {
         err << fmt::format("privileges: {} super, system, locked or Admin{}\n",
-                           report.privileged == 1 ? "1 row changes" : fmt::format("{} rows change", report.privileged),
-                           in.allowPrivileges ? "" : "; --allow-privileges allows it");
+                           report.privileged == 1 ? fmt::format("1 {} changes", noun)
+                                                  : fmt::format("{} {}s change", report.privileged, noun),
+                           allowPrivileges ? "" : "; --allow-privileges allows it");
     }
     if (report.CountOf(RowFate::exists) > 0) {
-        err << "users who were already there were left as they are; --update sets their columns\n";
+        err << advice;
     }
     if (report.CountOf(RowFate::failed) > 0) {
-        err << fmt::format("qvadmin: {} of {} {}; mend and import them again\n", report.CountOf(RowFate::failed), rows,
-                           in.dryRun ? "would fail" : "failed");
+        err << fmt::format("qvadmin: {} of {} {}; mend and import them again\n", report.CountOf(RowFate::failed),
+                           Counted(static_cast<std::size_t>(report.rows), noun), dryRun ? "would fail" : "failed");
     }
+}
+
+void Summarise(const ImportInput& in, const ImportReport& report, const std::string& source, const std::string& result,
+               bool mayWrite, std::ostream& err)
+{
+    SummariseRows(in.dryRun, report, "row", source, result, mayWrite, err);
+    SummariseDepartments(in, report, err);
+    SummariseTrouble(in.dryRun, in.allowPrivileges, report, "row",
+                     "users who were already there were left as they are; --update sets their columns\n", err);
+}
+
+void SummariseDirectory(bool dryRun, bool allowPrivileges, const ImportReport& report, const std::string& source,
+                        const std::string& result, bool mayWrite, std::ostream& err)
+{
+    SummariseRows(dryRun, report, "line", source, result, mayWrite, err);
+    SummariseTrouble(dryRun, allowPrivileges, report, "line",
+                     "what was already there and differs was left as it is; --update changes it\n", err);
 }
 
 // ---- The command ----------------------------------------------------------------------------------------------------
@@ -367,49 +163,215 @@ void RequireDepartments(const ImportInput& in)
     }
 }
 
+char DelimiterOf(const ImportInput& in)
+{
+    const std::string text = in.delimiter.value_or(",");
+    const std::string delimiter = text == "tab" || text == "\\t" ? "\t" : text;
+    if (delimiter.size() != 1 || delimiter == "\"" || delimiter == "\n" || delimiter == "\r") {
+        throw Error(
+            ErrorCode::invalid,
+            fmt::format("{} cannot stand between values; give one character, such as ';', or tab", Quoted(text)));
+    }
+    return delimiter.front();
+}
+
+ColumnOptions ColumnsOf(const ImportInput& in)
+{
+    ColumnOptions options{
+        .ignoreUnknown = in.ignoreUnknown, .dateFormat = in.dateFormat.value_or(""), .clearEmpty = in.clearEmpty};
+    const std::string map = in.map.value_or("");
+    for (std::size_t begin = 0; begin < map.size();) {
+        const std::size_t end = std::min(map.find(',', begin), map.size());
+        const std::string pair = map.substr(begin, end - begin);
+        const std::size_t equals = pair.rfind('=');
+        if (equals == 0 || equals == std::string::npos || equals + 1 == pair.size()) {
+            throw Error(ErrorCode::invalid,
+                        fmt::format("{} is no pair of names; write --map 'COLUMN=NAME,COLUMN=NAME'", Quoted(pair)));
+        }
+        options.names[pair.substr(0, equals)] = pair.substr(equals + 1);
+        begin = end + 1;
+    }
+    return options;
+}
+
+/// Where rows that fail are written.
+class FailedRows {
+public:
+    FailedRows(std::string path, char delimiter, std::vector<OutputFile::InUse> inUse)
+        : m_path(std::move(path)), m_delimiter(delimiter), m_inUse(std::move(inUse))
+    {
+    }
+
+    /// @param record  first the header.
+    void Take(const CsvRecord& record)
+    {
+        std::ostringstream line;
+        if (record.problem.empty()) {
+            WriteCsvRow(record.fields, line, m_delimiter);
+        } else {
+            line << record.text << '\n';
+        }
+        std::string text = line.str();
+        if (m_file) {
+            m_file->Stream() << text;
+            return;
+        }
+        text.pop_back();
+        m_file = std::make_unique<OutputFile>(OutputFile::Description{m_path, "--failed", text, m_inUse});
+    }
+
+    /// All of them are there. @return the file's name; empty where there is none.
+    std::string Finish()
+    {
+        if (m_file) {
+            m_file->Finish();
+        }
+        return m_file ? m_file->Name() : "";
+    }
+
+private:
+    std::string m_path;
+    char m_delimiter;
+    std::vector<OutputFile::InUse> m_inUse;
+    std::unique_ptr<OutputFile> m_file;
+};
+
+/// What both imports have: the files, the session, and what is said in the end.
+class ImportRun {
+public:
+    ImportRun(const LocalCall& call, const ImportFrontEnd::Files& files, const std::optional<std::string>& reason)
+        : m_call(call),
+          m_dryRun(files.dryRun),
+          m_session(call.arguments),
+          m_frontEnd(call, files),
+          m_source(files.file, call.terminal.in)
+    {
+        CallOptions options = call.given.options;
+        options.dryRun = files.dryRun;
+        options.reason = reason.value_or(options.reason);
+        m_work.emplace([this]() -> CAConnect& { return m_session.Directory().Connection(); }, m_frontEnd, options);
+    }
+
+    [[nodiscard]] SourceFile& Source() { return m_source; }
+
+    /// Runs `import(Call&, ImportReport&)` and then `summarise(report, result, mayWrite)`.
+    template <class Import, class Summary>
+    Exit Run(Import import, Summary summarise)
+    {
+        ImportReport report;
+        try {
+            import(*m_work, report);
+            if (report.cutShort.empty()) {
+                m_frontEnd.FinishResult();
+            }
+        } catch (const Error& e) {
+            if (!m_frontEnd.IsBegun()) {
+                throw;
+            }
+            m_frontEnd.HideProgress();
+            throw Error(e.Code(), fmt::format("{}; {}", e.what(), m_frontEnd.Standing(report)));
+        }
+        if (m_frontEnd.IsBegun()) {
+            m_frontEnd.HideProgress();
+            summarise(report, m_frontEnd.ResultName(), !m_dryRun || MayWrite());
+        }
+        if (!report.cutShort.empty()) {
+            throw Error(ErrorCode::failed, fmt::format("{}; {}", report.cutShort, m_frontEnd.Standing(report)));
+        }
+        return report.CountOf(RowFate::failed) == 0 ? Exit::done : m_dryRun ? Exit::findings : Exit::rowsFailed;
+    }
+
+private:
+    [[nodiscard]] bool MayWrite()
+    {
+        CAConnect& conn = m_session.Directory().Connection();
+        return !IsReadOnly(ChooseUrl(m_call.arguments.db)) &&
+               WithDatabaseErrors(conn, [&] { return schema::MayWrite(conn); });
+    }
+
+    const LocalCall& m_call;
+    bool m_dryRun;
+    Session m_session;
+    ImportFrontEnd m_frontEnd;
+    SourceFile m_source;
+    std::optional<Call> m_work;
+};
+
 Exit ImportFile(const LocalCall& call)
 {
     const auto in = binding::ReadInput<kImportParams>(call.given);
     RequireDepartments(in);
-    Session opened(call.arguments);
-    ImportFrontEnd frontEnd(call, in);
-    const std::string name = SourceName(in.file);
-    Source source(in.file, call.terminal.in);
-    source.RequireCsv();
-    const std::optional<long> rows = call.terminal.errIsTerminal ? source.CountRows() : std::nullopt;
-    CAConnect& conn = opened.Directory().Connection();
-    CallOptions options = call.given.options;
-    options.dryRun = in.dryRun;
-    options.reason = in.reason.value_or(options.reason);
-    Call work([&]() -> CAConnect& { return conn; }, frontEnd, options);
-    ImportReport report;
-    try {
-        ImportUsers(work, {source.Stream(), name, rows},
-                    {.update = in.update,
-                     .allowPrivileges = in.allowPrivileges,
-                     .departments = in.departments,
-                     .makeView = in.makeView,
-                     .makeGroups = !in.noNewGroups},
-                    report);
-        if (report.cutShort.empty()) {
-            frontEnd.Outcomes().Finish();
+    const char delimiter = DelimiterOf(in);
+    const ColumnOptions columns = ColumnsOf(in);
+    ImportRun run(call, {in.file, in.dryRun, in.result}, in.reason);
+    SourceFile& source = run.Source();
+    const std::string guessed = source.ReadAsCsv(in.encoding);
+    if (!guessed.empty()) {
+        call.terminal.err << fmt::format("{} is read as {}; --encoding names another one\n", source.Name(), guessed);
+    }
+    const std::optional<long> rows = call.terminal.errIsTerminal ? source.CountRows(delimiter) : std::nullopt;
+    std::optional<FailedRows> failed;
+    if (in.failed) {
+        std::vector<OutputFile::InUse> inUse = DatabaseFiles(ChooseUrl(call.arguments.db));
+        inUse.push_back({in.file, "the file to import"});
+        inUse.push_back({in.result.value_or(in.file + std::string(kResultSuffix)), "the file of the outcomes"});
+        failed.emplace(*in.failed, delimiter, std::move(inUse));
+    }
+    const auto import = [&](Call& work, ImportReport& report) {
+        ImportOptions options{.update = in.update,
+                              .allowPrivileges = in.allowPrivileges,
+                              .departments = in.departments,
+                              .makeView = in.makeView,
+                              .makeGroups = !in.noNewGroups,
+                              .columns = columns};
+        if (failed) {
+            options.takeFailed = [&failed](const CsvRecord& record) { failed->Take(record); };
         }
-    } catch (const Error& e) {
-        if (!frontEnd.IsBegun()) {
-            throw;
+        ImportUsers(work, {source.Stream(), source.Name(), rows, delimiter}, options, report);
+    };
+    return run.Run(import, [&](const ImportReport& report, const std::string& result, bool mayWrite) {
+        Summarise(in, report, source.Name(), result, mayWrite, call.terminal.err);
+        const std::string file = failed ? failed->Finish() : "";
+        if (!file.empty() && report.CountOf(RowFate::failed) > 0) {
+            call.terminal.err << fmt::format("the rows that failed are in {}, in UTF-8\n", file);
         }
-        frontEnd.HideProgress();
-        throw Error(e.Code(), fmt::format("{}; {}", e.what(), frontEnd.Standing(report)));
-    }
-    if (frontEnd.IsBegun()) {
-        frontEnd.HideProgress();
-        const bool mayWrite = !in.dryRun || MayWrite(conn, ChooseUrl(call.arguments.db));
-        Summarise(in, report, name, frontEnd.Outcomes().Name(), mayWrite, call.terminal.err);
-    }
-    if (!report.cutShort.empty()) {
-        throw Error(ErrorCode::failed, fmt::format("{}; {}", report.cutShort, frontEnd.Standing(report)));
-    }
-    return report.CountOf(RowFate::failed) == 0 ? Exit::done : in.dryRun ? Exit::findings : Exit::rowsFailed;
+    });
+}
+
+// ---- A directory ----------------------------------------------------------------------------------------------------
+
+struct DirectoryInput {
+    std::string file;
+    bool dryRun = false;
+    std::optional<std::string> result;
+    bool update = false;
+    bool allowPrivileges = false;
+    std::optional<std::string> reason;
+};
+
+constexpr Param<DirectoryInput> kDirectoryParams[] = {
+    {"FILE", &DirectoryInput::file, Kind::file, "what `qvadmin export` has written; - for standard input"},
+    {"dry_run", &DirectoryInput::dryRun, Kind::flag, "do everything in one transaction and undo it"},
+    {"result", &DirectoryInput::result, Kind::file,
+     "where to write each line's outcome: FILE.result.csv if not given; - for standard output"},
+    {"update", &DirectoryInput::update, Kind::flag, "give what is there the values of its line"},
+    {"allow_privileges", &DirectoryInput::allowPrivileges, Kind::flag,
+     "lines may change super, system and locked, and concern Admin"},
+    {"reason", &DirectoryInput::reason, Kind::text, kReasonHelp},
+};
+
+Exit ImportWhole(const LocalCall& call)
+{
+    const auto in = binding::ReadInput<kDirectoryParams>(call.given);
+    ImportRun run(call, {in.file, in.dryRun, in.result}, in.reason);
+    SourceFile& source = run.Source();
+    const std::optional<long> lines = call.terminal.errIsTerminal ? source.CountLines() : std::nullopt;
+    const auto import = [&](Call& work, ImportReport& report) {
+        ImportDirectory(work, {source.Stream(), source.Name(), lines}, {in.update, in.allowPrivileges}, report);
+    };
+    return run.Run(import, [&](const ImportReport& report, const std::string& result, bool mayWrite) {
+        SummariseDirectory(in.dryRun, in.allowPrivileges, report, source.Name(), result, mayWrite, call.terminal.err);
+    });
 }
 
 constexpr LocalCommand kCommands[] = {
@@ -418,12 +380,21 @@ constexpr LocalCommand kCommands[] = {
       .examples = "  qvadmin user import people.csv --dry-run\n"
                   "  qvadmin user import people.csv\n"
                   "  qvadmin user import people.csv --update --result outcomes.csv\n"
-                  "  qvadmin user import people.csv --departments Company --make-view --dry-run",
+                  "  qvadmin user import people.csv --departments Company --make-view --dry-run\n"
+                  "  qvadmin user import people.csv --delimiter ';' --map 'E-Mail=email' --failed again.csv",
       .notes = &Notes,
       .effect = Effect::create,
       .duration = Duration::longRunning,
       .params = &InfosOf<kImportParams>},
      &ImportFile},
+    {{.path = {"import"},
+      .summary = "bring what `qvadmin export` has written into this directory",
+      .examples = "  qvadmin import directory.jsonl --dry-run\n"
+                  "  qvadmin import directory.jsonl --update",
+      .effect = Effect::change,
+      .duration = Duration::longRunning,
+      .params = &InfosOf<kDirectoryParams>},
+     &ImportWhole},
 };
 
 } // namespace

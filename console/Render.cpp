@@ -65,9 +65,9 @@ std::string PlainText(const Value& value)
     return plain;
 }
 
-void WriteCsvField(const std::string& field, std::ostream& out)
+void WriteCsvField(const std::string& field, std::ostream& out, char delimiter)
 {
-    if (field.find_first_of(",\"\r\n") == std::string::npos) {
+    if (field.find_first_of("\"\r\n") == std::string::npos && field.find(delimiter) == std::string::npos) {
         out << field;
         return;
     }
@@ -394,13 +394,14 @@ std::vector<std::string> TextsForPrograms(const std::vector<Value>& row)
     return texts;
 }
 
-void WriteCsvRow(const std::vector<std::string>& fields, std::ostream& out)
+void WriteCsvRow(const std::vector<std::string>& fields, std::ostream& out, char delimiter)
 {
-    const char* between = "";
+    bool isFirst = true;
     for (const std::string& field : fields) {
-        out << between;
-        WriteCsvField(field, out);
-        between = ",";
+        if (!std::exchange(isFirst, false)) {
+            out << delimiter;
+        }
+        WriteCsvField(field, out, delimiter);
     }
     out << '\n';
 }

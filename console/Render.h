@@ -90,7 +90,7 @@ void Render(Format format, const Value& value, std::ostream& out);
 /// The values as programs read them.
 std::vector<std::string> TextsForPrograms(const std::vector<Value>& row);
 
-/// Writes one row of csv.
-void WriteCsvRow(const std::vector<std::string>& fields, std::ostream& out);
+/// Writes one row of csv. @param delimiter  between values.
+void WriteCsvRow(const std::vector<std::string>& fields, std::ostream& out, char delimiter = ',');
 
 } // namespace console

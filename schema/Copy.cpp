@@ -4,6 +4,7 @@
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
+#include "schema/Snapshot.h"
 #include "schema/Tables.h"
 
 #include <algorithm>
@@ -143,30 +144,6 @@ bool IsMoment(CARecordset& rs, long column, std::string_view text)
     return rs.GetValue(column, moment) && text.find_first_not_of("0123456789-: T.") == std::string_view::npos &&
            std::ranges::count(text, '-') == 2;
 }
-
-/// Where all reads of the source see one moment.
-class Snapshot {
-public:
-    explicit Snapshot(CAConnect& conn) : m_conn(conn), m_isOpen(!DialectOf(conn).copying.beginReading.empty())
-    {
-        ExecuteAll(conn, DialectOf(conn).copying.beginReading);
-    }
-    Snapshot(const Snapshot&) = delete;
-    Snapshot& operator=(const Snapshot&) = delete;
-    ~Snapshot()
-    {
-        try {
-            if (m_isOpen) {
-                m_conn.Execute("ROLLBACK");
-            }
-        } catch (...) { // it has been read, and goes with its connection
-        }
-    }
-
-private:
-    CAConnect& m_conn;
-    bool m_isOpen;
-};
 
 /// The transaction that fills the target; nobody else writes to it, and a second copy waits. Rolled back unless it is
 /// committed.

@@ -137,6 +137,7 @@ std::size_t Undo::RemoveAdded(const Entry& entry, const std::vector<NumberedRow>
         }
         if (table.itemType != 0) {
             m_removedItems.emplace(row.item, Described(m_names, row));
+            m_linkedItems.erase(row.item); // it was changed in a later part, which is undone already
         }
     }
     Execute(m_conn, fmt::format("DELETE FROM {} {}", table.name, condition));

@@ -42,7 +42,7 @@ std::string ProblemOf(const std::vector<std::string>& fields)
 
 } // namespace
 
-CsvReader::CsvReader(std::istream& in) : m_in(in), m_parser() { StartParser(); }
+CsvReader::CsvReader(std::istream& in, char delimiter) : m_in(in), m_delimiter(delimiter), m_parser() { StartParser(); }
 
 CsvReader::~CsvReader() { csv_free(&m_parser); }
 
@@ -100,6 +100,7 @@ void CsvReader::StartParser()
     if (csv_init(&m_parser, CSV_STRICT) != 0) {
         throw std::bad_alloc();
     }
+    csv_set_delim(&m_parser, static_cast<unsigned char>(m_delimiter));
     csv_set_space_func(&m_parser, &IsCarriageReturn);
     csv_set_term_func(&m_parser, &IsLineFeed);
 }
@@ -135,10 +136,10 @@ std::optional<CsvRecord> CsvReader::ReadRecord(const Line& first)
     for (;;) {
         length += line.text.size();
         if (line.tooLong || length > kLongestRecord) {
-            return GiveUp(first.number, kTooLong, further);
+            return GiveUp(first, kTooLong, further);
         }
         if (!Feed(line.text)) {
-            return GiveUp(first.number,
+            return GiveUp(first,
                           further.empty()
                               ? "a quote stands in the middle of a value"
                               : fmt::format("a quote opened here is not closed properly (line {})", line.number),
@@ -153,21 +154,21 @@ std::optional<CsvRecord> CsvReader::ReadRecord(const Line& first)
             return std::nullopt;
         }
         if (!next) {
-            return GiveUp(first.number, "a quote opened here is never closed", further);
+            return GiveUp(first, "a quote opened here is never closed", further);
         }
         line = std::move(*next);
         further += line.text;
     }
 }
 
-CsvRecord CsvReader::GiveUp(long line, std::string problem, const std::string& further)
+CsvRecord CsvReader::GiveUp(const Line& first, std::string problem, const std::string& further)
 {
     csv_free(&m_parser);
     StartParser();
     m_again.replace(0, m_at, further);
     m_at = 0;
-    m_lines = line;
-    return {line, {}, std::move(problem)};
+    m_lines = first.number;
+    return {first.number, {}, std::move(problem), first.text.substr(0, first.text.find_last_not_of("\r\n") + 1)};
 }
 
 } // namespace management

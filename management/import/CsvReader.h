@@ -13,7 +13,8 @@ namespace management {
 struct CsvRecord {
     long line = 0; ///< the line that the record starts on, from 1
     std::vector<std::string> fields;
-    std::string problem; ///< why it cannot be read; empty when it can
+    std::string problem;   ///< why it cannot be read; empty when it can
+    std::string text = {}; ///< the first line of one that cannot be read, without its end
 };
 
 /// Reads comma-separated values (RFC 4180, UTF-8 with or without a byte order mark, LF or CRLF).
@@ -24,8 +25,8 @@ struct CsvRecord {
 /// that cannot be read.
 class CsvReader {
 public:
-    /// @param in  read from where it stands; outlives the reader.
-    explicit CsvReader(std::istream& in);
+    /// @param in  read from where it stands; outlives the reader. @param delimiter  between values.
+    explicit CsvReader(std::istream& in, char delimiter = ',');
     CsvReader(const CsvReader&) = delete;
     CsvReader& operator=(const CsvReader&) = delete;
     ~CsvReader();
@@ -47,9 +48,10 @@ private:
     void StartParser();
     bool Feed(const std::string& text);
     std::optional<CsvRecord> ReadRecord(const Line& first);
-    CsvRecord GiveUp(long line, std::string problem, const std::string& further);
+    CsvRecord GiveUp(const Line& first, std::string problem, const std::string& further);
 
     std::istream& m_in;
+    char m_delimiter;
     csv_parser m_parser;
     std::string m_again;  ///< lines to be read a second time, as records of their own
     std::size_t m_at = 0; ///< in these

@@ -9,6 +9,7 @@
 #include <array>
 #include <cctype>
 #include <cstddef>
+#include <utility>
 
 namespace management {
 
@@ -22,18 +23,15 @@ struct Signature {
     std::string_view advice; ///< {} is the file
 };
 
-constexpr std::string_view kFromUtf16Le = "convert it with `iconv -f UTF-16LE -t UTF-8 {0} >{0}.utf8`";
-constexpr std::string_view kFromUtf16Be = "convert it with `iconv -f UTF-16BE -t UTF-8 {0} >{0}.utf8`";
 constexpr std::string_view kFromOffice =
     "save it there as CSV in UTF-8, or convert it with `soffice --headless --convert-to "
     "'csv:Text - txt - csv (StarCalc):44,34,76' {0}`";
 
-// With a mark of the byte order, iconv finds out by itself.
+/// Marks of the byte order.
+constexpr std::pair<std::string_view, std::string_view> kMarks[] = {
+    {"\xFF\xFE\0\0"sv, "utf-32"}, {"\0\0\xFE\xFF"sv, "utf-32"}, {"\xFF\xFE"sv, "utf-16"}, {"\xFE\xFF"sv, "utf-16"}};
+
 constexpr Signature kSignatures[] = {
-    {"\xFF\xFE\0\0"sv, "UTF-32", "convert it with `iconv -f UTF-32 -t UTF-8 {0} >{0}.utf8`"},
-    {"\0\0\xFE\xFF"sv, "UTF-32", "convert it with `iconv -f UTF-32 -t UTF-8 {0} >{0}.utf8`"},
-    {"\xFF\xFE"sv, "UTF-16", "convert it with `iconv -f UTF-16 -t UTF-8 {0} >{0}.utf8`"},
-    {"\xFE\xFF"sv, "UTF-16", "convert it with `iconv -f UTF-16 -t UTF-8 {0} >{0}.utf8`"},
     {"SQLite format 3\0"sv, "a SQLite database",
      "give it to --db if it is a directory, or write a table of it with `sqlite3 -header -csv {0} 'SELECT ...' "
      ">{0}.csv`"},
@@ -49,8 +47,8 @@ std::string Sentence(std::string_view what, std::string_view advice, const std::
         fmt::format(fmt::runtime(advice), Visible(ShellQuoted(name.starts_with('-') ? "./" + name : name))));
 }
 
-/// What every second byte is NUL in; empty for nothing.
-std::string_view Utf16Advice(std::string_view text)
+/// The encoding in which every second byte is NUL; empty for none.
+std::string_view Utf16Encoding(std::string_view text)
 {
     constexpr std::size_t kEnough = 8;
     std::array<std::size_t, 2> nuls = {};
@@ -59,8 +57,8 @@ std::string_view Utf16Advice(std::string_view text)
     }
     const std::size_t half = text.size() / 2;
     const bool isLong = text.size() >= kEnough;
-    return isLong && nuls[1] > half / 2 && nuls[0] <= half / 8   ? kFromUtf16Le
-           : isLong && nuls[0] > half / 2 && nuls[1] <= half / 8 ? kFromUtf16Be
+    return isLong && nuls[1] > half / 2 && nuls[0] <= half / 8   ? "utf-16le"
+           : isLong && nuls[0] > half / 2 && nuls[1] <= half / 8 ? "utf-16be"
                                                                  : "";
 }
 
@@ -120,19 +118,13 @@ public:
         }
     }
 
-    [[nodiscard]] std::string Sentence(const std::string& name) const
+    [[nodiscard]] OtherFile Guess(const std::string& name) const
     {
         if (m_others == 0 || m_characters > 0) {
             return {};
         }
-        return m_isWindows
-                   ? management::Sentence("not UTF-8 but, as it seems, Windows-1252",
-                                          "convert it with `iconv -f WINDOWS-1252 -t UTF-8 {0} >{0}.utf8`", name)
-                   : management::Sentence(
-                         "not UTF-8",
-                         "convert it with `iconv -f ENCODING -t UTF-8 {0} >{0}.utf8` (`iconv -l` lists the "
-                         "encodings)",
-                         name);
+        return m_isWindows ? OtherFile{"windows-1252", ""}
+                           : OtherFile{"", Sentence("not UTF-8", "name its encoding with --encoding", name)};
     }
 
 private:
@@ -143,29 +135,35 @@ private:
 
 } // namespace
 
-std::string OtherFormat(std::string_view beginning, const std::string& name)
+OtherFile GuessFormat(std::string_view beginning, const std::string& name)
 {
+    for (const auto& [mark, encoding] : kMarks) {
+        if (beginning.starts_with(mark)) {
+            return {std::string(encoding), ""};
+        }
+    }
     const auto* known = std::ranges::find_if(
         kSignatures, [beginning](const Signature& signature) { return beginning.starts_with(signature.bytes); });
     if (known != std::end(kSignatures)) {
-        return Sentence(known->name, known->advice, name);
+        return {"", Sentence(known->name, known->advice, name)};
     }
     if (beginning.starts_with("PK\x03\x04")) {
-        return ArchiveSentence(beginning, name);
+        return {"", ArchiveSentence(beginning, name)};
     }
-    const std::string_view utf16 = Utf16Advice(beginning);
+    const std::string_view utf16 = Utf16Encoding(beginning);
     if (!utf16.empty()) {
-        return Sentence("UTF-16", utf16, name);
+        return {std::string(utf16), ""};
     }
     if (IsJson(beginning)) {
-        return Sentence("JSON",
-                        "convert it with `jq -r '(.[0] | keys_unsorted) as $names | $names, (.[] | [.[$names[]]]) | "
-                        "@csv' {0} >{0}.csv`",
-                        name);
+        return {"",
+                Sentence("JSON",
+                         "convert it with `jq -r '(.[0] | keys_unsorted) as $names | $names, (.[] | [.[$names[]]]) | "
+                         "@csv' {0} >{0}.csv`",
+                         name)};
     }
     if (HasCarriageReturnsOnly(beginning)) {
-        return Sentence("a text whose lines end with carriage returns",
-                        "convert it with `tr '\\r' '\\n' <{0} >{0}.csv`", name);
+        return {"", Sentence("a text whose lines end with carriage returns",
+                             "convert it with `tr '\\r' '\\n' <{0} >{0}.csv`", name)};
     }
     LetterCount letters;
     // The last character may be cut off.
@@ -174,10 +172,10 @@ std::string OtherFormat(std::string_view beginning, const std::string& name)
         --end;
     }
     letters.Add(beginning.substr(0, end == 0 ? beginning.size() : end));
-    return letters.Sentence(name);
+    return letters.Guess(name);
 }
 
-std::string OtherEncoding(std::istream& in, const std::string& name)
+OtherFile GuessEncoding(std::istream& in, const std::string& name)
 {
     LetterCount letters;
     std::string text;
@@ -194,7 +192,7 @@ std::string OtherEncoding(std::istream& in, const std::string& name)
         text.erase(0, end);
     }
     letters.Add(text);
-    return letters.Sentence(name);
+    return letters.Guess(name);
 }
 
 } // namespace management

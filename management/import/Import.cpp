@@ -40,7 +40,9 @@ struct Row {
     std::string login;
     std::string key; ///< by which the login name is compared
     FieldValues values;
-    std::string problem; ///< empty when the row is good so far
+    std::string problem;                    ///< empty when the row is good so far
+    std::vector<const Field*> emptied = {}; ///< of a user who is there
+    CsvRecord record = {};                  ///< as the file has it, where failed rows are wanted
 };
 
 struct RowOutcome {
@@ -80,11 +82,65 @@ const Field& Birthday()
     return field;
 }
 
+/// Reads dates of a form such as DD.MM.YYYY.
+class DateFormat {
+public:
+    /// @param form  empty for YYYY-MM-DD. @throws Error (invalid) unless it has a day, a month and a year.
+    explicit DateFormat(std::string form) : m_form(std::move(form))
+    {
+        const bool isWhole = std::ranges::all_of(std::array{"DD", "MM", "YYYY"}, [this](const char* part) {
+            return m_form.find(part) != std::string::npos && m_form.find(part) == m_form.rfind(part);
+        });
+        if (!m_form.empty() && !isWhole) {
+            throw Error(ErrorCode::invalid,
+                        fmt::format("{} is no form of dates; write DD, MM and YYYY, each once, such as DD.MM.YYYY",
+                                    Quoted(m_form)));
+        }
+    }
+
+    /// The date as ParseValue takes it. A day and a month may have one digit. @throws Error (invalid) for another form.
+    [[nodiscard]] std::string Converted(const Field& field, const std::string& text) const
+    {
+        if (m_form.empty()) {
+            return text;
+        }
+        std::map<char, int> parts;
+        std::size_t at = 0;
+        bool isGood = true;
+        for (std::size_t i = 0; i < m_form.size() && isGood;) {
+            const std::string_view form = std::string_view(m_form).substr(i);
+            const std::size_t length = form.starts_with("YYYY")                           ? 4
+                                       : form.starts_with("DD") || form.starts_with("MM") ? 2
+                                                                                          : 0;
+            if (length == 0) {
+                isGood = at < text.size() && text[at++] == form.front();
+                ++i;
+                continue;
+            }
+            std::size_t digits = 0;
+            while (digits < length && at < text.size() && text[at] >= '0' && text[at] <= '9') {
+                parts[form.front()] = parts[form.front()] * 10 + (text[at++] - '0');
+                ++digits;
+            }
+            isGood = length == 4 ? digits == 4 : digits > 0;
+            i += length;
+        }
+        if (!isGood || at != text.size()) {
+            throw Error(ErrorCode::invalid, fmt::format("{} {} is not a date ({})", field.name, Quoted(text), m_form));
+        }
+        return fmt::format("{:04}-{:02}-{:02}", parts['Y'], parts['M'], parts['D']);
+    }
+
+private:
+    std::string m_form;
+};
+
 /// What the columns of the file are.
 class Header {
 public:
     /// @throws Error (invalid) for a header that cannot be used.
-    Header(const std::optional<CsvRecord>& record, const std::string& file)
+    Header(const std::optional<CsvRecord>& record, const std::string& file, const ColumnOptions& options)
+        : m_options(options), m_dates(options.dateFormat)
     {
         if (!record) {
             throw Error(ErrorCode::invalid, fmt::format("{} has no header row to name its columns", file));
@@ -94,6 +150,12 @@ public:
         }
         for (const std::string& name : record->fields) {
             Add(Trimmed(name), file);
+        }
+        for (const auto& [name, column] : options.names) {
+            if (!m_mapped.contains(NameKey(name))) {
+                throw Error(ErrorCode::invalid, fmt::format("{} has no column {} that --map could rename to {}", file,
+                                                            Quoted(name), column));
+            }
         }
         if (!Has(Login())) {
             throw Error(ErrorCode::invalid, fmt::format("{} has no column login; known columns are {}", file,
@@ -109,7 +171,9 @@ public:
             return row;
         }
         for (std::size_t i = 0; i < std::min(m_columns.size(), record.fields.size()); ++i) {
-            Take(row, *m_columns[i], record.fields[i]);
+            if (m_columns[i] != nullptr) {
+                Take(row, *m_columns[i], record.fields[i]);
+            }
         }
         if (record.fields.size() != m_columns.size()) {
             row.problem =
@@ -125,6 +189,7 @@ public:
     {
         std::vector<const Field*> fields = m_columns;
         std::erase(fields, &Login());
+        std::erase(fields, nullptr);
         for (const Field* field : {&Department(), &DepartmentId()}) {
             if (!Has(*field)) {
                 fields.push_back(field);
@@ -136,12 +201,16 @@ public:
 private:
     void Add(const std::string& name, const std::string& file)
     {
-        const Field* field = FindField(name);
+        const Field* field = FindField(Renamed(name));
         if (field == nullptr || (field != &Login() && field->use != Field::Use::given)) {
+            if (m_options.ignoreUnknown && !m_mapped.contains(NameKey(name))) {
+                m_columns.push_back(nullptr);
+                return;
+            }
             const bool otherSeparator = name.find_first_of(";\t") != std::string::npos;
             throw Error(ErrorCode::invalid,
-                        fmt::format("{} has an unknown column {}{}; known columns are {}", file, Quoted(name),
-                                    otherSeparator ? " (values must be separated by commas)" : "",
+                        fmt::format("{} has an unknown column {}{}; known columns are {}", file, Quoted(Renamed(name)),
+                                    otherSeparator ? " (values must be separated by commas, or give --delimiter)" : "",
                                     fmt::join(ImportColumns(), ", ")));
         }
         if (Has(*field)) {
@@ -150,8 +219,20 @@ private:
         m_columns.push_back(field);
     }
 
-    /// An empty value says nothing about its column. The first problem of a row is the one to report.
-    static void Take(Row& row, const Field& field, const std::string& text)
+    /// The name of a column as ImportColumns may have it.
+    std::string Renamed(const std::string& name)
+    {
+        for (const auto& [from, to] : m_options.names) {
+            if (SameName(from, name)) {
+                m_mapped.insert(NameKey(name));
+                return to;
+            }
+        }
+        return name;
+    }
+
+    /// An empty value says nothing about its column, or empties it. The first problem of a row is the one to report.
+    void Take(Row& row, const Field& field, const std::string& text) const
     {
         try {
             if (&field == &Login()) {
@@ -159,14 +240,19 @@ private:
                 row.key = NameKey(text);
                 CheckLogin(text);
             } else if (!text.empty()) {
-                row.values[&field] = ParseValue(field, text);
+                row.values[&field] = ParseValue(field, field.IsDate() ? m_dates.Converted(field, text) : text);
+            } else if (m_options.clearEmpty && &field != &Department() && (field.IsText() || field.IsDate())) {
+                row.emptied.push_back(&field);
             }
         } catch (const Error& e) {
             row.problem = row.problem.empty() ? e.what() : row.problem;
         }
     }
 
-    std::vector<const Field*> m_columns;
+    const ColumnOptions& m_options;
+    DateFormat m_dates;
+    std::set<std::string> m_mapped;      // folded names of columns that were renamed
+    std::vector<const Field*> m_columns; // null for those that are ignored
 };
 
 // ---- The import -----------------------------------------------------------------------------------------------------
@@ -182,7 +268,8 @@ public:
           m_options(options),
           m_report(report),
           m_reader(reader),
-          m_header(first, source.name),
+          m_first(first.value_or(CsvRecord())),
+          m_header(first, source.name, options.columns),
           m_compared(m_header.Compared()),
           m_lengths(LengthsOf(call.Connection(), "qv_User")),
           m_roles(call.Connection()),
@@ -193,6 +280,9 @@ public:
     void Run()
     {
         m_call.Front().TakeColumns({kResultColumns.begin(), kResultColumns.end()});
+        if (m_options.takeFailed) {
+            m_options.takeFailed(m_first);
+        }
         m_seen.emplace();
         while (!m_atEnd && !IsStopRequested()) {
             const std::vector<Row> rows = ReadBatch();
@@ -237,6 +327,9 @@ private:
                 bytes += field.size();
             }
             rows.push_back(m_header.Read(*record));
+            if (m_options.takeFailed) {
+                rows.back().record = *record;
+            }
             RefuseRepeated(rows.back());
         }
         return rows;
@@ -470,6 +563,9 @@ private:
         if (!present.empty() && !m_options.update) {
             return {RowFate::exists, present.front().key.id, {}};
         }
+        if (!present.empty() && !row.emptied.empty()) {
+            return ApplyGood(WithEmptied(row));
+        }
         if (present.empty() && m_users.HasConfused()) {
             RequireFreeLogin(m_directory, row.login, std::nullopt);
         }
@@ -491,6 +587,15 @@ private:
         RowOutcome outcome = user != nullptr ? ApplyToPresent(*user, values, group) : ApplyToNew(row, values, group);
         outcome.isPrivileged = !privileges.empty();
         return outcome;
+    }
+
+    /// The row with values for what it is to empty.
+    static Row WithEmptied(Row row)
+    {
+        for (const Field* field : std::exchange(row.emptied, {})) {
+            row.values[field] = field->IsDate() ? Stored() : Stored("");
+        }
+        return row;
     }
 
     /// The user that a row is about. @throws Error for several who differ only in case.
@@ -624,6 +729,9 @@ private:
     void Report(const Row& row, const RowOutcome& outcome)
     {
         const std::string_view fate = kRowFates.at(static_cast<std::size_t>(outcome.fate));
+        if (outcome.fate == RowFate::failed && m_options.takeFailed) {
+            m_options.takeFailed(row.record);
+        }
         ++m_report.counts.at(static_cast<std::size_t>(outcome.fate));
         ++m_report.rows;
         m_report.privileged += outcome.isPrivileged ? 1 : 0;
@@ -642,6 +750,7 @@ private:
     const ImportOptions& m_options;
     ImportReport& m_report;
     CsvReader& m_reader;
+    CsvRecord m_first; // the header
     Header m_header;
     std::vector<const Field*> m_compared; // of users who are there
     schema::ColumnLengths m_lengths;      // of users
@@ -680,7 +789,7 @@ std::vector<std::string_view> ImportColumns()
 
 void ImportUsers(Call& call, const ImportSource& source, const ImportOptions& options, ImportReport& report)
 {
-    CsvReader reader(source.in);
+    CsvReader reader(source.in, source.delimiter);
     const auto noteIfCutShort = [&] {
         report.cutShort = call.Front().IsStopRequested() ? "stopped by a signal"
                           : reader.Failed()              ? fmt::format("{} cannot be read", source.name)

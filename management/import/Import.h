@@ -1,13 +1,16 @@
 #pragma once
 
 #include "management/Call.h"
+#include "management/import/CsvReader.h"
 #include "management/organisation/Departments.h"
 
 #include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <istream>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,12 +18,23 @@
 
 namespace management {
 
+/// How the columns of a file are to be read.
+struct ColumnOptions {
+    std::map<std::string, std::string> names = {}; ///< of columns of the file, with the names that ImportColumns has
+    bool ignoreUnknown = false;                    ///< columns of other names count for nothing
+    std::string dateFormat = {};                   ///< such as DD.MM.YYYY; empty: YYYY-MM-DD
+    bool clearEmpty = false; ///< an empty value of a text or date empties that of a user who is there
+};
+
 struct ImportOptions {
     bool update = false;                    ///< users who are there get the values of their row
     bool allowPrivileges = false;           ///< rows may change super, system and locked, and concern Admin
     std::optional<std::string> departments; ///< the view under which each department is a group
     bool makeView = false;                  ///< when it is not there
     bool makeGroups = true;                 ///< those of departments that are not there
+    ColumnOptions columns = {};
+    /// Takes the header and then each row that fails, as the file has them; none: nobody wants them.
+    std::function<void(const CsvRecord&)> takeFailed = {};
 };
 
 /// Comma-separated values in UTF-8 with a header row.
@@ -28,6 +42,7 @@ struct ImportSource {
     std::istream& in;
     std::string name;              ///< for sentences
     std::optional<long> rows = {}; ///< how many there are after the header, where that is known
+    char delimiter = ',';          ///< between values
 };
 
 /// What becomes of a row.

@@ -33,6 +33,16 @@ public:
     [[nodiscard]] std::span<const User> Find(const std::string& key) const;
     /// Whether the engine takes some login name that is new for equal to another.
     [[nodiscard]] bool HasConfused() const { return m_hasConfused; }
+    /// Gives all of them to `take`, in no order.
+    template <class Take>
+    void ForEach(Take take) const
+    {
+        for (const auto& [key, users] : m_users) {
+            for (const User& user : users) {
+                take(user);
+            }
+        }
+    }
     /// The ids of all of them.
     [[nodiscard]] std::vector<int> Ids() const;
 

@@ -24,7 +24,7 @@ constexpr Field kFields[] = {
     {"name", "Col_Name", &CHumanItem::m_strName, Use::given, "display name"},
     {"email", "Col_EMail", &CHumanItem::m_strEMail, Use::given, "e-mail address"},
     {"mobile", "Col_Mobile", &CHumanItem::m_strMobile, Use::given, "mobile number"},
-    {kSex, "Col_Sex", &CHumanItem::m_nSex, Use::given, "0, 1, 2, unknown, male or female"},
+    {kSex, "Col_Sex", &CHumanItem::m_nSex, Use::given, "0, 1, 2, unknown, male, female, m or f"},
     {"birthday", "Col_Birthday", &CHumanItem::m_dtBirthday, Use::given, "YYYY-MM-DD; empty for none"},
     {"title", "Col_o_JobTitle", &CHumanItem::m_strJobTitle, Use::given, "job title"},
     {"department", "Col_DeptInfo", &CHumanItem::m_strDeptInfo, Use::given,
@@ -88,11 +88,12 @@ int StoredNumber(const Stored& value)
 std::string ParseSex(const Field& field, const std::string& text)
 {
     for (std::size_t i = 0; i < kSexes.size(); ++i) {
-        if (text == std::to_string(i) || SameLetters(text, kSexes[i])) {
+        const bool isLetter = i != 0 && SameLetters(text, kSexes[i].substr(0, 1));
+        if (text == std::to_string(i) || SameLetters(text, kSexes[i]) || isLetter) {
             return std::to_string(i);
         }
     }
-    ThrowInvalid(field, text, "0, 1, 2, unknown, male or female");
+    ThrowInvalid(field, text, "0, 1, 2, unknown, male, female, m or f");
 }
 
 std::string ParseNumber(const Field& field, const std::string& text)

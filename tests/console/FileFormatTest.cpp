@@ -33,13 +33,7 @@ std::string Repeated(const std::string& text, int times)
 TEST(FileFormat, OtherKindsAreNamedWithTheCommandThatConvertsThem)
 {
     const std::vector<Kind> kinds = {
-        {"\xFF\xFEl\0o\0g\0i\0n\0"s, "is UTF-16", "`iconv -f UTF-16 -t UTF-8 my.csv >my.csv.utf8`"},
-        {"\xFE\xFF\0l\0o\0g\0i\0n"s, "is UTF-16", "iconv -f UTF-16 "},
-        {"l\0o\0g\0i\0n\0\n\0a\0"s, "is UTF-16", "iconv -f UTF-16LE -t UTF-8"},
-        {"\0l\0o\0g\0i\0n\0\n\0a"s, "is UTF-16", "iconv -f UTF-16BE -t UTF-8"},
-        {"\xFF\xFE\0\0l\0\0\0"s, "is UTF-32", "iconv -f UTF-32 -t UTF-8"},
-        {"login,name\namy,Am\xE9lie\n", "Windows-1252", "`iconv -f WINDOWS-1252 -t UTF-8 my.csv >my.csv.utf8`"},
-        {"login,name\namy,\x81\x8D\x8F\n", "is not UTF-8;", "iconv -f ENCODING -t UTF-8"},
+        {"login,name\namy,\x81\x8D\x8F\n", "is not UTF-8;", "name its encoding with --encoding"},
         {"login,name\ramy,Amy\r", "end with carriage returns", "`tr '\\r' '\\n' <my.csv >my.csv.csv`"},
         {" [\n {\"login\": \"amy\"}]", "is JSON", "@csv' my.csv >my.csv.csv`"},
         {"{\"login\": \"amy\"}\n", "is JSON", "jq -r"},
@@ -52,8 +46,22 @@ TEST(FileFormat, OtherKindsAreNamedWithTheCommandThatConvertsThem)
         {"%PDF-1.7\n", "a PDF document", "import the table"},
     };
     for (const Kind& kind : kinds) {
-        EXPECT_THAT(OtherFormat(kind.text, "my.csv"),
+        EXPECT_EQ(GuessFormat(kind.text, "my.csv").encoding, "");
+        EXPECT_THAT(GuessFormat(kind.text, "my.csv").problem,
                     AllOf(HasSubstr("my.csv is "), HasSubstr(kind.name), HasSubstr(kind.command)));
+    }
+}
+
+TEST(FileFormat, OtherEncodingsAreNamed)
+{
+    const std::pair<std::string, const char*> kinds[] = {
+        {"\xFF\xFEl\0o\0g\0i\0n\0"s, "utf-16"},  {"\xFE\xFF\0l\0o\0g\0i\0n"s, "utf-16"},
+        {"l\0o\0g\0i\0n\0\n\0a\0"s, "utf-16le"}, {"\0l\0o\0g\0i\0n\0\n\0a"s, "utf-16be"},
+        {"\xFF\xFE\0\0l\0\0\0"s, "utf-32"},      {"login,name\namy,Am\xE9lie\n", "windows-1252"},
+    };
+    for (const auto& [text, encoding] : kinds) {
+        EXPECT_EQ(GuessFormat(text, "my.csv").encoding, encoding);
+        EXPECT_EQ(GuessFormat(text, "my.csv").problem, "");
     }
 }
 
@@ -62,7 +70,8 @@ TEST(FileFormat, ValuesInUtf8AreRecognized)
     for (const std::string& text :
          {""s, "login\n"s, "\xEF\xBB\xBFlogin,name\r\namy,Amy\r\n"s, "login\namélie\n"s, "login,name\namy,\"a\rb\"\n"s,
           "\"login\",note\namy,[]\n"s, "login\nam\xE9lie,Юлия\n"s, "login\nЮ"s, "login\n\xD0"s, "login\na\0b\n"s}) {
-        EXPECT_EQ(OtherFormat(text, "my.csv"), "") << text;
+        EXPECT_EQ(GuessFormat(text, "my.csv").problem, "") << text;
+        EXPECT_EQ(GuessFormat(text, "my.csv").encoding, "") << text;
     }
 }
 
@@ -71,11 +80,12 @@ TEST(FileFormat, AOneByteEncodingIsFoundWhereverItIs)
     const std::string many = "login,name\n" + Repeated("amy,Amy Somebody\n", 20000);
     const auto other = [](const std::string& text) {
         std::istringstream in(text);
-        return OtherEncoding(in, "my.csv");
+        const OtherFile guess = GuessEncoding(in, "my.csv");
+        return guess.encoding + guess.problem;
     };
     EXPECT_EQ(other(many), "");
-    EXPECT_THAT(other(many + "rory,Ren\xE9"), HasSubstr("Windows-1252"));
-    EXPECT_THAT(other(many + "rory,Ren\xE9\n" + many), HasSubstr("Windows-1252"));
+    EXPECT_THAT(other(many + "rory,Ren\xE9"), "windows-1252");
+    EXPECT_THAT(other(many + "rory,Ren\xE9\n" + many), "windows-1252");
     // One row that is wrong among letters that are right is that row's problem.
     EXPECT_EQ(other(many + "rory,Ren\xE9\nkim,Renée\n"), "");
     // Characters that fall on the edge of a piece.

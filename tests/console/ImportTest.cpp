@@ -143,17 +143,9 @@ TEST_F(ImportTest, ADryRunOnADatabaseThatCannotBeWrittenSaysSo)
     EXPECT_THAT(Import({kPeople, "--dry-run", "--result", "out.csv"}).err, Not(HasSubstr("warning")));
 }
 
-TEST_F(ImportTest, AFileOfAnotherKindOrEncodingIsNamedAndNothingImported)
+TEST_F(ImportTest, AFileOfAnotherKindIsNamedAndNothingImported)
 {
-    std::string latin = "login,name\n";
-    for (int i = 0; i < 6000; ++i) {
-        latin += "user" + std::to_string(i) + ",User\n";
-    }
     const std::pair<std::string, const char*> kKinds[] = {
-        {latin + "amelie,Am\xE9lie\n",
-         "`iconv -f WINDOWS-1252 -t UTF-8 'my file' >'my file'.utf8`; nothing was imported"},
-        {std::string("\xFF\xFEl\0o\0", 6), "my file is UTF-16; "},
-        {std::string("l\0o\0g\0i\0n\0\n\0", 12), "-f UTF-16LE"},
         {"login\ramy\r", "carriage returns"},
         {"[{\"login\": \"amy\"}]", "JSON"},
         {std::string("PK\x03\x04\x14\0\0\0[Content_Types].xml", 27), "XLSX"},
@@ -164,9 +156,7 @@ TEST_F(ImportTest, AFileOfAnotherKindOrEncodingIsNamedAndNothingImported)
         EXPECT_EQ(result.exit, 2);
         EXPECT_THAT(result.err, AllOf(StartsWith("qvadmin: my file is "), HasSubstr(part)));
         EXPECT_FALSE(std::filesystem::exists(Path("my file.result.csv")));
-        if (text != kKinds[0].first) {
-            EXPECT_EQ(RunWith(text.substr(0, 4000), {"user", "import", "-"}).exit, 2);
-        }
+        EXPECT_EQ(RunWith(text.substr(0, 4000), {"user", "import", "-"}).exit, 2);
     }
     EXPECT_EQ(Count(), 0);
     // A row among letters that are right fails alone.

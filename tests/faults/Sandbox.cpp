@@ -47,6 +47,17 @@ constexpr const char* kPeople =
     "donna.from.chiswick,Donna who is the most important,donna@mail.example.org,Service/Of the evening\n"
     "martha.from.london,Martha who walked the whole earth,martha@mail.example.org,Service\n";
 
+constexpr const char* kDirectory =
+    R"({"format":"qvadmin directory","version":1}
+{"noun":"user","login":"amy.from.leadworth","name":"Amelia Holt from elsewhere"}
+{"noun":"user","login":"donna.from.chiswick","name":"Donna who is the most important"}
+{"noun":"group","path":"/Company of many people/Service/Of the evening","description":"Opens at six in the evening"}
+{"noun":"member","member":{"user":"donna.from.chiswick"},"of":{"group":"/Company of many people/Service"},"relation":1}
+{"noun":"right","holder":{"role":"Editors of the pages"},"genre":"mail of everybody","function":"send to everybody","power":3}
+{"noun":"folder","path":"/Archive of documents/Folder of the archive/Folder of an import"}
+{"noun":"plan","name":"Yearly backup of all of it"}
+)";
+
 void Write(const fs::path& file, std::string_view text) { std::ofstream(file, std::ios::binary) << text; }
 
 std::string ReadFile(const fs::path& file)
@@ -233,6 +244,7 @@ void Sandbox::Prepare()
 {
     const std::string run = m_folder + "/run/";
     Write(run + "people.csv", kPeople);
+    Write(run + "directory.jsonl", kDirectory);
     Write(run + "data.xml", "<data>what an add-in keeps</data>");
     for (const Scenario& scenario : kSetup) {
         RunSetup(scenario);

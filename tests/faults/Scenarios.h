@@ -110,6 +110,11 @@ inline constexpr Scenario kScenarios[] = {
     {"user import people.csv --update --departments 'Company of many people'", {}, true},
     {"user import people.csv --dry-run --update"},
 
+    {"export all.jsonl --with-passwords"},
+    {"export --format csv --in '/Company of many people'"},
+    {"import directory.jsonl --update", {}, true},
+    {"import directory.jsonl --dry-run"},
+
     {"group tree --users", {}, false, true},
     {"group list"},
     {"group show '/Company of many people/Sales and marketing'"},

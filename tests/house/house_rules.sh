@@ -71,7 +71,7 @@ breach "holds in a std::variant what must not be copied there" < <(variant_breac
 
 # ---- To destroy the JSON library's objects and arrays takes memory, and ends the program when there is none.
 breach "uses the JSON library where console/JsonWriter.h is to be used" < <(
-  find_in '#[[:space:]]*include[[:space:]]*<nlohmann' "${all[@]}" | grep -vE '^(console/JsonWriter\.cpp|management/audit/AuditedRow\.cpp|tests/|bench/)' || true)
+  find_in '#[[:space:]]*include[[:space:]]*<nlohmann' "${all[@]}" | grep -vE '^(console/JsonWriter\.cpp|management/(audit/AuditedRow|exchange/JsonLine)\.cpp|tests/|bench/)' || true)
 
 # ---- An include never points to a higher floor.
 declare -A below=(

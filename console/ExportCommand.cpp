@@ -1,0 +1,178 @@
+#include "console/DatabaseFiles.h"
+#include "console/LocalCommand.h"
+#include "console/OutputFile.h"
+#include "console/Session.h"
+#include "console/SourceFile.h"
+#include "console/TerminalFrontEnd.h"
+#include "console/Url.h"
+#include "management/Text.h"
+#include "management/exchange/Export.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <memory>
+#include <optional>
+
+namespace console {
+
+namespace {
+
+struct ExportInput {
+    std::optional<std::string> file;
+    std::optional<std::string> format;
+    std::optional<std::string> in;
+    std::optional<std::string> nouns;
+    bool withPasswords = false;
+};
+
+constexpr Param<ExportInput> kExportParams[] = {
+    {"FILE", &ExportInput::file, Kind::file, "where to write; standard output if not given"},
+    {"format", &ExportInput::format, Kind::choice,
+     "json: everything, an object on each line; csv: the people, as `user import` takes them; json if not given",
+     OneOf{"json", "csv"}},
+    {"in", &ExportInput::in, Kind::holder, "only a view or group: what is below it, and the people there"},
+    {"nouns", &ExportInput::nouns, Kind::text, "only these kinds of lines, such as users,groups,members"},
+    {"with_passwords", &ExportInput::withPasswords, Kind::flag,
+     "also passwords as they are stored, and the encryption key"},
+};
+
+std::vector<std::string> SplitAtCommas(const std::string& text)
+{
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(',', begin), text.size());
+        parts.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return parts;
+}
+
+constexpr Command kNoRow = {};
+
+/// Writes what is exported to a file or standard output.
+class ExportFrontEnd final : public TerminalFrontEnd {
+public:
+    ExportFrontEnd(const LocalCall& call, std::optional<std::string> file)
+        : TerminalFrontEnd(kNoRow, call.given, Format::csv, call.terminal), m_call(call), m_path(std::move(file))
+    {
+    }
+
+    /// @param firstLine  of such files.
+    void Begin(const std::string& firstLine)
+    {
+        if (m_path && *m_path != kStandardStream) {
+            m_file = std::make_unique<OutputFile>(OutputFile::Description{
+                *m_path, "`qvadmin export FILE`", firstLine, DatabaseFiles(ChooseUrl(m_call.arguments.db))});
+        } else {
+            m_call.terminal.out << firstLine << '\n';
+        }
+    }
+
+    void TakeColumns(std::vector<std::string> names) override { Begin(fmt::format("{}", fmt::join(names, ","))); }
+
+    bool TakeRow(const std::vector<Value>& row) override
+    {
+        WriteCsvRow(TextsForPrograms(row), Stream());
+        return true;
+    }
+
+    void ShowProgress(long done, std::optional<long> total) override
+    {
+        Flush();
+        TerminalFrontEnd::ShowProgress(done, total);
+    }
+
+    [[nodiscard]] std::ostream& Stream() { return m_file ? m_file->Stream() : m_call.terminal.out; }
+
+    void Flush()
+    {
+        if (m_file) {
+            m_file->Flush();
+            return;
+        }
+        m_call.terminal.out.flush();
+    }
+
+    /// Whether standard output takes no more, which is said when the program ends.
+    [[nodiscard]] bool IsRefused() const { return !m_file && !m_call.terminal.out; }
+    [[nodiscard]] bool IsStopRequested() const noexcept override
+    {
+        return IsRefused() || TerminalFrontEnd::IsStopRequested();
+    }
+
+    void Finish()
+    {
+        Flush();
+        if (m_file) {
+            m_file->Finish();
+        }
+    }
+
+    /// Where what was written is, for sentences.
+    [[nodiscard]] std::string Name() const { return m_file ? m_file->Name() : "standard output"; }
+
+private:
+    const LocalCall& m_call;
+    std::optional<std::string> m_path;
+    std::unique_ptr<OutputFile> m_file; // none for standard output
+};
+
+Exit Export(const LocalCall& call)
+{
+    const auto in = binding::ReadInput<kExportParams>(call.given);
+    const bool isJson = in.format.value_or("json") == "json";
+    if (!isJson && (in.nouns || in.withPasswords)) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("--{} is for --format json", in.nouns ? "nouns" : "with-passwords"));
+    }
+    const ExportOptions options = {in.nouns ? SplitAtCommas(*in.nouns) : std::vector<std::string>(), in.in,
+                                   in.withPasswords};
+    Session session(call.arguments, Session::Indexes::leftAlone);
+    ExportFrontEnd frontEnd(call, in.file);
+    Call work([&]() -> CAConnect& { return session.Directory().Connection(); }, frontEnd, call.given.options);
+    ExportReport report;
+    bool isDone = false;
+    if (isJson) {
+        frontEnd.Begin(std::string(kExportHead));
+        isDone = ExportDirectory(
+            work, options, [&](const std::string& line) { frontEnd.Stream() << line << '\n'; }, report);
+    } else {
+        isDone = ExportPeople(work, options, report);
+    }
+    frontEnd.HideProgress();
+    if (!isDone && !frontEnd.IsRefused()) {
+        throw Error(ErrorCode::failed, fmt::format("stopped by a signal; {} is not whole", frontEnd.Name()));
+    }
+    frontEnd.Finish();
+    if (frontEnd.IsRefused()) {
+        return Exit::failed;
+    }
+    if (report.leftOut > 0) {
+        call.terminal.err << fmt::format("{} not exported, for they name what is gone; `qvadmin db check` lists them\n",
+                                         report.leftOut == 1 ? "1 row was"
+                                                             : fmt::format("{} rows were", report.leftOut));
+    }
+    call.terminal.err << fmt::format(
+        "exported {} to {} ({})\n", Counted(static_cast<std::size_t>(report.lines), isJson ? "line" : "user"),
+        frontEnd.Name(), PaceText(std::chrono::steady_clock::now() - report.begin, report.lines));
+    return Exit::done;
+}
+
+constexpr LocalCommand kCommands[] = {
+    {{.path = {"export"},
+      .summary = "write the directory to a file that `qvadmin import` reads",
+      .examples = "  qvadmin export directory.jsonl\n"
+                  "  qvadmin export --in /Company/Sales --nouns users,groups,members\n"
+                  "  qvadmin export people.csv --format csv",
+      .effect = Effect::read,
+      .duration = Duration::longRunning,
+      .params = &InfosOf<kExportParams>},
+     &Export},
+};
+
+} // namespace
+
+std::span<const LocalCommand> ExportCommands() { return kCommands; }
+
+} // namespace console

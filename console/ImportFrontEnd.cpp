@@ -1,0 +1,109 @@
+#include "console/ImportFrontEnd.h"
+
+#include "console/DatabaseFiles.h"
+#include "console/Url.h"
+#include "management/Text.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <array>
+#include <utility>
+
+namespace console {
+
+namespace {
+
+constexpr std::string_view kFailed = kRowFates[static_cast<std::size_t>(RowFate::failed)];
+constexpr Command kNoRow = {};
+/// As kRowFates, to follow a number.
+constexpr std::array<std::string_view, kRowFates.size()> kFatesInSummary = {"created", "updated", "unchanged",
+                                                                            "already there", "failed"};
+
+} // namespace
+
+ImportFrontEnd::ImportFrontEnd(const LocalCall& call, Files files)
+    : TerminalFrontEnd(kNoRow, call.given, Format::csv, call.terminal),
+      m_call(call),
+      m_files(std::move(files)),
+      m_source(m_files.file == kStandardStream ? "standard input" : Visible(m_files.file))
+{
+    TerminalFrontEnd::ShowProgress(0, std::nullopt); // from here on a signal is a request to stop
+}
+
+void ImportFrontEnd::TakeColumns(std::vector<std::string> names)
+{
+    m_isBegun = true;
+    const bool fromStandardInput = m_files.file == kStandardStream;
+    std::vector<OutputFile::InUse> inUse = DatabaseFiles(ChooseUrl(m_call.arguments.db));
+    if (!fromStandardInput) {
+        inUse.push_back({m_files.file, "the file to import"});
+    }
+    const std::string header = fmt::format("{}", fmt::join(names, ","));
+    const std::string path =
+        m_files.result.value_or(fromStandardInput ? m_files.file : m_files.file + std::string(kResultSuffix));
+    if (path != kStandardStream) {
+        m_result = std::make_unique<OutputFile>(OutputFile::Description{path, "--result", header, std::move(inUse)});
+        return;
+    }
+    m_call.terminal.out << header << '\n';
+    Flush();
+}
+
+bool ImportFrontEnd::TakeRow(const std::vector<Value>& row)
+{
+    const std::vector<std::string> texts = TextsForPrograms(row);
+    WriteCsvRow(texts, Stream());
+    if (texts.at(3) == kFailed) {
+        HideProgress();
+        m_call.terminal.err << fmt::format("{}:{}: {}\n", m_source, texts.at(0), texts.at(4));
+    }
+    return true;
+}
+
+void ImportFrontEnd::ShowProgress(long done, std::optional<long> total)
+{
+    if (m_isBegun) {
+        Flush();
+    }
+    TerminalFrontEnd::ShowProgress(done, total);
+}
+
+void ImportFrontEnd::Flush()
+{
+    if (m_result) {
+        m_result->Flush();
+        return;
+    }
+    m_call.terminal.out.flush();
+    if (!m_call.terminal.out) {
+        throw Error(ErrorCode::failed, "cannot write the outcomes to standard output");
+    }
+}
+
+void ImportFrontEnd::FinishResult()
+{
+    if (m_result) {
+        m_result->Finish();
+    }
+}
+
+std::string ImportFrontEnd::Standing(const ImportReport& report) const
+{
+    if (m_files.dryRun || report.lastLine == 0) {
+        return "nothing was imported";
+    }
+    return fmt::format("the rows up to line {} are done{}, and the same file can be imported again", report.lastLine,
+                       m_result ? " and listed in " + m_result->Name() : "");
+}
+
+std::string FatesText(const ImportReport& report)
+{
+    std::string parts;
+    for (std::size_t i = 0; i < kFatesInSummary.size(); ++i) {
+        parts += fmt::format("{}{} {}", parts.empty() ? "" : ", ", report.counts.at(i), kFatesInSummary.at(i));
+    }
+    return parts;
+}
+
+} // namespace console

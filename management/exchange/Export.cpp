@@ -1,0 +1,398 @@
+#include "management/exchange/Export.h"
+
+#include "basefun/ItemTypes.h"
+#include "dbaccess/CAConnect.h"
+#include "management/DatabaseError.h"
+#include "management/Query.h"
+#include "management/audit/AuditedRow.h"
+#include "management/documents/Documents.h"
+#include "management/exchange/ItemNames.h"
+#include "management/exchange/JsonLine.h"
+#include "management/exchange/Nouns.h"
+#include "management/import/Import.h"
+#include "management/organisation/Organisation.h"
+#include "management/users/Fields.h"
+#include "schema/Snapshot.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <charconv>
+#include <set>
+#include <unordered_set>
+
+namespace management {
+
+namespace {
+
+constexpr long kLinesPerProgress = 1000;
+
+JsonValue NumberOrText(const std::optional<std::string>& stored)
+{
+    if (!stored) {
+        return {};
+    }
+    std::int64_t number = 0;
+    const char* end = stored->data() + stored->size();
+    const auto read = std::from_chars(stored->data(), end, number);
+    return read.ec == std::errc() && read.ptr == end ? JsonValue(number) : JsonValue(TextValue(*stored));
+}
+
+/// What lies below a group or view: it, what is above and below, and the people of what is below.
+class DirectoryPart {
+public:
+    DirectoryPart(CAConnect& conn, const std::string& argument)
+    {
+        const Organisation organisation(conn);
+        const ItemKey top = organisation.FindHolder(argument);
+        std::vector<ItemKey> inside = organisation.Below(top);
+        inside.push_back(top);
+        std::vector<int> groups;
+        for (const ItemKey key : inside) {
+            if (key.type == kItemTypeGroup) {
+                groups.push_back(key.id);
+            }
+            std::optional<std::size_t> place = organisation.NumberOf(key);
+            for (; place; place = organisation.Places()[*place].via) {
+                m_items.insert(organisation.Places()[*place].key);
+            }
+        }
+        std::string where = fmt::format("Col_QvItemType = {} AND Col_QvItemID IN ({})", kItemTypeGroup,
+                                        groups.empty() ? "0" : fmt::format("{}", fmt::join(groups, ", ")));
+        if (top.type == kItemTypeView) {
+            where = fmt::format("(({}) OR (Col_QvItemType = {} AND Col_QvItemID = {}))", where, kItemTypeView, top.id);
+        }
+        EachRow(conn,
+                fmt::format("SELECT DISTINCT Col_DQvItemID FROM qv_Relation WHERE Col_DQvItemType = {} AND Col_RelType "
+                            "= {} AND {}",
+                            kItemTypeUser, kMembership, where),
+                [this](CARecordset& row) { m_users.insert(NumberIn(row, 1)); });
+    }
+
+    /// Roles belong to every part.
+    [[nodiscard]] bool Has(ItemKey key) const
+    {
+        return key.type == kItemTypeUser ? m_users.contains(key.id)
+                                         : key.type == kItemTypeRole || m_items.contains(key);
+    }
+
+private:
+    std::set<ItemKey> m_items;
+    std::unordered_set<int> m_users;
+};
+
+const JsonMember* FindMember(const JsonObject& line, std::string_view name)
+{
+    const auto found = std::ranges::find(line, name, &JsonMember::name);
+    return found == line.end() ? nullptr : &*found;
+}
+
+/// Whether a line of a member tells no more than the path of a group does.
+bool IsSaidByPath(const JsonObject& line)
+{
+    const JsonMember& member = *FindMember(line, "member");
+    const JsonMember& of = *FindMember(line, "of");
+    if (member.part != "group" || FindMember(line, "relation")->value != JsonValue(std::int64_t{kMembership}) ||
+        FindMember(line, "reference")->value != JsonValue(std::int64_t{0}) ||
+        FindMember(line, "view")->value != JsonValue()) {
+        return false;
+    }
+    const std::string& holder = std::get<TextValue>(of.value);
+    return ParseItemName(MemberKind::group, std::get<TextValue>(member.value)).parent ==
+           (of.part == "view" ? "/" + holder : holder);
+}
+
+/// Reads the rows of a noun and makes lines of them.
+class NounReader {
+public:
+    NounReader(CAConnect& conn, const Noun& noun, const ItemNames& names, const DirectoryPart* part, bool withPasswords)
+        : m_conn(conn), m_noun(noun), m_names(names), m_part(part), m_withPasswords(withPasswords)
+    {
+    }
+
+    /// Gives each line to `take` until that gives false. @return whether it never did.
+    bool Run(const std::function<bool(const std::string&)>& take, ExportReport& report)
+    {
+        std::vector<std::string> lines; // of rows that the order does not tell apart
+        std::string place;
+        bool goesOn = true;
+        const auto flush = [&] {
+            std::ranges::sort(lines);
+            if (!m_noun.hasId) {
+                lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+            }
+            goesOn = goesOn && std::ranges::all_of(lines, take);
+            lines.clear();
+        };
+        EachRow(m_conn, Query(), [&](CARecordset& row) {
+            std::string here;
+            for (long column = 1; column <= m_orderColumns; ++column) {
+                here += TextIn(row, column) + " ";
+            }
+            if (here != place) {
+                flush();
+                place = std::move(here);
+            }
+            const std::optional<std::string> line = LineOf(row, report);
+            if (line) {
+                lines.push_back(*line);
+            }
+            return goesOn;
+        });
+        flush();
+        return goesOn;
+    }
+
+private:
+    [[nodiscard]] std::string Query()
+    {
+        std::string columns;
+        std::string joins;
+        std::string order;
+        const auto add = [&columns](const std::string& column) { columns += (columns.empty() ? "" : ", ") + column; };
+        for (std::string_view rest = m_noun.order; !rest.empty();) {
+            const std::size_t end = std::min(rest.find(", "), rest.size());
+            const std::string column = fmt::format("t.{}", rest.substr(0, end));
+            add(column);
+            order += (order.empty() ? " ORDER BY " : ", ") + column;
+            rest.remove_prefix(std::min(end + 2, rest.size()));
+            ++m_orderColumns;
+        }
+        for (const LineMember& member : m_noun.members) {
+            if (!member.typeColumn.empty()) {
+                add(fmt::format("t.{}", member.typeColumn));
+            }
+            const bool isItself = m_noun.item != MemberKind::text && &member == &m_noun.members.front();
+            add(fmt::format("t.{}", isItself ? "Col_ID" : member.column));
+            if (member.kind == MemberKind::user || member.kind == MemberKind::item) {
+                const std::string alias = fmt::format("u_{}", member.name);
+                joins += fmt::format(" LEFT JOIN qv_User {0} ON {0}.Col_ID = t.{1}", alias, member.column);
+                joins += member.kind == MemberKind::item
+                             ? fmt::format(" AND t.{} = {}", member.typeColumn, kItemTypeUser)
+                             : "";
+                add(alias + ".Col_LoginName");
+            }
+        }
+        return fmt::format("SELECT {} FROM {} t{}{}{}", columns, m_noun.table, joins,
+                           m_noun.condition.empty() ? "" : fmt::format(" WHERE {}", m_noun.condition), order);
+    }
+
+    std::optional<std::string> LineOf(CARecordset& row, ExportReport& report)
+    {
+        JsonObject line = {{"noun", {}, TextValue(std::string(m_noun.name))}};
+        long column = m_orderColumns;
+        bool isInPart = false;
+        std::string settingName;
+        for (std::size_t i = 0; i < m_noun.members.size(); ++i) {
+            const LineMember& member = m_noun.members[i];
+            const int type = member.typeColumn.empty() ? 0 : NumberIn(row, ++column);
+            ++column;
+            const std::size_t before = line.size();
+            std::optional<ItemKey> item;
+            if (IsReference(member.kind)) {
+                item = AddReference(line, member, type, row, column);
+            } else if (!AddValue(line, member, OptionalTextIn(row, column), settingName)) {
+                return std::nullopt;
+            }
+            const bool isNeeded = i < std::max(m_noun.keys, m_noun.needed);
+            if (isNeeded && IsReference(member.kind) && line.size() == before) {
+                ++report.leftOut;
+                return std::nullopt;
+            }
+            if (IsReference(member.kind) && line.size() == before) {
+                line.push_back({std::string(member.name)});
+            }
+            if (m_part != nullptr && isNeeded && item) {
+                if (!m_part->Has(*item)) {
+                    return std::nullopt;
+                }
+                isInPart = isInPart || item->type == kItemTypeUser || item->type == kItemTypeGroup ||
+                           m_noun.item != MemberKind::text;
+            }
+        }
+        if (m_part != nullptr && m_noun.name == "user") {
+            isInPart = m_part->Has({kItemTypeUser, NumberIn(row, 1)});
+        }
+        const bool isLeftOut = (m_part != nullptr && !isInPart) || (m_noun.name == "member" && IsSaidByPath(line));
+        return isLeftOut ? std::nullopt : std::optional(WriteJsonLine(line));
+    }
+
+    /// @return false when there is to be no line without the value.
+    bool AddValue(JsonObject& line, const LineMember& member, const std::optional<std::string>& stored,
+                  std::string& settingName) const
+    {
+        const bool isSecret = member.kind == MemberKind::secret || member.kind == MemberKind::secretNumber ||
+                              (member.kind == MemberKind::setting && IsSecretSetting(settingName));
+        if (isSecret && !m_withPasswords) {
+            return member.kind != MemberKind::setting;
+        }
+        if (member.column == "Col_Name") {
+            settingName = stored.value_or("");
+        }
+        line.push_back({std::string(member.name),
+                        {},
+                        IsNumber(member.kind) ? NumberOrText(stored)
+                        : stored              ? JsonValue(TextValue(*stored))
+                                              : JsonValue()});
+        return true;
+    }
+
+    [[nodiscard]] bool IsSecretSetting(const std::string& name) const
+    {
+        return audit::IsSecret(*audit::FindAuditedTable(m_noun.table), {{"Col_Name", name}}, "Col_Data");
+    }
+
+    /// Adds nothing where there is no such item. @param column  of the id; after it comes the login name of a user.
+    std::optional<ItemKey> AddReference(JsonObject& line, const LineMember& member, int type, CARecordset& row,
+                                        long& column)
+    {
+        const int id = NumberIn(row, column);
+        const std::string name(member.name);
+        if (member.kind == MemberKind::user || member.kind == MemberKind::item) {
+            const std::optional<std::string> login = OptionalTextIn(row, ++column);
+            if (login) {
+                line.push_back({name, member.kind == MemberKind::item ? "user" : "", TextValue(*login)});
+                return ItemKey{kItemTypeUser, id};
+            }
+        }
+        if (member.kind == MemberKind::user) {
+            return std::nullopt;
+        }
+        if (member.kind == MemberKind::object && type != kFolderClass) {
+            line.push_back({name, "class", std::int64_t{type}});
+            line.push_back({name, "id", std::int64_t{id}});
+            return std::nullopt;
+        }
+        const std::optional<MemberKind> kind = member.kind == MemberKind::item     ? KindOfType(type)
+                                               : member.kind == MemberKind::object ? std::optional(MemberKind::folder)
+                                                                                   : std::optional(member.kind);
+        const std::string* text = kind ? m_names.NameOf(*kind, id) : nullptr;
+        if (text == nullptr) {
+            return std::nullopt;
+        }
+        const bool hasWord = member.kind == MemberKind::item || member.kind == MemberKind::object;
+        line.push_back({name, hasWord ? std::string(WordOf(*kind)) : "", TextValue(*text)});
+        return *kind == MemberKind::group  ? std::optional(ItemKey{kItemTypeGroup, id})
+               : *kind == MemberKind::view ? std::optional(ItemKey{kItemTypeView, id})
+               : *kind == MemberKind::role ? std::optional(ItemKey{kItemTypeRole, id})
+                                           : std::nullopt;
+    }
+
+    static std::string_view WordOf(MemberKind kind)
+    {
+        return kind == MemberKind::group  ? "group"
+               : kind == MemberKind::role ? "role"
+               : kind == MemberKind::view ? "view"
+                                          : "folder";
+    }
+
+    CAConnect& m_conn;
+    const Noun& m_noun;
+    const ItemNames& m_names;
+    const DirectoryPart* m_part;
+    bool m_withPasswords;
+    long m_orderColumns = 0;
+};
+
+void RequireNouns(const std::vector<std::string>& nouns)
+{
+    for (const std::string& noun : nouns) {
+        if (std::ranges::find(Nouns(), noun, &Noun::plural) == Nouns().end()) {
+            std::vector<std::string_view> known;
+            std::ranges::transform(Nouns(), std::back_inserter(known), &Noun::plural);
+            throw Error(ErrorCode::invalid,
+                        fmt::format("{} is nothing that can be exported; there are {}", noun, fmt::join(known, ", ")));
+        }
+    }
+}
+
+/// Counts a line and tells the front end now and then. @return false when it is to stop.
+bool GoesOn(const Call& call, ExportReport& report)
+{
+    ++report.lines;
+    if (report.lines % kLinesPerProgress == 0) {
+        call.Front().ShowProgress(report.lines, std::nullopt);
+    }
+    return !call.Front().IsStopRequested();
+}
+
+/// Runs the body where all reads see one moment.
+template <class Body>
+bool AtOneMoment(CAConnect& conn, Body body)
+{
+    return WithDatabaseErrors(conn, [&] {
+        const schema::Snapshot snapshot(conn);
+        return body();
+    });
+}
+
+} // namespace
+
+bool ExportDirectory(Call& call, const ExportOptions& options, const std::function<void(const std::string&)>& take,
+                     ExportReport& report)
+{
+    RequireNouns(options.nouns);
+    CAConnect& conn = call.Connection();
+    return AtOneMoment(conn, [&] {
+        const ItemNames names(conn);
+        const std::optional<DirectoryPart> part =
+            options.in ? std::optional<DirectoryPart>(std::in_place, conn, *options.in) : std::nullopt;
+        call.Front().ShowProgress(0, std::nullopt);
+        for (const Noun& noun : Nouns()) {
+            const bool isWanted =
+                options.nouns.empty() || std::ranges::find(options.nouns, noun.plural) != options.nouns.end();
+            if (!isWanted || (part && !noun.isOfPeople)) {
+                continue;
+            }
+            NounReader reader(conn, noun, names, part ? &*part : nullptr, options.withPasswords);
+            const bool isDone = reader.Run(
+                [&](const std::string& line) {
+                    take(line);
+                    return GoesOn(call, report);
+                },
+                report);
+            if (!isDone) {
+                return false;
+            }
+        }
+        return true;
+    });
+}
+
+bool ExportPeople(Call& call, const ExportOptions& options, ExportReport& report)
+{
+    CAConnect& conn = call.Connection();
+    std::vector<const Field*> fields;
+    std::vector<std::string> names;
+    std::string columns;
+    for (const std::string_view name : ImportColumns()) {
+        fields.push_back(FindField(name));
+        names.emplace_back(name);
+        columns += fmt::format(", {}", fields.back()->column);
+    }
+    return AtOneMoment(conn, [&] {
+        const std::optional<DirectoryPart> part =
+            options.in ? std::optional<DirectoryPart>(std::in_place, conn, *options.in) : std::nullopt;
+        call.Front().TakeColumns(names);
+        call.Front().ShowProgress(0, std::nullopt);
+        bool goesOn = true;
+        EachRow(conn, fmt::format("SELECT Col_ID{} FROM qv_User ORDER BY Col_ID", columns), [&](CARecordset& row) {
+            if (part && !part->Has({kItemTypeUser, NumberIn(row, 1)})) {
+                return true;
+            }
+            std::vector<Value> values;
+            values.reserve(fields.size());
+            long column = 1;
+            for (const Field* field : fields) {
+                values.push_back(Shown(*field, OptionalTextIn(row, ++column)));
+            }
+            call.Front().TakeRow(values);
+            goesOn = GoesOn(call, report);
+            return goesOn;
+        });
+        return goesOn;
+    });
+}
+
+} // namespace management

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "management/Call.h"
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace management {
+
+/// The first line of an exported directory, without its end.
+inline constexpr std::string_view kExportHead = R"({"format":"qvadmin directory","version":1})";
+
+struct ExportOptions {
+    std::vector<std::string> nouns; ///< plurals of Nouns(); none: all
+    std::optional<std::string> in;  ///< a group or view: it, what is below, the people there and what is theirs
+    bool withPasswords = false;     ///< as they are stored, and the encryption key
+};
+
+struct ExportReport {
+    long lines = 0;
+    long leftOut = 0; ///< rows that name an item which is gone
+    std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+};
+
+/// Gives the lines of an exported directory after the first one, without their ends, as the directory is at one moment.
+/// Rows come in the order in which they were added; what has no id, in the order of its items and by bytes. Holds no
+/// more than the items that are not people. The front end is told the progress, and stops it between rows.
+/// @return false when it was stopped. @throws Error (invalid, notFound) for the options. @throws DatabaseError.
+bool ExportDirectory(Call& call, const ExportOptions& options, const std::function<void(const std::string&)>& take,
+                     ExportReport& report);
+
+/// Gives all people to the front end: the columns that an import takes, and rows by id, with departments as paths.
+/// @return false when it was stopped. @throws as ExportDirectory.
+bool ExportPeople(Call& call, const ExportOptions& options, ExportReport& report);
+
+} // namespace management
