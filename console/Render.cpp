@@ -1,6 +1,6 @@
 #include "console/Render.h"
 
-#include "console/JsonWriter.h"
+#include "management/JsonWriter.h"
 #include "management/Overloaded.h"
 #include "management/Text.h"
 

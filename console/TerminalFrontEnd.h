@@ -2,7 +2,7 @@
 
 #include "console/CommandLine.h"
 #include "console/Interrupt.h"
-#include "console/JsonWriter.h"
+#include "management/JsonWriter.h"
 #include "console/Progress.h"
 #include "console/Render.h"
 #include "console/Terminal.h"
