@@ -1,5 +1,6 @@
 #include "console/Actor.h"
 
+#include "management/CommandData.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
@@ -10,14 +11,14 @@
 #include <array>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 namespace console {
 
 using management::ShellQuoted;
+using management::Shortened;
 
 namespace {
-
-constexpr std::size_t kLongestCommand = 2000;
 
 /// An option that is not part of what was done. @param value  whether the next word is its value.
 struct RunOption {
@@ -73,14 +74,7 @@ std::string CommandText(const std::vector<std::string>& words)
         }
         text += (text.empty() ? "" : " ") + ShellQuoted(word);
     }
-    if (text.size() > kLongestCommand) {
-        std::size_t end = kLongestCommand;
-        while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
-            --end;
-        }
-        text = text.substr(0, end) + " ...";
-    }
-    return text;
+    return Shortened(std::move(text));
 }
 
 } // namespace console

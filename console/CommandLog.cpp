@@ -1,7 +1,7 @@
 #include "console/CommandLog.h"
 
 #include "console/Actor.h"
-#include "console/JsonWriter.h"
+#include "management/JsonWriter.h"
 #include "management/Text.h"
 
 #include <fcntl.h>

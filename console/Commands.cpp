@@ -3,12 +3,13 @@
 #include "console/Actor.h"
 #include "console/Color.h"
 #include "console/CommandLog.h"
-#include "console/JsonWriter.h"
 #include "console/LocalCommand.h"
 #include "console/NameList.h"
 #include "console/Session.h"
 #include "console/TerminalFrontEnd.h"
 #include "management/Changes.h"
+#include "management/CommandData.h"
+#include "management/JsonWriter.h"
 #include "management/Text.h"
 
 #include <algorithm>
@@ -218,26 +219,6 @@ bool AskForJson(const std::vector<std::string>& words)
         }
     }
     return false;
-}
-
-std::string_view NameOf(ErrorCode code)
-{
-    switch (code) {
-    case ErrorCode::invalid:
-        return "invalid";
-    case ErrorCode::notFound:
-        return "not_found";
-    case ErrorCode::conflict:
-        return "conflict";
-    case ErrorCode::isProtected:
-        return "protected";
-    case ErrorCode::database:
-        return "database";
-    case ErrorCode::confirmationRequired:
-        return "confirmation_required";
-    default:
-        return "failed";
-    }
 }
 
 void WriteAsJson(const Error& error, Terminal& terminal)

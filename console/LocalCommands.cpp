@@ -14,14 +14,15 @@ std::span<const LocalCommand> ExportCommands();
 std::span<const LocalCommand> ImportCommands();
 std::span<const LocalCommand> CompletionCommands();
 std::span<const LocalCommand> ManualCommands();
+std::span<const LocalCommand> ServeCommands();
 
 std::span<const LocalCommand> LocalCommands()
 {
     static const std::vector<LocalCommand> commands = [] {
         std::vector<LocalCommand> all;
         for (const std::span<const LocalCommand> some :
-             {DbCommands(), CopyCommands(), ExportCommands(), ImportCommands(), BatchCommands(), CompletionCommands(),
-              ManualCommands()}) {
+             {DbCommands(), CopyCommands(), ExportCommands(), ImportCommands(), ServeCommands(), BatchCommands(),
+              CompletionCommands(), ManualCommands()}) {
             all.insert(all.end(), some.begin(), some.end());
         }
         return all;

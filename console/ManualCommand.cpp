@@ -1,7 +1,8 @@
 #include "console/CommandOption.h"
 #include "console/Help.h"
-#include "console/JsonWriter.h"
 #include "console/LocalCommand.h"
+#include "management/CommandData.h"
+#include "management/JsonWriter.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
@@ -245,90 +246,6 @@ Exit PrintManual(const LocalCall& call)
 
 // ---- The table as data ----------------------------------------------------------------------------------------------
 
-std::string_view NameOf(Effect effect)
-{
-    switch (effect) {
-    case Effect::read:
-        return "read";
-    case Effect::create:
-        return "create";
-    case Effect::change:
-        return "change";
-    default:
-        return "remove";
-    }
-}
-
-std::string_view NameOf(Kind kind)
-{
-    static constexpr std::string_view kNames[] = {"text",  "number", "flag",    "date",   "choice", "power",   "secret",
-                                                  "file",  "user",   "group",   "view",   "holder", "item",    "role",
-                                                  "title", "plan",   "docroot", "folder", "addin",  "package", "rows"};
-    return kNames[static_cast<std::size_t>(kind)];
-}
-
-TextValue AsText(std::string_view text) { return std::string(text); }
-
-void WriteParamAsData(const ParamInfo& param, JsonWriter& json)
-{
-    json.BeginObject();
-    json.WriteMember("name", AsText(param.name));
-    json.WriteMember("kind", AsText(NameOf(param.kind)));
-    json.WriteMember("help", AsText(param.help));
-    json.WriteMember("positional", param.isPositional);
-    json.WriteMember("required", param.isRequired);
-    json.WriteMember("list", param.isList);
-    if (const auto* words = std::get_if<OneOf>(&param.check)) {
-        json.WriteName("choices");
-        json.BeginArray();
-        for (const std::string_view word : words->words) {
-            if (!word.empty()) {
-                json.Write(AsText(word));
-            }
-        }
-        json.End();
-    }
-    json.End();
-}
-
-void WriteCommandAsData(const Command& command, JsonWriter& json)
-{
-    json.BeginObject();
-    json.WriteName("path");
-    json.BeginArray();
-    for (const std::string& word : PathOf(command)) {
-        json.Write(AsText(word));
-    }
-    json.End();
-    json.WriteMember("summary", AsText(command.summary));
-    json.WriteMember("effect", AsText(NameOf(command.effect)));
-    json.WriteMember("asks", command.asks);
-    json.WriteMember("long_running", command.duration == Duration::longRunning);
-    json.WriteName("parameters");
-    json.BeginArray();
-    for (const ParamInfo& param : command.params()) {
-        if (!param.isSet) {
-            WriteParamAsData(param, json);
-            continue;
-        }
-        for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
-            ParamInfo option{text.name, text.isFlag ? Kind::flag : Kind::text, text.help, {}, {}};
-            WriteParamAsData(option, json);
-        }
-    }
-    json.End();
-    json.WriteName("columns");
-    json.BeginArray();
-    for (const Column& column : command.columns) {
-        json.BeginObject();
-        json.WriteMember("name", AsText(column.name));
-        json.WriteMember("kind", AsText(NameOf(column.kind)));
-        json.End();
-    }
-    json.End();
-    json.End();
-}
-
 Exit PrintCommands(const LocalCall& call)
 {
     if (call.arguments.format != Format::json && call.arguments.format != Format::jsonl) {
@@ -348,7 +265,7 @@ Exit PrintCommands(const LocalCall& call)
     json.BeginArray();
     for (const Command* command : AllCommands()) {
         if (!IsHead(*command) && !command->summary.empty()) {
-            WriteCommandAsData(*command, json);
+            WriteAsData(*command, json);
         }
     }
     json.End();

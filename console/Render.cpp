@@ -1,7 +1,7 @@
 #include "console/Render.h"
 
 #include "console/Color.h"
-#include "console/JsonWriter.h"
+#include "management/JsonWriter.h"
 #include "management/Overloaded.h"
 #include "management/Text.h"
 

@@ -2,11 +2,11 @@
 
 #include "console/CommandLine.h"
 #include "console/Interrupt.h"
-#include "console/JsonWriter.h"
 #include "console/OutputFile.h"
 #include "console/Progress.h"
 #include "console/Render.h"
 #include "console/Terminal.h"
+#include "management/JsonWriter.h"
 
 #include <optional>
 #include <span>

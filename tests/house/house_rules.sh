@@ -70,8 +70,12 @@ variant_breaches() {
 breach "holds in a std::variant what must not be copied there" < <(variant_breaches)
 
 # ---- To destroy the JSON library's objects and arrays takes memory, and ends the program when there is none.
-breach "uses the JSON library where console/JsonWriter.h is to be used" < <(
-  find_in '#[[:space:]]*include[[:space:]]*<nlohmann' "${all[@]}" | grep -vE '^(console/JsonWriter\.cpp|management/(audit/AuditedRow|exchange/JsonLine)\.cpp|tests/|bench/)' || true)
+breach "uses the JSON library where management/JsonWriter.h is to be used" < <(
+  find_in '#[[:space:]]*include[[:space:]]*<nlohmann' "${all[@]}" | grep -vE '^(management/JsonWriter\.cpp|management/(audit/AuditedRow|exchange/JsonLine)\.cpp|web/JsonReader\.cpp|tests/|bench/)' || true)
+
+# ---- The library that speaks HTTP is known to one file; all else knows web/HttpServer.h.
+breach "includes the header of the HTTP library" < <(
+  find_in '#[[:space:]]*include[[:space:]]*<microhttpd\.h' "${all[@]}" | grep -vE '^web/HttpServer\.cpp:' || true)
 
 # ---- An include never points to a higher floor.
 declare -A below=(
@@ -85,7 +89,8 @@ declare -A below=(
   [schema]="platform dbaccess schema"
   [testing]="platform dbaccess testing"
   [management]="platform dbaccess basefun directory access documents admin schema management"
-  [console]="platform dbaccess basefun directory access documents admin schema management console"
+  [web]="platform dbaccess basefun directory access documents admin schema management web"
+  [console]="platform dbaccess basefun directory access documents admin schema management web console"
 )
 include_breaches() {
   local file line place folder target
@@ -101,6 +106,7 @@ include_breaches() {
       esac
       case $folder:$target in
         console:basefun/StatementFrame.h | console:basefun/SqlText.h | console:dbaccess/Driver.h | \
+          web:basefun/StatementFrame.h | web:basefun/SqlText.h | web:dbaccess/Driver.h | \
           management:basefun/StatementFrame.h | management:basefun/SqlText.h | management:dbaccess/Driver.h) echo "$line" ;;
       esac
     done < <(find_in '^[[:space:]]*#[[:space:]]*include[[:space:]]*"' "$file")

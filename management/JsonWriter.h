@@ -1,6 +1,6 @@
 #pragma once
 
-#include "console/Render.h"
+#include "management/Value.h"
 
 #include <cstdint>
 #include <iosfwd>
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace console {
+namespace management {
 
 /// Writes JSON piece by piece. The library's values are not for objects and arrays: to destroy one takes memory, and
 /// ends the program when there is none.
@@ -49,4 +49,4 @@ private:
     bool m_isAfterName = false;
 };
 
-} // namespace console
+} // namespace management

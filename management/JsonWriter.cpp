@@ -1,4 +1,4 @@
-#include "console/JsonWriter.h"
+#include "management/JsonWriter.h"
 
 #include "management/Overloaded.h"
 
@@ -6,7 +6,7 @@
 
 #include <ostream>
 
-namespace console {
+namespace management {
 
 namespace {
 
@@ -92,4 +92,4 @@ void JsonWriter::BreakLine()
     }
 }
 
-} // namespace console
+} // namespace management

@@ -1,0 +1,158 @@
+#include "console/LocalCommand.h"
+#include "console/Session.h"
+#include "console/TextFile.h"
+#include "management/Text.h"
+#include "web/Server.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <csignal>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+// The web console: a server on the directory, until somebody stops it.
+
+namespace console {
+
+namespace {
+
+constexpr std::string_view kUsualAddress = "127.0.0.1:8420";
+
+struct ServeInput {
+    std::optional<std::string> listen;
+    std::optional<std::string> certificate;
+    std::optional<std::string> key;
+    std::vector<std::string> origins;
+    std::optional<int> idleMinutes;
+    std::optional<int> sessionHours;
+
+    void Check() const
+    {
+        if (certificate.has_value() != key.has_value()) {
+            throw Error(ErrorCode::invalid, "--tls-cert and --tls-key are given together");
+        }
+    }
+};
+
+constexpr Param<ServeInput> kParams[] = {
+    {"listen", &ServeInput::listen, Kind::text, "where to listen, as ADDRESS:PORT; else 127.0.0.1:8420"},
+    {"tls_cert", &ServeInput::certificate, Kind::file, "certificate with its chain, in PEM"},
+    {"tls_key", &ServeInput::key, Kind::file, "private key of the certificate, in PEM"},
+    {"origin", &ServeInput::origins, Kind::text, "where browsers find it, such as https://admin.example.org"},
+    {"idle", &ServeInput::idleMinutes, Kind::number, "minutes after which an unused session ends; else 15",
+     Range{1, 480}},
+    {"session", &ServeInput::sessionHours, Kind::number, "hours after which any session ends; else 8", Range{1, 24}},
+};
+
+/// SIGINT and SIGTERM, which are waited for and reach no other thread that begins meanwhile.
+class EndSignals {
+public:
+    EndSignals()
+    {
+        sigemptyset(&m_set);
+        sigaddset(&m_set, SIGINT);
+        sigaddset(&m_set, SIGTERM);
+        pthread_sigmask(SIG_BLOCK, &m_set, &m_before);
+    }
+    EndSignals(const EndSignals&) = delete;
+    EndSignals& operator=(const EndSignals&) = delete;
+    ~EndSignals() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+
+    void Wait() const
+    {
+        int signal = 0;
+        sigwait(&m_set, &signal);
+    }
+
+private:
+    sigset_t m_set{};
+    sigset_t m_before{};
+};
+
+/// Takes "127.0.0.1:8420" or "[::1]:8420" apart.
+void ReadListen(const std::string& text, web::HttpOptions& http)
+{
+    const std::size_t colon = text.rfind(':');
+    int port = -1;
+    if (colon != std::string::npos) {
+        std::from_chars(text.data() + colon + 1, text.data() + text.size(), port);
+    }
+    constexpr int greatest = 65535;
+    if (port < 0 || port > greatest) {
+        throw Error(ErrorCode::invalid, fmt::format("--listen {} is no address with a port; write one such as {}",
+                                                    Quoted(text), kUsualAddress));
+    }
+    http.address = text.substr(0, colon);
+    if (http.address.starts_with('[') && http.address.ends_with(']')) {
+        http.address = http.address.substr(1, http.address.size() - 2);
+    }
+    http.port = static_cast<std::uint16_t>(port);
+}
+
+web::ServerOptions OptionsOf(const ServeInput& in)
+{
+    web::ServerOptions options;
+    ReadListen(in.listen.value_or(std::string(kUsualAddress)), options.http);
+    if (in.certificate) {
+        options.http.certificate = ReadTextFile(*in.certificate);
+        options.http.key = ReadTextFile(*in.key);
+    } else if (!web::IsLoopback(options.http.address)) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("{} can be reached from other machines, and passwords are sent to it; give --tls-cert "
+                                "and --tls-key, or listen on 127.0.0.1 behind a proxy that has them",
+                                options.http.address));
+    }
+    options.origins = in.origins;
+    if (in.idleMinutes) {
+        options.sessions.idle = std::chrono::minutes(*in.idleMinutes);
+    }
+    if (in.sessionHours) {
+        options.sessions.whole = std::chrono::hours(*in.sessionHours);
+    }
+    return options;
+}
+
+Exit Serve(const LocalCall& call)
+{
+    web::ServerOptions options = OptionsOf(binding::ReadInput<kParams>(call.given));
+    std::mutex mutex;
+    const auto say = [&](const std::string& line) {
+        const std::lock_guard lock(mutex);
+        call.terminal.err << line << '\n';
+    };
+    options.log = say;
+    const auto open = [&call] {
+        auto session = std::make_shared<Session>(call.arguments);
+        return std::shared_ptr<CAConnect>(session, &session->Directory().Connection());
+    };
+    const EndSignals signals;
+    const web::Server server(open, std::move(options));
+    say(fmt::format("The web console is at {}/ ; Ctrl+C ends it.", server.Url()));
+    if (!server.SetupToken().empty()) {
+        say(fmt::format("No super user has a password yet. Within 15 minutes, open\n  {}/setup#{}\nto give the user "
+                        "Admin one.",
+                        server.Url(), server.SetupToken()));
+    }
+    signals.Wait();
+    return Exit::done;
+}
+
+constexpr LocalCommand kCommands[] = {
+    {{.path = {"serve"},
+      .summary = "a web page for all that administrators do, until it is stopped",
+      .examples = "  qvadmin serve\n"
+                  "  qvadmin serve --listen 192.0.2.17:8420 --tls-cert chain.pem --tls-key key.pem --origin "
+                  "https://admin.example.org:8420",
+      .effect = Effect::read,
+      .duration = Duration::longRunning,
+      .params = &InfosOf<kParams>},
+     &Serve},
+};
+
+} // namespace
+
+std::span<const LocalCommand> ServeCommands() { return kCommands; }
+
+} // namespace console

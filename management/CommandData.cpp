@@ -1,0 +1,129 @@
+#include "management/CommandData.h"
+
+namespace management {
+
+namespace {
+
+std::string_view NameOf(Effect effect)
+{
+    switch (effect) {
+    case Effect::read:
+        return "read";
+    case Effect::create:
+        return "create";
+    case Effect::change:
+        return "change";
+    default:
+        return "remove";
+    }
+}
+
+std::string_view NameOf(Kind kind)
+{
+    static constexpr std::string_view kNames[] = {"text",  "number", "flag",    "date",   "choice", "power",   "secret",
+                                                  "file",  "user",   "group",   "view",   "holder", "item",    "role",
+                                                  "title", "plan",   "docroot", "folder", "addin",  "package", "rows"};
+    return kNames[static_cast<std::size_t>(kind)];
+}
+
+constexpr std::size_t kLongestCommand = 2000;
+
+TextValue AsText(std::string_view text) { return std::string(text); }
+
+void WriteAsData(const ParamInfo& param, JsonWriter& json)
+{
+    json.BeginObject();
+    json.WriteMember("name", AsText(param.name));
+    json.WriteMember("kind", AsText(NameOf(param.kind)));
+    json.WriteMember("help", AsText(param.help));
+    json.WriteMember("positional", param.isPositional);
+    json.WriteMember("required", param.isRequired);
+    json.WriteMember("list", param.isList);
+    if (const auto* words = std::get_if<OneOf>(&param.check)) {
+        json.WriteName("choices");
+        json.BeginArray();
+        for (const std::string_view word : words->words) {
+            if (!word.empty()) {
+                json.Write(AsText(word));
+            }
+        }
+        json.End();
+    }
+    json.End();
+}
+
+} // namespace
+
+void WriteAsData(const Command& command, JsonWriter& json)
+{
+    json.BeginObject();
+    json.WriteName("path");
+    json.BeginArray();
+    for (const std::string_view word : command.path) {
+        if (!word.empty()) {
+            json.Write(AsText(word));
+        }
+    }
+    json.End();
+    json.WriteMember("summary", AsText(command.summary));
+    json.WriteMember("effect", AsText(NameOf(command.effect)));
+    json.WriteMember("asks", command.asks);
+    json.WriteMember("long_running", command.duration == Duration::longRunning);
+    json.WriteName("parameters");
+    json.BeginArray();
+    for (const ParamInfo& param : command.params()) {
+        if (!param.isSet) {
+            WriteAsData(param, json);
+            continue;
+        }
+        for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
+            ParamInfo option{text.name, text.isFlag ? Kind::flag : Kind::text, text.help, {}, {}};
+            WriteAsData(option, json);
+        }
+    }
+    json.End();
+    json.WriteName("columns");
+    json.BeginArray();
+    for (const Column& column : command.columns) {
+        json.BeginObject();
+        json.WriteMember("name", AsText(column.name));
+        json.WriteMember("kind", AsText(NameOf(column.kind)));
+        json.End();
+    }
+    json.End();
+    json.End();
+}
+
+std::string_view NameOf(ErrorCode code)
+{
+    switch (code) {
+    case ErrorCode::invalid:
+        return "invalid";
+    case ErrorCode::notFound:
+        return "not_found";
+    case ErrorCode::conflict:
+        return "conflict";
+    case ErrorCode::isProtected:
+        return "protected";
+    case ErrorCode::database:
+        return "database";
+    case ErrorCode::confirmationRequired:
+        return "confirmation_required";
+    default:
+        return "failed";
+    }
+}
+
+std::string Shortened(std::string command)
+{
+    if (command.size() > kLongestCommand) {
+        std::size_t end = kLongestCommand;
+        while (end > 0 && (static_cast<unsigned char>(command[end]) & 0xC0U) == 0x80U) {
+            --end;
+        }
+        command = command.substr(0, end) + " ...";
+    }
+    return command;
+}
+
+} // namespace management

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "management/Command.h"
+#include "management/JsonWriter.h"
+
+#include <string>
+#include <string_view>
+
+// The table of commands as data for other programs.
+
+namespace management {
+
+/// Writes what programs may know of a row, as an object. A set of options comes out as these options.
+void WriteAsData(const Command& command, JsonWriter& json);
+
+/// The word by which programs know a kind of error, such as "not_found".
+std::string_view NameOf(ErrorCode code);
+
+/// A command as the record keeps it: a very long one is cut.
+std::string Shortened(std::string command);
+
+} // namespace management

@@ -1,0 +1,256 @@
+#include "management/Errors.h"
+#include "web/JsonReader.h"
+#include "web/Origins.h"
+#include "web/People.h"
+#include "web/Sessions.h"
+#include "web/Throttle.h"
+#include "web/Tokens.h"
+#include "web/Worker.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+#include <vector>
+
+using namespace web;
+using namespace std::chrono_literals;
+using management::Error;
+using testing::ElementsAre;
+
+namespace {
+
+TEST(JsonReaderTest, ReadsAnObject)
+{
+    const JsonValue read = ReadJsonObject(R"({"a":"x","n":-17,"t":true,"l":["1",2],"o":{"i":null}})");
+    EXPECT_EQ(read.Find("a")->text, "x");
+    EXPECT_EQ(read.Find("n")->text, "-17");
+    EXPECT_EQ(read.Find("t")->text, "1");
+    ASSERT_EQ(read.Find("l")->items.size(), 2U);
+    EXPECT_EQ(read.Find("l")->items[1].text, "2");
+    EXPECT_EQ(read.Find("o")->Find("i")->type, JsonValue::Type::null);
+    EXPECT_EQ(read.Find("x"), nullptr);
+}
+
+TEST(JsonReaderTest, RefusesAllElse)
+{
+    std::string deep = "1";
+    for (int i = 0; i < 17; ++i) {
+        deep = R"({"a":)" + deep + "}";
+    }
+    std::string many = R"({"a":[0)";
+    for (int i = 0; i < 10001; ++i) {
+        many += ",0";
+    }
+    many += "]}";
+    for (const std::string& body :
+         {std::string(), std::string("[]"), std::string("1"), std::string("{"), std::string(R"({"a":1}{})"),
+          std::string(R"({"a":1,"a":2})"), std::string(R"({"a":1.5})"), std::string("{\"a\":\"\xff\"}"),
+          std::string(R"({"a":"\u0000"})"), std::string(R"({"a":1e400})"), deep, many}) {
+        EXPECT_THROW(ReadJsonObject(body), Error) << body.substr(0, 40);
+    }
+}
+
+TEST(ThrottleTest, SlowsDownAfterFiveFailuresAndNeverLocksOut)
+{
+    Throttle throttle;
+    Throttle::Clock::time_point now{};
+    std::vector<long> delays;
+    for (int i = 0; i < 14; ++i) {
+        now += 2min;
+        const auto delay = throttle.Begin("amy", "192.0.2.1", now);
+        ASSERT_TRUE(delay);
+        delays.push_back(std::chrono::duration_cast<std::chrono::seconds>(*delay).count());
+        throttle.End("amy", "192.0.2.1", false, now);
+    }
+    EXPECT_THAT(delays, ElementsAre(0, 0, 0, 0, 0, 1, 2, 4, 8, 16, 32, 60, 60, 60));
+    // The login name is slow from everywhere, the address for everybody.
+    EXPECT_EQ(throttle.Begin("amy", "192.0.2.2", now), 60s);
+    EXPECT_EQ(throttle.Begin("rory", "192.0.2.1", now), 60s);
+    EXPECT_EQ(throttle.Begin("rory", "192.0.2.3", now), 0s);
+    EXPECT_EQ(throttle.Begin("amy", "192.0.2.4", now + 16min), 0s);
+}
+
+TEST(ThrottleTest, ARightPasswordForgivesTheName)
+{
+    Throttle throttle;
+    const Throttle::Clock::time_point now{};
+    for (int i = 0; i < 6; ++i) {
+        ASSERT_TRUE(throttle.Begin("amy", "192.0.2." + std::to_string(i), now));
+        throttle.End("amy", "192.0.2." + std::to_string(i), false, now);
+    }
+    ASSERT_EQ(throttle.Begin("amy", "192.0.2.9", now), 2s);
+    throttle.End("amy", "192.0.2.9", true, now);
+    EXPECT_EQ(throttle.Begin("amy", "192.0.2.9", now), 0s);
+}
+
+TEST(ThrottleTest, TakesTenASecondAndFourWaitingOfOneAddress)
+{
+    Throttle throttle;
+    const Throttle::Clock::time_point now{};
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_TRUE(throttle.Begin("a" + std::to_string(i), "192.0.2.1", now));
+    }
+    EXPECT_FALSE(throttle.Begin("b", "192.0.2.1", now));
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_TRUE(throttle.Begin("c", "192.0.2." + std::to_string(10 + i), now));
+    }
+    EXPECT_FALSE(throttle.Begin("d", "192.0.2.99", now));
+    EXPECT_TRUE(throttle.Begin("d", "192.0.2.99", now + 1s));
+}
+
+TEST(SessionsTest, EndWithTime)
+{
+    Sessions sessions({.idle = 15min, .whole = 1h});
+    Sessions::Clock::time_point now{};
+    const auto [token, session] = sessions.Begin({1, "amy", "Amy", "mark"}, now);
+    EXPECT_EQ(token.size(), 64U);
+    EXPECT_NE(token, session.csrf);
+    EXPECT_NE(token, session.key);
+    for (int i = 0; i < 6; ++i) {
+        now += 10min;
+        ASSERT_TRUE(sessions.Use(token, now));
+    }
+    EXPECT_FALSE(sessions.Use(token, now + 1min));
+    const auto again = sessions.Begin({1, "amy", "Amy", "mark"}, now);
+    EXPECT_NE(again.first, token);
+    EXPECT_FALSE(sessions.Use(again.first, now + 16min));
+    EXPECT_FALSE(sessions.Use(again.first, now));
+    EXPECT_FALSE(sessions.Use("", now));
+}
+
+TEST(SessionsTest, AUserHasFive)
+{
+    Sessions sessions({});
+    Sessions::Clock::time_point now{};
+    const std::string other = sessions.Begin({2, "rory", "", ""}, now).first;
+    const std::string first = sessions.Begin({1, "amy", "", ""}, now).first;
+    for (int i = 0; i < 5; ++i) {
+        now += 1s;
+        sessions.Begin({1, "amy", "", ""}, now);
+    }
+    EXPECT_FALSE(sessions.Use(first, now));
+    EXPECT_TRUE(sessions.Use(other, now));
+}
+
+TEST(SessionsTest, AConfirmationGivesANewToken)
+{
+    Sessions sessions({});
+    Sessions::Clock::time_point now{};
+    const auto [token, session] = sessions.Begin({1, "amy", "", ""}, now);
+    now += 10min;
+    EXPECT_FALSE(sessions.IsConfirmed(session, now));
+    const auto confirmed = sessions.Confirm(session.key, now);
+    ASSERT_TRUE(confirmed);
+    EXPECT_TRUE(sessions.IsConfirmed(confirmed->second, now));
+    EXPECT_FALSE(sessions.Use(token, now));
+    EXPECT_TRUE(sessions.Use(confirmed->first, now));
+    EXPECT_NE(confirmed->second.csrf, session.csrf);
+    EXPECT_FALSE(sessions.Confirm(session.key, now));
+}
+
+Request RequestFor(const std::string& host, NamedValues headers = {})
+{
+    Request request;
+    request.headers = std::move(headers);
+    request.headers.emplace_back("Host", host);
+    return request;
+}
+
+TEST(OriginsTest, KnowsItsOwnNamesAlone)
+{
+    const Origins origins("127.0.0.1", 8420, false, {"https://Admin.example.org"});
+    EXPECT_EQ(origins.First().Text(), "http://127.0.0.1:8420");
+    for (const std::string host : {"127.0.0.1:8420", "localhost:8420", "LOCALHOST:8420"}) {
+        ASSERT_TRUE(origins.Of(RequestFor(host))) << host;
+        EXPECT_FALSE(origins.Of(RequestFor(host))->isSecure);
+    }
+    ASSERT_TRUE(origins.Of(RequestFor("admin.example.org")));
+    EXPECT_TRUE(origins.Of(RequestFor("admin.example.org:443"))->isSecure);
+    for (const std::string host : {"127.0.0.1", "127.0.0.1:80", "evil.example", "localhost.evil.example:8420", ""}) {
+        EXPECT_FALSE(origins.Of(RequestFor(host))) << host;
+    }
+    EXPECT_EQ(Origins("::1", 1, true, {}).First().Text(), "https://[::1]:1");
+    for (const std::string text : {"admin.example.org", "https://", "https://a/b", "ftp://a"}) {
+        EXPECT_THROW(Origins("127.0.0.1", 1, false, {text}), Error) << text;
+    }
+}
+
+TEST(OriginsTest, ChangesComeFromTheOwnPage)
+{
+    const Origin own{false, "127.0.0.1:8420"};
+    EXPECT_TRUE(IsSameOrigin(RequestFor("", {}), own));
+    EXPECT_TRUE(IsSameOrigin(RequestFor("", {{"Origin", "http://127.0.0.1:8420"}}), own));
+    EXPECT_TRUE(IsSameOrigin(RequestFor("", {{"sec-fetch-site", "same-origin"}}), own));
+    EXPECT_FALSE(IsSameOrigin(RequestFor("", {{"Origin", "http://evil.example"}}), own));
+    EXPECT_FALSE(IsSameOrigin(RequestFor("", {{"Origin", "null"}}), own));
+    EXPECT_FALSE(IsSameOrigin(RequestFor("", {{"Sec-Fetch-Site", "same-site"}}), own));
+    EXPECT_FALSE(IsSameOrigin(RequestFor("", {{"Sec-Fetch-Site", "none"}}), own));
+}
+
+TEST(RequestTest, FindsCookies)
+{
+    const Request request = RequestFor("h", {{"Cookie", "a=1; qv=x=y;qvx=2; b"}});
+    EXPECT_EQ(request.Cookie("a"), "1");
+    EXPECT_EQ(request.Cookie("qv"), "x=y");
+    EXPECT_EQ(request.Cookie("qvx"), "2");
+    EXPECT_EQ(request.Cookie("b"), "");
+    EXPECT_EQ(request.Cookie("v"), "");
+}
+
+TEST(TokensTest, AreNeverEqual)
+{
+    EXPECT_NE(NewToken(), NewToken());
+    EXPECT_EQ(Digest("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    EXPECT_TRUE(IsSame("abc", "abc"));
+    EXPECT_FALSE(IsSame("abc", "abd"));
+    EXPECT_FALSE(IsSame("abc", "ab"));
+}
+
+TEST(PeopleTest, DigitsCountAsNumbers)
+{
+    EXPECT_TRUE(IsBefore("AMY2", "AMY10"));
+    EXPECT_FALSE(IsBefore("AMY10", "AMY2"));
+    EXPECT_TRUE(IsBefore("AMY", "AMY1"));
+    EXPECT_TRUE(IsBefore("", "A"));
+    EXPECT_FALSE(IsBefore("A", "A"));
+    EXPECT_FALSE(IsBefore("A007", "A7"));
+    EXPECT_TRUE(IsBefore("A99999999999999999999998", "A99999999999999999999999"));
+}
+
+TEST(WorkerTest, RunsTasksInTheOrderOfTheirTimes)
+{
+    std::vector<int> order;
+    std::promise<void> done;
+    {
+        Worker worker;
+        const auto now = Worker::Clock::now();
+        worker.PostAt(now + 100ms, [&] {
+            order.push_back(3);
+            done.set_value();
+        });
+        worker.PostAt(now + 50ms, [&] { order.push_back(2); });
+        worker.Post([&] { order.push_back(1); });
+        worker.PostAt(now + 1h, [&] { order.push_back(4); });
+        done.get_future().wait();
+        worker.Stop();
+        worker.Post([&] { order.push_back(5); });
+    }
+    EXPECT_THAT(order, ElementsAre(1, 2, 3));
+}
+
+TEST(WorkerTest, RestsInBetween)
+{
+    std::promise<void> rested;
+    std::atomic<int> count = 0;
+    Worker worker(
+        [&] {
+            if (++count == 2) {
+                rested.set_value();
+            }
+        },
+        20ms);
+    EXPECT_EQ(rested.get_future().wait_for(10s), std::future_status::ready);
+}
+
+} // namespace

@@ -1,0 +1,758 @@
+#include "web/Server.h"
+
+#include "HttpClient.h"
+#include "dbaccess/CAConnect.h"
+#include "management/Command.h"
+#include "management/Query.h"
+#include "schema/Schema.h"
+#include "web/CommandRequest.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace web;
+using namespace std::chrono_literals;
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+constexpr const char* kPassword = "correct horse battery";
+
+/// A server on a directory of the test's own.
+class ServerTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string pattern = testing::TempDir() + "web-XXXXXX";
+        m_folder = ::mkdtemp(pattern.data());
+        m_conn.Open(Url().c_str());
+        schema::Upgrade(m_conn, [](int, const std::string&) {});
+    }
+    void TearDown() override
+    {
+        m_server.reset();
+        std::filesystem::remove_all(m_folder);
+    }
+
+    [[nodiscard]] std::string Url() const { return "sqlite:" + m_folder + "/directory.db"; }
+
+    void Start(ServerOptions options = {})
+    {
+        options.log = [this](const std::string& line) { m_log += line + "\n"; };
+        m_server.reset();
+        m_server.emplace(
+            [this] {
+                auto conn = std::make_shared<CAConnect>();
+                conn->Open(Url().c_str());
+                return conn;
+            },
+            std::move(options));
+    }
+
+    HttpClient Client() { return HttpClient(m_server->Port()); }
+
+    HttpAnswer Setup(const std::string& password = kPassword)
+    {
+        return Client().Post("/api/v1/setup", json{{"token", m_server->SetupToken()}, {"password", password}}.dump());
+    }
+
+    static HttpAnswer SignIn(HttpClient& client, const std::string& login = "Admin",
+                             const std::string& password = kPassword)
+    {
+        HttpAnswer answer = client.Post("/api/v1/session", json{{"login", login}, {"password", password}}.dump());
+        if (answer.status == 200) {
+            client.csrf = json::parse(answer.body).at("csrf");
+        }
+        return answer;
+    }
+
+    /// A server, its first administrator, and him signed in.
+    HttpClient Signed(ServerOptions options = {})
+    {
+        Start(std::move(options));
+        EXPECT_EQ(Setup().status, 200);
+        HttpClient client = Client();
+        EXPECT_EQ(SignIn(client).status, 200);
+        return client;
+    }
+
+    static HttpAnswer Ask(HttpClient& client, const std::string& command, const json& body)
+    {
+        return client.Post("/api/v1/commands/" + command, body.dump());
+    }
+    /// Runs a command that succeeds.
+    static json Run(HttpClient& client, const std::string& command, const json& parameters)
+    {
+        const HttpAnswer answer = Ask(client, command, {{"parameters", parameters}});
+        EXPECT_EQ(answer.status, 200) << command << ": " << answer.body;
+        return answer.status == 200 ? json::parse(answer.body) : json();
+    }
+    static json Got(HttpClient& client, const std::string& path)
+    {
+        const HttpAnswer answer = client.Get("/api/v1" + path);
+        EXPECT_EQ(answer.status, 200) << path << ": " << answer.body;
+        return answer.status == 200 ? json::parse(answer.body) : json();
+    }
+    static std::string CodeOf(const HttpAnswer& answer) { return json::parse(answer.body).at("code"); }
+
+    static std::string PathOf(const management::Command& command)
+    {
+        std::string path = PathText(command);
+        std::ranges::replace(path, ' ', '/');
+        return path;
+    }
+
+    std::string m_folder;
+    CAConnect m_conn;
+    std::string m_log;
+    std::optional<Server> m_server;
+};
+
+// ---- The first password ---------------------------------------------------------------------------------------------
+
+TEST_F(ServerTest, SetupTokenWorksOnce)
+{
+    Start();
+    ASSERT_EQ(m_server->SetupToken().size(), 64U);
+    EXPECT_EQ(Client().Post("/api/v1/setup", json{{"token", "x"}, {"password", kPassword}}.dump()).status, 403);
+    EXPECT_EQ(Setup("short").status, 422);
+    EXPECT_EQ(Setup().status, 200);
+    EXPECT_EQ(CodeOf(Setup("another long password")), "setup_over");
+    HttpClient client = Client();
+    EXPECT_EQ(SignIn(client).status, 200);
+    EXPECT_EQ(Run(client, "user/show", {{"USER", "Admin"}}).at("record").at("super"), true);
+    Start();
+    EXPECT_EQ(m_server->SetupToken(), "");
+    EXPECT_EQ(CodeOf(Setup("another long password")), "setup_over");
+}
+
+TEST_F(ServerTest, SetupTokenEndsWithTime)
+{
+    Start({.setupTime = 0s});
+    std::this_thread::sleep_for(10ms);
+    EXPECT_EQ(CodeOf(Setup()), "setup_over");
+    EXPECT_TRUE(management::Number(m_conn, "SELECT COUNT(*) FROM qv_User") == 0);
+}
+
+TEST_F(ServerTest, SetupEndsWhenSomebodyElseGivesAPassword)
+{
+    Start();
+    const std::string token = m_server->SetupToken();
+    ASSERT_EQ(Setup().status, 200);
+    management::Execute(m_conn, "UPDATE qv_User SET Col_PWord = ''");
+    Start();
+    ASSERT_NE(m_server->SetupToken(), "");
+    management::Execute(m_conn, "UPDATE qv_User SET Col_PWord = 'x'");
+    EXPECT_EQ(CodeOf(Setup()), "protected");
+}
+
+// ---- Signing in -----------------------------------------------------------------------------------------------------
+
+TEST_F(ServerTest, WrongAndUnknownAreToldAlike)
+{
+    Signed();
+    HttpClient client = Client();
+    const auto begin = std::chrono::steady_clock::now();
+    const HttpAnswer wrong = SignIn(client, "Admin", "wrong");
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 300ms);
+    const HttpAnswer unknown = SignIn(client, "nobody", kPassword);
+    EXPECT_EQ(wrong.status, 401);
+    EXPECT_EQ(wrong.body, unknown.body);
+    EXPECT_EQ(client.cookie, "");
+    EXPECT_THAT(m_log, HasSubstr(R"("event":"sign_in_failed","login":"nobody")"));
+}
+
+TEST_F(ServerTest, OnlySuperUsersWhoAreNotLockedAreLetIn)
+{
+    HttpClient admin = Signed();
+    Run(admin, "user/create", {{"LOGIN", "amy"}});
+    Run(admin, "user/password/set", {{"USER", "amy"}, {"password", kPassword}});
+    HttpClient amy = Client();
+    EXPECT_EQ(CodeOf(SignIn(amy, "amy")), "not_let_in");
+    Run(admin, "user/set", {{"USER", "amy"}, {"super", true}});
+    EXPECT_EQ(SignIn(amy, "AMY").status, 200);
+    Run(admin, "user/lock", {{"USER", {"amy"}}});
+    EXPECT_EQ(CodeOf(SignIn(amy, "amy")), "not_let_in");
+    EXPECT_EQ(CodeOf(SignIn(amy, "amy", "wrong")), "wrong_password");
+    Run(admin, "user/unlock", {{"USER", {"amy"}}});
+    Run(admin, "user/password/set", {{"USER", "amy"}, {"password", kPassword}, {"type", 0}});
+    EXPECT_THAT(SignIn(amy, "amy").body, HasSubstr("plain text"));
+}
+
+TEST_F(ServerTest, FailuresSlowDown)
+{
+    Signed();
+    HttpClient client = Client();
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(SignIn(client, "Admin", "wrong").status, 401);
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(SignIn(client).status, 200);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 1s);
+}
+
+TEST_F(ServerTest, CookieIsForThisServerAndItsPageAlone)
+{
+    Start({.origins = {"https://admin.example.org"}});
+    ASSERT_EQ(Setup().status, 200);
+    HttpClient client = Client();
+    EXPECT_THAT(SignIn(client).Header("Set-Cookie"),
+                AllOf(StartsWith("qv="), HasSubstr("; HttpOnly; SameSite=Strict; Path=/"), Not(HasSubstr("Secure")),
+                      Not(HasSubstr("Max-Age"))));
+    HttpClient behindProxy = Client();
+    behindProxy.headers["Host"] = "admin.example.org";
+    const HttpAnswer answer = SignIn(behindProxy);
+    EXPECT_THAT(answer.Header("Set-Cookie"), AllOf(StartsWith("__Host-qv="), HasSubstr("; Secure; HttpOnly;")));
+    EXPECT_THAT(answer.Header("Strict-Transport-Security"), HasSubstr("max-age"));
+}
+
+TEST_F(ServerTest, ASessionIsNewAtEachSignInAndEndsWithSignOut)
+{
+    HttpClient client = Signed();
+    const std::string first = client.cookie;
+    ASSERT_EQ(SignIn(client).status, 200);
+    EXPECT_NE(client.cookie, first);
+    HttpClient old = Client();
+    old.cookie = first;
+    EXPECT_EQ(old.Get("/api/v1/session").status, 401);
+    const json session = Got(client, "/session");
+    EXPECT_EQ(session.at("login"), "Admin");
+    const std::string cookie = client.cookie;
+    EXPECT_EQ(client.Ask("DELETE", "/api/v1/session", "").status, 200);
+    client.cookie = cookie;
+    EXPECT_EQ(client.Get("/api/v1/session").status, 401);
+}
+
+TEST_F(ServerTest, ASessionEndsWhenItIsNotUsed)
+{
+    HttpClient client = Signed({.sessions = {.idle = 500ms}});
+    EXPECT_EQ(client.Get("/api/v1/session").status, 200);
+    std::this_thread::sleep_for(800ms);
+    EXPECT_EQ(client.Get("/api/v1/session").status, 401);
+}
+
+TEST_F(ServerTest, ASessionEndsWithTheRightsOfItsUser)
+{
+    HttpClient admin = Signed();
+    Run(admin, "user/create", {{"LOGIN", "amy"}, {"super", true}});
+    Run(admin, "user/password/set", {{"USER", "amy"}, {"password", kPassword}});
+    const std::vector<std::pair<std::string, json>> ends = {
+        {"user/lock", {{"USER", {"amy"}}}},
+        {"user/set", {{"USER", "amy"}, {"super", false}}},
+        {"user/password/set", {{"USER", "amy"}, {"password", "another long password"}}}};
+    for (const auto& [command, parameters] : ends) {
+        HttpClient amy = Client();
+        ASSERT_EQ(SignIn(amy, "amy").status, 200) << command;
+        EXPECT_EQ(amy.Get("/api/v1/users").status, 200);
+        Run(admin, command, parameters);
+        EXPECT_EQ(amy.Get("/api/v1/users").status, 401) << command;
+        EXPECT_EQ(Ask(amy, "user/count", json::object()).status, 401) << command;
+        Run(admin, "user/unlock", {{"USER", {"amy"}}});
+        Run(admin, "user/set", {{"USER", "amy"}, {"super", true}});
+    }
+}
+
+// ---- Who may ask what -----------------------------------------------------------------------------------------------
+
+TEST_F(ServerTest, NothingIsToldWithoutASession)
+{
+    HttpClient admin = Signed();
+    HttpClient stranger = Client();
+    stranger.csrf = admin.csrf;
+    for (const management::Command& command : management::Commands()) {
+        const HttpAnswer answer = Ask(stranger, PathOf(command), json::object());
+        EXPECT_EQ(answer.status, 401) << PathOf(command);
+    }
+    for (const std::string path : {"/session", "/commands", "/users", "/tree", "/tree/find?q=a", "/overview"}) {
+        EXPECT_EQ(stranger.Get("/api/v1" + path).status, 401) << path;
+    }
+    EXPECT_EQ(stranger.Get("/api/v1/health").body, R"({"ok":true})");
+}
+
+TEST_F(ServerTest, EveryCommandWantsTheTokenOfItsSession)
+{
+    HttpClient client = Signed();
+    const int entries = management::Number(m_conn, "SELECT COUNT(*) FROM qv_AuditEntry");
+    for (const std::string& token : {std::string(), std::string(64, '0'), client.cookie}) {
+        HttpClient forged = client;
+        forged.csrf = token;
+        for (const management::Command& command : management::Commands()) {
+            EXPECT_EQ(CodeOf(Ask(forged, PathOf(command), json::object())), "no_csrf_token") << PathOf(command);
+        }
+        EXPECT_EQ(CodeOf(forged.Ask("DELETE", "/api/v1/session", "")), "no_csrf_token");
+        std::this_thread::sleep_for(3s); // the allowance of requests
+    }
+    EXPECT_EQ(management::Number(m_conn, "SELECT COUNT(*) FROM qv_AuditEntry"), entries);
+}
+
+TEST_F(ServerTest, EveryCommandRefusesWhatItDoesNotKnow)
+{
+    HttpClient client = Signed();
+    for (const management::Command& command : management::Commands()) {
+        const HttpAnswer answer = Ask(client, PathOf(command), {{"parameters", {{"no_such_parameter", "x"}}}});
+        EXPECT_EQ(answer.status, HasRoute(command) ? 422 : 404) << PathOf(command) << answer.body;
+        std::this_thread::sleep_for(10ms);
+    }
+}
+
+TEST_F(ServerTest, CommandsThatRunLongShowSecretsOrReadFilesHaveNoRoute)
+{
+    HttpClient client = Signed();
+    std::set<std::string> offered;
+    const json table = Got(client, "/commands");
+    for (const json& command : table.at("commands")) {
+        std::string path;
+        for (const json& word : command.at("path")) {
+            path += (path.empty() ? "" : "/") + word.get<std::string>();
+        }
+        offered.insert(path);
+    }
+    EXPECT_TRUE(offered.contains("user/lock"));
+    for (const std::string path : {"message/purge", "db/check", "setting/encryption-key/show", "user/import", "db/copy",
+                                   "batch", "serve", "user/password", "no/such"}) {
+        EXPECT_FALSE(offered.contains(path)) << path;
+        EXPECT_EQ(Ask(client, path, json::object()).status, 404) << path;
+    }
+    EXPECT_EQ(Ask(client, "plan/create", {{"parameters", {{"NAME", "x"}, {"data_file", "/etc/passwd"}}}}).status, 422);
+}
+
+TEST_F(ServerTest, ValuesAreOfTheKindOfTheirParameter)
+{
+    HttpClient client = Signed();
+    const std::vector<std::pair<std::string, json>> wrong = {
+        {"user/list", {{"locked", "yes"}}},
+        {"user/list", {{"locked", true}, {"active", true}}},
+        {"user/list", {{"limit", "many"}}},
+        {"user/list", {{"limit", json::array({1})}}},
+        {"user/show", {{"USER", json::object()}}},
+        {"user/show", {{"USER", true}}},
+        {"user/show", json::array()},
+        {"user/show", json::object()},
+        {"user/lock", {{"USER", {json::array()}}}},
+        {"user/password/check", {{"USER", "Admin"}, {"password", 1}}},
+        {"addin/move", {{"ADDIN", "x"}, {"WHERE", "sideways"}}},
+    };
+    for (const auto& [command, parameters] : wrong) {
+        EXPECT_EQ(Ask(client, command, {{"parameters", parameters}}).status, 422) << command << parameters;
+    }
+    EXPECT_EQ(Ask(client, "user/list", {{"dry_run", "yes"}}).status, 422);
+    EXPECT_EQ(Ask(client, "user/list", {{"surprise", 1}}).status, 422);
+    EXPECT_EQ(client.Post("/api/v1/commands/user/list", "{").status, 422);
+}
+
+TEST_F(ServerTest, OtherHostsSitesAndTypesAreRefused)
+{
+    HttpClient client = Signed();
+    HttpClient other = client;
+    other.headers["Host"] = "evil.example";
+    EXPECT_EQ(other.Get("/").status, 421);
+    EXPECT_EQ(other.Get("/api/v1/session").status, 421);
+    HttpClient foreign = client;
+    foreign.headers["Origin"] = "http://evil.example";
+    EXPECT_EQ(CodeOf(Ask(foreign, "user/count", json::object())), "cross_site");
+    EXPECT_EQ(CodeOf(SignIn(foreign)), "cross_site");
+    HttpClient form = client;
+    form.headers["Content-Type"] = "text/plain";
+    EXPECT_EQ(Ask(form, "user/count", json::object()).status, 415);
+    EXPECT_EQ(client.Ask("DELETE", "/api/v1/users", "").status, 405);
+    EXPECT_EQ(client.Get("/api/v1/commands/user/list").status, 405);
+    EXPECT_EQ(client.Get("/api/v1/nothing").status, 404);
+    EXPECT_EQ(client.Get("/api/v2/users").status, 404);
+    EXPECT_EQ(client.Get("/nothing.js").status, 404);
+    EXPECT_EQ(client.Ask("POST", "/", "{}").status, 405);
+}
+
+TEST_F(ServerTest, EveryAnswerTellsBrowsersToBeCareful)
+{
+    HttpClient client = Signed();
+    for (const std::string path : {"/", "/directory", "/app.js", "/style.css", "/none.html", "/api/v1/users",
+                                   "/api/v1/health", "/api/v1/none", "/api/v1/commands"}) {
+        const HttpAnswer answer = client.Get(path);
+        EXPECT_THAT(answer.Header("Content-Security-Policy"),
+                    AllOf(HasSubstr("default-src 'none'"), HasSubstr("frame-ancestors 'none'"),
+                          HasSubstr("trusted-types 'none'"), Not(HasSubstr("unsafe"))))
+            << path;
+        EXPECT_EQ(answer.Header("X-Content-Type-Options"), "nosniff") << path;
+        EXPECT_EQ(answer.Header("Referrer-Policy"), "no-referrer") << path;
+        EXPECT_EQ(answer.Header("Cross-Origin-Resource-Policy"), "same-origin") << path;
+        EXPECT_EQ(answer.Header("Access-Control-Allow-Origin"), "") << path;
+        EXPECT_EQ(answer.Header("Cache-Control"), path.starts_with("/api") ? "no-store"
+                                                  : answer.status == 200   ? "no-cache"
+                                                                           : "")
+            << path;
+    }
+    HttpClient again = Client();
+    again.headers["If-None-Match"] = client.Get("/app.js").Header("ETag");
+    EXPECT_EQ(again.Get("/app.js").status, 304);
+    EXPECT_EQ(client.Ask("HEAD", "/app.js", "").status, 200);
+}
+
+TEST_F(ServerTest, ASessionHasSoManyRequests)
+{
+    HttpClient client = Signed();
+    int refused = 0;
+    for (int i = 0; i < 400 && refused == 0; ++i) {
+        refused += client.Ask("DELETE", "/api/v1/users", "").status == 429 ? 1 : 0;
+        refused += Ask(client, "no/such", json::object()).status == 429 ? 1 : 0;
+    }
+    EXPECT_GT(refused, 0);
+}
+
+// ---- Commands -------------------------------------------------------------------------------------------------------
+
+TEST_F(ServerTest, ChangesAreRecordedWithWhoMadeThem)
+{
+    HttpClient client = Signed();
+    Run(client, "user/create", {{"LOGIN", "o'brien"}, {"name", "Pat O'Brien"}});
+    const HttpAnswer answer =
+        Ask(client, "user/lock", {{"parameters", {{"USER", {"o'brien"}}}}, {"reason", "left the company"}});
+    const json locked = json::parse(answer.body);
+    EXPECT_EQ(locked.at("changed"), true);
+    EXPECT_EQ(locked.at("outcomes").at(0).at("outcome"), "locked");
+    const json shown = Run(client, "audit/show", {{"ID", locked.at("entry")}});
+    EXPECT_EQ(shown.at("record").at("who"), "Admin");
+    EXPECT_EQ(shown.at("record").at("front_end"), "web");
+    EXPECT_EQ(shown.at("record").at("reason"), "left the company");
+    EXPECT_EQ(shown.at("record").at("command"), R"(user lock 'o'\''brien')");
+    EXPECT_EQ(shown.at("parts").at("changes").at(0).at("after"), "1");
+    EXPECT_THAT(m_log, HasSubstr(R"("event":"change","login":"Admin")"));
+}
+
+TEST_F(ServerTest, DryRunsChangeNothing)
+{
+    HttpClient client = Signed();
+    const HttpAnswer answer = Ask(client, "user/create", {{"parameters", {{"LOGIN", "amy"}}}, {"dry_run", true}});
+    EXPECT_EQ(json::parse(answer.body).at("dry_run"), true);
+    EXPECT_EQ(json::parse(answer.body).at("entry"), nullptr);
+    EXPECT_EQ(Run(client, "user/exists", {{"LOGIN", "amy"}}).at("verdict"), false);
+}
+
+TEST_F(ServerTest, WhatAsksIsDoneWithItsPlanAlone)
+{
+    HttpClient client = Signed();
+    Run(client, "user/create", {{"LOGIN", "amy"}});
+    const json body = {{"parameters", {{"USER", {"amy"}}}}};
+    const HttpAnswer asked = Ask(client, "user/delete", body);
+    EXPECT_EQ(asked.status, 409);
+    EXPECT_EQ(CodeOf(asked), "confirmation_required");
+    const json plan = json::parse(asked.body).at("plan");
+    EXPECT_EQ(plan.at("question"), "Delete 1 user?");
+    EXPECT_EQ(plan.at("removed"), 1);
+    EXPECT_EQ(Run(client, "user/exists", {{"LOGIN", "amy"}}).at("verdict"), true);
+
+    // Meanwhile there is more to delete.
+    Run(client, "role/create", {{"NAME", "Editors"}});
+    Run(client, "role/add", {{"ROLE", "Editors"}, {"USER", {"amy"}}});
+    json confirmed = body;
+    confirmed["confirm"] = plan.at("digest");
+    const HttpAnswer changed = Ask(client, "user/delete", confirmed);
+    EXPECT_EQ(changed.status, 409);
+    EXPECT_EQ(CodeOf(changed), "plan_changed");
+    EXPECT_EQ(json::parse(changed.body).at("plan").at("removed"), 2);
+    EXPECT_EQ(Run(client, "user/exists", {{"LOGIN", "amy"}}).at("verdict"), true);
+
+    // The plan of one thing is no yes to another.
+    confirmed["confirm"] = json::parse(changed.body).at("plan").at("digest");
+    json other = confirmed;
+    other["parameters"]["USER"] = {"amy", "amy"};
+    EXPECT_EQ(CodeOf(Ask(client, "user/delete", other)), "plan_changed");
+
+    EXPECT_EQ(Ask(client, "user/delete", confirmed).status, 200);
+    EXPECT_EQ(Run(client, "user/exists", {{"LOGIN", "amy"}}).at("verdict"), false);
+}
+
+TEST_F(ServerTest, WhatHasChangedMeanwhileIsNotOverwritten)
+{
+    HttpClient client = Signed();
+    Run(client, "user/create", {{"LOGIN", "amy"}, {"title", "Clerk"}});
+    const json seen = Run(client, "user/show", {{"USER", "amy"}});
+    const json condition = {
+        {"command", "user/show"}, {"parameters", {{"USER", "amy"}}}, {"version", seen.at("version")}};
+    Run(client, "user/set", {{"USER", "amy"}, {"note", "by somebody else"}});
+    const json change = {{"parameters", {{"USER", "amy"}, {"title", "Lead"}}}, {"if_unchanged", condition}};
+    const HttpAnswer refused = Ask(client, "user/set", change);
+    EXPECT_EQ(refused.status, 412);
+    const json problem = json::parse(refused.body);
+    EXPECT_EQ(problem.at("code"), "changed_meanwhile");
+    EXPECT_EQ(problem.at("current").at("note"), "by somebody else");
+    EXPECT_EQ(problem.at("current").at("title"), "Clerk");
+    json again = change;
+    again["if_unchanged"]["version"] = problem.at("version");
+    EXPECT_EQ(Ask(client, "user/set", again).status, 200);
+    EXPECT_EQ(Run(client, "user/show", {{"USER", "amy"}}).at("record").at("title"), "Lead");
+    again["if_unchanged"]["command"] = "user/lock";
+    EXPECT_EQ(Ask(client, "user/set", again).status, 422);
+}
+
+TEST_F(ServerTest, ChangesAreUndone)
+{
+    HttpClient client = Signed();
+    Run(client, "user/create", {{"LOGIN", "amy"}, {"title", "Clerk"}});
+    const json change = Run(client, "user/set", {{"USER", "amy"}, {"title", "Lead"}});
+    json undo = {{"parameters", {{"ID", {change.at("entry")}}}}};
+    const HttpAnswer asked = Ask(client, "audit/undo", undo);
+    EXPECT_EQ(asked.status, 409);
+    undo["confirm"] = json::parse(asked.body).at("plan").at("digest");
+    const HttpAnswer undone = Ask(client, "audit/undo", undo);
+    EXPECT_EQ(undone.status, 200) << undone.body;
+    EXPECT_EQ(Run(client, "user/show", {{"USER", "amy"}}).at("record").at("title"), "Clerk");
+    EXPECT_EQ(CodeOf(Ask(client, "audit/undo", undo)), "conflict");
+}
+
+TEST_F(ServerTest, ErrorsSayWhatANameMayMean)
+{
+    HttpClient client = Signed();
+    Run(client, "view/create", {{"NAME", "Company"}});
+    Run(client, "group/create", {{"PATH", "/Company/Sales"}});
+    management::Execute(m_conn, "UPDATE qv_User SET Col_LoginName = 'admin'");
+    management::Execute(m_conn, "INSERT INTO qv_User (Col_LoginName, Col_Name) VALUES ('ADMIN', 'two')");
+    const HttpAnswer answer = Ask(client, "user/show", {{"parameters", {{"USER", "Admin"}}}});
+    EXPECT_EQ(answer.status, 409);
+    EXPECT_EQ(json::parse(answer.body).at("candidates").size(), 2U);
+    EXPECT_EQ(Ask(client, "user/show", {{"parameters", {{"USER", "nobody"}}}}).status, 404);
+    EXPECT_EQ(answer.Header("Content-Type"), "application/problem+json");
+}
+
+TEST_F(ServerTest, SecretsWantThePasswordAgain)
+{
+    HttpClient client = Signed({.sessions = {.confirmation = 0s}});
+    std::this_thread::sleep_for(5ms);
+    const json set = {{"parameters", {{"USER", "Admin"}, {"password", "another long password"}}}};
+    EXPECT_EQ(CodeOf(Ask(client, "user/password/set", set)), "password_required");
+    EXPECT_EQ(CodeOf(client.Post("/api/v1/session/step-up", R"({"password":"wrong"})")), "wrong_password");
+    m_server.reset();
+
+    Start();
+    client = Client();
+    ASSERT_EQ(SignIn(client).status, 200);
+    const std::string before = client.cookie;
+    const HttpAnswer stepped = client.Post("/api/v1/session/step-up", json{{"password", kPassword}}.dump());
+    EXPECT_EQ(stepped.status, 200);
+    EXPECT_NE(client.cookie, before);
+    client.csrf = json::parse(stepped.body).at("csrf");
+    EXPECT_EQ(Ask(client, "user/password/set", set).status, 200);
+}
+
+TEST_F(ServerTest, MuchIsDeletedOnlyWithThePassword)
+{
+    HttpClient client = Signed({.sessions = {.confirmation = 0s}});
+    json logins = json::array();
+    for (int i = 0; i < 11; ++i) {
+        logins.push_back("u" + std::to_string(i));
+        Run(client, "user/create", {{"LOGIN", logins.back()}});
+    }
+    json body = {{"parameters", {{"USER", logins}}}};
+    body["confirm"] = json::parse(Ask(client, "user/delete", body).body).at("plan").at("digest");
+    const HttpAnswer answer = Ask(client, "user/delete", body);
+    EXPECT_EQ(answer.status, 409);
+    EXPECT_EQ(CodeOf(answer), "password_required");
+    EXPECT_EQ(Run(client, "user/count", json::object()).at("value"), 12);
+}
+
+TEST_F(ServerTest, MadeUpPasswordsAreShownOnce)
+{
+    HttpClient client = Signed();
+    Run(client, "user/create", {{"LOGIN", "amy"}});
+    const std::string made = Run(client, "user/password/set", {{"USER", "amy"}, {"generate", true}}).at("password");
+    EXPECT_GE(made.size(), 16U);
+    EXPECT_EQ(Run(client, "user/password/check", {{"USER", "amy"}, {"password", made}}).at("verdict"), true);
+    EXPECT_EQ(Run(client, "user/password/check", {{"USER", "amy"}, {"password", "x"}}).at("verdict"), false);
+    EXPECT_THAT(Run(client, "audit/list", json::object()).dump(), Not(HasSubstr(made)));
+    EXPECT_THAT(m_log, Not(HasSubstr(made)));
+}
+
+// ---- Lists and the tree ---------------------------------------------------------------------------------------------
+
+TEST_F(ServerTest, ListsStayAsTheyAre)
+{
+    HttpClient client = Signed();
+    for (int i = 1; i <= 12; ++i) {
+        Run(client, "user/create", {{"LOGIN", "user" + std::to_string(i)}, {"title", i % 2 == 0 ? "Even" : "Odd"}});
+    }
+    const json list = Got(client, "/users?q=user%20EVEN&limit=2");
+    EXPECT_EQ(list.at("total"), 6);
+    EXPECT_EQ(list.at("rows").size(), 2U);
+    EXPECT_EQ(list.at("rows").at(0).at("login"), "user2");
+    const std::string result = list.at("result");
+    Run(client, "user/set", {{"USER", "user4"}, {"title", "Odd"}});
+    json body = {{"parameters", {{"USER", {"user6"}}}}};
+    body["confirm"] = json::parse(Ask(client, "user/delete", body).body).at("plan").at("digest");
+    ASSERT_EQ(Ask(client, "user/delete", body).status, 200);
+    EXPECT_EQ(Got(client, "/users?q=user+even").at("total"), 4);
+    const json page = Got(client, "/users?result=" + result + "&offset=1&limit=500");
+    EXPECT_EQ(page.at("total"), 6);
+    EXPECT_EQ(page.at("rows").at(0).at("login"), "user4");
+    EXPECT_EQ(page.at("rows").at(1).at("gone"), true);
+    EXPECT_EQ(page.at("rows").at(4).at("login"), "user12");
+
+    // It belongs to the session.
+    HttpClient other = Client();
+    ASSERT_EQ(SignIn(other).status, 200);
+    EXPECT_EQ(other.Get("/api/v1/users?result=" + result).status, 410);
+    EXPECT_EQ(client.Get("/api/v1/users?limit=501").status, 422);
+    EXPECT_EQ(client.Get("/api/v1/users?surprise=1").status, 422);
+    EXPECT_EQ(client.Get("/api/v1/users?sort=password").status, 422);
+}
+
+TEST_F(ServerTest, ListsAreSearchedSortedAndNarrowed)
+{
+    HttpClient client = Signed();
+    Run(client, "view/create", {{"NAME", "Company"}});
+    Run(client, "group/create", {{"PATH", "/Company/Sales/North"}, {"parents", true}});
+    Run(client, "user/create", {{"LOGIN", "zoë"}, {"name", "Zoë"}, {"title", "b"}, {"mobile", "+44 7700 900123"}});
+    Run(client, "user/create", {{"LOGIN", "amy10"}, {"title", "a"}});
+    Run(client, "user/create", {{"LOGIN", "amy2"}, {"title", "c"}, {"locked", true}});
+    Run(client, "member/add", {{"GROUP", "/Company/Sales"}, {"USER", {"zoë"}}});
+    Run(client, "member/add", {{"GROUP", "/Company/Sales/North"}, {"USER", {"amy2", "zoë"}}});
+    const auto logins = [&](const std::string& query) {
+        std::string all;
+        const json list = Got(client, "/users?" + query);
+        for (const json& row : list.at("rows")) {
+            all += (all.empty() ? "" : " ") + row.at("login").get<std::string>();
+        }
+        return all;
+    };
+    EXPECT_EQ(logins(""), "Admin amy2 amy10 zoë");
+    EXPECT_EQ(logins("sort=-login"), "zoë amy10 amy2 Admin");
+    EXPECT_EQ(logins("sort=title&q=y"), "amy10 amy2");
+    EXPECT_EQ(logins("q=ZO%C3%8B"), "zoë");
+    EXPECT_EQ(logins("q=7700"), "zoë");
+    EXPECT_EQ(logins("q=id:1"), "Admin");
+    EXPECT_EQ(logins("q=login:AMY2"), "amy2");
+    EXPECT_EQ(logins("q=login:amy"), "");
+    EXPECT_EQ(logins("locked=1"), "amy2");
+    const json top = Got(client, "/tree");
+    ASSERT_EQ(top.at("rows").size(), 1U);
+    EXPECT_EQ(top.at("rows").at(0).at("people"), 2);
+    const std::string view = top.at("rows").at(0).at("key");
+    const json sales = Got(client, "/tree?parent=" + view).at("rows").at(0);
+    EXPECT_EQ(sales.at("name"), "Sales");
+    EXPECT_EQ(sales.at("people"), 2);
+    EXPECT_EQ(sales.at("children"), 1);
+    EXPECT_EQ(logins("in=" + sales.at("key").get<std::string>()), "amy2 zoë");
+    EXPECT_EQ(logins("deep=0&in=" + sales.at("key").get<std::string>()), "zoë");
+    EXPECT_EQ(client.Get("/api/v1/users?in=group:999").status, 404);
+    EXPECT_EQ(client.Get("/api/v1/tree?parent=user:1").status, 422);
+    const json found = Got(client, "/tree/find?q=NOR");
+    EXPECT_EQ(found.at("total"), 1);
+    EXPECT_EQ(found.at("rows").at(0).at("path"), "/Company/Sales/North");
+    EXPECT_EQ(found.at("rows").at(0).at("trail").size(), 3U);
+    EXPECT_EQ(Got(client, "/overview").at("users"), 4);
+}
+
+TEST_F(ServerTest, ChangesOfOthersAreSeenWhenListsAreOld)
+{
+    HttpClient client = Signed();
+    EXPECT_EQ(Got(client, "/users").at("total"), 1);
+    management::Execute(m_conn, "INSERT INTO qv_User (Col_LoginName) VALUES ('amy')");
+    // What is changed here has all read anew.
+    Run(client, "role/create", {{"NAME", "Editors"}});
+    EXPECT_EQ(Got(client, "/users").at("total"), 2);
+}
+
+// ---- Texts and secrets ----------------------------------------------------------------------------------------------
+
+TEST_F(ServerTest, HostileTextsComeBackAsTheyWere)
+{
+    HttpClient client = Signed();
+    const std::vector<std::string> texts = {"<script>alert(1)</script>",
+                                            "\"><img src=x onerror=alert(1)>",
+                                            "'; DROP TABLE qv_User; --",
+                                            "\\",
+                                            "\\'",
+                                            "%s%n",
+                                            "\xE2\x80\xAE" "abc",
+                                            "a\tb",
+                                            "</style>{{7*7}}${7*7}",
+                                            "=1+1",
+                                            "日本語",
+                                            "😀",
+                                            "\r\nSet-Cookie: x=1"};
+    int number = 0;
+    for (const std::string& text : texts) {
+        const std::string login = "user" + std::to_string(++number);
+        Run(client, "user/create", {{"LOGIN", login}, {"note", text}, {"name", text}, {"title", text}});
+        const json record = Run(client, "user/show", {{"USER", login}}).at("record");
+        EXPECT_EQ(record.at("note"), text);
+        EXPECT_EQ(Got(client, "/users?q=login:" + login).at("rows").at(0).at("title"), text);
+        const HttpAnswer answer = Ask(client, "user/show", {{"parameters", {{"USER", text}}}});
+        EXPECT_NE(answer.status, 500) << text;
+        EXPECT_EQ(answer.Header("Set-Cookie"), "");
+    }
+    EXPECT_EQ(Run(client, "user/count", json::object()).at("value"), texts.size() + 1);
+}
+
+TEST_F(ServerTest, NoDigestLeaves)
+{
+    HttpClient client = Signed();
+    Run(client, "view/create", {{"NAME", "Company"}});
+    Run(client, "group/create", {{"PATH", "/Company/Sales"}});
+    Run(client, "role/create", {{"NAME", "Editors"}});
+    std::vector<std::string> secrets;
+    for (int type = 0; type <= 2; ++type) {
+        const std::string login = "user" + std::to_string(type);
+        const std::string password = "secret of user " + std::to_string(type);
+        Run(client, "user/create", {{"LOGIN", login}});
+        Run(client, "member/add", {{"GROUP", "/Company/Sales"}, {"USER", {login}}});
+        Run(client, "role/add", {{"ROLE", "Editors"}, {"USER", {login}}});
+        Run(client, "user/password/set", {{"USER", login}, {"password", password}, {"type", type}});
+        Run(client, "user/rename", {{"USER", login}, {"NEWLOGIN", login + "x"}, {"password", password}});
+        secrets.push_back(password);
+    }
+    Run(client, "setting/encryption-key/set", {{"key", "the key of all keys"}});
+    secrets.emplace_back("the key of all keys");
+    management::EachRow(m_conn, "SELECT Col_PWord FROM qv_User WHERE Col_PWord <> ''",
+                        [&](CARecordset& row) { secrets.push_back(management::TextIn(row, 1)); });
+    ASSERT_GE(secrets.size(), 8U);
+
+    std::string all = m_log;
+    const std::map<std::string_view, json> values = {{"USER", "user2x"},      {"GROUP", "/Company/Sales"},
+                                                     {"VIEW", "Company"},     {"ROLE", "Editors"},
+                                                     {"ITEM", "user:user2x"}, {"PATH", "/Company"},
+                                                     {"TEXT", "a"},           {"NAME", "EncryptKey"},
+                                                     {"LOGIN", "user2x"},     {"ID", 1}};
+    int answered = 0;
+    for (const management::Command& command : management::Commands()) {
+        if (!HasRoute(command) || command.effect != management::Effect::read) {
+            continue;
+        }
+        json parameters = json::object();
+        for (const management::ParamInfo& param : command.params()) {
+            if (const auto value = values.find(param.name); param.isPositional && value != values.end()) {
+                parameters[std::string(param.name)] = value->second;
+            }
+        }
+        const HttpAnswer answer = Ask(client, PathOf(command), {{"parameters", parameters}});
+        answered += answer.status == 200 ? 1 : 0;
+        all += answer.head + answer.body;
+    }
+    EXPECT_GT(answered, 30);
+    const int entries = management::Number(m_conn, "SELECT MAX(Col_ID) FROM qv_AuditEntry");
+    for (int entry = 1; entry <= entries; ++entry) {
+        all += Run(client, "audit/show", {{"ID", entry}}).dump();
+    }
+    for (const std::string path : {"/session", "/users", "/users?q=user", "/tree", "/overview", "/commands"}) {
+        all += Got(client, path).dump();
+    }
+    for (const std::string& secret : secrets) {
+        EXPECT_THAT(all, Not(HasSubstr(secret)));
+    }
+}
+
+} // namespace

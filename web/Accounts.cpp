@@ -1,0 +1,142 @@
+#include "web/Accounts.h"
+
+#include "dbaccess/CAConnect.h"
+#include "management/Changes.h"
+#include "management/Query.h"
+#include "management/audit/Recorder.h"
+#include "management/passwords/Passwords.h"
+#include "management/users/Users.h"
+#include "web/Tokens.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace web {
+
+using namespace management;
+
+namespace {
+
+constexpr const char* kAdmin = "Admin";
+constexpr std::size_t kShortestPassword = 12;
+
+/// What tells whether a user may use the console, as it is stored.
+struct StoredAccount {
+    int id = 0;
+    std::string login;
+    std::string name;
+    bool isSuper = false;
+    bool isLocked = false;
+    std::string password;
+    int type = 0;
+
+    [[nodiscard]] bool HasPassword() const { return !password.empty() && password != kFitsNothing; }
+    [[nodiscard]] bool IsLetIn() const
+    {
+        return isSuper && !isLocked && HasPassword() && !PasswordStatus{true, type}.IsPlainText();
+    }
+};
+
+std::vector<StoredAccount> Load(CAConnect& conn, const std::string& condition)
+{
+    std::vector<StoredAccount> found;
+    EachRow(conn,
+            "SELECT Col_ID, Col_LoginName, Col_Name, Col_IsSuper, Col_Disabled, Col_PWord, Col_EnType FROM qv_User "
+            "WHERE " +
+                condition,
+            [&found](CARecordset& row) {
+                found.push_back({NumberIn(row, 1), TextIn(row, 2), TextIn(row, 3), NumberIn(row, 4) != 0,
+                                 NumberIn(row, 5) != 0, TextIn(row, 6), NumberIn(row, 7)});
+            });
+    return found;
+}
+
+Account AccountOf(const StoredAccount& stored)
+{
+    // The mark is compared in this process alone, and never leaves it.
+    static const std::string processKey = NewToken();
+    return {stored.id, stored.login, stored.name,
+            Digest(fmt::format("{}:{}:{}:{}", processKey, stored.id, stored.type, stored.password))};
+}
+
+} // namespace
+
+std::optional<Account> FindAccount(CAConnect& conn, int id)
+{
+    const std::vector<StoredAccount> found = Load(conn, fmt::format("Col_ID = {}", id));
+    return found.size() == 1 && found.front().IsLetIn() ? std::optional(AccountOf(found.front())) : std::nullopt;
+}
+
+SignIn CheckSignIn(CAConnect& conn, const std::string& login, const Secret& password)
+{
+    Directory directory(conn);
+    std::vector<UserKey> users = directory.FindAll(login);
+    if (users.size() != 1) {
+        return {};
+    }
+    const UserKey& user = users.front();
+    const std::vector<StoredAccount> found = Load(conn, fmt::format("Col_ID = {}", user.id));
+    bool isRight = false;
+    try {
+        isRight = found.size() == 1 && found.front().HasPassword() && Passwords(directory).Matches(user, password);
+    } catch (const DatabaseError&) {
+        throw;
+    } catch (const Error&) {
+        // A password that cannot be one, or a login name that the engine takes for another's too.
+    }
+    if (!isRight) {
+        return {};
+    }
+    const StoredAccount& stored = found.front();
+    if (stored.IsLetIn()) {
+        return {AccountOf(stored), {}};
+    }
+    if (stored.isLocked) {
+        return {{}, "this user is locked"};
+    }
+    if (!stored.isSuper) {
+        return {{}, "only super users of the directory may use this console"};
+    }
+    return {{},
+            fmt::format("the password is stored as plain text; set a new one first: qvadmin user password set {}",
+                        user.login)};
+}
+
+bool NeedsSetup(CAConnect& conn)
+{
+    return std::ranges::none_of(Load(conn, "Col_IsSuper <> 0"), &StoredAccount::HasPassword);
+}
+
+void SetUp(CAConnect& conn, const Secret& password)
+{
+    if (password.View().size() < kShortestPassword) {
+        throw Error(ErrorCode::invalid, fmt::format("the password needs at least {} characters", kShortestPassword));
+    }
+    Transaction transaction(conn);
+    std::optional<audit::Recorder> recorder;
+    WithDatabaseErrors(conn, [&] { recorder.emplace(conn); });
+    if (!NeedsSetup(conn)) {
+        throw Error(ErrorCode::isProtected, "a super user has a password; sign in with it");
+    }
+    Directory directory(conn);
+    const std::vector<UserKey> present = directory.FindAll(kAdmin);
+    FieldValues values = {{FindField("super"), "1"}};
+    UserKey admin = present.empty() ? UserKey{0, kAdmin} : present.front();
+    if (present.empty()) {
+        admin.id = CreateUser(directory, admin.login, values);
+    } else {
+        values[FindField("locked")] = "0";
+        ChangeUser(directory, admin.id, values);
+    }
+    constexpr int withLoginName = 2;
+    Passwords(directory).Set(admin, password, withLoginName);
+    WithDatabaseErrors(conn, [&] { recorder->Write({"setup", "web", "setup", "", 0, ""}, false); });
+    recorder.reset();
+    Changes::NoteCommit();
+    transaction.Commit();
+}
+
+} // namespace web

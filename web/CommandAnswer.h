@@ -1,0 +1,37 @@
+#pragma once
+
+#include "management/JsonWriter.h"
+#include "web/CommandRequest.h"
+#include "web/Problem.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class CAConnect;
+
+namespace web {
+
+/// Rows of a table that one answer holds at most.
+inline constexpr std::size_t kMostRows = 10000;
+/// More things than these are removed only by who has just given the password again.
+inline constexpr std::size_t kMostWithoutPassword = 10;
+
+/// Who asks for a command.
+struct Caller {
+    std::string login;
+    bool hasConfirmed = false; ///< has given the password within the last minutes
+};
+
+/// Runs a command and says what became of it. To be called on one thread at a time.
+/// @return 200 with the result, or a problem. @param isChanged  set to whether rows were written.
+Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller& caller, bool& isChanged);
+
+// Parts of answers. A value that stands for a word comes out as the word.
+
+void WriteTexts(management::JsonWriter& json, std::string_view name, const std::vector<std::string>& texts);
+void WriteRecord(management::JsonWriter& json, const management::Record& record);
+void WritePlan(management::JsonWriter& json, const management::Plan& plan, const std::string& digest);
+
+} // namespace web

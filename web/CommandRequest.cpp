@@ -1,0 +1,223 @@
+#include "web/CommandRequest.h"
+
+#include "management/CommandData.h"
+#include "management/Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace web {
+
+using namespace management;
+
+namespace {
+
+/// A parameter that may be given, with the options of a set each by itself.
+struct Offered {
+    std::string name;
+    Kind kind;
+    bool isPositional;
+    bool isList;
+    bool isNegatable;
+    std::string_view excludes;
+};
+
+std::vector<Offered> OfferedBy(const Command& command)
+{
+    std::vector<Offered> all;
+    for (const ParamInfo& param : command.params()) {
+        if (param.isSet) {
+            for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
+                all.push_back(
+                    {std::string(text.name), text.isFlag ? Kind::flag : Kind::text, false, false, text.isFlag, {}});
+            }
+        } else if (IsOffered(param)) {
+            all.push_back({std::string(param.name), param.kind, param.isPositional, param.isList, param.isNegatable,
+                           param.excludes});
+        }
+    }
+    return all;
+}
+
+[[noreturn]] void Refuse(const std::string& sentence) { throw Error(ErrorCode::invalid, sentence); }
+
+std::string TextIn(const std::string& name, const JsonValue& value)
+{
+    if (value.type != JsonValue::Type::text && value.type != JsonValue::Type::number) {
+        Refuse(fmt::format("{} is neither a text nor a number", name));
+    }
+    return value.text;
+}
+
+std::string OptionText(const Offered& param, const std::string& value)
+{
+    std::string option = param.name;
+    std::ranges::replace(option, '_', '-');
+    if (param.kind == Kind::flag) {
+        return (value == "1" ? "--" : "--no-") + option;
+    }
+    // A value that begins with a dash would be read as an option.
+    return value.starts_with('-') ? ShellQuoted("--" + option + "=" + value) : "--" + option + " " + ShellQuoted(value);
+}
+
+std::string MemberText(const JsonValue& object, std::string_view name)
+{
+    const JsonValue* member = object.Find(name);
+    if (member == nullptr) {
+        return {};
+    }
+    if (member->type != JsonValue::Type::text) {
+        Refuse(fmt::format("{} is no text", name));
+    }
+    return member->text;
+}
+
+void RequireKnown(const JsonValue& object, std::initializer_list<std::string_view> known)
+{
+    for (const auto& [name, value] : object.members) {
+        if (std::ranges::find(known, name) == known.end()) {
+            Refuse(fmt::format("there is no member {}", Quoted(name)));
+        }
+    }
+}
+
+Condition ReadCondition(const JsonValue& value)
+{
+    if (value.type != JsonValue::Type::object) {
+        Refuse("if_unchanged is no object");
+    }
+    RequireKnown(value, {"command", "parameters", "version"});
+    const Command* shows = FindCommand(MemberText(value, "command"));
+    if (shows == nullptr || shows->effect != Effect::read) {
+        Refuse("if_unchanged names no command that shows something");
+    }
+    return {shows, WebArguments(*shows, value.Find("parameters")), MemberText(value, "version")};
+}
+
+} // namespace
+
+bool HasRoute(const Command& command)
+{
+    const bool showsSecret = command.effect == Effect::read && command.risk == Risk::stepUp;
+    return command.run != nullptr && command.duration != Duration::longRunning && !showsSecret;
+}
+
+bool IsOffered(const ParamInfo& param) { return param.kind != Kind::file; }
+
+const Command* FindCommand(std::string_view path)
+{
+    std::string words(path);
+    std::ranges::replace(words, '/', ' ');
+    const auto found = std::ranges::find_if(
+        Commands(), [&words](const Command& command) { return HasRoute(command) && PathText(command) == words; });
+    return found == Commands().end() ? nullptr : &*found;
+}
+
+std::string PathText(const Command& command)
+{
+    std::string text;
+    for (const std::string_view word : command.path) {
+        text += word.empty() ? "" : (text.empty() ? "" : " ") + std::string(word);
+    }
+    return text;
+}
+
+WebArguments::WebArguments(const Command& command, const JsonValue* given) : m_text(PathText(command))
+{
+    static const JsonValue none;
+    const JsonValue& values = given == nullptr ? none : *given;
+    if (given != nullptr && given->type != JsonValue::Type::object) {
+        Refuse("parameters is no object");
+    }
+    const std::vector<Offered> offered = OfferedBy(command);
+    for (const auto& [name, value] : values.members) {
+        const auto param = std::ranges::find(offered, name, &Offered::name);
+        if (param == offered.end()) {
+            Refuse(fmt::format("{} has no parameter {}", PathText(command), Quoted(name)));
+        }
+        Take(name, param->kind, param->isList, value);
+        // A flag that is off is not given, unless being off says something.
+        if (const auto taken = m_values.find(name); taken != m_values.end() && param->kind == Kind::flag &&
+                                                    !param->isNegatable && taken->second.front() == "0") {
+            m_values.erase(taken);
+        }
+    }
+    const auto isGiven = [this](std::string_view name) { return !ValuesOf(name).empty(); };
+    std::string options;
+    bool hasDash = false;
+    std::string positionals;
+    for (const Offered& param : offered) {
+        if (!param.excludes.empty() && isGiven(param.name) && isGiven(param.excludes)) {
+            Refuse(fmt::format("{} and {} cannot be given together", param.name, param.excludes));
+        }
+        if (param.kind == Kind::secret) {
+            continue;
+        }
+        for (const std::string& value : ValuesOf(param.name)) {
+            hasDash = hasDash || (param.isPositional && value.starts_with('-'));
+            (param.isPositional ? positionals : options) +=
+                " " + (param.isPositional ? ShellQuoted(value) : OptionText(param, value));
+        }
+    }
+    m_text = Shortened(m_text + options + (hasDash ? " --" : "") + positionals);
+}
+
+void WebArguments::Take(const std::string& name, Kind kind, bool isList, const JsonValue& value)
+{
+    if (value.type == JsonValue::Type::null) {
+        return;
+    }
+    if (kind == Kind::flag) {
+        if (value.type != JsonValue::Type::boolean) {
+            Refuse(fmt::format("{} is neither true nor false", name));
+        }
+        m_values[name] = {value.text};
+    } else if (kind == Kind::secret) {
+        if (value.type != JsonValue::Type::text || value.text.size() > Secret::kLongest) {
+            Refuse(fmt::format("{} is no text of at most {} bytes", name, Secret::kLongest));
+        }
+        m_secrets.emplace(name, Secret(value.text));
+    } else if (isList && value.type == JsonValue::Type::array) {
+        for (const JsonValue& item : value.items) {
+            m_values[name].push_back(TextIn(name, item));
+        }
+    } else {
+        m_values[name] = {TextIn(name, value)};
+    }
+}
+
+std::vector<std::string> WebArguments::ValuesOf(std::string_view name) const
+{
+    if (m_secrets.contains(name)) {
+        return {"1"};
+    }
+    const auto found = m_values.find(name);
+    return found == m_values.end() ? std::vector<std::string>() : found->second;
+}
+
+const Secret* WebArguments::FindSecret(std::string_view name) const
+{
+    const auto found = m_secrets.find(name);
+    return found == m_secrets.end() ? nullptr : &found->second;
+}
+
+CommandRequest::CommandRequest(const Command& wanted, const std::string& body) : command(wanted)
+{
+    const JsonValue request = ReadJsonObject(body);
+    RequireKnown(request, {"parameters", "dry_run", "reason", "confirm", "if_unchanged"});
+    if (const JsonValue* flag = request.Find("dry_run")) {
+        if (flag->type != JsonValue::Type::boolean) {
+            Refuse("dry_run is neither true nor false");
+        }
+        dryRun = flag->text == "1";
+    }
+    reason = MemberText(request, "reason");
+    confirmed = MemberText(request, "confirm");
+    arguments.emplace(wanted, request.Find("parameters"));
+    if (const JsonValue* value = request.Find("if_unchanged")) {
+        condition.emplace(ReadCondition(*value));
+    }
+}
+
+} // namespace web

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "management/Command.h"
+#include "web/JsonReader.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace web {
+
+/// Whether a command of the table can be run over HTTP: one that runs long or shows a stored secret cannot.
+bool HasRoute(const management::Command& command);
+/// Whether a parameter can be given over HTTP: one that names a file cannot.
+bool IsOffered(const management::ParamInfo& param);
+/// The command of a path such as "user/password/set"; null where none of that path can be run.
+const management::Command* FindCommand(std::string_view path);
+/// "user password set".
+std::string PathText(const management::Command& command);
+
+/// What a request gives a command: values of its parameters, checked against what they may be.
+class WebArguments final : public management::ArgumentSource {
+public:
+    /// @param given  an object of values by the parameters' names, or null: texts, whole numbers, Booleans for flags,
+    /// arrays for parameters that take several, null for what is not given. @throws management::Error (invalid).
+    WebArguments(const management::Command& command, const JsonValue* given);
+
+    [[nodiscard]] std::vector<std::string> ValuesOf(std::string_view name) const override;
+    /// The value of a secret parameter; null where it was not given.
+    [[nodiscard]] const management::Secret* FindSecret(std::string_view name) const;
+    /// The command as it may be typed in a shell, without secrets.
+    [[nodiscard]] const std::string& Text() const { return m_text; }
+
+private:
+    void Take(const std::string& name, management::Kind kind, bool isList, const JsonValue& value);
+
+    std::map<std::string, std::vector<std::string>, std::less<>> m_values;
+    std::map<std::string, management::Secret, std::less<>> m_secrets;
+    std::string m_text;
+};
+
+/// What the caller saw before it asks for a change: the change is made only if that is still so.
+struct Condition {
+    const management::Command* command; ///< that shows it
+    WebArguments arguments;
+    std::string version; ///< that its answer had
+};
+
+/// A request to run a command.
+struct CommandRequest {
+    /// @param body  the request's. @throws management::Error (invalid).
+    CommandRequest(const management::Command& command, const std::string& body);
+
+    const management::Command& command;
+    bool dryRun = false;
+    std::string reason;
+    std::string confirmed; ///< digest of the plan that somebody has agreed to; empty: none
+    std::optional<WebArguments> arguments;
+    std::optional<Condition> condition;
+};
+
+} // namespace web

@@ -1,0 +1,224 @@
+#include "web/People.h"
+
+#include "basefun/ItemTypes.h"
+#include "dbaccess/CAConnect.h"
+#include "management/Names.h"
+#include "management/Query.h"
+#include "platform/CodePage.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <numeric>
+#include <sstream>
+
+namespace web {
+
+using namespace management;
+
+namespace {
+
+constexpr char kBetween = '\x1f'; // no search for a text that somebody types runs over it
+
+bool IsDigit(char ch) { return ch >= '0' && ch <= '9'; }
+
+std::string_view TakeNumber(std::string_view& text)
+{
+    std::size_t end = 0;
+    while (end < text.size() && IsDigit(text[end])) {
+        ++end;
+    }
+    std::string_view number = text.substr(0, end);
+    text.remove_prefix(end);
+    while (number.size() > 1 && number.front() == '0') {
+        number.remove_prefix(1);
+    }
+    return number;
+}
+
+std::vector<std::string> WordsOf(const std::string& text)
+{
+    std::vector<std::string> words;
+    std::istringstream in(text);
+    for (std::string word; in >> word;) {
+        words.push_back(NameKey(word));
+    }
+    return words;
+}
+
+} // namespace
+
+bool IsBefore(std::string_view a, std::string_view b)
+{
+    while (!a.empty() && !b.empty()) {
+        if (IsDigit(a.front()) && IsDigit(b.front())) {
+            const std::string_view one = TakeNumber(a);
+            const std::string_view other = TakeNumber(b);
+            if (one != other) {
+                return one.size() != other.size() ? one.size() < other.size() : one < other;
+            }
+        } else if (a.front() != b.front()) {
+            return static_cast<unsigned char>(a.front()) < static_cast<unsigned char>(b.front());
+        } else {
+            a.remove_prefix(1);
+            b.remove_prefix(1);
+        }
+    }
+    return a.empty() && !b.empty();
+}
+
+People::People(CAConnect& conn) : m_organisation(conn)
+{
+    LoadPeople(conn);
+    LoadMembers(conn);
+}
+
+void People::LoadPeople(CAConnect& conn)
+{
+    std::vector<std::pair<std::string, Person>> read;
+    EachRow(conn,
+            "SELECT Col_ID, Col_LoginName, Col_Name, Col_EMail, Col_Mobile, Col_DeptInfo, Col_o_JobTitle, Col_Disabled "
+            "FROM qv_User",
+            [&read](CARecordset& row) {
+                Person person;
+                person.id = NumberIn(row, 1);
+                for (std::size_t i = 0; i < person.texts.size(); ++i) {
+                    person.texts[i] = TextIn(row, static_cast<long>(i) + 2);
+                }
+                person.isLocked = NumberIn(row, static_cast<long>(person.texts.size()) + 2) != 0;
+                std::string key = NameKey(person.texts.front());
+                read.emplace_back(std::move(key), std::move(person));
+            });
+    std::ranges::sort(read, [](const auto& a, const auto& b) {
+        return a.first != b.first ? IsBefore(a.first, b.first) || (!IsBefore(b.first, a.first) && a.first < b.first)
+                                  : a.second.id < b.second.id;
+    });
+    m_people.reserve(read.size());
+    for (auto& [key, person] : read) {
+        m_byId[person.id] = static_cast<Index>(m_people.size());
+        m_locked += person.isLocked ? 1 : 0;
+        m_begins.push_back(m_folded.size());
+        for (const std::string& text : person.texts) {
+            m_folded += NameKey(text) + kBetween;
+        }
+        m_people.push_back(std::move(person));
+    }
+    m_begins.push_back(m_folded.size());
+}
+
+void People::LoadMembers(CAConnect& conn)
+{
+    EachRow(conn,
+            fmt::format("SELECT DISTINCT Col_QvItemType, Col_QvItemID, Col_DQvItemID FROM qv_Relation WHERE "
+                        "Col_QvItemType IN ({}, {}) AND Col_DQvItemType = {} AND Col_RelType = {}",
+                        kItemTypeGroup, kItemTypeView, kItemTypeUser, kMembership),
+            [this](CARecordset& row) {
+                if (const auto person = m_byId.find(NumberIn(row, 3)); person != m_byId.end()) {
+                    m_members[{NumberIn(row, 1), NumberIn(row, 2)}].push_back(person->second);
+                }
+            });
+}
+
+const Person* People::Find(int id) const
+{
+    const auto found = m_byId.find(id);
+    return found == m_byId.end() ? nullptr : &m_people[found->second];
+}
+
+std::vector<bool> People::MembersOf(ItemKey place, bool isDeep) const
+{
+    std::vector<ItemKey> places = {place};
+    if (isDeep && m_organisation.Find(place) != nullptr) {
+        const std::vector<ItemKey> below = m_organisation.Below(place);
+        places.insert(places.end(), below.begin(), below.end());
+    }
+    std::vector<bool> isIn(m_people.size());
+    for (const ItemKey key : places) {
+        if (const auto members = m_members.find(key); members != m_members.end()) {
+            for (const Index person : members->second) {
+                isIn[person] = true;
+            }
+        }
+    }
+    return isIn;
+}
+
+std::size_t People::CountIn(ItemKey place)
+{
+    const auto known = m_counts.find(place);
+    if (known != m_counts.end()) {
+        return known->second;
+    }
+    const std::vector<bool> isIn = MembersOf(place, true);
+    return m_counts[place] = static_cast<std::size_t>(std::ranges::count(isIn, true));
+}
+
+bool People::HasAll(Index person, const std::vector<std::string>& words) const
+{
+    const std::string_view texts =
+        std::string_view(m_folded).substr(m_begins[person], m_begins[person + 1] - m_begins[person]);
+    return std::ranges::all_of(words,
+                               [texts](const std::string& word) { return texts.find(word) != std::string_view::npos; });
+}
+
+const std::vector<People::Index>& People::RanksBy(PeopleColumn column)
+{
+    std::vector<Index>& ranks = m_ranks[column];
+    if (ranks.size() == m_people.size()) {
+        return ranks;
+    }
+    std::vector<std::string> keys;
+    keys.reserve(m_people.size());
+    for (const Person& person : m_people) {
+        keys.push_back(NameKey(person.texts[static_cast<std::size_t>(column)]));
+    }
+    std::vector<Index> order(m_people.size());
+    std::iota(order.begin(), order.end(), Index{0});
+    // Equal ones stay by login name.
+    std::ranges::stable_sort(order, [&keys](Index a, Index b) { return IsBefore(keys[a], keys[b]); });
+    ranks.resize(order.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        ranks[order[i]] = static_cast<Index>(i);
+    }
+    return ranks;
+}
+
+std::vector<int> People::Select(const PeopleQuery& query)
+{
+    constexpr std::string_view byId = "id:";
+    constexpr std::string_view byLogin = "login:";
+    const std::vector<std::string> words = WordsOf(query.text);
+    const std::vector<bool> isIn = query.place ? MembersOf(*query.place, query.isDeep) : std::vector<bool>();
+    const std::string login = query.text.starts_with(byLogin) ? NameKey(query.text.substr(byLogin.size())) : "";
+    int id = 0;
+    if (query.text.starts_with(byId)) {
+        std::from_chars(query.text.data() + byId.size(), query.text.data() + query.text.size(), id);
+    }
+    const auto isMeant = [&](Index person) {
+        if (id != 0) {
+            return m_people[person].id == id;
+        }
+        return login.empty() ? HasAll(person, words) : NameKey(m_people[person].texts.front()) == login;
+    };
+    std::vector<Index> found;
+    for (Index person = 0; person < m_people.size(); ++person) {
+        const bool isThere = !query.place || isIn[person];
+        if (isThere && (!query.isLockedOnly || m_people[person].isLocked) && isMeant(person)) {
+            found.push_back(person);
+        }
+    }
+    if (query.order != PeopleColumn::login) {
+        const std::vector<Index>& ranks = RanksBy(query.order);
+        std::ranges::sort(found, {}, [&ranks](Index person) { return ranks[person]; });
+    }
+    if (query.isDescending) {
+        std::ranges::reverse(found);
+    }
+    std::vector<int> ids;
+    ids.reserve(found.size());
+    std::ranges::transform(found, std::back_inserter(ids), [this](Index person) { return m_people[person].id; });
+    return ids;
+}
+
+} // namespace web

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "management/organisation/Organisation.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+class CAConnect;
+
+namespace web {
+
+/// Columns of the list of people.
+enum class PeopleColumn : std::uint8_t { login, name, email, mobile, department, title };
+inline constexpr std::array<std::string_view, 6> kPeopleColumns = {"login",  "name",       "email",
+                                                                   "mobile", "department", "title"};
+
+struct Person {
+    int id = 0;
+    std::array<std::string, kPeopleColumns.size()> texts; ///< by column
+    bool isLocked = false;
+};
+
+/// Which people, in which order.
+struct PeopleQuery {
+    std::string text; ///< words that must all occur in one of the columns, case not counting; id:17; login:amy
+    std::optional<management::ItemKey> place = {}; ///< a group or a view
+    bool isDeep = true;                            ///< with the groups below the place
+    bool isLockedOnly = false;
+    PeopleColumn order = PeopleColumn::login;
+    bool isDescending = false;
+};
+
+/// A picture of all people and of the organisation, read at once when it is made.
+class People {
+public:
+    /// Uses statements of its own alone, none of the module's operations. @throws management::DatabaseError.
+    explicit People(CAConnect& conn);
+
+    [[nodiscard]] const management::Organisation& Places() const { return m_organisation; }
+    [[nodiscard]] std::size_t Count() const { return m_people.size(); }
+    [[nodiscard]] std::size_t CountLocked() const { return m_locked; }
+    /// Null when there is none.
+    [[nodiscard]] const Person* Find(int id) const;
+    /// The ids of the people that a query means.
+    [[nodiscard]] std::vector<int> Select(const PeopleQuery& query);
+    /// How many people are in a place and below, each counted once.
+    [[nodiscard]] std::size_t CountIn(management::ItemKey place);
+
+private:
+    using Index = std::uint32_t;
+
+    void LoadPeople(CAConnect& conn);
+    void LoadMembers(CAConnect& conn);
+    /// A flag for each person.
+    [[nodiscard]] std::vector<bool> MembersOf(management::ItemKey place, bool isDeep) const;
+    [[nodiscard]] bool HasAll(Index person, const std::vector<std::string>& words) const;
+    const std::vector<Index>& RanksBy(PeopleColumn column);
+
+    management::Organisation m_organisation;
+    std::vector<Person> m_people; ///< by login name
+    std::size_t m_locked = 0;
+    std::unordered_map<int, Index> m_byId;
+    std::string m_folded;              ///< the texts of all in capitals
+    std::vector<std::size_t> m_begins; ///< where each one's begin in it, and the end
+    std::map<management::ItemKey, std::vector<Index>> m_members;
+    std::map<management::ItemKey, std::size_t> m_counts;
+    std::map<PeopleColumn, std::vector<Index>> m_ranks;
+};
+
+/// Whether a text comes before another: case does not count, and digits count as numbers, so that amy2 comes before
+/// amy10. @param a,b  in capitals.
+bool IsBefore(std::string_view a, std::string_view b);
+
+} // namespace web

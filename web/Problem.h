@@ -1,0 +1,30 @@
+#pragma once
+
+#include "management/Errors.h"
+#include "management/FrontEnd.h"
+#include "web/Http.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace web {
+
+/// Why a request was not carried out, as application/problem+json (RFC 9457).
+struct Problem {
+    int status;
+    std::string_view code; ///< one word for programs
+    std::string detail;    ///< one sentence for people
+    std::vector<std::string> candidates = {};
+    std::optional<management::Plan> plan = {}; ///< what is to be agreed to
+    std::string planDigest = {};
+    management::Record current = {}; ///< of what has changed: what it is now
+    std::string currentVersion = {};
+};
+
+Response ResponseOf(const Problem& problem);
+/// What an error of the management layer is over HTTP.
+Problem ProblemOf(const management::Error& error);
+
+} // namespace web

@@ -1,0 +1,363 @@
+#include "web/Reader.h"
+
+#include "basefun/ItemTypes.h"
+#include "dbaccess/CAConnect.h"
+#include "management/Command.h"
+#include "management/Items.h"
+#include "management/JsonWriter.h"
+#include "management/Text.h"
+#include "web/Problem.h"
+#include "web/Tokens.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <ctime>
+#include <sstream>
+
+namespace web {
+
+using namespace management;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kOld{30};
+constexpr std::chrono::seconds kLookedAtLately{60};
+constexpr std::size_t kMostResults = 16;
+constexpr Range kOffsets{0, std::numeric_limits<int>::max()};
+constexpr Range kLimits{1, 500};
+constexpr std::int64_t kUsualLimit = 200;
+constexpr std::size_t kMostFound = 50;
+
+std::size_t NumberIn(const Request& request, std::string_view name, Range range, std::int64_t otherwise)
+{
+    const std::string text = request.Parameter(name);
+    return static_cast<std::size_t>(text.empty() ? otherwise : binding::ReadNumber(name, text, range, range));
+}
+
+void RequireKnown(const Request& request, std::initializer_list<std::string_view> known)
+{
+    for (const auto& [name, value] : request.query) {
+        if (std::ranges::find(known, name) == known.end()) {
+            throw Error(ErrorCode::invalid, fmt::format("there is no parameter {}", Quoted(name)));
+        }
+    }
+}
+
+bool FlagIn(const Request& request, std::string_view name, bool otherwise)
+{
+    const std::string text = request.Parameter(name);
+    if (!text.empty() && text != "0" && text != "1") {
+        throw Error(ErrorCode::invalid, fmt::format("{} is neither 0 nor 1", name));
+    }
+    return text.empty() ? otherwise : text == "1";
+}
+
+/// "group:12" or "view:4".
+std::string KeyText(ItemKey key) { return fmt::format("{}:{}", TypeName(key.type), key.id); }
+
+ItemKey ReadKey(const std::string& text)
+{
+    for (const int type : {kItemTypeGroup, kItemTypeView}) {
+        const std::string prefix = TypeName(type) + ":";
+        if (text.starts_with(prefix)) {
+            return {type,
+                    static_cast<int>(binding::ReadNumber("number", text.substr(prefix.size()), {}, binding::kInt))};
+        }
+    }
+    throw Error(ErrorCode::invalid, fmt::format("{} is no place; write group:NUMBER or view:NUMBER", Quoted(text)));
+}
+
+const Node& RequireNode(const Organisation& organisation, ItemKey key)
+{
+    const Node* node = organisation.Find(key);
+    if (node == nullptr) {
+        throw Error(ErrorCode::notFound, fmt::format("there is no {}", KeyText(key)));
+    }
+    return *node;
+}
+
+void WritePerson(JsonWriter& json, const Person* person, int id)
+{
+    json.BeginObject();
+    json.WriteMember("id", std::int64_t{id});
+    if (person == nullptr) {
+        json.WriteMember("gone", true);
+    } else {
+        for (std::size_t i = 0; i < kPeopleColumns.size(); ++i) {
+            json.WriteMember(kPeopleColumns[i], TextValue(person->texts[i]));
+        }
+        json.WriteMember("locked", person->isLocked);
+    }
+    json.End();
+}
+
+/// A line of the tree.
+void WriteNode(JsonWriter& json, People& people, const Node& node)
+{
+    json.BeginObject();
+    json.WriteMember("key", TextValue(KeyText(node.key)));
+    json.WriteMember("name", TextValue(node.name));
+    json.WriteMember("people", static_cast<std::int64_t>(people.CountIn(node.key)));
+    json.WriteMember("children", static_cast<std::int64_t>(node.children.size()));
+    json.WriteMember("places", static_cast<std::int64_t>(node.parents.size()));
+    json.End();
+}
+
+/// The way to a place from the top, as it is named by its path.
+void WriteTrail(JsonWriter& json, const Organisation& organisation, const Node& node)
+{
+    std::vector<const Node*> trail;
+    for (const Node* step = &node; trail.size() < organisation.Places().size();) {
+        trail.push_back(step);
+        if (!step->via) {
+            break;
+        }
+        step = &organisation.Places()[*step->via];
+    }
+    json.WriteName("trail");
+    json.BeginArray();
+    for (auto step = trail.rbegin(); step != trail.rend(); ++step) {
+        json.BeginObject();
+        json.WriteMember("key", TextValue(KeyText((*step)->key)));
+        json.WriteMember("name", TextValue((*step)->name));
+        json.End();
+    }
+    json.End();
+}
+
+bool HangsNowhere(const Node& node) { return node.key.type == kItemTypeGroup && !node.hangsInView && !node.via; }
+
+/// What is shown under a place; at the top the views.
+std::vector<const Node*> ChildrenOf(const Organisation& organisation, const std::string& parent)
+{
+    std::vector<const Node*> children;
+    if (parent.empty() || parent == "nowhere") {
+        for (const Node& node : organisation.Places()) {
+            const bool isTop = node.key.type == kItemTypeView && node.viewType == kSystemView;
+            if (parent.empty() ? isTop : HangsNowhere(node)) {
+                children.push_back(&node);
+            }
+        }
+        return children;
+    }
+    for (const std::size_t child : RequireNode(organisation, ReadKey(parent)).children) {
+        children.push_back(&organisation.Places()[child]);
+    }
+    return children;
+}
+
+PeopleQuery ReadQuery(const Request& request)
+{
+    PeopleQuery query;
+    query.text = request.Parameter("q");
+    if (const std::string place = request.Parameter("in"); !place.empty()) {
+        query.place = ReadKey(place);
+    }
+    query.isDeep = FlagIn(request, "deep", true);
+    query.isLockedOnly = FlagIn(request, "locked", false);
+    std::string order = request.Parameter("sort");
+    if (order.starts_with('-')) {
+        query.isDescending = true;
+        order.erase(0, 1);
+    }
+    if (!order.empty()) {
+        const auto* const column = std::ranges::find(kPeopleColumns, order);
+        if (column == kPeopleColumns.end()) {
+            throw Error(ErrorCode::invalid, fmt::format("people are not sorted by {}", Quoted(order)));
+        }
+        query.order = static_cast<PeopleColumn>(column - kPeopleColumns.begin());
+    }
+    return query;
+}
+
+/// An answer, written by `write(json)` as the members of an object.
+template <class Write>
+Response Answer(Write write)
+{
+    std::ostringstream out;
+    JsonWriter json(out, JsonWriter::Layout::line);
+    json.BeginObject();
+    json.WriteMember("v", std::int64_t{1});
+    write(json);
+    json.End();
+    return {200, "application/json", std::move(out).str()};
+}
+
+} // namespace
+
+CAConnect& Reader::Connection()
+{
+    if (!m_conn || !m_conn->IsOpen()) {
+        m_conn = m_open();
+    }
+    return *m_conn;
+}
+
+void Reader::Load()
+{
+    // Changes made while it reads are not surely in it.
+    const std::uint64_t changes = m_changes;
+    m_people.emplace(Connection());
+    m_seen = changes;
+    m_read = Clock::now();
+    m_asOf = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
+}
+
+People& Reader::Fresh()
+{
+    m_asked = Clock::now();
+    if (!m_people || m_seen != m_changes || m_asked - m_read > kLookedAtLately) {
+        Load();
+    }
+    return *m_people;
+}
+
+void Reader::Refresh() noexcept
+{
+    const Clock::time_point now = Clock::now();
+    if (!m_people || now - m_asked > kLookedAtLately || (now - m_read < kOld && m_seen == m_changes)) {
+        return;
+    }
+    try {
+        Load();
+    } catch (const std::exception&) {
+        // Whoever asks next tries again, and is told.
+        m_people.reset();
+    }
+}
+
+std::string Reader::Begin(const Request& request, const std::string& session, People& people)
+{
+    const PeopleQuery query = ReadQuery(request);
+    if (query.place) {
+        RequireNode(people.Places(), *query.place);
+    }
+    std::string name = NewToken();
+    m_results[name] = {session, people.Select(query)};
+    m_order.push_back(name);
+    const auto isOwn = [&](const std::string& other) { return m_results[other].session == session; };
+    if (static_cast<std::size_t>(std::ranges::count_if(m_order, isOwn)) > kMostResults) {
+        const auto oldest = std::ranges::find_if(m_order, isOwn);
+        m_results.erase(*oldest);
+        m_order.erase(oldest);
+    }
+    // Sessions come and go; what they leave behind goes with time.
+    constexpr std::size_t mostOfAll = 256;
+    if (m_order.size() > mostOfAll) {
+        m_results.erase(m_order.front());
+        m_order.pop_front();
+    }
+    return name;
+}
+
+Response Reader::Users(const Request& request, const std::string& session)
+{
+    RequireKnown(request, {"q", "in", "deep", "locked", "sort", "result", "offset", "limit"});
+    const std::size_t offset = NumberIn(request, "offset", kOffsets, 0);
+    const std::size_t limit = NumberIn(request, "limit", kLimits, kUsualLimit);
+    std::string name = request.Parameter("result");
+    People& people = name.empty() || !m_people ? Fresh() : *m_people;
+    m_asked = Clock::now();
+    if (name.empty()) {
+        name = Begin(request, session, people);
+    }
+    const auto found = m_results.find(name);
+    if (found == m_results.end() || found->second.session != session) {
+        return ResponseOf({410, "result_gone", "this list is no longer kept; ask for it again"});
+    }
+    const std::vector<int>& ids = found->second.ids;
+    return Answer([&](JsonWriter& json) {
+        json.WriteMember("result", TextValue(name));
+        json.WriteMember("total", static_cast<std::int64_t>(ids.size()));
+        json.WriteMember("offset", static_cast<std::int64_t>(offset));
+        json.WriteMember("as_of", TextValue(m_asOf));
+        if (const std::string place = request.Parameter("in"); !place.empty()) {
+            const Node& node = RequireNode(people.Places(), ReadKey(place));
+            json.WriteMember("path", TextValue(people.Places().PathOf(node.key)));
+            WriteTrail(json, people.Places(), node);
+        }
+        json.WriteName("rows");
+        json.BeginArray();
+        for (std::size_t i = offset; i < std::min(offset + limit, ids.size()); ++i) {
+            WritePerson(json, people.Find(ids[i]), ids[i]);
+        }
+        json.End();
+    });
+}
+
+Response Reader::Tree(const Request& request)
+{
+    RequireKnown(request, {"parent", "offset", "limit"});
+    const std::size_t offset = NumberIn(request, "offset", kOffsets, 0);
+    const std::size_t limit = NumberIn(request, "limit", kLimits, kUsualLimit);
+    People& people = Fresh();
+    const Organisation& organisation = people.Places();
+    const std::string parent = request.Parameter("parent");
+    const std::vector<const Node*> children = ChildrenOf(organisation, parent);
+    return Answer([&](JsonWriter& json) {
+        json.WriteMember("total", static_cast<std::int64_t>(children.size()));
+        json.WriteMember("offset", static_cast<std::int64_t>(offset));
+        if (parent.empty()) {
+            json.WriteMember("nowhere",
+                             static_cast<std::int64_t>(std::ranges::count_if(organisation.Places(), HangsNowhere)));
+        }
+        json.WriteName("rows");
+        json.BeginArray();
+        for (std::size_t i = offset; i < std::min(offset + limit, children.size()); ++i) {
+            WriteNode(json, people, *children[i]);
+        }
+        json.End();
+    });
+}
+
+Response Reader::FindInTree(const Request& request)
+{
+    RequireKnown(request, {"q"});
+    const std::string part = NameKey(request.Parameter("q"));
+    const Organisation& organisation = Fresh().Places();
+    std::vector<const Node*> found;
+    for (const Node& node : organisation.Places()) {
+        if (node.nameKey.find(part) != std::string::npos) {
+            found.push_back(&node);
+        }
+    }
+    return Answer([&](JsonWriter& json) {
+        json.WriteMember("total", static_cast<std::int64_t>(found.size()));
+        json.WriteName("rows");
+        json.BeginArray();
+        for (std::size_t i = 0; i < std::min(kMostFound, found.size()); ++i) {
+            json.BeginObject();
+            json.WriteMember("key", TextValue(KeyText(found[i]->key)));
+            json.WriteMember("name", TextValue(found[i]->name));
+            json.WriteMember("path", TextValue(organisation.PathOf(found[i]->key)));
+            WriteTrail(json, organisation, *found[i]);
+            json.End();
+        }
+        json.End();
+    });
+}
+
+Response Reader::Overview()
+{
+    People& people = Fresh();
+    const Organisation& organisation = people.Places();
+    const auto countOf = [&organisation](int type) {
+        return static_cast<std::int64_t>(
+            std::ranges::count_if(organisation.Places(), [type](const Node& node) { return node.key.type == type; }));
+    };
+    const CString engine = WithDatabaseErrors(Connection(), [&] { return Connection().GetEngineName(); });
+    return Answer([&](JsonWriter& json) {
+        json.WriteMember("engine", TextValue(std::string(engine.View())));
+        json.WriteMember("users", static_cast<std::int64_t>(people.Count()));
+        json.WriteMember("locked", static_cast<std::int64_t>(people.CountLocked()));
+        json.WriteMember("groups", countOf(kItemTypeGroup));
+        json.WriteMember("views", countOf(kItemTypeView));
+        json.WriteMember("as_of", TextValue(m_asOf));
+    });
+}
+
+} // namespace web

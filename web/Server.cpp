@@ -1,0 +1,612 @@
+#include "web/Server.h"
+
+#include "dbaccess/CAConnect.h"
+#include "management/CommandData.h"
+#include "management/JsonWriter.h"
+#include "management/Text.h"
+#include "web/Accounts.h"
+#include "web/CommandAnswer.h"
+#include "web/JsonReader.h"
+#include "web/Origins.h"
+#include "web/Page.h"
+#include "web/Problem.h"
+#include "web/Throttle.h"
+#include "web/Tokens.h"
+#include "web/Worker.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <latch>
+#include <mutex>
+#include <optional>
+#include <sstream>
+
+namespace web {
+
+using namespace management;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::string_view kApi = "/api/v1";
+constexpr std::string_view kCommandRoute = "/commands/";
+/// How long an answer to a wrong password takes at least, so that it does not tell whether there is such a user.
+constexpr std::chrono::milliseconds kFailureTime{300};
+constexpr std::chrono::seconds kRefreshPace{10};
+constexpr double kRequestsASecond = 50;
+constexpr double kMostAtOnce = 200;
+
+Problem NotSignedIn() { return {401, "not_signed_in", "sign in first"}; }
+
+Problem NotFound(const std::string& path) { return {404, "no_route", fmt::format("there is no {}", Quoted(path))}; }
+
+/// What an answer says to browsers beside its content.
+class GuardedSink final : public Responder::Sink {
+public:
+    GuardedSink(Responder inner, bool isSecure, bool isApi)
+        : m_inner(std::move(inner)), m_isSecure(isSecure), m_isApi(isApi)
+    {
+    }
+
+    void Take(Response response) override
+    {
+        NamedValues& headers = response.headers;
+        headers.emplace_back("Content-Security-Policy",
+                             "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; "
+                             "connect-src 'self'; form-action 'self'; frame-ancestors 'none'; base-uri 'none'; "
+                             "require-trusted-types-for 'script'; trusted-types 'none'");
+        headers.emplace_back("X-Content-Type-Options", "nosniff");
+        headers.emplace_back("Referrer-Policy", "no-referrer");
+        headers.emplace_back("Cross-Origin-Opener-Policy", "same-origin");
+        headers.emplace_back("Cross-Origin-Resource-Policy", "same-origin");
+        if (m_isApi) {
+            headers.emplace_back("Cache-Control", "no-store");
+        }
+        if (m_isSecure) {
+            headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
+        }
+        m_inner.Send(std::move(response));
+    }
+
+private:
+    Responder m_inner;
+    bool m_isSecure;
+    bool m_isApi;
+};
+
+std::string RequiredText(const JsonValue& object, std::string_view name)
+{
+    const JsonValue* member = object.Find(name);
+    if (member == nullptr || member->type != JsonValue::Type::text) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is required, and is a text", name));
+    }
+    return member->text;
+}
+
+Secret SecretIn(const JsonValue& object)
+{
+    const std::string text = RequiredText(object, "password");
+    if (text.size() > Secret::kLongest) {
+        throw Error(ErrorCode::invalid, fmt::format("a password has at most {} bytes", Secret::kLongest));
+    }
+    return Secret(text);
+}
+
+/// @throws Error (invalid) for members beside those that are known.
+JsonValue ReadMembers(const std::string& body, std::initializer_list<std::string_view> known)
+{
+    JsonValue object = ReadJsonObject(body);
+    for (const auto& [name, value] : object.members) {
+        if (std::ranges::find(known, name) == known.end()) {
+            throw Error(ErrorCode::invalid, fmt::format("there is no member {}", Quoted(name)));
+        }
+    }
+    return object;
+}
+
+/// Runs what makes an answer; errors become problems.
+template <class Make>
+Response Guarded(Make make)
+{
+    try {
+        return make();
+    } catch (const Error& e) {
+        return ResponseOf(ProblemOf(e));
+    } catch (const std::bad_alloc&) {
+        return ResponseOf({500, "failed", "out of memory; look before you try again"});
+    } catch (const std::exception&) {
+        return ResponseOf({500, "failed", "the server has failed; look before you try again"});
+    }
+}
+
+/// How many requests a session has left.
+struct Allowance {
+    double left = kMostAtOnce;
+    Clock::time_point counted = Clock::now();
+
+    bool Take(Clock::time_point now)
+    {
+        left = std::min(kMostAtOnce, left + std::chrono::duration<double>(now - counted).count() * kRequestsASecond);
+        counted = now;
+        if (left < 1) {
+            return false;
+        }
+        left -= 1;
+        return true;
+    }
+};
+
+} // namespace
+
+class Server::Site {
+public:
+    Site(const OpenDirectory& open, ServerOptions options)
+        : m_options(std::move(options)),
+          m_open(open),
+          m_sessions(m_options.sessions),
+          m_reader(open),
+          m_lists([this] { m_reader.Refresh(); }, kRefreshPace)
+    {
+        const bool needsSetup = NeedsSetup(Connection());
+        static_cast<void>(m_reader.Connection());
+        if (needsSetup) {
+            m_setupToken = NewToken();
+            m_shownToken = m_setupToken;
+            m_setupEnds = Clock::now() + m_options.setupTime;
+        }
+        const bool isSecure = !m_options.http.certificate.empty();
+        m_http.emplace(m_options.http,
+                       [this](Request request, const Responder& responder) { Handle(std::move(request), responder); });
+        m_origins.emplace(m_options.http.address, m_http->Port(), isSecure, m_options.origins);
+        m_isReady.count_down();
+    }
+    Site(const Site&) = delete;
+    Site& operator=(const Site&) = delete;
+    ~Site()
+    {
+        // What runs may send its answer; then nothing is left to run for a connection.
+        m_commands.Stop();
+        m_lists.Stop();
+        m_timer.Stop();
+    }
+
+    [[nodiscard]] std::uint16_t Port() const { return m_http->Port(); }
+    [[nodiscard]] std::string Url() const { return m_origins->First().Text(); }
+    [[nodiscard]] const std::string& SetupToken() const { return m_shownToken; }
+
+private:
+    /// A request on its way to its answer.
+    struct Visit {
+        Request request;
+        Responder responder;
+        Origin origin;
+        std::optional<Session> session = {};
+
+        [[nodiscard]] std::string_view CookieName() const { return origin.isSecure ? "__Host-qv" : "qv"; }
+    };
+    using Route = void (Site::*)(Visit visit);
+
+    // ---- On the thread of HTTP --------------------------------------------------------------------------------------
+
+    void Handle(Request request, const Responder& plain)
+    {
+        m_isReady.wait();
+        const bool isApi = request.path.starts_with("/api/");
+        const std::optional<Origin> origin = m_origins->Of(request);
+        const Responder responder(std::make_shared<GuardedSink>(plain, origin && origin->isSecure, isApi));
+        if (!origin) {
+            responder.Send(ResponseOf({421, "other_host", "the request is for another host"}));
+        } else if (isApi) {
+            HandleApi({std::move(request), responder, *origin});
+        } else if (request.method != "GET" && request.method != "HEAD") {
+            responder.Send(ResponseOf({405, "no_method", "pages are read with GET"}));
+        } else {
+            responder.Send(PageAt(request));
+        }
+    }
+
+    void HandleApi(Visit visit)
+    {
+        struct Row {
+            std::string_view method;
+            std::string_view path;
+            Route route;
+            bool needsSession = true;
+        };
+        static constexpr Row kRoutes[] = {
+            {"GET", "/health", &Site::Health, false},  {"POST", "/session", &Site::SignInFor, false},
+            {"POST", "/setup", &Site::Setup, false},   {"GET", "/session", &Site::ShowSession},
+            {"DELETE", "/session", &Site::SignOut},    {"POST", "/session/step-up", &Site::StepUp},
+            {"GET", "/commands", &Site::ListCommands}, {"GET", "/users", &Site::ListUsers},
+            {"GET", "/tree", &Site::ListTree},         {"GET", "/tree/find", &Site::FindInTree},
+            {"GET", "/overview", &Site::Overview},     {"POST", kCommandRoute, &Site::Run},
+        };
+        if (!visit.request.path.starts_with(kApi)) {
+            visit.responder.Send(ResponseOf(NotFound(visit.request.path)));
+            return;
+        }
+        const std::string_view path = std::string_view(visit.request.path).substr(kApi.size());
+        const std::string_view method = visit.request.method == "HEAD" ? "GET" : std::string_view(visit.request.method);
+        const auto isThere = [&path](const Row& row) {
+            return row.path.ends_with('/') ? path.starts_with(row.path) : path == row.path;
+        };
+        const auto* const row =
+            std::ranges::find_if(kRoutes, [&](const Row& each) { return each.method == method && isThere(each); });
+        if (row == std::end(kRoutes)) {
+            const bool isPath = std::ranges::any_of(kRoutes, isThere);
+            visit.responder.Send(ResponseOf(isPath ? Problem{405, "no_method", "this is not asked for in that way"}
+                                                   : NotFound(visit.request.path)));
+            return;
+        }
+        if (const std::optional<Problem> problem = Refusal(visit, row->needsSession)) {
+            visit.responder.Send(ResponseOf(*problem));
+            return;
+        }
+        (this->*row->route)(std::move(visit));
+    }
+
+    /// What stands in the way of a request whatever it asks for; fills in its session.
+    std::optional<Problem> Refusal(Visit& visit, bool needsSession)
+    {
+        const Request& request = visit.request;
+        const bool isChanging = request.method == "POST" || request.method == "DELETE";
+        if (isChanging && !IsSameOrigin(request, visit.origin)) {
+            return Problem{403, "cross_site", "the request comes from another site"};
+        }
+        if (request.method == "POST" && !request.Header("Content-Type").starts_with("application/json")) {
+            return Problem{415, "no_json", "the body is to be application/json"};
+        }
+        const Clock::time_point now = Clock::now();
+        visit.session = m_sessions.Use(request.Cookie(visit.CookieName()), now);
+        if (!needsSession) {
+            return std::nullopt;
+        }
+        if (!visit.session) {
+            return NotSignedIn();
+        }
+        if (isChanging && !IsSame(request.Header("X-CSRF-Token"), visit.session->csrf)) {
+            return Problem{403, "no_csrf_token", "the request lacks the token of its session"};
+        }
+        std::erase_if(m_allowances,
+                      [now](const auto& entry) { return now - entry.second.counted > std::chrono::seconds(10); });
+        if (!m_allowances[visit.session->account.login].Take(now)) {
+            return Problem{429, "too_many", "too many requests; wait a moment"};
+        }
+        return std::nullopt;
+    }
+
+    void Health(Visit visit) { visit.responder.Send({200, "application/json", "{\"ok\":true}"}); }
+
+    void ShowSession(Visit visit)
+    {
+        InCommands(std::move(visit),
+                   [this](CAConnect& conn, const Visit& asked) { return SessionAnswer(*asked.session, conn); });
+    }
+
+    void SignOut(Visit visit)
+    {
+        m_sessions.End(visit.session->key);
+        Log("sign_out", visit.session->account.login, visit.request.address, "");
+        visit.responder.Send({200, "application/json", "{\"v\":1}", {{"Set-Cookie", NoCookie(visit)}}});
+    }
+
+    void ListCommands(Visit visit)
+    {
+        InCommands(std::move(visit), [](CAConnect& /*conn*/, const Visit& /*asked*/) {
+            std::ostringstream out;
+            JsonWriter json(out, JsonWriter::Layout::line);
+            json.BeginObject();
+            json.WriteMember("v", std::int64_t{1});
+            json.WriteName("commands");
+            json.BeginArray();
+            for (const Command& command : Commands()) {
+                if (HasRoute(command)) {
+                    WriteAsData(command, json);
+                }
+            }
+            json.End();
+            json.End();
+            return Response{200, "application/json", std::move(out).str()};
+        });
+    }
+
+    void ListUsers(Visit visit)
+    {
+        InLists(std::move(visit),
+                [this](const Visit& asked) { return m_reader.Users(asked.request, asked.session->key); });
+    }
+    void ListTree(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) { return m_reader.Tree(asked.request); });
+    }
+    void FindInTree(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) { return m_reader.FindInTree(asked.request); });
+    }
+    void Overview(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& /*asked*/) { return m_reader.Overview(); });
+    }
+
+    void Run(Visit visit)
+    {
+        const std::string path = visit.request.path.substr(kApi.size() + kCommandRoute.size());
+        const Command* command = FindCommand(path);
+        if (command == nullptr) {
+            visit.responder.Send(ResponseOf(
+                {404, "no_route",
+                 fmt::format("{} cannot be run here; commands that run long, show secrets or work on files are for "
+                             "qvadmin in a shell",
+                             Quoted(path))}));
+            return;
+        }
+        InCommands(std::move(visit),
+                   [this, command](CAConnect& conn, const Visit& asked) { return RunFor(conn, *command, asked); });
+    }
+
+    // ---- Signing in -------------------------------------------------------------------------------------------------
+
+    void SignInFor(Visit visit)
+    {
+        CheckPassword(std::move(visit), {"login", "password"}, [this](const Visit& asked, const SignIn& found) {
+            if (asked.session) {
+                m_sessions.End(asked.session->key);
+            }
+            const auto [token, session] = m_sessions.Begin(*found.account, Clock::now());
+            Log("sign_in", session.account.login, asked.request.address, "");
+            return WithCookie(asked, token, SessionAnswer(session, Connection()));
+        });
+    }
+
+    void StepUp(Visit visit)
+    {
+        CheckPassword(std::move(visit), {"password"}, [this](const Visit& asked, const SignIn& found) {
+            const auto confirmed = found.account->id == asked.session->account.id
+                                       ? m_sessions.Confirm(asked.session->key, Clock::now())
+                                       : std::nullopt;
+            if (!confirmed) {
+                return ResponseOf(NotSignedIn());
+            }
+            Log("step_up", confirmed->second.account.login, asked.request.address, "");
+            return WithCookie(asked, confirmed->first, SessionAnswer(confirmed->second, Connection()));
+        });
+    }
+
+    using OnRight = std::function<Response(const Visit&, const SignIn&)>;
+
+    /// Has the password of a request checked, when and as often as the throttle allows.
+    void CheckPassword(Visit visit, std::initializer_list<std::string_view> members, OnRight onRight)
+    {
+        auto password = std::make_shared<std::optional<Secret>>();
+        std::string login;
+        const Responder responder = visit.responder;
+        const Response problem = Guarded([&] {
+            const JsonValue body = ReadMembers(visit.request.body, members);
+            login = members.size() == 1 ? visit.session->account.login : RequiredText(body, "login");
+            password->emplace(SecretIn(body));
+            return Response();
+        });
+        visit.request.body.clear();
+        if (!*password) {
+            responder.Send(problem);
+            return;
+        }
+        const Clock::time_point now = Clock::now();
+        std::optional<Clock::duration> delay;
+        {
+            const std::lock_guard lock(m_mutex);
+            delay = m_throttle.Begin(login, visit.request.address, now);
+        }
+        if (!delay) {
+            Response refusal = ResponseOf({429, "too_many", "too many tries; wait a moment"});
+            refusal.headers.emplace_back("Retry-After", "5");
+            responder.Send(std::move(refusal));
+            return;
+        }
+        const Clock::time_point begin = now + *delay;
+        m_timer.PostAt(begin, [this, visit = std::move(visit), login, password, begin, onRight = std::move(onRight)] {
+            m_commands.Post([this, visit, login, password, begin, onRight] {
+                SendChecked(visit, login, **password, begin, onRight);
+            });
+        });
+    }
+
+    /// On the commands' thread.
+    void SendChecked(const Visit& visit, const std::string& login, const Secret& password, Clock::time_point begin,
+                     const OnRight& onRight)
+    {
+        bool isRight = false;
+        const Response response = Guarded([&] {
+            const SignIn found = CheckSignIn(Connection(), login, password);
+            isRight = found.account.has_value() || !found.reason.empty();
+            if (found.account) {
+                return onRight(visit, found);
+            }
+            Log("sign_in_failed", login, visit.request.address, found.reason);
+            return ResponseOf(found.reason.empty()
+                                  ? Problem{401, "wrong_password", "the login name or the password is wrong"}
+                                  : Problem{403, "not_let_in", found.reason});
+        });
+        {
+            const std::lock_guard lock(m_mutex);
+            m_throttle.End(login, visit.request.address, isRight, Clock::now());
+        }
+        if (isRight) {
+            visit.responder.Send(response);
+        } else {
+            m_timer.PostAt(begin + kFailureTime, [visit, response] { visit.responder.Send(response); });
+        }
+    }
+
+    /// The first password, by who has read the token from where the server was started.
+    void Setup(Visit visit)
+    {
+        m_commands.Post([this, visit = std::move(visit)] {
+            visit.responder.Send(Guarded([&] {
+                const JsonValue body = ReadMembers(visit.request.body, {"token", "password"});
+                const bool isGood = !m_setupToken.empty() && Clock::now() <= m_setupEnds &&
+                                    IsSame(RequiredText(body, "token"), m_setupToken);
+                if (!isGood) {
+                    return ResponseOf(
+                        {403, "setup_over", "this link is no longer good; start the server again for a new one"});
+                }
+                SetUp(Connection(), SecretIn(body));
+                m_setupToken.clear();
+                m_reader.NoteChange();
+                Log("setup", "Admin", visit.request.address, "");
+                return Response{200, "application/json", "{\"v\":1,\"login\":\"Admin\"}"};
+            }));
+        });
+    }
+
+    [[nodiscard]] Response SessionAnswer(const Session& session, CAConnect& conn) const
+    {
+        const CString engine = WithDatabaseErrors(conn, [&conn] { return conn.GetEngineName(); });
+        const auto seconds = [](Clock::duration time) {
+            return std::int64_t{std::chrono::duration_cast<std::chrono::seconds>(time).count()};
+        };
+        const Clock::duration whole = m_sessions.AllLimits().whole - (Clock::now() - session.begun);
+        std::ostringstream out;
+        JsonWriter json(out, JsonWriter::Layout::line);
+        json.BeginObject();
+        json.WriteMember("v", std::int64_t{1});
+        json.WriteMember("id", std::int64_t{session.account.id});
+        json.WriteMember("login", TextValue(session.account.login));
+        json.WriteMember("name", TextValue(session.account.name));
+        json.WriteMember("csrf", TextValue(session.csrf));
+        json.WriteMember("engine", TextValue(std::string(engine.View())));
+        json.WriteMember("idle_seconds", seconds(m_sessions.AllLimits().idle));
+        json.WriteMember("seconds_left", seconds(whole));
+        json.End();
+        return {200, "application/json", std::move(out).str()};
+    }
+
+    static Response WithCookie(const Visit& visit, const std::string& token, Response response)
+    {
+        response.headers.emplace_back("Set-Cookie",
+                                      fmt::format("{}={}; {}HttpOnly; SameSite=Strict; Path=/", visit.CookieName(),
+                                                  token, visit.origin.isSecure ? "Secure; " : ""));
+        return response;
+    }
+    static std::string NoCookie(const Visit& visit)
+    {
+        return fmt::format("{}=; {}HttpOnly; SameSite=Strict; Path=/; Max-Age=0", visit.CookieName(),
+                           visit.origin.isSecure ? "Secure; " : "");
+    }
+
+    // ---- On the threads that know the directory ---------------------------------------------------------------------
+
+    /// The connection of the commands' thread. @throws Error.
+    CAConnect& Connection()
+    {
+        if (!m_conn || !m_conn->IsOpen()) {
+            m_conn = m_open();
+        }
+        return *m_conn;
+    }
+
+    /// Whether who has signed in may still be here: not locked, still a super user, with the same password.
+    bool IsStillGood(CAConnect& conn, const Session& session)
+    {
+        const std::optional<Account> account = FindAccount(conn, session.account.id);
+        if (account && IsSame(account->mark, session.account.mark)) {
+            return true;
+        }
+        m_sessions.End(session.key);
+        return false;
+    }
+
+    /// Makes an answer on the commands' thread. @param make  Response make(CAConnect&, const Visit&).
+    template <class Make>
+    void InCommands(Visit visit, Make make)
+    {
+        m_commands.Post([this, visit = std::move(visit), make = std::move(make)] {
+            visit.responder.Send(Guarded([&] {
+                CAConnect& conn = Connection();
+                return IsStillGood(conn, *visit.session) ? make(conn, visit) : ResponseOf(NotSignedIn());
+            }));
+        });
+    }
+
+    /// Makes an answer on the lists' thread. @param make  Response make(const Visit&).
+    template <class Make>
+    void InLists(Visit visit, Make make)
+    {
+        m_lists.Post([this, visit = std::move(visit), make = std::move(make)] {
+            visit.responder.Send(Guarded([&] {
+                return IsStillGood(m_reader.Connection(), *visit.session) ? make(visit) : ResponseOf(NotSignedIn());
+            }));
+        });
+    }
+
+    Response RunFor(CAConnect& conn, const Command& command, const Visit& visit)
+    {
+        const Session& session = *visit.session;
+        const bool hasConfirmed = m_sessions.IsConfirmed(session, Clock::now());
+        const CommandRequest asked(command, visit.request.body);
+        if (command.risk == Risk::stepUp && !hasConfirmed) {
+            return ResponseOf({403, "password_required", "this asks for your password again"});
+        }
+        bool isChanged = false;
+        Response response = RunCommand(conn, asked, {session.account.login, hasConfirmed}, isChanged);
+        if (isChanged) {
+            m_reader.NoteChange();
+            Log("change", session.account.login, visit.request.address, asked.arguments->Text());
+        }
+        return response;
+    }
+
+    void Log(std::string_view event, const std::string& login, const std::string& address, const std::string& what)
+    {
+        if (!m_options.log) {
+            return;
+        }
+        std::ostringstream out;
+        JsonWriter json(out, JsonWriter::Layout::line);
+        json.BeginObject();
+        json.WriteMember("event", TextValue(std::string(event)));
+        json.WriteMember("login", TextValue(login));
+        json.WriteMember("address", TextValue(address));
+        if (!what.empty()) {
+            json.WriteMember("what", TextValue(what));
+        }
+        json.End();
+        const std::lock_guard lock(m_mutex);
+        m_options.log(std::move(out).str());
+    }
+
+    ServerOptions m_options;
+    OpenDirectory m_open;
+    Sessions m_sessions;
+    std::string m_shownToken;
+    std::string m_setupToken; ///< of the commands' thread, like the two below
+    Clock::time_point m_setupEnds;
+    std::shared_ptr<CAConnect> m_conn;
+    std::map<std::string, Allowance> m_allowances; ///< of the thread of HTTP, by login name
+    std::mutex m_mutex;                            ///< of the throttle and the log
+    Throttle m_throttle;
+    Reader m_reader;
+    std::optional<Origins> m_origins;
+    std::latch m_isReady{1};
+    std::optional<HttpServer> m_http;
+    Worker m_commands;
+    Worker m_lists;
+    Worker m_timer;
+};
+
+Server::Server(const OpenDirectory& open, ServerOptions options)
+    : m_site(std::make_unique<Site>(open, std::move(options)))
+{
+}
+
+Server::~Server() = default;
+
+std::uint16_t Server::Port() const { return m_site->Port(); }
+
+std::string Server::Url() const { return m_site->Url(); }
+
+const std::string& Server::SetupToken() const { return m_site->SetupToken(); }
+
+} // namespace web

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <thread>
+
+namespace web {
+
+/// A thread that runs tasks one after the other, in the order of their times. Any thread may hand tasks over.
+class Worker {
+public:
+    using Clock = std::chrono::steady_clock;
+    using Task = std::function<void()>;
+
+    /// @param atRest  is run once whenever nothing has been run for `rest`; it, and tasks, throw nothing.
+    explicit Worker(Task atRest = {}, Clock::duration rest = std::chrono::hours(24));
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+    ~Worker() { Stop(); }
+
+    /// Lets a running task end and drops the others, and those that come later.
+    void Stop();
+
+    void Post(Task task) { PostAt(Clock::now(), std::move(task)); }
+    /// Hands over a task that is not to be run before a time.
+    void PostAt(Clock::time_point time, Task task);
+
+private:
+    void Run();
+
+    Task m_atRest;
+    Clock::duration m_rest;
+    std::mutex m_mutex;
+    std::condition_variable m_wakeUp;
+    std::multimap<Clock::time_point, Task> m_tasks; ///< of equal times, the ones handed over first come first
+    bool m_isEnding = false;
+    std::thread m_thread;
+};
+
+} // namespace web
