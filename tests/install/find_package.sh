@@ -10,6 +10,13 @@ cmake --build "$work/build" >"$work/log" || { cat "$work/log"; exit 1; }
 check_consumer "$work/build/consumer"
 "$work/build/without_server"
 
+# What shells and man look for is there, whole, with the page of each noun.
+for file in man/man1/qvadmin.1 man/man1/qvadmin-user.1 man/man1/qvadmin-audit.1 bash-completion/completions/qvadmin \
+  zsh/site-functions/_qvadmin fish/vendor_completions.d/qvadmin.fish; do
+  [ -s "$prefix/share/$file" ] || { echo "there is no $prefix/share/$file"; exit 1; }
+done
+diff <("$prefix/bin/qvadmin" manual user) "$prefix/share/man/man1/qvadmin-user.1"
+
 # No library leads to the folder that it was built in, nor to the one that it was installed to at first.
 while IFS= read -r file; do
   if readelf -d "$file" | grep -E 'R(UN)?PATH' | grep -vE '\[(\$ORIGIN[^]:]*)\]'; then

@@ -22,8 +22,10 @@ set -euo pipefail
 export QVADMIN_DB=sqlite:/srv/directory.db
 qvadmin db init
 qvadmin user create "o'brien"
-man_page=/usr/share/man/man1/qvadmin.1.gz
-[ -e $man_page ] || { echo "there is no $man_page"; exit 1; }
+for file in man/man1/qvadmin.1.gz man/man1/qvadmin-user.1.gz bash-completion/completions/qvadmin \
+  zsh/vendor-completions/_qvadmin fish/vendor_completions.d/qvadmin.fish; do
+  [ -s "/usr/share/$file" ] || { echo "there is no /usr/share/$file"; exit 1; }
+done
 for scheme in mysql postgresql odbc; do
   text=$(qvadmin --db "$scheme:///nowhere" user count 2>&1) && { echo "$scheme opened what is not there"; exit 1; }
   case $text in
