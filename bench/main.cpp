@@ -78,7 +78,7 @@ struct ListsByHand : Columns {
     }
 };
 
-// A list is freed only behind the measurement: it belongs to the task.
+// A list is freed only after the measurement: it belongs to the task.
 std::vector<Peak> MeasurePeaks(const std::string& path)
 {
     const auto byHand = [&path](void (ListsByHand::*load)(ByHand&)) {

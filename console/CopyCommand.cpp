@@ -121,7 +121,7 @@ private:
     std::optional<std::filesystem::path> m_file;
 };
 
-/// What is known of the target behind a failure, to end a sentence with.
+/// What is known of the target after a failure, to end a sentence with.
 std::string Standing(const CAConnect& to)
 {
     return to.IsOpen() ? "nothing was copied, and the same command can be run again"

@@ -10,7 +10,7 @@ namespace console {
 
 /// A file that a command writes for people, such as the outcomes of an import.
 ///
-/// It is written as TARGET.partial, made anew for its owner only, and gets its own name once it is whole. A run that is
+/// It is written as TARGET.partial, created for its owner only, and gets its own name once it is whole. A run that is
 /// killed or fails leaves what was flushed under the name TARGET.partial. A file that is there under either name is
 /// kept as NAME.1, in place of an older one of that name. Nothing but a regular file with the same first line, or an
 /// empty one, is ever replaced or renamed: no database, no folder, no device, no symbolic link. Of two programs that

@@ -116,7 +116,7 @@ std::optional<std::string_view> Option(std::string_view url, std::string_view na
     return std::nullopt;
 }
 
-// Where a word stands in a text, in any case; npos when it does not.
+// The position of a word in a text, in any case; npos when it is not there.
 std::size_t Find(std::string_view text, std::string_view lowerWord, std::size_t from = 0)
 {
     const auto sameLetter = [](unsigned char a, unsigned char b) { return std::tolower(a) == b; };
@@ -162,7 +162,7 @@ std::size_t EndOfAddress(const std::string& url, std::size_t begin)
 }
 
 // "USER:PASSWORD@HOST", with // before it or without. Up to the last @, since a password may hold one, and to the end
-// where the @ is missing and no port stands there.
+// where the @ is missing and no port is there.
 void HideUserPassword(std::string& url)
 {
     const std::size_t slashes = url.find("//");

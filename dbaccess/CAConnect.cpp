@@ -137,7 +137,7 @@ CString CAConnect::EscapeLiteral(const CString& text) const
 {
     const dbaccess::Session& session = Required();
     if (text.View().find('\0') != std::string_view::npos) {
-        throw CAException("a text with a NUL byte cannot stand in a statement");
+        throw CAException("a text with a NUL byte cannot be part of a statement");
     }
     return session.EscapeText(text);
 }

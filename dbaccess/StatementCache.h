@@ -20,7 +20,7 @@ namespace dbaccess {
 /// A value for a placeholder of a kept statement.
 struct ShapeValue {
     bool isText;
-    std::string_view text; ///< of a text its value, of a number its literal; a NUL stands behind it
+    std::string_view text; ///< of a text its value, of a number its literal; followed by a NUL
     std::int64_t number;   ///< of a number
 };
 

@@ -95,7 +95,7 @@ enum class Token : std::uint8_t {
     kDelete,
     kUpper,
     kReturning,
-    kClause, // one of those behind which nothing is cut
+    kClause, // one of those after which nothing is cut
 };
 
 // The first eight letters in lower case, as a number.
@@ -540,7 +540,7 @@ private:
     bool m_isInsert = false;
     bool m_isUpdate = false;
     bool m_isBehindClauses = false;
-    bool m_wantsDelimiter = false; // behind a literal that is cut
+    bool m_wantsDelimiter = false; // after a literal that is cut
     bool m_closesUpper = false;    // that literal is upper()'s
     bool m_end = false;
 };
@@ -591,7 +591,7 @@ std::string_view StatementShape::UnescapeInPlace(char* statement, const CutLiter
     }
     char* to = begin;
     for (const char* from = begin; from < end; ++from) {
-        // What was cut has both signs only in front of what they stand for.
+        // What was cut has both signs only before what they replace.
         const bool isFirstOfTwo = *from == '\'' || (*from == '\\' && m_syntax.backslashEscapes);
         from += isFirstOfTwo ? 1 : 0;
         *to++ = *from;

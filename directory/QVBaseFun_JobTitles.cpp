@@ -30,7 +30,7 @@ bool CQVBaseFun::ExistJobTitle(CAConnect& conn, int holderID, int holderType, in
 bool CQVBaseFun::DeleteJobTitle(CAConnect& conn, int holderID, int holderType, int memberID, int memberType,
                                 CString jobTitle)
 {
-    // The title stands third here and last in the test above.
+    // The title is third here and last in the test above.
     const CString sql = FormatSql("DELETE FROM qv_JobTitle WHERE Col_QvItemID = %d AND Col_QvItemType = %d AND "
                                   "Col_JobTitle = '%s' AND Col_DQvItemID = %d AND Col_DQvItemType = %d ",
                                   holderID, holderType, jobTitle, memberID, memberType);

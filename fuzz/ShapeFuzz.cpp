@@ -103,7 +103,7 @@ void CheckShape(const std::string& statement, const StatementShape& shape)
     std::size_t end = 0;
     for (const CutLiteral& literal : shape.Literals()) {
         fuzz::Require(literal.begin >= end && literal.begin + literal.length <= statement.size(),
-                      "a literal is a part of its statement, behind the one before");
+                      "a literal is a part of its statement, after the one before");
         const std::size_t between = literal.begin - end;
         end = literal.begin + literal.length;
         fuzz::Require(rest.size() > between && rest[between] == '?', "a placeholder stands for each literal");
@@ -113,7 +113,7 @@ void CheckShape(const std::string& statement, const StatementShape& shape)
         const auto quotesBefore =
             std::count(statement.begin(), statement.begin() + static_cast<long>(literal.begin), '\'');
         fuzz::Require(quotesBefore % 2 == 0, "nothing is cut inside of quotes");
-        fuzz::Require((statement[literal.begin] == '\'') == literal.isText, "only texts stand in quotes");
+        fuzz::Require((statement[literal.begin] == '\'') == literal.isText, "only texts are in quotes");
     }
     fuzz::Require(rebuilt + std::string(rest) == statement, "the shape with its literals put back is the statement");
 }

@@ -73,7 +73,7 @@ struct Prefix {
 constexpr std::array<Prefix, 4> kItemPrefixes = {
     {{"user:", Kind::user}, {"group:", Kind::group}, {"role:", Kind::role}, {"view:", Kind::view}}};
 
-/// "user:amy" and the like: the words before the colon, then the names behind it.
+/// "user:amy" and the like: the words before the colon, then the names after it.
 std::vector<std::string> ItemsFor(CAConnect& conn, std::string_view beginning, std::size_t most)
 {
     std::vector<std::string> names;

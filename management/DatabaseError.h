@@ -28,7 +28,7 @@ private:
 };
 
 DatabaseError ErrorFrom(const CAConnect& conn, const CAException& e);
-/// The error that an operation of the module has just left behind.
+/// The error that an operation of the module has just left.
 DatabaseError ModuleError(const CAConnect& conn);
 
 /// Runs the body; what the database access library throws comes out as a DatabaseError.

@@ -20,7 +20,7 @@ struct Outcome {
     std::string sentence;     ///< for people, without a full stop and a line's end
 };
 
-/// What a command is going to do, for whoever has to agree. Two plans are equal when they do the same.
+/// What a command is going to do, for the user to agree to. Two plans are equal when they do the same.
 struct Plan {
     std::vector<std::string> lines; ///< what goes, each in one line
     std::string question;           ///< such as "Delete amy (id 17)?"; empty: there is nothing to ask

@@ -68,7 +68,7 @@ std::string NameIn(const Organisation& organisation, ItemKey key)
     return key.type == kItemTypeView ? place->name : organisation.PathOf(key);
 }
 
-/// @param text  what stands behind "view:". A number there, or a path from it on, means what it means everywhere.
+/// @param text  what follows "view:". A number there, or a path from it on, means what it means everywhere.
 ItemKey FindViewOrBelow(const Organisation& organisation, const std::string& text)
 {
     const std::string view = text.starts_with(kIdPrefix) ? text.substr(kIdPrefix.size()) : text;

@@ -18,10 +18,10 @@ struct Item {
 
 /// What FindItem understands, for help texts.
 inline constexpr const char* kItemHelp =
-    "user:LOGIN, group:/VIEW/GROUP, role:NAME or view:NAME, each also with id:NUMBER behind the colon; or /VIEW/GROUP";
+    "user:LOGIN, group:/VIEW/GROUP, role:NAME or view:NAME, each also with id:NUMBER after the colon; or /VIEW/GROUP";
 
 /// The item that an argument means: user:LOGIN, group:/VIEW/GROUP, role:NAME (of this system, domain 0) or view:NAME,
-/// each also with id:NUMBER behind the colon, such as role:id:17; view:4 is a number too. A path alone, such as /VIEW
+/// each also with id:NUMBER after the colon, such as role:id:17; view:4 is a number too. A path alone, such as /VIEW
 /// or /VIEW/GROUP, means what it leads to.
 /// @throws Error (invalid, notFound), or (conflict) that lists what it may mean. @throws DatabaseError.
 Item FindItem(CAConnect& conn, const std::string& argument);

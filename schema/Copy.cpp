@@ -121,7 +121,7 @@ std::int64_t RowsBy(CAConnect& conn, const std::string& count)
     return rows;
 }
 
-/// The name as it stands in statements whatever is in it.
+/// The name as statements have it, whatever is in it.
 std::string Quoted(const std::string& name, const CopyRules& rules)
 {
     std::string quoted(1, rules.nameBegin);
@@ -137,7 +137,7 @@ bool IsWholeNumber(std::string_view text)
     return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-// Fractions of a second may stand behind a date, but no zone: a server would pass over it.
+// Fractions of a second may follow a date, but no zone: a server would pass over it.
 bool IsMoment(CARecordset& rs, long column, std::string_view text)
 {
     CADateTime moment;
@@ -215,7 +215,7 @@ private:
     bool m_isOpen = true;
 };
 
-/// A row as it stands in an INSERT.
+/// A row as an INSERT has it.
 struct WrittenRow {
     std::string values;
     std::string name; ///< which it is, for people
@@ -356,7 +356,7 @@ private:
 
 struct CarriedColumn {
     long number = 0;  ///< in the source's rows
-    std::string name; ///< as it stands in statements of the target
+    std::string name; ///< as statements of the target have it
     Kind kind = Kind::text;
 };
 
@@ -433,7 +433,7 @@ private:
         Reading(source.name, [&] { OpenRows(rs, m_from, sql); });
     }
 
-    /// Runs the body; a failure is told as the source's.
+    /// Runs the body; a failure is reported as the source's.
     template <class Body>
     static void Reading(const std::string& table, Body body)
     {

@@ -34,7 +34,7 @@ std::vector<CString> ReadTexts(CAConnect& conn, const char* sql)
     return texts;
 }
 
-/// One step's worth of changes: in a transaction where the engine can, behind a lock where another run could come
+/// One step's worth of changes: in a transaction where the engine can, under a lock where another run could come
 /// between. What is not committed is rolled back.
 class Change {
 public:
@@ -104,7 +104,7 @@ void WriteSetting(CAConnect& conn, const char* name, const char* value)
     conn.Execute(sql);
 }
 
-// 0, the version of no tables at all, for what is no number.
+// 0, the version of no tables at all, for anything but a number.
 int NumberIn(const CString& text)
 {
     int number = 0;

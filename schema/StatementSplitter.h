@@ -8,7 +8,7 @@ namespace schema {
 
 /// Cuts one of our schema files into its statements, without comment lines and closing semicolons.
 ///
-/// A statement ends with a line that ends in ";", a trigger with the line "END;". Comments stand on lines of their own.
+/// A statement ends with a line that ends in ";", a trigger with the line "END;". Comments are on lines of their own.
 std::vector<std::string> SplitStatements(std::string_view file);
 
 } // namespace schema

@@ -62,7 +62,7 @@ std::size_t LengthOf(std::string_view type)
     return length;
 }
 
-// Columns stand on lines of their own, and all of them are named Col_SOMETHING; nothing else is.
+// Columns are on lines of their own, and all of them are named Col_SOMETHING; nothing else is.
 std::optional<Column> ReadColumn(std::string_view line)
 {
     const std::string_view name = CutWord(line);

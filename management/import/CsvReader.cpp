@@ -141,7 +141,7 @@ std::optional<CsvRecord> CsvReader::ReadRecord(const Line& first)
         if (!Feed(line.text)) {
             return GiveUp(first,
                           further.empty()
-                              ? "a quote stands in the middle of a value"
+                              ? "there is a quote in the middle of a value"
                               : fmt::format("a quote opened here is not closed properly (line {})", line.number),
                           further);
         }

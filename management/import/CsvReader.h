@@ -25,7 +25,7 @@ struct CsvRecord {
 /// that cannot be read.
 class CsvReader {
 public:
-    /// @param in  read from where it stands; outlives the reader. @param delimiter  between values.
+    /// @param in  read from its position; outlives the reader. @param delimiter  between values.
     explicit CsvReader(std::istream& in, char delimiter = ',');
     CsvReader(const CsvReader&) = delete;
     CsvReader& operator=(const CsvReader&) = delete;

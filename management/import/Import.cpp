@@ -163,7 +163,7 @@ public:
         }
     }
 
-    /// The row of a record; what is wrong with it stands in its problem.
+    /// The row of a record; what is wrong with it is in its problem.
     [[nodiscard]] Row Read(const CsvRecord& record) const
     {
         Row row{record.line, {}, {}, {}, record.problem};
@@ -342,7 +342,7 @@ private:
         }
         const std::optional<long> first = m_seen->Add(row.key, row.line);
         if (first && row.problem.empty()) {
-            row.problem = fmt::format("the login name {} stands in line {} already", Quoted(row.login), *first);
+            row.problem = fmt::format("the login name {} is in line {} already", Quoted(row.login), *first);
         }
     }
 
@@ -389,7 +389,7 @@ private:
         }
         if (!isDone) {
             change.reset();
-            // Which row the engine refused, and whether the others stand, shows when each is done by itself.
+            // Which row the engine refused, and whether the others last, shows when each is done by itself.
             return ApplyOneByOne(rows.first(std::min(outcomes.size() + 1, rows.size())));
         }
         for (std::size_t i = 0; i < outcomes.size(); ++i) {

@@ -118,7 +118,7 @@ std::optional<std::string> Messages::Oldest()
     const COleDateTime latest(9999, 12, 31, 23, 59, 59);
     COleDateTime oldest = latest;
     Run(m_conn, [&] { return CQVBaseFun::GetMinDate(m_conn, "", oldest); });
-    // Messages without a date stand first on some engines, and hide the others from the module.
+    // Messages without a date come first on some engines, and hide the others from the module.
     return oldest < latest ? std::optional(AsText(oldest)) : Date("SELECT MIN(Col_SendDate) FROM kel_Msg");
 }
 

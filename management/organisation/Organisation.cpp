@@ -192,7 +192,7 @@ std::vector<std::string> SplitPath(const std::string& path)
         }
         if (path[i] == '\\' && (++i == path.size() || (path[i] != '/' && path[i] != '\\'))) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("in the path {} a backslash stands before neither / nor \\; write "
+                        fmt::format("in the path {} a backslash is followed by neither / nor \\; write "
                                     "\\\\ for a backslash in a name",
                                     Quoted(path)));
         }

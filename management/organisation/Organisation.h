@@ -167,7 +167,7 @@ public:
     std::map<ItemKey, std::vector<Member>> LoadMembers();
     /// Who are members of these groups directly.
     MemberCounts CountMembers(const std::vector<int>& groups);
-    /// What stands elsewhere about items of one type, in sum; kinds of which there is nothing are left out.
+    /// What other tables have about items of one type, in sum; kinds of which there is nothing are left out.
     std::vector<Reference> References(int type, const std::vector<int>& ids);
     /// The name of the system view without an owner; empty when there is none.
     std::string DefaultViewName();
@@ -229,7 +229,7 @@ struct ParentAndName {
 
 /// Takes the last name off a path. @throws Error (invalid) for a path of one name, and for what is no path.
 ParentAndName SplitLast(const std::string& path);
-/// A name as it stands in a path.
+/// A name as paths have it.
 std::string PathEscaped(std::string_view name);
 
 } // namespace management

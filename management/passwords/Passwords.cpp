@@ -119,7 +119,7 @@ int Passwords::EncodingType()
             continue;
         }
         if (chosen) {
-            throw Error(ErrorCode::conflict, fmt::format("the setting {} of {} stands there more than once; delete it",
+            throw Error(ErrorCode::conflict, fmt::format("the setting {} of {} is there more than once; delete it",
                                                          kTypeSetting, kTypeGenre));
         }
         chosen = setting.value;

@@ -27,7 +27,8 @@ public:
     Secret& operator=(Secret&&) = delete;
     ~Secret();
 
-    /// Adds a byte. @return false, nothing added, when it is as long as it may be: growing would leave a copy behind.
+    /// Adds a byte. @return false, nothing added, when it is as long as it may be: growing would leave a copy in
+    /// memory.
     bool Append(char byte);
     void DropLast() { m_text.pop_back(); }
     [[nodiscard]] std::string_view View() const { return m_text; }
@@ -61,7 +62,7 @@ public:
     explicit Passwords(Directory& directory) : m_directory(directory), m_conn(directory.Connection()) {}
 
     /// How new passwords are encoded: the setting PasswordEncoding of the genre Console, 2 where there is none.
-    /// @throws Error (conflict) when that is none of 0, 1 and 2, or stands there more than once.
+    /// @throws Error (conflict) when that is none of 0, 1 and 2, or is there more than once.
     int EncodingType();
     PasswordStatus Status(const UserKey& user);
     /// @param user  as stored, here and below. @throws Error (conflict) when others have the same login name.

@@ -161,7 +161,7 @@ struct Selection : Plan {
     bool operator==(const Selection&) const = default;
 };
 
-/// Adds what stands below groups, each item once however many ways lead to it.
+/// Adds what is below groups, each item once however many ways lead to it.
 class Expansion {
 public:
     explicit Expansion(CAConnect& conn) : m_organisation(conn), m_members(m_organisation.LoadMembers()) {}

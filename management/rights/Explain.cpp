@@ -23,7 +23,7 @@ using Kind = Question::Kind;
 
 constexpr std::uint32_t kPublishBit = 1;
 
-/// The function's texts as they stand in a statement.
+/// The function's texts as statements have them.
 struct Function {
     CString genre;
     CString name;
@@ -84,7 +84,7 @@ RoleSet LoadRoleSet(CAConnect& conn, int userId)
     if (!CQVBaseFun::LoadHMRole(conn, userId, ids) || !CQVBaseFun::GetDefaultRoleID(conn, set.defaultId)) {
         throw ModuleError(conn);
     }
-    // The last one stands for the default role, also where there is none.
+    // The last one is of the default role, also where there is none.
     for (int i = 0; i + 1 < ids.GetSize(); ++i) {
         set.linked.insert(static_cast<int>(ids[i]));
     }

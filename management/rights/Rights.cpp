@@ -239,7 +239,7 @@ bool Rights::HasRole(int userId)
 {
     CUIntArray ids;
     Run(m_conn, [&] { return CQVBaseFun::LoadHMRole(m_conn, userId, ids); });
-    // A missing default role stands there as 0.
+    // A missing default role is 0 there.
     return std::any_of(ids.begin(), ids.end(), [](unsigned int id) { return id != 0; });
 }
 

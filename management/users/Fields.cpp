@@ -71,7 +71,7 @@ std::optional<int> AsNumber(std::string_view text)
     return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
 }
 
-// What else may stand in a column of numbers counts as 0, as for the engine.
+// Anything else in a column of numbers counts as 0, as for the engine.
 int StoredNumber(const Stored& value)
 {
     int number = 0;

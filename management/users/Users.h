@@ -57,7 +57,7 @@ PasswordFate RenameUser(Directory& directory, const UserKey& user, const std::st
 /// Whether the module keeps this user from being deleted, whatever the engine.
 bool IsBuiltIn(const UserKey& user);
 
-/// Deletes a user and what stands elsewhere about him. @throws Error (isProtected).
+/// Deletes a user and what other tables have about him. @throws Error (isProtected).
 void DeleteUser(Directory& directory, const UserKey& user);
 
 /// "LOGIN (id N)", for sentences.

@@ -40,7 +40,7 @@ constexpr int kUserTimeout = 120'000; // what was sent and not acknowledged, in 
 // Needs no table and changes nothing; a node that takes no statements refuses it, unlike SET and SELECT 1.
 constexpr const char* kNothing = "DO 0";
 
-// The server's numbers for a prepared statement that it does not know, and for one that it cannot prepare anew.
+// The server's numbers for a prepared statement that it does not know, and for one that it cannot prepare again.
 constexpr unsigned int kUnknownStatement = 1243;
 constexpr unsigned int kNeedsPreparing = 1615;
 
@@ -133,7 +133,7 @@ void SetConnectTimeouts(MYSQL* handle, const Settings& settings)
     }
 }
 
-// Of a connection that stands, options no longer change anything.
+// Once connected, options no longer change anything.
 void SetStatementTimeouts(MYSQL* handle, const Settings& settings)
 {
     MARIADB_PVIO* io = handle->net.pvio;
@@ -159,8 +159,8 @@ void WatchPeer(MYSQL* handle)
     }
 }
 
-// A server could ask for any file of this machine in answer to any statement, and a connection made anew by itself
-// would have lost its settings and its transaction.
+// A server could ask for any file of this machine in answer to any statement, and a connection that it restores by
+// itself would have lost its settings and its transaction.
 void RefuseFilesAndReconnecting(MYSQL* handle)
 {
     const unsigned int off = 0;
@@ -221,7 +221,7 @@ Handle NewHandle()
     return handle;
 }
 
-// What tells servers behind one address apart. Empty when it cannot be had.
+// What distinguishes servers that share an address. Empty when it cannot be had.
 std::string IdentityOf(MYSQL* handle)
 {
     if (!Run(handle, "SELECT CONCAT_WS(' ', @@hostname, @@port, @@server_id, @@datadir)")) {
@@ -265,7 +265,7 @@ Failure FailureToConnect(MYSQL* handle)
 // @return whether that was the end.
 bool ReadToTheEnd(MYSQL_RES* rows)
 {
-    if (mysql_fetch_row(rows) == nullptr) { // as behind a look-up
+    if (mysql_fetch_row(rows) == nullptr) { // as after a look-up
         return true;
     }
     const auto deadline = Clock::now() + kTimeToReadToTheEnd;

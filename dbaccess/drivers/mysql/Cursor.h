@@ -17,7 +17,7 @@ public:
     explicit BufferedRows(std::size_t columns) : m_values(columns), m_lengths(columns) {}
 
     void Add(MYSQL_ROW row, const unsigned long* lengths);
-    /// Goes to the next row. @return false behind the last one.
+    /// Goes to the next row. @return false after the last one.
     bool Next();
     [[nodiscard]] MYSQL_ROW Values() { return m_values.data(); }
     [[nodiscard]] const unsigned long* Lengths() const { return m_lengths.data(); }

@@ -195,8 +195,8 @@ bool Connection::Fetch(SQLHSTMT statement)
     return fetched != SQL_NO_DATA;
 }
 
-// What fails behind the first result is told when the next ones are asked for; callers see the first. Only where it can
-// be: MariaDB's driver crashes when it is asked behind a statement with semicolons in it, such as CREATE TRIGGER.
+// What fails after the first result is reported when the next ones are asked for; callers see the first. Only where it
+// can be: MariaDB's driver crashes when it is asked after a statement with semicolons in it, such as CREATE TRIGGER.
 void Connection::OnResultDone(SQLHSTMT statement)
 {
     m_arriving = nullptr;

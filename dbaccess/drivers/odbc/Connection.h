@@ -60,9 +60,9 @@ public:
     /// result
     ///         is held by `reader`.
     Statement Open(std::string_view text, PendingResult& reader);
-    /// Goes to a result's next row. @return false behind the last.
+    /// Goes to a result's next row. @return false after the last.
     bool Fetch(SQLHSTMT statement);
-    /// To be called behind the last row of a result.
+    /// To be called after the last row of a result.
     void OnResultDone(SQLHSTMT statement);
     /// Ends a result whose rows were not all fetched, or could not be.
     void Abandon(SQLHSTMT statement) noexcept;

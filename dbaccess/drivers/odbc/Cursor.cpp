@@ -354,7 +354,7 @@ Value Rows::FetchValue(std::size_t column)
     return TextValue(m_pieces);
 }
 
-// The connection is free behind it, and so is the rest of the row lost.
+// The connection is free after it, and so is the rest of the row lost.
 void Rows::Fail()
 {
     m_arriving = false;

@@ -23,7 +23,7 @@ struct Value {
 class BufferedRows {
 public:
     void Add(const std::vector<Value>& row);
-    /// Goes to the next row. @return false behind the last one.
+    /// Goes to the next row. @return false after the last one.
     bool Next(std::vector<Value>& row);
 
 private:
@@ -82,7 +82,7 @@ private:
     std::string m_pieces;       // of the value that is being read
     std::vector<char> m_buffer; // for one piece
     std::optional<BufferedRows> m_kept;
-    std::optional<CAException> m_failure; // met at m_fetched of the current row, or behind the last of the kept ones
+    std::optional<CAException> m_failure; // met at m_fetched of the current row, or after the last of the kept ones
 };
 
 } // namespace dbaccess::odbc

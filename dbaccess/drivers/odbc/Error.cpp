@@ -11,7 +11,7 @@ namespace dbaccess::odbc {
 
 namespace {
 
-// "[unixODBC][Driver Manager]Message": who says it stands before what is said.
+// "[unixODBC][Driver Manager]Message": the source precedes the message.
 std::string_view WithoutNames(std::string_view message)
 {
     for (;;) {

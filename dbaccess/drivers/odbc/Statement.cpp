@@ -107,7 +107,7 @@ private:
         return found == std::string_view::npos ? m_rest.size() : found + end.size();
     }
 
-    // MySQL runs what stands in /*! ... */.
+    // MySQL runs the contents of /*! ... */.
     [[nodiscard]] bool IsRunComment() const
     {
         return Is(Dialect::mysql) && (m_rest.starts_with("/*!") || m_rest.starts_with("/*M!"));
@@ -166,7 +166,7 @@ private:
         }
     }
 
-    // A doubled quote stands for itself; of brackets only on SQL Server.
+    // A doubled quote is a quote; of brackets only on SQL Server.
     [[nodiscard]] std::size_t UpToQuote(char quote, bool backslashEscapes) const
     {
         const bool canBeDoubled = quote != ']' || Is(Dialect::sqlServer);
@@ -252,7 +252,7 @@ bool IsSqliteTrigger(std::string_view statement)
            (!token.IsWordOf({"temp", "temporary"}) || scanner.NextWord(token)) && token.IsWord("trigger");
 }
 
-// @return how long a trigger is: up to the first END that stands alone between semicolons.
+// @return how long a trigger is: up to the first END that is alone between semicolons.
 std::size_t SqliteTriggerLength(std::string_view text)
 {
     std::size_t length = 0;

@@ -20,7 +20,7 @@ std::string_view OneStatement(std::string_view text, Dialect dialect);
 /// @param words  in lower case, here and in HasWord.
 bool BeginsWithOneOf(std::string_view statement, Dialect dialect, std::initializer_list<std::string_view> words);
 
-/// Whether one of these words stands in a statement, outside quotes and comments.
+/// Whether one of these words occurs in a statement, outside quotes and comments.
 bool HasWord(std::string_view statement, Dialect dialect, std::initializer_list<std::string_view> words);
 
 /// Whether the statement ends the transaction that it is run in: because it says so, or because the engine commits

@@ -270,7 +270,7 @@ private:
 
     Handle m_db;
     std::chrono::seconds m_limit;
-    Descriptor m_server;  ///< the library's own socket, while another stands in its place
+    Descriptor m_server;  ///< the library's own socket, while another has its place
     Descriptor m_library; ///< our end of the pair
     ino_t m_inode = 0;
     bool m_isTimedOut = false;

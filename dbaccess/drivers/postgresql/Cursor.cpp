@@ -298,7 +298,7 @@ Result Connection::Judged(Result result)
     throw error;
 }
 
-// A statement can still fail behind the end of its result, when it is committed.
+// A statement can still fail after the end of its result, when it is committed.
 void Connection::ReadToEnd()
 {
     while (const Result result{PQgetResult(m_db.get())}) {

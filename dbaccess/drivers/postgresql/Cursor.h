@@ -90,7 +90,7 @@ private:
     std::size_t m_prepared = 0; // names that were given out; none is given twice
     Rows* m_reader = nullptr;
     bool m_mayCancel = false; // of the running query: nothing that counts is lost when it is cancelled
-    bool m_guarded = false;   // of the running statement: it is a query that stands behind a savepoint
+    bool m_guarded = false;   // of the running statement: it is a query after a savepoint
 };
 
 /// The rows of a query, which the server computes as they are read.
@@ -120,7 +120,7 @@ private:
     std::string m_sql;
     Result m_result; // holds the current row, or the next one where m_row is -1
     int m_row = -1;
-    Result m_kept; // the rows behind those of m_result, once they are in memory
+    Result m_kept; // the rows after those of m_result, once they are in memory
     std::optional<CAException> m_failure;
     bool m_convert;
     std::vector<CString> m_names;     // as m_converted: where the ANSI code page is not UTF-8

@@ -149,7 +149,7 @@ public:
     }
 
 private:
-    /// As the client library reads it: 1 means 2, what is no number means no limit.
+    /// As the client library reads it: 1 means 2, anything but a number means no limit.
     [[nodiscard]] std::chrono::seconds Limit() const
     {
         const long limit =

@@ -24,7 +24,7 @@ bool Rows::Step()
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
         ThrowLastError(sqlite3_db_handle(m_statement.Get()));
     }
-    // Counted here, since a step prepares the statement anew when its tables have been changed.
+    // Counted here, since a step prepares the statement again when its tables have been changed.
     if (m_convert) {
         m_converted.resize(static_cast<std::size_t>(ColumnCount()));
     }

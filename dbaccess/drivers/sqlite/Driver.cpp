@@ -107,7 +107,7 @@ void Upper(sqlite3_context* context, int /*count*/, sqlite3_value** arguments)
 
 bool OnlyBlanksIn(const char* text) { return text[std::strspn(text, " \t\r\n\f;")] == '\0'; }
 
-// Comments behind a statement are nothing; only the engine's own parser can tell them from a second statement.
+// Comments after a statement are ignored; only the engine's own parser can tell them from a second statement.
 bool NothingToRunIn(sqlite3* db, const char* text)
 {
     while (!OnlyBlanksIn(text)) {
@@ -276,7 +276,7 @@ Handle OpenFile(const std::string& path, const std::string& name, const Options&
         ThrowLastError(db.get(), "cannot open " + path);
     }
     sqlite3_busy_timeout(db.get(), options.busyTimeout);
-    // Files come from anywhere: nothing that stands in one's schema may call functions that act on the outside.
+    // Files come from anywhere: nothing in one's schema may call functions that act on the outside.
     sqlite3_db_config(db.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(db.get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     RegisterUpper(db.get());
