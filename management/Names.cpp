@@ -48,4 +48,17 @@ void ThrowConfused(std::string_view noun, std::string_view name, const RowName& 
                             noun, Quoted(name), Quoted(other.name), other.id));
 }
 
+void CheckName(std::string_view noun, const std::string& name)
+{
+    if (name.empty()) {
+        throw Error(ErrorCode::invalid, fmt::format("the name of the {} is empty", noun));
+    }
+    if (HasOuterBlanks(name)) {
+        throw Error(ErrorCode::invalid, fmt::format("the {} name {} begins or ends with a blank", noun, Quoted(name)));
+    }
+    if (HasControlCharacter(name)) {
+        throw Error(ErrorCode::invalid, fmt::format("the {} name {} holds a control character", noun, Quoted(name)));
+    }
+}
+
 } // namespace management

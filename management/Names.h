@@ -49,4 +49,8 @@ std::optional<RowName> FindConfused(CAConnect& conn, std::string_view table, std
 /// @param noun  such as "login name". @throws Error (conflict), always.
 [[noreturn]] void ThrowConfused(std::string_view noun, std::string_view name, const RowName& other);
 
+/// @param noun  such as "group". @throws Error (invalid) for what nothing should be called: nothing, outer
+/// blanks, control characters.
+void CheckName(std::string_view noun, const std::string& name);
+
 } // namespace management

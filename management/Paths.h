@@ -1,13 +1,22 @@
 #pragma once
 
-#include "management/organisation/Organisation.h"
-
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Paths of groups and of folders alike.
 
 namespace management {
+
+/// The names that a path is made of. @throws Error (invalid) for what is no path.
+std::vector<std::string> SplitPath(const std::string& path);
+/// A name as paths have it.
+std::string PathEscaped(std::string_view name);
+
+struct ParentAndName {
+    std::string parent; ///< still a path
+    std::string name;
+};
 
 /// Where something is to be added: the nearest parent that is there, still as a path, and the names to add below it.
 struct NewPath {

@@ -129,7 +129,7 @@ void WriteTrail(JsonWriter& json, const Organisation& organisation, const Node& 
     json.End();
 }
 
-bool HangsNowhere(const Node& node) { return node.key.type == kItemTypeGroup && !node.hangsInView && !node.via; }
+bool HangsNowhere(const Node& node) { return node.key.type == kItemTypeGroup && !node.isReachable && !node.via; }
 
 /// What is shown under a place; at the top the views.
 std::vector<const Node*> ChildrenOf(const Organisation& organisation, const std::string& parent)

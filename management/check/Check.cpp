@@ -170,11 +170,11 @@ private:
                         .sentence = "groups with the same name in one place",
                         .repair = "`qvadmin group rename`"};
         for (const Node& node : m_organisation.Places()) {
-            if (!node.hangsInView) {
+            if (!node.isReachable) {
                 ++lost.count;
                 lost.example = lost.example.empty() ? m_organisation.Named(node.key) : lost.example;
             }
-            if (cycles.count == 0 && (node.parents.empty() || !node.hangsInView)) {
+            if (cycles.count == 0 && (node.parents.empty() || !node.isReachable)) {
                 if (const std::vector<ItemKey> cycle = m_organisation.FindCycle(node.key); !cycle.empty()) {
                     cycles.count = 1;
                     cycles.example = m_organisation.CycleText(cycle);

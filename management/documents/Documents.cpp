@@ -12,13 +12,11 @@
 #include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
-#include "management/Resolve.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 #include <map>
 #include <unordered_set>
@@ -28,8 +26,7 @@ namespace management {
 
 namespace {
 
-constexpr std::string_view kFolderPrefix = "id:";
-constexpr std::string_view kRootPrefix = "root:";
+constexpr std::string_view kListedBy = "folder tree";
 /// Engines take a list of so many numbers in one statement.
 constexpr std::size_t kChunk = 500;
 
@@ -52,62 +49,6 @@ std::string_view LinkTable(DocKind parent)
     return parent == DocKind::root ? "Tab_Doc_Root_Link" : "Tab_Doc_VFolder_Link";
 }
 
-/// The key that "id:17" or "root:4" stands for; nothing for any other text.
-std::optional<DocKey> KeyIn(std::string_view text)
-{
-    const bool isRoot = text.starts_with(kRootPrefix);
-    if (!isRoot && !text.starts_with(kFolderPrefix)) {
-        return std::nullopt;
-    }
-    const std::string_view digits = text.substr(isRoot ? kRootPrefix.size() : kFolderPrefix.size());
-    int id = 0;
-    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), id);
-    if (read.ec != std::errc() || read.ptr != digits.data() + digits.size()) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no id; write {} and a number", Quoted(text),
-                                                    isRoot ? kRootPrefix : kFolderPrefix));
-    }
-    return DocKey{isRoot ? DocKind::root : DocKind::folder, id};
-}
-
-std::string KeyText(DocKey key)
-{
-    return fmt::format("{}{}", key.kind == DocKind::root ? kRootPrefix : kFolderPrefix, key.id);
-}
-
-/// A path taken apart: what it begins with, unless it begins with a root's name, and the names.
-struct PathParts {
-    std::optional<DocKey> head;
-    std::vector<std::string> names;
-};
-
-PathParts PartsOf(const std::string& path)
-{
-    const std::size_t begin = path.find('/');
-    if (begin == 0) {
-        return {std::nullopt, SplitPath(path)};
-    }
-    const std::optional<DocKey> head = KeyIn(std::string_view(path).substr(0, begin));
-    if (!head) {
-        throw Error(ErrorCode::invalid,
-                    fmt::format("{} is no path; write /ROOT/FOLDER, or id:17, or root:4", Quoted(path)));
-    }
-    return {head, begin == std::string::npos ? std::vector<std::string>() : SplitPath(path.substr(begin))};
-}
-
-void KeepOnce(std::vector<DocKey>& keys)
-{
-    std::ranges::sort(keys);
-    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
-}
-
-std::vector<DocKey> FoldersOf(const std::vector<Placement>& placements)
-{
-    std::vector<DocKey> folders;
-    std::ranges::transform(placements, std::back_inserter(folders), &Placement::folder);
-    KeepOnce(folders);
-    return folders;
-}
-
 std::vector<int> IdsOf(const std::vector<DocKey>& keys, DocKind kind)
 {
     std::vector<int> ids;
@@ -124,7 +65,7 @@ std::vector<int> IdsOf(const std::vector<DocKey>& keys, DocKind kind)
 void CheckNewName(std::string_view noun, const std::string& name)
 {
     CheckName(noun, name);
-    for (const std::string_view prefix : {kFolderPrefix, kRootPrefix}) {
+    for (const std::string_view prefix : {"id:", "root:"}) {
         if (name.starts_with(prefix)) {
             throw Error(ErrorCode::invalid,
                         fmt::format("the {} name {} begins with {}, as only ids do; choose another name", noun,
@@ -135,7 +76,7 @@ void CheckNewName(std::string_view noun, const std::string& name)
 
 ParentAndName SplitLastFolder(const std::string& path)
 {
-    const PathParts parts = PartsOf(path);
+    const FolderTree::PathParts parts = FolderTree::PartsOf(path);
     if (parts.names.size() < (parts.head ? 1U : 2U)) {
         throw Error(ErrorCode::invalid, fmt::format("{} is no path of a folder; write /ROOT/FOLDER", Quoted(path)));
     }
@@ -143,7 +84,13 @@ ParentAndName SplitLastFolder(const std::string& path)
     return {path.substr(0, path.size() - PathEscaped(name).size() - 1), name};
 }
 
-// ---- The picture ----------------------------------------------------------------------------------------------------
+// ---- What is read ---------------------------------------------------------------------------------------------------
+
+bool DocPlace::IsTop(DocKey key) { return key.kind == DocKind::root; }
+
+DocKey DocPlace::KeyOf(bool isTop, int id) { return {isTop ? DocKind::root : DocKind::folder, id}; }
+
+bool DocPlace::BeginsPath() const { return IsTop(key) && !sharesName; }
 
 FolderTree::FolderTree(CAConnect& conn)
 {
@@ -152,46 +99,28 @@ FolderTree::FolderTree(CAConnect& conn)
         LoadLinks(conn, parent);
         LoadOthers(conn, parent);
     }
-    for (DocPlace& place : m_places) {
-        // The places are in the order in which they are to be shown.
-        for (std::vector<std::size_t>* ends : {&place.children, &place.parents}) {
-            std::ranges::sort(*ends);
-            ends->erase(std::unique(ends->begin(), ends->end()), ends->end());
-        }
-    }
-    FindPaths();
+    FindPaths({[](const DocPlace& place) { return DocPlace::IsTop(place.key); }});
 }
 
 void FolderTree::LoadPlaces(CAConnect& conn)
 {
+    std::map<std::string, int> roots;
     const auto read = [&](DocKind kind, const char* sql) {
         EachRow(conn, sql, [&](CARecordset& row) {
-            DocPlace& place = m_places.emplace_back();
-            place.key.kind = kind;
+            DocPlace& place = Add({kind, 0});
             row.GetValue(1, place.key.id);
             place.name = TextIn(row, 2);
+            place.nameKey = NameKey(place.name);
+            roots[place.name] += kind == DocKind::root ? 1 : 0;
         });
     };
     read(DocKind::root, "SELECT Col_ID, Col_Name FROM Tab_Doc_Root");
     read(DocKind::folder, "SELECT Col_ID, Col_Name FROM Tab_Doc_VFolder");
-    std::vector<std::pair<std::string, DocPlace>> sorted;
-    sorted.reserve(m_places.size());
-    for (DocPlace& place : m_places) {
-        sorted.emplace_back(NameKey(place.name), std::move(place));
-    }
-    std::ranges::sort(sorted, [](const auto& a, const auto& b) {
-        return std::tie(a.second.key.kind, a.first, a.second.name, a.second.key.id) <
-               std::tie(b.second.key.kind, b.first, b.second.name, b.second.key.id);
+    Sort([](const DocPlace& a, const DocPlace& b) {
+        return std::tie(a.key.kind, a.nameKey, a.name, a.key.id) < std::tie(b.key.kind, b.nameKey, b.name, b.key.id);
     });
-    std::map<std::string_view, int> roots;
-    for (std::size_t i = 0; i < sorted.size(); ++i) {
-        m_places[i] = std::move(sorted[i].second);
-        const bool isRoot = m_places[i].key.kind == DocKind::root;
-        (isRoot ? m_roots : m_folders)[m_places[i].key.id] = i;
-        roots[m_places[i].name] += isRoot ? 1 : 0;
-    }
-    for (DocPlace& place : m_places) {
-        place.sharesName = place.key.kind == DocKind::root && roots.at(place.name) > 1;
+    for (std::size_t i = 0; i < Places().size(); ++i) {
+        At(i).sharesName = DocPlace::IsTop(At(i).key) && roots.at(At(i).name) > 1;
     }
 }
 
@@ -201,16 +130,11 @@ void FolderTree::LoadLinks(CAConnect& conn, DocKind parent)
             fmt::format("SELECT Col_P_ObjID, Col_S_ObjID FROM {} WHERE Col_S_ClassID = {}", LinkTable(parent),
                         kFolderClass),
             [&](CARecordset& row) {
-                Link link{{parent, 0}, {DocKind::folder, 0}};
+                LinkRow link{{parent, 0}, {DocKind::folder, 0}};
                 row.GetValue(1, link.parent.id);
                 row.GetValue(2, link.folder.id);
                 m_links.push_back(link);
-                const std::optional<std::size_t> above = IndexOf(link.parent);
-                const std::optional<std::size_t> below = IndexOf(link.folder);
-                if (above && below) {
-                    m_places[*above].children.push_back(*below);
-                    m_places[*below].parents.push_back(*above);
-                }
+                Link(link.parent, link.folder);
             });
 }
 
@@ -224,90 +148,23 @@ void FolderTree::LoadOthers(CAConnect& conn, DocKind parent)
                 DocKey key{parent, 0};
                 row.GetValue(1, key.id);
                 if (const std::optional<std::size_t> place = IndexOf(key)) {
-                    row.GetValue(2, m_places[*place].others);
+                    row.GetValue(2, At(*place).others);
                 }
             });
 }
 
-void FolderTree::FindPaths()
-{
-    const auto placesWhere = [this](auto isWanted) {
-        std::vector<std::size_t> found;
-        for (std::size_t i = 0; i < m_places.size(); ++i) {
-            if (isWanted(m_places[i])) {
-                found.push_back(i);
-            }
-        }
-        return found;
-    };
-    Visit(placesWhere([](const DocPlace& place) { return place.key.kind == DocKind::root; }), true);
-    Visit(placesWhere([](const DocPlace& place) { return !place.hangsInRoot && place.parents.empty(); }), false);
-    // What is left hangs on cycles alone; each path begins somewhere on one.
-    for (std::size_t i = 0; i < m_places.size(); ++i) {
-        const DocPlace& place = m_places[i];
-        if (!place.hangsInRoot && !place.via && !place.parents.empty()) {
-            Visit({i}, false);
-        }
-    }
-}
-
-void FolderTree::Visit(std::vector<std::size_t> from, bool inRoot)
-{
-    const std::unordered_set<std::size_t> begins(from.begin(), from.end());
-    for (const std::size_t begin : from) {
-        m_places[begin].hangsInRoot = inRoot;
-    }
-    // The list grows while it is walked: the nearest places come first, so that paths are short.
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        const std::size_t parent = from[i];
-        for (const std::size_t child : m_places[parent].children) {
-            DocPlace& place = m_places[child];
-            if (!place.hangsInRoot && !place.via && !begins.contains(child)) {
-                place.via = parent;
-                place.hangsInRoot = inRoot;
-                from.push_back(child);
-            }
-        }
-    }
-}
-
 // ---- Look-ups -------------------------------------------------------------------------------------------------------
-
-std::optional<std::size_t> FolderTree::IndexOf(DocKey key) const
-{
-    const auto& places = key.kind == DocKind::root ? m_roots : m_folders;
-    const auto found = places.find(key.id);
-    return found == places.end() ? std::nullopt : std::optional(found->second);
-}
-
-const DocPlace* FolderTree::Find(DocKey key) const
-{
-    const std::optional<std::size_t> place = IndexOf(key);
-    return place ? &m_places[*place] : nullptr;
-}
-
-std::size_t FolderTree::NumberOf(DocKey key) const
-{
-    return (key.kind == DocKind::root ? m_roots : m_folders).at(key.id);
-}
-
-std::vector<DocKey> FolderTree::Keys(const std::vector<std::size_t>& places) const
-{
-    std::vector<DocKey> keys;
-    std::ranges::transform(places, std::back_inserter(keys), [this](std::size_t place) { return m_places[place].key; });
-    return keys;
-}
 
 std::vector<DocKey> FolderTree::NamedAmong(std::vector<std::size_t> places, std::string_view name) const
 {
-    KeepNamed(places, name, [this](std::size_t place) -> const std::string& { return m_places[place].name; });
+    KeepNamed(places, name, [this](std::size_t place) -> const std::string& { return Places()[place].name; });
     return Keys(places);
 }
 
 std::vector<DocKey> FolderTree::RootsNamed(std::string_view name) const
 {
     std::vector<std::size_t> roots;
-    for (std::size_t place = 0; place < m_places.size() && m_places[place].key.kind == DocKind::root; ++place) {
+    for (std::size_t place = 0; place < Places().size() && DocPlace::IsTop(Places()[place].key); ++place) {
         roots.push_back(place);
     }
     return NamedAmong(std::move(roots), name);
@@ -321,23 +178,9 @@ std::vector<DocKey> FolderTree::ChildrenNamed(DocKey parent, std::string_view na
 
 std::vector<DocKey> FolderTree::FindAll(const std::string& argument) const
 {
-    PathParts parts = PartsOf(argument);
-    std::vector<DocKey> found;
-    if (!parts.head) {
-        found = RootsNamed(parts.names.front());
-        parts.names.erase(parts.names.begin());
-    } else if (Find(*parts.head) != nullptr) {
-        found.push_back(*parts.head);
-    }
-    for (const std::string& name : parts.names) {
-        std::vector<DocKey> below;
-        for (const DocKey parent : found) {
-            std::ranges::copy(ChildrenNamed(parent, name), std::back_inserter(below));
-        }
-        KeepOnce(below);
-        found = std::move(below);
-    }
-    return found;
+    return Follow(
+        argument, [this](const std::string& name) { return RootsNamed(name); },
+        [this](DocKey parent, const std::string& name) { return ChildrenNamed(parent, name); });
 }
 
 std::string FolderTree::Listed(const std::vector<DocKey>& keys) const
@@ -347,23 +190,6 @@ std::string FolderTree::Listed(const std::vector<DocKey>& keys) const
         list += (list.empty() ? "" : ", ") + Named(key);
     }
     return list;
-}
-
-DocKey FolderTree::OnlyOne(const std::string& argument, const std::vector<DocKey>& found, std::string_view noun) const
-{
-    if (found.empty()) {
-        throw Error(ErrorCode::notFound,
-                    fmt::format("there is no {} {}; `qvadmin folder tree` shows all", noun, Quoted(argument)));
-    }
-    if (found.size() > 1) {
-        std::vector<Candidate> candidates;
-        candidates.reserve(found.size());
-        for (const DocKey key : found) {
-            candidates.push_back({Named(key), KeyText(key)});
-        }
-        ThrowAmbiguous(argument, candidates);
-    }
-    return found.front();
 }
 
 DocKey FolderTree::RequireFolder(DocKey key) const
@@ -376,15 +202,18 @@ DocKey FolderTree::RequireFolder(DocKey key) const
 
 DocKey FolderTree::FindPlace(const std::string& argument) const
 {
-    return OnlyOne(argument, FindAll(argument), "document root or folder");
+    return RequireOne(argument, FindAll(argument), "document root or folder", kListedBy);
 }
 
 DocKey FolderTree::FindFolder(const std::string& argument) const
 {
-    return RequireFolder(OnlyOne(argument, FindAll(argument), "folder"));
+    return RequireFolder(RequireOne(argument, FindAll(argument), "folder", kListedBy));
 }
 
-DocKey FolderTree::FindRoot(const std::string& name) const { return OnlyOne(name, RootsNamed(name), "document root"); }
+DocKey FolderTree::FindRoot(const std::string& name) const
+{
+    return RequireOne(name, RootsNamed(name), "document root", kListedBy);
+}
 
 std::vector<Placement> FolderTree::PlacementsAt(const std::string& argument) const
 {
@@ -410,7 +239,7 @@ Placement FolderTree::FindPlacement(const std::string& argument, const std::opti
 {
     std::vector<Placement> found = PlacementsAt(argument);
     const DocKey folder =
-        RequireFolder(OnlyOne(argument, found.empty() ? FindAll(argument) : FoldersOf(found), "folder"));
+        RequireFolder(RequireOne(argument, found.empty() ? FindAll(argument) : FoldersOf(found), "folder", kListedBy));
     if (from) {
         const DocKey parent = FindPlace(*from);
         const std::vector<DocKey> parents = Keys(Find(folder)->parents);
@@ -432,78 +261,19 @@ Placement FolderTree::FindPlacement(const std::string& argument, const std::opti
     return found.front();
 }
 
-std::string FolderTree::PathOf(DocKey key) const
+std::vector<DocKey> FolderTree::FoldersOf(const std::vector<Placement>& placements)
 {
-    std::vector<std::string_view> names;
-    const DocPlace* place = Find(key);
-    for (; place != nullptr && place->via; place = &m_places[*place->via]) {
-        names.push_back(place->name);
-    }
-    const bool hasName = place != nullptr && place->key.kind == DocKind::root && !place->sharesName;
-    std::string path = hasName ? "/" + PathEscaped(place->name) : KeyText(place == nullptr ? key : place->key);
-    std::ranges::reverse(names);
-    for (const std::string_view name : names) {
-        path += fmt::format("/{}", PathEscaped(name));
-    }
-    return path;
-}
-
-std::string FolderTree::Named(DocKey key) const
-{
-    const DocPlace* place = Find(key);
-    const std::string path = PathOf(key);
-    // A path that is an id says nothing of the name.
-    const std::string text = place != nullptr && path == KeyText(key) ? place->name : path;
-    return fmt::format("{} ({} {})", Visible(text), key.kind == DocKind::root ? "root" : "id", key.id);
-}
-
-std::vector<std::size_t> FolderTree::Descendants(std::size_t from) const
-{
-    std::vector<std::size_t> reached = {from};
-    std::unordered_set<std::size_t> seen = {from};
-    // The list grows while it is walked.
-    for (std::size_t next = 0; next < reached.size(); ++next) {
-        for (const std::size_t child : m_places[reached[next]].children) {
-            if (seen.insert(child).second) {
-                reached.push_back(child);
-            }
-        }
-    }
-    return reached;
-}
-
-std::vector<DocKey> FolderTree::OrphanedBy(DocKey key) const
-{
-    const std::size_t top = NumberOf(key);
-    const std::vector<std::size_t> reached = Descendants(top);
-    const std::unordered_set<std::size_t> reach(reached.begin(), reached.end());
-    std::unordered_set<std::size_t> going = reach;
-    std::vector<std::size_t> staying;
-    const auto keep = [&](std::size_t place) {
-        if (place != top && going.erase(place) > 0) {
-            staying.push_back(place);
-        }
-    };
-    for (const std::size_t place : reached) {
-        const auto isElsewhere = [&reach](std::size_t parent) { return !reach.contains(parent); };
-        if (std::ranges::any_of(m_places[place].parents, isElsewhere)) {
-            keep(place);
-        }
-    }
-    // What hangs below a folder that stays, stays too; the list grows while it is walked.
-    for (std::size_t next = 0; next < staying.size();) {
-        std::ranges::for_each(m_places[staying[next++]].children, keep);
-    }
-    std::vector<DocKey> gone = Keys({going.begin(), going.end()});
-    std::ranges::sort(gone);
-    return gone;
+    std::vector<DocKey> folders;
+    std::ranges::transform(placements, std::back_inserter(folders), &Placement::folder);
+    KeepOnce(folders);
+    return folders;
 }
 
 std::size_t FolderTree::CountLinks(const std::vector<DocKey>& keys) const
 {
     const auto isAmong = [&keys](DocKey key) { return std::ranges::binary_search(keys, key); };
-    auto count = static_cast<std::size_t>(
-        std::ranges::count_if(m_links, [&](const Link& link) { return isAmong(link.parent) || isAmong(link.folder); }));
+    auto count = static_cast<std::size_t>(std::ranges::count_if(
+        m_links, [&](const LinkRow& link) { return isAmong(link.parent) || isAmong(link.folder); }));
     for (const DocKey key : keys) {
         count += static_cast<std::size_t>(Find(key)->others);
     }
@@ -516,11 +286,11 @@ bool FolderTree::HangsWithout(const Placement& placement) const
     const std::size_t folder = NumberOf(placement.folder);
     std::vector<std::size_t> reached;
     std::unordered_set<std::size_t> seen;
-    for (std::size_t i = 0; i < m_places.size() && m_places[i].key.kind == DocKind::root; ++i) {
+    for (std::size_t i = 0; i < Places().size() && DocPlace::IsTop(Places()[i].key); ++i) {
         reached.push_back(i);
     }
     for (std::size_t next = 0; next < reached.size() && !seen.contains(folder); ++next) {
-        for (const std::size_t child : m_places[reached[next]].children) {
+        for (const std::size_t child : Places()[reached[next]].children) {
             const bool isLeft = reached[next] == left && child == folder;
             if (!isLeft && seen.insert(child).second) {
                 reached.push_back(child);
@@ -528,41 +298,6 @@ bool FolderTree::HangsWithout(const Placement& placement) const
         }
     }
     return seen.contains(folder);
-}
-
-std::vector<DocKey> FolderTree::CycleClosedBy(const Placement& placement) const
-{
-    const std::size_t top = NumberOf(placement.folder);
-    const std::size_t bottom = NumberOf(placement.parent);
-    std::unordered_map<std::size_t, std::size_t> cameFrom = {{top, top}};
-    std::vector<std::size_t> reached = {top};
-    for (std::size_t i = 0; i < reached.size() && !cameFrom.contains(bottom); ++i) {
-        const std::size_t place = reached[i];
-        for (const std::size_t child : m_places[place].children) {
-            if (cameFrom.emplace(child, place).second) {
-                reached.push_back(child);
-            }
-        }
-    }
-    if (!cameFrom.contains(bottom)) {
-        return {};
-    }
-    std::vector<std::size_t> cycle = {top};
-    for (std::size_t place = bottom; place != top; place = cameFrom.at(place)) {
-        cycle.push_back(place);
-    }
-    cycle.push_back(top);
-    std::ranges::reverse(cycle);
-    return Keys(cycle);
-}
-
-std::string FolderTree::CycleText(const std::vector<DocKey>& cycle) const
-{
-    std::string text;
-    for (const DocKey key : cycle) {
-        text += (text.empty() ? "" : " -> ") + Visible(PathOf(key));
-    }
-    return text;
 }
 
 // ---- Documents ------------------------------------------------------------------------------------------------------

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "management/organisation/Organisation.h"
+#include "management/Hierarchy.h"
+#include "management/Names.h"
+#include "management/Paths.h"
 #include "platform/CString.h"
 
 #include <compare>
@@ -11,7 +13,6 @@
 #include <string>
 #include <string_view>
 #include <tuple>
-#include <unordered_map>
 #include <vector>
 
 class CAConnect;
@@ -80,18 +81,22 @@ struct NewFolder {
     int removedLinks; ///< links that pointed at this id before there was the folder
 };
 
-// ---- How folders hang together --------------------------------------------------------------------------------------
+// ---- Where folders are ----------------------------------------------------------------------------------------------
 
-/// A root or a folder, and how it hangs together with others, which are given by their numbers in FolderTree::Places.
-struct DocPlace {
-    DocKey key;
+/// A root or a folder.
+struct DocPlace : HierarchyNode {
+    DocKey key{};
     std::string name;
-    int others = 0;                    ///< links to objects that are no folders, directly under it
-    std::vector<std::size_t> children; ///< by name, each once
-    std::vector<std::size_t> parents;  ///< each once
-    std::optional<std::size_t> via;    ///< the parent by which its path goes; none at the begin of a path
-    bool hangsInRoot = false;          ///< whether some root leads to it; also true of roots
-    bool sharesName = false;           ///< a root whose name another root has as well
+    std::string nameKey;     ///< for comparing
+    int others = 0;          ///< links to objects that are no folders, directly under it
+    bool sharesName = false; ///< a root whose name another root has as well
+
+    static constexpr std::string_view kTop = "root";
+    static constexpr std::string_view kPathHelp = "/ROOT/FOLDER, or id:17, or root:4";
+    [[nodiscard]] static bool IsTop(DocKey key);
+    [[nodiscard]] static DocKey KeyOf(bool isTop, int id);
+    /// Whether it is a root whose name no other has.
+    [[nodiscard]] bool BeginsPath() const;
 };
 
 /// A folder in one of its places.
@@ -102,22 +107,16 @@ struct Placement {
     bool operator==(const Placement&) const = default;
 };
 
-/// The roots and folders of a directory: a picture of how they hang together, read at once in a few statements.
+/// The roots and folders of a directory, read at once in a few statements: roots first, then folders, each by name,
+/// case not counting, and id.
 ///
 /// An argument names a folder by a path, such as /Root/Folder/Folder, where \/ stands for a slash and \\ for a
 /// backslash in a name, and case does not count unless names differ in nothing else. A path may also begin with id:17
 /// (a folder) or root:4 instead of a root's name, and end there.
-class FolderTree {
+class FolderTree : public Hierarchy<DocPlace> {
 public:
     /// @param conn  open. @throws DatabaseError.
     explicit FolderTree(CAConnect& conn);
-
-    /// Roots first, then folders, each by name, case not counting, and id.
-    [[nodiscard]] std::span<const DocPlace> Places() const { return m_places; }
-    [[nodiscard]] const DocPlace* Find(DocKey key) const;
-    /// The place of a root or folder that is there.
-    [[nodiscard]] std::size_t NumberOf(DocKey key) const;
-    [[nodiscard]] std::vector<DocKey> Keys(const std::vector<std::size_t>& places) const;
 
     /// All roots and folders that an argument may mean. @throws Error (invalid) for what is no path.
     [[nodiscard]] std::vector<DocKey> FindAll(const std::string& argument) const;
@@ -133,25 +132,19 @@ public:
     /// The folders of this name directly under a place: those spelled exactly so, else case not counting.
     [[nodiscard]] std::vector<DocKey> ChildrenNamed(DocKey parent, std::string_view name) const;
 
-    /// A path that leads to a root or folder, and that FindAll understands; for what is not there, its id.
-    [[nodiscard]] std::string PathOf(DocKey key) const;
-    /// "/Root/Folder (id 17)" or "/Root (root 4)", for sentences.
-    [[nodiscard]] std::string Named(DocKey key) const;
-
-    /// What has no place any more once this is gone: it, and the folders below that hang nowhere else; by id.
-    [[nodiscard]] std::vector<DocKey> OrphanedBy(DocKey key) const;
     /// Rows that link one of these to a parent or an object to one of these.
     [[nodiscard]] std::size_t CountLinks(const std::vector<DocKey>& keys) const;
     /// Whether some root leads to the folder also without this place.
     [[nodiscard]] bool HangsWithout(const Placement& placement) const;
-    /// The cycle that hanging a folder under a parent would close, beginning and ending with the folder; else nothing.
-    [[nodiscard]] std::vector<DocKey> CycleClosedBy(const Placement& placement) const;
-    /// "/A/B -> /A/B/C -> /A/B".
-    [[nodiscard]] std::string CycleText(const std::vector<DocKey>& cycle) const;
+    /// The cycle that linking a folder to a parent would close, beginning and ending with the folder; else nothing.
+    [[nodiscard]] std::vector<DocKey> CycleClosedBy(const Placement& placement) const
+    {
+        return Hierarchy::CycleClosedBy(placement.parent, placement.folder);
+    }
 
 private:
     /// A row of one of the tables of links, also when one of its ends is gone.
-    struct Link {
+    struct LinkRow {
         DocKey parent;
         DocKey folder;
     };
@@ -159,22 +152,14 @@ private:
     void LoadPlaces(CAConnect& conn);
     void LoadLinks(CAConnect& conn, DocKind parent);
     void LoadOthers(CAConnect& conn, DocKind parent);
-    void FindPaths();
-    void Visit(std::vector<std::size_t> from, bool inRoot);
     [[nodiscard]] std::vector<DocKey> NamedAmong(std::vector<std::size_t> places, std::string_view name) const;
     [[nodiscard]] std::vector<DocKey> RootsNamed(std::string_view name) const;
     [[nodiscard]] std::vector<Placement> PlacementsAt(const std::string& argument) const;
-    [[nodiscard]] DocKey OnlyOne(const std::string& argument, const std::vector<DocKey>& found,
-                                 std::string_view noun) const;
+    [[nodiscard]] static std::vector<DocKey> FoldersOf(const std::vector<Placement>& placements);
     [[nodiscard]] DocKey RequireFolder(DocKey key) const;
     [[nodiscard]] std::string Listed(const std::vector<DocKey>& keys) const;
-    [[nodiscard]] std::optional<std::size_t> IndexOf(DocKey key) const;
-    [[nodiscard]] std::vector<std::size_t> Descendants(std::size_t from) const;
 
-    std::vector<DocPlace> m_places;
-    std::vector<Link> m_links;
-    std::unordered_map<int, std::size_t> m_roots;
-    std::unordered_map<int, std::size_t> m_folders;
+    std::vector<LinkRow> m_links;
 };
 
 /// @param noun  such as "folder". @throws Error (invalid) for what CheckName refuses, and for what begins as an id

@@ -188,7 +188,7 @@ Result Tree(Call& call, const TreeToDraw& in)
         return {};
     }
     const auto isRoot = [](const DocPlace& place) { return place.key.kind == DocKind::root; };
-    const auto isUnrooted = [](const DocPlace& place) { return !place.hangsInRoot && !place.via; };
+    const auto isUnrooted = [](const DocPlace& place) { return !place.isReachable && !place.via; };
     drawing.DrawAll(NumbersWhere(places, isRoot), NumbersWhere(places, isUnrooted));
     return {};
 }

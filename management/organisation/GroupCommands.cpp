@@ -303,7 +303,7 @@ Result Tree(Call& call, const TreeToDraw& in)
     const auto isRoot = [](const Node& place) {
         return place.key.type == kItemTypeView && place.viewType == kSystemView;
     };
-    const auto isUnrooted = [](const Node& place) { return !place.hangsInView && !place.via; };
+    const auto isUnrooted = [](const Node& place) { return !place.isReachable && !place.via; };
     drawing.DrawAll(NumbersWhere(organisation.Places(), isRoot), NumbersWhere(organisation.Places(), isUnrooted));
     return {};
 }

@@ -12,13 +12,11 @@
 #include "management/Lengths.h"
 #include "management/Names.h"
 #include "management/Query.h"
-#include "management/Resolve.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <tuple>
 #include <unordered_set>
 #include <utility>
@@ -26,9 +24,6 @@
 namespace management {
 
 namespace {
-
-constexpr std::string_view kGroupPrefix = "id:";
-constexpr std::string_view kViewPrefix = "view:";
 
 /// Reads the columns of a row one after the other; NULL leaves what is there.
 class ColumnReader {
@@ -67,148 +62,17 @@ private:
     long m_column = 0;
 };
 
-std::optional<int> ReadNumber(std::string_view text)
-{
-    int number = 0;
-    const char* end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number);
-    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
-}
-
-/// The key that "id:17" or "view:4" stands for; nothing for any other text.
-std::optional<ItemKey> KeyIn(std::string_view text)
-{
-    const bool isView = text.starts_with(kViewPrefix);
-    if (!isView && !text.starts_with(kGroupPrefix)) {
-        return std::nullopt;
-    }
-    const std::optional<int> id = ReadNumber(text.substr(isView ? kViewPrefix.size() : kGroupPrefix.size()));
-    if (!id) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no id; write {} and a number", Quoted(text),
-                                                    isView ? kViewPrefix : kGroupPrefix));
-    }
-    return ItemKey{isView ? kItemTypeView : kItemTypeGroup, *id};
-}
-
-std::string KeyText(ItemKey key)
-{
-    return fmt::format("{}{}", key.type == kItemTypeView ? kViewPrefix : kGroupPrefix, key.id);
-}
-
-bool IsSystemView(const Node& place) { return place.key.type == kItemTypeView && place.viewType == kSystemView; }
-
-/// Walks down from a group's children and keeps the way, without a call inside a call: some chains are long.
-class WayDown {
-public:
-    WayDown(std::span<const Node> places, std::size_t from) : m_places(places), m_state(places.size(), State::unseen)
-    {
-        Enter(from);
-    }
-
-    /// The first way that comes back to itself; its first place is also its last.
-    std::vector<std::size_t> FindCycle()
-    {
-        while (!m_way.empty()) {
-            Step& step = m_way.back();
-            const std::vector<std::size_t>& children = m_places[step.place].children;
-            if (step.next == children.size()) {
-                m_state[step.place] = State::left;
-                m_way.pop_back();
-                continue;
-            }
-            const std::size_t child = children[step.next++];
-            if (m_state[child] == State::onWay) {
-                return From(child);
-            }
-            if (m_state[child] == State::unseen) {
-                Enter(child);
-            }
-        }
-        return {};
-    }
-
-private:
-    enum class State : char { unseen, onWay, left };
-    struct Step {
-        std::size_t place;
-        std::size_t next = 0;
-    };
-
-    void Enter(std::size_t place)
-    {
-        m_state[place] = State::onWay;
-        m_way.push_back({place});
-    }
-
-    [[nodiscard]] std::vector<std::size_t> From(std::size_t place) const
-    {
-        std::vector<std::size_t> cycle;
-        for (auto step = std::ranges::find(m_way, place, &Step::place); step != m_way.end(); ++step) {
-            cycle.push_back(step->place);
-        }
-        cycle.push_back(place);
-        return cycle;
-    }
-
-    std::span<const Node> m_places;
-    std::vector<State> m_state;
-    std::vector<Step> m_way;
-};
-
-void KeepOnce(std::vector<ItemKey>& keys)
-{
-    std::ranges::sort(keys);
-    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
-}
+bool IsSystemView(const Node& node) { return node.BeginsPath(); }
 
 } // namespace
 
 // ---- Names and paths ------------------------------------------------------------------------------------------------
 
-void CheckName(std::string_view noun, const std::string& name)
-{
-    if (name.empty()) {
-        throw Error(ErrorCode::invalid, fmt::format("the name of the {} is empty", noun));
-    }
-    if (HasOuterBlanks(name)) {
-        throw Error(ErrorCode::invalid, fmt::format("the {} name {} begins or ends with a blank", noun, Quoted(name)));
-    }
-    if (HasControlCharacter(name)) {
-        throw Error(ErrorCode::invalid, fmt::format("the {} name {} holds a control character", noun, Quoted(name)));
-    }
-}
-
-std::vector<std::string> SplitPath(const std::string& path)
-{
-    if (!path.starts_with('/')) {
-        throw Error(ErrorCode::invalid,
-                    fmt::format("{} is no path; write /VIEW/GROUP, or id:17, or view:4", Quoted(path)));
-    }
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < path.size(); ++i) {
-        if (path[i] == '/') {
-            names.emplace_back();
-            continue;
-        }
-        if (path[i] == '\\' && (++i == path.size() || (path[i] != '/' && path[i] != '\\'))) {
-            throw Error(ErrorCode::invalid,
-                        fmt::format("in the path {} a backslash is followed by neither / nor \\; write "
-                                    "\\\\ for a backslash in a name",
-                                    Quoted(path)));
-        }
-        names.back() += path[i];
-    }
-    if (std::ranges::any_of(names, &std::string::empty)) {
-        throw Error(ErrorCode::invalid, fmt::format("the path {} holds an empty name", Quoted(path)));
-    }
-    return names;
-}
-
 ParentAndName SplitLast(const std::string& path)
 {
     const std::size_t begin = path.find('/');
     // A path may begin with an id instead of a view's name.
-    const bool beginsWell = begin == 0 || (begin != std::string::npos && KeyIn(path.substr(0, begin)));
+    const bool beginsWell = begin == 0 || (begin != std::string::npos && Organisation::KeyIn(path.substr(0, begin)));
     const std::vector<std::string> names = beginsWell ? SplitPath(path.substr(begin)) : std::vector<std::string>();
     if (names.size() < (begin == 0 ? 2U : 1U)) {
         throw Error(ErrorCode::invalid, fmt::format("{} is no path of a group; write /VIEW/GROUP", Quoted(path)));
@@ -216,54 +80,41 @@ ParentAndName SplitLast(const std::string& path)
     return {path.substr(0, path.size() - PathEscaped(names.back()).size() - 1), names.back()};
 }
 
-std::string PathEscaped(std::string_view name)
-{
-    std::string escaped;
-    for (const char ch : name) {
-        if (ch == '/' || ch == '\\') {
-            escaped += '\\';
-        }
-        escaped += ch;
-    }
-    return escaped;
-}
+// ---- What is read
+// ----------------------------------------------------------------------------------------------------
 
-// ---- The picture ----------------------------------------------------------------------------------------------------
+bool Node::IsTop(ItemKey key) { return key.type == kItemTypeView; }
+
+ItemKey Node::KeyOf(bool isTop, int id) { return {isTop ? kItemTypeView : kItemTypeGroup, id}; }
+
+bool Node::BeginsPath() const { return IsTop(key) && viewType == kSystemView; }
 
 Organisation::Organisation(CAConnect& conn) : m_conn(conn)
 {
-    LoadPlaces();
+    LoadNodes();
     LoadLinks();
     LoadUserCounts();
-    FindPaths();
+    FindPaths({IsSystemView, [](const Node& node) { return Node::IsTop(node.key) && !IsSystemView(node); }});
 }
 
-void Organisation::LoadPlaces()
+void Organisation::LoadNodes()
 {
     EachRow(m_conn, "SELECT Col_ID, Col_Name, Col_ItemIndex, Col_Type, Col_OwnerID FROM qv_View",
             [this](CARecordset& row) {
-                Node& place = m_places.emplace_back();
-                place.key.type = kItemTypeView;
-                ColumnReader(row) >> place.key.id >> place.name >> place.sortIndex >> place.viewType >> place.viewOwner;
+                Node& view = Add({kItemTypeView, 0});
+                ColumnReader(row) >> view.key.id >> view.name >> view.sortIndex >> view.viewType >> view.viewOwner;
+                view.nameKey = NameKey(view.name);
             });
     EachRow(m_conn, "SELECT Col_ID, Col_Name, Col_ItemIndex FROM qv_Group", [this](CARecordset& row) {
-        Node& place = m_places.emplace_back();
-        place.key.type = kItemTypeGroup;
-        ColumnReader(row) >> place.key.id >> place.name >> place.sortIndex;
+        Node& group = Add({kItemTypeGroup, 0});
+        ColumnReader(row) >> group.key.id >> group.name >> group.sortIndex;
+        group.nameKey = NameKey(group.name);
     });
-    for (Node& place : m_places) {
-        place.nameKey = NameKey(place.name);
-    }
-    const auto isBefore = [](const Node& a, const Node& b) {
+    Sort([](const Node& a, const Node& b) {
         // Views before groups.
         return std::tie(b.key.type, a.sortIndex, a.nameKey, a.name, a.key.id) <
                std::tie(a.key.type, b.sortIndex, b.nameKey, b.name, b.key.id);
-    };
-    std::ranges::sort(m_places, isBefore);
-    for (std::size_t i = 0; i < m_places.size(); ++i) {
-        const ItemKey key = m_places[i].key;
-        (key.type == kItemTypeView ? m_views : m_groups)[key.id] = i;
-    }
+    });
 }
 
 void Organisation::LoadLinks()
@@ -276,18 +127,8 @@ void Organisation::LoadLinks()
                 ItemKey holder{};
                 ItemKey member{kItemTypeGroup, 0};
                 ColumnReader(row) >> holder.type >> holder.id >> member.id;
-                const std::optional<std::size_t> parent = IndexOf(holder);
-                const std::optional<std::size_t> child = IndexOf(member);
-                if (parent && child) {
-                    m_places[*parent].children.push_back(*child);
-                    m_places[*child].parents.push_back(*parent);
-                }
+                Link(holder, member);
             });
-    for (Node& place : m_places) {
-        // The places are in the order in which they are to be shown.
-        std::ranges::sort(place.children);
-        std::ranges::sort(place.parents);
-    }
 }
 
 void Organisation::LoadUserCounts()
@@ -301,130 +142,29 @@ void Organisation::LoadUserCounts()
                 ItemKey holder{};
                 int users = 0;
                 ColumnReader(row) >> holder.type >> holder.id >> users;
-                if (const std::optional<std::size_t> place = IndexOf(holder)) {
-                    m_places[*place].users = users;
+                if (const std::optional<std::size_t> node = IndexOf(holder)) {
+                    At(*node).users = users;
                 }
             });
 }
 
-void Organisation::FindPaths()
-{
-    const auto placesWhere = [this](auto isWanted) {
-        std::vector<std::size_t> found;
-        for (std::size_t i = 0; i < m_places.size(); ++i) {
-            if (isWanted(m_places[i])) {
-                found.push_back(i);
-            }
-        }
-        return found;
-    };
-    Visit(placesWhere(IsSystemView), true);
-    Visit(
-        placesWhere([](const Node& place) { return place.key.type == kItemTypeView && place.viewType != kSystemView; }),
-        true);
-    Visit(placesWhere([](const Node& place) { return place.key.type == kItemTypeGroup && place.parents.empty(); }),
-          false);
-    // What is left hangs on cycles alone; each path begins somewhere on one.
-    for (std::size_t i = 0; i < m_places.size(); ++i) {
-        const Node& place = m_places[i];
-        if (!place.hangsInView && !place.via && !place.parents.empty()) {
-            Visit({i}, false);
-        }
-    }
-}
-
-void Organisation::Visit(std::vector<std::size_t> from, bool inView)
-{
-    const std::unordered_set<std::size_t> begins(from.begin(), from.end());
-    for (const std::size_t begin : from) {
-        m_places[begin].hangsInView = inView;
-    }
-    // The list grows while it is walked: the nearest places come first, so that paths are short.
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        const std::size_t parent = from[i];
-        for (const std::size_t child : m_places[parent].children) {
-            Node& place = m_places[child];
-            if (!place.hangsInView && !place.via && !begins.contains(child)) {
-                place.via = parent;
-                place.hangsInView = inView;
-                from.push_back(child);
-            }
-        }
-    }
-}
-
 // ---- Look-ups -------------------------------------------------------------------------------------------------------
-
-std::optional<std::size_t> Organisation::IndexOf(ItemKey key) const
-{
-    const auto& places = key.type == kItemTypeView ? m_views : m_groups;
-    const auto found = key.type == kItemTypeView || key.type == kItemTypeGroup ? places.find(key.id) : places.end();
-    return found == places.end() ? std::nullopt : std::optional(found->second);
-}
-
-const Node* Organisation::Find(ItemKey key) const
-{
-    const std::optional<std::size_t> place = IndexOf(key);
-    return place ? &m_places[*place] : nullptr;
-}
-
-std::size_t Organisation::NumberOf(ItemKey key) const
-{
-    return (key.type == kItemTypeView ? m_views : m_groups).at(key.id);
-}
 
 std::vector<ItemKey> Organisation::FindAll(const std::string& argument) const
 {
-    std::vector<std::string> names;
-    std::vector<ItemKey> found;
-    const std::size_t headEnd = argument.starts_with('/') ? 0 : argument.find('/');
-    if (const std::optional<ItemKey> key = KeyIn(std::string_view(argument).substr(0, headEnd))) {
-        names = headEnd == std::string::npos ? names : SplitPath(argument.substr(headEnd));
-        if (Find(*key) != nullptr) {
-            found.push_back(*key);
-        }
-    } else {
-        names = SplitPath(argument);
-        found = SystemViewsNamed(names.front());
-        names.erase(names.begin());
-    }
-    for (const std::string& name : names) {
-        std::vector<ItemKey> below;
-        for (const ItemKey parent : found) {
-            std::ranges::copy(ChildrenNamed(parent, name), std::back_inserter(below));
-        }
-        KeepOnce(below);
-        found = std::move(below);
-    }
-    return found;
-}
-
-ItemKey Organisation::OnlyOne(const std::string& argument, const std::vector<ItemKey>& found,
-                              std::string_view noun) const
-{
-    if (found.empty()) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no {} {}; `qvadmin {}` shows all", noun,
-                                                     Quoted(argument), noun == "view" ? "view list" : "group tree"));
-    }
-    if (found.size() > 1) {
-        std::vector<Candidate> candidates;
-        candidates.reserve(found.size());
-        for (const ItemKey key : found) {
-            candidates.push_back({Named(key), KeyText(key)});
-        }
-        ThrowAmbiguous(argument, candidates);
-    }
-    return found.front();
+    return Follow(
+        argument, [this](const std::string& name) { return SystemViewsNamed(name); },
+        [this](ItemKey parent, const std::string& name) { return ChildrenNamed(parent, name); });
 }
 
 ItemKey Organisation::FindHolder(const std::string& argument) const
 {
-    return OnlyOne(argument, FindAll(argument), "group or view");
+    return RequireOne(argument, FindAll(argument), "group or view", "group tree");
 }
 
 ItemKey Organisation::FindGroup(const std::string& argument) const
 {
-    const ItemKey key = OnlyOne(argument, FindAll(argument), "group");
+    const ItemKey key = RequireOne(argument, FindAll(argument), "group", "group tree");
     if (key.type != kItemTypeGroup) {
         throw Error(ErrorCode::invalid, fmt::format("{} is a view, not a group", Named(key)));
     }
@@ -433,8 +173,9 @@ ItemKey Organisation::FindGroup(const std::string& argument) const
 
 ItemKey Organisation::FindView(const std::string& argument) const
 {
-    const bool isName = !argument.starts_with('/') && !argument.starts_with(kViewPrefix);
-    const ItemKey key = OnlyOne(argument, isName ? SystemViewsNamed(argument) : FindAll(argument), "view");
+    const bool isName = !argument.starts_with('/') && !argument.starts_with("view:");
+    const ItemKey key =
+        RequireOne(argument, isName ? SystemViewsNamed(argument) : FindAll(argument), "view", "view list");
     if (key.type != kItemTypeView) {
         throw Error(ErrorCode::invalid, fmt::format("{} is a group, not a view", Named(key)));
     }
@@ -447,8 +188,8 @@ std::vector<ItemKey> Organisation::ChildrenNamed(ItemKey parent, std::string_vie
     const std::string key = NameKey(name);
     if (const Node* place = Find(parent)) {
         for (const std::size_t child : place->children) {
-            if (m_places[child].nameKey == key) {
-                found.push_back(m_places[child].key);
+            if (Places()[child].nameKey == key) {
+                found.push_back(Places()[child].key);
             }
         }
     }
@@ -468,67 +209,12 @@ std::vector<ItemKey> Organisation::SystemViewsNamed(std::string_view name) const
 {
     std::vector<ItemKey> found;
     const std::string key = NameKey(name);
-    for (const Node& place : m_places) {
+    for (const Node& place : Places()) {
         if (IsSystemView(place) && place.nameKey == key) {
             found.push_back(place.key);
         }
     }
     return found;
-}
-
-std::string Organisation::PathOf(ItemKey key) const
-{
-    std::vector<std::string_view> names;
-    const Node* place = Find(key);
-    for (; place != nullptr && place->via; place = &m_places[*place->via]) {
-        names.push_back(place->name);
-    }
-    std::string path = place == nullptr       ? KeyText(key)
-                       : IsSystemView(*place) ? "/" + PathEscaped(place->name)
-                                              : KeyText(place->key);
-    std::ranges::reverse(names);
-    for (const std::string_view name : names) {
-        path += fmt::format("/{}", PathEscaped(name));
-    }
-    return path;
-}
-
-std::string Organisation::Named(ItemKey key) const
-{
-    const Node* place = Find(key);
-    const std::string path = PathOf(key);
-    // A path that is an id says nothing of the name.
-    const std::string text = place != nullptr && path == KeyText(key) ? place->name : path;
-    return fmt::format("{} ({} {})", Visible(text), key.type == kItemTypeView ? "view" : "id", key.id);
-}
-
-std::vector<std::size_t> Organisation::Descendants(std::size_t from) const
-{
-    std::vector<std::size_t> reached;
-    std::unordered_set<std::size_t> seen;
-    const auto take = [&](std::size_t place) {
-        for (const std::size_t child : m_places[place].children) {
-            if (seen.insert(child).second) {
-                reached.push_back(child);
-            }
-        }
-    };
-    take(from);
-    // The list grows while it is walked.
-    for (std::size_t next = 0; next < reached.size();) {
-        take(reached[next++]);
-    }
-    return reached;
-}
-
-std::vector<ItemKey> Organisation::Below(ItemKey key) const
-{
-    std::vector<ItemKey> keys;
-    if (const std::optional<std::size_t> from = IndexOf(key)) {
-        std::ranges::transform(Descendants(*from), std::back_inserter(keys),
-                               [this](std::size_t place) { return m_places[place].key; });
-    }
-    return keys;
 }
 
 int Organisation::UsersBelow(ItemKey key) const
@@ -537,90 +223,10 @@ int Organisation::UsersBelow(ItemKey key) const
     const std::optional<std::size_t> from = IndexOf(key);
     if (from) {
         for (const std::size_t place : Descendants(*from)) {
-            users += place == *from ? 0 : m_places[place].users;
+            users += place == *from ? 0 : Places()[place].users;
         }
     }
     return users;
-}
-
-std::vector<ItemKey> Organisation::OrphanedBy(ItemKey key) const
-{
-    const std::optional<std::size_t> root = IndexOf(key);
-    if (!root) {
-        return {};
-    }
-    const std::vector<std::size_t> below = Descendants(*root);
-    std::unordered_set<std::size_t> going(below.begin(), below.end());
-    going.insert(*root);
-    std::vector<std::size_t> staying;
-    const auto keep = [&](std::size_t place) {
-        if (place != *root && going.erase(place) > 0) {
-            staying.push_back(place);
-        }
-    };
-    const std::unordered_set<std::size_t> reach = going;
-    for (const std::size_t place : below) {
-        const auto isElsewhere = [&reach](std::size_t parent) { return !reach.contains(parent); };
-        if (std::ranges::any_of(m_places[place].parents, isElsewhere)) {
-            keep(place);
-        }
-    }
-    // What hangs below a group that stays, stays too; the list grows while it is walked.
-    for (std::size_t next = 0; next < staying.size();) {
-        std::ranges::for_each(m_places[staying[next++]].children, keep);
-    }
-    std::vector<ItemKey> gone;
-    std::ranges::transform(going, std::back_inserter(gone), [this](std::size_t place) { return m_places[place].key; });
-    std::ranges::sort(gone);
-    return gone;
-}
-
-std::vector<ItemKey> Organisation::CycleClosedBy(ItemKey parent, ItemKey group) const
-{
-    const std::optional<std::size_t> top = IndexOf(group);
-    const std::optional<std::size_t> bottom = IndexOf(parent);
-    if (!top || !bottom) {
-        return {};
-    }
-    std::unordered_map<std::size_t, std::size_t> cameFrom = {{*top, *top}};
-    std::vector<std::size_t> reached = {*top};
-    for (std::size_t i = 0; i < reached.size() && !cameFrom.contains(*bottom); ++i) {
-        const std::size_t place = reached[i];
-        for (const std::size_t child : m_places[place].children) {
-            if (cameFrom.emplace(child, place).second) {
-                reached.push_back(child);
-            }
-        }
-    }
-    if (!cameFrom.contains(*bottom)) {
-        return {};
-    }
-    std::vector<ItemKey> cycle = {group};
-    for (std::size_t place = *bottom; place != *top; place = cameFrom.at(place)) {
-        cycle.push_back(m_places[place].key);
-    }
-    cycle.push_back(group);
-    std::ranges::reverse(cycle);
-    return cycle;
-}
-
-std::vector<ItemKey> Organisation::FindCycle(ItemKey from) const
-{
-    std::vector<ItemKey> cycle;
-    if (const std::optional<std::size_t> place = IndexOf(from)) {
-        std::ranges::transform(WayDown(m_places, *place).FindCycle(), std::back_inserter(cycle),
-                               [this](std::size_t step) { return m_places[step].key; });
-    }
-    return cycle;
-}
-
-std::string Organisation::CycleText(const std::vector<ItemKey>& cycle) const
-{
-    std::string text;
-    for (const ItemKey key : cycle) {
-        text += (text.empty() ? "" : " -> ") + Visible(PathOf(key));
-    }
-    return text;
 }
 
 std::optional<GroupData> Organisation::LoadGroup(int id)

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "management/Hierarchy.h"
 #include "management/Names.h"
+#include "management/Paths.h"
 #include "management/users/Directory.h"
 #include "platform/CString.h"
 
@@ -12,7 +14,6 @@
 #include <string>
 #include <string_view>
 #include <tuple>
-#include <unordered_map>
 #include <vector>
 
 class CAConnect;
@@ -31,19 +32,22 @@ struct ItemKey {
     }
 };
 
-/// A view or a group, and how it hangs together with others, which are given by their numbers in Organisation::Places.
-struct Node {
-    ItemKey key;
+/// A view or a group.
+struct Node : HierarchyNode {
+    ItemKey key{};
     std::string name;
     std::string nameKey; ///< for comparing
     int sortIndex = 10000;
-    int viewType = 0;                  ///< of a view
-    int viewOwner = 0;                 ///< of a view
-    int users = 0;                     ///< who are members directly, each counted once
-    std::vector<std::size_t> children; ///< by sort index and name, each once
-    std::vector<std::size_t> parents;  ///< each once
-    std::optional<std::size_t> via;    ///< the parent by which its path goes; none at the begin of a path
-    bool hangsInView = false;          ///< whether some view leads to it; also true of views
+    int viewType = 0;  ///< of a view
+    int viewOwner = 0; ///< of a view
+    int users = 0;     ///< who are members directly, each counted once
+
+    static constexpr std::string_view kTop = "view";
+    static constexpr std::string_view kPathHelp = "/VIEW/GROUP, or id:17, or view:4";
+    [[nodiscard]] static bool IsTop(ItemKey key);
+    [[nodiscard]] static ItemKey KeyOf(bool isTop, int id);
+    /// Whether it is a system view.
+    [[nodiscard]] bool BeginsPath() const;
 };
 
 /// The columns of a group.
@@ -104,28 +108,23 @@ struct MemberCounts {
     bool operator==(const MemberCounts&) const = default;
 };
 
-/// The views and groups of a directory: a picture of how they hang together, read at once when it is made, and the
-/// writes, which do not change the picture. Any text goes in and comes out as it is, whatever the engine.
+/// The views and groups of a directory, read at once when this is made, and the writes, which do not change what was
+/// read. Any text goes in and comes out as it is, whatever the engine.
 ///
 /// An argument names a group or a view by a path, such as /View/Department/Team, where \/ stands for a slash and \\ for
 /// a backslash in a name, and case does not count. A path may also begin with id:17 (a group) or view:4 instead of a
 /// view's name, and end there. Paths by name begin at system views only.
 ///
 /// Nothing here begins a transaction. All functions @throw DatabaseError, and Error for a text with a NUL byte.
-class Organisation {
+class Organisation : public Hierarchy<Node> {
 public:
     /// Reads views, groups, their links and the counts of users. @param conn  open, and stays so.
     explicit Organisation(CAConnect& conn);
 
     [[nodiscard]] CAConnect& Connection() const { return m_conn; }
 
-    // ---- Look-ups ---------------------------------------------------------------------------------------------------
+    // ---- Look-ups: of Places, views first, then groups, each by sort index, name and id -----------------------------
 
-    /// Views first, then groups, each by sort index, name and id.
-    [[nodiscard]] std::span<const Node> Places() const { return m_places; }
-    [[nodiscard]] const Node* Find(ItemKey key) const;
-    /// The place of an item that is there.
-    [[nodiscard]] std::size_t NumberOf(ItemKey key) const;
     /// All views and groups that an argument may mean. @throws Error (invalid) for what is no path.
     [[nodiscard]] std::vector<ItemKey> FindAll(const std::string& argument) const;
     /// The one view or group, or only group, that an argument means. @throws Error (invalid, notFound), or (conflict)
@@ -141,23 +140,8 @@ public:
     /// The system views of a name, case not counting.
     [[nodiscard]] std::vector<ItemKey> SystemViewsNamed(std::string_view name) const;
 
-    /// A path that leads to a view or group, and that FindAll understands; for an item that is not there, its id.
-    [[nodiscard]] std::string PathOf(ItemKey key) const;
-    /// "/View/Team (id 17)" or "/View (view 4)", for sentences.
-    [[nodiscard]] std::string Named(ItemKey key) const;
-
-    /// All groups below, each once, in no order; the item itself only when a cycle leads back to it.
-    [[nodiscard]] std::vector<ItemKey> Below(ItemKey key) const;
     /// The users who are members of groups below; one who is in several counts in each.
     [[nodiscard]] int UsersBelow(ItemKey key) const;
-    /// The groups that have no place any more once this one is gone: it, and those below that hang nowhere else.
-    [[nodiscard]] std::vector<ItemKey> OrphanedBy(ItemKey key) const;
-    /// The cycle that hanging a group under a parent would close, beginning and ending with the group; else nothing.
-    [[nodiscard]] std::vector<ItemKey> CycleClosedBy(ItemKey parent, ItemKey group) const;
-    /// A cycle at or below an item, its first also its last; nothing when there is none.
-    [[nodiscard]] std::vector<ItemKey> FindCycle(ItemKey from) const;
-    /// "/A/B -> /A/B/C -> /A/B".
-    [[nodiscard]] std::string CycleText(const std::vector<ItemKey>& cycle) const;
 
     /// The columns of a group or view; nothing when it is not there.
     std::optional<GroupData> LoadGroup(int id);
@@ -199,37 +183,14 @@ public:
 
 private:
     [[nodiscard]] CString EscapeLiteral(std::string_view text) const;
-    void LoadPlaces();
+    void LoadNodes();
     void LoadLinks();
     void LoadUserCounts();
-    void FindPaths();
-    void Visit(std::vector<std::size_t> from, bool inView);
-    [[nodiscard]] ItemKey OnlyOne(const std::string& argument, const std::vector<ItemKey>& found,
-                                  std::string_view noun) const;
-    [[nodiscard]] std::optional<std::size_t> IndexOf(ItemKey key) const;
-    [[nodiscard]] std::vector<std::size_t> Descendants(std::size_t from) const;
 
     CAConnect& m_conn;
-    std::vector<Node> m_places;
-    std::unordered_map<int, std::size_t> m_views;
-    std::unordered_map<int, std::size_t> m_groups;
-};
-
-/// @param noun  such as "group". @throws Error (invalid) for what no group or view should be called: nothing, outer
-/// blanks, control characters.
-void CheckName(std::string_view noun, const std::string& name);
-
-/// The names that a path is made of. @throws Error (invalid) for what is no path.
-std::vector<std::string> SplitPath(const std::string& path);
-
-struct ParentAndName {
-    std::string parent; ///< still a path
-    std::string name;
 };
 
 /// Takes the last name off a path. @throws Error (invalid) for a path of one name, and for what is no path.
 ParentAndName SplitLast(const std::string& path);
-/// A name as paths have it.
-std::string PathEscaped(std::string_view name);
 
 } // namespace management

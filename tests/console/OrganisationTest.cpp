@@ -216,7 +216,7 @@ TEST_F(OrganisationTest, PathsByNameBeginAtSystemViewsOnly)
     EXPECT_THAT(organisation.FindAll("/Mine"), IsEmpty());
     EXPECT_EQ(organisation.PathOf(group), "view:1/G");
     EXPECT_EQ(organisation.FindGroup("view:1/G"), group);
-    EXPECT_TRUE(organisation.Find(group)->hangsInView);
+    EXPECT_TRUE(organisation.Find(group)->isReachable);
 }
 
 TEST_F(OrganisationTest, ThePathInASystemViewIsPreferredAndTheShortest)
@@ -235,7 +235,7 @@ TEST_F(OrganisationTest, WhatHangsNowhereIsNamedById)
     const ItemKey lost = AddGroup(View(99), "Lost");
     const ItemKey below = AddGroup(lost, "Below");
     const Organisation organisation = Now();
-    EXPECT_FALSE(organisation.Find(below)->hangsInView);
+    EXPECT_FALSE(organisation.Find(below)->isReachable);
     EXPECT_EQ(organisation.PathOf(lost), "id:1");
     EXPECT_EQ(organisation.PathOf(below), "id:1/Below");
     EXPECT_EQ(organisation.Named(lost), "Lost (id 1)");
@@ -432,7 +432,7 @@ TEST_F(OrganisationTest, AMembershipBeginsAndEnds)
     Now().RemoveMember(group, amy);
     EXPECT_EQ(Now().Find(group)->users, 0);
     Now().RemoveMember(view, group);
-    EXPECT_FALSE(Now().Find(group)->hangsInView);
+    EXPECT_FALSE(Now().Find(group)->isReachable);
 }
 
 TEST_F(OrganisationTest, StampingReachesTheUsersOfEveryGroupBelow)
