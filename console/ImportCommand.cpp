@@ -10,6 +10,7 @@
 #include "management/Text.h"
 #include "management/exchange/DirectoryImport.h"
 #include "management/import/Import.h"
+#include "management/import/Synchronisation.h"
 #include "schema/Privileges.h"
 
 #include <fmt/format.h>
@@ -39,6 +40,10 @@ struct ImportInput {
     std::optional<std::string> dateFormat;
     bool clearEmpty = false;
     std::optional<std::string> failed;
+    bool sync = false;
+    std::optional<std::string> scope;
+    std::optional<std::string> leavers;
+    std::optional<std::string> maxLeavers;
     std::optional<std::string> reason;
 };
 
@@ -69,6 +74,13 @@ constexpr Param<ImportInput> kImportParams[] = {
     {"clear_empty", &ImportInput::clearEmpty, Kind::flag,
      "with --update, empty texts and dates of the file empty those of users"},
     {"failed", &ImportInput::failed, Kind::file, "where to write the rows that fail, as a file that can be imported"},
+    {"sync", &ImportInput::sync, Kind::flag,
+     "also --update, and deal with people of the scope who are not in the file"},
+    {"scope", &ImportInput::scope, Kind::holder, "the view or group whose people the file has, with all groups below"},
+    {"leavers", &ImportInput::leavers, Kind::text,
+     "what becomes of who is not in the file: list, lock, move:/VIEW/GROUP or delete; list if not given"},
+    {"max_leavers", &ImportInput::maxLeavers, Kind::text,
+     "how many they may be, such as 20 or 5%; 5% of the scope if not given"},
     {"reason", &ImportInput::reason, Kind::text, kReasonHelp},
 };
 
@@ -194,6 +206,63 @@ ColumnOptions ColumnsOf(const ImportInput& in)
     return options;
 }
 
+/// @throws Error (invalid) for options that --sync and only --sync takes.
+std::optional<SynchronisationOptions> SynchronisationOf(const ImportInput& in)
+{
+    if (!in.sync) {
+        if (in.scope || in.leavers || in.maxLeavers) {
+            throw Error(ErrorCode::invalid, fmt::format("--{} requires --sync", in.scope     ? "scope"
+                                                                                : in.leavers ? "leavers"
+                                                                                             : "max-leavers"));
+        }
+        return std::nullopt;
+    }
+    if (!in.scope) {
+        throw Error(ErrorCode::invalid, "--sync requires --scope");
+    }
+    if (in.file == kStandardStream) {
+        throw Error(ErrorCode::invalid, "--sync reads the rows twice; give a file");
+    }
+    constexpr std::string_view kMove = "move:";
+    SynchronisationOptions options{.scope = *in.scope, .allowPrivileges = in.allowPrivileges};
+    const std::string action = in.leavers.value_or("list");
+    if (action.starts_with(kMove)) {
+        options.action = LeaverAction::move;
+        options.target = action.substr(kMove.size());
+    } else if (action == "lock" || action == "delete") {
+        options.action = action == "lock" ? LeaverAction::lock : LeaverAction::remove;
+    } else if (action != "list") {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("--leavers {} is none of list, lock, move:/VIEW/GROUP and delete", Quoted(action)));
+    }
+    std::string most = in.maxLeavers.value_or("5%");
+    const bool isPercent = most.ends_with('%');
+    if (isPercent) {
+        most.pop_back();
+    }
+    const auto number = binding::ReadNumber("max_leavers", most, isPercent ? Range{0, 100} : Range{0, kLimit.most}, {});
+    (isPercent ? options.mostPercent : options.most) = static_cast<int>(number);
+    return options;
+}
+
+void SummariseLeavers(const ImportInput& in, const SynchronisationReport& report, std::ostream& err)
+{
+    const std::string who =
+        fmt::format("{} of {} in {} {} not in the file", report.leavers, Counted(report.people, "user"),
+                    Visible(in.scope.value_or("")), report.leavers == 1 ? "is" : "are");
+    if (report.unreadable > 0) {
+        err << fmt::format("leavers: {}; nothing was done about them, since {} no login name that can be read\n", who,
+                           report.unreadable == 1 ? "1 row has" : fmt::format("{} rows have", report.unreadable));
+        return;
+    }
+    const std::string action = in.leavers.value_or("list");
+    err << fmt::format("leavers: {}", who);
+    if (action != "list") {
+        err << fmt::format("; {}: {} done, {} failed", Visible(action), report.done, report.failed);
+    }
+    err << '\n';
+}
+
 /// Where rows that fail are written.
 class FailedRows {
 public:
@@ -303,6 +372,7 @@ Exit ImportFile(const LocalCall& call)
     RequireDepartments(in);
     const char delimiter = DelimiterOf(in);
     const ColumnOptions columns = ColumnsOf(in);
+    const std::optional<SynchronisationOptions> syncOptions = SynchronisationOf(in);
     ImportRun run(call, {in.file, in.dryRun, in.result}, in.reason);
     SourceFile& source = run.Source();
     const std::string guessed = source.ReadAsCsv(in.encoding);
@@ -317,8 +387,14 @@ Exit ImportFile(const LocalCall& call)
         inUse.push_back({in.result.value_or(in.file + std::string(kResultSuffix)), "the file of the outcomes"});
         failed.emplace(*in.failed, delimiter, std::move(inUse));
     }
+    std::optional<Synchronisation> sync;
     const auto import = [&](Call& work, ImportReport& report) {
-        ImportOptions options{.update = in.update,
+        if (syncOptions) {
+            SourceFile first(in.file, call.terminal.in);
+            first.ReadAsCsv(in.encoding);
+            sync.emplace(work, ImportSource{first.Stream(), source.Name(), {}, delimiter}, columns, *syncOptions);
+        }
+        ImportOptions options{.update = in.update || in.sync,
                               .allowPrivileges = in.allowPrivileges,
                               .departments = in.departments,
                               .makeView = in.makeView,
@@ -328,14 +404,21 @@ Exit ImportFile(const LocalCall& call)
             options.takeFailed = [&failed](const CsvRecord& record) { failed->Take(record); };
         }
         ImportUsers(work, {source.Stream(), source.Name(), rows, delimiter}, options, report);
+        if (sync && report.cutShort.empty()) {
+            sync->Apply(work);
+        }
     };
-    return run.Run(import, [&](const ImportReport& report, const std::string& result, bool mayWrite) {
+    const Exit exit = run.Run(import, [&](const ImportReport& report, const std::string& result, bool mayWrite) {
         Summarise(in, report, source.Name(), result, mayWrite, call.terminal.err);
         const std::string file = failed ? failed->Finish() : "";
         if (!file.empty() && report.CountOf(RowFate::failed) > 0) {
             call.terminal.err << fmt::format("the rows that failed are in {}, in UTF-8\n", file);
         }
+        if (sync) {
+            SummariseLeavers(in, sync->Report(), call.terminal.err);
+        }
     });
+    return exit == Exit::done && sync && sync->Report().failed > 0 ? Exit::rowsFailed : exit;
 }
 
 // ---- A directory ----------------------------------------------------------------------------------------------------
@@ -381,7 +464,8 @@ constexpr LocalCommand kCommands[] = {
                   "  qvadmin user import people.csv\n"
                   "  qvadmin user import people.csv --update --result outcomes.csv\n"
                   "  qvadmin user import people.csv --departments Company --make-view --dry-run\n"
-                  "  qvadmin user import people.csv --delimiter ';' --map 'E-Mail=email' --failed again.csv",
+                  "  qvadmin user import people.csv --delimiter ';' --map 'E-Mail=email' --failed again.csv\n"
+                  "  qvadmin user import people.csv --sync --scope /Company --leavers lock --max-leavers 5%",
       .notes = &Notes,
       .effect = Effect::create,
       .duration = Duration::longRunning,

@@ -8,6 +8,7 @@
 #include "management/Text.h"
 #include "management/import/CsvReader.h"
 #include "management/import/SeenLogins.h"
+#include "management/import/Synchronisation.h"
 #include "management/import/UserBlock.h"
 #include "management/organisation/Links.h"
 #include "management/users/UserDepartment.h"
@@ -785,6 +786,25 @@ std::vector<std::string_view> ImportColumns()
         }
     }
     return columns;
+}
+
+std::size_t ReadLogins(const ImportSource& source, const ColumnOptions& columns, SeenLogins& logins)
+{
+    CsvReader reader(source.in, source.delimiter);
+    const Header header(reader.Next(), source.name, columns);
+    std::size_t unreadable = 0;
+    while (const std::optional<CsvRecord> record = reader.Next()) {
+        const Row row = header.Read(*record);
+        if (row.login.empty()) {
+            ++unreadable;
+        } else {
+            logins.Add(row.key, row.line);
+        }
+    }
+    if (reader.Failed()) {
+        throw Error(ErrorCode::failed, fmt::format("{} cannot be read; nothing was imported", source.name));
+    }
+    return unreadable;
 }
 
 void ImportUsers(Call& call, const ImportSource& source, const ImportOptions& options, ImportReport& report)

@@ -121,24 +121,31 @@ std::uint64_t SeenLogins::UsualHash(std::string_view key) { return std::hash<std
 std::optional<long> SeenLogins::Add(std::string_view key, long line)
 {
     const std::uint64_t hash = m_hash(key);
-    for (std::uint64_t at = hash;; ++at) {
-        const std::size_t place = (at & (m_slots - 1)) * sizeof(Slot);
-        Slot slot;
-        m_table.Read(place, &slot, sizeof slot);
-        if (slot.name == 0) {
-            slot = Append(hash, key, line);
-            m_table.Write(place, &slot, sizeof slot);
-            break;
-        }
-        const std::optional<long> first = slot.hash == hash ? LineOf(slot, key) : std::nullopt;
-        if (first) {
-            return first;
-        }
+    const auto [place, first] = Look(hash, key);
+    if (first) {
+        return first;
     }
+    const Slot slot = Append(hash, key, line);
+    m_table.Write(place, &slot, sizeof slot);
     if (++m_count * 2 > m_slots) {
         Grow();
     }
     return std::nullopt;
+}
+
+std::optional<long> SeenLogins::Find(std::string_view key) const { return Look(m_hash(key), key).second; }
+
+std::pair<std::size_t, std::optional<long>> SeenLogins::Look(std::uint64_t hash, std::string_view key) const
+{
+    for (std::uint64_t at = hash;; ++at) {
+        const std::size_t place = (at & (m_slots - 1)) * sizeof(Slot);
+        Slot slot;
+        m_table.Read(place, &slot, sizeof slot);
+        const std::optional<long> line = slot.name != 0 && slot.hash == hash ? LineOf(slot, key) : std::nullopt;
+        if (slot.name == 0 || line) {
+            return {place, line};
+        }
+    }
 }
 
 std::optional<long> SeenLogins::LineOf(const Slot& slot, std::string_view key) const

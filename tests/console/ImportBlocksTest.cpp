@@ -2,6 +2,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "management/import/Import.h"
+#include "management/import/Synchronisation.h"
 #include "management/organisation/Organisation.h"
 #include "schema/Schema.h"
 #include "tests/support/CountingSession.h"
@@ -60,6 +61,22 @@ protected:
             rows += fmt::format("user{},User {},Office/Area {}/Team {}\n", i, i, group / 3, group % 3);
         }
         return rows;
+    }
+
+    /// Synchronises, and deals with who is not among the rows. @return how many these are.
+    std::size_t Leavers(const std::string& rows, LeaverAction action)
+    {
+        std::istringstream in(rows);
+        std::ostringstream out;
+        Terminal terminal{in, out, out, false, false};
+        const Command row;
+        const CommandLine given;
+        TerminalFrontEnd frontEnd(row, given, Format::csv, terminal);
+        Call call([this]() -> CAConnect& { return m_conn; }, frontEnd, {});
+        frontEnd.TakeColumns({"line", "login", "id", "outcome", "reason"});
+        Synchronisation sync(call, {in, "in.csv"}, {}, {.scope = "/Main", .action = action});
+        sync.Apply(call);
+        return sync.Report().leavers;
     }
 
     [[nodiscard]] double StatementsPerRow() const
@@ -129,6 +146,21 @@ TEST_F(ImportBlocksTest, WhatIsSoAlreadyIsFoundOutBlockByBlock)
     EXPECT_EQ(m_report.CountOf(RowFate::exists), kPeople);
     EXPECT_LE(StatementsPerRow(), 0.1);
     EXPECT_EQ(Members(), before);
+}
+
+TEST_F(ImportBlocksTest, ANightlySynchronisationWithoutAChangeCostsHardlyAStatement)
+{
+    Import(People(), IntoMain(false));
+    ImportOptions options = IntoMain(true);
+    const std::string people = People();
+    options.takeFailed = [](const CsvRecord&) {};
+    m_counts = {};
+    EXPECT_EQ(Leavers(people, LeaverAction::lock), 0U);
+    const auto before = m_counts.statements;
+    Import(people, options);
+    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), kPeople);
+    EXPECT_LE(static_cast<double>(before + m_counts.statements) / kPeople, 0.1);
+    EXPECT_EQ(Leavers(people.substr(0, people.rfind('\n', people.size() - 2) + 1), LeaverAction::lock), 1U);
 }
 
 // Beside the row and the leaving, what each of them was before is read for the record of changes.

@@ -109,6 +109,7 @@ inline constexpr Scenario kScenarios[] = {
     {"user import people.csv --update", {}, true, true},
     {"user import people.csv --update --departments 'Company of many people'", {}, true},
     {"user import people.csv --dry-run --update"},
+    {"user import people.csv --sync --scope '/Company of many people' --leavers lock --max-leavers 100%", {}, true},
 
     {"export all.jsonl --with-passwords"},
     {"export --format csv --in '/Company of many people'"},

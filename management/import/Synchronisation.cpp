@@ -1,0 +1,187 @@
+#include "management/import/Synchronisation.h"
+
+#include "basefun/ItemTypes.h"
+#include "management/DatabaseError.h"
+#include "management/Names.h"
+#include "management/Query.h"
+#include "management/Text.h"
+#include "management/organisation/Organisation.h"
+#include "management/roles/Roles.h"
+#include "management/users/UserDepartment.h"
+#include "management/users/Users.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+namespace management {
+
+namespace {
+
+/// A group or view, and all groups below.
+std::set<ItemKey> ItemsOfScope(const Organisation& organisation, const std::string& scope)
+{
+    const ItemKey top = organisation.FindHolder(scope);
+    const std::vector<ItemKey> below = organisation.Below(top);
+    std::set<ItemKey> items(below.begin(), below.end());
+    items.insert(top);
+    return items;
+}
+
+std::string_view WordOf(LeaverAction action)
+{
+    switch (action) {
+    case LeaverAction::lock:
+        return "locked";
+    case LeaverAction::move:
+        return "moved";
+    case LeaverAction::remove:
+        return "deleted";
+    default:
+        return "leaver";
+    }
+}
+
+void Move(Call& call, const std::string& scope, const std::string& target, const UserKey& user)
+{
+    Directory& directory = call.Directory();
+    const std::optional<FieldValues> before = directory.Load(user.id);
+    if (!before) {
+        return;
+    }
+    Roles roles(call.Connection());
+    for (const ItemKey item : ItemsOfScope(Organisation(call.Connection()), scope)) {
+        roles.Unlink(item, user.id);
+    }
+    UserDepartment department(call.Connection(), target);
+    FieldValues values;
+    department.AddTo(values);
+    ChangeUser(directory, user.id, values);
+    department.Place(user.id, *before);
+}
+
+} // namespace
+
+Synchronisation::Synchronisation(Call& call, const ImportSource& source, const ColumnOptions& columns,
+                                 SynchronisationOptions options)
+    : m_options(std::move(options))
+{
+    const Organisation organisation(call.Connection());
+    const std::set<ItemKey> scope = ItemsOfScope(organisation, m_options.scope);
+    if (m_options.action == LeaverAction::move && scope.contains(organisation.FindGroup(m_options.target))) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is in the scope {} itself; nothing was imported",
+                                                    Visible(m_options.target), Visible(m_options.scope)));
+    }
+    m_report.unreadable = ReadLogins(source, columns, m_logins);
+    m_leavers = FindLeavers(call.Connection());
+    m_report.leavers = m_leavers.size();
+    if (m_options.action != LeaverAction::list) {
+        RequireFew();
+    }
+}
+
+std::string Synchronisation::ScopeCondition(CAConnect& conn) const
+{
+    std::vector<int> groups = {0};
+    std::vector<int> views = {0};
+    for (const ItemKey item : ItemsOfScope(Organisation(conn), m_options.scope)) {
+        (item.type == kItemTypeView ? views : groups).push_back(item.id);
+    }
+    return fmt::format(
+        "Col_RelType = {} AND Col_DQvItemType = {} AND ((Col_QvItemType = {} AND Col_QvItemID IN ({})) OR "
+        "(Col_QvItemType = {} AND Col_QvItemID IN ({})))",
+        kMembership, kItemTypeUser, kItemTypeGroup, fmt::join(groups, ", "), kItemTypeView, fmt::join(views, ", "));
+}
+
+std::vector<Synchronisation::Leaver> Synchronisation::FindLeavers(CAConnect& conn)
+{
+    std::vector<Leaver> leavers;
+    m_report.people = 0;
+    EachRow(
+        conn,
+        fmt::format("SELECT Col_ID, Col_LoginName, Col_Disabled, Col_IsSuper, Col_IsSystem FROM qv_User WHERE Col_ID "
+                    "IN (SELECT Col_DQvItemID FROM qv_Relation WHERE {}) ORDER BY Col_ID",
+                    ScopeCondition(conn)),
+        [&](CARecordset& row) {
+            ++m_report.people;
+            Leaver leaver{{NumberIn(row, 1), TextIn(row, 2)}, NumberIn(row, 4) != 0 || NumberIn(row, 5) != 0};
+            const bool hasLeftBefore = m_options.action == LeaverAction::lock && NumberIn(row, 3) != 0;
+            if (!hasLeftBefore && !IsBuiltIn(leaver.key) && !m_logins.Find(NameKey(leaver.key.login))) {
+                leavers.push_back(std::move(leaver));
+            }
+        });
+    return leavers;
+}
+
+void Synchronisation::RequireFew() const
+{
+    const bool isTooMany =
+        m_options.most
+            ? m_leavers.size() > static_cast<std::size_t>(*m_options.most)
+            : m_leavers.size() * 100 > m_report.people * static_cast<std::size_t>(m_options.mostPercent.value_or(0));
+    if (isTooMany) {
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} of {} in {} are not in the file, and --max-leavers allows {}; nothing was imported",
+                                m_leavers.size(), Counted(m_report.people, "user"), Visible(m_options.scope),
+                                m_options.most ? std::to_string(*m_options.most)
+                                               : fmt::format("{}%", m_options.mostPercent.value_or(0))));
+    }
+}
+
+void Synchronisation::Apply(Call& call)
+{
+    if (m_report.unreadable > 0) {
+        return;
+    }
+    std::vector<std::pair<const Leaver*, std::string>> dealtWith; // with what was in the way
+    if (m_options.action == LeaverAction::list) {
+        std::ranges::transform(m_leavers, std::back_inserter(dealtWith),
+                               [](const Leaver& leaver) { return std::pair(&leaver, std::string()); });
+    } else if (!m_leavers.empty()) {
+        Change change(call);
+        const std::vector<Leaver> present = FindLeavers(call.Connection());
+        for (const Leaver& leaver : m_leavers) {
+            if (std::ranges::find(present, leaver.key, &Leaver::key) == present.end()) {
+                continue;
+            }
+            try {
+                Deal(call, leaver);
+                dealtWith.emplace_back(&leaver, "");
+            } catch (const DatabaseError&) {
+                throw;
+            } catch (const Error& e) {
+                dealtWith.emplace_back(&leaver, e.what());
+            }
+        }
+        change.Finish();
+    }
+    for (const auto& [leaver, reason] : dealtWith) {
+        ++(reason.empty() ? m_report.done : m_report.failed);
+        call.Row(Value(), TextValue(leaver->key.login), std::int64_t{leaver->key.id},
+                 TextValue(std::string(reason.empty() ? WordOf(m_options.action) : "failed")), TextValue(reason));
+    }
+}
+
+void Synchronisation::Deal(Call& call, const Leaver& leaver)
+{
+    if (leaver.isPrivileged && !m_options.allowPrivileges) {
+        throw Error(ErrorCode::isProtected,
+                    fmt::format("{} has left and is a super or system user, which needs --allow-privileges",
+                                Named(leaver.key)));
+    }
+    switch (m_options.action) {
+    case LeaverAction::lock:
+        call.Directory().SetLocked(leaver.key.id, true);
+        break;
+    case LeaverAction::move:
+        Move(call, m_options.scope, m_options.target, leaver.key);
+        break;
+    default:
+        DeleteUser(call.Directory(), leaver.key);
+    }
+}
+
+} // namespace management
