@@ -2,10 +2,10 @@
 
 #include "console/CommandLine.h"
 #include "console/Interrupt.h"
-#include "management/JsonWriter.h"
 #include "console/Progress.h"
 #include "console/Render.h"
 #include "console/Terminal.h"
+#include "management/JsonWriter.h"
 
 #include <optional>
 #include <span>
