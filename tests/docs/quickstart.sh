@@ -15,6 +15,7 @@ export QVADMIN_DB=sqlite:$work/first/directory.db
 tools/quickstart "$work/first" >"$work/output"
 "$QVADMIN" user exists newcomer
 grep -q 'is kept as it is' "$work/output"
+grep -q 'directory.db serve$' "$work/output"
 grep -q '── Sales (0, 25 below)' "$work/output"
 
 # As somebody who is not root, on a machine that has no packages and no sudo.

@@ -677,7 +677,8 @@ TEST_F(ServerTest, HostileTextsComeBackAsTheyWere)
                                             "\\",
                                             "\\'",
                                             "%s%n",
-                                            "\xE2\x80\xAE" "abc",
+                                            "\xE2\x80\xAE"
+                                            "abc",
                                             "a\tb",
                                             "</style>{{7*7}}${7*7}",
                                             "=1+1",

@@ -1,0 +1,71 @@
+import assert from "node:assert/strict";
+import { test } from "node:test";
+import { checkAccess, openPage, until, useServer } from "./support.mjs";
+
+const shared = useServer([
+    "view create Company",
+    "group create /Company/Sales",
+    "group create /Company/Sales/North",
+    "user create amy --name 'Amy Pond'",
+    "user create bob --name 'Bob Stone'",
+    "member add /Company/Sales/North amy bob",
+    "role default --create",
+    "role create Editors",
+    "role add Editors amy",
+    "right grant role:Editors mail send 1",
+]);
+
+test("a link opens the place, the search and the user that it names, and Back goes back", async () => {
+    const { page, finish } = await openPage(shared, { path: "/directory?in=group:2&q=pond&user=1&tab=contact", signedIn: true });
+    await page.getByText("1 person", { exact: true }).waitFor();
+    const line = page.getByRole("tree").getByRole("treeitem", { selected: true });
+    await line.getByText("North").waitFor();
+    await page.getByRole("complementary").getByLabel("Email").waitFor();
+    assert.equal(await page.getByRole("search").getByRole("searchbox").inputValue(), "pond");
+    await page.getByRole("complementary").getByRole("tab", { name: "History" }).click();
+    await until(() => page.url().endsWith("tab=history"));
+    await page.goBack();
+    await page.getByRole("complementary").getByLabel("Email").waitFor();
+    await page.getByRole("link", { name: "Everyone" }).click();
+    await page.getByText("3 people").waitFor();
+    await page.goBack();
+    await page.getByText("1 person", { exact: true }).waitFor();
+    await finish();
+});
+
+test("every area opens by its link, without findings, in light and dark, wide and narrow", async () => {
+    for (const options of [{}, { colorScheme: "dark" }, { width: 390, height: 800 }]) {
+        const { page, finish } = await openPage(shared, options);
+        for (const area of ["overview", "directory", "roles", "why", "rights", "documents", "messages", "addins", "board", "settings", "audit"]) {
+            await page.goto(`${shared.server.url}/${area}`);
+            await page.locator(`nav.areas a[aria-current][href="/${area}"]`).waitFor();
+            await page.waitForTimeout(150);
+            await checkAccess(page);
+        }
+        await finish();
+    }
+});
+
+test("a reason is found by a link", async () => {
+    const { page, finish } = await openPage(shared, { path: "/why?user=amy&genre=mail&function=send" });
+    await page.locator(".verdict").waitFor();
+    await page.getByRole("cell", { name: "Editors" }).first().waitFor();
+    await checkAccess(page);
+    await finish();
+});
+
+test("the forms of the table do what their commands do", async () => {
+    const { page, finish } = await openPage(shared, { path: "/roles?noun=role" });
+    await page.getByRole("cell", { name: "Editors" }).waitFor();
+    await page.getByRole("button", { name: "Create", exact: true }).click();
+    const dialog = page.getByRole("dialog");
+    await dialog.getByLabel("NAME", { exact: false }).first().fill("Authors");
+    await checkAccess(page);
+    await dialog.getByRole("button", { name: "Run" }).click();
+    await page.getByRole("cell", { name: "Authors" }).waitFor();
+    await page.getByRole("row", { name: "Authors" }).getByRole("button", { name: "Show" }).click();
+    await dialog.getByRole("button", { name: "Run" }).click();
+    await dialog.getByText("Authors").first().waitFor();
+    await checkAccess(page);
+    await finish();
+});

@@ -1,0 +1,142 @@
+// What the tests of the page share: a directory, the server on it, and a browser that notes every error.
+import assert from "node:assert/strict";
+import { execFileSync, spawn } from "node:child_process";
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { createRequire } from "node:module";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
+import { after, before } from "node:test";
+
+const { QVADMIN, QV_PAGE_MODULES, QV_CHROMIUM = "/usr/bin/chromium" } = process.env;
+const require = createRequire(join(QV_PAGE_MODULES, "package.json"));
+const { chromium } = require("playwright-core");
+const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
+
+export const password = "correct horse battery";
+
+/** A directory with these commands run on it, people of a CSV text, and a server. Admin has a password unless not wanted. */
+export async function startServer(commands = [], { withPassword = true, people = "" } = {}) {
+    const folder = mkdtempSync(join(tmpdir(), "page-"));
+    const env = { ...process.env, QVADMIN_DB: `sqlite:${folder}/directory.db` };
+    const qvadmin = (...words) => execFileSync(QVADMIN, words, { env, encoding: "utf8", stdio: ["ignore", "pipe", "pipe"] });
+    qvadmin("db", "init");
+    if (people) {
+        writeFileSync(join(folder, "people.csv"), people);
+        qvadmin("user", "import", join(folder, "people.csv"), "--result", join(folder, "result.csv"));
+    }
+    const batch = [...commands];
+    if (withPassword) {
+        writeFileSync(join(folder, "password"), `${password}\n`, { mode: 0o600 });
+        batch.push("user create Admin --super", `user password set Admin --password-file ${folder}/password`);
+    }
+    writeFileSync(join(folder, "batch"), batch.join("\n"));
+    qvadmin("batch", join(folder, "batch"), "--stop-on-error");
+    const child = spawn(QVADMIN, ["serve", "--listen", "127.0.0.1:0"], { env, stdio: ["ignore", "ignore", "pipe"] });
+    let said = "";
+    child.stderr.on("data", text => (said += text));
+    const ended = new Promise(resolve => child.on("exit", resolve));
+    for (let i = 0; !/console is at/.test(said) || (!withPassword && !/setup#/.test(said)); ++i) {
+        assert.ok(i < 200, `the server says ${said}`);
+        await new Promise(resolve => setTimeout(resolve, 50));
+    }
+    return {
+        url: said.match(/http:\/\/[0-9.:]+/)[0],
+        token: said.match(/setup#([0-9a-f]+)/)?.[1],
+        qvadmin,
+        json: (...words) => JSON.parse(qvadmin(...words, "-o", "json")),
+        async stop() {
+            child.kill("SIGTERM");
+            assert.equal(await ended, 0, said);
+            rmSync(folder, { recursive: true });
+        },
+    };
+}
+
+/** One server and one browser for all tests of a file. */
+export function useServer(commands, options) {
+    const shared = {};
+    before(async () => {
+        shared.server = await startServer(commands, options);
+        shared.browser = await chromium.launch({
+            executablePath: QV_CHROMIUM,
+            args: [
+                "--headless",
+                "--no-sandbox",
+                "--disable-gpu",
+                "--disable-quic",
+                "--no-first-run",
+                "--disable-background-networking",
+                "--disable-component-update",
+                "--disable-sync",
+            ],
+        });
+    });
+    after(async () => {
+        await shared.browser?.close();
+        await shared.server?.stop();
+    });
+    return shared;
+}
+
+/** A page in a browser of its own. What goes wrong in it fails the test that calls `finish`. */
+export async function openPage(shared, { path = "/", width = 1440, height = 900, signedIn = true, ...options } = {}) {
+    const context = await shared.browser.newContext({ viewport: { width, height }, locale: "en-GB", ...options });
+    await context.addInitScript({ content: axe });
+    const page = await context.newPage();
+    const errors = [];
+    page.on("pageerror", error => errors.push(String(error)));
+    page.on("console", message => {
+        // A refused request is told there too.
+        if (message.type() === "error" && !/Failed to load resource/.test(message.text())) {
+            errors.push(message.text());
+        }
+    });
+    page.on("request", request => {
+        if (!request.url().startsWith(shared.server.url) && !request.url().startsWith("data:")) {
+            errors.push(`asks for ${request.url()}`);
+        }
+    });
+    page.setDefaultTimeout(10000);
+    await page.goto(shared.server.url + path);
+    if (signedIn) {
+        await page.getByLabel("Login name").fill("Admin");
+        await page.getByLabel("Password").fill(password);
+        await page.getByRole("button", { name: "Sign in" }).click();
+        await page.getByRole("navigation", { name: "Areas" }).waitFor();
+    }
+    return {
+        page,
+        async finish() {
+            await page.waitForTimeout(50);
+            assert.deepEqual(errors, []);
+            await context.close();
+        },
+    };
+}
+
+/** Fails for what keeps people with disabilities from using what the page shows. */
+export async function checkAccess(page) {
+    const session = await page.context().newCDPSession(page);
+    const { result } = await session.send("Runtime.evaluate", {
+        expression: `axe.run(document, { resultTypes: ["violations"] }).then(found => JSON.stringify(found.violations.map(
+            one => one.id + ": " + one.nodes.map(node => node.html + " " + node.failureSummary).join("; "))))`,
+        awaitPromise: true,
+        returnByValue: true,
+    });
+    assert.deepEqual(JSON.parse(result.value), []);
+}
+
+/** Waits until something holds. */
+export async function until(check, what) {
+    for (let i = 0; ; ++i) {
+        try {
+            assert.ok(await check(), what);
+            return;
+        } catch (error) {
+            if (i === 100) {
+                throw error;
+            }
+        }
+        await new Promise(resolve => setTimeout(resolve, 50));
+    }
+}

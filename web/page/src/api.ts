@@ -1,0 +1,206 @@
+// Requests to the server.
+
+export type Value = string | number | boolean | null;
+export type Row = Record<string, Value>;
+export type Values = Record<string, Value | string[]>;
+
+export interface Plan {
+    lines: string[];
+    further_lines: number;
+    question: string;
+    removed: number;
+    digest: string;
+}
+
+export interface Outcome {
+    type: string;
+    id: number;
+    name: string;
+    outcome: string;
+    message: string;
+}
+
+export interface Answer {
+    columns?: string[];
+    rows?: Row[];
+    cut?: boolean;
+    record?: Row;
+    parts?: Record<string, Row[]>;
+    version?: string;
+    value?: Value;
+    verdict?: boolean;
+    finding?: { sentence: string; notes: string[]; rows: Row[] };
+    outcomes?: Outcome[];
+    notes?: string[];
+    changed?: boolean;
+    entry?: number | null;
+    password?: string;
+    error?: string;
+    plan?: Plan;
+}
+
+export interface Parameter {
+    name: string;
+    kind: string;
+    help: string;
+    positional: boolean;
+    required: boolean;
+    list: boolean;
+    choices?: string[];
+}
+
+export interface Command {
+    path: string[];
+    summary: string;
+    effect: "read" | "create" | "change" | "remove";
+    asks: boolean;
+    parameters: Parameter[];
+    columns: { name: string; kind: string }[];
+}
+
+export interface Session {
+    id: number;
+    login: string;
+    name: string;
+    csrf: string;
+    engine: string;
+}
+
+export interface Person extends Row {
+    id: number;
+    login: string;
+}
+
+export interface People {
+    result: string;
+    total: number;
+    offset: number;
+    as_of: string;
+    path?: string;
+    trail?: Step[];
+    rows: Person[];
+}
+
+export interface Step {
+    key: string;
+    name: string;
+}
+
+export interface Place extends Step {
+    people: number;
+    children: number;
+    places: number;
+}
+
+export interface Places {
+    total: number;
+    offset: number;
+    nowhere?: number;
+    rows: Place[];
+}
+
+export class Problem extends Error {
+    constructor(
+        readonly status: number,
+        readonly code: string,
+        detail: string,
+        readonly plan?: Plan,
+        readonly current?: Row,
+        readonly version?: string,
+        readonly candidates: string[] = [],
+    ) {
+        super(detail);
+    }
+}
+
+let csrf = "";
+/** Has somebody sign in, or give the password again, over the page; resolves when that is done. */
+let askPassword: (why: "session" | "step-up") => Promise<void> = () => Promise.reject(new Error("nobody is there"));
+
+export function setAskPassword(ask: typeof askPassword): void {
+    askPassword = ask;
+}
+
+async function once<T>(method: string, path: string, body?: unknown, signal?: AbortSignal): Promise<T> {
+    let response: Response;
+    try {
+        response = await fetch(`/api/v1${path}`, {
+            method,
+            signal: signal ?? null,
+            credentials: "same-origin",
+            headers: {
+                ...(body === undefined ? {} : { "Content-Type": "application/json" }),
+                ...(method === "GET" ? {} : { "X-CSRF-Token": csrf }),
+            },
+            body: body === undefined ? null : JSON.stringify(body),
+        });
+    } catch (error) {
+        if (error instanceof DOMException) {
+            throw error;
+        }
+        throw new Problem(0, "offline", "offline");
+    }
+    const text = await response.text();
+    let read: any;
+    try {
+        read = JSON.parse(text);
+    } catch {
+        read = { code: "failed", detail: text.trim() };
+    }
+    if (!response.ok) {
+        throw new Problem(response.status, read.code, read.detail, read.plan, read.current, read.version, read.candidates);
+    }
+    return read as T;
+}
+
+/** As `once`; where the server wants a password first, asks for it and sends the request again. */
+export async function request<T>(method: string, path: string, body?: unknown, signal?: AbortSignal): Promise<T> {
+    for (;;) {
+        try {
+            return await once<T>(method, path, body, signal);
+        } catch (error) {
+            if (error instanceof Problem && error.code === "not_signed_in") {
+                await askPassword("session");
+            } else if (error instanceof Problem && error.code === "password_required") {
+                await askPassword("step-up");
+            } else {
+                throw error;
+            }
+        }
+    }
+}
+
+function begin(session: Session): Session {
+    csrf = session.csrf;
+    return session;
+}
+
+export const currentSession = async () => begin(await once<Session>("GET", "/session"));
+export const signIn = async (login: string, password: string) =>
+    begin(await once<Session>("POST", "/session", { login, password }));
+export const stepUp = async (password: string) => begin(await once<Session>("POST", "/session/step-up", { password }));
+export const signOut = () => once("DELETE", "/session");
+export const setUp = (token: string, password: string) => once<{ login: string }>("POST", "/setup", { token, password });
+
+export interface RunOptions {
+    confirm?: string;
+    reason?: string;
+    dry_run?: boolean;
+    if_unchanged?: { command: string; parameters: Values; version: string };
+}
+
+/** Runs a command of the table, such as "user/lock". */
+export const run = (command: string, parameters: Values, options: RunOptions = {}) =>
+    request<Answer>("POST", `/commands/${command}`, { parameters, ...options });
+
+export const listPeople = (query: Record<string, string>, signal?: AbortSignal) =>
+    request<People>("GET", `/users?${new URLSearchParams(query)}`, undefined, signal);
+export const listPlaces = (parent: string, offset: number) =>
+    request<Places>("GET", `/tree?${new URLSearchParams({ parent, offset: String(offset) })}`);
+export const findPlaces = (q: string) =>
+    request<{ total: number; rows: (Step & { path: string; trail: Step[] })[] }>(
+        "GET",
+        `/tree/find?${new URLSearchParams({ q })}`,
+    );
+export const overview = () => request<Row>("GET", "/overview");
+export const listCommands = async () => (await request<{ commands: Command[] }>("GET", "/commands")).commands;

@@ -1,0 +1,305 @@
+// Whatever the table of commands has: a list, and a form for each of its commands.
+import { useEffect, useState } from "preact/hooks";
+import { type Answer, type Command, type Parameter, type Row, type Values, run } from "./api";
+import { Dialog, change, openDialog, sentence } from "./dialogs";
+import { go, useChanges } from "./place";
+import { RecordView, Table } from "./table";
+import { t, words } from "./texts";
+
+const pathOf = (command: Command) => command.path.join("/");
+const offered = (command: Command) => command.parameters.filter(parameter => parameter.kind !== "file");
+
+/** The command that lists a noun without being told more. */
+const listOf = (commands: Command[]) =>
+    commands.find(
+        command =>
+            command.effect === "read" &&
+            command.path[1] === "list" &&
+            !command.parameters.some(parameter => parameter.required),
+    ) ??
+    commands.find(
+        command =>
+            command.effect === "read" &&
+            command.columns.length > 0 &&
+            !command.parameters.some(parameter => parameter.required),
+    );
+
+function Input(props: { parameter: Parameter; value: string; onInput: (text: string) => void }) {
+    const { parameter, value } = props;
+    const id = `parameter-${parameter.name}`;
+    const take = (event: { currentTarget: { value: string } }) => props.onInput(event.currentTarget.value);
+    return (
+        <div class="field">
+            <label for={id}>
+                {words(parameter.name)}
+                {parameter.required ? " *" : ""}
+            </label>
+            {parameter.kind === "flag" ? (
+                <select id={id} value={value} onChange={take} aria-describedby={`${id}-help`}>
+                    <option value="">{t("generic.unset")}</option>
+                    <option value="1">{t("yes")}</option>
+                    <option value="0">{t("no")}</option>
+                </select>
+            ) : parameter.choices ? (
+                <select id={id} value={value} required={parameter.required} onChange={take} aria-describedby={`${id}-help`}>
+                    <option value="" />
+                    {parameter.choices.map(choice => (
+                        <option key={choice}>{choice}</option>
+                    ))}
+                </select>
+            ) : parameter.list ? (
+                <textarea id={id} dir="auto" rows={3} value={value} required={parameter.required} onInput={take} aria-describedby={`${id}-help`} />
+            ) : (
+                <input
+                    id={id}
+                    dir="auto"
+                    type={parameter.kind === "secret" ? "password" : "text"}
+                    autocomplete={parameter.kind === "secret" ? "new-password" : "off"}
+                    inputMode={parameter.kind === "number" ? "numeric" : "text"}
+                    required={parameter.required}
+                    value={value}
+                    onInput={take}
+                    aria-describedby={`${id}-help`}
+                />
+            )}
+            <p class="help" id={`${id}-help`} dir="auto">
+                {parameter.help}
+                {parameter.list ? `; ${t("generic.lines")}` : ""}
+            </p>
+        </div>
+    );
+}
+
+/** What was entered, as the server takes it. */
+function valuesOf(command: Command, texts: Record<string, string>): Values {
+    const values: Values = {};
+    for (const parameter of offered(command)) {
+        const text = texts[parameter.name] ?? "";
+        if (text === "") {
+            continue;
+        }
+        if (parameter.kind === "flag") {
+            values[parameter.name] = text === "1";
+        } else if (parameter.list) {
+            values[parameter.name] = text.split("\n").filter(line => line !== "");
+        } else {
+            values[parameter.name] = text;
+        }
+    }
+    return values;
+}
+
+export function AnswerView(props: { command: Command | undefined; answer: Answer }) {
+    const { answer } = props;
+    return (
+        <>
+            {answer.finding && (
+                <>
+                    <p class="verdict" dir="auto">
+                        {answer.finding.sentence}
+                    </p>
+                    {answer.finding.rows.length > 0 && (
+                        <Table label={t("area.why")} columns={Object.keys(answer.finding.rows[0] ?? {})} rows={answer.finding.rows} />
+                    )}
+                    {answer.finding.notes.map(note => (
+                        <p key={note} dir="auto">
+                            {note}
+                        </p>
+                    ))}
+                </>
+            )}
+            {answer.error && (
+                <p class="trouble" role="alert" dir="auto">
+                    {answer.error}
+                </p>
+            )}
+            {answer.verdict !== undefined && <p class="verdict">{answer.verdict ? t("yes") : t("no")}</p>}
+            {answer.value !== undefined && <p class="verdict">{String(answer.value)}</p>}
+            {answer.password && <p class="secret">{answer.password}</p>}
+            {answer.outcomes?.map((outcome, i) => (
+                <p key={i} dir="auto">
+                    {outcome.message}
+                </p>
+            ))}
+            {answer.record && !answer.finding && <RecordView record={answer.record} />}
+            {Object.entries(answer.finding ? {} : (answer.parts ?? {})).map(([name, rows]) => (
+                <section key={name}>
+                    <h2>{words(name)}</h2>
+                    <Table label={words(name)} columns={Object.keys(rows[0] ?? {})} rows={rows} />
+                </section>
+            ))}
+            {answer.rows && <Table label={t("generic.list")} columns={answer.columns ?? []} rows={answer.rows} />}
+            {answer.cut && <p>{t("generic.cut", { count: answer.rows?.length ?? 0 })}</p>}
+            {answer.notes?.map(note => (
+                <p key={note} dir="auto">
+                    {note}
+                </p>
+            ))}
+        </>
+    );
+}
+
+function CommandDialog(props: { command: Command; values: Record<string, string>; onClose: () => void }) {
+    const { command } = props;
+    const [texts, setTexts] = useState(props.values);
+    const [reason, setReason] = useState("");
+    const [answer, setAnswer] = useState<Answer>();
+    const [trouble, setTrouble] = useState("");
+    const writes = command.effect !== "read";
+    return (
+        <Dialog title={words(command.path.join(" "))} onClose={props.onClose}>
+            <p class="muted" dir="auto">
+                {command.summary}
+            </p>
+            <form
+                onSubmit={async event => {
+                    event.preventDefault();
+                    setTrouble("");
+                    try {
+                        const values = valuesOf(command, texts);
+                        const result = writes
+                            ? await change(pathOf(command), values, reason ? { reason } : {})
+                            : await run(pathOf(command), values);
+                        if (!result) {
+                            return;
+                        }
+                        if (writes && !result.password && !result.record && !result.rows) {
+                            props.onClose();
+                        } else {
+                            setAnswer(result);
+                        }
+                    } catch (error) {
+                        setTrouble(sentence(error));
+                    }
+                }}
+            >
+                {trouble && (
+                    <p class="trouble" role="alert" dir="auto">
+                        {trouble}
+                    </p>
+                )}
+                {offered(command).map(parameter => (
+                    <Input
+                        key={parameter.name}
+                        parameter={parameter}
+                        value={texts[parameter.name] ?? ""}
+                        onInput={text => setTexts(before => ({ ...before, [parameter.name]: text }))}
+                    />
+                ))}
+                {writes && (
+                    <div class="field">
+                        <label for="reason">{t("reason")}</label>
+                        <input id="reason" dir="auto" value={reason} onInput={event => setReason(event.currentTarget.value)} />
+                    </div>
+                )}
+                {answer && <AnswerView command={command} answer={answer} />}
+                <div class="buttons">
+                    <button type="button" onClick={props.onClose}>
+                        {t("close")}
+                    </button>
+                    <button class={command.effect === "remove" ? "danger" : "main"}>{t("generic.run")}</button>
+                </div>
+            </form>
+        </Dialog>
+    );
+}
+
+export const openCommand = (command: Command, values: Record<string, string> = {}) =>
+    openDialog(close => <CommandDialog command={command} values={values} onClose={close} />);
+
+/** What stands for a row where a command takes one: its id, or what names it. */
+function nameOf(noun: string, row: Row, parameter: Parameter): string {
+    const id = row["id"];
+    if (id === undefined || parameter.kind === "number" || parameter.name === "ID") {
+        return String(id ?? row["name"] ?? "");
+    }
+    return noun === "view" ? `view:${id}` : noun === "setting" ? String(row["name"] ?? "") : `id:${id}`;
+}
+
+function Noun(props: { noun: string; commands: Command[] }) {
+    const changes = useChanges();
+    const list = listOf(props.commands);
+    const [answer, setAnswer] = useState<Answer>();
+    const [trouble, setTrouble] = useState("");
+    useEffect(() => {
+        setAnswer(undefined);
+        setTrouble("");
+        if (list) {
+            run(pathOf(list), {}).then(setAnswer, error => setTrouble(sentence(error)));
+        }
+    }, [list && pathOf(list), changes]);
+    const show = props.commands.find(command => command.path[1] === "show" && command.path.length === 2);
+    const first = show?.parameters.find(parameter => parameter.positional);
+    return (
+        <section class="noun">
+            <h2>{words(props.noun)}</h2>
+            <div class="bar" role="group" aria-label={t("generic.do")}>
+                {props.commands
+                    .filter(command => command !== list || command.parameters.length > 0)
+                    .map(command => (
+                        <button
+                            key={pathOf(command)}
+                            class={command.effect === "remove" ? "danger" : ""}
+                            title={command.summary}
+                            onClick={() => openCommand(command)}
+                        >
+                            {words(command.path.slice(1).join(" "))}
+                        </button>
+                    ))}
+            </div>
+            {trouble && (
+                <p class="trouble" role="alert" dir="auto">
+                    {trouble}
+                </p>
+            )}
+            {answer?.record && <RecordView record={answer.record} />}
+            {answer?.rows && (
+                <Table
+                    label={words(props.noun)}
+                    columns={answer.columns ?? []}
+                    rows={answer.rows}
+                    {...(show && first
+                        ? {
+                              action: (row: Row) => (
+                                  <button
+                                      class="link"
+                                      onClick={() => openCommand(show, { [first.name]: nameOf(props.noun, row, first) })}
+                                  >
+                                      {t("generic.show")}
+                                  </button>
+                              ),
+                          }
+                        : {})}
+                />
+            )}
+            {answer?.cut && <p>{t("generic.cut", { count: answer.rows?.length ?? 0 })}</p>}
+        </section>
+    );
+}
+
+export function Nouns(props: { area: string; title: string; nouns: string[]; chosen: string | undefined; commands: Command[] }) {
+    const noun = props.chosen && props.nouns.includes(props.chosen) ? props.chosen : (props.nouns[0] as string);
+    return (
+        <div class="page">
+            <h1>{props.title}</h1>
+            {props.nouns.length > 1 && (
+                <nav class="tabs" aria-label={props.title}>
+                    {props.nouns.map(other => (
+                        <a
+                            key={other}
+                            href={`/${props.area}?noun=${other}`}
+                            aria-current={other === noun ? "page" : undefined}
+                            onClick={event => {
+                                event.preventDefault();
+                                void go(`/${props.area}`, { noun: other });
+                            }}
+                        >
+                            {words(other)}
+                        </a>
+                    ))}
+                </nav>
+            )}
+            <Noun key={noun} noun={noun} commands={props.commands.filter(command => command.path[0] === noun)} />
+        </div>
+    );
+}

@@ -1,0 +1,406 @@
+// People.
+import { useEffect, useRef, useState } from "preact/hooks";
+import { type People, type Person, Problem, listPeople } from "./api";
+import { askFor, change, changeOrSay, sentence } from "./dialogs";
+import { Icon } from "./icons";
+import { go, useChanges } from "./place";
+import { Scroller } from "./scroller";
+import { counted, t } from "./texts";
+import { argumentOf, suggestGroups } from "./tree";
+
+const kPage = 200;
+const kMostSelected = 500;
+const kLine = 30;
+const columns = ["name", "login", "department", "title", "mobile", "email"] as const;
+
+export interface ListQuery {
+    in: string;
+    q: string;
+    sort: string;
+    deep: boolean;
+    locked: boolean;
+}
+
+const queryOf = (query: ListQuery): Record<string, string> => ({
+    ...(query.in ? { in: query.in } : {}),
+    ...(query.q ? { q: query.q } : {}),
+    ...(query.sort ? { sort: query.sort } : {}),
+    ...(query.deep ? {} : { deep: "0" }),
+    ...(query.locked ? { locked: "1" } : {}),
+});
+
+export function List(props: {
+    query: ListQuery;
+    opened: number | undefined;
+    onPeople: (people: People) => void;
+    onQuery: (query: Partial<ListQuery>) => void;
+    onOpen: (id: number) => void;
+}) {
+    const { query } = props;
+    const changes = useChanges();
+    const [people, setPeople] = useState<People>();
+    const [trouble, setTrouble] = useState("");
+    const rows = useRef<(Person | undefined)[]>([]);
+    const asked = useRef(new Set<number>());
+    const [version, setVersion] = useState(0);
+    const [active, setActive] = useState(0);
+    const [selected, setSelected] = useState<ReadonlyMap<number, string>>(new Map());
+    const anchor = useRef(0);
+    const text = JSON.stringify(queryOf(query));
+    void version;
+
+    const take = (page: People) => {
+        page.rows.forEach((row, i) => {
+            rows.current[page.offset + i] = row;
+        });
+        setVersion(before => before + 1);
+    };
+    useEffect(() => {
+        const abort = new AbortController();
+        listPeople(queryOf(query), abort.signal).then(
+            page => {
+                rows.current = [];
+                asked.current = new Set([0]);
+                setPeople(page);
+                setTrouble("");
+                setActive(before => Math.min(before, Math.max(0, page.total - 1)));
+                take(page);
+                props.onPeople(page);
+            },
+            error => {
+                if (!(error instanceof DOMException)) {
+                    setTrouble(sentence(error));
+                }
+            },
+        );
+        return () => abort.abort();
+    }, [text, changes]);
+    useEffect(() => {
+        setSelected(new Map());
+        setActive(0);
+    }, [text]);
+
+    const load = async (offset: number) => {
+        if (!people || asked.current.has(offset)) {
+            return;
+        }
+        asked.current.add(offset);
+        const { result } = people;
+        try {
+            take(await listPeople({ result, offset: String(offset), limit: String(kPage) }));
+        } catch (error) {
+            asked.current.delete(offset);
+            if (error instanceof Problem && error.code === "result_gone") {
+                const page = await listPeople(queryOf(query));
+                asked.current = new Set([0]);
+                setPeople(page);
+                take(page);
+            } else {
+                setTrouble(sentence(error));
+            }
+        }
+    };
+
+    const total = people?.total ?? 0;
+    const select = (ids: Person[], isOn: boolean, isAlone = false) =>
+        setSelected(before => {
+            const after = new Map(isAlone ? [] : before);
+            ids.forEach(person => (isOn ? after.set(person.id, person.login) : after.delete(person.id)));
+            return after;
+        });
+    const range = (to: number) => {
+        const [from, end] = anchor.current < to ? [anchor.current, to] : [to, anchor.current];
+        select(
+            rows.current.slice(from, end + 1).filter((row): row is Person => row !== undefined),
+            true,
+            true,
+        );
+    };
+    const selectAll = async (isOn: boolean) => {
+        if (!isOn || !people) {
+            setSelected(new Map());
+        } else if (total > kMostSelected) {
+            setTrouble(t("people.toomany"));
+        } else {
+            const page = await listPeople({ result: people.result, limit: String(kMostSelected) });
+            select(page.rows, true, true);
+        }
+    };
+
+    const onKey = (event: KeyboardEvent, page: number) => {
+        if (event.ctrlKey || event.altKey || event.metaKey) {
+            return;
+        }
+        const row = rows.current[active];
+        const move = (to: number) => {
+            const next = Math.min(total - 1, Math.max(0, to));
+            setActive(next);
+            if (event.shiftKey) {
+                range(next);
+            } else {
+                anchor.current = next;
+            }
+        };
+        const actions: Record<string, () => void> = {
+            ArrowDown: () => move(active + 1),
+            ArrowUp: () => move(active - 1),
+            PageDown: () => move(active + page),
+            PageUp: () => move(active - page),
+            Home: () => move(0),
+            End: () => move(total - 1),
+            Enter: () => row && props.onOpen(row.id),
+            " ": () => row && select([row], !selected.has(row.id)),
+            F2: () => row && rename(row),
+            Delete: () => row && void remove(selected.size > 0 ? [...selected.keys()] : [row.id]),
+        };
+        const action = actions[event.key];
+        if (action) {
+            event.preventDefault();
+            action();
+        }
+    };
+
+    const users = (ids: Iterable<number>) => [...ids].map(id => `id:${id}`);
+    const remove = async (ids: number[]) => {
+        if (await changeOrSay("user/delete", { USER: users(ids) })) {
+            setSelected(new Map());
+        }
+    };
+    const rename = (person: Person) =>
+        askFor(
+            t("user.rename", { name: person.login }),
+            [{ name: "login", label: t("user.newlogin"), value: person.login, required: true }],
+            t("rename"),
+            async values =>
+                (await change("user/rename", { USER: `id:${person.id}`, NEWLOGIN: values["login"] ?? "" })) !== null,
+        );
+    const create = () =>
+        askFor(
+            t("user.new"),
+            [
+                { name: "login", label: t("column.login"), required: true },
+                { name: "name", label: t("column.name") },
+                { name: "title", label: t("column.title") },
+                { name: "email", label: t("column.email") },
+                {
+                    name: "department",
+                    label: t("group.path"),
+                    value: query.in.startsWith("group:") ? (people?.path ?? "") : "",
+                    suggest: suggestGroups,
+                },
+            ],
+            t("create"),
+            async values => {
+                const given = Object.entries(values).filter(([name, value]) => name !== "login" && value !== "");
+                const made = await change("user/create", { LOGIN: values["login"] ?? "", ...Object.fromEntries(given) });
+                if (typeof made?.value === "number") {
+                    props.onOpen(made.value);
+                }
+                return made !== null;
+            },
+        );
+    const addTo = () =>
+        askFor(
+            t("people.addto"),
+            [{ name: "group", label: t("group.path"), required: true, suggest: suggestGroups }],
+            t("ok"),
+            async values =>
+                (await change("member/add", { GROUP: values["group"] ?? "", USER: users(selected.keys()) })) !== null,
+        );
+
+    const sorted = query.sort || "login";
+    const header = (column: string) => {
+        const isBy = sorted.replace("-", "") === column;
+        const isDown = isBy && sorted.startsWith("-");
+        return (
+            <div
+                key={column}
+                role="columnheader"
+                class={`cell ${column}`}
+                aria-sort={isBy ? (isDown ? "descending" : "ascending") : "none"}
+            >
+                <button class="plain" onClick={() => props.onQuery({ sort: isBy && !isDown ? `-${column}` : column })}>
+                    {t(`column.${column}` as "column.name")}
+                    {isBy ? (isDown ? " ↓" : " ↑") : ""}
+                </button>
+            </div>
+        );
+    };
+
+    return (
+        <section class="list panel" aria-label={t("people.list")}>
+            <header>
+                <nav class="crumbs" aria-label={t("people.list")}>
+                    <a
+                        href="/directory"
+                        onClick={event => {
+                            event.preventDefault();
+                            void go("/directory");
+                        }}
+                    >
+                        {t("everyone")}
+                    </a>
+                    {query.in !== "" &&
+                        people?.trail?.map(step => (
+                            <span key={step.key}>
+                                {" / "}
+                                <bdi>{step.name}</bdi>
+                            </span>
+                        ))}
+                </nav>
+                <span class="total" role="status">
+                    {people ? counted("people.count", total) : ""}
+                </span>
+            </header>
+            <div class="bar">
+                {selected.size > 0 ? (
+                    <>
+                        <strong>{t("people.selected", { count: selected.size })}</strong>
+                        <button onClick={() => void changeOrSay("user/lock", { USER: users(selected.keys()) })}>
+                            {t("people.lock")}
+                        </button>
+                        <button onClick={() => void changeOrSay("user/unlock", { USER: users(selected.keys()) })}>
+                            {t("people.unlock")}
+                        </button>
+                        <button onClick={addTo}>{t("people.addto")}</button>
+                        {query.in !== "" && (
+                            <button
+                                onClick={() =>
+                                    void changeOrSay("member/remove", {
+                                        GROUP: argumentOf(query.in),
+                                        USER: users(selected.keys()),
+                                    })
+                                }
+                            >
+                                {t("people.removefrom")}
+                            </button>
+                        )}
+                        <button class="danger" onClick={() => void remove([...selected.keys()])}>
+                            {t("delete")}…
+                        </button>
+                        <button class="link" onClick={() => setSelected(new Map())}>
+                            {t("people.clear")}
+                        </button>
+                    </>
+                ) : (
+                    <>
+                        <button class="main" onClick={create}>
+                            <Icon name="plus" /> {t("people.new")}
+                        </button>
+                        <label>
+                            <input
+                                type="checkbox"
+                                checked={query.deep}
+                                onChange={event => props.onQuery({ deep: event.currentTarget.checked })}
+                            />
+                            {t("people.deep")}
+                        </label>
+                        <label>
+                            <input
+                                type="checkbox"
+                                checked={query.locked}
+                                onChange={event => props.onQuery({ locked: event.currentTarget.checked })}
+                            />
+                            {t("people.locked")}
+                        </label>
+                    </>
+                )}
+            </div>
+            {trouble && (
+                <p class="trouble" role="alert" dir="auto">
+                    {trouble}
+                </p>
+            )}
+            <div class="grid" role="presentation">
+                <Scroller
+                    role="grid"
+                    id="people"
+                    label={t("people.list")}
+                    count={total + 1}
+                    lineHeight={kLine}
+                    active={active + 1}
+                    activeId={total > 0 ? `person-${active}` : undefined}
+                    attributes={{ "aria-rowcount": total + 1, "aria-multiselectable": true }}
+                    onKey={onKey}
+                    onRest={(first, end) => {
+                        const begin = Math.floor(Math.max(0, first - 1) / kPage) * kPage;
+                        for (let offset = begin; offset <= end && offset < total; offset += kPage) {
+                            void load(offset);
+                        }
+                    }}
+                    line={(index, style) => {
+                        if (index === 0) {
+                            return (
+                                <div key="head" class="row head" role="row" aria-rowindex={1} style={style}>
+                                    <div class="cell mark" role="columnheader">
+                                        <input
+                                            type="checkbox"
+                                            aria-label={t("people.selectall")}
+                                            checked={selected.size > 0 && selected.size === total}
+                                            onChange={event => void selectAll(event.currentTarget.checked)}
+                                        />
+                                    </div>
+                                    {columns.map(header)}
+                                </div>
+                            );
+                        }
+                        const number = index - 1;
+                        const row = rows.current[number];
+                        const isSelected = row !== undefined && selected.has(row.id);
+                        return (
+                            <div
+                                key={number}
+                                id={`person-${number}`}
+                                class={`row${number === active ? " active" : ""}${row?.id === props.opened ? " opened" : ""}`}
+                                role="row"
+                                aria-rowindex={index + 1}
+                                aria-selected={isSelected}
+                                style={style}
+                                onClick={event => {
+                                    setActive(number);
+                                    if (event.shiftKey) {
+                                        range(number);
+                                    } else if (row) {
+                                        anchor.current = number;
+                                        event.ctrlKey ? select([row], !isSelected) : props.onOpen(row.id);
+                                    }
+                                }}
+                            >
+                                <div class="cell mark" role="gridcell" onClick={event => event.stopPropagation()}>
+                                    {row && !row["gone"] && (
+                                        <input
+                                            type="checkbox"
+                                            tabIndex={-1}
+                                            aria-label={t("people.select", { name: row.login })}
+                                            checked={isSelected}
+                                            onChange={event => select([row], event.currentTarget.checked)}
+                                        />
+                                    )}
+                                </div>
+                                {row?.["gone"] ? (
+                                    <div class="cell gone" role="gridcell">
+                                        {t("people.gone")}
+                                    </div>
+                                ) : (
+                                    columns.map(column => (
+                                        <div key={column} class={`cell ${column}`} role="gridcell">
+                                            {column === "name" && row?.["locked"] && (
+                                                <span class="locked" title={t("locked")}>
+                                                    <Icon name="lock" />
+                                                    <span class="hidden">{t("locked")} </span>
+                                                </span>
+                                            )}
+                                            <bdi>{row?.[column] ?? ""}</bdi>
+                                        </div>
+                                    ))
+                                )}
+                            </div>
+                        );
+                    }}
+                />
+                {people && total === 0 && <p class="empty">{t(query.q ? "people.nomatch" : "people.none")}</p>}
+            </div>
+        </section>
+    );
+}
+

@@ -1,0 +1,248 @@
+// The frame: top bar, areas, and the page of the area.
+import { render } from "preact";
+import { useEffect, useRef, useState } from "preact/hooks";
+import { type Command, Problem, type Session, currentSession, listCommands, setAskPassword, signOut } from "./api";
+import { Dialogs, Toasts, openDialog, sentence, toast } from "./dialogs";
+import { Directory } from "./directory";
+import type { Key } from "./en";
+import { Nouns } from "./generic";
+import { Icon } from "./icons";
+import { Audit, Overview, Why } from "./pages";
+import { type Where, go, useWhere } from "./place";
+import { SetupPage, SignInDialog, SignInPage } from "./signin";
+import { language, languages, setLanguage, t } from "./texts";
+
+/** Areas, and the nouns of the table that each shows. */
+const areas: { name: string; nouns?: string[] }[] = [
+    { name: "overview" },
+    { name: "directory" },
+    { name: "roles", nouns: ["role", "view", "title", "member", "user", "group"] },
+    { name: "why" },
+    { name: "rights", nouns: ["right", "objright"] },
+    { name: "documents", nouns: ["docroot", "folder", "plan", "doclog"] },
+    { name: "messages", nouns: ["message", "loginlog"] },
+    { name: "addins", nouns: ["addin", "package"] },
+    { name: "board", nouns: ["board"] },
+    { name: "settings", nouns: ["setting"] },
+    { name: "audit" },
+];
+
+const kept = localStorage.getItem("theme");
+if (kept) {
+    document.documentElement.dataset["theme"] = kept;
+}
+const isDark = () =>
+    (document.documentElement.dataset["theme"] ?? (matchMedia("(prefers-color-scheme: dark)").matches ? "dark" : "light")) ===
+    "dark";
+function switchTheme(): void {
+    const theme = isDark() ? "light" : "dark";
+    document.documentElement.dataset["theme"] = theme;
+    localStorage.setItem("theme", theme);
+}
+
+function Search(props: { where: Where }) {
+    const input = useRef<HTMLInputElement>(null);
+    const { path, query } = props.where;
+    useEffect(() => {
+        const onKey = (event: KeyboardEvent) => {
+            const isTyping = (event.target as Element).closest("input, textarea, select, dialog") !== null;
+            if (event.key === "/" && !isTyping && !event.ctrlKey && !event.metaKey && !event.altKey) {
+                event.preventDefault();
+                input.current?.focus();
+            }
+        };
+        document.addEventListener("keydown", onKey);
+        return () => document.removeEventListener("keydown", onKey);
+    }, []);
+    const search = (q: string) =>
+        void go("/directory", path === "/directory" ? { ...query, q } : { q }, path === "/directory" && query["q"] ? "replace" : "keep");
+    return (
+        <div class="search" role="search">
+            <Icon name="search" />
+            <input
+                ref={input}
+                type="search"
+                dir="auto"
+                aria-label={t("search")}
+                placeholder={t("search")}
+                value={path === "/directory" ? (query["q"] ?? "") : ""}
+                onInput={event => !event.isComposing && search(event.currentTarget.value)}
+                onCompositionEnd={event => search(event.currentTarget.value)}
+                onKeyDown={event => event.key === "Escape" && search("")}
+            />
+            <kbd aria-hidden="true">/</kbd>
+        </div>
+    );
+}
+
+function UserMenu(props: { session: Session }) {
+    const [, redraw] = useState(0);
+    return (
+        <details class="menu user">
+            <summary dir="auto">{props.session.name || props.session.login}</summary>
+            <div class="popup">
+                <button
+                    onClick={() => {
+                        switchTheme();
+                        redraw(before => before + 1);
+                    }}
+                >
+                    {t("theme", { name: t(isDark() ? "theme.light" : "theme.dark") })}
+                </button>
+                <label>
+                    {t("language")}{" "}
+                    <select value={language} onChange={event => setLanguage(event.currentTarget.value)}>
+                        {Object.entries(languages).map(([code, name]) => (
+                            <option key={code} value={code}>
+                                {name}
+                            </option>
+                        ))}
+                    </select>
+                </label>
+                <button
+                    onClick={async () => {
+                        await signOut().catch(() => undefined);
+                        location.assign("/");
+                    }}
+                >
+                    {t("signout")}
+                </button>
+            </div>
+        </details>
+    );
+}
+
+function Page(props: { where: Where; commands: Command[] }) {
+    const name = props.where.path.slice(1) || "directory";
+    const area = areas.find(one => one.name === name) ?? areas[1];
+    switch (area?.name) {
+        case "overview":
+            return <Overview />;
+        case "why":
+            return <Why where={props.where} />;
+        case "audit":
+            return <Audit where={props.where} />;
+        default:
+            return area?.nouns ? (
+                <Nouns
+                    key={area.name}
+                    area={area.name}
+                    title={t(`area.${area.name}` as Key)}
+                    nouns={area.nouns}
+                    chosen={props.where.query["noun"]}
+                    commands={props.commands}
+                />
+            ) : (
+                <Directory where={props.where} />
+            );
+    }
+}
+
+function Frame(props: { session: Session }) {
+    const where = useWhere();
+    const [commands, setCommands] = useState<Command[]>([]);
+    useEffect(() => {
+        listCommands().then(setCommands, error => toast(sentence(error)));
+    }, []);
+    const name = where.path.slice(1) || "directory";
+    useEffect(() => {
+        document.title = `${t(`area.${areas.find(one => one.name === name)?.name ?? "directory"}` as Key)} – ${t("product")}`;
+    }, [name]);
+    return (
+        <div class="frame">
+            <a class="skip" href="#content">
+                {t("skip")}
+            </a>
+            <header class="top">
+                <span class="product">
+                    <img src="/icon.svg" alt="" width="20" height="20" /> {t("product")}
+                </span>
+                <span class="engine muted">{props.session.engine}</span>
+                <Search where={where} />
+                <UserMenu session={props.session} />
+            </header>
+            <nav class="areas" aria-label={t("areas")}>
+                {areas.map(area => (
+                    <a
+                        key={area.name}
+                        href={`/${area.name}`}
+                        aria-current={area.name === name ? "page" : undefined}
+                        onClick={event => {
+                            event.preventDefault();
+                            void go(`/${area.name}`);
+                        }}
+                    >
+                        <Icon name={area.name} />
+                        <span>{t(`area.${area.name}` as Key)}</span>
+                    </a>
+                ))}
+            </nav>
+            <main id="content" tabIndex={-1}>
+                <Page where={where} commands={commands} />
+            </main>
+        </div>
+    );
+}
+
+function App() {
+    const where = useWhere();
+    const [session, setSession] = useState<Session | null>();
+    const [login, setLogin] = useState("");
+    const [notice, setNotice] = useState("");
+    const present = useRef<Session | null>();
+    present.current = session ?? null;
+    useEffect(() => {
+        currentSession().then(setSession, error => {
+            setSession(null);
+            setNotice(error instanceof Problem && error.code !== "not_signed_in" ? sentence(error) : "");
+        });
+        let waiting: Promise<void> | undefined;
+        setAskPassword(why => {
+            // Whatever else is refused meanwhile waits for the same answer.
+            waiting ??= new Promise<void>((resolve, reject) =>
+                openDialog(close => (
+                    <SignInDialog
+                        why={why}
+                        login={present.current?.login ?? ""}
+                        onDone={done => {
+                            setSession(done);
+                            close();
+                            resolve();
+                        }}
+                        onClose={() => {
+                            close();
+                            reject(new Problem(401, "not_signed_in", t("signin.again")));
+                        }}
+                    />
+                )),
+            ).finally(() => {
+                waiting = undefined;
+            });
+            return waiting;
+        });
+    }, []);
+    let page = null;
+    if (where.path === "/setup") {
+        page = (
+            <SetupPage
+                onDone={name => {
+                    setLogin(name);
+                    setNotice(t("setup.done"));
+                }}
+            />
+        );
+    } else if (session === null) {
+        page = <SignInPage key={login} login={login} notice={notice} onDone={setSession} />;
+    } else if (session) {
+        page = <Frame session={session} />;
+    }
+    return (
+        <>
+            {page}
+            <Dialogs />
+            <Toasts />
+        </>
+    );
+}
+
+render(<App />, document.getElementById("page") as HTMLElement);

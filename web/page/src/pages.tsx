@@ -1,0 +1,188 @@
+// Overview, Why and Audit.
+import { useEffect, useState } from "preact/hooks";
+import { type Answer, type Row, overview, run } from "./api";
+import { changeOrSay, sentence, undo } from "./dialogs";
+import { AnswerView } from "./generic";
+import { type Where, go, useChanges } from "./place";
+import { RecordView, Table, shown } from "./table";
+import { t, time } from "./texts";
+
+const Trouble = (props: { text: string }) =>
+    props.text ? (
+        <p class="trouble" role="alert" dir="auto">
+            {props.text}
+        </p>
+    ) : null;
+
+export function Overview() {
+    const changes = useChanges();
+    const [row, setRow] = useState<Row>();
+    const [trouble, setTrouble] = useState("");
+    useEffect(() => {
+        overview().then(setRow, error => setTrouble(sentence(error)));
+    }, [changes]);
+    const link = (path: string, query: Record<string, string>, key: "users" | "locked" | "groups" | "views") => (
+        <a
+            class="tile"
+            href={`${path}?${new URLSearchParams(query)}`}
+            onClick={event => {
+                event.preventDefault();
+                void go(path, query);
+            }}
+        >
+            <span class="big">{shown(key, row?.[key])}</span> {t(`overview.${key}`)}
+        </a>
+    );
+    return (
+        <div class="page">
+            <h1>{t("overview.title")}</h1>
+            <Trouble text={trouble} />
+            {row && (
+                <>
+                    <div class="tiles">
+                        {link("/directory", {}, "users")}
+                        {link("/directory", { locked: "1" }, "locked")}
+                        {link("/directory", {}, "groups")}
+                        {link("/roles", { noun: "view" }, "views")}
+                    </div>
+                    <p class="muted">
+                        {t("overview.engine")}: <bdi>{row["engine"]}</bdi> · {t("overview.asof", { time: time(String(row["as_of"])) })}
+                    </p>
+                </>
+            )}
+        </div>
+    );
+}
+
+export function Why(props: { where: Where }) {
+    const { query } = props.where;
+    const [values, setValues] = useState({ user: query["user"] ?? "", genre: query["genre"] ?? "", function: query["function"] ?? "" });
+    const [answer, setAnswer] = useState<Answer>();
+    const [trouble, setTrouble] = useState("");
+    const text = JSON.stringify(query);
+    useEffect(() => {
+        setAnswer(undefined);
+        setTrouble("");
+        if (query["user"] && query["genre"] && query["function"]) {
+            run("right/explain", { USER: query["user"], GENRE: query["genre"], FUNCTION: query["function"] }).then(
+                setAnswer,
+                error => setTrouble(sentence(error)),
+            );
+        }
+    }, [text]);
+    return (
+        <div class="page">
+            <h1>{t("why.title")}</h1>
+            <form
+                class="inline"
+                onSubmit={event => {
+                    event.preventDefault();
+                    void go("/why", values);
+                }}
+            >
+                {(["user", "genre", "function"] as const).map(name => (
+                    <div class="field" key={name}>
+                        <label for={`why-${name}`}>{t(`why.${name}`)}</label>
+                        <input
+                            id={`why-${name}`}
+                            dir="auto"
+                            required
+                            value={values[name]}
+                            onInput={event => setValues({ ...values, [name]: event.currentTarget.value })}
+                        />
+                    </div>
+                ))}
+                <button class="main">{t("why.ask")}</button>
+            </form>
+            <Trouble text={trouble} />
+            <div role="status">{answer && <AnswerView command={undefined} answer={answer} />}</div>
+        </div>
+    );
+}
+
+const kMostEntries = 500;
+
+export function Audit(props: { where: Where }) {
+    const { query } = props.where;
+    const changes = useChanges();
+    const [answer, setAnswer] = useState<Answer>();
+    const [entry, setEntry] = useState<Answer>();
+    const [trouble, setTrouble] = useState("");
+    const who = query["who"] ?? "";
+    const noun = query["noun"] ?? "";
+    useEffect(() => {
+        run("audit/list", { limit: kMostEntries, ...(who ? { who } : {}), ...(noun ? { noun } : {}) }).then(
+            found => {
+                setAnswer(found);
+                setTrouble("");
+            },
+            error => setTrouble(sentence(error)),
+        );
+    }, [who, noun, changes]);
+    useEffect(() => {
+        setEntry(undefined);
+        if (query["entry"]) {
+            run("audit/show", { ID: query["entry"] }).then(setEntry, error => setTrouble(sentence(error)));
+        }
+    }, [query["entry"], changes]);
+    const changesOf = entry?.parts?.["changes"] ?? [];
+    return (
+        <div class="page">
+            <h1>{t("audit.title")}</h1>
+            <form class="inline" onSubmit={event => event.preventDefault()}>
+                {(["who", "noun"] as const).map(name => (
+                    <div class="field" key={name}>
+                        <label for={`audit-${name}`}>{t(`audit.${name}`)}</label>
+                        <input
+                            id={`audit-${name}`}
+                            dir="auto"
+                            value={query[name] ?? ""}
+                            onChange={event => void go("/audit", { ...query, [name]: event.currentTarget.value })}
+                        />
+                    </div>
+                ))}
+            </form>
+            <Trouble text={trouble} />
+            {entry?.record && (
+                <section class="entry" aria-label={t("audit.entry", { id: String(entry.record["id"]) })}>
+                    <h2>{t("audit.entry", { id: String(entry.record["id"]) })}</h2>
+                    <RecordView record={entry.record} />
+                    <Table label={t("audit.values")} columns={["change", "what", "column", "before", "after"]} rows={changesOf} />
+                    <div class="buttons">
+                        <button onClick={() => void go("/audit", { ...query, entry: undefined })}>{t("close")}</button>
+                        {!entry.record["undone_by"] && (
+                            <button
+                                class="danger"
+                                onClick={() => void changeOrSay("audit/undo", { ID: [String(entry.record?.["id"])] })}
+                            >
+                                {t("audit.undo")}
+                            </button>
+                        )}
+                    </div>
+                </section>
+            )}
+            {answer?.rows && (
+                <Table
+                    label={t("audit.title")}
+                    columns={["id", "time", "who", "front_end", "command", "reason", "rows"]}
+                    rows={answer.rows}
+                    action={row => (
+                        <>
+                            <button class="link" onClick={() => void go("/audit", { ...query, entry: String(row["id"]) })}>
+                                {t("generic.show")}
+                            </button>{" "}
+                            {row["undone_by"] ? (
+                                <span class="muted">{t("audit.undone", { id: String(row["undone_by"]) })}</span>
+                            ) : (
+                                <button class="link" onClick={() => void undo(Number(row["id"]))}>
+                                    {t("undo")}
+                                </button>
+                            )}
+                        </>
+                    )}
+                />
+            )}
+        </div>
+    );
+}
+

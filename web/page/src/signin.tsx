@@ -1,0 +1,135 @@
+// Who somebody is.
+import { useState } from "preact/hooks";
+import { type Session, setUp, signIn, stepUp } from "./api";
+import { Dialog, sentence } from "./dialogs";
+import { go } from "./place";
+import { t } from "./texts";
+
+function Password(props: { label: string; name: string; isNew?: boolean; onInput: (text: string) => void }) {
+    return (
+        <div class="field">
+            <label for={props.name}>{props.label}</label>
+            <input
+                id={props.name}
+                type="password"
+                required
+                autocomplete={props.isNew ? "new-password" : "current-password"}
+                onInput={event => props.onInput(event.currentTarget.value)}
+            />
+        </div>
+    );
+}
+
+export function SignInForm(props: { login?: string; isFixed?: boolean; onDone: (session: Session) => void; isStepUp?: boolean }) {
+    const [login, setLogin] = useState(props.login ?? "");
+    const [password, setPassword] = useState("");
+    const [trouble, setTrouble] = useState("");
+    const [isBusy, setBusy] = useState(false);
+    return (
+        <form
+            onSubmit={async event => {
+                event.preventDefault();
+                setBusy(true);
+                setTrouble("");
+                try {
+                    props.onDone(props.isStepUp ? await stepUp(password) : await signIn(login, password));
+                } catch (error) {
+                    setTrouble(sentence(error));
+                }
+                setBusy(false);
+            }}
+        >
+            {trouble && (
+                <p class="trouble" role="alert" dir="auto">
+                    {trouble}
+                </p>
+            )}
+            <div class="field">
+                <label for="login">{t("signin.login")}</label>
+                <input
+                    id="login"
+                    dir="auto"
+                    required
+                    readOnly={props.isFixed}
+                    autocomplete="username"
+                    value={login}
+                    onInput={event => setLogin(event.currentTarget.value)}
+                />
+            </div>
+            <Password label={t("signin.password")} name="password" onInput={setPassword} />
+            <div class="buttons">
+                <button class="main" disabled={isBusy}>
+                    {t("signin")}
+                </button>
+            </div>
+        </form>
+    );
+}
+
+export function SignInPage(props: { login: string; notice: string; onDone: (session: Session) => void }) {
+    return (
+        <main class="door">
+            <h1>
+                <img src="/icon.svg" alt="" width="28" height="28" /> {t("signin.title")}
+            </h1>
+            {props.notice && <p role="status">{props.notice}</p>}
+            <SignInForm login={props.login} onDone={props.onDone} />
+        </main>
+    );
+}
+
+/** Over the page: what was entered stays. */
+export function SignInDialog(props: {
+    why: "session" | "step-up";
+    login: string;
+    onDone: (session: Session) => void;
+    onClose: () => void;
+}) {
+    return (
+        <Dialog title={t("signin")} onClose={props.onClose}>
+            <p>{t(props.why === "session" ? "signin.again" : "signin.stepup")}</p>
+            <SignInForm login={props.login} isFixed isStepUp={props.why === "step-up"} onDone={props.onDone} />
+        </Dialog>
+    );
+}
+
+export function SetupPage(props: { onDone: (login: string) => void }) {
+    const [first, setFirst] = useState("");
+    const [second, setSecond] = useState("");
+    const [trouble, setTrouble] = useState("");
+    return (
+        <main class="door">
+            <h1>
+                <img src="/icon.svg" alt="" width="28" height="28" /> {t("setup.title")}
+            </h1>
+            <p>{t("setup.text")}</p>
+            <form
+                onSubmit={async event => {
+                    event.preventDefault();
+                    if (first !== second) {
+                        setTrouble(t("setup.differ"));
+                        return;
+                    }
+                    try {
+                        const done = await setUp(location.hash.slice(1), first);
+                        await go("/", {}, "replace");
+                        props.onDone(done.login);
+                    } catch (error) {
+                        setTrouble(sentence(error));
+                    }
+                }}
+            >
+                {trouble && (
+                    <p class="trouble" role="alert" dir="auto">
+                        {trouble}
+                    </p>
+                )}
+                <Password label={t("signin.password")} name="first" isNew onInput={setFirst} />
+                <Password label={t("setup.repeat")} name="second" isNew onInput={setSecond} />
+                <div class="buttons">
+                    <button class="main">{t("setup.go")}</button>
+                </div>
+            </form>
+        </main>
+    );
+}

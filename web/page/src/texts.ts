@@ -1,0 +1,52 @@
+// What the page says, in the language of its reader.
+import { type Catalogue, type Key, en } from "./en";
+
+const catalogues: Record<string, Catalogue> = { en };
+
+export const languages: Record<string, string> = { en: "English" };
+
+function choose(): string {
+    const kept = localStorage.getItem("language");
+    for (const wanted of kept ? [kept] : navigator.languages) {
+        for (const language of Object.keys(catalogues)) {
+            if (wanted === language || wanted.split("-")[0] === language.split("-")[0]) {
+                return language;
+            }
+        }
+    }
+    return "en";
+}
+
+export const language = choose();
+document.documentElement.lang = language;
+const catalogue = catalogues[language] ?? en;
+const plurals = new Intl.PluralRules(language);
+const numbers = new Intl.NumberFormat(language);
+const times = new Intl.DateTimeFormat(language, { dateStyle: "medium", timeStyle: "medium" });
+
+/** The text of a key, with `{name}` replaced. */
+export function t(key: Key, values: Record<string, string | number> = {}): string {
+    return catalogue[key].replace(/\{(\w+)\}/g, (_, name: string) => {
+        const value = values[name] ?? "";
+        return typeof value === "number" ? numbers.format(value) : value;
+    });
+}
+
+/** The text of a count: KEY.one, or KEY.other. */
+export function counted(key: "changed.count" | "people.count", count: number): string {
+    return t(plurals.select(count) === "one" ? `${key}.one` : `${key}.other`, { count });
+}
+
+export const number = (value: number) => numbers.format(value);
+export const time = (value: string) => (Number.isNaN(Date.parse(value)) ? value : times.format(new Date(value)));
+
+/** A name of a column or parameter, for people. */
+export const words = (name: string) => {
+    const text = name.toLowerCase().replaceAll("_", " ");
+    return text.charAt(0).toUpperCase() + text.slice(1);
+};
+
+export function setLanguage(wanted: string): void {
+    localStorage.setItem("language", wanted);
+    location.reload();
+}
