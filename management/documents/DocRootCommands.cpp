@@ -97,7 +97,7 @@ constexpr Param<RootToDelete> kDeleteParams[] = {
     {"ROOT", &RootToDelete::root, Kind::documentRoot, kRootHelp},
     {"type", &RootToDelete::meantType, Kind::number, kMeantTypeHelp},
     {"recursive", &RootToDelete::recursive, Kind::flag,
-     "delete the folders too that would hang in no other document root"},
+     "delete the folders too that would be in no other document root"},
 };
 
 constexpr Column kListColumns[] = {{"id", Kind::number},   {"name"}, {"type", Kind::number}, {"path"}, {"display_name"},
@@ -334,7 +334,7 @@ Deletion PlanDeletion(Call& call, const RootToDelete& in)
         fmt::format("delete {}{}", deletion.subject, links == 0 ? "" : ", with " + Counted(links, "link")));
     if (!in.recursive && folders > 0) {
         deletion.lines.push_back(
-            fmt::format("{} will hang in no document root; --recursive deletes these too", Counted(folders, "folder")));
+            fmt::format("{} will be in no document root; --recursive deletes these too", Counted(folders, "folder")));
     }
     deletion.question = fmt::format("Delete {}?", deletion.subject);
     deletion.removed = deletion.keys.size() + links;

@@ -249,7 +249,7 @@ Placement FolderTree::FindPlacement(const std::string& argument, const std::opti
         return {parent, folder};
     }
     if (found.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("{} hangs nowhere", Named(folder)));
+        throw Error(ErrorCode::conflict, fmt::format("{} is in no place", Named(folder)));
     }
     if (found.size() > 1) {
         std::vector<DocKey> parents;

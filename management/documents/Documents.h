@@ -210,7 +210,7 @@ public:
     /// removed. To be called in a transaction. @throws Error (conflict) when another program adds one of that name at
     /// the same moment, so that the new one cannot be told from it, and (database) when the name was not kept as it is.
     NewFolder CreateFolder(DocKey parent, const FolderData& folder);
-    /// Hangs a folder under a parent; nothing keeps it from hanging there already.
+    /// Links a folder to a parent, whether or not it is there already.
     void AddLink(const Placement& placement, const FolderData& folder);
     void RemoveLink(const Placement& placement);
     /// Renames a folder, also where links show it under its old name.

@@ -302,7 +302,7 @@ Result Link(Call& call, const FolderToLink& in)
     }
     const std::vector<DocKey> cycle = tree.CycleClosedBy(place);
     if (!cycle.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would hang below itself: {}",
+        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would be below itself: {}",
                                                      tree.Named(place.folder), tree.CycleText(cycle)));
     }
     FolderData folder = LoadFolder(documents, place.folder);
@@ -336,7 +336,7 @@ Unlinking PlanUnlinking(Call& call, const FolderToUnlink& in)
     const std::string parent = tree.Named(unlinking.place.parent);
     if (!tree.HangsWithout(unlinking.place)) {
         unlinking.lines.push_back(
-            fmt::format("{} would hang in no document root; `qvadmin folder delete` deletes it", folder));
+            fmt::format("{} would be in no document root; `qvadmin folder delete` deletes it", folder));
         unlinking.question = fmt::format("Take {} from {} all the same?", folder, parent);
         unlinking.removed = 1;
     }
@@ -442,7 +442,7 @@ constexpr Command kCommands[] = {
      .columns = kStyleColumns,
      .run = &ReadOrWrite<&FolderToStyle::style, &ShowStyle, &SetStyle, kStyleParams>},
     {.path = {"folder", "link"},
-     .summary = "hang a folder, with all below it, in a further place",
+     .summary = "put a folder, with all below it, in a further place",
      .examples = "  qvadmin folder link /Main/Contracts /Archive\n"
                  "  qvadmin folder link id:17 root:4",
      .effect = Effect::change,
@@ -457,7 +457,7 @@ constexpr Command kCommands[] = {
      .params = &InfosOf<kUnlinkParams>,
      .run = &WritePlanned<&PlanUnlinking, &Unlink, kUnlinkParams>},
     {.path = {"folder", "delete"},
-     .summary = "delete a folder and its links, wherever it hangs; asks first",
+     .summary = "delete a folder and its links, wherever it is; asks first",
      .examples = "  qvadmin folder delete /Main/Contracts\n"
                  "  qvadmin folder delete id:17 --recursive --yes",
      .effect = Effect::remove,

@@ -33,7 +33,7 @@ std::string NewViewName(const std::string& argument)
         argument.starts_with('/') ? SplitPath(argument) : std::vector<std::string>{argument};
     if (names.size() > 1) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is no view; departments hang directly below one", Quoted(argument)));
+                    fmt::format("{} is no view; departments are directly below one", Quoted(argument)));
     }
     CheckName("view", names.front());
     return names.front();
@@ -253,7 +253,7 @@ void Departments::ReadAbove(const std::vector<int>& groups)
     }
     std::vector<int> asked = groups;
     std::erase_if(asked, [this](int group) { return m_below.contains(group); });
-    // Up through all parents; groups may hang in a cycle.
+    // Up through all parents; there may be a cycle of groups.
     std::map<int, std::vector<ItemKey>> parents;
     for (std::set<int> level(asked.begin(), asked.end()); !level.empty();) {
         parents.merge(HoldersOf(m_roles.Connection(), kItemTypeGroup, {level.begin(), level.end()}));

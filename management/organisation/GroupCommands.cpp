@@ -225,7 +225,7 @@ void ThrowIfCycle(const Organisation& organisation, ItemKey parent, ItemKey grou
 {
     const std::vector<ItemKey> cycle = organisation.CycleClosedBy(parent, group);
     if (!cycle.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would hang below itself: {}",
+        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would be below itself: {}",
                                                      organisation.Named(group), organisation.CycleText(cycle)));
     }
 }
@@ -581,7 +581,7 @@ constexpr Command kCommands[] = {
      .params = &InfosOf<kRenameParams>,
      .run = &Write<&Rename, kRenameParams>},
     {.path = {"group", "move"},
-     .summary = "hang a group, with all below it, under another parent",
+     .summary = "move a group, with all below it, to another parent",
      .examples = "  qvadmin group move /Company/Sales/North /Company/Service\n"
                  "  qvadmin group move id:17 /Company --from /Old",
      .effect = Effect::change,

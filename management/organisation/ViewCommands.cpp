@@ -311,7 +311,7 @@ Result Stamp(Call& call, const OneView& in)
     const ItemKey key = organisation.FindView(in.view);
     const std::vector<ItemKey> cycle = organisation.FindCycle(key);
     if (!cycle.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("{} cannot be stamped, groups hang below themselves: {}",
+        throw Error(ErrorCode::conflict, fmt::format("{} cannot be stamped, groups are below themselves: {}",
                                                      organisation.Named(key), organisation.CycleText(cycle)));
     }
     organisation.StampView(key.id);

@@ -170,7 +170,7 @@ public:
     {
         const std::vector<ItemKey> cycle = m_organisation.FindCycle(group);
         if (!cycle.empty()) {
-            throw Error(ErrorCode::conflict, fmt::format("groups hang below themselves: {}; nothing was changed",
+            throw Error(ErrorCode::conflict, fmt::format("groups are below themselves: {}; nothing was changed",
                                                          m_organisation.CycleText(cycle)));
         }
         AddUsers(group, items);

@@ -155,7 +155,7 @@ TEST_F(DepartmentSyncTest, AGroupInSeveralPlacesKeepsTheTextsOfThePlacesThatDidN
     AddUser(3, 0, "Service/North");
     EXPECT_EQ(Rename(1, "Sellers"), 1U);
     EXPECT_THAT(Departments(), ElementsAre("2 Sellers/North", "2 service/north", "0 Service/North"));
-    // It stays where else it hangs.
+    // It stays in its other places.
     EXPECT_EQ(Delete(1), 1U);
     EXPECT_THAT(Departments(), ElementsAre("2 Service/North", "2 service/north", "0 Service/North"));
 }

@@ -504,7 +504,7 @@ TEST_F(DocRootCommandsTest, DeletingARootLeavesItsFoldersUnlessToldOtherwise)
     Done({"folder", "link", "/Main/S", "/Other"});
     ChildResult result = Run({"docroot", "delete", "Main"});
     EXPECT_EQ(result.exit, 9);
-    EXPECT_THAT(result.err, AllOf(StartsWith("delete Main (root 1), with 2 links\n2 folders will hang in no document "
+    EXPECT_THAT(result.err, AllOf(StartsWith("delete Main (root 1), with 2 links\n2 folders will be in no document "
                                              "root; --recursive deletes these too\n"),
                                   HasSubstr("--yes")));
     EXPECT_EQ(Count("Tab_Doc_Root"), 2);
@@ -760,11 +760,11 @@ TEST_F(FolderCommandsTest, UnlinkingTakesAFolderOutOfOnePlaceAndAsksBeforeTheLas
     EXPECT_EQ(Run({"folder", "unlink", "id:1", "--from", "/Main/B"}).exit, 0);
     ChildResult result = Run({"folder", "unlink", "/Main/A"});
     EXPECT_EQ(result.exit, 9);
-    EXPECT_THAT(result.err, HasSubstr("would hang in no document root; `qvadmin folder delete` deletes it\n"));
+    EXPECT_THAT(result.err, HasSubstr("would be in no document root; `qvadmin folder delete` deletes it\n"));
     EXPECT_EQ(ShownFolder("id:1")["parents"], "/Main");
     EXPECT_EQ(Run({"folder", "unlink", "id:1", "--yes"}).exit, 0);
     EXPECT_EQ(ShownFolder("id:1")["parents"], "");
-    ExpectRefusal({"folder", "unlink", "id:1", "--yes"}, 4, "hangs nowhere");
+    ExpectRefusal({"folder", "unlink", "id:1", "--yes"}, 4, "is in no place");
     EXPECT_EQ(Run({"folder", "link", "id:1", "/Main"}).exit, 0);
     EXPECT_EQ(ShownFolder("/Main/A")["id"], 1);
 }
