@@ -106,6 +106,10 @@ public:
         return Secret(given->View());
     }
     void ShowSecret(const Secret& secret) override { madeUp = secret.View(); }
+    void StoreSecrets(const std::string& /*file*/, const std::vector<UserSecret>& /*secrets*/) override
+    {
+        throw Error(ErrorCode::invalid, "files cannot be written here");
+    }
     std::string ReadText(const std::string& /*name*/) override
     {
         throw Error(ErrorCode::invalid, "files cannot be named here; give the text itself");
