@@ -12,14 +12,16 @@ std::span<const LocalCommand> DbCommands();
 std::span<const LocalCommand> CopyCommands();
 std::span<const LocalCommand> ImportCommands();
 std::span<const LocalCommand> CompletionCommands();
+std::span<const LocalCommand> ConfigCommands();
 std::span<const LocalCommand> ManualCommands();
 
 std::span<const LocalCommand> LocalCommands()
 {
     static const std::vector<LocalCommand> commands = [] {
         std::vector<LocalCommand> all;
-        for (const std::span<const LocalCommand> some : {DbCommands(), CopyCommands(), ImportCommands(),
-                                                         BatchCommands(), CompletionCommands(), ManualCommands()}) {
+        for (const std::span<const LocalCommand> some :
+             {DbCommands(), CopyCommands(), ImportCommands(), BatchCommands(), ConfigCommands(), CompletionCommands(),
+              ManualCommands()}) {
             all.insert(all.end(), some.begin(), some.end());
         }
         return all;
