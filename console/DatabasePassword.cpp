@@ -28,10 +28,11 @@ std::optional<std::string> CredentialFile()
     return std::filesystem::exists(file, error) ? std::optional(file) : std::nullopt;
 }
 
-bool HasVariable()
+/// Empty where there is none.
+std::string_view Variable()
 {
     const char* value = std::getenv(kVariable);
-    return value != nullptr && *value != '\0';
+    return value == nullptr ? std::string_view() : std::string_view(value);
 }
 
 /// Nothing when there is no password.
@@ -42,8 +43,8 @@ std::optional<Secret> Obtain(const Config& config, bool ask, Terminal& terminal)
     if (ask) {
         return ObtainSecret({}, question, terminal);
     }
-    if (HasVariable()) {
-        return Secret(std::string_view(std::getenv(kVariable)));
+    if (!Variable().empty()) {
+        return Secret(Variable());
     }
     std::optional<std::string> file = config.Find(kSetting);
     file = file ? file : CredentialFile();
@@ -64,7 +65,7 @@ std::string WithPassword(const std::string& url, const Config& config, bool ask,
 std::string PasswordOrigin(const Config& config)
 {
     const std::optional<std::string> file = CredentialFile();
-    return HasVariable() ? kVariable : config.Find(kSetting) ? config.At(kSetting).origin : file ? *file : "";
+    return !Variable().empty() ? kVariable : config.Find(kSetting) ? config.At(kSetting).origin : file ? *file : "";
 }
 
 } // namespace console

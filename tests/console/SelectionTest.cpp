@@ -15,7 +15,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using testing::UnorderedElementsAre;
 
 namespace {
 
