@@ -26,7 +26,7 @@ struct RunOption {
     bool hasValue;
 };
 
-constexpr std::array<RunOption, 11> kRunOptions = {{{"--db", true},
+constexpr std::array<RunOption, 14> kRunOptions = {{{"--db", true},
                                                     {"-o", true},
                                                     {"--output", true},
                                                     {"--reason", true},
@@ -36,7 +36,10 @@ constexpr std::array<RunOption, 11> kRunOptions = {{{"--db", true},
                                                     {"--quiet", false},
                                                     {"--wide", false},
                                                     {"--color", true},
-                                                    {"--log", true}}};
+                                                    {"--log", true},
+                                                    {"-p", true},
+                                                    {"--profile", true},
+                                                    {"--ask-db-password", false}}};
 
 } // namespace
 

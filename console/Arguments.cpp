@@ -27,8 +27,9 @@ constexpr const char* kEpilogue =
     "  qvadmin user create amy --name 'Amy Holt'\n"
     "  qvadmin user list -o json\n"
     "\n"
-    "The database is that of --db, else of the environment variable QVADMIN_DB, else\n"
-    "quorvel/directory.db in the data directory ($XDG_DATA_HOME or ~/.local/share).\n"
+    "The database is that of --db, else of the environment variable QVADMIN_DB, else of the\n"
+    "configuration files, else quorvel/directory.db in the data directory ($XDG_DATA_HOME or\n"
+    "~/.local/share); `qvadmin config show --origin` says where each setting comes from.\n"
     "\n"
     "Ends with 0 done, 1 failed, 2 usage, 3 not found, 4 conflict or ambiguous, 5 protected,\n"
     "6 database, 7 some rows failed, 8 check or dry run found something, 9 confirmation needed.\n";
@@ -188,9 +189,16 @@ void Declare(CLI::App& app, const std::vector<std::string>& words, Request& requ
         ->type_name("URL")
         ->take_last();
     app.add_option_function<std::string>(
-           "-o,--output", [&arguments](const std::string& name) { arguments.format = ReadFormat(name); },
+           "-o,--output",
+           [&arguments](const std::string& name) {
+               arguments.format = ReadFormat(name);
+               arguments.isFormatGiven = true;
+           },
            "table (default), csv, json, jsonl or plain (tabs between, no header)")
         ->type_name("FORMAT");
+    app.add_option("-p,--profile", arguments.profile, "settings of this name in the configuration files")
+        ->type_name("NAME");
+    app.add_flag("--ask-db-password", arguments.asksPassword, "ask for the password of the database");
     app.add_flag("-q,--quiet", arguments.quiet, "say nothing but errors, and ask nothing");
     app.add_flag("--wide", arguments.wide, "let tables be wider than the terminal");
     app.add_option_function<std::string>("--color", &RequireColorWord,

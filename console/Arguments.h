@@ -1,8 +1,10 @@
 #pragma once
 
 #include "console/CommandLine.h"
+#include "console/Config.h"
 #include "console/Render.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,6 +18,10 @@ struct Arguments {
     bool quiet = false;             ///< nothing but errors on standard error
     bool wide = false;              ///< tables may be wider than the terminal
     std::optional<std::string> log; ///< file that gets a line for each command
+    std::optional<std::string> profile;
+    bool isFormatGiven = false;
+    bool asksPassword = false;            ///< for the database
+    std::shared_ptr<const Config> config; ///< once it is known what a command is to work with
 };
 
 /// What the command line asks for: a command, or a text to be written.

@@ -57,9 +57,10 @@ void WriteStyled(std::ostream& out, std::string_view text, Style style, bool has
     WriteSequence(out, "\x1B[0m");
 }
 
-void ChooseColors(Terminal& terminal, const std::vector<std::string>& words)
+void ChooseColors(Terminal& terminal, const std::vector<std::string>& words, std::string_view configured)
 {
-    const std::string_view given = GivenColor(words);
+    const std::string_view written = GivenColor(words);
+    const std::string_view given = written.empty() ? configured : written;
     const bool isAutomatic = given != "always" && given != "never" && !IsColorless();
     terminal.outHasColor = given == "always" || (isAutomatic && terminal.outIsTerminal);
     terminal.errHasColor = given == "always" || (isAutomatic && terminal.errIsTerminal);

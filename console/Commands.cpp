@@ -3,17 +3,21 @@
 #include "console/Actor.h"
 #include "console/Color.h"
 #include "console/CommandLog.h"
+#include "console/DatabasePassword.h"
 #include "console/LocalCommand.h"
 #include "console/NameList.h"
 #include "console/Session.h"
 #include "console/TerminalFrontEnd.h"
+#include "console/Url.h"
 #include "management/Changes.h"
 #include "management/CommandData.h"
 #include "management/JsonWriter.h"
 #include "management/Text.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
+#include <memory>
 #include <new>
 #include <optional>
 #include <ostream>
@@ -86,6 +90,9 @@ constexpr Noun kNouns[] = {
     {"board", "notices of the bulletin board",
      "  qvadmin board list\n"
      "  qvadmin board show 17"},
+    {"config", "settings of this program, and where they come from",
+     "  qvadmin config show --origin\n"
+     "  qvadmin -p production config show"},
     {"audit", "the record of changes: list, show, undo, verify, prune",
      "  qvadmin audit list --limit 20\n"
      "  qvadmin audit undo 17"},
@@ -103,9 +110,67 @@ void TakeOver(Request& request, const SharedSession& shared)
     Arguments& arguments = request.arguments;
     arguments.db = arguments.db ? arguments.db : shared.arguments.db;
     arguments.log = arguments.log ? arguments.log : shared.arguments.log;
+    arguments.config = shared.arguments.config;
     options.dryRun = options.dryRun || shared.options.dryRun;
     options.reason = options.reason.empty() ? shared.options.reason : options.reason;
     options.joinsTransaction = shared.joinsTransaction;
+}
+
+/// @throws Error (invalid) for a URL with a password, which others can read while the command runs.
+void RequireNoPassword(const std::optional<std::string>& db)
+{
+    if (db && HoldsPassword(*db)) {
+        RequireScheme(*db, "--db");
+        throw Error(ErrorCode::invalid,
+                    "a password in --db could be read by others; put it into a file that only you can open, and name "
+                    "that with QVADMIN_PASSWORD_FILE, or be asked for it with --ask-db-password");
+    }
+}
+
+/// Whether a command opens no database.
+bool NeedsNoDatabase(const Command& command)
+{
+    constexpr std::array<std::string_view, 5> nouns = {"config", "completion", "complete", "manual", "commands"};
+    return std::ranges::find(nouns, command.path[0]) != nouns.end();
+}
+
+/// Fills in what the command line leaves open.
+void ApplyConfig(Request& request, const std::vector<std::string>& words, Terminal& terminal)
+{
+    Arguments& arguments = request.arguments;
+    Config config(Config::Files(), arguments.profile);
+    if (arguments.db) {
+        config.Override("db", *arguments.db, "--db");
+    }
+    if (arguments.isFormatGiven) {
+        config.Override("output", std::string(NameOf(arguments.format)), "--output");
+    } else if (const std::optional<std::string> format = config.Find("output")) {
+        arguments.format = *FindFormat(*format);
+    }
+    if (arguments.quiet) {
+        config.Override("quiet", "true", "--quiet");
+    }
+    if (arguments.wide) {
+        config.Override("wide", "true", "--wide");
+    }
+    if (arguments.log) {
+        config.Override("log", *arguments.log, "--log");
+    }
+    ChooseColors(terminal, words, config.Find("color").value_or("auto"));
+    arguments.quiet = config.IsOn("quiet");
+    arguments.wide = config.IsOn("wide");
+    arguments.log = config.Find("log");
+    // One in the environment is left there: sentences about it name the variable.
+    const ConfigValue& db = config.At("db");
+    const std::optional<std::string> url = config.Find("db");
+    if (url && db.origin != "QVADMIN_DB") {
+        arguments.db = url;
+    }
+    if (url && !NeedsNoDatabase(*request.command)) {
+        const std::string whole = WithPassword(*url, config, arguments.asksPassword, terminal);
+        arguments.db = whole == *url ? arguments.db : whole;
+    }
+    arguments.config = std::make_shared<const Config>(std::move(config));
 }
 
 void RequireJoinable(const Request& request, const SharedSession& shared, bool isLocal)
@@ -123,6 +188,7 @@ void RequireJoinable(const Request& request, const SharedSession& shared, bool i
 struct RunReport {
     std::optional<CommandLog> log;
     bool isChanged = false;
+    bool writesJson = false;
 };
 
 /// Whether a run of a command of the table has changed something.
@@ -180,9 +246,13 @@ Exit RunWords(const std::vector<std::string>& words, Terminal& terminal, SharedS
         terminal.out << request.text;
         return Exit::done;
     }
+    RequireNoPassword(request.arguments.db);
     if (shared != nullptr) {
         TakeOver(request, *shared);
+    } else {
+        ApplyConfig(request, words, terminal);
     }
+    report.writesJson = request.arguments.format == Format::json || request.arguments.format == Format::jsonl;
     if (request.arguments.log) {
         report.log.emplace(*request.arguments.log);
     }
@@ -254,7 +324,7 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, Sha
         try {
             return RunWords(words, terminal, shared, report);
         } catch (const Error& e) {
-            if (!AskForJson(words)) {
+            if (!report.writesJson && !AskForJson(words)) {
                 return Reported(ExitFor(e.Code()), e.what(), terminal);
             }
             WriteAsJson(e, terminal);

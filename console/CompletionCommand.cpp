@@ -89,7 +89,8 @@ const ParamInfo* FindOption(const Written& written, std::string_view option)
 
 bool TakesValue(const Written& written, const std::string& option)
 {
-    static constexpr std::array<std::string_view, 5> kCommon = {"--db", "-o", "--output", "--color", "--log"};
+    static constexpr std::array<std::string_view, 7> kCommon = {"--db",  "-o", "--output", "--color",
+                                                                "--log", "-p", "--profile"};
     if (std::ranges::find(kCommon, option) != kCommon.end()) {
         return true;
     }
@@ -132,7 +133,8 @@ void TakeWord(Written& written, const std::string& word)
 
 void AddOptions(const Written& written, std::vector<std::string>& candidates)
 {
-    candidates.insert(candidates.end(), {"--help", "--db", "--output", "--quiet", "--wide", "--color", "--log"});
+    candidates.insert(candidates.end(), {"--help", "--db", "--output", "--quiet", "--wide", "--color", "--log",
+                                         "--profile", "--ask-db-password"});
     if (written.command == nullptr) {
         return;
     }
@@ -184,7 +186,7 @@ std::vector<std::string> NamesIn(const Written& written, Kind kind, const std::s
 {
     try {
         Arguments arguments;
-        arguments.db = written.db;
+        arguments.db = written.db ? written.db : Config(Config::Files(), std::nullopt).Find("db");
         Session opened(arguments, Session::Indexes::leftAlone);
         return CandidatesFor(opened.Directory().Connection(), kind, beginning, kMostNames);
     } catch (const Error&) {

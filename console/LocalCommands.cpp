@@ -13,6 +13,7 @@ std::span<const LocalCommand> CopyCommands();
 std::span<const LocalCommand> ExportCommands();
 std::span<const LocalCommand> ImportCommands();
 std::span<const LocalCommand> CompletionCommands();
+std::span<const LocalCommand> ConfigCommands();
 std::span<const LocalCommand> ManualCommands();
 std::span<const LocalCommand> ServeCommands();
 
@@ -22,7 +23,7 @@ std::span<const LocalCommand> LocalCommands()
         std::vector<LocalCommand> all;
         for (const std::span<const LocalCommand> some :
              {DbCommands(), CopyCommands(), ExportCommands(), ImportCommands(), ServeCommands(), BatchCommands(),
-              CompletionCommands(), ManualCommands()}) {
+              ConfigCommands(), CompletionCommands(), ManualCommands()}) {
             all.insert(all.end(), some.begin(), some.end());
         }
         return all;

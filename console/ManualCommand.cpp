@@ -153,6 +153,10 @@ the database, such as sqlite:PATH; see
 for the one that is taken else.
 .It Fl o , Fl \-output Ar FORMAT
 table (the default), csv, json, jsonl or plain, which has a tab between values and no header.
+.It Fl p , Fl \-profile Ar NAME
+the settings of this name in the configuration files.
+.It Fl \-ask\-db\-password
+the password of the database is asked for.
 .It Fl q , Fl \-quiet
 nothing is said but errors, and nothing asked.
 .It Fl \-wide
@@ -175,11 +179,27 @@ constexpr std::string_view kProgramEnd = R"(.Sh ENVIRONMENT
 the database where
 .Fl \-db
 is not given.
+.It Ev QVADMIN_PASSWORD , QVADMIN_PASSWORD_FILE
+the password of the database, or the file that holds it.
+.It Ev QVADMIN_PROFILE , QVADMIN_OUTPUT , QVADMIN_COLOR , QVADMIN_QUIET , QVADMIN_WIDE , QVADMIN_LOG
+as the settings of these names in
+.Sx FILES .
+.It Ev CREDENTIALS_DIRECTORY
+where systemd puts the credential qvadmin\-password, the password of the database.
 .It Ev NO_COLOR
 turns colours off, whatever it holds.
 .It Ev XDG_DATA_HOME
 where quorvel/directory.db is looked for when neither is given; else
 .Pa ~/.local/share .
+.El
+.Sh FILES
+.Bl -tag -width Ds
+.It Pa /etc/qvadmin/config.toml
+settings for everybody.
+.It Pa ~/.config/qvadmin/config.toml
+settings of one user, which override those for everybody; in
+.Ev XDG_CONFIG_HOME
+where that is set.
 .El
 .Sh EXIT STATUS
 .Bl -tag -width Ds -compact

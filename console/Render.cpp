@@ -15,6 +15,12 @@ namespace console {
 
 namespace {
 
+constexpr std::array<std::pair<std::string_view, Format>, 5> kFormats = {{{"table", Format::table},
+                                                                          {"csv", Format::csv},
+                                                                          {"json", Format::json},
+                                                                          {"jsonl", Format::jsonl},
+                                                                          {"plain", Format::plain}}};
+
 constexpr std::size_t kGap = 2;       ///< blanks between columns
 constexpr std::size_t kNarrowest = 4; ///< that a column is made to fit a width
 
@@ -159,13 +165,13 @@ void WritePlain(const Record& record, std::ostream& out)
 
 std::optional<Format> FindFormat(std::string_view name)
 {
-    constexpr std::array<std::pair<std::string_view, Format>, 5> kFormats = {{{"table", Format::table},
-                                                                              {"csv", Format::csv},
-                                                                              {"json", Format::json},
-                                                                              {"jsonl", Format::jsonl},
-                                                                              {"plain", Format::plain}}};
     const auto* found = std::ranges::find(kFormats, name, &std::pair<std::string_view, Format>::first);
     return found == kFormats.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::string_view NameOf(Format format)
+{
+    return std::ranges::find(kFormats, format, &std::pair<std::string_view, Format>::second)->first;
 }
 
 TableWriter::TableWriter(Format format, std::vector<std::string> columns, std::ostream& out, TableLook look,

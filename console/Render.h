@@ -16,6 +16,7 @@ enum class Format { table, csv, json, jsonl, plain };
 
 /// The format of that name.
 std::optional<Format> FindFormat(std::string_view name);
+std::string_view NameOf(Format format);
 
 /// How a table for people looks.
 struct TableLook {

@@ -326,4 +326,36 @@ std::string ShownUrl(const std::string& url)
     return Visible(shown);
 }
 
+bool HoldsPassword(const std::string& url) { return ShownUrl(url) != Visible(url); }
+
+bool TakesPassword(const std::string& url)
+{
+    const bool isServer = url.starts_with(kOdbc) || url.find("://") != std::string::npos;
+    return isServer && !url.starts_with(kSqlite) && !HoldsPassword(url) && !Option(url, "password-file") &&
+           !Option(url, "passfile");
+}
+
+std::string WithPassword(const std::string& url, std::string_view password)
+{
+    if (url.starts_with(kOdbc)) {
+        std::string value = "{";
+        for (const char ch : password) {
+            value += ch == '}' ? "}}" : std::string(1, ch);
+        }
+        const std::size_t end = std::min(url.find('?'), url.size());
+        return fmt::format("{};PWD={}}}{}", url.substr(0, end), EncodedPath(value), url.substr(end));
+    }
+    std::string encoded;
+    for (const char ch : password) {
+        encoded += fmt::format("%{:02X}", static_cast<unsigned char>(ch));
+    }
+    const std::size_t begin = url.find("://") + 3;
+    const std::size_t at = url.substr(0, url.find_first_of("/?", begin)).rfind('@');
+    if (at == std::string::npos || at < begin) {
+        throw Error(ErrorCode::invalid, "there is a password for the database, but its URL names no user; write "
+                                        "USER@ before the server's name");
+    }
+    return url.substr(0, at) + ":" + encoded + url.substr(at);
+}
+
 } // namespace console

@@ -37,5 +37,12 @@ void PrepareDirectory(const std::string& url, bool parents);
 
 /// The URL for people: a password in it is not shown.
 std::string ShownUrl(const std::string& url);
+/// Whether there is something in the URL that ShownUrl hides.
+bool HoldsPassword(const std::string& url);
+
+/// Whether a URL is that of a server, and says nothing of a password.
+bool TakesPassword(const std::string& url);
+/// The URL, which takes one, with a password in it. @throws Error (invalid) where the URL names no user.
+std::string WithPassword(const std::string& url, std::string_view password);
 
 } // namespace console

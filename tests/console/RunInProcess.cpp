@@ -18,7 +18,8 @@ class Surroundings {
 public:
     explicit Surroundings(const ChildOptions& options) : m_folder(std::filesystem::current_path())
     {
-        for (const char* name : {"HOME", "XDG_DATA_HOME", "QVADMIN_DB"}) {
+        for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "CREDENTIALS_DIRECTORY", "QVADMIN_DB",
+                                 "QVADMIN_PROFILE", "QVADMIN_OUTPUT", "QVADMIN_PASSWORD", "QVADMIN_PASSWORD_FILE"}) {
             const char* value = std::getenv(name);
             m_old[name] = value != nullptr ? std::optional<std::string>(value) : std::nullopt;
             ::unsetenv(name);

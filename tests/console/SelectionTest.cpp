@@ -15,7 +15,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using testing::UnorderedElementsAre;
 
 namespace {
 
@@ -109,6 +108,14 @@ TEST_P(SelectionTest, TextsAreComparedAsNamesAre)
     for (const char* part : {"100% _", "% _s", "_!", "! [x]", "[x] \\", "\\ it's"}) {
         EXPECT_THAT(Logins({"--where", std::string("name~") + part}), ElementsAre("danny")) << part;
     }
+    // Letters with the same capital are not the same.
+    Done({"user", "create", "james", "--name", "James Kırk"});
+    EXPECT_THAT(Logins({"--where", "name~kirk"}), IsEmpty());
+    EXPECT_THAT(Logins({"--where", "name=JAMES KıRK"}), ElementsAre("james"));
+    EXPECT_EQ(Done({"user", "count", "--where", "name~kirk"}), "0\n");
+    Done({"title", "give", "/Company/Sales", "james", "Kırk"});
+    Done({"title", "give", "/Company/Sales", "amy", "Kirk"});
+    EXPECT_THAT(Logins({"--title", "kirk"}), ElementsAre("amy"));
     EXPECT_THAT(Logins({"--where", "name~100_"}), IsEmpty());
     EXPECT_THAT(Logins({"--where", "name~[abc]"}), IsEmpty());
 }

@@ -25,7 +25,7 @@ import tempfile
 
 ROOT, BINARIES, LIBRARIES = (pathlib.Path(argument) for argument in sys.argv[1:4])
 COMPILER, NOT_RUN, FLAGS = sys.argv[4], int(sys.argv[5]), sys.argv[6:]
-PLAIN = {"text", "sql", "cmake", "csv", "json", "ini", "mermaid"}
+PLAIN = {"text", "sql", "cmake", "csv", "json", "ini", "mermaid", "toml"}
 ENGINES = ["sqlite", "postgresql", "mariadb"]
 # Pages whose programs other tests build and run.
 ELSEWHERE = {"docs/tutorial.md"}

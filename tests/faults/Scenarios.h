@@ -77,6 +77,7 @@ inline constexpr const char* kSetupStatements[] = {
 inline constexpr Scenario kScenarios[] = {
     {"db init", {}, true},
     {"db status -o json", {}, false, true},
+    {"config show --origin"},
     {"db copy sqlite:copy.db", {}, true},
 
     {"user list", {}, false, true},
