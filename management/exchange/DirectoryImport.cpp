@@ -93,7 +93,7 @@ bool IsSo(const Noun& noun, const ColumnValues& stored, const ColumnValues& want
 
 class Importer {
 public:
-    Importer(Call& call, const DirectoryImportOptions& options, LineReader& reader, ImportReport& report)
+    Importer(Call& call, const DirectoryImportOptions& options, LineSource& reader, ImportReport& report)
         : m_call(call),
           m_conn(call.Connection()),
           m_dryRun(call.Options().dryRun),
@@ -821,7 +821,7 @@ private:
     CAConnect& m_conn;
     bool m_dryRun;
     const DirectoryImportOptions& m_options;
-    LineReader& m_reader;
+    LineSource& m_reader;
     ImportReport& m_report;
     std::optional<ItemNames> m_names;                            // read with the first block
     std::string m_itemsState;                                    // when they were read
@@ -839,9 +839,15 @@ void ImportDirectory(Call& call, const ImportSource& source, const DirectoryImpo
 {
     LineReader reader(source.in, source.name);
     reader.RequireHead();
+    ImportLines(call, reader, source, options, report);
+}
+
+void ImportLines(Call& call, LineSource& lines, const ImportSource& source, const DirectoryImportOptions& options,
+                 ImportReport& report)
+{
     const auto noteIfCutShort = [&] {
         report.cutShort = call.Front().IsStopRequested() ? "stopped by a signal"
-                          : reader.Failed()              ? fmt::format("{} cannot be read", source.name)
+                          : lines.Failed()               ? fmt::format("{} cannot be read", source.name)
                                                          : "";
         return !report.cutShort.empty();
     };
@@ -849,7 +855,7 @@ void ImportDirectory(Call& call, const ImportSource& source, const DirectoryImpo
         return;
     }
     try {
-        Importer(call, options, reader, report).Run(source.rows);
+        Importer(call, options, lines, report).Run(source.rows);
     } catch (const DatabaseError& e) {
         throw Error(ErrorCode::database, fmt::format("stopped: {}", e.what()));
     }

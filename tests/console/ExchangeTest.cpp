@@ -267,10 +267,13 @@ TEST_P(ExchangeTest, OtherFilesAreRefused)
 {
     const std::string before = Dump();
     for (const char* text : {"", "login\namy\n", "{\"format\":\"else\"}\n", "[1]\n"}) {
-        const ChildResult result = Import(text);
+        const ChildResult result = Import(text, {"--format", "json"});
         EXPECT_EQ(result.exit, 2) << result.err;
         EXPECT_THAT(result.err, HasSubstr("is no exported directory: its first line is not {\"format\":"));
     }
+    EXPECT_EQ(Import("{\"format\":\"else\"}\n").exit, 2);
+    EXPECT_EQ(Import("").exit, 2);
+    EXPECT_EQ(Import("{}\n", {"--view", "A"}).exit, 2);
     EXPECT_THAT(Import("{\"format\":\"qvadmin directory\",\"version\":2}\n").err,
                 HasSubstr("was exported by a later qvadmin"));
     EXPECT_EQ(Dump(), before);
@@ -300,4 +303,8 @@ TEST_P(ExchangeTest, PeopleInCsvReadBackWithoutAChange)
     EXPECT_EQ(Run({"user", "import", Path("people.csv"), "--allow-privileges"}).exit, 0);
     EXPECT_EQ(Export("again.csv", {"--format", "csv"}), text);
     EXPECT_EQ(Run({"export", "--format", "csv", "--with-passwords"}).exit, 2);
+    // A directory takes them too.
+    StartAnew();
+    EXPECT_EQ(Run({"import", Path("people.csv"), "--allow-privileges"}).exit, 0);
+    EXPECT_EQ(Export("third.csv", {"--format", "csv"}), text);
 }
