@@ -24,17 +24,20 @@ struct ExportInput {
     std::optional<std::string> in;
     std::optional<std::string> nouns;
     bool withPasswords = false;
+    std::optional<std::string> base;
 };
 
 constexpr Param<ExportInput> kExportParams[] = {
     {"FILE", &ExportInput::file, Kind::file, "where to write; standard output if not given"},
     {"format", &ExportInput::format, Kind::choice,
-     "json: everything, an object on each line; csv: the people, as `user import` takes them; json if not given",
-     OneOf{"json", "csv"}},
+     "json: everything, an object on each line; csv: the people, as `user import` takes them; ldif: people, groups and "
+     "roles, for other directories; json if not given",
+     OneOf{"json", "csv", "ldif"}},
     {"in", &ExportInput::in, Kind::holder, "only a view or group: what is below it, and the people there"},
     {"nouns", &ExportInput::nouns, Kind::text, "only these kinds of lines, such as users,groups,members"},
     {"with_passwords", &ExportInput::withPasswords, Kind::flag,
      "also passwords as they are stored, and the encryption key"},
+    {"base", &ExportInput::base, Kind::text, "of the distinguished names of ldif, such as dc=example,dc=org"},
 };
 
 std::vector<std::string> SplitAtCommas(const std::string& text)
@@ -121,13 +124,17 @@ private:
 Exit Export(const LocalCall& call)
 {
     const auto in = binding::ReadInput<kExportParams>(call.given);
-    const bool isJson = in.format.value_or("json") == "json";
+    const std::string format = in.format.value_or("json");
+    const bool isJson = format == "json";
+    if (in.base && format != "ldif") {
+        throw Error(ErrorCode::invalid, "--base is for --format ldif");
+    }
     if (!isJson && (in.nouns || in.withPasswords)) {
         throw Error(ErrorCode::invalid,
                     fmt::format("--{} is for --format json", in.nouns ? "nouns" : "with-passwords"));
     }
     const ExportOptions options = {in.nouns ? SplitAtCommas(*in.nouns) : std::vector<std::string>(), in.in,
-                                   in.withPasswords};
+                                   in.withPasswords, in.base};
     Session session(call.arguments, Session::Indexes::leftAlone);
     ExportFrontEnd frontEnd(call, in.file);
     Call work([&]() -> CAConnect& { return session.Directory().Connection(); }, frontEnd, call.given.options);
@@ -137,6 +144,10 @@ Exit Export(const LocalCall& call)
         frontEnd.Begin(std::string(kExportHead));
         isDone = ExportDirectory(
             work, options, [&](const std::string& line) { frontEnd.Stream() << line << '\n'; }, report);
+    } else if (format == "ldif") {
+        frontEnd.Begin("version: 1");
+        isDone = ExportLdif(
+            work, options, [&](const std::string& entry) { frontEnd.Stream() << entry; }, report);
     } else {
         isDone = ExportPeople(work, options, report);
     }
@@ -153,9 +164,12 @@ Exit Export(const LocalCall& call)
                                          report.leftOut == 1 ? "1 row was"
                                                              : fmt::format("{} rows were", report.leftOut));
     }
-    call.terminal.err << fmt::format(
-        "exported {} to {} ({})\n", Counted(static_cast<std::size_t>(report.lines), isJson ? "line" : "user"),
-        frontEnd.Name(), PaceText(std::chrono::steady_clock::now() - report.begin, report.lines));
+    call.terminal.err << fmt::format("exported {} to {} ({})\n",
+                                     Counted(static_cast<std::size_t>(report.lines), format == "json"  ? "line"
+                                                                                     : format == "csv" ? "user"
+                                                                                                       : "entry"),
+                                     frontEnd.Name(),
+                                     PaceText(std::chrono::steady_clock::now() - report.begin, report.lines));
     return Exit::done;
 }
 
@@ -164,7 +178,8 @@ constexpr LocalCommand kCommands[] = {
       .summary = "write the directory to a file that `qvadmin import` reads",
       .examples = "  qvadmin export directory.jsonl\n"
                   "  qvadmin export --in /Company/Sales --nouns users,groups,members\n"
-                  "  qvadmin export people.csv --format csv",
+                  "  qvadmin export people.csv --format csv\n"
+                  "  qvadmin export directory.ldif --format ldif --base dc=example,dc=org",
       .effect = Effect::read,
       .duration = Duration::longRunning,
       .params = &InfosOf<kExportParams>},

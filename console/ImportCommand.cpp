@@ -9,8 +9,10 @@
 #include "console/Url.h"
 #include "management/Text.h"
 #include "management/exchange/DirectoryImport.h"
+#include "management/exchange/LdifSource.h"
 #include "management/import/Import.h"
 #include "management/import/Synchronisation.h"
+#include "management/organisation/Organisation.h"
 #include "schema/Privileges.h"
 
 #include <fmt/format.h>
@@ -429,6 +431,9 @@ struct DirectoryInput {
     std::optional<std::string> result;
     bool update = false;
     bool allowPrivileges = false;
+    std::optional<std::string> format;
+    std::optional<std::string> view;
+    std::optional<std::string> groupsAs;
     std::optional<std::string> reason;
 };
 
@@ -440,17 +445,85 @@ constexpr Param<DirectoryInput> kDirectoryParams[] = {
     {"update", &DirectoryInput::update, Kind::flag, "give what is there the values of its line"},
     {"allow_privileges", &DirectoryInput::allowPrivileges, Kind::flag,
      "lines may change super, system and locked, and concern Admin"},
+    {"format", &DirectoryInput::format, Kind::choice, "of the file; by what it begins with if not given",
+     OneOf{"json", "csv", "ldif"}},
+    {"view", &DirectoryInput::view, Kind::view,
+     "of ldif: under which units are groups; the topmost units are views if not given"},
+    {"groups_as", &DirectoryInput::groupsAs, Kind::choice, "of ldif: what groups of names become; roles if not given",
+     OneOf{"roles", "groups"}},
     {"reason", &DirectoryInput::reason, Kind::text, kReasonHelp},
 };
+
+/// The format of a file, by what it begins with.
+std::string FormatOf(std::string_view beginning)
+{
+    const std::size_t begin = beginning.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+    const std::size_t first = beginning.find_first_not_of(" \t\r\n", begin);
+    const std::string_view text = first == std::string_view::npos ? "" : beginning.substr(first);
+    const bool isLdif = text.starts_with("dn:") || text.starts_with("version:") || text.starts_with('#');
+    return text.starts_with('{') || text.empty() ? "json" : isLdif ? "ldif" : "csv";
+}
+
+/// The name of a view, which may have a slash before it. @throws Error (invalid) for a longer path.
+std::optional<std::string> ViewName(const std::optional<std::string>& view)
+{
+    if (!view || !view->starts_with('/')) {
+        return view;
+    }
+    const std::vector<std::string> names = SplitPath(*view);
+    if (names.size() != 1) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is no view; write --view NAME", Quoted(*view)));
+    }
+    return names.front();
+}
+
+void ImportLdif(Call& call, const SourceFile& source, const DirectoryInput& in, ImportReport& report,
+                std::istream& standardInput, std::ostream& err)
+{
+    std::unique_ptr<SourceFile> file;
+    LdifSource lines(
+        [&]() -> std::istream& {
+            file = std::make_unique<SourceFile>(source.Path(), standardInput);
+            return file->Stream();
+        },
+        {ViewName(in.view), in.groupsAs == "groups"});
+    ImportLines(call, lines, {standardInput, source.Name()}, {in.update, in.allowPrivileges}, report);
+    if (lines.LeftOut() > 0) {
+        err << fmt::format("left out: {} that are no people, units or groups\n",
+                           Counted(static_cast<std::size_t>(lines.LeftOut()), "entry"));
+    }
+}
 
 Exit ImportWhole(const LocalCall& call)
 {
     const auto in = binding::ReadInput<kDirectoryParams>(call.given);
     ImportRun run(call, {in.file, in.dryRun, in.result}, in.reason);
     SourceFile& source = run.Source();
-    const std::optional<long> lines = call.terminal.errIsTerminal ? source.CountLines() : std::nullopt;
+    const std::string format = in.format.value_or(FormatOf(source.Beginning()));
+    if ((in.view || in.groupsAs) && format != "ldif") {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("--{} is for ldif, and {} is not", in.view ? "view" : "groups-as", source.Name()));
+    }
+    if (format == "ldif" && source.IsStandardInput()) {
+        throw Error(ErrorCode::invalid, "ldif is read several times; give a file");
+    }
+    if (format == "csv") {
+        source.ReadAsCsv(std::nullopt);
+    }
+    const std::optional<long> lines =
+        call.terminal.errIsTerminal && format == "json" ? source.CountLines() : std::nullopt;
     const auto import = [&](Call& work, ImportReport& report) {
-        ImportDirectory(work, {source.Stream(), source.Name(), lines}, {in.update, in.allowPrivileges}, report);
+        const ImportSource rows{source.Stream(), source.Name(), lines};
+        if (format == "ldif") {
+            ImportLdif(work, source, in, report, call.terminal.in, call.terminal.err);
+        } else if (format == "csv") {
+            ImportOptions options;
+            options.update = in.update;
+            options.allowPrivileges = in.allowPrivileges;
+            ImportUsers(work, rows, options, report);
+        } else {
+            ImportDirectory(work, rows, {in.update, in.allowPrivileges}, report);
+        }
     };
     return run.Run(import, [&](const ImportReport& report, const std::string& result, bool mayWrite) {
         SummariseDirectory(in.dryRun, in.allowPrivileges, report, source.Name(), result, mayWrite, call.terminal.err);
@@ -472,9 +545,10 @@ constexpr LocalCommand kCommands[] = {
       .params = &InfosOf<kImportParams>},
      &ImportFile},
     {{.path = {"import"},
-      .summary = "bring what `qvadmin export` has written into this directory",
+      .summary = "bring what `qvadmin export` or another directory has written into this one",
       .examples = "  qvadmin import directory.jsonl --dry-run\n"
-                  "  qvadmin import directory.jsonl --update",
+                  "  qvadmin import directory.jsonl --update\n"
+                  "  qvadmin import people.ldif --view Company --groups-as groups",
       .effect = Effect::change,
       .duration = Duration::longRunning,
       .params = &InfosOf<kDirectoryParams>},

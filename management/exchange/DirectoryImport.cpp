@@ -9,9 +9,9 @@
 #include "management/Query.h"
 #include "management/Text.h"
 #include "management/documents/Documents.h"
-#include "management/exchange/Export.h"
 #include "management/exchange/ItemNames.h"
-#include "management/exchange/JsonLine.h"
+#include "management/exchange/LineReader.h"
+#include "management/exchange/LineResolver.h"
 #include "management/exchange/Nouns.h"
 #include "management/import/UserBlock.h"
 #include "management/organisation/Organisation.h"
@@ -22,6 +22,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <charconv>
 #include <deque>
 #include <map>
 #include <set>
@@ -33,146 +34,30 @@ namespace {
 
 constexpr std::size_t kMostLines = 256;
 constexpr std::size_t kMostBytes = std::size_t{2} * 1024 * 1024;
-constexpr std::size_t kLongestLine = std::size_t{64} * 1024 * 1024;
 constexpr std::array<std::string_view, 5> kResultColumns = {"line", "noun", "name", "outcome", "reason"};
 constexpr std::string_view kAdmin = "Admin";
 constexpr const char* kMark = "SAVEPOINT qv_block";
 constexpr const char* kBackToMark = "ROLLBACK TO SAVEPOINT qv_block";
 
-/// Columns with what they hold.
-using Values = std::map<std::string_view, Stored>;
-
-/// A line of the file.
-struct Line {
-    long number = 0;
-    const Noun* noun = nullptr;
-    JsonObject object;
-    std::string problem; ///< empty when the line is good so far
-};
-
 /// A row that is there.
 struct Row {
     int id = 0; ///< 0 where it has none
-    Values values;
+    ColumnValues values;
     bool isClaimed = false; ///< by a line
 };
 
-/// What a line wants.
-struct Wanted {
-    const Line* line = nullptr;
-    std::string name; ///< for people
-    Values values;
-    std::string key; ///< of the columns by which it finds its row, case not counting
-    std::optional<int> id;
+/// What a line wants, and what becomes of it.
+struct Wanted : ResolvedLine {
+    const ExportedLine* line = nullptr;
+    std::string key = {}; ///< of the columns by which it finds its row, case not counting
     Row* row = nullptr;
     RowFate fate = RowFate::failed;
-    std::string reason;
     bool isPrivileged = false;
 };
 
-// ---- The file -------------------------------------------------------------------------------------------------------
+// ---- Which row a line is about --------------------------------------------------------------------------------------
 
-/// Reads lines one after the other.
-class LineReader {
-public:
-    LineReader(std::istream& in, std::string name) : m_in(in), m_name(std::move(name)) {}
-
-    /// @throws Error (invalid) for another first line than that of an exported directory.
-    void RequireHead()
-    {
-        const std::optional<std::string> text = ReadText();
-        if (m_failed) {
-            return;
-        }
-        JsonObject head;
-        try {
-            head = ReadJsonLine(text.value_or(""));
-        } catch (const Error&) { // said below
-        }
-        const auto is = [&head](std::string_view member, const JsonValue& value) {
-            return std::ranges::any_of(head, [&](const JsonMember& m) { return m.name == member && m.value == value; });
-        };
-        if (!is("format", TextValue("qvadmin directory"))) {
-            throw Error(ErrorCode::invalid,
-                        fmt::format("{} is no exported directory: its first line is not {}", m_name, kExportHead));
-        }
-        if (!is("version", std::int64_t{1})) {
-            throw Error(ErrorCode::invalid, fmt::format("{} was exported by a later qvadmin", m_name));
-        }
-    }
-
-    /// The next line that is not blank; nothing at the end and when the stream cannot be read.
-    std::optional<Line> Next()
-    {
-        while (std::optional<std::string> text = ReadText()) {
-            if (text->find_first_not_of(" \t\r") != std::string::npos) {
-                m_bytes += text->size();
-                return Parsed(*text);
-            }
-        }
-        return std::nullopt;
-    }
-
-    [[nodiscard]] bool Failed() const { return m_failed; }
-    /// How many have been read since the last time.
-    std::size_t TakeBytes() { return std::exchange(m_bytes, 0); }
-
-private:
-    // The buffer is asked directly: what it throws when reading fails is not lost in a state bit.
-    std::optional<std::string> ReadText()
-    {
-        constexpr int kEnd = std::char_traits<char>::eof();
-        std::string text;
-        try {
-            int byte = m_in.rdbuf()->sbumpc();
-            if (byte == kEnd) {
-                return std::nullopt;
-            }
-            for (; byte != kEnd && byte != '\n'; byte = m_in.rdbuf()->sbumpc()) {
-                if (text.size() <= kLongestLine) {
-                    text += static_cast<char>(byte);
-                }
-            }
-        } catch (const std::ios_base::failure&) {
-            m_failed = true;
-            return std::nullopt;
-        }
-        ++m_number;
-        return text;
-    }
-
-    [[nodiscard]] Line Parsed(const std::string& text) const
-    {
-        Line line{m_number, nullptr, {}, {}};
-        try {
-            if (text.size() > kLongestLine) {
-                throw Error(ErrorCode::invalid, "the line is longer than 64 MiB");
-            }
-            line.object = ReadJsonLine(text);
-            const auto noun = std::ranges::find(line.object, "noun", &JsonMember::name);
-            const auto* name = noun == line.object.end() ? nullptr : std::get_if<TextValue>(&noun->value);
-            line.noun = name == nullptr ? nullptr : FindNoun(*name);
-            if (line.noun == nullptr) {
-                throw Error(ErrorCode::invalid, name == nullptr ? std::string("the line has no noun")
-                                                                : fmt::format("there is no noun {}", Quoted(*name)));
-            }
-            line.object.erase(noun);
-        } catch (const Error& e) {
-            line.problem = e.what();
-        }
-        return line;
-    }
-
-    std::istream& m_in;
-    std::string m_name;
-    long m_number = 0;
-    std::size_t m_bytes = 0;
-    bool m_failed = false;
-};
-
-// ---- What lines say -------------------------------------------------------------------------------------------------
-
-std::string FoldedKey(const Noun& noun, const Values& values)
+std::string FoldedKey(const Noun& noun, const ColumnValues& values)
 {
     std::string key;
     for (std::size_t i = 0; i < noun.keys; ++i) {
@@ -184,7 +69,7 @@ std::string FoldedKey(const Noun& noun, const Values& values)
     return key;
 }
 
-bool SameKey(const Noun& noun, const Values& a, const Values& b)
+bool SameKey(const Noun& noun, const ColumnValues& a, const ColumnValues& b)
 {
     return std::ranges::all_of(std::span(noun.members).first(noun.keys), [&](const LineMember& member) {
         const auto left = a.find(member.column);
@@ -194,7 +79,7 @@ bool SameKey(const Noun& noun, const Values& a, const Values& b)
 }
 
 /// Whether the row has all these values already. Of texts that name rows, case does not count.
-bool IsSo(const Noun& noun, const Values& stored, const Values& wanted)
+bool IsSo(const Noun& noun, const ColumnValues& stored, const ColumnValues& wanted)
 {
     return std::ranges::all_of(wanted, [&](const auto& value) {
         const auto found = stored.find(value.first);
@@ -204,216 +89,17 @@ bool IsSo(const Noun& noun, const Values& stored, const Values& wanted)
     });
 }
 
-/// All login names that lines name, each once.
-std::vector<std::string> LoginsIn(std::span<const Line> lines)
-{
-    std::set<std::string> logins;
-    for (const Line& line : lines) {
-        for (const JsonMember& given : line.object) {
-            const auto* text = std::get_if<TextValue>(&given.value);
-            const auto isNamed = [&](const LineMember& member) {
-                return member.name == given.name &&
-                       (member.kind == MemberKind::user || (member.kind == MemberKind::item && given.part == "user") ||
-                        member.column == "Col_LoginName");
-            };
-            if (text != nullptr && line.problem.empty() && std::ranges::any_of(line.noun->members, isNamed)) {
-                logins.insert(*text);
-            }
-        }
-    }
-    return {logins.begin(), logins.end()};
-}
-
-/// Reads lines with the names that a directory has.
-class LineResolver {
-public:
-    LineResolver(const ItemNames& names, const UserBlock& users) : m_names(names), m_users(users) {}
-
-    [[nodiscard]] Wanted Resolve(const Line& line) const
-    {
-        Wanted wanted;
-        wanted.line = &line;
-        wanted.reason = line.problem;
-        if (!line.problem.empty()) {
-            return wanted;
-        }
-        try {
-            for (const JsonMember& given : line.object) {
-                Take(wanted, *line.noun, given);
-            }
-            RequireKeys(*line.noun, wanted);
-        } catch (const Error& e) {
-            wanted.reason = e.what();
-        }
-        wanted.key = FoldedKey(*line.noun, wanted.values);
-        return wanted;
-    }
-
-private:
-    void Take(Wanted& wanted, const Noun& noun, const JsonMember& given) const
-    {
-        const auto member = std::ranges::find(noun.members, given.name, &LineMember::name);
-        if (member == noun.members.end()) {
-            throw Error(ErrorCode::invalid, fmt::format("a {} has no member {}", noun.name, Quoted(given.name)));
-        }
-        if (static_cast<std::size_t>(member - noun.members.begin()) < noun.keys) {
-            NameBy(wanted, given.value);
-        }
-        if (noun.item != MemberKind::text && member == noun.members.begin()) {
-            wanted.values[member->column] = ParseItemName(noun.item, TextOf(given)).name;
-            wanted.id = m_names.Find(noun.item, TextOf(given));
-        } else if (IsReference(member->kind)) {
-            TakeReference(wanted, *member, given);
-        } else {
-            if (!given.part.empty()) {
-                throw Error(ErrorCode::invalid, fmt::format("{} is an object", given.name));
-            }
-            wanted.values[member->column] = PlainValue(*member, given);
-        }
-    }
-
-    static void NameBy(Wanted& wanted, const JsonValue& value)
-    {
-        const auto* text = std::get_if<TextValue>(&value);
-        const auto* number = std::get_if<std::int64_t>(&value);
-        wanted.name += fmt::format("{}{}", wanted.name.empty() ? "" : " ",
-                                   text != nullptr     ? std::string(*text)
-                                   : number != nullptr ? std::to_string(*number)
-                                                       : "");
-    }
-
-    static const std::string& TextOf(const JsonMember& given)
-    {
-        const auto* text = std::get_if<TextValue>(&given.value);
-        if (text == nullptr) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is no text", given.name));
-        }
-        return *text;
-    }
-
-    static Stored PlainValue(const LineMember& member, const JsonMember& given)
-    {
-        if (std::holds_alternative<std::monostate>(given.value)) {
-            return std::nullopt;
-        }
-        if (!IsNumber(member.kind)) {
-            return TextOf(given);
-        }
-        if (const auto* flag = std::get_if<bool>(&given.value)) {
-            return *flag ? "1" : "0";
-        }
-        const auto* number = std::get_if<std::int64_t>(&given.value);
-        if (number == nullptr) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is no whole number", given.name));
-        }
-        return std::to_string(*number);
-    }
-
-    void TakeReference(Wanted& wanted, const LineMember& member, const JsonMember& given) const
-    {
-        if (std::holds_alternative<std::monostate>(given.value) && given.part.empty()) {
-            wanted.values[member.column] = "0";
-            return;
-        }
-        const bool isObject = member.kind == MemberKind::object && given.part != "folder";
-        if (isObject) {
-            const auto* number = std::get_if<std::int64_t>(&given.value);
-            if (number == nullptr || (given.part != "class" && given.part != "id")) {
-                throw Error(ErrorCode::invalid,
-                            fmt::format("{} is neither a folder nor a class and an id", given.name));
-            }
-            wanted.values[given.part == "class" ? member.typeColumn : member.column] = std::to_string(*number);
-            return;
-        }
-        const auto [kind, type] = TypeOf(member, given);
-        if (!member.typeColumn.empty()) {
-            wanted.values[member.typeColumn] = std::to_string(type);
-        }
-        wanted.values[member.column] =
-            std::to_string(kind == MemberKind::user ? FindUser(TextOf(given)) : FindItem(kind, TextOf(given)));
-    }
-
-    static std::pair<MemberKind, int> TypeOf(const LineMember& member, const JsonMember& given)
-    {
-        if (member.kind == MemberKind::object) {
-            return {MemberKind::folder, kFolderClass};
-        }
-        if (member.kind != MemberKind::item) {
-            return {member.kind, 0};
-        }
-        constexpr std::array<std::pair<std::string_view, std::pair<MemberKind, int>>, 4> kTypes = {
-            {{"user", {MemberKind::user, kItemTypeUser}},
-             {"group", {MemberKind::group, kItemTypeGroup}},
-             {"role", {MemberKind::role, kItemTypeRole}},
-             {"view", {MemberKind::view, kItemTypeView}}}};
-        const auto* found =
-            std::ranges::find(kTypes, std::string_view(given.part), &decltype(kTypes)::value_type::first);
-        if (found == kTypes.end()) {
-            throw Error(ErrorCode::invalid, fmt::format("{} has none of user, group, role and view", given.name));
-        }
-        return found->second;
-    }
-
-    [[nodiscard]] int FindUser(const std::string& login) const
-    {
-        const std::span<const UserBlock::User> users = m_users.Find(NameKey(login));
-        if (users.empty()) {
-            throw Error(ErrorCode::notFound, fmt::format("there is no user {}", Quoted(login)));
-        }
-        const auto exact =
-            std::ranges::find_if(users, [&](const UserBlock::User& user) { return user.key.login == login; });
-        if (exact == users.end() && users.size() > 1) {
-            throw Error(ErrorCode::conflict, fmt::format("{} may be {} or {}, which differ in case only", Quoted(login),
-                                                         Named(users[0].key), Named(users[1].key)));
-        }
-        return exact == users.end() ? users.front().key.id : exact->key.id;
-    }
-
-    [[nodiscard]] int FindItem(MemberKind kind, const std::string& name) const
-    {
-        const std::optional<int> id = m_names.Find(kind, name);
-        if (!id) {
-            constexpr std::array<std::string_view, 6> kNames = {"view", "group",         "role",
-                                                                "plan", "document root", "folder"};
-            throw Error(ErrorCode::notFound, fmt::format("there is no {} {}",
-                                                         kNames.at(static_cast<std::size_t>(kind) -
-                                                                   static_cast<std::size_t>(MemberKind::view)),
-                                                         Quoted(name)));
-        }
-        return *id;
-    }
-
-    static void RequireKeys(const Noun& noun, const Wanted& wanted)
-    {
-        for (const LineMember& member : std::span(noun.members).first(noun.keys)) {
-            const auto value = wanted.values.find(member.column);
-            const bool hasType = member.typeColumn.empty() || wanted.values.contains(member.typeColumn);
-            if (value == wanted.values.end() || !hasType) {
-                throw Error(ErrorCode::invalid, fmt::format("the line has no {}", member.name));
-            }
-        }
-        const auto first = wanted.values.find(noun.members.front().column);
-        if (first->second.value_or("").empty()) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is empty", noun.members.front().name));
-        }
-    }
-
-    const ItemNames& m_names;
-    const UserBlock& m_users;
-};
-
 // ---- The import -----------------------------------------------------------------------------------------------------
 
 class Importer {
 public:
-    Importer(Call& call, const DirectoryImportOptions& options, LineReader& reader, ImportReport& report)
+    Importer(Call& call, const DirectoryImportOptions& options, LineSource& reader, ImportReport& report)
         : m_call(call),
           m_conn(call.Connection()),
           m_dryRun(call.Options().dryRun),
           m_options(options),
           m_reader(reader),
-          m_report(report),
-          m_names(m_conn)
+          m_report(report)
     {
     }
 
@@ -426,7 +112,7 @@ public:
         }
         m_next = m_reader.Next();
         while (m_next && !m_call.Front().IsStopRequested()) {
-            const std::vector<Line> lines = ReadBlock();
+            const std::vector<ExportedLine> lines = ReadBlock();
             ApplyBlock(lines);
             m_call.Front().ShowProgress(m_report.rows, total);
         }
@@ -437,9 +123,9 @@ public:
 
 private:
     /// Lines of one noun, all of them of a tree. Lines that are about the same row come together.
-    std::vector<Line> ReadBlock()
+    std::vector<ExportedLine> ReadBlock()
     {
-        std::vector<Line> lines;
+        std::vector<ExportedLine> lines;
         const Noun* noun = m_next->noun;
         const bool isTree = noun != nullptr && IsTree(noun->item);
         std::size_t bytes = 0;
@@ -455,9 +141,9 @@ private:
         return lines;
     }
 
-    static bool IsAboutSame(const Line& a, const Line& b)
+    static bool IsAboutSame(const ExportedLine& a, const ExportedLine& b)
     {
-        const auto firstOf = [](const Line& line) -> const JsonValue* {
+        const auto firstOf = [](const ExportedLine& line) -> const JsonValue* {
             const auto found = std::ranges::find(line.object, line.noun->members.front().name, &JsonMember::name);
             return found == line.object.end() ? nullptr : &found->value;
         };
@@ -467,18 +153,18 @@ private:
                a.object.size() == b.object.size();
     }
 
-    void ApplyBlock(std::span<const Line> lines)
+    void ApplyBlock(std::span<const ExportedLine> lines)
     {
         if (Try(lines)) {
             return;
         }
         // Which line the engine refused shows when each is done by itself, of a tree the parents first.
-        std::vector<const Line*> order;
-        std::ranges::transform(lines, std::back_inserter(order), [](const Line& line) { return &line; });
+        std::vector<const ExportedLine*> order;
+        std::ranges::transform(lines, std::back_inserter(order), [](const ExportedLine& line) { return &line; });
         if (IsTree(lines.front().noun->item)) {
-            std::ranges::stable_sort(order, {}, [](const Line* line) { return DepthOf(*line); });
+            std::ranges::stable_sort(order, {}, [](const ExportedLine* line) { return DepthOf(*line); });
         }
-        for (const Line* line : order) {
+        for (const ExportedLine* line : order) {
             if (m_call.Front().IsStopRequested()) {
                 return;
             }
@@ -486,7 +172,7 @@ private:
         }
     }
 
-    static std::size_t DepthOf(const Line& line)
+    static std::size_t DepthOf(const ExportedLine& line)
     {
         std::size_t depth = 0;
         const auto path = std::ranges::find(line.object, line.noun->members.front().name, &JsonMember::name);
@@ -499,7 +185,7 @@ private:
     }
 
     /// @return false when the engine refused something and there are several lines: nothing was done then.
-    bool Try(std::span<const Line> lines)
+    bool Try(std::span<const ExportedLine> lines)
     {
         std::vector<Wanted> wanted;
         m_added.clear();
@@ -518,7 +204,7 @@ private:
             Wanted failed;
             failed.line = &lines.front();
             failed.name = wanted.empty() ? "" : wanted.front().name;
-            failed.reason = e.what();
+            failed.problem = e.what();
             wanted = {failed};
         }
         for (const Wanted& one : wanted) {
@@ -552,20 +238,21 @@ private:
             m_change.reset();
         }
         for (const auto& [kind, id] : m_added) {
-            m_names.Remove(kind, id);
+            m_names->Remove(kind, id);
         }
     }
 
-    std::vector<Wanted> Apply(std::span<const Line> lines)
+    std::vector<Wanted> Apply(std::span<const ExportedLine> lines)
     {
         std::vector<Wanted> all;
         const Noun* noun = lines.front().noun;
         if (noun == nullptr) {
-            const LineResolver resolver(m_names, {});
-            std::ranges::transform(lines, std::back_inserter(all),
-                                   [&](const Line& line) { return resolver.Resolve(line); });
+            for (const ExportedLine& line : lines) {
+                all.push_back({{.name = {}, .values = {}, .problem = line.problem}, &line});
+            }
             return all;
         }
+        ReadNames();
         std::vector<const Field*> fields;
         if (noun->name == "user") {
             for (const LineMember& member : noun->members) {
@@ -573,14 +260,37 @@ private:
             }
         }
         const UserBlock users(m_conn, LoginsIn(lines), fields);
-        const LineResolver resolver(m_names, users);
-        std::ranges::transform(lines, std::back_inserter(all),
-                               [&](const Line& line) { return resolver.Resolve(line); });
+        const LineResolver resolver(*m_names, users);
+        for (const ExportedLine& line : lines) {
+            ResolvedLine resolved = resolver.Resolve(line);
+            std::string key = FoldedKey(*noun, resolved.values);
+            all.push_back({std::move(resolved), &line, std::move(key)});
+        }
         RequireLengths(*noun, all);
         std::deque<Row> rows = noun->name == "user" ? RowsOf(users) : ReadRows(*noun, all);
         Pair(*noun, all, rows);
         Write(*noun, all, users.HasConfused());
         return all;
+    }
+
+    /// Reads the names of items once more where others have added or deleted some since the last time.
+    void ReadNames()
+    {
+        std::string query;
+        for (const Noun& noun : Nouns()) {
+            if (noun.item != MemberKind::text) {
+                query += fmt::format("{}SELECT COUNT(*), MAX(Col_ID), SUM(Col_ID) FROM {}",
+                                     query.empty() ? "" : " UNION ALL ", noun.table);
+            }
+        }
+        std::string state;
+        EachRow(m_conn, query, [&state](CARecordset& row) {
+            state += fmt::format("{} {} {}\n", TextIn(row, 1), TextIn(row, 2), TextIn(row, 3));
+        });
+        if (state != m_itemsState) {
+            m_names.emplace(m_conn);
+            m_itemsState = std::move(state);
+        }
     }
 
     void RequireLengths(const Noun& noun, std::vector<Wanted>& all)
@@ -592,8 +302,8 @@ private:
         for (Wanted& wanted : all) {
             for (const LineMember& member : noun.members) {
                 const auto value = wanted.values.find(member.column);
-                if (wanted.reason.empty() && value != wanted.values.end() && value->second) {
-                    wanted.reason = TooLong(found->second, TextFor{member.name, member.column, *value->second});
+                if (wanted.problem.empty() && value != wanted.values.end() && value->second) {
+                    wanted.problem = TooLong(found->second, TextFor{member.name, member.column, *value->second});
                 }
             }
         }
@@ -665,7 +375,7 @@ private:
         for (const LineMember& member : std::span(noun.members).first(noun.keys)) {
             std::set<std::string> ids;
             for (const Wanted& wanted : all) {
-                if (wanted.reason.empty() && IsReference(member.kind)) {
+                if (wanted.problem.empty() && IsReference(member.kind)) {
                     ids.insert(*wanted.values.at(member.column));
                 }
             }
@@ -681,7 +391,7 @@ private:
         std::set<std::string> literals;
         const std::string_view column = noun.members.front().column;
         for (const Wanted& wanted : all) {
-            if (wanted.reason.empty()) {
+            if (wanted.problem.empty()) {
                 const std::string text = wanted.values.at(column).value_or("");
                 literals.insert(Literal(m_conn, text));
                 literals.insert(Literal(m_conn, platform::UpperUtf8(text)));
@@ -704,7 +414,7 @@ private:
         }
         const auto claim = [&](auto isWanted) {
             for (Wanted& wanted : all) {
-                if (!wanted.reason.empty() || wanted.row != nullptr) {
+                if (!wanted.problem.empty() || wanted.row != nullptr) {
                     continue;
                 }
                 const auto [first, last] = byKey.equal_range(wanted.key);
@@ -738,22 +448,25 @@ private:
         std::set<std::string> repeated;
         for (Wanted& wanted : all) {
             try {
-                if (wanted.reason.empty()) {
+                if (wanted.problem.empty()) {
                     RequireOnce(noun, wanted, repeated);
                     Decide(noun, wanted, hasConfused);
+                    if (wanted.row == nullptr && !noun.hasId && !repeated.insert(TextOf(wanted.values)).second) {
+                        wanted.fate = RowFate::unchanged; // an equal line before it adds the row
+                    }
                 }
             } catch (const DatabaseError&) {
                 throw;
             } catch (const Error& e) {
                 wanted.fate = RowFate::failed;
-                wanted.reason = e.what();
+                wanted.problem = e.what();
             }
         }
         if (IsTree(noun.item)) {
             RequireParents(noun, all);
         }
         for (Wanted& wanted : all) {
-            if (!wanted.reason.empty()) {
+            if (!wanted.problem.empty()) {
                 continue;
             }
             if (wanted.fate == RowFate::created && wanted.row == nullptr) {
@@ -774,7 +487,7 @@ private:
         }
         if (IsTree(noun.item)) {
             for (const Wanted& wanted : all) {
-                if (wanted.fate == RowFate::created && wanted.reason.empty()) {
+                if (wanted.fate == RowFate::created && wanted.problem.empty()) {
                     Hang(noun, wanted);
                 }
             }
@@ -785,12 +498,19 @@ private:
     static void RequireOnce(const Noun& noun, const Wanted& wanted, std::set<std::string>& repeated)
     {
         const bool isItem = noun.item != MemberKind::text || noun.name == "user";
-        if (isItem && !repeated.insert(NameOf(wanted)).second) {
+        if (isItem && !repeated.insert(wanted.name).second) {
             throw Error(ErrorCode::conflict, "the file has another line about the same");
         }
     }
 
-    static std::string NameOf(const Wanted& wanted) { return wanted.name; }
+    static std::string TextOf(const ColumnValues& values)
+    {
+        std::string text;
+        for (const auto& [column, value] : values) {
+            text += fmt::format("{}{}{}\n", column, value ? '=' : '!', value.value_or(""));
+        }
+        return text;
+    }
 
     void Decide(const Noun& noun, Wanted& wanted, bool hasConfused)
     {
@@ -845,6 +565,15 @@ private:
         }
     }
 
+    /// 0 for what is none, or a greater one than there are ids.
+    static int NumberOf(const Stored& stored)
+    {
+        const std::string text = stored.value_or("");
+        int number = 0;
+        std::from_chars(text.data(), text.data() + text.size(), number);
+        return number;
+    }
+
     /// @throws Error (conflict) when the engine takes another name for equal, and for a cycle of groups or folders.
     void RequireFree(const Noun& noun, const Wanted& wanted)
     {
@@ -858,7 +587,7 @@ private:
         }
         const auto number = [&wanted](std::string_view column) {
             const auto value = wanted.values.find(column);
-            return value == wanted.values.end() ? 0 : std::stoi(value->second.value_or("0"));
+            return value == wanted.values.end() ? 0 : NumberOf(value->second);
         };
         if (noun.name == "member" && number("Col_DQvItemType") == kItemTypeGroup) {
             const Organisation organisation(m_conn);
@@ -888,7 +617,7 @@ private:
 
     void Insert(const Noun& noun, Wanted& wanted)
     {
-        Values values = wanted.values;
+        ColumnValues values = wanted.values;
         if (noun.name == "user") {
             values.emplace("Col_Name", wanted.name);
         }
@@ -906,7 +635,7 @@ private:
         Execute(m_conn, fmt::format("INSERT INTO {} ({}) VALUES ({})", noun.table, columns, literals));
         if (noun.item != MemberKind::text) {
             wanted.id = LastInsertedId(m_conn);
-            m_names.Add(noun.item, *wanted.id, wanted.name);
+            m_names->Add(noun.item, *wanted.id, wanted.name);
             m_added.emplace_back(noun.item, *wanted.id);
         }
     }
@@ -974,7 +703,7 @@ private:
     {
         const bool isTop = IsTop(path);
         const MemberKind kind = isTop ? TopOf(noun) : noun.item;
-        const std::optional<int> id = m_names.Find(kind, isTop ? path.substr(1) : path);
+        const std::optional<int> id = m_names->Find(kind, isTop ? path.substr(1) : path);
         return id ? std::optional(std::pair(kind, *id)) : std::nullopt;
     }
 
@@ -984,7 +713,7 @@ private:
         std::set<std::string> coming;
         std::vector<Wanted*> added;
         for (Wanted& wanted : all) {
-            if (wanted.reason.empty() && wanted.fate == RowFate::created) {
+            if (wanted.problem.empty() && wanted.fate == RowFate::created) {
                 added.push_back(&wanted);
             }
         }
@@ -1004,7 +733,7 @@ private:
                 throw;
             } catch (const Error& e) {
                 wanted->fate = RowFate::failed;
-                wanted->reason = e.what();
+                wanted->problem = e.what();
             }
         }
     }
@@ -1061,7 +790,7 @@ private:
     }
 
     /// What tells links apart that this import has made by itself.
-    static std::vector<std::string> LinkOf(const Noun& noun, const Values& values)
+    static std::vector<std::string> LinkOf(const Noun& noun, const ColumnValues& values)
     {
         const auto text = [&values](std::string_view column) {
             const auto found = values.find(column);
@@ -1077,26 +806,27 @@ private:
 
     void Report(const Wanted& wanted)
     {
-        const Line& line = *wanted.line;
-        const RowFate fate = wanted.reason.empty() ? wanted.fate : RowFate::failed;
+        const ExportedLine& line = *wanted.line;
+        const RowFate fate = wanted.problem.empty() ? wanted.fate : RowFate::failed;
         ++m_report.counts.at(static_cast<std::size_t>(fate));
         ++m_report.rows;
         m_report.privileged += wanted.isPrivileged ? 1 : 0;
         m_report.lastLine = std::max(m_report.lastLine, line.number);
         m_call.Row(std::int64_t{line.number}, TextValue(std::string(line.noun == nullptr ? "" : line.noun->name)),
                    TextValue(wanted.name), TextValue(std::string(kRowFates.at(static_cast<std::size_t>(fate)))),
-                   TextValue(wanted.reason));
+                   TextValue(wanted.problem));
     }
 
     Call& m_call;
     CAConnect& m_conn;
     bool m_dryRun;
     const DirectoryImportOptions& m_options;
-    LineReader& m_reader;
+    LineSource& m_reader;
     ImportReport& m_report;
-    ItemNames m_names;
+    std::optional<ItemNames> m_names;                            // read with the first block
+    std::string m_itemsState;                                    // when they were read
     std::map<std::string_view, schema::ColumnLengths> m_lengths; // by table
-    std::optional<Line> m_next;
+    std::optional<ExportedLine> m_next;
     std::optional<Change> m_change;                  // of a dry run all the time
     std::set<std::vector<std::string>> m_links;      // that were made for paths
     std::vector<std::pair<MemberKind, int>> m_added; // to m_names by the block at hand
@@ -1109,9 +839,15 @@ void ImportDirectory(Call& call, const ImportSource& source, const DirectoryImpo
 {
     LineReader reader(source.in, source.name);
     reader.RequireHead();
+    ImportLines(call, reader, source, options, report);
+}
+
+void ImportLines(Call& call, LineSource& lines, const ImportSource& source, const DirectoryImportOptions& options,
+                 ImportReport& report)
+{
     const auto noteIfCutShort = [&] {
         report.cutShort = call.Front().IsStopRequested() ? "stopped by a signal"
-                          : reader.Failed()              ? fmt::format("{} cannot be read", source.name)
+                          : lines.Failed()               ? fmt::format("{} cannot be read", source.name)
                                                          : "";
         return !report.cutShort.empty();
     };
@@ -1119,7 +855,7 @@ void ImportDirectory(Call& call, const ImportSource& source, const DirectoryImpo
         return;
     }
     try {
-        Importer(call, options, reader, report).Run(source.rows);
+        Importer(call, options, lines, report).Run(source.rows);
     } catch (const DatabaseError& e) {
         throw Error(ErrorCode::database, fmt::format("stopped: {}", e.what()));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "management/Call.h"
+#include "management/exchange/LineSource.h"
 #include "management/import/Import.h"
 
 #include <string>
@@ -22,5 +23,9 @@ struct DirectoryImportOptions {
 /// throws. @throws Error for what stops the import as a whole.
 void ImportDirectory(Call& call, const ImportSource& source, const DirectoryImportOptions& options,
                      ImportReport& report);
+
+/// The same of lines from elsewhere. @param source  for its name and how many lines there are.
+void ImportLines(Call& call, LineSource& lines, const ImportSource& source, const DirectoryImportOptions& options,
+                 ImportReport& report);
 
 } // namespace management

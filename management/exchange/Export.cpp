@@ -6,27 +6,23 @@
 #include "management/Query.h"
 #include "management/audit/AuditedRow.h"
 #include "management/documents/Documents.h"
+#include "management/exchange/DirectoryPart.h"
+#include "management/exchange/ExportRun.h"
 #include "management/exchange/ItemNames.h"
 #include "management/exchange/JsonLine.h"
 #include "management/exchange/Nouns.h"
 #include "management/import/Import.h"
-#include "management/organisation/Organisation.h"
 #include "management/users/Fields.h"
-#include "schema/Snapshot.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include <algorithm>
 #include <charconv>
-#include <set>
-#include <unordered_set>
 
 namespace management {
 
 namespace {
-
-constexpr long kLinesPerProgress = 1000;
 
 JsonValue NumberOrText(const std::optional<std::string>& stored)
 {
@@ -38,49 +34,6 @@ JsonValue NumberOrText(const std::optional<std::string>& stored)
     const auto read = std::from_chars(stored->data(), end, number);
     return read.ec == std::errc() && read.ptr == end ? JsonValue(number) : JsonValue(TextValue(*stored));
 }
-
-/// What lies below a group or view: it, what is above and below, and the people of what is below.
-class DirectoryPart {
-public:
-    DirectoryPart(CAConnect& conn, const std::string& argument)
-    {
-        const Organisation organisation(conn);
-        const ItemKey top = organisation.FindHolder(argument);
-        std::vector<ItemKey> inside = organisation.Below(top);
-        inside.push_back(top);
-        std::vector<int> groups;
-        for (const ItemKey key : inside) {
-            if (key.type == kItemTypeGroup) {
-                groups.push_back(key.id);
-            }
-            std::optional<std::size_t> place = organisation.NumberOf(key);
-            for (; place; place = organisation.Places()[*place].via) {
-                m_items.insert(organisation.Places()[*place].key);
-            }
-        }
-        std::string where = fmt::format("Col_QvItemType = {} AND Col_QvItemID IN ({})", kItemTypeGroup,
-                                        groups.empty() ? "0" : fmt::format("{}", fmt::join(groups, ", ")));
-        if (top.type == kItemTypeView) {
-            where = fmt::format("(({}) OR (Col_QvItemType = {} AND Col_QvItemID = {}))", where, kItemTypeView, top.id);
-        }
-        EachRow(conn,
-                fmt::format("SELECT DISTINCT Col_DQvItemID FROM qv_Relation WHERE Col_DQvItemType = {} AND Col_RelType "
-                            "= {} AND {}",
-                            kItemTypeUser, kMembership, where),
-                [this](CARecordset& row) { m_users.insert(NumberIn(row, 1)); });
-    }
-
-    /// Roles belong to every part.
-    [[nodiscard]] bool Has(ItemKey key) const
-    {
-        return key.type == kItemTypeUser ? m_users.contains(key.id)
-                                         : key.type == kItemTypeRole || m_items.contains(key);
-    }
-
-private:
-    std::set<ItemKey> m_items;
-    std::unordered_set<int> m_users;
-};
 
 const JsonMember* FindMember(const JsonObject& line, std::string_view name)
 {
@@ -305,26 +258,6 @@ void RequireNouns(const std::vector<std::string>& nouns)
                         fmt::format("{} is nothing that can be exported; there are {}", noun, fmt::join(known, ", ")));
         }
     }
-}
-
-/// Counts a line and tells the front end now and then. @return false when it is to stop.
-bool GoesOn(const Call& call, ExportReport& report)
-{
-    ++report.lines;
-    if (report.lines % kLinesPerProgress == 0) {
-        call.Front().ShowProgress(report.lines, std::nullopt);
-    }
-    return !call.Front().IsStopRequested();
-}
-
-/// Runs the body where all reads see one moment.
-template <class Body>
-bool AtOneMoment(CAConnect& conn, Body body)
-{
-    return WithDatabaseErrors(conn, [&] {
-        const schema::Snapshot snapshot(conn);
-        return body();
-    });
 }
 
 } // namespace

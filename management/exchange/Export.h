@@ -15,9 +15,10 @@ namespace management {
 inline constexpr std::string_view kExportHead = R"({"format":"qvadmin directory","version":1})";
 
 struct ExportOptions {
-    std::vector<std::string> nouns; ///< plurals of Nouns(); none: all
-    std::optional<std::string> in;  ///< a group or view: it, what is below, the people there and what is theirs
-    bool withPasswords = false;     ///< as they are stored, and the encryption key
+    std::vector<std::string> nouns;       ///< plurals of Nouns(); none: all
+    std::optional<std::string> in;        ///< a group or view: it, what is below, the people there and what is theirs
+    bool withPasswords = false;           ///< as they are stored, and the encryption key
+    std::optional<std::string> base = {}; ///< of distinguished names, such as dc=example,dc=org
 };
 
 struct ExportReport {
@@ -36,5 +37,11 @@ bool ExportDirectory(Call& call, const ExportOptions& options, const std::functi
 /// Gives all people to the front end: the columns that an import takes, and rows by id, with departments as paths.
 /// @return false when it was stopped. @throws as ExportDirectory.
 bool ExportPeople(Call& call, const ExportOptions& options, ExportReport& report);
+
+/// Gives the entries of a file of the LDAP Data Interchange Format after its first line, `version: 1`: views and groups
+/// as organizational units, people in that of their department, and roles with their members as groups of names.
+/// @return false when it was stopped. @throws as ExportDirectory.
+bool ExportLdif(Call& call, const ExportOptions& options, const std::function<void(const std::string&)>& take,
+                ExportReport& report);
 
 } // namespace management

@@ -235,6 +235,10 @@ no JSON
 {"noun":"member","member":{"user":"rory"},"of":{"group":"/Company/Good"},"relation":1}
 {"noun":"member","member":{"group":"/Company/Sales"},"of":{"group":"/Company/Sales/North"},"relation":1}
 {"noun":"right","genre":"mail","function":"send"}
+{"noun":"user","login":"zoe\u0000"}
+{"noun":"right","holder":{"user":"amy"},"genre":"mail","function":"read","power":1}
+{"noun":"right","holder":{"user":"amy"},"genre":"mail","function":"read","power":1}
+{"noun":"folder_link","folder":"/Main/Contracts","object":{"class":99999999999999,"id":1}}
 )");
     EXPECT_EQ(result.exit, 7);
     EXPECT_THAT(result.err,
@@ -245,11 +249,14 @@ no JSON
                       HasSubstr("in.jsonl:8: changes super, which needs --allow-privileges\n"),
                       HasSubstr("in.jsonl:9: there is no '/Nowhere'\n"),
                       HasSubstr("in.jsonl:10: there is no '/Nowhere/Team'\n")));
-    EXPECT_THAT(result.err,
-                AllOf(HasSubstr("in.jsonl:12: the file has another line about the same\n"),
-                      HasSubstr("in.jsonl:13: there is no user 'nobody'\n"),
-                      HasSubstr("in.jsonl:15: this would close a cycle: /Company/Sales"),
-                      HasSubstr("in.jsonl:16: the line has no holder\n"), HasSubstr("12 of 15 lines failed")));
+    EXPECT_THAT(result.err, AllOf(HasSubstr("in.jsonl:12: the file has another line about the same\n"),
+                                  HasSubstr("in.jsonl:13: there is no user 'nobody'\n"),
+                                  HasSubstr("in.jsonl:15: this would close a cycle: /Company/Sales"),
+                                  HasSubstr("in.jsonl:16: the line has no holder\n"),
+                                  HasSubstr("in.jsonl:17: login holds a NUL byte\n"),
+                                  HasSubstr("in.jsonl:20: object is neither a folder nor a class and an id\n"),
+                                  HasSubstr("14 of 19 lines failed")));
+    EXPECT_EQ(nlohmann::json::parse(Done({"right", "list", "user:amy", "-o", "json"})).size(), 2U);
     EXPECT_THAT(Done({"member", "list", "/Company/Good"}), HasSubstr("rory"));
     EXPECT_THAT(ReadFile("in.jsonl.result.csv"),
                 AllOf(StartsWith("line,noun,name,outcome,reason\n2,user,rory,created,\n"),
@@ -260,10 +267,13 @@ TEST_P(ExchangeTest, OtherFilesAreRefused)
 {
     const std::string before = Dump();
     for (const char* text : {"", "login\namy\n", "{\"format\":\"else\"}\n", "[1]\n"}) {
-        const ChildResult result = Import(text);
+        const ChildResult result = Import(text, {"--format", "json"});
         EXPECT_EQ(result.exit, 2) << result.err;
         EXPECT_THAT(result.err, HasSubstr("is no exported directory: its first line is not {\"format\":"));
     }
+    EXPECT_EQ(Import("{\"format\":\"else\"}\n").exit, 2);
+    EXPECT_EQ(Import("").exit, 2);
+    EXPECT_EQ(Import("{}\n", {"--view", "A"}).exit, 2);
     EXPECT_THAT(Import("{\"format\":\"qvadmin directory\",\"version\":2}\n").err,
                 HasSubstr("was exported by a later qvadmin"));
     EXPECT_EQ(Dump(), before);
@@ -293,4 +303,8 @@ TEST_P(ExchangeTest, PeopleInCsvReadBackWithoutAChange)
     EXPECT_EQ(Run({"user", "import", Path("people.csv"), "--allow-privileges"}).exit, 0);
     EXPECT_EQ(Export("again.csv", {"--format", "csv"}), text);
     EXPECT_EQ(Run({"export", "--format", "csv", "--with-passwords"}).exit, 2);
+    // A directory takes them too.
+    StartAnew();
+    EXPECT_EQ(Run({"import", Path("people.csv"), "--allow-privileges"}).exit, 0);
+    EXPECT_EQ(Export("third.csv", {"--format", "csv"}), text);
 }

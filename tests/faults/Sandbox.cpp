@@ -58,6 +58,13 @@ constexpr const char* kDirectory =
 {"noun":"plan","name":"Yearly backup of all of it"}
 )";
 
+constexpr const char* kEntries =
+    "dn: ou=Service,dc=example,dc=org\nobjectClass: organizationalUnit\nou: Service\n\n"
+    "dn: cn=Donna who is the most important,ou=Service,dc=example,dc=org\nobjectClass: inetOrgPerson\n"
+    "uid: donna.from.chiswick\ncn: Donna who is the most important\nsn: Noble of Chiswick\n\n"
+    "dn: cn=Readers of all the pages,dc=example,dc=org\nobjectClass: groupOfNames\n"
+    "member: cn=Donna who is the most important,ou=Service,dc=example,dc=org\n";
+
 void Write(const fs::path& file, std::string_view text) { std::ofstream(file, std::ios::binary) << text; }
 
 std::string ReadFile(const fs::path& file)
@@ -245,6 +252,7 @@ void Sandbox::Prepare()
     const std::string run = m_folder + "/run/";
     Write(run + "people.csv", kPeople);
     Write(run + "directory.jsonl", kDirectory);
+    Write(run + "people.ldif", kEntries);
     Write(run + "data.xml", "<data>what an add-in keeps</data>");
     for (const Scenario& scenario : kSetup) {
         RunSetup(scenario);

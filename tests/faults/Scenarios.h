@@ -116,6 +116,8 @@ inline constexpr Scenario kScenarios[] = {
     {"export --format csv --in '/Company of many people'"},
     {"import directory.jsonl --update", {}, true},
     {"import directory.jsonl --dry-run"},
+    {"export --format ldif --base dc=example,dc=org"},
+    {"import people.ldif --view 'Company of many people'", {}, true},
 
     {"group tree --users", {}, false, true},
     {"group list"},

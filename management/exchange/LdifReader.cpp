@@ -1,0 +1,277 @@
+#include "management/exchange/LdifReader.h"
+
+#include "management/Errors.h"
+#include "management/Text.h"
+#include "platform/CodePage.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+
+namespace management {
+
+namespace {
+
+constexpr std::size_t kLongestEntry = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t kWidth = 76;
+constexpr std::string_view kBase64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+std::string Lower(std::string_view text)
+{
+    std::string lower(text);
+    std::ranges::transform(lower, lower.begin(), [](unsigned char ch) { return static_cast<char>(std::tolower(ch)); });
+    return lower;
+}
+
+/// Nothing for what is no base64.
+std::optional<std::string> FromBase64(std::string_view text)
+{
+    std::string bytes;
+    std::uint32_t bits = 0;
+    int count = 0;
+    while (text.ends_with('=')) {
+        text.remove_suffix(1);
+    }
+    for (const char ch : text) {
+        const std::size_t value = kBase64.find(ch);
+        if (value == std::string_view::npos) {
+            return std::nullopt;
+        }
+        bits = (bits << 6U) | static_cast<std::uint32_t>(value);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            bytes += static_cast<char>((bits >> static_cast<unsigned>(count)) & 0xFFU);
+        }
+    }
+    return bytes;
+}
+
+std::string ToBase64(std::string_view bytes)
+{
+    std::string text;
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        std::uint32_t bits = 0;
+        const std::size_t count = std::min<std::size_t>(3, bytes.size() - i);
+        for (std::size_t j = 0; j < 3; ++j) {
+            bits = (bits << 8U) | (j < count ? static_cast<unsigned char>(bytes[i + j]) : 0U);
+        }
+        for (std::size_t j = 0; j < 4; ++j) {
+            text += j <= count ? kBase64[(bits >> (18U - 6U * static_cast<unsigned>(j))) & 0x3FU] : '=';
+        }
+    }
+    return text;
+}
+
+std::string_view WithoutBlanks(std::string_view text)
+{
+    const std::size_t begin = text.find_first_not_of(' ');
+    return begin == std::string_view::npos ? "" : text.substr(begin, text.find_last_not_of(' ') - begin + 1);
+}
+
+int HexDigit(char ch)
+{
+    const auto digit =
+        std::string_view("0123456789abcdef").find(static_cast<char>(std::tolower(static_cast<unsigned char>(ch))));
+    return digit == std::string_view::npos ? -1 : static_cast<int>(digit);
+}
+
+} // namespace
+
+const std::string* LdifEntry::Find(std::string_view name) const
+{
+    const auto found = std::ranges::find(attributes, name, &std::pair<std::string, std::string>::first);
+    return found == attributes.end() ? nullptr : &found->second;
+}
+
+std::optional<LdifEntry> LdifReader::Next()
+{
+    for (;;) {
+        LdifEntry entry;
+        std::size_t bytes = 0;
+        std::optional<Line> line;
+        while ((line = ReadLine()) && !line->text.empty()) {
+            if (line->text.front() == '#') {
+                continue;
+            }
+            entry.line = entry.line == 0 ? line->number : entry.line;
+            bytes += line->text.size();
+            if (bytes > kLongestEntry) {
+                entry.problem = "the entry is longer than 16 MiB";
+            } else if (entry.problem.empty()) {
+                Take(entry, line->text);
+            }
+        }
+        if (m_failed) {
+            return std::nullopt;
+        }
+        const bool isSummary =
+            entry.dn.empty() && (entry.Find("version") != nullptr || entry.Find("search") != nullptr);
+        if (entry.line != 0 && entry.dn.empty() && entry.problem.empty() && !isSummary) {
+            entry.problem = "the entry has no dn";
+        }
+        if (entry.line != 0 && !isSummary) {
+            return entry;
+        }
+        if (!line) {
+            return std::nullopt;
+        }
+    }
+}
+
+// The buffer is asked directly: what it throws when reading fails is not lost in a state bit.
+std::optional<LdifReader::Line> LdifReader::ReadPhysical()
+{
+    constexpr int kEnd = std::char_traits<char>::eof();
+    Line line{0, {}};
+    try {
+        int byte = m_in.rdbuf()->sbumpc();
+        if (byte == kEnd) {
+            return std::nullopt;
+        }
+        for (; byte != kEnd && byte != '\n'; byte = m_in.rdbuf()->sbumpc()) {
+            if (line.text.size() <= kLongestEntry) {
+                line.text += static_cast<char>(byte);
+            }
+        }
+    } catch (const std::ios_base::failure&) {
+        m_failed = true;
+        return std::nullopt;
+    }
+    line.number = ++m_lines;
+    if (line.text.ends_with('\r')) {
+        line.text.pop_back();
+    }
+    return line;
+}
+
+/// A line with those that continue it.
+std::optional<LdifReader::Line> LdifReader::ReadLine()
+{
+    std::optional<Line> line = m_ahead ? std::exchange(m_ahead, std::nullopt) : ReadPhysical();
+    while (line && (m_ahead = ReadPhysical()) && m_ahead->text.starts_with(' ')) {
+        if (line->text.size() <= kLongestEntry) {
+            line->text += m_ahead->text.substr(1);
+        }
+    }
+    return line;
+}
+
+void LdifReader::Take(LdifEntry& entry, const std::string& line)
+{
+    const std::size_t colon = line.find(':');
+    if (colon == std::string::npos || colon == 0) {
+        entry.problem = fmt::format("{} is no attribute with a value", Quoted(line.substr(0, kWidth)));
+        return;
+    }
+    const std::string name = Lower(std::string_view(line).substr(0, colon));
+    std::string_view rest = std::string_view(line).substr(colon + 1);
+    std::string value;
+    if (rest.starts_with('<')) {
+        entry.problem = fmt::format("the value of {} is in another file", Visible(name));
+        return;
+    }
+    if (rest.starts_with(':')) {
+        const std::optional<std::string> bytes = FromBase64(WithoutBlanks(rest.substr(1)));
+        if (!bytes) {
+            entry.problem = fmt::format("the value of {} is no base64", Visible(name));
+            return;
+        }
+        value = *bytes;
+    } else {
+        value = WithoutBlanks(rest);
+    }
+    if (name == "dn") {
+        entry.dn = value;
+    } else if (name == "changetype") {
+        entry.problem =
+            fmt::format("it is a record of changes (changetype: {}), and only whole entries are imported, as a "
+                        "search gives them",
+                        Visible(value));
+    } else if (name.find(';') == std::string::npos) {
+        entry.attributes.emplace_back(name, std::move(value));
+    }
+}
+
+std::vector<RelativeName> ParseDn(std::string_view dn)
+{
+    const auto fail = [dn]() {
+        throw Error(ErrorCode::invalid, fmt::format("{} is no distinguished name", Quoted(dn)));
+    };
+    std::vector<RelativeName> names;
+    for (std::size_t i = 0; i < dn.size();) {
+        const std::size_t equals = dn.find('=', i);
+        if (equals == std::string_view::npos) {
+            fail();
+        }
+        RelativeName name{Lower(WithoutBlanks(dn.substr(i, equals - i))), {}};
+        std::size_t kept = 0;   // bytes that are no blanks at the end
+        bool isFurther = false; // behind a +
+        for (i = equals + 1; i < dn.size() && dn[i] != ',' && dn[i] != ';'; ++i) {
+            isFurther = isFurther || dn[i] == '+';
+            if (isFurther && dn[i] != '\\') {
+                continue;
+            }
+            char ch = dn[i];
+            const bool isEscaped = ch == '\\';
+            if (isEscaped) {
+                if (++i == dn.size()) {
+                    fail();
+                }
+                const int high = HexDigit(dn[i]);
+                const int low = i + 1 < dn.size() ? HexDigit(dn[i + 1]) : -1;
+                ch = high >= 0 && low >= 0 ? static_cast<char>(high * 16 + low) : dn[i];
+                i += high >= 0 && low >= 0 ? 1 : 0;
+            }
+            if (isFurther || (ch == ' ' && !isEscaped && name.value.empty())) {
+                continue;
+            }
+            name.value += ch;
+            kept = ch != ' ' || isEscaped ? name.value.size() : kept;
+        }
+        name.value.resize(kept);
+        if (name.attribute.empty() || name.value.empty()) {
+            fail();
+        }
+        names.push_back(std::move(name));
+        ++i;
+    }
+    return names;
+}
+
+std::string DnEscaped(std::string_view value)
+{
+    std::string escaped;
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        const char ch = value[i];
+        const bool isOuter = i == 0 || i + 1 == value.size();
+        if (static_cast<unsigned char>(ch) < ' ') {
+            escaped += fmt::format("\\{:02X}", static_cast<unsigned char>(ch));
+        } else if (std::string_view(",+\"\\<>;=").find(ch) != std::string_view::npos || (ch == ' ' && isOuter) ||
+                   (ch == '#' && i == 0)) {
+            escaped += '\\';
+            escaped += ch;
+        } else {
+            escaped += ch;
+        }
+    }
+    return escaped;
+}
+
+std::string LdifLine(std::string_view attribute, std::string_view value)
+{
+    const bool isPlain = std::ranges::all_of(value, [](char ch) { return ch >= ' ' && ch <= '~'; }) &&
+                         value.find_first_of(" :<") != 0 && !value.ends_with(' ');
+    const std::string line =
+        isPlain ? fmt::format("{}: {}", attribute, value) : fmt::format("{}:: {}", attribute, ToBase64(value));
+    std::string folded = line.substr(0, kWidth);
+    for (std::size_t i = kWidth; i < line.size(); i += kWidth - 1) {
+        folded += "\n " + line.substr(i, kWidth - 1);
+    }
+    return folded + "\n";
+}
+
+} // namespace management

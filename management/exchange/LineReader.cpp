@@ -1,0 +1,104 @@
+#include "management/exchange/LineReader.h"
+
+#include "management/Errors.h"
+#include "management/Text.h"
+#include "management/exchange/Export.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace management {
+
+namespace {
+
+constexpr std::size_t kLongestLine = std::size_t{64} * 1024 * 1024;
+
+} // namespace
+
+void LineReader::RequireHead()
+{
+    const std::optional<std::string> text = ReadText();
+    if (m_failed) {
+        return;
+    }
+    JsonObject head;
+    try {
+        head = ReadJsonLine(text.value_or(""));
+    } catch (const Error&) { // said below
+    }
+    const auto is = [&head](std::string_view member, const JsonValue& value) {
+        return std::ranges::any_of(head, [&](const JsonMember& m) { return m.name == member && m.value == value; });
+    };
+    if (!is("format", TextValue("qvadmin directory"))) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("{} is no exported directory: its first line is not {}", m_name, kExportHead));
+    }
+    if (!is("version", std::int64_t{1})) {
+        throw Error(ErrorCode::invalid, fmt::format("{} was exported by a later qvadmin", m_name));
+    }
+}
+
+std::optional<ExportedLine> LineReader::Next()
+{
+    while (std::optional<std::string> text = ReadText()) {
+        if (text->find_first_not_of(" \t\r") != std::string::npos) {
+            m_bytes += text->size();
+            return Parsed(*text);
+        }
+    }
+    return std::nullopt;
+}
+
+// The buffer is asked directly: what it throws when reading fails is not lost in a state bit.
+std::optional<std::string> LineReader::ReadText()
+{
+    constexpr int kEnd = std::char_traits<char>::eof();
+    std::string text;
+    try {
+        int byte = m_in.rdbuf()->sbumpc();
+        if (byte == kEnd) {
+            return std::nullopt;
+        }
+        for (; byte != kEnd && byte != '\n'; byte = m_in.rdbuf()->sbumpc()) {
+            if (text.size() <= kLongestLine) {
+                text += static_cast<char>(byte);
+            }
+        }
+    } catch (const std::ios_base::failure&) {
+        m_failed = true;
+        return std::nullopt;
+    }
+    ++m_number;
+    return text;
+}
+
+ExportedLine LineReader::Parsed(const std::string& text) const
+{
+    ExportedLine line{m_number, nullptr, {}, {}};
+    try {
+        if (text.size() > kLongestLine) {
+            throw Error(ErrorCode::invalid, "the line is longer than 64 MiB");
+        }
+        line.object = ReadJsonLine(text);
+        const auto noun = std::ranges::find(line.object, "noun", &JsonMember::name);
+        const auto* name = noun == line.object.end() ? nullptr : std::get_if<TextValue>(&noun->value);
+        line.noun = name == nullptr ? nullptr : FindNoun(*name);
+        if (line.noun == nullptr) {
+            throw Error(ErrorCode::invalid, name == nullptr ? std::string("the line has no noun")
+                                                            : fmt::format("there is no noun {}", Quoted(*name)));
+        }
+        line.object.erase(noun);
+        for (const JsonMember& member : line.object) {
+            const auto* value = std::get_if<TextValue>(&member.value);
+            if (value != nullptr && value->find('\0') != std::string::npos) {
+                throw Error(ErrorCode::invalid, fmt::format("{} holds a NUL byte", member.name));
+            }
+        }
+    } catch (const Error& e) {
+        line.problem = e.what();
+    }
+    return line;
+}
+
+} // namespace management

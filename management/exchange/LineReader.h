@@ -1,0 +1,37 @@
+#pragma once
+
+#include "management/exchange/LineSource.h"
+
+#include <cstddef>
+#include <istream>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace management {
+
+/// Reads an exported directory line by line; holds one of them.
+class LineReader final : public LineSource {
+public:
+    /// @param in  read from where it stands; outlives the reader. @param name  of the file, for sentences.
+    LineReader(std::istream& in, std::string name) : m_in(in), m_name(std::move(name)) {}
+
+    /// Reads the first line. @throws Error (invalid) for another one than that of an exported directory.
+    void RequireHead();
+    /// Passes over blank lines.
+    std::optional<ExportedLine> Next() override;
+    [[nodiscard]] bool Failed() const override { return m_failed; }
+    std::size_t TakeBytes() override { return std::exchange(m_bytes, 0); }
+
+private:
+    std::optional<std::string> ReadText();
+    [[nodiscard]] ExportedLine Parsed(const std::string& text) const;
+
+    std::istream& m_in;
+    std::string m_name;
+    long m_number = 0;
+    std::size_t m_bytes = 0;
+    bool m_failed = false;
+};
+
+} // namespace management

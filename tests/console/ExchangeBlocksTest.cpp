@@ -1,0 +1,127 @@
+#include "console/TerminalFrontEnd.h"
+#include "dbaccess/CAConnect.h"
+#include "management/exchange/DirectoryImport.h"
+#include "management/exchange/Export.h"
+#include "schema/Schema.h"
+#include "tests/support/CountingSession.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+
+using namespace console;
+using namespace management;
+
+// Some hundred lines are asked for and written at a time.
+
+namespace {
+
+constexpr int kPeople = 2000;
+
+class ExchangeBlocksTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        m_conn.Open(std::make_unique<CountingSession>(dbaccess::FindDriver("sqlite")(":memory:"), m_counts));
+        schema::Upgrade(m_conn);
+    }
+
+    /// Runs the body with a call of a console. @return standard output.
+    template <class Body>
+    std::string Run(Body body)
+    {
+        std::istringstream in;
+        std::ostringstream out;
+        std::ostringstream err;
+        Terminal terminal{in, out, err, false, false};
+        const Command row;
+        const CommandLine given;
+        TerminalFrontEnd frontEnd(row, given, Format::csv, terminal);
+        Call call([this]() -> CAConnect& { return m_conn; }, frontEnd, {});
+        m_counts = {};
+        body(call);
+        return out.str();
+    }
+
+    void Import(const std::string& text)
+    {
+        m_report = {};
+        std::istringstream in(text);
+        Run([&](Call& call) { ImportDirectory(call, {in, "in.jsonl"}, {}, m_report); });
+    }
+
+    std::string Export()
+    {
+        std::string text = std::string(kExportHead) + "\n";
+        ExportReport report;
+        Run([&](Call& call) {
+            ExportDirectory(
+                call, {}, [&text](const std::string& line) { text += line + "\n"; }, report);
+        });
+        return text;
+    }
+
+    /// People in groups, each with a department, a membership and a right.
+    static std::string Directory()
+    {
+        std::string text = std::string(kExportHead) + "\n";
+        for (int i = 0; i < kPeople; ++i) {
+            text += fmt::format("{{\"noun\":\"user\",\"login\":\"user{}\",\"name\":\"User {}\"}}\n", i, i);
+        }
+        text += "{\"noun\":\"view\",\"name\":\"Main\"}\n";
+        for (int i = 0; i < 50; ++i) {
+            text += fmt::format("{{\"noun\":\"group\",\"path\":\"/Main/Team {}\"}}\n", i);
+        }
+        for (int i = 0; i < kPeople; ++i) {
+            text +=
+                fmt::format("{{\"noun\":\"department\",\"user\":\"user{}\",\"group\":\"/Main/Team {}\"}}\n", i, i % 50);
+        }
+        for (int i = 0; i < kPeople; ++i) {
+            text +=
+                fmt::format("{{\"noun\":\"member\",\"member\":{{\"user\":\"user{}\"}},\"of\":{{\"group\":\"/Main/Team "
+                            "{}\"}},\"relation\":1}}\n",
+                            i, i % 50);
+        }
+        for (int i = 0; i < kPeople; ++i) {
+            text += fmt::format(
+                "{{\"noun\":\"right\",\"holder\":{{\"user\":\"user{}\"}},\"genre\":\"a\",\"function\":\"b\","
+                "\"power\":1}}\n",
+                i);
+        }
+        return text;
+    }
+
+    [[nodiscard]] double StatementsPerLine() const
+    {
+        return static_cast<double>(m_counts.statements) / static_cast<double>(m_report.rows);
+    }
+
+    SessionCounts m_counts;
+    CAConnect m_conn;
+    ImportReport m_report;
+};
+
+} // namespace
+
+TEST_F(ExchangeBlocksTest, ANewLineTakesTwoStatementsAtMostAndOneThatIsSoAlreadyHardlyAny)
+{
+    Import(Directory());
+    EXPECT_EQ(m_report.CountOf(RowFate::created), 4 * kPeople + 51);
+    EXPECT_LE(StatementsPerLine(), 2.0);
+    Import(Directory());
+    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), 4 * kPeople + 51);
+    EXPECT_LE(StatementsPerLine(), 0.1);
+}
+
+TEST_F(ExchangeBlocksTest, AnExportTakesAsManyStatementsWhateverItFinds)
+{
+    Export();
+    const auto empty = m_counts.statements;
+    Import(Directory());
+    const std::string text = Export();
+    EXPECT_EQ(m_counts.statements, empty);
+    EXPECT_EQ(std::ranges::count(text, '\n'), 4 * kPeople + 52);
+}
