@@ -277,7 +277,7 @@ private:
         return std::nullopt;
     }
 
-    void Health(Visit visit) { visit.responder.Send({200, "application/json", "{\"ok\":true}"}); }
+    void Health(Visit visit) { visit.responder.Send({200, "application/json", R"({"ok":true})"}); }
 
     void ShowSession(Visit visit)
     {
@@ -289,7 +289,7 @@ private:
     {
         m_sessions.End(visit.session->key);
         Log("sign_out", visit.session->account.login, visit.request.address, "");
-        visit.responder.Send({200, "application/json", "{\"v\":1}", {{"Set-Cookie", NoCookie(visit)}}});
+        visit.responder.Send({200, "application/json", R"({"v":1})", {{"Set-Cookie", NoCookie(visit)}}});
     }
 
     void ListCommands(Visit visit)
@@ -456,7 +456,7 @@ private:
                 m_setupToken.clear();
                 m_reader.NoteChange();
                 Log("setup", "Admin", visit.request.address, "");
-                return Response{200, "application/json", "{\"v\":1,\"login\":\"Admin\"}"};
+                return Response{200, "application/json", R"({"v":1,"login":"Admin"})"};
             }));
         });
     }
