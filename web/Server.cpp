@@ -157,6 +157,8 @@ public:
             m_setupEnds = Clock::now() + m_options.setupTime;
         }
         const bool isSecure = !m_options.http.certificate.empty();
+        // Before anybody can ask: what is wrong with the origins comes out here.
+        static_cast<void>(Origins(m_options.http.address, 0, isSecure, m_options.origins));
         m_http.emplace(m_options.http,
                        [this](Request request, const Responder& responder) { Handle(std::move(request), responder); });
         m_origins.emplace(m_options.http.address, m_http->Port(), isSecure, m_options.origins);
@@ -170,6 +172,7 @@ public:
         m_commands.Stop();
         m_lists.Stop();
         m_timer.Stop();
+        m_http.reset();
     }
 
     [[nodiscard]] std::uint16_t Port() const { return m_http->Port(); }

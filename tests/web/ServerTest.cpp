@@ -2,6 +2,7 @@
 
 #include "ServerFixture.h"
 #include "management/Command.h"
+#include "management/DatabaseError.h"
 #include "management/Query.h"
 #include "web/CommandRequest.h"
 
@@ -479,6 +480,28 @@ TEST_F(ServerTest, MadeUpPasswordsAreShownOnce)
     EXPECT_EQ(Run(client, "user/password/check", {{"USER", "amy"}, {"password", "x"}}).at("verdict"), false);
     EXPECT_THAT(Run(client, "audit/list", json::object()).dump(), Not(HasSubstr(made)));
     EXPECT_THAT(m_log, Not(HasSubstr(made)));
+}
+
+TEST_F(ServerTest, AChangeThatRunsWhenTheServerEndsIsAnswered)
+{
+    HttpClient client = Signed();
+    CAConnect other;
+    other.Open(Url().c_str());
+    int status = 0;
+    std::thread asking;
+    {
+        // Somebody else writes, so the change waits.
+        management::Transaction transaction(other);
+        asking = std::thread([&] { status = Ask(client, "user/create", {{"parameters", {{"LOGIN", "amy"}}}}).status; });
+        std::this_thread::sleep_for(500ms);
+        std::thread ending([this] { m_server.reset(); });
+        std::this_thread::sleep_for(300ms);
+        transaction.Rollback();
+        ending.join();
+    }
+    asking.join();
+    EXPECT_EQ(status, 200);
+    EXPECT_EQ(management::Number(m_conn, "SELECT COUNT(*) FROM qv_User WHERE Col_LoginName = 'amy'"), 1);
 }
 
 // ---- Lists and the tree ---------------------------------------------------------------------------------------------
