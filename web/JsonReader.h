@@ -14,8 +14,8 @@ struct JsonValue {
     enum class Type : std::uint8_t { null, boolean, number, text, array, object };
 
     Type type = Type::null;
-    std::string text;             ///< of a text or a whole number; "1" or "0" for a Boolean
-    std::vector<JsonValue> items; ///< of an array
+    std::string text;                ///< of a text or a whole number; "1" or "0" for a Boolean
+    std::vector<JsonValue> items;    ///< of an array
     std::vector<JsonMember> members; ///< of an object
 
     /// The member of a name; null where there is none.
