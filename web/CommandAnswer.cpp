@@ -241,7 +241,7 @@ std::string BodyOf(const CommandRequest& request, const WebFrontEnd& front, cons
 
 Call CallFor(CAConnect& conn, FrontEnd& front, CallOptions options)
 {
-    return Call([&conn]() -> CAConnect& { return conn; }, front, std::move(options));
+    return {[&conn]() -> CAConnect& { return conn; }, front, std::move(options)};
 }
 
 /// What stands in the way of a change that is made only if something is as it was.

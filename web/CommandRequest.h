@@ -50,7 +50,7 @@ struct Condition {
 /// A request to run a command.
 struct CommandRequest {
     /// @param body  the request's. @throws management::Error (invalid).
-    CommandRequest(const management::Command& command, const std::string& body);
+    CommandRequest(const management::Command& wanted, const std::string& body);
 
     const management::Command& command;
     bool dryRun = false;

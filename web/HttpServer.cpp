@@ -231,6 +231,7 @@ public:
         m_watch.join();
         m_isClosed = true;
         AnswerAll();
+        WaitForAnswers();
         MHD_stop_daemon(m_daemon);
     }
 
@@ -308,6 +309,7 @@ private:
             const std::lock_guard lock(daemon.m_mutex);
             daemon.m_waiting.erase(*held);
         }
+        daemon.m_answered.notify_all();
         daemon.Enter(connection, Peer::State::head);
         delete held;
         *context = nullptr;
@@ -444,6 +446,13 @@ private:
         }
     }
 
+    /// Lets what has an answer get it, unless a client is slow.
+    void WaitForAnswers()
+    {
+        std::unique_lock lock(m_mutex);
+        m_answered.wait_for(lock, std::chrono::seconds(1), [this] { return m_waiting.empty(); });
+    }
+
     HttpOptions m_options;
     Handler m_handler;
     MHD_Daemon* m_daemon = nullptr;
@@ -451,6 +460,7 @@ private:
     std::atomic<bool> m_isClosed = false;
     std::mutex m_mutex; ///< of what follows, and of the peers
     std::condition_variable m_wakeUp;
+    std::condition_variable m_answered; ///< a request is done
     bool m_isEnding = false;
     std::set<Peer*> m_peers;
     std::set<std::shared_ptr<Exchange>> m_waiting; ///< handed over, and not yet done

@@ -47,11 +47,11 @@ public:
     bool start_object(std::size_t /*count*/) override { return Open(JsonValue::Type::object); }
     bool key(string_t& value) override
     {
-        std::vector<std::pair<std::string, JsonValue>>& members = m_open.back()->members;
-        if (std::ranges::find(members, value, &std::pair<std::string, JsonValue>::first) != members.end()) {
+        std::vector<JsonMember>& members = m_open.back()->members;
+        if (std::ranges::find(members, value, &JsonMember::name) != members.end()) {
             return Refuse("the member '" + value + "' is there twice");
         }
-        members.emplace_back(value, JsonValue());
+        members.push_back({value, JsonValue()});
         return true;
     }
     bool end_object() override { return Close(); }
@@ -70,7 +70,7 @@ private:
             return &root;
         }
         JsonValue& open = *m_open.back();
-        return open.type == JsonValue::Type::array ? &open.items.emplace_back() : &open.members.back().second;
+        return open.type == JsonValue::Type::array ? &open.items.emplace_back() : &open.members.back().value;
     }
     bool Add(JsonValue value)
     {
@@ -112,8 +112,8 @@ private:
 
 const JsonValue* JsonValue::Find(std::string_view name) const
 {
-    const auto found = std::ranges::find(members, name, &std::pair<std::string, JsonValue>::first);
-    return found == members.end() ? nullptr : &found->second;
+    const auto found = std::ranges::find(members, name, &JsonMember::name);
+    return found == members.end() ? nullptr : &found->value;
 }
 
 JsonValue ReadJsonObject(const std::string& body)

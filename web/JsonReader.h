@@ -3,22 +3,28 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace web {
+
+struct JsonMember;
 
 /// A JSON value that came in.
 struct JsonValue {
     enum class Type : std::uint8_t { null, boolean, number, text, array, object };
 
     Type type = Type::null;
-    std::string text;             ///< of a text or a whole number; "1" or "0" for a Boolean
-    std::vector<JsonValue> items; ///< of an array
-    std::vector<std::pair<std::string, JsonValue>> members;
+    std::string text;                ///< of a text or a whole number; "1" or "0" for a Boolean
+    std::vector<JsonValue> items;    ///< of an array
+    std::vector<JsonMember> members; ///< of an object
 
     /// The member of a name; null where there is none.
     [[nodiscard]] const JsonValue* Find(std::string_view name) const;
+};
+
+struct JsonMember {
+    std::string name;
+    JsonValue value;
 };
 
 /// Reads a body that holds one object. @throws management::Error (invalid) for all else: texts that are not UTF-8 or

@@ -120,10 +120,11 @@ void WriteTrail(JsonWriter& json, const Organisation& organisation, const Node& 
     }
     json.WriteName("trail");
     json.BeginArray();
-    for (auto step = trail.rbegin(); step != trail.rend(); ++step) {
+    std::ranges::reverse(trail);
+    for (const Node* step : trail) {
         json.BeginObject();
-        json.WriteMember("key", TextValue(KeyText((*step)->key)));
-        json.WriteMember("name", TextValue((*step)->name));
+        json.WriteMember("key", TextValue(KeyText(step->key)));
+        json.WriteMember("name", TextValue(step->name));
         json.End();
     }
     json.End();

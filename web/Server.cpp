@@ -157,6 +157,8 @@ public:
             m_setupEnds = Clock::now() + m_options.setupTime;
         }
         const bool isSecure = !m_options.http.certificate.empty();
+        // Before anybody can ask: what is wrong with the origins comes out here.
+        static_cast<void>(Origins(m_options.http.address, 0, isSecure, m_options.origins));
         m_http.emplace(m_options.http,
                        [this](Request request, const Responder& responder) { Handle(std::move(request), responder); });
         m_origins.emplace(m_options.http.address, m_http->Port(), isSecure, m_options.origins);
@@ -170,6 +172,7 @@ public:
         m_commands.Stop();
         m_lists.Stop();
         m_timer.Stop();
+        m_http.reset();
     }
 
     [[nodiscard]] std::uint16_t Port() const { return m_http->Port(); }
@@ -277,7 +280,7 @@ private:
         return std::nullopt;
     }
 
-    void Health(Visit visit) { visit.responder.Send({200, "application/json", "{\"ok\":true}"}); }
+    void Health(Visit visit) { visit.responder.Send({200, "application/json", R"({"ok":true})"}); }
 
     void ShowSession(Visit visit)
     {
@@ -289,7 +292,7 @@ private:
     {
         m_sessions.End(visit.session->key);
         Log("sign_out", visit.session->account.login, visit.request.address, "");
-        visit.responder.Send({200, "application/json", "{\"v\":1}", {{"Set-Cookie", NoCookie(visit)}}});
+        visit.responder.Send({200, "application/json", R"({"v":1})", {{"Set-Cookie", NoCookie(visit)}}});
     }
 
     void ListCommands(Visit visit)
@@ -456,7 +459,7 @@ private:
                 m_setupToken.clear();
                 m_reader.NoteChange();
                 Log("setup", "Admin", visit.request.address, "");
-                return Response{200, "application/json", "{\"v\":1,\"login\":\"Admin\"}"};
+                return Response{200, "application/json", R"({"v":1,"login":"Admin"})"};
             }));
         });
     }

@@ -91,6 +91,7 @@ TEST_F(HttpServerTest, EndsWhileARequestWaits)
     }
     m_server.reset();
     kept->Send({200, "text/plain", "too late"});
+    EXPECT_EQ(connection.Read().status, 503);
     EXPECT_TRUE(connection.IsEndedWithin(5s));
 }
 

@@ -1,10 +1,9 @@
 #include "web/Server.h"
 
-#include "HttpClient.h"
-#include "dbaccess/CAConnect.h"
+#include "ServerFixture.h"
 #include "management/Command.h"
+#include "management/DatabaseError.h"
 #include "management/Query.h"
-#include "schema/Schema.h"
 #include "web/CommandRequest.h"
 
 #include <gmock/gmock.h>
@@ -12,11 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <map>
-#include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -32,97 +27,7 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr const char* kPassword = "correct horse battery";
-
-/// A server on a directory of the test's own.
-class ServerTest : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        std::string pattern = testing::TempDir() + "web-XXXXXX";
-        m_folder = ::mkdtemp(pattern.data());
-        m_conn.Open(Url().c_str());
-        schema::Upgrade(m_conn, [](int, const std::string&) {});
-    }
-    void TearDown() override
-    {
-        m_server.reset();
-        std::filesystem::remove_all(m_folder);
-    }
-
-    [[nodiscard]] std::string Url() const { return "sqlite:" + m_folder + "/directory.db"; }
-
-    void Start(ServerOptions options = {})
-    {
-        options.log = [this](const std::string& line) { m_log += line + "\n"; };
-        m_server.reset();
-        m_server.emplace(
-            [this] {
-                auto conn = std::make_shared<CAConnect>();
-                conn->Open(Url().c_str());
-                return conn;
-            },
-            std::move(options));
-    }
-
-    HttpClient Client() { return HttpClient(m_server->Port()); }
-
-    HttpAnswer Setup(const std::string& password = kPassword)
-    {
-        return Client().Post("/api/v1/setup", json{{"token", m_server->SetupToken()}, {"password", password}}.dump());
-    }
-
-    static HttpAnswer SignIn(HttpClient& client, const std::string& login = "Admin",
-                             const std::string& password = kPassword)
-    {
-        HttpAnswer answer = client.Post("/api/v1/session", json{{"login", login}, {"password", password}}.dump());
-        if (answer.status == 200) {
-            client.csrf = json::parse(answer.body).at("csrf");
-        }
-        return answer;
-    }
-
-    /// A server, its first administrator, and him signed in.
-    HttpClient Signed(ServerOptions options = {})
-    {
-        Start(std::move(options));
-        EXPECT_EQ(Setup().status, 200);
-        HttpClient client = Client();
-        EXPECT_EQ(SignIn(client).status, 200);
-        return client;
-    }
-
-    static HttpAnswer Ask(HttpClient& client, const std::string& command, const json& body)
-    {
-        return client.Post("/api/v1/commands/" + command, body.dump());
-    }
-    /// Runs a command that succeeds.
-    static json Run(HttpClient& client, const std::string& command, const json& parameters)
-    {
-        const HttpAnswer answer = Ask(client, command, {{"parameters", parameters}});
-        EXPECT_EQ(answer.status, 200) << command << ": " << answer.body;
-        return answer.status == 200 ? json::parse(answer.body) : json();
-    }
-    static json Got(HttpClient& client, const std::string& path)
-    {
-        const HttpAnswer answer = client.Get("/api/v1" + path);
-        EXPECT_EQ(answer.status, 200) << path << ": " << answer.body;
-        return answer.status == 200 ? json::parse(answer.body) : json();
-    }
-    static std::string CodeOf(const HttpAnswer& answer) { return json::parse(answer.body).at("code"); }
-
-    static std::string PathOf(const management::Command& command)
-    {
-        std::string path = PathText(command);
-        std::ranges::replace(path, ' ', '/');
-        return path;
-    }
-
-    std::string m_folder;
-    CAConnect m_conn;
-    std::string m_log;
-    std::optional<Server> m_server;
-};
+using ServerTest = ServerFixture;
 
 // ---- The first password ---------------------------------------------------------------------------------------------
 
@@ -575,6 +480,28 @@ TEST_F(ServerTest, MadeUpPasswordsAreShownOnce)
     EXPECT_EQ(Run(client, "user/password/check", {{"USER", "amy"}, {"password", "x"}}).at("verdict"), false);
     EXPECT_THAT(Run(client, "audit/list", json::object()).dump(), Not(HasSubstr(made)));
     EXPECT_THAT(m_log, Not(HasSubstr(made)));
+}
+
+TEST_F(ServerTest, AChangeThatRunsWhenTheServerEndsIsAnswered)
+{
+    HttpClient client = Signed();
+    CAConnect other;
+    other.Open(Url().c_str());
+    int status = 0;
+    std::thread asking;
+    {
+        // Somebody else writes, so the change waits.
+        management::Transaction transaction(other);
+        asking = std::thread([&] { status = Ask(client, "user/create", {{"parameters", {{"LOGIN", "amy"}}}}).status; });
+        std::this_thread::sleep_for(500ms);
+        std::thread ending([this] { m_server.reset(); });
+        std::this_thread::sleep_for(300ms);
+        transaction.Rollback();
+        ending.join();
+    }
+    asking.join();
+    EXPECT_EQ(status, 200);
+    EXPECT_EQ(management::Number(m_conn, "SELECT COUNT(*) FROM qv_User WHERE Col_LoginName = 'amy'"), 1);
 }
 
 // ---- Lists and the tree ---------------------------------------------------------------------------------------------

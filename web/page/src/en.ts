@@ -14,7 +14,6 @@ export const en = {
     "areas": "Areas",
     "skip": "Skip to the content",
     "search": "Search people in name, login, e-mail, mobile, department, title",
-    "search.clear": "Clear the search",
     "signout": "Sign out",
     "signin": "Sign in",
     "signin.again": "Your session has ended. Sign in again to go on; your entries are kept.",
@@ -42,7 +41,6 @@ export const en = {
     "move": "Move",
     "delete": "Delete",
     "undo": "Undo",
-    "undone": "Undone.",
     "save": "Save",
     "discard": "Discard",
     "saved": "Saved.",
@@ -57,7 +55,6 @@ export const en = {
     "tree.newview": "New view",
     "tree.menu": "More for this place",
     "tree.filter": "Find a group",
-    "tree.several": "hangs in {count} places",
     "people.count.one": "{count} person",
     "people.count.other": "{count} people",
     "people.none": "Nobody is here.",
@@ -133,6 +130,7 @@ export const en = {
     "overview.views": "Views",
     "overview.engine": "Engine",
     "overview.asof": "As of {time}",
+    "department.hint": "A path such as /Company/Sales moves the person there; any other text changes the text alone.",
     "generic.list": "List",
     "generic.do": "What to do",
     "generic.run": "Run",
@@ -145,7 +143,6 @@ export const en = {
     "why.genre": "Genre",
     "why.function": "Function",
     "why.ask": "Explain",
-    "yesnochoice": "Choose",
 };
 
 export type Key = keyof typeof en;

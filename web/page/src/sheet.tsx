@@ -66,6 +66,7 @@ function Field(props: { name: string; value: Value; isChanged: boolean; theirs: 
                         onInput={event => props.onInput(event.currentTarget.value)}
                     />
                 )}
+                {name === "department" && props.isChanged && <p class="help">{t("department.hint")}</p>}
                 {props.theirs !== undefined && (
                     <p class="theirs">
                         <bdi>{t("conflict.theirs", { value: props.theirs })}</bdi>{" "}

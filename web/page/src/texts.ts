@@ -1,9 +1,11 @@
 // What the page says, in the language of its reader.
+import { de } from "./de";
 import { type Catalogue, type Key, en } from "./en";
+import { zh } from "./zh-CN";
 
-const catalogues: Record<string, Catalogue> = { en };
+const catalogues: Record<string, Catalogue> = { en, de, "zh-CN": zh };
 
-export const languages: Record<string, string> = { en: "English" };
+export const languages: Record<string, string> = { en: "English", de: "Deutsch", "zh-CN": "简体中文" };
 
 function choose(): string {
     const kept = localStorage.getItem("language");

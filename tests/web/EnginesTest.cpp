@@ -1,0 +1,94 @@
+#include "ServerFixture.h"
+#include "management/Query.h"
+#include "tests/servers/Servers.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+using namespace web;
+using nlohmann::json;
+using testing::HasSubstr;
+
+namespace {
+
+/// The console on a new directory of the engine that the parameter names.
+class WebOnEngineTest : public ServerFixture, public testing::WithParamInterface<const char*> {
+protected:
+    [[nodiscard]] std::string Url() const override
+    {
+        if (m_url.empty()) {
+            m_url = servers::NewDatabase(GetParam());
+        }
+        return m_url;
+    }
+
+private:
+    mutable std::string m_url;
+};
+
+TEST_P(WebOnEngineTest, DoesTheMainJobs)
+{
+    HttpClient client = Signed();
+    const std::vector<std::string> texts = {"O'Brien \\ '; DROP TABLE qv_User; --", "日本語 😀", "%_\\'", "<script>"};
+    int number = 0;
+    for (const std::string& text : texts) {
+        const std::string login = "user" + std::to_string(++number);
+        Run(client, "user/create", {{"LOGIN", login}, {"name", text}, {"title", text}});
+        EXPECT_EQ(Run(client, "user/show", {{"USER", login}}).at("record").at("title"), text);
+        const json found = Got(client, "/users?q=login:" + login);
+        EXPECT_EQ(found.at("rows").at(0).at("name"), text);
+    }
+    Run(client, "view/create", {{"NAME", "Company"}});
+    Run(client, "group/create", {{"PATH", "/Company/Sales"}});
+    Run(client, "member/add", {{"GROUP", "/Company/Sales"}, {"USER", {"user1", "user2"}}});
+    EXPECT_EQ(Got(client, "/tree").at("rows").at(0).at("people"), 2);
+
+    const json seen = Run(client, "user/show", {{"USER", "user1"}});
+    const json locked = Run(client, "user/lock", {{"USER", {"user1"}}});
+    EXPECT_EQ(Got(client, "/users?locked=1").at("total"), 1);
+    const json stale = {
+        {"parameters", {{"USER", "user1"}, {"title", "x"}}},
+        {"if_unchanged",
+         {{"command", "user/show"}, {"parameters", {{"USER", "user1"}}}, {"version", seen.at("version")}}}};
+    EXPECT_EQ(Ask(client, "user/set", stale).status, 412);
+    json undo = {{"parameters", {{"ID", {locked.at("entry")}}}}};
+    undo["confirm"] = json::parse(Ask(client, "audit/undo", undo).body).at("plan").at("digest");
+    EXPECT_EQ(Ask(client, "audit/undo", undo).status, 200);
+    EXPECT_EQ(Got(client, "/users?locked=1").at("total"), 0);
+    EXPECT_EQ(Ask(client, "user/set", stale).status, 200);
+    EXPECT_EQ(Run(client, "audit/verify", json::object()).at("record").at("first_altered"), nullptr);
+}
+
+TEST_P(WebOnEngineTest, OpensAnewWhatWasLost)
+{
+    HttpClient client = Signed();
+    const bool isPostgresql = GetParam() == std::string("postgresql");
+    std::vector<int> sessions;
+    management::EachRow(m_conn,
+                        isPostgresql ? "SELECT pid FROM pg_stat_activity WHERE datname = current_database() AND pid <> "
+                                       "pg_backend_pid()"
+                                     : "SELECT id FROM information_schema.processlist WHERE db = database() AND id <> "
+                                       "connection_id()",
+                        [&sessions](CARecordset& row) { sessions.push_back(management::NumberIn(row, 1)); });
+    ASSERT_GE(sessions.size(), 2U);
+    for (const int session : sessions) {
+        management::Execute(m_conn,
+                            (isPostgresql ? "SELECT pg_terminate_backend(" : "KILL (") + std::to_string(session) + ")");
+    }
+    const json create = {{"parameters", {{"LOGIN", "amy"}}}};
+    const HttpAnswer lost = Ask(client, "user/create", create);
+    EXPECT_EQ(lost.status, 503);
+    EXPECT_EQ(CodeOf(lost), "database");
+    EXPECT_EQ(Ask(client, "user/create", create).status, 200);
+    static_cast<void>(client.Get("/api/v1/users"));
+    EXPECT_EQ(Got(client, "/users").at("total"), 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, WebOnEngineTest, testing::Values("postgresql", "mariadb"),
+                         [](const auto& engine) { return std::string(engine.param); });
+
+} // namespace

@@ -1,0 +1,112 @@
+#pragma once
+
+#include "HttpClient.h"
+#include "dbaccess/CAConnect.h"
+#include "management/Command.h"
+#include "schema/Schema.h"
+#include "web/CommandRequest.h"
+#include "web/Server.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+inline constexpr const char* kPassword = "correct horse battery";
+
+/// A server on a directory of the test's own.
+class ServerFixture : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string pattern = testing::TempDir() + "web-XXXXXX";
+        m_folder = ::mkdtemp(pattern.data());
+        m_conn.Open(Url().c_str());
+        schema::Upgrade(m_conn, [](int, const std::string&) {});
+    }
+    void TearDown() override
+    {
+        m_server.reset();
+        std::filesystem::remove_all(m_folder);
+    }
+
+    [[nodiscard]] virtual std::string Url() const { return "sqlite:" + m_folder + "/directory.db"; }
+
+    void Start(web::ServerOptions options = {})
+    {
+        options.log = [this](const std::string& line) { m_log += line + "\n"; };
+        m_server.reset();
+        m_server.emplace(
+            [this] {
+                auto conn = std::make_shared<CAConnect>();
+                conn->Open(Url().c_str());
+                return conn;
+            },
+            std::move(options));
+    }
+
+    HttpClient Client() { return HttpClient(m_server->Port()); }
+
+    HttpAnswer Setup(const std::string& password = kPassword)
+    {
+        return Client().Post("/api/v1/setup",
+                             nlohmann::json{{"token", m_server->SetupToken()}, {"password", password}}.dump());
+    }
+
+    static HttpAnswer SignIn(HttpClient& client, const std::string& login = "Admin",
+                             const std::string& password = kPassword)
+    {
+        HttpAnswer answer =
+            client.Post("/api/v1/session", nlohmann::json{{"login", login}, {"password", password}}.dump());
+        if (answer.status == 200) {
+            client.csrf = nlohmann::json::parse(answer.body).at("csrf");
+        }
+        return answer;
+    }
+
+    /// A server, its first administrator, and him signed in.
+    HttpClient Signed(web::ServerOptions options = {})
+    {
+        Start(std::move(options));
+        EXPECT_EQ(Setup().status, 200);
+        HttpClient client = Client();
+        EXPECT_EQ(SignIn(client).status, 200);
+        return client;
+    }
+
+    static HttpAnswer Ask(HttpClient& client, const std::string& command, const nlohmann::json& body)
+    {
+        return client.Post("/api/v1/commands/" + command, body.dump());
+    }
+    /// Runs a command that succeeds.
+    static nlohmann::json Run(HttpClient& client, const std::string& command, const nlohmann::json& parameters)
+    {
+        const HttpAnswer answer = Ask(client, command, {{"parameters", parameters}});
+        EXPECT_EQ(answer.status, 200) << command << ": " << answer.body;
+        return answer.status == 200 ? nlohmann::json::parse(answer.body) : nlohmann::json();
+    }
+    static nlohmann::json Got(HttpClient& client, const std::string& path)
+    {
+        const HttpAnswer answer = client.Get("/api/v1" + path);
+        EXPECT_EQ(answer.status, 200) << path << ": " << answer.body;
+        return answer.status == 200 ? nlohmann::json::parse(answer.body) : nlohmann::json();
+    }
+    static std::string CodeOf(const HttpAnswer& answer) { return nlohmann::json::parse(answer.body).at("code"); }
+
+    static std::string PathOf(const management::Command& command)
+    {
+        std::string path = web::PathText(command);
+        std::ranges::replace(path, ' ', '/');
+        return path;
+    }
+
+    std::string m_folder;
+    CAConnect m_conn;
+    std::string m_log;
+    std::optional<web::Server> m_server;
+};

@@ -1,0 +1,56 @@
+import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
+import { test } from "node:test";
+import { checkAccess, openPage, password, useServer } from "./support.mjs";
+
+const shared = useServer(["view create Company", "user create amy --name 'Amy Pond'"]);
+
+async function signIn(page, labels) {
+    await page.getByLabel(labels.login).fill("Admin");
+    await page.getByLabel(labels.password).fill(password);
+    await page.keyboard.press("Enter");
+}
+
+for (const { locale, lang, login, word, directory } of [
+    { locale: "de-AT", lang: "de", login: "Anmeldename", word: "Kennwort", directory: "Verzeichnis" },
+    { locale: "zh-CN", lang: "zh-CN", login: "登录名", word: "密码", directory: "目录" },
+]) {
+    test(`${lang}: the page speaks the browser's language, fits, and has no findings`, async () => {
+        const { page, finish } = await openPage(shared, { path: "/directory?user=1", signedIn: false, locale });
+        await signIn(page, { login, password: word });
+        await page.getByRole("heading", { name: "Amy Pond" }).waitFor();
+        assert.equal(await page.locator("html").getAttribute("lang"), lang);
+        await page.getByRole("link", { name: directory }).waitFor();
+        await checkAccess(page);
+        // No text of a label runs out of its box.
+        const tooWide = await page
+            .locator(".areas a, button, label, .tabs > *")
+            .evaluateAll(all => all.filter(one => one.scrollWidth > one.clientWidth + 1 && one.clientWidth > 0).map(one => one.textContent));
+        assert.deepEqual(tooWide, []);
+        await finish();
+    });
+}
+
+test("a language that is chosen stays", async () => {
+    const { page, finish } = await openPage(shared);
+    await page.locator("details.user > summary").click();
+    await page.getByLabel("Language").selectOption("de");
+    await page.getByRole("link", { name: "Verzeichnis" }).waitFor();
+    await page.reload();
+    await page.getByRole("link", { name: "Verzeichnis" }).waitFor();
+    await finish();
+});
+
+test("every language has the placeholders of the English texts", () => {
+    const textsOf = name =>
+        new Map(
+            [...readFileSync(new URL(`../../../web/page/src/${name}.ts`, import.meta.url), "utf8").matchAll(/^ {4}"([\w.]+)":\s+"(.*)",$/gm)].map(
+                ([, key, text]) => [key, (text.match(/\{\w+\}/g) ?? []).sort().join()],
+            ),
+        );
+    const english = textsOf("en");
+    assert.ok(english.size > 100);
+    for (const name of ["de", "zh-CN"]) {
+        assert.deepEqual(Object.fromEntries(textsOf(name)), Object.fromEntries(english), name);
+    }
+});
