@@ -78,6 +78,7 @@ inline constexpr Scenario kScenarios[] = {
     {"db init", {}, true},
     {"db status -o json", {}, false, true},
     {"db copy sqlite:copy.db", {}, true},
+    {"db backup backup.db", {}, true},
 
     {"user list", {}, false, true},
     {"user list -o json"},
