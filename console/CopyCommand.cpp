@@ -299,14 +299,12 @@ bool IsThere(const std::string& path)
 Exit Backup(const LocalCall& context)
 {
     const auto in = binding::ReadInput<kBackupParams>(context.given);
-    const std::string partial = in.file + ".partial";
-    for (const std::string& path : {in.file, partial}) {
-        if (IsThere(path)) {
-            throw Error(
-                ErrorCode::conflict,
-                fmt::format("{} is there already, and a backup replaces nothing; name another file", Visible(path)));
-        }
+    if (IsThere(in.file)) {
+        throw Error(
+            ErrorCode::conflict,
+            fmt::format("{} is there already, and a backup replaces nothing; name another file", Visible(in.file)));
     }
+    const std::string partial = in.file + ".partial"; // one that a killed run has left is empty, and used
     return CopyTo(context, UrlOf(partial), in.parents, [&](const schema::Copied& copied, const std::string& pace) {
         if (::link(partial.c_str(), in.file.c_str()) != 0 || ::unlink(partial.c_str()) != 0) {
             throw Error(ErrorCode::failed, fmt::format("the backup is in {} and cannot be named {}: {}",

@@ -119,6 +119,13 @@ TEST_P(BackupTest, NothingIsReplacedByABackup)
     EXPECT_FALSE(std::filesystem::exists(Path("nowhere.db")));
     EXPECT_EQ(Run({"db", "backup", Path("no/such/folder.db")}).exit, 6);
     EXPECT_EQ(Run({"db", "backup", Path("made/folder.db"), "--parents"}).exit, 0);
+    // What a killed run has left is used, another file is not.
+    ASSERT_EQ(Run({"--db", "sqlite:" + Path("killed.db.partial"), "db", "init"}).exit, 0);
+    EXPECT_EQ(Run({"db", "backup", Path("killed.db")}).exit, 0);
+    WriteFile("mine.db.partial", "precious, and no database");
+    EXPECT_EQ(Run({"db", "backup", Path("mine.db")}).exit, 6);
+    EXPECT_EQ(ReadFile("mine.db.partial"), "precious, and no database");
+    EXPECT_FALSE(std::filesystem::exists(Path("mine.db")));
 }
 
 TEST_P(BackupTest, OthersGoOnWritingMeanwhile)
