@@ -1,7 +1,9 @@
+#include "console/CommandOption.h"
 #include "console/Interrupt.h"
 #include "console/LocalCommand.h"
 #include "console/Progress.h"
 #include "console/Session.h"
+#include "console/TerminalFrontEnd.h"
 #include "console/Url.h"
 #include "management/Changes.h"
 #include "management/DatabaseError.h"
@@ -9,7 +11,11 @@
 #include "schema/Copy.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <string_view>
@@ -27,6 +33,26 @@ struct CopyInput {
 constexpr Param<CopyInput> kCopyParams[] = {
     {"URL", &CopyInput::target, Kind::text, "the database to copy to, such as sqlite:PATH"},
     {"parents", &CopyInput::parents, Kind::flag, "make the directories above a SQLite file that are missing"}};
+
+struct BackupInput {
+    std::string file;
+    bool parents = false;
+};
+
+constexpr Param<BackupInput> kBackupParams[] = {
+    {"FILE", &BackupInput::file, Kind::file, "a file that is not there"},
+    {"parents", &BackupInput::parents, Kind::flag, "make the directories above it that are missing"}};
+
+struct RestoreInput {
+    std::string file;
+    bool replace = false;
+    bool yes = false;
+};
+
+constexpr Param<RestoreInput> kRestoreParams[] = {
+    {"FILE", &RestoreInput::file, Kind::file, "what `qvadmin db backup` has written"},
+    {"replace", &RestoreInput::replace, Kind::flag, "also into a directory that has rows: all of them are deleted"},
+    {"yes", &RestoreInput::yes, Kind::flag, kYesHelp}};
 
 void RequireLastingFile(const std::string& url)
 {
@@ -55,7 +81,8 @@ Arguments ForTarget(const Arguments& arguments, const std::string& url)
     return target;
 }
 
-void RequireUsable(CAConnect& from, CAConnect& to, const std::string& shown)
+/// @param mayHaveRows  whether the target need not be empty. @return how many rows it has.
+std::int64_t RequireUsable(CAConnect& from, CAConnect& to, const std::string& shown, bool mayHaveRows)
 {
     const schema::State state = WithDatabaseErrors(to, [&] { return schema::Inspect(to).state; });
     if (state == schema::State::foreign) {
@@ -70,11 +97,12 @@ void RequireUsable(CAConnect& from, CAConnect& to, const std::string& shown)
         throw Error(ErrorCode::conflict, fmt::format("{} is the database to be copied itself", shown));
     }
     const std::int64_t rows = WithDatabaseErrors(to, [&] { return schema::CountRows(to); });
-    if (rows != 0) {
+    if (rows != 0 && !mayHaveRows) {
         throw Error(ErrorCode::conflict,
                     fmt::format("{} holds {} already, and only an empty one is copied to; nothing was copied", shown,
                                 Counted(static_cast<std::size_t>(rows), "row")));
     }
+    return rows;
 }
 
 /// The file of a target that is not there before the copy. Unless the copy succeeds, it is removed again.
@@ -132,8 +160,14 @@ std::string Standing(const CAConnect& to)
 /// Copies, showing how far it is. @throws Error that says what became of it.
 class Copying {
 public:
-    Copying(CAConnect& from, CAConnect& to, Terminal& terminal)
-        : m_from(from), m_to(to), m_terminal(terminal), m_progress(terminal), m_total(RowsToCome())
+    /// @param replaces  whether the rows of the target are deleted first.
+    Copying(CAConnect& from, CAConnect& to, Terminal& terminal, bool replaces = false)
+        : m_from(from),
+          m_to(to),
+          m_terminal(terminal),
+          m_progress(terminal),
+          m_replaces(replaces),
+          m_total(RowsToCome())
     {
     }
 
@@ -162,7 +196,7 @@ private:
             return !Interrupt::Requested();
         };
         try {
-            return schema::Copy(m_from, m_to, tell);
+            return m_replaces ? schema::Replace(m_from, m_to, tell) : schema::Copy(m_from, m_to, tell);
         } catch (const schema::CopyConflict& e) {
             m_progress.Clear();
             throw Error(ErrorCode::conflict, fmt::format("{}; nothing was copied", Visible(e.GetErrorText().View())));
@@ -197,34 +231,129 @@ private:
     CAConnect& m_to;
     Terminal& m_terminal;
     Progress m_progress;
+    bool m_replaces;
     std::optional<long> m_total;
 };
 
-Exit Copy(const LocalCall& context)
+void TellOthers(const schema::Copied& copied, std::ostream& err)
 {
-    const auto in = binding::ReadInput<kCopyParams>(context.given);
-    const Arguments target = ForTarget(context.arguments, in.target);
-    const std::string shown = ShownUrl(*target.db);
+    if (!copied.others.empty()) {
+        err << fmt::format("not copied, being no tables of a directory: {}\n",
+                           Visible(fmt::format("{}", fmt::join(copied.others, ", "))));
+    }
+}
+
+/// Copies the directory at hand to another database. @param report  says what was done, once the connection is closed.
+template <class Report>
+Exit CopyTo(const LocalCall& context, const std::string& url, bool parents, Report report)
+{
+    const Arguments target = ForTarget(context.arguments, url);
     Session source(context.arguments, Session::Indexes::leftAlone);
     CAConnect& from = source.Directory().Connection();
-    PrepareDirectory(*target.db, in.parents);
+    PrepareDirectory(*target.db, parents);
     CAConnect to;
     NewTarget newTarget(*target.db, to);
     Connect(to, *target.db, target);
-    RequireUsable(from, to, shown);
+    RequireUsable(from, to, ShownUrl(*target.db), false);
     const Interrupt interrupt;
     Changes::NoteCommit();
     WithDatabaseErrors(to, [&] { schema::Upgrade(to); });
     Copying copying(from, to, context.terminal);
     const schema::Copied copied = copying.Run();
     newTarget.Keep();
-    if (!copied.others.empty()) {
-        context.terminal.err << fmt::format("not copied, being no tables of a directory: {}\n",
-                                            Visible(fmt::format("{}", fmt::join(copied.others, ", "))));
+    TellOthers(copied, context.terminal.err);
+    to.Close();
+    report(copied, copying.Pace(copied.rows));
+    return Exit::done;
+}
+
+Exit Copy(const LocalCall& context)
+{
+    const auto in = binding::ReadInput<kCopyParams>(context.given);
+    return CopyTo(context, in.target, in.parents, [&](const schema::Copied& copied, const std::string& pace) {
+        context.terminal.err << fmt::format("copied {} of {} tables from {} to {} ({})\n",
+                                            Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
+                                            ShownUrl(ChooseUrl(context.arguments.db)), ShownUrl(in.target), pace);
+    });
+}
+
+// ---- Backups --------------------------------------------------------------------------------------------------------
+
+/// The URL of a SQLite file.
+std::string UrlOf(const std::string& file)
+{
+    std::string url = "sqlite:";
+    for (const char ch : file) {
+        url += ch == '%' ? "%25" : ch == '?' ? "%3F" : std::string(1, ch);
     }
-    context.terminal.err << fmt::format("copied {} of {} tables from {} to {} ({})\n",
+    return url;
+}
+
+/// Nothing but what it says of itself is there under a name, not even a broken link.
+bool IsThere(const std::string& path)
+{
+    std::error_code error;
+    return std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found;
+}
+
+Exit Backup(const LocalCall& context)
+{
+    const auto in = binding::ReadInput<kBackupParams>(context.given);
+    if (IsThere(in.file)) {
+        throw Error(
+            ErrorCode::conflict,
+            fmt::format("{} is there already, and a backup replaces nothing; name another file", Visible(in.file)));
+    }
+    const std::string partial = in.file + ".partial"; // one that a killed run has left is empty, and used
+    return CopyTo(context, UrlOf(partial), in.parents, [&](const schema::Copied& copied, const std::string& pace) {
+        if (::link(partial.c_str(), in.file.c_str()) != 0 || ::unlink(partial.c_str()) != 0) {
+            throw Error(ErrorCode::failed, fmt::format("the backup is in {} and cannot be named {}: {}",
+                                                       Visible(partial), Visible(in.file), std::strerror(errno)));
+        }
+        context.terminal.err << fmt::format("backed up {} of {} tables from {} to {} ({})\n",
+                                            Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
+                                            ShownUrl(ChooseUrl(context.arguments.db)), Visible(in.file), pace);
+    });
+}
+
+constexpr Command kNoRow = {};
+
+Exit Restore(const LocalCall& context)
+{
+    const auto in = binding::ReadInput<kRestoreParams>(context.given);
+    if (!IsThere(in.file)) {
+        throw Error(ErrorCode::failed, fmt::format("there is no file {}", Visible(in.file)));
+    }
+    Arguments backup = context.arguments;
+    backup.db = UrlOf(in.file) + "?mode=ro";
+    Session source(backup, Session::Indexes::leftAlone);
+    CAConnect& from = source.Directory().Connection();
+    Session target(context.arguments);
+    CAConnect& to = target.Directory().Connection();
+    const std::string shown = ShownUrl(ChooseUrl(context.arguments.db));
+    const std::int64_t rows = RequireUsable(from, to, shown, true);
+    if (rows != 0 && !in.replace) {
+        throw Error(ErrorCode::conflict,
+                    fmt::format("{} holds {}; nothing was restored. --replace deletes them, the record of changes too",
+                                shown, Counted(static_cast<std::size_t>(rows), "row")));
+    }
+    if (rows != 0 && !in.yes) {
+        TerminalFrontEnd frontEnd(kNoRow, context.given, context.arguments.format, context.terminal);
+        Plan plan;
+        plan.lines = {fmt::format("{} of {}", Counted(static_cast<std::size_t>(rows), "row"), shown)};
+        plan.question = fmt::format("Delete all of this, and put {} in its place?", Visible(in.file));
+        plan.removed = static_cast<std::size_t>(rows);
+        plan.nothingDone = "nothing was restored";
+        frontEnd.Confirm(plan);
+    }
+    const Interrupt interrupt;
+    Changes::NoteCommit();
+    Copying copying(from, to, context.terminal, rows != 0);
+    const schema::Copied copied = copying.Run();
+    TellOthers(copied, context.terminal.err);
+    context.terminal.err << fmt::format("restored {} of {} tables from {} to {} ({})\n",
                                         Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
-                                        ShownUrl(ChooseUrl(context.arguments.db)), shown, copying.Pace(copied.rows));
+                                        Visible(in.file), shown, copying.Pace(copied.rows));
     return Exit::done;
 }
 
@@ -237,6 +366,21 @@ constexpr LocalCommand kCommands[] = {
       .duration = Duration::longRunning,
       .params = &InfosOf<kCopyParams>},
      &Copy},
+    {{.path = {"db", "backup"},
+      .summary = "write the whole directory to a file, while others go on working",
+      .examples = "  qvadmin db backup /srv/backups/directory.db",
+      .effect = Effect::read,
+      .duration = Duration::longRunning,
+      .params = &InfosOf<kBackupParams>},
+     &Backup},
+    {{.path = {"db", "restore"},
+      .summary = "put a backup into an empty directory, or, with --replace, in the place of all that is there",
+      .examples = "  qvadmin --db sqlite:/srv/directory.db db restore /srv/backups/directory.db\n"
+                  "  qvadmin db restore backup.db --replace --yes",
+      .effect = Effect::change,
+      .duration = Duration::longRunning,
+      .params = &InfosOf<kRestoreParams>},
+     &Restore},
 };
 
 } // namespace

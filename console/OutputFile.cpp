@@ -208,7 +208,10 @@ void OutputFile::RequireReplaceable(const std::string& path) const
                                 Visible(path), NameOf(*type), m_description.option));
     }
     const Handle file(OpenThere(path));
-    if (file.Get() < 0 || ContentOf(file.Get(), m_description.firstLine) == Content::ofAnotherKind) {
+    if (file.Get() < 0) {
+        ThrowUnwritable(fmt::format("what is there cannot be read ({})", std::strerror(errno)));
+    }
+    if (ContentOf(file.Get(), m_description.firstLine) == Content::ofAnotherKind) {
         throw Error(ErrorCode::conflict,
                     fmt::format("{} is there already and is not such a list; it was left as it is: name another file "
                                 "with {}",

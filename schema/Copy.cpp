@@ -149,13 +149,15 @@ bool IsMoment(CARecordset& rs, long column, std::string_view text)
 /// committed.
 class Writing {
 public:
-    explicit Writing(CAConnect& conn) : m_conn(conn), m_dialect(DialectOf(conn))
+    /// @param replaces  whether all rows that are there are deleted first.
+    Writing(CAConnect& conn, bool replaces) : m_conn(conn), m_dialect(DialectOf(conn)), m_replaces(replaces)
     {
         ExecuteAll(m_conn, m_dialect.copying.beginWriting);
         m_conn.BeginTrans();
         try {
             Lock(m_conn, m_dialect, kLongestTableWork);
             HoldTables();
+            DeleteRows();
             Execute(m_dialect.copying.mark);
         } catch (...) {
             GiveUp();
@@ -172,6 +174,7 @@ public:
         if (m_dialect.copying.backToMark.empty()) {
             m_conn.RollbackTrans();
             m_conn.BeginTrans();
+            DeleteRows();
         } else {
             Execute(m_dialect.copying.backToMark);
         }
@@ -189,6 +192,14 @@ private:
         if (!m_dialect.copying.holdTable.empty()) {
             for (const Table& table : TablesOf(m_dialect)) {
                 Execute(Filled(m_dialect.copying.holdTable, table));
+            }
+        }
+    }
+    void DeleteRows()
+    {
+        if (m_replaces) {
+            for (const Table& table : TablesOf(m_dialect)) {
+                m_conn.Execute(("DELETE FROM " + table.name).c_str());
             }
         }
     }
@@ -212,6 +223,7 @@ private:
 
     CAConnect& m_conn;
     const Dialect& m_dialect;
+    bool m_replaces;
     bool m_isOpen = true;
 };
 
@@ -381,10 +393,11 @@ public:
     {
     }
 
-    Copied Run()
+    /// @param replaces  whether the target's rows are deleted first.
+    Copied Run(bool replaces)
     {
         const Snapshot snapshot(m_from);
-        Writing writing(m_to);
+        Writing writing(m_to, replaces);
         RequireRows(0);
         m_longest = LongestFor(m_to);
         for (const TableMapping& carried : MapTables()) {
@@ -647,6 +660,14 @@ bool IsSameDatabase(CAConnect& a, CAConnect& b)
 
 std::int64_t CountRows(CAConnect& conn) { return RowsBy(conn, "SELECT COUNT(*) FROM {table}"); }
 
-Copied Copy(CAConnect& from, CAConnect& to, const CopyProgress& progress) { return Copier(from, to, progress).Run(); }
+Copied Copy(CAConnect& from, CAConnect& to, const CopyProgress& progress)
+{
+    return Copier(from, to, progress).Run(false);
+}
+
+Copied Replace(CAConnect& from, CAConnect& to, const CopyProgress& progress)
+{
+    return Copier(from, to, progress).Run(true);
+}
 
 } // namespace schema

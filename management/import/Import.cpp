@@ -18,6 +18,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <utility>
@@ -81,6 +82,18 @@ const Field& Birthday()
 {
     static const Field& field = *FindField("birthday");
     return field;
+}
+
+bool IsImported(const Field& field) { return field.use == Field::Use::given || field.use == Field::Use::changed; }
+
+/// What an insert leaves out, and is not as it would be anyway.
+FieldValues LeftOutByInsert(const FieldValues& values)
+{
+    FieldValues leftOut;
+    std::ranges::copy_if(values, std::inserter(leftOut, leftOut.end()), [](const auto& value) {
+        return value.first->use == Field::Use::changed && value.second != "0";
+    });
+    return leftOut;
 }
 
 /// Reads dates of a form such as DD.MM.YYYY.
@@ -203,7 +216,7 @@ private:
     void Add(const std::string& name, const std::string& file)
     {
         const Field* field = FindField(Renamed(name));
-        if (field == nullptr || (field != &Login() && field->use != Field::Use::given)) {
+        if (field == nullptr || (field != &Login() && !IsImported(*field))) {
             if (m_options.ignoreUnknown && !m_mapped.contains(NameKey(name))) {
                 m_columns.push_back(nullptr);
                 return;
@@ -515,6 +528,7 @@ private:
                 if (added.joins) {
                     m_joining.push_back((*ids)[i]);
                 }
+                SetLeftOut((*ids)[i], added.row->values);
             }
             // The record writes today for a birthday that nobody gave.
             ClearBirthdays(conn, withoutBirthday);
@@ -685,6 +699,7 @@ private:
         RowOutcome outcome{RowFate::created, 0, {}};
         if (!m_dryRun && m_isAlone) {
             outcome.id = CreateUser(m_directory, row.login, values);
+            SetLeftOut(outcome.id, values);
             if (group) {
                 m_joining.push_back(outcome.id);
             }
@@ -711,6 +726,14 @@ private:
             differed = true;
         }
         return {differed ? RowFate::updated : RowFate::unchanged, user.key.id, {}};
+    }
+
+    void SetLeftOut(int id, const FieldValues& values)
+    {
+        const FieldValues leftOut = LeftOutByInsert(values);
+        if (!leftOut.empty()) {
+            m_directory.Set(id, leftOut);
+        }
     }
 
     [[nodiscard]] bool IsIn(ItemKey group, const UserBlock::User& user) const
@@ -781,7 +804,7 @@ std::vector<std::string_view> ImportColumns()
 {
     std::vector<std::string_view> columns = {"login"};
     for (const Field& field : Fields()) {
-        if (field.use == Field::Use::given) {
+        if (IsImported(field)) {
             columns.push_back(field.name);
         }
     }

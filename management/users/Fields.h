@@ -18,8 +18,8 @@ struct Field {
     enum class Use {
         kept,    ///< by nothing but the list of all columns
         shown,   ///< by `user show`
-        changed, ///< also an option of `user set`
-        given,   ///< also an option of `user create` and a column of a file to import
+        changed, ///< also an option of `user set` and a column of a file to import
+        given,   ///< also an option of `user create`
     };
     using Member = std::variant<std::monostate, CString CHumanItem::*, int CHumanItem::*, bool CHumanItem::*,
                                 COleDateTime CHumanItem::*>;

@@ -8,6 +8,8 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include <array>
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -104,7 +106,55 @@ protected:
     ImportReport m_report;
 };
 
+/// Gives two pieces of a text, and calls a function between them.
+class TwoPieces final : public std::streambuf {
+public:
+    TwoPieces(std::string first, std::string second, std::function<void()> between)
+        : m_pieces{std::move(first), std::move(second)}, m_between(std::move(between))
+    {
+    }
+
+protected:
+    int_type underflow() override
+    {
+        if (m_next == m_pieces.size()) {
+            return traits_type::eof();
+        }
+        if (m_next == 1) {
+            m_between();
+        }
+        std::string& piece = m_pieces.at(m_next++);
+        setg(piece.data(), piece.data(), piece.data() + piece.size());
+        return traits_type::to_int_type(piece.front());
+    }
+
+private:
+    std::array<std::string, 2> m_pieces;
+    std::size_t m_next = 0;
+    std::function<void()> m_between;
+};
+
 } // namespace
+
+TEST_F(ExchangeBlocksTest, WhatAnotherConsoleAddsMeanwhileIsFound)
+{
+    std::string people = std::string(kExportHead) + "\n";
+    for (int i = 0; i < 300; ++i) {
+        people += fmt::format("{{\"noun\":\"user\",\"login\":\"user{}\"}}\n", i);
+    }
+    const std::string rest = "{\"noun\":\"view\",\"name\":\"Main\"}\n"
+                             "{\"noun\":\"group\",\"path\":\"/Main/Team\"}\n"
+                             "{\"noun\":\"member\",\"member\":{\"user\":\"user7\"},\"of\":{\"group\":\"/Main/Team\"},"
+                             "\"relation\":1}\n";
+    TwoPieces pieces(people, rest, [this] { m_conn.Execute("INSERT INTO qv_View (Col_Name) VALUES ('Main')"); });
+    std::istream in(&pieces);
+    Run([&](Call& call) { ImportDirectory(call, {in, "in.jsonl"}, {}, m_report); });
+    EXPECT_EQ(m_report.CountOf(RowFate::created), 302);
+    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), 1);
+    const std::string text = Export();
+    EXPECT_EQ(text.find("Main\\\\#2"), std::string::npos);
+    EXPECT_NE(text.find("\"path\":\"/Main/Team\""), std::string::npos);
+}
 
 TEST_F(ExchangeBlocksTest, ANewLineTakesTwoStatementsAtMostAndOneThatIsSoAlreadyHardlyAny)
 {

@@ -292,8 +292,9 @@ TEST_P(ExchangeTest, RowsThatNameWhatIsGoneAreCountedAndLeftOut)
 TEST_P(ExchangeTest, PeopleInCsvReadBackWithoutAChange)
 {
     Fill();
+    Done({"user", "set", "amy", "--far-user", "--far-server", "elsewhere"});
     const std::string text = Export("people.csv", {"--format", "csv"});
-    EXPECT_THAT(text, StartsWith("login,name,email,"));
+    EXPECT_THAT(text, AllOf(StartsWith("login,name,email,"), HasSubstr(",true,elsewhere\n")));
     const std::string before = Dump();
     const ChildResult same = Run({"user", "import", Path("people.csv"), "--update", "--departments", "Company"});
     EXPECT_EQ(same.exit, 0) << same.err;

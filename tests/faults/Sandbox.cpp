@@ -257,6 +257,7 @@ void Sandbox::Prepare()
     for (const Scenario& scenario : kSetup) {
         RunSetup(scenario);
     }
+    RunSetup({"db backup kept.db"});
     {
         CAConnect conn;
         conn.Open(("sqlite:" + run + kDatabase).c_str());
@@ -295,7 +296,8 @@ bool Sandbox::IsUntouched() const
         return name.starts_with(kDatabase) && name != kDatabase && entry.file_size() != 0;
     };
     return std::none_of(fs::directory_iterator(run), {}, isLeftOver) && !fs::exists(run / "copy.db") &&
-           fs::exists(run / kDatabase) && ReadFile(run / kDatabase) == m_file;
+           !fs::exists(run / "backup.db") && !fs::exists(run / "backup.db.partial") && fs::exists(run / kDatabase) &&
+           ReadFile(run / kDatabase) == m_file;
 }
 
 void Sandbox::Restore(const Scenario& scenario)
@@ -308,7 +310,8 @@ void Sandbox::Restore(const Scenario& scenario)
         }
         return;
     }
-    if (m_isUntouched && scenario.line != "db init" && !scenario.line.starts_with("db copy")) {
+    const bool writesFile = scenario.line.starts_with("db copy") || scenario.line.starts_with("db backup");
+    if (m_isUntouched && scenario.line != "db init" && !writesFile) {
         return;
     }
     const std::string run = m_folder + "/run";

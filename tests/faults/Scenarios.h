@@ -79,6 +79,8 @@ inline constexpr Scenario kScenarios[] = {
     {"db status -o json", {}, false, true},
     {"config show --origin"},
     {"db copy sqlite:copy.db", {}, true},
+    {"db backup backup.db", {}, true},
+    {"db restore kept.db --replace --yes"},
 
     {"user list", {}, false, true},
     {"user list -o json"},
