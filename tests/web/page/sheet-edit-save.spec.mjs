@@ -37,7 +37,7 @@ test("fields are changed and saved, and only those", async () => {
     await until(() => shared.server.json("user", "show", "amy").email === "amy@example.org");
     for (const tab of ["Roles", "Rights", "Security", "More", "History"]) {
         await sheet.getByRole("tab", { name: tab }).click();
-        await page.waitForTimeout(150);
+        await page.waitForLoadState("networkidle");
         await checkAccess(page);
     }
     await finish();

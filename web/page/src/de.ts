@@ -13,6 +13,7 @@ export const de: Catalogue = {
     "area.board": "Aushang",
     "area.settings": "Einstel\u00adlungen",
     "area.audit": "Protokoll",
+    "area.more": "Weiteres",
     "areas": "Bereiche",
     "skip": "Zum Inhalt springen",
     "search": "Personen suchen: Name, Anmeldename, E-Mail, Mobil, Abteilung, Position",

@@ -11,6 +11,7 @@ export const en = {
     "area.board": "Board",
     "area.settings": "Settings",
     "area.audit": "Audit",
+    "area.more": "More",
     "areas": "Areas",
     "skip": "Skip to the content",
     "search": "Search people in name, login, e-mail, mobile, department, title",

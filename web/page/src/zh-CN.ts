@@ -13,6 +13,7 @@ export const zh: Catalogue = {
     "area.board": "公告",
     "area.settings": "设置",
     "area.audit": "审核",
+    "area.more": "更多",
     "areas": "区域",
     "skip": "跳到内容",
     "search": "按姓名、登录名、电子邮件、手机、部门、职务搜索人员",
