@@ -233,7 +233,7 @@ function Noun(props: { noun: string; commands: Command[] }) {
     const remove = props.commands.find(command => command.path[1] === "delete" && command.path.length === 2);
     const removed = remove?.parameters.find(parameter => parameter.positional);
     return (
-        <section class="noun">
+        <section class="noun" data-noun={props.noun}>
             <h2>{words(props.noun)}</h2>
             <div class="bar" role="group" aria-label={t("generic.do")}>
                 {props.commands
