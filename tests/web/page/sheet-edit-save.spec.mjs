@@ -68,6 +68,21 @@ test("a wrong value is told beside the fields, and nothing is lost", async () =>
     await finish();
 });
 
+test("a user whose password holds the login name is renamed with a new one", async () => {
+    const { page, finish } = await openPage(shared, { path: "/directory?q=rory" });
+    await page.getByText("1 person", { exact: true }).waitFor();
+    const answer = page.getByRole("dialog", { name: "Rename rory" });
+    await page.getByRole("grid").focus();
+    await page.keyboard.press("F2");
+    await answer.getByLabel("New login name").fill("rory.williams");
+    await answer.getByLabel("New password").fill("a long password of Rory");
+    await checkAccess(page);
+    await answer.getByRole("button", { name: "Rename" }).click();
+    await page.getByText("the new password is set").waitFor();
+    assert.equal(shared.server.qvadmin("user", "exists", "rory.williams").trim(), "true");
+    await finish();
+});
+
 test("a password is made up and shown once", async () => {
     const { page, finish } = await openPage(shared, { path: "/directory?user=2&tab=security" });
     await page.getByText("No password is set.").waitFor();

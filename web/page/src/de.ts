@@ -92,6 +92,7 @@ export const de: Catalogue = {
     "group.rename": "{path} umbenennen",
     "user.rename": "{name} umbenennen",
     "user.newlogin": "Neuer Anmeldename",
+    "user.renamepassword": "Neues Kennwort, falls das bisherige nicht mehr passt",
     "user.sheet": "Benutzer",
     "user.new": "Neuer Benutzer",
     "tab.general": "Allgemein",

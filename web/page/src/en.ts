@@ -89,6 +89,7 @@ export const en = {
     "group.rename": "Rename {path}",
     "user.rename": "Rename {name}",
     "user.newlogin": "New login name",
+    "user.renamepassword": "New password, where the present one would no longer fit",
     "user.sheet": "User",
     "user.new": "New user",
     "tab.general": "General",

@@ -91,6 +91,7 @@ export const zh: Catalogue = {
     "group.rename": "重命名 {path}",
     "user.rename": "重命名 {name}",
     "user.newlogin": "新登录名",
+    "user.renamepassword": "新密码（仅当现有密码不再适用时）",
     "user.sheet": "用户",
     "user.new": "新建用户",
     "tab.general": "常规",
