@@ -4,6 +4,7 @@
 #include "management/Changes.h"
 #include "management/Query.h"
 #include "management/Text.h"
+#include "management/audit/AuditedRow.h"
 #include "web/Tokens.h"
 
 #include <fmt/format.h>
@@ -187,14 +188,14 @@ void WriteFinding(JsonWriter& json, const Finding& finding)
     json.End();
 }
 
-/// What a writing command did beside what all commands give.
-struct Written {
+/// What the answer of a writing command has beside what all answers have.
+struct ChangeAnswer {
     bool isChanged = false;
     int entry = 0; ///< of the record; 0: none
 };
 
 std::string BodyOf(const CommandRequest& request, const WebFrontEnd& front, const Result& result,
-                   const std::optional<Written>& written)
+                   const std::optional<ChangeAnswer>& written)
 {
     std::ostringstream out;
     JsonWriter json(out, JsonWriter::Layout::line);
@@ -266,8 +267,34 @@ std::optional<Problem> FindChange(CAConnect& conn, const Condition& condition, c
 
 int LatestEntry(CAConnect& conn) { return Number(conn, "SELECT MAX(Col_ID) FROM qv_AuditEntry"); }
 
+/// What the entries of the record between two ids have to say.
+Written ReadWritten(CAConnect& conn, int before, int after)
+{
+    constexpr int most = 200;
+    Written written{.isAnything = after != before};
+    int rows = 0;
+    const auto is = [](const std::string& table, std::string_view name) { return audit::SameIdentifier(table, name); };
+    EachRow(conn,
+            fmt::format(
+                "SELECT Col_Table, Col_Key, Col_Count FROM qv_AuditRow WHERE Col_EntryID > {} AND Col_EntryID <= {}",
+                before, after),
+            [&](CARecordset& row) {
+                const std::string table = TextIn(row, 1);
+                const bool isUser = is(table, "qv_User");
+                const bool isColumns = isUser && NumberIn(row, 3) == 0;
+                if (isColumns && ++rows <= most) {
+                    written.users.push_back(NumberIn(row, 2));
+                } else {
+                    written.isMore = written.isMore || isUser || is(table, "qv_Group") || is(table, "qv_View") ||
+                                     is(table, "qv_Relation");
+                }
+                return !written.isMore;
+            });
+    return written;
+}
+
 Response RunWriting(CAConnect& conn, const CommandRequest& request, const Caller& caller, WebFrontEnd& front,
-                    bool& isChanged)
+                    Written& written)
 {
     // One transaction holds the look at what was seen, the change, and its entry in the record.
     Transaction transaction(conn);
@@ -290,23 +317,24 @@ Response RunWriting(CAConnect& conn, const CommandRequest& request, const Caller
     if (request.dryRun) {
         transaction.Rollback();
     } else {
+        Written found = ReadWritten(conn, before, after);
         Changes::NoteCommit();
         transaction.Commit();
-        isChanged = after != before;
+        written = std::move(found);
     }
-    const Written written{result.isChanged && !result.isRead, after == before ? 0 : after};
-    return {200, "application/json", BodyOf(request, front, result, written)};
+    const ChangeAnswer change{result.isChanged && !result.isRead, after == before ? 0 : after};
+    return {200, "application/json", BodyOf(request, front, result, change)};
 }
 
 } // namespace
 
-Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller& caller, bool& isChanged)
+Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller& caller, Written& written)
 {
-    isChanged = false;
+    written = {};
     WebFrontEnd front(request.command, *request.arguments, request.confirmed, caller);
     try {
         if (request.command.effect != Effect::read) {
-            return RunWriting(conn, request, caller, front, isChanged);
+            return RunWriting(conn, request, caller, front, written);
         }
         Call call = CallFor(conn, front, {});
         const Result result = request.command.run(call, *request.arguments);

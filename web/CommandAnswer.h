@@ -24,9 +24,16 @@ struct Caller {
     bool hasConfirmed = false; ///< has given the password within the last minutes
 };
 
+/// What a command has written, as far as lists of people and places show it.
+struct Written {
+    bool isAnything = false;     ///< whether rows were written at all
+    bool isMore = false;         ///< whether more is to be read anew than the users below
+    std::vector<int> users = {}; ///< of whom only columns have changed
+};
+
 /// Runs a command and says what became of it. To be called on one thread at a time.
-/// @return 200 with the result, or a problem. @param isChanged  set to whether rows were written.
-Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller& caller, bool& isChanged);
+/// @return 200 with the result, or a problem.
+Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller& caller, Written& written);
 
 // Parts of answers. A value that stands for a word comes out as the word.
 

@@ -12,6 +12,7 @@
 #include <charconv>
 #include <numeric>
 #include <sstream>
+#include <utility>
 
 namespace web {
 
@@ -20,6 +21,30 @@ using namespace management;
 namespace {
 
 constexpr char kBetween = '\x1f'; // no search for a text that somebody types runs over it
+
+constexpr const char* kSelect =
+    "SELECT Col_ID, Col_LoginName, Col_Name, Col_EMail, Col_Mobile, Col_DeptInfo, Col_o_JobTitle, Col_Disabled FROM "
+    "qv_User";
+
+Person ReadPerson(CARecordset& row)
+{
+    Person person;
+    person.id = NumberIn(row, 1);
+    for (std::size_t i = 0; i < person.texts.size(); ++i) {
+        person.texts[i] = TextIn(row, static_cast<long>(i) + 2);
+    }
+    person.isLocked = NumberIn(row, static_cast<long>(person.texts.size()) + 2) != 0;
+    return person;
+}
+
+std::string Folded(const Person& person)
+{
+    std::string folded;
+    for (const std::string& text : person.texts) {
+        folded += NameKey(text) + kBetween;
+    }
+    return folded;
+}
 
 bool IsDigit(char ch) { return ch >= '0' && ch <= '9'; }
 
@@ -77,34 +102,45 @@ People::People(CAConnect& conn) : m_organisation(conn)
 void People::LoadPeople(CAConnect& conn)
 {
     std::vector<std::pair<std::string, Person>> read;
-    EachRow(conn,
-            "SELECT Col_ID, Col_LoginName, Col_Name, Col_EMail, Col_Mobile, Col_DeptInfo, Col_o_JobTitle, Col_Disabled "
-            "FROM qv_User",
-            [&read](CARecordset& row) {
-                Person person;
-                person.id = NumberIn(row, 1);
-                for (std::size_t i = 0; i < person.texts.size(); ++i) {
-                    person.texts[i] = TextIn(row, static_cast<long>(i) + 2);
-                }
-                person.isLocked = NumberIn(row, static_cast<long>(person.texts.size()) + 2) != 0;
-                std::string key = NameKey(person.texts.front());
-                read.emplace_back(std::move(key), std::move(person));
-            });
+    EachRow(conn, kSelect, [&read](CARecordset& row) {
+        Person person = ReadPerson(row);
+        std::string key = NameKey(person.texts.front());
+        read.emplace_back(std::move(key), std::move(person));
+    });
     std::ranges::sort(read, [](const auto& a, const auto& b) {
         return a.first != b.first ? IsBefore(a.first, b.first) || (!IsBefore(b.first, a.first) && a.first < b.first)
                                   : a.second.id < b.second.id;
     });
     m_people.reserve(read.size());
+    m_folded.reserve(read.size());
     for (auto& [key, person] : read) {
         m_byId[person.id] = static_cast<Index>(m_people.size());
         m_locked += person.isLocked ? 1 : 0;
-        m_begins.push_back(m_folded.size());
-        for (const std::string& text : person.texts) {
-            m_folded += NameKey(text) + kBetween;
-        }
+        m_folded.push_back(Folded(person));
         m_people.push_back(std::move(person));
     }
-    m_begins.push_back(m_folded.size());
+    m_countedBy.resize(m_people.size());
+}
+
+bool People::Refresh(CAConnect& conn, const std::vector<int>& ids)
+{
+    std::size_t found = 0;
+    bool isEnough = true;
+    EachRow(conn, fmt::format("{} WHERE Col_ID IN ({})", kSelect, fmt::join(ids, ", ")), [&](CARecordset& row) {
+        Person person = ReadPerson(row);
+        const auto known = m_byId.find(person.id);
+        ++found;
+        isEnough = isEnough && known != m_byId.end() && m_people[known->second].texts.front() == person.texts.front();
+        if (isEnough) {
+            Person& present = m_people[known->second];
+            m_locked += person.isLocked ? 1 : 0;
+            m_locked -= present.isLocked ? 1 : 0;
+            m_folded[known->second] = Folded(person);
+            present = std::move(person);
+        }
+    });
+    m_ranks.clear();
+    return isEnough && found == ids.size();
 }
 
 void People::LoadMembers(CAConnect& conn)
@@ -126,15 +162,20 @@ const Person* People::Find(int id) const
     return found == m_byId.end() ? nullptr : &m_people[found->second];
 }
 
-std::vector<bool> People::MembersOf(ItemKey place, bool isDeep) const
+std::vector<ItemKey> People::WithBelow(ItemKey place) const
 {
     std::vector<ItemKey> places = {place};
-    if (isDeep && m_organisation.Find(place) != nullptr) {
+    if (m_organisation.Find(place) != nullptr) {
         const std::vector<ItemKey> below = m_organisation.Below(place);
         places.insert(places.end(), below.begin(), below.end());
     }
+    return places;
+}
+
+std::vector<bool> People::MembersOf(ItemKey place, bool isDeep) const
+{
     std::vector<bool> isIn(m_people.size());
-    for (const ItemKey key : places) {
+    for (const ItemKey key : isDeep ? WithBelow(place) : std::vector<ItemKey>{place}) {
         if (const auto members = m_members.find(key); members != m_members.end()) {
             for (const Index person : members->second) {
                 isIn[person] = true;
@@ -150,16 +191,23 @@ std::size_t People::CountIn(ItemKey place)
     if (known != m_counts.end()) {
         return known->second;
     }
-    const std::vector<bool> isIn = MembersOf(place, true);
-    return m_counts[place] = static_cast<std::size_t>(std::ranges::count(isIn, true));
+    ++m_countNumber;
+    std::size_t count = 0;
+    for (const ItemKey key : WithBelow(place)) {
+        if (const auto members = m_members.find(key); members != m_members.end()) {
+            for (const Index person : members->second) {
+                count += std::exchange(m_countedBy[person], m_countNumber) == m_countNumber ? 0 : 1;
+            }
+        }
+    }
+    return m_counts[place] = count;
 }
 
 bool People::HasAll(Index person, const std::vector<std::string>& words) const
 {
-    const std::string_view texts =
-        std::string_view(m_folded).substr(m_begins[person], m_begins[person + 1] - m_begins[person]);
+    const std::string& texts = m_folded[person];
     return std::ranges::all_of(words,
-                               [texts](const std::string& word) { return texts.find(word) != std::string_view::npos; });
+                               [&texts](const std::string& word) { return texts.find(word) != std::string::npos; });
 }
 
 const std::vector<People::Index>& People::RanksBy(PeopleColumn column)

@@ -52,12 +52,16 @@ public:
     [[nodiscard]] std::vector<int> Select(const PeopleQuery& query);
     /// How many people are in a place and below, each counted once.
     [[nodiscard]] std::size_t CountIn(management::ItemKey place);
+    /// Reads people anew of whom only columns have changed. @return false, where that is not enough: somebody came,
+    /// went, or has another login name. @throws management::DatabaseError.
+    bool Refresh(CAConnect& conn, const std::vector<int>& ids);
 
 private:
     using Index = std::uint32_t;
 
     void LoadPeople(CAConnect& conn);
     void LoadMembers(CAConnect& conn);
+    [[nodiscard]] std::vector<management::ItemKey> WithBelow(management::ItemKey place) const;
     /// A flag for each person.
     [[nodiscard]] std::vector<bool> MembersOf(management::ItemKey place, bool isDeep) const;
     [[nodiscard]] bool HasAll(Index person, const std::vector<std::string>& words) const;
@@ -67,10 +71,11 @@ private:
     std::vector<Person> m_people; ///< by login name
     std::size_t m_locked = 0;
     std::unordered_map<int, Index> m_byId;
-    std::string m_folded;              ///< the texts of all in capitals
-    std::vector<std::size_t> m_begins; ///< where each one's begin in it, and the end
+    std::vector<std::string> m_folded; ///< the texts of each in capitals
     std::map<management::ItemKey, std::vector<Index>> m_members;
     std::map<management::ItemKey, std::size_t> m_counts;
+    std::vector<Index> m_countedBy; ///< the last count that has met somebody
+    Index m_countNumber = 0;
     std::map<PeopleColumn, std::vector<Index>> m_ranks;
 };
 

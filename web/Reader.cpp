@@ -208,6 +208,20 @@ void Reader::Load()
     m_asOf = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
 }
 
+void Reader::NoteUsers(const std::vector<int>& ids) noexcept
+{
+    if (!m_people || m_seen != m_changes) {
+        return;
+    }
+    try {
+        if (!m_people->Refresh(Connection(), ids)) {
+            NoteChange();
+        }
+    } catch (const std::exception&) {
+        NoteChange();
+    }
+}
+
 People& Reader::Fresh()
 {
     m_asked = Clock::now();

@@ -27,8 +27,10 @@ class Reader {
 public:
     explicit Reader(OpenDirectory open) : m_open(std::move(open)) {}
 
-    /// Says that the directory was changed. Any thread may call it.
+    /// Says that the directory was changed, so that all is read anew when somebody asks. Any thread may call it.
     void NoteChange() noexcept { ++m_changes; }
+    /// Reads people anew of whom only columns were changed.
+    void NoteUsers(const std::vector<int>& ids) noexcept;
     /// Reads the picture anew where it is old and was looked at lately.
     void Refresh() noexcept;
     /// The connection. @throws management::Error.

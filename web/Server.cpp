@@ -552,10 +552,15 @@ private:
         if (command.risk == Risk::stepUp && !hasConfirmed) {
             return ResponseOf({403, "password_required", "this asks for your password again"});
         }
-        bool isChanged = false;
-        Response response = RunCommand(conn, asked, {session.account.login, hasConfirmed}, isChanged);
-        if (isChanged) {
+        Written written;
+        Response response = RunCommand(conn, asked, {session.account.login, hasConfirmed}, written);
+        if (written.isMore) {
             m_reader.NoteChange();
+        } else if (!written.users.empty()) {
+            // Before anything that is asked once this is answered.
+            m_lists.Post([this, users = std::move(written.users)] { m_reader.NoteUsers(users); });
+        }
+        if (written.isAnything) {
             Log("change", session.account.login, visit.request.address, asked.arguments->Text());
         }
         return response;

@@ -588,9 +588,22 @@ TEST_F(ServerTest, ChangesOfOthersAreSeenWhenListsAreOld)
     HttpClient client = Signed();
     EXPECT_EQ(Got(client, "/users").at("total"), 1);
     management::Execute(m_conn, "INSERT INTO qv_User (Col_LoginName) VALUES ('amy')");
-    // What is changed here has all read anew.
+    // A change here that lists do not show is no reason to read anything, one of a user has him read, another one all.
     Run(client, "role/create", {{"NAME", "Editors"}});
-    EXPECT_EQ(Got(client, "/users").at("total"), 2);
+    EXPECT_EQ(Got(client, "/users").at("total"), 1);
+    Run(client, "user/set", {{"USER", "Admin"}, {"title", "Chief"}, {"mobile", "123"}});
+    EXPECT_EQ(Got(client, "/users?q=chief+123").at("total"), 1);
+    EXPECT_EQ(Got(client, "/users?q=amy").at("total"), 0);
+    Run(client, "user/lock", {{"USER", {"amy"}}});
+    EXPECT_EQ(Got(client, "/users?locked=1").at("total"), 1);
+    EXPECT_EQ(Got(client, "/overview").at("locked"), 1);
+    Run(client, "user/unlock", {{"USER", {"amy"}}});
+    EXPECT_EQ(Got(client, "/overview").at("locked"), 0);
+    Run(client, "user/rename", {{"USER", "amy"}, {"NEWLOGIN", "zoe"}});
+    EXPECT_EQ(Got(client, "/users").at("rows").at(1).at("login"), "zoe");
+    management::Execute(m_conn, "INSERT INTO qv_User (Col_LoginName) VALUES ('rory')");
+    Run(client, "view/create", {{"NAME", "Company"}});
+    EXPECT_EQ(Got(client, "/users").at("total"), 3);
 }
 
 // ---- Texts and secrets ----------------------------------------------------------------------------------------------

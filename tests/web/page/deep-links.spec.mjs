@@ -34,16 +34,46 @@ test("a link opens the place, the search and the user that it names, and Back go
 });
 
 test("every area opens by its link, without findings, in light and dark, wide and narrow", async () => {
-    for (const options of [{}, { colorScheme: "dark" }, { width: 390, height: 800 }]) {
+    const some = ["overview", "directory", "roles", "why", "audit"];
+    const all = [...some, "rights", "documents", "messages", "addins", "board", "settings", "more"];
+    for (const { areas, ...options } of [{ areas: all }, { areas: some, colorScheme: "dark" }, { areas: some, width: 390, height: 800 }]) {
         const { page, finish } = await openPage(shared, options);
-        for (const area of ["overview", "directory", "roles", "why", "rights", "documents", "messages", "addins", "board", "settings", "audit"]) {
+        for (const area of areas) {
             await page.goto(`${shared.server.url}/${area}`);
             await page.locator(`nav.areas a[aria-current][href="/${area}"]`).waitFor();
-            await page.waitForTimeout(150);
+            await page.waitForLoadState("networkidle");
             await checkAccess(page);
         }
         await finish();
     }
+});
+
+test("every command that the server runs has its button", async () => {
+    const { page, finish } = await openPage(shared, { path: "/overview" });
+    const answer = await page.context().request.get(`${shared.server.url}/api/v1/commands`);
+    const { commands } = await answer.json();
+    const nouns = new Set(commands.map(command => command.path[0]));
+    const found = new Set();
+    for (const area of ["roles", "rights", "documents", "messages", "addins", "board", "settings", "more"]) {
+        await page.locator(`nav.areas a[href="/${area}"]`).click();
+        await page.locator(`nav.areas a[aria-current][href="/${area}"]`).waitFor();
+        await page.getByRole("group", { name: "What to do" }).waitFor();
+        const links = await page.locator("nav.tabs a").evaluateAll(all => all.map(one => new URL(one.href).searchParams.get("noun")));
+        for (const noun of links.length > 0 ? links : [{ roles: "role", board: "board", settings: "setting" }[area]]) {
+            found.add(noun);
+            if (links.length > 0) {
+                await page.locator(`nav.tabs a[href$="=${noun}"]`).click();
+            }
+            await page.locator(`section.noun[data-noun="${noun}"]`).waitFor();
+            const bar = page.getByRole("group", { name: "What to do" });
+            await bar.waitFor();
+            const own = commands.filter(command => command.path[0] === noun);
+            // One that lists without being told more is the table itself.
+            assert.ok((await bar.getByRole("button").count()) >= own.length - 1, noun);
+        }
+    }
+    assert.deepEqual([...nouns].sort(), [...found].sort());
+    await finish();
 });
 
 test("a reason is found by a link", async () => {

@@ -37,7 +37,7 @@ test("fields are changed and saved, and only those", async () => {
     await until(() => shared.server.json("user", "show", "amy").email === "amy@example.org");
     for (const tab of ["Roles", "Rights", "Security", "More", "History"]) {
         await sheet.getByRole("tab", { name: tab }).click();
-        await page.waitForTimeout(150);
+        await page.waitForLoadState("networkidle");
         await checkAccess(page);
     }
     await finish();
@@ -65,6 +65,21 @@ test("a wrong value is told beside the fields, and nothing is lost", async () =>
     await sheet.getByRole("button", { name: "Save" }).click();
     await sheet.getByRole("alert").getByText("/No/Such").waitFor();
     assert.equal(await sheet.getByLabel("Department").inputValue(), "/No/Such");
+    await finish();
+});
+
+test("a user whose password holds the login name is renamed with a new one", async () => {
+    const { page, finish } = await openPage(shared, { path: "/directory?q=rory" });
+    await page.getByText("1 person", { exact: true }).waitFor();
+    const answer = page.getByRole("dialog", { name: "Rename rory" });
+    await page.getByRole("grid").focus();
+    await page.keyboard.press("F2");
+    await answer.getByLabel("New login name").fill("rory.williams");
+    await answer.getByLabel("New password").fill("a long password of Rory");
+    await checkAccess(page);
+    await answer.getByRole("button", { name: "Rename" }).click();
+    await page.getByText("the new password is set").waitFor();
+    assert.equal(shared.server.qvadmin("user", "exists", "rory.williams").trim(), "true");
     await finish();
 });
 

@@ -211,7 +211,7 @@ function Suggesting(props: { field: Asked; id: string; value: string; onInput: (
                 id={props.id}
                 type={field.type ?? "text"}
                 dir="auto"
-                autocomplete="off"
+                autocomplete={field.type === "password" ? "new-password" : "off"}
                 value={props.value}
                 required={field.required}
                 list={field.suggest ? `${props.id}-list` : undefined}

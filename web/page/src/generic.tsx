@@ -230,8 +230,10 @@ function Noun(props: { noun: string; commands: Command[] }) {
     }, [list && pathOf(list), changes]);
     const show = props.commands.find(command => command.path[1] === "show" && command.path.length === 2);
     const first = show?.parameters.find(parameter => parameter.positional);
+    const remove = props.commands.find(command => command.path[1] === "delete" && command.path.length === 2);
+    const removed = remove?.parameters.find(parameter => parameter.positional);
     return (
-        <section class="noun">
+        <section class="noun" data-noun={props.noun}>
             <h2>{words(props.noun)}</h2>
             <div class="bar" role="group" aria-label={t("generic.do")}>
                 {props.commands
@@ -258,15 +260,27 @@ function Noun(props: { noun: string; commands: Command[] }) {
                     label={words(props.noun)}
                     columns={answer.columns ?? []}
                     rows={answer.rows}
-                    {...(show && first
+                    {...(show || remove
                         ? {
                               action: (row: Row) => (
-                                  <button
-                                      class="link"
-                                      onClick={() => openCommand(show, { [first.name]: nameOf(props.noun, row, first) })}
-                                  >
-                                      {t("generic.show")}
-                                  </button>
+                                  <>
+                                      {show && first && (
+                                          <button
+                                              class="link"
+                                              onClick={() => openCommand(show, { [first.name]: nameOf(props.noun, row, first) })}
+                                          >
+                                              {t("generic.show")}
+                                          </button>
+                                      )}
+                                      {remove && removed && (
+                                          <button
+                                              class="link"
+                                              onClick={() => openCommand(remove, { [removed.name]: nameOf(props.noun, row, removed) })}
+                                          >
+                                              {t("delete")}
+                                          </button>
+                                      )}
+                                  </>
                               ),
                           }
                         : {})}

@@ -169,10 +169,17 @@ export function List(props: {
     const rename = (person: Person) =>
         askFor(
             t("user.rename", { name: person.login }),
-            [{ name: "login", label: t("user.newlogin"), value: person.login, required: true }],
+            [
+                { name: "login", label: t("user.newlogin"), value: person.login, required: true },
+                { name: "password", label: t("user.renamepassword"), type: "password" },
+            ],
             t("rename"),
             async values =>
-                (await change("user/rename", { USER: `id:${person.id}`, NEWLOGIN: values["login"] ?? "" })) !== null,
+                (await change("user/rename", {
+                    USER: `id:${person.id}`,
+                    NEWLOGIN: values["login"] ?? "",
+                    password: values["password"] || null,
+                })) !== null,
         );
     const create = () =>
         askFor(

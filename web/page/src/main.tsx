@@ -16,7 +16,7 @@ import { language, languages, setLanguage, t } from "./texts";
 const areas: { name: string; nouns?: string[] }[] = [
     { name: "overview" },
     { name: "directory" },
-    { name: "roles", nouns: ["role", "view", "title", "member", "user", "group"] },
+    { name: "roles", nouns: ["role"] },
     { name: "why" },
     { name: "rights", nouns: ["right", "objright"] },
     { name: "documents", nouns: ["docroot", "folder", "plan", "doclog"] },
@@ -25,7 +25,17 @@ const areas: { name: string; nouns?: string[] }[] = [
     { name: "board", nouns: ["board"] },
     { name: "settings", nouns: ["setting"] },
     { name: "audit" },
+    // What has no place of its own, and what the table may have one day.
+    { name: "more", nouns: ["user", "group", "view", "member", "title", "audit"] },
 ];
+
+/** The nouns of an area, as far as the table has them. */
+function nounsOf(area: { name: string; nouns?: string[] }, commands: Command[]): string[] {
+    const all = [...new Set(commands.map(command => command.path[0] as string))];
+    const placed = areas.flatMap(other => other.nouns ?? []);
+    const own = (area.nouns ?? []).filter(noun => all.includes(noun));
+    return area.name === "more" ? [...own, ...all.filter(noun => !placed.includes(noun))] : own;
+}
 
 const kept = localStorage.getItem("theme");
 if (kept) {
@@ -115,6 +125,7 @@ function UserMenu(props: { session: Session }) {
 function Page(props: { where: Where; commands: Command[] }) {
     const name = props.where.path.slice(1) || "directory";
     const area = areas.find(one => one.name === name) ?? areas[1];
+    const { commands } = props;
     switch (area?.name) {
         case "overview":
             return <Overview />;
@@ -124,14 +135,20 @@ function Page(props: { where: Where; commands: Command[] }) {
             return <Audit where={props.where} />;
         default:
             return area?.nouns ? (
+                commands.length === 0 ? (
+                    <div class="page">
+                        <h1>{t(`area.${area.name}` as Key)}</h1>
+                    </div>
+                ) : (
                 <Nouns
                     key={area.name}
                     area={area.name}
                     title={t(`area.${area.name}` as Key)}
-                    nouns={area.nouns}
+                    nouns={nounsOf(area, commands)}
                     chosen={props.where.query["noun"]}
-                    commands={props.commands}
+                    commands={commands}
                 />
+                )
             ) : (
                 <Directory where={props.where} />
             );

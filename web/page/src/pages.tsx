@@ -43,7 +43,7 @@ export function Overview() {
                         {link("/directory", {}, "users")}
                         {link("/directory", { locked: "1" }, "locked")}
                         {link("/directory", {}, "groups")}
-                        {link("/roles", { noun: "view" }, "views")}
+                        {link("/more", { noun: "view" }, "views")}
                     </div>
                     <p class="muted">
                         {t("overview.engine")}: <bdi>{row["engine"]}</bdi> · {t("overview.asof", { time: time(String(row["as_of"])) })}
