@@ -38,7 +38,7 @@ TEST_P(ManyPasswordsTest, GeneratedOnesGoToANewFileOfTheOwner)
     ASSERT_THAT(file, StartsWith("login,password\namy,"));
     const std::string amys = file.substr(file.find("amy,") + 4, 20);
     EXPECT_TRUE(Fits("amy", amys));
-    const std::string quoted = "\"o'brien, the \"\"first\"\"\",";
+    const std::string quoted = R"("o'brien, the ""first""",)";
     ASSERT_THAT(file, HasSubstr(quoted));
     const std::string obriens = file.substr(file.find(quoted) + quoted.size(), 20);
     EXPECT_TRUE(Fits("o'brien, the \"first\"", obriens));
