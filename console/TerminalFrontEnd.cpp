@@ -1,6 +1,7 @@
 #include "console/TerminalFrontEnd.h"
 
 #include "console/TextFile.h"
+#include "management/CommandData.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
@@ -205,18 +206,7 @@ void TerminalFrontEnd::WriteObject(const Result& result)
         json.WriteMember("value", *result.value);
     }
     json.WriteMembers(result.record);
-    json.WriteName("outcomes");
-    json.BeginArray();
-    for (const Outcome& outcome : m_outcomes) {
-        json.BeginObject();
-        json.WriteMember("type", TextValue(std::string(outcome.type)));
-        json.WriteMember("id", std::int64_t{outcome.id});
-        json.WriteMember("name", TextValue(outcome.name));
-        json.WriteMember("outcome", TextValue(std::string(outcome.outcome)));
-        json.WriteMember("message", TextValue(outcome.sentence));
-        json.End();
-    }
-    json.End();
+    WriteOutcomes(json, m_outcomes);
     json.End();
     m_terminal.out << '\n';
 }

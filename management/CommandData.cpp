@@ -126,4 +126,20 @@ std::string Shortened(std::string command)
     return command;
 }
 
+void WriteOutcomes(JsonWriter& json, const std::vector<Outcome>& outcomes)
+{
+    json.WriteName("outcomes");
+    json.BeginArray();
+    for (const Outcome& outcome : outcomes) {
+        json.BeginObject();
+        json.WriteMember("type", TextValue(std::string(outcome.type)));
+        json.WriteMember("id", std::int64_t{outcome.id});
+        json.WriteMember("name", TextValue(outcome.name));
+        json.WriteMember("outcome", TextValue(std::string(outcome.outcome)));
+        json.WriteMember("message", TextValue(outcome.sentence));
+        json.End();
+    }
+    json.End();
+}
+
 } // namespace management

@@ -5,13 +5,17 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
-// The table of commands as data for other programs.
+// The table of commands, and what commands give, as data for other programs.
 
 namespace management {
 
 /// Writes what programs may know of a row, as an object. A set of options comes out as these options.
 void WriteAsData(const Command& command, JsonWriter& json);
+
+/// Writes the member `outcomes`: what became of each thing that a command was about.
+void WriteOutcomes(JsonWriter& json, const std::vector<Outcome>& outcomes);
 
 /// The word by which programs know a kind of error, such as "not_found".
 std::string_view NameOf(ErrorCode code);

@@ -2,6 +2,7 @@
 
 #include "dbaccess/CAConnect.h"
 #include "management/Changes.h"
+#include "management/CommandData.h"
 #include "management/Query.h"
 #include "management/Text.h"
 #include "management/audit/AuditedRow.h"
@@ -160,22 +161,6 @@ std::string VersionOf(const Result& result)
     WriteParts(json, result);
     json.End();
     return Digest(std::move(out).str());
-}
-
-void WriteOutcomes(JsonWriter& json, const std::vector<Outcome>& outcomes)
-{
-    json.WriteName("outcomes");
-    json.BeginArray();
-    for (const Outcome& outcome : outcomes) {
-        json.BeginObject();
-        json.WriteMember("type", TextValue(std::string(outcome.type)));
-        json.WriteMember("id", std::int64_t{outcome.id});
-        json.WriteMember("name", TextValue(outcome.name));
-        json.WriteMember("outcome", TextValue(std::string(outcome.outcome)));
-        json.WriteMember("message", TextValue(outcome.sentence));
-        json.End();
-    }
-    json.End();
 }
 
 void WriteFinding(JsonWriter& json, const Finding& finding)
