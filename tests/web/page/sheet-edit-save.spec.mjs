@@ -84,7 +84,7 @@ test("a user whose password holds the login name is renamed with a new one", asy
 });
 
 test("a password is made up and shown once", async () => {
-    const { page, finish } = await openPage(shared, { path: "/directory?user=2&tab=security" });
+    const { page, finish } = await openPage(shared, { path: "/directory?user=1&tab=security" });
     await page.getByText("No password is set.").waitFor();
     await page.getByRole("button", { name: "Generate" }).click();
     const made = (await page.locator(".secret").textContent()).trim();
