@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <system_error>
 
 // The web console: a server on the directory, until somebody stops it.
 
@@ -77,7 +78,9 @@ void ReadListen(const std::string& text, web::HttpOptions& http)
     const std::size_t colon = text.rfind(':');
     int port = -1;
     if (colon != std::string::npos) {
-        std::from_chars(text.data() + colon + 1, text.data() + text.size(), port);
+        const char* end = text.data() + text.size();
+        const auto read = std::from_chars(text.data() + colon + 1, end, port);
+        port = read.ec == std::errc() && read.ptr == end ? port : -1;
     }
     constexpr int greatest = 65535;
     if (port < 0 || port > greatest) {

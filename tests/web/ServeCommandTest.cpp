@@ -28,6 +28,7 @@ TEST_F(ServeCommandTest, OptionsThatCannotBeAreRefused)
     Init();
     const std::vector<std::vector<std::string>> wrong = {{"--listen", "8420"},
                                                          {"--listen", "127.0.0.1:x"},
+                                                         {"--listen", "127.0.0.1:1x"},
                                                          {"--listen", "127.0.0.1:99999"},
                                                          {"--listen", "localhost:8420"},
                                                          {"--tls-cert", "chain.pem"},
