@@ -200,7 +200,7 @@ void Read(const Param<In>& param, const ArgumentSource& source, In& in)
                     }
                 }
             } else if (given.empty()) {
-                if (kIsNeeded<Member>) {
+                if (InfoOf(param).isRequired) {
                     ThrowMissing(param.name);
                 }
             } else if constexpr (std::is_same_v<Member, std::vector<std::string>> ||
