@@ -23,6 +23,14 @@ export const sentence = (error: unknown): string =>
             : error.message + (error.candidates.length > 0 ? `: ${error.candidates.join(", ")}` : "")
         : String(error);
 
+/** What went wrong, if anything did, where it did. */
+export const Trouble = (props: { text?: string }) =>
+    props.text ? (
+        <p class="trouble" role="alert" dir="auto">
+            {props.text}
+        </p>
+    ) : null;
+
 export function Dialog(props: { title: string; onClose: () => void; children: ComponentChildren }) {
     const dialog = useRef<HTMLDialogElement>(null);
     useLayoutEffect(() => {
@@ -259,11 +267,7 @@ function FormDialog(props: {
                     }
                 }}
             >
-                {trouble && (
-                    <p class="trouble" role="alert" dir="auto">
-                        {trouble}
-                    </p>
-                )}
+                <Trouble text={trouble} />
                 {props.fields.map(field => (
                     <div class="field" key={field.name}>
                         <label for={`ask-${field.name}`}>{field.label}</label>

@@ -1,7 +1,7 @@
 // Whatever the table of commands has: a list, and a form for each of its commands.
 import { useEffect, useState } from "preact/hooks";
 import { type Answer, type Command, type Parameter, type Row, type Values, run } from "./api";
-import { Dialog, change, openDialog, sentence } from "./dialogs";
+import { Dialog, Trouble, change, openDialog, sentence } from "./dialogs";
 import { go, useChanges } from "./place";
 import { RecordView, Table } from "./table";
 import { t, words } from "./texts";
@@ -108,11 +108,7 @@ export function AnswerView(props: { command: Command | undefined; answer: Answer
                     ))}
                 </>
             )}
-            {answer.error && (
-                <p class="trouble" role="alert" dir="auto">
-                    {answer.error}
-                </p>
-            )}
+            <Trouble text={answer.error} />
             {answer.verdict !== undefined && <p class="verdict">{answer.verdict ? t("yes") : t("no")}</p>}
             {answer.value !== undefined && <p class="verdict">{String(answer.value)}</p>}
             {answer.password && <p class="secret">{answer.password}</p>}
@@ -173,11 +169,7 @@ function CommandDialog(props: { command: Command; values: Record<string, string>
                     }
                 }}
             >
-                {trouble && (
-                    <p class="trouble" role="alert" dir="auto">
-                        {trouble}
-                    </p>
-                )}
+                <Trouble text={trouble} />
                 {offered(command).map(parameter => (
                     <Input
                         key={parameter.name}
@@ -249,11 +241,7 @@ function Noun(props: { noun: string; commands: Command[] }) {
                         </button>
                     ))}
             </div>
-            {trouble && (
-                <p class="trouble" role="alert" dir="auto">
-                    {trouble}
-                </p>
-            )}
+            <Trouble text={trouble} />
             {answer?.record && <RecordView record={answer.record} />}
             {answer?.rows && (
                 <Table

@@ -1,7 +1,7 @@
 // People.
 import { useEffect, useRef, useState } from "preact/hooks";
 import { type People, type Person, Problem, listPeople } from "./api";
-import { askFor, change, changeOrSay, sentence } from "./dialogs";
+import { Trouble, askFor, change, changeOrSay, sentence } from "./dialogs";
 import { Icon } from "./icons";
 import { go, useChanges } from "./place";
 import { Scroller } from "./scroller";
@@ -313,11 +313,7 @@ export function List(props: {
                     </>
                 )}
             </div>
-            {trouble && (
-                <p class="trouble" role="alert" dir="auto">
-                    {trouble}
-                </p>
-            )}
+            <Trouble text={trouble} />
             <div class="grid" role="presentation">
                 <Scroller
                     role="grid"

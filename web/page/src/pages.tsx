@@ -1,18 +1,11 @@
 // Overview, Why and Audit.
 import { useEffect, useState } from "preact/hooks";
 import { type Answer, type Row, overview, run } from "./api";
-import { changeOrSay, sentence, undo } from "./dialogs";
+import { Trouble, changeOrSay, sentence, undo } from "./dialogs";
 import { AnswerView } from "./generic";
 import { type Where, go, useChanges } from "./place";
 import { RecordView, Table, shown } from "./table";
 import { t, time } from "./texts";
-
-const Trouble = (props: { text: string }) =>
-    props.text ? (
-        <p class="trouble" role="alert" dir="auto">
-            {props.text}
-        </p>
-    ) : null;
 
 export function Overview() {
     const changes = useChanges();

@@ -1,7 +1,7 @@
 // One user.
 import { useEffect, useState } from "preact/hooks";
 import { type Answer, Problem, type Row, type Value, run } from "./api";
-import { askFor, change, changeOrSay, confirmed, Dialog, openDialog, sentence, undo } from "./dialogs";
+import { askFor, change, changeOrSay, confirmed, Dialog, openDialog, sentence, Trouble, undo } from "./dialogs";
 import { Icon } from "./icons";
 import { addGuard, useChanges } from "./place";
 import { RecordView, Table } from "./table";
@@ -92,11 +92,7 @@ function ListTab(props: { tab: Tab; id: number }) {
     const user = [`id:${props.id}`];
     return (
         <>
-            {trouble && (
-                <p class="trouble" role="alert" dir="auto">
-                    {trouble}
-                </p>
-            )}
+            <Trouble text={trouble} />
             {props.tab === "groups" && (
                 <div class="bar">
                     <button
@@ -352,11 +348,7 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
                 ))}
             </div>
             <div class="body" id="tabpanel" role="tabpanel" aria-labelledby={`tab-${props.tab}`} tabIndex={0}>
-                {trouble && (
-                    <p class="trouble" role="alert" dir="auto">
-                        {trouble}
-                    </p>
-                )}
+                <Trouble text={trouble} />
                 {isConflict && (
                     <p class="warning" role="alert">
                         {t("conflict")}

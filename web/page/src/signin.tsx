@@ -1,7 +1,7 @@
 // Who somebody is.
 import { useState } from "preact/hooks";
 import { type Session, setUp, signIn, stepUp } from "./api";
-import { Dialog, sentence } from "./dialogs";
+import { Dialog, Trouble, sentence } from "./dialogs";
 import { go } from "./place";
 import { t } from "./texts";
 
@@ -39,11 +39,7 @@ export function SignInForm(props: { login?: string; isFixed?: boolean; onDone: (
                 setBusy(false);
             }}
         >
-            {trouble && (
-                <p class="trouble" role="alert" dir="auto">
-                    {trouble}
-                </p>
-            )}
+            <Trouble text={trouble} />
             <div class="field">
                 <label for="login">{t("signin.login")}</label>
                 <input
@@ -119,11 +115,7 @@ export function SetupPage(props: { onDone: (login: string) => void }) {
                     }
                 }}
             >
-                {trouble && (
-                    <p class="trouble" role="alert" dir="auto">
-                        {trouble}
-                    </p>
-                )}
+                <Trouble text={trouble} />
                 <Password label={t("signin.password")} name="first" isNew onInput={setFirst} />
                 <Password label={t("setup.repeat")} name="second" isNew onInput={setSecond} />
                 <div class="buttons">

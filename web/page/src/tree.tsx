@@ -1,7 +1,7 @@
 // Views and groups.
 import { useEffect, useRef, useState } from "preact/hooks";
 import { type Place, type Step, findPlaces, listPlaces } from "./api";
-import { askFor, change, changeOrSay, sentence } from "./dialogs";
+import { Trouble, askFor, change, changeOrSay, sentence } from "./dialogs";
 import { Icon } from "./icons";
 import { useChanges } from "./place";
 import { Scroller } from "./scroller";
@@ -320,11 +320,7 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
                 value={filter}
                 onInput={event => void search(event.currentTarget.value)}
             />
-            {trouble && (
-                <p class="trouble" role="alert" dir="auto">
-                    {trouble}
-                </p>
-            )}
+            <Trouble text={trouble} />
             {filter.trim() !== "" ? (
                 <ul class="found">
                     {found.map(row => (
