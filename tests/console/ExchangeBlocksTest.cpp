@@ -1,9 +1,6 @@
-#include "console/TerminalFrontEnd.h"
-#include "dbaccess/CAConnect.h"
+#include "CountedDirectory.h"
 #include "management/exchange/DirectoryImport.h"
 #include "management/exchange/Export.h"
-#include "schema/Schema.h"
-#include "tests/support/CountingSession.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -23,43 +20,20 @@ namespace {
 
 constexpr int kPeople = 2000;
 
-class ExchangeBlocksTest : public testing::Test {
+class ExchangeBlocksTest : public CountedDirectory {
 protected:
-    void SetUp() override
-    {
-        m_conn.Open(std::make_unique<CountingSession>(dbaccess::FindDriver("sqlite")(":memory:"), m_counts));
-        schema::Upgrade(m_conn);
-    }
-
-    /// Runs the body with a call of a console. @return standard output.
-    template <class Body>
-    std::string Run(Body body)
-    {
-        std::istringstream in;
-        std::ostringstream out;
-        std::ostringstream err;
-        Terminal terminal{in, out, err, false, false};
-        const Command row;
-        const CommandLine given;
-        TerminalFrontEnd frontEnd(row, given, Format::csv, terminal);
-        Call call([this]() -> CAConnect& { return m_conn; }, frontEnd, {});
-        m_counts = {};
-        body(call);
-        return out.str();
-    }
-
     void Import(const std::string& text)
     {
         m_report = {};
         std::istringstream in(text);
-        Run([&](Call& call) { ImportDirectory(call, {in, "in.jsonl"}, {}, m_report); });
+        RunCall({}, [&](Call& call, auto&) { ImportDirectory(call, {in, "in.jsonl"}, {}, m_report); });
     }
 
     std::string Export()
     {
         std::string text = std::string(kExportHead) + "\n";
         ExportReport report;
-        Run([&](Call& call) {
+        RunCall({}, [&](Call& call, auto&) {
             ExportDirectory(
                 call, {}, [&text](const std::string& line) { text += line + "\n"; }, report);
         });
@@ -101,8 +75,6 @@ protected:
         return static_cast<double>(m_counts.statements) / static_cast<double>(m_report.rows);
     }
 
-    SessionCounts m_counts;
-    CAConnect m_conn;
     ImportReport m_report;
 };
 
@@ -148,7 +120,7 @@ TEST_F(ExchangeBlocksTest, WhatAnotherConsoleAddsMeanwhileIsFound)
                              "\"relation\":1}\n";
     TwoPieces pieces(people, rest, [this] { m_conn.Execute("INSERT INTO qv_View (Col_Name) VALUES ('Main')"); });
     std::istream in(&pieces);
-    Run([&](Call& call) { ImportDirectory(call, {in, "in.jsonl"}, {}, m_report); });
+    RunCall({}, [&](Call& call, auto&) { ImportDirectory(call, {in, "in.jsonl"}, {}, m_report); });
     EXPECT_EQ(m_report.CountOf(RowFate::created), 302);
     EXPECT_EQ(m_report.CountOf(RowFate::unchanged), 1);
     const std::string text = Export();

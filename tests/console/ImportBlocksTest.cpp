@@ -1,11 +1,8 @@
-#include "console/TerminalFrontEnd.h"
-#include "dbaccess/CAConnect.h"
+#include "CountedDirectory.h"
 #include "dbaccess/CARecordset.h"
 #include "management/import/Import.h"
 #include "management/import/Synchronisation.h"
 #include "management/organisation/Organisation.h"
-#include "schema/Schema.h"
-#include "tests/support/CountingSession.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -25,31 +22,16 @@ namespace {
 
 constexpr int kPeople = 2000;
 
-class ImportBlocksTest : public testing::Test {
+class ImportBlocksTest : public CountedDirectory {
 protected:
-    void SetUp() override
-    {
-        m_conn.Open(std::make_unique<CountingSession>(dbaccess::FindDriver("sqlite")(":memory:"), m_counts));
-        schema::Upgrade(m_conn);
-    }
-
     /// @return the outcomes, as a result file has them.
     std::string Import(const std::string& rows, const ImportOptions& options, bool dryRun = false)
     {
         std::istringstream in(rows);
-        std::ostringstream out;
-        std::ostringstream err;
-        Terminal terminal{in, out, err, false, false};
-        const Command row;
-        const CommandLine given;
-        TerminalFrontEnd frontEnd(row, given, Format::csv, terminal);
         CallOptions callOptions;
         callOptions.dryRun = dryRun;
-        Call call([this]() -> CAConnect& { return m_conn; }, frontEnd, callOptions);
         m_report = {};
-        m_counts = {};
-        ImportUsers(call, {in, "in.csv"}, options, m_report);
-        return out.str();
+        return RunCall(callOptions, [&](Call& call, auto&) { ImportUsers(call, {in, "in.csv"}, options, m_report); });
     }
 
     /// As many people as kPeople, spread over departments of three levels. @param shift  moves each to another one.
@@ -67,16 +49,14 @@ protected:
     std::size_t Leavers(const std::string& rows, LeaverAction action)
     {
         std::istringstream in(rows);
-        std::ostringstream out;
-        Terminal terminal{in, out, out, false, false};
-        const Command row;
-        const CommandLine given;
-        TerminalFrontEnd frontEnd(row, given, Format::csv, terminal);
-        Call call([this]() -> CAConnect& { return m_conn; }, frontEnd, {});
-        frontEnd.TakeColumns({"line", "login", "id", "outcome", "reason"});
-        Synchronisation sync(call, {in, "in.csv"}, {}, {.scope = "/Main", .action = action});
-        sync.Apply(call);
-        return sync.Report().leavers;
+        std::size_t leavers = 0;
+        RunCall({}, [&](Call& call, FrontEnd& frontEnd) {
+            frontEnd.TakeColumns({"line", "login", "id", "outcome", "reason"});
+            Synchronisation sync(call, {in, "in.csv"}, {}, {.scope = "/Main", .action = action});
+            sync.Apply(call);
+            leavers = sync.Report().leavers;
+        });
+        return leavers;
     }
 
     [[nodiscard]] double StatementsPerRow() const
@@ -97,8 +77,6 @@ protected:
 
     void Execute(const char* sql) { m_conn.Execute(sql); }
 
-    SessionCounts m_counts;
-    CAConnect m_conn;
     ImportReport m_report;
 };
 
