@@ -200,7 +200,7 @@ ColumnOptions ColumnsOf(const ImportInput& in)
         const std::size_t equals = pair.rfind('=');
         if (equals == 0 || equals == std::string::npos || equals + 1 == pair.size()) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("{} is no pair of names; write --map 'COLUMN=NAME,COLUMN=NAME'", Quoted(pair)));
+                        fmt::format("{} is not a pair of names; write --map 'COLUMN=NAME,COLUMN=NAME'", Quoted(pair)));
         }
         options.names[pair.substr(0, equals)] = pair.substr(equals + 1);
         begin = end + 1;
@@ -472,7 +472,7 @@ std::optional<std::string> ViewName(const std::optional<std::string>& view)
     }
     const std::vector<std::string> names = SplitPath(*view);
     if (names.size() != 1) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no view; write --view NAME", Quoted(*view)));
+        throw Error(ErrorCode::invalid, fmt::format("{} is not a view; write --view NAME", Quoted(*view)));
     }
     return names.front();
 }

@@ -84,7 +84,7 @@ void ReadListen(const std::string& text, web::HttpOptions& http)
     }
     constexpr int greatest = 65535;
     if (port < 0 || port > greatest) {
-        throw Error(ErrorCode::invalid, fmt::format("--listen {} is no address with a port; write one such as {}",
+        throw Error(ErrorCode::invalid, fmt::format("--listen {} is not an address with a port; write one such as {}",
                                                     Quoted(text), kUsualAddress));
     }
     http.address = text.substr(0, colon);

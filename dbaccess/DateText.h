@@ -11,7 +11,7 @@ namespace dbaccess {
 std::optional<Date> ParseExactDate(std::string_view text);
 
 /// A date as engines hand it out: parts may be unpadded ("2013-5-7 9:3:2"), "T" may precede the time, and
-/// fractions of a second or a time zone after it are ignored. None for what is no real date.
+/// fractions of a second or a time zone after it are ignored. None for anything but a real date.
 std::optional<Date> ParseEngineDate(std::string_view text);
 
 /// "YYYY-MM-DD HH:MM:SS".

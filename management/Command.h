@@ -160,7 +160,8 @@ inline constexpr Range kUnsigned{0, std::numeric_limits<std::uint32_t>::max()};
 
 /// @throws Error (invalid), always.
 [[noreturn]] void ThrowMissing(std::string_view name);
-/// @param widest  the range where the check has none. @throws Error (invalid) for what is no whole number of the range.
+/// @param widest  the range where the check has none. @throws Error (invalid) for anything but a whole number of the
+/// range.
 std::int64_t ReadNumber(std::string_view name, const std::string& text, const Check& check, Range widest);
 /// @throws Error (invalid) for a word that the check does not know.
 void RequireKnownWord(std::string_view name, const std::string& text, const Check& check);

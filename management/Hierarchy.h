@@ -197,12 +197,13 @@ public:
         int id = 0;
         const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), id);
         if (read.ec != std::errc() || read.ptr != digits.data() + digits.size()) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is no id; write {}: and a number", Quoted(text), prefix));
+            throw Error(ErrorCode::invalid,
+                        fmt::format("{} is not an id; write {}: and a number", Quoted(text), prefix));
         }
         return Node::KeyOf(prefix == Node::kTop, id);
     }
 
-    /// @throws Error (invalid) for what is no path.
+    /// @throws Error (invalid) for what is not a path.
     [[nodiscard]] static PathParts PartsOf(const std::string& path)
     {
         const std::size_t begin = path.find('/');
@@ -211,7 +212,7 @@ public:
         }
         const std::optional<Key> head = KeyIn(std::string_view(path).substr(0, begin));
         if (!head) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is no path; write {}", Quoted(path), Node::kPathHelp));
+            throw Error(ErrorCode::invalid, fmt::format("{} is not a path; write {}", Quoted(path), Node::kPathHelp));
         }
         return {head, begin == std::string::npos ? std::vector<std::string>() : SplitPath(path.substr(begin))};
     }
@@ -304,7 +305,8 @@ protected:
     }
 
     /// All nodes to which a path may lead. @param topsNamed  gives the keys of the top nodes of a name.
-    /// @param childrenNamed  gives those of a name directly under a key. @throws Error (invalid) for what is no path.
+    /// @param childrenNamed  gives those of a name directly under a key. @throws Error (invalid) for what is not a
+    /// path.
     template <class TopsNamed, class ChildrenNamed>
     [[nodiscard]] std::vector<Key> Follow(const std::string& path, TopsNamed topsNamed,
                                           ChildrenNamed childrenNamed) const

@@ -1,4 +1,4 @@
-#include "management/exchange/JsonLine.h"
+#include "management/JsonLine.h"
 
 #include "management/Errors.h"
 #include "management/Overloaded.h"
@@ -15,24 +15,12 @@ namespace management {
 
 namespace {
 
-std::string Bytes(std::string_view text)
-{
-    std::vector<unsigned int> bytes;
-    for (const char ch : text) {
-        bytes.push_back(static_cast<unsigned char>(ch));
-    }
-    return fmt::format("[{}]", fmt::join(bytes, ","));
-}
-
 std::string Written(const JsonValue& value)
 {
     return std::visit(Overloaded{[](std::monostate) { return std::string("null"); },
                                  [](std::int64_t number) { return std::to_string(number); },
                                  [](bool flag) { return std::string(flag ? "true" : "false"); },
-                                 [](const TextValue& text) {
-                                     return platform::IsValidUtf8(text) ? nlohmann::json(std::string(text)).dump()
-                                                                        : Bytes(text);
-                                 }},
+                                 [](const TextValue& text) { return JsonText(text); }},
                       value);
 }
 
@@ -51,7 +39,7 @@ public:
         if (m_isInBytes) {
             auto* text = std::get_if<TextValue>(&m_object.back().value);
             return value <= kGreatestByte ? (text->push_back(static_cast<char>(value)), true)
-                                          : Refuse("an array holds what is no byte");
+                                          : Refuse("an array holds what is not a byte");
         }
         return value <= static_cast<number_unsigned_t>(std::numeric_limits<std::int64_t>::max())
                    ? Add(JsonValue(static_cast<std::int64_t>(value)))
@@ -59,7 +47,7 @@ public:
     }
     bool number_float(number_float_t /*value*/, const string_t& /*text*/) override
     {
-        return Refuse("a number is no whole one");
+        return Refuse("a number is not whole");
     }
     bool string(string_t& value) override { return Add(TextValue(std::move(value))); }
     bool binary(binary_t& /*value*/) override { return false; }
@@ -92,7 +80,7 @@ public:
     bool start_array(std::size_t /*elements*/) override
     {
         if (m_depth == 0 || m_isInBytes || !Add(TextValue())) {
-            return Refuse("the line is no object of values");
+            return Refuse("the line is not an object of values");
         }
         m_isInBytes = true;
         return true;
@@ -105,14 +93,14 @@ public:
     bool parse_error(std::size_t position, const std::string& /*token*/,
                      const nlohmann::json::exception& /*error*/) override
     {
-        return Refuse(fmt::format("the line is no JSON from its byte {} on", position));
+        return Refuse(fmt::format("the line is not JSON from its byte {} on", position));
     }
 
 private:
     bool Add(JsonValue value)
     {
         if (m_depth == 0 || m_isInBytes) {
-            return Refuse("the line is no object of values");
+            return Refuse("the line is not an object of values");
         }
         m_object.push_back({m_name, m_part, std::move(value)});
         return true;
@@ -133,6 +121,16 @@ private:
 
 } // namespace
 
+std::string JsonText(const std::string& text)
+{
+    if (platform::IsValidUtf8(text)) {
+        return nlohmann::json(text).dump();
+    }
+    // JSON has no bytes.
+    const auto* const begin = reinterpret_cast<const unsigned char*>(text.data());
+    return fmt::format("[{}]", fmt::join(std::vector<unsigned int>(begin, begin + text.size()), ","));
+}
+
 // Written and read piece by piece: to destroy the library's objects and arrays takes memory, and ends the program when
 // there is none.
 std::string WriteJsonLine(const JsonObject& object)
@@ -146,11 +144,11 @@ std::string WriteJsonLine(const JsonObject& object)
         }
         text += text.size() == 1 ? "" : ",";
         if (!goesOn) {
-            text += nlohmann::json(member.name).dump() + ":";
+            text += JsonText(member.name) + ":";
             text += member.part.empty() ? "" : "{";
         }
         if (!member.part.empty()) {
-            text += nlohmann::json(member.part).dump() + ":";
+            text += JsonText(member.part) + ":";
         }
         text += Written(member.value);
         inner = member.part.empty() ? nullptr : &member.name;

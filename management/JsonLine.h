@@ -25,7 +25,10 @@ struct JsonMember {
 /// Members of one inner object stand side by side.
 using JsonObject = std::vector<JsonMember>;
 
-/// The object in one line, without a line's end. Bytes that are no UTF-8 come out as an array of numbers.
+/// A text as JSON: a string, or, where it is not UTF-8, an array of its bytes as numbers.
+std::string JsonText(const std::string& text);
+
+/// The object in one line, without a line's end; texts as JsonText gives them.
 std::string WriteJsonLine(const JsonObject& object);
 
 /// Reads what WriteJsonLine writes, whatever the blanks. @throws Error (invalid) for anything else.

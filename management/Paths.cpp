@@ -13,7 +13,7 @@ std::vector<std::string> SplitPath(const std::string& path)
 {
     if (!path.starts_with('/')) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is no path; write /VIEW/GROUP, or id:17, or view:4", Quoted(path)));
+                    fmt::format("{} is not a path; write /VIEW/GROUP, or id:17, or view:4", Quoted(path)));
     }
     std::vector<std::string> names;
     for (std::size_t i = 0; i < path.size(); ++i) {

@@ -8,7 +8,7 @@
 
 namespace management {
 
-/// The names that a path is made of. @throws Error (invalid) for what is no path.
+/// The names that a path is made of. @throws Error (invalid) for what is not a path.
 std::vector<std::string> SplitPath(const std::string& path);
 /// A name as paths have it.
 std::string PathEscaped(std::string_view name);

@@ -5,8 +5,11 @@
 #include "dbaccess/CARecordset.h"
 #include "management/DatabaseError.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -46,6 +49,18 @@ void EachRow(CAConnect& conn, const std::string& sql, Row row, int most = std::n
             }
         }
     });
+}
+
+/// How many numbers one statement lists: engines limit its length.
+inline constexpr std::size_t kIdsPerStatement = 500;
+
+/// Gives ids to `use(span)` part by part, each part as many as one statement lists.
+template <class Use>
+void ForEachPart(std::span<const int> ids, Use use)
+{
+    for (; !ids.empty(); ids = ids.subspan(std::min(ids.size(), kIdsPerStatement))) {
+        use(ids.first(std::min(ids.size(), kIdsPerStatement)));
+    }
 }
 
 /// Runs a statement whose rows nobody wants. @throws DatabaseError.

@@ -27,7 +27,7 @@ struct Caller {
 /// What a command has written, as far as lists of people and places show it.
 struct Written {
     bool isAnything = false;     ///< whether rows were written at all
-    bool isMore = false;         ///< whether more is to be read anew than the users below
+    bool isMore = false;         ///< whether more is to be read again than the users below
     std::vector<int> users = {}; ///< of whom only columns have changed
 };
 

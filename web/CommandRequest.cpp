@@ -68,7 +68,7 @@ std::string MemberText(const JsonValue& object, std::string_view name)
         return {};
     }
     if (member->type != JsonValue::Type::text) {
-        Refuse(fmt::format("{} is no text", name));
+        Refuse(fmt::format("{} is not a text", name));
     }
     return member->text;
 }
@@ -85,7 +85,7 @@ void RequireKnown(const JsonValue& object, std::initializer_list<std::string_vie
 Condition ReadCondition(const JsonValue& value)
 {
     if (value.type != JsonValue::Type::object) {
-        Refuse("if_unchanged is no object");
+        Refuse("if_unchanged is not an object");
     }
     RequireKnown(value, {"command", "parameters", "version"});
     const Command* shows = FindCommand(MemberText(value, "command"));
@@ -128,7 +128,7 @@ WebArguments::WebArguments(const Command& command, const JsonValue* given) : m_t
     static const JsonValue none;
     const JsonValue& values = given == nullptr ? none : *given;
     if (given != nullptr && given->type != JsonValue::Type::object) {
-        Refuse("parameters is no object");
+        Refuse("parameters is not an object");
     }
     const std::vector<Offered> offered = OfferedBy(command);
     for (const auto& [name, value] : values.members) {
@@ -175,7 +175,7 @@ void WebArguments::Take(const std::string& name, Kind kind, bool isList, const J
         m_values[name] = {value.text};
     } else if (kind == Kind::secret) {
         if (value.type != JsonValue::Type::text || value.text.size() > Secret::kLongest) {
-            Refuse(fmt::format("{} is no text of at most {} bytes", name, Secret::kLongest));
+            Refuse(fmt::format("{} is not a text of at most {} bytes", name, Secret::kLongest));
         }
         m_secrets.emplace(name, Secret(value.text));
     } else if (isList && value.type == JsonValue::Type::array) {

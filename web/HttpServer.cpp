@@ -36,7 +36,7 @@ struct Address {
     bool isSix = false;
 };
 
-/// @throws Error (invalid) for what is no number.
+/// @throws Error (invalid) for anything but a number.
 Address ReadAddress(const std::string& text, std::uint16_t port)
 {
     Address address;
@@ -53,8 +53,8 @@ Address ReadAddress(const std::string& text, std::uint16_t port)
         address.isSix = true;
         return address;
     }
-    throw Error(ErrorCode::invalid,
-                fmt::format("{} is no address; write a number, such as 127.0.0.1 or ::1", management::Quoted(text)));
+    throw Error(ErrorCode::invalid, fmt::format("{} is not an address; write a number, such as 127.0.0.1 or ::1",
+                                                management::Quoted(text)));
 }
 
 std::string TextOf(const sockaddr* address)
@@ -77,7 +77,7 @@ struct Peer {
     std::size_t received = 0;
 };
 
-/// A request on its way, and its answer. Lives until both the library and whoever answers have let it go.
+/// A request on its way, and its answer. Lives until both the library and its handler have released it.
 class Exchange {
 public:
     explicit Exchange(MHD_Connection* connection) : m_connection(connection) {}
@@ -158,7 +158,7 @@ std::size_t CountOf(const NamedValues& headers, std::string_view name)
 
 Response Refusal(int status, std::string_view sentence)
 {
-    // What stands behind such a head cannot be trusted to be where it seems to be.
+    // What follows such a head cannot be trusted to be where it seems to be.
     return {status, "text/plain; charset=utf-8", fmt::format("{}\n", sentence), {{"Connection", "close"}}};
 }
 
@@ -183,7 +183,7 @@ std::optional<Response> RefusalOf(const Request& request, std::string_view versi
         std::size_t bytes = 0;
         const auto read = std::from_chars(length.data(), length.data() + length.size(), bytes);
         if (read.ec != std::errc() || read.ptr != length.data() + length.size()) {
-            return Refusal(400, "The length of the body is no number.");
+            return Refusal(400, "The length of the body is not a number.");
         }
         if (bytes > limits.body) {
             return Refusal(413, "The body is too long.");

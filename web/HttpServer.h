@@ -35,7 +35,7 @@ struct HttpOptions {
 /// connections, another ends those that are too slow.
 class HttpServer {
 public:
-    /// Begins to listen. @throws management::Error (invalid) for an address that is no number, (failed) when the
+    /// Begins to listen. @throws management::Error (invalid) for an address that is not a number, (failed) when the
     /// system does not let it listen there.
     HttpServer(HttpOptions options, Handler handler);
     HttpServer(const HttpServer&) = delete;

@@ -60,7 +60,7 @@ public:
     bool parse_error(std::size_t /*position*/, const std::string& /*last*/,
                      const nlohmann::json::exception& /*error*/) override
     {
-        return Refuse("it is no JSON in UTF-8");
+        return Refuse("it is not JSON in UTF-8");
     }
 
 private:
@@ -121,7 +121,7 @@ JsonValue ReadJsonObject(const std::string& body)
     Builder builder;
     const bool isRead = nlohmann::json::sax_parse(body, &builder);
     if (!isRead || builder.root.type != JsonValue::Type::object) {
-        throw Error(ErrorCode::invalid, "the body is not taken: " + (isRead ? "it is no object" : builder.trouble));
+        throw Error(ErrorCode::invalid, "the body is not taken: " + (isRead ? "it is not an object" : builder.trouble));
     }
     return std::move(builder.root);
 }

@@ -21,7 +21,7 @@ struct Origin {
 class Origins {
 public:
     /// @param address,port  where it listens. @param more  such as https://admin.example.org. @throws
-    /// management::Error (invalid) for what is no origin.
+    /// management::Error (invalid) for what is not an origin.
     Origins(const std::string& address, std::uint16_t port, bool isSecure, const std::vector<std::string>& more);
 
     /// The one that a request is for; nothing when it is for none of them.

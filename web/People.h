@@ -52,7 +52,7 @@ public:
     [[nodiscard]] std::vector<int> Select(const PeopleQuery& query);
     /// How many people are in a place and below, each counted once.
     [[nodiscard]] std::size_t CountIn(management::ItemKey place);
-    /// Reads people anew of whom only columns have changed. @return false, where that is not enough: somebody came,
+    /// Reads again people of whom only columns have changed. @return false, where that is not enough: somebody came,
     /// went, or has another login name. @throws management::DatabaseError.
     bool Refresh(CAConnect& conn, const std::vector<int>& ids);
 

@@ -68,7 +68,7 @@ ItemKey ReadKey(const std::string& text)
                     static_cast<int>(binding::ReadNumber("number", text.substr(prefix.size()), {}, binding::kInt))};
         }
     }
-    throw Error(ErrorCode::invalid, fmt::format("{} is no place; write group:NUMBER or view:NUMBER", Quoted(text)));
+    throw Error(ErrorCode::invalid, fmt::format("{} is not a place; write group:NUMBER or view:NUMBER", Quoted(text)));
 }
 
 const Node& RequireNode(const Organisation& organisation, ItemKey key)
@@ -240,7 +240,7 @@ void Reader::Refresh() noexcept
     try {
         Load();
     } catch (const std::exception&) {
-        // Whoever asks next tries again, and is told.
+        // The next request tries again, and gets the reason.
         m_people.reset();
     }
 }

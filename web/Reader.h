@@ -21,17 +21,17 @@ namespace web {
 /// Gives an open connection to the directory. @throws management::Error.
 using OpenDirectory = std::function<std::shared_ptr<CAConnect>()>;
 
-/// Answers for lists of people and for the tree, from a picture that is read anew after changes made here, and every 30
-/// seconds while somebody looks. Lives on one thread, but for NoteChange.
+/// Answers for lists of people and for the tree, from a snapshot that is read again after changes made here, and every
+/// 30 seconds while somebody looks. Lives on one thread, but for NoteChange.
 class Reader {
 public:
     explicit Reader(OpenDirectory open) : m_open(std::move(open)) {}
 
-    /// Says that the directory was changed, so that all is read anew when somebody asks. Any thread may call it.
+    /// Says that the directory was changed, so that all is read again when somebody asks. Any thread may call it.
     void NoteChange() noexcept { ++m_changes; }
-    /// Reads people anew of whom only columns were changed.
+    /// Reads again people of whom only columns were changed.
     void NoteUsers(const std::vector<int>& ids) noexcept;
-    /// Reads the picture anew where it is old and was looked at lately.
+    /// Reads the snapshot again where it is old and was looked at lately.
     void Refresh() noexcept;
     /// The connection. @throws management::Error.
     CAConnect& Connection();

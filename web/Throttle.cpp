@@ -60,7 +60,7 @@ Throttle::Clock::duration Throttle::DelayOf(const std::string& key, Clock::time_
 void Throttle::Note(const std::string& key, Clock::time_point now)
 {
     if (m_failures.size() >= kMostRemembered) {
-        // Whoever fills the memory with names loses the oldest ones first.
+        // When names fill the memory, the oldest ones go first.
         m_failures.erase(std::ranges::min_element(m_failures, {}, [](const auto& entry) { return entry.second.last; }));
     }
     Failures& failures = m_failures[key];

@@ -5,7 +5,7 @@
 
 namespace web {
 
-/// 256 random bits, in letters that may stand in a cookie, a header and a URL. @throws management::Error (failed).
+/// 256 random bits, in letters that a cookie, a header and a URL can have. @throws management::Error (failed).
 std::string NewToken();
 /// SHA-256 in hexadecimal.
 std::string Digest(std::string_view text);

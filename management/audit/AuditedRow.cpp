@@ -4,17 +4,18 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "management/Errors.h"
+#include "management/JsonLine.h"
 #include "management/Query.h"
 #include "management/References.h"
-#include "platform/CodePage.h"
 #include "schema/Schema.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
+#include <variant>
 
 namespace management::audit {
 
@@ -48,65 +49,6 @@ constexpr AuditedTable kTables[] = {
     {"Kel_Board_Attach", Keeping::byContent, "attachment of a notice", "Col_FileName"},
     {"Kel_Board_Revert", Keeping::byId, "reply to a notice"},
     {"Kel_Board_Visiter", Keeping::byId, "reader of a notice"},
-};
-
-/// Takes what a packed row is made of.
-class RowReader final : public nlohmann::json::json_sax_t {
-public:
-    AuditedRow TakeRow() { return std::move(m_row); }
-
-    bool null() override { return Add(std::nullopt); }
-    bool boolean(bool /*value*/) override { return false; }
-    bool number_integer(number_integer_t /*value*/) override { return false; }
-    bool number_unsigned(number_unsigned_t value) override
-    {
-        if (!m_isInBytes || value > kGreatestByte) {
-            return false;
-        }
-        *m_row.back().second += static_cast<char>(value);
-        return true;
-    }
-    bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return false; }
-    bool string(string_t& value) override { return Add(std::move(value)); }
-    bool binary(binary_t& /*value*/) override { return false; }
-    bool start_object(std::size_t /*elements*/) override { return ++m_depth == 1; }
-    bool key(string_t& value) override
-    {
-        m_row.emplace_back(std::move(value), std::string());
-        return true;
-    }
-    bool end_object() override { return true; }
-    bool start_array(std::size_t /*elements*/) override
-    {
-        m_isInBytes = !m_row.empty();
-        return m_isInBytes;
-    }
-    bool end_array() override
-    {
-        m_isInBytes = false;
-        return true;
-    }
-    bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
-                     const nlohmann::json::exception& /*error*/) override
-    {
-        return false;
-    }
-
-private:
-    static constexpr number_unsigned_t kGreatestByte = 255;
-
-    bool Add(std::optional<std::string> value)
-    {
-        if (m_row.empty() || m_isInBytes) {
-            return false;
-        }
-        m_row.back().second = std::move(value);
-        return true;
-    }
-
-    AuditedRow m_row;
-    int m_depth = 0;
-    bool m_isInBytes = false;
 };
 
 } // namespace
@@ -195,26 +137,13 @@ std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& ro
     return items;
 }
 
-// Written and read piece by piece: to destroy the library's objects and arrays takes memory, and ends the program when
-// there is none.
 std::string Packed(const AuditedRow& row)
 {
     std::string text;
     for (const auto& [column, value] : row) {
-        if (value && value->empty()) {
-            continue;
-        }
-        text += fmt::format("{}{}:", text.empty() ? "" : ",", nlohmann::json(column).dump());
-        if (!value) {
-            text += "null";
-        } else if (platform::IsValidUtf8(*value)) {
-            text += nlohmann::json(*value).dump();
-        } else {
-            // JSON has no bytes. As numbers, so that the row can be put back as it was.
-            const std::vector<unsigned int> bytes(reinterpret_cast<const unsigned char*>(value->data()),
-                                                  reinterpret_cast<const unsigned char*>(value->data()) +
-                                                      value->size());
-            text += fmt::format("[{}]", fmt::join(bytes, ","));
+        if (!value || !value->empty()) {
+            text +=
+                fmt::format("{}{}:{}", text.empty() ? "" : ",", JsonText(column), value ? JsonText(*value) : "null");
         }
     }
     return "{" + text + "}";
@@ -222,11 +151,20 @@ std::string Packed(const AuditedRow& row)
 
 AuditedRow Unpacked(std::string_view text)
 {
-    RowReader reader;
-    if (!nlohmann::json::sax_parse(text, &reader)) {
+    AuditedRow row;
+    try {
+        for (JsonMember& member : ReadJsonLine(text)) {
+            auto* value = std::get_if<TextValue>(&member.value);
+            if (!member.part.empty() || (value == nullptr && !std::holds_alternative<std::monostate>(member.value))) {
+                throw Error(ErrorCode::invalid, "only texts are recorded");
+            }
+            row.emplace_back(std::move(member.name),
+                             value == nullptr ? std::nullopt : std::optional(std::move(*value)));
+        }
+    } catch (const Error&) {
         throw Error(ErrorCode::failed, "a recorded row cannot be read; `qvadmin audit verify` tells more");
     }
-    return reader.TakeRow();
+    return row;
 }
 
 AuditedRow Completed(const AuditedTable& table, const AuditedRow& row)

@@ -2,11 +2,10 @@
 
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "management/Sha256.h"
 
 #include <fmt/format.h>
-#include <nettle/sha2.h>
 
-#include <array>
 #include <string_view>
 
 namespace management::audit {
@@ -14,38 +13,22 @@ namespace management::audit {
 namespace {
 
 /// Takes texts in so that no two lists of texts are the same bytes.
-class Hash {
+class TextsDigest {
 public:
-    Hash() { sha256_init(&m_state); }
-
     void Add(std::string_view text)
     {
-        Update(fmt::format("{}:", text.size()));
-        Update(text);
+        m_digest.Add(fmt::format("{}:", text.size()));
+        m_digest.Add(text);
     }
     void Add(const std::optional<std::string>& text)
     {
         Add(std::string_view(text ? "+" : "-"));
         Add(std::string_view(text ? *text : ""));
     }
-    std::string Finish()
-    {
-        std::array<std::uint8_t, SHA256_DIGEST_SIZE> bytes{};
-        sha256_digest(&m_state, bytes.size(), bytes.data());
-        std::string text;
-        for (const std::uint8_t byte : bytes) {
-            text += fmt::format("{:02x}", byte);
-        }
-        return text;
-    }
+    std::string Finish() { return m_digest.Finish(); }
 
 private:
-    void Update(std::string_view text)
-    {
-        sha256_update(&m_state, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
-    }
-
-    sha256_ctx m_state{};
+    Sha256 m_digest;
 };
 
 } // namespace
@@ -79,20 +62,20 @@ std::string LastDigest(CAConnect& conn)
 
 std::string DigestOf(const StoredEntry& entry, const std::vector<StoredRow>& rows)
 {
-    Hash hash;
+    TextsDigest digest;
     for (const std::string& text :
          {entry.previous, entry.time, entry.who, entry.frontEnd, entry.command, entry.reason,
           std::to_string(entry.partOf != 0 ? 1 : 0), entry.undoes, std::to_string(entry.rows)}) {
-        hash.Add(std::string_view(text));
+        digest.Add(std::string_view(text));
     }
     for (const StoredRow& row : rows) {
         for (const std::string& text : {row.table, row.key, std::to_string(row.count), row.item, row.otherItem}) {
-            hash.Add(std::string_view(text));
+            digest.Add(std::string_view(text));
         }
-        hash.Add(row.before);
-        hash.Add(row.after);
+        digest.Add(row.before);
+        digest.Add(row.after);
     }
-    return hash.Finish();
+    return digest.Finish();
 }
 
 } // namespace management::audit

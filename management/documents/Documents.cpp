@@ -27,8 +27,6 @@ namespace management {
 namespace {
 
 constexpr std::string_view kListedBy = "folder tree";
-/// Engines take a list of so many numbers in one statement.
-constexpr std::size_t kChunk = 500;
 
 std::optional<std::string> TimeIn(CARecordset& row, long column)
 {
@@ -78,7 +76,7 @@ ParentAndName SplitLastFolder(const std::string& path)
 {
     const FolderTree::PathParts parts = FolderTree::PartsOf(path);
     if (parts.names.size() < (parts.head ? 1U : 2U)) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no path of a folder; write /ROOT/FOLDER", Quoted(path)));
+        throw Error(ErrorCode::invalid, fmt::format("{} is not a path of a folder; write /ROOT/FOLDER", Quoted(path)));
     }
     const std::string& name = parts.names.back();
     return {path.substr(0, path.size() - PathEscaped(name).size() - 1), name};
@@ -534,9 +532,8 @@ void Documents::SetFolderStyle(int id, unsigned long oldStyle, unsigned long new
 
 void Documents::DeleteLinks(DocKind kind, const std::vector<int>& ids)
 {
-    for (std::size_t begin = 0; begin < ids.size(); begin += kChunk) {
-        const std::span<const int> chunk = std::span(ids).subspan(begin, std::min(kChunk, ids.size() - begin));
-        const std::string list = fmt::format("{}", fmt::join(chunk, ","));
+    ForEachPart(ids, [&](std::span<const int> part) {
+        const std::string list = fmt::format("{}", fmt::join(part, ","));
         Execute(m_conn, fmt::format("DELETE FROM {} WHERE Col_P_ObjID IN ({})", LinkTable(kind), list));
         for (const DocKind parent : {DocKind::root, DocKind::folder}) {
             if (kind == DocKind::folder) {
@@ -544,7 +541,7 @@ void Documents::DeleteLinks(DocKind kind, const std::vector<int>& ids)
                                             LinkTable(parent), kFolderClass, list));
             }
         }
-    }
+    });
 }
 
 void Documents::Delete(const std::vector<DocKey>& keys)

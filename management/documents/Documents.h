@@ -88,7 +88,7 @@ struct DocPlace : HierarchyNode {
     DocKey key{};
     std::string name;
     std::string nameKey;     ///< for comparing
-    int others = 0;          ///< links to objects that are no folders, directly under it
+    int others = 0;          ///< links to objects other than folders, directly under it
     bool sharesName = false; ///< a root whose name another root has as well
 
     static constexpr std::string_view kTop = "root";
@@ -118,7 +118,7 @@ public:
     /// @param conn  open. @throws DatabaseError.
     explicit FolderTree(CAConnect& conn);
 
-    /// All roots and folders that an argument may mean. @throws Error (invalid) for what is no path.
+    /// All roots and folders that an argument may mean. @throws Error (invalid) for what is not a path.
     [[nodiscard]] std::vector<DocKey> FindAll(const std::string& argument) const;
     /// The one root or folder, or only folder, that an argument means. @throws Error (invalid, notFound), or (conflict)
     /// that lists what it may mean.
@@ -167,7 +167,7 @@ private:
 void CheckNewName(std::string_view noun, const std::string& name);
 
 /// Takes the last name off a path of a folder. @throws Error (invalid) for a path of a root or of an id alone, and for
-/// what is no path.
+/// what is not a path.
 ParentAndName SplitLastFolder(const std::string& path);
 
 // ---- Reading and writing --------------------------------------------------------------------------------------------

@@ -22,7 +22,7 @@ constexpr std::string_view kCountMark = "\\#";
 [[noreturn]] void ThrowNoName(const std::string& text)
 {
     throw Error(ErrorCode::invalid,
-                fmt::format("{} is no name as an export has them: a backslash stands before /, \\, @ or #, and no name "
+                fmt::format("{} is not a name as an export has them: a backslash precedes /, \\, @ or #, and no name "
                             "is empty",
                             Quoted(text)));
 }

@@ -26,7 +26,7 @@ std::string Lower(std::string_view text)
     return lower;
 }
 
-/// Nothing for what is no base64.
+/// Nothing for what is not base64.
 std::optional<std::string> FromBase64(std::string_view text)
 {
     std::string bytes;
@@ -164,7 +164,7 @@ void LdifReader::Take(LdifEntry& entry, const std::string& line)
 {
     const std::size_t colon = line.find(':');
     if (colon == std::string::npos || colon == 0) {
-        entry.problem = fmt::format("{} is no attribute with a value", Quoted(line.substr(0, kWidth)));
+        entry.problem = fmt::format("{} is not an attribute with a value", Quoted(line.substr(0, kWidth)));
         return;
     }
     const std::string name = Lower(std::string_view(line).substr(0, colon));
@@ -177,7 +177,7 @@ void LdifReader::Take(LdifEntry& entry, const std::string& line)
     if (rest.starts_with(':')) {
         const std::optional<std::string> bytes = FromBase64(WithoutBlanks(rest.substr(1)));
         if (!bytes) {
-            entry.problem = fmt::format("the value of {} is no base64", Visible(name));
+            entry.problem = fmt::format("the value of {} is not base64", Visible(name));
             return;
         }
         value = *bytes;
@@ -199,7 +199,7 @@ void LdifReader::Take(LdifEntry& entry, const std::string& line)
 std::vector<RelativeName> ParseDn(std::string_view dn)
 {
     const auto fail = [dn]() {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no distinguished name", Quoted(dn)));
+        throw Error(ErrorCode::invalid, fmt::format("{} is not a distinguished name", Quoted(dn)));
     };
     std::vector<RelativeName> names;
     for (std::size_t i = 0; i < dn.size();) {
@@ -208,8 +208,8 @@ std::vector<RelativeName> ParseDn(std::string_view dn)
             fail();
         }
         RelativeName name{Lower(WithoutBlanks(dn.substr(i, equals - i))), {}};
-        std::size_t kept = 0;   // bytes that are no blanks at the end
-        bool isFurther = false; // behind a +
+        std::size_t kept = 0;   // bytes other than blanks at the end
+        bool isFurther = false; // after a +
         for (i = equals + 1; i < dn.size() && dn[i] != ',' && dn[i] != ';'; ++i) {
             isFurther = isFurther || dn[i] == '+';
             if (isFurther && dn[i] != '\\') {

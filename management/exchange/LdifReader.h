@@ -22,7 +22,7 @@ struct LdifEntry {
 };
 
 /// Reads entries as servers write them (RFC 2849): folded lines, base64, comments, LF or CRLF. Records of changes are
-/// entries that cannot be used. What is no entry (`version: 1`, the summary of a search) is passed over. Holds one
+/// entries that cannot be used. What is not an entry (`version: 1`, the summary of a search) is passed over. Holds one
 /// entry; one of more than 16 MiB cannot be used.
 class LdifReader {
 public:
@@ -58,7 +58,7 @@ struct RelativeName {
 
 /// The parts of a distinguished name (RFC 4514), the nearest first. @throws Error (invalid) for what is none.
 std::vector<RelativeName> ParseDn(std::string_view dn);
-/// A value as it stands in a distinguished name.
+/// A value as a distinguished name has it.
 std::string DnEscaped(std::string_view value);
 /// A line of an entry, folded and in base64 where that is needed, with its end.
 std::string LdifLine(std::string_view attribute, std::string_view value);

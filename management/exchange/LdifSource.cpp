@@ -264,7 +264,7 @@ void LdifSource::TakeGroup(const LdifEntry& entry, const std::vector<RelativeNam
             const std::vector<RelativeName> member = ParseDn(value);
             const auto known = m_logins.find(KeyOf(member));
             if (known == m_logins.end() && member.front().attribute != "uid") {
-                throw Error(ErrorCode::notFound, fmt::format("{} is no person of the file", Visible(value)));
+                throw Error(ErrorCode::notFound, fmt::format("{} is not a person of the file", Visible(value)));
             }
             AddMember(entry.line, known == m_logins.end() ? member.front().value : known->second,
                       m_options.groupsAsGroups ? "group" : "role", holder);

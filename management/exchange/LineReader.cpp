@@ -32,7 +32,7 @@ void LineReader::RequireHead()
     };
     if (!is("format", TextValue("qvadmin directory"))) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is no exported directory: its first line is not {}", m_name, kExportHead));
+                    fmt::format("{} is not an exported directory: its first line is not {}", m_name, kExportHead));
     }
     if (!is("version", std::int64_t{1})) {
         throw Error(ErrorCode::invalid, fmt::format("{} was exported by a later qvadmin", m_name));

@@ -32,7 +32,7 @@ const std::string& TextOf(const JsonMember& given)
 {
     const auto* text = std::get_if<TextValue>(&given.value);
     if (text == nullptr) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no text", given.name));
+        throw Error(ErrorCode::invalid, fmt::format("{} is not a text", given.name));
     }
     return *text;
 }
@@ -50,7 +50,7 @@ Stored PlainValue(const LineMember& member, const JsonMember& given)
     }
     const auto* number = std::get_if<std::int64_t>(&given.value);
     if (number == nullptr) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no whole number", given.name));
+        throw Error(ErrorCode::invalid, fmt::format("{} is not a whole number", given.name));
     }
     return std::to_string(*number);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "management/exchange/JsonLine.h"
+#include "management/JsonLine.h"
 #include "management/exchange/Nouns.h"
 
 #include <cstddef>

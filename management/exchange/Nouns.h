@@ -10,7 +10,7 @@
 
 namespace management {
 
-/// What a member of a line stands for.
+/// What a member of a line means.
 enum class MemberKind : std::uint8_t {
     text,
     number,
@@ -61,7 +61,7 @@ const Noun* FindNoun(std::string_view name);
 
 /// What a tree of such items is made of: groups and folders, whose names are paths.
 inline bool IsTree(MemberKind item) { return item == MemberKind::group || item == MemberKind::folder; }
-/// Whether a member stands in a line in place of an id.
+/// Whether a line has a member in place of an id.
 inline bool IsReference(MemberKind kind) { return kind >= MemberKind::user; }
 /// Whether a member is the number of its column.
 inline bool IsNumber(MemberKind kind) { return kind == MemberKind::number || kind == MemberKind::secretNumber; }

@@ -72,7 +72,7 @@ void DecodingBuffer::ThrowUnreadable() const
 {
     throw Error(
         ErrorCode::invalid,
-        fmt::format("the file holds bytes that are no text of the encoding {}; name another one with --encoding",
+        fmt::format("the file holds bytes that are not text of the encoding {}; name another one with --encoding",
                     m_encoding));
 }
 

@@ -10,7 +10,7 @@ struct UConverter;
 namespace management {
 
 /// Reads a text of another encoding as UTF-8, without the mark of a byte order, in little memory. Reading @throws Error
-/// (invalid) for bytes that are no text of the encoding, and what the buffer below throws.
+/// (invalid) for bytes that are not text of the encoding, and what the buffer below throws.
 class DecodingBuffer final : public std::streambuf {
 public:
     /// @param from  outlives this. @param encoding  by any of its common names, such as windows-1252.

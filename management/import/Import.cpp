@@ -107,7 +107,7 @@ public:
         });
         if (!m_form.empty() && !isWhole) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("{} is no form of dates; write DD, MM and YYYY, each once, such as DD.MM.YYYY",
+                        fmt::format("{} is not a form of dates; write DD, MM and YYYY, each once, such as DD.MM.YYYY",
                                     Quoted(m_form)));
         }
     }

@@ -25,9 +25,6 @@ namespace management {
 
 namespace {
 
-/// How many ids one statement lists: engines limit its length.
-constexpr std::size_t kIdsPerStatement = 500;
-
 /// A department as a user's row has it.
 struct Department {
     int id = 0;
@@ -109,7 +106,7 @@ private:
         return below != nullptr && std::ranges::any_of(below->parents, isParent);
     }
 
-    /// None for a text that is no path.
+    /// None for a text that is not a path.
     static std::vector<std::string> NamesIn(const std::string& text)
     {
         try {
@@ -263,9 +260,7 @@ void Write(CAConnect& conn, const Department& department, const std::string& con
 template <class Use>
 void InParts(std::span<const int> ids, Use use)
 {
-    for (; !ids.empty(); ids = ids.subspan(std::min(ids.size(), kIdsPerStatement))) {
-        use(fmt::format("Col_ID IN ({})", fmt::join(ids.first(std::min(ids.size(), kIdsPerStatement)), ",")));
-    }
+    ForEachPart(ids, [&use](std::span<const int> part) { use(fmt::format("Col_ID IN ({})", fmt::join(part, ","))); });
 }
 
 std::size_t WriteChanges(CAConnect& conn, int oldId, const Holders& holders)

@@ -33,7 +33,7 @@ std::string NewViewName(const std::string& argument)
         argument.starts_with('/') ? SplitPath(argument) : std::vector<std::string>{argument};
     if (names.size() > 1) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is no view; departments are directly below one", Quoted(argument)));
+                    fmt::format("{} is not a view; departments are directly below one", Quoted(argument)));
     }
     CheckName("view", names.front());
     return names.front();
@@ -301,7 +301,7 @@ std::optional<ItemKey> Departments::FindPresent(const std::string& path)
     } catch (const DatabaseError&) {
         throw;
     } catch (const Error&) {
-        // A text that is no path, or means several groups, says of none that the user was in it.
+        // A text that is not a path, or means several groups, says of none that the user was in it.
         return std::nullopt;
     }
 }

@@ -49,7 +49,7 @@ public:
 
     /// The existing group that a path leads to; nothing when the text is not a path or is ambiguous.
     std::optional<ItemKey> FindPresent(const std::string& path);
-    /// The group of a path. @throws Error (invalid) for what is no path, (conflict) when it may be several groups,
+    /// The group of a path. @throws Error (invalid) for what is not a path, (conflict) when it may be several groups,
     /// (notFound) when there is none and none may be made. Nothing was made then.
     ItemKey Find(const std::string& path);
     /// Makes the user a member of the group, and no longer one of the department that he was in.

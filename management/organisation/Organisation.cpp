@@ -75,7 +75,7 @@ ParentAndName SplitLast(const std::string& path)
     const bool beginsWell = begin == 0 || (begin != std::string::npos && Organisation::KeyIn(path.substr(0, begin)));
     const std::vector<std::string> names = beginsWell ? SplitPath(path.substr(begin)) : std::vector<std::string>();
     if (names.size() < (begin == 0 ? 2U : 1U)) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no path of a group; write /VIEW/GROUP", Quoted(path)));
+        throw Error(ErrorCode::invalid, fmt::format("{} is not a path of a group; write /VIEW/GROUP", Quoted(path)));
     }
     return {path.substr(0, path.size() - PathEscaped(names.back()).size() - 1), names.back()};
 }

@@ -125,7 +125,7 @@ public:
 
     // ---- Look-ups: of Places, views first, then groups, each by sort index, name and id -----------------------------
 
-    /// All views and groups that an argument may mean. @throws Error (invalid) for what is no path.
+    /// All views and groups that an argument may mean. @throws Error (invalid) for what is not a path.
     [[nodiscard]] std::vector<ItemKey> FindAll(const std::string& argument) const;
     /// The one view or group, or only group, that an argument means. @throws Error (invalid, notFound), or (conflict)
     /// that lists what it may mean.
@@ -190,7 +190,7 @@ private:
     CAConnect& m_conn;
 };
 
-/// Takes the last name off a path. @throws Error (invalid) for a path of one name, and for what is no path.
+/// Takes the last name off a path. @throws Error (invalid) for a path of one name, and for what is not a path.
 ParentAndName SplitLast(const std::string& path);
 
 } // namespace management

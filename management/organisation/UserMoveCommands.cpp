@@ -1,6 +1,7 @@
 #include "basefun/ItemTypes.h"
 #include "management/Command.h"
 #include "management/Paths.h"
+#include "management/Query.h"
 #include "management/Text.h"
 #include "management/organisation/Links.h"
 #include "management/organisation/Organisation.h"
@@ -17,9 +18,6 @@
 namespace management::organisation {
 
 namespace {
-
-/// How many ids one statement lists: engines limit its length.
-constexpr std::size_t kIdsPerStatement = 500;
 
 struct UsersToMove : UsersInput {
     std::string to;
@@ -47,13 +45,11 @@ constexpr ChoiceMessages kMoving = {"Move {}?", "nobody was moved"};
 std::map<int, std::vector<ItemKey>> GroupsOf(const Organisation& organisation, const std::vector<UserKey>& users)
 {
     std::map<int, std::vector<ItemKey>> groups;
-    for (std::span<const UserKey> rest = users; !rest.empty();
-         rest = rest.subspan(std::min(rest.size(), kIdsPerStatement))) {
-        std::vector<int> ids;
-        std::ranges::transform(rest.first(std::min(rest.size(), kIdsPerStatement)), std::back_inserter(ids),
-                               &UserKey::id);
-        groups.merge(HoldersOf(organisation.Connection(), kItemTypeUser, ids));
-    }
+    std::vector<int> ids;
+    std::ranges::transform(users, std::back_inserter(ids), &UserKey::id);
+    ForEachPart(ids, [&](std::span<const int> part) {
+        groups.merge(HoldersOf(organisation.Connection(), kItemTypeUser, {part.begin(), part.end()}));
+    });
     for (auto& [user, holders] : groups) {
         std::erase_if(holders, [&organisation](ItemKey holder) {
             return holder.type != kItemTypeGroup || organisation.Find(holder) == nullptr;

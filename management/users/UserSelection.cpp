@@ -54,17 +54,17 @@ Where ParseWhere(const std::string& where)
     const std::size_t sign = where.find_first_of("=~");
     if (sign == std::string::npos || sign == 0) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("--where {} is no condition; write FIELD=VALUE or FIELD~PART", Quoted(where)));
+                    fmt::format("--where {} is not a condition; write FIELD=VALUE or FIELD~PART", Quoted(where)));
     }
     Where parsed{&RequireField(where.substr(0, sign)), where.substr(sign + 1), where[sign] == '~'};
     if (parsed.isPart && !parsed.field->IsText()) {
-        throw Error(ErrorCode::invalid, fmt::format("--where {}: {} is no text to look into; write {}=VALUE",
+        throw Error(ErrorCode::invalid, fmt::format("--where {}: {} is not a text to look into; write {}=VALUE",
                                                     Quoted(where), parsed.field->name, parsed.field->name));
     }
     return parsed;
 }
 
-/// A value as its column stores it, of a field that is no text. @throws Error (invalid).
+/// A value as its column stores it, of a field that is not a text. @throws Error (invalid).
 Stored ParseOther(const Field& field, const std::string& text)
 {
     if (!std::holds_alternative<std::monostate>(field.member)) {

@@ -243,9 +243,9 @@ no JSON
     EXPECT_EQ(result.exit, 7);
     EXPECT_THAT(result.err,
                 AllOf(HasSubstr("in.jsonl:3: a user has no member 'nickname'\n"),
-                      HasSubstr("in.jsonl:4: sort_index is no whole number\n"),
+                      HasSubstr("in.jsonl:4: sort_index is not a whole number\n"),
                       HasSubstr("in.jsonl:5: login is empty\n"), HasSubstr("in.jsonl:6: there is no noun 'wish'\n"),
-                      HasSubstr("in.jsonl:7: the line is no JSON"),
+                      HasSubstr("in.jsonl:7: the line is not JSON"),
                       HasSubstr("in.jsonl:8: changes super, which needs --allow-privileges\n"),
                       HasSubstr("in.jsonl:9: there is no '/Nowhere'\n"),
                       HasSubstr("in.jsonl:10: there is no '/Nowhere/Team'\n")));
@@ -269,7 +269,7 @@ TEST_P(ExchangeTest, OtherFilesAreRefused)
     for (const char* text : {"", "login\namy\n", "{\"format\":\"else\"}\n", "[1]\n"}) {
         const ChildResult result = Import(text, {"--format", "json"});
         EXPECT_EQ(result.exit, 2) << result.err;
-        EXPECT_THAT(result.err, HasSubstr("is no exported directory: its first line is not {\"format\":"));
+        EXPECT_THAT(result.err, HasSubstr("is not an exported directory: its first line is not {\"format\":"));
     }
     EXPECT_EQ(Import("{\"format\":\"else\"}\n").exit, 2);
     EXPECT_EQ(Import("").exit, 2);

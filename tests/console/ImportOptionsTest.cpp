@@ -75,8 +75,8 @@ TEST_F(ImportOptionsTest, ColumnsOfOtherNamesAreMapped)
 TEST_F(ImportOptionsTest, AMapThatMeansNothingIsRefused)
 {
     const std::pair<const char*, const char*> kMaps[] = {
-        {"E-Mail", "'E-Mail' is no pair of names"},
-        {"=email", "'=email' is no pair of names"},
+        {"E-Mail", "'E-Mail' is not a pair of names"},
+        {"=email", "'=email' is not a pair of names"},
         {"Post=email", "in.csv has no column 'Post' that --map could rename to email"},
         {"note=wish", "unknown column 'wish'"},
         {"note=login", "the column login twice"}};
@@ -130,7 +130,7 @@ TEST_F(ImportOptionsTest, AnEncodingThatIsGivenIsNotGuessed)
     EXPECT_THAT(unknown.err, HasSubstr("there is no encoding 'klingon'"));
     const ChildResult wrong = Import("login\namy\xE9\n", {"--encoding", "us-ascii"});
     EXPECT_EQ(wrong.exit, 2);
-    EXPECT_THAT(wrong.err, HasSubstr("holds bytes that are no text of the encoding us-ascii"));
+    EXPECT_THAT(wrong.err, HasSubstr("holds bytes that are not text of the encoding us-ascii"));
     EXPECT_EQ(Run({"user", "exists", "amy"}).exit, 3);
     // A row that is no UTF-8 fails alone where that is said to be the encoding.
     EXPECT_EQ(Import("login,name\namy,A\nrory,\xE9\n", {"--encoding", "utf-8"}).exit, 7);

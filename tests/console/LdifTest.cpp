@@ -137,9 +137,9 @@ TEST(LdifReader, SaysWhatCannotBeUsed)
     const std::pair<const char*, const char*> kBad[] = {
         {"dn: uid=a\nchangetype: add\nuid: a\n", "changetype: add"},
         {"dn: uid=a\njpegPhoto:< file:///etc/passwd\n", "in another file"},
-        {"dn: uid=a\ncn:: !!!\n", "no base64"},
+        {"dn: uid=a\ncn:: !!!\n", "is not base64"},
         {"uid: a\ncn: b\n", "has no dn"},
-        {"dn: uid=a\nnonsense\n", "'nonsense' is no attribute with a value"}};
+        {"dn: uid=a\nnonsense\n", "'nonsense' is not an attribute with a value"}};
     for (const auto& [text, problem] : kBad) {
         const std::vector<LdifEntry> entries = Read(std::string(text) + "\ndn: uid=b\nuid: b\n");
         ASSERT_EQ(entries.size(), 2U);
@@ -230,7 +230,7 @@ TEST_P(LdifTest, WhatCannotBeUsedIsSaidAndStopsNothing)
     EXPECT_THAT(result.err,
                 AllOf(HasSubstr("in.ldif:1: it is a record of changes (changetype: add), and only whole entries"),
                       HasSubstr("in.ldif:6: cn=nobody,ou=A has no uid to log in with"),
-                      HasSubstr("in.ldif:14: cn=stranger,ou=A is no person of the file")));
+                      HasSubstr("in.ldif:14: cn=stranger,ou=A is not a person of the file")));
     EXPECT_EQ(Run({"user", "exists", "rory"}).exit, 0);
     EXPECT_EQ(RunWith("dn: uid=a\n", {"import", "-"}).exit, 2);
 }

@@ -176,7 +176,7 @@ TEST_P(SelectionTest, WhatCannotBeIsRefused)
              {{"--sort", "shoe"}, "there is no field 'shoe'"},
              {{"--where", "lead"}, "write FIELD=VALUE or FIELD~PART"},
              {{"--where", "=x"}, "write FIELD=VALUE or FIELD~PART"},
-             {{"--where", "sex~f"}, "sex is no text to look into"},
+             {{"--where", "sex~f"}, "sex is not a text to look into"},
              {{"--where", "level=x"}, "level 'x' is not a whole number"},
              {{"--where", "birthday=yesterday"}, "is not a date"},
              {{"--deep"}, "name a group with --in"},

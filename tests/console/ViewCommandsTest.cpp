@@ -89,7 +89,7 @@ TEST_F(ViewCommandsTest, NamesThatAreTakenOrNoneAreRefused)
         ExpectRefusal({"view", "rename", "B", name}, 2, "name");
     }
     ExpectRefusal({"view", "show", "C"}, 3, "there is no view 'C'; `qvadmin view list` shows all");
-    ExpectRefusal({"view", "show", "view:x"}, 2, "is no id");
+    ExpectRefusal({"view", "show", "view:x"}, 2, "is not an id");
     ExpectRefusal({"view", "show", "id:1"}, 3, "'id:1'");
 }
 
