@@ -31,7 +31,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMostRows = 256;
 constexpr std::size_t kMostBytes = std::size_t{2} * 1024 * 1024;
-constexpr std::chrono::milliseconds kLongest(500);
 constexpr std::array<std::string_view, 5> kResultColumns = {"line", "login", "id", "outcome", "reason"};
 constexpr std::string_view kAdmin = "Admin";
 constexpr std::string_view kByteBlanks = " \t";
@@ -331,7 +330,8 @@ private:
         std::vector<Row> rows;
         const Clock::time_point begin = Clock::now();
         std::size_t bytes = 0;
-        while (rows.size() < kMostRows && bytes < kMostBytes && Clock::now() - begin < kLongest && !IsStopRequested()) {
+        while (rows.size() < kMostRows && bytes < kMostBytes && Clock::now() - begin < m_options.longestBlock &&
+               !IsStopRequested()) {
             const std::optional<CsvRecord> record = m_reader.Next();
             if (!record) {
                 m_atEnd = true;
@@ -390,7 +390,8 @@ private:
             const Clock::time_point begin = Clock::now();
             do {
                 outcomes.push_back(Apply(rows[outcomes.size()]));
-            } while (outcomes.size() < rows.size() && Clock::now() - begin < kLongest && !IsStopRequested());
+            } while (outcomes.size() < rows.size() && Clock::now() - begin < m_options.longestBlock &&
+                     !IsStopRequested());
             if (WriteBlock(rows, outcomes)) {
                 change->Finish();
                 Committed();

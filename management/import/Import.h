@@ -35,6 +35,8 @@ struct ImportOptions {
     ColumnOptions columns = {};
     /// Takes the header and then each row that fails, as the file has them; none: nobody wants them.
     std::function<void(const CsvRecord&)> takeFailed = {};
+    /// A transaction takes no further row after this time, so that other consoles get their turn.
+    std::chrono::milliseconds longestBlock = std::chrono::milliseconds(500);
 };
 
 /// Comma-separated values in UTF-8 with a header row.
