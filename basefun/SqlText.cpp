@@ -6,6 +6,12 @@
 
 namespace sqltext {
 
+Quoted::Quoted(const CString& text)
+    : m_doubled(text.View().find('\'') == std::string_view::npos ? CString() : DoubleQuotes(text)),
+      m_text(m_doubled.IsEmpty() ? text : m_doubled)
+{
+}
+
 void Argument::Write(std::int32_t number)
 {
     const auto written = std::to_chars(m_digits.data(), m_digits.data() + m_digits.size(), number);

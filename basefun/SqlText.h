@@ -13,11 +13,26 @@ class CAConnect;
 
 namespace sqltext {
 
+/// A text with every ' doubled; no copy where it has none. Lives as long as the text.
+class Quoted {
+public:
+    explicit Quoted(const CString& text);
+    Quoted(const Quoted&) = delete;
+    Quoted& operator=(const Quoted&) = delete;
+
+    [[nodiscard]] const CString& Text() const noexcept { return m_text; }
+
+private:
+    CString m_doubled;
+    const CString& m_text;
+};
+
 /// One argument, reduced to what its placeholder writes: a text up to its first NUL, or a signed 32-bit number (flags
 /// as 0 or 1).
 class Argument {
 public:
     Argument(const CString& text) : m_text(text.GetString(), ::strnlen(text.GetString(), text.View().size())) {}
+    Argument(const Quoted& text) : Argument(text.Text()) {}
     Argument(const char* text) : m_text(text) {}
     Argument(int number) { Write(number); }
     Argument(bool flag) { Write(flag ? 1 : 0); }

@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kBusyTimeout = 5000;
 
-// The directory's indexes are ordered by this function; without it the engine would not use them.
 void Upper(sqlite3_context* context, int /*count*/, sqlite3_value** arguments)
 {
     const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
@@ -60,15 +59,6 @@ void TakeText(std::string& out, sqlite3_stmt* row, int column)
     }
 }
 
-// Login names of the test data are ASCII.
-std::string Capitals(std::string text)
-{
-    for (char& ch : text) {
-        ch = ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch;
-    }
-    return text;
-}
-
 int ColumnNamed(sqlite3_stmt* statement, const char* name)
 {
     const int count = sqlite3_column_count(statement);
@@ -81,6 +71,12 @@ int ColumnNamed(sqlite3_stmt* statement, const char* name)
 }
 
 } // namespace
+
+void RegisterUpper(sqlite3* db)
+{
+    sqlite3_create_function_v2(db, "upper", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr, &Upper,
+                               nullptr, nullptr, nullptr);
+}
 
 void ByHand::CloseFile::operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
 
@@ -99,8 +95,7 @@ ByHand::ByHand(const std::string& path)
     sqlite3_busy_timeout(raw, kBusyTimeout);
     sqlite3_db_config(raw, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(raw, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-    sqlite3_create_function_v2(raw, "upper", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr, &Upper,
-                               nullptr, nullptr, nullptr);
+    RegisterUpper(raw);
 }
 
 ByHand::Statement ByHand::Prepare(const char* sql, std::size_t length)

@@ -1,8 +1,8 @@
 #include "bench/Record.h"
 
-#include <array>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 
 namespace bench {
@@ -34,16 +34,6 @@ double CurrentLocalTime()
         second = now;
     }
     return days;
-}
-
-std::array<char, 16> DateText(double days)
-{
-    const auto seconds = static_cast<std::time_t>((days - kDaysTo1970) * kSecondsPerDay);
-    std::tm parts{};
-    gmtime_r(&seconds, &parts);
-    std::array<char, 16> text{};
-    std::strftime(text.data(), text.size(), "%Y-%m-%d", &parts);
-    return text;
 }
 
 constexpr std::string Record::*kEscaped[] = {
@@ -89,6 +79,35 @@ std::string DoubledQuotes(const std::string& text)
         from = quote + 1;
     }
     return doubled.append(text, from);
+}
+
+std::array<char, 16> DateText(double days)
+{
+    const auto seconds = static_cast<std::time_t>((days - kDaysTo1970) * kSecondsPerDay);
+    std::tm parts{};
+    gmtime_r(&seconds, &parts);
+    std::array<char, 16> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%d", &parts);
+    return text;
+}
+
+std::string Capitals(std::string text)
+{
+    for (char& ch : text) {
+        ch = ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch;
+    }
+    return text;
+}
+
+std::string BoundInsert()
+{
+    std::string sql = kInsert;
+    for (const char* const place : {"'%s'", "%d"}) {
+        for (std::size_t at = sql.find(place); at != std::string::npos; at = sql.find(place, at)) {
+            sql.replace(at, std::strlen(place), "?");
+        }
+    }
+    return sql;
 }
 
 std::string InsertStatement(const Record& record)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 namespace bench {
@@ -56,6 +57,27 @@ struct Record {
 
 /// The text with every ' doubled.
 std::string DoubledQuotes(const std::string& text);
+
+/// The text in capitals; it is ASCII, as login names of the test data are.
+std::string Capitals(std::string text);
+
+/// A day as YYYY-MM-DD, with a NUL behind it. @param days  since 30 December 1899.
+std::array<char, 16> DateText(double days);
+
+/// The statement that adds a record, with a ? for each value.
+std::string BoundInsert();
+
+/// Calls `visit(value)` for what BoundInsert binds, in its order: texts and whole numbers. @param birthday  as
+/// DateText.
+template <class Visit>
+void VisitValues(const Record& r, const std::string& birthday, Visit visit)
+{
+    const auto all = [&visit](const auto&... values) { (visit(values), ...); };
+    all(r.loginName, r.name, r.password, int{r.isSuper}, int{r.isSystem}, int{r.disabled}, r.enType, r.domainId,
+        r.itemIndex, r.creatorName, r.note, r.eMail, r.mobile, r.sex, r.description, birthday, r.homeProvince,
+        r.homeCity, r.homeAddress, r.homePostCode, r.homePhone, r.homeFax, r.companyName, r.officeAddress,
+        r.officePostCode, r.jobTitle, r.officePhone, r.officeFax, r.eCard, r.deptInfo, r.userData, r.deptId, r.picture);
+}
 
 /// The statement that adds the record, with quotes doubled in the fifteen texts for which CHumanItem::SaveData does it.
 std::string InsertStatement(const Record& record);

@@ -16,8 +16,6 @@ constexpr double kTarget = 1.10;
 constexpr int kStampedId = 2;
 /// What a run reads at least: enough to measure where a call takes microseconds.
 constexpr double kRowsOfRun = 100'000;
-/// Has no divisor in common with the numbers of groups, so that its multiples reach them all, in no order.
-constexpr std::size_t kStride = 7919;
 
 struct Case {
     const char* name;
@@ -53,11 +51,6 @@ benchmark::internal::Benchmark* RegisterCase(const std::string& name, const Case
 {
     const double calls = std::max(1.0, kRowsOfRun / relation.rows(tree));
     return Register(name, work)->Iterations(static_cast<benchmark::IterationCount>(calls));
-}
-
-int SmallGroup(const Tree& tree, std::size_t call)
-{
-    return 1 + static_cast<int>(call * kStride % static_cast<std::size_t>(tree.SmallGroups()));
 }
 
 struct NamesByHand {
@@ -112,7 +105,7 @@ void RegisterRelationsByHand(Directory& directory, Tree tree)
     });
     RegisterCase(HandName(kSmallGroup), kSmallGroup, tree, [&db, tree](std::size_t i) {
         NamesByHand users;
-        db.ListGroupUsers(SmallGroup(tree, i), users.ids, users.loginNames, users.names);
+        db.ListGroupUsers(tree.SmallGroup(i), users.ids, users.loginNames, users.names);
         Require(!users.names.empty());
     });
     RegisterCase(HandName(kMembers), kMembers, tree, [&db, tree](std::size_t) {
@@ -149,7 +142,7 @@ void RegisterRelations(Directory& directory, Tree tree, int repetitions)
     });
     RegisterCase(Name(kSmallGroup, tree.Users()), kSmallGroup, tree, [&conn, tree](std::size_t i) {
         Names users;
-        Require(CQVBaseFun::LoadGroupUser(conn, SmallGroup(tree, i), users.ids, users.loginNames, users.names));
+        Require(CQVBaseFun::LoadGroupUser(conn, tree.SmallGroup(i), users.ids, users.loginNames, users.names));
         Require(users.names.GetSize() > 0);
     });
     RegisterCase(Name(kMembers, tree.Users()), kMembers, tree, [&conn, tree](std::size_t) {

@@ -50,9 +50,9 @@ std::string Target(double target) { return target == 0 ? "" : Text("%.2f", targe
 
 } // namespace
 
-bool PairReporter::ReportContext(const Context& /*context*/) { return true; }
+bool SampleReporter::ReportContext(const Context& /*context*/) { return true; }
 
-void PairReporter::ReportRuns(const std::vector<Run>& runs)
+void SampleReporter::ReportRuns(const std::vector<Run>& runs)
 {
     for (const Run& run : runs) {
         if (run.error_occurred) {
@@ -79,9 +79,9 @@ void PairReporter::PrintPairs() const
     std::printf(kRow, "processor time", "base", "Quorvel", "ratio", "target", "spread", "wall");
     std::printf(kLine);
     for (const Pair& pair : m_pairs) {
-        const auto base = m_samples.find(pair.base);
-        const auto other = m_samples.find(pair.other);
-        if (base == m_samples.end() || other == m_samples.end()) {
+        const auto base = AllSamples().find(pair.base);
+        const auto other = AllSamples().find(pair.other);
+        if (base == AllSamples().end() || other == AllSamples().end()) {
             continue;
         }
         const double cpu = Median(base->second.cpu);
@@ -114,14 +114,53 @@ std::string PairReporter::GrowthLine(const Growth& growth) const
 {
     std::string line = "| " + Text("%-36s", growth.title) + " |";
     for (const Growth::Size& size : growth.sizes) {
-        const auto samples = m_samples.find(size.benchmark);
-        if (samples == m_samples.end()) {
+        const auto samples = AllSamples().find(size.benchmark);
+        if (samples == AllSamples().end()) {
             return {};
         }
         const double cpu = Median(samples->second.cpu);
         line += Text(" %10s |", Duration(cpu).c_str()) + Text(" %8s |", Duration(cpu / size.rows).c_str());
     }
     return line + "\n";
+}
+
+std::string PeerReporter::Cell(const PeerTable::Work& work, const PeerTable::Side& side) const
+{
+    const std::string baseName = work.name + "/" + m_table.sides.front().name;
+    const std::string name = work.name + "/" + side.name;
+    const auto base = AllSamples().find(baseName);
+    const auto own = AllSamples().find(name);
+    if (base == AllSamples().end() || own == AllSamples().end()) {
+        return {};
+    }
+    const bool isBase = name == baseName;
+    const double cpu = Median(own->second.cpu);
+    std::string cell = isBase ? Duration(cpu) : Text("%.2f", cpu / Median(base->second.cpu));
+    const auto count = m_table.instructions.find(name);
+    if (count != m_table.instructions.end()) {
+        cell += isBase ? Text(" (%.0f)", count->second)
+                       : Text(" (%.2f)", count->second / m_table.instructions.at(baseName));
+    }
+    return cell;
+}
+
+void PeerReporter::Finalize()
+{
+    std::string header = "\n| " + Text("%-32s", "processor time (instructions)") + " |";
+    std::string line = "|" + std::string(34, '-') + "|";
+    for (const PeerTable::Side& side : m_table.sides) {
+        header += Text(" %20s |", side.title.c_str());
+        line += std::string(21, '-') + ":|";
+    }
+    std::printf("%s %6s |\n%s-------:|\n", header.c_str(), "target", line.c_str());
+    for (const PeerTable::Work& work : m_table.works) {
+        std::printf("| %-32s |", work.title.c_str());
+        for (const PeerTable::Side& side : m_table.sides) {
+            std::printf(" %20s |", Cell(work, side).c_str());
+        }
+        std::printf(" %6s |\n", Target(work.target).c_str());
+    }
+    std::fflush(stdout);
 }
 
 void PrintPeaks(const std::vector<Peak>& peaks)

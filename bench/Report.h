@@ -36,28 +36,39 @@ struct Peak {
     double target;
 };
 
-/// Collects all runs and, at the end, prints one line per pair: the median processor times of a call, their ratio, the
+/// Collects all runs, by the benchmarks' names.
+class SampleReporter : public benchmark::BenchmarkReporter {
+public:
+    /// Says nothing of the machine.
+    bool ReportContext(const Context& context) override;
+    void ReportRuns(const std::vector<Run>& runs) override;
+
+protected:
+    struct Samples {
+        std::vector<double> wall; // nanoseconds per iteration, here and below
+        std::vector<double> cpu;
+    };
+
+    [[nodiscard]] const std::map<std::string, Samples>& AllSamples() const { return m_samples; }
+
+private:
+    std::map<std::string, Samples> m_samples;
+};
+
+/// Prints one line per pair: the median processor times of a call, their ratio, the
 /// width of the middle half of the runs as a part of the median (the wider side's), and the ratio of the wall-clock
 /// medians, which suffers when others use the machine. Behind that, one line per growth: for every size the median
 /// processor times of a call and of a row.
-class PairReporter final : public benchmark::BenchmarkReporter {
+class PairReporter final : public SampleReporter {
 public:
     PairReporter(std::vector<Pair> pairs, std::vector<Growth> growths)
         : m_pairs(std::move(pairs)), m_growths(std::move(growths))
     {
     }
 
-    /// Says nothing of the machine.
-    bool ReportContext(const Context& context) override;
-    void ReportRuns(const std::vector<Run>& runs) override;
     void Finalize() override;
 
 private:
-    struct Samples {
-        std::vector<double> wall; // nanoseconds per iteration, here and below
-        std::vector<double> cpu;
-    };
-
     void PrintPairs() const;
     void PrintGrowths() const;
     /// Empty unless all its sizes have run.
@@ -65,7 +76,37 @@ private:
 
     std::vector<Pair> m_pairs;
     std::vector<Growth> m_growths;
-    std::map<std::string, Samples> m_samples;
+};
+
+/// The same work done in several ways.
+struct PeerTable {
+    struct Work {
+        std::string title;
+        std::string name; // WORK in the names of its benchmarks, WORK/SIDE
+        double target;    // of the second side
+    };
+    struct Side {
+        std::string title;
+        std::string name;
+    };
+    std::vector<Work> works;
+    std::vector<Side> sides; // the first one is the base of all ratios
+    /// Instructions of a call by the benchmarks' names; may be empty.
+    std::map<std::string, double> instructions;
+};
+
+/// Prints one line per work: the median processor time of a call of the base, and for each other side its ratio to
+/// that, with those of the instructions in brackets.
+class PeerReporter final : public SampleReporter {
+public:
+    explicit PeerReporter(PeerTable table) : m_table(std::move(table)) {}
+
+    void Finalize() override;
+
+private:
+    [[nodiscard]] std::string Cell(const PeerTable::Work& work, const PeerTable::Side& side) const;
+
+    PeerTable m_table;
 };
 
 /// Prints one line per peak.

@@ -9,10 +9,6 @@ namespace bench {
 namespace {
 
 constexpr double kTarget = 0.30;
-/// Have no divisor in common with what they are taken modulo, so that their multiples reach everything, in no order.
-constexpr std::size_t kUserStride = 7919;
-constexpr std::size_t kFunctionStride = 211;
-
 constexpr const char* kViewGenre = "Views";
 constexpr const char* kViewFunction = "See";
 constexpr unsigned kPublish = 1;
@@ -20,23 +16,12 @@ constexpr unsigned kGuest = 8;
 /// A bit that no power has, so that the whole of a user's rights is looked through.
 constexpr unsigned kMask = 4;
 
-int UserOf(const RoleRights& rights, std::size_t call)
-{
-    return RoleRights::EveryUser() *
-           (1 + static_cast<int>(call * kUserStride % static_cast<std::size_t>(rights.UsersWithRoles())));
-}
-
-std::string FunctionOf(std::size_t call)
-{
-    return "Function " + std::to_string(call * kFunctionStride % std::size_t{RoleRights::kFunctions});
-}
-
 /// Registers both sides of a right; each gets user and function.
 template <class Hand, class Quorvel>
 void RegisterBoth(const std::string& name, RoleRights rights, Hand hand, Quorvel quorvel)
 {
-    Register(name + "/hand", [=](std::size_t i) { hand(UserOf(rights, i), FunctionOf(i)); });
-    Register(name + "/quorvel", [=](std::size_t i) { quorvel(UserOf(rights, i), FunctionOf(i).c_str()); });
+    Register(name + "/hand", [=](std::size_t i) { hand(rights.UserOf(i), RoleRights::FunctionOf(i)); });
+    Register(name + "/quorvel", [=](std::size_t i) { quorvel(rights.UserOf(i), RoleRights::FunctionOf(i).c_str()); });
 }
 
 void RegisterFlags(Directory& directory, RoleRights rights)

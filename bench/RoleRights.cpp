@@ -2,11 +2,13 @@
 
 #include "bench/ByHand.h"
 
-#include <string>
-
 namespace bench {
 
 namespace {
+
+/// Have no divisor in common with what they are taken modulo, so that their multiples reach everything.
+constexpr std::size_t kUserStride = 7919;
+constexpr std::size_t kFunctionStride = 211;
 
 // The numbers from 1 to `last` as the column id of a table ids.
 std::string Ids(int last)
@@ -16,6 +18,16 @@ std::string Ids(int last)
 }
 
 } // namespace
+
+int RoleRights::UserOf(std::size_t call) const
+{
+    return EveryUser() * (1 + static_cast<int>(call * kUserStride % static_cast<std::size_t>(UsersWithRoles())));
+}
+
+std::string RoleRights::FunctionOf(std::size_t call)
+{
+    return "Function " + std::to_string(call * kFunctionStride % std::size_t{kFunctions});
+}
 
 void RoleRights::Insert(ByHand& db) const
 {

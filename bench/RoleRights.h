@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <string>
+
 namespace bench {
 
 class ByHand;
@@ -21,6 +24,9 @@ public:
     /// Users that have roles of their own, all over the directory: their ids are this and its multiples.
     [[nodiscard]] static constexpr int EveryUser() { return 10; }
     [[nodiscard]] int UsersWithRoles() const { return m_users / EveryUser(); }
+    /// A user with roles of his own; a call's number leads to all of them, in no order. Likewise below.
+    [[nodiscard]] int UserOf(std::size_t call) const;
+    [[nodiscard]] static std::string FunctionOf(std::size_t call);
 
     /// Writes roles, rights and links to a file that has none.
     void Insert(ByHand& db) const;

@@ -17,6 +17,8 @@ namespace bench {
 namespace {
 
 constexpr std::uint64_t kSeed = 20240301;
+/// Has no divisor in common with the numbers of groups, so that its multiples reach them all.
+constexpr std::size_t kStride = 7919;
 
 /// The share of all groups, in thousandths, that sits at a depth or above it.
 constexpr int kSharesByDepth[] = {5, 50, 450, 850, 1000};
@@ -79,6 +81,11 @@ void LinkGroups(Links& links, int groups, People& random)
 double Tree::UsersOfSmallGroup() const
 {
     return static_cast<double>(m_users - kLargeGroups * UsersOfLargeGroup()) / SmallGroups();
+}
+
+int Tree::SmallGroup(std::size_t call) const
+{
+    return 1 + static_cast<int>(call * kStride % static_cast<std::size_t>(SmallGroups()));
 }
 
 void Tree::Insert(ByHand& db) const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 namespace bench {
 
 class ByHand;
@@ -21,6 +23,8 @@ public:
     [[nodiscard]] int UsersOfLargeGroup() const { return m_users / kLargeGroupIsOneIn; }
     /// The ids of those that are not large are 1 to this number.
     [[nodiscard]] int SmallGroups() const { return Groups() - kLargeGroups; }
+    /// One of them; a call's number leads to all, in no order.
+    [[nodiscard]] int SmallGroup(std::size_t call) const;
     /// On average.
     [[nodiscard]] double UsersOfSmallGroup() const;
 

@@ -160,6 +160,59 @@ Token WordToken(std::string_view word)
     }
 }
 
+/// Reads a text literal from its quote on. @return its end; npos for one that must be left alone.
+std::size_t EndOfText(std::string_view sql, ShapeSyntax syntax, CutLiteral& literal)
+{
+    literal.hasEscapes = false;
+    for (std::size_t at = literal.begin + 1;; at += 2) {
+        at = syntax.backslashEscapes ? sql.find_first_of("'\\", at) : sql.find('\'', at);
+        if (at == std::string_view::npos) {
+            return at;
+        }
+        const char next = at + 1 < sql.size() ? sql[at + 1] : '\0';
+        if (sql[at] == '\'' && next != '\'') {
+            literal.length = at + 1 - literal.begin;
+            return at + 1;
+        }
+        if (sql[at] == '\\' && next != '\\' && next != '\'') {
+            return std::string_view::npos;
+        }
+        literal.hasEscapes = true;
+    }
+}
+
+/// Reads a number from its sign or first digit on. @return whether it is a whole one in its shortest form.
+bool ReadPlainNumber(std::string_view sql, CutLiteral& literal)
+{
+    const bool isNegative = sql[literal.begin] == '-';
+    const std::size_t digits = literal.begin + (isNegative ? 1 : 0);
+    std::size_t at = digits;
+    bool isWhole = true;
+    for (; at < sql.size() && (IsWordByte(sql[at]) || sql[at] == '.'); ++at) {
+        isWhole = isWhole && KindOf(sql[at]) == Byte::digit;
+    }
+    literal.length = at - literal.begin;
+    const std::size_t count = at - digits;
+    if (!isWhole || count == 0 || count > kMostDigits || (sql[digits] == '0' && (count > 1 || isNegative))) {
+        return false;
+    }
+    std::from_chars(sql.data() + literal.begin, sql.data() + at, literal.number);
+    return true;
+}
+
+/// Whether the planner looks at the number where it stands.
+bool TellsPlanner(const CutLiteral& literal)
+{
+    return literal.isCompared && literal.number >= -1 && literal.number <= 1;
+}
+
+// By its digits: the sign is an operator before them.
+bool IsLong(const CutLiteral& literal)
+{
+    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+    return literal.number > most || literal.number < -most;
+}
+
 /// Reads a statement once from its front to its end and notes the literals that can be cut. Every function that gives
 /// a bool gives false for a text that must be left alone.
 class Scanner {
@@ -209,7 +262,7 @@ private:
         case Byte::letter:
             return Take(ReadWord());
         case Byte::digit:
-            return ReadNumber(false);
+            return ReadNumber();
         case Byte::quote:
             return ReadText();
         case Byte::comparison:
@@ -275,59 +328,30 @@ private:
         }
         const bool isSign = Is(0, Token::comparison) || Is(0, Token::open) || Is(0, Token::comma);
         if (isSign && KindOf(Next(1)) == Byte::digit) {
-            return ReadNumber(true);
+            return ReadNumber();
         }
         ++m_at;
         return Take(Token::other);
     }
 
-    bool ReadNumber(bool isNegative)
+    bool ReadNumber()
     {
-        CutLiteral literal{m_at, 0, false, false, 0};
-        m_at += isNegative ? 1 : 0;
-        const std::size_t digits = m_at;
-        bool isWhole = true;
-        for (; m_at < m_sql.size() && (IsWordByte(m_sql[m_at]) || m_sql[m_at] == '.'); ++m_at) {
-            isWhole = isWhole && KindOf(m_sql[m_at]) == Byte::digit;
-        }
-        literal.length = m_at - literal.begin;
-        const std::size_t count = m_at - digits;
-        const bool isPlain = isWhole && count <= kMostDigits && (m_sql[digits] != '0' || (count == 1 && !isNegative));
-        if (isPlain) {
-            std::from_chars(m_sql.data() + literal.begin, m_sql.data() + m_at, literal.number);
-        }
-        // The planner looks at these in a condition.
-        const bool tellsPlanner = Here() == Place::where && literal.number >= -1 && literal.number <= 1;
-        return TakeLiteral(Token::number, literal, isPlain && !tellsPlanner && IsCutPlace());
+        CutLiteral literal{m_at, 0, false, false, Here() == Place::where, 0};
+        const bool isPlain = ReadPlainNumber(m_sql, literal);
+        m_at += literal.length;
+        return TakeLiteral(Token::number, literal, isPlain && !TellsPlanner(literal) && IsCutPlace());
     }
 
     bool ReadText()
     {
-        CutLiteral literal{m_at, 0, true, false, 0};
+        CutLiteral literal{m_at, 0, true, false, Here() == Place::where, 0};
         if (m_at > 0 && IsWordByte(m_sql[m_at - 1])) {
             return false;
         }
-        ++m_at;
-        for (;; ++m_at) {
-            m_at = m_syntax.backslashEscapes ? m_sql.find_first_of("'\\", m_at) : m_sql.find('\'', m_at);
-            if (m_at == std::string_view::npos) {
-                return false;
-            }
-            const char next = Next(1);
-            if (m_sql[m_at] == '\'' && next != '\'') {
-                break;
-            }
-            if (m_sql[m_at] == '\\' && next != '\\' && next != '\'') {
-                return false;
-            }
-            literal.hasEscapes = true;
-            ++m_at;
-        }
-        ++m_at;
-        if (IsWordByte(Next(0))) {
+        m_at = EndOfText(m_sql, m_syntax, literal);
+        if (m_at == std::string_view::npos || IsWordByte(Next(0))) {
             return false;
         }
-        literal.length = m_at - literal.begin;
         const bool isInUpper = IsUpperPlace();
         if (!TakeLiteral(Token::text, literal, isInUpper || IsCutPlace())) {
             return false;
@@ -552,25 +576,67 @@ void AppendTypedPlaceholder(std::string& text, std::size_t index, const CutLiter
     text += '$';
     text.append(digits.data(), written.ptr);
     if (!literal.isText) {
-        // By its digits: the sign is an operator before them.
-        constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
-        text += literal.number > most || literal.number < -most ? "::int8" : "::int4";
+        text += IsLong(literal) ? "::int8" : "::int4";
     }
 }
 
 } // namespace
 
+// Statements come in rows of one shape. What lies between the literals is the same then, so that reading it again
+// would lead to the same places.
+bool StatementShape::CutAsBefore(std::string_view statement)
+{
+    if (m_parts.empty()) {
+        return false;
+    }
+    const std::string_view shape = m_text;
+    std::size_t at = 0;
+    for (std::size_t i = 0;; ++i) {
+        const auto [begin, end] = m_parts[i];
+        const std::string_view part = shape.substr(begin, end - begin);
+        if (i == m_literals.size()) {
+            return statement.substr(at) == part;
+        }
+        CutLiteral& literal = m_literals[i];
+        literal.begin = at + part.size();
+        if (literal.begin >= statement.size() || statement.compare(at, part.size(), part) != 0) {
+            return false;
+        }
+        const char first = statement[literal.begin];
+        if (literal.isText) {
+            at = first == '\'' ? EndOfText(statement, m_syntax, literal) : std::string_view::npos;
+        } else {
+            const bool wasLong = IsLong(literal);
+            const bool isSame = (first == '-' || KindOf(first) == Byte::digit) && ReadPlainNumber(statement, literal) &&
+                                !TellsPlanner(literal) && IsLong(literal) == wasLong;
+            at = isSame ? literal.begin + literal.length : std::string_view::npos;
+        }
+        if (at == std::string_view::npos) {
+            return false;
+        }
+    }
+}
+
 bool StatementShape::Cut(std::string_view statement)
 {
+    if (statement.size() <= kLongestStatement && CutAsBefore(statement)) {
+        return true;
+    }
     m_literals.clear();
+    m_parts.clear();
     if (statement.size() > kLongestStatement || !Scanner(statement, m_syntax, m_literals).Run()) {
         return false;
     }
     m_text.clear();
     std::size_t copied = 0;
+    const auto append = [&](std::size_t end) {
+        const std::size_t begin = m_text.size();
+        m_text.append(statement, copied, end - copied);
+        m_parts.emplace_back(begin, m_text.size());
+    };
     for (std::size_t i = 0; i < m_literals.size(); ++i) {
         const CutLiteral& literal = m_literals[i];
-        m_text.append(statement, copied, literal.begin - copied);
+        append(literal.begin);
         copied = literal.begin + literal.length;
         if (m_syntax.typedPlaceholders) {
             AppendTypedPlaceholder(m_text, i, literal);
@@ -578,7 +644,7 @@ bool StatementShape::Cut(std::string_view statement)
             m_text += '?';
         }
     }
-    m_text.append(statement, copied);
+    append(statement.size());
     return true;
 }
 

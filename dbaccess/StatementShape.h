@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace dbaccess {
@@ -22,6 +23,7 @@ struct CutLiteral {
     std::size_t length; ///< with its quotes, or its sign
     bool isText;
     bool hasEscapes;     ///< a text with a doubled quote or an escape in it
+    bool isCompared;     ///< in a condition, where -1, 0 and 1 are not cut
     std::int64_t number; ///< of a number
 };
 
@@ -44,9 +46,13 @@ public:
     [[nodiscard]] std::string_view UnescapeInPlace(char* statement, const CutLiteral& literal) const noexcept;
 
 private:
+    bool CutAsBefore(std::string_view statement);
+
     ShapeSyntax m_syntax;
     std::string m_text;
     std::vector<CutLiteral> m_literals;
+    /// Of the text's parts between placeholders, begin and end; none when nothing was cut last.
+    std::vector<std::pair<std::size_t, std::size_t>> m_parts;
 };
 
 } // namespace dbaccess

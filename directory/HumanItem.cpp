@@ -9,6 +9,8 @@
 
 namespace {
 
+using sqltext::Quoted;
+
 constexpr const char* kDateFormat = "%Y-%m-%d";
 
 // The other texts enter statements as they are; which ones do is what callers know and work around.
@@ -28,10 +30,7 @@ CHumanItem::~CHumanItem() = default;
 
 int CHumanItem::SaveData(CAConnect& conn)
 {
-    CHumanItem item;
-    item.CopyData(*this);
-    item.ReplaceVariable();
-    const CString birthday = item.m_dtBirthday.Format(kDateFormat);
+    const CString birthday = m_dtBirthday.Format(kDateFormat);
     const CString sql = FormatSql(
         "INSERT INTO qv_User (Col_LoginName, Col_Name, Col_PWord, Col_IsSuper, Col_IsSystem, Col_Disabled, Col_Entype, "
         "Col_DomainID, Col_ItemIndex, Col_Creator_Name, Col_Note, Col_EMail, Col_Mobile, Col_Sex, Col_Description, "
@@ -40,23 +39,19 @@ int CHumanItem::SaveData(CAConnect& conn)
         "Col_DeptInfo, Col_UserData, Col_DeptID, Col_Picture ) VALUES "
         "('%s','%s','%s',%d,%d,%d,%d,%d,%d,'%s','%s', '%s','%s',%d,'%s','%s','%s','%s', '%s','%s','%s','%s','%s', "
         "'%s','%s','%s','%s','%s', '%s','%s', '%s', %d, '%s')",
-        item.m_strLoginName, item.m_strName, item.m_strPWord, item.m_bIsSuper, item.m_bIsSystem, item.m_bDisabled,
-        item.m_nEnType, item.m_nDomainID, item.m_nItemIndex, item.m_strCreatorName, item.m_strNote, item.m_strEMail,
-        item.m_strMobile, item.m_nSex, item.m_strDescription, birthday, item.m_strHomeProvince, item.m_strHomeCity,
-        item.m_strHomeAddress, item.m_strHomePostCode, item.m_strHomePhone, item.m_strHomeFax, item.m_strCompanyName,
-        item.m_strOfficeAddress, item.m_strOfficePostCode, item.m_strJobTitle, item.m_strOfficePhone,
-        item.m_strOfficeFax, item.m_strECard, item.m_strDeptInfo, item.m_strUserData, item.m_nDeptID,
-        item.m_strPicture);
+        Quoted(m_strLoginName), Quoted(m_strName), m_strPWord, m_bIsSuper, m_bIsSystem, m_bDisabled, m_nEnType,
+        m_nDomainID, m_nItemIndex, Quoted(m_strCreatorName), Quoted(m_strNote), Quoted(m_strEMail), m_strMobile, m_nSex,
+        Quoted(m_strDescription), birthday, Quoted(m_strHomeProvince), Quoted(m_strHomeCity), Quoted(m_strHomeAddress),
+        m_strHomePostCode, m_strHomePhone, m_strHomeFax, Quoted(m_strCompanyName), Quoted(m_strOfficeAddress),
+        m_strOfficePostCode, Quoted(m_strJobTitle), m_strOfficePhone, m_strOfficeFax, Quoted(m_strECard),
+        Quoted(m_strDeptInfo), Quoted(m_strUserData), m_nDeptID, m_strPicture);
     CQVBaseFun::WriteToLogFileEx(sql);
     return frame::Run(conn, sql, frame::OnError::keep);
 }
 
 int CHumanItem::Update(CAConnect& conn)
 {
-    CHumanItem item;
-    item.CopyData(*this);
-    item.ReplaceVariable();
-    const CString birthday = item.m_dtBirthday.Format(kDateFormat);
+    const CString birthday = m_dtBirthday.Format(kDateFormat);
     // Other columns than SaveData writes, on purpose: the far-server pair, but neither picture nor user data.
     const CString sql = FormatSql(
         "UPDATE qv_User Set Col_LoginName = '%s', Col_Name = '%s', Col_PWord = '%s', Col_IsSuper = %d, Col_IsSystem = "
@@ -66,13 +61,12 @@ int CHumanItem::Update(CAConnect& conn)
         "'%s', Col_h_PostCode = '%s', Col_h_Phone = '%s', Col_h_Fax = '%s', Col_o_CompanyName = '%s', Col_o_Address = "
         "'%s', Col_o_PostCode = '%s', Col_o_JobTitle = '%s', Col_o_Phone = '%s', Col_o_Fax = '%s', Col_ECard = '%s', "
         "Col_DeptInfo = '%s', Col_DeptID = %d WHERE Col_ID = %d",
-        item.m_strLoginName, item.m_strName, item.m_strPWord, item.m_bIsSuper, item.m_bIsSystem, item.m_bDisabled,
-        item.m_nEnType, item.m_bIsFarUser, item.m_strFarServer, item.m_nDomainID, item.m_nItemIndex,
-        item.m_strCreatorName, item.m_strNote, item.m_strEMail, item.m_strMobile, item.m_nSex, item.m_strDescription,
-        birthday, item.m_strHomeProvince, item.m_strHomeCity, item.m_strHomeAddress, item.m_strHomePostCode,
-        item.m_strHomePhone, item.m_strHomeFax, item.m_strCompanyName, item.m_strOfficeAddress,
-        item.m_strOfficePostCode, item.m_strJobTitle, item.m_strOfficePhone, item.m_strOfficeFax, item.m_strECard,
-        item.m_strDeptInfo, item.m_nDeptID, item.m_nID);
+        Quoted(m_strLoginName), Quoted(m_strName), m_strPWord, m_bIsSuper, m_bIsSystem, m_bDisabled, m_nEnType,
+        m_bIsFarUser, m_strFarServer, m_nDomainID, m_nItemIndex, Quoted(m_strCreatorName), Quoted(m_strNote),
+        Quoted(m_strEMail), m_strMobile, m_nSex, Quoted(m_strDescription), birthday, Quoted(m_strHomeProvince),
+        Quoted(m_strHomeCity), Quoted(m_strHomeAddress), m_strHomePostCode, m_strHomePhone, m_strHomeFax,
+        Quoted(m_strCompanyName), Quoted(m_strOfficeAddress), m_strOfficePostCode, Quoted(m_strJobTitle),
+        m_strOfficePhone, m_strOfficeFax, Quoted(m_strECard), Quoted(m_strDeptInfo), m_nDeptID, m_nID);
     // SaveData keeps the error's text, this does not: callers tell the two apart.
     return frame::Run(conn, sql, frame::OnError::drop);
 }

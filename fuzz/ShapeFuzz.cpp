@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -198,6 +199,32 @@ void CheckEngine(const std::string& statement, const StatementShape& shape)
     sqlite3_finalize(kept);
 }
 
+bool SameLiterals(const std::vector<CutLiteral>& a, const std::vector<CutLiteral>& b)
+{
+    return std::ranges::equal(a, b, [](const CutLiteral& x, const CutLiteral& y) {
+        return x.begin == y.begin && x.length == y.length && x.isText == y.isText && x.hasEscapes == y.hasEscapes &&
+               x.number == y.number;
+    });
+}
+
+/// A shape that was used before, for a text that differs in one byte, gives what a new one does.
+void CheckUsed(const std::string& statement, ShapeSyntax syntax)
+{
+    StatementShape used(syntax);
+    StatementShape fresh(syntax);
+    for (std::size_t at = 0; at < std::min<std::size_t>(statement.size(), 64); ++at) {
+        for (const char byte : {'\'', '0', '7', '-', 'a', '\\'}) {
+            std::string changed = statement;
+            changed[at] = byte;
+            used.Cut(statement);
+            const bool isCut = used.Cut(changed);
+            fuzz::Require(isCut == fresh.Cut(changed), "a used shape cuts what a new one cuts");
+            fuzz::Require(!isCut || (used.Text() == fresh.Text() && SameLiterals(used.Literals(), fresh.Literals())),
+                          "a used shape gives what a new one gives");
+        }
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -211,7 +238,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         CheckShape(statement, shape);
         CheckEngine(statement, shape);
     }
+    CheckUsed(statement, ShapeSyntax{});
     for (const ShapeSyntax syntax : {ShapeSyntax{true, false}, ShapeSyntax{false, true}}) {
+        CheckUsed(statement, syntax);
         StatementShape other(syntax);
         if (other.Cut(statement)) {
             std::string copy = statement;

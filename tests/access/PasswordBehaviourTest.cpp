@@ -6,14 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <openssl/evp.h>
-#include <unistd.h>
 
-#include <array>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <iostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -98,29 +91,6 @@ TEST(PasswordDigests, OfPlainTextsAreTheSameInEveryCodePage)
         const AnsiCodePageScope scope(codePage);
         ExpectDigests(PlainTexts());
     }
-}
-
-TEST(PasswordDigests, AreTakenWhereTheSystemRefusesMd5)
-{
-    // The program is run anew, since a process reads the library's settings once.
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const std::string settings = testing::TempDir() + "qv-fips-" + std::to_string(::getpid()) + ".cnf";
-    std::ofstream(settings) << "openssl_conf = settings\n[settings]\nalg_section = algorithms\n"
-                               "[algorithms]\ndefault_properties = fips=yes\n";
-    ::setenv("OPENSSL_CONF", settings.c_str(), 0);
-    const auto encode = [] {
-        std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-        if (EVP_Digest("abc", 3, digest.data(), nullptr, EVP_md5(), nullptr) == 1) {
-            std::cerr << "the settings refuse nothing";
-            std::exit(1);
-        }
-        std::cerr << Encoded("abc", 1) << Encoded("abc", 2);
-        std::exit(0);
-    };
-    EXPECT_EXIT(encode(), testing::ExitedWithCode(0),
-                "900150983cd24fb0d6963f7d28e17f72ce1473cf80c6b3fda8e3dfc006adc315");
-    ::unsetenv("OPENSSL_CONF");
-    std::remove(settings.c_str());
 }
 
 TEST(PasswordDigests, OfUtf8TextsTakeItsBytesOrItsUtf16)

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 using dbaccess::CutLiteral;
@@ -239,6 +240,57 @@ TEST(StatementShape, IsUsedAgainForTheNextText)
     EXPECT_EQ(shape.Text(), "DELETE FROM t WHERE a = ?");
     ASSERT_EQ(shape.Literals().size(), 1U);
     EXPECT_EQ(shape.Literals()[0].number, 7);
+}
+
+/// All that a cut gives; what ran before must not show in it.
+std::string CutBy(StatementShape& shape, const std::string& statement)
+{
+    if (!shape.Cut(statement)) {
+        return kLeftAlone;
+    }
+    std::string cut = shape.Text();
+    for (const CutLiteral& literal : shape.Literals()) {
+        cut += " [" + std::to_string(literal.begin) + ' ' + std::to_string(literal.length) + ' ' +
+               (literal.isText ? "text" : std::to_string(literal.number)) + (literal.hasEscapes ? " escapes]" : "]");
+    }
+    return cut;
+}
+
+TEST(StatementShape, IsTheSameAfterAStatementThatIsNearlyEqual)
+{
+    const std::vector<std::string> statements = {
+        "SELECT a FROM t WHERE upper(b) = upper('x') AND c = 57 OR (d <> -12)",
+        "UPDATE t SET a = 5, b = 'O''Neil', c = 2147483647 WHERE d = 0 AND e = 7",
+        "INSERT INTO t (a, b, c) VALUES ('x', 7 , -5, '\\\\')",
+        "SELECT a FROM t WHERE b = 8",
+    };
+    for (const ShapeSyntax syntax : {kPlain, kTyped, kBackslashes}) {
+        StatementShape used(syntax);
+        const auto expectSame = [&used, syntax](const std::string& before, const std::string& statement) {
+            StatementShape fresh(syntax);
+            used.Cut(before);
+            ASSERT_EQ(CutBy(used, statement), CutBy(fresh, statement)) << before << "\n" << statement;
+        };
+        for (const std::string& before : statements) {
+            for (const std::string& after : statements) {
+                expectSame(before, after);
+            }
+            for (std::size_t at = 0; at <= before.size(); ++at) {
+                expectSame(before, before.substr(0, at));
+                for (const char byte : std::string_view("'\\-01359.ax (),;=?")) {
+                    std::string changed = before;
+                    changed.insert(at, 1, byte);
+                    expectSame(before, changed);
+                    expectSame(changed, before);
+                    if (at < before.size()) {
+                        changed.erase(at + 1, 1);
+                        expectSame(before, changed);
+                        expectSame(changed, before);
+                    }
+                }
+            }
+        }
+    }
 }
 
 } // namespace

@@ -1,0 +1,156 @@
+#include "bench/ByHand.h"
+#include "bench/Cases.h"
+#include "bench/Lists.h"
+#include "bench/peers/Peer.h"
+
+#include <soci/soci.h>
+#include <soci/sqlite3/soci-sqlite3.h>
+
+namespace bench {
+
+namespace {
+
+using soci::into;
+using soci::use;
+
+class Soci final : public Peer {
+public:
+    explicit Soci(const PeerData& data) : m_data(data), m_sql(soci::sqlite3, "dbname=" + data.path)
+    {
+        RegisterUpper(static_cast<soci::sqlite3_session_backend*>(m_sql.get_backend())->conn_);
+    }
+
+    void FindUser(std::size_t call) override
+    {
+        int id = 0;
+        m_sql << bound::kFind, into(id), use(m_data.LoginName(call));
+        Require(m_sql.got_data() && id > 0);
+    }
+    void FindTaken(std::size_t call) override
+    {
+        const std::string capitals = Capitals(m_data.LoginName(call));
+        std::string found;
+        m_sql << bound::kTaken, into(found), use(capitals);
+        Require(m_sql.got_data());
+    }
+    void SaveUsers() override
+    {
+        const soci::transaction transaction(m_sql); // rolled back at its end
+        for (const Record& user : m_data.newUsers) {
+            const std::string birthday = DateText(user.birthday).data();
+            soci::statement insert(m_sql);
+            VisitValues(user, birthday, [&insert](const auto& value) { insert.exchange(use(value)); });
+            insert.alloc();
+            insert.prepare(m_insert);
+            insert.define_and_bind();
+            insert.execute(true);
+        }
+    }
+    void FindRight(std::size_t call) override
+    {
+        const std::vector<int> roles = RolesOf(m_data.rights.UserOf(call));
+        const std::string genre = RoleRights::kGenre;
+        const std::string function = RoleRights::FunctionOf(call);
+        int power = 0;
+        soci::statement query(m_sql);
+        query.exchange(into(power));
+        query.exchange(use(genre));
+        query.exchange(use(function));
+        for (const int& role : roles) {
+            query.exchange(use(role));
+        }
+        query.alloc();
+        query.prepare(bound::Powers(roles.size()));
+        query.define_and_bind();
+        query.execute();
+        bool has = false;
+        while (!has && query.fetch()) {
+            has = (static_cast<unsigned>(power) & kBitOfNone) != 0;
+        }
+        Require(!has);
+    }
+    void LoadGroup(std::size_t call) override
+    {
+        const int group = m_data.tree.SmallGroup(call);
+        Record row;
+        int disabled = 0;
+        soci::statement query =
+            (m_sql.prepare << bound::kGroup, into(row.id), into(row.loginName), into(row.name), into(row.sex),
+             into(row.mobile), into(row.eMail), into(row.deptInfo), into(row.jobTitle), into(disabled), use(group));
+        query.execute();
+        std::vector<std::unique_ptr<Record>> users;
+        while (query.fetch()) {
+            row.disabled = disabled != 0;
+            users.push_back(std::make_unique<Record>(row));
+        }
+        Require(!users.empty());
+    }
+    void ListThree() override
+    {
+        Record row;
+        soci::statement query = (m_sql.prepare << bound::kThree, into(row.id), into(row.loginName), into(row.name));
+        query.execute();
+        Columns columns;
+        while (query.fetch()) {
+            AddThree(columns, row);
+        }
+        RequireCount(columns.names.size(), PeerData::kUsers);
+    }
+    void ListNine() override
+    {
+        Record row;
+        int disabled = 0;
+        soci::statement query =
+            (m_sql.prepare << bound::kNine, into(row.id), into(row.loginName), into(row.name), into(row.sex),
+             into(row.mobile), into(row.eMail), into(row.deptInfo), into(row.jobTitle), into(disabled));
+        query.execute();
+        Columns columns;
+        while (query.fetch()) {
+            AddThree(columns, row);
+            columns.sexes.push_back(static_cast<unsigned>(row.sex));
+            columns.mobiles.push_back(row.mobile);
+            columns.eMails.push_back(row.eMail);
+            columns.deptInfos.push_back(row.deptInfo);
+            columns.jobTitles.push_back(row.jobTitle);
+            columns.disabled.push_back(static_cast<unsigned>(disabled));
+        }
+        RequireCount(columns.disabled.size(), PeerData::kUsers);
+    }
+
+private:
+    static void AddThree(Columns& columns, const Record& row)
+    {
+        columns.ids.push_back(static_cast<unsigned>(row.id));
+        columns.loginNames.push_back(row.loginName);
+        columns.names.push_back(row.name);
+    }
+
+    std::vector<int> RolesOf(int user)
+    {
+        std::vector<int> ids;
+        int id = 0;
+        std::string name;
+        std::string description;
+        soci::indicator hasDescription = soci::i_null;
+        soci::statement roles =
+            (m_sql.prepare << bound::kRoles, into(id), into(name), into(description, hasDescription), use(user));
+        roles.execute();
+        while (roles.fetch()) {
+            ids.push_back(id);
+        }
+        id = 0;
+        m_sql << bound::kEveryone, into(id);
+        ids.push_back(id);
+        return ids;
+    }
+
+    const PeerData& m_data;
+    soci::session m_sql;
+    std::string m_insert = BoundInsert();
+};
+
+} // namespace
+
+std::unique_ptr<Peer> SociPeer(const PeerData& data) { return std::make_unique<Soci>(data); }
+
+} // namespace bench
