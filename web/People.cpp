@@ -4,6 +4,7 @@
 #include "dbaccess/CAConnect.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/Text.h"
 #include "platform/CodePage.h"
 
 #include <fmt/format.h>
@@ -60,6 +61,24 @@ std::string_view TakeNumber(std::string_view& text)
         number.remove_prefix(1);
     }
     return number;
+}
+
+constexpr std::string_view kById = "id:";
+constexpr std::string_view kByLogin = "login:";
+
+/// The id of a search such as id:17; nothing for others. @throws Error (invalid) for id: without a number.
+std::optional<int> IdIn(const std::string& text)
+{
+    if (!text.starts_with(kById)) {
+        return std::nullopt;
+    }
+    int id = 0;
+    const char* end = text.data() + text.size();
+    const auto read = std::from_chars(text.data() + kById.size(), end, id);
+    if (read.ec != std::errc() || read.ptr != end) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is no user id; write id: and a number", Quoted(text)));
+    }
+    return id;
 }
 
 std::vector<std::string> WordsOf(const std::string& text)
@@ -234,18 +253,13 @@ const std::vector<People::Index>& People::RanksBy(PeopleColumn column)
 
 std::vector<int> People::Select(const PeopleQuery& query)
 {
-    constexpr std::string_view byId = "id:";
-    constexpr std::string_view byLogin = "login:";
     const std::vector<std::string> words = WordsOf(query.text);
     const std::vector<bool> isIn = query.place ? MembersOf(*query.place, query.isDeep) : std::vector<bool>();
-    const std::string login = query.text.starts_with(byLogin) ? NameKey(query.text.substr(byLogin.size())) : "";
-    int id = 0;
-    if (query.text.starts_with(byId)) {
-        std::from_chars(query.text.data() + byId.size(), query.text.data() + query.text.size(), id);
-    }
+    const std::string login = query.text.starts_with(kByLogin) ? NameKey(query.text.substr(kByLogin.size())) : "";
+    const std::optional<int> id = IdIn(query.text);
     const auto isMeant = [&](Index person) {
-        if (id != 0) {
-            return m_people[person].id == id;
+        if (id) {
+            return m_people[person].id == *id;
         }
         return login.empty() ? HasAll(person, words) : NameKey(m_people[person].texts.front()) == login;
     };

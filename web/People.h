@@ -48,7 +48,7 @@ public:
     [[nodiscard]] std::size_t CountLocked() const { return m_locked; }
     /// Null when there is none.
     [[nodiscard]] const Person* Find(int id) const;
-    /// The ids of the people that a query means.
+    /// The ids of the people that a query means. @throws management::Error (invalid) for id: without a number.
     [[nodiscard]] std::vector<int> Select(const PeopleQuery& query);
     /// How many people are in a place and below, each counted once.
     [[nodiscard]] std::size_t CountIn(management::ItemKey place);

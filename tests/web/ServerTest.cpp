@@ -561,6 +561,9 @@ TEST_F(ServerTest, ListsAreSearchedSortedAndNarrowed)
     EXPECT_EQ(logins("q=ZO%C3%8B"), "zoë");
     EXPECT_EQ(logins("q=7700"), "zoë");
     EXPECT_EQ(logins("q=id:1"), "Admin");
+    for (const std::string wrong : {"id:1x", "id:", "id:99999999999", "id:1%20amy"}) {
+        EXPECT_EQ(client.Get("/api/v1/users?q=" + wrong).status, 422) << wrong;
+    }
     EXPECT_EQ(logins("q=login:AMY2"), "amy2");
     EXPECT_EQ(logins("q=login:amy"), "");
     EXPECT_EQ(logins("locked=1"), "amy2");
