@@ -4,6 +4,7 @@
 #include "management/CommandData.h"
 #include "management/JsonWriter.h"
 #include "management/Text.h"
+#include "management/check/Check.h"
 #include "web/Accounts.h"
 #include "web/CommandAnswer.h"
 #include "web/JsonReader.h"
@@ -146,7 +147,7 @@ public:
         : m_options(std::move(options)),
           m_open(open),
           m_sessions(m_options.sessions),
-          m_reader(open),
+          m_reader(open, m_results),
           m_lists([this] { m_reader.Refresh(); }, kRefreshPace)
     {
         const bool needsSetup = NeedsSetup(Connection());
@@ -224,7 +225,8 @@ private:
             {"DELETE", "/session", &Site::SignOut},    {"POST", "/session/step-up", &Site::StepUp},
             {"GET", "/commands", &Site::ListCommands}, {"GET", "/users", &Site::ListUsers},
             {"GET", "/tree", &Site::ListTree},         {"GET", "/tree/find", &Site::FindInTree},
-            {"GET", "/overview", &Site::Overview},     {"POST", kCommandRoute, &Site::Run},
+            {"GET", "/overview", &Site::Overview},     {"POST", "/users/find", &Site::FindNames},
+            {"GET", "/problems", &Site::ListProblems}, {"POST", kCommandRoute, &Site::Run},
         };
         if (!visit.request.path.starts_with(kApi)) {
             visit.responder.Send(ResponseOf(NotFound(visit.request.path)));
@@ -318,7 +320,25 @@ private:
     void ListUsers(Visit visit)
     {
         InLists(std::move(visit),
-                [this](const Visit& asked) { return m_reader.Users(asked.request, asked.session->key); });
+                [this](const Visit& asked) { return m_reader.Users(asked.request, asked.session->id); });
+    }
+    void FindNames(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const JsonValue body = ReadMembers(asked.request.body, {"names"});
+            const JsonValue* given = body.Find("names");
+            if (given == nullptr || given->type != JsonValue::Type::array) {
+                throw Error(ErrorCode::invalid, "names is required, and is an array of texts");
+            }
+            std::vector<std::string> names;
+            for (const JsonValue& name : given->items) {
+                if (name.type != JsonValue::Type::text) {
+                    throw Error(ErrorCode::invalid, "names is an array of texts");
+                }
+                names.push_back(name.text);
+            }
+            return m_reader.FindNames(names, asked.session->id);
+        });
     }
     void ListTree(Visit visit)
     {
@@ -331,6 +351,30 @@ private:
     void Overview(Visit visit)
     {
         InLists(std::move(visit), [this](const Visit& /*asked*/) { return m_reader.Overview(); });
+    }
+
+    void ListProblems(Visit visit)
+    {
+        InCommands(std::move(visit), [](CAConnect& conn, const Visit& /*asked*/) {
+            std::ostringstream out;
+            JsonWriter json(out, JsonWriter::Layout::line);
+            json.BeginObject();
+            json.WriteMember("v", std::int64_t{1});
+            json.WriteName("problems");
+            json.BeginArray();
+            for (const check::Problem& problem : check::FindProblems(conn)) {
+                json.BeginObject();
+                json.WriteMember("check", TextValue(std::string(problem.name)));
+                json.WriteMember("count", problem.count);
+                json.WriteMember("problem", TextValue(problem.sentence));
+                json.WriteMember("example", TextValue(problem.example));
+                json.WriteMember("repair", TextValue(problem.repair));
+                json.End();
+            }
+            json.End();
+            json.End();
+            return Response{200, "application/json", std::move(out).str()};
+        });
     }
 
     void Run(Visit visit)
@@ -548,7 +592,8 @@ private:
     {
         const Session& session = *visit.session;
         const bool hasConfirmed = m_sessions.IsConfirmed(session, Clock::now());
-        const CommandRequest asked(command, visit.request.body);
+        const SessionResults results{m_results, session.id};
+        const CommandRequest asked(command, visit.request.body, results);
         if (command.risk == Risk::stepUp && !hasConfirmed) {
             return ResponseOf({403, "password_required", "this asks for your password again"});
         }
@@ -595,6 +640,7 @@ private:
     std::map<std::string, Allowance> m_allowances; ///< of the thread of HTTP, by login name
     std::mutex m_mutex;                            ///< of the throttle and the log
     Throttle m_throttle;
+    Results m_results;
     Reader m_reader;
     std::optional<Origins> m_origins;
     std::latch m_isReady{1};

@@ -567,6 +567,13 @@ TEST_F(ServerTest, ListsAreSearchedSortedAndNarrowed)
     EXPECT_EQ(logins("q=login:AMY2"), "amy2");
     EXPECT_EQ(logins("q=login:amy"), "");
     EXPECT_EQ(logins("locked=1"), "amy2");
+    EXPECT_EQ(logins("super=1"), "Admin");
+    EXPECT_EQ(logins("no_group=1"), "Admin amy10");
+    EXPECT_EQ(logins("no_password=1"), "amy10 zoë");
+    Run(client, "user/password/set", {{"USER", "amy10"}, {"password", kPassword}, {"type", 0}});
+    EXPECT_EQ(logins("no_password=1"), "zoë");
+    EXPECT_EQ(logins("plain_password=1"), "amy10");
+    EXPECT_EQ(logins("plain_password=1&locked=1"), "");
     const json top = Got(client, "/tree");
     ASSERT_EQ(top.at("rows").size(), 1U);
     EXPECT_EQ(top.at("rows").at(0).at("people"), 2);
@@ -583,7 +590,70 @@ TEST_F(ServerTest, ListsAreSearchedSortedAndNarrowed)
     EXPECT_EQ(found.at("total"), 1);
     EXPECT_EQ(found.at("rows").at(0).at("path"), "/Company/Sales/North");
     EXPECT_EQ(found.at("rows").at(0).at("trail").size(), 3U);
-    EXPECT_EQ(Got(client, "/overview").at("users"), 4);
+    json overview = Got(client, "/overview");
+    EXPECT_EQ(overview.at("users"), 4);
+    EXPECT_EQ(overview.at("no_group"), 2);
+    EXPECT_EQ(overview.at("plain_password"), 1);
+    EXPECT_EQ(overview.at("nowhere"), 0);
+    const json problems = Got(client, "/problems").at("problems");
+    ASSERT_EQ(problems.size(), 2U);
+    EXPECT_EQ(problems.at(0).at("check"), "plain_passwords");
+    EXPECT_EQ(problems.at(1).at("example"), "zoë");
+}
+
+TEST_F(ServerTest, ACommandTakesAListButForSome)
+{
+    HttpClient client = Signed();
+    for (int i = 1; i <= 12; ++i) {
+        Run(client, "user/create", {{"LOGIN", "user" + std::to_string(i)}});
+    }
+    const std::string result = Got(client, "/users?q=user").at("result");
+    const auto all = [&result](const json& except) { return json{{"result", result}, {"except", except}}; };
+    const int user7 = Got(client, "/users?q=login:user7").at("rows").at(0).at("id");
+    EXPECT_EQ(Run(client, "user/lock", {{"USER", all({user7})}}).at("outcomes").size(), 11U);
+    EXPECT_EQ(Got(client, "/users?locked=1").at("total"), 11);
+    EXPECT_EQ(Got(client, "/users?locked=1&q=user7").at("total"), 0);
+    EXPECT_EQ(Ask(client, "user/lock", {{"parameters", {{"USER", {{"result", "x"}}}}}}).status, 409);
+    EXPECT_EQ(Ask(client, "user/lock", {{"parameters", {{"USER", {{"surprise", 1}}}}}}).status, 422);
+    HttpClient other = Client();
+    ASSERT_EQ(SignIn(other).status, 200);
+    EXPECT_EQ(Ask(other, "user/lock", {{"parameters", {{"USER", all(json::array())}}}}).status, 409);
+
+    // Giving the password again changes the session's tokens and keeps its lists.
+    const HttpAnswer again = client.Post("/api/v1/session/step-up", json{{"password", kPassword}}.dump());
+    ASSERT_EQ(again.status, 200);
+    client.csrf = json::parse(again.body).at("csrf");
+    EXPECT_EQ(Ask(client, "user/unlock", {{"parameters", {{"USER", all(json::array())}}}}).status, 200);
+    EXPECT_EQ(Got(client, "/users?locked=1").at("total"), 0);
+}
+
+TEST_F(ServerTest, NamesAreFoundAsAList)
+{
+    HttpClient client = Signed();
+    Run(client, "user/create", {{"LOGIN", "amy"}, {"name", "Amy Pond"}, {"email", "amy@example.org"}});
+    Run(client, "user/create", {{"LOGIN", "rory"}, {"name", "Rory"}, {"email", "Rory"}});
+    Run(client, "user/create", {{"LOGIN", "rory2"}, {"name", "rory"}});
+    Run(client, "user/create", {{"LOGIN", "john"}, {"name", "John Smith"}});
+    Run(client, "user/create", {{"LOGIN", "smith"}, {"name", "john smith"}});
+    const auto find = [&](const json& names) {
+        const HttpAnswer answer = client.Post("/api/v1/users/find", json{{"names", names}}.dump());
+        EXPECT_EQ(answer.status, 200) << answer.body;
+        return json::parse(answer.body);
+    };
+    const json found = find({"AMY@example.org", "rory", "John Smith", "nobody", "", "id:4", "amy", "id:99"});
+    EXPECT_EQ(found.at("total"), 3);
+    EXPECT_EQ(found.at("missing"), json({"nobody", "id:99"}));
+    ASSERT_EQ(found.at("ambiguous").size(), 1U);
+    EXPECT_EQ(found.at("ambiguous").at(0).at("name"), "John Smith");
+    EXPECT_EQ(found.at("ambiguous").at(0).at("people").at(1).at("login"), "smith");
+    const std::string among = found.at("result");
+    const json list = Got(client, "/users?sort=-login&among=" + among);
+    ASSERT_EQ(list.at("total"), 3);
+    EXPECT_EQ(list.at("rows").at(0).at("login"), "rory2");
+    EXPECT_EQ(Got(client, "/users?q=pond&among=" + among).at("total"), 1);
+    EXPECT_EQ(CodeOf(client.Get("/api/v1/users?among=x")), "result_gone");
+    EXPECT_EQ(client.Post("/api/v1/users/find", json{{"names", {"id:x"}}}.dump()).status, 422);
+    EXPECT_EQ(client.Post("/api/v1/users/find", json{{"names", "amy"}}.dump()).status, 422);
 }
 
 TEST_F(ServerTest, ChangesOfOthersAreSeenWhenListsAreOld)
