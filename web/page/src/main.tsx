@@ -7,6 +7,7 @@ import { Directory } from "./directory";
 import type { Key } from "./en";
 import { Nouns } from "./generic";
 import { Icon } from "./icons";
+import { askNames, namesIn } from "./names";
 import { Audit, Overview, Why } from "./pages";
 import { type Where, go, useWhere } from "./place";
 import { SetupPage, SignInDialog, SignInPage } from "./signin";
@@ -79,6 +80,13 @@ function Search(props: { where: Where }) {
                 onInput={event => !event.isComposing && search(event.currentTarget.value)}
                 onCompositionEnd={event => search(event.currentTarget.value)}
                 onKeyDown={event => event.key === "Escape" && search("")}
+                onPaste={event => {
+                    const text = event.clipboardData?.getData("text/plain") ?? "";
+                    if (namesIn(text).length > 1) {
+                        event.preventDefault();
+                        askNames(text);
+                    }
+                }}
             />
             <kbd aria-hidden="true">/</kbd>
         </div>
