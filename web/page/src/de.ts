@@ -177,4 +177,11 @@ export const de: Catalogue = {
     "names.crumb": "Gesuchte Namen",
     "overview.attention": "Worum man sich kümmern sollte",
     "overview.check": "Verzeichnis prüfen",
+    "matrix.title": "Matrix",
+    "matrix.filter": "Funktion suchen",
+    "matrix.different": "Nur Funktionen mit Unterschied",
+    "matrix.add": "Funktion hinzufügen",
+    "matrix.help": "Eine Zahl, auch mit 0x hexadezimal, oder unlimited (-1); leer nimmt das Recht. Hat ein Recht mehrere Zeilen, stehen hier alle Werte, und ein neuer ersetzt jeden.",
+    "matrix.cell": "{role}: {function}",
+    "matrix.changed": "Geänderte Rechte: {count}",
 };

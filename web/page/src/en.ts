@@ -172,6 +172,13 @@ export const en = {
     "names.crumb": "Names that were looked for",
     "overview.attention": "What needs attention",
     "overview.check": "Check the directory",
+    "matrix.title": "Matrix",
+    "matrix.filter": "Find a function",
+    "matrix.different": "Only functions with a difference",
+    "matrix.add": "Add a function",
+    "matrix.help": "A number, also as 0x and hexadecimal digits, or unlimited (-1); empty takes the right away. Where a right has several rows, all their powers stand here, and a new one replaces each.",
+    "matrix.cell": "{role}: {function}",
+    "matrix.changed": "Rights changed: {count}",
 };
 
 export type Key = keyof typeof en;

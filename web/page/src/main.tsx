@@ -7,6 +7,7 @@ import { Directory } from "./directory";
 import type { Key } from "./en";
 import { Nouns } from "./generic";
 import { Icon } from "./icons";
+import { Matrix } from "./matrix";
 import { askNames, namesIn } from "./names";
 import { Audit, Overview, Why } from "./pages";
 import { type Where, go, useWhere } from "./place";
@@ -153,6 +154,11 @@ function Page(props: { where: Where; commands: Command[] }) {
                     area={area.name}
                     title={t(`area.${area.name}` as Key)}
                     nouns={nounsOf(area, commands)}
+                    own={
+                        area.name === "rights"
+                            ? { name: "matrix", title: t("matrix.title"), view: () => <Matrix /> }
+                            : undefined
+                    }
                     chosen={props.where.query["noun"]}
                     commands={commands}
                 />

@@ -174,4 +174,11 @@ export const zh: Catalogue = {
     "names.crumb": "所查名单",
     "overview.attention": "需要注意",
     "overview.check": "检查目录",
+    "matrix.title": "矩阵",
+    "matrix.filter": "查找功能",
+    "matrix.different": "仅显示有差异的功能",
+    "matrix.add": "添加功能",
+    "matrix.help": "一个数字，也可以写成 0x 加十六进制数字，或 unlimited（-1）；留空则收回权限。如果一项权限有多行，这里列出所有的值，新值会替换每一个。",
+    "matrix.cell": "{role}：{function}",
+    "matrix.changed": "已更改的权限：{count}",
 };
