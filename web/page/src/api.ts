@@ -217,5 +217,38 @@ export const findPlaces = (q: string) =>
         `/tree/find?${new URLSearchParams({ q })}`,
     );
 export const listProblems = async () => (await request<{ problems: Row[] }>("GET", "/problems")).problems;
+/** How an import stands; the rows are the first ones, and only there when one is asked for. */
+export interface Import {
+    id: number;
+    login: string;
+    dry_run: boolean;
+    over: boolean;
+    error: string;
+    done: number;
+    total: number;
+    created: number;
+    updated: number;
+    unchanged: number;
+    exists: number;
+    failed: number;
+    entry: number | null;
+    groups: string[];
+    group_count: number;
+    rows?: Row[];
+    failed_rows?: Row[];
+}
+/** What a text to be imported has. */
+export interface Look {
+    columns: string[];
+    sample: string[][];
+    rows: number;
+    known: string[];
+}
+export const sendImportText = (text: string, first: boolean) => request("POST", "/imports/text", { text, first });
+export const lookAtImport = (delimiter: string) => request<Look>("POST", "/imports/look", { delimiter });
+export const beginImport = (order: Record<string, Value | (string | null)[]>) => request<Import>("POST", "/imports", order);
+export const findImport = (id: number) => request<Import>("GET", `/imports?id=${id}`);
+export const listImports = async () => (await request<{ imports: Import[] }>("GET", "/imports")).imports;
+export const stopImport = (id: number) => request("POST", "/imports/stop", { id });
 export const overview = () => request<Row>("GET", "/overview");
 export const listCommands = async () => (await request<{ commands: Command[] }>("GET", "/commands")).commands;

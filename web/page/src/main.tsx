@@ -8,6 +8,7 @@ import type { Key } from "./en";
 import { Nouns } from "./generic";
 import { Icon } from "./icons";
 import { Matrix } from "./matrix";
+import { ImportPage } from "./import";
 import { askNames, namesIn } from "./names";
 import { Audit, Overview, Why } from "./pages";
 import { type Where, go, useWhere } from "./place";
@@ -18,6 +19,7 @@ import { language, languages, setLanguage, t } from "./texts";
 const areas: { name: string; nouns?: string[] }[] = [
     { name: "overview" },
     { name: "directory" },
+    { name: "import" },
     { name: "roles", nouns: ["role"] },
     { name: "why" },
     { name: "rights", nouns: ["right", "objright"] },
@@ -140,6 +142,8 @@ function Page(props: { where: Where; commands: Command[] }) {
             return <Overview />;
         case "why":
             return <Why where={props.where} />;
+        case "import":
+            return <ImportPage />;
         case "audit":
             return <Audit where={props.where} />;
         default:
