@@ -37,20 +37,10 @@ std::string ForPeople(const Value& value)
                       value);
 }
 
-std::string ForPrograms(const Value& value)
-{
-    return std::visit(Overloaded{[](std::monostate) { return std::string(); },
-                                 [](std::int64_t number) { return std::to_string(number); },
-                                 [](bool flag) { return std::string(flag ? "true" : "false"); },
-                                 [](const Choice& choice) { return std::to_string(choice.number); },
-                                 [](const std::string& text) { return text; }},
-                      value);
-}
-
 std::string PlainText(const Value& value)
 {
     std::string plain;
-    for (const char ch : ForPrograms(value)) {
+    for (const char ch : TextForPrograms(value)) {
         switch (ch) {
         case '\\':
             plain += "\\\\";
@@ -69,19 +59,6 @@ std::string PlainText(const Value& value)
         }
     }
     return plain;
-}
-
-void WriteCsvField(const std::string& field, std::ostream& out, char delimiter)
-{
-    if (field.find_first_of("\"\r\n") == std::string::npos && field.find(delimiter) == std::string::npos) {
-        out << field;
-        return;
-    }
-    out << '"';
-    for (const char ch : field) {
-        out << (ch == '"' ? "\"\"" : std::string_view(&ch, 1));
-    }
-    out << '"';
 }
 
 void Pad(std::size_t count, std::ostream& out)
@@ -336,7 +313,7 @@ void Render(Format format, const Value& value, std::ostream& out)
     if (format == Format::json || format == Format::jsonl) {
         JsonWriter(out, JsonWriter::Layout::line).Write(value);
     } else {
-        out << ForPrograms(value);
+        out << TextForPrograms(value);
     }
     out << '\n';
 }
@@ -391,25 +368,6 @@ void Render(Format format, const Record& record, const std::vector<Part>& parts,
             Render(format, part.rows, out, look);
         }
     }
-}
-
-std::vector<std::string> TextsForPrograms(const std::vector<Value>& row)
-{
-    std::vector<std::string> texts;
-    std::ranges::transform(row, std::back_inserter(texts), ForPrograms);
-    return texts;
-}
-
-void WriteCsvRow(const std::vector<std::string>& fields, std::ostream& out, char delimiter)
-{
-    bool isFirst = true;
-    for (const std::string& field : fields) {
-        if (!std::exchange(isFirst, false)) {
-            out << delimiter;
-        }
-        WriteCsvField(field, out, delimiter);
-    }
-    out << '\n';
 }
 
 } // namespace console

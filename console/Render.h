@@ -1,6 +1,7 @@
 #pragma once
 
 #include "console/ExitCode.h"
+#include "management/CsvWriter.h"
 #include "management/Value.h"
 
 #include <cstddef>
@@ -87,11 +88,5 @@ void Render(Format format, const Record& record, const std::vector<Part>& parts,
 
 /// Writes one value in a line of its own: as JSON where that is asked for, else as programs read it.
 void Render(Format format, const Value& value, std::ostream& out);
-
-/// The values as programs read them.
-std::vector<std::string> TextsForPrograms(const std::vector<Value>& row);
-
-/// Writes one row of csv. @param delimiter  between values.
-void WriteCsvRow(const std::vector<std::string>& fields, std::ostream& out, char delimiter = ',');
 
 } // namespace console

@@ -100,6 +100,8 @@ public:
     void SetUndoes(std::string ids) { m_undoes = std::move(ids); }
     /// Has the change recorded even where no row of the directory changes.
     void SetRecordedAnyway() { m_isRecordedAnyway = true; }
+    /// The first entry of this call in the record; 0: none yet.
+    [[nodiscard]] int Entry() const { return m_entry; }
     /// Writes what the recorder has seen into the record, as a part of this call. @throws DatabaseError.
     void Record(audit::Recorder& recorder);
 

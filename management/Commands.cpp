@@ -41,6 +41,7 @@ namespace rights {
 std::span<const Command> RightCommands();
 std::span<const Command> ExplainCommands();
 std::span<const Command> RightDiffCommands();
+std::span<const Command> RightEditCommands();
 std::span<const Command> RightHolderCommands();
 std::span<const Command> ObjectRightCommands();
 } // namespace rights
@@ -66,11 +67,11 @@ const std::vector<Command>& Commands()
               organisation::GroupCommands(), organisation::ViewCommands(),   roles::RoleCommands(),
               titles::TitleCommands(),       organisation::MemberCommands(), rights::RightCommands(),
               rights::ExplainCommands(),     rights::RightHolderCommands(),  rights::RightDiffCommands(),
-              rights::ObjectRightCommands(), documents::DocRootCommands(),   documents::FolderCommands(),
-              plans::PlanCommands(),         plans::DocLogCommands(),        settings::SettingCommands(),
-              messages::MessageCommands(),   messages::LoginLogCommands(),   addins::AddInCommands(),
-              addins::PackageCommands(),     board::BoardCommands(),         audit::AuditCommands(),
-              check::CheckCommands()}) {
+              rights::RightEditCommands(),   rights::ObjectRightCommands(),  documents::DocRootCommands(),
+              documents::FolderCommands(),   plans::PlanCommands(),          plans::DocLogCommands(),
+              settings::SettingCommands(),   messages::MessageCommands(),    messages::LoginLogCommands(),
+              addins::AddInCommands(),       addins::PackageCommands(),      board::BoardCommands(),
+              audit::AuditCommands(),        check::CheckCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace web {
 
@@ -82,7 +83,7 @@ void RequireKnown(const JsonValue& object, std::initializer_list<std::string_vie
     }
 }
 
-Condition ReadCondition(const JsonValue& value)
+Condition ReadCondition(const JsonValue& value, const SessionResults& results)
 {
     if (value.type != JsonValue::Type::object) {
         Refuse("if_unchanged is not an object");
@@ -92,7 +93,7 @@ Condition ReadCondition(const JsonValue& value)
     if (shows == nullptr || shows->effect != Effect::read) {
         Refuse("if_unchanged names no command that shows something");
     }
-    return {shows, WebArguments(*shows, value.Find("parameters")), MemberText(value, "version")};
+    return {shows, WebArguments(*shows, value.Find("parameters"), results), MemberText(value, "version")};
 }
 
 } // namespace
@@ -123,7 +124,8 @@ std::string PathText(const Command& command)
     return text;
 }
 
-WebArguments::WebArguments(const Command& command, const JsonValue* given) : m_text(PathText(command))
+WebArguments::WebArguments(const Command& command, const JsonValue* given, const SessionResults& results)
+    : m_text(PathText(command))
 {
     static const JsonValue none;
     const JsonValue& values = given == nullptr ? none : *given;
@@ -136,7 +138,11 @@ WebArguments::WebArguments(const Command& command, const JsonValue* given) : m_t
         if (param == offered.end()) {
             Refuse(fmt::format("{} has no parameter {}", PathText(command), Quoted(name)));
         }
-        Take(name, param->kind, param->isList, value);
+        if (param->isList && param->kind == Kind::user && value.type == JsonValue::Type::object) {
+            TakeResult(name, value, results);
+        } else {
+            Take(name, param->kind, param->isList, value);
+        }
         // A flag that is off is not given, unless being off says something.
         if (const auto taken = m_values.find(name); taken != m_values.end() && param->kind == Kind::flag &&
                                                     !param->isNegatable && taken->second.front() == "0") {
@@ -187,6 +193,34 @@ void WebArguments::Take(const std::string& name, Kind kind, bool isList, const J
     }
 }
 
+void WebArguments::TakeResult(const std::string& name, const JsonValue& value, const SessionResults& results)
+{
+    RequireKnown(value, {"result", "except"});
+    if (value.Find("result") == nullptr) {
+        Refuse(fmt::format("{} is neither users nor a list of them", name));
+    }
+    const Results::Ids ids = results.results.Find(MemberText(value, "result"), results.session);
+    if (!ids) {
+        throw Error(ErrorCode::conflict, kResultGone);
+    }
+    std::unordered_set<std::string> left;
+    if (const JsonValue* except = value.Find("except")) {
+        for (const JsonValue& item : except->items) {
+            left.insert(TextIn("except", item));
+        }
+    }
+    std::vector<std::string>& users = m_values[name];
+    for (const int id : *ids) {
+        if (std::string text = std::to_string(id); !left.contains(text)) {
+            users.push_back("id:" + text);
+        }
+    }
+    if (users.size() > kMostFromResult) {
+        Refuse(fmt::format("these are {} people; more than {} at once are for qvadmin in a shell", users.size(),
+                           kMostFromResult));
+    }
+}
+
 std::vector<std::string> WebArguments::ValuesOf(std::string_view name) const
 {
     if (m_secrets.contains(name)) {
@@ -202,7 +236,8 @@ const Secret* WebArguments::FindSecret(std::string_view name) const
     return found == m_secrets.end() ? nullptr : &found->second;
 }
 
-CommandRequest::CommandRequest(const Command& wanted, const std::string& body) : command(wanted)
+CommandRequest::CommandRequest(const Command& wanted, const std::string& body, const SessionResults& results)
+    : command(wanted)
 {
     const JsonValue request = ReadJsonObject(body);
     RequireKnown(request, {"parameters", "dry_run", "reason", "confirm", "if_unchanged"});
@@ -214,9 +249,9 @@ CommandRequest::CommandRequest(const Command& wanted, const std::string& body) :
     }
     reason = MemberText(request, "reason");
     confirmed = MemberText(request, "confirm");
-    arguments.emplace(wanted, request.Find("parameters"));
+    arguments.emplace(wanted, request.Find("parameters"), results);
     if (const JsonValue* value = request.Find("if_unchanged")) {
-        condition.emplace(ReadCondition(*value));
+        condition.emplace(ReadCondition(*value, results));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "management/Command.h"
 #include "web/JsonReader.h"
+#include "web/Results.h"
 
 #include <map>
 #include <optional>
@@ -19,12 +20,23 @@ const management::Command* FindCommand(std::string_view path);
 /// "user password set".
 std::string PathText(const management::Command& command);
 
+/// The lists of people that a session has asked for.
+struct SessionResults {
+    Results& results;
+    std::string session;
+};
+/// How many people a command takes from a list at most.
+inline constexpr std::size_t kMostFromResult = 10000;
+
 /// What a request gives a command: values of its parameters, checked against what they may be.
 class WebArguments final : public management::ArgumentSource {
 public:
     /// @param given  an object of values by the parameters' names, or null: texts, whole numbers, Booleans for flags,
     /// arrays for parameters that take several, null for what is not given. @throws management::Error (invalid).
-    WebArguments(const management::Command& command, const JsonValue* given);
+    /// In place of an array of users may stand {"result": …, "except": [17, …]}, a list that was asked for but for
+    /// these.
+    /// @param results  where the lists of a session are.
+    WebArguments(const management::Command& command, const JsonValue* given, const SessionResults& results);
 
     [[nodiscard]] std::vector<std::string> ValuesOf(std::string_view name) const override;
     /// The value of a secret parameter; null where it was not given.
@@ -34,6 +46,7 @@ public:
 
 private:
     void Take(const std::string& name, management::Kind kind, bool isList, const JsonValue& value);
+    void TakeResult(const std::string& name, const JsonValue& value, const SessionResults& results);
 
     std::map<std::string, std::vector<std::string>, std::less<>> m_values;
     std::map<std::string, management::Secret, std::less<>> m_secrets;
@@ -50,7 +63,8 @@ struct Condition {
 /// A request to run a command.
 struct CommandRequest {
     /// @param body  the request's. @throws management::Error (invalid).
-    CommandRequest(const management::Command& wanted, const std::string& body);
+    /// @param results  outlives this.
+    CommandRequest(const management::Command& wanted, const std::string& body, const SessionResults& results);
 
     const management::Command& command;
     bool dryRun = false;

@@ -4,6 +4,7 @@
 #include "dbaccess/CAConnect.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/Text.h"
 #include "platform/CodePage.h"
 
 #include <fmt/format.h>
@@ -23,8 +24,8 @@ namespace {
 constexpr char kBetween = '\x1f'; // no search for a text that somebody types runs over it
 
 constexpr const char* kSelect =
-    "SELECT Col_ID, Col_LoginName, Col_Name, Col_EMail, Col_Mobile, Col_DeptInfo, Col_o_JobTitle, Col_Disabled FROM "
-    "qv_User";
+    "SELECT Col_ID, Col_LoginName, Col_Name, Col_EMail, Col_Mobile, Col_DeptInfo, Col_o_JobTitle, Col_Disabled, "
+    "Col_IsSuper FROM qv_User";
 
 Person ReadPerson(CARecordset& row)
 {
@@ -33,11 +34,13 @@ Person ReadPerson(CARecordset& row)
     for (std::size_t i = 0; i < person.texts.size(); ++i) {
         person.texts[i] = TextIn(row, static_cast<long>(i) + 2);
     }
-    person.isLocked = NumberIn(row, static_cast<long>(person.texts.size()) + 2) != 0;
+    const long next = static_cast<long>(person.texts.size()) + 2;
+    person.Set(Trait::locked, NumberIn(row, next) != 0);
+    person.Set(Trait::super, NumberIn(row, next + 1) != 0);
     return person;
 }
 
-std::string Folded(const Person& person)
+std::string FoldedTexts(const Person& person)
 {
     std::string folded;
     for (const std::string& text : person.texts) {
@@ -60,6 +63,24 @@ std::string_view TakeNumber(std::string_view& text)
         number.remove_prefix(1);
     }
     return number;
+}
+
+constexpr std::string_view kById = "id:";
+constexpr std::string_view kByLogin = "login:";
+
+/// The id of a search such as id:17; nothing for others. @throws Error (invalid) for id: without a number.
+std::optional<int> IdIn(const std::string& text)
+{
+    if (!text.starts_with(kById)) {
+        return std::nullopt;
+    }
+    int id = 0;
+    const char* end = text.data() + text.size();
+    const auto read = std::from_chars(text.data() + kById.size(), end, id);
+    if (read.ec != std::errc() || read.ptr != end) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is no user id; write id: and a number", Quoted(text)));
+    }
+    return id;
 }
 
 std::vector<std::string> WordsOf(const std::string& text)
@@ -115,36 +136,57 @@ void People::LoadPeople(CAConnect& conn)
     m_folded.reserve(read.size());
     for (auto& [key, person] : read) {
         m_byId[person.id] = static_cast<Index>(m_people.size());
-        m_locked += person.isLocked ? 1 : 0;
-        m_folded.push_back(Folded(person));
+        m_folded.push_back(FoldedTexts(person));
         m_people.push_back(std::move(person));
     }
     m_countedBy.resize(m_people.size());
+    LoadPasswords(conn, "");
+}
+
+void People::LoadPasswords(CAConnect& conn, const std::string& condition)
+{
+    const auto load = [&](Trait trait, std::string_view test) {
+        EachRow(
+            conn,
+            fmt::format("SELECT Col_ID FROM qv_User WHERE {}{}", test, condition.empty() ? "" : " AND " + condition),
+            [&](CARecordset& row) {
+                if (const auto person = m_byId.find(NumberIn(row, 1)); person != m_byId.end()) {
+                    m_people[person->second].Set(trait);
+                }
+            });
+    };
+    // As the check of the directory has them.
+    load(Trait::plainPassword, "Col_PWord <> '' AND Col_EnType NOT IN (1, 2)");
+    load(Trait::noPassword, "(Col_PWord = '' OR Col_PWord IS NULL) AND Col_Disabled = 0");
 }
 
 bool People::Refresh(CAConnect& conn, const std::vector<int>& ids)
 {
     std::size_t found = 0;
     bool isEnough = true;
-    EachRow(conn, fmt::format("{} WHERE Col_ID IN ({})", kSelect, fmt::join(ids, ", ")), [&](CARecordset& row) {
+    const std::string condition = fmt::format("Col_ID IN ({})", fmt::join(ids, ", "));
+    EachRow(conn, fmt::format("{} WHERE {}", kSelect, condition), [&](CARecordset& row) {
         Person person = ReadPerson(row);
         const auto known = m_byId.find(person.id);
         ++found;
         isEnough = isEnough && known != m_byId.end() && m_people[known->second].texts.front() == person.texts.front();
         if (isEnough) {
             Person& present = m_people[known->second];
-            m_locked += person.isLocked ? 1 : 0;
-            m_locked -= present.isLocked ? 1 : 0;
-            m_folded[known->second] = Folded(person);
+            person.Set(Trait::noGroup, present.Is(Trait::noGroup));
+            m_folded[known->second] = FoldedTexts(person);
             present = std::move(person);
         }
     });
+    LoadPasswords(conn, condition);
     m_ranks.clear();
     return isEnough && found == ids.size();
 }
 
 void People::LoadMembers(CAConnect& conn)
 {
+    for (Person& person : m_people) {
+        person.Set(Trait::noGroup);
+    }
     EachRow(conn,
             fmt::format("SELECT DISTINCT Col_QvItemType, Col_QvItemID, Col_DQvItemID FROM qv_Relation WHERE "
                         "Col_QvItemType IN ({}, {}) AND Col_DQvItemType = {} AND Col_RelType = {}",
@@ -152,6 +194,7 @@ void People::LoadMembers(CAConnect& conn)
             [this](CARecordset& row) {
                 if (const auto person = m_byId.find(NumberIn(row, 3)); person != m_byId.end()) {
                     m_members[{NumberIn(row, 1), NumberIn(row, 2)}].push_back(person->second);
+                    m_people[person->second].Set(Trait::noGroup, false);
                 }
             });
 }
@@ -160,6 +203,12 @@ const Person* People::Find(int id) const
 {
     const auto found = m_byId.find(id);
     return found == m_byId.end() ? nullptr : &m_people[found->second];
+}
+
+std::size_t People::CountOf(Trait trait) const
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(m_people, [trait](const Person& person) { return person.Is(trait); }));
 }
 
 std::vector<ItemKey> People::WithBelow(ItemKey place) const
@@ -180,6 +229,17 @@ std::vector<bool> People::MembersOf(ItemKey place, bool isDeep) const
             for (const Index person : members->second) {
                 isIn[person] = true;
             }
+        }
+    }
+    return isIn;
+}
+
+std::vector<bool> People::FlagsOf(const std::vector<int>& ids) const
+{
+    std::vector<bool> isIn(m_people.size());
+    for (const int id : ids) {
+        if (const auto person = m_byId.find(id); person != m_byId.end()) {
+            isIn[person->second] = true;
         }
     }
     return isIn;
@@ -234,25 +294,24 @@ const std::vector<People::Index>& People::RanksBy(PeopleColumn column)
 
 std::vector<int> People::Select(const PeopleQuery& query)
 {
-    constexpr std::string_view byId = "id:";
-    constexpr std::string_view byLogin = "login:";
     const std::vector<std::string> words = WordsOf(query.text);
     const std::vector<bool> isIn = query.place ? MembersOf(*query.place, query.isDeep) : std::vector<bool>();
-    const std::string login = query.text.starts_with(byLogin) ? NameKey(query.text.substr(byLogin.size())) : "";
-    int id = 0;
-    if (query.text.starts_with(byId)) {
-        std::from_chars(query.text.data() + byId.size(), query.text.data() + query.text.size(), id);
-    }
+    const std::string login = query.text.starts_with(kByLogin) ? NameKey(query.text.substr(kByLogin.size())) : "";
+    const std::optional<int> id = IdIn(query.text);
     const auto isMeant = [&](Index person) {
-        if (id != 0) {
-            return m_people[person].id == id;
+        if (id) {
+            return m_people[person].id == *id;
         }
         return login.empty() ? HasAll(person, words) : NameKey(m_people[person].texts.front()) == login;
     };
+    const std::vector<bool> isAmong = query.among != nullptr ? FlagsOf(*query.among) : std::vector<bool>();
+    const auto fits = [&](Index person) {
+        return (isIn.empty() || isIn[person]) && (isAmong.empty() || isAmong[person]) &&
+               (m_people[person].traits & query.traits) == query.traits;
+    };
     std::vector<Index> found;
     for (Index person = 0; person < m_people.size(); ++person) {
-        const bool isThere = !query.place || isIn[person];
-        if (isThere && (!query.isLockedOnly || m_people[person].isLocked) && isMeant(person)) {
+        if (fits(person) && isMeant(person)) {
             found.push_back(person);
         }
     }
@@ -267,6 +326,72 @@ std::vector<int> People::Select(const PeopleQuery& query)
     ids.reserve(found.size());
     std::ranges::transform(found, std::back_inserter(ids), [this](Index person) { return m_people[person].id; });
     return ids;
+}
+
+std::string_view People::Folded(Index person, PeopleColumn column) const
+{
+    std::string_view texts = m_folded[person];
+    for (auto before = static_cast<std::size_t>(column); before > 0; --before) {
+        texts.remove_prefix(texts.find(kBetween) + 1);
+    }
+    return texts.substr(0, texts.find(kBetween));
+}
+
+FoundNames People::FindNames(const std::vector<std::string>& names) const
+{
+    struct Meant {
+        std::vector<Index> byLogin;
+        std::vector<Index> byText;
+    };
+    std::unordered_map<std::string, Meant> meant;
+    for (const std::string& name : names) {
+        meant.try_emplace(NameKey(name));
+    }
+    // The names are few, the people may be many: one look at each of them finds all.
+    std::string key;
+    const auto note = [&](Index person, PeopleColumn column, std::vector<Index> Meant::*list) {
+        key = Folded(person, column);
+        const auto found = meant.find(key);
+        if (found != meant.end() && ((found->second.*list).empty() || (found->second.*list).back() != person)) {
+            (found->second.*list).push_back(person);
+        }
+    };
+    for (Index person = 0; person < m_people.size(); ++person) {
+        note(person, PeopleColumn::login, &Meant::byLogin);
+        note(person, PeopleColumn::name, &Meant::byText);
+        note(person, PeopleColumn::email, &Meant::byText);
+    }
+    FoundNames found;
+    std::vector<bool> isFound(m_people.size());
+    for (const std::string& name : names) {
+        if (name.empty()) {
+            continue;
+        }
+        std::vector<Index> people;
+        if (const std::optional<int> id = IdIn(name)) {
+            if (const auto person = m_byId.find(*id); person != m_byId.end()) {
+                people.push_back(person->second);
+            }
+        } else {
+            const Meant& all = meant[NameKey(name)];
+            people = all.byLogin.empty() ? all.byText : all.byLogin;
+        }
+        if (people.empty()) {
+            found.missing.push_back(name);
+        } else if (people.size() == 1) {
+            isFound[people.front()] = true;
+        } else {
+            std::vector<int>& ids = found.ambiguous.emplace_back(FoundNames::Ambiguous{name, {}}).ids;
+            std::ranges::transform(people, std::back_inserter(ids),
+                                   [this](Index person) { return m_people[person].id; });
+        }
+    }
+    for (Index person = 0; person < m_people.size(); ++person) {
+        if (isFound[person]) {
+            found.ids.push_back(m_people[person].id);
+        }
+    }
+    return found;
 }
 
 } // namespace web

@@ -3,6 +3,7 @@
 #include "management/organisation/Organisation.h"
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -21,10 +22,25 @@ enum class PeopleColumn : std::uint8_t { login, name, email, mobile, department,
 inline constexpr std::array<std::string_view, 6> kPeopleColumns = {"login",  "name",       "email",
                                                                    "mobile", "department", "title"};
 
+/// What may be said of people beside their columns, by which lists are narrowed.
+enum class Trait : std::uint8_t {
+    locked,
+    super,
+    noGroup,       ///< is in no group and in no view
+    plainPassword, ///< has a password that is stored as plain text
+    noPassword     ///< has no password, and is not locked
+};
+inline constexpr std::array<std::string_view, 5> kTraits = {"locked", "super", "no_group", "plain_password",
+                                                            "no_password"};
+using Traits = std::bitset<kTraits.size()>;
+
 struct Person {
     int id = 0;
     std::array<std::string, kPeopleColumns.size()> texts; ///< by column
-    bool isLocked = false;
+    Traits traits;
+
+    [[nodiscard]] bool Is(Trait trait) const { return traits[static_cast<std::size_t>(trait)]; }
+    void Set(Trait trait, bool isOn = true) { traits[static_cast<std::size_t>(trait)] = isOn; }
 };
 
 /// Which people, in which order.
@@ -32,9 +48,23 @@ struct PeopleQuery {
     std::string text; ///< words that must all occur in one of the columns, case not counting; id:17; login:amy
     std::optional<management::ItemKey> place = {}; ///< a group or a view
     bool isDeep = true;                            ///< with the groups below the place
-    bool isLockedOnly = false;
+    Traits traits = {};                            ///< all of which are to hold
+    const std::vector<int>* among = nullptr;       ///< ids; null: everybody
     PeopleColumn order = PeopleColumn::login;
     bool isDescending = false;
+};
+
+/// What names that were looked for mean.
+struct FoundNames {
+    /// A name that several people have.
+    struct Ambiguous {
+        std::string name;
+        std::vector<int> ids; ///< by login name
+    };
+
+    std::vector<int> ids; ///< of those who are meant, by login name, each once
+    std::vector<std::string> missing;
+    std::vector<Ambiguous> ambiguous;
 };
 
 /// A picture of all people and of the organisation, read at once when it is made.
@@ -45,11 +75,14 @@ public:
 
     [[nodiscard]] const management::Organisation& Places() const { return m_organisation; }
     [[nodiscard]] std::size_t Count() const { return m_people.size(); }
-    [[nodiscard]] std::size_t CountLocked() const { return m_locked; }
+    [[nodiscard]] std::size_t CountOf(Trait trait) const;
     /// Null when there is none.
     [[nodiscard]] const Person* Find(int id) const;
-    /// The ids of the people that a query means.
+    /// The ids of the people that a query means. @throws management::Error (invalid) for id: without a number.
     [[nodiscard]] std::vector<int> Select(const PeopleQuery& query);
+    /// Who is meant by names, each a login name, id:17, or else the name or e-mail address of one person; case does not
+    /// count. Empty names are left out. @throws management::Error (invalid) for id: without a number.
+    [[nodiscard]] FoundNames FindNames(const std::vector<std::string>& names) const;
     /// How many people are in a place and below, each counted once.
     [[nodiscard]] std::size_t CountIn(management::ItemKey place);
     /// Reads again people of whom only columns have changed. @return false, where that is not enough: somebody came,
@@ -61,15 +94,20 @@ private:
 
     void LoadPeople(CAConnect& conn);
     void LoadMembers(CAConnect& conn);
+    /// @param condition  SQL, which people; empty: all.
+    void LoadPasswords(CAConnect& conn, const std::string& condition);
+    /// The text of a column in capitals.
+    [[nodiscard]] std::string_view Folded(Index person, PeopleColumn column) const;
     [[nodiscard]] std::vector<management::ItemKey> WithBelow(management::ItemKey place) const;
     /// A flag for each person.
+    [[nodiscard]] std::vector<bool> FlagsOf(const std::vector<int>& ids) const;
+    /// The same.
     [[nodiscard]] std::vector<bool> MembersOf(management::ItemKey place, bool isDeep) const;
     [[nodiscard]] bool HasAll(Index person, const std::vector<std::string>& words) const;
     const std::vector<Index>& RanksBy(PeopleColumn column);
 
     management::Organisation m_organisation;
     std::vector<Person> m_people; ///< by login name
-    std::size_t m_locked = 0;
     std::unordered_map<int, Index> m_byId;
     std::vector<std::string> m_folded; ///< the texts of each in capitals
     std::map<management::ItemKey, std::vector<Index>> m_members;

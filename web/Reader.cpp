@@ -6,6 +6,7 @@
 #include "management/Items.h"
 #include "management/JsonWriter.h"
 #include "management/Text.h"
+#include "web/CommandAnswer.h"
 #include "web/Problem.h"
 #include "web/Tokens.h"
 
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <span>
 #include <sstream>
 
 namespace web {
@@ -26,7 +28,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kOld{30};
 constexpr std::chrono::seconds kLookedAtLately{60};
-constexpr std::size_t kMostResults = 16;
 constexpr Range kOffsets{0, std::numeric_limits<int>::max()};
 constexpr Range kLimits{1, 500};
 constexpr std::int64_t kUsualLimit = 200;
@@ -38,10 +39,11 @@ std::size_t NumberIn(const Request& request, std::string_view name, Range range,
     return static_cast<std::size_t>(text.empty() ? otherwise : binding::ReadNumber(name, text, range, range));
 }
 
-void RequireKnown(const Request& request, std::initializer_list<std::string_view> known)
+void RequireKnown(const Request& request, std::initializer_list<std::string_view> known,
+                  std::span<const std::string_view> alsoKnown = {})
 {
     for (const auto& [name, value] : request.query) {
-        if (std::ranges::find(known, name) == known.end()) {
+        if (std::ranges::find(known, name) == known.end() && std::ranges::find(alsoKnown, name) == alsoKnown.end()) {
             throw Error(ErrorCode::invalid, fmt::format("there is no parameter {}", Quoted(name)));
         }
     }
@@ -90,7 +92,7 @@ void WritePerson(JsonWriter& json, const Person* person, int id)
         for (std::size_t i = 0; i < kPeopleColumns.size(); ++i) {
             json.WriteMember(kPeopleColumns[i], TextValue(person->texts[i]));
         }
-        json.WriteMember("locked", person->isLocked);
+        json.WriteMember("locked", person->Is(Trait::locked));
     }
     json.End();
 }
@@ -159,7 +161,9 @@ PeopleQuery ReadQuery(const Request& request)
         query.place = ReadKey(place);
     }
     query.isDeep = FlagIn(request, "deep", true);
-    query.isLockedOnly = FlagIn(request, "locked", false);
+    for (std::size_t i = 0; i < kTraits.size(); ++i) {
+        query.traits[i] = FlagIn(request, kTraits[i], false);
+    }
     std::string order = request.Parameter("sort");
     if (order.starts_with('-')) {
         query.isDescending = true;
@@ -245,46 +249,29 @@ void Reader::Refresh() noexcept
     }
 }
 
-std::string Reader::Begin(const Request& request, const std::string& session, People& people)
-{
-    const PeopleQuery query = ReadQuery(request);
-    if (query.place) {
-        RequireNode(people.Places(), *query.place);
-    }
-    std::string name = NewToken();
-    m_results[name] = {session, people.Select(query)};
-    m_order.push_back(name);
-    const auto isOwn = [&](const std::string& other) { return m_results[other].session == session; };
-    if (static_cast<std::size_t>(std::ranges::count_if(m_order, isOwn)) > kMostResults) {
-        const auto oldest = std::ranges::find_if(m_order, isOwn);
-        m_results.erase(*oldest);
-        m_order.erase(oldest);
-    }
-    // Sessions come and go; what they leave behind goes with time.
-    constexpr std::size_t mostOfAll = 256;
-    if (m_order.size() > mostOfAll) {
-        m_results.erase(m_order.front());
-        m_order.pop_front();
-    }
-    return name;
-}
-
 Response Reader::Users(const Request& request, const std::string& session)
 {
-    RequireKnown(request, {"q", "in", "deep", "locked", "sort", "result", "offset", "limit"});
+    RequireKnown(request, {"q", "in", "deep", "sort", "among", "result", "offset", "limit"}, kTraits);
     const std::size_t offset = NumberIn(request, "offset", kOffsets, 0);
     const std::size_t limit = NumberIn(request, "limit", kLimits, kUsualLimit);
     std::string name = request.Parameter("result");
     People& people = name.empty() || !m_people ? Fresh() : *m_people;
     m_asked = Clock::now();
-    if (name.empty()) {
-        name = Begin(request, session, people);
+    const Results::Ids among =
+        request.Parameter("among").empty() ? nullptr : m_results.Find(request.Parameter("among"), session);
+    if (name.empty() && (among || request.Parameter("among").empty())) {
+        PeopleQuery query = ReadQuery(request);
+        if (query.place) {
+            RequireNode(people.Places(), *query.place);
+        }
+        query.among = among.get();
+        name = m_results.Keep(session, people.Select(query));
     }
-    const auto found = m_results.find(name);
-    if (found == m_results.end() || found->second.session != session) {
-        return ResponseOf({410, "result_gone", "this list is no longer kept; ask for it again"});
+    const Results::Ids found = m_results.Find(name, session);
+    if (!found) {
+        return ResponseOf({410, "result_gone", kResultGone});
     }
-    const std::vector<int>& ids = found->second.ids;
+    const std::vector<int>& ids = *found;
     return Answer([&](JsonWriter& json) {
         json.WriteMember("result", TextValue(name));
         json.WriteMember("total", static_cast<std::int64_t>(ids.size()));
@@ -299,6 +286,33 @@ Response Reader::Users(const Request& request, const std::string& session)
         json.BeginArray();
         for (std::size_t i = offset; i < std::min(offset + limit, ids.size()); ++i) {
             WritePerson(json, people.Find(ids[i]), ids[i]);
+        }
+        json.End();
+    });
+}
+
+Response Reader::FindNames(const std::vector<std::string>& names, const std::string& session)
+{
+    People& people = Fresh();
+    FoundNames found = people.FindNames(names);
+    const std::size_t total = found.ids.size();
+    const std::string result = m_results.Keep(session, std::move(found.ids));
+    return Answer([&](JsonWriter& json) {
+        json.WriteMember("result", TextValue(result));
+        json.WriteMember("total", static_cast<std::int64_t>(total));
+        WriteTexts(json, "missing", found.missing);
+        json.WriteName("ambiguous");
+        json.BeginArray();
+        for (const FoundNames::Ambiguous& name : found.ambiguous) {
+            json.BeginObject();
+            json.WriteMember("name", TextValue(name.name));
+            json.WriteName("people");
+            json.BeginArray();
+            for (std::size_t i = 0; i < std::min(kMostFound, name.ids.size()); ++i) {
+                WritePerson(json, people.Find(name.ids[i]), name.ids[i]);
+            }
+            json.End();
+            json.End();
         }
         json.End();
     });
@@ -368,7 +382,11 @@ Response Reader::Overview()
     return Answer([&](JsonWriter& json) {
         json.WriteMember("engine", TextValue(std::string(engine.View())));
         json.WriteMember("users", static_cast<std::int64_t>(people.Count()));
-        json.WriteMember("locked", static_cast<std::int64_t>(people.CountLocked()));
+        for (std::size_t i = 0; i < kTraits.size(); ++i) {
+            json.WriteMember(kTraits[i], static_cast<std::int64_t>(people.CountOf(static_cast<Trait>(i))));
+        }
+        json.WriteMember("nowhere",
+                         static_cast<std::int64_t>(std::ranges::count_if(organisation.Places(), HangsNowhere)));
         json.WriteMember("groups", countOf(kItemTypeGroup));
         json.WriteMember("views", countOf(kItemTypeView));
         json.WriteMember("as_of", TextValue(m_asOf));

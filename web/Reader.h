@@ -2,13 +2,12 @@
 
 #include "web/Http.h"
 #include "web/People.h"
+#include "web/Results.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,7 +24,8 @@ using OpenDirectory = std::function<std::shared_ptr<CAConnect>()>;
 /// 30 seconds while somebody looks. Lives on one thread, but for NoteChange.
 class Reader {
 public:
-    explicit Reader(OpenDirectory open) : m_open(std::move(open)) {}
+    /// @param results  outlives this.
+    Reader(OpenDirectory open, Results& results) : m_open(std::move(open)), m_results(results) {}
 
     /// Says that the directory was changed, so that all is read again when somebody asks. Any thread may call it.
     void NoteChange() noexcept { ++m_changes; }
@@ -38,9 +38,11 @@ public:
 
     // Each @throws management::Error.
 
-    /// `q`, `in`, `deep`, `locked`, `sort` begin a result, a list that stays as it is; `result`, `offset` and `limit`
-    /// give rows of it. @param session  to whom results belong.
+    /// `q`, `in`, `deep`, `sort`, the traits of people and `among`, an earlier result, begin a result, a list that
+    /// stays as it is; `result`, `offset` and `limit` give rows of it. @param session  to whom results belong.
     Response Users(const Request& request, const std::string& session);
+    /// Who is meant by names, as a result; and the names that mean nobody, and several.
+    Response FindNames(const std::vector<std::string>& names, const std::string& session);
     /// The children of `parent`: `offset`, `limit`.
     Response Tree(const Request& request);
     /// Groups with `q` in their names.
@@ -48,16 +50,11 @@ public:
     Response Overview();
 
 private:
-    struct Result {
-        std::string session;
-        std::vector<int> ids;
-    };
-
     People& Fresh();
     void Load();
-    std::string Begin(const Request& request, const std::string& session, People& people);
 
     OpenDirectory m_open;
+    Results& m_results;
     std::shared_ptr<CAConnect> m_conn;
     std::optional<People> m_people;
     std::atomic<std::uint64_t> m_changes = 0;
@@ -65,8 +62,6 @@ private:
     std::chrono::steady_clock::time_point m_read;
     std::chrono::steady_clock::time_point m_asked;
     std::string m_asOf;
-    std::map<std::string, Result> m_results;
-    std::deque<std::string> m_order; ///< of the results, the oldest first
 };
 
 } // namespace web

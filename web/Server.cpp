@@ -4,8 +4,10 @@
 #include "management/CommandData.h"
 #include "management/JsonWriter.h"
 #include "management/Text.h"
+#include "management/check/Check.h"
 #include "web/Accounts.h"
 #include "web/CommandAnswer.h"
+#include "web/Imports.h"
 #include "web/JsonReader.h"
 #include "web/Origins.h"
 #include "web/Page.h"
@@ -146,7 +148,7 @@ public:
         : m_options(std::move(options)),
           m_open(open),
           m_sessions(m_options.sessions),
-          m_reader(open),
+          m_reader(open, m_results),
           m_lists([this] { m_reader.Refresh(); }, kRefreshPace)
     {
         const bool needsSetup = NeedsSetup(Connection());
@@ -219,12 +221,26 @@ private:
             bool needsSession = true;
         };
         static constexpr Row kRoutes[] = {
-            {"GET", "/health", &Site::Health, false},  {"POST", "/session", &Site::SignInFor, false},
-            {"POST", "/setup", &Site::Setup, false},   {"GET", "/session", &Site::ShowSession},
-            {"DELETE", "/session", &Site::SignOut},    {"POST", "/session/step-up", &Site::StepUp},
-            {"GET", "/commands", &Site::ListCommands}, {"GET", "/users", &Site::ListUsers},
-            {"GET", "/tree", &Site::ListTree},         {"GET", "/tree/find", &Site::FindInTree},
-            {"GET", "/overview", &Site::Overview},     {"POST", kCommandRoute, &Site::Run},
+            {"GET", "/health", &Site::Health, false},
+            {"POST", "/session", &Site::SignInFor, false},
+            {"POST", "/setup", &Site::Setup, false},
+            {"GET", "/session", &Site::ShowSession},
+            {"DELETE", "/session", &Site::SignOut},
+            {"POST", "/session/step-up", &Site::StepUp},
+            {"GET", "/commands", &Site::ListCommands},
+            {"GET", "/users", &Site::ListUsers},
+            {"GET", "/tree", &Site::ListTree},
+            {"GET", "/tree/find", &Site::FindInTree},
+            {"GET", "/overview", &Site::Overview},
+            {"POST", "/users/find", &Site::FindNames},
+            {"GET", "/problems", &Site::ListProblems},
+            {"POST", kCommandRoute, &Site::Run},
+            {"POST", "/imports/text", &Site::TakeImportText},
+            {"POST", "/imports/look", &Site::LookAtImport},
+            {"POST", "/imports/stop", &Site::StopImport},
+            {"GET", "/imports/report", &Site::ShowImportReport},
+            {"POST", "/imports", &Site::BeginImport},
+            {"GET", "/imports", &Site::ListImports},
         };
         if (!visit.request.path.starts_with(kApi)) {
             visit.responder.Send(ResponseOf(NotFound(visit.request.path)));
@@ -318,7 +334,25 @@ private:
     void ListUsers(Visit visit)
     {
         InLists(std::move(visit),
-                [this](const Visit& asked) { return m_reader.Users(asked.request, asked.session->key); });
+                [this](const Visit& asked) { return m_reader.Users(asked.request, asked.session->id); });
+    }
+    void FindNames(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const JsonValue body = ReadMembers(asked.request.body, {"names"});
+            const JsonValue* given = body.Find("names");
+            if (given == nullptr || given->type != JsonValue::Type::array) {
+                throw Error(ErrorCode::invalid, "names is required, and is an array of texts");
+            }
+            std::vector<std::string> names;
+            for (const JsonValue& name : given->items) {
+                if (name.type != JsonValue::Type::text) {
+                    throw Error(ErrorCode::invalid, "names is an array of texts");
+                }
+                names.push_back(name.text);
+            }
+            return m_reader.FindNames(names, asked.session->id);
+        });
     }
     void ListTree(Visit visit)
     {
@@ -331,6 +365,30 @@ private:
     void Overview(Visit visit)
     {
         InLists(std::move(visit), [this](const Visit& /*asked*/) { return m_reader.Overview(); });
+    }
+
+    void ListProblems(Visit visit)
+    {
+        InCommands(std::move(visit), [](CAConnect& conn, const Visit& /*asked*/) {
+            std::ostringstream out;
+            JsonWriter json(out, JsonWriter::Layout::line);
+            json.BeginObject();
+            json.WriteMember("v", std::int64_t{1});
+            json.WriteName("problems");
+            json.BeginArray();
+            for (const check::Problem& problem : check::FindProblems(conn)) {
+                json.BeginObject();
+                json.WriteMember("check", TextValue(std::string(problem.name)));
+                json.WriteMember("count", problem.count);
+                json.WriteMember("problem", TextValue(problem.sentence));
+                json.WriteMember("example", TextValue(problem.example));
+                json.WriteMember("repair", TextValue(problem.repair));
+                json.End();
+            }
+            json.End();
+            json.End();
+            return Response{200, "application/json", std::move(out).str()};
+        });
     }
 
     void Run(Visit visit)
@@ -347,6 +405,129 @@ private:
         }
         InCommands(std::move(visit),
                    [this, command](CAConnect& conn, const Visit& asked) { return RunFor(conn, *command, asked); });
+    }
+
+    // ---- Imports ----------------------------------------------------------------------------------------------------
+
+    /// @param write  void write(JsonWriter&), the members of the answer.
+    template <class Write>
+    static Response Answer(Write write)
+    {
+        std::ostringstream out;
+        JsonWriter json(out, JsonWriter::Layout::line);
+        json.BeginObject();
+        json.WriteMember("v", std::int64_t{1});
+        write(json);
+        json.End();
+        return {200, "application/json", std::move(out).str()};
+    }
+
+    void TakeImportText(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const JsonValue body = ReadMembers(asked.request.body, {"text", "first"});
+            const JsonValue* first = body.Find("first");
+            const std::size_t length = m_imports.AddText(asked.session->id, RequiredText(body, "text"),
+                                                         first != nullptr && first->text == "1");
+            return Answer([&](JsonWriter& json) { json.WriteMember("bytes", static_cast<std::int64_t>(length)); });
+        });
+    }
+
+    void LookAtImport(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const char delimiter = DelimiterIn(ReadMembers(asked.request.body, {"delimiter"}));
+            return Answer([&](JsonWriter& json) { m_imports.WriteLook(json, asked.session->id, delimiter); });
+        });
+    }
+
+    void BeginImport(Visit visit)
+    {
+        InCommands(std::move(visit), [this](CAConnect& /*conn*/, const Visit& asked) {
+            const JsonValue body = ReadMembers(
+                asked.request.body, {"columns", "delimiter", "dry_run", "reason", "update", "allow_privileges",
+                                     "departments", "make_view", "no_new_groups", "date_format", "clear_empty"});
+            const JsonValue* privileges = body.Find("allow_privileges");
+            if (privileges != nullptr && privileges->text == "1" &&
+                !m_sessions.IsConfirmed(*asked.session, Clock::now())) {
+                return ResponseOf({403, "password_required", "this asks for your password again"});
+            }
+            const std::shared_ptr<ImportJob> job =
+                m_imports.Begin(asked.session->id, asked.session->account.login, body);
+            m_commands.Post([this, job, address = asked.request.address] { RunImport(*job, address); });
+            return Answer([&](JsonWriter& json) { job->Write(json, false); });
+        });
+    }
+
+    /// Other commands have their turn after each of its transactions, on a connection of their own.
+    void RunImport(ImportJob& job, const std::string& address)
+    {
+        const Response opened = Guarded([&] {
+            const std::shared_ptr<CAConnect> conn = m_open();
+            job.Run(*conn, {[this] { m_commands.RunWaiting(); }, [this] { return m_commands.IsEnding(); }});
+            return Response();
+        });
+        if (opened.status != 200) {
+            job.Fail("the database cannot be opened; nothing was imported");
+        }
+        if (!job.IsDryRun()) {
+            m_reader.NoteChange();
+            Log("import", job.Login(), address, fmt::format("import {}", job.Id()));
+        }
+    }
+
+    void ListImports(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            if (!asked.request.Parameter("id").empty()) {
+                const std::shared_ptr<ImportJob> job = ImportOf(asked.request.Parameter("id"));
+                return Answer([&](JsonWriter& json) { job->Write(json, true); });
+            }
+            return Answer([&](JsonWriter& json) {
+                json.WriteName("imports");
+                json.BeginArray();
+                for (const std::shared_ptr<ImportJob>& job : m_imports.All()) {
+                    json.BeginObject();
+                    job->Write(json, false);
+                    json.End();
+                }
+                json.End();
+            });
+        });
+    }
+
+    void StopImport(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const JsonValue body = ReadMembers(asked.request.body, {"id"});
+            const JsonValue* id = body.Find("id");
+            ImportOf(id == nullptr ? "" : id->text)->Stop();
+            return Answer([](JsonWriter& /*json*/) {});
+        });
+    }
+
+    void ShowImportReport(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const std::shared_ptr<ImportJob> job = ImportOf(asked.request.Parameter("id"));
+            const bool isFailed = asked.request.Parameter("failed") == "1";
+            return Response{200,
+                            "text/csv; charset=utf-8",
+                            isFailed ? job->Failed() : job->Report(),
+                            {{"Content-Disposition", fmt::format("attachment; filename=\"import-{}-{}.csv\"", job->Id(),
+                                                                 isFailed ? "failed" : "report")}}};
+        });
+    }
+
+    /// @throws Error (notFound).
+    std::shared_ptr<ImportJob> ImportOf(const std::string& id) const
+    {
+        std::shared_ptr<ImportJob> job =
+            m_imports.Find(static_cast<int>(binding::ReadNumber("id", id, {}, binding::kInt)));
+        if (!job) {
+            throw Error(ErrorCode::notFound, fmt::format("there is no import {}", id));
+        }
+        return job;
     }
 
     // ---- Signing in -------------------------------------------------------------------------------------------------
@@ -548,7 +729,8 @@ private:
     {
         const Session& session = *visit.session;
         const bool hasConfirmed = m_sessions.IsConfirmed(session, Clock::now());
-        const CommandRequest asked(command, visit.request.body);
+        const SessionResults results{m_results, session.id};
+        const CommandRequest asked(command, visit.request.body, results);
         if (command.risk == Risk::stepUp && !hasConfirmed) {
             return ResponseOf({403, "password_required", "this asks for your password again"});
         }
@@ -595,6 +777,8 @@ private:
     std::map<std::string, Allowance> m_allowances; ///< of the thread of HTTP, by login name
     std::mutex m_mutex;                            ///< of the throttle and the log
     Throttle m_throttle;
+    Results m_results;
+    Imports m_imports;
     Reader m_reader;
     std::optional<Origins> m_origins;
     std::latch m_isReady{1};

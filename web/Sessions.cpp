@@ -20,7 +20,7 @@ std::pair<std::string, Session> Sessions::Begin(const Account& account, Clock::t
     if (own.size() >= m_limits.ofOneUser) {
         m_sessions.erase(std::ranges::min_element(own)->second);
     }
-    return Insert({{}, account, {}, now, now, now});
+    return Insert({{}, account, {}, now, now, now, NewToken()});
 }
 
 std::optional<Session> Sessions::Use(const std::string& token, Clock::time_point now)

@@ -24,6 +24,7 @@ struct Session {
     std::chrono::steady_clock::time_point begun;
     std::chrono::steady_clock::time_point used;
     std::chrono::steady_clock::time_point confirmed; ///< when the password was last given
+    std::string id;                                  ///< stays while the key changes
 };
 
 /// The sessions of a server, in memory alone. Any thread may use it.

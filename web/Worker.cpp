@@ -36,20 +36,41 @@ void Worker::PostAt(Clock::time_point time, Task task)
     m_wakeUp.notify_all();
 }
 
+bool Worker::RunOne(std::unique_lock<std::mutex>& lock)
+{
+    if (m_tasks.empty() || m_tasks.begin()->first > Clock::now()) {
+        return false;
+    }
+    auto node = m_tasks.extract(m_tasks.begin());
+    lock.unlock();
+    node.mapped()();
+    node.mapped() = {}; // what it holds goes before the next one begins
+    lock.lock();
+    return true;
+}
+
+void Worker::RunWaiting()
+{
+    std::unique_lock lock(m_mutex);
+    // Those that come meanwhile have their turn next time, so that this ends.
+    for (std::size_t left = m_tasks.size(); left > 0 && !m_isEnding && RunOne(lock); --left) {
+    }
+}
+
+bool Worker::IsEnding()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_isEnding;
+}
+
 void Worker::Run()
 {
     std::unique_lock lock(m_mutex);
     Clock::time_point restsUntil = Clock::now() + m_rest;
     while (!m_isEnding) {
-        const Clock::time_point now = Clock::now();
-        if (!m_tasks.empty() && m_tasks.begin()->first <= now) {
-            auto node = m_tasks.extract(m_tasks.begin());
-            lock.unlock();
-            node.mapped()();
-            node.mapped() = {}; // what it holds goes before the next one begins
-            lock.lock();
+        if (RunOne(lock)) {
             restsUntil = Clock::now() + m_rest;
-        } else if (m_atRest && restsUntil <= now) {
+        } else if (m_atRest && restsUntil <= Clock::now()) {
             lock.unlock();
             m_atRest();
             lock.lock();

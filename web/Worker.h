@@ -28,8 +28,14 @@ public:
     /// Hands over a task that is not to be run before a time.
     void PostAt(Clock::time_point time, Task task);
 
+    /// Runs the tasks whose time has come and that wait by now. For a task that takes long, on the worker's thread.
+    void RunWaiting();
+    /// Whether Stop was called, so that a task that takes long is to end.
+    [[nodiscard]] bool IsEnding();
+
 private:
     void Run();
+    bool RunOne(std::unique_lock<std::mutex>& lock);
 
     Task m_atRest;
     Clock::duration m_rest;

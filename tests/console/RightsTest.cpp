@@ -293,6 +293,37 @@ TEST_F(RightConsoleTest, HelpOfEveryVerbHasExamples)
     }
 }
 
+TEST_F(RightConsoleTest, SeveralRightsAreEditedAsOneChange)
+{
+    Done({"role", "create", "A/B"});
+    Done({"right", "grant", "role:Editors", "mail", "size", "4"});
+    Done({"right", "grant", "role:A/B", "mail", "send", "1"});
+    const auto edit = [](std::vector<std::string> edits) {
+        edits.insert(edits.begin(), {"right", "edit"});
+        return edits;
+    };
+    const std::vector<std::string> edits =
+        edit({"/editors/mail/size=unlimited", "/A\\/B/mail/send=none", "/id:1/pages/edit=0x1F", "--yes"});
+    EXPECT_THAT(Told(edits), HasSubstr("changed 3 rights\n"));
+    EXPECT_EQ(Done({"right", "matrix", "Editors", "A/B", "-o", "csv"}),
+              "genre,function,Editors,A/B\nmail,size,-1,\npages,edit,31,\n");
+    EXPECT_THAT(Told(edits), HasSubstr("every right is as it is to be"));
+    const Json entries = Json::parse(Done({"audit", "list", "--limit", "1", "-o", "json"}));
+    Done({"audit", "undo", entries.at(0).at("id").dump(), "--yes"});
+    EXPECT_EQ(Done({"right", "matrix", "Editors", "A/B", "-o", "csv"}),
+              "genre,function,Editors,A/B\nmail,send,,1\nmail,size,4,\n");
+    EXPECT_EQ(Run(edit({"/Editors/mail/size=5"})).exit, static_cast<int>(Exit::needsYes));
+    ExpectRefusal(edit({"/Editors/mail=5", "--yes"}), static_cast<int>(Exit::usage),
+                  "write /ROLE/GENRE/FUNCTION=POWER");
+    ExpectRefusal(edit({"Editors/mail/size=5", "--yes"}), static_cast<int>(Exit::usage),
+                  "write /ROLE/GENRE/FUNCTION=POWER");
+    ExpectRefusal(edit({"/Editors/mail/size=much", "--yes"}), static_cast<int>(Exit::usage), "much");
+    ExpectRefusal(edit({"/Editors/mail/size=5", "/id:1/mail/size=6", "--yes"}), static_cast<int>(Exit::usage),
+                  "two edits");
+    ExpectRefusal(edit({"/Editors/ mail/size=5", "--yes"}), static_cast<int>(Exit::usage), "genre");
+    EXPECT_EQ(Run(edit({"/Nobody/mail/size=5", "--yes"})).exit, static_cast<int>(Exit::notFound));
+}
+
 TEST_F(RightConsoleTest, RightsAreGrantedSetShownAndRevoked)
 {
     EXPECT_EQ(Told({"right", "grant", "role:editors", kHard, kHard, "3", "--unpower", "-7"}),

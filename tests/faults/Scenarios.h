@@ -178,6 +178,8 @@ inline constexpr Scenario kScenarios[] = {
     {"commands -o json"},
     {"right on set 'role:Editors of the pages' 'view:Company of many people' pages see 3"},
     {"right on clear 'view:Company of many people' pages see --yes"},
+    {"right edit '/Editors of the pages/mail of everybody/send to everybody=3' '/Authors of the pages/pages of "
+     "everybody/edit of all=0x1F' --yes"},
     {"right matrix 'Editors of the pages' 'Authors of the pages'"},
     {"right effective amy.from.leadworth", {}, false, true},
     {"right views amy.from.leadworth pages see"},

@@ -561,9 +561,19 @@ TEST_F(ServerTest, ListsAreSearchedSortedAndNarrowed)
     EXPECT_EQ(logins("q=ZO%C3%8B"), "zoë");
     EXPECT_EQ(logins("q=7700"), "zoë");
     EXPECT_EQ(logins("q=id:1"), "Admin");
+    for (const std::string wrong : {"id:1x", "id:", "id:99999999999", "id:1%20amy"}) {
+        EXPECT_EQ(client.Get("/api/v1/users?q=" + wrong).status, 422) << wrong;
+    }
     EXPECT_EQ(logins("q=login:AMY2"), "amy2");
     EXPECT_EQ(logins("q=login:amy"), "");
     EXPECT_EQ(logins("locked=1"), "amy2");
+    EXPECT_EQ(logins("super=1"), "Admin");
+    EXPECT_EQ(logins("no_group=1"), "Admin amy10");
+    EXPECT_EQ(logins("no_password=1"), "amy10 zoë");
+    Run(client, "user/password/set", {{"USER", "amy10"}, {"password", kPassword}, {"type", 0}});
+    EXPECT_EQ(logins("no_password=1"), "zoë");
+    EXPECT_EQ(logins("plain_password=1"), "amy10");
+    EXPECT_EQ(logins("plain_password=1&locked=1"), "");
     const json top = Got(client, "/tree");
     ASSERT_EQ(top.at("rows").size(), 1U);
     EXPECT_EQ(top.at("rows").at(0).at("people"), 2);
@@ -580,7 +590,70 @@ TEST_F(ServerTest, ListsAreSearchedSortedAndNarrowed)
     EXPECT_EQ(found.at("total"), 1);
     EXPECT_EQ(found.at("rows").at(0).at("path"), "/Company/Sales/North");
     EXPECT_EQ(found.at("rows").at(0).at("trail").size(), 3U);
-    EXPECT_EQ(Got(client, "/overview").at("users"), 4);
+    json overview = Got(client, "/overview");
+    EXPECT_EQ(overview.at("users"), 4);
+    EXPECT_EQ(overview.at("no_group"), 2);
+    EXPECT_EQ(overview.at("plain_password"), 1);
+    EXPECT_EQ(overview.at("nowhere"), 0);
+    const json problems = Got(client, "/problems").at("problems");
+    ASSERT_EQ(problems.size(), 2U);
+    EXPECT_EQ(problems.at(0).at("check"), "plain_passwords");
+    EXPECT_EQ(problems.at(1).at("example"), "zoë");
+}
+
+TEST_F(ServerTest, ACommandTakesAListButForSome)
+{
+    HttpClient client = Signed();
+    for (int i = 1; i <= 12; ++i) {
+        Run(client, "user/create", {{"LOGIN", "user" + std::to_string(i)}});
+    }
+    const std::string result = Got(client, "/users?q=user").at("result");
+    const auto all = [&result](const json& except) { return json{{"result", result}, {"except", except}}; };
+    const int user7 = Got(client, "/users?q=login:user7").at("rows").at(0).at("id");
+    EXPECT_EQ(Run(client, "user/lock", {{"USER", all({user7})}}).at("outcomes").size(), 11U);
+    EXPECT_EQ(Got(client, "/users?locked=1").at("total"), 11);
+    EXPECT_EQ(Got(client, "/users?locked=1&q=user7").at("total"), 0);
+    EXPECT_EQ(Ask(client, "user/lock", {{"parameters", {{"USER", {{"result", "x"}}}}}}).status, 409);
+    EXPECT_EQ(Ask(client, "user/lock", {{"parameters", {{"USER", {{"surprise", 1}}}}}}).status, 422);
+    HttpClient other = Client();
+    ASSERT_EQ(SignIn(other).status, 200);
+    EXPECT_EQ(Ask(other, "user/lock", {{"parameters", {{"USER", all(json::array())}}}}).status, 409);
+
+    // Giving the password again changes the session's tokens and keeps its lists.
+    const HttpAnswer again = client.Post("/api/v1/session/step-up", json{{"password", kPassword}}.dump());
+    ASSERT_EQ(again.status, 200);
+    client.csrf = json::parse(again.body).at("csrf");
+    EXPECT_EQ(Ask(client, "user/unlock", {{"parameters", {{"USER", all(json::array())}}}}).status, 200);
+    EXPECT_EQ(Got(client, "/users?locked=1").at("total"), 0);
+}
+
+TEST_F(ServerTest, NamesAreFoundAsAList)
+{
+    HttpClient client = Signed();
+    Run(client, "user/create", {{"LOGIN", "amy"}, {"name", "Amy Pond"}, {"email", "amy@example.org"}});
+    Run(client, "user/create", {{"LOGIN", "rory"}, {"name", "Rory"}, {"email", "Rory"}});
+    Run(client, "user/create", {{"LOGIN", "rory2"}, {"name", "rory"}});
+    Run(client, "user/create", {{"LOGIN", "john"}, {"name", "John Smith"}});
+    Run(client, "user/create", {{"LOGIN", "smith"}, {"name", "john smith"}});
+    const auto find = [&](const json& names) {
+        const HttpAnswer answer = client.Post("/api/v1/users/find", json{{"names", names}}.dump());
+        EXPECT_EQ(answer.status, 200) << answer.body;
+        return json::parse(answer.body);
+    };
+    const json found = find({"AMY@example.org", "rory", "John Smith", "nobody", "", "id:4", "amy", "id:99"});
+    EXPECT_EQ(found.at("total"), 3);
+    EXPECT_EQ(found.at("missing"), json({"nobody", "id:99"}));
+    ASSERT_EQ(found.at("ambiguous").size(), 1U);
+    EXPECT_EQ(found.at("ambiguous").at(0).at("name"), "John Smith");
+    EXPECT_EQ(found.at("ambiguous").at(0).at("people").at(1).at("login"), "smith");
+    const std::string among = found.at("result");
+    const json list = Got(client, "/users?sort=-login&among=" + among);
+    ASSERT_EQ(list.at("total"), 3);
+    EXPECT_EQ(list.at("rows").at(0).at("login"), "rory2");
+    EXPECT_EQ(Got(client, "/users?q=pond&among=" + among).at("total"), 1);
+    EXPECT_EQ(CodeOf(client.Get("/api/v1/users?among=x")), "result_gone");
+    EXPECT_EQ(client.Post("/api/v1/users/find", json{{"names", {"id:x"}}}.dump()).status, 422);
+    EXPECT_EQ(client.Post("/api/v1/users/find", json{{"names", "amy"}}.dump()).status, 422);
 }
 
 TEST_F(ServerTest, ChangesOfOthersAreSeenWhenListsAreOld)
@@ -604,6 +677,140 @@ TEST_F(ServerTest, ChangesOfOthersAreSeenWhenListsAreOld)
     management::Execute(m_conn, "INSERT INTO qv_User (Col_LoginName) VALUES ('rory')");
     Run(client, "view/create", {{"NAME", "Company"}});
     EXPECT_EQ(Got(client, "/users").at("total"), 3);
+}
+
+// ---- Imports --------------------------------------------------------------------------------------------------------
+
+class ImportServerTest : public ServerTest {
+protected:
+    HttpAnswer Send(const std::string& path, const json& body)
+    {
+        return m_client->Post("/api/v1/imports" + path, body.dump());
+    }
+    void SendText(const std::string& text) { ASSERT_EQ(Send("/text", {{"text", text}, {"first", true}}).status, 200); }
+    json Begin(json body)
+    {
+        body.emplace("delimiter", ",");
+        const HttpAnswer answer = Send("", body);
+        EXPECT_EQ(answer.status, 200) << answer.body;
+        return answer.status == 200 ? json::parse(answer.body) : json{{"id", 0}};
+    }
+    json WaitFor(const json& job)
+    {
+        const std::string path = "/imports?id=" + job.at("id").dump();
+        json state = Got(*m_client, path);
+        for (int i = 0; i < 600 && !state.at("over").get<bool>(); ++i) {
+            std::this_thread::sleep_for(100ms);
+            state = Got(*m_client, path);
+        }
+        return state;
+    }
+    void SetUp() override
+    {
+        ServerTest::SetUp();
+        m_client.emplace(Signed());
+    }
+    void TearDown() override
+    {
+        m_client.reset();
+        ServerTest::TearDown();
+    }
+
+    std::optional<HttpClient> m_client;
+};
+
+TEST_F(ImportServerTest, TriesImportsReportsAndUndoes)
+{
+    SendText("Name,Anmeldung,Farbe\nAmy,a");
+    ASSERT_EQ(Send("/text", {{"text", "my,blue\n,rory,\n\"A, B\",\" x\",\n"}}).status, 200);
+    const HttpAnswer looked = Send("/look", {{"delimiter", ","}});
+    ASSERT_EQ(looked.status, 200);
+    const json look = json::parse(looked.body);
+    EXPECT_EQ(look.at("columns"), json({"Name", "Anmeldung", "Farbe"}));
+    EXPECT_EQ(look.at("sample").at(2), json({"A, B", " x", ""}));
+    EXPECT_EQ(look.at("rows"), 3);
+    EXPECT_THAT(look.at("known").dump(), HasSubstr("\"login\""));
+    const json columns = {"name", "login", nullptr};
+
+    const json tried = WaitFor(Begin({{"columns", columns}, {"dry_run", true}}));
+    EXPECT_EQ(tried.at("created"), 2);
+    EXPECT_EQ(tried.at("failed"), 1);
+    EXPECT_EQ(tried.at("entry"), nullptr);
+    EXPECT_EQ(tried.at("failed_rows").at(0).at("line"), 4);
+    EXPECT_EQ(Got(*m_client, "/users").at("total"), 1);
+
+    const json done = WaitFor(Begin({{"columns", columns}, {"reason", "new people"}}));
+    EXPECT_EQ(done.at("created"), 2);
+    EXPECT_EQ(done.at("error"), "");
+    EXPECT_EQ(Got(*m_client, "/users").at("total"), 3);
+    EXPECT_EQ(Run(*m_client, "user/show", {{"USER", "amy"}}).at("record").at("name"), "Amy");
+    const std::string id = done.at("id").dump();
+    const HttpAnswer report = m_client->Get("/api/v1/imports/report?id=" + id);
+    EXPECT_THAT(report.body, StartsWith("line,login,id,outcome,reason\n2,amy,"));
+    EXPECT_EQ(report.Header("Content-Disposition"), "attachment; filename=\"import-" + id + "-report.csv\"");
+    EXPECT_EQ(m_client->Get("/api/v1/imports/report?failed=1&id=" + id).body, "name,login,- 3\n\"A, B\", x,\n");
+    const json entry = Run(*m_client, "audit/show", {{"ID", done.at("entry")}}).at("record");
+    EXPECT_EQ(entry.at("who"), "Admin");
+    EXPECT_EQ(entry.at("front_end"), "web");
+    EXPECT_EQ(entry.at("reason"), "new people");
+    json undo = {{"parameters", {{"ID", {done.at("entry").dump()}}}}};
+    const HttpAnswer asked = Ask(*m_client, "audit/undo", undo);
+    if (asked.status == 409) {
+        undo["confirm"] = json::parse(asked.body).at("plan").at("digest");
+        EXPECT_EQ(Ask(*m_client, "audit/undo", undo).status, 200);
+    }
+    EXPECT_EQ(Got(*m_client, "/users").at("total"), 1);
+    EXPECT_EQ(Got(*m_client, "/imports").at("imports").size(), 2U);
+}
+
+TEST_F(ImportServerTest, OthersHaveTheirTurnWhileItRuns)
+{
+    constexpr int rows = 20000;
+    std::string text = "login\n";
+    for (int i = 0; i < rows; ++i) {
+        text += "user" + std::to_string(i) + "\n";
+    }
+    SendText(text);
+    const json job = Begin({{"columns", {"login"}}});
+    Run(*m_client, "user/set", {{"USER", "Admin"}, {"title", "Chief"}});
+    EXPECT_EQ(Got(*m_client, "/imports?id=" + job.at("id").dump()).at("over"), false);
+    EXPECT_EQ(Send("", {{"columns", {"login"}}, {"delimiter", ","}}).status, 409);
+    EXPECT_EQ(Send("/stop", {{"id", job.at("id")}}).status, 200);
+    const json end = WaitFor(job);
+    EXPECT_EQ(end.at("error"), "stopped");
+    EXPECT_LT(end.at("created").get<int>(), rows);
+    EXPECT_EQ(Got(*m_client, "/users?q=user").at("total"), end.at("created"));
+}
+
+TEST_F(ImportServerTest, ARunningImportEndsWithTheServer)
+{
+    std::string text = "login\n";
+    for (int i = 0; i < 20000; ++i) {
+        text += "user" + std::to_string(i) + "\n";
+    }
+    SendText(text);
+    const json job = Begin({{"columns", {"login"}}});
+    m_server.reset();
+    EXPECT_LT(management::Number(m_conn, "SELECT COUNT(*) FROM qv_User"), 20000);
+}
+
+TEST_F(ImportServerTest, WhatCannotBeIsRefused)
+{
+    EXPECT_EQ(Send("/look", {{"delimiter", ","}}).status, 422);
+    EXPECT_EQ(Send("/text", {{"text", "x"}}).status, 422);
+    SendText("login,title\namy,Chief\n");
+    EXPECT_EQ(Send("/look", {{"delimiter", ""}}).status, 422);
+    const json columns = {"login", "title"};
+    EXPECT_EQ(Send("", {{"delimiter", ","}}).status, 422);
+    EXPECT_EQ(Send("", {{"delimiter", ","}, {"columns", {"login"}}}).status, 422);
+    EXPECT_EQ(Send("", {{"delimiter", ","}, {"columns", columns}, {"surprise", 1}}).status, 422);
+    EXPECT_EQ(Send("", {{"delimiter", ","}, {"columns", columns}, {"update", "yes"}}).status, 422);
+    EXPECT_EQ(m_client->Get("/api/v1/imports?id=9").status, 404);
+    EXPECT_THAT(WaitFor(Begin({{"columns", {nullptr, "title"}}})).at("error").get<std::string>(), HasSubstr("login"));
+    EXPECT_THAT(WaitFor(Begin({{"columns", columns}, {"departments", "Company"}})).at("error").get<std::string>(),
+                HasSubstr("department"));
+    EXPECT_EQ(Got(*m_client, "/users").at("total"), 1);
+    EXPECT_EQ(Client().Get("/api/v1/imports").status, 401);
 }
 
 // ---- Texts and secrets ----------------------------------------------------------------------------------------------

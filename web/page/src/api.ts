@@ -2,7 +2,12 @@
 
 export type Value = string | number | boolean | null;
 export type Row = Record<string, Value>;
-export type Values = Record<string, Value | string[]>;
+/** All of a list that the server keeps, but for some ids. */
+export interface Chosen {
+    result: string;
+    except: number[];
+}
+export type Values = Record<string, Value | string[] | Chosen>;
 
 export interface Plan {
     lines: string[];
@@ -79,6 +84,14 @@ export interface People {
     path?: string;
     trail?: Step[];
     rows: Person[];
+}
+
+/** What names mean; `result` has those who are meant. */
+export interface FoundNames {
+    result: string;
+    total: number;
+    missing: string[];
+    ambiguous: { name: string; people: Person[] }[];
 }
 
 export interface Step {
@@ -195,6 +208,7 @@ export const run = (command: string, parameters: Values, options: RunOptions = {
 
 export const listPeople = (query: Record<string, string>, signal?: AbortSignal) =>
     request<People>("GET", `/users?${new URLSearchParams(query)}`, undefined, signal);
+export const findNames = (names: string[]) => request<FoundNames>("POST", "/users/find", { names });
 export const listPlaces = (parent: string, offset: number) =>
     request<Places>("GET", `/tree?${new URLSearchParams({ parent, offset: String(offset) })}`);
 export const findPlaces = (q: string) =>
@@ -202,5 +216,39 @@ export const findPlaces = (q: string) =>
         "GET",
         `/tree/find?${new URLSearchParams({ q })}`,
     );
+export const listProblems = async () => (await request<{ problems: Row[] }>("GET", "/problems")).problems;
+/** How an import stands; the rows are the first ones, and only there when one is asked for. */
+export interface Import {
+    id: number;
+    login: string;
+    dry_run: boolean;
+    over: boolean;
+    error: string;
+    done: number;
+    total: number;
+    created: number;
+    updated: number;
+    unchanged: number;
+    exists: number;
+    failed: number;
+    entry: number | null;
+    groups: string[];
+    group_count: number;
+    rows?: Row[];
+    failed_rows?: Row[];
+}
+/** What a text to be imported has. */
+export interface Look {
+    columns: string[];
+    sample: string[][];
+    rows: number;
+    known: string[];
+}
+export const sendImportText = (text: string, first: boolean) => request("POST", "/imports/text", { text, first });
+export const lookAtImport = (delimiter: string) => request<Look>("POST", "/imports/look", { delimiter });
+export const beginImport = (order: Record<string, Value | (string | null)[]>) => request<Import>("POST", "/imports", order);
+export const findImport = (id: number) => request<Import>("GET", `/imports?id=${id}`);
+export const listImports = async () => (await request<{ imports: Import[] }>("GET", "/imports")).imports;
+export const stopImport = (id: number) => request("POST", "/imports/stop", { id });
 export const overview = () => request<Row>("GET", "/overview");
 export const listCommands = async () => (await request<{ commands: Command[] }>("GET", "/commands")).commands;

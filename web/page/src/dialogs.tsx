@@ -106,6 +106,23 @@ export function Toasts() {
     );
 }
 
+const kMostLines = 200;
+
+/** Lines that may be many, of which the first are shown. @param further  how many there are beside. */
+export function Lines(props: { label: string; lines: string[]; further?: number }) {
+    const further = (props.further ?? 0) + Math.max(0, props.lines.length - kMostLines);
+    return (
+        <ul class="plan" tabIndex={0} aria-label={props.label}>
+            {props.lines.slice(0, kMostLines).map((line, i) => (
+                <li key={i} dir="auto">
+                    {line}
+                </li>
+            ))}
+            {further > 0 && <li>{t("further", { count: further })}</li>}
+        </ul>
+    );
+}
+
 const kMostWithoutTyping = 20;
 
 function PlanDialog(props: { plan: Plan; onEnd: (agreed: boolean) => void }) {
@@ -120,14 +137,7 @@ function PlanDialog(props: { plan: Plan; onEnd: (agreed: boolean) => void }) {
                     props.onEnd(true);
                 }}
             >
-                <ul class="plan">
-                    {plan.lines.map((line, i) => (
-                        <li key={i} dir="auto">
-                            {line}
-                        </li>
-                    ))}
-                    {plan.further_lines > 0 && <li>{t("further", { count: plan.further_lines })}</li>}
-                </ul>
+                <Lines label={plan.question} lines={plan.lines} further={plan.further_lines} />
                 {isMuch && (
                     <label class="field">
                         {t("removes", { count: plan.removed })} {t("typenumber", { count: String(plan.removed) })}

@@ -1,7 +1,7 @@
 // Tree, list and sheet.
 import { useState } from "preact/hooks";
 import type { People } from "./api";
-import { List, type ListQuery } from "./list";
+import { List, type ListQuery, traits } from "./list";
 import { type Where, go } from "./place";
 import { Sheet, type Tab } from "./sheet";
 import { t } from "./texts";
@@ -18,7 +18,8 @@ export function Directory(props: { where: Where }) {
         q: query["q"] ?? "",
         sort: query["sort"] ?? "",
         deep: query["deep"] !== "0",
-        locked: query["locked"] === "1",
+        trait: traits.find(trait => query[trait] === "1") ?? "",
+        among: query["among"] ?? "",
     };
     const isHere = people !== undefined && place !== "" && people.trail?.at(-1)?.key === place;
     return (
@@ -28,7 +29,7 @@ export function Directory(props: { where: Where }) {
                 chosen={place}
                 trail={isHere ? people.trail : undefined}
                 path={isHere ? people.path : undefined}
-                onChoose={key => show({ in: key, user: undefined, tab: undefined })}
+                onChoose={key => show({ in: key, among: undefined, user: undefined, tab: undefined })}
             />
             <List
                 query={asked}
@@ -38,7 +39,9 @@ export function Directory(props: { where: Where }) {
                     show({
                         ...(changed.sort === undefined ? {} : { sort: changed.sort }),
                         ...(changed.deep === undefined ? {} : { deep: changed.deep ? "" : "0" }),
-                        ...(changed.locked === undefined ? {} : { locked: changed.locked ? "1" : "" }),
+                        ...(changed.trait === undefined
+                            ? {}
+                            : Object.fromEntries(traits.map(trait => [trait, trait === changed.trait ? "1" : ""]))),
                     })
                 }
                 onOpen={id => show({ user: String(id) })}

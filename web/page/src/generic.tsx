@@ -1,4 +1,5 @@
 // Whatever the table of commands has: a list, and a form for each of its commands.
+import type { ComponentChildren } from "preact";
 import { useEffect, useState } from "preact/hooks";
 import { type Answer, type Command, type Parameter, type Row, type Values, run } from "./api";
 import { Dialog, Trouble, change, openDialog, sentence } from "./dialogs";
@@ -279,14 +280,30 @@ function Noun(props: { noun: string; commands: Command[] }) {
     );
 }
 
-export function Nouns(props: { area: string; title: string; nouns: string[]; chosen: string | undefined; commands: Command[] }) {
-    const noun = props.chosen && props.nouns.includes(props.chosen) ? props.chosen : (props.nouns[0] as string);
+/** A tab that has a view of its own, before those of the nouns. */
+export interface OwnView {
+    name: string;
+    title: string;
+    view: () => ComponentChildren;
+}
+
+export function Nouns(props: {
+    area: string;
+    title: string;
+    nouns: string[];
+    own?: OwnView | undefined;
+    chosen: string | undefined;
+    commands: Command[];
+}) {
+    const { own } = props;
+    const names = [...(own ? [own.name] : []), ...props.nouns];
+    const noun = props.chosen && names.includes(props.chosen) ? props.chosen : (names[0] as string);
     return (
         <div class="page">
             <h1>{props.title}</h1>
-            {props.nouns.length > 1 && (
+            {names.length > 1 && (
                 <nav class="tabs" aria-label={props.title}>
-                    {props.nouns.map(other => (
+                    {names.map(other => (
                         <a
                             key={other}
                             href={`/${props.area}?noun=${other}`}
@@ -296,12 +313,16 @@ export function Nouns(props: { area: string; title: string; nouns: string[]; cho
                                 void go(`/${props.area}`, { noun: other });
                             }}
                         >
-                            {words(other)}
+                            {other === own?.name ? own.title : words(other)}
                         </a>
                     ))}
                 </nav>
             )}
-            <Noun key={noun} noun={noun} commands={props.commands.filter(command => command.path[0] === noun)} />
+            {noun === own?.name ? (
+                own.view()
+            ) : (
+                <Noun key={noun} noun={noun} commands={props.commands.filter(command => command.path[0] === noun)} />
+            )}
         </div>
     );
 }

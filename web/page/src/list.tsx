@@ -1,24 +1,32 @@
 // People.
 import { useEffect, useRef, useState } from "preact/hooks";
 import { type People, type Person, Problem, listPeople } from "./api";
-import { Trouble, askFor, change, changeOrSay, sentence } from "./dialogs";
+import { Trouble, askFor, change, sentence } from "./dialogs";
 import { Icon } from "./icons";
+import { askNames } from "./names";
+import { askAdd, askMove, askRole, carry, changePeopleOrSay, cut, deletePeople } from "./people";
+import { argumentOf, suggestGroups } from "./pickers";
 import { go, useChanges } from "./place";
 import { Scroller } from "./scroller";
+import { Selection } from "./selection";
 import { counted, t } from "./texts";
-import { argumentOf, suggestGroups } from "./tree";
 
 const kPage = 200;
-const kMostSelected = 500;
 const kLine = 30;
 const columns = ["name", "login", "department", "title", "mobile", "email"] as const;
+
+/** By what lists are narrowed. */
+export const traits = ["locked", "super", "no_group", "plain_password", "no_password"] as const;
 
 export interface ListQuery {
     in: string;
     q: string;
     sort: string;
     deep: boolean;
-    locked: boolean;
+    /** One of the traits; empty: all people. */
+    trait: string;
+    /** A list that names were found as. */
+    among: string;
 }
 
 const queryOf = (query: ListQuery): Record<string, string> => ({
@@ -26,7 +34,8 @@ const queryOf = (query: ListQuery): Record<string, string> => ({
     ...(query.q ? { q: query.q } : {}),
     ...(query.sort ? { sort: query.sort } : {}),
     ...(query.deep ? {} : { deep: "0" }),
-    ...(query.locked ? { locked: "1" } : {}),
+    ...(query.trait ? { [query.trait]: "1" } : {}),
+    ...(query.among ? { among: query.among } : {}),
 });
 
 export function List(props: {
@@ -44,7 +53,7 @@ export function List(props: {
     const asked = useRef(new Set<number>());
     const [version, setVersion] = useState(0);
     const [active, setActive] = useState(0);
-    const [selected, setSelected] = useState<ReadonlyMap<number, string>>(new Map());
+    const [selected, setSelected] = useState(Selection.nobody);
     const anchor = useRef(0);
     const text = JSON.stringify(queryOf(query));
     void version;
@@ -76,7 +85,7 @@ export function List(props: {
         return () => abort.abort();
     }, [text, changes]);
     useEffect(() => {
-        setSelected(new Map());
+        setSelected(Selection.nobody);
         setActive(0);
     }, [text]);
 
@@ -102,12 +111,8 @@ export function List(props: {
     };
 
     const total = people?.total ?? 0;
-    const select = (ids: Person[], isOn: boolean, isAlone = false) =>
-        setSelected(before => {
-            const after = new Map(isAlone ? [] : before);
-            ids.forEach(person => (isOn ? after.set(person.id, person.login) : after.delete(person.id)));
-            return after;
-        });
+    const select = (chosen: Person[], isOn: boolean, isAlone = false) =>
+        setSelected(before => (isAlone ? Selection.nobody : before).with(chosen.map(person => person.id), isOn));
     const range = (to: number) => {
         const [from, end] = anchor.current < to ? [anchor.current, to] : [to, anchor.current];
         select(
@@ -116,18 +121,23 @@ export function List(props: {
             true,
         );
     };
-    const selectAll = async (isOn: boolean) => {
-        if (!isOn || !people) {
-            setSelected(new Map());
-        } else if (total > kMostSelected) {
-            setTrouble(t("people.toomany"));
-        } else {
-            const page = await listPeople({ result: people.result, limit: String(kMostSelected) });
-            select(page.rows, true, true);
-        }
-    };
+    const selectAll = (isOn: boolean) =>
+        setSelected(isOn && people ? Selection.allOf(people.result, total) : Selection.nobody);
+    /** The people that an action on a row is meant for: those selected, or the row's alone. */
+    const meant = (row: Person) => (selected.has(row.id) ? selected : Selection.of([row.id]));
+    /** The place whose own members are shown, and no others. */
+    const from = query.in.startsWith("group:") && !query.deep ? query.in : "";
 
     const onKey = (event: KeyboardEvent, page: number) => {
+        if ((event.ctrlKey || event.metaKey) && (event.key === "a" || event.key === "x")) {
+            event.preventDefault();
+            const present = rows.current[active];
+            if (event.key === "a") {
+                selectAll(true);
+            } else if (present) {
+                cut({ people: selected.count > 0 ? selected : Selection.of([present.id]), from });
+            }
+        }
         if (event.ctrlKey || event.altKey || event.metaKey) {
             return;
         }
@@ -151,7 +161,7 @@ export function List(props: {
             Enter: () => row && props.onOpen(row.id),
             " ": () => row && select([row], !selected.has(row.id)),
             F2: () => row && rename(row),
-            Delete: () => row && void remove(selected.size > 0 ? [...selected.keys()] : [row.id]),
+            Delete: () => row && void remove(selected.count > 0 ? selected : Selection.of([row.id])),
         };
         const action = actions[event.key];
         if (action) {
@@ -160,10 +170,9 @@ export function List(props: {
         }
     };
 
-    const users = (ids: Iterable<number>) => [...ids].map(id => `id:${id}`);
-    const remove = async (ids: number[]) => {
-        if (await changeOrSay("user/delete", { USER: users(ids) })) {
-            setSelected(new Map());
+    const remove = async (chosen: Selection) => {
+        if (await deletePeople(chosen)) {
+            setSelected(Selection.nobody);
         }
     };
     const rename = (person: Person) =>
@@ -206,14 +215,6 @@ export function List(props: {
                 return made !== null;
             },
         );
-    const addTo = () =>
-        askFor(
-            t("people.addto"),
-            [{ name: "group", label: t("group.path"), required: true, suggest: suggestGroups }],
-            t("ok"),
-            async values =>
-                (await change("member/add", { GROUP: values["group"] ?? "", USER: users(selected.keys()) })) !== null,
-        );
 
     const sorted = query.sort || "login";
     const header = (column: string) => {
@@ -254,38 +255,37 @@ export function List(props: {
                                 <bdi>{step.name}</bdi>
                             </span>
                         ))}
+                    {query.among !== "" && ` / ${t("names.crumb")}`}
                 </nav>
                 <span class="total" role="status">
                     {people ? counted("people.count", total) : ""}
                 </span>
             </header>
             <div class="bar">
-                {selected.size > 0 ? (
+                {selected.count > 0 ? (
                     <>
-                        <strong>{t("people.selected", { count: selected.size })}</strong>
-                        <button onClick={() => void changeOrSay("user/lock", { USER: users(selected.keys()) })}>
-                            {t("people.lock")}
-                        </button>
-                        <button onClick={() => void changeOrSay("user/unlock", { USER: users(selected.keys()) })}>
+                        <strong role="status">{t("people.selected", { count: selected.count })}</strong>
+                        <button onClick={() => void changePeopleOrSay("user/lock", selected)}>{t("people.lock")}</button>
+                        <button onClick={() => void changePeopleOrSay("user/unlock", selected)}>
                             {t("people.unlock")}
                         </button>
-                        <button onClick={addTo}>{t("people.addto")}</button>
+                        <button onClick={() => askMove(selected, from ? (people?.path ?? "") : "")}>{t("move")}…</button>
+                        <button onClick={() => askAdd(selected)}>{t("people.addto")}</button>
                         {query.in !== "" && (
                             <button
                                 onClick={() =>
-                                    void changeOrSay("member/remove", {
-                                        GROUP: argumentOf(query.in),
-                                        USER: users(selected.keys()),
-                                    })
+                                    void changePeopleOrSay("member/remove", selected, { GROUP: argumentOf(query.in) })
                                 }
                             >
                                 {t("people.removefrom")}
                             </button>
                         )}
-                        <button class="danger" onClick={() => void remove([...selected.keys()])}>
+                        <button onClick={() => askRole(selected, "add")}>{t("people.role.add")}</button>
+                        <button onClick={() => askRole(selected, "remove")}>{t("people.role.remove")}</button>
+                        <button class="danger" onClick={() => void remove(selected)}>
                             {t("delete")}…
                         </button>
-                        <button class="link" onClick={() => setSelected(new Map())}>
+                        <button class="link" onClick={() => setSelected(Selection.nobody)}>
                             {t("people.clear")}
                         </button>
                     </>
@@ -302,14 +302,19 @@ export function List(props: {
                             />
                             {t("people.deep")}
                         </label>
-                        <label>
-                            <input
-                                type="checkbox"
-                                checked={query.locked}
-                                onChange={event => props.onQuery({ locked: event.currentTarget.checked })}
-                            />
-                            {t("people.locked")}
-                        </label>
+                        <select
+                            aria-label={t("people.filter")}
+                            value={query.trait}
+                            onChange={event => props.onQuery({ trait: event.currentTarget.value })}
+                        >
+                            <option value="">{t("people.all")}</option>
+                            {traits.map(trait => (
+                                <option key={trait} value={trait}>
+                                    {t(`trait.${trait}`)}
+                                </option>
+                            ))}
+                        </select>
+                        <button onClick={() => askNames()}>{t("names.open")}</button>
                     </>
                 )}
             </div>
@@ -339,8 +344,8 @@ export function List(props: {
                                         <input
                                             type="checkbox"
                                             aria-label={t("people.selectall")}
-                                            checked={selected.size > 0 && selected.size === total}
-                                            onChange={event => void selectAll(event.currentTarget.checked)}
+                                            checked={selected.count > 0 && selected.count === total}
+                                            onChange={event => selectAll(event.currentTarget.checked)}
                                         />
                                     </div>
                                     {columns.map(header)}
@@ -359,6 +364,12 @@ export function List(props: {
                                 aria-rowindex={index + 1}
                                 aria-selected={isSelected}
                                 style={style}
+                                draggable={row !== undefined && !row["gone"]}
+                                onDragStart={event => {
+                                    event.dataTransfer?.setData("text/plain", row?.login ?? "");
+                                    row && carry({ people: meant(row), from });
+                                }}
+                                onDragEnd={() => carry(undefined)}
                                 onClick={event => {
                                     setActive(number);
                                     if (event.shiftKey) {

@@ -7,6 +7,9 @@ import { Directory } from "./directory";
 import type { Key } from "./en";
 import { Nouns } from "./generic";
 import { Icon } from "./icons";
+import { Matrix } from "./matrix";
+import { ImportPage } from "./import";
+import { askNames, namesIn } from "./names";
 import { Audit, Overview, Why } from "./pages";
 import { type Where, go, useWhere } from "./place";
 import { SetupPage, SignInDialog, SignInPage } from "./signin";
@@ -16,6 +19,7 @@ import { language, languages, setLanguage, t } from "./texts";
 const areas: { name: string; nouns?: string[] }[] = [
     { name: "overview" },
     { name: "directory" },
+    { name: "import" },
     { name: "roles", nouns: ["role"] },
     { name: "why" },
     { name: "rights", nouns: ["right", "objright"] },
@@ -79,6 +83,13 @@ function Search(props: { where: Where }) {
                 onInput={event => !event.isComposing && search(event.currentTarget.value)}
                 onCompositionEnd={event => search(event.currentTarget.value)}
                 onKeyDown={event => event.key === "Escape" && search("")}
+                onPaste={event => {
+                    const text = event.clipboardData?.getData("text/plain") ?? "";
+                    if (namesIn(text).length > 1) {
+                        event.preventDefault();
+                        askNames(text);
+                    }
+                }}
             />
             <kbd aria-hidden="true">/</kbd>
         </div>
@@ -131,6 +142,8 @@ function Page(props: { where: Where; commands: Command[] }) {
             return <Overview />;
         case "why":
             return <Why where={props.where} />;
+        case "import":
+            return <ImportPage />;
         case "audit":
             return <Audit where={props.where} />;
         default:
@@ -145,6 +158,11 @@ function Page(props: { where: Where; commands: Command[] }) {
                     area={area.name}
                     title={t(`area.${area.name}` as Key)}
                     nouns={nounsOf(area, commands)}
+                    own={
+                        area.name === "rights"
+                            ? { name: "matrix", title: t("matrix.title"), view: () => <Matrix /> }
+                            : undefined
+                    }
                     chosen={props.where.query["noun"]}
                     commands={commands}
                 />

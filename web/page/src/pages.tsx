@@ -1,8 +1,9 @@
 // Overview, Why and Audit.
 import { useEffect, useState } from "preact/hooks";
-import { type Answer, type Row, overview, run } from "./api";
+import { type Answer, type Row, listProblems, overview, run } from "./api";
 import { Trouble, changeOrSay, sentence, undo } from "./dialogs";
 import { AnswerView } from "./generic";
+import { traits } from "./list";
 import { type Where, go, useChanges } from "./place";
 import { RecordView, Table, shown } from "./table";
 import { t, time } from "./texts";
@@ -14,7 +15,8 @@ export function Overview() {
     useEffect(() => {
         overview().then(setRow, error => setTrouble(sentence(error)));
     }, [changes]);
-    const link = (path: string, query: Record<string, string>, key: "users" | "locked" | "groups" | "views") => (
+    const [problems, setProblems] = useState<Row[]>();
+    const link = (path: string, query: Record<string, string>, key: "users" | "groups" | "views") => (
         <a
             class="tile"
             href={`${path}?${new URLSearchParams(query)}`}
@@ -34,9 +36,37 @@ export function Overview() {
                 <>
                     <div class="tiles">
                         {link("/directory", {}, "users")}
-                        {link("/directory", { locked: "1" }, "locked")}
                         {link("/directory", {}, "groups")}
                         {link("/more", { noun: "view" }, "views")}
+                    </div>
+                    <h2>{t("overview.attention")}</h2>
+                    <ul class="attention">
+                        {traits.map(trait => (
+                            <li key={trait}>
+                                <a
+                                    href={`/directory?${trait}=1`}
+                                    onClick={event => {
+                                        event.preventDefault();
+                                        void go("/directory", { [trait]: "1" });
+                                    }}
+                                >
+                                    {t(`trait.${trait}`)}: {shown(trait, row[trait])}
+                                </a>
+                            </li>
+                        ))}
+                        <li>
+                            {t("nowhere")}: {shown("nowhere", row["nowhere"])}
+                        </li>
+                    </ul>
+                    <div class="bar">
+                        <button onClick={() => listProblems().then(setProblems, error => setTrouble(sentence(error)))}>
+                            {t("overview.check")}
+                        </button>
+                    </div>
+                    <div role="status">
+                        {problems && (
+                            <Table label={t("overview.check")} columns={["count", "problem", "example", "repair"]} rows={problems} />
+                        )}
                     </div>
                     <p class="muted">
                         {t("overview.engine")}: <bdi>{row["engine"]}</bdi> · {t("overview.asof", { time: time(String(row["as_of"])) })}

@@ -6,7 +6,7 @@ import { Icon } from "./icons";
 import { addGuard, useChanges } from "./place";
 import { RecordView, Table } from "./table";
 import { counted, t, words } from "./texts";
-import { suggestGroups } from "./tree";
+import { suggestGroups } from "./pickers";
 
 const tabs = ["general", "contact", "groups", "roles", "rights", "security", "more", "history"] as const;
 export type Tab = (typeof tabs)[number];

@@ -3,6 +3,8 @@ import { useEffect, useRef, useState } from "preact/hooks";
 import { type Place, type Step, findPlaces, listPlaces } from "./api";
 import { Trouble, askFor, change, changeOrSay, sentence } from "./dialogs";
 import { Icon } from "./icons";
+import { canDrop, carry, cut, drop } from "./people";
+import { argumentOf, suggestGroups } from "./pickers";
 import { useChanges } from "./place";
 import { Scroller } from "./scroller";
 import { number, t } from "./texts";
@@ -27,11 +29,6 @@ interface Children {
 }
 
 const last = (way: string) => way.slice(way.lastIndexOf("/") + 1);
-/** A view or group as commands take it. */
-export const argumentOf = (key: string) => (key.startsWith("view:") ? key : key.replace("group:", "id:"));
-
-export const suggestGroups = async (text: string) => (await findPlaces(text)).rows.map(row => row.path);
-
 export function Tree(props: { chosen: string; trail: Step[] | undefined; path: string | undefined; onChoose: (key: string) => void }) {
     const changes = useChanges();
     const children = useRef(new Map<string, Children>());
@@ -42,6 +39,8 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
     const [nowhere, setNowhere] = useState(0);
     const typed = useRef({ text: "", at: 0 });
     const [filter, setFilter] = useState("");
+    /** The line that something is dragged over. */
+    const [over, setOver] = useState("");
     const [found, setFound] = useState<(Step & { path: string })[]>([]);
 
     const load = async (parent: string, offset: number) => {
@@ -142,6 +141,7 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
             return after;
         });
     };
+    const parentOf = (line: Line) => last(line.way.slice(0, Math.max(0, line.way.lastIndexOf("/"))));
     const choose = (line: Line) => {
         setActive(line.way);
         if (line.place && line.place.key !== "nowhere") {
@@ -151,6 +151,15 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
 
     const onKey = (event: KeyboardEvent, page: number) => {
         const line = lines[activeIndex];
+        if (line?.place && (event.ctrlKey || event.metaKey)) {
+            if (event.key === "x" && line.place.key.startsWith("group:")) {
+                event.preventDefault();
+                cut({ group: line.place, from: parentOf(line) });
+            } else if (event.key === "v" && canDrop(line.place)) {
+                event.preventDefault();
+                drop(line.place, false);
+            }
+        }
         if (!line || event.ctrlKey || event.altKey || event.metaKey) {
             return;
         }
@@ -244,7 +253,7 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
         if (!line || !place?.key.startsWith("group:")) {
             return;
         }
-        const parent = last(line.way.slice(0, line.way.lastIndexOf("/")));
+        const parent = parentOf(line);
         askFor(
             t("group.move", { path: place.name }),
             [{ name: "to", label: t("group.newparent"), required: true, suggest: suggestGroups }],
@@ -366,7 +375,7 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
                             <div
                                 key={line.way}
                                 id={`tree-${index}`}
-                                class={`branch${index === activeIndex ? " active" : ""}`}
+                                class={`branch${index === activeIndex ? " active" : ""}${line.way === over ? " over" : ""}`}
                                 role="treeitem"
                                 aria-level={line.depth}
                                 aria-setsize={line.count}
@@ -374,6 +383,24 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
                                 aria-selected={place !== undefined && place.key === props.chosen}
                                 {...(canOpen(line) ? { "aria-expanded": open.has(line.way) } : {})}
                                 style={{ ...style, "--depth": line.depth }}
+                                draggable={place?.key.startsWith("group:")}
+                                onDragStart={event => {
+                                    event.dataTransfer?.setData("text/plain", place?.name ?? "");
+                                    place && carry({ group: place, from: parentOf(line) });
+                                }}
+                                onDragEnd={() => carry(undefined)}
+                                onDragOver={event => {
+                                    if (canDrop(place)) {
+                                        event.preventDefault();
+                                        setOver(line.way);
+                                    }
+                                }}
+                                onDragLeave={() => setOver(before => (before === line.way ? "" : before))}
+                                onDrop={event => {
+                                    event.preventDefault();
+                                    setOver("");
+                                    place && drop(place, event.ctrlKey);
+                                }}
                                 onClick={() => choose(line)}
                                 onDblClick={() => canOpen(line) && setLine(line, !open.has(line.way))}
                             >

@@ -1,0 +1,358 @@
+#include "web/Imports.h"
+
+#include "management/Call.h"
+#include "management/Changes.h"
+#include "management/CsvWriter.h"
+#include "web/CommandAnswer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <sstream>
+
+namespace web {
+
+using namespace management;
+
+namespace {
+
+constexpr std::size_t kMostBytes = std::size_t{32} << 20U;
+constexpr std::size_t kMostTexts = 4;
+constexpr std::size_t kMostJobs = 8;
+constexpr std::size_t kMostShown = 200;
+constexpr std::size_t kSample = 3;
+constexpr std::size_t kOutcomeColumn = 3;
+
+[[noreturn]] void Refuse(const std::string& sentence) { throw Error(ErrorCode::invalid, sentence); }
+
+bool FlagIn(const JsonValue& body, std::string_view name)
+{
+    const JsonValue* flag = body.Find(name);
+    if (flag != nullptr && flag->type != JsonValue::Type::boolean) {
+        Refuse(fmt::format("{} is neither true nor false", name));
+    }
+    return flag != nullptr && flag->text == "1";
+}
+
+std::string TextIn(const JsonValue& body, std::string_view name)
+{
+    const JsonValue* text = body.Find(name);
+    if (text != nullptr && text->type != JsonValue::Type::text) {
+        Refuse(fmt::format("{} is not a text", name));
+    }
+    return text == nullptr ? "" : text->text;
+}
+
+/// Where the rows begin: behind the header's line.
+std::size_t EndOfHeader(const std::string& text) { return std::min(text.find('\n'), text.size()); }
+
+/// The text with other names for its columns, in their order; what has none is left out. Its lines stay where they are.
+std::string WithColumns(const std::string& text, char delimiter, const JsonValue& body)
+{
+    const JsonValue* columns = body.Find("columns");
+    if (columns == nullptr || columns->type != JsonValue::Type::array) {
+        Refuse("columns is required, and is an array of names, or null for what is left out");
+    }
+    std::vector<std::string> names;
+    for (const JsonValue& column : columns->items) {
+        const bool isLeftOut = column.type == JsonValue::Type::null;
+        names.push_back(isLeftOut ? fmt::format("- {}", names.size() + 1) : column.text);
+    }
+    std::istringstream first(text.substr(0, EndOfHeader(text)));
+    const std::optional<CsvRecord> header = CsvReader(first, delimiter).Next();
+    if (!header || header->fields.size() != names.size()) {
+        Refuse(
+            fmt::format("the text has {} columns, and {} are named", header ? header->fields.size() : 0, names.size()));
+    }
+    std::ostringstream out;
+    WriteCsvRow(names, out, delimiter);
+    return std::move(out).str() + text.substr(std::min(EndOfHeader(text) + 1, text.size()));
+}
+
+} // namespace
+
+char DelimiterIn(const JsonValue& body)
+{
+    const std::string text = TextIn(body, "delimiter");
+    if (text.size() != 1 || text == "\"" || text == "\n" || text == "\r") {
+        Refuse("delimiter is the one character between values");
+    }
+    return text.front();
+}
+
+/// Keeps what becomes of rows, and lets others in between.
+class ImportJob::Front final : public FrontEnd {
+public:
+    Front(ImportJob& job, const ImportReport& report, const Surroundings& surroundings)
+        : m_job(job), m_report(report), m_surroundings(surroundings)
+    {
+    }
+
+    /// @param call  whose entry of the record is shown; outlives the rows.
+    void SetCall(const Call& call) { m_call = &call; }
+
+    void TakeColumns(std::vector<std::string> names) override { WriteCsvRow(names, m_reported); }
+    bool TakeRow(const std::vector<Value>& row) override
+    {
+        const std::vector<std::string> texts = TextsForPrograms(row);
+        WriteCsvRow(texts, m_reported);
+        const std::lock_guard lock(m_job.m_mutex);
+        if (m_job.m_rows.size() < kMostShown) {
+            m_job.m_rows.push_back(row);
+        }
+        if (texts.at(kOutcomeColumn) == kRowFates[static_cast<std::size_t>(RowFate::failed)] &&
+            m_job.m_failed.size() < kMostShown) {
+            m_job.m_failed.push_back(row);
+        }
+        return true;
+    }
+    void ShowProgress(long /*done*/, std::optional<long> /*total*/) override
+    {
+        Settle();
+        m_surroundings.between();
+    }
+    [[nodiscard]] bool IsStopRequested() const noexcept override
+    {
+        return m_job.m_isStopped || m_surroundings.isEnding();
+    }
+
+    void TakeFailed(const CsvRecord& record)
+    {
+        // The header comes first, and is nothing to import by itself.
+        ++m_failedCount;
+        if (record.problem.empty()) {
+            WriteCsvRow(record.fields, m_failed, m_job.m_order.delimiter);
+        } else {
+            m_failed << record.text << '\n';
+        }
+    }
+    /// Shows what was done so far.
+    void Settle()
+    {
+        const std::lock_guard lock(m_job.m_mutex);
+        m_job.m_report = m_report;
+        m_job.m_entry = m_call == nullptr ? 0 : m_call->Entry();
+        m_job.m_reportText += std::exchange(m_reported, std::ostringstream()).str();
+        if (m_failedCount > 1) {
+            m_job.m_failedText += std::exchange(m_failed, std::ostringstream()).str();
+        }
+    }
+
+    void TakeOutcome(const Outcome& /*outcome*/) override {}
+    void Confirm(const Plan& /*plan*/) override {}
+    [[nodiscard]] bool CanAsk() const override { return false; }
+    void Explain(const std::string& /*sentence*/) override {}
+    [[nodiscard]] bool IsGiven(std::string_view /*secret*/) const override { return false; }
+    Secret ObtainSecret(const SecretQuestion& /*question*/) override { Refuse("imports take no passwords"); }
+    void ShowSecret(const Secret& /*secret*/) override {}
+    void StoreSecrets(const std::string& /*file*/, const std::vector<UserSecret>& /*secrets*/) override {}
+    std::string ReadText(const std::string& /*name*/) override { Refuse("files cannot be named here"); }
+
+private:
+    ImportJob& m_job;
+    const ImportReport& m_report;
+    const Call* m_call = nullptr;
+    const Surroundings& m_surroundings;
+    std::ostringstream m_reported;
+    std::ostringstream m_failed;
+    long m_failedCount = 0;
+};
+
+void ImportJob::Run(CAConnect& conn, const Surroundings& surroundings) noexcept
+{
+    try {
+        ImportReport report;
+        Front front(*this, report, surroundings);
+        CallOptions options;
+        options.dryRun = m_order.dryRun;
+        options.reason = m_order.reason;
+        options.who = m_order.login;
+        options.frontEnd = "web";
+        options.command = "user import";
+        Call call([&conn]() -> CAConnect& { return conn; }, front, std::move(options));
+        front.SetCall(call);
+        m_order.options.takeFailed = [&front](const CsvRecord& record) { front.TakeFailed(record); };
+        std::istringstream in(std::move(m_order.text));
+        std::string error;
+        try {
+            ImportUsers(call, {in, "the text", m_order.rows, m_order.delimiter}, m_order.options, report);
+            error = report.cutShort.empty() ? "" : "stopped";
+        } catch (const Error& e) {
+            error = e.what();
+        }
+        front.Settle();
+        Finish(error);
+    } catch (const std::bad_alloc&) {
+        Finish("out of memory");
+    } catch (const std::exception&) {
+        Finish("the server has failed");
+    }
+}
+
+void ImportJob::Finish(const std::string& error)
+{
+    const std::lock_guard lock(m_mutex);
+    m_error = error;
+    m_isOver = true;
+}
+
+bool ImportJob::IsOver() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_isOver;
+}
+
+std::string ImportJob::Report() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_reportText;
+}
+
+std::string ImportJob::Failed() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_failedText;
+}
+
+void ImportJob::Write(JsonWriter& json, bool withRows) const
+{
+    const std::lock_guard lock(m_mutex);
+    json.WriteMember("id", std::int64_t{m_order.id});
+    json.WriteMember("login", TextValue(m_order.login));
+    json.WriteMember("dry_run", m_order.dryRun);
+    json.WriteMember("over", m_isOver);
+    json.WriteMember("error", TextValue(m_error));
+    json.WriteMember("done", std::int64_t{m_report.rows});
+    json.WriteMember("total", std::int64_t{m_order.rows});
+    for (std::size_t i = 0; i < kRowFates.size(); ++i) {
+        json.WriteMember(kRowFates.at(i), std::int64_t{m_report.counts.at(i)});
+    }
+    json.WriteMember("privileged", std::int64_t{m_report.privileged});
+    json.WriteMember("entry", m_entry == 0 ? Value() : Value(std::int64_t{m_entry}));
+    std::vector<std::string> groups;
+    std::ranges::transform(m_report.madeGroups, std::back_inserter(groups), &NewGroup::path);
+    groups.resize(std::min(groups.size(), kMostShown));
+    WriteTexts(json, "groups", groups);
+    json.WriteMember("group_count", static_cast<std::int64_t>(m_report.madeGroups.size()));
+    if (!withRows) {
+        return;
+    }
+    const std::vector<std::string> columns = {"line", "login", "id", "outcome", "reason"};
+    for (const auto& [name, rows] : {std::pair{"rows", &m_rows}, std::pair{"failed_rows", &m_failed}}) {
+        json.WriteName(name);
+        json.BeginArray();
+        for (const std::vector<Value>& row : *rows) {
+            json.WriteRow(columns, row);
+        }
+        json.End();
+    }
+}
+
+std::size_t Imports::AddText(const std::string& session, const std::string& part, bool isFirst)
+{
+    const std::lock_guard lock(m_mutex);
+    auto own = std::ranges::find(m_texts, session, &std::pair<std::string, std::string>::first);
+    if (own == m_texts.end()) {
+        if (!isFirst) {
+            Refuse("the beginning of this text is no longer kept; send it again");
+        }
+        if (m_texts.size() == kMostTexts) {
+            m_texts.erase(m_texts.begin());
+        }
+        own = m_texts.insert(m_texts.end(), {session, ""});
+    }
+    if (isFirst) {
+        own->second.clear();
+    }
+    if (own->second.size() + part.size() > kMostBytes) {
+        m_texts.erase(own);
+        Refuse("a text has at most 32 MiB; longer files are for qvadmin user import");
+    }
+    own->second += part;
+    return own->second.size();
+}
+
+std::string Imports::TextOf(const std::string& session) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto own = std::ranges::find(m_texts, session, &std::pair<std::string, std::string>::first);
+    if (own == m_texts.end()) {
+        Refuse("there is no text to import; send one first");
+    }
+    return own->second;
+}
+
+void Imports::WriteLook(JsonWriter& json, const std::string& session, char delimiter) const
+{
+    std::istringstream in(TextOf(session));
+    CsvReader reader(in, delimiter);
+    const std::optional<CsvRecord> header = reader.Next();
+    if (!header || !header->problem.empty() || header->line != 1) {
+        Refuse("the first line does not hold the names of the columns");
+    }
+    WriteTexts(json, "columns", header->fields);
+    json.WriteName("sample");
+    json.BeginArray();
+    std::int64_t rows = 0;
+    while (const std::optional<CsvRecord> record = reader.Next()) {
+        if (static_cast<std::size_t>(rows++) < kSample) {
+            json.BeginArray();
+            for (const std::string& field : record->fields) {
+                json.Write(TextValue(field));
+            }
+            json.End();
+        }
+    }
+    json.End();
+    json.WriteMember("rows", rows);
+    std::vector<std::string> known;
+    std::ranges::transform(ImportColumns(), std::back_inserter(known),
+                           [](std::string_view name) { return std::string(name); });
+    WriteTexts(json, "known", known);
+}
+
+std::shared_ptr<ImportJob> Imports::Begin(const std::string& session, const std::string& login, const JsonValue& body)
+{
+    ImportJob::Order order;
+    order.login = login;
+    order.delimiter = DelimiterIn(body);
+    order.dryRun = FlagIn(body, "dry_run");
+    order.reason = TextIn(body, "reason");
+    order.options.update = FlagIn(body, "update");
+    order.options.allowPrivileges = FlagIn(body, "allow_privileges");
+    if (const std::string view = TextIn(body, "departments"); !view.empty()) {
+        order.options.departments = view;
+    }
+    order.options.makeView = FlagIn(body, "make_view");
+    order.options.makeGroups = !FlagIn(body, "no_new_groups");
+    order.options.columns.ignoreUnknown = true;
+    order.options.columns.dateFormat = TextIn(body, "date_format");
+    order.options.columns.clearEmpty = FlagIn(body, "clear_empty");
+    order.text = WithColumns(TextOf(session), order.delimiter, body);
+    order.rows =
+        std::max(0L, static_cast<long>(std::ranges::count(order.text, '\n')) - (order.text.ends_with('\n') ? 1 : 0));
+    const std::lock_guard lock(m_mutex);
+    if (!m_jobs.empty() && !m_jobs.back()->IsOver()) {
+        throw Error(ErrorCode::conflict, "another import is running; wait for it, or stop it");
+    }
+    order.id = ++m_last;
+    if (m_jobs.size() == kMostJobs) {
+        m_jobs.erase(m_jobs.begin());
+    }
+    return m_jobs.emplace_back(std::make_shared<ImportJob>(std::move(order)));
+}
+
+std::shared_ptr<ImportJob> Imports::Find(int id) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = std::ranges::find(m_jobs, id, &ImportJob::Id);
+    return found == m_jobs.end() ? nullptr : *found;
+}
+
+std::vector<std::shared_ptr<ImportJob>> Imports::All() const
+{
+    const std::lock_guard lock(m_mutex);
+    return {m_jobs.rbegin(), m_jobs.rend()};
+}
+
+} // namespace web

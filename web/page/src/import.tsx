@@ -1,0 +1,339 @@
+// Import of people: a text or a file, its columns, a try, the run, and what became of it.
+import { useEffect, useState } from "preact/hooks";
+import { type Import, type Look, beginImport, findImport, listImports, lookAtImport, sendImportText, stopImport } from "./api";
+import { Trouble, sentence, undo } from "./dialogs";
+import type { Key } from "./en";
+import { suggestGroups } from "./pickers";
+import { noteChange } from "./place";
+import { Table } from "./table";
+import { number, t } from "./texts";
+
+const kPart = 100000;
+const kPause = 400;
+const fates = ["created", "updated", "unchanged", "exists", "failed"] as const;
+const flags = ["update", "clear_empty", "allow_privileges"] as const;
+
+/** The text of a file: in UTF-8 or UTF-16, or else in what Windows writes in the West. */
+async function textOf(file: File): Promise<string> {
+    const bytes = new Uint8Array(await file.arrayBuffer());
+    const isWide = (bytes[0] === 0xff && bytes[1] === 0xfe) || (bytes[0] === 0xfe && bytes[1] === 0xff);
+    if (isWide) {
+        return new TextDecoder(bytes[0] === 0xff ? "utf-16le" : "utf-16be").decode(bytes);
+    }
+    try {
+        return new TextDecoder("utf-8", { fatal: true }).decode(bytes);
+    } catch {
+        return new TextDecoder("windows-1252").decode(bytes);
+    }
+}
+
+/** What stands between the values of the first line most often. */
+function delimiterOf(text: string): string {
+    const first = text.slice(0, text.indexOf("\n") + 1 || text.length);
+    const count = (delimiter: string) => first.split(delimiter).length;
+    return ["\t", ";", ","].reduce((best, other) => (count(other) > count(best) ? other : best), ",");
+}
+
+async function send(text: string): Promise<void> {
+    for (let begin = 0; begin < text.length || begin === 0; ) {
+        let end = Math.min(text.length, begin + kPart);
+        // A character of two halves stays whole.
+        if (/[\uD800-\uDBFF]/.test(text.charAt(end - 1))) {
+            --end;
+        }
+        await sendImportText(text.slice(begin, Math.max(end, begin + 1)), begin === 0);
+        begin = Math.max(end, begin + 1);
+    }
+}
+
+const guess = (heading: string, known: string[]) =>
+    known.find(name => name === heading.trim().toLowerCase().replace(/[\s-]+/g, "_")) ?? "";
+
+function JobView(props: { job: Import; onStop: () => void; onRun: (() => void) | undefined }) {
+    const { job } = props;
+    const part = job.total > 0 ? job.done / job.total : 1;
+    return (
+        <section class="job" aria-label={t(job.dry_run ? "import.try" : "import.run")}>
+            <h2>{t(job.dry_run ? "import.try" : "import.run")}</h2>
+            {!job.over && (
+                <p>
+                    <progress aria-label={t("import.run")} value={part} /> {t("import.progress", { done: job.done, total: job.total })}{" "}
+                    <button onClick={props.onStop}>{t("import.stop")}</button>
+                </p>
+            )}
+            <div role="status">
+                <Trouble text={job.over ? job.error : ""} />
+                {job.over && (
+                    <p class="verdict">
+                        {fates
+                            .filter(fate => job[fate] > 0)
+                            .map(fate => t(`import.${fate}`, { count: job[fate] }))
+                            .join(" · ") || t("none")}
+                    </p>
+                )}
+            </div>
+            {job.group_count > 0 && (
+                <details>
+                    <summary>{t("import.groups", { count: job.group_count })}</summary>
+                    <ul>
+                        {job.groups.map(path => (
+                            <li key={path} dir="auto">
+                                {path}
+                            </li>
+                        ))}
+                    </ul>
+                </details>
+            )}
+            {job.over && (
+                <div class="buttons">
+                    {job.done > 0 && <a href={`/api/v1/imports/report?id=${job.id}`}>{t("import.report")}</a>}
+                    {job.failed > 0 && <a href={`/api/v1/imports/report?failed=1&id=${job.id}`}>{t("import.failedrows")}</a>}
+                    {!job.dry_run && job.entry !== null && (
+                        <button class="danger" onClick={() => void undo(job.entry as number)}>
+                            {t("import.undo")}
+                        </button>
+                    )}
+                    {props.onRun && (
+                        <button class="main" onClick={props.onRun}>
+                            {t("import.go", { count: number(job.created + job.updated) })}
+                        </button>
+                    )}
+                </div>
+            )}
+            {job.failed_rows && job.failed_rows.length > 0 && (
+                <>
+                    <h3>{t("import.failed", { count: job.failed })}</h3>
+                    <Table label={t("import.failedrows")} columns={["line", "login", "reason"]} rows={job.failed_rows} />
+                </>
+            )}
+            {job.over && job.rows && job.rows.length > 0 && (
+                <Table label={t("import.report")} columns={["line", "login", "outcome", "reason"]} rows={job.rows} />
+            )}
+        </section>
+    );
+}
+
+export function ImportPage() {
+    const [text, setText] = useState("");
+    const [delimiter, setDelimiter] = useState(",");
+    const [look, setLook] = useState<Look>();
+    const [columns, setColumns] = useState<string[]>([]);
+    const [options, setOptions] = useState<Record<string, boolean>>({});
+    const [departments, setDepartments] = useState("");
+    const [dateFormat, setDateFormat] = useState("");
+    const [views, setViews] = useState<string[]>([]);
+    const [job, setJob] = useState<Import>();
+    const [trouble, setTrouble] = useState("");
+    const say = (error: unknown) => setTrouble(sentence(error));
+
+    // An import that runs already, begun here or elsewhere, is shown.
+    useEffect(() => {
+        listImports().then(all => all[0] && !all[0].over && setJob(all[0]), say);
+        suggestGroups("").then(paths => setViews(paths.filter(path => path.lastIndexOf("/") === 0)), () => {});
+    }, []);
+    useEffect(() => {
+        if (!job || (job.over && job.rows)) {
+            return;
+        }
+        const timer = setTimeout(
+            () =>
+                findImport(job.id).then(present => {
+                    setJob(present);
+                    if (present.over && !present.dry_run) {
+                        noteChange();
+                    }
+                }, say),
+            job.over ? 0 : kPause,
+        );
+        return () => clearTimeout(timer);
+    }, [job]);
+
+    const read = async (given: string, between: string) => {
+        try {
+            setTrouble("");
+            setJob(undefined);
+            setDelimiter(between);
+            await send(given.replace(/^\uFEFF/, "").replace(/^[\r\n]+/, ""));
+            const found = await lookAtImport(between);
+            setLook(found);
+            setColumns(found.columns.map(heading => guess(heading, found.known)));
+        } catch (error) {
+            setLook(undefined);
+            say(error);
+        }
+    };
+    const begin = async (isTry: boolean) => {
+        try {
+            setTrouble("");
+            setJob(
+                await beginImport({
+                    delimiter,
+                    columns: columns.map(column => column || null),
+                    dry_run: isTry,
+                    ...options,
+                    ...(departments ? { departments } : {}),
+                    ...(departments && options["make_view"] ? { make_view: true } : {}),
+                    ...(dateFormat ? { date_format: dateFormat } : {}),
+                }),
+            );
+        } catch (error) {
+            say(error);
+        }
+    };
+    const changed = () => setJob(undefined);
+
+    return (
+        <div class="page import">
+            <h1>{t("area.import")}</h1>
+            <Trouble text={trouble} />
+            <form
+                onSubmit={event => {
+                    event.preventDefault();
+                    void read(text, delimiterOf(text));
+                }}
+            >
+                <div class="field">
+                    <label for="import-file">{t("import.file")}</label>
+                    <input
+                        id="import-file"
+                        type="file"
+                        accept=".csv,.txt,.tsv,text/csv,text/plain"
+                        onChange={async event => {
+                            const [file] = event.currentTarget.files ?? [];
+                            if (file) {
+                                const found = await textOf(file);
+                                setText("");
+                                await read(found, delimiterOf(found));
+                            }
+                        }}
+                    />
+                </div>
+                <div class="field">
+                    <label for="import-text">{t("import.paste")}</label>
+                    <textarea id="import-text" dir="auto" rows={6} value={text} onInput={event => setText(event.currentTarget.value)} />
+                </div>
+                <div class="buttons">
+                    <button class={look ? "" : "main"} disabled={text.trim() === ""}>
+                        {t("import.read")}
+                    </button>
+                </div>
+            </form>
+            {look && (
+                <section>
+                    <h2>{t("import.columns")}</h2>
+                    <p>{t("import.rows", { count: look.rows })}</p>
+                    <div class="table" role="region" aria-label={t("import.columns")} tabIndex={0}>
+                        <table>
+                            <thead>
+                                <tr>
+                                    {look.columns.map((heading, i) => (
+                                        <th key={i} scope="col">
+                                            <bdi>{heading}</bdi>
+                                            <select
+                                                aria-label={t("import.column", { name: heading })}
+                                                value={columns[i] ?? ""}
+                                                onChange={event => {
+                                                    changed();
+                                                    setColumns(columns.map((one, j) => (j === i ? event.currentTarget.value : one)));
+                                                }}
+                                            >
+                                                <option value="">{t("import.leaveout")}</option>
+                                                {look.known.map(name => (
+                                                    <option key={name}>{name}</option>
+                                                ))}
+                                            </select>
+                                        </th>
+                                    ))}
+                                </tr>
+                            </thead>
+                            <tbody>
+                                {look.sample.map((row, i) => (
+                                    <tr key={i}>
+                                        {look.columns.map((_, j) => (
+                                            <td key={j} dir="auto">
+                                                {row[j] ?? ""}
+                                            </td>
+                                        ))}
+                                    </tr>
+                                ))}
+                            </tbody>
+                        </table>
+                    </div>
+                    <div class="bar">
+                        {flags.map(flag => (
+                            <label key={flag}>
+                                <input
+                                    type="checkbox"
+                                    checked={options[flag] ?? false}
+                                    onChange={event => {
+                                        changed();
+                                        setOptions({ ...options, [flag]: event.currentTarget.checked });
+                                    }}
+                                />
+                                {t(`import.${flag}` as Key)}
+                            </label>
+                        ))}
+                    </div>
+                    <div class="bar">
+                        <label>
+                            {t("import.departments")}{" "}
+                            <input
+                                dir="auto"
+                                list="import-views"
+                                value={departments}
+                                onInput={event => {
+                                    changed();
+                                    setDepartments(event.currentTarget.value);
+                                }}
+                            />
+                        </label>
+                        <datalist id="import-views">
+                            {views.map(view => (
+                                <option key={view} value={view} />
+                            ))}
+                        </datalist>
+                        <label>
+                            <input
+                                type="checkbox"
+                                checked={options["make_view"] ?? false}
+                                disabled={!departments}
+                                onChange={event => {
+                                    changed();
+                                    setOptions({ ...options, make_view: event.currentTarget.checked });
+                                }}
+                            />
+                            {t("import.make_view")}
+                        </label>
+                        <label>
+                            {t("import.dates")}{" "}
+                            <input
+                                placeholder="YYYY-MM-DD"
+                                value={dateFormat}
+                                onInput={event => {
+                                    changed();
+                                    setDateFormat(event.currentTarget.value);
+                                }}
+                            />
+                        </label>
+                    </div>
+                    <div class="buttons">
+                        <button class={job ? "" : "main"} disabled={!columns.includes("login") || job?.over === false} onClick={() => void begin(true)}>
+                            {t("import.tryit")}
+                        </button>
+                    </div>
+                </section>
+            )}
+            {job && (
+                <JobView
+                    job={job}
+                    onStop={() => stopImport(job.id).catch(say)}
+                    onRun={
+                        look && job.dry_run && job.over && !job.error && job.created + job.updated > 0
+                            ? () => void begin(false)
+                            : undefined
+                    }
+                />
+            )}
+        </div>
+    );
+}
