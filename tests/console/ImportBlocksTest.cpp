@@ -54,8 +54,7 @@ protected:
         std::size_t leavers = 0;
         RunCall({}, [&](Call& call, FrontEnd& frontEnd) {
             frontEnd.TakeColumns({"line", "login", "id", "outcome", "reason"});
-            Synchronisation sync(call, {in, "in.csv"}, {.longestBlock = std::chrono::hours(1)},
-                                 {.scope = "/Main", .action = action});
+            Synchronisation sync(call, {in, "in.csv"}, {}, {.scope = "/Main", .action = action});
             sync.Apply(call);
             leavers = sync.Report().leavers;
         });
