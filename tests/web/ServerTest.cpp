@@ -127,6 +127,33 @@ TEST_F(ServerTest, CookieIsForThisServerAndItsPageAlone)
     EXPECT_THAT(answer.Header("Strict-Transport-Security"), HasSubstr("max-age"));
 }
 
+TEST_F(ServerTest, BehindAProxyItsClientsCount)
+{
+    Start({.origins = {"https://admin.example.org"}, .proxy = "127.0.0.1"});
+    const auto asked = [&](const std::string& forwarded, const std::string& proto) {
+        HttpClient client = Client();
+        client.headers = {{"Host", "admin.example.org"}, {"X-Forwarded-Proto", proto}};
+        if (!forwarded.empty()) {
+            client.headers["X-Forwarded-For"] = forwarded;
+        }
+        return client.Post("/api/v1/session", json{{"login", "nobody"}, {"password", "wrong"}}.dump()).status;
+    };
+    EXPECT_EQ(asked("198.51.100.1, 2001:DB8::0:7", "https"), 401);
+    EXPECT_THAT(m_log, HasSubstr(R"("address":"2001:db8::7")"));
+    EXPECT_EQ(asked("192.0.2.17", "https"), 401);
+    EXPECT_THAT(m_log, HasSubstr(R"("address":"192.0.2.17")"));
+    EXPECT_EQ(asked("", "https"), 400);
+    EXPECT_EQ(asked("192.0.2.17, unknown", "https"), 400);
+    EXPECT_EQ(asked("192.0.2.17", "http"), 400);
+    Start({.origins = {"https://admin.example.org"}, .proxy = "127.0.0.2"});
+    EXPECT_EQ(asked("192.0.2.17", "https"), 403);
+    // Without a proxy nobody is believed.
+    Start({.origins = {"https://admin.example.org"}});
+    m_log.clear();
+    EXPECT_EQ(asked("192.0.2.17", "http"), 401);
+    EXPECT_THAT(m_log, HasSubstr(R"("address":"127.0.0.1")"));
+}
+
 TEST_F(ServerTest, ASessionIsNewAtEachSignInAndEndsWithSignOut)
 {
     HttpClient client = Signed();
