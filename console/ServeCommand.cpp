@@ -5,12 +5,15 @@
 #include "web/Server.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <charconv>
 #include <csignal>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <system_error>
 
 // The web console: a server on the directory, until somebody stops it.
@@ -26,6 +29,7 @@ struct ServeInput {
     std::optional<std::string> certificate;
     std::optional<std::string> key;
     std::vector<std::string> origins;
+    std::optional<std::string> proxy;
     std::optional<int> idleMinutes;
     std::optional<int> sessionHours;
 
@@ -42,6 +46,8 @@ constexpr Param<ServeInput> kParams[] = {
     {"tls_cert", &ServeInput::certificate, Kind::file, "certificate with its chain, in PEM"},
     {"tls_key", &ServeInput::key, Kind::file, "private key of the certificate, in PEM"},
     {"origin", &ServeInput::origins, Kind::text, "where browsers find it, such as https://admin.example.org"},
+    {"behind_proxy", &ServeInput::proxy, Kind::text,
+     "address of the proxy that alone is served, and whose X-Forwarded-For and -Proto count"},
     {"idle", &ServeInput::idleMinutes, Kind::number, "minutes after which an unused session ends; else 15",
      Range{1, 480}},
     {"session", &ServeInput::sessionHours, Kind::number, "hours after which any session ends; else 8", Range{1, 24}},
@@ -94,17 +100,44 @@ void ReadListen(const std::string& text, web::HttpOptions& http)
     http.port = static_cast<std::uint16_t>(port);
 }
 
+/// The socket that systemd hands over to a service that it has a socket unit for; -1: none.
+int SocketOfService()
+{
+    constexpr int firstSocket = 3;
+    const char* pid = std::getenv("LISTEN_PID");
+    const char* count = std::getenv("LISTEN_FDS");
+    if (pid == nullptr || count == nullptr || pid != std::to_string(getpid())) {
+        return -1;
+    }
+    if (std::string_view(count) != "1") {
+        throw Error(ErrorCode::invalid, fmt::format("{} sockets were handed over, and one is served", count));
+    }
+    return firstSocket;
+}
+
 web::ServerOptions OptionsOf(const ServeInput& in)
 {
     web::ServerOptions options;
-    ReadListen(in.listen.value_or(std::string(kUsualAddress)), options.http);
+    const int socket = in.listen ? -1 : SocketOfService();
+    if (socket >= 0) {
+        const web::SocketAddress found = web::AddressOf(socket);
+        options.http.socket = socket;
+        options.http.address = found.address;
+        options.http.port = found.port;
+    } else {
+        ReadListen(in.listen.value_or(std::string(kUsualAddress)), options.http);
+    }
+    if (in.proxy) {
+        options.proxy = web::NormalAddress(*in.proxy);
+        options.http.limits.connectionsOfOne = options.http.limits.connections;
+    }
     if (in.certificate) {
         options.http.certificate = ReadTextFile(*in.certificate);
         options.http.key = ReadTextFile(*in.key);
-    } else if (!web::IsLoopback(options.http.address)) {
+    } else if (!in.proxy && !web::IsLoopback(options.http.address)) {
         throw Error(ErrorCode::invalid,
                     fmt::format("{} can be reached from other machines, and passwords are sent to it; give --tls-cert "
-                                "and --tls-key, or listen on 127.0.0.1 behind a proxy that has them",
+                                "and --tls-key, or --behind-proxy with the address of a proxy that has them",
                                 options.http.address));
     }
     options.origins = in.origins;

@@ -63,7 +63,11 @@ std::string TextOf(const sockaddr* address)
     if (address->sa_family == AF_INET) {
         inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(address)->sin_addr, text.data(), text.size());
     } else if (address->sa_family == AF_INET6) {
-        inet_ntop(AF_INET6, &reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr, text.data(), text.size());
+        const in6_addr& six = reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr;
+        // A socket for both kinds has addresses of the older one so.
+        constexpr std::size_t four = 12;
+        const bool isFour = IN6_IS_ADDR_V4MAPPED(&six) != 0;
+        inet_ntop(isFour ? AF_INET : AF_INET6, isFour ? &six.s6_addr[four] : six.s6_addr, text.data(), text.size());
     }
     return text.data();
 }
@@ -253,7 +257,11 @@ private:
             add(MHD_OPTION_HTTPS_MEM_KEY, 0, m_options.key.c_str());
             add(MHD_OPTION_HTTPS_PRIORITIES, 0, "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2");
         }
-        add(MHD_OPTION_SOCK_ADDR, 0, &address.storage);
+        if (m_options.socket >= 0) {
+            add(MHD_OPTION_LISTEN_SOCKET, m_options.socket, nullptr);
+        } else {
+            add(MHD_OPTION_SOCK_ADDR, 0, &address.storage);
+        }
         add(MHD_OPTION_CONNECTION_MEMORY_LIMIT, static_cast<std::intptr_t>(m_options.limits.head), nullptr);
         add(MHD_OPTION_CONNECTION_LIMIT, m_options.limits.connections, nullptr);
         add(MHD_OPTION_PER_IP_CONNECTION_LIMIT, m_options.limits.connectionsOfOne, nullptr);
@@ -269,7 +277,8 @@ private:
                         fmt::format("cannot listen on {}, port {}: {}", m_options.address, m_options.port,
                                     errno == 0 ? "the certificate and its key are not taken" : std::strerror(errno)));
         }
-        m_port = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_BIND_PORT)->port;
+        m_port =
+            m_options.socket >= 0 ? m_options.port : MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_BIND_PORT)->port;
     }
 
     // ---- What the library calls, on its thread ----------------------------------------------------------------------
@@ -475,6 +484,29 @@ HttpServer::HttpServer(HttpOptions options, Handler handler)
 HttpServer::~HttpServer() = default;
 
 std::uint16_t HttpServer::Port() const { return m_daemon->Port(); }
+
+SocketAddress AddressOf(int socket)
+{
+    sockaddr_storage storage{};
+    socklen_t size = sizeof storage;
+    auto* address = reinterpret_cast<sockaddr*>(&storage);
+    int listens = 0;
+    socklen_t intSize = sizeof listens;
+    if (getsockname(socket, address, &size) != 0 ||
+        getsockopt(socket, SOL_SOCKET, SO_ACCEPTCONN, &listens, &intSize) != 0 || listens == 0 ||
+        (storage.ss_family != AF_INET && storage.ss_family != AF_INET6)) {
+        throw Error(ErrorCode::invalid, "the socket that was handed over does not listen on an Internet address");
+    }
+    const bool isSix = storage.ss_family == AF_INET6;
+    return {TextOf(address), ntohs(isSix ? reinterpret_cast<const sockaddr_in6*>(&storage)->sin6_port
+                                         : reinterpret_cast<const sockaddr_in*>(&storage)->sin_port)};
+}
+
+std::string NormalAddress(const std::string& address)
+{
+    const Address read = ReadAddress(address, 0);
+    return TextOf(reinterpret_cast<const sockaddr*>(&read.storage));
+}
 
 bool IsLoopback(const std::string& address)
 {

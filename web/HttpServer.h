@@ -28,6 +28,7 @@ struct HttpOptions {
     std::uint16_t port = 0;            ///< 0: any free one
     std::string certificate = {};      ///< PEM texts; with both, the server speaks TLS 1.2 or later and nothing else
     std::string key = {};
+    int socket = -1; ///< that listens already, in place of the address and port; is closed in the end; -1: none
     HttpLimits limits = {};
 };
 
@@ -49,6 +50,18 @@ private:
     class Daemon;
     std::unique_ptr<Daemon> m_daemon;
 };
+
+/// Where a socket listens.
+struct SocketAddress {
+    std::string address; ///< as a number
+    std::uint16_t port = 0;
+};
+/// @throws management::Error (invalid) for what is not a socket of the Internet that listens.
+SocketAddress AddressOf(int socket);
+
+/// An address, as a number, in the one way in which requests have it. @throws management::Error (invalid) for anything
+/// else.
+std::string NormalAddress(const std::string& address);
 
 /// Whether an address, as a number, is this machine's loopback.
 bool IsLoopback(const std::string& address);

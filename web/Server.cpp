@@ -201,7 +201,9 @@ private:
         const bool isApi = request.path.starts_with("/api/");
         const std::optional<Origin> origin = m_origins->Of(request);
         const Responder responder(std::make_shared<GuardedSink>(plain, origin && origin->isSecure, isApi));
-        if (!origin) {
+        if (const std::optional<Problem> problem = ReadProxy(request, origin)) {
+            responder.Send(ResponseOf(*problem));
+        } else if (!origin) {
             responder.Send(ResponseOf({421, "other_host", "the request is for another host"}));
         } else if (isApi) {
             HandleApi({std::move(request), responder, *origin});
@@ -210,6 +212,31 @@ private:
         } else {
             responder.Send(PageAt(request));
         }
+    }
+
+    /// Takes over what a proxy says of its client. @return what stands in the way.
+    std::optional<Problem> ReadProxy(Request& request, const std::optional<Origin>& origin) const
+    {
+        if (m_options.proxy.empty()) {
+            return std::nullopt;
+        }
+        if (request.address != m_options.proxy) {
+            return Problem{403, "not_by_proxy", "this server is reached through its proxy alone"};
+        }
+        // The last address is the one that the proxy has seen; those before it are what the client says.
+        const std::string all = request.Header("X-Forwarded-For");
+        const std::size_t comma = all.rfind(',');
+        const std::string last = all.substr(comma == std::string::npos ? 0 : all.find_first_not_of(' ', comma + 1));
+        const std::string proto = request.Header("X-Forwarded-Proto");
+        try {
+            request.address = NormalAddress(last);
+        } catch (const Error&) {
+            return Problem{400, "wrong_proxy", "the proxy does not say in X-Forwarded-For who its client is"};
+        }
+        if (origin && !proto.empty() && proto != (origin->isSecure ? "https" : "http")) {
+            return Problem{400, "wrong_proxy", "the proxy's X-Forwarded-Proto does not fit the origin"};
+        }
+        return std::nullopt;
     }
 
     void HandleApi(Visit visit)

@@ -14,6 +14,9 @@ struct ServerOptions {
     HttpOptions http = {};
     /// Where browsers find the server beside its own address, such as https://admin.example.org.
     std::vector<std::string> origins = {};
+    /// The address of the one client that is served, a proxy, whose X-Forwarded-For and X-Forwarded-Proto count; empty:
+    /// everybody is served, and these count for nothing.
+    std::string proxy = {};
     Sessions::Limits sessions = {};
     /// Takes a line of JSON about each sign-in, failure and change; called on several threads, one at a time.
     std::function<void(const std::string&)> log = {};

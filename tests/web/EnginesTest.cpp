@@ -60,6 +60,20 @@ TEST_P(WebOnEngineTest, DoesTheMainJobs)
     EXPECT_EQ(Ask(client, "audit/undo", undo).status, 200);
     EXPECT_EQ(Got(client, "/users?locked=1").at("total"), 0);
     EXPECT_EQ(Ask(client, "user/set", stale).status, 200);
+
+    ASSERT_EQ(
+        client.Post("/api/v1/imports/text", json{{"text", "login,name\nuser1,x\nzoë,O'Zoë\n"}, {"first", true}}.dump())
+            .status,
+        200);
+    const HttpAnswer begun = client.Post(
+        "/api/v1/imports", json{{"delimiter", ","}, {"columns", {"login", "name"}}, {"update", true}}.dump());
+    ASSERT_EQ(begun.status, 200) << begun.body;
+    const json imported = ImportOver(client, json::parse(begun.body));
+    EXPECT_EQ(imported.at("created"), 1) << imported;
+    EXPECT_EQ(imported.at("updated"), 1) << imported;
+    EXPECT_EQ(Got(client, "/users?no_password=1&q=O'Zo%C3%AB").at("total"), 1);
+    EXPECT_EQ(Got(client, "/users?no_group=1&q=login:user1").at("total"), 0);
+    EXPECT_EQ(Got(client, "/problems").at("problems").size(), 1U);
     EXPECT_EQ(Run(client, "audit/verify", json::object()).at("record").at("first_altered"), nullptr);
 }
 

@@ -236,6 +236,14 @@ TEST_F(HttpServerTest, LetsOneAddressHaveSoManyConnections)
     EXPECT_EQ(more.Read().status, 0);
 }
 
+TEST(AddressTest, HasOneForm)
+{
+    EXPECT_EQ(NormalAddress("::ffff:192.0.2.17"), "192.0.2.17");
+    EXPECT_EQ(NormalAddress("2001:DB8::0:7"), "2001:db8::7");
+    EXPECT_EQ(NormalAddress("127.0.0.1"), "127.0.0.1");
+    EXPECT_THROW(NormalAddress("localhost"), management::Error);
+}
+
 TEST_F(HttpServerTest, SaysWhyItCannotListen)
 {
     Start();

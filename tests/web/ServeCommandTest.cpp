@@ -1,8 +1,15 @@
+#include "HttpClient.h"
+#include "tests/console/ChildProcess.h"
 #include "tests/console/ConsoleFixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -33,6 +40,7 @@ TEST_F(ServeCommandTest, OptionsThatCannotBeAreRefused)
                                                          {"--listen", "localhost:8420"},
                                                          {"--tls-cert", "chain.pem"},
                                                          {"--origin", "admin.example.org"},
+                                                         {"--behind-proxy", "proxy.example.org"},
                                                          {"--idle", "0"},
                                                          {"--listen", "127.0.0.1:0", "--session", "25"}};
     for (const std::vector<std::string>& options : wrong) {
@@ -50,6 +58,35 @@ TEST_F(ServeCommandTest, CertificatesThatAreNoneAreRefused)
         Run({"serve", "--listen", "127.0.0.1:0", "--tls-cert", Path("chain.pem"), "--tls-key", Path("key.pem")});
     EXPECT_EQ(result.exit, 1);
     EXPECT_THAT(result.err, HasSubstr("cannot listen"));
+}
+
+TEST_F(ServeCommandTest, ServesTheSocketThatItIsHandedOver)
+{
+    Init();
+    const int listening = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(bind(listening, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(listen(listening, 8), 0);
+    ASSERT_EQ(getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    const std::string start = "exec 3<&" + std::to_string(listening) + "; QVADMIN_DB='" + DatabaseUrl() +
+                              "' LISTEN_PID=$$ LISTEN_FDS=1 exec '" + QVADMIN_PROGRAM + "' serve";
+    ChildOptions options;
+    options.directory = Path("");
+    ChildProcess server("/bin/bash", {"-c", start}, options);
+    close(listening);
+    const std::uint16_t port = ntohs(address.sin_port);
+    server.WaitForError("is at http://127.0.0.1:" + std::to_string(port) + "/");
+    EXPECT_EQ(HttpClient(port).Get("/api/v1/health").status, 200);
+    server.Signal(SIGTERM);
+    EXPECT_EQ(server.Finish().exit, 0);
+    const std::string wrong = "exec 3</dev/null; QVADMIN_DB='" + DatabaseUrl() + "' LISTEN_PID=$$ LISTEN_FDS=1 exec '" +
+                              QVADMIN_PROGRAM + "' serve";
+    const ChildResult refused = ChildProcess("/bin/bash", {"-c", wrong}, options).Finish();
+    EXPECT_EQ(refused.exit, 2);
+    EXPECT_THAT(refused.err, HasSubstr("does not listen"));
 }
 
 /// What a shell command prints.

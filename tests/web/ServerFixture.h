@@ -11,11 +11,13 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 inline constexpr const char* kPassword = "correct horse battery";
 
@@ -95,6 +97,17 @@ protected:
         const HttpAnswer answer = client.Get("/api/v1" + path);
         EXPECT_EQ(answer.status, 200) << path << ": " << answer.body;
         return answer.status == 200 ? nlohmann::json::parse(answer.body) : nlohmann::json();
+    }
+    /// How an import stands once it is over. @param job  what began it has answered.
+    static nlohmann::json ImportOver(HttpClient& client, const nlohmann::json& job)
+    {
+        const std::string path = "/imports?id=" + job.at("id").dump();
+        nlohmann::json state = Got(client, path);
+        for (int i = 0; i < 600 && !state.at("over").get<bool>(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            state = Got(client, path);
+        }
+        return state;
     }
     static std::string CodeOf(const HttpAnswer& answer) { return nlohmann::json::parse(answer.body).at("code"); }
 

@@ -33,9 +33,9 @@ test("a link opens the place, the search and the user that it names, and Back go
     await finish();
 });
 
-test("every area opens by its link, without findings, in light and dark, wide and narrow", async () => {
-    const some = ["overview", "directory", "roles", "why", "audit"];
-    const all = [...some, "rights", "documents", "messages", "addins", "board", "settings", "more"];
+test("every area opens by its link, without findings, in light and dark, wide and narrow, and mirrored", async () => {
+    const some = ["overview", "directory", "import", "roles", "rights", "why", "audit"];
+    const all = [...some, "documents", "messages", "addins", "board", "settings", "more"];
     for (const { areas, ...options } of [{ areas: all }, { areas: some, colorScheme: "dark" }, { areas: some, width: 390, height: 800 }]) {
         const { page, finish } = await openPage(shared, options);
         for (const area of areas) {
@@ -43,6 +43,13 @@ test("every area opens by its link, without findings, in light and dark, wide an
             await page.locator(`nav.areas a[aria-current][href="/${area}"]`).waitFor();
             await page.waitForLoadState("networkidle");
             await checkAccess(page);
+            for (const dir of ["ltr", "rtl"]) {
+                const further = await page.evaluate(dir => {
+                    document.documentElement.dir = dir;
+                    return document.documentElement.scrollWidth - innerWidth;
+                }, dir);
+                assert.equal(further, 0, `${area} is wider than the window, ${dir}`);
+            }
         }
         await finish();
     }

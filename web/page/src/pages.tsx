@@ -3,10 +3,12 @@ import { useEffect, useState } from "preact/hooks";
 import { type Answer, type Row, listProblems, overview, run } from "./api";
 import { Trouble, changeOrSay, sentence, undo } from "./dialogs";
 import { AnswerView } from "./generic";
-import { traits } from "./list";
 import { type Where, go, useChanges } from "./place";
 import { RecordView, Table, shown } from "./table";
 import { t, time } from "./texts";
+
+/** Of people, who need somebody to look after them. */
+const attention = ["no_group", "plain_password", "no_password"] as const;
 
 export function Overview() {
     const changes = useChanges();
@@ -16,7 +18,7 @@ export function Overview() {
         overview().then(setRow, error => setTrouble(sentence(error)));
     }, [changes]);
     const [problems, setProblems] = useState<Row[]>();
-    const link = (path: string, query: Record<string, string>, key: "users" | "groups" | "views") => (
+    const link = (path: string, query: Record<string, string>, key: string, title: string) => (
         <a
             class="tile"
             href={`${path}?${new URLSearchParams(query)}`}
@@ -25,7 +27,7 @@ export function Overview() {
                 void go(path, query);
             }}
         >
-            <span class="big">{shown(key, row?.[key])}</span> {t(`overview.${key}`)}
+            <span class="big">{shown(key, row?.[key])}</span> {title}
         </a>
     );
     return (
@@ -35,28 +37,35 @@ export function Overview() {
             {row && (
                 <>
                     <div class="tiles">
-                        {link("/directory", {}, "users")}
-                        {link("/directory", {}, "groups")}
-                        {link("/more", { noun: "view" }, "views")}
+                        {link("/directory", {}, "users", t("overview.users"))}
+                        {link("/directory", { locked: "1" }, "locked", t("trait.locked"))}
+                        {link("/directory", { super: "1" }, "super", t("trait.super"))}
+                        {link("/directory", {}, "groups", t("overview.groups"))}
+                        {link("/more", { noun: "view" }, "views", t("overview.views"))}
                     </div>
                     <h2>{t("overview.attention")}</h2>
                     <ul class="attention">
-                        {traits.map(trait => (
-                            <li key={trait}>
-                                <a
-                                    href={`/directory?${trait}=1`}
-                                    onClick={event => {
-                                        event.preventDefault();
-                                        void go("/directory", { [trait]: "1" });
-                                    }}
-                                >
-                                    {t(`trait.${trait}`)}: {shown(trait, row[trait])}
-                                </a>
+                        {attention
+                            .filter(trait => Number(row[trait]) > 0)
+                            .map(trait => (
+                                <li key={trait}>
+                                    <a
+                                        href={`/directory?${trait}=1`}
+                                        onClick={event => {
+                                            event.preventDefault();
+                                            void go("/directory", { [trait]: "1" });
+                                        }}
+                                    >
+                                        {t(`trait.${trait}`)}: {shown(trait, row[trait])}
+                                    </a>
+                                </li>
+                            ))}
+                        {Number(row["nowhere"]) > 0 && (
+                            <li>
+                                {t("nowhere")}: {shown("nowhere", row["nowhere"])}
                             </li>
-                        ))}
-                        <li>
-                            {t("nowhere")}: {shown("nowhere", row["nowhere"])}
-                        </li>
+                        )}
+                        {[...attention, "nowhere"].every(name => row[name] === 0) && <li>{t("none")}</li>}
                     </ul>
                     <div class="bar">
                         <button onClick={() => listProblems().then(setProblems, error => setTrouble(sentence(error)))}>
