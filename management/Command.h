@@ -277,6 +277,26 @@ Result Read(Call& call, const ArgumentSource& source)
     return Body(call, binding::ReadInput<Params>(source));
 }
 
+/// Runs a body that only reads where all of its reads see one moment: for answers of several statements, which could
+/// contradict each other when somebody writes between them. In a transaction of the caller's they see what that sees.
+template <class Body>
+Result InSnapshot(Call& call, Body body)
+{
+    return call.Options().joinsTransaction ? body() : AtOneMoment(call.Connection(), body);
+}
+/// Runs a body as Read does, in a snapshot.
+template <auto Body>
+Result ReadSnapshot(Call& call, const ArgumentSource& /*source*/)
+{
+    return InSnapshot(call, [&] { return Body(call); });
+}
+template <auto Body, auto& Params>
+Result ReadSnapshot(Call& call, const ArgumentSource& source)
+{
+    const auto in = binding::ReadInput<Params>(source);
+    return InSnapshot(call, [&] { return Body(call, in); });
+}
+
 /// Runs a body `Result Body(Call&, const In&)` inside one Change.
 template <auto Body, auto& Params>
 Result Write(Call& call, const ArgumentSource& source)
@@ -362,15 +382,15 @@ Result WriteInSteps(Call& call, const ArgumentSource& source)
     return result;
 }
 
-/// Runs `Result Show(Call&, const In&)` where `bool IsQuestion(const In&)` says that nothing is to be changed, and
-/// otherwise `Otherwise`, which is one of the functions for Command::run.
+/// Runs `Result Show(Call&, const In&)` in a snapshot where `bool IsQuestion(const In&)` says that nothing is to be
+/// changed, and otherwise `Otherwise`, which is one of the functions for Command::run.
 template <auto IsQuestion, auto Show, auto Otherwise, auto& Params>
 Result ReadOr(Call& call, const ArgumentSource& source)
 {
     if (!IsQuestion(binding::ReadInput<Params>(source))) {
         return Otherwise(call, source);
     }
-    Result result = Read<Show, Params>(call, source);
+    Result result = ReadSnapshot<Show, Params>(call, source);
     result.isChanged = false;
     result.isRead = true;
     return result;
