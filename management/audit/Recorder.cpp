@@ -3,6 +3,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
+#include "dbaccess/EngineKind.h"
 #include "management/Escape.h"
 #include "management/Query.h"
 #include "management/audit/Chain.h"
@@ -23,7 +24,6 @@ namespace {
 constexpr std::size_t kRowsPerQuery = 200;
 constexpr std::size_t kRowsPerInsert = 1000;
 constexpr std::size_t kBytesPerInsert = std::size_t{512} * 1024;
-constexpr int kAccess = 0;
 
 std::string Now()
 {
@@ -396,7 +396,7 @@ int Recorder::Write(const EntryData& data, bool isForced)
                                literal(entry.previous), literal(entry.digest))
                        .c_str());
     const int id = schema::LastInsertedId(m_conn);
-    const std::size_t most = m_conn.m_nDBType == kAccess ? 1 : kRowsPerInsert;
+    const std::size_t most = dbaccess::EngineKindOf(m_conn) == dbaccess::EngineKind::access ? 1 : kRowsPerInsert;
     std::string values;
     std::size_t count = 0;
     for (std::size_t i = 0; i < rows.size(); ++i) {
