@@ -17,6 +17,3 @@ inline constexpr int kMembership = 1;
 
 /// Views of the whole system.
 inline constexpr int kSystemView = 1;
-
-/// The engine kind on which names are compared through upper().
-inline constexpr int kComparesInCapitals = 3;

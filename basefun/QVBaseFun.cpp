@@ -2,6 +2,7 @@
 
 #include "basefun/SqlText.h"
 #include "basefun/StatementFrame.h"
+#include "dbaccess/EngineKind.h"
 #include "platform/CodePage.h"
 
 #include <cstddef>
@@ -51,18 +52,18 @@ bool CQVBaseFun::IsDataBaseValid(CAConnect& conn, int dbType, CString dbName, bo
     valid = false;
     constexpr const char* table = "qv_User";
     CString sql;
-    switch (dbType) {
-    case 0:
+    switch (static_cast<dbaccess::EngineKind>(dbType)) {
+    case dbaccess::EngineKind::access:
         sql = FormatSql("SELECT name from MSysObjects where name = '%s'", table);
         break;
-    case 1:
+    case dbaccess::EngineKind::sqlServer:
         sql = FormatSql(
             "SELECT name from sysobjects where id = object_id(N'%s') and OBJECTPROPERTY(id,N'IsUserTable') = 1", table);
         break;
-    case 3:
+    case dbaccess::EngineKind::comparesInCapitals:
         valid = true;
         return true;
-    case 6:
+    case dbaccess::EngineKind::mysql:
         // No blank before `where`: the engine reads it as it stands.
         sql = FormatSql("select `TABLE_NAME` from `INFORMATION_SCHEMA`.`TABLES`where `TABLE_SCHEMA`='%s' and "
                         "`TABLE_NAME`='%s'",

@@ -1,6 +1,7 @@
 #include "basefun/SqlText.h"
 
 #include "dbaccess/CAConnect.h"
+#include "dbaccess/EngineKind.h"
 
 #include <charconv>
 
@@ -47,7 +48,7 @@ CString DoubleQuotes(CString text)
 
 CString DoubleSlashes(const CAConnect& conn, CString text)
 {
-    if (conn.m_nDBType == 6) {
+    if (dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::mysql) {
         text.Replace("\\", "\\\\");
     }
     return text;

@@ -4,6 +4,7 @@
 #include "dbaccess/CACommFun.h"
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CAException.h"
+#include "dbaccess/EngineKind.h"
 
 #include <array>
 #include <mutex>
@@ -82,10 +83,9 @@ void TakeValue(COleDateTime& date, const COleDateTime& from)
 
 __int64 ReadCount(const CAConnect& conn, CARecordset& row, long column)
 {
-    constexpr int countsIn64Bits = 6;
     __int64 wide = 0;
     int narrow = 0;
-    if (conn.m_nDBType == countsIn64Bits) {
+    if (dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::mysql) {
         row.GetValue(column, wide);
     } else {
         row.GetValue(column, narrow);

@@ -3,6 +3,7 @@
 #include "dbaccess/CAException.h"
 #include "dbaccess/DateText.h"
 #include "dbaccess/Driver.h"
+#include "dbaccess/EngineKind.h"
 #include "dbaccess/StatementObserver.h"
 
 #include <algorithm>
@@ -153,8 +154,7 @@ CString CAConnect::EscapeBackslashes(const CString& text) const
 CString CAConnect::EscapeQuotes(const CString& text) const
 {
     CString escaped = EscapeLiteral(text);
-    constexpr int operationsDoubleBackslashes = 6;
-    if (m_nDBType == operationsDoubleBackslashes) {
+    if (dbaccess::EngineKindOf(*this) == dbaccess::EngineKind::mysql) { // operations double the backslashes
         escaped = text;
         escaped.Replace("'", "''");
     }

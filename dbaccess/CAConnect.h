@@ -86,7 +86,7 @@ public:
     /// later statements fail for that reason. Null when it succeeded. Valid until the next call.
     [[nodiscard]] const CAException* GetFailure() const noexcept;
 
-    /// Engine kind: 0 Access, 1 SQL Server, 3 names compare through upper(), 6 MySQL. Read by the module.
+    /// The number of a dbaccess::EngineKind: 0, 1, 3 or 6. Read by the module.
     int m_nDBType = 0;
     /// The message that m_hNotifyWnd receives for an error of an operation.
     UINT m_nNotifyMsg = 0;

@@ -1,6 +1,7 @@
 #include "dbaccess/Driver.h"
 
 #include "dbaccess/DriverModule.h"
+#include "dbaccess/EngineKind.h"
 #include "dbaccess/StatementObserver.h"
 #if QV_WITH_SQLITE
 #include "dbaccess/drivers/sqlite/Driver.h"
@@ -174,9 +175,10 @@ int DbTypeOption(const Location& location, int preset)
     if (kind == location.options.end()) {
         return preset;
     }
-    for (const int known : {0, 1, 3, 6}) {
-        if (kind->second == std::to_string(known)) {
-            return known;
+    for (const EngineKind known :
+         {EngineKind::access, EngineKind::sqlServer, EngineKind::comparesInCapitals, EngineKind::mysql}) {
+        if (kind->second == std::to_string(NumberOf(known))) {
+            return NumberOf(known);
         }
     }
     throw CAException("the connection option kind must be 0, 1, 3 or 6");

@@ -93,7 +93,7 @@ public:
     Session& operator=(const Session&) = delete;
     virtual ~Session();
 
-    /// The engine kind that CAConnect::m_nDBType shows.
+    /// The number of the EngineKind that CAConnect::m_nDBType shows.
     [[nodiscard]] virtual int DbType() const = 0;
     /// The engine's name and version, for people.
     [[nodiscard]] virtual std::string EngineName() const = 0;

@@ -3,6 +3,7 @@
 #include "basefun/SqlText.h"
 #include "basefun/StatementFrame.h"
 #include "dbaccess/CAConnect.h"
+#include "dbaccess/EngineKind.h"
 
 using frame::Columns;
 using frame::Found;
@@ -12,7 +13,7 @@ namespace {
 // The groups of a name directly under a parent.
 CString GroupUnder(const CAConnect& conn, const char* column, const CString& name, int parentID, int parentType)
 {
-    const CString sameName = conn.m_nDBType == kComparesInCapitals
+    const CString sameName = dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::comparesInCapitals
                                  ? FormatSql("upper(qv_Group.Col_Name) = upper('%s')", name)
                                  : FormatSql("qv_Group.Col_Name = '%s'", name);
     return FormatSql(
@@ -45,7 +46,7 @@ bool CQVBaseFun::GetGroupIDByNameAndOwner(CAConnect& conn, CString name, int& id
 bool CQVBaseFun::ExistGroupName(CAConnect& conn, CString name, bool& exists)
 {
     exists = false;
-    const CString sql = conn.m_nDBType == kComparesInCapitals
+    const CString sql = dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::comparesInCapitals
                             ? FormatSql("SELECT Col_Name FROM qv_Group WHERE upper(Col_Name) = upper('%s')", name)
                             : FormatSql("SELECT Col_Name FROM qv_Group WHERE Col_Name = '%s'", name);
     return frame::ReadFirst(conn, sql, Found(exists));

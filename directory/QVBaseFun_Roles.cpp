@@ -3,6 +3,7 @@
 #include "basefun/SqlText.h"
 #include "basefun/StatementFrame.h"
 #include "dbaccess/CAConnect.h"
+#include "dbaccess/EngineKind.h"
 
 using frame::Columns;
 using frame::Found;
@@ -22,7 +23,7 @@ bool CQVBaseFun::ExistRoleName(CAConnect& conn, CString name, CString appName, i
 {
     exists = false;
     const CString sql =
-        conn.m_nDBType == kComparesInCapitals
+        dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::comparesInCapitals
             ? FormatSql("SELECT Col_ID FROM qv_Role WHERE upper(Col_Name) = upper('%s') AND upper(Col_AppName) = "
                         "upper('%s') AND Col_DomainID = %d",
                         name, appName, domainID)

@@ -3,6 +3,7 @@
 #include "basefun/SqlText.h"
 #include "basefun/StatementFrame.h"
 #include "dbaccess/CAConnect.h"
+#include "dbaccess/EngineKind.h"
 #include "directory/HumanItem.h"
 
 #include <array>
@@ -15,7 +16,10 @@ namespace {
 constexpr const char* kNamesOfAll = "SELECT Col_ID, Col_LoginName, Col_Name FROM qv_User";
 
 // Elsewhere the engine's own comparison is relied on.
-bool ComparesInCapitals(const CAConnect& conn) { return conn.m_nDBType == kComparesInCapitals; }
+bool ComparesInCapitals(const CAConnect& conn)
+{
+    return dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::comparesInCapitals;
+}
 
 CString Capitals(CString text)
 {

@@ -3,6 +3,7 @@
 #include "basefun/SqlText.h"
 #include "basefun/StatementFrame.h"
 #include "dbaccess/CAConnect.h"
+#include "dbaccess/EngineKind.h"
 #include "directory/ViewItem.h"
 
 using frame::Columns;
@@ -19,7 +20,7 @@ bool CQVBaseFun::GetViewIDByName(CAConnect& conn, CString name, int type, int& i
 int CQVBaseFun::ExistViewName(CAConnect& conn, CString name, int type)
 {
     const CString sql =
-        conn.m_nDBType == kComparesInCapitals
+        dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::comparesInCapitals
             ? FormatSql("SELECT Col_ID FROM qv_View WHERE upper(Col_Name) = upper('%s') AND Col_Type = %d", name, type)
             : FormatSql("SELECT Col_ID FROM qv_View WHERE Col_Name = '%s' AND Col_Type = %d", name, type);
     int id = 0;

@@ -188,34 +188,39 @@ ParamInfo InfoOf(const Param<In>& param)
     return info;
 }
 
+/// What was given of these options.
+NamedTexts GivenTexts(const std::vector<NamedText>& options, const ArgumentSource& source);
+
+/// Gives a member what was given for its parameter, at least one text. @throws Error (invalid).
+template <class In, class Member>
+void Assign(const Param<In>& param, const std::vector<std::string>& given, Member& member)
+{
+    if constexpr (std::is_same_v<Member, std::vector<std::string>> || std::is_same_v<Member, OptionalTexts>) {
+        member = given;
+    } else if constexpr (std::is_same_v<Member, bool> || std::is_same_v<Member, std::optional<bool>>) {
+        member = given.front() == "1";
+    } else if constexpr (std::is_same_v<Member, int> || std::is_same_v<Member, std::optional<int>>) {
+        member = static_cast<int>(ReadNumber(param.name, given.front(), param.check, kInt));
+    } else if constexpr (std::is_same_v<Member, std::optional<std::uint32_t>>) {
+        member = static_cast<std::uint32_t>(ReadNumber(param.name, given.front(), param.check, kUnsigned));
+    } else {
+        RequireKnownWord(param.name, given.front(), param.check);
+        member = given.front();
+    }
+}
+
+/// Fills the member of a parameter. @throws Error (invalid).
 template <class In>
 void Read(const Param<In>& param, const ArgumentSource& source, In& in)
 {
-    const std::vector<std::string> given = source.ValuesOf(param.name);
     std::visit(
         [&]<class Member>(Member In::*member) {
             if constexpr (std::is_same_v<Member, NamedTexts>) {
-                for (const NamedText& option : std::get<ListNamedTexts>(param.check)()) {
-                    if (const std::vector<std::string> text = source.ValuesOf(option.name); !text.empty()) {
-                        (in.*member)[std::string(option.name)] = text.front();
-                    }
-                }
-            } else if (given.empty()) {
-                if (InfoOf(param).isRequired) {
-                    ThrowMissing(param.name);
-                }
-            } else if constexpr (std::is_same_v<Member, std::vector<std::string>> ||
-                                 std::is_same_v<Member, OptionalTexts>) {
-                in.*member = given;
-            } else if constexpr (std::is_same_v<Member, bool> || std::is_same_v<Member, std::optional<bool>>) {
-                in.*member = given.front() == "1";
-            } else if constexpr (std::is_same_v<Member, int> || std::is_same_v<Member, std::optional<int>>) {
-                in.*member = static_cast<int>(ReadNumber(param.name, given.front(), param.check, kInt));
-            } else if constexpr (std::is_same_v<Member, std::optional<std::uint32_t>>) {
-                in.*member = static_cast<std::uint32_t>(ReadNumber(param.name, given.front(), param.check, kUnsigned));
-            } else {
-                RequireKnownWord(param.name, given.front(), param.check);
-                in.*member = given.front();
+                in.*member = GivenTexts(std::get<ListNamedTexts>(param.check)(), source);
+            } else if (const std::vector<std::string> given = source.ValuesOf(param.name); !given.empty()) {
+                Assign(param, given, in.*member);
+            } else if (InfoOf(param).isRequired) {
+                ThrowMissing(param.name);
             }
         },
         param.target);
@@ -275,6 +280,26 @@ template <auto Body, auto& Params>
 Result Read(Call& call, const ArgumentSource& source)
 {
     return Body(call, binding::ReadInput<Params>(source));
+}
+
+/// Runs a body that only reads where all of its reads see one moment: for answers of several statements, which could
+/// contradict each other when somebody writes between them. In a transaction of the caller's they see what that sees.
+template <class Body>
+Result InSnapshot(Call& call, Body body)
+{
+    return call.Options().joinsTransaction ? body() : AtOneMoment(call.Connection(), body);
+}
+/// Runs a body as Read does, in a snapshot.
+template <auto Body>
+Result ReadSnapshot(Call& call, const ArgumentSource& /*source*/)
+{
+    return InSnapshot(call, [&] { return Body(call); });
+}
+template <auto Body, auto& Params>
+Result ReadSnapshot(Call& call, const ArgumentSource& source)
+{
+    const auto in = binding::ReadInput<Params>(source);
+    return InSnapshot(call, [&] { return Body(call, in); });
 }
 
 /// Runs a body `Result Body(Call&, const In&)` inside one Change.
@@ -362,15 +387,15 @@ Result WriteInSteps(Call& call, const ArgumentSource& source)
     return result;
 }
 
-/// Runs `Result Show(Call&, const In&)` where `bool IsQuestion(const In&)` says that nothing is to be changed, and
-/// otherwise `Otherwise`, which is one of the functions for Command::run.
+/// Runs `Result Show(Call&, const In&)` in a snapshot where `bool IsQuestion(const In&)` says that nothing is to be
+/// changed, and otherwise `Otherwise`, which is one of the functions for Command::run.
 template <auto IsQuestion, auto Show, auto Otherwise, auto& Params>
 Result ReadOr(Call& call, const ArgumentSource& source)
 {
     if (!IsQuestion(binding::ReadInput<Params>(source))) {
         return Otherwise(call, source);
     }
-    Result result = Read<Show, Params>(call, source);
+    Result result = ReadSnapshot<Show, Params>(call, source);
     result.isChanged = false;
     result.isRead = true;
     return result;

@@ -3,6 +3,7 @@
 #include "dbaccess/CAException.h"
 #include "management/Errors.h"
 #include "schema/DirectoryTransaction.h"
+#include "schema/Snapshot.h"
 
 #include <string>
 
@@ -40,6 +41,16 @@ auto WithDatabaseErrors(const CAConnect& conn, Body body) -> decltype(body())
     } catch (const CAException& e) {
         throw ErrorFrom(conn, e);
     }
+}
+
+/// Runs the body where all reads see one moment. @throws DatabaseError, and what the body throws.
+template <class Body>
+auto AtOneMoment(CAConnect& conn, Body body) -> decltype(body())
+{
+    return WithDatabaseErrors(conn, [&] {
+        const schema::Snapshot snapshot(conn);
+        return body();
+    });
 }
 
 /// A schema::DirectoryTransaction whose failures are DatabaseErrors: what a command reads to decide what it writes, it

@@ -3,6 +3,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CARecordset.h"
+#include "dbaccess/CATransaction.h"
 #include "platform/CodePage.h"
 #include "schema/Snapshot.h"
 #include "schema/Tables.h"
@@ -153,7 +154,7 @@ public:
     Writing(CAConnect& conn, bool replaces) : m_conn(conn), m_dialect(DialectOf(conn)), m_replaces(replaces)
     {
         ExecuteAll(m_conn, m_dialect.copying.beginWriting);
-        m_conn.BeginTrans();
+        m_transaction.emplace(m_conn);
         try {
             Lock(m_conn, m_dialect, kLongestTableWork);
             HoldTables();
@@ -172,8 +173,8 @@ public:
     void BeginAnew()
     {
         if (m_dialect.copying.backToMark.empty()) {
-            m_conn.RollbackTrans();
-            m_conn.BeginTrans();
+            m_transaction->Rollback();
+            m_transaction.emplace(m_conn);
             DeleteRows();
         } else {
             Execute(m_dialect.copying.backToMark);
@@ -181,7 +182,7 @@ public:
     }
     void Commit()
     {
-        m_conn.CommitTrans();
+        m_transaction->Commit();
         m_isOpen = false;
         Unlock(m_conn, m_dialect);
     }
@@ -205,14 +206,10 @@ private:
     }
     void GiveUp() noexcept
     {
-        if (!std::exchange(m_isOpen, false)) {
-            return;
+        if (std::exchange(m_isOpen, false)) {
+            m_transaction.reset();
+            Unlock(m_conn, m_dialect);
         }
-        try {
-            m_conn.RollbackTrans();
-        } catch (...) { // what led here is being reported already
-        }
-        Unlock(m_conn, m_dialect);
     }
     void Execute(const std::string& statement)
     {
@@ -224,6 +221,7 @@ private:
     CAConnect& m_conn;
     const Dialect& m_dialect;
     bool m_replaces;
+    std::optional<CATransaction> m_transaction;
     bool m_isOpen = true;
 };
 

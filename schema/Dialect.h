@@ -17,6 +17,8 @@ namespace schema {
 struct CopyRules {
     /// Begin a transaction in which all reads of a source see one moment; ROLLBACK ends it. Empty: there is none.
     std::vector<std::string> beginReading = {};
+    /// Put back what those have set for the connection's later transactions; run after ROLLBACK.
+    std::vector<std::string> endReading = {};
     /// Whether rows can be asked for in an order.
     bool sortsRows = true;
     /// Gives in column 1 what no other database has that can be reached; empty where that cannot be told.

@@ -27,7 +27,7 @@ DirectoryTransaction::DirectoryTransaction(CAConnect& conn, std::chrono::seconds
         Lock(m_conn, m_dialect, longest);
     }
     try {
-        m_conn.BeginTrans();
+        m_transaction.emplace(m_conn);
         if (isOfTransaction) {
             Lock(m_conn, m_dialect, longest);
         }
@@ -41,7 +41,7 @@ DirectoryTransaction::~DirectoryTransaction() { Rollback(); }
 
 void DirectoryTransaction::Commit()
 {
-    m_conn.CommitTrans();
+    m_transaction->Commit();
     m_open = false;
     Unlock(m_conn, m_dialect);
 }
@@ -51,10 +51,7 @@ void DirectoryTransaction::Rollback() noexcept
     if (!std::exchange(m_open, false)) {
         return;
     }
-    try {
-        m_conn.RollbackTrans();
-    } catch (...) { // see its declaration
-    }
+    m_transaction.reset();
     Unlock(m_conn, m_dialect);
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "dbaccess/CAException.h"
+#include "dbaccess/CATransaction.h"
 #include "platform/Api.h"
 
 #include <chrono>
+#include <optional>
 
 class CAConnect;
 
@@ -50,6 +52,7 @@ public:
 private:
     CAConnect& m_conn;
     const Dialect& m_dialect;
+    std::optional<CATransaction> m_transaction;
     bool m_open = true;
 };
 

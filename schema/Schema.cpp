@@ -3,6 +3,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
+#include "dbaccess/CATransaction.h"
 #include "platform/CodePage.h"
 #include "schema/Dialect.h"
 #include "schema/DirectoryTransaction.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <charconv>
 #include <string_view>
+#include <utility>
 
 namespace schema {
 
@@ -41,7 +43,7 @@ public:
     Change(CAConnect& conn, const Dialect& dialect) : m_conn(conn), m_dialect(dialect)
     {
         if (m_dialect.stepIsTransaction) {
-            m_conn.BeginTrans();
+            m_transaction.emplace(m_conn);
         }
         try {
             Lock(m_conn, m_dialect, kLongestTableWork);
@@ -56,8 +58,8 @@ public:
 
     void Commit()
     {
-        if (m_dialect.stepIsTransaction) {
-            m_conn.CommitTrans();
+        if (m_transaction) {
+            m_transaction->Commit();
         }
         m_done = true;
         Unlock(m_conn, m_dialect);
@@ -66,21 +68,15 @@ public:
 private:
     void GiveUp() noexcept
     {
-        if (m_done) {
-            return;
+        if (!std::exchange(m_done, true)) {
+            m_transaction.reset();
+            Unlock(m_conn, m_dialect);
         }
-        m_done = true;
-        try {
-            if (m_dialect.stepIsTransaction) {
-                m_conn.RollbackTrans();
-            }
-        } catch (...) { // what made us give up is being reported already
-        }
-        Unlock(m_conn, m_dialect);
     }
 
     CAConnect& m_conn;
     const Dialect& m_dialect;
+    std::optional<CATransaction> m_transaction;
     bool m_done = false;
 };
 

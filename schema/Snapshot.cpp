@@ -21,6 +21,9 @@ Snapshot::~Snapshot()
     try {
         if (m_isOpen) {
             m_conn.Execute("ROLLBACK");
+            for (const std::string& statement : DialectOf(m_conn).copying.endReading) {
+                m_conn.Execute(statement.c_str());
+            }
         }
     } catch (...) { // it has been read, and goes with its connection
     }

@@ -6,9 +6,9 @@ class CAConnect;
 
 namespace schema {
 
-/// A transaction in which all reads of a connection see one moment, and which keeps nobody from writing. Access has
-/// none: there reads see what others write meanwhile. Rolled back in the end. One at a time on a connection, which has
-/// to outlive it.
+/// A transaction in which all reads of a connection see one moment, and which keeps nobody from writing, except on SQL
+/// Server to what has been read. Access has none: there reads see what others write meanwhile. Rolled back in the end.
+/// One at a time on a connection, which has to outlive it.
 class QV_API Snapshot {
 public:
     /// @throws CAException.

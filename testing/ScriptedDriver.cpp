@@ -71,9 +71,15 @@ public:
         m_database.queries.emplace_back(sql);
         return std::make_unique<ScriptedCursor>(Checked(m_database.Next()));
     }
-    void Begin() override {}
-    void Commit() override {}
-    void Rollback() override {}
+    void Begin() override { m_database.transactions += " begin"; }
+    void Commit() override
+    {
+        m_database.transactions += " commit";
+        if (m_database.refusesCommit) {
+            throw CAException("no commit", "Script 1");
+        }
+    }
+    void Rollback() override { m_database.transactions += " rollback"; }
     [[nodiscard]] CString DateLiteral(const dbaccess::Date& date) const override
     {
         CString literal;

@@ -46,6 +46,8 @@ public:
     std::string engineName = "Script";   ///< Shown as the engine's name and version.
     std::vector<std::string> queries;    ///< The texts of reads so far, in order.
     std::vector<std::string> executions; ///< The texts of writes so far, in order.
+    std::string transactions;            ///< "begin", "commit" and "rollback" so far, with a blank before each.
+    bool refusesCommit = false;          ///< Whether a commit throws a CAException.
 
 private:
     friend class ScriptedSession;

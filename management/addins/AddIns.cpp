@@ -3,6 +3,7 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "dbaccess/EngineKind.h"
 #include "management/DatabaseError.h"
 #include "management/Escape.h"
 #include "management/FindEach.h"
@@ -230,8 +231,8 @@ int AddIns::Create(const NewAddIn& addIn, int index)
                  {"the package", "Col_PackageName", addIn.package},
                  {"the data", "Col_Data", addIn.data}});
     // The module doubles the quotes of data itself, and backslashes by the engine kind.
-    constexpr int doublesSlashes = 6;
-    const bool isKindOfEngine = (m_conn.m_nDBType == doublesSlashes) == EscapesBackslashes(m_conn);
+    const bool isKindOfEngine =
+        (dbaccess::EngineKindOf(m_conn) == dbaccess::EngineKind::mysql) == EscapesBackslashes(m_conn);
     const CString slashes = EscapeBackslashes(m_conn, addIn.data);
     Run(m_conn, [&] {
         return CQVBaseFun::InsertAddInInfo(m_conn, EscapeLiteral(m_conn, addIn.name),
@@ -240,7 +241,7 @@ int AddIns::Create(const NewAddIn& addIn, int index)
                                            EscapeLiteral(m_conn, addIn.package), index);
     });
     const int id = LastInsertedId(m_conn);
-    if (!isKindOfEngine && m_conn.m_nDBType == doublesSlashes) {
+    if (!isKindOfEngine && dbaccess::EngineKindOf(m_conn) == dbaccess::EngineKind::mysql) {
         AddInChanges asTheyAre;
         asTheyAre.data = addIn.data;
         Change(id, asTheyAre);

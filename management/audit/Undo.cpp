@@ -3,6 +3,7 @@
 #include "basefun/ItemTypes.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "dbaccess/EngineKind.h"
 #include "management/Escape.h"
 #include "management/Items.h"
 #include "management/Names.h"
@@ -362,7 +363,7 @@ void Undo::CheckNames()
             continue;
         }
         const std::string value = Literal(m_conn, name);
-        const std::string folded = m_conn.m_nDBType == kComparesInCapitals
+        const std::string folded = dbaccess::EngineKindOf(m_conn) == dbaccess::EngineKind::comparesInCapitals
                                        ? fmt::format("upper({}) = upper({})", table->nameColumn, value)
                                        : fmt::format("{} = {}", table->nameColumn, value);
         for (const AuditedRow& other : Rows(*table, "WHERE " + folded)) {

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "management/DatabaseError.h"
 #include "management/exchange/Export.h"
-#include "schema/Snapshot.h"
 
 // What all exports have in common.
 
@@ -17,16 +15,6 @@ inline bool GoesOn(const Call& call, ExportReport& report)
         call.Front().ShowProgress(report.lines, std::nullopt);
     }
     return !call.Front().IsStopRequested();
-}
-
-/// Runs the body where all reads see one moment. @throws DatabaseError, and what the body throws.
-template <class Body>
-bool AtOneMoment(CAConnect& conn, Body body)
-{
-    return WithDatabaseErrors(conn, [&] {
-        const schema::Snapshot snapshot(conn);
-        return body();
-    });
 }
 
 } // namespace management

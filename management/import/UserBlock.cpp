@@ -3,6 +3,7 @@
 #include "basefun/ItemTypes.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "dbaccess/EngineKind.h"
 #include "directory/RelationItem.h"
 #include "management/Escape.h"
 #include "management/Names.h"
@@ -19,7 +20,8 @@ namespace {
 /// What the engine compares login names by.
 std::string_view ComparedLogin(const CAConnect& conn)
 {
-    return conn.m_nDBType == kComparesInCapitals ? "upper(Col_LoginName)" : "Col_LoginName";
+    return dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::comparesInCapitals ? "upper(Col_LoginName)"
+                                                                                    : "Col_LoginName";
 }
 
 /// What users with one of the login names meet, case not counting as far as the engine can tell.
@@ -33,7 +35,7 @@ std::string ConditionOn(const CAConnect& conn, const std::vector<std::string>& l
         CString capitals{std::string_view(login)};
         capitals.MakeUpper();
         add(capitals.View());
-        if (conn.m_nDBType != kComparesInCapitals && capitals.View() != login) {
+        if (dbaccess::EngineKindOf(conn) != dbaccess::EngineKind::comparesInCapitals && capitals.View() != login) {
             add(login);
         }
     }

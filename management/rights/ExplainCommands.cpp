@@ -29,6 +29,25 @@ struct ExplainQuery {
     bool limit = false;
     bool guest = false;
     std::vector<std::string> ifRoles;
+
+    void Check() const
+    {
+        if (int{bit.has_value()} + int{mask.has_value()} + int{limit} + int{guest} > 1) {
+            throw Error(ErrorCode::invalid,
+                        "--bit, --mask, --limit and --guest are questions of their own; ask one at a time");
+        }
+        (void)Asked();
+    }
+
+    /// @throws Error (invalid).
+    [[nodiscard]] Question Asked() const
+    {
+        return bit     ? Question{QuestionKind::bit, BitFrom(*bit)}
+               : mask  ? Question{QuestionKind::mask, BitsFrom(*mask)}
+               : limit ? Question{QuestionKind::limit}
+               : guest ? Question{QuestionKind::guest}
+                       : Question{};
+    }
 };
 
 constexpr Param<ExplainQuery> kExplainParams[] = {
@@ -63,23 +82,6 @@ struct Subject {
     std::string function;
     Question question;
 };
-
-// ---- The question ---------------------------------------------------------------------------------------------------
-
-Question QuestionGiven(const ExplainQuery& in)
-{
-    if (int{in.bit.has_value()} + int{in.mask.has_value()} + int{in.limit} + int{in.guest} > 1) {
-        throw Error(ErrorCode::invalid,
-                    "--bit, --mask, --limit and --guest are questions of their own; ask one at a time");
-    }
-    if (in.bit) {
-        return {QuestionKind::bit, BitFrom(*in.bit)};
-    }
-    if (in.mask) {
-        return {QuestionKind::mask, BitsFrom(*in.mask)};
-    }
-    return {in.limit ? QuestionKind::limit : in.guest ? QuestionKind::guest : QuestionKind::all};
-}
 
 std::string_view NameOf(QuestionKind kind)
 {
@@ -259,7 +261,7 @@ std::string AssumptionText(const UserKey& user, const std::vector<RoleKey>& role
 
 Result ExplainRight(Call& call, const ExplainQuery& in)
 {
-    const Question question = QuestionGiven(in);
+    const Question question = in.Asked();
     CAConnect& conn = call.Connection();
     const Subject subject{FindUser(call.Directory(), in.user), in.genre, in.function, question};
     const Explanation explanation = Explain(conn, subject.user.id, in.genre, in.function, question);
@@ -293,9 +295,11 @@ Result ExplainAssuming(Call& call, const ExplainQuery& in)
     return result;
 }
 
-Result AnswerExplain(Call& call, const ExplainQuery& in)
+Result RunExplain(Call& call, const ArgumentSource& source)
 {
-    return in.ifRoles.empty() ? ExplainRight(call, in) : ExplainAssuming(call, in);
+    const bool isAsItIs = binding::ReadInput<kExplainParams>(source).ifRoles.empty();
+    return isAsItIs ? ReadSnapshot<&ExplainRight, kExplainParams>(call, source)
+                    : Read<&ExplainAssuming, kExplainParams>(call, source);
 }
 
 constexpr Command kCommands[] = {
@@ -309,7 +313,7 @@ constexpr Command kCommands[] = {
      .effect = Effect::read,
      .params = &InfosOf<kExplainParams>,
      .columns = kColumns,
-     .run = &Read<&AnswerExplain, kExplainParams>},
+     .run = &RunExplain},
 };
 
 } // namespace

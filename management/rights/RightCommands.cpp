@@ -185,6 +185,13 @@ struct ViewsOfUser {
     std::string user;
     std::optional<std::string> genre;
     std::optional<std::string> function;
+
+    void Check() const
+    {
+        if (genre && !function) {
+            throw Error(ErrorCode::invalid, "name the function too, or no genre either");
+        }
+    }
 };
 
 constexpr Param<ViewsOfUser> kViewsParams[] = {
@@ -633,9 +640,6 @@ Result Effective(Call& call, const OneUser& in)
 
 Result Views(Call& call, const ViewsOfUser& in)
 {
-    if (in.genre && !in.function) {
-        throw Error(ErrorCode::invalid, "name the function too, or no genre either");
-    }
     Rights rights(call.Connection());
     const UserKey user = FindUser(call.Directory(), in.user);
     NameCache names(call.Connection());
@@ -747,7 +751,7 @@ constexpr Command kCommands[] = {
                  "  qvadmin right matrix id:17 id:18 -o csv",
      .effect = Effect::read,
      .params = &InfosOf<kMatrixParams>,
-     .run = &Read<&Matrix, kMatrixParams>},
+     .run = &ReadSnapshot<&Matrix, kMatrixParams>},
     {.path = {"right", "effective"},
      .summary = "what a user may by his roles, as programs work it out",
      .examples = "  qvadmin right effective amy\n"
@@ -755,7 +759,7 @@ constexpr Command kCommands[] = {
      .effect = Effect::read,
      .params = &InfosOf<kEffectiveParams>,
      .columns = kEffectiveColumns,
-     .run = &Read<&Effective, kEffectiveParams>},
+     .run = &ReadSnapshot<&Effective, kEffectiveParams>},
     {.path = {"right", "views"},
      .summary = "the views that a user may see by his roles",
      .examples = "  qvadmin right views amy\n"
@@ -763,7 +767,7 @@ constexpr Command kCommands[] = {
      .effect = Effect::read,
      .params = &InfosOf<kViewsParams>,
      .columns = kViewsColumns,
-     .run = &Read<&Views, kViewsParams>},
+     .run = &ReadSnapshot<&Views, kViewsParams>},
 };
 
 } // namespace

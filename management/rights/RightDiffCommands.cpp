@@ -115,7 +115,7 @@ constexpr Command kCommands[] = {
      .effect = Effect::read,
      .params = &InfosOf<kUsersToCompare>,
      .columns = kUserColumns,
-     .run = &Read<&DiffUsers, kUsersToCompare>},
+     .run = &ReadSnapshot<&DiffUsers, kUsersToCompare>},
     {.path = {"role", "diff"},
      .summary = "the functions on which two roles have different powers",
      .examples = "  qvadmin role diff Editors Authors\n"
@@ -123,7 +123,7 @@ constexpr Command kCommands[] = {
      .effect = Effect::read,
      .params = &InfosOf<kRolesToCompare>,
      .columns = kRoleColumns,
-     .run = &Read<&DiffRoles, kRolesToCompare>},
+     .run = &ReadSnapshot<&DiffRoles, kRolesToCompare>},
 };
 
 } // namespace

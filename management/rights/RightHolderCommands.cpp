@@ -112,7 +112,7 @@ constexpr Command kCommands[] = {
      .effect = Effect::read,
      .params = &InfosOf<kWhoParams>,
      .columns = kWhoColumns,
-     .run = &Read<&Who, kWhoParams>},
+     .run = &ReadSnapshot<&Who, kWhoParams>},
 };
 
 } // namespace

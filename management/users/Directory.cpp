@@ -4,6 +4,7 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "dbaccess/EngineKind.h"
 #include "management/DatabaseError.h"
 #include "management/Escape.h"
 #include "management/Names.h"
@@ -16,8 +17,6 @@
 namespace management {
 
 namespace {
-
-constexpr int kComparesInCapitals = 3;
 
 // Texts of the record in which it doubles quotes itself.
 constexpr CString CHumanItem::*kQuotedTexts[] = {
@@ -86,8 +85,9 @@ std::optional<int> Directory::FindIdIgnoringCase(std::string_view login)
     int id = 0;
     Run(m_conn, [&] { return CQVBaseFun::ExistLoginNameEx(m_conn, EscapeBackslashes(login), id); });
     // Where the engine tells case, the capitals that it was asked for find capitals only.
-    return id == 0 && m_conn.m_nDBType != kComparesInCapitals ? FindId(login)
-                                                              : (id == 0 ? std::nullopt : std::optional(id));
+    return id == 0 && dbaccess::EngineKindOf(m_conn) != dbaccess::EngineKind::comparesInCapitals
+               ? FindId(login)
+               : (id == 0 ? std::nullopt : std::optional(id));
 }
 
 std::vector<UserKey> Directory::FindAll(std::string_view login)
@@ -112,7 +112,7 @@ std::vector<UserKey> Directory::FindAllByEngine(std::string_view login)
     }
     CString capitals{login};
     capitals.MakeUpper();
-    const bool inCapitals = m_conn.m_nDBType == kComparesInCapitals;
+    const bool inCapitals = dbaccess::EngineKindOf(m_conn) == dbaccess::EngineKind::comparesInCapitals;
     const std::string condition =
         inCapitals ? fmt::format("upper(Col_LoginName) = '{}'", EscapeLiteral(capitals.View()).View())
                    : fmt::format("Col_LoginName = '{}' OR Col_LoginName = '{}'", EscapeLiteral(login).View(),

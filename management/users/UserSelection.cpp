@@ -3,6 +3,7 @@
 #include "basefun/ItemTypes.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "dbaccess/EngineKind.h"
 #include "management/Escape.h"
 #include "management/Names.h"
 #include "management/Query.h"
@@ -21,8 +22,6 @@
 namespace management {
 
 namespace {
-
-constexpr int kAccess = 0; ///< knows neither upper() nor ESCAPE
 
 constexpr Field kId{"id", "Col_ID", std::monostate(), Field::Use::shown, ""};
 
@@ -109,7 +108,7 @@ std::string TextCondition(const CAConnect& conn, const Field& field, const std::
     if (text.empty()) {
         return isPart ? "" : fmt::format("({0} = '' OR {0} IS NULL)", column);
     }
-    if (conn.m_nDBType == kAccess) {
+    if (dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::access) {
         return "";
     }
     const std::string capitals = platform::UpperUtf8(text);
@@ -117,7 +116,7 @@ std::string TextCondition(const CAConnect& conn, const Field& field, const std::
         return fmt::format("upper({}) LIKE {} ESCAPE '!'", column, Literal(conn, LikePattern(text)));
     }
     // Elsewhere, the index is one of the column as it is, and the engine takes no case for a difference.
-    return conn.m_nDBType == kComparesInCapitals || field.name != "login"
+    return dbaccess::EngineKindOf(conn) == dbaccess::EngineKind::comparesInCapitals || field.name != "login"
                ? fmt::format("upper({}) = {}", column, Literal(conn, capitals))
                : fmt::format("({0} = {1} OR {0} = {2})", column, Literal(conn, text), Literal(conn, capitals));
 }
@@ -319,7 +318,7 @@ void UserSelection::AddRole(CAConnect& conn, const std::string& role)
 
 void UserSelection::AddTitle(CAConnect& conn, const std::string& title)
 {
-    const bool knowsCapitals = conn.m_nDBType != kAccess;
+    const bool knowsCapitals = dbaccess::EngineKindOf(conn) != dbaccess::EngineKind::access;
     const std::string held =
         fmt::format("Col_QvItemType = {} AND Col_DQvItemType = {}{}", kItemTypeGroup, kItemTypeUser,
                     knowsCapitals ? " AND upper(Col_JobTitle) = " + Literal(conn, platform::UpperUtf8(title)) : "");

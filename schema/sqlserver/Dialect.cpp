@@ -56,6 +56,7 @@ const Dialect& TheDialect()
                     "HAS_PERMS_BY_NAME('qv_User', 'OBJECT', 'UPDATE') = 1 AND "
                     "DATABASEPROPERTYEX(DB_NAME(), 'Updateability') = 'READ_WRITE' THEN 1 ELSE 0 END",
         .copying = {.beginReading = {"SET TRANSACTION ISOLATION LEVEL SERIALIZABLE", "BEGIN TRANSACTION"},
+                    .endReading = {"SET TRANSACTION ISOLATION LEVEL READ COMMITTED"},
                     .identity = "SELECT CONCAT(@@SERVERNAME, ' ', DB_NAME(), ' ', SCHEMA_NAME())",
                     .countNow = "SELECT COUNT(*) FROM {table} WITH (TABLOCK, HOLDLOCK)",
                     .nameBegin = '[',

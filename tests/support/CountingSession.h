@@ -3,6 +3,7 @@
 #include "dbaccess/Driver.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -39,6 +40,7 @@ struct SessionCounts {
     std::size_t statements = 0;        ///< of all kinds, those of transactions among them
     std::size_t rows = 0;              ///< that were read
     std::string engineName;            ///< its own when empty
+    std::function<void()> beforeQuery; ///< is called before each query, where there is one
 };
 
 /// A session that counts what is done on it.
@@ -64,6 +66,9 @@ public:
     std::unique_ptr<dbaccess::Cursor> Query(const char* sql) override
     {
         ++m_counts.statements;
+        if (m_counts.beforeQuery) {
+            m_counts.beforeQuery();
+        }
         return std::make_unique<CountingCursor>(m_session->Query(sql), m_counts.rows);
     }
     void Begin() override

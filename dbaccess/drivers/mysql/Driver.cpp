@@ -1,6 +1,7 @@
 #include "dbaccess/drivers/mysql/Driver.h"
 
 #include "dbaccess/DateText.h"
+#include "dbaccess/EngineKind.h"
 #include "dbaccess/PasswordFile.h"
 #include "dbaccess/drivers/mysql/Connection.h"
 #include "dbaccess/drivers/mysql/Cursor.h"
@@ -17,7 +18,6 @@ namespace dbaccess::mysql {
 
 namespace {
 
-constexpr int kDbType = 6;
 constexpr unsigned int kPort = 3306;
 constexpr unsigned int kLastPort = 65535;
 constexpr unsigned int kLongestTimeout = 86400;
@@ -338,7 +338,7 @@ std::unique_ptr<Session> OpenSession(std::string_view location)
         RefuseForm();
     }
     const Location parsed = ParseLocation(location.substr(mark));
-    const int dbType = DbTypeOption(parsed, kDbType);
+    const int dbType = DbTypeOption(parsed, NumberOf(EngineKind::mysql));
     settings.keptStatements = StatementCacheOption(parsed);
     for (const auto& [name, value] : parsed.options) {
         ReadOption(platform::AnsiToUtf8(name), Decoded(platform::AnsiToUtf8(value)), settings);

@@ -1,6 +1,7 @@
 #include "dbaccess/drivers/odbc/Driver.h"
 
 #include "dbaccess/DateText.h"
+#include "dbaccess/EngineKind.h"
 #include "dbaccess/PasswordFile.h"
 #include "dbaccess/drivers/odbc/Connection.h"
 #include "dbaccess/drivers/odbc/ConnectionString.h"
@@ -79,17 +80,20 @@ ConnectionString ReadString(const Location& location)
 }
 
 // An engine whose name says nothing is what the caller takes it for.
-Dialect DialectOf(int dbType)
+Dialect DialectOf(EngineKind kind)
 {
-    return dbType == 0   ? Dialect::access
-           : dbType == 1 ? Dialect::sqlServer
-           : dbType == 6 ? Dialect::mysql
-                         : Dialect::other;
+    return kind == EngineKind::access      ? Dialect::access
+           : kind == EngineKind::sqlServer ? Dialect::sqlServer
+           : kind == EngineKind::mysql     ? Dialect::mysql
+                                           : Dialect::other;
 }
 
-int DbTypeOf(Dialect dialect)
+EngineKind KindOf(Dialect dialect)
 {
-    return dialect == Dialect::access ? 0 : dialect == Dialect::sqlServer ? 1 : dialect == Dialect::mysql ? 6 : 3;
+    return dialect == Dialect::access      ? EngineKind::access
+           : dialect == Dialect::sqlServer ? EngineKind::sqlServer
+           : dialect == Dialect::mysql     ? EngineKind::mysql
+                                           : EngineKind::comparesInCapitals;
 }
 
 class OdbcSession final : public Session {
@@ -161,13 +165,13 @@ std::unique_ptr<Session> OpenSession(std::string_view location)
 {
     RefuseCutPassword(location);
     const Location parsed = ParseLocation(location);
-    const int wished = DbTypeOption(parsed, 3);
+    const auto wished = static_cast<EngineKind>(DbTypeOption(parsed, NumberOf(EngineKind::comparesInCapitals)));
     auto connection = std::make_shared<Connection>(ReadString(parsed));
     if (connection->Engine() == Dialect::other) {
         connection->SetEngine(DialectOf(wished));
     }
     connection->Prepare();
-    const int dbType = DbTypeOption(parsed, DbTypeOf(connection->Engine()));
+    const int dbType = DbTypeOption(parsed, NumberOf(KindOf(connection->Engine())));
     return std::make_unique<OdbcSession>(std::move(connection), dbType);
 }
 

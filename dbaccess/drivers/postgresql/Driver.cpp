@@ -1,6 +1,7 @@
 #include "dbaccess/drivers/postgresql/Driver.h"
 
 #include "dbaccess/DateText.h"
+#include "dbaccess/EngineKind.h"
 #include "dbaccess/LocalHost.h"
 #include "dbaccess/PasswordFile.h"
 #include "dbaccess/drivers/postgresql/ConnectGuarded.h"
@@ -460,7 +461,7 @@ std::unique_ptr<Session> OpenSession(std::string_view location)
 {
     RefuseCutPassword(location);
     const Location parsed = ParseLocation(location);
-    const int dbType = DbTypeOption(parsed, 3);
+    const int dbType = DbTypeOption(parsed, NumberOf(EngineKind::comparesInCapitals));
     std::shared_ptr<Connection> connection = Connect(ReadConnectParams(location, parsed), StatementCacheOption(parsed));
     SetDateStyle(*connection);
     return std::make_unique<PostgresqlSession>(std::move(connection), dbType);

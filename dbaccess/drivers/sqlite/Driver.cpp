@@ -1,6 +1,7 @@
 #include "dbaccess/drivers/sqlite/Driver.h"
 
 #include "dbaccess/DateText.h"
+#include "dbaccess/EngineKind.h"
 #include "dbaccess/drivers/sqlite/Cursor.h"
 #include "dbaccess/drivers/sqlite/Error.h"
 #include "dbaccess/drivers/sqlite/ImmutableFile.h"
@@ -34,7 +35,7 @@ using Handle = std::unique_ptr<sqlite3, CloseHandle>;
 struct Options {
     int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
     int busyTimeout = kDefaultBusyTimeout;
-    int dbType = 3;
+    int dbType = NumberOf(EngineKind::comparesInCapitals);
     std::size_t keptStatements = 0;
 };
 
