@@ -9,6 +9,7 @@
 #include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <limits>
 
 namespace management {
@@ -127,6 +128,18 @@ std::string HeadOf(const JsonMember& member, bool goesOn)
 }
 
 } // namespace
+
+void AppendJsonText(std::string& json, const std::string& text)
+{
+    const auto isPlain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
+    if (std::ranges::all_of(text, isPlain)) {
+        json += '"';
+        json += text;
+        json += '"';
+    } else {
+        json += JsonText(text);
+    }
+}
 
 std::string JsonText(const std::string& text)
 {

@@ -27,6 +27,8 @@ using JsonObject = std::vector<JsonMember>;
 
 /// A text as JSON: a string, or, where it is not UTF-8, an array of its bytes as numbers.
 std::string JsonText(const std::string& text);
+/// Appends the same.
+void AppendJsonText(std::string& json, const std::string& text);
 
 /// The object in one line, without a line's end; texts as JsonText gives them.
 std::string WriteJsonLine(const JsonObject& object);

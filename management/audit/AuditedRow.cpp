@@ -13,7 +13,6 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <cctype>
 #include <utility>
 #include <variant>
 
@@ -55,8 +54,8 @@ constexpr AuditedTable kTables[] = {
 
 bool SameIdentifier(std::string_view a, std::string_view b)
 {
-    const auto lower = [](unsigned char c) { return std::tolower(c); };
-    return std::ranges::equal(a, b, {}, lower, lower);
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; };
+    return a.size() == b.size() && std::ranges::equal(a, b, {}, lower, lower);
 }
 
 const AuditedTable* FindAuditedTable(std::string_view name)
@@ -76,9 +75,11 @@ std::string ColumnList(const AuditedTable& table) { return fmt::format("{}", fmt
 
 AuditedRow ReadRow(CARecordset& rows, const AuditedTable& table, long first)
 {
+    const std::vector<std::string>& columns = ColumnsOf(table);
     AuditedRow row;
+    row.reserve(columns.size());
     long column = first;
-    for (const std::string& name : ColumnsOf(table)) {
+    for (const std::string& name : columns) {
         row.emplace_back(name, OptionalTextIn(rows, column++));
     }
     return row;
@@ -111,16 +112,6 @@ bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view
            SameIdentifier(ValueIn(row, "Col_Name").value_or(""), "EncryptKey");
 }
 
-AuditedRow WithoutSecrets(const AuditedTable& table, AuditedRow row)
-{
-    for (auto& [column, value] : row) {
-        if (value && !value->empty() && IsSecret(table, row, column)) {
-            value = kSecretMark;
-        }
-    }
-    return row;
-}
-
 std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& row)
 {
     std::vector<std::string> items;
@@ -137,16 +128,44 @@ std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& ro
     return items;
 }
 
-std::string Packed(const AuditedRow& row)
+namespace {
+
+/// @param shown  gives what is stored of a column's value.
+template <class Shown>
+std::string PackedBy(const AuditedRow& row, Shown shown)
 {
-    std::string text;
+    std::string text = "{";
     for (const auto& [column, value] : row) {
-        if (!value || !value->empty()) {
-            text +=
-                fmt::format("{}{}:{}", text.empty() ? "" : ",", JsonText(column), value ? JsonText(*value) : "null");
+        if (value && value->empty()) {
+            continue;
+        }
+        text += text.size() == 1 ? "" : ",";
+        AppendJsonText(text, column);
+        text += ':';
+        if (value) {
+            AppendJsonText(text, shown(column, *value));
+        } else {
+            text += "null";
         }
     }
-    return "{" + text + "}";
+    text += '}';
+    return text;
+}
+
+} // namespace
+
+std::string Packed(const AuditedRow& row)
+{
+    return PackedBy(
+        row, [](const std::string& /*column*/, const std::string& value) -> const std::string& { return value; });
+}
+
+std::string PackedWithoutSecrets(const AuditedTable& table, const AuditedRow& row)
+{
+    static const std::string mark(kSecretMark);
+    return PackedBy(row, [&](const std::string& column, const std::string& value) -> const std::string& {
+        return IsSecret(table, row, column) ? mark : value;
+    });
 }
 
 AuditedRow Unpacked(std::string_view text)

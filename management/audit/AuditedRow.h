@@ -54,14 +54,14 @@ std::optional<std::string> ValueIn(const AuditedRow& row, std::string_view colum
 bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view column);
 /// Stands in recorded rows for a secret that is not empty.
 inline constexpr std::string_view kSecretMark = "(not recorded)";
-/// The row with marks for its secrets.
-AuditedRow WithoutSecrets(const AuditedTable& table, AuditedRow row);
 
 /// The items that a row is about, as "TYPE:ID": itself and those that it links.
 std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& row);
 
 /// As it is stored: a JSON object, without the columns that hold the empty text.
 std::string Packed(const AuditedRow& row);
+/// The same with marks for its secrets.
+std::string PackedWithoutSecrets(const AuditedTable& table, const AuditedRow& row);
 /// @throws Error (failed) for a text that is none of those.
 AuditedRow Unpacked(std::string_view text);
 /// The row with all columns of its table, in their order, those that it lacks being empty.

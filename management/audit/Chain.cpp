@@ -4,8 +4,6 @@
 #include "dbaccess/CARecordset.h"
 #include "management/Sha256.h"
 
-#include <fmt/format.h>
-
 #include <string_view>
 
 namespace management::audit {
@@ -17,7 +15,8 @@ class TextsDigest {
 public:
     void Add(std::string_view text)
     {
-        m_digest.Add(fmt::format("{}:", text.size()));
+        m_digest.Add(std::to_string(text.size()));
+        m_digest.Add(":");
         m_digest.Add(text);
     }
     void Add(const std::optional<std::string>& text)
@@ -37,16 +36,19 @@ StoredRow Stored(const RowChange& change)
 {
     StoredRow row{std::string(change.table->name), change.key, change.count};
     const auto pack = [&change](const std::optional<AuditedRow>& content) {
-        return content ? std::optional(Packed(WithoutSecrets(*change.table, *content))) : std::nullopt;
+        return content ? std::optional(PackedWithoutSecrets(*change.table, *content)) : std::nullopt;
     };
     row.before = pack(change.before);
     row.after = pack(change.after);
-    AuditedRow items = change.after ? *change.after : change.before.value_or(AuditedRow());
-    if (!change.key.empty() && !ValueIn(items, "Col_ID")) {
-        items.emplace_back("Col_ID", change.key);
+    const std::optional<AuditedRow>& content = change.after ? change.after : change.before;
+    std::vector<std::string> all;
+    if (content && (change.key.empty() || ValueIn(*content, "Col_ID"))) {
+        all = ItemsOf(*change.table, *content);
+    } else if (content) {
+        AuditedRow withId = *content;
+        withId.emplace_back("Col_ID", change.key);
+        all = ItemsOf(*change.table, withId);
     }
-    const std::vector<std::string> all =
-        change.after || change.before ? ItemsOf(*change.table, items) : std::vector<std::string>();
     row.item = all.empty() ? "" : all[0];
     row.otherItem = all.size() < 2 ? "" : all[1];
     return row;

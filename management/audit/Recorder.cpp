@@ -160,9 +160,32 @@ void Recorder::NoteInsertBefore(const AuditedTable& table, const WriteStatement&
     m_equalBefore = m_added ? std::vector<AuditedRow>() : RowsLike(table, statement);
 }
 
+// What these are at the end is read then.
+bool Recorder::IsOfInserted(const AuditedTable& table, const WriteStatement& update)
+{
+    const auto inserted = m_inserted.find(&table);
+    const auto ids = update.kind == WriteStatement::Kind::update ? IdsOf(update.condition) : std::nullopt;
+    if (inserted == m_inserted.end() || !ids ||
+        std::ranges::any_of(*ids, [&](std::int64_t id) { return id <= inserted->second.greatestId; }) ||
+        std::ranges::any_of(inserted->second.columns, [&update](const std::string& column) {
+            return std::ranges::any_of(update.assignments, [&column](const auto& assignment) {
+                return SameIdentifier(assignment.first, column);
+            });
+        })) {
+        return false;
+    }
+    for (const std::int64_t id : *ids) {
+        inserted->second.changed.insert(std::to_string(id));
+    }
+    return true;
+}
+
 void Recorder::NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement)
 {
-    for (AuditedRow& row : ReadRows(m_conn, table, statement.condition)) {
+    if (IsOfInserted(table, statement)) {
+        return;
+    }
+    for (AuditedRow& row : ReadRows(m_conn, table, std::string(statement.condition))) {
         const std::string key = ValueIn(row, "Col_ID").value_or("");
         Touch(table, key, std::move(row));
     }
@@ -176,7 +199,8 @@ void Recorder::NoteContentsBefore(const AuditedTable& table, const WriteStatemen
         const auto given = std::ranges::find_if(statement.assignments, [&column](const auto& assignment) {
             return SameIdentifier(assignment.first, column);
         });
-        wanted += ", " + (given == statement.assignments.end() ? column : given->second);
+        wanted += ", ";
+        wanted += given == statement.assignments.end() ? std::string_view(column) : given->second;
     }
     CARecordset rows;
     rows.Open(fmt::format("SELECT {} FROM {} {}", wanted, table.name, statement.condition).c_str(), &m_conn,
@@ -199,19 +223,29 @@ void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& sta
         return;
     }
     AuditedRow known;
+    known.reserve(statement.assignments.size() / 2);
     for (const auto& [column, literal] : statement.assignments) {
-        const auto value = ValueOfLiteral(literal, m_backslashEscapes);
+        // Engines bring dates and long texts into a form of their own.
+        const bool isText = literal.starts_with('\'');
+        if (isText && !SameIdentifier(column, table.nameColumn) && !SameIdentifier(column, "Col_ID")) {
+            continue;
+        }
+        auto value = ValueOfLiteral(literal, m_backslashEscapes);
         if (value && SameIdentifier(column, "Col_ID")) {
             Touch(table, *value, std::nullopt);
             return;
         }
-        // Engines bring dates and long texts into a form of their own.
-        const bool isNumber = value && !literal.starts_with('\'');
-        if (isNumber || (value && SameIdentifier(column, table.nameColumn))) {
-            known.emplace_back(column, value);
+        if (value) {
+            known.emplace_back(column, std::move(value));
         }
     }
-    m_inserted[&table].push_back(std::move(known));
+    Inserted& inserted = m_inserted[&table];
+    for (const auto& [column, value] : known) {
+        if (!inserted.columns.contains(column)) {
+            inserted.columns.insert(column);
+        }
+    }
+    inserted.rows.push_back(std::move(known));
 }
 
 void Recorder::NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement)
@@ -234,7 +268,7 @@ void Recorder::NoteQueriedBefore(const AuditedTable& table, const WriteStatement
 // Asking for the id of each row as it is inserted would double the statements of an import.
 void Recorder::NoteGreatestId(const AuditedTable& table)
 {
-    if (m_greatestIds.contains(&table)) {
+    if (m_inserted.contains(&table)) {
         return;
     }
     __int64 greatest = 0;
@@ -242,7 +276,7 @@ void Recorder::NoteGreatestId(const AuditedTable& table)
     rows.Open(fmt::format("SELECT MAX(Col_ID) FROM {}", table.name).c_str(), &m_conn, adbcCursorStatic,
               adbcLockOptimistic, adbcCommandTable);
     rows.GetValue(1, greatest);
-    m_greatestIds[&table] = greatest;
+    m_inserted[&table].greatestId = greatest;
 }
 
 void Recorder::Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before)
@@ -289,15 +323,15 @@ std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const Writ
 
 void Recorder::TakeInserted(std::vector<RowChange>& changes)
 {
-    for (auto& [table, pending] : m_inserted) {
-        TakeInserted(*table, std::move(pending), changes);
+    for (auto& [table, inserted] : m_inserted) {
+        TakeInserted(*table, std::move(inserted), changes);
     }
     m_inserted.clear();
-    m_greatestIds.clear();
 }
 
-void Recorder::TakeInserted(const AuditedTable& table, std::vector<AuditedRow> pending, std::vector<RowChange>& changes)
+void Recorder::TakeInserted(const AuditedTable& table, Inserted inserted, std::vector<RowChange>& changes)
 {
+    std::deque<AuditedRow>& pending = inserted.rows;
     const auto take = [&pending](const AuditedRow& row) {
         const auto found = std::ranges::find_if(pending, [&row](const AuditedRow& known) {
             return std::ranges::all_of(known, [&row](const auto& cell) {
@@ -312,22 +346,33 @@ void Recorder::TakeInserted(const AuditedTable& table, std::vector<AuditedRow> p
         pending.erase(found);
         return true;
     };
-    const std::string condition = fmt::format("WHERE Col_ID > {} ORDER BY Col_ID", m_greatestIds.at(&table));
+    if (pending.empty() && inserted.changed.empty()) {
+        return;
+    }
+    std::vector<Key> unknown; // that were changed without being read before
+    const std::string condition = fmt::format("WHERE Col_ID > {} ORDER BY Col_ID", inserted.greatestId);
     for (AuditedRow& row : ReadRows(m_conn, table, condition)) {
+        const Key key{&table, ValueIn(row, "Col_ID").value_or("")};
         if (take(row)) {
-            const Key key{&table, ValueIn(row, "Col_ID").value_or("")};
-            m_before.insert_or_assign(key, std::nullopt);
-            std::erase(m_touched, key);
+            if (m_before.erase(key) != 0) {
+                std::erase(m_touched, key);
+            }
             changes.push_back({&table, key.second, 1, std::nullopt, std::move(row)});
+        } else if (inserted.changed.contains(key.second)) {
+            unknown.push_back(key);
         }
     }
-    // What was added and deleted again.
+    // What was added and deleted again, or is known by other values now.
     for (auto& [key, before] : m_before) {
         if (key.first == &table && before && take(*before)) {
             before.reset();
         }
     }
-    if (!pending.empty()) {
+    const auto isInserted = [this](const Key& key) {
+        const auto found = m_before.find(key);
+        return found != m_before.end() && !found->second;
+    };
+    if (!pending.empty() || !std::ranges::all_of(unknown, isInserted)) {
         throw CAException("internal error: a new row cannot be recorded, and the change was not made");
     }
 }

@@ -5,8 +5,11 @@
 #include "management/audit/WriteStatement.h"
 
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -56,6 +59,14 @@ public:
 private:
     using Key = std::pair<const AuditedTable*, std::string>;
 
+    /// The rows of a table that were added; their ids are found at the end.
+    struct Inserted {
+        std::int64_t greatestId = 0;                ///< before the first one
+        std::deque<AuditedRow> rows;                ///< what is known of them
+        std::set<std::string, std::less<>> columns; ///< by which they are known
+        std::set<std::string> changed;              ///< ids of those that were changed since
+    };
+
     void NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteContentsBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement);
@@ -63,7 +74,8 @@ private:
     void NoteInserted(const AuditedTable& table, const WriteStatement& statement);
     void NoteGreatestId(const AuditedTable& table);
     void TakeInserted(std::vector<RowChange>& changes);
-    void TakeInserted(const AuditedTable& table, std::vector<AuditedRow> pending, std::vector<RowChange>& changes);
+    void TakeInserted(const AuditedTable& table, Inserted inserted, std::vector<RowChange>& changes);
+    bool IsOfInserted(const AuditedTable& table, const WriteStatement& update);
     void Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before);
     void AddContent(const AuditedTable& table, const AuditedRow& row, std::int64_t count);
     std::vector<AuditedRow> RowsLike(const AuditedTable& table, const WriteStatement& insert);
@@ -81,10 +93,8 @@ private:
     std::vector<Key> m_contents;
     std::map<Key, std::int64_t> m_counts; ///< by packed content; of tables that are only counted, the empty text
     std::map<Key, AuditedRow> m_rows;
-    std::map<const AuditedTable*, std::vector<AuditedRow>>
-        m_inserted;                                            ///< what is known of them; ids are found at the end
-    std::map<const AuditedTable*, std::int64_t> m_greatestIds; ///< before the first insert
-    std::vector<AuditedRow> m_equalBefore;                     ///< of the insert that runs
+    std::map<const AuditedTable*, Inserted> m_inserted;
+    std::vector<AuditedRow> m_equalBefore; ///< of the insert that runs
 };
 
 } // namespace management::audit

@@ -3,14 +3,19 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
+#include <array>
+#include <charconv>
 
 namespace management::audit {
 
 namespace {
 
-bool IsBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-bool IsNameByte(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '.'; }
+constexpr char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
+constexpr bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+constexpr bool IsNameByte(char c)
+{
+    return (Lower(c) >= 'a' && Lower(c) <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '.';
+}
 
 std::string_view Trimmed(std::string_view text)
 {
@@ -23,22 +28,30 @@ std::string_view Trimmed(std::string_view text)
     return text;
 }
 
-bool EqualsWord(std::string_view text, std::string_view upper)
+bool EqualsWord(std::string_view text, std::string_view lower)
 {
-    return std::ranges::equal(text, upper,
-                              [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; });
+    return text.size() == lower.size() && std::ranges::equal(text, lower, {}, Lower);
 }
+
+// Asked for nearly every byte of a statement, hence a table.
+constexpr std::array<bool, 256> kMayEndExpression = [] {
+    std::array<bool, 256> bytes{};
+    for (const char c : std::string_view("'(),wW")) {
+        bytes[static_cast<unsigned char>(c)] = true;
+    }
+    return bytes;
+}();
 
 /// Goes through a statement: words, literals, brackets.
 class Scanner {
 public:
     Scanner(std::string_view sql, bool backslashEscapes) : m_rest(sql), m_backslashEscapes(backslashEscapes) {}
 
-    /// Takes the next word, if it is this one. @param upper  in capitals.
-    bool Take(std::string_view upper)
+    /// Takes the next word, if it is this one. @param lower  in small letters.
+    bool Take(std::string_view lower)
     {
         Scanner ahead = *this;
-        if (!EqualsWord(ahead.TakeName(), upper)) {
+        if (!EqualsWord(ahead.TakeName(), lower)) {
             return false;
         }
         *this = ahead;
@@ -67,6 +80,9 @@ public:
         int depth = 0;
         for (; at < m_rest.size(); ++at) {
             const char c = m_rest[at];
+            if (!kMayEndExpression[static_cast<unsigned char>(c)]) {
+                continue;
+            }
             if (c == '\'') {
                 at = EndOfLiteral(at);
             } else if (c == '(') {
@@ -98,15 +114,15 @@ private:
     [[nodiscard]] std::size_t EndOfLiteral(std::size_t begin) const
     {
         std::size_t at = begin + 1;
-        while (at < m_rest.size() && m_rest[at] != '\'') {
-            at += m_backslashEscapes && m_rest[at] == '\\' ? 2 : 1;
+        while (m_backslashEscapes && at < m_rest.size() && m_rest[at] != '\'') {
+            at += m_rest[at] == '\\' ? 2 : 1;
         }
-        return at;
+        return std::min(m_rest.find('\'', at), m_rest.size());
     }
     [[nodiscard]] bool IsWhereAt(std::size_t at) const
     {
-        constexpr std::string_view where = "WHERE";
-        const bool begins = at > 0 && !IsNameByte(m_rest[at - 1]);
+        constexpr std::string_view where = "where";
+        const bool begins = at > 0 && Lower(m_rest[at]) == 'w' && !IsNameByte(m_rest[at - 1]);
         const std::size_t end = at + where.size();
         return begins && EqualsWord(m_rest.substr(at, where.size()), where) &&
                (end >= m_rest.size() || !IsNameByte(m_rest[end]));
@@ -116,12 +132,14 @@ private:
     bool m_backslashEscapes;
 };
 
-std::vector<std::string> TakeList(Scanner& scanner, bool& isWhole)
+std::vector<std::string_view> TakeList(Scanner& scanner, bool& isWhole)
 {
-    std::vector<std::string> list;
+    constexpr std::size_t usual = 40;
+    std::vector<std::string_view> list;
+    list.reserve(usual);
     isWhole = isWhole && scanner.TakeByte('(');
     do {
-        list.emplace_back(scanner.TakeExpression());
+        list.push_back(scanner.TakeExpression());
     } while (scanner.TakeByte(','));
     isWhole = isWhole && scanner.TakeByte(')');
     return list;
@@ -129,18 +147,19 @@ std::vector<std::string> TakeList(Scanner& scanner, bool& isWhole)
 
 WriteStatement ReadInsert(Scanner& scanner)
 {
-    WriteStatement statement{WriteStatement::Kind::insert, std::string(scanner.TakeName())};
-    const std::vector<std::string> columns = TakeList(scanner, statement.isWhole);
-    if (statement.isWhole && scanner.Take("SELECT")) {
+    WriteStatement statement{WriteStatement::Kind::insert, scanner.TakeName()};
+    const std::vector<std::string_view> columns = TakeList(scanner, statement.isWhole);
+    if (statement.isWhole && scanner.Take("select")) {
         statement.query = fmt::format("SELECT {}", scanner.TakeRest());
-        for (const std::string& column : columns) {
+        for (const std::string_view column : columns) {
             statement.assignments.emplace_back(column, "");
         }
         return statement;
     }
-    statement.isWhole = statement.isWhole && scanner.Take("VALUES");
-    const std::vector<std::string> values = TakeList(scanner, statement.isWhole);
+    statement.isWhole = statement.isWhole && scanner.Take("values");
+    const std::vector<std::string_view> values = TakeList(scanner, statement.isWhole);
     statement.isWhole = statement.isWhole && values.size() == columns.size() && scanner.TakeRest().empty();
+    statement.assignments.reserve(columns.size());
     for (std::size_t i = 0; statement.isWhole && i < columns.size(); ++i) {
         statement.assignments.emplace_back(columns[i], values[i]);
     }
@@ -149,8 +168,8 @@ WriteStatement ReadInsert(Scanner& scanner)
 
 WriteStatement ReadUpdate(Scanner& scanner)
 {
-    WriteStatement statement{WriteStatement::Kind::update, std::string(scanner.TakeName())};
-    statement.isWhole = scanner.Take("SET");
+    WriteStatement statement{WriteStatement::Kind::update, scanner.TakeName()};
+    statement.isWhole = scanner.Take("set");
     do {
         const std::string_view column = scanner.TakeName();
         statement.isWhole = statement.isWhole && scanner.TakeByte('=');
@@ -165,18 +184,41 @@ WriteStatement ReadUpdate(Scanner& scanner)
 std::optional<WriteStatement> ParseWrite(std::string_view sql, bool backslashEscapes)
 {
     Scanner scanner(sql, backslashEscapes);
-    if (scanner.Take("INSERT") && scanner.Take("INTO")) {
+    if (scanner.Take("insert") && scanner.Take("into")) {
         return ReadInsert(scanner);
     }
-    if (scanner.Take("UPDATE")) {
+    if (scanner.Take("update")) {
         return ReadUpdate(scanner);
     }
-    if (scanner.Take("DELETE") && scanner.Take("FROM")) {
-        WriteStatement statement{WriteStatement::Kind::remove, std::string(scanner.TakeName())};
+    if (scanner.Take("delete") && scanner.Take("from")) {
+        WriteStatement statement{WriteStatement::Kind::remove, scanner.TakeName()};
         statement.condition = scanner.TakeRest();
         return statement;
     }
     return std::nullopt;
+}
+
+std::optional<std::vector<std::int64_t>> IdsOf(std::string_view condition)
+{
+    Scanner scanner(condition, false);
+    if (!scanner.Take("where") || !scanner.Take("col_id")) {
+        return std::nullopt;
+    }
+    const bool isList = scanner.Take("in") && scanner.TakeByte('(');
+    if (!isList && !scanner.TakeByte('=')) {
+        return std::nullopt;
+    }
+    std::vector<std::int64_t> ids;
+    do {
+        const std::string_view digits = scanner.TakeName();
+        const char* const end = digits.data() + digits.size();
+        const auto read = std::from_chars(digits.data(), end, ids.emplace_back());
+        if (digits.empty() || read.ec != std::errc() || read.ptr != end) {
+            return std::nullopt;
+        }
+    } while (isList && scanner.TakeByte(','));
+    const bool isWhole = (!isList || scanner.TakeByte(')')) && scanner.TakeRest().empty();
+    return isWhole ? std::optional(std::move(ids)) : std::nullopt;
 }
 
 std::optional<std::string> ValueOfLiteral(std::string_view literal, bool backslashEscapes)

@@ -9,17 +9,17 @@
 
 namespace management::audit {
 
-/// A statement that writes rows of one table, taken apart.
+/// A statement that writes rows of one table, taken apart. Its parts lie in the statement's text.
 struct WriteStatement {
     enum class Kind : std::uint8_t { insert, update, remove };
 
     Kind kind = Kind::insert;
-    std::string table;
+    std::string_view table = {};
     /// Columns with what they are given, as written: literals, or expressions in an update.
-    std::vector<std::pair<std::string, std::string>> assignments = {};
-    std::string condition = {}; ///< from WHERE on; empty where there is none
-    std::string query = {};     ///< of an insert that takes its rows from one; its assignments then have no values
-    bool isWhole = true;        ///< false where the assignments could not be read
+    std::vector<std::pair<std::string_view, std::string_view>> assignments = {};
+    std::string_view condition = {}; ///< from WHERE on; empty where there is none
+    std::string query = {};          ///< of an insert that takes its rows from one; its assignments then have no values
+    bool isWhole = true;             ///< false where the assignments could not be read
 };
 
 /// Takes apart `INSERT INTO t (c, ...) VALUES (v, ...)`, the same with a SELECT in place of VALUES, `UPDATE t SET c =
@@ -27,6 +27,9 @@ struct WriteStatement {
 /// ...]`. @param backslashEscapes  whether the engine takes "\'" for a quote within a literal.
 /// @return nothing for any other statement.
 std::optional<WriteStatement> ParseWrite(std::string_view sql, bool backslashEscapes);
+
+/// The ids that a condition names, as in `WHERE Col_ID = 5` and `WHERE Col_ID IN (5, 6)`; nothing for any other one.
+std::optional<std::vector<std::int64_t>> IdsOf(std::string_view condition);
 
 /// The value of a literal: a whole number's digits, or a text without its quotes.
 /// @return nothing for anything else, NULL among it.

@@ -1,7 +1,9 @@
 #include "ConsoleOnEngine.h"
 #include "management/audit/AuditedRow.h"
+#include "management/audit/Recorder.h"
 #include "schema/Schema.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -289,6 +291,54 @@ TEST_P(AuditOn, OldEntriesCanBeDeletedWhichIsRecordedAndLeavesTheRestSound)
     EXPECT_EQ(Run({"audit", "verify"}).exit, 0);
 }
 
+TEST_P(AuditOn, ARowThatIsAddedAndChangedInOneTransactionIsRecordedAsItIsAtItsEnd)
+{
+    const std::string before = Dump();
+    CAConnect conn;
+    conn.Open(m_options.environment["QVADMIN_DB"].c_str());
+    conn.BeginTrans();
+    management::audit::Recorder recorder(conn);
+    std::vector<std::string> ids;
+    for (const char* login : {"kept", "named", "gone"}) {
+        conn.Execute(
+            fmt::format("INSERT INTO qv_User (Col_LoginName, Col_Sex, Col_Note) VALUES ('{}', 1, 'first')", login)
+                .c_str());
+        ids.push_back(std::to_string(schema::LastInsertedId(conn)));
+    }
+    conn.Execute(("UPDATE qv_User SET Col_Birthday = NULL, Col_Note = 'second' WHERE Col_ID IN (" + ids[0] + ", " +
+                  ids[1] + ", " + ids[2] + ")")
+                     .c_str());
+    conn.Execute(("UPDATE qv_User SET Col_EMail = 'both' WHERE Col_ID IN (" + ids[0] + ", 1)").c_str());
+    conn.Execute(("UPDATE qv_User SET Col_LoginName = 'renamed', Col_Sex = 2 WHERE Col_ID = " + ids[1]).c_str());
+    conn.Execute(("DELETE FROM qv_User WHERE Col_ID = " + ids[2]).c_str());
+    ASSERT_GT(recorder.Write({"who", "test", "command", ""}), 0);
+    conn.CommitTrans();
+
+    const std::string entry = Done({"audit", "show", Latest(), "-o", "json"});
+    EXPECT_THAT(entry, AllOf(HasSubstr("kept"), HasSubstr("second"), HasSubstr("renamed"), HasSubstr("both")));
+    EXPECT_THAT(entry, AllOf(Not(HasSubstr("first")), Not(HasSubstr("gone")), Not(HasSubstr("\"named\""))));
+    EXPECT_EQ(LatestEntry().at("rows"), 3); // amy's among them
+    Done({"audit", "undo", Latest(), "--yes"});
+    EXPECT_EQ(Dump(), before);
+    EXPECT_EQ(Run({"audit", "verify"}).exit, 0);
+}
+
+TEST_P(AuditOn, ARowOfAnotherProgramThatIsChangedUnseenIsRefused)
+{
+    CAConnect conn;
+    conn.Open(m_options.environment["QVADMIN_DB"].c_str());
+    conn.BeginTrans();
+    management::audit::Recorder recorder(conn);
+    conn.Execute("INSERT INTO qv_User (Col_LoginName) VALUES ('ours')");
+    dbaccess::StatementObserver* const observer = conn.SetObserver(nullptr);
+    conn.Execute("INSERT INTO qv_User (Col_LoginName) VALUES ('theirs')");
+    const std::string theirs = std::to_string(schema::LastInsertedId(conn));
+    conn.SetObserver(observer);
+    conn.Execute(("UPDATE qv_User SET Col_Note = 'changed' WHERE Col_ID = " + theirs).c_str());
+    EXPECT_ANY_THROW(recorder.Write({"who", "test", "command", ""}));
+    conn.RollbackTrans();
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, AuditOn, Engines(), EngineName);
 
 TEST(AuditedTables, AreAllThatADirectoryHas)
@@ -305,6 +355,7 @@ TEST(AuditedRows, ArePackedAndUnpackedByteForByte)
     const AuditedRow row = {
         {"Col_ID", "7"}, {"Col_Name", "it's \"\\\n😀"}, {"Col_Note", std::nullopt}, {"Col_x", "\xFF\x80"}};
     EXPECT_EQ(management::audit::Unpacked(management::audit::Packed(row)), row);
+    EXPECT_THAT(management::audit::Packed(row), testing::StartsWith(R"({"Col_ID":"7","Col_Name":"it's \"\\\n😀",)"));
     EXPECT_EQ(management::audit::Packed({{"Col_Name", ""}}), "{}");
     EXPECT_ANY_THROW(management::audit::Unpacked("{"));
 }

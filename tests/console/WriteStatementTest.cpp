@@ -7,10 +7,12 @@
 #include <string>
 #include <utility>
 
+using management::audit::IdsOf;
 using management::audit::ParseWrite;
 using management::audit::ValueOfLiteral;
 using management::audit::WriteStatement;
 using testing::ElementsAre;
+using testing::Optional;
 using testing::Pair;
 
 // Statements that write, taken apart.
@@ -83,6 +85,18 @@ TEST(WriteStatement, WhatCannotBeReadIsSaidToBeSo)
         const auto read = ParseWrite(sql, false);
         ASSERT_TRUE(read) << sql;
         EXPECT_FALSE(read->isWhole) << sql;
+    }
+}
+
+TEST(WriteStatement, ConditionsOnIdsAreKnown)
+{
+    EXPECT_THAT(IdsOf("WHERE Col_ID = 5"), Optional(ElementsAre(5)));
+    EXPECT_THAT(IdsOf("where col_id in ( 5,6 , 70 ) "), Optional(ElementsAre(5, 6, 70)));
+    for (const char* condition :
+         {"", "WHERE Col_ID", "WHERE Col_ID IN", "WHERE Col_ID = 5 OR Col_Name = 'x'", "WHERE Col_ID IN (5",
+          "WHERE Col_ID IN (SELECT 5)", "WHERE Col_ID IN (5, 6) AND x", "WHERE Col_ID > 5", "WHERE Col_ID = 5x",
+          "WHERE Col_ID = '5'", "WHERE NOT Col_ID = 5", "WHERE Col_IDs = 5", "WHERE Col_ID = 99999999999999999999"}) {
+        EXPECT_EQ(IdsOf(condition), std::nullopt) << condition;
     }
 }
 
