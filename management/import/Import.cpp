@@ -7,8 +7,8 @@
 #include "management/Names.h"
 #include "management/Text.h"
 #include "management/import/CsvReader.h"
+#include "management/import/ImportHeader.h"
 #include "management/import/SeenLogins.h"
-#include "management/import/Synchronisation.h"
 #include "management/import/UserBlock.h"
 #include "management/organisation/Links.h"
 #include "management/users/UserDepartment.h"
@@ -34,18 +34,6 @@ constexpr std::size_t kMostBytes = std::size_t{2} * 1024 * 1024;
 constexpr std::chrono::milliseconds kLongest(500);
 constexpr std::array<std::string_view, 5> kResultColumns = {"line", "login", "id", "outcome", "reason"};
 constexpr std::string_view kAdmin = "Admin";
-constexpr std::string_view kByteBlanks = " \t";
-
-/// A row of the file, read and checked by itself.
-struct Row {
-    long line = 0;
-    std::string login;
-    std::string key; ///< by which the login name is compared
-    FieldValues values;
-    std::string problem;                    ///< empty when the row is good so far
-    std::vector<const Field*> emptied = {}; ///< of a user who is there
-    CsvRecord record = {};                  ///< as the file has it, where failed rows are wanted
-};
 
 struct RowOutcome {
     RowFate fate = RowFate::failed;
@@ -53,38 +41,6 @@ struct RowOutcome {
     std::string reason;
     bool isPrivileged = false; ///< sets a privilege or concerns Admin, or would
 };
-
-// ---- The header -----------------------------------------------------------------------------------------------------
-
-std::string Trimmed(const std::string& text)
-{
-    const std::size_t begin = text.find_first_not_of(kByteBlanks);
-    return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(kByteBlanks) - begin + 1);
-}
-
-// Looked up once.
-const Field& Login()
-{
-    static const Field& field = *FindField("login");
-    return field;
-}
-const Field& Department()
-{
-    static const Field& field = *FindField("department");
-    return field;
-}
-const Field& DepartmentId()
-{
-    static const Field& field = *FindField("department_id");
-    return field;
-}
-const Field& Birthday()
-{
-    static const Field& field = *FindField("birthday");
-    return field;
-}
-
-bool IsImported(const Field& field) { return field.use == Field::Use::given || field.use == Field::Use::changed; }
 
 /// What an insert leaves out, and is not as it would be anyway.
 FieldValues LeftOutByInsert(const FieldValues& values)
@@ -95,181 +51,6 @@ FieldValues LeftOutByInsert(const FieldValues& values)
     });
     return leftOut;
 }
-
-/// Reads dates of a form such as DD.MM.YYYY.
-class DateFormat {
-public:
-    /// @param form  empty for YYYY-MM-DD. @throws Error (invalid) unless it has a day, a month and a year.
-    explicit DateFormat(std::string form) : m_form(std::move(form))
-    {
-        const bool isWhole = std::ranges::all_of(std::array{"DD", "MM", "YYYY"}, [this](const char* part) {
-            return m_form.find(part) != std::string::npos && m_form.find(part) == m_form.rfind(part);
-        });
-        if (!m_form.empty() && !isWhole) {
-            throw Error(ErrorCode::invalid,
-                        fmt::format("{} is not a form of dates; write DD, MM and YYYY, each once, such as DD.MM.YYYY",
-                                    Quoted(m_form)));
-        }
-    }
-
-    /// The date as ParseValue takes it. A day and a month may have one digit. @throws Error (invalid) for another form.
-    [[nodiscard]] std::string Converted(const Field& field, const std::string& text) const
-    {
-        if (m_form.empty()) {
-            return text;
-        }
-        std::map<char, int> parts;
-        std::size_t at = 0;
-        bool isGood = true;
-        for (std::size_t i = 0; i < m_form.size() && isGood;) {
-            const std::string_view form = std::string_view(m_form).substr(i);
-            const std::size_t length = form.starts_with("YYYY")                           ? 4
-                                       : form.starts_with("DD") || form.starts_with("MM") ? 2
-                                                                                          : 0;
-            if (length == 0) {
-                isGood = at < text.size() && text[at++] == form.front();
-                ++i;
-                continue;
-            }
-            std::size_t digits = 0;
-            while (digits < length && at < text.size() && text[at] >= '0' && text[at] <= '9') {
-                parts[form.front()] = parts[form.front()] * 10 + (text[at++] - '0');
-                ++digits;
-            }
-            isGood = length == 4 ? digits == 4 : digits > 0;
-            i += length;
-        }
-        if (!isGood || at != text.size()) {
-            throw Error(ErrorCode::invalid, fmt::format("{} {} is not a date ({})", field.name, Quoted(text), m_form));
-        }
-        return fmt::format("{:04}-{:02}-{:02}", parts['Y'], parts['M'], parts['D']);
-    }
-
-private:
-    std::string m_form;
-};
-
-/// What the columns of the file are.
-class Header {
-public:
-    /// @throws Error (invalid) for a header that cannot be used.
-    Header(const std::optional<CsvRecord>& record, const std::string& file, const ColumnOptions& options)
-        : m_options(options), m_dates(options.dateFormat)
-    {
-        if (!record) {
-            throw Error(ErrorCode::invalid, fmt::format("{} has no header row to name its columns", file));
-        }
-        if (!record->problem.empty()) {
-            throw Error(ErrorCode::invalid, fmt::format("the header of {} cannot be read: {}", file, record->problem));
-        }
-        for (const std::string& name : record->fields) {
-            Add(Trimmed(name), file);
-        }
-        for (const auto& [name, column] : options.names) {
-            if (!m_mapped.contains(NameKey(name))) {
-                throw Error(ErrorCode::invalid, fmt::format("{} has no column {} that --map could rename to {}", file,
-                                                            Quoted(name), column));
-            }
-        }
-        if (!Has(Login())) {
-            throw Error(ErrorCode::invalid, fmt::format("{} has no column login; known columns are {}", file,
-                                                        fmt::join(ImportColumns(), ", ")));
-        }
-    }
-
-    /// The row of a record; what is wrong with it is in its problem.
-    [[nodiscard]] Row Read(const CsvRecord& record) const
-    {
-        Row row{record.line, {}, {}, {}, record.problem};
-        if (!row.problem.empty()) {
-            return row;
-        }
-        for (std::size_t i = 0; i < std::min(m_columns.size(), record.fields.size()); ++i) {
-            if (m_columns[i] != nullptr) {
-                Take(row, *m_columns[i], record.fields[i]);
-            }
-        }
-        if (record.fields.size() != m_columns.size()) {
-            row.problem =
-                fmt::format("{} where the header has {}", Counted(record.fields.size(), "value"), m_columns.size());
-        }
-        return row;
-    }
-
-    [[nodiscard]] bool Has(const Field& field) const { return std::ranges::find(m_columns, &field) != m_columns.end(); }
-
-    /// The columns of users that rows are compared with: those of the file, and what tells of their departments.
-    [[nodiscard]] std::vector<const Field*> Compared() const
-    {
-        std::vector<const Field*> fields = m_columns;
-        std::erase(fields, &Login());
-        std::erase(fields, nullptr);
-        for (const Field* field : {&Department(), &DepartmentId()}) {
-            if (!Has(*field)) {
-                fields.push_back(field);
-            }
-        }
-        return fields;
-    }
-
-private:
-    void Add(const std::string& name, const std::string& file)
-    {
-        const Field* field = FindField(Renamed(name));
-        if (field == nullptr || (field != &Login() && !IsImported(*field))) {
-            if (m_options.ignoreUnknown && !m_mapped.contains(NameKey(name))) {
-                m_columns.push_back(nullptr);
-                return;
-            }
-            const bool otherSeparator = name.find_first_of(";\t") != std::string::npos;
-            throw Error(ErrorCode::invalid,
-                        fmt::format("{} has an unknown column {}{}; known columns are {}", file, Quoted(Renamed(name)),
-                                    otherSeparator ? " (values must be separated by commas, or give --delimiter)" : "",
-                                    fmt::join(ImportColumns(), ", ")));
-        }
-        if (Has(*field)) {
-            throw Error(ErrorCode::invalid, fmt::format("{} has the column {} twice", file, field->name));
-        }
-        m_columns.push_back(field);
-    }
-
-    /// The name of a column as ImportColumns may have it.
-    std::string Renamed(const std::string& name)
-    {
-        for (const auto& [from, to] : m_options.names) {
-            if (SameName(from, name)) {
-                m_mapped.insert(NameKey(name));
-                return to;
-            }
-        }
-        return name;
-    }
-
-    /// An empty value says nothing about its column, or empties it. The first problem of a row is the one to report.
-    void Take(Row& row, const Field& field, const std::string& text) const
-    {
-        try {
-            if (&field == &Login()) {
-                row.login = text;
-                row.key = NameKey(text);
-                CheckLogin(text);
-            } else if (!text.empty()) {
-                row.values[&field] = ParseValue(field, field.IsDate() ? m_dates.Converted(field, text) : text);
-            } else if (m_options.clearEmpty && &field != &Department() && (field.IsText() || field.IsDate())) {
-                row.emptied.push_back(&field);
-            }
-        } catch (const Error& e) {
-            row.problem = row.problem.empty() ? e.what() : row.problem;
-        }
-    }
-
-    const ColumnOptions& m_options;
-    DateFormat m_dates;
-    std::set<std::string> m_mapped;      // folded names of columns that were renamed
-    std::vector<const Field*> m_columns; // null for those that are ignored
-};
-
-// ---- The import -----------------------------------------------------------------------------------------------------
 
 class Importer {
 public:
@@ -299,7 +80,7 @@ public:
         }
         m_seen.emplace();
         while (!m_atEnd && !IsStopRequested()) {
-            const std::vector<Row> rows = ReadBatch();
+            const std::vector<ImportRow> rows = ReadBatch();
             ApplyAll(rows);
         }
         if (m_departments) {
@@ -316,9 +97,9 @@ private:
         if (!m_options.departments) {
             return std::nullopt;
         }
-        if (!m_header.Has(Department())) {
+        if (!m_header.Has(DepartmentField())) {
             throw Error(ErrorCode::invalid, fmt::format("{} has no column {}, which --departments needs", m_source.name,
-                                                        Department().name));
+                                                        DepartmentField().name));
         }
         return std::optional<Departments>(
             std::in_place, m_directory.Connection(),
@@ -326,9 +107,9 @@ private:
     }
 
     // Rows are read before a transaction begins, so that a slow input never holds the database.
-    std::vector<Row> ReadBatch()
+    std::vector<ImportRow> ReadBatch()
     {
-        std::vector<Row> rows;
+        std::vector<ImportRow> rows;
         const Clock::time_point begin = Clock::now();
         std::size_t bytes = 0;
         while (rows.size() < kMostRows && bytes < kMostBytes && Clock::now() - begin < kLongest && !IsStopRequested()) {
@@ -349,7 +130,7 @@ private:
         return rows;
     }
 
-    void RefuseRepeated(Row& row)
+    void RefuseRepeated(ImportRow& row)
     {
         if (row.login.empty()) {
             return;
@@ -360,7 +141,7 @@ private:
         }
     }
 
-    void ApplyAll(std::span<const Row> rows)
+    void ApplyAll(std::span<const ImportRow> rows)
     {
         while (!rows.empty() && !IsStopRequested()) {
             rows = rows.subspan(m_dryRun ? Try(rows) : ApplySome(rows));
@@ -368,10 +149,10 @@ private:
     }
 
     /// @return how many rows were dealt with.
-    std::size_t Try(std::span<const Row> rows)
+    std::size_t Try(std::span<const ImportRow> rows)
     {
         ReadBlock(rows);
-        for (const Row& row : rows) {
+        for (const ImportRow& row : rows) {
             Report(row, Apply(row));
         }
         Settle();
@@ -379,7 +160,7 @@ private:
     }
 
     /// @return how many rows were dealt with.
-    std::size_t ApplySome(std::span<const Row> rows)
+    std::size_t ApplySome(std::span<const ImportRow> rows)
     {
         std::vector<RowOutcome> outcomes;
         std::optional<Change> change(std::in_place, m_call);
@@ -413,7 +194,7 @@ private:
         return outcomes.size();
     }
 
-    std::size_t ApplyOneByOne(std::span<const Row> rows)
+    std::size_t ApplyOneByOne(std::span<const ImportRow> rows)
     {
         std::size_t count = 0;
         while (count < rows.size() && !IsStopRequested()) {
@@ -426,7 +207,7 @@ private:
     }
 
     /// @param rows  one.
-    RowOutcome ApplyAlone(std::span<const Row> rows)
+    RowOutcome ApplyAlone(std::span<const ImportRow> rows)
     {
         std::optional<Change> change(std::in_place, m_call);
         Begun();
@@ -452,13 +233,13 @@ private:
     // ---- A block of rows: what can be asked or written for all of them at once --------------------------------------
 
     /// Asks what the rows have to be compared with.
-    void ReadBlock(std::span<const Row> rows)
+    void ReadBlock(std::span<const ImportRow> rows)
     {
         m_isAlone = false;
         m_added.clear();
         m_joining.clear();
         std::vector<std::string> logins;
-        for (const Row& row : rows) {
+        for (const ImportRow& row : rows) {
             // Nobody has a login name that no column takes.
             if (row.problem.empty() && TooLongLogin(row).empty()) {
                 logins.push_back(row.login);
@@ -472,11 +253,11 @@ private:
         }
     }
 
-    void ReadDepartments(std::span<const Row> rows)
+    void ReadDepartments(std::span<const ImportRow> rows)
     {
         std::set<std::string> paths;
-        for (const Row& row : rows) {
-            const auto path = row.values.find(&Department());
+        for (const ImportRow& row : rows) {
+            const auto path = row.values.find(&DepartmentField());
             if (path != row.values.end() && row.problem.empty() &&
                 (m_options.update || m_users.Find(row.key).empty())) {
                 paths.insert(path->second.value_or(""));
@@ -489,8 +270,8 @@ private:
         }
         m_places = HoldersOf(m_directory.Connection(), kItemTypeUser, m_users.Ids());
         std::vector<int> left;
-        for (const Row& row : rows) {
-            const auto path = row.values.find(&Department());
+        for (const ImportRow& row : rows) {
+            const auto path = row.values.find(&DepartmentField());
             const std::span<const UserBlock::User> users = m_users.Find(row.key);
             if (path == row.values.end() || users.empty()) {
                 continue;
@@ -506,7 +287,7 @@ private:
 
     /// Writes what is still to be written for rows that have been applied. @return false, and something is not
     /// written, when the engine takes the login name of an added user for that of another.
-    bool WriteBlock(std::span<const Row> rows, std::vector<RowOutcome>& outcomes)
+    bool WriteBlock(std::span<const ImportRow> rows, std::vector<RowOutcome>& outcomes)
     {
         CAConnect& conn = m_directory.Connection();
         if (!m_added.empty()) {
@@ -522,7 +303,7 @@ private:
             for (std::size_t i = 0; i < m_added.size(); ++i) {
                 const Added& added = m_added[i];
                 outcomes[static_cast<std::size_t>(added.row - rows.data())].id = (*ids)[i];
-                if (!added.row->values.contains(&Birthday())) {
+                if (!added.row->values.contains(&BirthdayField())) {
                     withoutBirthday.push_back((*ids)[i]);
                 }
                 if (added.joins) {
@@ -558,7 +339,7 @@ private:
         change.Finish();
     }
 
-    RowOutcome Apply(const Row& row)
+    RowOutcome Apply(const ImportRow& row)
     {
         if (!row.problem.empty()) {
             return {RowFate::failed, 0, row.problem};
@@ -572,7 +353,7 @@ private:
         }
     }
 
-    RowOutcome ApplyGood(const Row& row)
+    RowOutcome ApplyGood(const ImportRow& row)
     {
         const std::span<const UserBlock::User> present = m_users.Find(row.key);
         if (!present.empty() && !m_options.update) {
@@ -597,7 +378,7 @@ private:
         // Groups are made for nothing but a row that is otherwise good.
         const std::optional<ItemKey> group = FindDepartment(row);
         if (group) {
-            values[&DepartmentId()] = std::to_string(group->id);
+            values[&DepartmentIdField()] = std::to_string(group->id);
         }
         RowOutcome outcome = user != nullptr ? ApplyToPresent(*user, values, group) : ApplyToNew(row, values, group);
         outcome.isPrivileged = !privileges.empty();
@@ -605,7 +386,7 @@ private:
     }
 
     /// The row with values for what it is to empty.
-    static Row WithEmptied(Row row)
+    static ImportRow WithEmptied(ImportRow row)
     {
         for (const Field* field : std::exchange(row.emptied, {})) {
             row.values[field] = field->IsDate() ? Stored() : Stored("");
@@ -614,7 +395,7 @@ private:
     }
 
     /// The user that a row is about. @throws Error for several who differ only in case.
-    const UserBlock::User& OnlyOne(const Row& row, std::span<const UserBlock::User> users)
+    const UserBlock::User& OnlyOne(const ImportRow& row, std::span<const UserBlock::User> users)
     {
         if (users.size() == 1) {
             return users.front();
@@ -628,9 +409,16 @@ private:
         return *found;
     }
 
+    /// Whether a user has a privilege. @param user  null for one who is still to be added.
+    static std::string Privilege(const Field& field, const UserBlock::User* user)
+    {
+        const std::string present = user == nullptr ? "" : user->stored.at(&field).value_or("");
+        return present.empty() ? "0" : present;
+    }
+
     /// What a row would do to privileges, for a sentence; empty for nothing. @param user  null for one who is still to
     /// be added.
-    static std::string PrivilegesIn(const Row& row, const UserBlock::User* user)
+    static std::string PrivilegesIn(const ImportRow& row, const UserBlock::User* user)
     {
         static const std::string kAdminKey = NameKey(kAdmin);
         if (row.key == kAdminKey && (user == nullptr || Differs(user->stored, row.values))) {
@@ -638,22 +426,19 @@ private:
         }
         std::string changed;
         for (const auto& [field, given] : row.values) {
-            if (IsPrivilege(*field)) {
-                const std::string present = user == nullptr ? "" : user->stored.at(field).value_or("");
-                if (given != (present.empty() ? "0" : present)) {
-                    changed += fmt::format("{} {}", changed.empty() ? "changes" : " and", field->name);
-                }
+            if (IsPrivilege(*field) && given != Privilege(*field, user)) {
+                changed += fmt::format("{} {}", changed.empty() ? "changes" : " and", field->name);
             }
         }
         return changed;
     }
 
-    [[nodiscard]] std::string TooLongLogin(const Row& row) const
+    [[nodiscard]] std::string TooLongLogin(const ImportRow& row) const
     {
-        return TooLong(m_lengths, TextFor{Login().name, Login().column, row.login});
+        return TooLong(m_lengths, TextFor{LoginField().name, LoginField().column, row.login});
     }
 
-    void RequireLengths(const Row& row) const
+    void RequireLengths(const ImportRow& row) const
     {
         const std::string login = TooLongLogin(row);
         const std::string problem = login.empty() ? TooLong(m_lengths, row.values) : login;
@@ -663,10 +448,10 @@ private:
     }
 
     /// @throws Error for another text of a department that the user is a member of.
-    void RequireDepartmentText(const UserBlock::User& user, const Row& row)
+    void RequireDepartmentText(const UserBlock::User& user, const ImportRow& row)
     {
-        const auto given = row.values.find(&Department());
-        if (given == row.values.end() || user.stored.at(&Department()).value_or("") == given->second) {
+        const auto given = row.values.find(&DepartmentField());
+        if (given == row.values.end() || user.stored.at(&DepartmentField()).value_or("") == given->second) {
             return;
         }
         if (!m_organisation) {
@@ -687,14 +472,14 @@ private:
     }
 
     /// The group of a row's department; none when there is nothing to be placed.
-    std::optional<ItemKey> FindDepartment(const Row& row)
+    std::optional<ItemKey> FindDepartment(const ImportRow& row)
     {
-        const auto path = row.values.find(&Department());
+        const auto path = row.values.find(&DepartmentField());
         return m_departments && path != row.values.end() ? std::optional(m_departments->Find(path->second.value_or("")))
                                                          : std::nullopt;
     }
 
-    RowOutcome ApplyToNew(const Row& row, const FieldValues& values, std::optional<ItemKey> group)
+    RowOutcome ApplyToNew(const ImportRow& row, const FieldValues& values, std::optional<ItemKey> group)
     {
         RowOutcome outcome{RowFate::created, 0, {}};
         if (!m_dryRun && m_isAlone) {
@@ -745,12 +530,12 @@ private:
     /// Ends the membership in the department that a user was in. @return whether there was one.
     bool Leave(ItemKey group, const UserBlock::User& user)
     {
-        const std::optional<ItemKey> old =
-            m_departments->GroupToLeave(group, DepartmentIdIn(user.stored), user.stored.at(&Department()).value_or(""));
+        const std::optional<ItemKey> old = m_departments->GroupToLeave(group, DepartmentIdIn(user.stored),
+                                                                       user.stored.at(&DepartmentField()).value_or(""));
         return old && IsIn(*old, user) && m_roles.Unlink(*old, user.key.id);
     }
 
-    void Report(const Row& row, const RowOutcome& outcome)
+    void Report(const ImportRow& row, const RowOutcome& outcome)
     {
         const std::string_view fate = kRowFates.at(static_cast<std::size_t>(outcome.fate));
         if (outcome.fate == RowFate::failed && m_options.takeFailed) {
@@ -775,7 +560,7 @@ private:
     ImportReport& m_report;
     CsvReader& m_reader;
     CsvRecord m_first; // the header
-    Header m_header;
+    ImportHeader m_header;
     std::vector<const Field*> m_compared; // of users who are there
     schema::ColumnLengths m_lengths;      // of users
     Roles m_roles;
@@ -786,7 +571,7 @@ private:
 
     // Of the block at hand.
     struct Added {
-        const Row* row;
+        const ImportRow* row;
         bool joins; ///< becomes a member of his department
     };
     UserBlock m_users;
@@ -799,36 +584,6 @@ private:
 } // namespace
 
 std::string ImportReport::Pace() const { return PaceText(Clock::now() - begin, rows); }
-
-std::vector<std::string_view> ImportColumns()
-{
-    std::vector<std::string_view> columns = {"login"};
-    for (const Field& field : Fields()) {
-        if (IsImported(field)) {
-            columns.push_back(field.name);
-        }
-    }
-    return columns;
-}
-
-std::size_t ReadLogins(const ImportSource& source, const ColumnOptions& columns, SeenLogins& logins)
-{
-    CsvReader reader(source.in, source.delimiter);
-    const Header header(reader.Next(), source.name, columns);
-    std::size_t unreadable = 0;
-    while (const std::optional<CsvRecord> record = reader.Next()) {
-        const Row row = header.Read(*record);
-        if (row.login.empty()) {
-            ++unreadable;
-        } else {
-            logins.Add(row.key, row.line);
-        }
-    }
-    if (reader.Failed()) {
-        throw Error(ErrorCode::failed, fmt::format("{} cannot be read; nothing was imported", source.name));
-    }
-    return unreadable;
-}
 
 void ImportUsers(Call& call, const ImportSource& source, const ImportOptions& options, ImportReport& report)
 {
