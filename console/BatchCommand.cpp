@@ -81,15 +81,7 @@ public:
         if (m_in.oneTransaction) {
             transaction.emplace(m_shared.Open());
         }
-        std::size_t failed = 0;
-        std::size_t run = 0;
-        for (const Line& line : lines) {
-            ++run;
-            failed += RunOne(line) ? 0 : 1;
-            if (failed != 0 && (m_in.stopOnError || m_in.oneTransaction)) {
-                break;
-            }
-        }
+        const auto [run, failed] = RunUntilStopped(lines);
         const bool isUndone = m_in.oneTransaction && (failed != 0 || m_in.dryRun);
         if (transaction && !isUndone) {
             transaction->Commit();
@@ -100,6 +92,25 @@ public:
     }
 
 private:
+    /// How many commands were run, and how many of them failed.
+    struct Counts {
+        std::size_t run = 0;
+        std::size_t failed = 0;
+    };
+
+    Counts RunUntilStopped(const std::vector<Line>& lines)
+    {
+        Counts counts;
+        for (const Line& line : lines) {
+            ++counts.run;
+            counts.failed += RunOne(line) ? 0 : 1;
+            if (counts.failed != 0 && (m_in.stopOnError || m_in.oneTransaction)) {
+                break;
+            }
+        }
+        return counts;
+    }
+
     /// @return false when it failed.
     bool RunOne(const Line& line)
     {

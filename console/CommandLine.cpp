@@ -43,18 +43,24 @@ void DeclareList(CLI::App& app, const ParamInfo& param, CommandLine& given)
     }
 }
 
+/// The options of a parameter that is a set of them.
+void DeclareSet(CLI::App& app, const ParamInfo& param, CommandLine& given)
+{
+    for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
+        if (text.isFlag) {
+            DeclareFlag(app, std::string(text.name), text.help, true, given);
+        } else {
+            DeclareText(app, std::string(text.name), OptionName(text.name), text.help, given)->type_name("TEXT");
+        }
+    }
+}
+
 /// @param isAfterList  whether it is an argument that gets the last word of a list.
 void DeclareParam(CLI::App& app, const ParamInfo& param, bool isAfterList, CommandLine& given)
 {
     const std::string name(param.name);
     if (param.isSet) {
-        for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
-            if (text.isFlag) {
-                DeclareFlag(app, std::string(text.name), text.help, true, given);
-            } else {
-                DeclareText(app, std::string(text.name), OptionName(text.name), text.help, given)->type_name("TEXT");
-            }
-        }
+        DeclareSet(app, param, given);
     } else if (param.kind == Kind::secret) {
         DeclareSecretSource(app, given.secrets[name], name);
     } else if (param.kind == Kind::flag) {

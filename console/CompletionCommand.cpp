@@ -102,32 +102,48 @@ bool TakesValue(const Written& written, const std::string& option)
     return found != options.end() && !found->placeholder.empty();
 }
 
+void TakeOption(Written& written, const std::string& word)
+{
+    constexpr std::string_view kDatabase = "--db=";
+    if (word.starts_with(kDatabase)) {
+        written.db = word.substr(kDatabase.size());
+    }
+    if (word.find('=') == std::string::npos && TakesValue(written, word)) {
+        written.option = word;
+    }
+}
+
+void TakeValue(Written& written, const std::string& word)
+{
+    if (*written.option == "--db") {
+        written.db = word;
+    }
+    written.option.reset();
+}
+
+void TakePathWord(Written& written, const std::string& word)
+{
+    written.path.push_back(word);
+    for (const Command* command : AllCommands()) {
+        if (PathOf(*command) == written.path) {
+            written.command = command;
+            written.params = command->params();
+        }
+    }
+}
+
 void TakeWord(Written& written, const std::string& word)
 {
     if (written.option) {
-        if (*written.option == "--db") {
-            written.db = word;
-        }
-        written.option.reset();
+        TakeValue(written, word);
     } else if (!written.optionsOver && word == "--") {
         written.optionsOver = true;
     } else if (!written.optionsOver && word.starts_with('-')) {
-        if (word.starts_with("--db=")) {
-            written.db = word.substr(5);
-        }
-        if (word.find('=') == std::string::npos && TakesValue(written, word)) {
-            written.option = word;
-        }
+        TakeOption(written, word);
     } else if (written.command != nullptr && !IsHead(*written.command)) {
         ++written.positional;
     } else {
-        written.path.push_back(word);
-        for (const Command* command : AllCommands()) {
-            if (PathOf(*command) == written.path) {
-                written.command = command;
-                written.params = command->params();
-            }
-        }
+        TakePathWord(written, word);
     }
 }
 

@@ -121,36 +121,58 @@ private:
     std::unique_ptr<OutputFile> m_file; // none for standard output
 };
 
+/// @throws Error (invalid) for options of another format.
+void RequireOptionsOf(std::string_view format, const ExportInput& in)
+{
+    if (in.base && format != "ldif") {
+        throw Error(ErrorCode::invalid, "--base is for --format ldif");
+    }
+    if (format != "json" && (in.nouns || in.withPasswords)) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("--{} is for --format json", in.nouns ? "nouns" : "with-passwords"));
+    }
+}
+
+/// @return false when it was stopped.
+bool WriteAll(Call& call, std::string_view format, const ExportOptions& options, ExportFrontEnd& frontEnd,
+              ExportReport& report)
+{
+    if (format == "json") {
+        frontEnd.Begin(std::string(kExportHead));
+        return ExportDirectory(
+            call, options, [&](const std::string& line) { frontEnd.Stream() << line << '\n'; }, report);
+    }
+    if (format == "ldif") {
+        frontEnd.Begin("version: 1");
+        return ExportLdif(
+            call, options, [&](const std::string& entry) { frontEnd.Stream() << entry; }, report);
+    }
+    return ExportPeople(call, options, report);
+}
+
+void Summarise(const ExportReport& report, std::string_view format, const std::string& name, std::ostream& err)
+{
+    if (report.leftOut > 0) {
+        err << fmt::format("{} not exported, for they name what is gone; `qvadmin db check` lists them\n",
+                           report.leftOut == 1 ? "1 row was" : fmt::format("{} rows were", report.leftOut));
+    }
+    const std::string_view unit = format == "json" ? "line" : format == "csv" ? "user" : "entry";
+    err << fmt::format("exported {} to {} ({})\n", Counted(static_cast<std::size_t>(report.lines), unit), name,
+                       PaceText(std::chrono::steady_clock::now() - report.begin, report.lines));
+}
+
 Exit Export(const LocalCall& call)
 {
     const auto in = binding::ReadInput<kExportParams>(call.given);
     const std::string format = in.format.value_or("json");
-    const bool isJson = format == "json";
-    if (in.base && format != "ldif") {
-        throw Error(ErrorCode::invalid, "--base is for --format ldif");
-    }
-    if (!isJson && (in.nouns || in.withPasswords)) {
-        throw Error(ErrorCode::invalid,
-                    fmt::format("--{} is for --format json", in.nouns ? "nouns" : "with-passwords"));
-    }
+    RequireOptionsOf(format, in);
     const ExportOptions options = {in.nouns ? SplitAtCommas(*in.nouns) : std::vector<std::string>(), in.in,
                                    in.withPasswords, in.base};
     Session session(call.arguments, Session::Indexes::leftAlone);
     ExportFrontEnd frontEnd(call, in.file);
     Call work([&]() -> CAConnect& { return session.Directory().Connection(); }, frontEnd, call.given.options);
     ExportReport report;
-    bool isDone = false;
-    if (isJson) {
-        frontEnd.Begin(std::string(kExportHead));
-        isDone = ExportDirectory(
-            work, options, [&](const std::string& line) { frontEnd.Stream() << line << '\n'; }, report);
-    } else if (format == "ldif") {
-        frontEnd.Begin("version: 1");
-        isDone = ExportLdif(
-            work, options, [&](const std::string& entry) { frontEnd.Stream() << entry; }, report);
-    } else {
-        isDone = ExportPeople(work, options, report);
-    }
+    const bool isDone = WriteAll(work, format, options, frontEnd, report);
     frontEnd.HideProgress();
     if (!isDone && !frontEnd.IsRefused()) {
         throw Error(ErrorCode::failed, fmt::format("stopped by a signal; {} is not whole", frontEnd.Name()));
@@ -159,17 +181,7 @@ Exit Export(const LocalCall& call)
     if (frontEnd.IsRefused()) {
         return Exit::failed;
     }
-    if (report.leftOut > 0) {
-        call.terminal.err << fmt::format("{} not exported, for they name what is gone; `qvadmin db check` lists them\n",
-                                         report.leftOut == 1 ? "1 row was"
-                                                             : fmt::format("{} rows were", report.leftOut));
-    }
-    call.terminal.err << fmt::format("exported {} to {} ({})\n",
-                                     Counted(static_cast<std::size_t>(report.lines), format == "json"  ? "line"
-                                                                                     : format == "csv" ? "user"
-                                                                                                       : "entry"),
-                                     frontEnd.Name(),
-                                     PaceText(std::chrono::steady_clock::now() - report.begin, report.lines));
+    Summarise(report, format, frontEnd.Name(), call.terminal.err);
     return Exit::done;
 }
 

@@ -208,26 +208,20 @@ ColumnOptions ColumnsOf(const ImportInput& in)
     return options;
 }
 
-/// @throws Error (invalid) for options that --sync and only --sync takes.
-std::optional<SynchronisationOptions> SynchronisationOf(const ImportInput& in)
+/// @throws Error (invalid) for options that --sync alone takes.
+void RequireNoSynchronisation(const ImportInput& in)
 {
-    if (!in.sync) {
-        if (in.scope || in.leavers || in.maxLeavers) {
-            throw Error(ErrorCode::invalid, fmt::format("--{} requires --sync", in.scope     ? "scope"
-                                                                                : in.leavers ? "leavers"
-                                                                                             : "max-leavers"));
-        }
-        return std::nullopt;
+    if (in.scope || in.leavers || in.maxLeavers) {
+        throw Error(ErrorCode::invalid, fmt::format("--{} requires --sync", in.scope     ? "scope"
+                                                                            : in.leavers ? "leavers"
+                                                                                         : "max-leavers"));
     }
-    if (!in.scope) {
-        throw Error(ErrorCode::invalid, "--sync requires --scope");
-    }
-    if (in.file == kStandardStream) {
-        throw Error(ErrorCode::invalid, "--sync reads the rows twice; give a file");
-    }
+}
+
+/// What --leavers says.
+void ReadAction(const std::string& action, SynchronisationOptions& options)
+{
     constexpr std::string_view kMove = "move:";
-    SynchronisationOptions options{.scope = *in.scope, .allowPrivileges = in.allowPrivileges};
-    const std::string action = in.leavers.value_or("list");
     if (action.starts_with(kMove)) {
         options.action = LeaverAction::move;
         options.target = action.substr(kMove.size());
@@ -237,13 +231,35 @@ std::optional<SynchronisationOptions> SynchronisationOf(const ImportInput& in)
         throw Error(ErrorCode::invalid,
                     fmt::format("--leavers {} is none of list, lock, move:/VIEW/GROUP and delete", Quoted(action)));
     }
-    std::string most = in.maxLeavers.value_or("5%");
+}
+
+/// What --max-leavers says.
+void ReadMost(std::string most, SynchronisationOptions& options)
+{
     const bool isPercent = most.ends_with('%');
     if (isPercent) {
         most.pop_back();
     }
     const auto number = binding::ReadNumber("max_leavers", most, isPercent ? Range{0, 100} : Range{0, kLimit.most}, {});
     (isPercent ? options.mostPercent : options.most) = static_cast<int>(number);
+}
+
+/// @throws Error (invalid) for options that --sync and only --sync takes.
+std::optional<SynchronisationOptions> SynchronisationOf(const ImportInput& in)
+{
+    if (!in.sync) {
+        RequireNoSynchronisation(in);
+        return std::nullopt;
+    }
+    if (!in.scope) {
+        throw Error(ErrorCode::invalid, "--sync requires --scope");
+    }
+    if (in.file == kStandardStream) {
+        throw Error(ErrorCode::invalid, "--sync reads the rows twice; give a file");
+    }
+    SynchronisationOptions options{.scope = *in.scope, .allowPrivileges = in.allowPrivileges};
+    ReadAction(in.leavers.value_or("list"), options);
+    ReadMost(in.maxLeavers.value_or("5%"), options);
     return options;
 }
 
@@ -368,6 +384,41 @@ private:
     std::optional<Call> m_work;
 };
 
+/// Where --failed is given.
+std::optional<FailedRows> FailedRowsOf(const LocalCall& call, const ImportInput& in, char delimiter)
+{
+    if (!in.failed) {
+        return std::nullopt;
+    }
+    std::vector<OutputFile::InUse> inUse = DatabaseFiles(ChooseUrl(call.arguments.db));
+    inUse.push_back({in.file, "the file to import"});
+    inUse.push_back({in.result.value_or(in.file + std::string(kResultSuffix)), "the file of the outcomes"});
+    return FailedRows(*in.failed, delimiter, std::move(inUse));
+}
+
+/// @param failed  outlives what is returned.
+ImportOptions OptionsOf(const ImportInput& in, const ColumnOptions& columns, std::optional<FailedRows>& failed)
+{
+    ImportOptions options{.update = in.update || in.sync,
+                          .allowPrivileges = in.allowPrivileges,
+                          .departments = in.departments,
+                          .makeView = in.makeView,
+                          .makeGroups = !in.noNewGroups,
+                          .columns = columns};
+    if (failed) {
+        options.takeFailed = [&failed](const CsvRecord& record) { failed->Take(record); };
+    }
+    return options;
+}
+
+void FinishFailed(FailedRows& failed, const ImportReport& report, std::ostream& err)
+{
+    const std::string file = failed.Finish();
+    if (!file.empty() && report.CountOf(RowFate::failed) > 0) {
+        err << fmt::format("the rows that failed are in {}, in UTF-8\n", file);
+    }
+}
+
 Exit ImportFile(const LocalCall& call)
 {
     const auto in = binding::ReadInput<kImportParams>(call.given);
@@ -382,13 +433,7 @@ Exit ImportFile(const LocalCall& call)
         call.terminal.err << fmt::format("{} is read as {}; --encoding names another one\n", source.Name(), guessed);
     }
     const std::optional<long> rows = call.terminal.errIsTerminal ? source.CountRows(delimiter) : std::nullopt;
-    std::optional<FailedRows> failed;
-    if (in.failed) {
-        std::vector<OutputFile::InUse> inUse = DatabaseFiles(ChooseUrl(call.arguments.db));
-        inUse.push_back({in.file, "the file to import"});
-        inUse.push_back({in.result.value_or(in.file + std::string(kResultSuffix)), "the file of the outcomes"});
-        failed.emplace(*in.failed, delimiter, std::move(inUse));
-    }
+    std::optional<FailedRows> failed = FailedRowsOf(call, in, delimiter);
     std::optional<Synchronisation> sync;
     const auto import = [&](Call& work, ImportReport& report) {
         if (syncOptions) {
@@ -396,15 +441,7 @@ Exit ImportFile(const LocalCall& call)
             first.ReadAsCsv(in.encoding);
             sync.emplace(work, ImportSource{first.Stream(), source.Name(), {}, delimiter}, columns, *syncOptions);
         }
-        ImportOptions options{.update = in.update || in.sync,
-                              .allowPrivileges = in.allowPrivileges,
-                              .departments = in.departments,
-                              .makeView = in.makeView,
-                              .makeGroups = !in.noNewGroups,
-                              .columns = columns};
-        if (failed) {
-            options.takeFailed = [&failed](const CsvRecord& record) { failed->Take(record); };
-        }
+        const ImportOptions options = OptionsOf(in, columns, failed);
         ImportUsers(work, {source.Stream(), source.Name(), rows, delimiter}, options, report);
         if (sync && report.cutShort.empty()) {
             sync->Apply(work);
@@ -412,9 +449,8 @@ Exit ImportFile(const LocalCall& call)
     };
     const Exit exit = run.Run(import, [&](const ImportReport& report, const std::string& result, bool mayWrite) {
         Summarise(in, report, source.Name(), result, mayWrite, call.terminal.err);
-        const std::string file = failed ? failed->Finish() : "";
-        if (!file.empty() && report.CountOf(RowFate::failed) > 0) {
-            call.terminal.err << fmt::format("the rows that failed are in {}, in UTF-8\n", file);
+        if (failed) {
+            FinishFailed(*failed, report, call.terminal.err);
         }
         if (sync) {
             SummariseLeavers(in, sync->Report(), call.terminal.err);

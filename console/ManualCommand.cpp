@@ -69,6 +69,21 @@ void WriteOption(const CommandOption& option, std::ostream& out)
     out << ".It Fl \\-" << Escaped(option.name.substr(2)) << value << '\n' << Line(option.help);
 }
 
+/// The list of what a command takes.
+void WriteParams(const std::vector<ParamInfo>& params, const std::vector<CommandOption>& options, std::ostream& out)
+{
+    out << ".Bl -tag -width Ds\n";
+    for (const ParamInfo& param : params) {
+        if (param.isPositional) {
+            out << ".It Ar " << param.name << '\n' << Line(param.help);
+        }
+    }
+    for (const CommandOption& option : options) {
+        WriteOption(option, out);
+    }
+    out << ".El\n";
+}
+
 void WriteCommand(const Command& command, std::ostream& out)
 {
     const std::vector<ParamInfo> params = command.params();
@@ -83,16 +98,7 @@ void WriteCommand(const Command& command, std::ostream& out)
     out << ".Pp\n" << Line(summary + ".");
     const std::vector<CommandOption> options = OptionsOf(command);
     if (!params.empty() || !options.empty()) {
-        out << ".Bl -tag -width Ds\n";
-        for (const ParamInfo& param : params) {
-            if (param.isPositional) {
-                out << ".It Ar " << param.name << '\n' << Line(param.help);
-            }
-        }
-        for (const CommandOption& option : options) {
-            WriteOption(option, out);
-        }
-        out << ".El\n";
+        WriteParams(params, options, out);
     }
     WriteExamples(command.examples, out);
 }

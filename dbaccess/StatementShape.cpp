@@ -308,20 +308,8 @@ private:
             return false;
         }
         ++m_at;
-        for (;; ++m_at) {
-            m_at = m_syntax.backslashEscapes ? m_sql.find_first_of("'\\", m_at) : m_sql.find('\'', m_at);
-            if (m_at == std::string_view::npos) {
-                return false;
-            }
-            const char next = Next(1);
-            if (m_sql[m_at] == '\'' && next != '\'') {
-                break;
-            }
-            if (m_sql[m_at] == '\\' && next != '\\' && next != '\'') {
-                return false;
-            }
-            literal.hasEscapes = true;
-            ++m_at;
+        if (!SkipToQuote(literal.hasEscapes)) {
+            return false;
         }
         ++m_at;
         if (IsWordByte(Next(0))) {
@@ -334,6 +322,27 @@ private:
         }
         m_closesUpper = isInUpper;
         return true;
+    }
+
+    /// Goes to the quote that ends a text. @param hasEscapes  set where something is escaped before it. @return false
+    /// where there is none, and at an escape that stands for another byte.
+    bool SkipToQuote(bool& hasEscapes)
+    {
+        for (;; ++m_at) {
+            m_at = m_syntax.backslashEscapes ? m_sql.find_first_of("'\\", m_at) : m_sql.find('\'', m_at);
+            if (m_at == std::string_view::npos) {
+                return false;
+            }
+            const char next = Next(1);
+            if (m_sql[m_at] == '\'' && next != '\'') {
+                return true;
+            }
+            if (m_sql[m_at] == '\\' && next != '\\' && next != '\'') {
+                return false;
+            }
+            hasEscapes = true;
+            ++m_at;
+        }
     }
 
     bool TakeLiteral(Token token, const CutLiteral& literal, bool isCut)

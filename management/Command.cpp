@@ -36,6 +36,17 @@ void ThrowMissing(std::string_view name)
     throw Error(ErrorCode::invalid, fmt::format("{} is required", Shown(name)));
 }
 
+NamedTexts GivenTexts(const std::vector<NamedText>& options, const ArgumentSource& source)
+{
+    NamedTexts texts;
+    for (const NamedText& option : options) {
+        if (const std::vector<std::string> given = source.ValuesOf(option.name); !given.empty()) {
+            texts[std::string(option.name)] = given.front();
+        }
+    }
+    return texts;
+}
+
 std::int64_t ReadNumber(std::string_view name, const std::string& text, const Check& check, Range widest)
 {
     const Range* given = std::get_if<Range>(&check);

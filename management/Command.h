@@ -188,34 +188,39 @@ ParamInfo InfoOf(const Param<In>& param)
     return info;
 }
 
+/// What was given of these options.
+NamedTexts GivenTexts(const std::vector<NamedText>& options, const ArgumentSource& source);
+
+/// Gives a member what was given for its parameter, at least one text. @throws Error (invalid).
+template <class In, class Member>
+void Assign(const Param<In>& param, const std::vector<std::string>& given, Member& member)
+{
+    if constexpr (std::is_same_v<Member, std::vector<std::string>> || std::is_same_v<Member, OptionalTexts>) {
+        member = given;
+    } else if constexpr (std::is_same_v<Member, bool> || std::is_same_v<Member, std::optional<bool>>) {
+        member = given.front() == "1";
+    } else if constexpr (std::is_same_v<Member, int> || std::is_same_v<Member, std::optional<int>>) {
+        member = static_cast<int>(ReadNumber(param.name, given.front(), param.check, kInt));
+    } else if constexpr (std::is_same_v<Member, std::optional<std::uint32_t>>) {
+        member = static_cast<std::uint32_t>(ReadNumber(param.name, given.front(), param.check, kUnsigned));
+    } else {
+        RequireKnownWord(param.name, given.front(), param.check);
+        member = given.front();
+    }
+}
+
+/// Fills the member of a parameter. @throws Error (invalid).
 template <class In>
 void Read(const Param<In>& param, const ArgumentSource& source, In& in)
 {
-    const std::vector<std::string> given = source.ValuesOf(param.name);
     std::visit(
         [&]<class Member>(Member In::*member) {
             if constexpr (std::is_same_v<Member, NamedTexts>) {
-                for (const NamedText& option : std::get<ListNamedTexts>(param.check)()) {
-                    if (const std::vector<std::string> text = source.ValuesOf(option.name); !text.empty()) {
-                        (in.*member)[std::string(option.name)] = text.front();
-                    }
-                }
-            } else if (given.empty()) {
-                if (InfoOf(param).isRequired) {
-                    ThrowMissing(param.name);
-                }
-            } else if constexpr (std::is_same_v<Member, std::vector<std::string>> ||
-                                 std::is_same_v<Member, OptionalTexts>) {
-                in.*member = given;
-            } else if constexpr (std::is_same_v<Member, bool> || std::is_same_v<Member, std::optional<bool>>) {
-                in.*member = given.front() == "1";
-            } else if constexpr (std::is_same_v<Member, int> || std::is_same_v<Member, std::optional<int>>) {
-                in.*member = static_cast<int>(ReadNumber(param.name, given.front(), param.check, kInt));
-            } else if constexpr (std::is_same_v<Member, std::optional<std::uint32_t>>) {
-                in.*member = static_cast<std::uint32_t>(ReadNumber(param.name, given.front(), param.check, kUnsigned));
-            } else {
-                RequireKnownWord(param.name, given.front(), param.check);
-                in.*member = given.front();
+                in.*member = GivenTexts(std::get<ListNamedTexts>(param.check)(), source);
+            } else if (const std::vector<std::string> given = source.ValuesOf(param.name); !given.empty()) {
+                Assign(param, given, in.*member);
+            } else if (InfoOf(param).isRequired) {
+                ThrowMissing(param.name);
             }
         },
         param.target);

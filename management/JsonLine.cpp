@@ -119,6 +119,13 @@ private:
     bool m_isInBytes = false;
 };
 
+/// What stands before a value. @param goesOn  whether it is in the same inner object as the value before it.
+std::string HeadOf(const JsonMember& member, bool goesOn)
+{
+    const std::string part = member.part.empty() ? "" : JsonText(member.part) + ":";
+    return goesOn ? part : JsonText(member.name) + (member.part.empty() ? ":" : ":{") + part;
+}
+
 } // namespace
 
 std::string JsonText(const std::string& text)
@@ -143,14 +150,7 @@ std::string WriteJsonLine(const JsonObject& object)
             text += '}';
         }
         text += text.size() == 1 ? "" : ",";
-        if (!goesOn) {
-            text += JsonText(member.name) + ":";
-            text += member.part.empty() ? "" : "{";
-        }
-        if (!member.part.empty()) {
-            text += JsonText(member.part) + ":";
-        }
-        text += Written(member.value);
+        text += HeadOf(member, goesOn) + Written(member.value);
         inner = member.part.empty() ? nullptr : &member.name;
     }
     return text + (inner != nullptr ? "}}" : "}");

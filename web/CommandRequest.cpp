@@ -123,6 +123,40 @@ std::string PathText(const Command& command)
     return text;
 }
 
+namespace {
+
+/// @throws Error (invalid) for two parameters that cannot be given together.
+void RefuseExcluded(const WebArguments& given, const std::vector<Offered>& offered)
+{
+    const auto isGiven = [&given](std::string_view name) { return !given.ValuesOf(name).empty(); };
+    for (const Offered& param : offered) {
+        if (!param.excludes.empty() && isGiven(param.name) && isGiven(param.excludes)) {
+            Refuse(fmt::format("{} and {} cannot be given together", param.name, param.excludes));
+        }
+    }
+}
+
+/// What is given, as it may be typed after the words of the command, without secrets.
+std::string TextOf(const WebArguments& given, const std::vector<Offered>& offered)
+{
+    std::string options;
+    std::string positionals;
+    bool hasDash = false;
+    for (const Offered& param : offered) {
+        if (param.kind == Kind::secret) {
+            continue;
+        }
+        for (const std::string& value : given.ValuesOf(param.name)) {
+            hasDash = hasDash || (param.isPositional && value.starts_with('-'));
+            (param.isPositional ? positionals : options) +=
+                " " + (param.isPositional ? ShellQuoted(value) : OptionText(param, value));
+        }
+    }
+    return options + (hasDash ? " --" : "") + positionals;
+}
+
+} // namespace
+
 WebArguments::WebArguments(const Command& command, const JsonValue* given) : m_text(PathText(command))
 {
     static const JsonValue none;
@@ -143,24 +177,8 @@ WebArguments::WebArguments(const Command& command, const JsonValue* given) : m_t
             m_values.erase(taken);
         }
     }
-    const auto isGiven = [this](std::string_view name) { return !ValuesOf(name).empty(); };
-    std::string options;
-    bool hasDash = false;
-    std::string positionals;
-    for (const Offered& param : offered) {
-        if (!param.excludes.empty() && isGiven(param.name) && isGiven(param.excludes)) {
-            Refuse(fmt::format("{} and {} cannot be given together", param.name, param.excludes));
-        }
-        if (param.kind == Kind::secret) {
-            continue;
-        }
-        for (const std::string& value : ValuesOf(param.name)) {
-            hasDash = hasDash || (param.isPositional && value.starts_with('-'));
-            (param.isPositional ? positionals : options) +=
-                " " + (param.isPositional ? ShellQuoted(value) : OptionText(param, value));
-        }
-    }
-    m_text = Shortened(m_text + options + (hasDash ? " --" : "") + positionals);
+    RefuseExcluded(*this, offered);
+    m_text = Shortened(m_text + TextOf(*this, offered));
 }
 
 void WebArguments::Take(const std::string& name, Kind kind, bool isList, const JsonValue& value)

@@ -145,33 +145,46 @@ struct ChangedValue {
     std::optional<std::string> after = {};
 };
 
+std::string_view ChangeIn(const StoredRow& row)
+{
+    return row.count > 0 ? "added" : row.count < 0 ? "removed" : "changed";
+}
+
+bool HasCell(const AuditedRow& cells, const std::string& column)
+{
+    return std::ranges::find(cells, column, &AuditedRow::value_type::first) != cells.end();
+}
+
+/// @param missing  what is given where there is no such cell.
+std::optional<std::string> CellOr(const AuditedRow& cells, const std::string& column,
+                                  const std::optional<std::string>& missing)
+{
+    const auto found = std::ranges::find(cells, column, &AuditedRow::value_type::first);
+    return found == cells.end() ? missing : found->second;
+}
+
+bool SaysNothing(const std::optional<std::string>& text) { return !text || *text == "0"; }
+
 std::vector<ChangedValue> ValuesOf(NameCache& names, const StoredRow& row)
 {
     const AuditedTable* table = FindAuditedTable(row.table);
-    const std::string_view change = row.count > 0 ? "added" : row.count < 0 ? "removed" : "changed";
-    std::vector<ChangedValue> values;
+    const std::string_view change = ChangeIn(row);
     if (table == nullptr || (!row.before && !row.after)) {
         return {
             {change, Counted(static_cast<std::size_t>(std::abs(row.count)), table == nullptr ? "row" : table->noun)}};
     }
+    std::vector<ChangedValue> values;
     const AuditedRow before = Unpacked(row.before.value_or("{}"));
     const AuditedRow after = Unpacked(row.after.value_or("{}"));
+    const bool stays = row.count == 0;
+    const std::optional<std::string> missing = stays ? std::optional<std::string>("") : std::nullopt;
     for (const std::string& column : ColumnsOf(*table)) {
-        const auto in = [&column](const AuditedRow& cells) {
-            return std::ranges::find(cells, column, &AuditedRow::value_type::first);
-        };
-        const auto earlier = in(before);
-        const auto later = in(after);
-        if (earlier == before.end() && later == after.end()) {
+        if (!HasCell(before, column) && !HasCell(after, column)) {
             continue;
         }
-        const bool stays = row.count == 0;
-        const auto value = [stays](const auto& cell, const AuditedRow& cells) {
-            return cell == cells.end() ? (stays ? std::optional<std::string>("") : std::nullopt) : cell->second;
-        };
-        ChangedValue changed{change, Described(names, row), column, value(earlier, before), value(later, after)};
-        const auto saysNothing = [](const std::optional<std::string>& text) { return !text || *text == "0"; };
-        if (stays || !saysNothing(changed.before) || !saysNothing(changed.after)) {
+        ChangedValue changed{change, Described(names, row), column, CellOr(before, column, missing),
+                             CellOr(after, column, missing)};
+        if (stays || !SaysNothing(changed.before) || !SaysNothing(changed.after)) {
             values.push_back(std::move(changed));
         }
     }

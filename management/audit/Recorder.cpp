@@ -16,6 +16,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <span>
 
 namespace management::audit {
 
@@ -58,6 +60,47 @@ std::optional<AuditedRow> FirstBeyond(const std::vector<AuditedRow>& rows, std::
         known.erase(found);
     }
     return std::nullopt;
+}
+
+using TouchedRow = std::pair<const AuditedTable*, std::string>; ///< and its id
+
+/// The rows of one table as they are now, by their ids.
+std::map<std::string, AuditedRow> ReadTouched(CAConnect& conn, std::span<const TouchedRow> touched)
+{
+    std::string ids;
+    for (const TouchedRow& row : touched) {
+        ids += (ids.empty() ? "" : ", ") + Literal(conn, row.second);
+    }
+    std::map<std::string, AuditedRow> rows;
+    for (AuditedRow& row : ReadRows(conn, *touched.front().first, fmt::format("WHERE Col_ID IN ({})", ids))) {
+        rows.emplace(ValueIn(row, "Col_ID").value_or(""), std::move(row));
+    }
+    return rows;
+}
+
+/// What differs; nothing where that is nothing. @param before, after  nothing where there is no such row.
+std::optional<RowChange> Compared(const AuditedTable& table, const std::string& id, std::optional<AuditedRow> before,
+                                  std::optional<AuditedRow> after)
+{
+    if (!before && !after) {
+        return std::nullopt;
+    }
+    RowChange change{&table, id, 0};
+    if (!before || !after) {
+        change.count = before ? -1 : 1;
+        change.before = std::move(before);
+        change.after = std::move(after);
+        return change;
+    }
+    change.before.emplace();
+    change.after.emplace();
+    for (std::size_t i = 0; i < before->size(); ++i) {
+        if ((*before)[i] != (*after)[i]) {
+            change.before->push_back((*before)[i]);
+            change.after->push_back((*after)[i]);
+        }
+    }
+    return change.before->empty() ? std::nullopt : std::optional(std::move(change));
 }
 
 } // namespace
@@ -293,44 +336,20 @@ void Recorder::TakeInserted(const AuditedTable& table, std::vector<AuditedRow> p
 
 void Recorder::TakeRowChanges(std::vector<RowChange>& changes)
 {
-    for (std::size_t begin = 0; begin < m_touched.size();) {
-        const AuditedTable& table = *m_touched[begin].first;
-        std::size_t end = begin;
-        std::string ids;
-        while (end < m_touched.size() && m_touched[end].first == &table && end - begin < kRowsPerQuery) {
-            ids += (ids.empty() ? "" : ", ") + Literal(m_conn, m_touched[end++].second);
-        }
-        std::map<std::string, AuditedRow> after;
-        for (AuditedRow& row : ReadRows(m_conn, table, fmt::format("WHERE Col_ID IN ({})", ids))) {
-            after.emplace(ValueIn(row, "Col_ID").value_or(""), std::move(row));
-        }
-        for (; begin < end; ++begin) {
-            const std::string& key = m_touched[begin].second;
-            std::optional<AuditedRow>& before = m_before.at(m_touched[begin]);
-            const auto found = after.find(key);
-            RowChange change{&table, key, 0};
-            if (before && found != after.end()) {
-                change.before.emplace();
-                change.after.emplace();
-                for (std::size_t i = 0; i < before->size(); ++i) {
-                    if ((*before)[i] != found->second[i]) {
-                        change.before->push_back((*before)[i]);
-                        change.after->push_back(found->second[i]);
-                    }
-                }
-                if (change.before->empty()) {
-                    continue;
-                }
-            } else if (before) {
-                change.count = -1;
-                change.before = std::move(before);
-            } else if (found != after.end()) {
-                change.count = 1;
-                change.after = std::move(found->second);
-            } else {
-                continue;
+    for (auto begin = m_touched.begin(); begin != m_touched.end();) {
+        const AuditedTable* table = begin->first;
+        const auto most = std::min<std::ptrdiff_t>(m_touched.end() - begin, kRowsPerQuery);
+        const auto end = std::find_if(begin, begin + most, [table](const Key& key) { return key.first != table; });
+        std::map<std::string, AuditedRow> present = ReadTouched(m_conn, {begin, end});
+        for (; begin != end; ++begin) {
+            const auto found = present.find(begin->second);
+            std::optional<AuditedRow> after;
+            if (found != present.end()) {
+                after = std::move(found->second);
             }
-            changes.push_back(std::move(change));
+            if (auto change = Compared(*table, begin->second, std::move(m_before.at(*begin)), std::move(after))) {
+                changes.push_back(std::move(*change));
+            }
         }
     }
 }

@@ -159,27 +159,49 @@ private:
 
     void FindPlaces()
     {
+        FindLostGroups();
+        FindCycles();
+        FindDoubledGroups();
+    }
+
+    void FindLostGroups()
+    {
         Problem lost{.name = "groups_without_view",
                      .sentence = "groups below no view, which nobody sees",
                      .repair = "`qvadmin group move` gives them a place, `qvadmin group delete` removes them"};
-        Problem cycles{.name = "cycles",
-                       .sentence = "groups that are below themselves",
-                       .repair = "`qvadmin group move` or `qvadmin member remove` ends the cycle"};
-        std::map<std::pair<ItemKey, std::string>, int> names;
-        Problem doubled{.name = "doubled_names",
-                        .sentence = "groups with the same name in one place",
-                        .repair = "`qvadmin group rename`"};
         for (const Node& node : m_organisation.Places()) {
             if (!node.isReachable) {
                 ++lost.count;
                 lost.example = lost.example.empty() ? m_organisation.Named(node.key) : lost.example;
             }
-            if (cycles.count == 0 && (node.parents.empty() || !node.isReachable)) {
-                if (const std::vector<ItemKey> cycle = m_organisation.FindCycle(node.key); !cycle.empty()) {
-                    cycles.count = 1;
-                    cycles.example = m_organisation.CycleText(cycle);
-                }
+        }
+        Add(std::move(lost));
+    }
+
+    /// The first one says enough.
+    void FindCycles()
+    {
+        Problem cycles{.name = "cycles",
+                       .sentence = "groups that are below themselves",
+                       .repair = "`qvadmin group move` or `qvadmin member remove` ends the cycle"};
+        for (const Node& node : m_organisation.Places()) {
+            const bool mayBegin = cycles.count == 0 && (node.parents.empty() || !node.isReachable);
+            const std::vector<ItemKey> cycle = mayBegin ? m_organisation.FindCycle(node.key) : std::vector<ItemKey>();
+            if (!cycle.empty()) {
+                cycles.count = 1;
+                cycles.example = m_organisation.CycleText(cycle);
             }
+        }
+        Add(std::move(cycles));
+    }
+
+    void FindDoubledGroups()
+    {
+        Problem doubled{.name = "doubled_names",
+                        .sentence = "groups with the same name in one place",
+                        .repair = "`qvadmin group rename`"};
+        std::map<std::pair<ItemKey, std::string>, int> names;
+        for (const Node& node : m_organisation.Places()) {
             for (const std::size_t child : node.children) {
                 const Node& group = m_organisation.Places()[child];
                 if (++names[{node.key, group.nameKey}] == 2) {
@@ -188,8 +210,6 @@ private:
                 }
             }
         }
-        Add(std::move(lost));
-        Add(std::move(cycles));
         Add(std::move(doubled));
     }
 

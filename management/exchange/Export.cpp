@@ -98,37 +98,52 @@ public:
     }
 
 private:
+    /// What a line says of an item.
+    struct Reference {
+        JsonObject members; ///< none where there is no such item
+        std::optional<ItemKey> item;
+    };
+
     [[nodiscard]] std::string Query()
     {
-        std::string columns;
+        std::vector<std::string> columns = OrderColumns();
+        m_orderColumns = static_cast<long>(columns.size());
+        const std::string order = columns.empty() ? "" : fmt::format(" ORDER BY {}", fmt::join(columns, ", "));
         std::string joins;
-        std::string order;
-        const auto add = [&columns](const std::string& column) { columns += (columns.empty() ? "" : ", ") + column; };
+        for (const LineMember& member : m_noun.members) {
+            joins += AddColumns(columns, member);
+        }
+        return fmt::format("SELECT {} FROM {} t{}{}{}", fmt::join(columns, ", "), m_noun.table, joins,
+                           m_noun.condition.empty() ? "" : fmt::format(" WHERE {}", m_noun.condition), order);
+    }
+
+    [[nodiscard]] std::vector<std::string> OrderColumns() const
+    {
+        std::vector<std::string> columns;
         for (std::string_view rest = m_noun.order; !rest.empty();) {
             const std::size_t end = std::min(rest.find(", "), rest.size());
-            const std::string column = fmt::format("t.{}", rest.substr(0, end));
-            add(column);
-            order += (order.empty() ? " ORDER BY " : ", ") + column;
+            columns.push_back(fmt::format("t.{}", rest.substr(0, end)));
             rest.remove_prefix(std::min(end + 2, rest.size()));
-            ++m_orderColumns;
         }
-        for (const LineMember& member : m_noun.members) {
-            if (!member.typeColumn.empty()) {
-                add(fmt::format("t.{}", member.typeColumn));
-            }
-            const bool isItself = m_noun.item != MemberKind::text && &member == &m_noun.members.front();
-            add(fmt::format("t.{}", isItself ? "Col_ID" : member.column));
-            if (member.kind == MemberKind::user || member.kind == MemberKind::item) {
-                const std::string alias = fmt::format("u_{}", member.name);
-                joins += fmt::format(" LEFT JOIN qv_User {0} ON {0}.Col_ID = t.{1}", alias, member.column);
-                joins += member.kind == MemberKind::item
-                             ? fmt::format(" AND t.{} = {}", member.typeColumn, kItemTypeUser)
-                             : "";
-                add(alias + ".Col_LoginName");
-            }
+        return columns;
+    }
+
+    /// Adds the columns of a member. @return the join that they need.
+    [[nodiscard]] std::string AddColumns(std::vector<std::string>& columns, const LineMember& member) const
+    {
+        if (!member.typeColumn.empty()) {
+            columns.push_back(fmt::format("t.{}", member.typeColumn));
         }
-        return fmt::format("SELECT {} FROM {} t{}{}{}", columns, m_noun.table, joins,
-                           m_noun.condition.empty() ? "" : fmt::format(" WHERE {}", m_noun.condition), order);
+        const bool isItself = m_noun.item != MemberKind::text && &member == &m_noun.members.front();
+        columns.push_back(fmt::format("t.{}", isItself ? "Col_ID" : member.column));
+        if (member.kind != MemberKind::user && member.kind != MemberKind::item) {
+            return "";
+        }
+        const std::string alias = fmt::format("u_{}", member.name);
+        columns.push_back(alias + ".Col_LoginName");
+        const std::string join = fmt::format(" LEFT JOIN qv_User {0} ON {0}.Col_ID = t.{1}", alias, member.column);
+        return member.kind == MemberKind::item ? join + fmt::format(" AND t.{} = {}", member.typeColumn, kItemTypeUser)
+                                               : join;
     }
 
     std::optional<std::string> LineOf(CARecordset& row, ExportReport& report)
@@ -141,34 +156,44 @@ private:
             const LineMember& member = m_noun.members[i];
             const int type = member.typeColumn.empty() ? 0 : NumberIn(row, ++column);
             ++column;
-            const std::size_t before = line.size();
-            std::optional<ItemKey> item;
-            if (IsReference(member.kind)) {
-                item = AddReference(line, member, type, row, column);
-            } else if (!AddValue(line, member, OptionalTextIn(row, column), settingName)) {
-                return std::nullopt;
+            if (!IsReference(member.kind)) {
+                if (!AddValue(line, member, OptionalTextIn(row, column), settingName)) {
+                    return std::nullopt;
+                }
+                continue;
             }
+            const Reference reference = ReferenceOf(member, type, row, column);
             const bool isNeeded = i < std::max(m_noun.keys, m_noun.needed);
-            if (isNeeded && IsReference(member.kind) && line.size() == before) {
+            if (isNeeded && reference.members.empty()) {
                 ++report.leftOut;
                 return std::nullopt;
             }
-            if (IsReference(member.kind) && line.size() == before) {
-                line.push_back({std::string(member.name)});
+            if (isNeeded && !MayBeInPart(reference.item, isInPart)) {
+                return std::nullopt;
             }
-            if (m_part != nullptr && isNeeded && item) {
-                if (!m_part->Has(*item)) {
-                    return std::nullopt;
-                }
-                isInPart = isInPart || item->type == kItemTypeUser || item->type == kItemTypeGroup ||
-                           m_noun.item != MemberKind::text;
-            }
+            AddReference(line, member, reference);
         }
+        return IsLeftOut(line, row, isInPart) ? std::nullopt : std::optional(WriteJsonLine(line));
+    }
+
+    /// Whether the part that is exported has an item, if it is one. @param isInPart  set where the item is enough for
+    /// its line to be of the part.
+    [[nodiscard]] bool MayBeInPart(const std::optional<ItemKey>& item, bool& isInPart) const
+    {
+        if (m_part == nullptr || !item) {
+            return true;
+        }
+        isInPart =
+            isInPart || item->type == kItemTypeUser || item->type == kItemTypeGroup || m_noun.item != MemberKind::text;
+        return m_part->Has(*item);
+    }
+
+    [[nodiscard]] bool IsLeftOut(const JsonObject& line, CARecordset& row, bool isInPart) const
+    {
         if (m_part != nullptr && m_noun.name == "user") {
             isInPart = m_part->Has({kItemTypeUser, NumberIn(row, 1)});
         }
-        const bool isLeftOut = (m_part != nullptr && !isInPart) || (m_noun.name == "member" && IsSaidByPath(line));
-        return isLeftOut ? std::nullopt : std::optional(WriteJsonLine(line));
+        return (m_part != nullptr && !isInPart) || (m_noun.name == "member" && IsSaidByPath(line));
     }
 
     /// @return false when there is to be no line without the value.
@@ -196,40 +221,54 @@ private:
         return audit::IsSecret(*audit::FindAuditedTable(m_noun.table), {{"Col_Name", name}}, "Col_Data");
     }
 
-    /// Adds nothing where there is no such item. @param column  of the id; after it comes the login name of a user.
-    std::optional<ItemKey> AddReference(JsonObject& line, const LineMember& member, int type, CARecordset& row,
-                                        long& column)
+    static void AddReference(JsonObject& line, const LineMember& member, const Reference& reference)
+    {
+        if (reference.members.empty()) {
+            line.push_back({std::string(member.name)});
+        } else {
+            std::ranges::copy(reference.members, std::back_inserter(line));
+        }
+    }
+
+    /// @param column  of the id; after it comes the login name of a user.
+    [[nodiscard]] Reference ReferenceOf(const LineMember& member, int type, CARecordset& row, long& column) const
     {
         const int id = NumberIn(row, column);
         const std::string name(member.name);
-        if (member.kind == MemberKind::user || member.kind == MemberKind::item) {
-            const std::optional<std::string> login = OptionalTextIn(row, ++column);
-            if (login) {
-                line.push_back({name, member.kind == MemberKind::item ? "user" : "", TextValue(*login)});
-                return ItemKey{kItemTypeUser, id};
-            }
+        const bool mayBeUser = member.kind == MemberKind::user || member.kind == MemberKind::item;
+        if (const std::optional<std::string> login = mayBeUser ? OptionalTextIn(row, ++column) : std::nullopt) {
+            return {{{name, member.kind == MemberKind::item ? "user" : "", TextValue(*login)}},
+                    ItemKey{kItemTypeUser, id}};
         }
         if (member.kind == MemberKind::user) {
-            return std::nullopt;
+            return {};
         }
         if (member.kind == MemberKind::object && type != kFolderClass) {
-            line.push_back({name, "class", std::int64_t{type}});
-            line.push_back({name, "id", std::int64_t{id}});
-            return std::nullopt;
+            return {{{name, "class", std::int64_t{type}}, {name, "id", std::int64_t{id}}}, std::nullopt};
         }
+        return ReferenceByName(member, type, id);
+    }
+
+    [[nodiscard]] Reference ReferenceByName(const LineMember& member, int type, int id) const
+    {
         const std::optional<MemberKind> kind = member.kind == MemberKind::item     ? KindOfType(type)
                                                : member.kind == MemberKind::object ? std::optional(MemberKind::folder)
                                                                                    : std::optional(member.kind);
         const std::string* text = kind ? m_names.NameOf(*kind, id) : nullptr;
         if (text == nullptr) {
-            return std::nullopt;
+            return {};
         }
         const bool hasWord = member.kind == MemberKind::item || member.kind == MemberKind::object;
-        line.push_back({name, hasWord ? std::string(WordOf(*kind)) : "", TextValue(*text)});
-        return *kind == MemberKind::group  ? std::optional(ItemKey{kItemTypeGroup, id})
-               : *kind == MemberKind::view ? std::optional(ItemKey{kItemTypeView, id})
-               : *kind == MemberKind::role ? std::optional(ItemKey{kItemTypeRole, id})
-                                           : std::nullopt;
+        return {{{std::string(member.name), hasWord ? std::string(WordOf(*kind)) : "", TextValue(*text)}},
+                ItemOf(*kind, id)};
+    }
+
+    static std::optional<ItemKey> ItemOf(MemberKind kind, int id)
+    {
+        return kind == MemberKind::group  ? std::optional(ItemKey{kItemTypeGroup, id})
+               : kind == MemberKind::view ? std::optional(ItemKey{kItemTypeView, id})
+               : kind == MemberKind::role ? std::optional(ItemKey{kItemTypeRole, id})
+                                          : std::nullopt;
     }
 
     static std::string_view WordOf(MemberKind kind)
@@ -260,6 +299,12 @@ void RequireNouns(const std::vector<std::string>& nouns)
     }
 }
 
+bool IsWanted(const Noun& noun, const ExportOptions& options)
+{
+    const bool isNamed = options.nouns.empty() || std::ranges::find(options.nouns, noun.plural) != options.nouns.end();
+    return isNamed && (noun.isOfPeople || !options.in);
+}
+
 } // namespace
 
 bool ExportDirectory(Call& call, const ExportOptions& options, const std::function<void(const std::string&)>& take,
@@ -273,9 +318,7 @@ bool ExportDirectory(Call& call, const ExportOptions& options, const std::functi
             options.in ? std::optional<DirectoryPart>(std::in_place, conn, *options.in) : std::nullopt;
         call.Front().ShowProgress(0, std::nullopt);
         for (const Noun& noun : Nouns()) {
-            const bool isWanted =
-                options.nouns.empty() || std::ranges::find(options.nouns, noun.plural) != options.nouns.end();
-            if (!isWanted || (part && !noun.isOfPeople)) {
+            if (!IsWanted(noun, options)) {
                 continue;
             }
             NounReader reader(conn, noun, names, part ? &*part : nullptr, options.withPasswords);

@@ -65,6 +65,69 @@ void AddPaths(const Places& places, RootOf rootOf, Add add)
     }
 }
 
+/// Takes what ItemNames calls an item apart.
+class ItemNameParser {
+public:
+    ItemNameParser(MemberKind kind, const std::string& text) : m_kind(kind), m_text(text) {}
+
+    ItemName Parse()
+    {
+        for (std::size_t i = 0; i < m_text.size(); ++i) {
+            if (m_text[i] == '/') {
+                BeginLevel(i);
+            } else if (m_text[i] == '\\') {
+                ++i;
+                TakeEscaped(i < m_text.size() ? m_text[i] : '\0');
+            } else if (!m_isCount) {
+                *m_part += m_text[i];
+            }
+        }
+        if (m_parsed.name.empty() || (IsTree(m_kind) && m_text.starts_with('/') && !m_parsed.parent)) {
+            ThrowNoName(m_text);
+        }
+        return m_parsed;
+    }
+
+private:
+    void BeginLevel(std::size_t slash)
+    {
+        if (!IsTree(m_kind) || (slash > 0 && m_parsed.name.empty())) {
+            ThrowNoName(m_text);
+        }
+        if (slash > 0) {
+            m_parsed.parent = m_text.substr(0, slash);
+        }
+        m_parsed.name.clear();
+        m_parsed.scope.clear();
+        m_part = &m_parsed.name;
+        m_isCount = false;
+    }
+
+    void TakeEscaped(char ch)
+    {
+        switch (ch) {
+        case '/':
+        case '\\':
+            *m_part += ch;
+            break;
+        case '@':
+            m_part = &m_parsed.scope.emplace_back();
+            break;
+        case '#':
+            m_isCount = true;
+            break;
+        default:
+            ThrowNoName(m_text);
+        }
+    }
+
+    MemberKind m_kind;
+    const std::string& m_text;
+    ItemName m_parsed;
+    std::string* m_part = &m_parsed.name;
+    bool m_isCount = false; ///< which counts items of one name
+};
+
 } // namespace
 
 ItemNames::ItemNames(CAConnect& conn)
@@ -205,45 +268,6 @@ std::optional<MemberKind> KindOfType(int itemType)
                                        : std::nullopt;
 }
 
-ItemName ParseItemName(MemberKind kind, const std::string& text)
-{
-    ItemName parsed;
-    std::string* part = &parsed.name;
-    bool isCount = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char next = i + 1 < text.size() ? text[i + 1] : '\0';
-        if (text[i] == '/') {
-            if (!IsTree(kind) || (i > 0 && parsed.name.empty())) {
-                ThrowNoName(text);
-            }
-            if (i > 0) {
-                parsed.parent = text.substr(0, i);
-            }
-            parsed.name.clear();
-            parsed.scope.clear();
-            part = &parsed.name;
-            isCount = false;
-        } else if (text[i] != '\\') {
-            if (!isCount) {
-                *part += text[i];
-            }
-        } else if (next == '/' || next == '\\') {
-            *part += next;
-            ++i;
-        } else if (next == '@') {
-            part = &parsed.scope.emplace_back();
-            ++i;
-        } else if (next == '#') {
-            isCount = true;
-            ++i;
-        } else {
-            ThrowNoName(text);
-        }
-    }
-    if (parsed.name.empty() || (IsTree(kind) && text.starts_with('/') && !parsed.parent)) {
-        ThrowNoName(text);
-    }
-    return parsed;
-}
+ItemName ParseItemName(MemberKind kind, const std::string& text) { return ItemNameParser(kind, text).Parse(); }
 
 } // namespace management

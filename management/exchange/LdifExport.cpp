@@ -49,19 +49,24 @@ public:
     bool Run() { return WriteUnits() && WritePeople() && WriteRoles(); }
 
 private:
+    /// What ItemNames calls a group, or a view with the slash of a path.
+    [[nodiscard]] std::optional<std::string> PathOf(MemberKind kind, int id) const
+    {
+        const std::string* name = m_names.NameOf(kind, id);
+        if (name == nullptr) {
+            return std::nullopt;
+        }
+        return kind == MemberKind::group ? *name : "/" + *name;
+    }
+
     /// The distinguished name of a group or view; nothing for one of a single person, or that is nowhere.
     [[nodiscard]] std::optional<std::string> DnOf(MemberKind kind, int id) const
     {
-        const std::string* name = m_names.NameOf(kind, id);
         std::string dn;
-        std::optional<std::string> path = name == nullptr || kind == MemberKind::group
-                                              ? (name == nullptr ? std::nullopt : std::optional(*name))
-                                              : std::optional("/" + *name);
-        while (path) {
-            const bool isTop = path->find('/', 1) == std::string::npos;
+        for (std::optional<std::string> path = PathOf(kind, id); path;) {
+            const bool isView = path->starts_with('/') && path->find('/', 1) == std::string::npos;
             const ItemName parsed =
-                ParseItemName(isTop && path->starts_with('/') ? MemberKind::view : MemberKind::group,
-                              isTop && path->starts_with('/') ? path->substr(1) : *path);
+                isView ? ParseItemName(MemberKind::view, path->substr(1)) : ParseItemName(MemberKind::group, *path);
             if (!parsed.scope.empty() || (!parsed.parent && !path->starts_with('/'))) {
                 return std::nullopt;
             }

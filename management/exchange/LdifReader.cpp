@@ -79,6 +79,84 @@ int HexDigit(char ch)
     return digit == std::string_view::npos ? -1 : static_cast<int>(digit);
 }
 
+bool IsSummary(const LdifEntry& entry)
+{
+    return entry.dn.empty() && (entry.Find("version") != nullptr || entry.Find("search") != nullptr);
+}
+
+class DnParser {
+public:
+    explicit DnParser(std::string_view dn) : m_dn(dn) {}
+
+    std::vector<RelativeName> Parse()
+    {
+        std::vector<RelativeName> names;
+        for (; m_at < m_dn.size(); ++m_at) {
+            names.push_back(ReadName());
+        }
+        return names;
+    }
+
+private:
+    [[noreturn]] void Fail() const
+    {
+        throw Error(ErrorCode::invalid, fmt::format("{} is not a distinguished name", Quoted(m_dn)));
+    }
+
+    RelativeName ReadName()
+    {
+        const std::size_t equals = m_dn.find('=', m_at);
+        if (equals == std::string_view::npos) {
+            Fail();
+        }
+        RelativeName name{Lower(WithoutBlanks(m_dn.substr(m_at, equals - m_at))), {}};
+        m_at = equals + 1;
+        name.value = ReadValue();
+        if (name.attribute.empty() || name.value.empty()) {
+            Fail();
+        }
+        return name;
+    }
+
+    /// Up to the next part, without the blanks around it, and without the attributes that follow a +.
+    std::string ReadValue()
+    {
+        std::string value;
+        std::size_t kept = 0; // bytes other than blanks at the end
+        bool isFurther = false;
+        for (; m_at < m_dn.size() && m_dn[m_at] != ',' && m_dn[m_at] != ';'; ++m_at) {
+            isFurther = isFurther || m_dn[m_at] == '+';
+            const bool isEscaped = m_dn[m_at] == '\\';
+            const char ch = isEscaped ? ReadEscaped() : m_dn[m_at];
+            const bool isPadding = ch == ' ' && !isEscaped;
+            if (!isFurther && !(isPadding && value.empty())) {
+                value += ch;
+                kept = isPadding ? kept : value.size();
+            }
+        }
+        value.resize(kept);
+        return value;
+    }
+
+    /// What follows a backslash: a byte by its two digits, or a character. Leaves off at the last one of it.
+    char ReadEscaped()
+    {
+        if (++m_at == m_dn.size()) {
+            Fail();
+        }
+        const int high = HexDigit(m_dn[m_at]);
+        const int low = m_at + 1 < m_dn.size() ? HexDigit(m_dn[m_at + 1]) : -1;
+        if (high < 0 || low < 0) {
+            return m_dn[m_at];
+        }
+        ++m_at;
+        return static_cast<char>(high * 16 + low);
+    }
+
+    std::string_view m_dn;
+    std::size_t m_at = 0;
+};
+
 } // namespace
 
 const std::string* LdifEntry::Find(std::string_view name) const
@@ -89,37 +167,43 @@ const std::string* LdifEntry::Find(std::string_view name) const
 
 std::optional<LdifEntry> LdifReader::Next()
 {
-    for (;;) {
-        LdifEntry entry;
-        std::size_t bytes = 0;
-        std::optional<Line> line;
-        while ((line = ReadLine()) && !line->text.empty()) {
-            if (line->text.front() == '#') {
-                continue;
-            }
-            entry.line = entry.line == 0 ? line->number : entry.line;
-            bytes += line->text.size();
-            if (bytes > kLongestEntry) {
-                entry.problem = "the entry is longer than 16 MiB";
-            } else if (entry.problem.empty()) {
-                Take(entry, line->text);
-            }
-        }
+    for (bool isLast = false; !isLast;) {
+        LdifEntry entry = ReadEntry(isLast);
         if (m_failed) {
             return std::nullopt;
         }
-        const bool isSummary =
-            entry.dn.empty() && (entry.Find("version") != nullptr || entry.Find("search") != nullptr);
-        if (entry.line != 0 && entry.dn.empty() && entry.problem.empty() && !isSummary) {
+        if (entry.line == 0 || IsSummary(entry)) {
+            continue;
+        }
+        if (entry.dn.empty() && entry.problem.empty()) {
             entry.problem = "the entry has no dn";
         }
-        if (entry.line != 0 && !isSummary) {
-            return entry;
+        return entry;
+    }
+    return std::nullopt;
+}
+
+/// The lines up to the next empty one; an entry of no line where there are none. @param isLast  whether the file ends
+/// with them.
+LdifEntry LdifReader::ReadEntry(bool& isLast)
+{
+    LdifEntry entry;
+    std::size_t bytes = 0;
+    std::optional<Line> line;
+    while ((line = ReadLine()) && !line->text.empty()) {
+        if (line->text.front() == '#') {
+            continue;
         }
-        if (!line) {
-            return std::nullopt;
+        entry.line = entry.line == 0 ? line->number : entry.line;
+        bytes += line->text.size();
+        if (bytes > kLongestEntry) {
+            entry.problem = "the entry is longer than 16 MiB";
+        } else if (entry.problem.empty()) {
+            Take(entry, line->text);
         }
     }
+    isLast = !line;
+    return entry;
 }
 
 // The buffer is asked directly: what it throws when reading fails is not lost in a state bit.
@@ -196,51 +280,7 @@ void LdifReader::Take(LdifEntry& entry, const std::string& line)
     }
 }
 
-std::vector<RelativeName> ParseDn(std::string_view dn)
-{
-    const auto fail = [dn]() {
-        throw Error(ErrorCode::invalid, fmt::format("{} is not a distinguished name", Quoted(dn)));
-    };
-    std::vector<RelativeName> names;
-    for (std::size_t i = 0; i < dn.size();) {
-        const std::size_t equals = dn.find('=', i);
-        if (equals == std::string_view::npos) {
-            fail();
-        }
-        RelativeName name{Lower(WithoutBlanks(dn.substr(i, equals - i))), {}};
-        std::size_t kept = 0;   // bytes other than blanks at the end
-        bool isFurther = false; // after a +
-        for (i = equals + 1; i < dn.size() && dn[i] != ',' && dn[i] != ';'; ++i) {
-            isFurther = isFurther || dn[i] == '+';
-            if (isFurther && dn[i] != '\\') {
-                continue;
-            }
-            char ch = dn[i];
-            const bool isEscaped = ch == '\\';
-            if (isEscaped) {
-                if (++i == dn.size()) {
-                    fail();
-                }
-                const int high = HexDigit(dn[i]);
-                const int low = i + 1 < dn.size() ? HexDigit(dn[i + 1]) : -1;
-                ch = high >= 0 && low >= 0 ? static_cast<char>(high * 16 + low) : dn[i];
-                i += high >= 0 && low >= 0 ? 1 : 0;
-            }
-            if (isFurther || (ch == ' ' && !isEscaped && name.value.empty())) {
-                continue;
-            }
-            name.value += ch;
-            kept = ch != ' ' || isEscaped ? name.value.size() : kept;
-        }
-        name.value.resize(kept);
-        if (name.attribute.empty() || name.value.empty()) {
-            fail();
-        }
-        names.push_back(std::move(name));
-        ++i;
-    }
-    return names;
-}
+std::vector<RelativeName> ParseDn(std::string_view dn) { return DnParser(dn).Parse(); }
 
 std::string DnEscaped(std::string_view value)
 {

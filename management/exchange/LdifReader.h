@@ -40,6 +40,7 @@ private:
         std::string text;
     };
 
+    LdifEntry ReadEntry(bool& isLast);
     std::optional<Line> ReadPhysical();
     std::optional<Line> ReadLine();
     static void Take(LdifEntry& entry, const std::string& line);

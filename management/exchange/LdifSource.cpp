@@ -157,26 +157,30 @@ void LdifSource::TakeUnit(const LdifEntry& entry, Class kind, const std::vector<
     if (kind == Class::person && LoginOf(entry).empty()) {
         throw Error(ErrorCode::invalid, fmt::format("{} has no uid to log in with", Visible(entry.dn)));
     }
-    Names names = UnitsOf(dn, kind == Class::unit);
-    const bool isOwn = kind == Class::unit || (kind == Class::group && m_options.groupsAsGroups);
-    if (kind == Class::group && m_options.groupsAsGroups) {
-        names.push_back(dn.front().value);
-        if (names.size() < 2) {
-            throw Error(ErrorCode::invalid,
-                        fmt::format("{} is in no unit; name a view with --view", Visible(entry.dn)));
-        }
-    }
-    if (kind == Class::group && !m_options.groupsAsGroups) {
+    const bool isGroup = kind == Class::group && m_options.groupsAsGroups;
+    if (kind == Class::group && !isGroup) {
         return;
     }
-    const std::string* description = entry.Find("description");
-    for (Names above = names; !above.empty(); above.pop_back()) {
-        Unit& unit = m_units[above];
-        unit.line = unit.line == 0 ? entry.line : unit.line;
-        if (isOwn && above.size() == names.size()) {
-            unit.line = entry.line;
-            unit.description = description == nullptr ? "" : *description;
-        }
+    Names names = UnitsOf(dn, kind == Class::unit);
+    if (isGroup) {
+        names.push_back(dn.front().value);
+    }
+    if (isGroup && names.size() < 2) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is in no unit; name a view with --view", Visible(entry.dn)));
+    }
+    NoteUnits(names, entry.line);
+    if (!names.empty() && (isGroup || kind == Class::unit)) {
+        const std::string* description = entry.Find("description");
+        m_units[names] = {entry.line, description == nullptr ? "" : *description};
+    }
+}
+
+/// Sees to it that there are a unit and those above it.
+void LdifSource::NoteUnits(Names names, long line)
+{
+    for (; !names.empty(); names.pop_back()) {
+        Unit& unit = m_units[names];
+        unit.line = unit.line == 0 ? line : unit.line;
     }
 }
 
@@ -246,31 +250,40 @@ void LdifSource::TakeGroup(const LdifEntry& entry, const std::vector<RelativeNam
     path.push_back(dn.front().value);
     const std::string holder = m_options.groupsAsGroups ? PathOf(path) : PathEscaped(dn.front().value);
     if (m_pass == Pass::groups) {
-        const std::string* description = entry.Find("description");
         if (!m_options.groupsAsGroups) {
-            JsonObject object = {Text("name", holder)};
-            if (description != nullptr) {
-                object.push_back(Text("description", *description));
-            }
-            Add(entry.line, "role", std::move(object));
+            AddRole(entry, holder);
         }
         return;
     }
     for (const auto& [name, value] : entry.attributes) {
-        if ((name != "member" && name != "uniquemember") || value.empty() || SameName(value, entry.dn)) {
-            continue;
+        if ((name == "member" || name == "uniquemember") && !value.empty() && !SameName(value, entry.dn)) {
+            TakeMember(entry, value, holder);
         }
-        try {
-            const std::vector<RelativeName> member = ParseDn(value);
-            const auto known = m_logins.find(KeyOf(member));
-            if (known == m_logins.end() && member.front().attribute != "uid") {
-                throw Error(ErrorCode::notFound, fmt::format("{} is not a person of the file", Visible(value)));
-            }
-            AddMember(entry.line, known == m_logins.end() ? member.front().value : known->second,
-                      m_options.groupsAsGroups ? "group" : "role", holder);
-        } catch (const Error& e) {
-            m_pending.push_back({entry.line, FindNoun("member"), {}, e.what()});
+    }
+}
+
+void LdifSource::AddRole(const LdifEntry& entry, const std::string& name)
+{
+    JsonObject object = {Text("name", name)};
+    if (const std::string* description = entry.Find("description")) {
+        object.push_back(Text("description", *description));
+    }
+    Add(entry.line, "role", std::move(object));
+}
+
+/// @param dn  of the member.
+void LdifSource::TakeMember(const LdifEntry& entry, const std::string& dn, const std::string& holder)
+{
+    try {
+        const std::vector<RelativeName> member = ParseDn(dn);
+        const auto known = m_logins.find(KeyOf(member));
+        if (known == m_logins.end() && member.front().attribute != "uid") {
+            throw Error(ErrorCode::notFound, fmt::format("{} is not a person of the file", Visible(dn)));
         }
+        AddMember(entry.line, known == m_logins.end() ? member.front().value : known->second,
+                  m_options.groupsAsGroups ? "group" : "role", holder);
+    } catch (const Error& e) {
+        m_pending.push_back({entry.line, FindNoun("member"), {}, e.what()});
     }
 }
 

@@ -53,12 +53,15 @@ private:
     static std::string PathOf(const Names& names);
     static std::string LoginOf(const LdifEntry& entry);
 
+    void NoteUnits(Names names, long line);
     void EndUnits();
     void TakeUnit(const LdifEntry& entry, Class kind, const std::vector<RelativeName>& dn);
     void TakeEntry(const LdifEntry& entry);
     void TakePerson(const LdifEntry& entry, const std::vector<RelativeName>& dn);
     void TakeMembership(const LdifEntry& entry, const std::vector<RelativeName>& dn);
     void TakeGroup(const LdifEntry& entry, const std::vector<RelativeName>& dn);
+    void AddRole(const LdifEntry& entry, const std::string& name);
+    void TakeMember(const LdifEntry& entry, const std::string& dn, const std::string& holder);
     void AddMember(long line, const std::string& login, const std::string& holderType, const std::string& holder);
     void Add(long line, std::string_view noun, JsonObject object);
 

@@ -40,6 +40,13 @@ std::string ProblemOf(const std::vector<std::string>& fields)
     return {};
 }
 
+/// @param number  of the line that cannot be read. @param further  lines of its record after the first.
+std::string QuoteProblem(long number, const std::string& further)
+{
+    return further.empty() ? "there is a quote in the middle of a value"
+                           : fmt::format("a quote opened here is not closed properly (line {})", number);
+}
+
 } // namespace
 
 CsvReader::CsvReader(std::istream& in, char delimiter) : m_in(in), m_delimiter(delimiter), m_parser() { StartParser(); }
@@ -139,11 +146,7 @@ std::optional<CsvRecord> CsvReader::ReadRecord(const Line& first)
             return GiveUp(first, kTooLong, further);
         }
         if (!Feed(line.text)) {
-            return GiveUp(first,
-                          further.empty()
-                              ? "there is a quote in the middle of a value"
-                              : fmt::format("a quote opened here is not closed properly (line {})", line.number),
-                          further);
+            return GiveUp(first, QuoteProblem(line.number, further), further);
         }
         if (m_complete) {
             std::string problem = ProblemOf(m_fields);

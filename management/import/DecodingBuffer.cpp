@@ -37,35 +37,49 @@ DecodingBuffer::int_type DecodingBuffer::underflow()
 {
     constexpr std::string_view kMark = "\xEF\xBB\xBF";
     for (;;) {
-        if (m_next == m_end && !m_atEnd) {
-            const std::streamsize count = m_from.sgetn(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
-            m_next = m_bytes.data();
-            m_end = m_next + count;
-            m_atEnd = count == 0;
-        }
-        char* target = m_text.data();
-        UErrorCode error = U_ZERO_ERROR;
-        ucnv_convertEx(m_encoder.get(), m_decoder.get(), &target, m_text.data() + m_text.size(), &m_next, m_end,
-                       m_pivot.data(), &m_pivotSource, &m_pivotTarget, m_pivot.data() + m_pivot.size(), 0,
-                       static_cast<UBool>(m_atEnd), &error);
-        if (U_FAILURE(error) != 0 && error != U_BUFFER_OVERFLOW_ERROR) {
-            ThrowUnreadable();
-        }
-        if (target != m_text.data()) {
-            char* begin = m_text.data();
-            if (m_isFirst && std::string_view(begin, static_cast<std::size_t>(target - begin)).starts_with(kMark)) {
-                begin += kMark.size();
+        ReadBytes();
+        char* begin = m_text.data();
+        char* const end = Convert();
+        if (begin == end) {
+            if (m_atEnd) {
+                return traits_type::eof();
             }
-            m_isFirst = false;
-            setg(begin, begin, target);
-            if (begin != target) {
-                return traits_type::to_int_type(*begin);
-            }
+            continue;
         }
-        if (m_atEnd && target == m_text.data()) {
-            return traits_type::eof();
+        if (m_isFirst && std::string_view(begin, static_cast<std::size_t>(end - begin)).starts_with(kMark)) {
+            begin += kMark.size();
+        }
+        m_isFirst = false;
+        setg(begin, begin, end);
+        if (begin != end) {
+            return traits_type::to_int_type(*begin);
         }
     }
+}
+
+/// Reads more bytes once those that were read are converted.
+void DecodingBuffer::ReadBytes()
+{
+    if (m_next == m_end && !m_atEnd) {
+        const std::streamsize count = m_from.sgetn(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
+        m_next = m_bytes.data();
+        m_end = m_next + count;
+        m_atEnd = count == 0;
+    }
+}
+
+/// Converts what was read. @return the end of what there is in m_text now.
+char* DecodingBuffer::Convert()
+{
+    char* target = m_text.data();
+    UErrorCode error = U_ZERO_ERROR;
+    ucnv_convertEx(m_encoder.get(), m_decoder.get(), &target, m_text.data() + m_text.size(), &m_next, m_end,
+                   m_pivot.data(), &m_pivotSource, &m_pivotTarget, m_pivot.data() + m_pivot.size(), 0,
+                   static_cast<UBool>(m_atEnd), &error);
+    if (U_FAILURE(error) != 0 && error != U_BUFFER_OVERFLOW_ERROR) {
+        ThrowUnreadable();
+    }
+    return target;
 }
 
 void DecodingBuffer::ThrowUnreadable() const

@@ -32,6 +32,8 @@ private:
     static constexpr std::size_t kPiece = 16384;
 
     static Converter Open(const std::string& encoding);
+    void ReadBytes();
+    char* Convert();
     [[noreturn]] void ThrowUnreadable() const;
 
     std::streambuf& m_from;

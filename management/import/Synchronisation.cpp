@@ -136,33 +136,41 @@ void Synchronisation::Apply(Call& call)
     if (m_report.unreadable > 0) {
         return;
     }
-    std::vector<std::pair<const Leaver*, std::string>> dealtWith; // with what was in the way
-    if (m_options.action == LeaverAction::list) {
-        std::ranges::transform(m_leavers, std::back_inserter(dealtWith),
-                               [](const Leaver& leaver) { return std::pair(&leaver, std::string()); });
-    } else if (!m_leavers.empty()) {
-        Change change(call);
-        const std::vector<Leaver> present = FindLeavers(call.Connection());
-        for (const Leaver& leaver : m_leavers) {
-            if (std::ranges::find(present, leaver.key, &Leaver::key) == present.end()) {
-                continue;
-            }
-            try {
-                Deal(call, leaver);
-                dealtWith.emplace_back(&leaver, "");
-            } catch (const DatabaseError&) {
-                throw;
-            } catch (const Error& e) {
-                dealtWith.emplace_back(&leaver, e.what());
-            }
-        }
-        change.Finish();
-    }
-    for (const auto& [leaver, reason] : dealtWith) {
+    for (const auto& [leaver, reason] : DealWithAll(call)) {
         ++(reason.empty() ? m_report.done : m_report.failed);
         call.Row(Value(), TextValue(leaver->key.login), std::int64_t{leaver->key.id},
                  TextValue(std::string(reason.empty() ? WordOf(m_options.action) : "failed")), TextValue(reason));
     }
+}
+
+std::vector<Synchronisation::DealtWith> Synchronisation::DealWithAll(Call& call)
+{
+    std::vector<DealtWith> all;
+    if (m_options.action == LeaverAction::list) {
+        std::ranges::transform(m_leavers, std::back_inserter(all),
+                               [](const Leaver& leaver) { return DealtWith(&leaver, ""); });
+        return all;
+    }
+    if (m_leavers.empty()) {
+        return all;
+    }
+    Change change(call);
+    const std::vector<Leaver> present = FindLeavers(call.Connection());
+    for (const Leaver& leaver : m_leavers) {
+        if (std::ranges::find(present, leaver.key, &Leaver::key) == present.end()) {
+            continue;
+        }
+        try {
+            Deal(call, leaver);
+            all.emplace_back(&leaver, "");
+        } catch (const DatabaseError&) {
+            throw;
+        } catch (const Error& e) {
+            all.emplace_back(&leaver, e.what());
+        }
+    }
+    change.Finish();
+    return all;
 }
 
 void Synchronisation::Deal(Call& call, const Leaver& leaver)

@@ -54,10 +54,12 @@ private:
         UserKey key;
         bool isPrivileged = false;
     };
+    using DealtWith = std::pair<const Leaver*, std::string>; ///< and what was in the way
 
     std::vector<Leaver> FindLeavers(CAConnect& conn);
     std::string ScopeCondition(CAConnect& conn) const;
     void RequireFew() const;
+    std::vector<DealtWith> DealWithAll(Call& call);
     void Deal(Call& call, const Leaver& leaver);
 
     SynchronisationOptions m_options;

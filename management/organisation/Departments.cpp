@@ -246,16 +246,11 @@ bool Departments::IsBelowView(int groupId)
     return m_below.at(groupId);
 }
 
-void Departments::ReadAbove(const std::vector<int>& groups)
+/// What groups and all groups above them are directly in; there may be a cycle.
+std::map<int, std::vector<ItemKey>> Departments::ParentsAbove(const std::vector<int>& groups)
 {
-    if (!m_view) {
-        return;
-    }
-    std::vector<int> asked = groups;
-    std::erase_if(asked, [this](int group) { return m_below.contains(group); });
-    // Up through all parents; there may be a cycle of groups.
     std::map<int, std::vector<ItemKey>> parents;
-    for (std::set<int> level(asked.begin(), asked.end()); !level.empty();) {
+    for (std::set<int> level(groups.begin(), groups.end()); !level.empty();) {
         parents.merge(HoldersOf(m_roles.Connection(), kItemTypeGroup, {level.begin(), level.end()}));
         std::set<int> next;
         for (const int group : level) {
@@ -267,6 +262,17 @@ void Departments::ReadAbove(const std::vector<int>& groups)
         }
         level = std::move(next);
     }
+    return parents;
+}
+
+void Departments::ReadAbove(const std::vector<int>& groups)
+{
+    if (!m_view) {
+        return;
+    }
+    std::vector<int> asked = groups;
+    std::erase_if(asked, [this](int group) { return m_below.contains(group); });
+    std::map<int, std::vector<ItemKey>> parents = ParentsAbove(asked);
     for (const int group : asked) {
         std::set<ItemKey> seen = {{kItemTypeGroup, group}};
         std::vector<ItemKey> above = {{kItemTypeGroup, group}};

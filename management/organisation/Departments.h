@@ -70,6 +70,7 @@ public:
 private:
     using Children = std::unordered_map<std::string, std::vector<LinkedGroup>>;
 
+    std::map<int, std::vector<ItemKey>> ParentsAbove(const std::vector<int>& groups);
     ItemKey View();
     [[nodiscard]] ItemKey MakeView();
     [[nodiscard]] std::string ViewPath() const;

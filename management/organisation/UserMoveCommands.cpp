@@ -58,7 +58,25 @@ std::map<int, std::vector<ItemKey>> GroupsOf(const Organisation& organisation, c
     return groups;
 }
 
-/// @throws Error (conflict, notFound) that names all users of whom it is not clear what they leave.
+/// @throws Error (conflict, notFound) that names all users of whom it is not clear what they leave, if there are any.
+void RequireClear(const Organisation& organisation, std::optional<ItemKey> from,
+                  const std::vector<std::string>& unclear)
+{
+    if (unclear.empty()) {
+        return;
+    }
+    const std::string count = Counted(unclear.size(), "user");
+    const std::string_view verb = unclear.size() == 1 ? "is" : "are";
+    if (from) {
+        throw Error(ErrorCode::notFound, fmt::format("{} {} not in {}: {}; nobody was moved", count, verb,
+                                                     organisation.Named(*from), fmt::join(unclear, ", ")));
+    }
+    throw Error(ErrorCode::conflict,
+                fmt::format("{} {} in several groups; nobody was moved, --from says which one to leave: {}", count,
+                            verb, fmt::join(unclear, "; ")));
+}
+
+/// @throws Error (conflict, notFound) where it is not clear what somebody leaves.
 void FindFrom(Move& move, const Organisation& organisation, std::optional<ItemKey> from)
 {
     const std::map<int, std::vector<ItemKey>> groupsOf = GroupsOf(organisation, move.users);
@@ -75,17 +93,7 @@ void FindFrom(Move& move, const Organisation& organisation, std::optional<ItemKe
         }
         move.from.push_back(from ? from : groups.empty() ? std::nullopt : std::optional(groups.front()));
     }
-    const std::string count = Counted(unclear.size(), "user");
-    const std::string_view verb = unclear.size() == 1 ? "is" : "are";
-    if (!unclear.empty() && from) {
-        throw Error(ErrorCode::notFound, fmt::format("{} {} not in {}: {}; nobody was moved", count, verb,
-                                                     organisation.Named(*from), fmt::join(unclear, ", ")));
-    }
-    if (!unclear.empty()) {
-        throw Error(ErrorCode::conflict,
-                    fmt::format("{} {} in several groups; nobody was moved, --from says which one to leave: {}", count,
-                                verb, fmt::join(unclear, "; ")));
-    }
+    RequireClear(organisation, from, unclear);
 }
 
 Move PlanMove(Call& call, const UsersToMove& in)

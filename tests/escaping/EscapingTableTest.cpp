@@ -200,33 +200,49 @@ TEST(EscapingHeaders, SayAtEveryOperationWhatItDoesToItsTexts)
     }
 }
 
-/// What is said at the members of records: for each class and member the operations' words, "SaveData: not escaped".
-std::map<std::string, std::map<std::string, std::string>> ExpectedRemarks()
+/// What operations do to a member of a record, each with its word.
+using OperationWords = std::vector<std::pair<std::string, std::string>>;
+
+/// By class and member.
+std::map<std::string, std::map<std::string, OperationWords>> WordsOfRecords()
 {
-    std::map<std::string, std::map<std::string, std::vector<std::pair<std::string, std::string>>>> seen;
+    std::map<std::string, std::map<std::string, OperationWords>> seen;
     for (const ObservedCall& observed : ObserveAll()) {
-        if (observed.call.isRecord) {
-            const std::size_t colons = observed.call.name.find("::");
-            for (const auto& [treatments, texts] : Alike(observed)) {
-                for (const std::string& text : texts) {
-                    seen[observed.call.name.substr(0, colons)][text].emplace_back(observed.call.name.substr(colons + 2),
-                                                                                  WordsFor(treatments).inHeader);
-                }
+        if (!observed.call.isRecord) {
+            continue;
+        }
+        const std::size_t colons = observed.call.name.find("::");
+        for (const auto& [treatments, texts] : Alike(observed)) {
+            for (const std::string& text : texts) {
+                seen[observed.call.name.substr(0, colons)][text].emplace_back(observed.call.name.substr(colons + 2),
+                                                                              WordsFor(treatments).inHeader);
             }
         }
     }
+    return seen;
+}
+
+/// The word that all of them have, or "SaveData: not escaped; ..." for different ones.
+std::string RemarkOf(const OperationWords& words)
+{
+    const std::string& first = words.front().second;
+    if (std::ranges::all_of(words, [&first](const auto& each) { return each.second == first; })) {
+        return first;
+    }
+    std::string remark;
+    for (const auto& [operation, word] : words) {
+        remark += fmt::format("{}{}: {}", remark.empty() ? "" : "; ", operation, word);
+    }
+    return remark;
+}
+
+/// What is said at the members of records, by class and member.
+std::map<std::string, std::map<std::string, std::string>> ExpectedRemarks()
+{
     std::map<std::string, std::map<std::string, std::string>> remarks;
-    for (const auto& [type, members] : seen) {
+    for (const auto& [type, members] : WordsOfRecords()) {
         for (const auto& [member, words] : members) {
-            const std::string& first = words.front().second;
-            std::string& remark = remarks[type][member];
-            if (std::ranges::all_of(words, [&first](const auto& each) { return each.second == first; })) {
-                remark = first;
-                continue;
-            }
-            for (const auto& [operation, word] : words) {
-                remark += fmt::format("{}{}: {}", remark.empty() ? "" : "; ", operation, word);
-            }
+            remarks[type][member] = RemarkOf(words);
         }
     }
     return remarks;

@@ -46,6 +46,24 @@ std::vector<std::string> StatementsOf(const TextCall& call, const std::vector<CS
     return sent;
 }
 
+/// What was done to a text in statements; nothing where none has it. @throws std::runtime_error for different things.
+std::optional<Treatment> TreatmentIn(const TextCall& call, const std::vector<std::string>& sent, std::size_t text)
+{
+    const std::string begin = Begin(text);
+    std::optional<Treatment> treatment;
+    for (const std::string& sql : sent) {
+        for (std::size_t at = sql.find(begin); at != std::string::npos; at = sql.find(begin, at + 1)) {
+            const std::size_t from = at + begin.size();
+            const auto seen = TreatmentOf(std::string_view(sql).substr(from, sql.find(End(text), from) - from));
+            if (!seen || treatment.value_or(*seen) != *seen) {
+                throw std::runtime_error(call.declaration + " sends " + call.texts[text] + " so: " + sql);
+            }
+            treatment = seen;
+        }
+    }
+    return treatment;
+}
+
 } // namespace
 
 std::vector<std::string> TextParameters(std::string_view parameters)
@@ -73,17 +91,7 @@ std::vector<Treatments> Observe(const TextCall& call)
         const bool refused = sent.empty() && !CQVBaseFun::m_strLastError.IsEmpty();
         std::ranges::copy(StatementsOf(call, texts, kind, true), std::back_inserter(sent));
         for (std::size_t i = 0; i < texts.size(); ++i) {
-            std::optional<Treatment> treatment;
-            for (const std::string& sql : sent) {
-                for (std::size_t at = sql.find(Begin(i)); at != std::string::npos; at = sql.find(Begin(i), at + 1)) {
-                    const std::size_t from = at + Begin(i).size();
-                    const auto seen = TreatmentOf(std::string_view(sql).substr(from, sql.find(End(i), from) - from));
-                    if (!seen || treatment.value_or(*seen) != *seen) {
-                        throw std::runtime_error(call.declaration + " sends " + call.texts[i] + " so: " + sql);
-                    }
-                    treatment = seen;
-                }
-            }
+            const std::optional<Treatment> treatment = TreatmentIn(call, sent, i);
             observed[i].push_back(treatment.value_or(refused ? Treatment::refused : Treatment::notUsed));
         }
     }
