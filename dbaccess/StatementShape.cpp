@@ -569,6 +569,19 @@ private:
     bool m_end = false;
 };
 
+/// Reads a literal where another one was. @return its end; npos where the statement has to be read anew.
+std::size_t EndOfSuccessor(std::string_view statement, ShapeSyntax syntax, CutLiteral& literal)
+{
+    const char first = statement[literal.begin];
+    if (literal.isText) {
+        return first == '\'' ? EndOfText(statement, syntax, literal) : std::string_view::npos;
+    }
+    const bool wasLong = IsLong(literal);
+    const bool isSame = (first == '-' || KindOf(first) == Byte::digit) && ReadPlainNumber(statement, literal) &&
+                        !TellsPlanner(literal) && IsLong(literal) == wasLong;
+    return isSame ? literal.begin + literal.length : std::string_view::npos;
+}
+
 void AppendTypedPlaceholder(std::string& text, std::size_t index, const CutLiteral& literal)
 {
     std::array<char, 24> digits{};
@@ -602,15 +615,7 @@ bool StatementShape::CutAsBefore(std::string_view statement)
         if (literal.begin >= statement.size() || statement.compare(at, part.size(), part) != 0) {
             return false;
         }
-        const char first = statement[literal.begin];
-        if (literal.isText) {
-            at = first == '\'' ? EndOfText(statement, m_syntax, literal) : std::string_view::npos;
-        } else {
-            const bool wasLong = IsLong(literal);
-            const bool isSame = (first == '-' || KindOf(first) == Byte::digit) && ReadPlainNumber(statement, literal) &&
-                                !TellsPlanner(literal) && IsLong(literal) == wasLong;
-            at = isSame ? literal.begin + literal.length : std::string_view::npos;
-        }
+        at = EndOfSuccessor(statement, m_syntax, literal);
         if (at == std::string_view::npos) {
             return false;
         }

@@ -39,7 +39,7 @@ std::string RandomInput(std::mt19937& random)
                                                     "\xc3\xa9",
                                                     "\xd0\xae",
                                                     "\x95",
-                                                    "\x5c",
+                                                    R"(\)",
                                                     "\xd6",
                                                     "\xff",
                                                     "\xe4\xb8",

@@ -292,6 +292,17 @@ const std::vector<People::Index>& People::RanksBy(PeopleColumn column)
     return ranks;
 }
 
+void People::Arrange(std::vector<Index>& people, const PeopleQuery& query)
+{
+    if (query.order != PeopleColumn::login) {
+        const std::vector<Index>& ranks = RanksBy(query.order);
+        std::ranges::sort(people, {}, [&ranks](Index person) { return ranks[person]; });
+    }
+    if (query.isDescending) {
+        std::ranges::reverse(people);
+    }
+}
+
 std::vector<int> People::Select(const PeopleQuery& query)
 {
     const std::vector<std::string> words = WordsOf(query.text);
@@ -315,13 +326,7 @@ std::vector<int> People::Select(const PeopleQuery& query)
             found.push_back(person);
         }
     }
-    if (query.order != PeopleColumn::login) {
-        const std::vector<Index>& ranks = RanksBy(query.order);
-        std::ranges::sort(found, {}, [&ranks](Index person) { return ranks[person]; });
-    }
-    if (query.isDescending) {
-        std::ranges::reverse(found);
-    }
+    Arrange(found, query);
     std::vector<int> ids;
     ids.reserve(found.size());
     std::ranges::transform(found, std::back_inserter(ids), [this](Index person) { return m_people[person].id; });
@@ -337,13 +342,9 @@ std::string_view People::Folded(Index person, PeopleColumn column) const
     return texts.substr(0, texts.find(kBetween));
 }
 
-FoundNames People::FindNames(const std::vector<std::string>& names) const
+People::MeantByName People::MeantBy(const std::vector<std::string>& names) const
 {
-    struct Meant {
-        std::vector<Index> byLogin;
-        std::vector<Index> byText;
-    };
-    std::unordered_map<std::string, Meant> meant;
+    MeantByName meant;
     for (const std::string& name : names) {
         meant.try_emplace(NameKey(name));
     }
@@ -361,21 +362,29 @@ FoundNames People::FindNames(const std::vector<std::string>& names) const
         note(person, PeopleColumn::name, &Meant::byText);
         note(person, PeopleColumn::email, &Meant::byText);
     }
+    return meant;
+}
+
+std::vector<People::Index> People::PeopleNamed(const std::string& name, const MeantByName& meant) const
+{
+    if (const std::optional<int> id = IdIn(name)) {
+        const auto person = m_byId.find(*id);
+        return person == m_byId.end() ? std::vector<Index>() : std::vector<Index>{person->second};
+    }
+    const Meant& all = meant.at(NameKey(name));
+    return all.byLogin.empty() ? all.byText : all.byLogin;
+}
+
+FoundNames People::FindNames(const std::vector<std::string>& names) const
+{
+    const MeantByName meant = MeantBy(names);
     FoundNames found;
     std::vector<bool> isFound(m_people.size());
     for (const std::string& name : names) {
         if (name.empty()) {
             continue;
         }
-        std::vector<Index> people;
-        if (const std::optional<int> id = IdIn(name)) {
-            if (const auto person = m_byId.find(*id); person != m_byId.end()) {
-                people.push_back(person->second);
-            }
-        } else {
-            const Meant& all = meant[NameKey(name)];
-            people = all.byLogin.empty() ? all.byText : all.byLogin;
-        }
+        const std::vector<Index> people = PeopleNamed(name, meant);
         if (people.empty()) {
             found.missing.push_back(name);
         } else if (people.size() == 1) {

@@ -96,6 +96,17 @@ private:
     void LoadMembers(CAConnect& conn);
     /// @param condition  SQL, which people; empty: all.
     void LoadPasswords(CAConnect& conn, const std::string& condition);
+    /// Whom a name may mean.
+    struct Meant {
+        std::vector<Index> byLogin;
+        std::vector<Index> byText; ///< the name or e-mail address of a person
+    };
+    using MeantByName = std::unordered_map<std::string, Meant>;
+
+    void Arrange(std::vector<Index>& people, const PeopleQuery& query);
+    /// By the names in capitals.
+    [[nodiscard]] MeantByName MeantBy(const std::vector<std::string>& names) const;
+    [[nodiscard]] std::vector<Index> PeopleNamed(const std::string& name, const MeantByName& meant) const;
     /// The text of a column in capitals.
     [[nodiscard]] std::string_view Folded(Index person, PeopleColumn column) const;
     [[nodiscard]] std::vector<management::ItemKey> WithBelow(management::ItemKey place) const;

@@ -103,6 +103,24 @@ std::optional<RowChange> Compared(const AuditedTable& table, const std::string& 
     return change.before->empty() ? std::nullopt : std::optional(std::move(change));
 }
 
+/// Takes the first of the rows that does not differ from this one in what is known of it. @return whether there was
+/// one.
+bool TakeKnown(std::deque<AuditedRow>& pending, const AuditedRow& row)
+{
+    const auto found = std::ranges::find_if(pending, [&row](const AuditedRow& known) {
+        return std::ranges::all_of(known, [&row](const auto& cell) {
+            const auto same = [&cell](const auto& other) { return SameIdentifier(other.first, cell.first); };
+            const auto value = std::ranges::find_if(row, same);
+            return value == row.end() || value->second == cell.second;
+        });
+    });
+    if (found == pending.end()) {
+        return false;
+    }
+    pending.erase(found);
+    return true;
+}
+
 } // namespace
 
 Recorder::Recorder(CAConnect& conn)
@@ -216,10 +234,7 @@ void Recorder::NoteContentsBefore(const AuditedTable& table, const WriteStatemen
 void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& statement)
 {
     if (table.keeping == Keeping::byContent) {
-        const auto added = m_added ? m_added : FirstBeyond(RowsLike(table, statement), m_equalBefore);
-        if (added) {
-            AddContent(table, *added, 1);
-        }
+        NoteInsertedContent(table, statement);
         return;
     }
     AuditedRow known;
@@ -246,6 +261,14 @@ void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& sta
         }
     }
     inserted.rows.push_back(std::move(known));
+}
+
+void Recorder::NoteInsertedContent(const AuditedTable& table, const WriteStatement& statement)
+{
+    const auto added = m_added ? m_added : FirstBeyond(RowsLike(table, statement), m_equalBefore);
+    if (added) {
+        AddContent(table, *added, 1);
+    }
 }
 
 void Recorder::NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement)
@@ -324,7 +347,9 @@ std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const Writ
 void Recorder::TakeInserted(std::vector<RowChange>& changes)
 {
     for (auto& [table, inserted] : m_inserted) {
-        TakeInserted(*table, std::move(inserted), changes);
+        if (!inserted.rows.empty() || !inserted.changed.empty()) {
+            TakeInserted(*table, std::move(inserted), changes);
+        }
     }
     m_inserted.clear();
 }
@@ -332,28 +357,11 @@ void Recorder::TakeInserted(std::vector<RowChange>& changes)
 void Recorder::TakeInserted(const AuditedTable& table, Inserted inserted, std::vector<RowChange>& changes)
 {
     std::deque<AuditedRow>& pending = inserted.rows;
-    const auto take = [&pending](const AuditedRow& row) {
-        const auto found = std::ranges::find_if(pending, [&row](const AuditedRow& known) {
-            return std::ranges::all_of(known, [&row](const auto& cell) {
-                const auto same = [&cell](const auto& other) { return SameIdentifier(other.first, cell.first); };
-                const auto value = std::ranges::find_if(row, same);
-                return value == row.end() || value->second == cell.second;
-            });
-        });
-        if (found == pending.end()) {
-            return false;
-        }
-        pending.erase(found);
-        return true;
-    };
-    if (pending.empty() && inserted.changed.empty()) {
-        return;
-    }
     std::vector<Key> unknown; // that were changed without being read before
     const std::string condition = fmt::format("WHERE Col_ID > {} ORDER BY Col_ID", inserted.greatestId);
     for (AuditedRow& row : ReadRows(m_conn, table, condition)) {
         const Key key{&table, ValueIn(row, "Col_ID").value_or("")};
-        if (take(row)) {
+        if (TakeKnown(pending, row)) {
             if (m_before.erase(key) != 0) {
                 std::erase(m_touched, key);
             }
@@ -364,7 +372,7 @@ void Recorder::TakeInserted(const AuditedTable& table, Inserted inserted, std::v
     }
     // What was added and deleted again, or is known by other values now.
     for (auto& [key, before] : m_before) {
-        if (key.first == &table && before && take(*before)) {
+        if (key.first == &table && before && TakeKnown(pending, *before)) {
             before.reset();
         }
     }

@@ -72,6 +72,7 @@ private:
     void NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteInsertBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteInserted(const AuditedTable& table, const WriteStatement& statement);
+    void NoteInsertedContent(const AuditedTable& table, const WriteStatement& statement);
     void NoteGreatestId(const AuditedTable& table);
     void TakeInserted(std::vector<RowChange>& changes);
     void TakeInserted(const AuditedTable& table, Inserted inserted, std::vector<RowChange>& changes);

@@ -27,7 +27,7 @@ public:
     /// which is kept.
     std::optional<long> Add(std::string_view key, long line);
     /// The line of a login name; nothing for one that was not added.
-    std::optional<long> Find(std::string_view key) const;
+    [[nodiscard]] std::optional<long> Find(std::string_view key) const;
 
 private:
     /// Bytes that are written and read here and there: in memory as long as they are few, then in a file.
@@ -62,8 +62,8 @@ private:
 
     static std::uint64_t UsualHash(std::string_view key);
     /// The slot of a login name, and its line when it is there.
-    std::pair<std::size_t, std::optional<long>> Look(std::uint64_t hash, std::string_view key) const;
-    std::optional<long> LineOf(const Slot& slot, std::string_view key) const;
+    [[nodiscard]] std::pair<std::size_t, std::optional<long>> Look(std::uint64_t hash, std::string_view key) const;
+    [[nodiscard]] std::optional<long> LineOf(const Slot& slot, std::string_view key) const;
     Slot Append(std::uint64_t hash, std::string_view key, long line);
     void Grow();
 

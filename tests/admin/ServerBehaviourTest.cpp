@@ -17,7 +17,6 @@ using behaviour::Texts;
 using behaviour::WriteCase;
 using scripted::Raise;
 using scripted::Rows;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 namespace {

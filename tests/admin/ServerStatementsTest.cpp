@@ -10,7 +10,6 @@
 
 using statements::kAllKinds;
 using statements::Read;
-using statements::Sent;
 using statements::StatementCase;
 using statements::Write;
 

@@ -152,7 +152,7 @@ std::vector<StatementCase> Writes()
                "'KelDocConfig' ")},
         {"InsertTabConfigValue", kAllKinds,
          [](CAConnect& conn) { CQVBaseFun::InsertTabConfigValue(conn, R"(na'm\e)", R"(va'l\ue)", R"(ge'n\re)"); },
-         Write("INSERT INTO Tab_Config (Col_Name,Col_Data,Col_Genre) VALUES ('na'm\\e','va'l\\ue', 'ge'n\\re')")},
+         Write(R"(INSERT INTO Tab_Config (Col_Name,Col_Data,Col_Genre) VALUES ('na'm\e','va'l\ue', 'ge'n\re'))")},
         {"UpdateTabConfigValue", kAllKinds,
          [](CAConnect& conn) { CQVBaseFun::UpdateTabConfigValue(conn, R"(na'm\e)", R"(va'l\ue)"); },
          Write(R"(UPDATE Tab_Config SET Col_Data = 'va'l\ue' WHERE Col_Name = 'na'm\e')")},

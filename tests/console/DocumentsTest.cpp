@@ -17,7 +17,6 @@ using nlohmann::json;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
@@ -582,8 +581,8 @@ TEST_F(FolderCommandsTest, ANewFolderIsShownWithWhatWasGiven)
 TEST_F(FolderCommandsTest, NamesWithQuotesSlashesAndBackslashesComeThrough)
 {
     Done({"docroot", "create", "R/'\\", "--path", "/x"});
-    Done({"folder", "create", "/R\\/'\\\\/O'Neil\\\\"});
-    Done({"folder", "create", "/R\\/'\\\\/O'Neil\\\\/a\\/b"});
+    Done({"folder", "create", R"(/R\/'\\/O'Neil\\)"});
+    Done({"folder", "create", R"(/R\/'\\/O'Neil\\/a\/b)"});
     EXPECT_EQ(ShownFolder("id:2")["name"], "a/b");
     EXPECT_EQ(ShownFolder("id:1")["name"], "O'Neil\\");
     const std::string path = ShownFolder("id:2")["path"];

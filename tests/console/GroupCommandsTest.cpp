@@ -89,7 +89,7 @@ TEST_F(GroupCommandsTest, NamesWithQuotesSlashesAndBackslashesComeThrough)
 {
     Create("/Main/O'Brien");
     Create("/Main/O'Brien/a\\\\b");
-    Create("/Main/O'Brien/a\\\\b/a\\/b");
+    Create(R"(/Main/O'Brien/a\\b/a\/b)");
     EXPECT_EQ(Done({"group", "list", "-o", "plain"}), "3\ta/b\t/Main/O'Brien/a\\\\\\\\b/a\\\\/b\t10000\t0\t0\n"
                                                       "2\ta\\\\b\t/Main/O'Brien/a\\\\\\\\b\t10000\t0\t1\n"
                                                       "1\tO'Brien\t/Main/O'Brien\t10000\t0\t1\n");

@@ -102,9 +102,9 @@ TEST(ImportMemory, AMillionRowsAreReadInTheMemoryOfAFew)
 
 TEST(ImportMemory, LongLinesOpenQuotesAndNulsAreNotKept)
 {
-    const std::string longLine = std::string(3000000, 'x') + "\n";
+    std::string longLine = std::string(3000000, 'x') + "\n";
     EXPECT_EQ(ReadAll(8, [&](long) { return longLine; }), 8);
-    const std::string commas = std::string(1000000, ',') + "\n";
+    std::string commas = std::string(1000000, ',') + "\n";
     EXPECT_EQ(ReadAll(5, [&](long) { return commas; }), 5);
     // The lines after a quote that is never closed are read ahead, up to 1 MiB, and again as records of their own.
     EXPECT_EQ(ReadAll(1100000, [](long i) { return i == 0 ? std::string("\"open\n") : std::string("\n"); }), 1);

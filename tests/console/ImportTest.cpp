@@ -147,7 +147,7 @@ TEST_F(ImportTest, AFileOfAnotherKindIsNamedAndNothingImported)
 {
     const std::pair<std::string, const char*> kKinds[] = {
         {"login\ramy\r", "carriage returns"},
-        {"[{\"login\": \"amy\"}]", "JSON"},
+        {R"([{"login": "amy"}])", "JSON"},
         {std::string("PK\x03\x04\x14\0\0\0[Content_Types].xml", 27), "XLSX"},
         {ReadFile("data/quorvel/directory.db"), "a SQLite database"}};
     for (const auto& [text, part] : kKinds) {

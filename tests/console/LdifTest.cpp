@@ -10,10 +10,8 @@ using management::LdifEntry;
 using management::LdifReader;
 using management::ParseDn;
 using testing::AllOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
-using testing::Pair;
 using testing::StartsWith;
 
 // Directories of other kinds.

@@ -15,7 +15,7 @@ protected:
         Init();
         Done({"view", "create", "Main"});
         Done({"group", "create", "/Main/Sales"});
-        Done({"group", "create", "/Main/Sales/R\\/D \\\\ it's"});
+        Done({"group", "create", R"(/Main/Sales/R\/D \\ it's)"});
         Done({"user", "create", "amy", "--name", "Amy O'Neil\\"});
         Done({"user", "create", "rory"});
     }
@@ -87,7 +87,7 @@ TEST_F(MembersTest, RemovingEndsThatMembershipAndNoOther)
 TEST_F(MembersTest, TheGroupsOfAUserAreShownAsPathsThatCanBeGiven)
 {
     Done({"member", "add", "id:2", "amy"});
-    const std::string path = "/Main/Sales/R\\/D \\\\ it's";
+    const std::string path = R"(/Main/Sales/R\/D \\ it's)";
     EXPECT_EQ(Done({"user", "groups", "amy", "-o", "csv"}), "type,id,path\ngroup,2," + path + "\n");
     EXPECT_EQ(Done({"member", "list", path, "-o", "plain"}), "user\t1\tamy\tAmy O'Neil\\\\\n");
 }

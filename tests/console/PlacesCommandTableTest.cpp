@@ -4,7 +4,6 @@
 
 using nlohmann::json;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 // What every command of views, groups, document roots and folders does that its row promises.
 

@@ -59,9 +59,9 @@ TEST(RenderTest, NoNameCanForgeARowOrReachTheTerminal)
         {"\xFF", "\\xFF"},
         {std::string("\xE2\x80") + "\xAE" + "nimdA", "\\u202EnimdA"},
         {"\r\x7F", "\\x0D\\x7F"},
-        {"\u2066a\u2067b\u2068c\u2069", "\\u2066a\\u2067b\\u2068c\\u2069"},
-        {"\u200Ea\u200Fb\u061C", "\\u200Ea\\u200Fb\\u061C"},
-        {"\u202Aa\u2028\u2029", "\\u202Aa\\u2028\\u2029"},
+        {"\u2066a\u2067b\u2068c\u2069", R"(\u2066a\u2067b\u2068c\u2069)"},
+        {"\u200Ea\u200Fb\u061C", R"(\u200Ea\u200Fb\u061C)"},
+        {"\u202Aa\u2028\u2029", R"(\u202Aa\u2028\u2029)"},
         {"\u200C\u200D", "\u200C\u200D"}};
     for (const auto& [name, shown] : kNames) {
         EXPECT_EQ(Rendered(Format::table, Table{{"name"}, {{name}}}), std::string("name\n") + shown + "\n");

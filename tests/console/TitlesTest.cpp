@@ -7,7 +7,7 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr const char* kHard = "Head of O'Brien\\'s \"%s\"; --";
+constexpr const char* kHard = R"(Head of O'Brien\'s "%s"; --)";
 
 class TitlesTest : public ConsoleFixture {
 protected:

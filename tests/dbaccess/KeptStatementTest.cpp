@@ -134,7 +134,7 @@ private:
                                   "2013-05-07", "2013-05-07 09:03:02",
                                   "not a date", "900150983cd24fb0d6963f7d28e17f72"});
         if (m_backslashesEscape && Chance(6)) {
-            text = OneOf({"O\\'Neil", "a\\nb", "100\\%", "\\\\\\'"});
+            text = OneOf({"O\\'Neil", "a\\nb", "100\\%", R"(\\\')"});
         } else if (!m_backslashesEscape && Chance(12)) {
             text = OneOf({"C:\\", "\\'' OR 1", "\\n"});
         }

@@ -66,7 +66,7 @@ TEST_F(StatementCacheTest, LendsValuesWithANulBehindThem)
         const dbaccess::ShapeValue& value = lease.Values()[i];
         EXPECT_EQ(value.isText, i % 2 == 0);
         EXPECT_EQ(value.text, expected[i]);
-        EXPECT_EQ(value.text.data()[value.text.size()], '\0');
+        EXPECT_EQ(*(value.text.data() + value.text.size()), '\0');
     }
     EXPECT_EQ(lease.Values()[1].number, -12);
 }

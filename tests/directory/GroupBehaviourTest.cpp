@@ -22,7 +22,6 @@ using behaviour::WriteCase;
 using scripted::Raise;
 using scripted::Reply;
 using scripted::Rows;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 

@@ -11,7 +11,6 @@
 
 using engines::Copied;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 // Every operation on backup plans and the document log, on every engine.

@@ -152,8 +152,8 @@ private:
     }
 
     /// The calls to strike: all of them, or such as have not been struck in another command.
-    std::vector<std::uint64_t> Points(const Fault& fault, const std::array<std::uint64_t, kCalls>& counts,
-                                      const std::vector<std::uint64_t>& stacks) const
+    [[nodiscard]] std::vector<std::uint64_t> Points(const Fault& fault, const std::array<std::uint64_t, kCalls>& counts,
+                                                    const std::vector<std::uint64_t>& stacks) const
     {
         const std::uint64_t count = counts[static_cast<std::size_t>(fault.call)];
         std::vector<std::uint64_t> points;
@@ -216,7 +216,7 @@ private:
         if (!struck && fault.call != Call::receive) {
             return "never came to the call that was to fail: " + outcome.err;
         }
-        if (const auto wrong = WrongState(scenario, reference, outcome)) {
+        if (auto wrong = WrongState(scenario, reference, outcome)) {
             return wrong;
         }
         const bool isDone = outcome.exit == reference.outcome.exit;

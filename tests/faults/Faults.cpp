@@ -177,6 +177,8 @@ using faults::Call;
 // Exported, so that the libraries' calls come here too.
 #pragma GCC visibility push(default)
 
+// The library's headers call them otherwise.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 
 void* malloc(std::size_t size) { return faults::Allocate(size); }
@@ -307,6 +309,7 @@ ssize_t read(int file, void* bytes, std::size_t count)
 }
 
 } // extern "C"
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 void* operator new(std::size_t size) { return faults::OrThrow(faults::Allocate(size)); }
 void* operator new[](std::size_t size) { return faults::OrThrow(faults::Allocate(size)); }

@@ -52,8 +52,8 @@ struct Seen {
 };
 
 /// Begins. Files are not synchronized with the disk any more, which nothing here depends on.
-/// @param seen  zeroed; used until Disarm.
-void Arm(const Plan& plan, Seen& seen);
+/// @param to  zeroed; used until Disarm.
+void Arm(const Plan& newPlan, Seen& to);
 void Disarm();
 
 } // namespace faults

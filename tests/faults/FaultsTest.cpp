@@ -54,7 +54,7 @@ int FailEachAllocation(Body body)
 TEST(FaultsTest, AValueThatCannotBeCopiedLeavesNothingBehind)
 {
     const Value text = std::string(kLong);
-    EXPECT_EQ(FailEachAllocation([&] { const Value copy = text; }), 1);
+    EXPECT_EQ(FailEachAllocation([&] { static_cast<void>(Value(text)); }), 1);
     EXPECT_EQ(FailEachAllocation([&] {
                   Value copy = true;
                   copy = text;

@@ -217,8 +217,8 @@ std::string WithoutMoments(std::string text)
     return text;
 }
 
-Sandbox::Sandbox(const std::string& engine)
-    : m_engine(engine),
+Sandbox::Sandbox(std::string engine)
+    : m_engine(std::move(engine)),
       m_in(MakeFile("in")),
       m_out(MakeFile("out")),
       m_err(MakeFile("err")),
@@ -349,7 +349,7 @@ std::string Sandbox::State()
     return state;
 }
 
-Outcome Sandbox::Run(const Scenario& scenario, const Plan& plan, bool lookForLeaks)
+Outcome Sandbox::Run(const Scenario& scenario, const Plan& plan, [[maybe_unused]] bool lookForLeaks)
 {
     std::vector<std::string> words = Words(scenario.line);
     words.insert(words.begin(), "qvadmin");
@@ -376,9 +376,11 @@ Outcome Sandbox::Run(const Scenario& scenario, const Plan& plan, bool lookForLea
         ::dup2(m_in, STDIN_FILENO);
         ::dup2(m_out, STDOUT_FILENO);
         ::dup2(m_err, STDERR_FILENO);
-        int code = ::chdir((m_folder + "/run").c_str());
+        if (::chdir((m_folder + "/run").c_str()) != 0) {
+            ::_exit(EXIT_FAILURE);
+        }
         Arm(plan, *m_seen);
-        code = QvadminMain(static_cast<int>(words.size()), argv.data());
+        int code = QvadminMain(static_cast<int>(words.size()), argv.data());
         Disarm();
 #ifdef __SANITIZE_ADDRESS__
         if (lookForLeaks && __lsan_do_recoverable_leak_check() != 0) {

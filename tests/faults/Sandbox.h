@@ -21,7 +21,7 @@ struct Outcome {
 class Sandbox {
 public:
     /// Makes the directory that every run begins with. @param engine  "sqlite", "postgresql" or "mariadb".
-    explicit Sandbox(const std::string& engine);
+    explicit Sandbox(std::string engine);
     Sandbox(const Sandbox&) = delete;
     Sandbox& operator=(const Sandbox&) = delete;
     ~Sandbox();

@@ -22,7 +22,7 @@ class Derived : public CObject {
 public:
     Derived() = default;
     ~Derived() override { ++destroyed; }
-    CRuntimeClass* GetRuntimeClass() const override
+    [[nodiscard]] CRuntimeClass* GetRuntimeClass() const override
     {
         static CRuntimeClass runtimeClass{"Derived"};
         return &runtimeClass;

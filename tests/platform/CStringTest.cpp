@@ -198,7 +198,7 @@ TEST(CString, buildingByteByByteMovesTheTextRarely)
             ++moves;
         }
     }
-    for (double capacity = 23; capacity < 1'000'000; capacity *= 1.5) {
+    for (int capacity = 23; capacity < 1'000'000; capacity += capacity / 2) {
         ++movesOfAnyGrowth;
     }
     EXPECT_EQ(text.GetLength(), 1'000'000);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <regex>
@@ -124,14 +125,11 @@ constexpr Exception kExceptions[] = {
 bool MayDiffer(const std::string& engine, const std::string& table, const std::string& column, bool isLong,
                Property property)
 {
-    for (const Exception& exception : kExceptions) {
+    return std::ranges::any_of(kExceptions, [&](const Exception& exception) {
         const std::string name = exception.column;
-        if (engine == exception.engine && property == exception.property &&
-            (name == table + "." + column || name == "*." + column || (isLong && name == "*.LONGTEXT"))) {
-            return true;
-        }
-    }
-    return false;
+        return engine == exception.engine && property == exception.property &&
+               (name == table + "." + column || name == "*." + column || (isLong && name == "*.LONGTEXT"));
+    });
 }
 
 /// The columns of a table that the engines are to agree on.

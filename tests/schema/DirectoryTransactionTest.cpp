@@ -17,7 +17,6 @@
 
 using schema::DirectoryTransaction;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 

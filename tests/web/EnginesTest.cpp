@@ -11,7 +11,6 @@
 
 using namespace web;
 using nlohmann::json;
-using testing::HasSubstr;
 
 namespace {
 

@@ -54,7 +54,7 @@ protected:
 
     HttpClient Client() { return HttpClient(m_server->Port()); }
 
-    HttpAnswer Setup(const std::string& password = kPassword)
+    HttpAnswer SetUpAdmin(const std::string& password = kPassword)
     {
         return Client().Post("/api/v1/setup",
                              nlohmann::json{{"token", m_server->SetupToken()}, {"password", password}}.dump());
@@ -75,7 +75,7 @@ protected:
     HttpClient Signed(web::ServerOptions options = {})
     {
         Start(std::move(options));
-        EXPECT_EQ(Setup().status, 200);
+        EXPECT_EQ(SetUpAdmin().status, 200);
         HttpClient client = Client();
         EXPECT_EQ(SignIn(client).status, 200);
         return client;

@@ -36,22 +36,22 @@ TEST_F(ServerTest, SetupTokenWorksOnce)
     Start();
     ASSERT_EQ(m_server->SetupToken().size(), 64U);
     EXPECT_EQ(Client().Post("/api/v1/setup", json{{"token", "x"}, {"password", kPassword}}.dump()).status, 403);
-    EXPECT_EQ(Setup("short").status, 422);
-    EXPECT_EQ(Setup().status, 200);
-    EXPECT_EQ(CodeOf(Setup("another long password")), "setup_over");
+    EXPECT_EQ(SetUpAdmin("short").status, 422);
+    EXPECT_EQ(SetUpAdmin().status, 200);
+    EXPECT_EQ(CodeOf(SetUpAdmin("another long password")), "setup_over");
     HttpClient client = Client();
     EXPECT_EQ(SignIn(client).status, 200);
     EXPECT_EQ(Run(client, "user/show", {{"USER", "Admin"}}).at("record").at("super"), true);
     Start();
     EXPECT_EQ(m_server->SetupToken(), "");
-    EXPECT_EQ(CodeOf(Setup("another long password")), "setup_over");
+    EXPECT_EQ(CodeOf(SetUpAdmin("another long password")), "setup_over");
 }
 
 TEST_F(ServerTest, SetupTokenEndsWithTime)
 {
     Start({.setupTime = 0s});
     std::this_thread::sleep_for(10ms);
-    EXPECT_EQ(CodeOf(Setup()), "setup_over");
+    EXPECT_EQ(CodeOf(SetUpAdmin()), "setup_over");
     EXPECT_TRUE(management::Number(m_conn, "SELECT COUNT(*) FROM qv_User") == 0);
 }
 
@@ -59,12 +59,12 @@ TEST_F(ServerTest, SetupEndsWhenSomebodyElseGivesAPassword)
 {
     Start();
     const std::string token = m_server->SetupToken();
-    ASSERT_EQ(Setup().status, 200);
+    ASSERT_EQ(SetUpAdmin().status, 200);
     management::Execute(m_conn, "UPDATE qv_User SET Col_PWord = ''");
     Start();
     ASSERT_NE(m_server->SetupToken(), "");
     management::Execute(m_conn, "UPDATE qv_User SET Col_PWord = 'x'");
-    EXPECT_EQ(CodeOf(Setup()), "protected");
+    EXPECT_EQ(CodeOf(SetUpAdmin()), "protected");
 }
 
 // ---- Signing in -----------------------------------------------------------------------------------------------------
@@ -115,7 +115,7 @@ TEST_F(ServerTest, FailuresSlowDown)
 TEST_F(ServerTest, CookieIsForThisServerAndItsPageAlone)
 {
     Start({.origins = {"https://admin.example.org"}});
-    ASSERT_EQ(Setup().status, 200);
+    ASSERT_EQ(SetUpAdmin().status, 200);
     HttpClient client = Client();
     EXPECT_THAT(SignIn(client).Header("Set-Cookie"),
                 AllOf(StartsWith("qv="), HasSubstr("; HttpOnly; SameSite=Strict; Path=/"), Not(HasSubstr("Secure")),
@@ -839,8 +839,7 @@ TEST_F(ServerTest, HostileTextsComeBackAsTheyWere)
                                             "\\",
                                             "\\'",
                                             "%s%n",
-                                            "\xE2\x80\xAE"
-                                            "abc",
+                                            std::string("\xE2\x80\xAE") + "abc",
                                             "a\tb",
                                             "</style>{{7*7}}${7*7}",
                                             "=1+1",
