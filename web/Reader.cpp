@@ -7,6 +7,7 @@
 #include "management/JsonWriter.h"
 #include "management/Text.h"
 #include "web/CommandAnswer.h"
+#include "web/JsonResponse.h"
 #include "web/Problem.h"
 #include "web/Tokens.h"
 
@@ -16,7 +17,6 @@
 #include <algorithm>
 #include <ctime>
 #include <span>
-#include <sstream>
 
 namespace web {
 
@@ -179,19 +179,6 @@ PeopleQuery ReadQuery(const Request& request)
     return query;
 }
 
-/// An answer, written by `write(json)` as the members of an object.
-template <class Write>
-Response Answer(Write write)
-{
-    std::ostringstream out;
-    JsonWriter json(out, JsonWriter::Layout::line);
-    json.BeginObject();
-    json.WriteMember("v", std::int64_t{1});
-    write(json);
-    json.End();
-    return {200, "application/json", std::move(out).str()};
-}
-
 } // namespace
 
 CAConnect& Reader::Connection()
@@ -272,7 +259,7 @@ Response Reader::Users(const Request& request, const std::string& session)
         return ResponseOf({410, "result_gone", kResultGone});
     }
     const std::vector<int>& ids = *found;
-    return Answer([&](JsonWriter& json) {
+    return JsonResponse([&](JsonWriter& json) {
         json.WriteMember("result", TextValue(name));
         json.WriteMember("total", static_cast<std::int64_t>(ids.size()));
         json.WriteMember("offset", static_cast<std::int64_t>(offset));
@@ -297,7 +284,7 @@ Response Reader::FindNames(const std::vector<std::string>& names, const std::str
     FoundNames found = people.FindNames(names);
     const std::size_t total = found.ids.size();
     const std::string result = m_results.Keep(session, std::move(found.ids));
-    return Answer([&](JsonWriter& json) {
+    return JsonResponse([&](JsonWriter& json) {
         json.WriteMember("result", TextValue(result));
         json.WriteMember("total", static_cast<std::int64_t>(total));
         WriteTexts(json, "missing", found.missing);
@@ -327,7 +314,7 @@ Response Reader::Tree(const Request& request)
     const Organisation& organisation = people.Places();
     const std::string parent = request.Parameter("parent");
     const std::vector<const Node*> children = ChildrenOf(organisation, parent);
-    return Answer([&](JsonWriter& json) {
+    return JsonResponse([&](JsonWriter& json) {
         json.WriteMember("total", static_cast<std::int64_t>(children.size()));
         json.WriteMember("offset", static_cast<std::int64_t>(offset));
         if (parent.empty()) {
@@ -354,7 +341,7 @@ Response Reader::FindInTree(const Request& request)
             found.push_back(&node);
         }
     }
-    return Answer([&](JsonWriter& json) {
+    return JsonResponse([&](JsonWriter& json) {
         json.WriteMember("total", static_cast<std::int64_t>(found.size()));
         json.WriteName("rows");
         json.BeginArray();
@@ -379,7 +366,7 @@ Response Reader::Overview()
             std::ranges::count_if(organisation.Places(), [type](const Node& node) { return node.key.type == type; }));
     };
     const CString engine = WithDatabaseErrors(Connection(), [&] { return Connection().GetEngineName(); });
-    return Answer([&](JsonWriter& json) {
+    return JsonResponse([&](JsonWriter& json) {
         json.WriteMember("engine", TextValue(std::string(engine.View())));
         json.WriteMember("users", static_cast<std::int64_t>(people.Count()));
         for (std::size_t i = 0; i < kTraits.size(); ++i) {

@@ -9,6 +9,7 @@
 #include "web/CommandAnswer.h"
 #include "web/Imports.h"
 #include "web/JsonReader.h"
+#include "web/JsonResponse.h"
 #include "web/Origins.h"
 #include "web/Page.h"
 #include "web/Problem.h"
@@ -341,20 +342,16 @@ private:
     void ListCommands(Visit visit)
     {
         InCommands(std::move(visit), [](CAConnect& /*conn*/, const Visit& /*asked*/) {
-            std::ostringstream out;
-            JsonWriter json(out, JsonWriter::Layout::line);
-            json.BeginObject();
-            json.WriteMember("v", std::int64_t{1});
-            json.WriteName("commands");
-            json.BeginArray();
-            for (const Command& command : Commands()) {
-                if (HasRoute(command)) {
-                    WriteAsData(command, json);
+            return JsonResponse([&](JsonWriter& json) {
+                json.WriteName("commands");
+                json.BeginArray();
+                for (const Command& command : Commands()) {
+                    if (HasRoute(command)) {
+                        WriteAsData(command, json);
+                    }
                 }
-            }
-            json.End();
-            json.End();
-            return Response{200, "application/json", std::move(out).str()};
+                json.End();
+            });
         });
     }
 
@@ -397,24 +394,20 @@ private:
     void ListProblems(Visit visit)
     {
         InCommands(std::move(visit), [](CAConnect& conn, const Visit& /*asked*/) {
-            std::ostringstream out;
-            JsonWriter json(out, JsonWriter::Layout::line);
-            json.BeginObject();
-            json.WriteMember("v", std::int64_t{1});
-            json.WriteName("problems");
-            json.BeginArray();
-            for (const check::Problem& problem : check::FindProblems(conn)) {
-                json.BeginObject();
-                json.WriteMember("check", TextValue(std::string(problem.name)));
-                json.WriteMember("count", problem.count);
-                json.WriteMember("problem", TextValue(problem.sentence));
-                json.WriteMember("example", TextValue(problem.example));
-                json.WriteMember("repair", TextValue(problem.repair));
+            return JsonResponse([&](JsonWriter& json) {
+                json.WriteName("problems");
+                json.BeginArray();
+                for (const check::Problem& problem : check::FindProblems(conn)) {
+                    json.BeginObject();
+                    json.WriteMember("check", TextValue(std::string(problem.name)));
+                    json.WriteMember("count", problem.count);
+                    json.WriteMember("problem", TextValue(problem.sentence));
+                    json.WriteMember("example", TextValue(problem.example));
+                    json.WriteMember("repair", TextValue(problem.repair));
+                    json.End();
+                }
                 json.End();
-            }
-            json.End();
-            json.End();
-            return Response{200, "application/json", std::move(out).str()};
+            });
         });
     }
 
@@ -436,19 +429,6 @@ private:
 
     // ---- Imports ----------------------------------------------------------------------------------------------------
 
-    /// @param write  void write(JsonWriter&), the members of the answer.
-    template <class Write>
-    static Response Answer(Write write)
-    {
-        std::ostringstream out;
-        JsonWriter json(out, JsonWriter::Layout::line);
-        json.BeginObject();
-        json.WriteMember("v", std::int64_t{1});
-        write(json);
-        json.End();
-        return {200, "application/json", std::move(out).str()};
-    }
-
     void TakeImportText(Visit visit)
     {
         InLists(std::move(visit), [this](const Visit& asked) {
@@ -456,7 +436,8 @@ private:
             const JsonValue* first = body.Find("first");
             const std::size_t length = m_imports.AddText(asked.session->id, RequiredText(body, "text"),
                                                          first != nullptr && first->text == "1");
-            return Answer([&](JsonWriter& json) { json.WriteMember("bytes", static_cast<std::int64_t>(length)); });
+            return JsonResponse(
+                [&](JsonWriter& json) { json.WriteMember("bytes", static_cast<std::int64_t>(length)); });
         });
     }
 
@@ -464,7 +445,7 @@ private:
     {
         InLists(std::move(visit), [this](const Visit& asked) {
             const char delimiter = DelimiterIn(ReadMembers(asked.request.body, {"delimiter"}));
-            return Answer([&](JsonWriter& json) { m_imports.WriteLook(json, asked.session->id, delimiter); });
+            return JsonResponse([&](JsonWriter& json) { m_imports.WriteLook(json, asked.session->id, delimiter); });
         });
     }
 
@@ -482,7 +463,7 @@ private:
             const std::shared_ptr<ImportJob> job =
                 m_imports.Begin(asked.session->id, asked.session->account.login, body);
             m_commands.Post([this, job, address = asked.request.address] { RunImport(*job, address); });
-            return Answer([&](JsonWriter& json) { job->Write(json, false); });
+            return JsonResponse([&](JsonWriter& json) { job->Write(json, false); });
         });
     }
 
@@ -508,9 +489,9 @@ private:
         InLists(std::move(visit), [this](const Visit& asked) {
             if (!asked.request.Parameter("id").empty()) {
                 const std::shared_ptr<ImportJob> job = ImportOf(asked.request.Parameter("id"));
-                return Answer([&](JsonWriter& json) { job->Write(json, true); });
+                return JsonResponse([&](JsonWriter& json) { job->Write(json, true); });
             }
-            return Answer([&](JsonWriter& json) {
+            return JsonResponse([&](JsonWriter& json) {
                 json.WriteName("imports");
                 json.BeginArray();
                 for (const std::shared_ptr<ImportJob>& job : m_imports.All()) {
@@ -529,7 +510,7 @@ private:
             const JsonValue body = ReadMembers(asked.request.body, {"id"});
             const JsonValue* id = body.Find("id");
             ImportOf(id == nullptr ? "" : id->text)->Stop();
-            return Answer([](JsonWriter& /*json*/) {});
+            return JsonResponse([](JsonWriter& /*json*/) {});
         });
     }
 
@@ -679,19 +660,15 @@ private:
             return std::int64_t{std::chrono::duration_cast<std::chrono::seconds>(time).count()};
         };
         const Clock::duration whole = m_sessions.AllLimits().whole - (Clock::now() - session.begun);
-        std::ostringstream out;
-        JsonWriter json(out, JsonWriter::Layout::line);
-        json.BeginObject();
-        json.WriteMember("v", std::int64_t{1});
-        json.WriteMember("id", std::int64_t{session.account.id});
-        json.WriteMember("login", TextValue(session.account.login));
-        json.WriteMember("name", TextValue(session.account.name));
-        json.WriteMember("csrf", TextValue(session.csrf));
-        json.WriteMember("engine", TextValue(std::string(engine.View())));
-        json.WriteMember("idle_seconds", seconds(m_sessions.AllLimits().idle));
-        json.WriteMember("seconds_left", seconds(whole));
-        json.End();
-        return {200, "application/json", std::move(out).str()};
+        return JsonResponse([&](JsonWriter& json) {
+            json.WriteMember("id", std::int64_t{session.account.id});
+            json.WriteMember("login", TextValue(session.account.login));
+            json.WriteMember("name", TextValue(session.account.name));
+            json.WriteMember("csrf", TextValue(session.csrf));
+            json.WriteMember("engine", TextValue(std::string(engine.View())));
+            json.WriteMember("idle_seconds", seconds(m_sessions.AllLimits().idle));
+            json.WriteMember("seconds_left", seconds(whole));
+        });
     }
 
     static Response WithCookie(const Visit& visit, const std::string& token, Response response)
