@@ -2,6 +2,7 @@
 
 #include "basefun/ItemTypes.h"
 #include "management/Errors.h"
+#include "management/Names.h"
 #include "management/Text.h"
 #include "management/roles/Roles.h"
 #include "management/users/Directory.h"
@@ -27,8 +28,6 @@ constexpr Kind kKinds[] = {
     {kItemTypeRole, "role"},
     {kItemTypeView, "view"},
 };
-
-constexpr std::string_view kIdPrefix = "id:";
 
 const Kind* KindOf(int type)
 {

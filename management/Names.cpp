@@ -9,6 +9,8 @@
 
 #include <fmt/format.h>
 
+#include <charconv>
+
 namespace management {
 
 std::string NameKey(std::string_view name) { return platform::FoldUtf8(name); }
@@ -46,6 +48,21 @@ void ThrowConfused(std::string_view noun, std::string_view name, const RowName& 
                 fmt::format("the {} {} is taken: this database takes it for equal to {} (id {}); choose another, or "
                             "see what `qvadmin db status` says",
                             noun, Quoted(name), Quoted(other.name), other.id));
+}
+
+std::optional<int> IdIn(std::string_view argument, std::string_view item)
+{
+    if (!argument.starts_with(kIdPrefix)) {
+        return std::nullopt;
+    }
+    int id = 0;
+    const char* const end = argument.data() + argument.size();
+    const auto read = std::from_chars(argument.data() + kIdPrefix.size(), end, id);
+    if (read.ec != std::errc() || read.ptr != end) {
+        throw Error(ErrorCode::invalid,
+                    fmt::format("{} is not the id of {}; write id: and a number", Quoted(argument), item));
+    }
+    return id;
 }
 
 void CheckName(std::string_view noun, const std::string& name)

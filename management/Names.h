@@ -49,6 +49,13 @@ std::optional<RowName> FindConfused(CAConnect& conn, std::string_view table, std
 /// @param noun  such as "login name". @throws Error (conflict), always.
 [[noreturn]] void ThrowConfused(std::string_view noun, std::string_view name, const RowName& other);
 
+/// How an argument begins that gives an id in place of a name.
+inline constexpr std::string_view kIdPrefix = "id:";
+
+/// The id of an argument such as id:17; nothing for one that begins otherwise.
+/// @param item  for the sentence, such as "a user". @throws Error (invalid) for id: without a number.
+std::optional<int> IdIn(std::string_view argument, std::string_view item);
+
 /// @param noun  such as "group". @throws Error (invalid) for what nothing should be called: nothing, outer
 /// blanks, control characters.
 void CheckName(std::string_view noun, const std::string& name);

@@ -62,18 +62,6 @@ std::string OptionText(const Offered& param, const std::string& value)
     return value.starts_with('-') ? ShellQuoted("--" + option + "=" + value) : "--" + option + " " + ShellQuoted(value);
 }
 
-std::string MemberText(const JsonValue& object, std::string_view name)
-{
-    const JsonValue* member = object.Find(name);
-    if (member == nullptr) {
-        return {};
-    }
-    if (member->type != JsonValue::Type::text) {
-        Refuse(fmt::format("{} is not a text", name));
-    }
-    return member->text;
-}
-
 void RequireKnown(const JsonValue& object, std::initializer_list<std::string_view> known)
 {
     for (const auto& [name, value] : object.members) {

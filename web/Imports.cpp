@@ -25,25 +25,7 @@ constexpr std::size_t kOutcomeColumn = 3;
 
 [[noreturn]] void Refuse(const std::string& sentence) { throw Error(ErrorCode::invalid, sentence); }
 
-bool FlagIn(const JsonValue& body, std::string_view name)
-{
-    const JsonValue* flag = body.Find(name);
-    if (flag != nullptr && flag->type != JsonValue::Type::boolean) {
-        Refuse(fmt::format("{} is neither true nor false", name));
-    }
-    return flag != nullptr && flag->text == "1";
-}
-
-std::string TextIn(const JsonValue& body, std::string_view name)
-{
-    const JsonValue* text = body.Find(name);
-    if (text != nullptr && text->type != JsonValue::Type::text) {
-        Refuse(fmt::format("{} is not a text", name));
-    }
-    return text == nullptr ? "" : text->text;
-}
-
-/// Where the rows begin: behind the header's line.
+/// Where the rows begin: after the header's line.
 std::size_t EndOfHeader(const std::string& text) { return std::min(text.find('\n'), text.size()); }
 
 /// The text with other names for its columns, in their order; what has none is left out. Its lines stay where they are.
@@ -73,7 +55,7 @@ std::string WithColumns(const std::string& text, char delimiter, const JsonValue
 
 char DelimiterIn(const JsonValue& body)
 {
-    const std::string text = TextIn(body, "delimiter");
+    const std::string text = MemberText(body, "delimiter");
     if (text.size() != 1 || text == "\"" || text == "\n" || text == "\r") {
         Refuse("delimiter is the one character between values");
     }
@@ -91,7 +73,12 @@ public:
     /// @param call  whose entry of the record is shown; outlives the rows.
     void SetCall(const Call& call) { m_call = &call; }
 
-    void TakeColumns(std::vector<std::string> names) override { WriteCsvRow(names, m_reported); }
+    void TakeColumns(std::vector<std::string> names) override
+    {
+        WriteCsvRow(names, m_reported);
+        const std::lock_guard lock(m_job.m_mutex);
+        m_job.m_columns = std::move(names);
+    }
     bool TakeRow(const std::vector<Value>& row) override
     {
         const std::vector<std::string> texts = TextsForPrograms(row);
@@ -237,12 +224,11 @@ void ImportJob::Write(JsonWriter& json, bool withRows) const
     if (!withRows) {
         return;
     }
-    const std::vector<std::string> columns = {"line", "login", "id", "outcome", "reason"};
     for (const auto& [name, rows] : {std::pair{"rows", &m_rows}, std::pair{"failed_rows", &m_failed}}) {
         json.WriteName(name);
         json.BeginArray();
         for (const std::vector<Value>& row : *rows) {
-            json.WriteRow(columns, row);
+            json.WriteRow(m_columns, row);
         }
         json.End();
     }
@@ -277,7 +263,7 @@ std::string Imports::TextOf(const std::string& session) const
     const std::lock_guard lock(m_mutex);
     const auto own = std::ranges::find(m_texts, session, &std::pair<std::string, std::string>::first);
     if (own == m_texts.end()) {
-        Refuse("there is no text to import; send one first");
+        Refuse("no text was sent to import; send it first");
     }
     return own->second;
 }
@@ -316,18 +302,18 @@ std::shared_ptr<ImportJob> Imports::Begin(const std::string& session, const std:
     ImportJob::Order order;
     order.login = login;
     order.delimiter = DelimiterIn(body);
-    order.dryRun = FlagIn(body, "dry_run");
-    order.reason = TextIn(body, "reason");
-    order.options.update = FlagIn(body, "update");
-    order.options.allowPrivileges = FlagIn(body, "allow_privileges");
-    if (const std::string view = TextIn(body, "departments"); !view.empty()) {
+    order.dryRun = MemberFlag(body, "dry_run");
+    order.reason = MemberText(body, "reason");
+    order.options.update = MemberFlag(body, "update");
+    order.options.allowPrivileges = MemberFlag(body, "allow_privileges");
+    if (const std::string view = MemberText(body, "departments"); !view.empty()) {
         order.options.departments = view;
     }
-    order.options.makeView = FlagIn(body, "make_view");
-    order.options.makeGroups = !FlagIn(body, "no_new_groups");
+    order.options.makeView = MemberFlag(body, "make_view");
+    order.options.makeGroups = !MemberFlag(body, "no_new_groups");
     order.options.columns.ignoreUnknown = true;
-    order.options.columns.dateFormat = TextIn(body, "date_format");
-    order.options.columns.clearEmpty = FlagIn(body, "clear_empty");
+    order.options.columns.dateFormat = MemberText(body, "date_format");
+    order.options.columns.clearEmpty = MemberFlag(body, "clear_empty");
     order.text = WithColumns(TextOf(session), order.delimiter, body);
     order.rows =
         std::max(0L, static_cast<long>(std::ranges::count(order.text, '\n')) - (order.text.ends_with('\n') ? 1 : 0));

@@ -70,6 +70,7 @@ private:
     management::ImportReport m_report;
     std::string m_reportText;
     std::string m_failedText;
+    std::vector<std::string> m_columns;                   ///< of the rows
     std::vector<std::vector<management::Value>> m_rows;   ///< the first ones
     std::vector<std::vector<management::Value>> m_failed; ///< the first ones that failed
     std::string m_error;

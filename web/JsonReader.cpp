@@ -2,6 +2,7 @@
 
 #include "management/Errors.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -114,6 +115,24 @@ const JsonValue* JsonValue::Find(std::string_view name) const
 {
     const auto found = std::ranges::find(members, name, &JsonMember::name);
     return found == members.end() ? nullptr : &found->value;
+}
+
+std::string MemberText(const JsonValue& object, std::string_view name)
+{
+    const JsonValue* text = object.Find(name);
+    if (text != nullptr && text->type != JsonValue::Type::text) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is not a text", name));
+    }
+    return text == nullptr ? "" : text->text;
+}
+
+bool MemberFlag(const JsonValue& object, std::string_view name)
+{
+    const JsonValue* flag = object.Find(name);
+    if (flag != nullptr && flag->type != JsonValue::Type::boolean) {
+        throw Error(ErrorCode::invalid, fmt::format("{} is neither true nor false", name));
+    }
+    return flag != nullptr && flag->text == "1";
 }
 
 JsonValue ReadJsonObject(const std::string& body)

@@ -27,6 +27,13 @@ struct JsonMember {
     JsonValue value;
 };
 
+/// The text that is a member of an object; empty without that member. @throws management::Error (invalid) for anything
+/// but a text.
+std::string MemberText(const JsonValue& object, std::string_view name);
+/// The Boolean that is a member of an object; false without that member. @throws management::Error (invalid) for
+/// anything else.
+bool MemberFlag(const JsonValue& object, std::string_view name);
+
 /// Reads a body that holds one object. @throws management::Error (invalid) for all else: texts that are not UTF-8 or
 /// hold a NUL, members that are there twice, numbers that are not whole, more than 16 levels or 10,000 values.
 JsonValue ReadJsonObject(const std::string& body);

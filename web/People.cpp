@@ -10,7 +10,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <numeric>
 #include <sstream>
 #include <utility>
@@ -65,23 +64,7 @@ std::string_view TakeNumber(std::string_view& text)
     return number;
 }
 
-constexpr std::string_view kById = "id:";
 constexpr std::string_view kByLogin = "login:";
-
-/// The id of a search such as id:17; nothing for others. @throws Error (invalid) for id: without a number.
-std::optional<int> IdIn(const std::string& text)
-{
-    if (!text.starts_with(kById)) {
-        return std::nullopt;
-    }
-    int id = 0;
-    const char* end = text.data() + text.size();
-    const auto read = std::from_chars(text.data() + kById.size(), end, id);
-    if (read.ec != std::errc() || read.ptr != end) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no user id; write id: and a number", Quoted(text)));
-    }
-    return id;
-}
 
 std::vector<std::string> WordsOf(const std::string& text)
 {
@@ -308,7 +291,7 @@ std::vector<int> People::Select(const PeopleQuery& query)
     const std::vector<std::string> words = WordsOf(query.text);
     const std::vector<bool> isIn = query.place ? MembersOf(*query.place, query.isDeep) : std::vector<bool>();
     const std::string login = query.text.starts_with(kByLogin) ? NameKey(query.text.substr(kByLogin.size())) : "";
-    const std::optional<int> id = IdIn(query.text);
+    const std::optional<int> id = IdIn(query.text, "a user");
     const auto isMeant = [&](Index person) {
         if (id) {
             return m_people[person].id == *id;
@@ -367,7 +350,7 @@ People::MeantByName People::MeantBy(const std::vector<std::string>& names) const
 
 std::vector<People::Index> People::PeopleNamed(const std::string& name, const MeantByName& meant) const
 {
-    if (const std::optional<int> id = IdIn(name)) {
+    if (const std::optional<int> id = IdIn(name, "a user")) {
         const auto person = m_byId.find(*id);
         return person == m_byId.end() ? std::vector<Index>() : std::vector<Index>{person->second};
     }

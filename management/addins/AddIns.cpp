@@ -17,7 +17,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <limits>
 #include <set>
@@ -27,19 +26,12 @@ namespace management {
 
 namespace {
 
-constexpr std::string_view kIdPrefix = "id:";
 constexpr std::int64_t kHighestIndex = std::numeric_limits<int>::max();
 
 // ---- Finding --------------------------------------------------------------------------------------------------------
 
-AddIn FindById(AddIns& addIns, const std::string& argument, std::optional<int> type)
+AddIn FindById(AddIns& addIns, int id, std::optional<int> type)
 {
-    int id = 0;
-    const char* end = argument.data() + argument.size();
-    const auto read = std::from_chars(argument.data() + kIdPrefix.size(), end, id);
-    if (read.ec != std::errc() || read.ptr != end) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no add-in id; write id: and a number", Quoted(argument)));
-    }
     const std::optional<AddIn> addIn = addIns.Load(id);
     if (!addIn || (type && addIn->type != *type)) {
         throw Error(ErrorCode::notFound, fmt::format("there is no add-in with id {}{}; `qvadmin addin list` shows all",
@@ -373,8 +365,8 @@ void Packages::Delete(int id)
 
 AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> type)
 {
-    if (argument.starts_with(kIdPrefix)) {
-        return FindById(addIns, argument, type);
+    if (const std::optional<int> id = IdIn(argument, "an add-in")) {
+        return FindById(addIns, *id, type);
     }
     const std::vector<AddIn> found = addIns.FindAll(argument, type);
     if (found.empty()) {

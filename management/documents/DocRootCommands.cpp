@@ -8,13 +8,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 
 namespace management::documents {
 
 namespace {
-
-constexpr std::string_view kIdPrefix = "id:";
 
 constexpr std::string_view kRootHelp = "name of a document root as it is, or id:NUMBER";
 constexpr std::string_view kMeantTypeHelp = "type of the one that is meant, where several share a name";
@@ -133,25 +130,10 @@ Outcome OutcomeOf(const RootData& root, std::string_view outcome, std::string se
     return {"document root", root.id, root.name, outcome, std::move(sentence)};
 }
 
-std::optional<int> IdIn(const std::string& argument)
-{
-    if (!argument.starts_with(kIdPrefix)) {
-        return std::nullopt;
-    }
-    int id = 0;
-    const char* end = argument.data() + argument.size();
-    const auto read = std::from_chars(argument.data() + kIdPrefix.size(), end, id);
-    if (read.ec != std::errc() || read.ptr != end) {
-        throw Error(ErrorCode::invalid,
-                    fmt::format("{} is no id of a document root; write id: and a number", Quoted(argument)));
-    }
-    return id;
-}
-
 /// All roots that an argument may mean.
 std::vector<RootData> FindAll(Documents& documents, const OneRoot& in)
 {
-    const std::optional<int> id = IdIn(in.root);
+    const std::optional<int> id = IdIn(in.root, "a document root");
     std::vector<RootData> found = documents.Roots(in.meantType);
     if (id) {
         std::erase_if(found, [&](const RootData& root) { return root.id != *id; });

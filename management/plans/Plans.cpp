@@ -14,7 +14,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 #include <limits>
 #include <tuple>
@@ -22,8 +21,6 @@
 namespace management {
 
 namespace {
-
-constexpr std::string_view kIdPrefix = "id:";
 
 std::vector<ListedPlan> AsList(const CUIntArray& ids, const CStringArray& names, const CStringArray& descriptions)
 {
@@ -36,17 +33,6 @@ std::vector<ListedPlan> AsList(const CUIntArray& ids, const CStringArray& names,
         return std::tuple(NameKey(a.name), a.name, a.id) < std::tuple(NameKey(b.name), b.name, b.id);
     });
     return plans;
-}
-
-int IdIn(const std::string& argument)
-{
-    int id = 0;
-    const char* end = argument.data() + argument.size();
-    const auto read = std::from_chars(argument.data() + kIdPrefix.size(), end, id);
-    if (read.ec != std::errc() || read.ptr != end) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no id of a plan; write id: and a number", Quoted(argument)));
-    }
-    return id;
 }
 
 } // namespace
@@ -155,7 +141,7 @@ void Plans::Unassign(int id, ItemKey item)
 
 PlanKey FindPlan(Plans& plans, const std::string& argument)
 {
-    const std::optional<int> id = argument.starts_with(kIdPrefix) ? std::optional(IdIn(argument)) : std::nullopt;
+    const std::optional<int> id = IdIn(argument, "a plan");
     std::vector<ListedPlan> listed = plans.List();
     if (id) {
         std::erase_if(listed, [&](const ListedPlan& plan) { return plan.id != *id; });

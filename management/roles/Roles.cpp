@@ -21,7 +21,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 #include <tuple>
 #include <unordered_map>
@@ -30,8 +29,6 @@
 namespace management {
 
 namespace {
-
-constexpr std::string_view kIdPrefix = "id:";
 
 /// Sorts by a key that is worked out once for each.
 template <class Item, class Key>
@@ -61,14 +58,8 @@ UserRole ReadUserRole(CARecordset& row, bool isDefault)
     return role;
 }
 
-RoleKey FindById(Roles& roles, const std::string& argument)
+RoleKey FindById(Roles& roles, int id)
 {
-    int id = 0;
-    const char* end = argument.data() + argument.size();
-    const auto read = std::from_chars(argument.data() + kIdPrefix.size(), end, id);
-    if (read.ec != std::errc() || read.ptr != end) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no role id; write id: and a number", Quoted(argument)));
-    }
     const std::optional<RoleData> role = roles.Load(id);
     if (!role) {
         throw Error(ErrorCode::notFound, fmt::format("there is no role with id {}; `qvadmin role list` shows all", id));
@@ -464,8 +455,8 @@ void Roles::TakeTitle(int groupId, int userId, std::string_view title)
 
 RoleKey FindRole(Roles& roles, const std::string& argument, const RoleScope& scope)
 {
-    if (argument.starts_with(kIdPrefix)) {
-        return FindById(roles, argument);
+    if (const std::optional<int> id = IdIn(argument, "a role")) {
+        return FindById(roles, *id);
     }
     const std::vector<RoleKey> found = roles.FindAll(argument, scope);
     if (found.empty()) {

@@ -11,27 +11,18 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 
 namespace management {
 
 namespace {
 
 constexpr std::string_view kAdmin = "Admin";
-constexpr std::string_view kIdPrefix = "id:";
 constexpr std::string_view kLoginPrefix = "login:";
 
 const Field& FieldOf(std::string_view name) { return *FindField(name); }
 
-UserKey FindById(Directory& directory, const std::string& argument)
+UserKey FindById(Directory& directory, int id)
 {
-    int id = 0;
-    const char* begin = argument.data() + kIdPrefix.size();
-    const char* end = argument.data() + argument.size();
-    const auto read = std::from_chars(begin, end, id);
-    if (read.ec != std::errc() || read.ptr != end) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no user id; write id: and a number", Quoted(argument)));
-    }
     const std::optional<FieldValues> values = directory.Load(id);
     if (!values) {
         throw Error(ErrorCode::notFound, fmt::format("there is no user with id {}; `qvadmin user list` shows all", id));
@@ -101,8 +92,8 @@ void RequireFreeLogin(Directory& directory, const std::string& login, std::optio
 
 UserKey FindUser(Directory& directory, const std::string& argument)
 {
-    if (argument.starts_with(kIdPrefix)) {
-        return FindById(directory, argument);
+    if (const std::optional<int> id = IdIn(argument, "a user")) {
+        return FindById(directory, *id);
     }
     return FindByLogin(directory, argument.starts_with(kLoginPrefix) ? argument.substr(kLoginPrefix.size()) : argument);
 }

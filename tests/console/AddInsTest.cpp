@@ -395,7 +395,7 @@ TEST_F(AddInConsoleTest, WhatCannotBeMadeIsRefused)
     ExpectRefusal({"addin", "create", "Dial", "--type", "1", "--data-file", "bytes"}, 1, "bytes is not UTF-8");
     ExpectRefusal({"addin", "show", "Dial"}, 3, "there is no add-in 'Dial'");
     ExpectRefusal({"addin", "show", "id:9"}, 3, "there is no add-in with id 9");
-    ExpectRefusal({"addin", "show", "id:x"}, 2, "no add-in id");
+    ExpectRefusal({"addin", "show", "id:x"}, 2, "'id:x' is not the id of an add-in");
 }
 
 TEST_F(AddInConsoleTest, DataComeFromAFileAsTheyAre)

@@ -477,7 +477,7 @@ TEST_F(DocRootCommandsTest, ANameIsTakenInItsTypeAndFoundWithItsType)
     Done({"docroot", "set", "id:1", "--name", "MAIN"});
     ExpectRefusal({"docroot", "show", "Nope"}, 3, "there is no document root 'Nope'");
     ExpectRefusal({"docroot", "show", "id:9"}, 3, "'id:9'");
-    ExpectRefusal({"docroot", "show", "id:x"}, 2, "'id:x' is no id");
+    ExpectRefusal({"docroot", "show", "id:x"}, 2, "'id:x' is not the id of a document root");
     ExpectRefusal({"docroot", "create", "a\tb", "--path", "/x"}, 2, "control character");
     ExpectRefusal({"docroot", "create", "b", "--path", ""}, 2, "the path is empty");
     ExpectRefusal({"docroot", "create", "b"}, 2, "--path");

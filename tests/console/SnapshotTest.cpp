@@ -17,7 +17,7 @@
 
 using testing::AnyOf;
 
-// Reads of several statements give what was there at one moment, whoever writes between the statements.
+// Several statements of one command read the same state, even when somebody else writes between them.
 
 namespace {
 
