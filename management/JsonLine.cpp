@@ -16,6 +16,17 @@ namespace management {
 
 namespace {
 
+/// As AppendJsonText has it.
+std::string JsonText(const std::string& text)
+{
+    if (platform::IsValidUtf8(text)) {
+        return nlohmann::json(text).dump();
+    }
+    // JSON has no bytes.
+    const auto* const begin = reinterpret_cast<const unsigned char*>(text.data());
+    return fmt::format("[{}]", fmt::join(std::vector<unsigned int>(begin, begin + text.size()), ","));
+}
+
 std::string Written(const JsonValue& value)
 {
     return std::visit(Overloaded{[](std::monostate) { return std::string("null"); },
@@ -139,16 +150,6 @@ void AppendJsonText(std::string& json, const std::string& text)
     } else {
         json += JsonText(text);
     }
-}
-
-std::string JsonText(const std::string& text)
-{
-    if (platform::IsValidUtf8(text)) {
-        return nlohmann::json(text).dump();
-    }
-    // JSON has no bytes.
-    const auto* const begin = reinterpret_cast<const unsigned char*>(text.data());
-    return fmt::format("[{}]", fmt::join(std::vector<unsigned int>(begin, begin + text.size()), ","));
 }
 
 // Written and read piece by piece: to destroy the library's objects and arrays takes memory, and ends the program when

@@ -25,12 +25,10 @@ struct JsonMember {
 /// Members of one inner object stand side by side.
 using JsonObject = std::vector<JsonMember>;
 
-/// A text as JSON: a string, or, where it is not UTF-8, an array of its bytes as numbers.
-std::string JsonText(const std::string& text);
-/// Appends the same.
+/// Appends a text as JSON: a string, or, where it is not UTF-8, an array of its bytes as numbers.
 void AppendJsonText(std::string& json, const std::string& text);
 
-/// The object in one line, without a line's end; texts as JsonText gives them.
+/// The object in one line, without a line's end; texts as AppendJsonText gives them.
 std::string WriteJsonLine(const JsonObject& object);
 
 /// Reads what WriteJsonLine writes, whatever the blanks. @throws Error (invalid) for anything else.

@@ -11,7 +11,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <map>
+#include <set>
 #include <tuple>
 
 namespace management::rights {
@@ -97,10 +97,10 @@ PlannedEdits PlanEdits(Call& call, const Edits& in)
     Roles roles(call.Connection());
     PlannedEdits plan;
     plan.nothingDone = "no right was changed";
-    std::map<std::tuple<int, std::string, std::string>, int> seen;
+    std::set<std::tuple<int, std::string, std::string>> seen;
     for (const std::string& text : in.edits) {
         Edit edit = ReadEdit(rights, roles, text);
-        if (++seen[{edit.role.id, edit.function.genre, edit.function.name}] > 1) {
+        if (!seen.emplace(edit.role.id, edit.function.genre, edit.function.name).second) {
             throw Error(ErrorCode::invalid,
                         fmt::format("two edits are about the right {} of {}", edit.Right(), Named(edit.role)));
         }
