@@ -5,6 +5,7 @@
 #include "management/Names.h"
 #include "management/Query.h"
 #include "management/Text.h"
+#include "management/check/Check.h"
 #include "platform/CodePage.h"
 
 #include <fmt/format.h>
@@ -138,9 +139,8 @@ void People::LoadPasswords(CAConnect& conn, const std::string& condition)
                 }
             });
     };
-    // As the check of the directory has them.
-    load(Trait::plainPassword, "Col_PWord <> '' AND Col_EnType NOT IN (1, 2)");
-    load(Trait::noPassword, "(Col_PWord = '' OR Col_PWord IS NULL) AND Col_Disabled = 0");
+    load(Trait::plainPassword, check::kHasPlainPassword);
+    load(Trait::noPassword, check::kHasNoPassword);
 }
 
 bool People::Refresh(CAConnect& conn, const std::vector<int>& ids)

@@ -433,9 +433,8 @@ private:
     {
         InLists(std::move(visit), [this](const Visit& asked) {
             const JsonValue body = ReadMembers(asked.request.body, {"text", "first"});
-            const JsonValue* first = body.Find("first");
-            const std::size_t length = m_imports.AddText(asked.session->id, RequiredText(body, "text"),
-                                                         first != nullptr && first->text == "1");
+            const std::size_t length =
+                m_imports.AddText(asked.session->id, RequiredText(body, "text"), MemberFlag(body, "first"));
             return JsonResponse(
                 [&](JsonWriter& json) { json.WriteMember("bytes", static_cast<std::int64_t>(length)); });
         });
@@ -455,9 +454,7 @@ private:
             const JsonValue body = ReadMembers(
                 asked.request.body, {"columns", "delimiter", "dry_run", "reason", "update", "allow_privileges",
                                      "departments", "make_view", "no_new_groups", "date_format", "clear_empty"});
-            const JsonValue* privileges = body.Find("allow_privileges");
-            if (privileges != nullptr && privileges->text == "1" &&
-                !m_sessions.IsConfirmed(*asked.session, Clock::now())) {
+            if (MemberFlag(body, "allow_privileges") && !m_sessions.IsConfirmed(*asked.session, Clock::now())) {
                 return ResponseOf({403, "password_required", "this asks for your password again"});
             }
             const std::shared_ptr<ImportJob> job =

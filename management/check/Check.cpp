@@ -246,10 +246,9 @@ private:
         });
         Add(std::move(doubled));
         Add(std::move(alike));
-        AddUsers("plain_passwords", "users whose password is stored as plain text",
-                 "Col_PWord <> '' AND Col_EnType NOT IN (1, 2)", "`qvadmin user password set`");
-        AddUsers("no_password", "users without a password who are not locked",
-                 "(Col_PWord = '' OR Col_PWord IS NULL) AND Col_Disabled = 0",
+        AddUsers("plain_passwords", "users whose password is stored as plain text", std::string(kHasPlainPassword),
+                 "`qvadmin user password set`");
+        AddUsers("no_password", "users without a password who are not locked", std::string(kHasNoPassword),
                  "`qvadmin user password set`, or `qvadmin user lock`");
     }
 

@@ -12,6 +12,11 @@ class CAConnect;
 
 namespace management::check {
 
+// Conditions on rows of users.
+inline constexpr std::string_view kHasPlainPassword = "Col_PWord <> '' AND Col_EnType NOT IN (1, 2)";
+/// Of users who are not locked.
+inline constexpr std::string_view kHasNoPassword = "(Col_PWord = '' OR Col_PWord IS NULL) AND Col_Disabled = 0";
+
 /// One kind of problem that was found.
 struct Problem {
     std::string_view name; ///< a word for programs, such as "orphaned_links"

@@ -73,13 +73,7 @@ export function Matrix() {
         if (count === 0) {
             return;
         }
-        const warn = (event: BeforeUnloadEvent) => event.preventDefault();
-        window.addEventListener("beforeunload", warn);
-        const remove = addGuard(() => confirmed(t("leave"), t("drop")));
-        return () => {
-            window.removeEventListener("beforeunload", warn);
-            remove();
-        };
+        return addGuard(() => confirmed(t("leave"), t("drop")));
     }, [count > 0]);
 
     const all = [...lines, ...added.filter(one => !lines.some(line => line.genre === one.genre && line.function === one.function))];

@@ -17,9 +17,17 @@ const guards = new Set<() => Promise<boolean>>();
 
 window.addEventListener("popstate", () => listeners.forEach(listener => listener()));
 
+// Of the window that is closed the browser asks by itself.
+window.addEventListener("beforeunload", event => {
+    if (guards.size > 0) {
+        event.preventDefault();
+    }
+});
+
+/** Has somebody asked before what is being entered gets lost. @return ends that. */
 export function addGuard(guard: () => Promise<boolean>): () => void {
     guards.add(guard);
-    return () => guards.delete(guard);
+    return () => void guards.delete(guard);
 }
 
 /**

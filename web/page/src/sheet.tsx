@@ -237,19 +237,13 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
         if (count === 0) {
             return;
         }
-        const warn = (event: BeforeUnloadEvent) => event.preventDefault();
-        window.addEventListener("beforeunload", warn);
-        const drop = addGuard(async () => {
+        return addGuard(async () => {
             const isGood = await confirmed(t("leave"), t("drop"));
             if (isGood) {
                 setMine({});
             }
             return isGood;
         });
-        return () => {
-            window.removeEventListener("beforeunload", warn);
-            drop();
-        };
     }, [count]);
 
     const input = (name: string, value: Value) =>
