@@ -26,6 +26,8 @@ for file in man/man1/qvadmin.1.gz man/man1/qvadmin-user.1.gz bash-completion/com
   zsh/vendor-completions/_qvadmin fish/vendor_completions.d/qvadmin.fish; do
   [ -s "/usr/share/$file" ] || { echo "there is no /usr/share/$file"; exit 1; }
 done
+grep -q '^ExecStart=/usr/bin/qvadmin serve$' /usr/lib/systemd/system/qvadmin-web.service
+grep -q '^ListenStream=127.0.0.1:8420$' /usr/lib/systemd/system/qvadmin-web.socket
 for scheme in mysql postgresql odbc; do
   text=$(qvadmin --db "$scheme:///nowhere" user count 2>&1) && { echo "$scheme opened what is not there"; exit 1; }
   case $text in
@@ -46,8 +48,9 @@ check /srv/build/consumer
 g++ -std=c++17 -Wall -Wextra -Werror /srv/consumer/main.cpp -o /srv/linked $(pkg-config --cflags --libs quorvel qvschema)
 check /srv/linked
 
+# Where the packages' files were made known to the root, empty ones of the same names remain.
 dpkg --purge $(dpkg-query -W -f '${Package}\n' | grep -E '^(libquorvel|qvadmin)')
-left=$(find / -xdev \( -name '*quorvel*' -o -name 'libqv*' -o -name 'qvadmin*' \) -not -path '/srv/*' -not -path '/proc/*')
+left=$(find / -xdev \( -name '*quorvel*' -o -name 'libqv*' -o -name 'qvadmin*' \) -not -path '/srv/*' -not -path '/proc/*' -not -name '*.deb')
 [ -z "$left" ] || { echo "was left behind: $left"; exit 1; }
 echo "installed, used and removed"
 EOF
