@@ -5,12 +5,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 
 namespace management {
 
 std::vector<ParamInfo> NoParams() { return {}; }
+std::vector<ParamInfo> ListOf(std::span<const ParamInfo> params) { return {params.begin(), params.end()}; }
 
 namespace binding {
 
@@ -29,22 +29,9 @@ std::string Shown(std::string_view name)
 
 } // namespace
 
-bool IsPositional(std::string_view name) { return std::isupper(static_cast<unsigned char>(name.front())) != 0; }
-
 void ThrowMissing(std::string_view name)
 {
     throw Error(ErrorCode::invalid, fmt::format("{} is required", Shown(name)));
-}
-
-NamedTexts GivenTexts(const std::vector<NamedText>& options, const ArgumentSource& source)
-{
-    NamedTexts texts;
-    for (const NamedText& option : options) {
-        if (const std::vector<std::string> given = source.ValuesOf(option.name); !given.empty()) {
-            texts[std::string(option.name)] = given.front();
-        }
-    }
-    return texts;
 }
 
 std::int64_t ReadNumber(std::string_view name, const std::string& text, const Check& check, Range widest)
@@ -61,6 +48,21 @@ std::int64_t ReadNumber(std::string_view name, const std::string& text, const Ch
     return number;
 }
 
+namespace {
+
+/// What was given of these options.
+NamedTexts GivenTexts(const std::vector<NamedText>& options, const ArgumentSource& source)
+{
+    NamedTexts texts;
+    for (const NamedText& option : options) {
+        if (const std::vector<std::string> given = source.ValuesOf(option.name); !given.empty()) {
+            texts[std::string(option.name)] = given.front();
+        }
+    }
+    return texts;
+}
+
+/// @throws Error (invalid) for a word that the check does not know.
 void RequireKnownWord(std::string_view name, const std::string& text, const Check& check)
 {
     const auto* known = std::get_if<OneOf>(&check);
@@ -75,6 +77,49 @@ void RequireKnownWord(std::string_view name, const std::string& text, const Chec
     }
     throw Error(ErrorCode::invalid, fmt::format("{} {} is not one of {}", Shown(name), Quoted(text), all));
 }
+
+/// Gives a member what was given for its parameter, at least one text. @throws Error (invalid).
+template <class Member>
+void Assign(const ParamInfo& param, const std::vector<std::string>& given, Member& member)
+{
+    if constexpr (std::is_same_v<Member, std::vector<std::string>> || std::is_same_v<Member, OptionalTexts>) {
+        member = given;
+    } else if constexpr (std::is_same_v<Member, bool> || std::is_same_v<Member, std::optional<bool>>) {
+        member = given.front() == "1";
+    } else if constexpr (std::is_same_v<Member, int> || std::is_same_v<Member, std::optional<int>>) {
+        member = static_cast<int>(ReadNumber(param.name, given.front(), param.check, kInt));
+    } else if constexpr (std::is_same_v<Member, std::optional<std::uint32_t>>) {
+        member = static_cast<std::uint32_t>(ReadNumber(param.name, given.front(), param.check, kUnsigned));
+    } else {
+        RequireKnownWord(param.name, given.front(), param.check);
+        member = given.front();
+    }
+}
+
+} // namespace
+
+template <class Member>
+void ReadMember(const ParamInfo& param, const ArgumentSource& source, Member& member)
+{
+    if constexpr (std::is_same_v<Member, NamedTexts>) {
+        member = GivenTexts(std::get<ListNamedTexts>(param.check)(), source);
+    } else if (const std::vector<std::string> given = source.ValuesOf(param.name); !given.empty()) {
+        Assign(param, given, member);
+    } else if (param.isRequired) {
+        ThrowMissing(param.name);
+    }
+}
+
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, std::string& member);
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, std::optional<std::string>& member);
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, int& member);
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, std::optional<int>& member);
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, std::optional<std::uint32_t>& member);
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, bool& member);
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, std::optional<bool>& member);
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, std::vector<std::string>& member);
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, OptionalTexts& member);
+template void ReadMember(const ParamInfo& param, const ArgumentSource& source, NamedTexts& member);
 
 } // namespace binding
 

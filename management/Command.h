@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -110,6 +111,7 @@ struct ParamInfo {
     bool isSet = false; ///< stands for the options that its check lists
 };
 
+std::vector<ParamInfo> ListOf(std::span<const ParamInfo> params);
 /// For Command::params of a command without parameters.
 std::vector<ParamInfo> NoParams();
 
@@ -163,67 +165,41 @@ inline constexpr Range kUnsigned{0, std::numeric_limits<std::uint32_t>::max()};
 /// @param widest  the range where the check has none. @throws Error (invalid) for anything but a whole number of the
 /// range.
 std::int64_t ReadNumber(std::string_view name, const std::string& text, const Check& check, Range widest);
-/// @throws Error (invalid) for a word that the check does not know.
-void RequireKnownWord(std::string_view name, const std::string& text, const Check& check);
+/// @return whether a name is a positional parameter's.
+constexpr bool IsPositional(std::string_view name) { return name.front() >= 'A' && name.front() <= 'Z'; }
 
-bool IsPositional(std::string_view name);
-
+/// Fills the member of a parameter, which has one of the types of Target. @throws Error (invalid).
 template <class Member>
-inline constexpr bool kIsNeeded = std::is_same_v<Member, std::string> || std::is_same_v<Member, int>;
+void ReadMember(const ParamInfo& param, const ArgumentSource& source, Member& member);
 
 template <class In>
-ParamInfo InfoOf(const Param<In>& param)
+constexpr ParamInfo InfoOf(const Param<In>& param)
 {
     ParamInfo info{param.name, param.kind, param.help, param.check, param.excludes};
+    const bool isVector = std::holds_alternative<std::vector<std::string> In::*>(param.target);
     info.isPositional = IsPositional(param.name);
-    std::visit(
-        [&info]<class Member>(Member In::*) {
-            constexpr bool isVector = std::is_same_v<Member, std::vector<std::string>>;
-            info.isList = isVector || std::is_same_v<Member, OptionalTexts>;
-            info.isRequired = kIsNeeded<Member> || (isVector && info.isPositional);
-            info.isNegatable = std::is_same_v<Member, std::optional<bool>>;
-            info.isSet = std::is_same_v<Member, NamedTexts>;
-        },
-        param.target);
+    info.isList = isVector || std::holds_alternative<OptionalTexts In::*>(param.target);
+    info.isRequired = std::holds_alternative<std::string In::*>(param.target) ||
+                      std::holds_alternative<int In::*>(param.target) || (isVector && info.isPositional);
+    info.isNegatable = std::holds_alternative<std::optional<bool> In::*>(param.target);
+    info.isSet = std::holds_alternative<NamedTexts In::*>(param.target);
     return info;
 }
 
-/// What was given of these options.
-NamedTexts GivenTexts(const std::vector<NamedText>& options, const ArgumentSource& source);
+// Found while compiling. Visiting the targets would make functions for each type of member, for each input.
+template <auto& Params>
+inline constexpr auto kInfos = [] {
+    std::array<ParamInfo, std::size(Params)> infos{};
+    std::ranges::transform(Params, infos.begin(), [](const auto& param) { return InfoOf(param); });
+    return infos;
+}();
+template <auto& Params, std::size_t Index>
+inline constexpr auto kMember = std::get<Params[Index].target.index()>(Params[Index].target);
 
-/// Gives a member what was given for its parameter, at least one text. @throws Error (invalid).
-template <class In, class Member>
-void Assign(const Param<In>& param, const std::vector<std::string>& given, Member& member)
+template <auto& Params, class In, std::size_t... Index>
+void ReadMembers(const ArgumentSource& source, In& in, std::index_sequence<Index...> /*indexes*/)
 {
-    if constexpr (std::is_same_v<Member, std::vector<std::string>> || std::is_same_v<Member, OptionalTexts>) {
-        member = given;
-    } else if constexpr (std::is_same_v<Member, bool> || std::is_same_v<Member, std::optional<bool>>) {
-        member = given.front() == "1";
-    } else if constexpr (std::is_same_v<Member, int> || std::is_same_v<Member, std::optional<int>>) {
-        member = static_cast<int>(ReadNumber(param.name, given.front(), param.check, kInt));
-    } else if constexpr (std::is_same_v<Member, std::optional<std::uint32_t>>) {
-        member = static_cast<std::uint32_t>(ReadNumber(param.name, given.front(), param.check, kUnsigned));
-    } else {
-        RequireKnownWord(param.name, given.front(), param.check);
-        member = given.front();
-    }
-}
-
-/// Fills the member of a parameter. @throws Error (invalid).
-template <class In>
-void Read(const Param<In>& param, const ArgumentSource& source, In& in)
-{
-    std::visit(
-        [&]<class Member>(Member In::*member) {
-            if constexpr (std::is_same_v<Member, NamedTexts>) {
-                in.*member = GivenTexts(std::get<ListNamedTexts>(param.check)(), source);
-            } else if (const std::vector<std::string> given = source.ValuesOf(param.name); !given.empty()) {
-                Assign(param, given, in.*member);
-            } else if (InfoOf(param).isRequired) {
-                ThrowMissing(param.name);
-            }
-        },
-        param.target);
+    (ReadMember(kInfos<Params>[Index], source, in.*kMember<Params, Index>), ...);
 }
 
 /// The input struct of a table of parameters, filled and, where it has a `void Check() const`, checked by it: what can
@@ -232,9 +208,7 @@ template <auto& Params>
 auto ReadInput(const ArgumentSource& source)
 {
     typename std::remove_cvref_t<decltype(Params[0])>::Input in;
-    for (const auto& param : Params) {
-        Read(param, source, in);
-    }
+    ReadMembers<Params>(source, in, std::make_index_sequence<std::size(Params)>());
     if constexpr (requires { in.Check(); }) {
         in.Check();
     }
@@ -262,12 +236,9 @@ constexpr std::array<Param<In>, A + B> Joined(const std::array<Param<In>, A>& fi
 template <auto& Params>
 std::vector<ParamInfo> InfosOf()
 {
-    std::vector<ParamInfo> infos;
-    for (const auto& param : Params) {
-        infos.push_back(binding::InfoOf(param));
-    }
-    return infos;
+    return ListOf(binding::kInfos<Params>);
 }
+
 // ---- The ways in which a command is run, for Command::run -----------------------------------------------------------
 
 /// Runs a body `Result Body(Call&)` or `Result Body(Call&, const In&)` that only reads.

@@ -45,7 +45,7 @@ std::vector<Value> MakeRow(Values&&... values)
 {
     std::vector<Value> row;
     row.reserve(sizeof...(values));
-    (row.emplace_back(std::forward<Values>(values)), ...);
+    (row.push_back(Value(std::forward<Values>(values))), ...);
     return row;
 }
 

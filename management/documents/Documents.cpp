@@ -24,6 +24,8 @@
 
 namespace management {
 
+template class Hierarchy<DocPlace>;
+
 namespace {
 
 constexpr std::string_view kListedBy = "folder tree";

@@ -107,6 +107,9 @@ struct Placement {
     bool operator==(const Placement&) const = default;
 };
 
+// Compiled once, in Documents.cpp.
+extern template class Hierarchy<DocPlace>;
+
 /// The roots and folders of a directory, read at once in a few statements: roots first, then folders, each by name,
 /// case not counting, and id.
 ///

@@ -23,6 +23,8 @@
 
 namespace management {
 
+template class Hierarchy<Node>;
+
 namespace {
 
 /// Reads the columns of a row one after the other; NULL leaves what is there.

@@ -108,6 +108,9 @@ struct MemberCounts {
     bool operator==(const MemberCounts&) const = default;
 };
 
+// Compiled once, in Organisation.cpp.
+extern template class Hierarchy<Node>;
+
 /// The views and groups of a directory, read at once when this is made, and the writes, which do not change what was
 /// read. Any text goes in and comes out as it is, whatever the engine.
 ///
