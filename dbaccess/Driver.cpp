@@ -3,6 +3,7 @@
 #include "dbaccess/DriverModule.h"
 #include "dbaccess/EngineKind.h"
 #include "dbaccess/StatementObserver.h"
+#include "dbaccess/drivers/common/NumberText.h"
 #if QV_WITH_SQLITE
 #include "dbaccess/drivers/sqlite/Driver.h"
 #endif
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <charconv>
 #include <functional>
 #include <iterator>
 #include <mutex>
@@ -187,18 +187,16 @@ int DbTypeOption(const Location& location, int preset)
 std::size_t StatementCacheOption(const Location& location)
 {
     constexpr std::size_t preset = 128;
-    constexpr std::size_t most = 1000;
+    constexpr std::int64_t most = 1000;
     const auto option = location.options.find(kStatementCache);
     if (option == location.options.end()) {
         return preset;
     }
-    const char* const end = option->second.data() + option->second.size();
-    std::size_t number = 0;
-    const auto read = std::from_chars(option->second.data(), end, number);
-    if (read.ec != std::errc() || read.ptr != end || number > most) {
+    const auto number = IntegerIn(option->second);
+    if (!number || *number < 0 || *number > most) {
         throw CAException("the connection option statement-cache must be a number from 0 to 1000");
     }
-    return number;
+    return static_cast<std::size_t>(*number);
 }
 
 } // namespace dbaccess

@@ -1,7 +1,7 @@
 // A statement's shape with its literals put back is the statement, nothing is cut inside of quotes, and to SQLite,
 // which runs both here, the shape with its values is what the statement is.
 
-#include "dbaccess/StatementShape.h"
+#include "dbaccess/drivers/common/StatementShape.h"
 #include "fuzz/Fuzz.h"
 
 #include <sqlite3.h>

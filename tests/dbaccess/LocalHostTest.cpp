@@ -1,4 +1,4 @@
-#include "dbaccess/LocalHost.h"
+#include "dbaccess/drivers/common/LocalHost.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "dbaccess/StatementCache.h"
+#include "dbaccess/drivers/common/StatementCache.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "dbaccess/StatementShape.h"
+#include "dbaccess/drivers/common/StatementShape.h"
 
 #include <gtest/gtest.h>
 

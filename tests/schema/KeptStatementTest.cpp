@@ -1,7 +1,7 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
-#include "dbaccess/StatementShape.h"
+#include "dbaccess/drivers/common/StatementShape.h"
 #include "directory/HumanItem.h"
 #include "platform/CObList.h"
 #include "schema/Schema.h"
@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-// What it means for the module that its statements are kept by their shapes (dbaccess/StatementShape.h).
+// What it means for the module that its statements are kept by their shapes (dbaccess/drivers/common/StatementShape.h).
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "dbaccess/drivers/mysql/Connection.h"
 
 #include "dbaccess/CAException.h"
-#include "dbaccess/LocalHost.h"
+#include "dbaccess/drivers/common/LocalHost.h"
 #include "dbaccess/drivers/mysql/Error.h"
 #include "platform/CodePage.h"
 

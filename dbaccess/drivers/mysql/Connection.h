@@ -1,6 +1,7 @@
 #pragma once
 
-#include "dbaccess/StatementCache.h"
+#include "dbaccess/drivers/common/PendingResult.h"
+#include "dbaccess/drivers/common/StatementCache.h"
 
 #include <mysql.h>
 
@@ -55,20 +56,6 @@ struct CloseStatement {
     void operator()(MYSQL_STMT* statement) const noexcept { mysql_stmt_close(statement); }
 };
 using Statement = std::unique_ptr<MYSQL_STMT, CloseStatement>;
-
-/// A result whose rows are still on their way. The connection can do nothing else until they have been read.
-class PendingResult {
-public:
-    PendingResult() = default;
-    PendingResult(const PendingResult&) = delete;
-    PendingResult& operator=(const PendingResult&) = delete;
-    /// Reads all rows that are left into memory. A failure on the way is the result's own, to be raised when its reader
-    /// comes to it.
-    virtual void KeepRest() = 0;
-
-protected:
-    ~PendingResult() = default;
-};
 
 /// A connection, shared by its session and the cursors that read from it. Statements are UTF-8.
 class Connection {

@@ -1,8 +1,8 @@
 #include "dbaccess/drivers/mysql/Cursor.h"
 
+#include "dbaccess/drivers/common/NumberText.h"
 #include "platform/CodePage.h"
 
-#include <charconv>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -14,18 +14,16 @@ namespace {
 constexpr unsigned long kNull = std::numeric_limits<unsigned long>::max();
 
 // A number beyond 64 bits with a sign stays the text that it came as.
-Field IntegerOf(const char* bytes, std::size_t length)
+Field IntegerOf(std::string_view text)
 {
-    std::int64_t number = 0;
-    const bool fits = std::from_chars(bytes, bytes + length, number).ec == std::errc();
-    return fits ? Field::Integer(number) : Field::Text(bytes, length);
+    const auto number = IntegerIn(text);
+    return number ? Field::Integer(*number) : Field::Text(text.data(), text.size());
 }
 
-Field RealOf(const char* bytes, std::size_t length)
+Field RealOf(std::string_view text)
 {
-    double number = 0;
-    const bool fits = std::from_chars(bytes, bytes + length, number).ec == std::errc();
-    return fits ? Field::Real(number) : Field::Text(bytes, length);
+    const auto number = RealIn(text);
+    return number ? Field::Real(*number) : Field::Text(text.data(), text.size());
 }
 
 // Bits come as bytes, the highest first.
@@ -188,14 +186,14 @@ Field Rows::Read(int column)
     case MYSQL_TYPE_LONG:
     case MYSQL_TYPE_LONGLONG:
     case MYSQL_TYPE_YEAR:
-        return IntegerOf(bytes, length);
+        return IntegerOf({bytes, length});
     case MYSQL_TYPE_BIT:
         return IntegerOfBits(bytes, length);
     case MYSQL_TYPE_FLOAT:
     case MYSQL_TYPE_DOUBLE:
     case MYSQL_TYPE_DECIMAL:
     case MYSQL_TYPE_NEWDECIMAL:
-        return RealOf(bytes, length);
+        return RealOf({bytes, length});
     default:
         return Text(column, bytes, length);
     }

@@ -2,7 +2,8 @@
 
 #include "dbaccess/DateText.h"
 #include "dbaccess/EngineKind.h"
-#include "dbaccess/PasswordFile.h"
+#include "dbaccess/drivers/common/NumberText.h"
+#include "dbaccess/drivers/common/PasswordFile.h"
 #include "dbaccess/drivers/mysql/Connection.h"
 #include "dbaccess/drivers/mysql/Cursor.h"
 #include "platform/CodePage.h"
@@ -58,10 +59,9 @@ std::string Decoded(std::string_view text)
 
 std::optional<unsigned int> NumberIn(std::string_view text, unsigned int least, unsigned int most)
 {
-    unsigned int number = 0;
-    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool whole = read.ec == std::errc() && read.ptr == text.data() + text.size();
-    return whole && number >= least && number <= most ? std::optional(number) : std::nullopt;
+    const auto number = IntegerIn(text);
+    return number && *number >= least && *number <= most ? std::optional(static_cast<unsigned int>(*number))
+                                                         : std::nullopt;
 }
 
 // The client library would read other characters as a list or as settings.

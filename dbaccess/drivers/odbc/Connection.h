@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dbaccess/drivers/common/PendingResult.h"
 #include "dbaccess/drivers/odbc/ConnectionString.h"
 #include "dbaccess/drivers/odbc/Error.h"
 #include "dbaccess/drivers/odbc/Odbc.h"
@@ -19,21 +20,6 @@ struct FreeHandle {
 using Environment = std::unique_ptr<void, FreeHandle<SQL_HANDLE_ENV>>;
 using Handle = std::unique_ptr<void, FreeHandle<SQL_HANDLE_DBC>>;
 using Statement = std::unique_ptr<void, FreeHandle<SQL_HANDLE_STMT>>;
-
-/// A result whose rows are still on their way. Many drivers can do nothing else on the connection until they have been
-/// read.
-class PendingResult {
-public:
-    PendingResult() = default;
-    PendingResult(const PendingResult&) = delete;
-    PendingResult& operator=(const PendingResult&) = delete;
-    /// Reads all rows that are left into memory. A failure on the way is the result's own, to be raised when its reader
-    /// comes to it.
-    virtual void KeepRest() = 0;
-
-protected:
-    ~PendingResult() = default;
-};
 
 /// A connection, shared by its session and the cursors that read from it. All texts are UTF-8.
 class Connection {

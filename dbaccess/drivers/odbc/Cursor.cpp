@@ -1,12 +1,12 @@
 #include "dbaccess/drivers/odbc/Cursor.h"
 
 #include "dbaccess/DateText.h"
+#include "dbaccess/drivers/common/NumberText.h"
 #include "dbaccess/drivers/odbc/Text.h"
 #include "platform/CodePage.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -21,15 +21,6 @@ constexpr std::size_t kLargestPiece = 1U << 20U;
 constexpr std::size_t kLeftFree = 3;
 
 SQLUSMALLINT Number(std::size_t column) { return static_cast<SQLUSMALLINT>(column + 1); }
-
-template <class Number>
-std::optional<Number> Parsed(std::string_view text)
-{
-    Number number{};
-    const char* end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number);
-    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
-}
 
 Value TextValue(std::string_view bytes)
 {
@@ -58,11 +49,11 @@ Value RealValue(double number)
 // A whole number beyond 64 bits with a sign stays the text that it came as.
 Value NumberValue(std::string_view text)
 {
-    if (const auto integer = Parsed<std::int64_t>(text)) {
+    if (const auto integer = IntegerIn(text)) {
         return IntegerValue(*integer);
     }
     const bool isWhole = text.find_first_not_of("+-0123456789") == std::string_view::npos;
-    const auto real = isWhole ? std::nullopt : Parsed<double>(text);
+    const auto real = isWhole ? std::nullopt : RealIn(text);
     return real ? RealValue(*real) : TextValue(text);
 }
 

@@ -2,7 +2,7 @@
 
 #include "dbaccess/DateText.h"
 #include "dbaccess/EngineKind.h"
-#include "dbaccess/PasswordFile.h"
+#include "dbaccess/drivers/common/PasswordFile.h"
 #include "dbaccess/drivers/odbc/Connection.h"
 #include "dbaccess/drivers/odbc/ConnectionString.h"
 #include "dbaccess/drivers/odbc/Cursor.h"

@@ -1,5 +1,6 @@
 #include "dbaccess/drivers/postgresql/Cursor.h"
 
+#include "dbaccess/drivers/common/NumberText.h"
 #include "dbaccess/drivers/postgresql/Error.h"
 #include "platform/CodePage.h"
 
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <new>
 #include <random>
 #include <utility>
@@ -96,24 +96,15 @@ bool IsOutdated(const CAException& error)
     return error.GetErrorCode() == "PostgreSQL 0A000" || error.GetErrorCode() == "PostgreSQL 26000";
 }
 
-template <class Number>
-std::optional<Number> Parsed(std::string_view text)
-{
-    Number number{};
-    const char* end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number);
-    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
-}
-
 Field RealField(std::string_view text)
 {
-    const auto real = Parsed<double>(text);
+    const auto real = RealIn(text);
     return real ? Field::Real(*real) : Field::Text(text.data(), text.size());
 }
 
 Field NumberField(std::string_view text)
 {
-    const auto integer = Parsed<std::int64_t>(text);
+    const auto integer = IntegerIn(text);
     return integer ? Field::Integer(*integer) : RealField(text);
 }
 

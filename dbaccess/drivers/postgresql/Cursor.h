@@ -2,7 +2,7 @@
 
 #include "dbaccess/CAException.h"
 #include "dbaccess/Driver.h"
-#include "dbaccess/StatementCache.h"
+#include "dbaccess/drivers/common/StatementCache.h"
 
 #include <memory>
 #include <optional>

@@ -2,8 +2,9 @@
 
 #include "dbaccess/DateText.h"
 #include "dbaccess/EngineKind.h"
-#include "dbaccess/LocalHost.h"
-#include "dbaccess/PasswordFile.h"
+#include "dbaccess/drivers/common/LocalHost.h"
+#include "dbaccess/drivers/common/NumberText.h"
+#include "dbaccess/drivers/common/PasswordFile.h"
 #include "dbaccess/drivers/postgresql/ConnectGuarded.h"
 #include "dbaccess/drivers/postgresql/Cursor.h"
 #include "dbaccess/drivers/postgresql/Error.h"
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <chrono>
 #include <cstdlib>
 #include <iterator>
@@ -349,12 +349,8 @@ std::int64_t ChangedRows(PGresult* result)
 {
     constexpr std::array<std::string_view, 4> writes = {"INSERT", "UPDATE", "DELETE", "MERGE"};
     const std::string_view tag = PQcmdStatus(result);
-    std::int64_t changed = 0;
-    if (std::ranges::any_of(writes, [tag](std::string_view write) { return tag.starts_with(write); })) {
-        const std::string_view digits = PQcmdTuples(result);
-        std::from_chars(digits.data(), digits.data() + digits.size(), changed);
-    }
-    return changed;
+    const bool isWrite = std::ranges::any_of(writes, [tag](std::string_view write) { return tag.starts_with(write); });
+    return isWrite ? IntegerIn(PQcmdTuples(result)).value_or(0) : 0;
 }
 
 class PostgresqlSession final : public Session {

@@ -2,6 +2,7 @@
 
 #include "dbaccess/DateText.h"
 #include "dbaccess/EngineKind.h"
+#include "dbaccess/drivers/common/NumberText.h"
 #include "dbaccess/drivers/sqlite/Cursor.h"
 #include "dbaccess/drivers/sqlite/Error.h"
 #include "dbaccess/drivers/sqlite/ImmutableFile.h"
@@ -12,7 +13,6 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <cstring>
 #include <filesystem>
 #include <new>
@@ -79,11 +79,11 @@ Options ReadOptions(const Location& location)
         } else if (name == "mode" && value == "rw") {
             options.flags = SQLITE_OPEN_READWRITE;
         } else if (name == "busy_timeout") {
-            const char* end = value.data() + value.size();
-            const auto read = std::from_chars(value.data(), end, options.busyTimeout);
-            if (read.ec != std::errc() || read.ptr != end || options.busyTimeout < 0) {
+            const auto milliseconds = IntegerIn(value);
+            if (!milliseconds || *milliseconds < 0 || *milliseconds > std::numeric_limits<int>::max()) {
                 RefuseOptions();
             }
+            options.busyTimeout = static_cast<int>(*milliseconds);
         } else if (name != "kind" && name != kStatementCache && !(name == "mode" && value == "rwc")) {
             RefuseOptions();
         }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dbaccess/StatementCache.h"
+#include "dbaccess/drivers/common/StatementCache.h"
 
 #include <memory>
 

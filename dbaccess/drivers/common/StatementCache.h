@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dbaccess/StatementShape.h"
+#include "dbaccess/drivers/common/StatementShape.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "dbaccess/PasswordFile.h"
+#include "dbaccess/drivers/common/PasswordFile.h"
 
 #include "dbaccess/CAException.h"
 #include "platform/CodePage.h"

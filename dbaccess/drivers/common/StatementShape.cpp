@@ -1,4 +1,4 @@
-#include "dbaccess/StatementShape.h"
+#include "dbaccess/drivers/common/StatementShape.h"
 
 #include <array>
 #include <charconv>
@@ -283,7 +283,7 @@ private:
             return TakeSemicolon();
         case Byte::other:
             ++m_at;
-            return !(m_sql[begin] == '/' && Next(0) == '*') && Take(Token::other);
+            return (m_sql[begin] != '/' || Next(0) != '*') && Take(Token::other);
         default:
             return false;
         }
