@@ -466,6 +466,7 @@ private:
     std::vector<TableMapping> MapTables()
     {
         std::vector<TableMapping> all;
+        all.reserve(m_targets.size());
         for (const Table& target : m_targets) {
             all.push_back(MapTables(*Find(m_sources, target.name), target));
         }

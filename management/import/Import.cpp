@@ -293,6 +293,7 @@ private:
         CAConnect& conn = m_directory.Connection();
         if (!m_added.empty()) {
             std::vector<std::string> logins;
+            logins.reserve(m_added.size());
             for (const Added& added : m_added) {
                 logins.push_back(added.row->login);
             }

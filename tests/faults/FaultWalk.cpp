@@ -209,7 +209,7 @@ private:
         if (outcome.signal == SIGALRM) {
             return "does not end";
         }
-        if (outcome.signal != 0 && !(isRaised && outcome.signal == fault.number)) {
+        if (outcome.signal != 0 && (!isRaised || outcome.signal != fault.number)) {
             return fmt::format("crashes with signal {}: {}", outcome.signal, outcome.err);
         }
         // What a server sends comes in as many pieces as the network makes of it: there may be fewer than before.

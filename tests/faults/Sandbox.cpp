@@ -331,7 +331,7 @@ void Sandbox::Restore(const Scenario& scenario)
 
 std::string Sandbox::State()
 {
-    if (m_engine != "sqlite" && m_url.find("sqlite:") != 0) {
+    if (m_engine != "sqlite" && !m_url.starts_with("sqlite:")) {
         CAConnect conn;
         conn.Open(m_url.c_str());
         WaitForOthers(conn, m_engine);

@@ -3,7 +3,8 @@
 set -euo pipefail
 source "$(dirname "$0")/sources.sh"
 cd "$1"
-clang-format --version
+# One version, which every Debian has from 12 on: what is written differs from version to version.
+clang-format-19 --version
 mapfile -t files < <(sources)
 if [ ${#files[@]} -eq 0 ]; then
   echo "no sources in $1"
@@ -11,6 +12,6 @@ if [ ${#files[@]} -eq 0 ]; then
 fi
 # By the dozen: most of what clang-format takes is its start.
 code=0
-printf '%s\0' "${files[@]}" | xargs -0 -n 40 clang-format --dry-run -Werror 2>&1 |
+printf '%s\0' "${files[@]}" | xargs -0 -n 40 clang-format-19 --dry-run -Werror 2>&1 |
   sed -nE 's/^([^: ]+):[0-9]+:[0-9]+: error: .*/not formatted: \1/p' | uniq || code=$?
 exit $code

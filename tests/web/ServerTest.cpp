@@ -58,7 +58,6 @@ TEST_F(ServerTest, SetupTokenEndsWithTime)
 TEST_F(ServerTest, SetupEndsWhenSomebodyElseGivesAPassword)
 {
     Start();
-    const std::string token = m_server->SetupToken();
     ASSERT_EQ(SetUpAdmin().status, 200);
     management::Execute(m_conn, "UPDATE qv_User SET Col_PWord = ''");
     Start();
