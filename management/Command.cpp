@@ -78,4 +78,12 @@ void RequireKnownWord(std::string_view name, const std::string& text, const Chec
 
 } // namespace binding
 
+Level LeastLevel(const Command& command)
+{
+    const bool triesSecret =
+        std::ranges::any_of(command.params(), [](const ParamInfo& param) { return param.kind == Kind::secret; });
+    const bool isHarmless = command.effect == Effect::read && command.risk == Risk::normal && !triesSecret;
+    return command.level.value_or(isHarmless ? Level::readOnly : Level::full);
+}
+
 } // namespace management

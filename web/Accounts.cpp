@@ -6,6 +6,7 @@
 #include "management/audit/Recorder.h"
 #include "management/passwords/Passwords.h"
 #include "management/users/Users.h"
+#include "management/webconsole/ConsoleAccounts.h"
 #include "web/Tokens.h"
 
 #include <fmt/format.h>
@@ -32,11 +33,13 @@ struct StoredAccount {
     bool isLocked = false;
     std::string password;
     int type = 0;
+    webconsole::ConsoleAccount kept = {};
 
+    [[nodiscard]] Level OwnLevel() const { return isSuper ? Level::full : kept.level; }
     [[nodiscard]] bool HasPassword() const { return !password.empty() && password != kFitsNothing; }
     [[nodiscard]] bool IsLetIn() const
     {
-        return isSuper && !isLocked && HasPassword() && !PasswordStatus{true, type}.IsPlainText();
+        return OwnLevel() != Level::none && !isLocked && HasPassword() && !PasswordStatus{true, type}.IsPlainText();
     }
 };
 
@@ -54,20 +57,32 @@ std::vector<StoredAccount> Load(CAConnect& conn, const std::string& condition)
     return found;
 }
 
+std::optional<StoredAccount> LoadOne(CAConnect& conn, int id)
+{
+    std::vector<StoredAccount> found = Load(conn, fmt::format("Col_ID = {}", id));
+    if (found.size() != 1) {
+        return std::nullopt;
+    }
+    found.front().kept = webconsole::ConsoleAccounts(conn).Find(id);
+    return std::move(found.front());
+}
+
 Account AccountOf(const StoredAccount& stored)
 {
     // The mark is compared in this process alone, and never leaves it.
     static const std::string processKey = NewToken();
     return {stored.id, stored.login, stored.name,
-            Digest(fmt::format("{}:{}:{}:{}", processKey, stored.id, stored.type, stored.password))};
+            Digest(fmt::format("{}:{}:{}:{}:{}", processKey, stored.id, NameOf(stored.OwnLevel()), stored.type,
+                               stored.password)),
+            stored.OwnLevel()};
 }
 
 } // namespace
 
 std::optional<Account> FindAccount(CAConnect& conn, int id)
 {
-    const std::vector<StoredAccount> found = Load(conn, fmt::format("Col_ID = {}", id));
-    return found.size() == 1 && found.front().IsLetIn() ? std::optional(AccountOf(found.front())) : std::nullopt;
+    const std::optional<StoredAccount> found = LoadOne(conn, id);
+    return found && found->IsLetIn() ? std::optional(AccountOf(*found)) : std::nullopt;
 }
 
 SignIn CheckSignIn(CAConnect& conn, const std::string& login, const Secret& password)
@@ -78,10 +93,10 @@ SignIn CheckSignIn(CAConnect& conn, const std::string& login, const Secret& pass
         return {};
     }
     const UserKey& user = users.front();
-    const std::vector<StoredAccount> found = Load(conn, fmt::format("Col_ID = {}", user.id));
+    const std::optional<StoredAccount> found = LoadOne(conn, user.id);
     bool isRight = false;
     try {
-        isRight = found.size() == 1 && found.front().HasPassword() && Passwords(directory).Matches(user, password);
+        isRight = found && found->HasPassword() && Passwords(directory).Matches(user, password);
     } catch (const DatabaseError&) {
         throw;
     } catch (const Error&) {
@@ -90,15 +105,16 @@ SignIn CheckSignIn(CAConnect& conn, const std::string& login, const Secret& pass
     if (!isRight) {
         return {};
     }
-    const StoredAccount& stored = found.front();
+    const StoredAccount& stored = *found;
     if (stored.IsLetIn()) {
         return {AccountOf(stored), {}};
     }
     if (stored.isLocked) {
         return {{}, "this user is locked"};
     }
-    if (!stored.isSuper) {
-        return {{}, "only super users of the directory may use this console"};
+    if (stored.OwnLevel() == Level::none) {
+        return {{},
+                "only super users of the directory, and users to whom one of them gave a level, may use this console"};
     }
     return {{},
             fmt::format("the password is stored as plain text; set a new one first: qvadmin user password set {}",

@@ -10,8 +10,8 @@ class CAConnect;
 
 namespace web {
 
-// Who may use the console: users of the directory who are super users, not locked, and have a password that is not
-// stored as plain text. All functions @throw management::DatabaseError.
+// Who may use the console: users of the directory who are super users or have a level, are not locked, and have a
+// password that is not stored as plain text. All functions @throw management::DatabaseError.
 
 /// The user of an id, if he may use the console.
 std::optional<Account> FindAccount(CAConnect& conn, int id);

@@ -246,29 +246,29 @@ private:
             std::string_view method;
             std::string_view path;
             Route route;
-            bool needsSession = true;
+            Level level = Level::full; ///< that is needed; none: no session at all
         };
         static constexpr Row kRoutes[] = {
-            {"GET", "/health", &Site::Health, false},
-            {"POST", "/session", &Site::SignInFor, false},
-            {"POST", "/setup", &Site::Setup, false},
-            {"GET", "/session", &Site::ShowSession},
-            {"DELETE", "/session", &Site::SignOut},
-            {"POST", "/session/step-up", &Site::StepUp},
-            {"GET", "/commands", &Site::ListCommands},
-            {"GET", "/users", &Site::ListUsers},
-            {"GET", "/tree", &Site::ListTree},
-            {"GET", "/tree/find", &Site::FindInTree},
-            {"GET", "/overview", &Site::Overview},
-            {"POST", "/users/find", &Site::FindNames},
-            {"GET", "/problems", &Site::ListProblems},
-            {"POST", kCommandRoute, &Site::Run},
+            {"GET", "/health", &Site::Health, Level::none},
+            {"POST", "/session", &Site::SignInFor, Level::none},
+            {"POST", "/setup", &Site::Setup, Level::none},
+            {"GET", "/session", &Site::ShowSession, Level::readOnly},
+            {"DELETE", "/session", &Site::SignOut, Level::readOnly},
+            {"POST", "/session/step-up", &Site::StepUp, Level::readOnly},
+            {"GET", "/commands", &Site::ListCommands, Level::readOnly},
+            {"GET", "/users", &Site::ListUsers, Level::readOnly},
+            {"GET", "/tree", &Site::ListTree, Level::readOnly},
+            {"GET", "/tree/find", &Site::FindInTree, Level::readOnly},
+            {"GET", "/overview", &Site::Overview, Level::readOnly},
+            {"POST", "/users/find", &Site::FindNames, Level::readOnly},
+            {"GET", "/problems", &Site::ListProblems, Level::readOnly},
+            {"POST", kCommandRoute, &Site::Run, Level::readOnly},
             {"POST", "/imports/text", &Site::TakeImportText},
             {"POST", "/imports/look", &Site::LookAtImport},
             {"POST", "/imports/stop", &Site::StopImport},
-            {"GET", "/imports/report", &Site::ShowImportReport},
+            {"GET", "/imports/report", &Site::ShowImportReport, Level::readOnly},
             {"POST", "/imports", &Site::BeginImport},
-            {"GET", "/imports", &Site::ListImports},
+            {"GET", "/imports", &Site::ListImports, Level::readOnly},
         };
         if (!visit.request.path.starts_with(kApi)) {
             visit.responder.Send(ResponseOf(NotFound(visit.request.path)));
@@ -287,7 +287,7 @@ private:
                                                    : NotFound(visit.request.path)));
             return;
         }
-        if (const std::optional<Problem> problem = Refusal(visit, row->needsSession)) {
+        if (const std::optional<Problem> problem = Refusal(visit, row->level)) {
             visit.responder.Send(ResponseOf(*problem));
             return;
         }
@@ -295,7 +295,7 @@ private:
     }
 
     /// What stands in the way of a request whatever it asks for; fills in its session.
-    std::optional<Problem> Refusal(Visit& visit, bool needsSession)
+    std::optional<Problem> Refusal(Visit& visit, Level needed)
     {
         const Request& request = visit.request;
         const bool isChanging = request.method == "POST" || request.method == "DELETE";
@@ -307,7 +307,7 @@ private:
         }
         const Clock::time_point now = Clock::now();
         visit.session = m_sessions.Use(request.Cookie(visit.CookieName()), now);
-        if (!needsSession) {
+        if (needed == Level::none) {
             return std::nullopt;
         }
         if (!visit.session) {
@@ -321,7 +321,17 @@ private:
         if (!m_allowances[visit.session->account.login].Take(now)) {
             return Problem{429, "too_many", "too many requests; wait a moment"};
         }
-        return std::nullopt;
+        return RefusalByLevel(visit, needed, visit.request.path);
+    }
+
+    /// What stands in the way of who has not the level that something needs. @param what  for the sentence.
+    static std::optional<Problem> RefusalByLevel(const Visit& visit, Level needed, std::string_view what)
+    {
+        // The session ends when the user's level becomes another.
+        const Level own = visit.session->account.level;
+        return own >= needed
+                   ? std::nullopt
+                   : std::optional(Problem{403, kNotAllowed, fmt::format("{} is not for {}", what, WithArticle(own))});
     }
 
     void Health(Visit visit) { visit.responder.Send({200, "application/json", R"({"ok":true})"}); }
@@ -341,12 +351,12 @@ private:
 
     void ListCommands(Visit visit)
     {
-        InCommands(std::move(visit), [](CAConnect& /*conn*/, const Visit& /*asked*/) {
+        InCommands(std::move(visit), [](CAConnect& /*conn*/, const Visit& asked) {
             return JsonResponse([&](JsonWriter& json) {
                 json.WriteName("commands");
                 json.BeginArray();
                 for (const Command& command : Commands()) {
-                    if (HasRoute(command)) {
+                    if (HasRoute(command) && asked.session->account.level >= LeastLevel(command)) {
                         WriteAsData(command, json);
                     }
                 }
@@ -423,6 +433,10 @@ private:
                              Quoted(path))}));
             return;
         }
+        if (const std::optional<Problem> problem = RefusalByLevel(visit, LeastLevel(*command), PathText(*command))) {
+            visit.responder.Send(ResponseOf(*problem));
+            return;
+        }
         InCommands(std::move(visit),
                    [this, command](CAConnect& conn, const Visit& asked) { return RunFor(conn, *command, asked); });
     }
@@ -455,7 +469,7 @@ private:
                 asked.request.body, {"columns", "delimiter", "dry_run", "reason", "update", "allow_privileges",
                                      "departments", "make_view", "no_new_groups", "date_format", "clear_empty"});
             if (MemberFlag(body, "allow_privileges") && !m_sessions.IsConfirmed(*asked.session, Clock::now())) {
-                return ResponseOf({403, "password_required", "this asks for your password again"});
+                return ResponseOf(PasswordRequired());
             }
             const std::shared_ptr<ImportJob> job =
                 m_imports.Begin(asked.session->id, asked.session->account.login, body);
@@ -661,6 +675,7 @@ private:
             json.WriteMember("id", std::int64_t{session.account.id});
             json.WriteMember("login", TextValue(session.account.login));
             json.WriteMember("name", TextValue(session.account.name));
+            json.WriteMember("level", TextValue(std::string(NameOf(session.account.level))));
             json.WriteMember("csrf", TextValue(session.csrf));
             json.WriteMember("engine", TextValue(std::string(engine.View())));
             json.WriteMember("idle_seconds", seconds(m_sessions.AllLimits().idle));
@@ -733,10 +748,11 @@ private:
         const SessionResults results{m_results, session.id};
         const CommandRequest asked(command, visit.request.body, results);
         if (command.risk == Risk::stepUp && !hasConfirmed) {
-            return ResponseOf({403, "password_required", "this asks for your password again"});
+            return ResponseOf(PasswordRequired());
         }
         Written written;
-        Response response = RunCommand(conn, asked, {session.account.login, hasConfirmed}, written);
+        Response response =
+            RunCommand(conn, asked, {session.account.login, hasConfirmed, session.account.level}, written);
         if (written.isMore) {
             m_reader.NoteChange();
         } else if (!written.users.empty()) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Level.h"
+
 #include <chrono>
 #include <map>
 #include <mutex>
@@ -13,7 +15,8 @@ struct Account {
     int id = 0;
     std::string login;
     std::string name;
-    std::string mark; ///< changes with the stored password
+    std::string mark; ///< changes with the stored password and the level
+    management::Level level = management::Level::none;
 };
 
 /// One sign-in.

@@ -69,6 +69,7 @@ export interface Session {
     name: string;
     csrf: string;
     engine: string;
+    level: "read-only" | "help-desk" | "full";
 }
 
 export interface Person extends Row {
@@ -251,4 +252,12 @@ export const findImport = (id: number) => request<Import>("GET", `/imports?id=${
 export const listImports = async () => (await request<{ imports: Import[] }>("GET", "/imports")).imports;
 export const stopImport = (id: number) => request("POST", "/imports/stop", { id });
 export const overview = () => request<Row>("GET", "/overview");
-export const listCommands = async () => (await request<{ commands: Command[] }>("GET", "/commands")).commands;
+let allowed = new Set<string>();
+/** The table of commands, of which the server offers what who is signed in may run. */
+export const listCommands = async () => {
+    const { commands } = await request<{ commands: Command[] }>("GET", "/commands");
+    allowed = new Set(commands.map(command => command.path.join("/")));
+    return commands;
+};
+/** Whether who is signed in may run a command, such as "user/lock"; not before the table is there. */
+export const may = (command: string) => allowed.has(command);

@@ -27,7 +27,7 @@ const areas: { name: string; nouns?: string[] }[] = [
     { name: "messages", nouns: ["message", "loginlog"] },
     { name: "addins", nouns: ["addin", "package"] },
     { name: "board", nouns: ["board"] },
-    { name: "settings", nouns: ["setting"] },
+    { name: "settings", nouns: ["setting", "console"] },
     { name: "audit" },
     // What has no place of its own, and what the table may have one day.
     { name: "more", nouns: ["user", "group", "view", "member", "title", "audit"] },
@@ -178,7 +178,7 @@ function Frame(props: { session: Session }) {
     const [commands, setCommands] = useState<Command[]>([]);
     useEffect(() => {
         listCommands().then(setCommands, error => toast(sentence(error)));
-    }, []);
+    }, [props.session.level]);
     const name = where.path.slice(1) || "directory";
     useEffect(() => {
         document.title = `${t(`area.${areas.find(one => one.name === name)?.name ?? "directory"}` as Key)} – ${t("product")}`;
@@ -197,7 +197,7 @@ function Frame(props: { session: Session }) {
                 <UserMenu session={props.session} />
             </header>
             <nav class="areas" aria-label={t("areas")}>
-                {areas.map(area => (
+                {areas.filter(area => area.name !== "import" || props.session.level === "full").map(area => (
                     <a
                         key={area.name}
                         href={`/${area.name}`}
