@@ -70,6 +70,12 @@ export interface Session {
     csrf: string;
     engine: string;
     level: "read-only" | "help-desk" | "full";
+    /** Whether one-time codes are asked for, and whether nothing can be done before they are set up. */
+    totp: boolean;
+    totp_required: boolean;
+    recovery_codes: number;
+    /** Those that were made just now, which are shown once. */
+    new_recovery_codes?: string[];
 }
 
 export interface Person extends Row {
@@ -190,9 +196,18 @@ function begin(session: Session): Session {
 }
 
 export const currentSession = async () => begin(await once<Session>("GET", "/session"));
-export const signIn = async (login: string, password: string) =>
-    begin(await once<Session>("POST", "/session", { login, password }));
-export const stepUp = async (password: string) => begin(await once<Session>("POST", "/session/step-up", { password }));
+export const signIn = async (login: string, password: string, code: string) =>
+    begin(await once<Session>("POST", "/session", { login, password, code }));
+export const stepUp = async (password: string, code: string) =>
+    begin(await once<Session>("POST", "/session/step-up", { password, code }));
+/** A secret for an app, as a text and as a link. */
+export interface NewTotp {
+    secret: string;
+    uri: string;
+}
+export const beginTotp = () => request<NewTotp>("POST", "/session/totp", {});
+export const confirmTotp = async (code: string) => begin(await request<Session>("POST", "/session/totp/confirm", { code }));
+export const removeTotp = async () => begin(await request<Session>("DELETE", "/session/totp"));
 export const signOut = () => once("DELETE", "/session");
 export const setUp = (token: string, password: string) => once<{ login: string }>("POST", "/setup", { token, password });
 

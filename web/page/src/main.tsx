@@ -13,6 +13,7 @@ import { askNames, namesIn } from "./names";
 import { Audit, Overview, Why } from "./pages";
 import { type Where, go, useWhere } from "./place";
 import { SetupPage, SignInDialog, SignInPage } from "./signin";
+import { TwoStepPage, openTwoStep } from "./twostep";
 import { language, languages, setLanguage, t } from "./texts";
 
 /** Areas, and the nouns of the table that each shows. */
@@ -120,6 +121,7 @@ function UserMenu(props: { session: Session }) {
                         ))}
                     </select>
                 </label>
+                <button onClick={openTwoStep}>{t("totp")}…</button>
                 <button
                     onClick={async () => {
                         await signOut().catch(() => undefined);
@@ -268,6 +270,8 @@ function App() {
         );
     } else if (session === null) {
         page = <SignInPage key={login} login={login} notice={notice} onDone={setSession} />;
+    } else if (session?.totp_required) {
+        page = <TwoStepPage onDone={setSession} />;
     } else if (session) {
         page = <Frame session={session} />;
     }
