@@ -128,15 +128,23 @@ TEST_F(TotpServerTest, CodesAreThrottledAsPasswordsAre)
 {
     HttpClient admin = Signed(WithClock());
     ASSERT_EQ(SetUpTotp(admin).status, 200);
+    // Each try from another address, so that it is the login name that is slowed down.
+    Start(WithClock({.origins = {"https://admin.example.org"}, .proxy = "127.0.0.1"}));
+    int address = 0;
     HttpClient client = Client();
+    client.headers = {{"Host", "admin.example.org"}, {"X-Forwarded-Proto", "https"}};
+    const auto answerTo = [&](const std::string& code) {
+        client.headers["X-Forwarded-For"] = "192.0.2." + std::to_string(++address);
+        return SignInWith(client, code);
+    };
     for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(CodeOf(SignInWith(client, "000000")), "wrong_code");
+        EXPECT_EQ(CodeOf(answerTo("000000")), "wrong_code");
         // The password alone does not let anybody begin anew.
-        EXPECT_EQ(CodeOf(SignIn(client)), "code_required");
+        EXPECT_EQ(CodeOf(answerTo("")), "code_required");
     }
     ++m_step;
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(SignInWith(client, Code()).status, 200);
+    EXPECT_EQ(answerTo(Code()).status, 200);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, 1s);
 }
 
