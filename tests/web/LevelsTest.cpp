@@ -184,6 +184,20 @@ TEST_F(LevelsTest, TheHelpDeskGivesItsPasswordAgain)
               "password_required");
 }
 
+TEST_F(LevelsTest, EveryRiskyCommandWantsThePasswordAgain)
+{
+    StartWithLevels();
+    StartSuspicious();
+    int count = 0;
+    for (const Command& command : management::Commands()) {
+        if (web::HasRoute(command) && command.risk == management::Risk::stepUp) {
+            ++count;
+            EXPECT_EQ(CodeOf(Ask(*m_admin, PathOf(command), json::object())), "password_required") << PathOf(command);
+        }
+    }
+    EXPECT_GE(count, 5);
+}
+
 TEST_F(LevelsTest, ACommandThatIsNotForTheLevelIsNoCondition)
 {
     StartWithLevels();
