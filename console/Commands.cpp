@@ -96,6 +96,9 @@ constexpr Noun kNouns[] = {
     {"audit", "the record of changes: list, show, undo, verify, prune",
      "  qvadmin audit list --limit 20\n"
      "  qvadmin audit undo 17"},
+    {"console", "who may use the web console beside super users, and one-time codes there",
+     "  qvadmin console list\n"
+     "  qvadmin console set amy help-desk"},
 };
 
 std::ostream& ErrorsOf(const Terminal& terminal)

@@ -32,6 +32,7 @@ struct ServeInput {
     std::optional<std::string> proxy;
     std::optional<int> idleMinutes;
     std::optional<int> sessionHours;
+    bool requiresTotp = false;
 
     void Check() const
     {
@@ -51,6 +52,7 @@ constexpr Param<ServeInput> kParams[] = {
     {"idle", &ServeInput::idleMinutes, Kind::number, "minutes after which an unused session ends; else 15",
      Range{1, 480}},
     {"session", &ServeInput::sessionHours, Kind::number, "hours after which any session ends; else 8", Range{1, 24}},
+    {"require_totp", &ServeInput::requiresTotp, Kind::flag, "let nobody in without one-time codes of an app"},
 };
 
 /// SIGINT and SIGTERM, which are waited for and reach no other thread that begins meanwhile.
@@ -141,6 +143,7 @@ web::ServerOptions OptionsOf(const ServeInput& in)
                                 options.http.address));
     }
     options.origins = in.origins;
+    options.requiresTotp = in.requiresTotp;
     if (in.idleMinutes) {
         options.sessions.idle = std::chrono::minutes(*in.idleMinutes);
     }

@@ -123,4 +123,12 @@ template void ReadMember(const ParamInfo& param, const ArgumentSource& source, N
 
 } // namespace binding
 
+Level LeastLevel(const Command& command)
+{
+    const bool triesSecret =
+        std::ranges::any_of(command.params(), [](const ParamInfo& param) { return param.kind == Kind::secret; });
+    const bool isHarmless = command.effect == Effect::read && command.risk == Risk::normal && !triesSecret;
+    return command.level.value_or(isHarmless ? Level::readOnly : Level::full);
+}
+
 } // namespace management

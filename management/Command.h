@@ -1,6 +1,7 @@
 #pragma once
 
 #include "management/Call.h"
+#include "management/Level.h"
 
 #include <algorithm>
 #include <array>
@@ -141,7 +142,8 @@ struct Command {
     bool asks = false; ///< shows what it will do and asks first
     Duration duration = Duration::instant;
     Risk risk = Risk::normal;
-    std::string_view route = {}; ///< of a server, such as "/users/{USER}/rename"; empty: none
+    std::optional<Level> level = {}; ///< that may run it in the web console, where LeastLevel is not to say
+    std::string_view route = {};     ///< of a server, such as "/users/{USER}/rename"; empty: none
     std::vector<ParamInfo> (*params)() = &NoParams;
     /// Of what it gives; none: nothing, one value, a verdict, or a table that FrontEnd::TakeColumns is told of.
     std::span<const Column> columns = {};
@@ -149,6 +151,10 @@ struct Command {
     bool areRecords = false; ///< its rows have too many columns for a table that people read
     Result (*run)(Call& call, const ArgumentSource& source) = nullptr;
 };
+
+/// The least level that may run a command in the web console: what is there may be read by everybody who is let in;
+/// what changes something, asks for a password again or tries a secret is for those of the level full.
+Level LeastLevel(const Command& command);
 
 /// All commands, noun by noun, in the order in which help lists them.
 const std::vector<Command>& Commands();

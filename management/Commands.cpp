@@ -57,6 +57,9 @@ std::span<const Command> TitleCommands();
 namespace users {
 std::span<const Command> UserCommands();
 } // namespace users
+namespace webconsole {
+std::span<const Command> ConsoleCommands();
+} // namespace webconsole
 
 const std::vector<Command>& Commands()
 {
@@ -71,7 +74,7 @@ const std::vector<Command>& Commands()
               documents::FolderCommands(),   plans::PlanCommands(),          plans::DocLogCommands(),
               settings::SettingCommands(),   messages::MessageCommands(),    messages::LoginLogCommands(),
               addins::AddInCommands(),       addins::PackageCommands(),      board::BoardCommands(),
-              audit::AuditCommands(),        check::CheckCommands()}) {
+              audit::AuditCommands(),        webconsole::ConsoleCommands(),  check::CheckCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

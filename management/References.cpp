@@ -30,6 +30,7 @@ const std::vector<ReferenceKind>& ReferenceKinds()
         {"right between items", "qv_BIIAce", {kMemberColumns, kHolderColumns}},
         {"right on documents", "Tab_BIOAce", {kHolderColumns}},
         {"backup plan link", "Tab_Doc_Backup_Rel", {kPlanItemColumns}},
+        {"web console account", "qv_ConsoleAccount", {kHolderColumns}},
     };
     return kinds;
 }

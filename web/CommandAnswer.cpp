@@ -9,6 +9,7 @@
 #include "web/Tokens.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <sstream>
@@ -278,6 +279,40 @@ Written ReadWritten(CAConnect& conn, int before, int after)
     return written;
 }
 
+/// What stands in the way of a caller who may not change super users. @param outcomes  of what was just done, in a
+/// transaction that is rolled back then.
+std::optional<Problem> FindSuperUser(CAConnect& conn, const std::vector<Outcome>& outcomes, const Caller& caller)
+{
+    std::vector<int> users;
+    std::ranges::transform(outcomes, std::back_inserter(users), &Outcome::id);
+    std::string login;
+    if (caller.level != Level::full) {
+        ForEachPart(users, [&](std::span<const int> some) {
+            EachRow(conn,
+                    fmt::format("SELECT Col_LoginName FROM qv_User WHERE Col_IsSuper <> 0 AND Col_ID IN ({})",
+                                fmt::join(some, ",")),
+                    [&login](CARecordset& row) { login = TextIn(row, 1); });
+        });
+    }
+    if (login.empty()) {
+        return std::nullopt;
+    }
+    return Problem{403, kNotAllowed,
+                   fmt::format("{} is a super user, whom {} may not change; nothing was changed", Visible(login),
+                               WithArticle(caller.level))};
+}
+
+/// Whether entries of the record between two ids say who may use this console, or who is a super user.
+bool ChangesPrivileges(CAConnect& conn, int before, int after)
+{
+    const std::string super = R"('%"Col_IsSuper":"1"%')";
+    return Number(conn,
+                  fmt::format("SELECT COUNT(*) FROM qv_AuditRow WHERE Col_EntryID > {} AND Col_EntryID <= {} AND "
+                              "(Col_Table = 'qv_ConsoleAccount' OR (Col_Table = 'qv_User' AND (Col_Before LIKE {} "
+                              "OR Col_After LIKE {})))",
+                              before, after, super, super)) != 0;
+}
+
 Response RunWriting(CAConnect& conn, const CommandRequest& request, const Caller& caller, WebFrontEnd& front,
                     Written& written)
 {
@@ -299,6 +334,12 @@ Response RunWriting(CAConnect& conn, const CommandRequest& request, const Caller
     Call call = CallFor(conn, front, std::move(options));
     const Result result = request.command.run(call, *request.arguments);
     const int after = LatestEntry(conn);
+    if (const std::optional<Problem> problem = FindSuperUser(conn, front.outcomes, caller)) {
+        return ResponseOf(*problem);
+    }
+    if (after != before && !caller.hasConfirmed && ChangesPrivileges(conn, before, after)) {
+        return ResponseOf(PasswordRequired());
+    }
     if (request.dryRun) {
         transaction.Rollback();
     } else {

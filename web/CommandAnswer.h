@@ -22,6 +22,7 @@ inline constexpr std::size_t kMostWithoutPassword = 10;
 struct Caller {
     std::string login;
     bool hasConfirmed = false; ///< has given the password within the last minutes
+    management::Level level = management::Level::full;
 };
 
 /// What a command has written, as far as lists of people and places show it.

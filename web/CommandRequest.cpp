@@ -78,7 +78,8 @@ Condition ReadCondition(const JsonValue& value, const SessionResults& results)
     }
     RequireKnown(value, {"command", "parameters", "version"});
     const Command* shows = FindCommand(MemberText(value, "command"));
-    if (shows == nullptr || shows->effect != Effect::read) {
+    // What everybody may run, so that nobody tries by the way what is not for his level.
+    if (shows == nullptr || LeastLevel(*shows) != Level::readOnly) {
         Refuse("if_unchanged names no command that shows something");
     }
     return {shows, WebArguments(*shows, value.Find("parameters"), results), MemberText(value, "version")};

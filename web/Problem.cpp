@@ -3,6 +3,8 @@
 #include "management/CommandData.h"
 #include "web/CommandAnswer.h"
 
+#include <fmt/format.h>
+
 #include <sstream>
 
 namespace web {
@@ -31,6 +33,10 @@ int StatusOf(ErrorCode code)
 }
 
 } // namespace
+
+Problem PasswordRequired() { return {403, "password_required", "this asks for your password again"}; }
+
+std::string WithArticle(Level level) { return fmt::format("an administrator of the level {}", NameOf(level)); }
 
 Response ResponseOf(const Problem& problem)
 {

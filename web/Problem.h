@@ -2,6 +2,7 @@
 
 #include "management/Errors.h"
 #include "management/FrontEnd.h"
+#include "management/Level.h"
 #include "web/Http.h"
 
 #include <optional>
@@ -22,6 +23,14 @@ struct Problem {
     management::Record current = {}; ///< of what has changed: what it is now
     std::string currentVersion = {};
 };
+
+/// The code of what is not for the level of who asks.
+inline constexpr std::string_view kNotAllowed = "not_allowed";
+
+/// That the password is to be given again.
+Problem PasswordRequired();
+/// "an administrator of the level read-only", for sentences.
+std::string WithArticle(management::Level level);
 
 Response ResponseOf(const Problem& problem);
 /// What an error of the management layer is over HTTP.

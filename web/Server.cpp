@@ -15,6 +15,7 @@
 #include "web/Problem.h"
 #include "web/Throttle.h"
 #include "web/Tokens.h"
+#include "web/Totp.h"
 #include "web/Worker.h"
 
 #include <fmt/format.h>
@@ -246,29 +247,32 @@ private:
             std::string_view method;
             std::string_view path;
             Route route;
-            bool needsSession = true;
+            Level level = Level::full; ///< that is needed; none: no session at all
         };
         static constexpr Row kRoutes[] = {
-            {"GET", "/health", &Site::Health, false},
-            {"POST", "/session", &Site::SignInFor, false},
-            {"POST", "/setup", &Site::Setup, false},
-            {"GET", "/session", &Site::ShowSession},
-            {"DELETE", "/session", &Site::SignOut},
-            {"POST", "/session/step-up", &Site::StepUp},
-            {"GET", "/commands", &Site::ListCommands},
-            {"GET", "/users", &Site::ListUsers},
-            {"GET", "/tree", &Site::ListTree},
-            {"GET", "/tree/find", &Site::FindInTree},
-            {"GET", "/overview", &Site::Overview},
-            {"POST", "/users/find", &Site::FindNames},
-            {"GET", "/problems", &Site::ListProblems},
-            {"POST", kCommandRoute, &Site::Run},
+            {"GET", "/health", &Site::Health, Level::none},
+            {"POST", "/session", &Site::SignInFor, Level::none},
+            {"POST", "/setup", &Site::Setup, Level::none},
+            {"GET", "/session", &Site::ShowSession, Level::readOnly},
+            {"DELETE", "/session", &Site::SignOut, Level::readOnly},
+            {"POST", "/session/step-up", &Site::StepUp, Level::readOnly},
+            {"POST", "/session/totp", &Site::BeginTotp, Level::readOnly},
+            {"POST", "/session/totp/confirm", &Site::ConfirmTotp, Level::readOnly},
+            {"DELETE", "/session/totp", &Site::EndTotp, Level::readOnly},
+            {"GET", "/commands", &Site::ListCommands, Level::readOnly},
+            {"GET", "/users", &Site::ListUsers, Level::readOnly},
+            {"GET", "/tree", &Site::ListTree, Level::readOnly},
+            {"GET", "/tree/find", &Site::FindInTree, Level::readOnly},
+            {"GET", "/overview", &Site::Overview, Level::readOnly},
+            {"POST", "/users/find", &Site::FindNames, Level::readOnly},
+            {"GET", "/problems", &Site::ListProblems, Level::readOnly},
+            {"POST", kCommandRoute, &Site::Run, Level::readOnly},
             {"POST", "/imports/text", &Site::TakeImportText},
             {"POST", "/imports/look", &Site::LookAtImport},
             {"POST", "/imports/stop", &Site::StopImport},
-            {"GET", "/imports/report", &Site::ShowImportReport},
+            {"GET", "/imports/report", &Site::ShowImportReport, Level::readOnly},
             {"POST", "/imports", &Site::BeginImport},
-            {"GET", "/imports", &Site::ListImports},
+            {"GET", "/imports", &Site::ListImports, Level::readOnly},
         };
         if (!visit.request.path.starts_with(kApi)) {
             visit.responder.Send(ResponseOf(NotFound(visit.request.path)));
@@ -287,7 +291,7 @@ private:
                                                    : NotFound(visit.request.path)));
             return;
         }
-        if (const std::optional<Problem> problem = Refusal(visit, row->needsSession)) {
+        if (const std::optional<Problem> problem = Refusal(visit, row->level)) {
             visit.responder.Send(ResponseOf(*problem));
             return;
         }
@@ -295,7 +299,7 @@ private:
     }
 
     /// What stands in the way of a request whatever it asks for; fills in its session.
-    std::optional<Problem> Refusal(Visit& visit, bool needsSession)
+    std::optional<Problem> Refusal(Visit& visit, Level needed)
     {
         const Request& request = visit.request;
         const bool isChanging = request.method == "POST" || request.method == "DELETE";
@@ -307,7 +311,7 @@ private:
         }
         const Clock::time_point now = Clock::now();
         visit.session = m_sessions.Use(request.Cookie(visit.CookieName()), now);
-        if (!needsSession) {
+        if (needed == Level::none) {
             return std::nullopt;
         }
         if (!visit.session) {
@@ -321,7 +325,27 @@ private:
         if (!m_allowances[visit.session->account.login].Take(now)) {
             return Problem{429, "too_many", "too many requests; wait a moment"};
         }
-        return std::nullopt;
+        // What is about the session itself, one-time codes among it.
+        const bool isOwn = request.path.starts_with(fmt::format("{}/session", kApi));
+        if (MustAddTotp(*visit.session) && !isOwn) {
+            return Problem{403, "totp_required", "this server asks everybody for one-time codes; set them up first"};
+        }
+        return RefusalByLevel(visit, needed, visit.request.path);
+    }
+
+    [[nodiscard]] bool MustAddTotp(const Session& session) const
+    {
+        return m_options.requiresTotp && !session.account.hasTotp;
+    }
+
+    /// What stands in the way of who has not the level that something needs. @param what  for the sentence.
+    static std::optional<Problem> RefusalByLevel(const Visit& visit, Level needed, std::string_view what)
+    {
+        // The session ends when the user's level becomes another.
+        const Level own = visit.session->account.level;
+        return own >= needed
+                   ? std::nullopt
+                   : std::optional(Problem{403, kNotAllowed, fmt::format("{} is not for {}", what, WithArticle(own))});
     }
 
     void Health(Visit visit) { visit.responder.Send({200, "application/json", R"({"ok":true})"}); }
@@ -341,12 +365,12 @@ private:
 
     void ListCommands(Visit visit)
     {
-        InCommands(std::move(visit), [](CAConnect& /*conn*/, const Visit& /*asked*/) {
+        InCommands(std::move(visit), [](CAConnect& /*conn*/, const Visit& asked) {
             return JsonResponse([&](JsonWriter& json) {
                 json.WriteName("commands");
                 json.BeginArray();
                 for (const Command& command : Commands()) {
-                    if (HasRoute(command)) {
+                    if (HasRoute(command) && asked.session->account.level >= LeastLevel(command)) {
                         WriteAsData(command, json);
                     }
                 }
@@ -423,6 +447,10 @@ private:
                              Quoted(path))}));
             return;
         }
+        if (const std::optional<Problem> problem = RefusalByLevel(visit, LeastLevel(*command), PathText(*command))) {
+            visit.responder.Send(ResponseOf(*problem));
+            return;
+        }
         InCommands(std::move(visit),
                    [this, command](CAConnect& conn, const Visit& asked) { return RunFor(conn, *command, asked); });
     }
@@ -455,7 +483,7 @@ private:
                 asked.request.body, {"columns", "delimiter", "dry_run", "reason", "update", "allow_privileges",
                                      "departments", "make_view", "no_new_groups", "date_format", "clear_empty"});
             if (MemberFlag(body, "allow_privileges") && !m_sessions.IsConfirmed(*asked.session, Clock::now())) {
-                return ResponseOf({403, "password_required", "this asks for your password again"});
+                return ResponseOf(PasswordRequired());
             }
             const std::shared_ptr<ImportJob> job =
                 m_imports.Begin(asked.session->id, asked.session->account.login, body);
@@ -539,7 +567,7 @@ private:
 
     void SignInFor(Visit visit)
     {
-        CheckPassword(std::move(visit), {"login", "password"}, [this](const Visit& asked, const SignIn& found) {
+        CheckPassword(std::move(visit), {"login", "password", "code"}, [this](const Visit& asked, const SignIn& found) {
             if (asked.session) {
                 m_sessions.End(asked.session->key);
             }
@@ -551,34 +579,43 @@ private:
 
     void StepUp(Visit visit)
     {
-        CheckPassword(std::move(visit), {"password"}, [this](const Visit& asked, const SignIn& found) {
-            const auto confirmed = found.account->id == asked.session->account.id
-                                       ? m_sessions.Confirm(asked.session->key, Clock::now())
-                                       : std::nullopt;
-            if (!confirmed) {
-                return ResponseOf(NotSignedIn());
-            }
-            Log("step_up", confirmed->second.account.login, asked.request.address, "");
-            return WithCookie(asked, confirmed->first, SessionAnswer(confirmed->second, Connection()));
+        CheckPassword(std::move(visit), {"password", "code"}, [this](const Visit& asked, const SignIn& found) {
+            const bool isSame = found.account->id == asked.session->account.id;
+            return isSame ? Renewed(asked, *found.account, "step_up", {}) : ResponseOf(NotSignedIn());
         });
     }
 
+    /// Gives a session a new token, for who has just shown who he is.
+    /// @param codes  recovery codes that the answer shows.
+    Response Renewed(const Visit& asked, const Account& account, std::string_view event,
+                     const std::vector<std::string>& codes)
+    {
+        const auto renewed = m_sessions.Confirm(asked.session->key, account, Clock::now());
+        if (!renewed) {
+            return ResponseOf(NotSignedIn());
+        }
+        Log(event, account.login, asked.request.address, "");
+        return WithCookie(asked, renewed->first, SessionAnswer(renewed->second, Connection(), codes));
+    }
+
     using OnRight = std::function<Response(const Visit&, const SignIn&)>;
+    /// What is checked, on its way from thread to thread; without a value until it was read.
+    using GivenCredentials = std::shared_ptr<std::optional<Credentials>>;
 
     /// Has the password of a request checked, when and as often as the throttle allows.
     void CheckPassword(Visit visit, std::initializer_list<std::string_view> members, OnRight onRight)
     {
-        auto password = std::make_shared<std::optional<Secret>>();
-        std::string login;
+        const auto given = std::make_shared<std::optional<Credentials>>();
+        const bool isNamed = std::ranges::find(members, "login") != members.end();
         const Responder responder = visit.responder;
         const Response problem = Guarded([&] {
             const JsonValue body = ReadMembers(visit.request.body, members);
-            login = members.size() == 1 ? visit.session->account.login : RequiredText(body, "login");
-            password->emplace(SecretIn(body));
+            given->emplace(Credentials{isNamed ? RequiredText(body, "login") : visit.session->account.login,
+                                       SecretIn(body), MemberText(body, "code")});
             return Response();
         });
         visit.request.body.clear();
-        if (!*password) {
+        if (!*given) {
             responder.Send(problem);
             return;
         }
@@ -586,7 +623,7 @@ private:
         std::optional<Clock::duration> delay;
         {
             const std::lock_guard lock(m_mutex);
-            delay = m_throttle.Begin(login, visit.request.address, now);
+            delay = m_throttle.Begin((*given)->login, visit.request.address, now);
         }
         if (!delay) {
             Response refusal = ResponseOf({429, "too_many", "too many tries; wait a moment"});
@@ -595,38 +632,128 @@ private:
             return;
         }
         const Clock::time_point begin = now + *delay;
-        m_timer.PostAt(begin, [this, visit = std::move(visit), login, password, begin, onRight = std::move(onRight)] {
-            m_commands.Post([this, visit, login, password, begin, onRight] {
-                SendChecked(visit, login, **password, begin, onRight);
+        m_timer.PostAt(begin, [this, visit = std::move(visit), given, begin, onRight = std::move(onRight)] {
+            m_commands.Post([this, visit, given, begin, onRight] { SendChecked(visit, **given, begin, onRight); });
+        });
+    }
+
+    /// What stands in the way of somebody who is not let in.
+    static Problem ProblemOf(const SignIn& found)
+    {
+        switch (found.outcome) {
+        case SignIn::Outcome::codeMissing:
+            return {401, "code_required", "enter the one-time code that your app shows, or a recovery code"};
+        case SignIn::Outcome::codeWrong:
+            return {401, "wrong_code", "the code is wrong, or was used before"};
+        case SignIn::Outcome::refused:
+            return {403, "not_let_in", found.reason};
+        default:
+            return {401, "wrong_password", "the login name or the password is wrong"};
+        }
+    }
+
+    static Throttle::Outcome ThrottledAs(SignIn::Outcome outcome)
+    {
+        switch (outcome) {
+        case SignIn::Outcome::codeMissing:
+            return Throttle::Outcome::unfinished;
+        case SignIn::Outcome::codeWrong:
+        case SignIn::Outcome::wrong:
+            return Throttle::Outcome::wrong;
+        default:
+            return Throttle::Outcome::right;
+        }
+    }
+
+    /// On the commands' thread.
+    void SendChecked(const Visit& visit, const Credentials& given, Clock::time_point begin, const OnRight& onRight)
+    {
+        Throttle::Outcome outcome = Throttle::Outcome::wrong;
+        const Response response = Guarded([&] {
+            const SignIn found = CheckSignIn(Connection(), given, m_options.wallClock());
+            outcome = ThrottledAs(found.outcome);
+            if (found.hasUsedRecoveryCode) {
+                Log("recovery_code_used", given.login, visit.request.address, "");
+            }
+            if (found.account) {
+                return onRight(visit, found);
+            }
+            const Problem problem = ProblemOf(found);
+            if (found.outcome != SignIn::Outcome::codeMissing) {
+                Log("sign_in_failed", given.login, visit.request.address,
+                    found.outcome == SignIn::Outcome::wrong ? "" : problem.detail);
+            }
+            return ResponseOf(problem);
+        });
+        {
+            const std::lock_guard lock(m_mutex);
+            m_throttle.End(given.login, visit.request.address, outcome, Clock::now());
+        }
+        if (outcome == Throttle::Outcome::wrong) {
+            m_timer.PostAt(begin + kFailureTime, [visit, response] { visit.responder.Send(response); });
+        } else {
+            visit.responder.Send(response);
+        }
+    }
+
+    // ---- One-time codes ---------------------------------------------------------------------------------------------
+
+    /// Answers on the commands' thread to who has given the password lately. @param make  as InCommands has it.
+    template <class Make>
+    void InCommandsConfirmed(Visit visit, Make make)
+    {
+        InCommands(std::move(visit), [this, make = std::move(make)](CAConnect& conn, const Visit& asked) {
+            return m_sessions.IsConfirmed(*asked.session, Clock::now()) ? make(conn, asked)
+                                                                        : ResponseOf(PasswordRequired());
+        });
+    }
+
+    /// Makes up a secret, which is kept once a code of it was given.
+    void BeginTotp(Visit visit)
+    {
+        InCommandsConfirmed(std::move(visit), [this](CAConnect& /*conn*/, const Visit& asked) {
+            constexpr std::size_t most = 100;
+            static_cast<void>(ReadMembers(asked.request.body, {}));
+            if (m_newSecrets.size() >= most) {
+                m_newSecrets.clear();
+            }
+            const std::string& secret = m_newSecrets[asked.session->id] = NewTotpSecret();
+            return JsonResponse([&](JsonWriter& json) {
+                json.WriteMember("secret", TextValue(secret));
+                json.WriteMember("uri", TextValue(TotpUri(secret, asked.session->account.login)));
             });
         });
     }
 
-    /// On the commands' thread.
-    void SendChecked(const Visit& visit, const std::string& login, const Secret& password, Clock::time_point begin,
-                     const OnRight& onRight)
+    void ConfirmTotp(Visit visit)
     {
-        bool isRight = false;
-        const Response response = Guarded([&] {
-            const SignIn found = CheckSignIn(Connection(), login, password);
-            isRight = found.account.has_value() || !found.reason.empty();
-            if (found.account) {
-                return onRight(visit, found);
+        InCommandsConfirmed(std::move(visit), [this](CAConnect& conn, const Visit& asked) {
+            const JsonValue body = ReadMembers(asked.request.body, {"code"});
+            const auto secret = m_newSecrets.find(asked.session->id);
+            if (secret == m_newSecrets.end()) {
+                throw Error(ErrorCode::conflict, "the secret is no longer kept; begin again");
             }
-            Log("sign_in_failed", login, visit.request.address, found.reason);
-            return ResponseOf(found.reason.empty()
-                                  ? Problem{401, "wrong_password", "the login name or the password is wrong"}
-                                  : Problem{403, "not_let_in", found.reason});
+            const std::vector<std::string> codes = AddTotp(conn, asked.session->account, secret->second,
+                                                           RequiredText(body, "code"), m_options.wallClock());
+            m_newSecrets.erase(secret);
+            return AfterTotp(conn, asked, "totp_added", codes);
         });
-        {
-            const std::lock_guard lock(m_mutex);
-            m_throttle.End(login, visit.request.address, isRight, Clock::now());
-        }
-        if (isRight) {
-            visit.responder.Send(response);
-        } else {
-            m_timer.PostAt(begin + kFailureTime, [visit, response] { visit.responder.Send(response); });
-        }
+    }
+
+    void EndTotp(Visit visit)
+    {
+        InCommandsConfirmed(std::move(visit), [this](CAConnect& conn, const Visit& asked) {
+            RemoveTotp(conn, asked.session->account);
+            return AfterTotp(conn, asked, "totp_removed", {});
+        });
+    }
+
+    /// Other sessions of the user end, for the account has changed; this one goes on.
+    Response AfterTotp(CAConnect& conn, const Visit& asked, std::string_view event,
+                       const std::vector<std::string>& codes)
+    {
+        const std::optional<Account> account = FindAccount(conn, asked.session->account.id);
+        return account ? Renewed(asked, *account, event, codes) : ResponseOf(NotSignedIn());
     }
 
     /// The first password, by who has read the token from where the server was started.
@@ -650,8 +777,11 @@ private:
         });
     }
 
-    [[nodiscard]] Response SessionAnswer(const Session& session, CAConnect& conn) const
+    /// @param codes  recovery codes that were made just now.
+    [[nodiscard]] Response SessionAnswer(const Session& session, CAConnect& conn,
+                                         const std::vector<std::string>& codes = {}) const
     {
+        const std::size_t codesLeft = RecoveryCodesLeft(conn, session.account);
         const CString engine = WithDatabaseErrors(conn, [&conn] { return conn.GetEngineName(); });
         const auto seconds = [](Clock::duration time) {
             return std::int64_t{std::chrono::duration_cast<std::chrono::seconds>(time).count()};
@@ -661,6 +791,13 @@ private:
             json.WriteMember("id", std::int64_t{session.account.id});
             json.WriteMember("login", TextValue(session.account.login));
             json.WriteMember("name", TextValue(session.account.name));
+            json.WriteMember("level", TextValue(std::string(NameOf(session.account.level))));
+            json.WriteMember("totp", session.account.hasTotp);
+            json.WriteMember("totp_required", MustAddTotp(session));
+            json.WriteMember("recovery_codes", static_cast<std::int64_t>(codesLeft));
+            if (!codes.empty()) {
+                WriteTexts(json, "new_recovery_codes", codes);
+            }
             json.WriteMember("csrf", TextValue(session.csrf));
             json.WriteMember("engine", TextValue(std::string(engine.View())));
             json.WriteMember("idle_seconds", seconds(m_sessions.AllLimits().idle));
@@ -733,10 +870,11 @@ private:
         const SessionResults results{m_results, session.id};
         const CommandRequest asked(command, visit.request.body, results);
         if (command.risk == Risk::stepUp && !hasConfirmed) {
-            return ResponseOf({403, "password_required", "this asks for your password again"});
+            return ResponseOf(PasswordRequired());
         }
         Written written;
-        Response response = RunCommand(conn, asked, {session.account.login, hasConfirmed}, written);
+        Response response =
+            RunCommand(conn, asked, {session.account.login, hasConfirmed, session.account.level}, written);
         if (written.isMore) {
             m_reader.NoteChange();
         } else if (!written.users.empty()) {
@@ -772,8 +910,9 @@ private:
     OpenDirectory m_open;
     Sessions m_sessions;
     std::string m_shownToken;
-    std::string m_setupToken; ///< of the commands' thread, like the two below
+    std::string m_setupToken; ///< of the commands' thread, like the three below
     Clock::time_point m_setupEnds;
+    std::map<std::string, std::string> m_newSecrets; ///< of one-time codes, by the session that asked for one
     std::shared_ptr<CAConnect> m_conn;
     std::map<std::string, Allowance> m_allowances; ///< of the thread of HTTP, by login name
     std::mutex m_mutex;                            ///< of the throttle and the log

@@ -4,6 +4,7 @@
 #include "web/Reader.h"
 #include "web/Sessions.h"
 
+#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,9 +19,11 @@ struct ServerOptions {
     /// everybody is served, and these count for nothing.
     std::string proxy = {};
     Sessions::Limits sessions = {};
+    bool requiresTotp = false; ///< whether everybody has to have one-time codes, and can do nothing before
     /// Takes a line of JSON about each sign-in, failure and change; called on several threads, one at a time.
     std::function<void(const std::string&)> log = {};
-    std::chrono::seconds setupTime = std::chrono::minutes(15); ///< for which the setup's token is good
+    std::function<std::time_t()> wallClock = [] { return std::time(nullptr); }; ///< for one-time codes
+    std::chrono::seconds setupTime = std::chrono::minutes(15);                  ///< for which the setup's token is good
 };
 
 /// The web console of one directory. Three threads beside those of HTTP: one runs commands, one after the other; one

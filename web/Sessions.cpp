@@ -38,7 +38,8 @@ std::optional<Session> Sessions::Use(const std::string& token, Clock::time_point
     return found->second;
 }
 
-std::optional<std::pair<std::string, Session>> Sessions::Confirm(const std::string& key, Clock::time_point now)
+std::optional<std::pair<std::string, Session>> Sessions::Confirm(const std::string& key, const Account& account,
+                                                                 Clock::time_point now)
 {
     const std::lock_guard lock(m_mutex);
     auto node = m_sessions.extract(key);
@@ -46,6 +47,7 @@ std::optional<std::pair<std::string, Session>> Sessions::Confirm(const std::stri
         return std::nullopt;
     }
     Session session = std::move(node.mapped());
+    session.account = account;
     session.confirmed = now;
     return Insert(std::move(session));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Level.h"
+
 #include <chrono>
 #include <map>
 #include <mutex>
@@ -13,7 +15,9 @@ struct Account {
     int id = 0;
     std::string login;
     std::string name;
-    std::string mark; ///< changes with the stored password
+    std::string mark; ///< changes with the stored password, the level and the second factor
+    management::Level level = management::Level::none;
+    bool hasTotp = false; ///< signs in with one-time codes
 };
 
 /// One sign-in.
@@ -46,9 +50,10 @@ public:
     std::pair<std::string, Session> Begin(const Account& account, Clock::time_point now);
     /// The session of a token, which counts as used; nothing when there is none or it is over.
     std::optional<Session> Use(const std::string& token, Clock::time_point now);
-    /// Gives a session a new token and CSRF token, and notes that the password was given. @return as Begin; nothing
-    /// when the session is over.
-    std::optional<std::pair<std::string, Session>> Confirm(const std::string& key, Clock::time_point now);
+    /// Gives a session a new token and CSRF token, and notes that the password was given. @param account  of the same
+    /// user, as it is now. @return as Begin; nothing when the session is over.
+    std::optional<std::pair<std::string, Session>> Confirm(const std::string& key, const Account& account,
+                                                           Clock::time_point now);
     [[nodiscard]] bool IsConfirmed(const Session& session, Clock::time_point now) const
     {
         return now - session.confirmed <= m_limits.confirmation;

@@ -33,14 +33,14 @@ std::optional<Throttle::Clock::duration> Throttle::Begin(const std::string& logi
     return std::max(DelayOf(KeyOfLogin(login), now), DelayOf(KeyOfAddress(address), now));
 }
 
-void Throttle::End(const std::string& login, const std::string& address, bool isRight, Clock::time_point now)
+void Throttle::End(const std::string& login, const std::string& address, Outcome outcome, Clock::time_point now)
 {
     if (--m_waiting[address] == 0) {
         m_waiting.erase(address);
     }
-    if (isRight) {
+    if (outcome == Outcome::right) {
         m_failures.erase(KeyOfLogin(login));
-    } else {
+    } else if (outcome == Outcome::wrong) {
         Note(KeyOfLogin(login), now);
         Note(KeyOfAddress(address), now);
     }

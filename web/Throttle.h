@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <optional>
@@ -16,11 +17,17 @@ class Throttle {
 public:
     using Clock = std::chrono::steady_clock;
 
+    enum class Outcome : std::uint8_t {
+        right,
+        wrong,
+        unfinished ///< right as far as it went: neither counts nor forgives
+    };
+
     /// Takes a try. @return how long it is to wait; nothing: it is refused, since ten came within the last second or
     /// four of this address wait already. One that is taken is to be ended.
     std::optional<Clock::duration> Begin(const std::string& login, const std::string& address, Clock::time_point now);
     /// Ends a try.
-    void End(const std::string& login, const std::string& address, bool isRight, Clock::time_point now);
+    void End(const std::string& login, const std::string& address, Outcome outcome, Clock::time_point now);
 
 private:
     struct Failures {

@@ -6,18 +6,19 @@
 #include <nettle/memops.h>
 #include <sys/random.h>
 
-#include <array>
-#include <cstdint>
-
 namespace web {
 
-std::string NewToken()
+void FillRandom(std::span<std::uint8_t> bytes)
 {
-    std::array<std::uint8_t, 32> bytes{};
     if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
         throw management::Error(management::ErrorCode::failed, "the system gives no random numbers for a token");
     }
-    return management::Hexadecimal(bytes);
+}
+
+std::string NewToken()
+{
+    constexpr std::size_t size = 32;
+    return management::Hexadecimal(RandomBytes<size>());
 }
 
 std::string Digest(std::string_view text)

@@ -335,9 +335,9 @@ Result UndoEntries(Call& call, const SeveralEntries& /*in*/, const UndoPlan& pla
         call.Report({"entry", id, std::to_string(id), "undone", fmt::format("undid {}", Named(entry))});
     }
     undo.Check();
-    for (const std::string& user : undo.WithoutPassword()) {
-        call.Report({"user", 0, user, "without_password",
-                     fmt::format("{} has no password now: stored passwords are never recorded", user)});
+    for (const auto& [what, secret] : undo.AllWithoutSecret()) {
+        call.Report({"user", 0, what, "without_password",
+                     fmt::format("{} has no {} now: these are never recorded", what, secret)});
     }
     call.SetUndoes(fmt::format("{}", fmt::join(plan.ids, " ")));
     return {};

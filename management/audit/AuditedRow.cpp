@@ -48,6 +48,7 @@ constexpr AuditedTable kTables[] = {
     {"Kel_Board_Attach", Keeping::byContent, "attachment of a notice", "Col_FileName"},
     {"Kel_Board_Revert", Keeping::byId, "reply to a notice"},
     {"Kel_Board_Visiter", Keeping::byId, "reader of a notice"},
+    {"qv_ConsoleAccount", Keeping::byId, "web console account"},
 };
 
 } // namespace
@@ -107,6 +108,9 @@ bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view
 {
     if (table.name == "qv_User") {
         return column == "Col_PWord";
+    }
+    if (table.name == "qv_ConsoleAccount") {
+        return column == "Col_Totp" || column == "Col_Recovery";
     }
     return table.name == "Tab_Config" && column == "Col_Data" &&
            SameIdentifier(ValueIn(row, "Col_Name").value_or(""), "EncryptKey");

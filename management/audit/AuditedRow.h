@@ -50,7 +50,8 @@ std::vector<AuditedRow> ReadRows(CAConnect& conn, const AuditedTable& table, con
 /// The value of a column; nothing where the row lacks it or it is NULL.
 std::optional<std::string> ValueIn(const AuditedRow& row, std::string_view column);
 
-/// Whether a column of a row is never recorded: stored passwords, the encryption key.
+/// Whether a column of a row is never recorded: stored passwords, secrets of one-time codes, the encryption
+/// key.
 bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view column);
 /// Stands in recorded rows for a secret that is not empty.
 inline constexpr std::string_view kSecretMark = "(not recorded)";

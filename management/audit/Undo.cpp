@@ -189,7 +189,7 @@ void Undo::Restore(const Entry& entry, const AuditedTable& table, const StoredRo
     }
     const AuditedRow content = Completed(table, Unpacked(row.before.value_or("{}")));
     if (HasSecret(table, content)) {
-        m_withoutPassword.push_back(Described(m_names, row));
+        m_withoutSecret.push_back({Described(m_names, row), table.name == "qv_User" ? "password" : "one-time codes"});
     }
     Insert(table, WithoutMarks(table, content));
     m_named.emplace(&table, row.key);

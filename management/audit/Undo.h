@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class CAConnect;
@@ -25,8 +26,12 @@ public:
     /// Looks whether the directory holds together after all entries: no link of or to what is gone, no name twice, no
     /// cycle. @throws Error (conflict) that names what does not. @throws DatabaseError.
     void Check();
-    /// Login names of users who came back without the password that they had.
-    [[nodiscard]] const std::vector<std::string>& WithoutPassword() const { return m_withoutPassword; }
+    /// What came back without a secret that it had.
+    struct WithoutSecret {
+        std::string what; ///< such as "user amy (id 17)"
+        std::string_view secret;
+    };
+    [[nodiscard]] const std::vector<WithoutSecret>& AllWithoutSecret() const { return m_withoutSecret; }
 
 private:
     void ApplyRows(const Entry& entry, const std::vector<NumberedRow>& rows);
@@ -56,7 +61,7 @@ private:
     std::set<std::string> m_linkedItems;                           ///< as ItemsOf has them
     std::set<std::pair<std::string, std::string>> m_links;         ///< of memberships that came back: holder, member
     std::set<std::pair<const AuditedTable*, std::string>> m_named; ///< rows that came back or may have another name
-    std::vector<std::string> m_withoutPassword;
+    std::vector<WithoutSecret> m_withoutSecret;
 };
 
 /// The item that a row names as TYPE:ID.

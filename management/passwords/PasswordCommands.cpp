@@ -164,6 +164,7 @@ constexpr Command kCommands[] = {
      .effect = Effect::change,
      .asks = true,
      .risk = Risk::stepUp,
+     .level = Level::helpDesk,
      .params = &InfosOf<kSetParams>,
      .run = &WriteWithSecret<&PlanSetting, &ObtainPasswords, &Set, kSetParams>},
     {.path = {"user", "password", "check"},

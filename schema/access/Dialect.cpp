@@ -34,7 +34,8 @@ const Dialect& TheDialect()
         .steps = {{"tables", SplitStatements(k_001_tables)},
                   {"indexes", SplitStatements(k_002_indexes)},
                   {"names", {}}, // the tables of MariaDB and MySQL alone need it
-                  {"audit", SplitStatements(k_003_audit)}},
+                  {"audit", SplitStatements(k_003_audit)},
+                  {"console", SplitStatements(k_004_console)}},
         .listTables = kListTables,
         .rebuildIndexes = {}, // the engine's own rules
         .stepIsTransaction = true,

@@ -47,7 +47,8 @@ const Dialect& TheDialect()
         .steps = {{"tables", SplitStatements(k_001_tables)},
                   {"indexes", {}}, // they come with their tables
                   {"names", {}, CollationStatements},
-                  {"audit", SplitStatements(k_003_audit), CollationStatements}},
+                  {"audit", SplitStatements(k_003_audit), CollationStatements},
+                  {"console", SplitStatements(k_004_console), CollationStatements}},
         .listTables = "SELECT TABLE_NAME FROM information_schema.TABLES WHERE TABLE_SCHEMA = DATABASE()",
         .rebuildIndexes = {},
         .stepIsTransaction = false,

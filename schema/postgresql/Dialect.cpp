@@ -45,7 +45,8 @@ const Dialect& TheDialect()
         .steps = {{"tables", SplitStatements(k_001_tables)},
                   {"indexes", SplitStatements(k_002_indexes)},
                   {"names", {}}, // the tables of MariaDB and MySQL alone need it
-                  {"audit", SplitStatements(k_003_audit)}},
+                  {"audit", SplitStatements(k_003_audit)},
+                  {"console", SplitStatements(k_004_console)}},
         .listTables = "SELECT tablename FROM pg_catalog.pg_tables WHERE schemaname = current_schema()",
         .rebuildIndexes = {}, // upper() is the server's own
         .stepIsTransaction = true,

@@ -11,7 +11,8 @@ const Dialect& TheDialect()
         .steps = {{"tables", SplitStatements(k_001_tables)},
                   {"indexes", SplitStatements(k_002_indexes)},
                   {"names", {}}, // the tables of MariaDB and MySQL alone need it
-                  {"audit", SplitStatements(k_003_audit)}},
+                  {"audit", SplitStatements(k_003_audit)},
+                  {"console", SplitStatements(k_004_console)}},
         .listTables = "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'",
         .rebuildIndexes = "REINDEX",
         .stepIsTransaction = true,

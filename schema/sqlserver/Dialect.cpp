@@ -35,7 +35,8 @@ const Dialect& TheDialect()
         .steps = {{"tables", SplitStatements(k_001_tables)},
                   {"indexes", SplitStatements(k_002_indexes)},
                   {"names", {}}, // the tables of MariaDB and MySQL alone need it
-                  {"audit", SplitStatements(k_003_audit)}},
+                  {"audit", SplitStatements(k_003_audit)},
+                  {"console", SplitStatements(k_004_console)}},
         .listTables = "SELECT TABLE_NAME FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_TYPE = 'BASE TABLE' AND "
                       "TABLE_SCHEMA = SCHEMA_NAME()",
         .rebuildIndexes = {}, // the engine's own rules

@@ -28,6 +28,7 @@ inline constexpr Scenario kSetup[] = {
     {"user create rory.from.leadworth --name 'Rory Arthur Porter the nurse'"},
     {"user create clara.from.blackpool --name 'Clara Oswin from Blackpool'"},
     {"user lock clara.from.blackpool"},
+    {"console set clara.from.blackpool read-only"},
     {"user password set amy.from.leadworth --password-stdin", "a long and secret password\n"},
     {"member add '/Company of many people/Sales and marketing' amy.from.leadworth rory.from.leadworth"},
     {"member add '/Company of many people/Sales and marketing/North of the river' clara.from.blackpool"},
@@ -151,6 +152,11 @@ inline constexpr Scenario kScenarios[] = {
     {"role remove 'Editors of the pages' amy.from.leadworth rory.from.leadworth"},
     {"role of amy.from.leadworth"},
     {"role default"},
+
+    {"console list"},
+    {"console set rory.from.leadworth help-desk"},
+    {"console remove clara.from.blackpool"},
+    {"console totp remove amy.from.leadworth"},
 
     {"title give '/Company of many people/Service' amy.from.leadworth 'Helper of the service' --description 'since "
      "May'"},

@@ -59,6 +59,14 @@ std::string Description(CAConnect& conn, const std::string& engine)
                         "ORDER BY LOWER(TABLE_NAME), INDEX_NAME, SEQ_IN_INDEX");
 }
 
+/// The tables that every version has.
+std::vector<schema::Table> FirstTables()
+{
+    std::vector<schema::Table> tables = awkward::TablesWithoutRecord();
+    std::erase_if(tables, [](const schema::Table& table) { return table.name == "qv_ConsoleAccount"; });
+    return tables;
+}
+
 class ReleasedVersion : public testing::TestWithParam<Release> {
 protected:
     void Load()
@@ -81,11 +89,11 @@ TEST_P(ReleasedVersion, KeepsEveryRowWhenItIsUpgraded)
     Load();
     EXPECT_EQ(schema::Inspect(m_conn).version, GetParam().version);
     EXPECT_EQ(schema::Inspect(m_conn).state, schema::State::older);
-    const std::string before = awkward::Dump(m_conn, awkward::TablesWithoutRecord());
+    const std::string before = awkward::Dump(m_conn, FirstTables());
     schema::Upgrade(m_conn);
     EXPECT_EQ(schema::Inspect(m_conn).state, schema::State::current);
-    EXPECT_EQ(awkward::Dump(m_conn, awkward::TablesWithoutRecord()), before);
-    for (const schema::Table& table : awkward::TablesWithoutRecord()) {
+    EXPECT_EQ(awkward::Dump(m_conn, FirstTables()), before);
+    for (const schema::Table& table : FirstTables()) {
         EXPECT_EQ(Listed(m_conn, "SELECT COUNT(*) FROM " + table.name), "3|\n") << table.name;
     }
     EXPECT_EQ(Listed(m_conn, "SELECT Col_LoginName, Col_Name, Col_Birthday FROM qv_User WHERE Col_ID = 1"),

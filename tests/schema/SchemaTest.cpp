@@ -127,9 +127,9 @@ TEST_F(SchemaTest, TellsTheStatesApart)
     schema::Upgrade(m_conn, [&](int version, const std::string& title) {
         titles.push_back(std::to_string(version) + " " + title);
     });
-    EXPECT_THAT(titles, ElementsAre("1 tables", "2 indexes", "3 names", "4 audit"));
+    EXPECT_THAT(titles, ElementsAre("1 tables", "2 indexes", "3 names", "4 audit", "5 console"));
     EXPECT_EQ(schema::Inspect(m_conn).state, State::current);
-    EXPECT_EQ(schema::Inspect(m_conn).version, 4);
+    EXPECT_EQ(schema::Inspect(m_conn).version, 5);
     m_conn.Execute("UPDATE qv_Schema SET Col_Value = '99' WHERE Col_Name = 'version'");
     EXPECT_EQ(schema::Inspect(m_conn).state, State::newer);
     EXPECT_THAT(Raised([&] { schema::Upgrade(m_conn); }), HasSubstr("version 99, made by a later program"));

@@ -1,6 +1,7 @@
 #include "ServerFixture.h"
 #include "management/Query.h"
 #include "tests/servers/Servers.h"
+#include "web/Totp.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -74,6 +75,40 @@ TEST_P(WebOnEngineTest, DoesTheMainJobs)
     EXPECT_EQ(Got(client, "/users?no_group=1&q=login:user1").at("total"), 0);
     EXPECT_EQ(Got(client, "/problems").at("problems").size(), 1U);
     EXPECT_EQ(Run(client, "audit/verify", json::object()).at("record").at("first_altered"), nullptr);
+}
+
+TEST_P(WebOnEngineTest, KnowsLevelsAndOneTimeCodes)
+{
+    std::time_t now = 1'500'000'000;
+    HttpClient admin = Signed({.wallClock = [&now] { return now; }});
+    Run(admin, "user/create", {{"LOGIN", "amy"}});
+    Run(admin, "user/password/set", {{"USER", "amy"}, {"password", kPassword}});
+    Run(admin, "console/set", {{"USER", "amy"}, {"LEVEL", "help-desk"}});
+    HttpClient amy = Client();
+    ASSERT_EQ(SignIn(amy, "amy").status, 200);
+    EXPECT_EQ(CodeOf(Ask(amy, "user/lock", {{"parameters", {{"USER", {"Admin"}}}}})), "not_allowed");
+    const std::string secret = json::parse(amy.Post("/api/v1/session/totp", "{}").body).at("secret");
+    const json code = {{"code", TotpCode(secret, static_cast<int>(now / kTotpSeconds))}};
+    const HttpAnswer added = amy.Post("/api/v1/session/totp/confirm", code.dump());
+    ASSERT_EQ(added.status, 200) << added.body;
+    const std::string recovery = json::parse(added.body).at("new_recovery_codes").at(9);
+    EXPECT_EQ(CodeOf(SignIn(amy, "amy")), "code_required");
+    json given = {{"login", "amy"}, {"password", kPassword}, {"code", code.at("code")}};
+    EXPECT_EQ(CodeOf(amy.Post("/api/v1/session", given.dump())), "wrong_code");
+    given["code"] = recovery;
+    EXPECT_EQ(amy.Post("/api/v1/session", given.dump()).status, 200);
+    EXPECT_EQ(CodeOf(amy.Post("/api/v1/session", given.dump())), "wrong_code");
+    const json listed = Run(admin, "console/list", json::object()).at("rows");
+    ASSERT_EQ(listed.size(), 2U);
+    EXPECT_EQ(listed.at(1).at("level"), "help-desk");
+    EXPECT_EQ(listed.at(1).at("recovery_codes"), 9);
+    // Who is a super user is changed only with the password given again, whatever the engine.
+    Start({.sessions = {.confirmation = std::chrono::seconds(0)}});
+    HttpClient again = Client();
+    ASSERT_EQ(SignIn(again).status, 200);
+    EXPECT_EQ(CodeOf(Ask(again, "user/set", {{"parameters", {{"USER", "amy"}, {"super", true}}}})),
+              "password_required");
+    EXPECT_EQ(Ask(again, "user/set", {{"parameters", {{"USER", "amy"}, {"title", "x"}}}}).status, 200);
 }
 
 TEST_P(WebOnEngineTest, OpensAnewWhatWasLost)

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -166,6 +167,76 @@ TEST_F(HttpServerTest, RefusesLongHeads)
         isOpen = connection.Send("X-Long: " + std::string(1000, 'x') + "\r\n");
     }
     EXPECT_FALSE(isOpen);
+}
+
+TEST_F(HttpServerTest, RefusesManyHeaders)
+{
+    Start();
+    HttpConnection connection(m_server->Port());
+    connection.Send("GET / HTTP/1.1\r\nHost: h\r\n");
+    bool isOpen = true;
+    for (int i = 0; i < 200000 && isOpen; ++i) {
+        isOpen = connection.Send("a:b\r\n");
+    }
+    EXPECT_FALSE(isOpen);
+}
+
+TEST_F(HttpServerTest, EndsChunksThatDrip)
+{
+    Start();
+    HttpConnection connection(m_server->Port());
+    connection.Send("POST / HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\n");
+    const auto begin = std::chrono::steady_clock::now();
+    bool isEnded = false;
+    while (!isEnded && std::chrono::steady_clock::now() - begin < 30s) {
+        connection.Send("1\r\nx\r\n");
+        isEnded = connection.IsEndedWithin(200ms);
+    }
+    EXPECT_TRUE(isEnded);
+}
+
+TEST_F(HttpServerTest, EndsBodiesThatTakeTooLong)
+{
+    // At the pace that is asked for, and without an end.
+    m_limits.bodyTime = 2s;
+    m_limits.body = std::size_t{1} << 30U;
+    Start();
+    HttpConnection connection(m_server->Port());
+    connection.Send("POST / HTTP/1.1\r\nHost: h\r\nContent-Length: 1000000000\r\n\r\n");
+    const auto begin = std::chrono::steady_clock::now();
+    bool isEnded = false;
+    while (!isEnded && std::chrono::steady_clock::now() - begin < 30s) {
+        connection.Send(std::string(8192, 'x'));
+        isEnded = connection.IsEndedWithin(200ms);
+    }
+    EXPECT_TRUE(isEnded);
+}
+
+TEST_F(HttpServerTest, HasSoManyConnections)
+{
+    m_limits.connections = 4;
+    m_limits.silence = 60s;
+    std::atomic<int> asked = 0;
+    Start([&asked](Request request, const Responder& responder) {
+        ++asked;
+        Echo(std::move(request), responder);
+    });
+    std::vector<std::unique_ptr<HttpConnection>> open;
+    for (int i = 0; i < 5; ++i) {
+        open.push_back(std::make_unique<HttpConnection>(m_server->Port()));
+        open.back()->Send("GET / HTTP/1.1\r\nHost: h\r\n\r\n");
+        if (i < 4) {
+            EXPECT_EQ(open.back()->Read().status, 200);
+        }
+    }
+    // The fifth one waits until another one is gone.
+    EXPECT_FALSE(open.back()->IsEndedWithin(500ms));
+    EXPECT_EQ(asked, 4);
+    open.erase(open.begin());
+    for (int i = 0; i < 200 && asked == 4; ++i) {
+        std::this_thread::sleep_for(50ms);
+    }
+    EXPECT_EQ(asked, 5);
 }
 
 TEST_F(HttpServerTest, EndsHeadsThatDrip)

@@ -5,12 +5,14 @@
 #include "web/Sessions.h"
 #include "web/Throttle.h"
 #include "web/Tokens.h"
+#include "web/Totp.h"
 #include "web/Worker.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <future>
+#include <set>
 #include <vector>
 
 using namespace web;
@@ -61,7 +63,7 @@ TEST(ThrottleTest, SlowsDownAfterFiveFailuresAndNeverLocksOut)
         const auto delay = throttle.Begin("amy", "192.0.2.1", now);
         ASSERT_TRUE(delay);
         delays.push_back(std::chrono::duration_cast<std::chrono::seconds>(*delay).count());
-        throttle.End("amy", "192.0.2.1", false, now);
+        throttle.End("amy", "192.0.2.1", Throttle::Outcome::wrong, now);
     }
     EXPECT_THAT(delays, ElementsAre(0, 0, 0, 0, 0, 1, 2, 4, 8, 16, 32, 60, 60, 60));
     // The login name is slow from everywhere, the address for everybody.
@@ -77,10 +79,12 @@ TEST(ThrottleTest, ARightPasswordForgivesTheName)
     const Throttle::Clock::time_point now{};
     for (int i = 0; i < 6; ++i) {
         ASSERT_TRUE(throttle.Begin("amy", "192.0.2." + std::to_string(i), now));
-        throttle.End("amy", "192.0.2." + std::to_string(i), false, now);
+        throttle.End("amy", "192.0.2." + std::to_string(i), Throttle::Outcome::wrong, now);
     }
     ASSERT_EQ(throttle.Begin("amy", "192.0.2.9", now), 2s);
-    throttle.End("amy", "192.0.2.9", true, now);
+    throttle.End("amy", "192.0.2.9", Throttle::Outcome::unfinished, now);
+    ASSERT_EQ(throttle.Begin("amy", "192.0.2.9", now), 2s);
+    throttle.End("amy", "192.0.2.9", Throttle::Outcome::right, now);
     EXPECT_EQ(throttle.Begin("amy", "192.0.2.9", now), 0s);
 }
 
@@ -97,6 +101,49 @@ TEST(ThrottleTest, TakesTenASecondAndFourWaitingOfOneAddress)
     }
     EXPECT_FALSE(throttle.Begin("d", "192.0.2.99", now));
     EXPECT_TRUE(throttle.Begin("d", "192.0.2.99", now + 1s));
+}
+
+constexpr const char* kSecretOfRfc = "GEZDGNBVGY3TQOJQGEZDGNBVGY3TQOJQ"; // 12345678901234567890
+
+TEST(TotpTest, CodesAreThoseOfRfc6238)
+{
+    // The last six of the eight digits of its appendix B.
+    for (const auto& [time, code] : {std::pair<std::int64_t, const char*>{59, "287082"},
+                                     {1111111109, "081804"},
+                                     {1111111111, "050471"},
+                                     {1234567890, "005924"},
+                                     {2000000000, "279037"},
+                                     {20000000000, "353130"}}) {
+        EXPECT_EQ(TotpCode(kSecretOfRfc, static_cast<int>(time / kTotpSeconds)), code);
+        EXPECT_EQ(StepOfCode(kSecretOfRfc, code, time), time / kTotpSeconds);
+    }
+}
+
+TEST(TotpTest, TakesTheStepsBesideThePresentOne)
+{
+    const std::string code = TotpCode(kSecretOfRfc, 100);
+    for (const auto& [step, isTaken] : {std::pair{98, false}, {99, true}, {100, true}, {101, true}, {102, false}}) {
+        EXPECT_EQ(StepOfCode(kSecretOfRfc, code, std::time_t{step} * kTotpSeconds).has_value(), isTaken) << step;
+    }
+    EXPECT_EQ(StepOfCode(kSecretOfRfc, code.substr(0, 3) + " " + code.substr(3), 3000), 100);
+    for (const std::string& wrong : {std::string(), code.substr(1), code + "0", std::string(6, 'x')}) {
+        EXPECT_FALSE(StepOfCode(kSecretOfRfc, wrong, 3000)) << wrong;
+    }
+}
+
+TEST(TotpTest, SecretsAndRecoveryCodesAreRandom)
+{
+    const std::string secret = NewTotpSecret();
+    EXPECT_THAT(secret, testing::MatchesRegex("[A-Z2-7]{32}"));
+    EXPECT_NE(secret, NewTotpSecret());
+    EXPECT_EQ(TotpUri("ABC", "o'brien+ü"), "otpauth://totp/Quorvel:o%27brien%2B%C3%BC?secret=ABC&issuer=Quorvel");
+    const RecoveryCodes made = NewRecoveryCodes();
+    EXPECT_EQ(std::set<std::string>(made.codes.begin(), made.codes.end()).size(), 10U);
+    for (std::size_t i = 0; i < made.codes.size(); ++i) {
+        EXPECT_THAT(made.codes[i], testing::MatchesRegex("[a-z2-7]{4}(-[a-z2-7]{4}){3}"));
+        EXPECT_EQ(made.digests.at(i), RecoveryDigest(made.codes[i]));
+    }
+    EXPECT_EQ(RecoveryDigest(" ABCD-efgh"), RecoveryDigest("abcdefgh"));
 }
 
 TEST(SessionsTest, EndWithTime)
@@ -140,13 +187,13 @@ TEST(SessionsTest, AConfirmationGivesANewToken)
     const auto [token, session] = sessions.Begin({1, "amy", "", ""}, now);
     now += 10min;
     EXPECT_FALSE(sessions.IsConfirmed(session, now));
-    const auto confirmed = sessions.Confirm(session.key, now);
+    const auto confirmed = sessions.Confirm(session.key, {1, "amy", "Amy", "another mark"}, now);
     ASSERT_TRUE(confirmed);
     EXPECT_TRUE(sessions.IsConfirmed(confirmed->second, now));
     EXPECT_FALSE(sessions.Use(token, now));
     EXPECT_TRUE(sessions.Use(confirmed->first, now));
     EXPECT_NE(confirmed->second.csrf, session.csrf);
-    EXPECT_FALSE(sessions.Confirm(session.key, now));
+    EXPECT_FALSE(sessions.Confirm(session.key, {1, "amy", "Amy", "another mark"}, now));
 }
 
 Request RequestFor(const std::string& host, NamedValues headers = {})

@@ -345,6 +345,30 @@ TEST_F(ServerTest, ASessionHasSoManyRequests)
     EXPECT_GT(refused, 0);
 }
 
+TEST_F(ServerTest, WhatIsLoggedStaysOneLine)
+{
+    Signed();
+    m_log.clear();
+    HttpClient client = Client();
+    EXPECT_EQ(SignIn(client, "x\n{\"event\":\"sign_in\",\"login\":\"Admin\"}\r\x1B[2J", "wrong").status, 401);
+    EXPECT_EQ(std::ranges::count(m_log, '\n'), 1) << m_log;
+    EXPECT_TRUE(std::ranges::none_of(m_log, [](char letter) { return letter == '\r' || letter == '\x1B'; })) << m_log;
+    EXPECT_EQ(json::parse(m_log).at("event"), "sign_in_failed");
+}
+
+TEST_F(ServerTest, ErrorsTellNoStatementsAndNoFiles)
+{
+    HttpClient client = Signed();
+    m_conn.Execute("DROP TABLE Kel_Board");
+    for (const std::string command : {"board/list", "board/show"}) {
+        const HttpAnswer answer =
+            Ask(client, command, {{"parameters", command == "board/list" ? json::object() : json{{"ID", "1"}}}});
+        EXPECT_GE(answer.status, 500) << command;
+        EXPECT_EQ(answer.Header("Content-Type"), "application/problem+json");
+        EXPECT_THAT(answer.body, AllOf(Not(HasSubstr("SELECT")), Not(HasSubstr(m_folder)), Not(HasSubstr(".cpp"))));
+    }
+}
+
 // ---- Commands -------------------------------------------------------------------------------------------------------
 
 TEST_F(ServerTest, ChangesAreRecordedWithWhoMadeThem)

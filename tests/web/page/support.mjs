@@ -18,16 +18,16 @@ export const password = "correct horse battery";
 export async function startServer(commands = [], { withPassword = true, people = "" } = {}) {
     const folder = mkdtempSync(join(tmpdir(), "page-"));
     const env = { ...process.env, QVADMIN_DB: `sqlite:${folder}/directory.db` };
-    const qvadmin = (...words) => execFileSync(QVADMIN, words, { env, encoding: "utf8", stdio: ["ignore", "pipe", "pipe"] });
+    const qvadmin = (...words) => execFileSync(QVADMIN, words, { env, cwd: folder, encoding: "utf8", stdio: ["ignore", "pipe", "pipe"] });
     qvadmin("db", "init");
     if (people) {
         writeFileSync(join(folder, "people.csv"), people);
         qvadmin("user", "import", join(folder, "people.csv"), "--result", join(folder, "result.csv"));
     }
     const batch = [...commands];
+    writeFileSync(join(folder, "password"), `${password}\n`, { mode: 0o600 });
     if (withPassword) {
-        writeFileSync(join(folder, "password"), `${password}\n`, { mode: 0o600 });
-        batch.push("user create Admin --super", `user password set Admin --password-file ${folder}/password`);
+        batch.push("user create Admin --super", "user password set Admin --password-file password");
     }
     writeFileSync(join(folder, "batch"), batch.join("\n"));
     qvadmin("batch", join(folder, "batch"), "--stop-on-error");
@@ -79,7 +79,7 @@ export function useServer(commands, options) {
 }
 
 /** A page in a browser of its own. What goes wrong in it fails the test that calls `finish`. */
-export async function openPage(shared, { path = "/", width = 1440, height = 900, signedIn = true, ...options } = {}) {
+export async function openPage(shared, { path = "/", width = 1440, height = 900, signedIn = true, login = "Admin", ...options } = {}) {
     const context = await shared.browser.newContext({ viewport: { width, height }, locale: "en-GB", ...options });
     await context.addInitScript({ content: axe });
     const page = await context.newPage();
@@ -99,7 +99,7 @@ export async function openPage(shared, { path = "/", width = 1440, height = 900,
     page.setDefaultTimeout(10000);
     await page.goto(shared.server.url + path);
     if (signedIn) {
-        await page.getByLabel("Login name").fill("Admin");
+        await page.getByLabel("Login name").fill(login);
         await page.getByLabel("Password").fill(password);
         await page.getByRole("button", { name: "Sign in" }).click();
         await page.getByRole("navigation", { name: "Areas" }).waitFor();

@@ -69,6 +69,13 @@ export interface Session {
     name: string;
     csrf: string;
     engine: string;
+    level: "read-only" | "help-desk" | "full";
+    /** Whether one-time codes are asked for, and whether nothing can be done before they are set up. */
+    totp: boolean;
+    totp_required: boolean;
+    recovery_codes: number;
+    /** Those that were made just now, which are shown once. */
+    new_recovery_codes?: string[];
 }
 
 export interface Person extends Row {
@@ -189,9 +196,18 @@ function begin(session: Session): Session {
 }
 
 export const currentSession = async () => begin(await once<Session>("GET", "/session"));
-export const signIn = async (login: string, password: string) =>
-    begin(await once<Session>("POST", "/session", { login, password }));
-export const stepUp = async (password: string) => begin(await once<Session>("POST", "/session/step-up", { password }));
+export const signIn = async (login: string, password: string, code: string) =>
+    begin(await once<Session>("POST", "/session", { login, password, code }));
+export const stepUp = async (password: string, code: string) =>
+    begin(await once<Session>("POST", "/session/step-up", { password, code }));
+/** A secret for an app, as a text and as a link. */
+export interface NewTotp {
+    secret: string;
+    uri: string;
+}
+export const beginTotp = () => request<NewTotp>("POST", "/session/totp", {});
+export const confirmTotp = async (code: string) => begin(await request<Session>("POST", "/session/totp/confirm", { code }));
+export const removeTotp = async () => begin(await request<Session>("DELETE", "/session/totp"));
 export const signOut = () => once("DELETE", "/session");
 export const setUp = (token: string, password: string) => once<{ login: string }>("POST", "/setup", { token, password });
 
@@ -251,4 +267,12 @@ export const findImport = (id: number) => request<Import>("GET", `/imports?id=${
 export const listImports = async () => (await request<{ imports: Import[] }>("GET", "/imports")).imports;
 export const stopImport = (id: number) => request("POST", "/imports/stop", { id });
 export const overview = () => request<Row>("GET", "/overview");
-export const listCommands = async () => (await request<{ commands: Command[] }>("GET", "/commands")).commands;
+let allowed = new Set<string>();
+/** The table of commands, of which the server offers what who is signed in may run. */
+export const listCommands = async () => {
+    const { commands } = await request<{ commands: Command[] }>("GET", "/commands");
+    allowed = new Set(commands.map(command => command.path.join("/")));
+    return commands;
+};
+/** Whether who is signed in may run a command, such as "user/lock"; not before the table is there. */
+export const may = (command: string) => allowed.has(command);

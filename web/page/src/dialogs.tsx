@@ -1,7 +1,7 @@
 // Questions, and what is said after them.
 import type { ComponentChildren } from "preact";
 import { useLayoutEffect, useRef, useState } from "preact/hooks";
-import { type Answer, type Plan, Problem, type RunOptions, type Values, run } from "./api";
+import { type Answer, type Plan, Problem, type RunOptions, type Values, may, run } from "./api";
 import { noteChange } from "./place";
 import { t } from "./texts";
 
@@ -182,7 +182,7 @@ export async function change(
         try {
             const answer = await run(command, parameters, asked);
             const said = (answer.outcomes ?? []).map(outcome => outcome.message);
-            toast(said.slice(0, 3).join("; ") || t("saved"), answer.entry ?? undefined);
+            toast(said.slice(0, 3).join("; ") || t("saved"), may("audit/undo") ? (answer.entry ?? undefined) : undefined);
             if (answer.changed) {
                 noteChange();
             }

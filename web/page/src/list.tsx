@@ -1,6 +1,6 @@
 // People.
 import { useEffect, useRef, useState } from "preact/hooks";
-import { type People, type Person, Problem, listPeople } from "./api";
+import { type People, type Person, Problem, listPeople, may } from "./api";
 import { Trouble, askFor, change, sentence } from "./dialogs";
 import { Icon } from "./icons";
 import { askNames } from "./names";
@@ -160,8 +160,8 @@ export function List(props: {
             End: () => move(total - 1),
             Enter: () => row && props.onOpen(row.id),
             " ": () => row && select([row], !selected.has(row.id)),
-            F2: () => row && rename(row),
-            Delete: () => row && void remove(selected.count > 0 ? selected : Selection.of([row.id])),
+            F2: () => row && may("user/rename") && rename(row),
+            Delete: () => row && may("user/delete") && void remove(selected.count > 0 ? selected : Selection.of([row.id])),
         };
         const action = actions[event.key];
         if (action) {
@@ -265,13 +265,21 @@ export function List(props: {
                 {selected.count > 0 ? (
                     <>
                         <strong role="status">{t("people.selected", { count: selected.count })}</strong>
-                        <button onClick={() => void changePeopleOrSay("user/lock", selected)}>{t("people.lock")}</button>
-                        <button onClick={() => void changePeopleOrSay("user/unlock", selected)}>
-                            {t("people.unlock")}
-                        </button>
-                        <button onClick={() => askMove(selected, from ? (people?.path ?? "") : "")}>{t("move")}…</button>
-                        <button onClick={() => askAdd(selected)}>{t("people.addto")}</button>
-                        {query.in !== "" && (
+                        {may("user/lock") && (
+                            <button onClick={() => void changePeopleOrSay("user/lock", selected)}>{t("people.lock")}</button>
+                        )}
+                        {may("user/unlock") && (
+                            <button onClick={() => void changePeopleOrSay("user/unlock", selected)}>
+                                {t("people.unlock")}
+                            </button>
+                        )}
+                        {may("user/move") && (
+                            <button onClick={() => askMove(selected, from ? (people?.path ?? "") : "")}>{t("move")}…</button>
+                        )}
+                        {may("member/add") && (
+                            <button onClick={() => askAdd(selected)}>{t("people.addto")}</button>
+                        )}
+                        {query.in !== "" && may("member/remove") && (
                             <button
                                 onClick={() =>
                                     void changePeopleOrSay("member/remove", selected, { GROUP: argumentOf(query.in) })
@@ -280,20 +288,28 @@ export function List(props: {
                                 {t("people.removefrom")}
                             </button>
                         )}
-                        <button onClick={() => askRole(selected, "add")}>{t("people.role.add")}</button>
-                        <button onClick={() => askRole(selected, "remove")}>{t("people.role.remove")}</button>
-                        <button class="danger" onClick={() => void remove(selected)}>
-                            {t("delete")}…
-                        </button>
+                        {may("role/add") && (
+                            <button onClick={() => askRole(selected, "add")}>{t("people.role.add")}</button>
+                        )}
+                        {may("role/remove") && (
+                            <button onClick={() => askRole(selected, "remove")}>{t("people.role.remove")}</button>
+                        )}
+                        {may("user/delete") && (
+                            <button class="danger" onClick={() => void remove(selected)}>
+                                {t("delete")}…
+                            </button>
+                        )}
                         <button class="link" onClick={() => setSelected(Selection.nobody)}>
                             {t("people.clear")}
                         </button>
                     </>
                 ) : (
                     <>
-                        <button class="main" onClick={create}>
-                            <Icon name="plus" /> {t("people.new")}
-                        </button>
+                        {may("user/create") && (
+                            <button class="main" onClick={create}>
+                                <Icon name="plus" /> {t("people.new")}
+                            </button>
+                        )}
                         <label>
                             <input
                                 type="checkbox"

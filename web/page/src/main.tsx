@@ -13,6 +13,7 @@ import { askNames, namesIn } from "./names";
 import { Audit, Overview, Why } from "./pages";
 import { type Where, go, useWhere } from "./place";
 import { SetupPage, SignInDialog, SignInPage } from "./signin";
+import { TwoStepPage, openTwoStep } from "./twostep";
 import { language, languages, setLanguage, t } from "./texts";
 
 /** Areas, and the nouns of the table that each shows. */
@@ -27,7 +28,7 @@ const areas: { name: string; nouns?: string[] }[] = [
     { name: "messages", nouns: ["message", "loginlog"] },
     { name: "addins", nouns: ["addin", "package"] },
     { name: "board", nouns: ["board"] },
-    { name: "settings", nouns: ["setting"] },
+    { name: "settings", nouns: ["setting", "console"] },
     { name: "audit" },
     // What has no place of its own, and what the table may have one day.
     { name: "more", nouns: ["user", "group", "view", "member", "title", "audit"] },
@@ -120,6 +121,7 @@ function UserMenu(props: { session: Session }) {
                         ))}
                     </select>
                 </label>
+                <button onClick={openTwoStep}>{t("totp")}…</button>
                 <button
                     onClick={async () => {
                         await signOut().catch(() => undefined);
@@ -178,7 +180,7 @@ function Frame(props: { session: Session }) {
     const [commands, setCommands] = useState<Command[]>([]);
     useEffect(() => {
         listCommands().then(setCommands, error => toast(sentence(error)));
-    }, []);
+    }, [props.session.level]);
     const name = where.path.slice(1) || "directory";
     useEffect(() => {
         document.title = `${t(`area.${areas.find(one => one.name === name)?.name ?? "directory"}` as Key)} – ${t("product")}`;
@@ -197,7 +199,7 @@ function Frame(props: { session: Session }) {
                 <UserMenu session={props.session} />
             </header>
             <nav class="areas" aria-label={t("areas")}>
-                {areas.map(area => (
+                {areas.filter(area => area.name !== "import" || props.session.level === "full").map(area => (
                     <a
                         key={area.name}
                         href={`/${area.name}`}
@@ -268,6 +270,8 @@ function App() {
         );
     } else if (session === null) {
         page = <SignInPage key={login} login={login} notice={notice} onDone={setSession} />;
+    } else if (session?.totp_required) {
+        page = <TwoStepPage onDone={setSession} />;
     } else if (session) {
         page = <Frame session={session} />;
     }

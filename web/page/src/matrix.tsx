@@ -1,6 +1,6 @@
 // Rights of roles side by side, edited and saved as one change.
 import { useEffect, useState } from "preact/hooks";
-import { type Row, run } from "./api";
+import { type Row, may, run } from "./api";
 import { Trouble, change, confirmed, sentence } from "./dialogs";
 import { addGuard, useChanges } from "./place";
 import { t, words } from "./texts";
@@ -204,6 +204,7 @@ export function Matrix() {
                                             <input
                                                 class={`power${key in edits ? " changed" : ""}`}
                                                 aria-label={label}
+                                                readOnly={!may("right/edit")}
                                                 value={edits[key] ?? line.powers[role.id] ?? ""}
                                                 onInput={event => edit(role, line, event.currentTarget.value)}
                                             />
@@ -217,7 +218,7 @@ export function Matrix() {
             </div>
             {fitting.length === 0 && <p class="empty">{t("none")}</p>}
             {fitting.length > kMostRows && <p>{t("generic.cut", { count: kMostRows })}</p>}
-            <div class="buttons">
+            {may("right/edit") && <div class="buttons">
                 <span role="status">{count > 0 ? t("matrix.changed", { count }) : ""}</span>
                 <button disabled={count === 0} onClick={drop}>
                     {t("discard")}
@@ -225,7 +226,7 @@ export function Matrix() {
                 <button class="main" disabled={count === 0} onClick={() => void save()}>
                     {t("save")}
                 </button>
-            </div>
+            </div>}
         </section>
     );
 }

@@ -1,6 +1,6 @@
 // Overview, Why and Audit.
 import { useEffect, useState } from "preact/hooks";
-import { type Answer, type Row, listProblems, overview, run } from "./api";
+import { type Answer, type Row, listProblems, may, overview, run } from "./api";
 import { Trouble, changeOrSay, sentence, undo } from "./dialogs";
 import { AnswerView } from "./generic";
 import { type Where, go, useChanges } from "./place";
@@ -182,7 +182,7 @@ export function Audit(props: { where: Where }) {
                     <Table label={t("audit.values")} columns={["change", "what", "column", "before", "after"]} rows={changesOf} />
                     <div class="buttons">
                         <button onClick={() => void go("/audit", { ...query, entry: undefined })}>{t("close")}</button>
-                        {!entry.record["undone_by"] && (
+                        {!entry.record["undone_by"] && may("audit/undo") && (
                             <button
                                 class="danger"
                                 onClick={() => void changeOrSay("audit/undo", { ID: [String(entry.record?.["id"])] })}
@@ -206,9 +206,11 @@ export function Audit(props: { where: Where }) {
                             {row["undone_by"] ? (
                                 <span class="muted">{t("audit.undone", { id: String(row["undone_by"]) })}</span>
                             ) : (
-                                <button class="link" onClick={() => void undo(Number(row["id"]))}>
-                                    {t("undo")}
-                                </button>
+                                may("audit/undo") && (
+                                    <button class="link" onClick={() => void undo(Number(row["id"]))}>
+                                        {t("undo")}
+                                    </button>
+                                )
                             )}
                         </>
                     )}

@@ -1,5 +1,5 @@
 // What is done with people who were selected, and with people and groups that are dragged, or cut, to a group.
-import { type Answer, type Place, type Values, run } from "./api";
+import { type Answer, type Place, type Values, may, run } from "./api";
 import { Dialog, Lines, askFor, change, changeOrSay, openDialog, sentence, toast } from "./dialogs";
 import type { Selection } from "./selection";
 import { counted, t } from "./texts";
@@ -108,7 +108,9 @@ export const canDrop = (place: Place | undefined) =>
     carried !== undefined &&
     place !== undefined &&
     place.key !== "nowhere" &&
-    ("group" in carried ? carried.group.key !== place.key : place.key.startsWith("group:"));
+    ("group" in carried
+        ? may("group/move") && carried.group.key !== place.key
+        : may("user/move") && place.key.startsWith("group:"));
 
 /** Asks, and puts what is carried into a place. @param isCopy  people stay where they are, too. */
 export function drop(place: Place, isCopy: boolean): void {

@@ -1,6 +1,6 @@
 // One user.
 import { useEffect, useState } from "preact/hooks";
-import { type Answer, Problem, type Row, type Value, run } from "./api";
+import { type Answer, Problem, type Row, type Value, may, run } from "./api";
 import { askFor, change, changeOrSay, confirmed, Dialog, openDialog, sentence, Trouble, undo } from "./dialogs";
 import { Icon } from "./icons";
 import { addGuard, useChanges } from "./place";
@@ -93,7 +93,7 @@ function ListTab(props: { tab: Tab; id: number }) {
     return (
         <>
             <Trouble text={trouble} />
-            {props.tab === "groups" && (
+            {props.tab === "groups" && may("member/add") && (
                 <div class="bar">
                     <button
                         onClick={() =>
@@ -109,7 +109,7 @@ function ListTab(props: { tab: Tab; id: number }) {
                     </button>
                 </div>
             )}
-            {props.tab === "roles" && (
+            {props.tab === "roles" && may("role/add") && (
                 <div class="bar">
                     <button
                         onClick={() =>
@@ -138,7 +138,7 @@ function ListTab(props: { tab: Tab; id: number }) {
                     label={t(`tab.${props.tab}`)}
                     columns={spec.columns.length > 0 ? spec.columns : (answer.columns ?? [])}
                     rows={answer.rows}
-                    {...(props.tab === "history"
+                    {...(props.tab === "history" && may("audit/undo")
                         ? {
                               action: (row: Row) => (
                                   <button class="link" onClick={() => void undo(Number(row["entry"]))}>
@@ -155,6 +155,8 @@ function ListTab(props: { tab: Tab; id: number }) {
 
 function Security(props: { id: number; record: Row }) {
     const user = `id:${props.id}`;
+    // The help desk gives no passwords to super users.
+    const isOffered = may("user/password/set") && (may("user/set") || !props.record["super"]);
     const generate = async () => {
         const answer = await changeOrSay("user/password/set", { USER: user, generate: true });
         const made = answer?.password;
@@ -178,7 +180,7 @@ function Security(props: { id: number; record: Row }) {
                     ? t("password.state.set", { type: asText(props.record["password_type"]) })
                     : t("password.state.none")}
             </p>
-            <div class="bar">
+            {isOffered && <div class="bar">
                 <button
                     onClick={() =>
                         askFor(
@@ -193,7 +195,7 @@ function Security(props: { id: number; record: Row }) {
                     {t("password.new")}
                 </button>
                 <button onClick={() => void generate()}>{t("password.generate")}</button>
-            </div>
+            </div>}
         </>
     );
 }
@@ -348,6 +350,7 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
                         {t("conflict")}
                     </p>
                 )}
+                <fieldset class="plain" disabled={!may("user/set")}>
                 {record &&
                     fields[props.tab]?.map(field => (
                         <Field
@@ -363,6 +366,7 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
                             }}
                         />
                     ))}
+                </fieldset>
                 {record && props.tab === "more" && (
                     <RecordView
                         record={Object.fromEntries(
@@ -373,7 +377,7 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
                 {record && props.tab === "security" && <Security id={props.id} record={record} />}
                 {lists[props.tab] && <ListTab key={props.tab} tab={props.tab} id={props.id} />}
             </div>
-            {fields[props.tab] && (
+            {fields[props.tab] && may("user/set") && (
                 <footer>
                     <span role="status">{count > 0 ? counted("changed.count", count) : ""}</span>
                     <button disabled={count === 0} onClick={() => void load(false)}>

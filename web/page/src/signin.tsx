@@ -1,6 +1,6 @@
 // Who somebody is.
 import { useState } from "preact/hooks";
-import { type Session, setUp, signIn, stepUp } from "./api";
+import { Problem, type Session, setUp, signIn, stepUp } from "./api";
 import { Dialog, Trouble, sentence } from "./dialogs";
 import { go } from "./place";
 import { t } from "./texts";
@@ -23,6 +23,8 @@ function Password(props: { label: string; name: string; isNew?: boolean; onInput
 export function SignInForm(props: { login?: string; isFixed?: boolean; onDone: (session: Session) => void; isStepUp?: boolean }) {
     const [login, setLogin] = useState(props.login ?? "");
     const [password, setPassword] = useState("");
+    const [code, setCode] = useState("");
+    const [isCodeAsked, setCodeAsked] = useState(false);
     const [trouble, setTrouble] = useState("");
     const [isBusy, setBusy] = useState(false);
     return (
@@ -32,9 +34,11 @@ export function SignInForm(props: { login?: string; isFixed?: boolean; onDone: (
                 setBusy(true);
                 setTrouble("");
                 try {
-                    props.onDone(props.isStepUp ? await stepUp(password) : await signIn(login, password));
+                    props.onDone(props.isStepUp ? await stepUp(password, code) : await signIn(login, password, code));
                 } catch (error) {
-                    setTrouble(sentence(error));
+                    const isNext = error instanceof Problem && error.code === "code_required" && !isCodeAsked;
+                    setCodeAsked(isCodeAsked || isNext);
+                    setTrouble(isNext ? "" : sentence(error));
                 }
                 setBusy(false);
             }}
@@ -53,6 +57,26 @@ export function SignInForm(props: { login?: string; isFixed?: boolean; onDone: (
                 />
             </div>
             <Password label={t("signin.password")} name="password" onInput={setPassword} />
+            {isCodeAsked && (
+                <div class="field">
+                    <label for="code">{t("signin.code")}</label>
+                    <input
+                        id="code"
+                        required
+                        autocomplete="one-time-code"
+                        aria-describedby="code-help"
+                        ref={field => {
+                            if (code === "") {
+                                field?.focus();
+                            }
+                        }}
+                        onInput={event => setCode(event.currentTarget.value)}
+                    />
+                    <p class="help" id="code-help">
+                        {t("signin.codehelp")}
+                    </p>
+                </div>
+            )}
             <div class="buttons">
                 <button class="main" disabled={isBusy}>
                     {t("signin")}

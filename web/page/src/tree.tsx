@@ -1,6 +1,6 @@
 // Views and groups.
 import { useEffect, useRef, useState } from "preact/hooks";
-import { type Place, type Step, findPlaces, listPlaces } from "./api";
+import { type Place, type Step, findPlaces, listPlaces, may } from "./api";
 import { Trouble, askFor, change, changeOrSay, sentence } from "./dialogs";
 import { Icon } from "./icons";
 import { canDrop, carry, cut, drop } from "./people";
@@ -191,8 +191,8 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
                 }
             },
             Enter: () => choose(line),
-            F2: () => rename(line),
-            Delete: () => remove(line),
+            F2: () => may("group/rename") && rename(line),
+            Delete: () => may("group/delete") && void remove(line),
         };
         const action = actions[key];
         if (action) {
@@ -301,25 +301,29 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
         <section class="tree panel" aria-label={t("organisation")}>
             <header>
                 <h2>{t("organisation")}</h2>
-                <button class="icon" title={t("tree.new")} aria-label={t(target ? "tree.new" : "tree.newview")} onClick={create}>
-                    <Icon name="plus" />
-                </button>
-                <details class="menu">
-                    <summary class="icon" aria-label={t("tree.menu")}>
-                        <Icon name="more" />
-                    </summary>
-                    <div class="popup" onClick={event => event.currentTarget.closest("details")?.removeAttribute("open")}>
-                        <button disabled={!target} onClick={() => rename(target)}>
-                            {t("rename")} <kbd>F2</kbd>
-                        </button>
-                        <button disabled={!target?.place?.key.startsWith("group:")} onClick={() => move(target)}>
-                            {t("move")}…
-                        </button>
-                        <button disabled={!target} class="danger" onClick={() => void remove(target)}>
-                            {t("delete")}… <kbd>Del</kbd>
-                        </button>
-                    </div>
-                </details>
+                {may(target ? "group/create" : "view/create") && (
+                    <button class="icon" title={t("tree.new")} aria-label={t(target ? "tree.new" : "tree.newview")} onClick={create}>
+                        <Icon name="plus" />
+                    </button>
+                )}
+                {may("group/rename") && (
+                    <details class="menu">
+                        <summary class="icon" aria-label={t("tree.menu")}>
+                            <Icon name="more" />
+                        </summary>
+                        <div class="popup" onClick={event => event.currentTarget.closest("details")?.removeAttribute("open")}>
+                            <button disabled={!target} onClick={() => rename(target)}>
+                                {t("rename")} <kbd>F2</kbd>
+                            </button>
+                            <button disabled={!target?.place?.key.startsWith("group:")} onClick={() => move(target)}>
+                                {t("move")}…
+                            </button>
+                            <button disabled={!target} class="danger" onClick={() => void remove(target)}>
+                                {t("delete")}… <kbd>Del</kbd>
+                            </button>
+                        </div>
+                    </details>
+                )}
             </header>
             <input
                 class="filter"
