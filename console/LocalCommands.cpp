@@ -16,6 +16,7 @@ std::span<const LocalCommand> CompletionCommands();
 std::span<const LocalCommand> ConfigCommands();
 std::span<const LocalCommand> ManualCommands();
 std::span<const LocalCommand> ServeCommands();
+std::span<const LocalCommand> ShellCommands();
 
 std::span<const LocalCommand> LocalCommands()
 {
@@ -23,7 +24,7 @@ std::span<const LocalCommand> LocalCommands()
         std::vector<LocalCommand> all;
         for (const std::span<const LocalCommand> some :
              {DbCommands(), CopyCommands(), ExportCommands(), ImportCommands(), ServeCommands(), BatchCommands(),
-              ConfigCommands(), CompletionCommands(), ManualCommands()}) {
+              ShellCommands(), ConfigCommands(), CompletionCommands(), ManualCommands()}) {
             all.insert(all.end(), some.begin(), some.end());
         }
         return all;
