@@ -1,3 +1,5 @@
+#include "console/BatchCommand.h"
+
 #include "console/Actor.h"
 #include "console/CommandOption.h"
 #include "console/LocalCommand.h"
@@ -10,7 +12,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 #include <sstream>
 
@@ -43,18 +44,14 @@ struct Line {
 };
 
 /// All lines that hold a command. @throws Error (invalid) that names a line which cannot be read.
-std::vector<Line> ReadLines(const std::string& text)
+std::vector<Line> ReadLines(std::istream& in)
 {
     std::vector<Line> lines;
-    std::istringstream in(text);
     int number = 0;
     for (std::string line; std::getline(in, line);) {
         ++number;
         try {
-            std::vector<std::string> words = SplitShellWords(line);
-            if (!words.empty() && words.front() == "qvadmin") {
-                words.erase(words.begin());
-            }
+            std::vector<std::string> words = SplitCommandLine(line);
             if (!words.empty()) {
                 lines.push_back({number, std::move(words)});
             }
@@ -88,6 +85,9 @@ public:
         }
         m_call.terminal.err << fmt::format("{} of {} run, {} failed{}\n", run, Counted(lines.size(), "command"), failed,
                                            isUndone ? "; nothing was changed" : "");
+        if (failed == 0 && run < lines.size()) {
+            return Exit::failed;
+        }
         return failed != 0 ? Exit::rowsFailed : m_isFinding ? Exit::findings : Exit::done;
     }
 
@@ -104,7 +104,7 @@ private:
         for (const Line& line : lines) {
             ++counts.run;
             counts.failed += RunOne(line) ? 0 : 1;
-            if (counts.failed != 0 && (m_in.stopOnError || m_in.oneTransaction)) {
+            if ((counts.failed != 0 && (m_in.stopOnError || m_in.oneTransaction)) || m_call.terminal.isStopped()) {
                 break;
             }
         }
@@ -132,9 +132,11 @@ private:
 Exit Run(const LocalCall& call)
 {
     const auto in = binding::ReadInput<kParams>(call.given);
-    const std::string text =
-        in.file == "-" ? std::string(std::istreambuf_iterator<char>(call.terminal.in), {}) : ReadTextFile(in.file);
-    return Batch(call, in).Run(ReadLines(text));
+    if (in.file == "-") {
+        return Batch(call, in).Run(ReadLines(call.terminal.in));
+    }
+    std::istringstream file(ReadTextFile(in.file));
+    return Batch(call, in).Run(ReadLines(file));
 }
 
 constexpr LocalCommand kCommands[] = {
@@ -148,6 +150,8 @@ constexpr LocalCommand kCommands[] = {
 };
 
 } // namespace
+
+Exit RunBatchOfInput(const LocalCall& call) { return Batch(call, BatchInput()).Run(ReadLines(call.terminal.in)); }
 
 std::span<const LocalCommand> BatchCommands() { return kCommands; }
 

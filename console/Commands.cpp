@@ -101,11 +101,6 @@ constexpr Noun kNouns[] = {
      "  qvadmin console set amy help-desk"},
 };
 
-std::ostream& ErrorsOf(const Terminal& terminal)
-{
-    return terminal.errors == nullptr ? terminal.err : *terminal.errors;
-}
-
 /// A line of several works where they all do, unless it says otherwise.
 void TakeOver(Request& request, const SharedSession& shared)
 {
@@ -114,6 +109,10 @@ void TakeOver(Request& request, const SharedSession& shared)
     arguments.db = arguments.db ? arguments.db : shared.arguments.db;
     arguments.log = arguments.log ? arguments.log : shared.arguments.log;
     arguments.config = shared.arguments.config;
+    if (!arguments.isFormatGiven) {
+        arguments.format = shared.arguments.format;
+    }
+    arguments.wide = arguments.wide || shared.arguments.wide;
     options.dryRun = options.dryRun || shared.options.dryRun;
     options.reason = options.reason.empty() ? shared.options.reason : options.reason;
     options.joinsTransaction = shared.joinsTransaction;
@@ -178,7 +177,10 @@ void ApplyConfig(Request& request, const std::vector<std::string>& words, Termin
 
 void RequireJoinable(const Request& request, const SharedSession& shared, bool isLocal)
 {
-    if (request.command->path[0] == "batch") {
+    if (request.command->path[0] == "shell") {
+        throw Error(ErrorCode::invalid, "a shell cannot be run from within another or a batch");
+    }
+    if (request.command->path[0] == "batch" && !shared.isShell) {
         throw Error(ErrorCode::invalid, "a batch cannot be run from within a batch");
     }
     const bool writes = request.command->effect != Effect::read;
@@ -271,6 +273,7 @@ Exit RunWords(const std::vector<std::string>& words, Terminal& terminal, SharedS
                    false,
                    terminal.outIsClosed,
                    &ErrorsOf(terminal),
+                   terminal.isStopped,
                    terminal.outIsTerminal,
                    terminal.width,
                    terminal.outHasColor,
@@ -314,13 +317,6 @@ void WriteAsJson(const Error& error, Terminal& terminal)
     ErrorsOf(terminal) << '\n';
 }
 
-Exit Reported(const Exit code, std::string_view sentence, Terminal& terminal)
-{
-    WriteStyled(ErrorsOf(terminal), "qvadmin:", Style::error, terminal.errHasColor);
-    ErrorsOf(terminal) << ' ' << Visible(sentence) << '\n';
-    return code;
-}
-
 Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared, RunReport& report)
 {
     try {
@@ -357,6 +353,13 @@ Exit RunLogged(const std::vector<std::string>& words, Terminal& given, SharedSes
 }
 
 } // namespace
+
+Exit Reported(const Exit code, std::string_view sentence, Terminal& terminal)
+{
+    WriteStyled(ErrorsOf(terminal), "qvadmin:", Style::error, terminal.errHasColor);
+    ErrorsOf(terminal) << ' ' << Visible(sentence) << '\n';
+    return code;
+}
 
 std::span<const Noun> Nouns() { return kNouns; }
 

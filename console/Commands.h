@@ -29,6 +29,7 @@ struct SharedSession {
     Arguments arguments = {}; ///< that hold for a line which says nothing else
     CallOptions options = {}; ///< likewise
     bool joinsTransaction = false;
+    bool isShell = false;                ///< lines are typed, so that one of them may be a batch
     std::optional<Session> session = {}; ///< once a line has needed it
 
     /// The directory of `arguments`. @throws Error.
@@ -37,6 +38,9 @@ struct SharedSession {
 
 /// Runs a command line and says what goes wrong with it. @return what it ends with.
 Exit RunLine(const std::vector<std::string>& words, Terminal& terminal, SharedSession& shared);
+
+/// Says what has gone wrong. @return the code.
+Exit Reported(Exit code, std::string_view sentence, Terminal& terminal);
 
 /// Runs the program. @return what it is to end with. @throws std::bad_alloc when there is no memory to run anything.
 int RunProgram(int count, const char* const* words, Terminal& terminal);

@@ -1,5 +1,6 @@
 #include "console/Config.h"
 
+#include "console/Environment.h"
 #include "console/ExitCode.h"
 #include "console/TextFile.h"
 #include "console/Url.h"
@@ -12,7 +13,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -53,12 +53,6 @@ const ConfigKey* FindKey(std::string_view name)
 {
     const auto* const key = std::ranges::find(kKeys, name, &ConfigKey::name);
     return key == std::end(kKeys) ? nullptr : key;
-}
-
-std::string_view Environment(const std::string& name)
-{
-    const char* value = std::getenv(name.c_str());
-    return value == nullptr ? std::string_view() : std::string_view(value);
 }
 
 std::string VariableOf(std::string_view name)
@@ -201,7 +195,7 @@ Values FromEnvironment()
     Values values;
     for (const ConfigKey& key : kKeys) {
         const std::string variable = VariableOf(key.name);
-        const std::string value(Environment(variable));
+        const std::string value(Environment(variable.c_str()));
         if (!value.empty()) {
             RequireValue(key, value, variable);
             values[key.name] = {std::string(key.name), value, variable};
@@ -240,13 +234,8 @@ std::span<const ConfigKey> ConfigKeys() { return kKeys; }
 std::vector<std::string> Config::Files()
 {
     std::vector<std::string> files = {std::string(kSystemFile)};
-    // By the base directory rules a relative path there is to be ignored.
-    const std::string_view config = Environment("XDG_CONFIG_HOME");
-    const std::string_view home = Environment("HOME");
-    if (config.starts_with('/')) {
-        files.push_back(std::string(config) + "/qvadmin/config.toml");
-    } else if (home.starts_with('/')) {
-        files.push_back(std::string(home) + "/.config/qvadmin/config.toml");
+    if (const std::optional<std::string> directory = BaseDirectory("XDG_CONFIG_HOME", ".config")) {
+        files.push_back(*directory + "/qvadmin/config.toml");
     }
     return files;
 }

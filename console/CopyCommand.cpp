@@ -1,6 +1,7 @@
 #include "console/CommandOption.h"
 #include "console/Interrupt.h"
 #include "console/LocalCommand.h"
+#include "console/OtherUrl.h"
 #include "console/Progress.h"
 #include "console/Session.h"
 #include "console/TerminalFrontEnd.h"
@@ -76,7 +77,7 @@ Arguments ForTarget(const Arguments& arguments, const std::string& url)
 {
     Arguments target = arguments;
     target.db = url;
-    RequireScheme(*target.db, "the target");
+    RequireOtherUrl(*target.db, "the target");
     RequireLastingFile(*target.db);
     return target;
 }

@@ -56,7 +56,7 @@ bool ImportFrontEnd::TakeRow(const std::vector<Value>& row)
     WriteCsvRow(texts, Stream());
     if (texts.at(3) == kFailed) {
         HideProgress();
-        m_call.terminal.err << fmt::format("{}:{}: {}\n", m_source, texts.at(0), texts.at(4));
+        ErrorsOf(m_call.terminal) << fmt::format("{}:{}: {}\n", m_source, texts.at(0), texts.at(4));
     }
     return true;
 }

@@ -10,20 +10,22 @@ namespace console {
 std::span<const LocalCommand> BatchCommands();
 std::span<const LocalCommand> DbCommands();
 std::span<const LocalCommand> CopyCommands();
+std::span<const LocalCommand> DiffCommands();
 std::span<const LocalCommand> ExportCommands();
 std::span<const LocalCommand> ImportCommands();
 std::span<const LocalCommand> CompletionCommands();
 std::span<const LocalCommand> ConfigCommands();
 std::span<const LocalCommand> ManualCommands();
 std::span<const LocalCommand> ServeCommands();
+std::span<const LocalCommand> ShellCommands();
 
 std::span<const LocalCommand> LocalCommands()
 {
     static const std::vector<LocalCommand> commands = [] {
         std::vector<LocalCommand> all;
         for (const std::span<const LocalCommand> some :
-             {DbCommands(), CopyCommands(), ExportCommands(), ImportCommands(), ServeCommands(), BatchCommands(),
-              ConfigCommands(), CompletionCommands(), ManualCommands()}) {
+             {DbCommands(), CopyCommands(), DiffCommands(), ExportCommands(), ImportCommands(), ServeCommands(),
+              BatchCommands(), ShellCommands(), ConfigCommands(), CompletionCommands(), ManualCommands()}) {
             all.insert(all.end(), some.begin(), some.end());
         }
         return all;

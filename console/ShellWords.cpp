@@ -2,6 +2,8 @@
 
 #include "management/Errors.h"
 
+#include <utility>
+
 namespace console {
 
 using management::Error;
@@ -9,21 +11,28 @@ using management::ErrorCode;
 
 namespace {
 
+constexpr std::string_view kBlanks = " \t\r";
+/// May begin a command line that is written without it, so that lines can be pasted.
+constexpr std::string_view kProgram = "qvadmin";
+
 /// Reads one word after the other.
 class Words {
 public:
-    explicit Words(std::string_view line) : m_rest(line) {}
+    /// @param isOpen  whether a quote may be open at the end of the line, as while it is being written.
+    explicit Words(std::string_view line, bool isOpen = false) : m_rest(line), m_isOpen(isOpen) {}
+
+    [[nodiscard]] std::string_view Rest() const { return m_rest; }
 
     /// @return false at the end of the line.
     bool Next(std::string& word)
     {
-        const std::size_t begin = m_rest.find_first_not_of(" \t\r");
+        const std::size_t begin = m_rest.find_first_not_of(kBlanks);
         if (begin == std::string_view::npos || m_rest[begin] == '#') {
             return false;
         }
         m_rest.remove_prefix(begin);
         word.clear();
-        while (!m_rest.empty() && std::string_view(" \t\r").find(m_rest.front()) == std::string_view::npos) {
+        while (!m_rest.empty() && kBlanks.find(m_rest.front()) == std::string_view::npos) {
             TakePiece(word);
         }
         return true;
@@ -49,7 +58,8 @@ private:
     {
         const std::size_t end = m_rest.find(quote);
         if (end == std::string_view::npos) {
-            ThrowNotClosed();
+            EndOpen();
+            return std::exchange(m_rest, {});
         }
         const std::string_view text = m_rest.substr(0, end);
         m_rest.remove_prefix(end + 1);
@@ -60,7 +70,8 @@ private:
     {
         while (!m_rest.starts_with('"')) {
             if (m_rest.empty()) {
-                ThrowNotClosed();
+                EndOpen();
+                return;
             }
             const bool isEscape = m_rest.starts_with("\\\"") || m_rest.starts_with("\\\\");
             word += m_rest[isEscape ? 1 : 0];
@@ -68,9 +79,15 @@ private:
         }
         m_rest.remove_prefix(1);
     }
-    [[noreturn]] static void ThrowNotClosed() { throw Error(ErrorCode::invalid, "a quote in this line is not closed"); }
+    void EndOpen() const
+    {
+        if (!m_isOpen) {
+            throw Error(ErrorCode::invalid, "a quote in this line is not closed");
+        }
+    }
 
     std::string_view m_rest;
+    bool m_isOpen;
 };
 
 } // namespace
@@ -83,6 +100,34 @@ std::vector<std::string> SplitShellWords(std::string_view line)
         all.push_back(word);
     }
     return all;
+}
+
+std::vector<std::string> SplitCommandLine(std::string_view line)
+{
+    std::vector<std::string> words = SplitShellWords(line);
+    if (!words.empty() && words.front() == kProgram) {
+        words.erase(words.begin());
+    }
+    return words;
+}
+
+UnfinishedLine SplitUnfinishedLine(std::string_view line)
+{
+    UnfinishedLine split;
+    Words words(line, true);
+    std::string_view before = line;
+    for (std::string word; words.Next(word); before = words.Rest()) {
+        if (words.Rest().empty()) {
+            split.last = std::move(word);
+            split.lastAsWritten = before.substr(before.find_first_not_of(kBlanks));
+            break;
+        }
+        split.words.push_back(word);
+    }
+    if (!split.words.empty() && split.words.front() == kProgram) {
+        split.words.erase(split.words.begin());
+    }
+    return split;
 }
 
 } // namespace console

@@ -17,12 +17,20 @@ struct Terminal {
     bool (*outIsClosed)() = [] { return false; };
     /// Where errors are said when err takes nothing; null: on err.
     std::ostream* errors = nullptr;
+    /// Whether a command that gives rows is to end, as after Ctrl-C in a shell.
+    bool (*isStopped)() noexcept = []() noexcept { return false; };
     bool outIsTerminal = false;
     /// Columns of the terminal that out is; 0: it is none, or its width is not known.
     std::size_t width = 0;
     bool outHasColor = false;
     bool errHasColor = false;
 };
+
+/// Where errors are said.
+inline std::ostream& ErrorsOf(const Terminal& terminal)
+{
+    return terminal.errors == nullptr ? terminal.err : *terminal.errors;
+}
 
 /// Whether somebody sits there who can be asked.
 inline bool CanAsk(const Terminal& terminal) { return terminal.inIsTerminal && terminal.errIsTerminal; }

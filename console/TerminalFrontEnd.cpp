@@ -59,7 +59,7 @@ void TerminalFrontEnd::TakeColumns(std::vector<std::string> names)
 bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row)
 {
     if (!WritesRecords()) {
-        return Writer().Write(row);
+        return Writer().Write(row) && WantsMore();
     }
     Record record;
     for (std::size_t i = 0; i < row.size(); ++i) {
@@ -67,7 +67,13 @@ bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row)
     }
     m_terminal.out << (std::exchange(m_isFirstRecord, false) ? "" : "\n");
     Render(m_format, record, m_terminal.out);
-    return !m_terminal.out.fail();
+    return !m_terminal.out.fail() && WantsMore();
+}
+
+bool TerminalFrontEnd::WantsMore()
+{
+    m_isStopped = m_terminal.isStopped();
+    return !m_isStopped;
 }
 
 bool TerminalFrontEnd::TakeTreeRow(const std::vector<Value>& row, const std::string& line)
@@ -76,7 +82,7 @@ bool TerminalFrontEnd::TakeTreeRow(const std::vector<Value>& row, const std::str
         return TakeRow(row);
     }
     m_terminal.out << line << '\n';
-    return !m_terminal.out.fail();
+    return !m_terminal.out.fail() && WantsMore();
 }
 
 void TerminalFrontEnd::TakeOutcome(const Outcome& outcome)
@@ -246,6 +252,9 @@ void TerminalFrontEnd::WriteResult(const Result& result)
 Exit TerminalFrontEnd::Finish(const Result& result)
 {
     HideProgress();
+    if (m_isStopped) {
+        throw Error(ErrorCode::failed, "interrupted; there may be more rows");
+    }
     if (m_secrets) {
         FinishSecrets();
     }

@@ -41,6 +41,8 @@ public:
     Exit Finish(const Result& result);
 
 private:
+    /// Whether rows are wanted after one that has been written.
+    bool WantsMore();
     [[nodiscard]] bool WritesObject() const;
     /// Whether rows are written as records are.
     [[nodiscard]] bool WritesRecords() const;
@@ -59,6 +61,7 @@ private:
     std::optional<TableWriter> m_writer;
     std::vector<std::string> m_names; ///< of the columns of records
     bool m_isFirstRecord = true;
+    bool m_isStopped = false;             ///< before all rows had come
     std::optional<OutputFile> m_secrets;  ///< gets its name once they are stored
     std::optional<Interrupt> m_interrupt; ///< from the first progress on
     std::optional<Progress> m_progress;

@@ -1,5 +1,6 @@
 #include "console/Url.h"
 
+#include "console/Environment.h"
 #include "console/ExitCode.h"
 #include "management/Text.h"
 
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <cstdlib>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -62,25 +62,14 @@ std::string DecodedPath(std::string_view path)
     return decoded;
 }
 
-std::string_view Environment(const char* name)
-{
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string_view{} : std::string_view(value);
-}
-
 std::string DataDirectory()
 {
-    // By the base directory rules a relative path there is to be ignored.
-    const std::string_view data = Environment("XDG_DATA_HOME");
-    if (data.starts_with('/')) {
-        return std::string(data);
-    }
-    const std::string_view home = Environment("HOME");
-    if (!home.starts_with('/')) {
+    const std::optional<std::string> directory = BaseDirectory("XDG_DATA_HOME", ".local/share");
+    if (!directory) {
         throw Error(ErrorCode::invalid,
                     "there is no home directory to look in; name the database with --db sqlite:PATH");
     }
-    return std::string(home) + "/.local/share";
+    return *directory;
 }
 
 // Whether a SQLite URL is written as that of a server, as the driver judges it: it may hold a password.

@@ -76,6 +76,9 @@ public:
         } else {
             m_part = std::move(value);
         }
+        if (m_depth > 1 && m_part.empty()) {
+            return Refuse(fmt::format("a member in {} has no name", Quoted(m_name)));
+        }
         for (const JsonMember& member : m_object) {
             if (member.name == m_name && (m_part.empty() || member.part == m_part)) {
                 return Refuse(fmt::format("the member {} comes twice", Quoted(m_name)));

@@ -44,7 +44,7 @@ std::optional<ExportedLine> LineReader::Next()
     while (std::optional<std::string> text = ReadText()) {
         if (text->find_first_not_of(" \t\r") != std::string::npos) {
             m_bytes += text->size();
-            return Parsed(*text);
+            return ParseExportedLine(*text, m_number);
         }
     }
     return std::nullopt;
@@ -73,9 +73,9 @@ std::optional<std::string> LineReader::ReadText()
     return text;
 }
 
-ExportedLine LineReader::Parsed(const std::string& text) const
+ExportedLine ParseExportedLine(const std::string& text, long number)
 {
-    ExportedLine line{m_number, nullptr, {}, {}};
+    ExportedLine line{number, nullptr, {}, {}};
     try {
         if (text.size() > kLongestLine) {
             throw Error(ErrorCode::invalid, "the line is longer than 64 MiB");

@@ -10,6 +10,9 @@
 
 namespace management {
 
+/// A line of an exported directory after the first; where it cannot be used, its problem says why.
+ExportedLine ParseExportedLine(const std::string& text, long number);
+
 /// Reads an exported directory line by line; holds one of them.
 class LineReader final : public LineSource {
 public:
@@ -25,7 +28,6 @@ public:
 
 private:
     std::optional<std::string> ReadText();
-    [[nodiscard]] ExportedLine Parsed(const std::string& text) const;
 
     std::istream& m_in;
     std::string m_name;

@@ -67,7 +67,7 @@ struct CountInput : SelectionInput {};
 
 constexpr auto kCountParams = kSelectionParams<CountInput>;
 
-constexpr auto kLockParams = kUsersParams<UsersInput>;
+constexpr auto kChosenParams = kUsersParams<UsersInput>;
 
 struct SeveralUsers {
     std::vector<std::string> users;
@@ -432,34 +432,37 @@ Result SetLocked(Call& call, const ChosenUsers& chosen, bool isLocked)
 Result Lock(Call& call, const UsersInput& /*in*/, const ChosenUsers& users) { return SetLocked(call, users, true); }
 Result Unlock(Call& call, const UsersInput& /*in*/, const ChosenUsers& users) { return SetLocked(call, users, false); }
 
-struct Deletion : Plan {
-    std::vector<UserKey> users;
+constexpr ChoiceMessages kDeleting = {"Delete {}?", "nothing was deleted"};
 
-    bool operator==(const Deletion&) const = default;
-};
-
-Deletion PlanDeletion(Call& call, const SeveralUsers& in)
+/// Also of users who are named, since more goes than they.
+ChosenUsers PlanDeletion(Call& call, const UsersInput& in)
 {
-    Deletion deletion;
-    deletion.users = FindUsers(call.Directory(), in.users);
+    ChosenUsers deletion = ChooseUsers(call, in, kDeleting);
+    if (deletion.users.empty()) {
+        return deletion;
+    }
     const auto builtIn = std::ranges::find_if(deletion.users, IsBuiltIn);
     if (builtIn != deletion.users.end()) {
         throw Error(ErrorCode::isProtected,
                     fmt::format("{} is the built-in administrator and cannot be deleted; nothing was deleted",
                                 Named(*builtIn)));
     }
+    deletion.lines.clear();
     deletion.removed = deletion.users.size();
     for (const UserKey& user : deletion.users) {
         const std::vector<Reference> references = call.Directory().References(user.id);
         deletion.removed += CountOf(references);
         deletion.lines.push_back(fmt::format("delete {}{}", Named(user), WithReferences(references)));
     }
-    deletion.question = fmt::format("Delete {}?", Counted(deletion.users.size(), "user"));
+    deletion.question = fmt::format(fmt::runtime(kDeleting.question), Counted(deletion.users.size(), "user"));
     return deletion;
 }
 
-Result Delete(Call& call, const SeveralUsers& /*in*/, const Deletion& deletion)
+Result Delete(Call& call, const UsersInput& /*in*/, const ChosenUsers& deletion)
 {
+    if (deletion.users.empty()) {
+        return NobodySelected(call);
+    }
     for (const UserKey& user : deletion.users) {
         DeleteUser(call.Directory(), user);
     }
@@ -516,8 +519,8 @@ constexpr Command kCommands[] = {
      .effect = Effect::change,
      .asks = true,
      .level = Level::helpDesk,
-     .params = &InfosOf<kLockParams>,
-     .run = &WritePlanned<&PlanLock, &Lock, kLockParams>},
+     .params = &InfosOf<kChosenParams>,
+     .run = &WritePlanned<&PlanLock, &Lock, kChosenParams>},
     {.path = {"user", "unlock"},
      .summary = "let locked users log in again",
      .examples = "  qvadmin user unlock amy\n"
@@ -525,16 +528,17 @@ constexpr Command kCommands[] = {
      .effect = Effect::change,
      .asks = true,
      .level = Level::helpDesk,
-     .params = &InfosOf<kLockParams>,
-     .run = &WritePlanned<&PlanUnlock, &Unlock, kLockParams>},
+     .params = &InfosOf<kChosenParams>,
+     .run = &WritePlanned<&PlanUnlock, &Unlock, kChosenParams>},
     {.path = {"user", "delete"},
      .summary = "delete users and what is kept about them elsewhere; asks first",
      .examples = "  qvadmin user delete amy\n"
-                 "  qvadmin user delete id:17 id:18 --yes",
+                 "  qvadmin user delete id:17 id:18 --yes\n"
+                 "  qvadmin user delete --in /Company/Left --locked",
      .effect = Effect::remove,
      .asks = true,
-     .params = &InfosOf<kSeveralParams>,
-     .run = &WritePlanned<&PlanDeletion, &Delete, kSeveralParams>},
+     .params = &InfosOf<kChosenParams>,
+     .run = &WritePlanned<&PlanDeletion, &Delete, kChosenParams>},
     {.path = {"user", "count"},
      .summary = "print how many users there are, or fit a selection",
      .examples = "  qvadmin user count\n"

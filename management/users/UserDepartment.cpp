@@ -49,8 +49,11 @@ std::vector<ItemKey> GroupsOfText(const Organisation& organisation, const std::s
     std::vector<ItemKey> groups;
     try {
         for (const management::Node& place : organisation.Places()) {
+            if (place.key.type != kItemTypeView) {
+                continue;
+            }
             const std::string view = organisation.PathOf(place.key);
-            if (place.key.type == kItemTypeView && view.starts_with('/')) {
+            if (view.starts_with('/')) {
                 std::ranges::copy(organisation.FindAll(fmt::format("{}/{}", view, text)), std::back_inserter(groups));
             }
         }

@@ -43,6 +43,25 @@ TEST(ShellWords, WhatIsQuotedIsSplitIntoTheSameWord)
     EXPECT_EQ(ShellQuoted("/Main/Sales_1"), "/Main/Sales_1");
 }
 
+TEST(ShellWords, OfALineThatIsBeingWritten)
+{
+    const auto split = [](std::string_view line) {
+        const console::UnfinishedLine unfinished = console::SplitUnfinishedLine(line);
+        std::string text;
+        for (const std::string& word : unfinished.words) {
+            text += word + '|';
+        }
+        return text + '>' + unfinished.last + '<' + std::string(unfinished.lastAsWritten);
+    };
+    EXPECT_EQ(split(""), "><");
+    EXPECT_EQ(split("us"), ">us<us");
+    EXPECT_EQ(split("user "), "user|><");
+    EXPECT_EQ(split("qvadmin user  show 'Amy H"), "user|show|>Amy H<'Amy H");
+    EXPECT_EQ(split("user show Amy\\ H"), "user|show|>Amy H<Amy\\ H");
+    EXPECT_EQ(split("user show \"a\\\""), "user|show|>a\"<\"a\\\"");
+    EXPECT_EQ(split("user show 'a' "), "user|show|a|><");
+}
+
 TEST(CommandText, IsWhatWasDoneWithoutWhereAndHow)
 {
     EXPECT_EQ(CommandText({"--db", "sqlite:x", "user", "set", "amy", "--note", "it's", "-o", "json", "--reason=r",

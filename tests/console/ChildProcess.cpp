@@ -160,6 +160,21 @@ void ChildProcess::WaitForError(const std::string& text)
     }
 }
 
+void ChildProcess::WaitForNextError(const std::string& text)
+{
+    std::size_t found = std::string::npos;
+    while ((found = m_result.err.find(text, m_errorsSeen)) == std::string::npos && ReadSome(m_err, m_result.err)) {
+    }
+    m_errorsSeen = found == std::string::npos ? m_result.err.size() : found + text.size();
+}
+
+void ChildProcess::Type(const std::string& text) const
+{
+    if (::write(m_in, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        throw std::runtime_error("write");
+    }
+}
+
 bool ChildProcess::HasEnded() const
 {
     siginfo_t state{};

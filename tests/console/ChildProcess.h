@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
@@ -36,6 +37,10 @@ public:
     void Signal(int signal) const;
     /// Reads until a text comes on standard error, or the program writes no more.
     void WaitForError(const std::string& text);
+    /// The same of what comes after the text that this has waited for before.
+    void WaitForNextError(const std::string& text);
+    /// Types something where standard input is a terminal.
+    void Type(const std::string& text) const;
     /// Whether it has ended.
     [[nodiscard]] bool HasEnded() const;
     /// Gives it the input, reads all it writes and waits for its end.
@@ -47,6 +52,7 @@ private:
 
     std::string m_input;
     ChildResult m_result;
+    std::size_t m_errorsSeen = 0; ///< how much of what came on standard error has been waited for
     pid_t m_pid = -1;
     int m_in = -1;
     int m_out = -1;

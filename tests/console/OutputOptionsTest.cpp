@@ -128,6 +128,11 @@ TEST_F(OutputOptionsTest, QuietSaysErrorsOnly)
     const ChildResult batch = RunWith("user lock rory\nuser lock nobody\n", {"-q", "batch", "-"});
     EXPECT_EQ(batch.exit, 7);
     EXPECT_EQ(batch.err, failed.err);
+    WriteFile("people.csv", "login\n danny\nemile\n");
+    const ChildResult import = Run({"-q", "user", "import", "people.csv"});
+    EXPECT_EQ(import.exit, 7);
+    EXPECT_THAT(import.err, AllOf(StartsWith("people.csv:2: "), Not(HasSubstr("emile"))));
+    EXPECT_EQ(std::ranges::count(import.err, '\n'), 1) << import.err;
     ChildOptions options = m_options;
     options.terminal = true;
     options.input = "y\n";

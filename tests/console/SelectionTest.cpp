@@ -95,6 +95,27 @@ TEST_P(SelectionTest, WhoIsWhereAndWhat)
                 ElementsAre("clara"));
 }
 
+TEST_P(SelectionTest, UsersWhoFitAreDeletedAfterTheyWereShown)
+{
+    const std::string before = Dump();
+    const ChildResult refused = AnswerOnTerminal("n", {"user", "delete", "--role", "editors"});
+    EXPECT_EQ(refused.exit, 9);
+    EXPECT_THAT(refused.err,
+                AllOf(HasSubstr("delete amy (id "), HasSubstr("delete clara (id "), HasSubstr("with 2 relations"),
+                      HasSubstr("Delete 2 users? [y/N]"), HasSubstr("nothing was deleted")));
+    EXPECT_EQ(Run({"user", "delete", "--role", "editors"}).exit, 9) << "nobody can be asked";
+    EXPECT_EQ(Run({"user", "delete", "amy", "--role", "editors"}).exit, 2);
+    EXPECT_EQ(Run({"user", "delete"}).exit, 2);
+    const ChildResult admin = Run({"user", "delete", "--no-group", "--yes"});
+    EXPECT_EQ(admin.exit, 5);
+    EXPECT_THAT(Run({"user", "delete", "--title", "nobody has it", "--yes"}).err, HasSubstr("nobody fits"));
+    EXPECT_EQ(Dump(), before);
+    EXPECT_EQ(AnswerOnTerminal("y", {"user", "delete", "--role", "editors"}).exit, 0);
+    EXPECT_THAT(Logins({}), ElementsAre("Admin", "danny", "Rory", "émile"));
+    EXPECT_EQ(RunWith("danny\n", {"user", "delete", "-", "--yes"}).exit, 0);
+    EXPECT_THAT(Logins({}), ElementsAre("Admin", "Rory", "émile"));
+}
+
 TEST_P(SelectionTest, TextsAreComparedAsNamesAre)
 {
     EXPECT_THAT(Logins({"--where", "name~müller"}), ElementsAre("amy", "Rory"));

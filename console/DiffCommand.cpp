@@ -1,0 +1,109 @@
+#include "console/LocalCommand.h"
+#include "console/OtherUrl.h"
+#include "console/Session.h"
+#include "console/SourceFile.h"
+#include "console/TerminalFrontEnd.h"
+#include "management/Text.h"
+#include "management/exchange/DirectoryDiff.h"
+#include "management/exchange/LineReader.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <set>
+#include <system_error>
+
+// What differs between this directory and another, or one in a file.
+
+namespace console {
+
+namespace {
+
+struct DiffInput {
+    std::string other;
+};
+
+constexpr Param<DiffInput> kDiffParams[] = {
+    {"OTHER", &DiffInput::other, Kind::file,
+     "the URL of another directory, or a file that `qvadmin export` has written; - for standard input"}};
+
+constexpr Column kDiffColumns[] = {{"noun"}, {"item"}, {"difference"}, {"member"}, {"here"}, {"there"}};
+
+constexpr Command kDiffRow = {
+    .path = {"db", "diff"},
+    .summary = "what differs between this directory and another one, or one in a file",
+    .examples = "  qvadmin db diff sqlite:/srv/directory.db\n"
+                "  qvadmin export | qvadmin -p test db diff -\n"
+                "  qvadmin db diff directory.jsonl -o json",
+    .effect = Effect::read,
+    .duration = Duration::longRunning,
+    .params = &InfosOf<kDiffParams>,
+    .columns = kDiffColumns,
+};
+
+/// Whether an argument is a file and not the URL of a database.
+bool IsFile(const std::string& other)
+{
+    std::error_code error;
+    return other.find(':') == std::string::npos || std::filesystem::exists(other, error);
+}
+
+DirectoryLines LinesOf(const Arguments& arguments, TerminalFrontEnd& frontEnd)
+{
+    Session session(arguments, Session::Indexes::leftAlone);
+    Call call([&]() -> CAConnect& { return session.Directory().Connection(); }, frontEnd, {});
+    return DirectoryLines::Of(call);
+}
+
+DirectoryLines LinesOfFile(const std::string& path, std::istream& standardInput)
+{
+    SourceFile file(path, standardInput);
+    LineReader reader(file.Stream(), file.Name());
+    reader.RequireHead();
+    return DirectoryLines::Of(reader, file.Name());
+}
+
+std::string Summary(const std::vector<DirectoryDifference>& differences)
+{
+    std::set<std::pair<std::string_view, std::string>> differing;
+    std::array<std::size_t, 3> counts{};
+    for (const DirectoryDifference& difference : differences) {
+        const bool isCounted = difference.kind != DirectoryDifference::Kind::differs ||
+                               differing.emplace(difference.noun->name, difference.name).second;
+        counts.at(static_cast<std::size_t>(difference.kind)) += isCounted ? 1 : 0;
+    }
+    return fmt::format("{} only here, {} only there, {} differ", counts[0], counts[1], counts[2]);
+}
+
+Exit Diff(const LocalCall& call)
+{
+    const auto in = binding::ReadInput<kDiffParams>(call.given);
+    const bool isFile = IsFile(in.other);
+    Arguments other = call.arguments;
+    if (!isFile) {
+        RequireOtherUrl(in.other, "the other directory");
+        other.db = in.other;
+    }
+    TerminalFrontEnd frontEnd(kDiffRow, call.given, call.arguments.format, call.terminal);
+    const DirectoryLines here = LinesOf(call.arguments, frontEnd);
+    const DirectoryLines there = isFile ? LinesOfFile(in.other, call.terminal.in) : LinesOf(other, frontEnd);
+    frontEnd.HideProgress();
+    const std::vector<DirectoryDifference> differences = Differences(here, there, isFile);
+    for (const DirectoryDifference& difference : differences) {
+        frontEnd.TakeRow(MakeRow(TextValue(std::string(difference.noun->name)), TextValue(difference.name),
+                                 TextValue(std::string(kDifferenceKinds.at(static_cast<std::size_t>(difference.kind)))),
+                                 TextValue(std::string(difference.member)), difference.here, difference.there));
+    }
+    call.terminal.err << (differences.empty() ? "there is no difference" : Summary(differences)) << '\n';
+    Result result;
+    result.hasFindings = !differences.empty();
+    return frontEnd.Finish(result);
+}
+
+constexpr LocalCommand kCommands[] = {{kDiffRow, &Diff}};
+
+} // namespace
+
+std::span<const LocalCommand> DiffCommands() { return kCommands; }
+
+} // namespace console
