@@ -1,6 +1,7 @@
 // One user.
 import { useEffect, useState } from "preact/hooks";
 import { type Answer, Problem, type Row, type Value, run } from "./api";
+import { directedKey } from "./branches";
 import { askFor, change, changeOrSay, confirmed, Dialog, openDialog, sentence, Trouble, undo } from "./dialogs";
 import { Icon } from "./icons";
 import { addGuard, useChanges } from "./place";
@@ -329,7 +330,8 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
                         tabIndex={tab === props.tab ? 0 : -1}
                         onClick={() => props.onTab(tab)}
                         onKeyDown={event => {
-                            const step = event.key === "ArrowRight" ? 1 : event.key === "ArrowLeft" ? -1 : 0;
+                            const key = directedKey(event.key);
+                            const step = key === "ArrowRight" ? 1 : key === "ArrowLeft" ? -1 : 0;
                             const other = tabs[(i + step + tabs.length) % tabs.length];
                             if (step !== 0 && other) {
                                 props.onTab(other);
