@@ -145,6 +145,7 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
     );
     void version;
 
+    const isChosen = (line: Line<T>) => line.node !== undefined && line.node.key === tree.chosen;
     const isCycle = (line: Line<T>) => line.node !== undefined && above(line.way).split("/").includes(line.node.key);
     const canOpen = (line: Line<T>) => (line.node?.children ?? 0) > 0 && !isCycle(line);
     const setLine = (line: Line<T>, isOpen: boolean) => {
@@ -228,7 +229,7 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
                 aria-level={line.depth}
                 aria-setsize={line.count}
                 aria-posinset={line.index + 1}
-                aria-selected={node !== undefined && node.key === tree.chosen}
+                aria-selected={isChosen(line)}
                 {...(canOpen(line) ? { "aria-expanded": open.has(line.way) } : {})}
                 style={{ ...style, "--depth": line.depth }}
                 onClick={() => choose(line)}
@@ -282,7 +283,8 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
         </>
     );
     return {
-        chosen: lines.find(line => line.node?.key === tree.chosen),
+        // What is shown in several places is where it was chosen.
+        chosen: lines.find(line => isChosen(line) && line.way === active) ?? lines.find(isChosen),
         top: children.current.get("")?.total ?? -1,
         open: line => setLine(line, true),
         view,
