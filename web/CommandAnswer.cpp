@@ -250,13 +250,11 @@ std::optional<Problem> FindChange(CAConnect& conn, const Condition& condition, c
                    version};
 }
 
-int LatestEntry(CAConnect& conn) { return Number(conn, "SELECT MAX(Col_ID) FROM qv_AuditEntry"); }
-
 /// What the entries of the record between two ids have to say.
 Written ReadWritten(CAConnect& conn, int before, int after)
 {
     constexpr int most = 200;
-    Written written{.isAnything = after != before};
+    Written written{.isAnything = after != before, .before = before, .entry = after};
     int rows = 0;
     const auto is = [](const std::string& table, std::string_view name) { return audit::SameIdentifier(table, name); };
     EachRow(conn,
@@ -336,6 +334,8 @@ Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller
         return ResponseOf(problem);
     }
 }
+
+int LatestEntry(CAConnect& conn) { return Number(conn, "SELECT MAX(Col_ID) FROM qv_AuditEntry"); }
 
 void WriteTexts(JsonWriter& json, std::string_view name, const std::vector<std::string>& texts)
 {

@@ -64,6 +64,7 @@ export const de: Catalogue = {
     "people.none": "Hier ist niemand.",
     "people.nomatch": "Die Suche trifft auf niemanden zu.",
     "people.gone": "inzwischen gelöscht",
+    "people.outdated": "Inzwischen geändert: neu zeigen",
     "people.list": "Personen",
     "people.deep": "Mit Gruppen darunter",
     "people.new": "Neuer Benutzer",

@@ -61,6 +61,7 @@ export const en = {
     "people.none": "Nobody is here.",
     "people.nomatch": "Nobody matches this search.",
     "people.gone": "deleted meanwhile",
+    "people.outdated": "Changed meanwhile: show anew",
     "people.list": "People",
     "people.deep": "With groups below",
     "people.new": "New user",

@@ -215,7 +215,6 @@ function Noun(props: { noun: string; commands: Command[] }) {
     const [answer, setAnswer] = useState<Answer>();
     const [trouble, setTrouble] = useState("");
     useEffect(() => {
-        setAnswer(undefined);
         setTrouble("");
         if (list) {
             run(pathOf(list), {}).then(setAnswer, error => setTrouble(sentence(error)));

@@ -8,6 +8,7 @@ import { Directory } from "./directory";
 import { Documents } from "./documents";
 import type { Key } from "./en";
 import { Nouns, type OwnView } from "./generic";
+import { beginEvents } from "./events";
 import { Icon } from "./icons";
 import { Matrix } from "./matrix";
 import { ImportPage } from "./import";
@@ -190,6 +191,7 @@ function Frame(props: { session: Session }) {
     const [commands, setCommands] = useState<Command[]>([]);
     useEffect(() => {
         listCommands().then(setCommands, error => toast(sentence(error)));
+        beginEvents();
     }, []);
     const name = where.path.slice(1) || "directory";
     useEffect(() => {

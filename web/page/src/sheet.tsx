@@ -1,6 +1,7 @@
 // One user.
 import { useEffect, useState } from "preact/hooks";
-import { type Answer, Problem, type Row, type Value, run } from "./api";
+import { useAnswer } from "./answers";
+import { Problem, type Row, type Value, run } from "./api";
 import { directedKey } from "./branches";
 import { askFor, change, changeOrSay, confirmed, Dialog, openDialog, sentence, Trouble, undo } from "./dialogs";
 import { Icon } from "./icons";
@@ -83,13 +84,7 @@ function Field(props: { name: string; value: Value; isChanged: boolean; theirs: 
 
 function ListTab(props: { tab: Tab; id: number }) {
     const spec = lists[props.tab] as { command: string; columns: string[] };
-    const changes = useChanges();
-    const [answer, setAnswer] = useState<Answer>();
-    const [trouble, setTrouble] = useState("");
-    useEffect(() => {
-        setAnswer(undefined);
-        run(spec.command, { USER: `id:${props.id}` }).then(setAnswer, error => setTrouble(sentence(error)));
-    }, [props.tab, props.id, changes]);
+    const { answer, trouble } = useAnswer(spec.command, { USER: `id:${props.id}` });
     const user = [`id:${props.id}`];
     return (
         <>

@@ -63,6 +63,7 @@ export const zh: Catalogue = {
     "people.none": "这里没有人。",
     "people.nomatch": "没有符合搜索条件的人。",
     "people.gone": "已被删除",
+    "people.outdated": "期间有更改：重新显示",
     "people.list": "人员",
     "people.deep": "包括下级组",
     "people.new": "新建用户",
