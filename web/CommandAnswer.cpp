@@ -108,9 +108,13 @@ public:
         return Secret(given->View());
     }
     void ShowSecret(const Secret& secret) override { madeUp = secret.View(); }
-    void StoreSecrets(const std::string& /*file*/, const std::vector<UserSecret>& /*secrets*/) override
+    [[nodiscard]] bool CanShowSecrets() const override { return true; }
+    void StoreSecrets(const std::string& /*file*/, const std::vector<UserSecret>& secrets) override
     {
-        throw Error(ErrorCode::invalid, "files cannot be written here");
+        // No parameter that names a file is offered.
+        for (const UserSecret& secret : secrets) {
+            allMadeUp.emplace_back(secret.login, secret.secret.View());
+        }
     }
     std::string ReadText(const std::string& /*name*/) override
     {
@@ -126,6 +130,7 @@ public:
     std::optional<Plan> plan;
     std::string digest;
     std::string madeUp;
+    std::vector<std::pair<std::string, std::string>> allMadeUp; ///< for several users: login names and passwords
     bool needsPassword = false;
 
 private:
@@ -179,6 +184,26 @@ struct ChangeAnswer {
     int entry = 0; ///< of the record; 0: none
 };
 
+/// Passwords that were made up: of one user, or of several with their login names.
+void WriteMadeUp(JsonWriter& json, const WebFrontEnd& front)
+{
+    if (!front.madeUp.empty()) {
+        json.WriteMember("password", TextValue(front.madeUp));
+    }
+    if (front.allMadeUp.empty()) {
+        return;
+    }
+    json.WriteName("passwords");
+    json.BeginArray();
+    for (const auto& [login, password] : front.allMadeUp) {
+        json.BeginObject();
+        json.WriteMember("login", TextValue(login));
+        json.WriteMember("password", TextValue(password));
+        json.End();
+    }
+    json.End();
+}
+
 std::string BodyOf(const CommandRequest& request, const WebFrontEnd& front, const Result& result,
                    const std::optional<ChangeAnswer>& written)
 {
@@ -218,9 +243,7 @@ std::string BodyOf(const CommandRequest& request, const WebFrontEnd& front, cons
     if (result.error) {
         json.WriteMember("error", TextValue(std::string(result.error->what())));
     }
-    if (!front.madeUp.empty()) {
-        json.WriteMember("password", TextValue(front.madeUp));
-    }
+    WriteMadeUp(json, front);
     json.End();
     return std::move(out).str();
 }

@@ -583,6 +583,42 @@ TEST_F(ServerTest, MadeUpPasswordsAreShownOnce)
     EXPECT_THAT(m_log, Not(HasSubstr(made)));
 }
 
+TEST_F(ServerTest, SeveralGetFieldsPlansAndPasswordsTogether)
+{
+    HttpClient client = Signed();
+    for (const char* login : {"amy", "rory", "john"}) {
+        Run(client, "user/create", {{"LOGIN", login}});
+    }
+    Run(client, "plan/create", {{"NAME", "Weekly"}});
+    const json list = Got(client, "/users");
+    const json some = {{"result", list.at("result")},
+                       {"except",
+                        {Got(client, "/users?q=login:john").at("rows").at(0).at("id"),
+                         Got(client, "/users?q=login:Admin").at("rows").at(0).at("id")}}};
+    const json set = Run(client, "user/set", {{"USER", some}, {"title", "Clerk"}});
+    EXPECT_EQ(set.at("outcomes").size(), 2U);
+    EXPECT_EQ(Got(client, "/users?q=Clerk").at("total"), 2);
+    EXPECT_FALSE(Run(client, "user/set", {{"USER", some}, {"title", "Clerk"}}).at("changed").get<bool>());
+    const json refused = {{"parameters", {{"USER", {"rory", "nobody"}}, {"title", "Lead"}}}};
+    EXPECT_EQ(Ask(client, "user/set", refused).status, 404);
+    EXPECT_EQ(Got(client, "/users?q=Lead").at("total"), 0);
+
+    Run(client, "plan/assign", {{"PLAN", "Weekly"}, {"ITEM", some}});
+    EXPECT_EQ(Run(client, "plan/show", {{"PLAN", "Weekly"}}).at("record").at("users"), 2);
+
+    const json generate = {{"USER", some}, {"generate", true}};
+    const HttpAnswer tried = Ask(client, "user/password/set", {{"parameters", generate}, {"dry_run", true}});
+    EXPECT_EQ(tried.status, 200) << tried.body;
+    EXPECT_FALSE(json::parse(tried.body).contains("passwords"));
+    const json made = Run(client, "user/password/set", generate).at("passwords");
+    ASSERT_EQ(made.size(), 2U);
+    EXPECT_NE(made.at(0).at("password"), made.at(1).at("password"));
+    for (const json& one : made) {
+        const json check = {{"USER", one.at("login")}, {"password", one.at("password")}};
+        EXPECT_EQ(Run(client, "user/password/check", check).at("verdict"), true) << one.at("login");
+    }
+}
+
 TEST_F(ServerTest, AChangeThatRunsWhenTheServerEndsIsAnswered)
 {
     HttpClient client = Signed();

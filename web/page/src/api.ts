@@ -40,6 +40,7 @@ export interface Answer {
     changed?: boolean;
     entry?: number | null;
     password?: string;
+    passwords?: { login: string; password: string }[];
     error?: string;
     plan?: Plan;
 }

@@ -233,6 +233,20 @@ export const en = {
     "board.count": "Notices: {count}",
     "board.delete": "Delete {count}…",
     "board.mark": "Selected",
+    "people.fields.open": "Set fields…",
+    "people.fields": "Set fields of {people}",
+    "people.fields.help": "Only fields that are ticked are set, in all of them; an empty value empties the field.",
+    "people.fields.set": "Set {name}",
+    "people.plan.assign": "Assign plan…",
+    "people.plan.unassign": "Take plan away…",
+    "plan": "Backup plan",
+    "passwords.open": "New passwords…",
+    "passwords.ask": "Give {people} new passwords that are made up? The present ones end.",
+    "passwords.go": "Make passwords",
+    "passwords.made": "{count} new passwords, shown only now",
+    "passwords.save": "Save as a file",
+    "passwords.lose": "The passwords cannot be shown again. Close without saving them?",
+    "passwords.drop": "Close",
 };
 
 export type Key = keyof typeof en;

@@ -4,7 +4,7 @@ import { type People, type Person, Problem, listPeople } from "./api";
 import { Trouble, askFor, change, sentence } from "./dialogs";
 import { Icon } from "./icons";
 import { askNames } from "./names";
-import { askAdd, askMove, askRole, carry, changePeopleOrSay, cut, deletePeople } from "./people";
+import { askAdd, askFields, askMove, askPasswords, askPlan, askRole, carry, changePeopleOrSay, cut, deletePeople } from "./people";
 import { argumentOf, suggestGroups } from "./pickers";
 import { go, useChanges } from "./place";
 import { Scroller } from "./scroller";
@@ -300,6 +300,10 @@ export function List(props: {
                         )}
                         <button onClick={() => askRole(selected, "add")}>{t("people.role.add")}</button>
                         <button onClick={() => askRole(selected, "remove")}>{t("people.role.remove")}</button>
+                        <button onClick={() => askFields(selected)}>{t("people.fields.open")}</button>
+                        <button onClick={() => void askPasswords(selected)}>{t("passwords.open")}</button>
+                        <button onClick={() => askPlan(selected, "assign")}>{t("people.plan.assign")}</button>
+                        <button onClick={() => askPlan(selected, "unassign")}>{t("people.plan.unassign")}</button>
                         <button class="danger" onClick={() => void remove(selected)}>
                             {t("delete")}…
                         </button>

@@ -4,10 +4,11 @@ import { useAnswer } from "./answers";
 import { Problem, type Row, type Value, run } from "./api";
 import { directedKey } from "./branches";
 import { askFor, change, changeOrSay, confirmed, Dialog, openDialog, sentence, Trouble, undo } from "./dialogs";
+import { departmentOf, fieldLabel } from "./fields";
 import { Icon } from "./icons";
 import { addGuard, useChanges } from "./place";
 import { RecordView, Table } from "./table";
-import { counted, t, words } from "./texts";
+import { counted, t } from "./texts";
 import { suggestGroups } from "./pickers";
 
 const tabs = ["general", "contact", "groups", "roles", "rights", "security", "more", "history"] as const;
@@ -47,7 +48,7 @@ function Field(props: { name: string; value: Value; isChanged: boolean; theirs: 
     const isLong = name === "note" || name === "description";
     return (
         <div class={`field row-field${props.isChanged ? " changed" : ""}`}>
-            <label for={id}>{name === "name" || name === "title" || name === "department" ? t(`column.${name}`) : words(name)}</label>
+            <label for={id}>{fieldLabel(name)}</label>
             <div>
                 {typeof value === "boolean" ? (
                     <input id={id} type="checkbox" checked={value} onChange={event => props.onInput(event.currentTarget.checked)} />
@@ -258,17 +259,7 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
         if (!record || count === 0) {
             return;
         }
-        // A department is changed by the path of a group.
-        const { department, ...others } = mine;
-        const parameters = {
-            USER: `id:${props.id}`,
-            ...others,
-            ...(department === undefined
-                ? {}
-                : String(department).startsWith("/")
-                  ? { department }
-                  : { department_text: department }),
-        };
+        const parameters = { USER: `id:${props.id}`, ...departmentOf(mine) };
         try {
             await change("user/set", parameters, {
                 if_unchanged: { command: "user/show", parameters: { USER: `id:${props.id}` }, version },
