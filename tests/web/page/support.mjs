@@ -30,7 +30,7 @@ export async function startServer(commands = [], { withPassword = true, people =
     if (lines.length > 0) {
         const all = [{ format: "qvadmin directory", version: 1 }, ...lines];
         writeFileSync(join(folder, "lines.jsonl"), all.map(line => JSON.stringify(line)).join("\n"));
-        qvadmin("import", join(folder, "lines.jsonl"), "--result", join(folder, "result.csv"));
+        qvadmin("import", join(folder, "lines.jsonl"), "--result", join(folder, "lines.csv"));
     }
     const batch = [...commands];
     if (withPassword) {
