@@ -76,8 +76,11 @@ public:
     /// Hands over a secret that was made up, before it is stored: what nobody could read, nobody is to have.
     /// @throws Error (failed) when it cannot be handed over.
     virtual void ShowSecret(const Secret& secret) = 0;
-    /// Writes secrets that were made up to a new file of its owner alone, likewise. @throws Error (conflict) for a file
-    /// that is there already, (invalid) where there are no files, (failed).
+    /// Whether secrets of several users can be handed over without a file.
+    [[nodiscard]] virtual bool CanShowSecrets() const { return false; }
+    /// Writes secrets that were made up to a new file of its owner alone, likewise. @param file  empty: hands them over
+    /// without one, where CanShowSecrets. @throws Error (conflict) for a file that is there already, (invalid) where
+    /// there are no files, (failed).
     virtual void StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) = 0;
     /// The text of a file that a parameter names. @throws Error (failed) unless it is UTF-8 without NUL bytes.
     virtual std::string ReadText(const std::string& name) = 0;

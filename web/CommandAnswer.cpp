@@ -109,9 +109,13 @@ public:
         return Secret(given->View());
     }
     void ShowSecret(const Secret& secret) override { madeUp = secret.View(); }
-    void StoreSecrets(const std::string& /*file*/, const std::vector<UserSecret>& /*secrets*/) override
+    [[nodiscard]] bool CanShowSecrets() const override { return true; }
+    void StoreSecrets(const std::string& /*file*/, const std::vector<UserSecret>& secrets) override
     {
-        throw Error(ErrorCode::invalid, "files cannot be written here");
+        // No parameter that names a file is offered.
+        for (const UserSecret& secret : secrets) {
+            allMadeUp.emplace_back(secret.login, secret.secret.View());
+        }
     }
     std::string ReadText(const std::string& /*name*/) override
     {
@@ -127,6 +131,7 @@ public:
     std::optional<Plan> plan;
     std::string digest;
     std::string madeUp;
+    std::vector<std::pair<std::string, std::string>> allMadeUp; ///< for several users: login names and passwords
     bool needsPassword = false;
 
 private:
@@ -180,6 +185,26 @@ struct ChangeAnswer {
     int entry = 0; ///< of the record; 0: none
 };
 
+/// Passwords that were made up: of one user, or of several with their login names.
+void WriteMadeUp(JsonWriter& json, const WebFrontEnd& front)
+{
+    if (!front.madeUp.empty()) {
+        json.WriteMember("password", TextValue(front.madeUp));
+    }
+    if (front.allMadeUp.empty()) {
+        return;
+    }
+    json.WriteName("passwords");
+    json.BeginArray();
+    for (const auto& [login, password] : front.allMadeUp) {
+        json.BeginObject();
+        json.WriteMember("login", TextValue(login));
+        json.WriteMember("password", TextValue(password));
+        json.End();
+    }
+    json.End();
+}
+
 std::string BodyOf(const CommandRequest& request, const WebFrontEnd& front, const Result& result,
                    const std::optional<ChangeAnswer>& written)
 {
@@ -219,9 +244,7 @@ std::string BodyOf(const CommandRequest& request, const WebFrontEnd& front, cons
     if (result.error) {
         json.WriteMember("error", TextValue(std::string(result.error->what())));
     }
-    if (!front.madeUp.empty()) {
-        json.WriteMember("password", TextValue(front.madeUp));
-    }
+    WriteMadeUp(json, front);
     json.End();
     return std::move(out).str();
 }
@@ -251,13 +274,11 @@ std::optional<Problem> FindChange(CAConnect& conn, const Condition& condition, c
                    version};
 }
 
-int LatestEntry(CAConnect& conn) { return Number(conn, "SELECT MAX(Col_ID) FROM qv_AuditEntry"); }
-
 /// What the entries of the record between two ids have to say.
 Written ReadWritten(CAConnect& conn, int before, int after)
 {
     constexpr int most = 200;
-    Written written{.isAnything = after != before};
+    Written written{.isAnything = after != before, .before = before, .entry = after};
     int rows = 0;
     const auto is = [](const std::string& table, std::string_view name) { return audit::SameIdentifier(table, name); };
     EachRow(conn,
@@ -377,6 +398,8 @@ Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller
         return ResponseOf(problem);
     }
 }
+
+int LatestEntry(CAConnect& conn) { return Number(conn, "SELECT MAX(Col_ID) FROM qv_AuditEntry"); }
 
 void WriteTexts(JsonWriter& json, std::string_view name, const std::vector<std::string>& texts)
 {

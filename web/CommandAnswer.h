@@ -27,7 +27,9 @@ struct Caller {
 
 /// What a command has written, as far as lists of people and places show it.
 struct Written {
-    bool isAnything = false;     ///< whether rows were written at all
+    bool isAnything = false; ///< whether rows were written at all
+    int before = 0;          ///< the latest entry of the record before it, and after it
+    int entry = 0;
     bool isMore = false;         ///< whether more is to be read again than the users below
     std::vector<int> users = {}; ///< of whom only columns have changed
 };
@@ -35,6 +37,9 @@ struct Written {
 /// Runs a command and says what became of it. To be called on one thread at a time.
 /// @return 200 with the result, or a problem.
 Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller& caller, Written& written);
+
+/// The latest entry of the record; 0: none. @throws management::Error.
+int LatestEntry(CAConnect& conn);
 
 // Parts of answers. A value that stands for a word comes out as the word.
 

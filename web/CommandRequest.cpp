@@ -161,8 +161,8 @@ WebArguments::WebArguments(const Command& command, const JsonValue* given, const
         if (param == offered.end()) {
             Refuse(fmt::format("{} has no parameter {}", PathText(command), Quoted(name)));
         }
-        if (param->isList && param->kind == Kind::user && value.type == JsonValue::Type::object) {
-            TakeResult(name, value, results);
+        if (param->isList && value.type == JsonValue::Type::object) {
+            TakeResult(name, param->kind, value, results);
         } else {
             Take(name, param->kind, param->isList, value);
         }
@@ -200,12 +200,13 @@ void WebArguments::Take(const std::string& name, Kind kind, bool isList, const J
     }
 }
 
-void WebArguments::TakeResult(const std::string& name, const JsonValue& value, const SessionResults& results)
+void WebArguments::TakeResult(const std::string& name, Kind kind, const JsonValue& value, const SessionResults& results)
 {
     RequireKnown(value, {"result", "except"});
-    if (value.Find("result") == nullptr) {
+    if ((kind != Kind::user && kind != Kind::holder) || value.Find("result") == nullptr) {
         Refuse(fmt::format("{} is neither users nor a list of them", name));
     }
+    const std::string prefix = kind == Kind::user ? "id:" : "user:id:";
     const Results::Ids ids = results.results.Find(MemberText(value, "result"), results.session);
     if (!ids) {
         throw Error(ErrorCode::conflict, kResultGone);
@@ -219,7 +220,7 @@ void WebArguments::TakeResult(const std::string& name, const JsonValue& value, c
     std::vector<std::string>& users = m_values[name];
     for (const int id : *ids) {
         if (std::string text = std::to_string(id); !left.contains(text)) {
-            users.push_back("id:" + text);
+            users.push_back(prefix + text);
         }
     }
     if (users.size() > kMostFromResult) {

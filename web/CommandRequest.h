@@ -46,7 +46,8 @@ public:
 
 private:
     void Take(const std::string& name, management::Kind kind, bool isList, const JsonValue& value);
-    void TakeResult(const std::string& name, const JsonValue& value, const SessionResults& results);
+    void TakeResult(const std::string& name, management::Kind kind, const JsonValue& value,
+                    const SessionResults& results);
 
     std::map<std::string, std::vector<std::string>, std::less<>> m_values;
     std::map<std::string, management::Secret, std::less<>> m_secrets;

@@ -7,6 +7,7 @@
 #include "management/check/Check.h"
 #include "web/Accounts.h"
 #include "web/CommandAnswer.h"
+#include "web/Events.h"
 #include "web/Imports.h"
 #include "web/JsonReader.h"
 #include "web/JsonResponse.h"
@@ -39,6 +40,11 @@ constexpr std::string_view kCommandRoute = "/commands/";
 /// How long an answer to a wrong password takes at least, so that it does not tell whether there is such a user.
 constexpr std::chrono::milliseconds kFailureTime{300};
 constexpr std::chrono::seconds kRefreshPace{10};
+/// How long a request for news waits.
+constexpr std::chrono::seconds kNewsTime{25};
+/// How often the record is looked at for changes of others while somebody waits for news, and after some were found.
+constexpr std::chrono::seconds kLookPace{2};
+constexpr std::chrono::seconds kLookPauseAfterNews{6};
 constexpr double kRequestsASecond = 50;
 constexpr double kMostAtOnce = 200;
 
@@ -154,7 +160,7 @@ public:
           m_lists([this] { m_reader.Refresh(); }, kRefreshPace)
     {
         const bool needsSetup = NeedsSetup(Connection());
-        static_cast<void>(m_reader.Connection());
+        m_events.Begin(LatestEntry(m_reader.Connection()));
         if (needsSetup) {
             m_setupToken = NewToken();
             m_shownToken = m_setupToken;
@@ -266,6 +272,7 @@ private:
             {"GET", "/overview", &Site::Overview, Level::readOnly},
             {"POST", "/users/find", &Site::FindNames, Level::readOnly},
             {"GET", "/problems", &Site::ListProblems, Level::readOnly},
+            {"GET", "/events", &Site::WaitForNews, Level::readOnly},
             {"POST", kCommandRoute, &Site::Run, Level::readOnly},
             {"POST", "/imports/text", &Site::TakeImportText},
             {"POST", "/imports/look", &Site::LookAtImport},
@@ -310,7 +317,9 @@ private:
             return Problem{415, "no_json", "the body is to be application/json"};
         }
         const Clock::time_point now = Clock::now();
-        visit.session = m_sessions.Use(request.Cookie(visit.CookieName()), now);
+        // A page that nobody uses still asks what is new.
+        const bool isUse = request.path != "/api/v1/events" && request.Header("X-Unattended").empty();
+        visit.session = m_sessions.Use(request.Cookie(visit.CookieName()), now, isUse);
         if (needed == Level::none) {
             return std::nullopt;
         }
@@ -359,6 +368,7 @@ private:
     void SignOut(Visit visit)
     {
         m_sessions.End(visit.session->key);
+        m_events.End(visit.session->id);
         Log("sign_out", visit.session->account.login, visit.request.address, "");
         visit.responder.Send({200, "application/json", R"({"v":1})", {{"Set-Cookie", NoCookie(visit)}}});
     }
@@ -413,6 +423,47 @@ private:
     void Overview(Visit visit)
     {
         InLists(std::move(visit), [this](const Visit& /*asked*/) { return m_reader.Overview(); });
+    }
+
+    // ---- News -------------------------------------------------------------------------------------------------------
+
+    void WaitForNews(Visit visit)
+    {
+        m_lists.Post([this, visit = std::move(visit)] {
+            const Response refusal = Guarded([&] {
+                return IsStillGood(m_reader.Connection(), *visit.session) ? Response() : ResponseOf(NotSignedIn());
+            });
+            if (refusal.status != Response().status) {
+                visit.responder.Send(refusal);
+                return;
+            }
+            const Clock::time_point until = Clock::now() + kNewsTime;
+            m_events.Wait(visit.session->id, visit.request.Header("Last-Event-ID"), visit.responder, until);
+            m_timer.PostAt(until, [this, until] { m_events.Expire(until); });
+            if (!std::exchange(m_isLooking, true)) {
+                LookForNews();
+            }
+        });
+    }
+
+    /// Looks whether others have changed something, again and again while somebody waits. On the lists' thread.
+    void LookForNews()
+    {
+        bool isNews = false;
+        static_cast<void>(Guarded([&] {
+            isNews = m_events.NoteEntry(LatestEntry(m_reader.Connection()));
+            return Response();
+        }));
+        if (isNews) {
+            m_reader.NoteChange();
+        }
+        m_reader.Refresh();
+        m_lists.PostAt(Clock::now() + (isNews ? kLookPauseAfterNews : kLookPace), [this] {
+            m_isLooking = m_events.IsAwaited();
+            if (m_isLooking) {
+                LookForNews();
+            }
+        });
     }
 
     void ListProblems(Visit visit)
@@ -497,12 +548,17 @@ private:
     {
         const Response opened = Guarded([&] {
             const std::shared_ptr<CAConnect> conn = m_open();
-            job.Run(*conn, {[this] { m_commands.RunWaiting(); }, [this] { return m_commands.IsEnding(); }});
+            const auto between = [this] {
+                m_events.NoteProgress();
+                m_commands.RunWaiting();
+            };
+            job.Run(*conn, {between, [this] { return m_commands.IsEnding(); }});
             return Response();
         });
         if (opened.status != 200) {
             job.Fail("the database cannot be opened; nothing was imported");
         }
+        m_events.NoteProgress();
         if (!job.IsDryRun()) {
             m_reader.NoteChange();
             Log("import", job.Login(), address, fmt::format("import {}", job.Id()));
@@ -771,6 +827,7 @@ private:
                 SetUp(Connection(), SecretIn(body));
                 m_setupToken.clear();
                 m_reader.NoteChange();
+                m_events.NoteOwn(LatestEntry(Connection()));
                 Log("setup", "Admin", visit.request.address, "");
                 return Response{200, "application/json", R"({"v":1,"login":"Admin"})"};
             }));
@@ -882,6 +939,10 @@ private:
             m_lists.Post([this, users = std::move(written.users)] { m_reader.NoteUsers(users); });
         }
         if (written.isAnything) {
+            if (!m_events.IsKnown(written.before)) {
+                m_reader.NoteChange();
+            }
+            m_events.NoteOwn(written.entry);
             Log("change", session.account.login, visit.request.address, asked.arguments->Text());
         }
         return response;
@@ -919,6 +980,8 @@ private:
     Throttle m_throttle;
     Results m_results;
     Imports m_imports;
+    Events m_events;
+    bool m_isLooking = false; ///< for changes of others; of the lists' thread
     Reader m_reader;
     std::optional<Origins> m_origins;
     std::latch m_isReady{1};

@@ -23,7 +23,7 @@ std::pair<std::string, Session> Sessions::Begin(const Account& account, Clock::t
     return Insert({{}, account, {}, now, now, now, NewToken()});
 }
 
-std::optional<Session> Sessions::Use(const std::string& token, Clock::time_point now)
+std::optional<Session> Sessions::Use(const std::string& token, Clock::time_point now, bool isUse)
 {
     const std::lock_guard lock(m_mutex);
     const auto found = m_sessions.find(Digest(token));
@@ -34,7 +34,9 @@ std::optional<Session> Sessions::Use(const std::string& token, Clock::time_point
         m_sessions.erase(found);
         return std::nullopt;
     }
-    found->second.used = now;
+    if (isUse) {
+        found->second.used = now;
+    }
     return found->second;
 }
 

@@ -48,8 +48,9 @@ public:
 
     /// Begins a session; a user's oldest one ends when he has too many. @return its token, and the session.
     std::pair<std::string, Session> Begin(const Account& account, Clock::time_point now);
-    /// The session of a token, which counts as used; nothing when there is none or it is over.
-    std::optional<Session> Use(const std::string& token, Clock::time_point now);
+    /// The session of a token; nothing when there is none or it is over. @param isUse  whether it counts as used, so
+    /// that it lasts longer.
+    std::optional<Session> Use(const std::string& token, Clock::time_point now, bool isUse = true);
     /// Gives a session a new token and CSRF token, and notes that the password was given. @param account  of the same
     /// user, as it is now. @return as Begin; nothing when the session is over.
     std::optional<std::pair<std::string, Session>> Confirm(const std::string& key, const Account& account,

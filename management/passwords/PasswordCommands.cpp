@@ -92,7 +92,7 @@ constexpr ChoiceMessages kSetting = {"Set the passwords of {}?", "no password wa
 ChosenUsers PlanSetting(Call& call, const PasswordToSet& in)
 {
     ChosenUsers owners = ChooseUsers(call, in, kSetting);
-    if (in.generate && !in.result && owners.users.size() > 1) {
+    if (in.generate && !in.result && owners.users.size() > 1 && !call.Front().CanShowSecrets()) {
         throw Error(ErrorCode::invalid,
                     fmt::format("the passwords of {} cannot be printed; no password was set, name a file for them with "
                                 "--result",
@@ -141,8 +141,8 @@ Result Set(Call& call, const PasswordToSet& in, const ChosenUsers& owners, const
         passwords.Set(user, secrets.common ? *secrets.common : secrets.generated[i].secret, type);
         call.Report({"user", user.id, user.login, "password_set", fmt::format("set the password of {}", Named(user))});
     }
-    if (in.result) {
-        call.StoreSecrets(*in.result, secrets.generated);
+    if (in.result || secrets.generated.size() > 1) {
+        call.StoreSecrets(in.result.value_or(""), secrets.generated);
     } else if (in.generate) {
         call.ShowSecret(secrets.generated.front().secret);
     }

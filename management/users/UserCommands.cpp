@@ -125,8 +125,8 @@ constexpr Param<NewUser> kCreateParams[] = {
     kDepartmentTextParam<NewUser>,
 };
 
-struct UserToSet : ColumnsInput {
-    std::string user;
+struct UsersToSet : ColumnsInput {
+    std::vector<std::string> users;
 
     void Check() const
     {
@@ -136,10 +136,10 @@ struct UserToSet : ColumnsInput {
     }
 };
 
-constexpr Param<UserToSet> kSetParams[] = {
-    {"USER", &UserToSet::user, Kind::user, kUserHelp},
-    {"columns", &UserToSet::columns, Kind::text, "columns of the user", &OptionsOfSet},
-    kDepartmentTextParam<UserToSet>,
+constexpr Param<UsersToSet> kSetParams[] = {
+    {"USER", &UsersToSet::users, Kind::user, kUserHelp},
+    {"columns", &UsersToSet::columns, Kind::text, "columns of the user", &OptionsOfSet},
+    kDepartmentTextParam<UsersToSet>,
 };
 
 struct UserToRename {
@@ -319,21 +319,31 @@ Result Create(Call& call, const NewUser& in)
     return ResultOf(Value(std::int64_t{id}));
 }
 
-Result Set(Call& call, const UserToSet& in)
+/// @return whether anything was changed.
+bool SetOne(Call& call, const UserKey& user, const FieldValues& values, std::optional<UserDepartment>& department)
 {
-    FieldValues values = in.Values();
-    const UserKey user = FindUser(call.Directory(), in.user);
-    std::optional<UserDepartment> department = FindDepartment(call.Connection(), in, values);
-    RequireUserFits(call.Connection(), "", values);
     const FieldValues before = department ? call.Directory().Load(user.id).value_or(FieldValues()) : FieldValues();
     const bool isChanged = ChangeUser(call.Directory(), user.id, values);
     const bool isMoved = department && department->Place(user.id, before);
     if (!isChanged && !isMoved) {
         call.Report(OutcomeOf(user, "unchanged", fmt::format("nothing to change in {}", Named(user))));
-        return Unchanged();
+        return false;
     }
     call.Report(OutcomeOf(user, "changed", fmt::format("changed {}", Named(user))));
-    return {};
+    return true;
+}
+
+Result Set(Call& call, const UsersToSet& in)
+{
+    FieldValues values = in.Values();
+    const std::vector<UserKey> users = FindUsers(call.Directory(), in.users);
+    std::optional<UserDepartment> department = FindDepartment(call.Connection(), in, values);
+    RequireUserFits(call.Connection(), "", values);
+    bool isChanged = false;
+    for (const UserKey& user : users) {
+        isChanged = SetOne(call, user, values, department) || isChanged;
+    }
+    return isChanged ? Result() : Unchanged();
 }
 
 struct Renaming : Plan {
@@ -501,6 +511,7 @@ constexpr Command kCommands[] = {
     {.path = {"user", "set"},
      .summary = "change what is given and leave all else",
      .examples = "  qvadmin user set amy --mobile '+44 7700 900001' --no-super\n"
+                 "  qvadmin user set amy rory --title Auditor\n"
                  "  qvadmin user set amy --birthday ''",
      .effect = Effect::change,
      .params = &InfosOf<kSetParams>,

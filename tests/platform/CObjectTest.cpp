@@ -7,6 +7,7 @@
 #include <cstring>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -36,16 +37,23 @@ public:
     }
 };
 
-// A pointer to a virtual member function holds one more than the byte offset of its slot.
+// A pointer to a virtual member function holds the byte offset of its slot; a bit says that it is virtual, on ARM in the
+// second word and elsewhere in the first.
 template <class Function>
 std::ptrdiff_t SlotOf(Function function)
 {
     std::ptrdiff_t words[2];
     static_assert(sizeof(function) == sizeof(words));
     std::memcpy(words, &function, sizeof(words));
-    EXPECT_EQ(words[0] % static_cast<std::ptrdiff_t>(sizeof(void*)), 1) << "not virtual";
-    EXPECT_EQ(words[1], 0);
-    return (words[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+#ifdef __aarch64__
+    std::swap(words[0], words[1]);
+    const std::ptrdiff_t offset = words[1];
+#else
+    const std::ptrdiff_t offset = words[0] - 1;
+#endif
+    EXPECT_EQ(words[0] & 1, 1) << "not virtual";
+    EXPECT_EQ(offset % static_cast<std::ptrdiff_t>(sizeof(void*)), 0);
+    return offset / static_cast<std::ptrdiff_t>(sizeof(void*));
 }
 
 using DestructorSlot = void (*)(CObject*);

@@ -21,7 +21,7 @@ protected:
     [[nodiscard]] std::string Url() const override
     {
         if (m_url.empty()) {
-            m_url = servers::NewDatabase(GetParam());
+            m_url = GetParam() == std::string("sqlite") ? ServerFixture::Url() : servers::NewDatabase(GetParam());
         }
         return m_url;
     }
@@ -111,7 +111,94 @@ TEST_P(WebOnEngineTest, KnowsLevelsAndOneTimeCodes)
     EXPECT_EQ(Ask(again, "user/set", {{"parameters", {{"USER", "amy"}, {"title", "x"}}}}).status, 200);
 }
 
-TEST_P(WebOnEngineTest, OpensAnewWhatWasLost)
+TEST_P(WebOnEngineTest, ChangesManyTogetherAndDeletesByPlan)
+{
+    HttpClient client = Signed();
+    Run(client, "view/create", {{"NAME", "Company"}});
+    Run(client, "group/create", {{"PATH", "/Company/Sales"}});
+    Run(client, "group/create", {{"PATH", "/Company/Legal"}});
+    Run(client, "role/create", {{"NAME", "Editors"}});
+    Run(client, "plan/create", {{"NAME", "Weekly"}});
+    for (int i = 0; i < 30; ++i) {
+        Run(client, "user/create", {{"LOGIN", "clerk" + std::to_string(i)}, {"department", "/Company/Sales"}});
+    }
+    const json sales = Got(client, "/tree/find?q=Sales").at("rows").at(0).at("key");
+    const json list = Got(client, "/users?in=" + sales.get<std::string>());
+    EXPECT_EQ(list.at("total"), 30);
+    const json all = {{"result", list.at("result")}, {"except", {list.at("rows").at(0).at("id")}}};
+    Run(client, "user/set", {{"USER", all}, {"title", "Prüfer"}});
+    EXPECT_EQ(Got(client, "/users?q=pr%C3%BCfer").at("total"), 29);
+    Run(client, "role/add", {{"ROLE", "Editors"}, {"USER", all}});
+    Run(client, "plan/assign", {{"PLAN", "Weekly"}, {"ITEM", all}});
+    const json moved = Run(client, "user/move", {{"USER", all}, {"TO", "/Company/Legal"}});
+    EXPECT_EQ(Got(client, "/users?in=" + sales.get<std::string>()).at("total"), 1);
+    EXPECT_EQ(Run(client, "user/password/set", {{"USER", all}, {"generate", true}}).at("passwords").size(), 29U);
+    EXPECT_EQ(Got(client, "/overview").at("no_password"), 1);
+
+    json remove = {{"parameters", {{"USER", all}}}};
+    const HttpAnswer asked = Ask(client, "user/delete", remove);
+    EXPECT_EQ(CodeOf(asked), "confirmation_required");
+    Run(client, "user/set", {{"USER", "clerk29"}, {"note", "which the plan does not name"}});
+    remove["confirm"] = json::parse(asked.body).at("plan").at("digest");
+    const json removed = json::parse(Ask(client, "user/delete", remove).body);
+    ASSERT_TRUE(removed.contains("entry")) << removed;
+    EXPECT_EQ(Got(client, "/users").at("total"), 2);
+    json undo = {{"parameters", {{"ID", {removed.at("entry")}}}}};
+    undo["confirm"] = json::parse(Ask(client, "audit/undo", undo).body).at("plan").at("digest");
+    EXPECT_EQ(Ask(client, "audit/undo", undo).status, 200);
+    EXPECT_EQ(Got(client, "/users").at("total"), 31);
+    EXPECT_EQ(Run(client, "plan/show", {{"PLAN", "Weekly"}}).at("record").at("users"), 29);
+    EXPECT_EQ(Run(client, "audit/verify", json::object()).at("record").at("first_altered"), nullptr);
+}
+
+TEST_P(WebOnEngineTest, ShowsFoldersAndRights)
+{
+    HttpClient client = Signed();
+    Run(client, "docroot/create", {{"NAME", "Company"}, {"path", "/srv/company"}});
+    Run(client, "folder/create", {{"PATH", "/Company/Pläne"}});
+    Run(client, "folder/create", {{"PATH", "/Company/Pläne/O'Brien"}});
+    const json roots = Run(client, "folder/tree", {{"depth", 1}}).at("rows");
+    EXPECT_EQ(roots.at(1).at("name"), "Pläne");
+    const json below = Run(client, "folder/list", {{"PATH", "id:" + roots.at(1).at("id").dump()}}).at("rows");
+    EXPECT_EQ(below.at(0).at("name"), "O'Brien");
+    Run(client, "role/create", {{"NAME", "Editors"}});
+    Run(client, "objright/grant",
+        {{"ITEM", "role:Editors"},
+         {"CLASS", "105"},
+         {"OBJECT", roots.at(1).at("id").dump()},
+         {"GENRE", "doc"},
+         {"FUNCTION", "read"},
+         {"POWER", "4"}});
+    const json rights =
+        Run(client, "objright/list", {{"CLASS", "105"}, {"OBJECT", roots.at(1).at("id").dump()}}).at("rows");
+    EXPECT_EQ(rights.at(0).at("holder"), "Editors");
+}
+
+TEST_P(WebOnEngineTest, HearsOfOtherConsoles)
+{
+    HttpClient client = Signed();
+    const std::string greeting = client.Get("/api/v1/events").body;
+    const std::size_t begin = greeting.find("id: ") + 4;
+    EXPECT_EQ(Got(client, "/users").at("total"), 1);
+    Server other(
+        [this] {
+            auto conn = std::make_shared<CAConnect>();
+            conn->Open(Url().c_str());
+            return conn;
+        },
+        {});
+    HttpClient alien(other.Port());
+    ASSERT_EQ(SignIn(alien).status, 200);
+    Run(alien, "user/create", {{"LOGIN", "amy"}});
+    client.headers["Last-Event-ID"] = greeting.substr(begin, greeting.find('\n', begin) - begin);
+    EXPECT_THAT(client.Get("/api/v1/events").body, testing::HasSubstr("event: changed"));
+    EXPECT_EQ(Got(client, "/users").at("total"), 2);
+}
+
+/// Engines that are servers, whose connections can be lost.
+class WebOnServerTest : public WebOnEngineTest {};
+
+TEST_P(WebOnServerTest, OpensAnewWhatWasLost)
 {
     HttpClient client = Signed();
     const bool isPostgresql = GetParam() == std::string("postgresql");
@@ -136,7 +223,9 @@ TEST_P(WebOnEngineTest, OpensAnewWhatWasLost)
     EXPECT_EQ(Got(client, "/users").at("total"), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, WebOnEngineTest, testing::Values("postgresql", "mariadb"),
-                         [](const auto& engine) { return std::string(engine.param); });
+const auto kNameOf = [](const testing::TestParamInfo<const char*>& engine) { return std::string(engine.param); };
+
+INSTANTIATE_TEST_SUITE_P(Engines, WebOnEngineTest, testing::Values("sqlite", "postgresql", "mariadb"), kNameOf);
+INSTANTIATE_TEST_SUITE_P(Servers, WebOnServerTest, testing::Values("postgresql", "mariadb"), kNameOf);
 
 } // namespace

@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <future>
 #include <map>
 #include <set>
 #include <string>
@@ -176,6 +177,79 @@ TEST_F(ServerTest, ASessionEndsWhenItIsNotUsed)
     EXPECT_EQ(client.Get("/api/v1/session").status, 200);
     std::this_thread::sleep_for(800ms);
     EXPECT_EQ(client.Get("/api/v1/session").status, 401);
+}
+
+TEST_F(ServerTest, WhatAPageAsksByItselfIsNoUseOfItsSession)
+{
+    HttpClient client = Signed({.sessions = {.idle = 1s}});
+    for (const std::string path : {"/api/v1/events", "/api/v1/overview"}) {
+        const auto end = std::chrono::steady_clock::now() + 60s;
+        int status = 200;
+        while (status == 200 && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(100ms);
+            status = client.Get(path).status;
+        }
+        EXPECT_EQ(status, 401) << path;
+        EXPECT_EQ(SignIn(client).status, 200);
+        client.headers["X-Unattended"] = "1";
+    }
+}
+
+TEST_F(ServerTest, NewsIsOfThisAndOtherConsoles)
+{
+    HttpClient client = Signed();
+    const auto heard = [&client](const std::string& last) {
+        HttpClient waiting = client;
+        waiting.headers["Last-Event-ID"] = last;
+        std::string body;
+        // News that is late comes with the next answer.
+        for (int i = 0; i < 4 && body.find("data:") == std::string::npos; ++i) {
+            const HttpAnswer answer = waiting.Get("/api/v1/events");
+            EXPECT_EQ(answer.status, 200) << answer.body;
+            EXPECT_EQ(answer.Header("Content-Type"), "text/event-stream");
+            body = answer.body;
+        }
+        return body;
+    };
+    const auto idIn = [](const std::string& body) {
+        const std::size_t begin = body.find("id: ") + 4;
+        return body.substr(begin, body.find('\n', begin) - begin);
+    };
+    const std::string greeting = heard("");
+    EXPECT_THAT(greeting, HasSubstr("event: hello"));
+    auto waiting = std::async(std::launch::async, heard, idIn(greeting));
+    const json own = Run(client, "user/create", {{"LOGIN", "amy"}});
+    const std::string first = waiting.get();
+    EXPECT_THAT(first, HasSubstr("event: changed\ndata: {\"entry\":" + own.at("entry").dump() + "}"));
+
+    Server other(
+        [this] {
+            auto conn = std::make_shared<CAConnect>();
+            conn->Open(Url().c_str());
+            return conn;
+        },
+        {});
+    HttpClient alien(other.Port());
+    ASSERT_EQ(SignIn(alien).status, 200);
+    EXPECT_EQ(Got(client, "/users").at("total"), 2);
+    const json others = Run(alien, "user/create", {{"LOGIN", "rory"}});
+    EXPECT_THAT(heard(idIn(first)), HasSubstr("{\"entry\":" + others.at("entry").dump() + "}"));
+    EXPECT_EQ(Got(client, "/users").at("total"), 3);
+}
+
+TEST_F(ServerTest, NewsEndsWithItsSession)
+{
+    HttpClient client = Signed();
+    HttpClient waiting = client;
+    const std::string greeting = waiting.Get("/api/v1/events").body;
+    waiting.headers["Last-Event-ID"] =
+        greeting.substr(greeting.find("id: ") + 4, greeting.find("\nevent") - greeting.find("id: ") - 4);
+    auto answer = std::async(std::launch::async, [&waiting] { return waiting.Get("/api/v1/events"); });
+    EXPECT_EQ(answer.wait_for(300ms), std::future_status::timeout);
+    EXPECT_EQ(client.Ask("DELETE", "/api/v1/session", "").status, 200);
+    const int status = answer.get().status;
+    EXPECT_TRUE(status == 204 || status == 401) << status;
+    EXPECT_EQ(waiting.Get("/api/v1/events").status, 401);
 }
 
 TEST_F(ServerTest, ASessionEndsWithTheRightsOfItsUser)
@@ -530,6 +604,42 @@ TEST_F(ServerTest, MadeUpPasswordsAreShownOnce)
     EXPECT_EQ(Run(client, "user/password/check", {{"USER", "amy"}, {"password", "x"}}).at("verdict"), false);
     EXPECT_THAT(Run(client, "audit/list", json::object()).dump(), Not(HasSubstr(made)));
     EXPECT_THAT(m_log, Not(HasSubstr(made)));
+}
+
+TEST_F(ServerTest, SeveralGetFieldsPlansAndPasswordsTogether)
+{
+    HttpClient client = Signed();
+    for (const char* login : {"amy", "rory", "john"}) {
+        Run(client, "user/create", {{"LOGIN", login}});
+    }
+    Run(client, "plan/create", {{"NAME", "Weekly"}});
+    const json list = Got(client, "/users");
+    const json some = {{"result", list.at("result")},
+                       {"except",
+                        {Got(client, "/users?q=login:john").at("rows").at(0).at("id"),
+                         Got(client, "/users?q=login:Admin").at("rows").at(0).at("id")}}};
+    const json set = Run(client, "user/set", {{"USER", some}, {"title", "Clerk"}});
+    EXPECT_EQ(set.at("outcomes").size(), 2U);
+    EXPECT_EQ(Got(client, "/users?q=Clerk").at("total"), 2);
+    EXPECT_FALSE(Run(client, "user/set", {{"USER", some}, {"title", "Clerk"}}).at("changed").get<bool>());
+    const json refused = {{"parameters", {{"USER", {"rory", "nobody"}}, {"title", "Lead"}}}};
+    EXPECT_EQ(Ask(client, "user/set", refused).status, 404);
+    EXPECT_EQ(Got(client, "/users?q=Lead").at("total"), 0);
+
+    Run(client, "plan/assign", {{"PLAN", "Weekly"}, {"ITEM", some}});
+    EXPECT_EQ(Run(client, "plan/show", {{"PLAN", "Weekly"}}).at("record").at("users"), 2);
+
+    const json generate = {{"USER", some}, {"generate", true}};
+    const HttpAnswer tried = Ask(client, "user/password/set", {{"parameters", generate}, {"dry_run", true}});
+    EXPECT_EQ(tried.status, 200) << tried.body;
+    EXPECT_FALSE(json::parse(tried.body).contains("passwords"));
+    const json made = Run(client, "user/password/set", generate).at("passwords");
+    ASSERT_EQ(made.size(), 2U);
+    EXPECT_NE(made.at(0).at("password"), made.at(1).at("password"));
+    for (const json& one : made) {
+        const json check = {{"USER", one.at("login")}, {"password", one.at("password")}};
+        EXPECT_EQ(Run(client, "user/password/check", check).at("verdict"), true) << one.at("login");
+    }
 }
 
 TEST_F(ServerTest, AChangeThatRunsWhenTheServerEndsIsAnswered)

@@ -1,4 +1,5 @@
 import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { checkAccess, openPage, until, useServer } from "./support.mjs";
 
@@ -9,6 +10,7 @@ const shared = useServer(
         "group create /Company/Sales",
         "group create /Company/Legal",
         "role create Editors",
+        "plan create Weekly",
         "user create amy --name 'Amy Pond'",
         "user create rory --name Rory --email rory@example.org",
         "user create john --name Smith",
@@ -131,6 +133,43 @@ test("a column of names is looked for, with those who are missing and those who 
     await dialog.getByLabel("Login names").fill("amy; rory");
     await dialog.getByRole("button", { name: "Find" }).click();
     await page.getByText("2 people", { exact: true }).waitFor();
+    await finish();
+});
+
+test("fields of several are set, plans assigned and passwords made, shown once and saved", async () => {
+    const { page, finish } = await openPage(shared, { path: "/directory?q=clerk10" });
+    await page.getByText("11 people", { exact: true }).waitFor();
+    await page.getByLabel("Select all").click();
+    const dialog = page.getByRole("dialog");
+    await page.getByRole("button", { name: "Set fields…" }).click();
+    await dialog.getByLabel("Company", { exact: true }).fill("O'Brien, Ltd");
+    await dialog.getByLabel("Set Note").check();
+    await checkAccess(page);
+    await dialog.getByRole("button", { name: "Save" }).click();
+    const companies = () => shared.server.json("user", "list", "--match", "clerk10", "--fields", "company").map(row => row.company);
+    await until(() => companies().every(company => company === "O'Brien, Ltd"));
+    await page.getByRole("button", { name: "Undo" }).first().click();
+    await until(() => companies().every(company => company === ""));
+
+    await page.getByRole("button", { name: "Assign plan…" }).click();
+    await dialog.getByLabel("Backup plan").fill("Weekly");
+    await dialog.getByRole("button", { name: "OK" }).click();
+    await until(() => shared.server.json("plan", "show", "Weekly").users === 11);
+
+    await page.getByRole("button", { name: "New passwords…" }).click();
+    await dialog.getByRole("button", { name: "Make passwords" }).click();
+    await dialog.getByText("11 new passwords, shown only now").waitFor();
+    await checkAccess(page);
+    const shown = await dialog.getByRole("listitem").allTextContents();
+    assert.equal(shown.length, 11);
+    await dialog.getByRole("button", { name: "Close" }).click();
+    const question = page.getByRole("dialog", { name: "The passwords cannot be shown again" });
+    await question.getByRole("button", { name: "Cancel" }).click();
+    const [download] = await Promise.all([page.waitForEvent("download"), dialog.getByRole("button", { name: "Save as a file" }).click()]);
+    const text = readFileSync(await download.path(), "utf8");
+    assert.equal(text, ["login,password", ...shown.map(line => line.replace(": ", ","))].map(line => `${line}\n`).join(""));
+    await dialog.getByRole("button", { name: "Close" }).click();
+    await until(() => shared.server.json("user", "password", "status", "clerk100").set);
     await finish();
 });
 

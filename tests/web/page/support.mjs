@@ -14,8 +14,11 @@ const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 
 export const password = "correct horse battery";
 
-/** A directory with these commands run on it, people of a CSV text, and a server. Admin has a password unless not wanted. */
-export async function startServer(commands = [], { withPassword = true, people = "" } = {}) {
+/**
+ * A directory with these commands run on it, people of a CSV text, lines of `qvadmin import`, and a server. Admin has a
+ * password unless not wanted.
+ */
+export async function startServer(commands = [], { withPassword = true, people = "", lines = [] } = {}) {
     const folder = mkdtempSync(join(tmpdir(), "page-"));
     const env = { ...process.env, QVADMIN_DB: `sqlite:${folder}/directory.db` };
     const qvadmin = (...words) => execFileSync(QVADMIN, words, { env, cwd: folder, encoding: "utf8", stdio: ["ignore", "pipe", "pipe"] });
@@ -23,6 +26,11 @@ export async function startServer(commands = [], { withPassword = true, people =
     if (people) {
         writeFileSync(join(folder, "people.csv"), people);
         qvadmin("user", "import", join(folder, "people.csv"), "--result", join(folder, "result.csv"));
+    }
+    if (lines.length > 0) {
+        const all = [{ format: "qvadmin directory", version: 1 }, ...lines];
+        writeFileSync(join(folder, "lines.jsonl"), all.map(line => JSON.stringify(line)).join("\n"));
+        qvadmin("import", join(folder, "lines.jsonl"), "--result", join(folder, "lines.csv"));
     }
     const batch = [...commands];
     writeFileSync(join(folder, "password"), `${password}\n`, { mode: 0o600 });

@@ -40,6 +40,7 @@ export interface Answer {
     changed?: boolean;
     entry?: number | null;
     password?: string;
+    passwords?: { login: string; password: string }[];
     error?: string;
     plan?: Plan;
 }
@@ -133,6 +134,13 @@ export class Problem extends Error {
     }
 }
 
+/** After which time without a key or click a page asks by itself, which does not make its session last longer. */
+const kUnattended = 30000;
+let touched = Date.now();
+for (const kind of ["keydown", "pointerdown", "wheel"]) {
+    addEventListener(kind, () => (touched = Date.now()), { capture: true, passive: true });
+}
+
 let csrf = "";
 /** Has somebody sign in, or give the password again, over the page; resolves when that is done. */
 let askPassword: (why: "session" | "step-up") => Promise<void> = () => Promise.reject(new Error("nobody is there"));
@@ -151,6 +159,7 @@ async function once<T>(method: string, path: string, body?: unknown, signal?: Ab
             headers: {
                 ...(body === undefined ? {} : { "Content-Type": "application/json" }),
                 ...(method === "GET" ? {} : { "X-CSRF-Token": csrf }),
+                ...(Date.now() - touched > kUnattended ? { "X-Unattended": "1" } : {}),
             },
             body: body === undefined ? null : JSON.stringify(body),
         });

@@ -2,6 +2,7 @@
 import type { ComponentChildren } from "preact";
 import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { type Answer, type Plan, Problem, type RunOptions, type Values, may, run } from "./api";
+import { asOwn } from "./events";
 import { noteChange } from "./place";
 import { t } from "./texts";
 
@@ -180,7 +181,7 @@ export async function change(
     let asked = options;
     for (;;) {
         try {
-            const answer = await run(command, parameters, asked);
+            const answer = await asOwn(run(command, parameters, asked));
             const said = (answer.outcomes ?? []).map(outcome => outcome.message);
             toast(said.slice(0, 3).join("; ") || t("saved"), may("audit/undo") ? (answer.entry ?? undefined) : undefined);
             if (answer.changed) {

@@ -215,7 +215,6 @@ function Noun(props: { noun: string; commands: Command[] }) {
     const [answer, setAnswer] = useState<Answer>();
     const [trouble, setTrouble] = useState("");
     useEffect(() => {
-        setAnswer(undefined);
         setTrouble("");
         if (list) {
             run(pathOf(list), {}).then(setAnswer, error => setTrouble(sentence(error)));
@@ -280,7 +279,7 @@ function Noun(props: { noun: string; commands: Command[] }) {
     );
 }
 
-/** A tab that has a view of its own, before those of the nouns. */
+/** A tab that has a view of its own, before those of the nouns; with the name of a noun, in place of that one's. */
 export interface OwnView {
     name: string;
     title: string;
@@ -296,7 +295,7 @@ export function Nouns(props: {
     commands: Command[];
 }) {
     const { own } = props;
-    const names = [...(own ? [own.name] : []), ...props.nouns];
+    const names = [...(own ? [own.name] : []), ...props.nouns.filter(other => other !== own?.name)];
     const noun = props.chosen && names.includes(props.chosen) ? props.chosen : (names[0] as string);
     return (
         <div class="page">

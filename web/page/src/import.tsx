@@ -4,12 +4,13 @@ import { type Import, type Look, beginImport, findImport, listImports, lookAtImp
 import { Trouble, sentence, undo } from "./dialogs";
 import type { Key } from "./en";
 import { suggestGroups } from "./pickers";
+import { watchProgress } from "./events";
 import { noteChange } from "./place";
 import { Table } from "./table";
 import { number, t } from "./texts";
 
 const kPart = 100000;
-const kPause = 400;
+const kPause = 3000;
 const fates = ["created", "updated", "unchanged", "exists", "failed"] as const;
 const flags = ["update", "clear_empty", "allow_privileges"] as const;
 
@@ -135,17 +136,20 @@ export function ImportPage() {
         if (!job || (job.over && job.rows)) {
             return;
         }
-        const timer = setTimeout(
-            () =>
-                findImport(job.id).then(present => {
-                    setJob(present);
-                    if (present.over && !present.dry_run) {
-                        noteChange();
-                    }
-                }, say),
-            job.over ? 0 : kPause,
-        );
-        return () => clearTimeout(timer);
+        const ask = () =>
+            findImport(job.id).then(present => {
+                setJob(present);
+                if (present.over && !present.dry_run) {
+                    noteChange();
+                }
+            }, say);
+        // The server says when it is further; a window that does not hear it looks from time to time.
+        const timer = setTimeout(ask, job.over ? 0 : kPause);
+        const end = watchProgress(ask);
+        return () => {
+            clearTimeout(timer);
+            end();
+        };
     }, [job]);
 
     const read = async (given: string, between: string) => {

@@ -4,7 +4,7 @@ import { type People, type Person, Problem, listPeople, may } from "./api";
 import { Trouble, askFor, change, sentence } from "./dialogs";
 import { Icon } from "./icons";
 import { askNames } from "./names";
-import { askAdd, askMove, askRole, carry, changePeopleOrSay, cut, deletePeople } from "./people";
+import { askAdd, askFields, askMove, askPasswords, askPlan, askRole, carry, changePeopleOrSay, cut, deletePeople } from "./people";
 import { argumentOf, suggestGroups } from "./pickers";
 import { go, useChanges } from "./place";
 import { Scroller } from "./scroller";
@@ -46,7 +46,19 @@ export function List(props: {
     onOpen: (id: number) => void;
 }) {
     const { query } = props;
-    const changes = useChanges();
+    const box = useRef<HTMLElement>(null);
+    const [isOutdated, setOutdated] = useState(false);
+    const [renewals, setRenewals] = useState(0);
+    // While somebody is at the list, rows stay where they are: what is shown of them is read anew, and no more.
+    const changes = useChanges(isElsewhere => {
+        const isKept = isElsewhere && (selected.count > 0 || box.current?.matches(":hover, :focus-within") === true);
+        if (isKept) {
+            asked.current = new Set();
+            setOutdated(true);
+            setVersion(before => before + 1);
+        }
+        return !isKept;
+    });
     const [people, setPeople] = useState<People>();
     const [trouble, setTrouble] = useState("");
     const rows = useRef<(Person | undefined)[]>([]);
@@ -71,6 +83,7 @@ export function List(props: {
                 rows.current = [];
                 asked.current = new Set([0]);
                 setPeople(page);
+                setOutdated(false);
                 setTrouble("");
                 setActive(before => Math.min(before, Math.max(0, page.total - 1)));
                 take(page);
@@ -83,7 +96,7 @@ export function List(props: {
             },
         );
         return () => abort.abort();
-    }, [text, changes]);
+    }, [text, changes, renewals]);
     useEffect(() => {
         setSelected(Selection.nobody);
         setActive(0);
@@ -236,7 +249,7 @@ export function List(props: {
     };
 
     return (
-        <section class="list panel" aria-label={t("people.list")}>
+        <section ref={box} class="list panel" aria-label={t("people.list")}>
             <header>
                 <nav class="crumbs" aria-label={t("people.list")}>
                     <a
@@ -257,6 +270,11 @@ export function List(props: {
                         ))}
                     {query.among !== "" && ` / ${t("names.crumb")}`}
                 </nav>
+                {isOutdated && (
+                    <button class="link" onClick={() => setRenewals(before => before + 1)}>
+                        {t("people.outdated")}
+                    </button>
+                )}
                 <span class="total" role="status">
                     {people ? counted("people.count", total) : ""}
                 </span>
@@ -293,6 +311,18 @@ export function List(props: {
                         )}
                         {may("role/remove") && (
                             <button onClick={() => askRole(selected, "remove")}>{t("people.role.remove")}</button>
+                        )}
+                        {may("user/set") && (
+                            <button onClick={() => askFields(selected)}>{t("people.fields.open")}</button>
+                        )}
+                        {may("user/password/set") && (
+                            <button onClick={() => void askPasswords(selected)}>{t("passwords.open")}</button>
+                        )}
+                        {may("plan/assign") && (
+                            <button onClick={() => askPlan(selected, "assign")}>{t("people.plan.assign")}</button>
+                        )}
+                        {may("plan/unassign") && (
+                            <button onClick={() => askPlan(selected, "unassign")}>{t("people.plan.unassign")}</button>
                         )}
                         {may("user/delete") && (
                             <button class="danger" onClick={() => void remove(selected)}>

@@ -3,9 +3,12 @@ import { render } from "preact";
 import { useEffect, useRef, useState } from "preact/hooks";
 import { type Command, Problem, type Session, currentSession, listCommands, setAskPassword, signOut } from "./api";
 import { Dialogs, Toasts, openDialog, sentence, toast } from "./dialogs";
+import { Board } from "./board";
 import { Directory } from "./directory";
+import { Documents } from "./documents";
 import type { Key } from "./en";
-import { Nouns } from "./generic";
+import { Nouns, type OwnView } from "./generic";
+import { beginEvents } from "./events";
 import { Icon } from "./icons";
 import { Matrix } from "./matrix";
 import { ImportPage } from "./import";
@@ -135,6 +138,20 @@ function UserMenu(props: { session: Session }) {
     );
 }
 
+/** What areas show in a way of their own, before the forms of their nouns. */
+function ownView(area: string, where: Where, commands: Command[]): OwnView | undefined {
+    switch (area) {
+        case "rights":
+            return { name: "matrix", title: t("matrix.title"), view: () => <Matrix /> };
+        case "documents":
+            return { name: "tree", title: t("documents.tree"), view: () => <Documents where={where} commands={commands} /> };
+        case "board":
+            return { name: "board", title: t("board.title"), view: () => <Board where={where} /> };
+        default:
+            return undefined;
+    }
+}
+
 function Page(props: { where: Where; commands: Command[] }) {
     const name = props.where.path.slice(1) || "directory";
     const area = areas.find(one => one.name === name) ?? areas[1];
@@ -160,11 +177,7 @@ function Page(props: { where: Where; commands: Command[] }) {
                     area={area.name}
                     title={t(`area.${area.name}` as Key)}
                     nouns={nounsOf(area, commands)}
-                    own={
-                        area.name === "rights"
-                            ? { name: "matrix", title: t("matrix.title"), view: () => <Matrix /> }
-                            : undefined
-                    }
+                    own={ownView(area.name, props.where, commands)}
                     chosen={props.where.query["noun"]}
                     commands={commands}
                 />
@@ -181,6 +194,7 @@ function Frame(props: { session: Session }) {
     useEffect(() => {
         listCommands().then(setCommands, error => toast(sentence(error)));
     }, [props.session.level]);
+    useEffect(beginEvents, []);
     const name = where.path.slice(1) || "directory";
     useEffect(() => {
         document.title = `${t(`area.${areas.find(one => one.name === name)?.name ?? "directory"}` as Key)} – ${t("product")}`;

@@ -1,9 +1,11 @@
 // What is done with people who were selected, and with people and groups that are dragged, or cut, to a group.
 import { type Answer, type Place, type Values, may, run } from "./api";
-import { Dialog, Lines, askFor, change, changeOrSay, openDialog, sentence, toast } from "./dialogs";
+import { useState } from "preact/hooks";
+import { Dialog, Lines, Trouble, askFor, change, changeOrSay, confirmed, openDialog, sentence, toast } from "./dialogs";
+import { departmentOf, fieldLabel } from "./fields";
 import type { Selection } from "./selection";
 import { counted, t } from "./texts";
-import { argumentOf, suggestGroups, suggestRoles } from "./pickers";
+import { argumentOf, suggestGroups, suggestPlans, suggestRoles } from "./pickers";
 
 const kMostWithoutPreview = 20;
 
@@ -23,8 +25,8 @@ function Preview(props: { title: string; answer: Answer; onEnd: (agreed: boolean
     );
 }
 
-/** Runs a command on people; with many, shows first what it would do. @return whether it was done. */
-export async function changePeople(command: string, people: Selection, others: Values = {}): Promise<boolean> {
+/** Runs a command on people; with many, shows first what it would do. @return null: not agreed. */
+async function answerFor(command: string, people: Selection, others: Values): Promise<Answer | null> {
     const values = { ...others, USER: people.argument() };
     if (people.count > kMostWithoutPreview) {
         const answer = await run(command, values, { dry_run: true });
@@ -41,11 +43,15 @@ export async function changePeople(command: string, people: Selection, others: V
             )),
         );
         if (!isAgreed) {
-            return false;
+            return null;
         }
     }
-    return (await change(command, values)) !== null;
+    return change(command, values);
 }
+
+/** The same. @return whether it was done. */
+export const changePeople = async (command: string, people: Selection, others: Values = {}): Promise<boolean> =>
+    (await answerFor(command, people, others)) !== null;
 
 /** The same, where a toast is enough for what goes wrong. */
 export const changePeopleOrSay = (command: string, people: Selection, others: Values = {}) =>
@@ -88,6 +94,142 @@ export const askRole = (people: Selection, verb: "add" | "remove") =>
         t("ok"),
         async values => changePeople(`role/${verb}`, people, { ROLE: values["role"] ?? "" }),
     );
+
+/** Assigns a backup plan, or takes it away; the server shows to whom. */
+export const askPlan = (people: Selection, verb: "assign" | "unassign") =>
+    askFor(
+        t(`people.plan.${verb}`),
+        [{ name: "plan", label: t("plan"), required: true, suggest: suggestPlans }],
+        t("ok"),
+        async values =>
+            (await change(`plan/${verb}`, { PLAN: values["plan"] ?? "", ITEM: people.argument("user:") })) !== null,
+    );
+
+// ---- Fields and passwords -------------------------------------------------------------------------------------------
+
+/** What several people may have in common. */
+const fields = [
+    "title",
+    "department",
+    "company",
+    "office_phone",
+    "office_fax",
+    "office_address",
+    "office_postcode",
+    "home_province",
+    "home_city",
+    "note",
+    "description",
+];
+
+function FieldsDialog(props: { people: Selection; onClose: () => void }) {
+    const [values, setValues] = useState<Record<string, string>>({});
+    const [trouble, setTrouble] = useState("");
+    const touched = Object.keys(values).length;
+    const without = (name: string) => (before: Record<string, string>) =>
+        Object.fromEntries(Object.entries(before).filter(([other]) => other !== name));
+    return (
+        <Dialog title={t("people.fields", { people: counted("people.count", props.people.count) })} onClose={props.onClose}>
+            <p class="help">{t("people.fields.help")}</p>
+            <form
+                onSubmit={async event => {
+                    event.preventDefault();
+                    try {
+                        if (await changePeople("user/set", props.people, departmentOf(values))) {
+                            props.onClose();
+                        }
+                    } catch (error) {
+                        setTrouble(sentence(error));
+                    }
+                }}
+            >
+                <Trouble text={trouble} />
+                {fields.map(name => (
+                    <div key={name} class={`field chosen-field${name in values ? " changed" : ""}`}>
+                        <input
+                            type="checkbox"
+                            aria-label={t("people.fields.set", { name: fieldLabel(name) })}
+                            checked={name in values}
+                            onChange={event =>
+                                setValues(event.currentTarget.checked ? before => ({ ...before, [name]: "" }) : without(name))
+                            }
+                        />
+                        <label for={`set-${name}`}>{fieldLabel(name)}</label>
+                        <input
+                            id={`set-${name}`}
+                            dir="auto"
+                            value={values[name] ?? ""}
+                            onInput={event => {
+                                const text = event.currentTarget.value;
+                                setValues(before => ({ ...before, [name]: text }));
+                            }}
+                        />
+                    </div>
+                ))}
+                {"department" in values && <p class="help">{t("department.hint")}</p>}
+                <div class="buttons">
+                    <button type="button" onClick={props.onClose}>
+                        {t("cancel")}
+                    </button>
+                    <button class="main" disabled={touched === 0}>
+                        {t("save")}
+                    </button>
+                </div>
+            </form>
+        </Dialog>
+    );
+}
+
+export const askFields = (people: Selection) =>
+    openDialog(close => <FieldsDialog people={people} onClose={close} />);
+
+const quoted = (text: string) => (/[",\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text);
+
+function Passwords(props: { made: { login: string; password: string }[]; onClose: () => void }) {
+    const { made } = props;
+    const [isKept, setKept] = useState(false);
+    const save = () => {
+        const lines = ["login,password", ...made.map(one => `${quoted(one.login)},${quoted(one.password)}`)];
+        const link = document.createElement("a");
+        link.href = URL.createObjectURL(new Blob([`${lines.join("\n")}\n`], { type: "text/csv" }));
+        link.download = "passwords.csv";
+        link.click();
+        URL.revokeObjectURL(link.href);
+        setKept(true);
+    };
+    const close = async () => {
+        if (isKept || (await confirmed(t("passwords.lose"), t("passwords.drop")))) {
+            props.onClose();
+        }
+    };
+    return (
+        <Dialog title={t("passwords.made", { count: made.length })} onClose={() => void close()}>
+            <Lines label={t("passwords.made", { count: made.length })} lines={made.map(one => `${one.login}: ${one.password}`)} />
+            <div class="buttons">
+                <button class="main" onClick={save}>
+                    {t("passwords.save")}
+                </button>
+                <button onClick={() => void close()}>{t("close")}</button>
+            </div>
+        </Dialog>
+    );
+}
+
+/** Gives everybody a password that is made up; they are shown this once. */
+export async function askPasswords(people: Selection): Promise<void> {
+    if (!(await confirmed(t("passwords.ask", { people: counted("people.count", people.count) }), t("passwords.go")))) {
+        return;
+    }
+    try {
+        const answer = await answerFor("user/password/set", people, { generate: true });
+        const made = answer?.passwords ?? (answer?.password ? [{ login: t("signin.password"), password: answer.password }] : []);
+        if (made.length > 0) {
+            openDialog(close => <Passwords made={made} onClose={close} />);
+        }
+    } catch (error) {
+        toast(sentence(error));
+    }
+}
 
 // ---- Dragged, or cut ------------------------------------------------------------------------------------------------
 

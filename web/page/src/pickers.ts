@@ -6,9 +6,15 @@ export const argumentOf = (key: string) => (key.startsWith("view:") ? key : key.
 
 export const suggestGroups = async (text: string) => (await findPlaces(text)).rows.map(row => row.path);
 
-let roles: Promise<string[]> | undefined;
-export const suggestRoles = async (text: string) => {
-    roles ??= run("role/list", {}).then(answer => (answer.rows ?? []).map(row => String(row["name"])));
-    const names = await roles.finally(() => setTimeout(() => (roles = undefined), 10000));
-    return names.filter(name => name.toLowerCase().includes(text.toLowerCase()));
-};
+/** Suggests names of a list that is read from time to time. */
+function namesOf(command: string): (text: string) => Promise<string[]> {
+    let all: Promise<string[]> | undefined;
+    return async text => {
+        all ??= run(command, {}).then(answer => (answer.rows ?? []).map(row => String(row["name"])));
+        const names = await all.finally(() => setTimeout(() => (all = undefined), 10000));
+        return names.filter(name => name.toLowerCase().includes(text.toLowerCase()));
+    };
+}
+
+export const suggestRoles = namesOf("role/list");
+export const suggestPlans = namesOf("plan/list");

@@ -1,5 +1,5 @@
 // Where somebody is stands in the URL.
-import { useEffect, useState } from "preact/hooks";
+import { useEffect, useRef, useState } from "preact/hooks";
 
 export interface Where {
     path: string;
@@ -61,13 +61,16 @@ export function useWhere(): Where {
     return where;
 }
 
-/** Tells lists and trees that something was changed. */
-const changes = new Set<() => void>();
-export const noteChange = () => changes.forEach(listener => listener());
-export function useChanges(): number {
+/** Tells lists and trees that something was changed. @param isElsewhere  by somebody else, or in another window. */
+const changes = new Set<(isElsewhere: boolean) => void>();
+export const noteChange = (isElsewhere = false) => changes.forEach(listener => listener(isElsewhere));
+/** Counts changes. @param takes  says whether one counts; all do where it is not given. */
+export function useChanges(takes: (isElsewhere: boolean) => boolean = () => true): number {
     const [count, setCount] = useState(0);
+    const latest = useRef(takes);
+    latest.current = takes;
     useEffect(() => {
-        const listen = () => setCount(before => before + 1);
+        const listen = (isElsewhere: boolean) => latest.current(isElsewhere) && setCount(before => before + 1);
         changes.add(listen);
         return () => void changes.delete(listen);
     }, []);

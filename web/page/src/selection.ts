@@ -25,8 +25,8 @@ export class Selection {
         }
         return new Selection(after, this.all);
     }
-    /** As commands take it. */
-    argument(): string[] | Chosen {
-        return this.all ? { result: this.all.result, except: [...this.ids] } : [...this.ids].map(id => `id:${id}`);
+    /** As commands take it. @param prefix  "user:" where a command takes other things than users too. */
+    argument(prefix = ""): string[] | Chosen {
+        return this.all ? { result: this.all.result, except: [...this.ids] } : [...this.ids].map(id => `${prefix}id:${id}`);
     }
 }

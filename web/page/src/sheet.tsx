@@ -1,11 +1,14 @@
 // One user.
 import { useEffect, useState } from "preact/hooks";
-import { type Answer, Problem, type Row, type Value, may, run } from "./api";
+import { useAnswer } from "./answers";
+import { Problem, type Row, type Value, may, run } from "./api";
+import { directedKey } from "./branches";
 import { askFor, change, changeOrSay, confirmed, Dialog, openDialog, sentence, Trouble, undo } from "./dialogs";
+import { departmentOf, fieldLabel } from "./fields";
 import { Icon } from "./icons";
 import { addGuard, useChanges } from "./place";
 import { RecordView, Table } from "./table";
-import { counted, t, words } from "./texts";
+import { counted, t } from "./texts";
 import { suggestGroups } from "./pickers";
 
 const tabs = ["general", "contact", "groups", "roles", "rights", "security", "more", "history"] as const;
@@ -45,7 +48,7 @@ function Field(props: { name: string; value: Value; isChanged: boolean; theirs: 
     const isLong = name === "note" || name === "description";
     return (
         <div class={`field row-field${props.isChanged ? " changed" : ""}`}>
-            <label for={id}>{name === "name" || name === "title" || name === "department" ? t(`column.${name}`) : words(name)}</label>
+            <label for={id}>{fieldLabel(name)}</label>
             <div>
                 {typeof value === "boolean" ? (
                     <input id={id} type="checkbox" checked={value} onChange={event => props.onInput(event.currentTarget.checked)} />
@@ -82,13 +85,7 @@ function Field(props: { name: string; value: Value; isChanged: boolean; theirs: 
 
 function ListTab(props: { tab: Tab; id: number }) {
     const spec = lists[props.tab] as { command: string; columns: string[] };
-    const changes = useChanges();
-    const [answer, setAnswer] = useState<Answer>();
-    const [trouble, setTrouble] = useState("");
-    useEffect(() => {
-        setAnswer(undefined);
-        run(spec.command, { USER: `id:${props.id}` }).then(setAnswer, error => setTrouble(sentence(error)));
-    }, [props.tab, props.id, changes]);
+    const { answer, trouble } = useAnswer(spec.command, { USER: `id:${props.id}` });
     const user = [`id:${props.id}`];
     return (
         <>
@@ -264,17 +261,7 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
         if (!record || count === 0) {
             return;
         }
-        // A department is changed by the path of a group.
-        const { department, ...others } = mine;
-        const parameters = {
-            USER: `id:${props.id}`,
-            ...others,
-            ...(department === undefined
-                ? {}
-                : String(department).startsWith("/")
-                  ? { department }
-                  : { department_text: department }),
-        };
+        const parameters = { USER: `id:${props.id}`, ...departmentOf(mine) };
         try {
             await change("user/set", parameters, {
                 if_unchanged: { command: "user/show", parameters: { USER: `id:${props.id}` }, version },
@@ -331,7 +318,8 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
                         tabIndex={tab === props.tab ? 0 : -1}
                         onClick={() => props.onTab(tab)}
                         onKeyDown={event => {
-                            const step = event.key === "ArrowRight" ? 1 : event.key === "ArrowLeft" ? -1 : 0;
+                            const key = directedKey(event.key);
+                            const step = key === "ArrowRight" ? 1 : key === "ArrowLeft" ? -1 : 0;
                             const other = tabs[(i + step + tabs.length) % tabs.length];
                             if (step !== 0 && other) {
                                 props.onTab(other);

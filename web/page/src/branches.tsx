@@ -1,0 +1,295 @@
+// A tree: children are read when a line is opened, and only the lines in sight are in the document.
+import type { ComponentChildren, JSX } from "preact";
+import { useEffect, useRef, useState } from "preact/hooks";
+import type { Step } from "./api";
+import { Trouble, sentence } from "./dialogs";
+import { Icon } from "./icons";
+import { useChanges } from "./place";
+import { Scroller } from "./scroller";
+import { number } from "./texts";
+
+const kPage = 200;
+const kLine = 26;
+
+export interface Branch extends Step {
+    children: number;
+}
+
+export interface Line<T extends Branch> {
+    /** The way down to it, which is there once although an item may hang in several places. */
+    way: string;
+    /** Undefined until it is read. */
+    node: T | undefined;
+    /** The key of what it is shown under; empty at the top. */
+    parent: string;
+    index: number;
+    depth: number;
+    count: number;
+}
+
+interface Children<T> {
+    total: number;
+    rows: (T | undefined)[];
+    asked: Set<number>;
+}
+
+interface Tree<T extends Branch> {
+    id: string;
+    label: string;
+    /** The key of what is chosen, and the way to it where that is known. */
+    chosen: string;
+    trail: Step[] | undefined;
+    /** Up to 200 children of a key, or of the top, from an offset on. */
+    read: (parent: string, offset: number) => Promise<{ total: number; rows: T[] }>;
+    icon: (node: T) => string;
+    /** What is counted at the end of a line; 0 is left out. */
+    count: (node: T) => number;
+    onChoose: (node: T) => void;
+    /** Takes a key before the tree does. @return whether it meant something. */
+    onKey?: (event: KeyboardEvent, line: Line<T>) => boolean;
+    /** Further attributes of a line. */
+    attributes?: (line: Line<T>) => JSX.HTMLAttributes<HTMLDivElement>;
+}
+
+const last = (way: string) => way.slice(way.lastIndexOf("/") + 1);
+const above = (way: string) => way.slice(0, Math.max(0, way.lastIndexOf("/")));
+
+/** Left and right as a reader of the page's direction means them. */
+export function directedKey(key: string): string {
+    const isMirrored = getComputedStyle(document.documentElement).direction === "rtl";
+    return isMirrored ? ({ ArrowLeft: "ArrowRight", ArrowRight: "ArrowLeft" }[key] ?? key) : key;
+}
+
+/** @return the line that is chosen, how many there are at the top (-1: not known yet), and the tree. */
+export function useTree<T extends Branch>(tree: Tree<T>): {
+    chosen: Line<T> | undefined;
+    top: number;
+    open: (line: Line<T>) => void;
+    view: ComponentChildren;
+} {
+    const changes = useChanges();
+    const children = useRef(new Map<string, Children<T>>());
+    const [open, setOpen] = useState<ReadonlySet<string>>(new Set());
+    const [active, setActive] = useState("");
+    const [version, setVersion] = useState(0);
+    const [trouble, setTrouble] = useState("");
+    const typed = useRef({ text: "", at: 0 });
+
+    const load = async (parent: string, offset: number) => {
+        const known = children.current.get(parent);
+        if (known?.asked.has(offset)) {
+            return;
+        }
+        const kept = known ?? { total: -1, rows: [], asked: new Set<number>() };
+        kept.asked.add(offset);
+        children.current.set(parent, kept);
+        try {
+            const page = await tree.read(parent, offset);
+            kept.total = page.total;
+            page.rows.forEach((row, i) => {
+                kept.rows[offset + i] = row;
+            });
+            setTrouble("");
+            // What keys act on may have been a line whose name was not known yet.
+            setActive(before => {
+                const [, over, index] = before.match(/^(?:(.*)\/)?\?(\d+)$/) ?? [];
+                const key = index !== undefined && last(over ?? "") === parent ? kept.rows[Number(index)]?.key : undefined;
+                return key ? (over ? `${over}/${key}` : key) : before;
+            });
+        } catch (error) {
+            kept.asked.delete(offset);
+            setTrouble(sentence(error));
+        }
+        setVersion(before => before + 1);
+    };
+
+    const seen = useRef(-1);
+    useEffect(() => {
+        if (seen.current !== changes) {
+            seen.current = changes;
+            children.current = new Map();
+        }
+        void load("", 0);
+        for (const way of open) {
+            void load(last(way), 0);
+        }
+    }, [open, changes]);
+
+    // What is chosen is shown: its parents are opened.
+    useEffect(() => {
+        if (!tree.trail) {
+            return;
+        }
+        const ways = tree.trail.map((_, i) => tree.trail!.slice(0, i + 1).map(step => step.key).join("/"));
+        setOpen(before => new Set([...before, ...ways.slice(0, -1)]));
+        setActive(ways[ways.length - 1] ?? "");
+    }, [tree.trail?.map(step => step.key).join("/")]);
+
+    const lines: Line<T>[] = [];
+    const add = (parent: string, way: string, depth: number) => {
+        const known = children.current.get(parent);
+        for (let i = 0; known && i < known.total; ++i) {
+            const node = known.rows[i];
+            const own = (way ? `${way}/` : "") + (node?.key ?? `?${i}`);
+            lines.push({ way: own, node, parent, index: i, depth, count: known.total });
+            const isCycle = node !== undefined && way.split("/").includes(node.key);
+            if (node && !isCycle && open.has(own)) {
+                add(node.key, own, depth + 1);
+            }
+        }
+    };
+    add("", "", 1);
+    const activeIndex = Math.max(
+        0,
+        lines.findIndex(line => line.way === active),
+    );
+    void version;
+
+    const isChosen = (line: Line<T>) => line.node !== undefined && line.node.key === tree.chosen;
+    const isCycle = (line: Line<T>) => line.node !== undefined && above(line.way).split("/").includes(line.node.key);
+    const canOpen = (line: Line<T>) => (line.node?.children ?? 0) > 0 && !isCycle(line);
+    const setLine = (line: Line<T>, isOpen: boolean) => {
+        setOpen(before => {
+            const after = new Set(before);
+            isOpen ? after.add(line.way) : after.delete(line.way);
+            return after;
+        });
+    };
+    const choose = (line: Line<T>) => {
+        setActive(line.way);
+        line.node && tree.onChoose(line.node);
+    };
+
+    const onKey = (event: KeyboardEvent, page: number) => {
+        const line = lines[activeIndex];
+        if (!line) {
+            return;
+        }
+        if (tree.onKey?.(event, line)) {
+            event.preventDefault();
+            return;
+        }
+        if (event.ctrlKey || event.altKey || event.metaKey) {
+            return;
+        }
+        const key = directedKey(event.key);
+        const move = (to: number) => setActive(lines[Math.min(lines.length - 1, Math.max(0, to))]?.way ?? "");
+        const actions: Record<string, () => void> = {
+            ArrowDown: () => move(activeIndex + 1),
+            ArrowUp: () => move(activeIndex - 1),
+            Home: () => move(0),
+            End: () => move(lines.length - 1),
+            PageDown: () => move(activeIndex + page),
+            PageUp: () => move(activeIndex - page),
+            ArrowRight: () => {
+                if (open.has(line.way)) {
+                    // Its children may be on their way still.
+                    move(activeIndex + ((lines[activeIndex + 1]?.depth ?? 0) > line.depth ? 1 : 0));
+                } else if (canOpen(line)) {
+                    setLine(line, true);
+                }
+            },
+            ArrowLeft: () => {
+                if (open.has(line.way)) {
+                    setLine(line, false);
+                } else if (line.depth > 1) {
+                    move(lines.findIndex(other => other.way === above(line.way)));
+                }
+            },
+            Enter: () => choose(line),
+        };
+        const action = actions[key];
+        if (action) {
+            event.preventDefault();
+            action();
+        } else if (key.length === 1 && key !== " " && key !== "/") {
+            event.preventDefault();
+            event.stopPropagation();
+            const now = Date.now();
+            typed.current = { text: (now - typed.current.at < 800 ? typed.current.text : "") + key.toLowerCase(), at: now };
+            for (let i = 1; i <= lines.length; ++i) {
+                const other = lines[(activeIndex + i) % lines.length];
+                if (other?.node?.name.toLowerCase().startsWith(typed.current.text)) {
+                    setActive(other.way);
+                    break;
+                }
+            }
+        }
+    };
+
+    const drawn = (line: Line<T>, index: number, style: { top: string }) => {
+        const { node } = line;
+        const { class: further = "", ...attributes } = tree.attributes?.(line) ?? {};
+        return (
+            <div
+                key={line.way}
+                id={`${tree.id}-${index}`}
+                class={`branch${index === activeIndex ? " active" : ""} ${further}`}
+                role="treeitem"
+                aria-level={line.depth}
+                aria-setsize={line.count}
+                aria-posinset={line.index + 1}
+                aria-selected={isChosen(line)}
+                {...(canOpen(line) ? { "aria-expanded": open.has(line.way) } : {})}
+                style={{ ...style, "--depth": line.depth }}
+                onClick={() => choose(line)}
+                onDblClick={() => canOpen(line) && setLine(line, !open.has(line.way))}
+                {...attributes}
+            >
+                <span
+                    class={`twist${canOpen(line) ? "" : " leaf"}${open.has(line.way) ? " open" : ""}`}
+                    onClick={event => {
+                        event.stopPropagation();
+                        if (canOpen(line)) {
+                            setLine(line, !open.has(line.way));
+                        }
+                    }}
+                >
+                    {canOpen(line) ? <Icon name="twist" /> : null}
+                </span>
+                <Icon name={node ? tree.icon(node) : "folder"} />
+                <span class="name" title={node?.name}>
+                    <bdi>{node?.name ?? "…"}</bdi>
+                    {isCycle(line) ? " ↺" : ""}
+                </span>
+                <span class="count">{node && tree.count(node) > 0 ? number(tree.count(node)) : ""}</span>
+            </div>
+        );
+    };
+    const view = (
+        <>
+            <Trouble text={trouble} />
+            {lines.length > 0 && (
+                <Scroller
+                    role="tree"
+                    id={tree.id}
+                    label={tree.label}
+                    count={lines.length}
+                    lineHeight={kLine}
+                    active={activeIndex}
+                    activeId={`${tree.id}-${activeIndex}`}
+                    onKey={onKey}
+                    onRest={(first, end) => {
+                        for (let i = first; i <= end; ++i) {
+                            const line = lines[i];
+                            if (line && !line.node) {
+                                void load(line.parent, Math.floor(line.index / kPage) * kPage);
+                            }
+                        }
+                    }}
+                    line={(index, style) => drawn(lines[index] as Line<T>, index, style)}
+                />
+            )}
+        </>
+    );
+    return {
+        // What is shown in several places is where it was chosen.
+        chosen: lines.find(line => isChosen(line) && line.way === active) ?? lines.find(isChosen),
+        top: children.current.get("")?.total ?? -1,
+        open: line => setLine(line, true),
+        view,
+    };
+}
+
+/** The key of what a line is shown under on its way; empty at the top. */
+export const parentOf = (line: Line<Branch>) => last(above(line.way));
