@@ -36,7 +36,7 @@ double CurrentLocalTime()
     return days;
 }
 
-constexpr std::string Record::*kEscaped[] = {
+constexpr std::string Record::* kEscaped[] = {
     &Record::loginName,    &Record::name,     &Record::creatorName, &Record::note,        &Record::eMail,
     &Record::description,  &Record::homeCity, &Record::homeAddress, &Record::companyName, &Record::officeAddress,
     &Record::homeProvince, &Record::jobTitle, &Record::eCard,       &Record::deptInfo,    &Record::userData,

@@ -171,7 +171,7 @@ private:
 
     void RequireClosed(const std::string& origin) const
     {
-        struct stat status {};
+        struct stat status{};
         if (::stat(m_file.c_str(), &status) != 0 || (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
             throw Error(ErrorCode::failed,
                         fmt::format("{}: db holds a password, and the file is open to others than its owner; put the "
@@ -242,9 +242,8 @@ std::vector<std::string> Config::Files()
 
 Config::Config(const std::vector<std::string>& files, const std::optional<std::string>& profile)
 {
-    std::ranges::transform(kKeys, std::back_inserter(m_values), [](const ConfigKey& key) {
-        return ConfigValue{std::string(key.name), "", "default"};
-    });
+    std::ranges::transform(kKeys, std::back_inserter(m_values),
+                           [](const ConfigKey& key) { return ConfigValue{std::string(key.name), "", "default"}; });
     std::vector<FileSettings> read;
     for (const std::string& file : files) {
         std::error_code error;

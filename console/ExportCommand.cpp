@@ -144,8 +144,7 @@ bool WriteAll(Call& call, std::string_view format, const ExportOptions& options,
     }
     if (format == "ldif") {
         frontEnd.Begin("version: 1");
-        return ExportLdif(
-            call, options, [&](const std::string& entry) { frontEnd.Stream() << entry; }, report);
+        return ExportLdif(call, options, [&](const std::string& entry) { frontEnd.Stream() << entry; }, report);
     }
     return ExportPeople(call, options, report);
 }

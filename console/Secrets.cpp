@@ -82,7 +82,7 @@ Secret ReadFile(const std::string& path, std::string_view noun)
         throw Error(ErrorCode::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(errno)));
     }
     FileBuffer buffer(file);
-    struct stat status {};
+    struct stat status{};
     const bool isFile = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
     if (isFile && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
         throw Error(ErrorCode::failed,

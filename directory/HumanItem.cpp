@@ -14,7 +14,7 @@ using sqltext::Quoted;
 constexpr const char* kDateFormat = "%Y-%m-%d";
 
 // The other texts enter statements as they are; which ones do is what callers know and work around.
-constexpr CString CHumanItem::*kEscaped[] = {
+constexpr CString CHumanItem::* kEscaped[] = {
     &CHumanItem::m_strLoginName,    &CHumanItem::m_strName,          &CHumanItem::m_strCreatorName,
     &CHumanItem::m_strNote,         &CHumanItem::m_strEMail,         &CHumanItem::m_strDescription,
     &CHumanItem::m_strHomeProvince, &CHumanItem::m_strHomeCity,      &CHumanItem::m_strHomeAddress,

@@ -78,7 +78,7 @@ bool Lock(int file, unsigned flags)
 // Devices have no length to cut.
 bool CutIfAsked(int file, unsigned flags)
 {
-    struct stat status {};
+    struct stat status{};
     if ((flags & CFile::modeCreate) == 0 || (flags & CFile::modeNoTruncate) != 0 || !IsForWriting(flags)) {
         return true;
     }

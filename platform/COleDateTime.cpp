@@ -80,7 +80,7 @@ std::optional<std::tm> Split(double dayCount)
     return parts;
 }
 
-int Part(const COleDateTime& date, int std::tm::*part, int base)
+int Part(const COleDateTime& date, int std::tm::* part, int base)
 {
     const auto parts = date.GetStatus() == COleDateTime::valid ? Split(static_cast<double>(date)) : std::nullopt;
     return parts ? (*parts).*part + base : -1;

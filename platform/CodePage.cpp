@@ -386,8 +386,7 @@ void Transcode(const CodePage& from, std::string_view text, const CodePage& to, 
         const Encoded encoded = EncodedCharacter(to, decoded.value);
         out += encoded.length == 0 ? std::string_view("?") : encoded.View();
     };
-    ForEachPart(
-        from, text, [&](std::string_view run) { out += run; }, character);
+    ForEachPart(from, text, [&](std::string_view run) { out += run; }, character);
 }
 
 template <class Map>
@@ -423,8 +422,7 @@ std::string Mapped(const CodePage& page, std::string_view text, Map map, AsciiMa
         const Encoded encoded = mapped == decoded.value ? Encoded{} : EncodedCharacter(page, mapped);
         out += encoded.length == 0 ? bytes : encoded.View();
     };
-    ForEachPart(
-        page, text, [&](std::string_view run) { AppendMapped(out, run, mapAscii); }, character);
+    ForEachPart(page, text, [&](std::string_view run) { AppendMapped(out, run, mapAscii); }, character);
     return out;
 }
 

@@ -333,7 +333,7 @@ People::MeantByName People::MeantBy(const std::vector<std::string>& names) const
     }
     // The names are few, the people may be many: one look at each of them finds all.
     std::string key;
-    const auto note = [&](Index person, PeopleColumn column, std::vector<Index> Meant::*list) {
+    const auto note = [&](Index person, PeopleColumn column, std::vector<Index> Meant::* list) {
         key = Folded(person, column);
         const auto found = meant.find(key);
         if (found != meant.end() && ((found->second.*list).empty() || (found->second.*list).back() != person)) {

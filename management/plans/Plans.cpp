@@ -54,9 +54,7 @@ std::optional<PlanData> Plans::Load(int id)
 {
     std::optional<PlanData> plan;
     EachRow(m_conn, fmt::format("SELECT Col_Name, Col_Desc, Col_Data FROM Tab_Doc_Backup_Plan WHERE Col_ID = {}", id),
-            [&plan](CARecordset& row) {
-                plan = PlanData{TextIn(row, 1), TextIn(row, 2), TextIn(row, 3)};
-            });
+            [&plan](CARecordset& row) { plan = PlanData{TextIn(row, 1), TextIn(row, 2), TextIn(row, 3)}; });
     return plan;
 }
 
@@ -149,9 +147,8 @@ PlanKey FindPlan(Plans& plans, const std::string& argument)
         KeepNamed(listed, argument, &ListedPlan::name);
     }
     std::vector<PlanKey> found;
-    std::ranges::transform(listed, std::back_inserter(found), [](const ListedPlan& plan) {
-        return PlanKey{plan.id, plan.name};
-    });
+    std::ranges::transform(listed, std::back_inserter(found),
+                           [](const ListedPlan& plan) { return PlanKey{plan.id, plan.name}; });
     if (found.empty()) {
         throw Error(ErrorCode::notFound,
                     fmt::format("there is no backup plan {}; `qvadmin plan list` shows all", Quoted(argument)));

@@ -73,9 +73,7 @@ std::vector<ItemRight> Rights::Select(const std::string& condition)
 {
     std::vector<ItemRight> rights;
     EachRow(m_conn, "SELECT Col_FunGenre, Col_FunName, Col_Power, Col_UnPower FROM qv_ItemAce WHERE " + condition,
-            [&rights](CARecordset& row) {
-                rights.push_back({FunctionIn(row), PowersIn(row)});
-            });
+            [&rights](CARecordset& row) { rights.push_back({FunctionIn(row), PowersIn(row)}); });
     std::ranges::sort(rights, {}, [](const ItemRight& right) {
         return std::tie(right.function, right.powers.power, right.powers.unpower);
     });

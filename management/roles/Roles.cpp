@@ -39,8 +39,7 @@ void SortBy(std::vector<Item>& items, Key key)
     for (Item& item : items) {
         keyed.emplace_back(key(item), std::move(item));
     }
-    std::ranges::sort(
-        keyed, {}, [](const auto& entry) -> const auto& { return entry.first; });
+    std::ranges::sort(keyed, {}, [](const auto& entry) -> const auto& { return entry.first; });
     std::ranges::transform(keyed, items.begin(), [](auto& entry) { return std::move(entry.second); });
 }
 

@@ -18,11 +18,11 @@ struct UsersInput : SelectionInput {
 
 /// The parameters of an input that is a UsersInput.
 template <class In>
-inline constexpr auto
-    kUsersParams = Joined(std::to_array<Param<In>>({{"USER", &In::users, Kind::user,
-                                                     "login name, or id:NUMBER, or login:TEXT; or none, and "
-                                                     "options that select users"}}),
-                          kSelectionParams<In>);
+inline constexpr auto kUsersParams =
+    Joined(std::to_array<Param<In>>({{"USER", &In::users, Kind::user,
+                                      "login name, or id:NUMBER, or login:TEXT; or none, and "
+                                      "options that select users"}}),
+           kSelectionParams<In>);
 
 /// Whom a command is about to change. It asks only about a selection: nobody has named these users.
 struct ChosenUsers : Plan {

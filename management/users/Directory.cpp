@@ -19,7 +19,7 @@ namespace management {
 namespace {
 
 // Texts of the record in which it doubles quotes itself.
-constexpr CString CHumanItem::*kQuotedTexts[] = {
+constexpr CString CHumanItem::* kQuotedTexts[] = {
     &CHumanItem::m_strLoginName,    &CHumanItem::m_strName,          &CHumanItem::m_strCreatorName,
     &CHumanItem::m_strNote,         &CHumanItem::m_strEMail,         &CHumanItem::m_strDescription,
     &CHumanItem::m_strHomeProvince, &CHumanItem::m_strHomeCity,      &CHumanItem::m_strHomeAddress,
@@ -27,11 +27,11 @@ constexpr CString CHumanItem::*kQuotedTexts[] = {
     &CHumanItem::m_strECard,        &CHumanItem::m_strDeptInfo,      &CHumanItem::m_strUserData};
 
 // Texts of the record that enter its statements as they are.
-constexpr CString CHumanItem::*kPlainTexts[] = {&CHumanItem::m_strPWord,          &CHumanItem::m_strFarServer,
-                                                &CHumanItem::m_strMobile,         &CHumanItem::m_strHomePostCode,
-                                                &CHumanItem::m_strHomePhone,      &CHumanItem::m_strHomeFax,
-                                                &CHumanItem::m_strOfficePostCode, &CHumanItem::m_strOfficePhone,
-                                                &CHumanItem::m_strOfficeFax,      &CHumanItem::m_strPicture};
+constexpr CString CHumanItem::* kPlainTexts[] = {&CHumanItem::m_strPWord,          &CHumanItem::m_strFarServer,
+                                                 &CHumanItem::m_strMobile,         &CHumanItem::m_strHomePostCode,
+                                                 &CHumanItem::m_strHomePhone,      &CHumanItem::m_strHomeFax,
+                                                 &CHumanItem::m_strOfficePostCode, &CHumanItem::m_strOfficePhone,
+                                                 &CHumanItem::m_strOfficeFax,      &CHumanItem::m_strPicture};
 
 std::string SelectAllColumns(int id)
 {

@@ -186,19 +186,19 @@ Stored ParseValue(const Field& field, const std::string& text)
 void SetMember(CHumanItem& item, const Field& field, const Stored& value)
 {
     std::visit(
-        Overloaded{[&](CString CHumanItem::*member) { item.*member = CString(std::string_view(value.value_or(""))); },
-                   [&](int CHumanItem::*member) { item.*member = StoredNumber(value); },
-                   [&](bool CHumanItem::*member) { item.*member = StoredNumber(value) != 0; },
-                   [&](COleDateTime CHumanItem::*member) { SetDate(item.*member, value); }, [](std::monostate) {}},
+        Overloaded{[&](CString CHumanItem::* member) { item.*member = CString(std::string_view(value.value_or(""))); },
+                   [&](int CHumanItem::* member) { item.*member = StoredNumber(value); },
+                   [&](bool CHumanItem::* member) { item.*member = StoredNumber(value) != 0; },
+                   [&](COleDateTime CHumanItem::* member) { SetDate(item.*member, value); }, [](std::monostate) {}},
         field.member);
 }
 
 std::string WrittenBy(const CHumanItem& item, const Field& field)
 {
-    return std::visit(Overloaded{[&](CString CHumanItem::*member) { return std::string((item.*member).View()); },
-                                 [&](int CHumanItem::*member) { return std::to_string(item.*member); },
-                                 [&](bool CHumanItem::*member) { return std::string(item.*member ? "1" : "0"); },
-                                 [&](COleDateTime CHumanItem::*member) {
+    return std::visit(Overloaded{[&](CString CHumanItem::* member) { return std::string((item.*member).View()); },
+                                 [&](int CHumanItem::* member) { return std::to_string(item.*member); },
+                                 [&](bool CHumanItem::* member) { return std::string(item.*member ? "1" : "0"); },
+                                 [&](COleDateTime CHumanItem::* member) {
                                      return std::string((item.*member).Format("%Y-%m-%d").View());
                                  },
                                  [](std::monostate) { return std::string(); }},

@@ -34,8 +34,7 @@ protected:
         std::string text = std::string(kExportHead) + "\n";
         ExportReport report;
         RunCall({}, [&](Call& call, auto&) {
-            ExportDirectory(
-                call, {}, [&text](const std::string& line) { text += line + "\n"; }, report);
+            ExportDirectory(call, {}, [&text](const std::string& line) { text += line + "\n"; }, report);
         });
         return text;
     }

@@ -119,9 +119,8 @@ TEST_P(UserMoveTest, NamesCanComeFromElsewhere)
 
 TEST_P(UserMoveTest, IsRecordedAsOneChange)
 {
-    ExpectRecordedAndUndone("user move", [&] {
-        return Run({"user", "move", "amy", "rory", "/Company/Head\\/office"});
-    });
+    ExpectRecordedAndUndone("user move",
+                            [&] { return Run({"user", "move", "amy", "rory", "/Company/Head\\/office"}); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, UserMoveTest, Engines(), EngineName);

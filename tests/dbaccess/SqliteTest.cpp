@@ -67,7 +67,7 @@ protected:
 
     static mode_t ModeOf(const fs::path& file)
     {
-        struct stat status {};
+        struct stat status{};
         return ::stat(file.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
     }
 
@@ -373,7 +373,7 @@ mode_t modeWhenOpened = 0;
 
 int NotingOpen(const char* path, int flags, int mode)
 {
-    struct stat status {};
+    struct stat status{};
     if (std::string_view(path).ends_with("/t.db") && modeWhenOpened == 0) {
         modeWhenOpened = ::stat(path, &status) == 0 ? status.st_mode & 07777 : 07777;
     }
@@ -444,7 +444,7 @@ int writerFile = -1;
 
 void LockAsWriter(short type)
 {
-    struct flock lock {};
+    struct flock lock{};
     lock.l_type = type;
     lock.l_whence = SEEK_SET;
     lock.l_start = kReservedByte;

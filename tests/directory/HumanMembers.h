@@ -9,16 +9,16 @@ namespace human {
 
 struct Text {
     const char* name;
-    CString CHumanItem::*member;
+    CString CHumanItem::* member;
 };
 struct Number {
     const char* name;
-    int CHumanItem::*member;
+    int CHumanItem::* member;
     int value; // what Fill gives it
 };
 struct Flag {
     const char* name;
-    bool CHumanItem::*member;
+    bool CHumanItem::* member;
 };
 
 inline constexpr std::array<Text, 30> kTexts = {{

@@ -172,7 +172,7 @@ TEST_P(RelationsOnAnEngine, ARecordIsSavedAsOftenAsAskedAndDeletedByAllButItsVie
     EXPECT_EQ(item.SaveData(m_conn), 1);
     EXPECT_EQ(item.SaveData(m_conn), 1);
     EXPECT_THAT(Rows(kRelations), ElementsAre("1|2|3|4|5|6|7", "1|2|3|4|5|6|7"));
-    for (int CRelationItem::*member :
+    for (int CRelationItem::* member :
          {&CRelationItem::m_nQvItemID, &CRelationItem::m_nQvItemType, &CRelationItem::m_nDQvItemID,
           &CRelationItem::m_nDQvItemType, &CRelationItem::m_nRelType, &CRelationItem::m_nRef}) {
         ++(item.*member);

@@ -539,7 +539,7 @@ TEST_P(UsersOnAnEngine, AUserIsDeletedButNeverTheAdministrator)
 void FillForSaving(CHumanItem& item, const CString& ending)
 {
     human::Fill(item, ending);
-    for (CString CHumanItem::*member :
+    for (CString CHumanItem::* member :
          {&CHumanItem::m_strLoginName, &CHumanItem::m_strName, &CHumanItem::m_strCreatorName, &CHumanItem::m_strNote,
           &CHumanItem::m_strEMail, &CHumanItem::m_strDescription, &CHumanItem::m_strHomeProvince,
           &CHumanItem::m_strHomeCity, &CHumanItem::m_strHomeAddress, &CHumanItem::m_strCompanyName,

@@ -37,8 +37,8 @@ public:
     }
 };
 
-// A pointer to a virtual member function holds the byte offset of its slot; a bit says that it is virtual, on ARM in the
-// second word and elsewhere in the first.
+// A pointer to a virtual member function holds the byte offset of its slot; a bit says that it is virtual, on ARM in
+// the second word and elsewhere in the first.
 template <class Function>
 std::ptrdiff_t SlotOf(Function function)
 {

@@ -470,7 +470,7 @@ ssize_t (*realWrite)(int, const void*, std::size_t, off_t) = nullptr;
 
 ssize_t WriteWhereThereIsRoom(int file, const void* bytes, std::size_t count, off_t offset)
 {
-    struct stat status {};
+    struct stat status{};
     ::fstat(file, &status);
     const off_t growth = offset + static_cast<off_t>(count) - status.st_size;
     if (growth > room) {

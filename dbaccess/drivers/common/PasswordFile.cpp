@@ -12,7 +12,7 @@ namespace dbaccess {
 
 void RequireClosedToOthers(const std::string& path)
 {
-    struct stat status {};
+    struct stat status{};
     if (::stat(path.c_str(), &status) != 0) {
         throw CAException(platform::Utf8ToAnsi("cannot read the password file " + path + ": " +
                                                std::generic_category().message(errno)));

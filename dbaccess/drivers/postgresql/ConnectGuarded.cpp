@@ -159,7 +159,7 @@ private:
     /// Whether the library's socket is still the one that it was given.
     [[nodiscard]] bool IsBetween() const
     {
-        struct stat status {};
+        struct stat status{};
         return m_server.Get() >= 0 && ::fstat(PQsocket(m_db.get()), &status) == 0 && status.st_ino == m_inode;
     }
 
@@ -176,7 +176,7 @@ private:
     {
         const int own = PQsocket(m_db.get());
         std::array<int, 2> pair{};
-        struct stat status {};
+        struct stat status{};
         m_server.Reset(::fcntl(own, F_DUPFD_CLOEXEC, 0));
         if (m_server.Get() < 0 ||
             ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, pair.data()) != 0) {

@@ -24,7 +24,7 @@ constexpr off_t kSharedByteCount = 510;
 // Belongs to the open file and not to the process, so that no other connection's close gives it up.
 bool LockForReading(int file)
 {
-    struct flock lock {};
+    struct flock lock{};
     lock.l_type = F_RDLCK;
     lock.l_whence = SEEK_SET;
     lock.l_start = kSharedBytes;
