@@ -20,7 +20,7 @@ inline constexpr std::size_t kMostNames = 500;
 using FindNames = std::function<std::vector<std::string>(const std::optional<std::string>& db, Kind kind,
                                                          const std::string& beginning)>;
 
-/// What may stand in the place of a word of a command line: words of commands, options, choices and names.
+/// What completes a word of a command line: words of commands, options, choices and names.
 /// @param words  those before it, without the program's name. @param beginning  the word, as far as it is written.
 /// @return in order; what `names` throws comes out.
 std::vector<std::string> Completions(const std::vector<std::string>& words, const std::string& beginning,

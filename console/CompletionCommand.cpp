@@ -85,7 +85,7 @@ Exit PrintScript(const LocalCall& call)
     return Exit::done;
 }
 
-/// Writes what may stand in the place of the last word, one to a line.
+/// Writes what completes the last word, one to a line.
 Exit Complete(const LocalCall& call)
 {
     std::vector<std::string> words = binding::ReadInput<kWordsParams>(call.given).words;

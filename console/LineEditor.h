@@ -18,7 +18,7 @@ namespace console {
 /// completed with the tabulator key.
 class LineEditor {
 public:
-    /// Gives what may stand in the place of a word of a line. @param words  those before it.
+    /// Gives what completes a word of a line. @param words  those before it.
     using Complete =
         std::function<std::vector<std::string>(const std::vector<std::string>& words, const std::string& beginning)>;
 

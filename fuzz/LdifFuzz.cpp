@@ -61,7 +61,7 @@ void CheckAsName(const std::string& text)
     try {
         fuzz::Require(!ParseDn(text).empty() || text.empty(), "a distinguished name has parts");
     } catch (const Error& e) {
-        fuzz::Require(e.Code() == ErrorCode::invalid && *e.what() != '\0', "what is no name has a reason");
+        fuzz::Require(e.Code() == ErrorCode::invalid && *e.what() != '\0', "what is not a name has a reason");
     }
 }
 

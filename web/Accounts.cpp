@@ -120,7 +120,7 @@ audit::EntryData EntryOf(const std::string& login, std::string_view what)
 /// Uses up a one-time code. @return whether it is right and was not used before.
 bool UseCode(CAConnect& conn, int id, const std::string& code, std::time_t now)
 {
-    // Not recorded: whoever signs in does so each time.
+    // Not recorded: it happens at each sign-in.
     Transaction transaction(conn);
     const webconsole::ConsoleAccounts accounts(conn);
     webconsole::ConsoleAccount kept = accounts.Find(id);

@@ -347,7 +347,7 @@ private:
         return m_options.requiresTotp && !session.account.hasTotp;
     }
 
-    /// What stands in the way of who has not the level that something needs. @param what  for the sentence.
+    /// What refuses somebody without the level that something needs. @param what  for the sentence.
     static std::optional<Problem> RefusalByLevel(const Visit& visit, Level needed, std::string_view what)
     {
         // The session ends when the user's level becomes another.
