@@ -1,6 +1,6 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { checkAccess, openPage, until, useServer } from "./support.mjs";
+import { checkAccess, openPage, settled, until, useServer } from "./support.mjs";
 
 const shared = useServer([
     "view create Company",
@@ -37,7 +37,7 @@ test("fields are changed and saved, and only those", async () => {
     await until(() => shared.server.json("user", "show", "amy").email === "amy@example.org");
     for (const tab of ["Roles", "Rights", "Security", "More", "History"]) {
         await sheet.getByRole("tab", { name: tab }).click();
-        await page.waitForLoadState("networkidle");
+        await settled(page);
         await checkAccess(page);
     }
     await finish();

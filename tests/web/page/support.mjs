@@ -86,6 +86,20 @@ export function useServer(commands, options) {
     return shared;
 }
 
+/** The requests that pages wait for, but for the one by which they hear of changes: it waits as long as there are none. */
+const pending = new WeakMap();
+
+/** Waits until a page has had all of its answers for a moment. */
+export async function settled(page) {
+    const asked = pending.get(page);
+    let quiet = 0;
+    for (let i = 0; quiet < 5; ++i) {
+        assert.ok(i < 500, `without an answer: ${[...asked].map(request => request.url())}`);
+        await page.waitForTimeout(20);
+        quiet = asked.size === 0 ? quiet + 1 : 0;
+    }
+}
+
 /** A page in a browser of its own. What goes wrong in it fails the test that calls `finish`. */
 export async function openPage(shared, { path = "/", width = 1440, height = 900, signedIn = true, login = "Admin", ...options } = {}) {
     const context = await shared.browser.newContext({ viewport: { width, height }, locale: "en-GB", ...options });
@@ -104,6 +118,16 @@ export async function openPage(shared, { path = "/", width = 1440, height = 900,
             errors.push(`asks for ${request.url()}`);
         }
     });
+    const asked = new Set();
+    pending.set(page, asked);
+    page.on("request", request => {
+        // What the page that is left has asked for gets no answer.
+        request.isNavigationRequest() && asked.clear();
+        request.url().endsWith("/api/v1/events") || asked.add(request);
+    });
+    for (const end of ["requestfinished", "requestfailed"]) {
+        page.on(end, request => asked.delete(request));
+    }
     page.setDefaultTimeout(10000);
     await page.goto(shared.server.url + path);
     if (signedIn) {
@@ -111,6 +135,8 @@ export async function openPage(shared, { path = "/", width = 1440, height = 900,
         await page.getByLabel("Password").fill(password);
         await page.getByRole("button", { name: "Sign in" }).click();
         await page.getByRole("navigation", { name: "Areas" }).waitFor();
+        // Until the table of commands is there, nothing is offered that may not be run.
+        await settled(page);
     }
     return {
         page,
