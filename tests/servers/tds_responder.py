@@ -104,7 +104,8 @@ def grammar_error(text):
         statements = sqlglot.parse(known, read="tsql")
     except (sqlglot.errors.SqlglotError, RuntimeError, IndexError) as error:  # the latter two where a quote is open
         return str(error).splitlines()[0]
-    kinds = (exp.Unionable, exp.Insert, exp.Update, exp.Delete, exp.Create, exp.Drop)
+    query = getattr(exp, "Query", None) or exp.Unionable  # the second is its name in older versions
+    kinds = (query, exp.Insert, exp.Update, exp.Delete, exp.Create, exp.Drop)
     for statement in statements:
         if statement is not None and not isinstance(statement, kinds):
             return f"no statement: {statement.sql()}"
