@@ -275,7 +275,9 @@ inline constexpr Scenario kScenarios[] = {
     {"role history 'Editors of the pages'"},
     {"db check"},
     {"db check --fix --yes"},
+    {"db diff sqlite:kept.db"},
     {"batch - --one-transaction", "user lock amy.from.leadworth\nuser lock rory.from.leadworth\n", false, false, true},
+    {"shell", "user lock amy.from.leadworth\n", false, false, true},
 };
 
 } // namespace faults
