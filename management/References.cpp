@@ -13,6 +13,7 @@ namespace {
 std::string StatementOn(const ReferenceKind& kind, std::string_view verb, int type, const std::vector<int>& ids)
 {
     std::vector<std::string> conditions;
+    conditions.reserve(kind.sides.size());
     for (const ItemColumns& side : kind.sides) {
         conditions.push_back(fmt::format("({} IN ({}) AND {} = {})", side.id, fmt::join(ids, ","), side.type, type));
     }

@@ -147,7 +147,7 @@ std::string PackedBy(const AuditedRow& row, Shown shown)
         AppendJsonText(text, column);
         text += ':';
         if (value) {
-            AppendJsonText(text, shown(column, *value));
+            AppendJsonText(text, *shown(column, *value));
         } else {
             text += "null";
         }
@@ -160,15 +160,14 @@ std::string PackedBy(const AuditedRow& row, Shown shown)
 
 std::string Packed(const AuditedRow& row)
 {
-    return PackedBy(
-        row, [](const std::string& /*column*/, const std::string& value) -> const std::string& { return value; });
+    return PackedBy(row, [](const std::string& /*column*/, const std::string& value) { return &value; });
 }
 
 std::string PackedWithoutSecrets(const AuditedTable& table, const AuditedRow& row)
 {
     static const std::string mark(kSecretMark);
-    return PackedBy(row, [&](const std::string& column, const std::string& value) -> const std::string& {
-        return IsSecret(table, row, column) ? mark : value;
+    return PackedBy(row, [&](const std::string& column, const std::string& value) {
+        return IsSecret(table, row, column) ? &mark : &value;
     });
 }
 

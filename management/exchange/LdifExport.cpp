@@ -94,10 +94,10 @@ private:
                                                 std::tuple("qv_Group", MemberKind::group, kItemTypeGroup)}) {
             std::vector<std::pair<std::string, std::string>> units; // those above come first
             EachRow(m_conn, fmt::format("SELECT Col_ID, Col_Name, Col_Description FROM {} ORDER BY Col_ID", table),
-                    [&, kind = kind, type = type](CARecordset& row) {
+                    [&, unitKind = kind, unitType = type](CARecordset& row) {
                         const int id = NumberIn(row, 1);
-                        const std::optional<std::string> dn = DnOf(kind, id);
-                        if (!dn || (m_part && !m_part->Has({type, id}))) {
+                        const std::optional<std::string> dn = DnOf(unitKind, id);
+                        if (!dn || (m_part && !m_part->Has({unitType, id}))) {
                             return;
                         }
                         std::string entry = LdifLine("dn", *dn) + LdifLine("objectClass", "organizationalUnit") +

@@ -262,7 +262,7 @@ private:
                 continue;
             }
             pollfd room = {file, POLLOUT, 0};
-            if ((errno != EAGAIN && errno != EINTR) || !Poll(&room, 1)) {
+            if (count == 0 || (errno != EAGAIN && errno != EINTR) || !Poll(&room, 1)) {
                 return;
             }
         }
