@@ -173,6 +173,17 @@ test("fields of several are set, plans assigned and passwords made, shown once a
     await finish();
 });
 
+test("a password that is made for one who is selected is shown with the login name", async () => {
+    const { page, finish } = await openPage(shared, { path: "/directory?q=clerk100" });
+    await page.getByText("1 person", { exact: true }).waitFor();
+    await page.getByLabel("Select all").click();
+    const dialog = page.getByRole("dialog");
+    await page.getByRole("button", { name: "New passwords…" }).click();
+    await dialog.getByRole("button", { name: "Make passwords" }).click();
+    assert.match(await dialog.getByRole("listitem").first().textContent(), /^clerk100: .{16}/);
+    await finish();
+});
+
 test("what needs attention is counted, and leads to its list", async () => {
     const { page, finish } = await openPage(shared, { path: "/overview" });
     await page.getByRole("link", { name: "In no group: 603" }).waitFor();

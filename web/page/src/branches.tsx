@@ -107,7 +107,8 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
     useEffect(() => {
         if (seen.current !== changes) {
             seen.current = changes;
-            children.current = new Map();
+            // What is known stays until it has come anew, so that keys find it meanwhile.
+            children.current.forEach(kept => kept.asked.clear());
         }
         void load("", 0);
         for (const way of open) {

@@ -1,6 +1,6 @@
 // What is done with people who were selected, and with people and groups that are dragged, or cut, to a group.
-import { type Answer, type Place, type Values, may, run } from "./api";
 import { useState } from "preact/hooks";
+import { type Answer, type Place, type Values, may, run } from "./api";
 import { Dialog, Lines, Trouble, askFor, change, changeOrSay, confirmed, openDialog, sentence, toast } from "./dialogs";
 import { departmentOf, fieldLabel } from "./fields";
 import type { Selection } from "./selection";
@@ -222,7 +222,9 @@ export async function askPasswords(people: Selection): Promise<void> {
     }
     try {
         const answer = await answerFor("user/password/set", people, { generate: true });
-        const made = answer?.passwords ?? (answer?.password ? [{ login: t("signin.password"), password: answer.password }] : []);
+        // That of a single user comes by itself, and the outcome says whose it is.
+        const own = answer?.password ? [{ login: answer.outcomes?.[0]?.name ?? "", password: answer.password }] : [];
+        const made = answer?.passwords ?? own;
         if (made.length > 0) {
             openDialog(close => <Passwords made={made} onClose={close} />);
         }
