@@ -1,5 +1,6 @@
 #include "console/LineEditor.h"
 
+#include "console/LineHistory.h"
 #include "management/Errors.h"
 #include "management/Text.h"
 
@@ -13,12 +14,12 @@
 
 namespace console {
 
+using management::ContinuesCharacter;
 using management::Error;
 using management::ErrorCode;
 
 namespace {
 
-constexpr int kMostRemembered = 1000;
 constexpr std::size_t kMostListed = 100;
 
 /// The locale of this thread while it lives.
@@ -32,8 +33,6 @@ public:
 private:
     locale_t m_before;
 };
-
-bool ContinuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
 int CountCharacters(std::string_view text)
 {
@@ -83,7 +82,7 @@ LineEditor::LineEditor(std::string prompt, Complete complete, std::ostream& err)
     }
     EditLine* edit = m_edit.get();
     HistEvent event;
-    history(m_history.get(), &event, H_SETSIZE, kMostRemembered);
+    history(m_history.get(), &event, H_SETSIZE, static_cast<int>(kMostHistory));
     history(m_history.get(), &event, H_SETUNIQUE, 1);
     el_set(edit, EL_CLIENTDATA, this);
     el_set(edit, EL_PROMPT, &PromptOf);

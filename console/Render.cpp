@@ -74,7 +74,7 @@ std::string Shortened(const std::string& text, std::size_t width)
     std::string shortened;
     for (std::size_t begin = 0; begin < text.size();) {
         std::size_t end = begin + 1;
-        while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+        while (end < text.size() && ContinuesCharacter(text[end])) {
             ++end;
         }
         std::string longer = shortened + text.substr(begin, end - begin);

@@ -90,6 +90,13 @@ private:
     bool m_isOpen;
 };
 
+void DropProgram(std::vector<std::string>& words)
+{
+    if (!words.empty() && words.front() == kProgram) {
+        words.erase(words.begin());
+    }
+}
+
 } // namespace
 
 std::vector<std::string> SplitShellWords(std::string_view line)
@@ -105,9 +112,7 @@ std::vector<std::string> SplitShellWords(std::string_view line)
 std::vector<std::string> SplitCommandLine(std::string_view line)
 {
     std::vector<std::string> words = SplitShellWords(line);
-    if (!words.empty() && words.front() == kProgram) {
-        words.erase(words.begin());
-    }
+    DropProgram(words);
     return words;
 }
 
@@ -124,9 +129,7 @@ UnfinishedLine SplitUnfinishedLine(std::string_view line)
         }
         split.words.push_back(word);
     }
-    if (!split.words.empty() && split.words.front() == kProgram) {
-        split.words.erase(split.words.begin());
-    }
+    DropProgram(split.words);
     return split;
 }
 

@@ -1,5 +1,7 @@
 #include "management/CommandData.h"
 
+#include "management/Text.h"
+
 namespace management {
 
 namespace {
@@ -118,7 +120,7 @@ std::string Shortened(std::string command)
 {
     if (command.size() > kLongestCommand) {
         std::size_t end = kLongestCommand;
-        while (end > 0 && (static_cast<unsigned char>(command[end]) & 0xC0U) == 0x80U) {
+        while (end > 0 && ContinuesCharacter(command[end])) {
             --end;
         }
         command = command.substr(0, end) + " ...";

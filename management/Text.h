@@ -18,6 +18,9 @@ std::size_t DisplayWidth(std::string_view text);
 /// A word as a shell takes it for one; as it is where it needs no quotes.
 std::string ShellQuoted(std::string_view word);
 
+/// Whether a byte of UTF-8 goes on with the character of the one before it.
+constexpr bool ContinuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+
 bool HasControlCharacter(std::string_view text);
 bool HasOuterBlanks(std::string_view text);
 /// "1 user", "3 users".

@@ -104,6 +104,8 @@ std::optional<std::string> ValueIn(const AuditedRow& row, std::string_view colum
     return found == row.end() ? std::nullopt : found->second;
 }
 
+bool IsSecretSetting(std::string_view name) { return SameIdentifier(name, "EncryptKey"); }
+
 bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view column)
 {
     if (table.name == "qv_User") {
@@ -112,8 +114,7 @@ bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view
     if (table.name == "qv_ConsoleAccount") {
         return column == "Col_Totp" || column == "Col_Recovery";
     }
-    return table.name == "Tab_Config" && column == "Col_Data" &&
-           SameIdentifier(ValueIn(row, "Col_Name").value_or(""), "EncryptKey");
+    return table.name == "Tab_Config" && column == "Col_Data" && IsSecretSetting(ValueIn(row, "Col_Name").value_or(""));
 }
 
 std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& row)

@@ -53,6 +53,8 @@ std::optional<std::string> ValueIn(const AuditedRow& row, std::string_view colum
 /// Whether a column of a row is never recorded: stored passwords, secrets of one-time codes, the encryption
 /// key.
 bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view column);
+/// Whether the value of a setting is.
+bool IsSecretSetting(std::string_view name);
 /// Stands in recorded rows for a secret that is not empty.
 inline constexpr std::string_view kSecretMark = "(not recorded)";
 

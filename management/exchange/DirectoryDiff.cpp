@@ -66,8 +66,7 @@ bool IsSecret(const ExportedLine& line, const LineMember& member)
     if (member.kind != MemberKind::setting) {
         return member.kind == MemberKind::secret || member.kind == MemberKind::secretNumber;
     }
-    return audit::IsSecret(*audit::FindAuditedTable(line.noun->table),
-                           {{"Col_Name", TextOf(FindAll(line.object, "name"))}}, "Col_Data");
+    return audit::IsSecretSetting(TextOf(FindAll(line.object, "name")));
 }
 
 bool HasSecretSetting(const ExportedLine& line)

@@ -201,7 +201,7 @@ private:
                   std::string& settingName) const
     {
         const bool isSecret = member.kind == MemberKind::secret || member.kind == MemberKind::secretNumber ||
-                              (member.kind == MemberKind::setting && IsSecretSetting(settingName));
+                              (member.kind == MemberKind::setting && audit::IsSecretSetting(settingName));
         if (isSecret && !m_withPasswords) {
             return member.kind != MemberKind::setting;
         }
@@ -214,11 +214,6 @@ private:
                         : stored              ? JsonValue(TextValue(*stored))
                                               : JsonValue()});
         return true;
-    }
-
-    [[nodiscard]] bool IsSecretSetting(const std::string& name) const
-    {
-        return audit::IsSecret(*audit::FindAuditedTable(m_noun.table), {{"Col_Name", name}}, "Col_Data");
     }
 
     static void AddReference(JsonObject& line, const LineMember& member, const Reference& reference)
