@@ -17,27 +17,27 @@ namespace management {
 
 namespace {
 
-struct Kind {
+struct KindOfItem {
     int type;
     std::string_view noun;
 };
 
-constexpr Kind kKinds[] = {
+constexpr KindOfItem kKinds[] = {
     {kItemTypeUser, "user"},
     {kItemTypeGroup, "group"},
     {kItemTypeRole, "role"},
     {kItemTypeView, "view"},
 };
 
-const Kind* KindOf(int type)
+const KindOfItem* KindOf(int type)
 {
-    const auto* kind = std::ranges::find(kKinds, type, &Kind::type);
+    const auto* kind = std::ranges::find(kKinds, type, &KindOfItem::type);
     return kind == std::end(kKinds) ? nullptr : kind;
 }
 
 /// An argument taken apart at its first colon.
 struct Words {
-    const Kind* kind; ///< null when it begins with no kind of item
+    const KindOfItem* kind; ///< null when it begins with no kind of item
     std::string rest;
 };
 
@@ -45,7 +45,7 @@ Words Split(const std::string& argument)
 {
     const std::size_t colon = argument.find(':');
     const std::string_view noun = std::string_view(argument).substr(0, colon);
-    const auto* kind = std::ranges::find(kKinds, noun, &Kind::noun);
+    const auto* kind = std::ranges::find(kKinds, noun, &KindOfItem::noun);
     if (colon == std::string::npos || kind == std::end(kKinds)) {
         return {nullptr, argument};
     }
@@ -152,7 +152,7 @@ std::string NameOf(CAConnect& conn, ItemKey key) { return NameCache(conn).NameOf
 
 std::string TypeName(int type)
 {
-    const Kind* kind = KindOf(type);
+    const KindOfItem* kind = KindOf(type);
     return kind == nullptr ? std::to_string(type) : std::string(kind->noun);
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-std::string Quoted(std::string_view text) { return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace); }
+std::string JsonText(std::string_view text) { return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 } // namespace
 
@@ -31,7 +31,7 @@ void JsonWriter::End()
 void JsonWriter::WriteName(std::string_view name)
 {
     Separate();
-    m_out << Quoted(name) << (m_layout == Layout::indented ? ": " : ":");
+    m_out << JsonText(name) << (m_layout == Layout::indented ? ": " : ":");
     m_isAfterName = true;
 }
 
@@ -42,7 +42,7 @@ void JsonWriter::Write(const Value& value)
                           [this](std::int64_t number) { m_out << std::to_string(number); },
                           [this](bool flag) { m_out << (flag ? "true" : "false"); },
                           [this](const Choice& choice) { m_out << std::to_string(choice.number); },
-                          [this](const std::string& text) { m_out << Quoted(text); }},
+                          [this](const std::string& text) { m_out << JsonText(text); }},
                value);
 }
 

@@ -282,7 +282,7 @@ std::size_t WriteChanges(CAConnect& conn, int oldId, const Holders& holders)
 }
 
 /// Changes the departments of those who fulfil the condition. @return of how many.
-std::size_t Change(CAConnect& conn, const std::string& condition, const NextDepartment& next)
+std::size_t ChangeDepartments(CAConnect& conn, const std::string& condition, const NextDepartment& next)
 {
     std::size_t changed = 0;
     for (const auto& [id, holders] : ReadHolders(conn, condition, next)) {
@@ -294,7 +294,7 @@ std::size_t Change(CAConnect& conn, const std::string& condition, const NextDepa
 std::size_t ChangeOf(CAConnect& conn, const std::vector<int>& users, const NextDepartment& next)
 {
     std::size_t changed = 0;
-    InParts(users, [&](const std::string& condition) { changed += Change(conn, condition, next); });
+    InParts(users, [&](const std::string& condition) { changed += ChangeDepartments(conn, condition, next); });
     return changed;
 }
 
@@ -305,7 +305,7 @@ std::size_t SyncDepartments(const Organisation& before, ItemKey changed)
     CAConnect& conn = before.Connection();
     const Organisation after(conn);
     DepartmentChange change(before, after, changed);
-    return Change(conn, "Col_DeptID <> 0 OR Col_DeptInfo <> ''", std::ref(change));
+    return ChangeDepartments(conn, "Col_DeptID <> 0 OR Col_DeptInfo <> ''", std::ref(change));
 }
 
 std::size_t SyncJoined(const Organisation& organisation, ItemKey holder, const std::vector<int>& users)

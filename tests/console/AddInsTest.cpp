@@ -1,9 +1,11 @@
 #include "management/addins/AddIns.h"
 
 #include "ConsoleFixture.h"
+#include "RefusalOf.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "schema/Schema.h"
+#include "tests/support/HardText.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -23,7 +25,6 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr const char* kHard = "O'Brien\\ \"%s\" 'x\\'; -- Żółw";
 constexpr int kHighest = std::numeric_limits<int>::max();
 
 class AddInsTest : public testing::Test {
@@ -88,17 +89,6 @@ protected:
     AddIns m_addIns{m_conn};
     Packages m_packages{m_conn};
 };
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return ExitFor(e.Code());
-    }
-    return Exit::done;
-}
 
 class AddInConsoleTest : public ConsoleFixture {
 protected:

@@ -1,9 +1,11 @@
 #include "management/board/Board.h"
 
 #include "ConsoleFixture.h"
+#include "RefusalOf.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "schema/Schema.h"
+#include "tests/support/HardText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,8 +18,6 @@ using testing::IsEmpty;
 using testing::StartsWith;
 
 namespace {
-
-constexpr const char* kHard = "O'Brien\\ \"%s\" 'x\\'; -- Żółw";
 
 // The texts between quotes as they stand in a statement.
 constexpr const char* kNotice =
@@ -50,17 +50,6 @@ protected:
     CAConnect m_conn;
     Board m_board{m_conn};
 };
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return ExitFor(e.Code());
-    }
-    return Exit::done;
-}
 
 class BoardConsoleTest : public ConsoleFixture {
 protected:

@@ -189,7 +189,7 @@ TEST_F(CommandTableTest, ErrorsAreJsonWhereJsonIsAskedFor)
 TEST_F(CommandTableTest, EveryManualPageIsCleanMdoc)
 {
     std::vector<std::string> pages = {""};
-    for (const Noun& noun : Nouns()) {
+    for (const console::Noun& noun : console::Nouns()) {
         pages.emplace_back(noun.name);
     }
     for (const std::string& page : pages) {

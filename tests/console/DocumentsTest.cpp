@@ -1,10 +1,12 @@
 #include "management/documents/Documents.h"
 
 #include "ConsoleFixture.h"
+#include "RefusalOf.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/Schema.h"
+#include "tests/support/HardText.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -21,8 +23,6 @@ using testing::Not;
 using testing::StartsWith;
 
 namespace {
-
-constexpr const char* kHard = "O'Neil\\ \"%s\" 'x\\'; -- Żółw";
 
 DocKey Root(int id) { return {DocKind::root, id}; }
 
@@ -57,17 +57,6 @@ protected:
     CAConnect m_conn;
     Documents m_documents{m_conn};
 };
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return ExitFor(e.Code());
-    }
-    return Exit::done;
-}
 
 /// For the commands of both nouns.
 class DocumentCommandsTest : public ConsoleFixture {

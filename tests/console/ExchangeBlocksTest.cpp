@@ -18,7 +18,7 @@ using namespace management;
 
 namespace {
 
-constexpr int kPeople = 2000;
+constexpr int kPeopleOfAnExport = 2000;
 
 class ExchangeBlocksTest : public CountedDirectory {
 protected:
@@ -43,24 +43,24 @@ protected:
     static std::string Directory()
     {
         std::string text = std::string(kExportHead) + "\n";
-        for (int i = 0; i < kPeople; ++i) {
+        for (int i = 0; i < kPeopleOfAnExport; ++i) {
             text += fmt::format("{{\"noun\":\"user\",\"login\":\"user{}\",\"name\":\"User {}\"}}\n", i, i);
         }
         text += "{\"noun\":\"view\",\"name\":\"Main\"}\n";
         for (int i = 0; i < 50; ++i) {
             text += fmt::format("{{\"noun\":\"group\",\"path\":\"/Main/Team {}\"}}\n", i);
         }
-        for (int i = 0; i < kPeople; ++i) {
+        for (int i = 0; i < kPeopleOfAnExport; ++i) {
             text +=
                 fmt::format("{{\"noun\":\"department\",\"user\":\"user{}\",\"group\":\"/Main/Team {}\"}}\n", i, i % 50);
         }
-        for (int i = 0; i < kPeople; ++i) {
+        for (int i = 0; i < kPeopleOfAnExport; ++i) {
             text +=
                 fmt::format("{{\"noun\":\"member\",\"member\":{{\"user\":\"user{}\"}},\"of\":{{\"group\":\"/Main/Team "
                             "{}\"}},\"relation\":1}}\n",
                             i, i % 50);
         }
-        for (int i = 0; i < kPeople; ++i) {
+        for (int i = 0; i < kPeopleOfAnExport; ++i) {
             text += fmt::format(
                 "{{\"noun\":\"right\",\"holder\":{{\"user\":\"user{}\"}},\"genre\":\"a\",\"function\":\"b\","
                 "\"power\":1}}\n",
@@ -130,10 +130,10 @@ TEST_F(ExchangeBlocksTest, WhatAnotherConsoleAddsMeanwhileIsFound)
 TEST_F(ExchangeBlocksTest, ANewLineTakesTwoStatementsAtMostAndOneThatIsSoAlreadyHardlyAny)
 {
     Import(Directory());
-    EXPECT_EQ(m_report.CountOf(RowFate::created), 4 * kPeople + 51);
+    EXPECT_EQ(m_report.CountOf(RowFate::created), 4 * kPeopleOfAnExport + 51);
     EXPECT_LE(StatementsPerLine(), 2.0);
     Import(Directory());
-    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), 4 * kPeople + 51);
+    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), 4 * kPeopleOfAnExport + 51);
     EXPECT_LE(StatementsPerLine(), 0.1);
 }
 
@@ -144,5 +144,5 @@ TEST_F(ExchangeBlocksTest, AnExportTakesAsManyStatementsWhateverItFinds)
     Import(Directory());
     const std::string text = Export();
     EXPECT_EQ(m_counts.statements, empty);
-    EXPECT_EQ(std::ranges::count(text, '\n'), 4 * kPeople + 52);
+    EXPECT_EQ(std::ranges::count(text, '\n'), 4 * kPeopleOfAnExport + 52);
 }

@@ -9,6 +9,7 @@
 #include "management/roles/Roles.h"
 #include "management/users/Users.h"
 #include "schema/Schema.h"
+#include "tests/support/HardText.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -26,9 +27,7 @@ using testing::StartsWith;
 
 namespace {
 
-using Kind = Question::Kind;
-
-constexpr const char* kHard = "O'Brien\\ \"%s\" 'x\\'; -- Żółw {}";
+using QuestionKind = Question::Kind;
 
 /// A directory with amy, who has the roles Editors, Authors and, as all do, everyone.
 class ExplainTest : public testing::Test {
@@ -63,7 +62,7 @@ protected:
     }
     void Give(int roleId, int power) { Give({kItemTypeRole, roleId}, std::to_string(power)); }
 
-    Explanation Ask(Kind kind, std::uint32_t bits = 0)
+    Explanation Ask(QuestionKind kind, std::uint32_t bits = 0)
     {
         return management::Explain(m_conn, m_amy, "mail", "send", {kind, bits});
     }
@@ -155,7 +154,7 @@ TEST_F(ExplainTest, ABitIsDecidedByTheFirstRowThatHasIt)
     Give(m_authors, 3);
     Give(m_editors, 5);
     for (const std::uint32_t bit : {1U, 4U}) {
-        const Explanation explanation = Ask(Kind::bit, bit);
+        const Explanation explanation = Ask(QuestionKind::bit, bit);
         EXPECT_TRUE(explanation.ran);
         EXPECT_EQ(explanation.verdict, 1);
         EXPECT_EQ(explanation.reason, Reason::bit);
@@ -167,7 +166,7 @@ TEST_F(ExplainTest, ABitIsDecidedByTheFirstRowThatHasIt)
             EXPECT_TRUE(i < *explanation.decidedBy ? !has : has || i > *explanation.decidedBy);
         }
     }
-    const Explanation none = Ask(Kind::bit, 8);
+    const Explanation none = Ask(QuestionKind::bit, 8);
     EXPECT_EQ(none.verdict, 0);
     EXPECT_EQ(none.reason, Reason::noBit);
     EXPECT_FALSE(none.decidedBy.has_value());
@@ -176,11 +175,11 @@ TEST_F(ExplainTest, ABitIsDecidedByTheFirstRowThatHasIt)
 TEST_F(ExplainTest, AMaskTakesAnyOfItsBitsAndAnEmptyOneNone)
 {
     Give(m_editors, 4);
-    EXPECT_EQ(Ask(Kind::mask, 6).verdict, 1);
-    EXPECT_EQ(Ask(Kind::mask, 3).reason, Reason::noBit);
-    EXPECT_EQ(Ask(Kind::mask, 0).reason, Reason::noBit);
+    EXPECT_EQ(Ask(QuestionKind::mask, 6).verdict, 1);
+    EXPECT_EQ(Ask(QuestionKind::mask, 3).reason, Reason::noBit);
+    EXPECT_EQ(Ask(QuestionKind::mask, 0).reason, Reason::noBit);
     Give(m_authors, -1);
-    const Explanation highest = Ask(Kind::mask, 0x80000000U);
+    const Explanation highest = Ask(QuestionKind::mask, 0x80000000U);
     EXPECT_EQ(highest.verdict, 1);
     EXPECT_THAT(DecidersIn(highest), ElementsAre(m_authors));
 }
@@ -190,21 +189,22 @@ TEST_F(ExplainTest, AllBitsAreThoseOfAllRowsTogether)
     Give(m_editors, 1);
     Give(m_authors, 4);
     Give(m_everyone, 0);
-    const Explanation explanation = Ask(Kind::all);
+    const Explanation explanation = Ask(QuestionKind::all);
     EXPECT_EQ(explanation.verdict, 5);
     EXPECT_EQ(explanation.reason, Reason::together);
     EXPECT_THAT(DecidersIn(explanation), testing::UnorderedElementsAre(m_editors, m_authors));
     EXPECT_FALSE(explanation.decidedBy.has_value());
     Give(m_everyone, -1);
-    EXPECT_EQ(Ask(Kind::all).verdict, 0xFFFFFFFF);
+    EXPECT_EQ(Ask(QuestionKind::all).verdict, 0xFFFFFFFF);
 }
 
 TEST_F(ExplainTest, WithoutARowNothingIsGrantedAndNothingLimited)
 {
-    for (const Kind kind : {Kind::all, Kind::bit, Kind::mask, Kind::limit, Kind::guest}) {
+    for (const QuestionKind kind :
+         {QuestionKind::all, QuestionKind::bit, QuestionKind::mask, QuestionKind::limit, QuestionKind::guest}) {
         const Explanation explanation = Ask(kind, 1);
         EXPECT_TRUE(explanation.ran);
-        EXPECT_EQ(explanation.verdict, kind == Kind::limit ? -1 : 0);
+        EXPECT_EQ(explanation.verdict, kind == QuestionKind::limit ? -1 : 0);
         EXPECT_EQ(explanation.reason, Reason::noRow);
         EXPECT_THAT(explanation.rows, IsEmpty());
     }
@@ -217,7 +217,7 @@ TEST_F(ExplainTest, TheLargestLimitWins)
     Give(m_editors, 10);
     Give(m_authors, 50);
     Give(m_everyone, 0);
-    const Explanation explanation = Ask(Kind::limit);
+    const Explanation explanation = Ask(QuestionKind::limit);
     EXPECT_EQ(explanation.verdict, 50);
     EXPECT_EQ(explanation.reason, Reason::largestRow);
     EXPECT_THAT(DecidersIn(explanation), ElementsAre(m_authors));
@@ -227,7 +227,7 @@ TEST_F(ExplainTest, UnlimitedWinsOverEveryNumber)
 {
     Give(m_editors, 10);
     Give(m_authors, -1);
-    const Explanation explanation = Ask(Kind::limit);
+    const Explanation explanation = Ask(QuestionKind::limit);
     EXPECT_EQ(explanation.verdict, -1);
     EXPECT_EQ(explanation.reason, Reason::unlimitedRow);
     EXPECT_THAT(DecidersIn(explanation), ElementsAre(m_authors));
@@ -236,13 +236,13 @@ TEST_F(ExplainTest, UnlimitedWinsOverEveryNumber)
 TEST_F(ExplainTest, BelowMinusOneNothingIsSpecialAndMinusOneIsANumber)
 {
     Give(m_editors, -5);
-    EXPECT_EQ(Ask(Kind::limit).verdict, -5);
+    EXPECT_EQ(Ask(QuestionKind::limit).verdict, -5);
     Give(m_authors, -1);
-    const Explanation both = Ask(Kind::limit);
+    const Explanation both = Ask(QuestionKind::limit);
     EXPECT_EQ(both.verdict, -1);
     EXPECT_EQ(both.reason, Reason::largestRow);
     Give(m_everyone, 7);
-    const Explanation all = Ask(Kind::limit);
+    const Explanation all = Ask(QuestionKind::limit);
     EXPECT_EQ(all.verdict, 7);
     EXPECT_THAT(DecidersIn(all), ElementsAre(m_everyone));
 }
@@ -250,23 +250,24 @@ TEST_F(ExplainTest, BelowMinusOneNothingIsSpecialAndMinusOneIsANumber)
 TEST_F(ExplainTest, RowsWithoutANumberDecideNothing)
 {
     Give({kItemTypeRole, m_editors}, "NULL");
-    const Explanation explanation = Ask(Kind::limit);
+    const Explanation explanation = Ask(QuestionKind::limit);
     EXPECT_EQ(explanation.verdict, 0);
     EXPECT_EQ(explanation.reason, Reason::largestRow);
     EXPECT_FALSE(explanation.decidedBy.has_value());
     EXPECT_EQ(explanation.rows.at(0).power, std::nullopt);
     Give(m_authors, -1);
-    EXPECT_THAT(DecidersIn(Ask(Kind::limit)), ElementsAre(m_authors));
+    EXPECT_THAT(DecidersIn(Ask(QuestionKind::limit)), ElementsAre(m_authors));
 }
 
 TEST_F(ExplainTest, RolesThatCannotBeReadLeaveAllAtItsPreset)
 {
     Give(m_editors, 1);
     Execute("DROP TABLE qv_Role");
-    for (const Kind kind : {Kind::all, Kind::bit, Kind::mask, Kind::limit, Kind::guest}) {
+    for (const QuestionKind kind :
+         {QuestionKind::all, QuestionKind::bit, QuestionKind::mask, QuestionKind::limit, QuestionKind::guest}) {
         const Explanation explanation = Ask(kind, 1);
         EXPECT_FALSE(explanation.ran);
-        EXPECT_EQ(explanation.verdict, kind == Kind::limit ? -1 : 0);
+        EXPECT_EQ(explanation.verdict, kind == QuestionKind::limit ? -1 : 0);
         EXPECT_EQ(explanation.reason, Reason::rolesUnread);
         EXPECT_THAT(explanation.trouble, HasSubstr("no such table"));
     }
@@ -275,7 +276,7 @@ TEST_F(ExplainTest, RolesThatCannotBeReadLeaveAllAtItsPreset)
 TEST_F(ExplainTest, RightsThatCannotBeReadAreAnError)
 {
     Execute("DROP TABLE qv_ItemAce");
-    EXPECT_THROW(Ask(Kind::limit), DatabaseError);
+    EXPECT_THROW(Ask(QuestionKind::limit), DatabaseError);
 }
 
 // ---- Rows -----------------------------------------------------------------------------------------------------------
@@ -289,7 +290,7 @@ TEST_F(ExplainTest, OnlyTheFirstRowCountsForGuests)
         for (const int role : order) {
             Give(role, role == m_editors ? 7 : 8);
         }
-        const Explanation explanation = Ask(Kind::guest);
+        const Explanation explanation = Ask(QuestionKind::guest);
         EXPECT_EQ(explanation.reason, Reason::firstRow);
         EXPECT_EQ(explanation.decidedBy, 0U);
         EXPECT_THAT(DecidersIn(explanation), ElementsAre(RolesIn(explanation).front()));
@@ -321,7 +322,7 @@ TEST_F(ExplainTest, RowsStandInTheOrderInWhichTheOperationsReadThem)
         expected.emplace_back(power);
     }
     std::vector<std::optional<int>> shown;
-    std::ranges::transform(Ask(Kind::all).rows, std::back_inserter(shown), &ConsideredRow::power);
+    std::ranges::transform(Ask(QuestionKind::all).rows, std::back_inserter(shown), &ConsideredRow::power);
     EXPECT_THAT(expected, SizeIs(roles.size()));
     EXPECT_EQ(shown, expected);
 }
@@ -331,7 +332,7 @@ TEST_F(ExplainTest, ARowSaysWhoseItIsAndAppearsOnce)
     m_roles.Link({kItemTypeRole, m_everyone}, m_amy);
     Give(m_everyone, 1);
     Give(m_editors, 1);
-    std::vector<ConsideredRow> rows = Ask(Kind::all).rows;
+    std::vector<ConsideredRow> rows = Ask(QuestionKind::all).rows;
     std::ranges::sort(rows, {}, &ConsideredRow::roleId);
     ASSERT_THAT(rows, SizeIs(2));
     EXPECT_EQ(rows[0].role, "everyone");
@@ -341,7 +342,7 @@ TEST_F(ExplainTest, ARowSaysWhoseItIsAndAppearsOnce)
     EXPECT_TRUE(rows[1].isLinked);
     EXPECT_FALSE(rows[1].isDefault);
     m_roles.Unlink({kItemTypeRole, m_everyone}, m_amy);
-    rows = Ask(Kind::all).rows;
+    rows = Ask(QuestionKind::all).rows;
     const auto everyone = std::ranges::find(rows, m_everyone, &ConsideredRow::roleId);
     ASSERT_NE(everyone, rows.end());
     EXPECT_FALSE(everyone->isLinked);
@@ -352,7 +353,7 @@ TEST_F(ExplainTest, WithoutTheDefaultRoleRowsOfRoleZeroTakeItsPlace)
 {
     Execute("DELETE FROM qv_Role WHERE Col_Name = 'everyone'");
     Give(0, 4);
-    const Explanation explanation = Ask(Kind::bit, 4);
+    const Explanation explanation = Ask(QuestionKind::bit, 4);
     EXPECT_TRUE(explanation.lacksDefault);
     EXPECT_EQ(explanation.verdict, 1);
     EXPECT_THAT(explanation.rows,
@@ -373,7 +374,7 @@ TEST_F(ExplainTest, WhatDoesNotCountIsListedForItself)
     Give({kItemTypeUser, 99}, "4");
     Give({kItemTypeGroup, 7}, "NULL");
     Give({kItemTypeGroup, 8}, "6");
-    const Explanation explanation = Ask(Kind::all);
+    const Explanation explanation = Ask(QuestionKind::all);
     EXPECT_EQ(explanation.verdict, 1);
     ASSERT_THAT(explanation.ignored, SizeIs(3));
     EXPECT_EQ(explanation.ignored[0].holder, (ItemKey{kItemTypeUser, m_amy}));
@@ -389,10 +390,10 @@ TEST_F(ExplainTest, AFunctionMayBeCalledAnything)
                               m_conn.EscapeLiteral(CString("it's")), 8, 0);
     for (const int engineKind : {m_conn.m_nDBType, 6}) {
         m_conn.m_nDBType = engineKind;
-        const Explanation explanation = management::Explain(m_conn, m_amy, kHard, "it's", {Kind::guest});
+        const Explanation explanation = management::Explain(m_conn, m_amy, kHard, "it's", {QuestionKind::guest});
         EXPECT_EQ(explanation.verdict, 1);
         EXPECT_EQ(RolesIn(explanation), std::vector{m_editors});
-        EXPECT_EQ(management::Explain(m_conn, m_amy, kHard, "it's", {Kind::limit}).verdict, 8);
+        EXPECT_EQ(management::Explain(m_conn, m_amy, kHard, "it's", {QuestionKind::limit}).verdict, 8);
     }
     EXPECT_THROW(management::Explain(m_conn, m_amy, std::string_view("a\0b", 3), "x", {}), Error);
 }
@@ -504,9 +505,9 @@ TEST_F(ExplainConsoleTest, UnreadableRolesAreShownAndEndWithSix)
     EXPECT_EQ(text.exit, 6);
     EXPECT_EQ(text.out, "amy (id 1) has no limit in function 'send' of 'mail': the roles could not be read\n");
     EXPECT_THAT(text.err, AllOf(StartsWith("qvadmin: the database refused: "), HasSubstr("no such table")));
-    const ChildResult json = Run({"right", "explain", "amy", "mail", "send", "--bit", "1", "-o", "json"});
-    EXPECT_EQ(json.exit, 6);
-    const nlohmann::json object = nlohmann::json::parse(json.out);
+    const ChildResult asJson = Run({"right", "explain", "amy", "mail", "send", "--bit", "1", "-o", "json"});
+    EXPECT_EQ(asJson.exit, 6);
+    const nlohmann::json object = nlohmann::json::parse(asJson.out);
     EXPECT_EQ(object.at("ran"), false);
     EXPECT_EQ(object.at("verdict"), false);
     EXPECT_EQ(object.at("case"), "roles_unread");

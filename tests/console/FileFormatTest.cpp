@@ -13,7 +13,7 @@ using testing::HasSubstr;
 
 namespace {
 
-struct Kind {
+struct FileKind {
     std::string text;
     const char* name;
     const char* command;
@@ -32,7 +32,7 @@ std::string Repeated(const std::string& text, int times)
 
 TEST(FileFormat, OtherKindsAreNamedWithTheCommandThatConvertsThem)
 {
-    const std::vector<Kind> kinds = {
+    const std::vector<FileKind> kinds = {
         {"login,name\namy,\x81\x8D\x8F\n", "is not UTF-8;", "name its encoding with --encoding"},
         {"login,name\ramy,Amy\r", "end with carriage returns", "`tr '\\r' '\\n' <my.csv >my.csv.csv`"},
         {" [\n {\"login\": \"amy\"}]", "is JSON", "@csv' my.csv >my.csv.csv`"},
@@ -45,7 +45,7 @@ TEST(FileFormat, OtherKindsAreNamedWithTheCommandThatConvertsThem)
         {"\x1F\x8B\x08\0"s, "compressed by gzip", "gunzip -c my.csv >my.csv.csv"},
         {"%PDF-1.7\n", "a PDF document", "import the table"},
     };
-    for (const Kind& kind : kinds) {
+    for (const FileKind& kind : kinds) {
         EXPECT_EQ(GuessFormat(kind.text, "my.csv").encoding, "");
         EXPECT_THAT(GuessFormat(kind.text, "my.csv").problem,
                     AllOf(HasSubstr("my.csv is "), HasSubstr(kind.name), HasSubstr(kind.command)));

@@ -21,7 +21,7 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr int kPeople = 2000;
+constexpr int kPeopleOfAnImport = 2000;
 
 class ImportBlocksTest : public CountedDirectory {
 protected:
@@ -36,11 +36,12 @@ protected:
         return RunCall(callOptions, [&](Call& call, auto&) { ImportUsers(call, {in, "in.csv"}, options, m_report); });
     }
 
-    /// As many people as kPeople, spread over departments of three levels. @param shift  moves each to another one.
+    /// As many people as kPeopleOfAnImport, spread over departments of three levels. @param shift  moves each to
+    /// another one.
     static std::string People(int shift = 0)
     {
         std::string rows = "login,name,department\n";
-        for (int i = 0; i < kPeople; ++i) {
+        for (int i = 0; i < kPeopleOfAnImport; ++i) {
             const int group = (i + shift) % 9;
             rows += fmt::format("user{},User {},Office/Area {}/Team {}\n", i, i, group / 3, group % 3);
         }
@@ -97,16 +98,16 @@ TEST_F(ImportBlocksTest, EachNewPersonTakesOneStatementAndLittleMore)
 {
     Import("login\nzoe\n", {});
     Import(People(), {});
-    EXPECT_EQ(m_report.CountOf(RowFate::created), kPeople);
+    EXPECT_EQ(m_report.CountOf(RowFate::created), kPeopleOfAnImport);
     EXPECT_LE(StatementsPerRow(), 1.1);
 }
 
 TEST_F(ImportBlocksTest, DepartmentsTakeNoStatementForEachPerson)
 {
     Import(People(), IntoMain(false));
-    EXPECT_EQ(m_report.CountOf(RowFate::created), kPeople);
+    EXPECT_EQ(m_report.CountOf(RowFate::created), kPeopleOfAnImport);
     EXPECT_EQ(m_report.madeGroups.size(), 13U);
-    EXPECT_EQ(m_report.madeGroups.back().users, static_cast<std::size_t>(kPeople / 9));
+    EXPECT_EQ(m_report.madeGroups.back().users, static_cast<std::size_t>(kPeopleOfAnImport / 9));
     EXPECT_LE(StatementsPerRow(), 1.1);
     EXPECT_THAT(Members(), AllOf(HasSubstr("/Main 0\n"), HasSubstr("/Main/Office/Area 0/Team 0 223\n"),
                                  HasSubstr("/Main/Office/Area 2/Team 2 222\n")));
@@ -117,13 +118,13 @@ TEST_F(ImportBlocksTest, WhatIsSoAlreadyIsFoundOutBlockByBlock)
     Import(People(), IntoMain(false));
     const std::string before = Members();
     Import(People(), IntoMain(true));
-    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), kPeople);
+    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), kPeopleOfAnImport);
     EXPECT_LE(StatementsPerRow(), 0.1);
     Import(People(), IntoMain(true), true);
-    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), kPeople);
+    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), kPeopleOfAnImport);
     EXPECT_LE(StatementsPerRow(), 0.1);
     Import(People(), IntoMain(false));
-    EXPECT_EQ(m_report.CountOf(RowFate::exists), kPeople);
+    EXPECT_EQ(m_report.CountOf(RowFate::exists), kPeopleOfAnImport);
     EXPECT_LE(StatementsPerRow(), 0.1);
     EXPECT_EQ(Members(), before);
 }
@@ -138,8 +139,8 @@ TEST_F(ImportBlocksTest, ANightlySynchronisationWithoutAChangeCostsHardlyAStatem
     EXPECT_EQ(Leavers(people, LeaverAction::lock), 0U);
     const auto before = m_counts.statements;
     Import(people, options);
-    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), kPeople);
-    EXPECT_LE(static_cast<double>(before + m_counts.statements) / kPeople, 0.1);
+    EXPECT_EQ(m_report.CountOf(RowFate::unchanged), kPeopleOfAnImport);
+    EXPECT_LE(static_cast<double>(before + m_counts.statements) / kPeopleOfAnImport, 0.1);
     EXPECT_EQ(Leavers(people.substr(0, people.rfind('\n', people.size() - 2) + 1), LeaverAction::lock), 1U);
 }
 
@@ -148,7 +149,7 @@ TEST_F(ImportBlocksTest, WhoMovesTakesAFewStatements)
 {
     Import(People(), IntoMain(false));
     Import(People(1), IntoMain(true));
-    EXPECT_EQ(m_report.CountOf(RowFate::updated), kPeople);
+    EXPECT_EQ(m_report.CountOf(RowFate::updated), kPeopleOfAnImport);
     EXPECT_LE(StatementsPerRow(), 5.2);
     EXPECT_THAT(Members(), AllOf(HasSubstr("/Main 0\n"), HasSubstr("/Main/Office/Area 0/Team 1 223\n"),
                                  HasSubstr("/Main/Office/Area 0/Team 0 222\n")));

@@ -7,7 +7,7 @@ using testing::Not;
 
 namespace {
 
-constexpr const char* kPeople = EXAMPLES_DIRECTORY "/people.csv";
+constexpr const char* kDepartmentPeople = EXAMPLES_DIRECTORY "/people.csv";
 
 class ImportDepartmentsTest : public ConsoleFixture {
 protected:
@@ -75,8 +75,8 @@ TEST_F(ImportDepartmentsTest, MissingGroupsAndTheViewAreMadeAndUsersPlacedInTheL
 
 TEST_F(ImportDepartmentsTest, TheSameFileAgainChangesNothing)
 {
-    const std::vector<std::string> words = {"user",          "import", kPeople,    "--result",   "out.csv",
-                                            "--departments", "Main",   "--update", "--make-view"};
+    const std::vector<std::string> words = {"user",          "import", kDepartmentPeople, "--result",   "out.csv",
+                                            "--departments", "Main",   "--update",        "--make-view"};
     Done(words);
     const std::string groups = AllGroups();
     const std::string tree = Done({"group", "tree", "--users"});

@@ -19,7 +19,7 @@ using testing::IsEmpty;
 namespace {
 
 constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
-constexpr int kMany = 20'000;
+constexpr int kManyLogins = 20'000;
 constexpr std::size_t kLittle = 2'000'000; // the users would take more than twice of it
 
 /// Gives what a list of everybody reads.
@@ -39,7 +39,7 @@ protected:
             fmt::format("WITH RECURSIVE n (i) AS (SELECT {0} UNION ALL SELECT i - 1 FROM n WHERE i > 1) "
                         "INSERT INTO qv_User (Col_ID, Col_LoginName) SELECT i, CASE i % 2 WHEN 0 THEN 'user' "
                         "ELSE 'USER' END || substr('00000' || i, -6) FROM n",
-                        kMany)
+                        kManyLogins)
                 .c_str());
         m_counts.rows = 0;
         m_counts.engineName = GetParam();
@@ -67,7 +67,7 @@ TEST_P(LoginOrderTest, TheFirstUsersAreThoseOfTheFirstLoginNames)
 {
     EXPECT_THAT(FirstLogins(3), ElementsAre("USER000001", "user000002", "USER000003"));
     const std::vector<std::string> all = FirstLogins(kAll);
-    ASSERT_EQ(all.size(), kMany);
+    ASSERT_EQ(all.size(), kManyLogins);
     EXPECT_EQ(all.back(), "user020000");
 }
 
@@ -108,7 +108,7 @@ TEST_P(WellKnownEngine, AListOfAllIsReadInTheMemoryOfAFew)
         most = ++users % 1000 == 0 ? std::max(most, MemoryInUse()) : most;
         return true;
     });
-    EXPECT_EQ(users, kMany);
+    EXPECT_EQ(users, kManyLogins);
     EXPECT_LT(most, before + kLittle);
 }
 

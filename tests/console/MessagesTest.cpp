@@ -1,6 +1,7 @@
 #include "management/messages/Messages.h"
 
 #include "ConsoleFixture.h"
+#include "RefusalOf.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
@@ -25,7 +26,7 @@ using testing::StartsWith;
 namespace {
 
 constexpr const char* kNewYear = "2020-01-01 00:00:00";
-constexpr int kMany = 4000;
+constexpr int kManyMessages = 4000;
 
 int NumberIn(CAConnect& conn, const std::string& sql)
 {
@@ -70,17 +71,6 @@ protected:
     Messages m_messages{m_conn};
     LoginLog m_log{m_conn};
 };
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return ExitFor(e.Code());
-    }
-    return Exit::done;
-}
 
 class MessageConsoleTest : public ConsoleFixture {
 protected:
@@ -377,7 +367,7 @@ TEST_F(MessageConsoleTest, OrphansOfOthersStayWhenMessagesArePurged)
 
 TEST_F(MessageConsoleTest, ASignalStopsBetweenBatchesAndTheSameCommandGoesOn)
 {
-    SendMany(kMany);
+    SendMany(kManyMessages);
     for (const int signal : {SIGINT, SIGTERM}) {
         const int before = Count("kel_Msg");
         const ChildResult result = PurgeAndSignal(signal);
@@ -395,7 +385,7 @@ TEST_F(MessageConsoleTest, ASignalStopsBetweenBatchesAndTheSameCommandGoesOn)
 
 TEST_F(MessageConsoleTest, AKilledPurgeCanBeCarriedOn)
 {
-    SendMany(kMany);
+    SendMany(kManyMessages);
     EXPECT_EQ(PurgeAndSignal(SIGKILL).signal, SIGKILL);
     ExpectSomeAreLeftWhole();
     Done({"message", "purge", "--before", "2020-01-01", "--yes"});
@@ -404,12 +394,12 @@ TEST_F(MessageConsoleTest, AKilledPurgeCanBeCarriedOn)
 
 TEST_F(MessageConsoleTest, OnATerminalItShowsHowFarItIs)
 {
-    SendMany(kMany);
+    SendMany(kManyMessages);
     m_options.terminal = true;
     const ChildResult result = Run({"message", "purge", "--before", "2020-01-01", "--batch", "1", "--yes"});
     EXPECT_EQ(result.exit, 0);
-    EXPECT_THAT(result.err, AllOf(HasSubstr(fmt::format(" of {}, ", kMany)),
-                                  HasSubstr(fmt::format("deleted {} messages, ", kMany))));
+    EXPECT_THAT(result.err, AllOf(HasSubstr(fmt::format(" of {}, ", kManyMessages)),
+                                  HasSubstr(fmt::format("deleted {} messages, ", kManyMessages))));
 }
 
 TEST_F(MessageConsoleTest, ABatchThatFailsIsLeftWholeAndThoseBeforeStayDone)

@@ -6,6 +6,7 @@
 #include "management/DatabaseError.h"
 #include "management/rights/PermissionMask.h"
 #include "schema/Schema.h"
+#include "tests/support/HardText.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -21,8 +22,6 @@ using testing::MatchesRegex;
 using testing::StartsWith;
 
 namespace {
-
-constexpr const char* kHard = "O'Brien\\ \"%s\" 'x\\'; -- Żółw {}";
 
 class ObjectRightsTest : public testing::Test {
 protected:

@@ -1,5 +1,6 @@
 #include "management/organisation/Organisation.h"
 
+#include "RefusalOf.h"
 #include "basefun/ItemTypes.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
@@ -21,23 +22,6 @@ namespace {
 ItemKey View(int id) { return {kItemTypeView, id}; }
 ItemKey Group(int id) { return {kItemTypeGroup, id}; }
 ItemKey User(int id) { return {kItemTypeUser, id}; }
-
-template <class Call>
-std::pair<Exit, std::string> RefusalOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return {ExitFor(e.Code()), e.what()};
-    }
-    return {Exit::done, ""};
-}
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    return RefusalOf(call).first;
-}
 
 class OrganisationTest : public testing::Test {
 protected:

@@ -46,7 +46,7 @@ protected:
     }
 };
 
-std::string Table(console::TableLook look)
+std::string TableText(console::TableLook look)
 {
     std::ostringstream out;
     console::TableWriter writer(console::Format::table, {"id", "name", "note"}, out, look, 2);
@@ -62,19 +62,20 @@ std::string Table(console::TableLook look)
 
 TEST(TableLook, TheWidestColumnsAreShortenedUntilALineFits)
 {
-    EXPECT_EQ(Table({.width = 30}), "    id  name        note\n"
-                                    "100000  Amelia Je…  wide 王王…\n"
-                                    "     7  Amelia Je…  wide 王王…\n"
-                                    "     8  x           yyyyyyyyy…\n");
-    EXPECT_THAT(Table({.width = 80}),
+    EXPECT_EQ(TableText({.width = 30}), "    id  name        note\n"
+                                        "100000  Amelia Je…  wide 王王…\n"
+                                        "     7  Amelia Je…  wide 王王…\n"
+                                        "     8  x           yyyyyyyyy…\n");
+    EXPECT_THAT(TableText({.width = 80}),
                 AllOf(HasSubstr("Amelia Jessica Porter  wide 王王王 note\n"), HasSubstr(std::string(40, 'y'))));
-    EXPECT_THAT(Table({}), HasSubstr(std::string(40, 'y')));
-    EXPECT_THAT(Table({.width = 1}), AllOf(HasSubstr("100000  Ame…  wid…\n")));
+    EXPECT_THAT(TableText({}), HasSubstr(std::string(40, 'y')));
+    EXPECT_THAT(TableText({.width = 1}), AllOf(HasSubstr("100000  Ame…  wid…\n")));
 }
 
 TEST(TableLook, TheHeadingIsBold)
 {
-    EXPECT_THAT(Table({.hasColor = true}), AllOf(StartsWith("\x1B[1m    id  name"), HasSubstr("note\x1B[0m\n100000")));
+    EXPECT_THAT(TableText({.hasColor = true}),
+                AllOf(StartsWith("\x1B[1m    id  name"), HasSubstr("note\x1B[0m\n100000")));
 }
 
 TEST_F(OutputOptionsTest, TablesFitTheTerminal)

@@ -1,6 +1,7 @@
 #include "management/passwords/Passwords.h"
 
 #include "ConsoleFixture.h"
+#include "RefusalOf.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "management/settings/Settings.h"
@@ -46,17 +47,6 @@ protected:
     Directory m_directory{m_conn};
     Passwords m_passwords{m_directory};
 };
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return ExitFor(e.Code());
-    }
-    return Exit::done;
-}
 
 class PasswordCommandsTest : public ConsoleFixture {
 protected:

@@ -12,9 +12,9 @@ using namespace management;
 
 namespace {
 
-const Table kPeople = {{"id", "name", "sex", "locked", "note"},
-                       {{std::int64_t{7}, "Amy", Choice{2, "female"}, true, std::monostate()},
-                        {std::int64_t{12}, "Bo, \"B\"", Choice{0, "unknown"}, false, "a\tb\\c\nd"}}};
+const Table kPeopleTable = {{"id", "name", "sex", "locked", "note"},
+                            {{std::int64_t{7}, "Amy", Choice{2, "female"}, true, std::monostate()},
+                             {std::int64_t{12}, "Bo, \"B\"", Choice{0, "unknown"}, false, "a\tb\\c\nd"}}};
 
 std::string Rendered(Format format, const Table& table)
 {
@@ -34,9 +34,9 @@ std::string Rendered(Format format, const Record& record)
 
 TEST(RenderTest, TableAlignsColumnsAndPutsNumbersToTheRight)
 {
-    EXPECT_EQ(Rendered(Format::table, kPeople), "id  name     sex      locked  note\n"
-                                                " 7  Amy      female   yes     \n"
-                                                "12  Bo, \"B\"  unknown  no      a\\tb\\c\\nd\n");
+    EXPECT_EQ(Rendered(Format::table, kPeopleTable), "id  name     sex      locked  note\n"
+                                                     " 7  Amy      female   yes     \n"
+                                                     "12  Bo, \"B\"  unknown  no      a\\tb\\c\\nd\n");
 }
 
 TEST(RenderTest, TableCountsWideCharactersAsTwoAndCombiningOnesAsNone)
@@ -82,14 +82,14 @@ TEST(RenderTest, EmptyTableShowsItsHeader)
 
 TEST(RenderTest, CsvQuotesWhatItMust)
 {
-    EXPECT_EQ(Rendered(Format::csv, kPeople), "id,name,sex,locked,note\n"
-                                              "7,Amy,2,true,\n"
-                                              "12,\"Bo, \"\"B\"\"\",0,false,\"a\tb\\c\nd\"\n");
+    EXPECT_EQ(Rendered(Format::csv, kPeopleTable), "id,name,sex,locked,note\n"
+                                                   "7,Amy,2,true,\n"
+                                                   "12,\"Bo, \"\"B\"\"\",0,false,\"a\tb\\c\nd\"\n");
 }
 
 TEST(RenderTest, JsonKeepsTheKindsOfValues)
 {
-    EXPECT_EQ(Rendered(Format::json, kPeople),
+    EXPECT_EQ(Rendered(Format::json, kPeopleTable),
               "[\n"
               "  {\"id\":7,\"name\":\"Amy\",\"sex\":2,\"locked\":true,\"note\":null},\n"
               "  {\"id\":12,\"name\":\"Bo, \\\"B\\\"\",\"sex\":0,\"locked\":false,\"note\":\"a\\tb\\\\c\\nd\"}\n"
@@ -109,8 +109,8 @@ TEST(RenderTest, JsonReplacesBytesThatAreNoText)
 
 TEST(RenderTest, PlainHasTabsBetweenAndEscapesThemInside)
 {
-    EXPECT_EQ(Rendered(Format::plain, kPeople), "7\tAmy\t2\ttrue\t\n"
-                                                "12\tBo, \"B\"\t0\tfalse\ta\\tb\\\\c\\nd\n");
+    EXPECT_EQ(Rendered(Format::plain, kPeopleTable), "7\tAmy\t2\ttrue\t\n"
+                                                     "12\tBo, \"B\"\t0\tfalse\ta\\tb\\\\c\\nd\n");
 }
 
 TEST(RenderTest, RecordIsALinePerProperty)

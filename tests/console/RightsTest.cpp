@@ -1,6 +1,7 @@
 #include "management/rights/Rights.h"
 
 #include "ConsoleFixture.h"
+#include "RefusalOf.h"
 #include "basefun/ItemTypes.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
@@ -8,6 +9,7 @@
 #include "management/roles/Roles.h"
 #include "management/users/Users.h"
 #include "schema/Schema.h"
+#include "tests/support/HardText.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -26,7 +28,6 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr const char* kHard = "O'Brien\\ \"%s\" 'x\\'; -- Żółw";
 constexpr ItemKey kRole{kItemTypeRole, 7};
 constexpr ItemKey kView{kItemTypeView, 7};
 
@@ -55,17 +56,6 @@ protected:
     Roles m_roles{m_conn};
     Rights m_rights{m_conn};
 };
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return ExitFor(e.Code());
-    }
-    return Exit::done;
-}
 
 class RightConsoleTest : public ConsoleFixture {
 protected:

@@ -1,12 +1,14 @@
 #include "management/roles/Roles.h"
 
 #include "ConsoleFixture.h"
+#include "RefusalOf.h"
 #include "basefun/ItemTypes.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "management/users/Users.h"
 #include "schema/Schema.h"
+#include "tests/support/HardText.h"
 
 #include <fmt/format.h>
 
@@ -22,8 +24,6 @@ using testing::Not;
 using testing::StartsWith;
 
 namespace {
-
-constexpr const char* kHard = "O'Brien\\ \"%s\" 'x\\'; -- Żółw";
 
 class RolesTest : public testing::Test {
 protected:
@@ -48,17 +48,6 @@ protected:
     Directory m_directory{m_conn};
     Roles m_roles{m_conn};
 };
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return ExitFor(e.Code());
-    }
-    return Exit::done;
-}
 
 ItemKey Holder(int roleId) { return {kItemTypeRole, roleId}; }
 

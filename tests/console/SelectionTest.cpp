@@ -302,7 +302,7 @@ INSTANTIATE_TEST_SUITE_P(Engines, SelectionTest, Engines(), EngineName);
 
 namespace {
 
-constexpr int kMany = 20'000;
+constexpr int kManyUsers = 20'000;
 
 /// A directory of many on an engine whose order is known, or on another.
 class ManyUsersTest : public testing::TestWithParam<const char*> {
@@ -315,7 +315,7 @@ protected:
                                    "INSERT INTO qv_User (Col_ID, Col_LoginName, Col_ItemIndex, Col_Note) SELECT i, "
                                    "'user' || substr('00000' || (i * 7919 % 20000), -6), i % 100 - 50, 'n' || (i % 3) "
                                    "FROM n",
-                                   kMany)
+                                   kManyUsers)
                            .c_str());
         m_counts.rows = 0;
         m_counts.statements = 0;
@@ -381,7 +381,7 @@ TEST_P(OrderedManyUsersTest, CountingReadsOneRow)
 {
     SelectionInput input;
     input.where = {"sort_index=7"};
-    EXPECT_EQ(CountUsers(m_conn, UserSelection(m_conn, input)), kMany / 100);
+    EXPECT_EQ(CountUsers(m_conn, UserSelection(m_conn, input)), kManyUsers / 100);
     EXPECT_EQ(m_counts.rows, 1U);
 }
 

@@ -24,44 +24,48 @@ struct Case {
 constexpr const char* kMessages = "INSERT INTO kel_Msg VALUES (1, '2019-01-01 00:00:00'), (2, '2019-01-02 00:00:00')";
 constexpr const char* kNotice = "INSERT INTO Kel_Board VALUES ('1', 'amy', 'Party', '2014-01-01 00:00:00', NULL)";
 
-const Words kAddIn = {"addin", "create", "Chess", "--type", "1"};
-const Words kRole = {"role", "create", "Editors"};
-const Words kView = {"view", "create", "Main"};
-const Words kRight = {"right", "grant", "role:Editors", "mail", "send", "1"};
-const Words kRightOn = {"right", "on", "grant", "role:Editors", "view:Main", "mail", "send"};
-const Words kObjectRight = {"objright", "grant", "role:Editors", "3", "17", "docs", "read", "1"};
-const Words kSetting = {"setting", "set", "Colour", "blue", "--genre", "G"};
-const Words kPackage = {"package", "install", "Tools", "--version", "1"};
+const Words kNewAddIn = {"addin", "create", "Chess", "--type", "1"};
+const Words kNewRole = {"role", "create", "Editors"};
+const Words kNewView = {"view", "create", "Main"};
+const Words kNewRight = {"right", "grant", "role:Editors", "mail", "send", "1"};
+const Words kNewRightOn = {"right", "on", "grant", "role:Editors", "view:Main", "mail", "send"};
+const Words kNewObjectRight = {"objright", "grant", "role:Editors", "3", "17", "docs", "read", "1"};
+const Words kNewSetting = {"setting", "set", "Colour", "blue", "--genre", "G"};
+const Words kNewPackage = {"package", "install", "Tools", "--version", "1"};
 
 const Case kCases[] = {
     {"BoardDelete", {{kNotice}}, {"board", "delete", "1", "--yes"}},
-    {"AddinCreate", {}, kAddIn},
-    {"AddinSet", {kAddIn}, {"addin", "set", "Chess", "--public"}},
-    {"AddinDisable", {kAddIn}, {"addin", "disable", "Chess"}},
-    {"AddinMove", {kAddIn, {"addin", "create", "Go", "--type", "1"}}, {"addin", "move", "Chess", "top"}},
-    {"AddinDelete", {kAddIn}, {"addin", "delete", "Chess", "--yes"}},
-    {"PackageInstall", {}, kPackage},
-    {"PackageRemove", {kPackage}, {"package", "remove", "Tools", "--yes"}},
+    {"AddinCreate", {}, kNewAddIn},
+    {"AddinSet", {kNewAddIn}, {"addin", "set", "Chess", "--public"}},
+    {"AddinDisable", {kNewAddIn}, {"addin", "disable", "Chess"}},
+    {"AddinMove", {kNewAddIn, {"addin", "create", "Go", "--type", "1"}}, {"addin", "move", "Chess", "top"}},
+    {"AddinDelete", {kNewAddIn}, {"addin", "delete", "Chess", "--yes"}},
+    {"PackageInstall", {}, kNewPackage},
+    {"PackageRemove", {kNewPackage}, {"package", "remove", "Tools", "--yes"}},
     {"MessagePurge", {{kMessages}}, {"message", "purge", "--before", "2020-01-01", "--batch", "1", "--yes"}},
     {"MessageSweep", {{"INSERT INTO kel_Msg_Rece (Col_MsgID) VALUES (9)"}}, {"message", "sweep", "--yes"}},
     {"LoginlogDelete", {{"INSERT INTO kel_log VALUES (1)"}}, {"loginlog", "delete", "1", "--yes"}},
-    {"SettingSet", {}, kSetting},
-    {"SettingDelete", {kSetting}, {"setting", "delete", "Colour", "--genre", "G", "--yes"}},
+    {"SettingSet", {}, kNewSetting},
+    {"SettingDelete", {kNewSetting}, {"setting", "delete", "Colour", "--genre", "G", "--yes"}},
     {"SettingThreads", {}, {"setting", "threads", "--max", "3"}},
     {"SettingFlags", {}, {"setting", "flags", "--doc-flag", "3"}},
     {"SettingPicture", {}, {"setting", "picture", "p.png", "--all-users", "--yes"}},
     {"SettingEncryptionKey", {}, {"setting", "encryption-key", "set", "--key-stdin"}, "s3cret\n"},
-    {"ObjrightGrant", {kRole}, kObjectRight},
-    {"ObjrightSet", {kRole, kObjectRight}, {"objright", "set", "1", "2"}},
-    {"ObjrightRevoke", {kRole, kObjectRight}, {"objright", "revoke", "1", "--yes"}},
-    {"RightGrant", {kRole}, kRight},
-    {"RightSet", {kRole, kRight}, {"right", "set", "role:Editors", "mail", "send", "2"}},
-    {"RightRevoke", {kRole, kRight}, {"right", "revoke", "role:Editors", "mail", "send"}},
-    {"RightRevokeAll", {kRole, kRight}, {"right", "revoke", "role:Editors", "--all", "--yes"}},
-    {"RightOnGrant", {kRole, kView}, kRightOn},
-    {"RightOnSet", {kRole, kView, kRightOn}, {"right", "on", "set", "role:Editors", "view:Main", "mail", "send", "2"}},
-    {"RightOnRevoke", {kRole, kView, kRightOn}, {"right", "on", "revoke", "role:Editors", "view:Main", "mail", "send"}},
-    {"RightOnClear", {kRole, kView, kRightOn}, {"right", "on", "clear", "view:Main", "mail", "send", "--yes"}},
+    {"ObjrightGrant", {kNewRole}, kNewObjectRight},
+    {"ObjrightSet", {kNewRole, kNewObjectRight}, {"objright", "set", "1", "2"}},
+    {"ObjrightRevoke", {kNewRole, kNewObjectRight}, {"objright", "revoke", "1", "--yes"}},
+    {"RightGrant", {kNewRole}, kNewRight},
+    {"RightSet", {kNewRole, kNewRight}, {"right", "set", "role:Editors", "mail", "send", "2"}},
+    {"RightRevoke", {kNewRole, kNewRight}, {"right", "revoke", "role:Editors", "mail", "send"}},
+    {"RightRevokeAll", {kNewRole, kNewRight}, {"right", "revoke", "role:Editors", "--all", "--yes"}},
+    {"RightOnGrant", {kNewRole, kNewView}, kNewRightOn},
+    {"RightOnSet",
+     {kNewRole, kNewView, kNewRightOn},
+     {"right", "on", "set", "role:Editors", "view:Main", "mail", "send", "2"}},
+    {"RightOnRevoke",
+     {kNewRole, kNewView, kNewRightOn},
+     {"right", "on", "revoke", "role:Editors", "view:Main", "mail", "send"}},
+    {"RightOnClear", {kNewRole, kNewView, kNewRightOn}, {"right", "on", "clear", "view:Main", "mail", "send", "--yes"}},
 };
 
 class ServerCommandTableTest : public ConsoleFixture {
@@ -139,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(ServerCommandTableTest, EveryWrite, testing::ValuesIn(k
 
 TEST_F(ServerCommandTableTest, WhatIsSoAlreadyIsNoChange)
 {
-    Do({kAddIn});
+    Do({kNewAddIn});
     const ChildResult object = Run({"addin", "enable", "Chess", "-o", "json"});
     EXPECT_EQ(object.exit, 0);
     EXPECT_EQ(json::parse(object.out).at("changed"), false);
@@ -161,7 +165,7 @@ TEST_F(ServerCommandTableTest, ACommandThatIsOnlyAskedAnswersAsOneThatReads)
 
 TEST_F(ServerCommandTableTest, WhatATrialWouldDoIsSaidAsSuch)
 {
-    Do({kAddIn});
+    Do({kNewAddIn});
     EXPECT_THAT(Run({"addin", "delete", "Chess", "--dry-run"}).err,
                 StartsWith("delete Chess (add-in 1) of type 1\ndry run: deleted 1 add-in\n"));
 }

@@ -1,6 +1,7 @@
 #include "management/settings/Settings.h"
 
 #include "ConsoleFixture.h"
+#include "RefusalOf.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "management/passwords/Passwords.h"
@@ -42,17 +43,6 @@ protected:
     CAConnect m_conn;
     Settings m_settings{m_conn};
 };
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return ExitFor(e.Code());
-    }
-    return Exit::done;
-}
 
 class SettingCommandsTest : public ConsoleFixture {
 protected:

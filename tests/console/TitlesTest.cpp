@@ -7,7 +7,7 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr const char* kHard = R"(Head of O'Brien\'s "%s"; --)";
+constexpr const char* kHardTitle = R"(Head of O'Brien\'s "%s"; --)";
 
 class TitlesTest : public ConsoleFixture {
 protected:
@@ -43,15 +43,16 @@ protected:
 
 TEST_F(TitlesTest, ATitleOfAnyTextIsGivenListedCheckedAndTaken)
 {
-    EXPECT_EQ(Run({"title", "give", "/Main/Sales", "amy", kHard, "--description", "it's a\\b"}).err,
+    EXPECT_EQ(Run({"title", "give", "/Main/Sales", "amy", kHardTitle, "--description", "it's a\\b"}).err,
               std::string("amy (id 1) now holds 'Head of O'Brien\\'s \"%s\"; --' in /Main/Sales (id 1)\n"));
-    EXPECT_EQ(Done({"title", "check", "/main/sales", "AMY", kHard}), "true\n");
+    EXPECT_EQ(Done({"title", "check", "/main/sales", "AMY", kHardTitle}), "true\n");
     EXPECT_EQ(Done({"title", "list", "/Main/Sales", "-o", "csv"}),
               "title,id,login,name,description\n"
               "\"Head of O'Brien\\'s \"\"%s\"\"; --\",1,amy,Amy O'Neil\\,it's a\\b\n");
-    EXPECT_EQ(Done({"title", "list", "id:1", kHard, "-o", "plain"}), Done({"title", "list", "id:1", "-o", "plain"}));
-    EXPECT_EQ(Run({"title", "take", "/Main/Sales", "amy", kHard}).exit, 0);
-    const ChildResult gone = Run({"title", "check", "/Main/Sales", "amy", kHard});
+    EXPECT_EQ(Done({"title", "list", "id:1", kHardTitle, "-o", "plain"}),
+              Done({"title", "list", "id:1", "-o", "plain"}));
+    EXPECT_EQ(Run({"title", "take", "/Main/Sales", "amy", kHardTitle}).exit, 0);
+    const ChildResult gone = Run({"title", "check", "/Main/Sales", "amy", kHardTitle});
     EXPECT_EQ(gone.exit, 3);
     EXPECT_EQ(gone.out, "false\n");
     EXPECT_EQ(gone.err, "");

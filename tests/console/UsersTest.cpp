@@ -1,5 +1,6 @@
 #include "management/users/Users.h"
 
+#include "RefusalOf.h"
 #include "console/ExitCode.h"
 #include "dbaccess/CAConnect.h"
 #include "schema/Schema.h"
@@ -29,17 +30,6 @@ protected:
     CAConnect m_conn;
     Directory m_directory{m_conn};
 };
-
-template <class Call>
-Exit CodeOf(Call call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return ExitFor(e.Code());
-    }
-    return Exit::done;
-}
 
 } // namespace
 

@@ -59,7 +59,7 @@ TEST(Connect, RaisesOnAClosedConnectionWhereAValueWouldLookLikeSuccess)
     EXPECT_EQ(Raised([&] { (void)conn.GetEngineName(); }), closed);
 }
 
-std::string FailureOf(const CAConnect& conn)
+std::string FailureText(const CAConnect& conn)
 {
     return conn.GetFailure() == nullptr ? "" : conn.GetFailure()->GetErrorText().GetString();
 }
@@ -68,14 +68,14 @@ TEST(Connect, KnowsWhyTheLastStatementFailed)
 {
     CAConnect conn;
     conn.Open("sqlite::memory:");
-    EXPECT_EQ(FailureOf(conn), "");
+    EXPECT_EQ(FailureText(conn), "");
     CARecordset rs;
     Raised([&] { rs.Open("SELECT * FROM a", &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable); });
-    EXPECT_EQ(FailureOf(conn), "no such table: a");
+    EXPECT_EQ(FailureText(conn), "no such table: a");
     Raised([&] { conn.Execute("DROP TABLE b"); });
-    EXPECT_EQ(FailureOf(conn), "no such table: b");
+    EXPECT_EQ(FailureText(conn), "no such table: b");
     conn.Execute("CREATE TABLE b (c)");
-    EXPECT_EQ(FailureOf(conn), "");
+    EXPECT_EQ(FailureText(conn), "");
 }
 
 TEST(Connect, KnowsInATransactionWhyTheFirstStatementFailed)
@@ -84,13 +84,13 @@ TEST(Connect, KnowsInATransactionWhyTheFirstStatementFailed)
     conn.Open("sqlite::memory:");
     Raised([&] { conn.Execute("DROP TABLE before"); });
     conn.BeginTrans();
-    EXPECT_EQ(FailureOf(conn), "");
+    EXPECT_EQ(FailureText(conn), "");
     Raised([&] { conn.Execute("DROP TABLE a"); });
     conn.Execute("CREATE TABLE b (c)");
     Raised([&] { conn.Execute("DROP TABLE d"); });
-    EXPECT_EQ(FailureOf(conn), "no such table: a");
+    EXPECT_EQ(FailureText(conn), "no such table: a");
     conn.RollbackTrans();
-    EXPECT_EQ(FailureOf(conn), "");
+    EXPECT_EQ(FailureText(conn), "");
 }
 
 TEST(Connect, IsClosedOnceTheEngineIsGone)

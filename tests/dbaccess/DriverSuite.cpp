@@ -4,6 +4,7 @@
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
+#include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/Servers.h"
 #include "tests/support/Raised.h"
 
@@ -23,17 +24,6 @@ std::string FreshOdbcUrl(const std::string& engine)
 // What every driver does alike. A new driver is one more Quirks value at the end of this file.
 
 namespace {
-
-class CodePageGuard {
-public:
-    explicit CodePageGuard(UINT codePage) : m_before(GetACP()) { EXPECT_TRUE(SetAnsiCodePage(codePage)); }
-    CodePageGuard(const CodePageGuard&) = delete;
-    CodePageGuard& operator=(const CodePageGuard&) = delete;
-    ~CodePageGuard() { SetAnsiCodePage(m_before); }
-
-private:
-    UINT m_before;
-};
 
 class DriverSuite : public testing::TestWithParam<Quirks> {
 protected:
@@ -200,7 +190,7 @@ TEST_P(DriverSuite, ConvertsTextsOfTheAnsiCodePageAtItsEdge)
     for (const CodePageText& text : texts) {
         m_conn.Execute("DELETE FROM t");
         {
-            const CodePageGuard guard(text.codePage);
+            const AnsiCodePageScope guard(text.codePage);
             m_conn.Execute((std::string("INSERT INTO t (name) VALUES ('") + text.bytes + "')").c_str());
             EXPECT_STREQ(TextOf("SELECT name FROM t"), text.bytes) << text.codePage;
             EXPECT_STREQ(TextOf(std::string("SELECT name FROM t WHERE name = '") + text.bytes + "'"), text.bytes);
@@ -212,7 +202,7 @@ TEST_P(DriverSuite, ConvertsTextsOfTheAnsiCodePageAtItsEdge)
 TEST_P(DriverSuite, NeverLetsABrokenCharacterSwallowTheQuoteBehindIt)
 {
     MakeTable();
-    const CodePageGuard guard(936);
+    const AnsiCodePageScope guard(936);
     m_conn.Execute("INSERT INTO t (name, id) VALUES ('\x95', 7)");
     EXPECT_EQ(Count(), 1);
     EXPECT_STREQ(TextOf("SELECT name FROM t WHERE id = 7"), "?");

@@ -1,6 +1,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "tests/dbaccess/PreparedStatements.h"
+#include "tests/dbaccess/Query.h"
 #include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/Servers.h"
 #include "tests/support/Raised.h"
@@ -21,18 +22,6 @@
 using testing::HasSubstr;
 
 namespace {
-
-void Open(CARecordset& rs, const std::string& sql, CAConnect& conn)
-{
-    ASSERT_TRUE(rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
-}
-
-std::string TextOf(CAConnect& conn, const std::string& sql)
-{
-    CARecordset rs;
-    Open(rs, sql, conn);
-    return rs.GetValueToStr(1, true).GetString();
-}
 
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
 

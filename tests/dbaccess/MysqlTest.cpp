@@ -2,6 +2,8 @@
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
+#include "tests/dbaccess/Query.h"
+#include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/ScriptedServer.h"
 #include "tests/servers/Servers.h"
 #include "tests/support/Keepalive.h"
@@ -30,18 +32,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void Query(CARecordset& rs, CAConnect& conn, const std::string& sql)
-{
-    ASSERT_TRUE(rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
-}
-
-std::string TextOf(CAConnect& conn, const std::string& sql)
-{
-    CARecordset rs;
-    Query(rs, conn, sql);
-    return rs.GetValueToStr(1, true).GetString();
-}
-
 std::string Address(const std::string& port) { return "127.0.0.1:" + port; }
 
 // ---- What a scripted server says
@@ -68,17 +58,6 @@ std::string MethodSwitch(const std::string& method)
     using std::string_literals::operator""s;
     return Packet(2, "\xFE" + method + "\0\x04Password: \0"s);
 }
-
-class CodePageGuard {
-public:
-    explicit CodePageGuard(UINT codePage) : m_before(GetACP()) { EXPECT_TRUE(SetAnsiCodePage(codePage)); }
-    CodePageGuard(const CodePageGuard&) = delete;
-    CodePageGuard& operator=(const CodePageGuard&) = delete;
-    ~CodePageGuard() { SetAnsiCodePage(m_before); }
-
-private:
-    UINT m_before;
-};
 
 class MysqlTest : public testing::Test {
 protected:
@@ -392,7 +371,7 @@ TEST_F(MysqlTest, ReadsEveryTypeAsWhatItIs)
         "INSERT INTO t VALUES (-9223372036854775808, 18446744073709551615, 12.50, 1e100, b'100000001', 2013, "
         "'09:03:02', '2013-05-07 09:03:02', '0000-00-00', '', NULL)");
     CARecordset rs;
-    Query(rs, m_conn, "SELECT * FROM t");
+    Open(rs, "SELECT * FROM t", m_conn);
     const char* const texts[] = {
         "-9223372036854775808", "18446744073709551615", "12.5", "1e+100", "257", "2013", "09:03:02",
         "2013-05-07 09:03:02",  "0000-00-00",           "",     ""};
@@ -412,12 +391,12 @@ TEST_F(MysqlTest, NamesColumnsAsTheStatementDoes)
 {
     m_conn.Execute("CREATE TABLE t (Col_EnType INTEGER)");
     CARecordset rs;
-    Query(rs, m_conn, "SELECT Col_Entype, COUNT(*), 1 AS `昞` FROM t");
+    Open(rs, "SELECT Col_Entype, COUNT(*), 1 AS `昞` FROM t", m_conn);
     EXPECT_STREQ(rs.GetColumnName(1), "Col_Entype");
     EXPECT_STREQ(rs.GetColumnName(2), "COUNT(*)");
     EXPECT_STREQ(rs.GetColumnName(3), "昞");
-    const CodePageGuard guard(936);
-    Query(rs, m_conn, "SELECT 1 AS `\x95\x5c`");
+    const AnsiCodePageScope guard(936);
+    Open(rs, "SELECT 1 AS `\x95\x5c`", m_conn);
     EXPECT_STREQ(rs.GetColumnName(1), "\x95\x5c");
 }
 
@@ -446,7 +425,7 @@ TEST_F(MysqlTest, KeepsQuotesAndBackslashesApartFromCharactersThatContainThem)
     };
     m_conn.Execute("CREATE TABLE t (a VARCHAR(50) CHARACTER SET utf8mb4)");
     for (const Case& c : cases) {
-        const CodePageGuard guard(c.codePage);
+        const AnsiCodePageScope guard(c.codePage);
         const std::string escaped = m_conn.EscapeLiteral(c.text).GetString();
         EXPECT_EQ(m_conn.Execute(("INSERT INTO t VALUES ('" + escaped + "')").c_str()), 1);
         EXPECT_EQ(TextOf(m_conn, "SELECT a FROM t"), c.read) << c.codePage << " " << c.text;
@@ -461,7 +440,7 @@ constexpr const char* kEndless = "SELECT seq, REPEAT('x', 100) FROM seq_1_to_100
 TEST_F(MysqlTest, ReadsAMillionRowsWithoutHoldingThem)
 {
     CARecordset rs;
-    Query(rs, m_conn, "SELECT seq, REPEAT('x', 100) FROM seq_1_to_1000000");
+    Open(rs, "SELECT seq, REPEAT('x', 100) FROM seq_1_to_1000000", m_conn);
     rusage before{};
     ::getrusage(RUSAGE_SELF, &before);
     __int64 sum = 0;
@@ -482,7 +461,7 @@ TEST_F(MysqlTest, EndsAStatementWhoseRowsNobodyReads)
     const std::string id = TextOf(m_conn, "SELECT CONNECTION_ID()");
     {
         CARecordset rs;
-        Query(rs, m_conn, kEndless);
+        Open(rs, kEndless, m_conn);
         EXPECT_STREQ(rs.GetValueToStr(1, true), "1");
         rs.MoveNext();
         rs.MoveFirst();
@@ -500,7 +479,7 @@ TEST_F(MysqlTest, NeverEndsTheStatementBehindTheOneThatItMeantToEnd)
         const int length = kLengths[static_cast<std::size_t>(i) % std::size(kLengths)];
         {
             CARecordset rs;
-            Query(rs, m_conn, "SELECT seq FROM seq_1_to_" + std::to_string(length));
+            Open(rs, "SELECT seq FROM seq_1_to_" + std::to_string(length), m_conn);
             const int steps = i % 3 == 0 ? length - 290 : 1;
             for (int step = 0; step < steps; ++step) {
                 rs.MoveNext();
@@ -517,7 +496,7 @@ TEST_F(MysqlTest, ReadsToTheEndWhenItCannotConnectASecondTime)
     conn.Open(TcpUrl("one" + m_database + ":p", Address(m_port)).c_str());
     {
         CARecordset rs;
-        Query(rs, conn, "SELECT seq FROM seq_1_to_100000");
+        Open(rs, "SELECT seq FROM seq_1_to_100000", conn);
     }
     EXPECT_EQ(TextOf(conn, "SELECT 1"), "1");
 }
@@ -529,10 +508,10 @@ TEST_F(MysqlTest, KeepsTheRowsOfAnEarlierResultForItsReader)
                    "FROM seq_1_to_2000");
     const std::string ordered = "SELECT id, name FROM t ORDER BY id";
     for (const UINT codePage : {CP_UTF8, 936U}) {
-        const CodePageGuard guard(codePage);
+        const AnsiCodePageScope guard(codePage);
         const std::string name = codePage == CP_UTF8 ? "名" : "\xc3\xfb";
         CARecordset outer;
-        Query(outer, m_conn, ordered);
+        Open(outer, ordered, m_conn);
         for (int i = 1; i <= 2000; ++i, outer.MoveNext()) {
             if (i > 5) {
                 EXPECT_EQ(TextOf(m_conn, "SELECT " + std::to_string(i)), std::to_string(i));
@@ -553,9 +532,9 @@ TEST_F(MysqlTest, KeepsTheRowsOfSeveralResultsAtOnce)
     CARecordset first;
     CARecordset second;
     CARecordset third;
-    Query(first, m_conn, "SELECT seq FROM seq_1_to_3");
-    Query(second, m_conn, "SELECT seq FROM seq_11_to_13");
-    Query(third, m_conn, "SELECT seq FROM seq_21_to_23");
+    Open(first, "SELECT seq FROM seq_1_to_3", m_conn);
+    Open(second, "SELECT seq FROM seq_11_to_13", m_conn);
+    Open(third, "SELECT seq FROM seq_21_to_23", m_conn);
     for (int i = 1; i <= 3; ++i) {
         EXPECT_STREQ(first.GetValueToStr(1, true), std::to_string(i).c_str());
         EXPECT_STREQ(second.GetValueToStr(1, true), std::to_string(10 + i).c_str());
@@ -570,7 +549,7 @@ TEST_F(MysqlTest, KeepsTheRowsOfSeveralResultsAtOnce)
 TEST_F(MysqlTest, LetsAResultBeReadToTheEndAfterItsConnectionWasClosed)
 {
     CARecordset rs;
-    Query(rs, m_conn, "SELECT seq FROM seq_1_to_50000");
+    Open(rs, "SELECT seq FROM seq_1_to_50000", m_conn);
     m_conn.Close();
     int rows = 0;
     for (; rs.IsEOF() == 0; rs.MoveNext()) {
@@ -586,7 +565,7 @@ TEST_F(MysqlTest, RaisesAFailureAmongTheRowsWhenItsReaderComesToIt)
     const std::string failing = "SELECT id, IF(id = 15000, (SELECT 1 UNION SELECT 2), 0) FROM t";
     for (const bool nested : {false, true}) {
         CARecordset rs;
-        Query(rs, m_conn, failing);
+        Open(rs, failing, m_conn);
         if (nested) {
             EXPECT_EQ(TextOf(m_conn, "SELECT 7"), "7");
         }
@@ -608,7 +587,7 @@ TEST_F(MysqlTest, ShowsTheFirstResultOfAProcedure)
     EXPECT_EQ(TextOf(m_conn, "CALL p()"), "1");
     m_conn.Execute("CALL p()");
     CARecordset rs;
-    Query(rs, m_conn, "CALL p()");
+    Open(rs, "CALL p()", m_conn);
     EXPECT_EQ(TextOf(m_conn, "SELECT 4"), "4");
     EXPECT_EQ(rs.MoveNext(), 0);
 }
@@ -623,7 +602,7 @@ TEST_F(MysqlTest, IsClosedOnceItsConnectionIsFoundToBeGone)
         const std::string id = TextOf(conn, "SELECT CONNECTION_ID()");
         CARecordset rs;
         if (reading) {
-            Query(rs, conn, kEndless);
+            Open(rs, kEndless, conn);
         }
         m_conn.Execute(("KILL CONNECTION " + id).c_str());
         EXPECT_TRUE(conn.IsOpen());
@@ -734,7 +713,7 @@ TEST_F(MysqlTest, KeepsATransactionWhenAResultInItIsClosedEarly)
     m_conn.Execute("INSERT INTO t VALUES (1)");
     for (const char* query : {kEndless, "SELECT seq FROM seq_1_to_300", "SELECT seq FROM seq_1_to_2"}) {
         CARecordset rs;
-        Query(rs, m_conn, query);
+        Open(rs, query, m_conn);
         rs.Close();
         m_conn.Execute("INSERT INTO t VALUES (2)");
     }

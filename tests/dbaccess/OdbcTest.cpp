@@ -4,6 +4,7 @@
 #include "dbaccess/drivers/odbc/ConnectionString.h"
 #include "dbaccess/drivers/odbc/Statement.h"
 #include "tests/dbaccess/DriverSuite.h"
+#include "tests/dbaccess/Query.h"
 #include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/Servers.h"
 #include "tests/support/Memory.h"
@@ -32,18 +33,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* kSecond = "there is more than one statement in the text []";
 constexpr const char* kLost = "the transaction has ended or failed before; it can only be rolled back []";
-
-void Open(CARecordset& rs, const std::string& sql, CAConnect& conn)
-{
-    ASSERT_TRUE(rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
-}
-
-std::string TextOf(CAConnect& conn, const std::string& sql)
-{
-    CARecordset rs;
-    Open(rs, sql, conn);
-    return rs.GetValueToStr(1, true).GetString();
-}
 
 std::string RaisedByOpening(const std::string& url)
 {

@@ -1,6 +1,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CARecordset.h"
+#include "tests/dbaccess/Query.h"
 #include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/ScriptedServer.h"
 #include "tests/servers/Servers.h"
@@ -31,18 +32,7 @@ class PostgresqlTest : public testing::Test {
 protected:
     PostgresqlTest() : m_url(servers::NewDatabase("postgresql")) { m_conn.Open(m_url.c_str()); }
 
-    static void Open(CARecordset& rs, const std::string& sql, CAConnect& conn)
-    {
-        ASSERT_TRUE(rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
-    }
-
-    static std::string TextOf(CAConnect& conn, const std::string& sql)
-    {
-        CARecordset rs;
-        Open(rs, sql, conn);
-        return rs.GetValueToStr(1, true).GetString();
-    }
-    std::string TextOf(const std::string& sql) { return TextOf(m_conn, sql); }
+    std::string TextOf(const std::string& sql) { return ::TextOf(m_conn, sql); }
 
     /// The names that stand in the database's URL.
     std::string Database() { return TextOf("SELECT current_database()"); }
@@ -54,7 +44,7 @@ protected:
         const std::string process = TextOf("SELECT pg_backend_pid()");
         CAConnect other;
         other.Open(m_url.c_str());
-        EXPECT_EQ(TextOf(other, "SELECT pg_terminate_backend(" + process + ", 10000)"), "1");
+        EXPECT_EQ(::TextOf(other, "SELECT pg_terminate_backend(" + process + ", 10000)"), "1");
     }
 
     static std::string RaisedByOpening(const std::string& url)
@@ -433,7 +423,7 @@ TEST_F(PostgresqlTest, RaisesWhenItsConnectionIsLostInTheMiddleOfAResult)
     Open(rs, kEndless, m_conn);
     CAConnect other;
     other.Open(m_url.c_str());
-    EXPECT_EQ(TextOf(other, "SELECT pg_terminate_backend(" + process + ")"), "1");
+    EXPECT_EQ(::TextOf(other, "SELECT pg_terminate_backend(" + process + ")"), "1");
     EXPECT_THAT(RaisedWithCode([&] {
                     while (rs.MoveNext() != 0) {
                     }
@@ -573,7 +563,7 @@ TEST_F(PostgresqlTest, EncryptsToOtherMachinesUnlessTheUrlSaysOtherwise)
     const auto isEncrypted = [this](const std::string& hosts, const std::string& options) {
         CAConnect conn;
         conn.Open(("postgresql://qv@" + hosts + "/" + Database() + options).c_str());
-        return TextOf(conn, kIsEncrypted);
+        return ::TextOf(conn, kIsEncrypted);
     };
     const std::string elsewhere = kElsewhere + (":" + Port());
     EXPECT_EQ(isEncrypted(elsewhere, ""), "1");
@@ -673,7 +663,7 @@ TEST_F(PostgresqlTest, HandsThePasswordOverAnEncryptedConnection)
     const std::string url = "postgresql://" + role + ":right@0.0.0.0:" + Port() + "/" + Database();
     CAConnect conn;
     conn.Open(url.c_str());
-    EXPECT_EQ(TextOf(conn, kIsEncrypted), "1");
+    EXPECT_EQ(::TextOf(conn, kIsEncrypted), "1");
 }
 
 TEST_F(PostgresqlTest, LooksAtTheServersCertificateWhenItIsAskedTo)
@@ -697,9 +687,9 @@ TEST_F(PostgresqlTest, AsksASilentServerWhetherItIsStillThere)
     CAConnect conn;
     const std::string url = "postgresql://qv@127.0.0.1:" + Port() + "/" + Database();
     conn.Open(url.c_str());
-    EXPECT_LE(KeepaliveSeconds(TextOf(conn, "SELECT inet_client_port()")), 60);
+    EXPECT_LE(KeepaliveSeconds(::TextOf(conn, "SELECT inet_client_port()")), 60);
     conn.Open((url + "?keepalives_idle=1000").c_str());
-    EXPECT_GT(KeepaliveSeconds(TextOf(conn, "SELECT inet_client_port()")), 60);
+    EXPECT_GT(KeepaliveSeconds(::TextOf(conn, "SELECT inet_client_port()")), 60);
 }
 
 TEST_F(PostgresqlTest, RefusesOptionsThatNobodyKnows)

@@ -1,6 +1,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CADateTime.h"
 #include "dbaccess/CARecordset.h"
+#include "tests/dbaccess/Query.h"
 #include "tests/platform/AnsiCodePageScope.h"
 #include "tests/servers/Servers.h"
 #include "tests/support/Raised.h"
@@ -26,17 +27,7 @@ protected:
 
     void Execute(const std::string& sql) { m_conn.Execute(sql.c_str()); }
 
-    static void Query(CARecordset& rs, CAConnect& conn, const std::string& sql)
-    {
-        ASSERT_TRUE(rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
-    }
-    static std::string TextOf(CAConnect& conn, const std::string& sql)
-    {
-        CARecordset rs;
-        Query(rs, conn, sql);
-        return rs.GetValueToStr(1, true).GetString();
-    }
-    std::string TextOf(const std::string& sql) { return TextOf(m_conn, sql); }
+    std::string TextOf(const std::string& sql) { return ::TextOf(m_conn, sql); }
     std::string ErrorOf(const std::string& sql)
     {
         return RaisedWithCode([&] { Execute(sql); });
@@ -121,7 +112,7 @@ TEST_F(SqlServerTest, ReadsLongTextsThatComeInPiecesOfUnknownNumber)
     }
     Execute("UPDATE t SET content = NULL");
     CARecordset rs;
-    Query(rs, m_conn, "SELECT content, id FROM t");
+    Open(rs, "SELECT content, id FROM t", m_conn);
     CString untouched = "before";
     EXPECT_FALSE(rs.GetValue(1, untouched, true));
     EXPECT_STREQ(untouched, "before");
@@ -134,7 +125,7 @@ TEST_F(SqlServerTest, ReadsDatesOfEveryType)
     Execute("INSERT INTO d (day, moment, old) VALUES ('2013-05-07', '2013-05-07 09:03:59', '1899-12-31 23:59:58')");
     Execute("INSERT INTO d (day) VALUES (NULL)");
     CARecordset rs;
-    Query(rs, m_conn, "SELECT day, moment, old FROM d");
+    Open(rs, "SELECT day, moment, old FROM d", m_conn);
     CADateTime day;
     EXPECT_STREQ(rs.GetValueToStr(1, true), "2013-05-07");
     EXPECT_TRUE(rs.GetValue(1, day));
@@ -154,7 +145,7 @@ TEST_F(SqlServerTest, RunsAnotherStatementWhileAResultIsOpen)
 {
     MakeNumbers();
     CARecordset outer;
-    Query(outer, m_conn, "SELECT id FROM n ORDER BY id");
+    Open(outer, "SELECT id FROM n ORDER BY id", m_conn);
     int rows = 0;
     for (; outer.IsEOF() == 0; outer.MoveNext()) {
         ++rows;
@@ -175,7 +166,7 @@ TEST_F(SqlServerTest, EndsAGreatResultOnTheServerWhenItIsClosedEarly)
     MakeNumbers();
     for (int again = 0; again < 3; ++again) {
         CARecordset rs;
-        Query(rs, m_conn, "SELECT a.id, b.name FROM n a, n b, n c");
+        Open(rs, "SELECT a.id, b.name FROM n a, n b, n c", m_conn);
         for (int row = 0; row < 1000; ++row) {
             rs.MoveNext();
         }
@@ -200,7 +191,7 @@ TEST_F(SqlServerTest, KeepsAndDropsTransactionsWhole)
     {
         CAConnect other;
         other.Open(m_url.c_str());
-        EXPECT_EQ(TextOf(other, "SELECT id FROM t"), "2");
+        EXPECT_EQ(::TextOf(other, "SELECT id FROM t"), "2");
         other.BeginTrans();
         other.Execute("DELETE FROM t");
     }
