@@ -42,11 +42,13 @@ schema::ColumnLengths LengthsOf(CAConnect& conn, const std::string& table)
     return WithDatabaseErrors(conn, [&] { return schema::ColumnLengths(conn, table); });
 }
 
+void RequireFits(const schema::ColumnLengths& lengths, const TextFor& text) { RefuseIf(TooLong(lengths, text)); }
+
 void RequireFits(CAConnect& conn, const std::string& table, std::initializer_list<TextFor> texts)
 {
     const schema::ColumnLengths lengths = LengthsOf(conn, table);
     for (const TextFor& text : texts) {
-        RefuseIf(TooLong(lengths, text));
+        RequireFits(lengths, text);
     }
 }
 

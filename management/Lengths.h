@@ -25,6 +25,8 @@ std::string TooLong(const schema::ColumnLengths& lengths, const FieldValues& val
 /// How long the texts of a table may be. @throws DatabaseError.
 schema::ColumnLengths LengthsOf(CAConnect& conn, const std::string& table);
 
+/// @throws Error (invalid) for a text that is longer than its column.
+void RequireFits(const schema::ColumnLengths& lengths, const TextFor& text);
 /// @throws Error (invalid) for the first text that is longer than its column, DatabaseError.
 void RequireFits(CAConnect& conn, const std::string& table, std::initializer_list<TextFor> texts);
 /// The same for values of a user, with its login name unless that stays. @param login  empty when it stays.

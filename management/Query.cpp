@@ -1,6 +1,7 @@
 #include "management/Query.h"
 
 #include "management/Escape.h"
+#include "management/Lengths.h"
 #include "schema/Schema.h"
 
 #include <fmt/format.h>
@@ -24,9 +25,13 @@ int LastInsertedId(CAConnect& conn)
     return WithDatabaseErrors(conn, [&] { return schema::LastInsertedId(conn); });
 }
 
-void Assignments::Text(std::string_view column, const std::optional<std::string>& text)
+void Assignments::Text(std::string_view column, std::string_view name, const std::optional<std::string>& text)
 {
     if (text) {
+        if (!m_lengths) {
+            m_lengths = LengthsOf(m_conn, m_table);
+        }
+        RequireFits(*m_lengths, {name, column, *text});
         Add(column, Literal(m_conn, *text));
     }
 }
@@ -38,15 +43,12 @@ void Assignments::Number(std::string_view column, const std::optional<int>& numb
     }
 }
 
-void Assignments::Apply(CAConnect& conn, std::string_view table, int id) const
-{
-    Apply(conn, table, fmt::format("Col_ID = {}", id));
-}
+void Assignments::Apply(int id) const { Apply(fmt::format("Col_ID = {}", id)); }
 
-void Assignments::Apply(CAConnect& conn, std::string_view table, std::string_view condition) const
+void Assignments::Apply(std::string_view condition) const
 {
     if (!m_text.empty()) {
-        Execute(conn, fmt::format("UPDATE {} SET {} WHERE {}", table, m_text, condition));
+        Execute(m_conn, fmt::format("UPDATE {} SET {} WHERE {}", m_table, m_text, condition));
     }
 }
 

@@ -4,6 +4,7 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 #include "management/DatabaseError.h"
+#include "schema/ColumnLengths.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -13,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 // How the façades ask: the module's operations, and reads of their own.
 
@@ -75,20 +77,24 @@ int LastInsertedId(CAConnect& conn);
 /// The assignments of an UPDATE, for columns that are to be changed and no others.
 class Assignments {
 public:
-    explicit Assignments(const CAConnect& conn) : m_conn(conn) {}
+    Assignments(CAConnect& conn, std::string table) : m_conn(conn), m_table(std::move(table)) {}
 
-    /// Nothing leaves the column as it is. @throws Error for a text with a NUL byte.
-    void Text(std::string_view column, const std::optional<std::string>& text);
+    /// Nothing leaves the column as it is.
+    /// @param name  of the text, for sentences, such as "the name".
+    /// @throws Error (invalid) for a text that is longer than the column or has a NUL byte, DatabaseError.
+    void Text(std::string_view column, std::string_view name, const std::optional<std::string>& text);
     void Number(std::string_view column, const std::optional<int>& number);
     /// Changes the row of an id, if there is anything to change. @throws DatabaseError.
-    void Apply(CAConnect& conn, std::string_view table, int id) const;
+    void Apply(int id) const;
     /// The same with every row of which a condition holds.
-    void Apply(CAConnect& conn, std::string_view table, std::string_view condition) const;
+    void Apply(std::string_view condition) const;
 
 private:
     void Add(std::string_view column, std::string_view value);
 
-    const CAConnect& m_conn;
+    CAConnect& m_conn;
+    std::string m_table;
+    std::optional<schema::ColumnLengths> m_lengths; ///< once they are wanted
     std::string m_text;
 };
 

@@ -244,19 +244,14 @@ int AddIns::Create(const NewAddIn& addIn, int index)
 // The module's own change writes data and description together; here one of them may be left as it is, also as NULL.
 void AddIns::Change(int id, const AddInChanges& changes)
 {
-    RequireFits(m_conn, "kel_AddIn",
-                {{"the name", "Col_Name", changes.name.value_or("")},
-                 {"the description", "Col_Desc", changes.description.value_or("")},
-                 {"the package", "Col_PackageName", changes.package.value_or("")},
-                 {"the data", "Col_Data", changes.data.value_or("")}});
-    Assignments assignments(m_conn);
-    assignments.Text("Col_Name", changes.name);
-    assignments.Text("Col_Data", changes.data);
-    assignments.Text("Col_Desc", changes.description);
-    assignments.Text("Col_PackageName", changes.package);
+    Assignments assignments(m_conn, "kel_AddIn");
+    assignments.Text("Col_Name", "the name", changes.name);
+    assignments.Text("Col_Data", "the data", changes.data);
+    assignments.Text("Col_Desc", "the description", changes.description);
+    assignments.Text("Col_PackageName", "the package", changes.package);
     assignments.Number("Col_IsPublic", changes.isPublic);
     assignments.Number("Col_Index", changes.index);
-    assignments.Apply(m_conn, "kel_AddIn", id);
+    assignments.Apply(id);
 }
 
 void AddIns::Enable(int id, bool enabled)

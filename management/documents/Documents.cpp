@@ -396,21 +396,16 @@ void Documents::ChangeRoot(int id, const RootChanges& changes)
     const auto cut = [](const auto& number) {
         return number ? std::optional(static_cast<int>(*number)) : std::nullopt;
     };
-    RequireFits(m_conn, "Tab_Doc_Root",
-                {{"the name", "Col_Name", changes.name.value_or("")},
-                 {"the description", "Col_Desc", changes.description.value_or("")},
-                 {"the path", "Col_DataPath", changes.path.value_or("")},
-                 {"the display name", "Col_DispName", changes.displayName.value_or("")}});
-    Assignments assignments(m_conn);
-    assignments.Text("Col_Name", changes.name);
-    assignments.Text("Col_Desc", changes.description);
-    assignments.Text("Col_DataPath", changes.path);
-    assignments.Text("Col_DispName", changes.displayName);
+    Assignments assignments(m_conn, "Tab_Doc_Root");
+    assignments.Text("Col_Name", "the name", changes.name);
+    assignments.Text("Col_Desc", "the description", changes.description);
+    assignments.Text("Col_DataPath", "the path", changes.path);
+    assignments.Text("Col_DispName", "the display name", changes.displayName);
     assignments.Number("Col_MaxSize", cut(changes.maxSize));
     assignments.Number("Col_Type", changes.type);
     assignments.Number("Col_Style", cut(changes.style));
     assignments.Number("Col_OwnerID", changes.ownerId);
-    assignments.Apply(m_conn, "Tab_Doc_Root", id);
+    assignments.Apply(id);
 }
 
 // ---- Folders --------------------------------------------------------------------------------------------------------

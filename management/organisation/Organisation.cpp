@@ -388,24 +388,20 @@ void Organisation::RenameView(int id, std::string_view name)
 // The module's own changes write more columns than are to be changed.
 void Organisation::ChangeGroup(int id, const GroupChanges& changes)
 {
-    RequireFits(m_conn, "qv_Group",
-                {{"the name", "Col_Name", changes.name.value_or("")},
-                 {"the description", "Col_Description", changes.description.value_or("")}});
-    Assignments assignments(m_conn);
-    assignments.Text("Col_Name", changes.name);
-    assignments.Text("Col_Description", changes.description);
+    Assignments assignments(m_conn, "qv_Group");
+    assignments.Text("Col_Name", "the name", changes.name);
+    assignments.Text("Col_Description", "the description", changes.description);
     assignments.Number("Col_ItemIndex", changes.sortIndex);
     assignments.Number("Col_DomainID", changes.domainId);
-    assignments.Apply(m_conn, "qv_Group", id);
+    assignments.Apply(id);
 }
 
 void Organisation::ChangeView(int id, const ViewChanges& changes)
 {
-    RequireFits(m_conn, "qv_View", {{"the description", "Col_Description", changes.description.value_or("")}});
-    Assignments assignments(m_conn);
-    assignments.Text("Col_Description", changes.description);
+    Assignments assignments(m_conn, "qv_View");
+    assignments.Text("Col_Description", "the description", changes.description);
     assignments.Number("Col_ItemIndex", changes.sortIndex);
-    assignments.Apply(m_conn, "qv_View", id);
+    assignments.Apply(id);
 }
 
 void Organisation::SetGroupStyle(int id, int style)

@@ -109,15 +109,11 @@ int Plans::Create(const PlanData& plan)
 // The module's own change writes all three columns; here each may be left as it is, also as NULL.
 void Plans::Change(int id, const PlanChanges& changes)
 {
-    RequireFits(m_conn, "Tab_Doc_Backup_Plan",
-                {{"the name", "Col_Name", changes.name.value_or("")},
-                 {"the description", "Col_Desc", changes.description.value_or("")},
-                 {"the data", "Col_Data", changes.data.value_or("")}});
-    Assignments assignments(m_conn);
-    assignments.Text("Col_Name", changes.name);
-    assignments.Text("Col_Desc", changes.description);
-    assignments.Text("Col_Data", changes.data);
-    assignments.Apply(m_conn, "Tab_Doc_Backup_Plan", id);
+    Assignments assignments(m_conn, "Tab_Doc_Backup_Plan");
+    assignments.Text("Col_Name", "the name", changes.name);
+    assignments.Text("Col_Desc", "the description", changes.description);
+    assignments.Text("Col_Data", "the data", changes.data);
+    assignments.Apply(id);
 }
 
 void Plans::Delete(int id)

@@ -138,10 +138,10 @@ int ObjectRights::Grant(const ObjectRight& right)
 // The module's own change writes both powers.
 void ObjectRights::Set(int id, int power, std::optional<int> unpower)
 {
-    Assignments assignments(m_conn);
+    Assignments assignments(m_conn, "Tab_BIOAce");
     assignments.Number("Col_Power", power);
     assignments.Number("Col_UnPower", unpower);
-    assignments.Apply(m_conn, "Tab_BIOAce", id);
+    assignments.Apply(id);
 }
 
 void ObjectRights::Revoke(int id)

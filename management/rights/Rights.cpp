@@ -193,10 +193,10 @@ void Rights::GrantOn(const RightOn& right)
 // The module's own change writes both powers.
 void Rights::SetOn(ItemKey holder, ItemKey on, const Function& function, int power, std::optional<int> unpower)
 {
-    Assignments assignments(m_conn);
+    Assignments assignments(m_conn, "qv_BIIAce");
     assignments.Number("Col_Power", power);
     assignments.Number("Col_UnPower", unpower);
-    assignments.Apply(m_conn, "qv_BIIAce", IsOneOn(holder, on, function));
+    assignments.Apply(IsOneOn(holder, on, function));
 }
 
 void Rights::RevokeOn(ItemKey holder, ItemKey on, const Function& function)

@@ -262,13 +262,10 @@ int Roles::Create(const RoleData& role)
 // The module's own change writes both columns.
 void Roles::Change(int id, const std::optional<std::string>& name, const std::optional<std::string>& description)
 {
-    RequireFits(m_conn, "qv_Role",
-                {{"the name", "Col_Name", name.value_or("")},
-                 {"the description", "Col_Description", description.value_or("")}});
-    Assignments assignments(m_conn);
-    assignments.Text("Col_Name", name);
-    assignments.Text("Col_Description", description);
-    assignments.Apply(m_conn, "qv_Role", id);
+    Assignments assignments(m_conn, "qv_Role");
+    assignments.Text("Col_Name", "the name", name);
+    assignments.Text("Col_Description", "the description", description);
+    assignments.Apply(id);
 }
 
 void Roles::Delete(int id)

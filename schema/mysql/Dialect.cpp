@@ -4,7 +4,7 @@
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/MysqlStatements.h"
-#include "schema/StatementSplitter.h"
+#include "schema/Steps.h"
 #include "schema/mysql/Collation.h"
 
 namespace schema::mysql {
@@ -44,11 +44,8 @@ constexpr const char* kMayWrite =
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        .steps = {{"tables", SplitStatements(k_001_tables)},
-                  {"indexes", {}}, // they come with their tables
-                  {"names", {}, CollationStatements},
-                  {"audit", SplitStatements(k_003_audit), CollationStatements},
-                  {"console", SplitStatements(k_004_console), CollationStatements}},
+        .steps = StepsOf(
+            {.tables = k_001_tables, .audit = k_003_audit, .console = k_004_console, .namesOf = CollationStatements}),
         .listTables = "SELECT TABLE_NAME FROM information_schema.TABLES WHERE TABLE_SCHEMA = DATABASE()",
         .rebuildIndexes = {},
         .stepIsTransaction = false,

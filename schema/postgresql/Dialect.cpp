@@ -4,7 +4,7 @@
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/PostgresqlStatements.h"
-#include "schema/StatementSplitter.h"
+#include "schema/Steps.h"
 
 namespace schema::postgresql {
 
@@ -42,11 +42,8 @@ void RequireCapitalsOfAllLetters(CAConnect& conn)
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        .steps = {{"tables", SplitStatements(k_001_tables)},
-                  {"indexes", SplitStatements(k_002_indexes)},
-                  {"names", {}}, // the tables of MariaDB and MySQL alone need it
-                  {"audit", SplitStatements(k_003_audit)},
-                  {"console", SplitStatements(k_004_console)}},
+        .steps =
+            StepsOf({.tables = k_001_tables, .indexes = k_002_indexes, .audit = k_003_audit, .console = k_004_console}),
         .listTables = "SELECT tablename FROM pg_catalog.pg_tables WHERE schemaname = current_schema()",
         .rebuildIndexes = {}, // upper() is the server's own
         .stepIsTransaction = true,

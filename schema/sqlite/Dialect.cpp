@@ -1,18 +1,15 @@
 #include "schema/Dialect.h"
 
 #include "schema/SqliteStatements.h"
-#include "schema/StatementSplitter.h"
+#include "schema/Steps.h"
 
 namespace schema::sqlite {
 
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        .steps = {{"tables", SplitStatements(k_001_tables)},
-                  {"indexes", SplitStatements(k_002_indexes)},
-                  {"names", {}}, // the tables of MariaDB and MySQL alone need it
-                  {"audit", SplitStatements(k_003_audit)},
-                  {"console", SplitStatements(k_004_console)}},
+        .steps =
+            StepsOf({.tables = k_001_tables, .indexes = k_002_indexes, .audit = k_003_audit, .console = k_004_console}),
         .listTables = "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'",
         .rebuildIndexes = "REINDEX",
         .stepIsTransaction = true,

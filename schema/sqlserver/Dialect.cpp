@@ -4,7 +4,7 @@
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
 #include "schema/SqlserverStatements.h"
-#include "schema/StatementSplitter.h"
+#include "schema/Steps.h"
 
 namespace schema::sqlserver {
 
@@ -32,11 +32,8 @@ void RequireTextsOfAnyCase(CAConnect& conn)
 const Dialect& TheDialect()
 {
     static const Dialect dialect{
-        .steps = {{"tables", SplitStatements(k_001_tables)},
-                  {"indexes", SplitStatements(k_002_indexes)},
-                  {"names", {}}, // the tables of MariaDB and MySQL alone need it
-                  {"audit", SplitStatements(k_003_audit)},
-                  {"console", SplitStatements(k_004_console)}},
+        .steps =
+            StepsOf({.tables = k_001_tables, .indexes = k_002_indexes, .audit = k_003_audit, .console = k_004_console}),
         .listTables = "SELECT TABLE_NAME FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_TYPE = 'BASE TABLE' AND "
                       "TABLE_SCHEMA = SCHEMA_NAME()",
         .rebuildIndexes = {}, // the engine's own rules
