@@ -1,6 +1,7 @@
 #pragma once
 
 #include "basefun/QVBaseFun.h"
+#include "bench/ServerTime.h"
 
 #include <benchmark/benchmark.h>
 
@@ -30,14 +31,19 @@ inline void RequireCount(std::size_t count, int expected)
 inline void RequireCount(int count, int expected) { RequireCount(static_cast<std::size_t>(count), expected); }
 
 /// Registers a benchmark of `work(i)`, where i counts the calls from 0.
+/// @param server  a process whose processor time counts as well; 0: none.
 template <class Work>
-benchmark::internal::Benchmark* Register(const std::string& name, Work work)
+benchmark::internal::Benchmark* Register(const std::string& name, Work work, pid_t server = 0)
 {
-    return benchmark::RegisterBenchmark(name.c_str(), [work](benchmark::State& state) {
+    return benchmark::RegisterBenchmark(name.c_str(), [work, server](benchmark::State& state) {
         std::size_t call = 0;
         try {
+            const double before = server == 0 ? 0 : ProcessorSeconds(server);
             for (auto _ : state) {
                 work(call++);
+            }
+            if (server != 0) {
+                state.counters[kServerTime] = ProcessorSeconds(server) - before;
             }
         } catch (const std::exception& e) {
             state.SkipWithError(e.what());

@@ -1,5 +1,7 @@
 #include "bench/Report.h"
 
+#include "bench/ServerTime.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -61,7 +63,9 @@ void SampleReporter::ReportRuns(const std::vector<Run>& runs)
             const auto iterations = static_cast<double>(run.iterations);
             Samples& samples = m_samples[run.run_name.function_name];
             samples.wall.push_back(run.real_accumulated_time / iterations * 1e9);
-            samples.cpu.push_back(run.cpu_accumulated_time / iterations * 1e9);
+            const auto server = run.counters.find(kServerTime);
+            const double serverTime = server == run.counters.end() ? 0 : server->second.value;
+            samples.cpu.push_back((run.cpu_accumulated_time + serverTime) / iterations * 1e9);
         }
     }
 }

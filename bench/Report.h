@@ -36,7 +36,8 @@ struct Peak {
     double target;
 };
 
-/// Collects all runs, by the benchmarks' names.
+/// Collects all runs, by the benchmarks' names. Processor time is that of the thread, and of the server where it is
+/// measured.
 class SampleReporter : public benchmark::BenchmarkReporter {
 public:
     /// Says nothing of the machine.

@@ -11,8 +11,6 @@
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -77,19 +75,6 @@ void InsertMessages(ByHand& db, int count)
 }
 
 } // namespace
-
-TemporaryFolder::TemporaryFolder() : m_path((std::filesystem::temp_directory_path() / "qvbench-XXXXXX").string())
-{
-    if (mkdtemp(m_path.data()) == nullptr) {
-        throw std::runtime_error("cannot make a folder for the test data");
-    }
-}
-
-TemporaryFolder::~TemporaryFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-}
 
 void MakeDirectory(const std::string& path, int users, int messages)
 {

@@ -5,19 +5,6 @@
 
 namespace bench {
 
-/// A folder of its own under the system's folder for temporary files, removed with what is in it.
-class TemporaryFolder {
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    [[nodiscard]] std::string File(const char* name) const { return m_path + "/" + name; }
-
-private:
-    std::string m_path;
-};
-
 /// Makes a directory file with so many users, a tree over them, and messages.
 void MakeDirectory(const std::string& path, int users, int messages);
 

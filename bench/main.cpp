@@ -11,6 +11,7 @@
 #include "bench/RoleRights.h"
 #include "bench/ServerCases.h"
 #include "bench/ServerData.h"
+#include "bench/TemporaryFolder.h"
 #include "bench/TestData.h"
 #include "directory/HumanItem.h"
 

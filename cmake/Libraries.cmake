@@ -19,6 +19,10 @@ set(QV_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/quorvel)
 # Where drivers are installed, seen from the library that loads them; see dbaccess/DriverModule.h.
 set(QV_DRIVER_FOLDER quorvel/${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}/drivers)
 
+# Where the console's modules are, seen from its program; see management/ProgramModule.h.
+file(RELATIVE_PATH QV_LIBRARIES_FROM_PROGRAMS /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+set(QV_MODULE_FOLDER quorvel/${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}/console)
+
 # qv_add_library(qvplatform [STATIC] NAME platform DESCRIPTION ... SOURCES ... HEADERS ... [REQUIRES qvdbaccess ...])
 #
 # One of the libraries, shared unless STATIC: target qvplatform, Quorvel::platform for users here and of an installed
@@ -70,4 +74,19 @@ function(qv_add_program target)
   add_executable(${target} ${PROGRAM_SOURCES})
   qv_set_defaults(${target})
   set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+endfunction()
+
+# qv_add_program_module(qvhttp NAME http SOURCES ...): a part of qvadmin that only some commands need, with libraries that
+# take long to load. It is a module, which management::LoadFromModule loads.
+function(qv_add_program_module target)
+  cmake_parse_arguments(MODULE "" "NAME" "SOURCES" ${ARGN})
+  add_library(${target} MODULE ${MODULE_SOURCES})
+  qv_set_shared_defaults(${target})
+  set_target_properties(${target} PROPERTIES
+    PREFIX "" OUTPUT_NAME ${MODULE_NAME}
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin/${QV_LIBRARIES_FROM_PROGRAMS}/${QV_MODULE_FOLDER}
+    INSTALL_RPATH $ORIGIN/../../..)
+  if(QV_INSTALL)
+    install(TARGETS ${target} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${QV_MODULE_FOLDER} COMPONENT tools)
+  endif()
 endfunction()

@@ -1,10 +1,5 @@
 #pragma once
 
-#include "console/ShellWords.h"
-
-#include <histedit.h>
-
-#include <clocale>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -22,33 +17,26 @@ public:
     using Complete =
         std::function<std::vector<std::string>(const std::vector<std::string>& words, const std::string& beginning)>;
 
-    /// @param err  takes what a word can be completed to; outlives this. @throws Error (failed).
-    LineEditor(std::string prompt, Complete complete, std::ostream& err);
+    LineEditor() = default;
     LineEditor(const LineEditor&) = delete;
     LineEditor& operator=(const LineEditor&) = delete;
-    ~LineEditor();
+    virtual ~LineEditor() = default;
 
     /// The next line without its end; empty after Ctrl-C, nothing after Ctrl-D or when the terminal is gone.
-    std::optional<std::string> Read();
+    virtual std::optional<std::string> Read() = 0;
     /// Lets a line be brought back.
-    void Remember(const std::string& line);
-
-private:
-    static LineEditor& Of(EditLine* edit);
-    static char* PromptOf(EditLine* edit);
-    static unsigned char Cancel(EditLine* edit, int key);
-    static unsigned char TakeTab(EditLine* edit, int key);
-    unsigned char CompleteWord();
-    void Replace(const UnfinishedLine& line, const std::string& word, bool isWhole);
-    void List(const std::vector<std::string>& words);
-
-    std::string m_prompt;
-    Complete m_complete;
-    std::ostream& m_err;
-    locale_t m_locale; ///< in which characters are those of UTF-8
-    std::unique_ptr<EditLine, decltype(&el_end)> m_edit;
-    std::unique_ptr<History, decltype(&history_end)> m_history;
-    bool m_isCancelled = false;
+    virtual void Remember(const std::string& line) = 0;
 };
+
+/// Loads the module that has the library for it. @param err  takes what a word can be completed to; outlives the
+/// editor. @throws management::Error (failed).
+std::unique_ptr<LineEditor> OpenLineEditor(const std::string& prompt, const LineEditor::Complete& complete,
+                                           std::ostream& err);
+
+/// What the module exports, and under which names. The caller owns what it returns.
+using OpenLineEditorFunction = LineEditor*(const std::string* prompt, const LineEditor::Complete* complete,
+                                           std::ostream* err);
+inline constexpr const char* kLineEditorModule = "edit";
+inline constexpr const char* kOpenLineEditorSymbol = "QvOpenLineEditor";
 
 } // namespace console

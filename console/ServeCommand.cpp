@@ -3,6 +3,7 @@
 #include "console/TextFile.h"
 #include "management/Text.h"
 #include "web/Server.h"
+#include "web/SocketAddress.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

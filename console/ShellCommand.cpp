@@ -14,6 +14,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 
 // Command lines that somebody types, in one process and over one connection.
@@ -58,12 +59,12 @@ public:
     explicit Shell(const LocalCall& call)
         : m_terminal(Interruptible(call.terminal)),
           m_shared{.arguments = call.arguments, .isShell = true},
-          m_editor(
+          m_editor(OpenLineEditor(
               DirectoryName(call.arguments) + "> ",
               [this](const std::vector<std::string>& words, const std::string& beginning) {
                   return Complete(words, beginning);
               },
-              m_terminal.err)
+              m_terminal.err))
     {
         OpenHistory();
     }
@@ -88,7 +89,7 @@ private:
         try {
             m_history.emplace(*folder + "/qvadmin/history");
             for (const std::string& line : m_history->Read()) {
-                m_editor.Remember(line);
+                m_editor->Remember(line);
             }
         } catch (const Error& e) {
             Reported(Exit::failed, e.what(), m_terminal);
@@ -99,7 +100,7 @@ private:
     std::optional<std::string> ReadLine()
     {
         const Interrupt interrupt;
-        return m_editor.Read();
+        return m_editor->Read();
     }
 
     void RunOne(const std::string& line)
@@ -130,7 +131,7 @@ private:
 
     void Keep(const std::string& line)
     {
-        m_editor.Remember(line);
+        m_editor->Remember(line);
         if (m_history) {
             m_history->Add(line);
         }
@@ -160,7 +161,7 @@ private:
 
     Terminal m_terminal;
     SharedSession m_shared;
-    LineEditor m_editor;
+    std::unique_ptr<LineEditor> m_editor;
     std::optional<LineHistory> m_history;
 };
 

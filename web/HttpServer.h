@@ -32,12 +32,15 @@ struct HttpOptions {
     HttpLimits limits = {};
 };
 
+class HttpDaemon;
+
 /// Listens, reads requests within the limits, hands them over and sends the answers. One thread of its own serves all
-/// connections, another ends those that are too slow.
+/// connections, another ends those that are too slow. What does so is a module, which is loaded for the first server,
+/// so that a program without one starts without the libraries for HTTP and TLS.
 class HttpServer {
 public:
     /// Begins to listen. @throws management::Error (invalid) for an address that is not a number, (failed) when the
-    /// system does not let it listen there.
+    /// system does not let it listen there or the module cannot be loaded.
     HttpServer(HttpOptions options, Handler handler);
     HttpServer(const HttpServer&) = delete;
     HttpServer& operator=(const HttpServer&) = delete;
@@ -47,23 +50,7 @@ public:
     [[nodiscard]] std::uint16_t Port() const;
 
 private:
-    class Daemon;
-    std::unique_ptr<Daemon> m_daemon;
+    std::unique_ptr<HttpDaemon> m_daemon;
 };
-
-/// Where a socket listens.
-struct SocketAddress {
-    std::string address; ///< as a number
-    std::uint16_t port = 0;
-};
-/// @throws management::Error (invalid) for what is not a socket of the Internet that listens.
-SocketAddress AddressOf(int socket);
-
-/// An address, as a number, in the one way in which requests have it. @throws management::Error (invalid) for anything
-/// else.
-std::string NormalAddress(const std::string& address);
-
-/// Whether an address, as a number, is this machine's loopback.
-bool IsLoopback(const std::string& address);
 
 } // namespace web

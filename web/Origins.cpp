@@ -2,7 +2,7 @@
 
 #include "management/Errors.h"
 #include "management/Text.h"
-#include "web/HttpServer.h"
+#include "web/SocketAddress.h"
 
 #include <fmt/format.h>
 

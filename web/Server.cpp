@@ -14,6 +14,7 @@
 #include "web/Origins.h"
 #include "web/Page.h"
 #include "web/Problem.h"
+#include "web/SocketAddress.h"
 #include "web/Throttle.h"
 #include "web/Tokens.h"
 #include "web/Totp.h"

@@ -1,12 +1,9 @@
-#include "bench/Record.h"
 #include "bench/engines/ServerByHand.h"
 #include "tests/servers/Servers.h"
 
 #include <mysql.h>
 
-#include <array>
 #include <charconv>
-#include <cstdio>
 #include <stdexcept>
 
 namespace bench {
@@ -30,19 +27,6 @@ public:
                                servers::TheMariadb().socket.c_str(), 0) == nullptr) {
             Fail();
         }
-    }
-
-    int FindUser(const std::string& loginName) override
-    {
-        std::array<char, 512> sql;
-        const int length = std::snprintf(sql.data(), sql.size(), statements::kFind, DoubledQuotes(loginName).c_str());
-        Send({sql.data(), static_cast<std::size_t>(length)});
-        const Result result(mysql_store_result(m_db.get()));
-        if (result == nullptr) {
-            Fail();
-        }
-        const char* const* row = mysql_fetch_row(result.get());
-        return row != nullptr ? static_cast<int>(Number(row[0], mysql_fetch_lengths(result.get())[0])) : -1;
     }
 
     void ListThree(Columns& columns) override

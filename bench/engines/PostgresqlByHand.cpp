@@ -1,4 +1,3 @@
-#include "bench/Record.h"
 #include "bench/engines/ServerByHand.h"
 #include "tests/servers/Servers.h"
 
@@ -6,7 +5,6 @@
 
 #include <array>
 #include <charconv>
-#include <cstdio>
 #include <stdexcept>
 #include <string_view>
 
@@ -112,17 +110,6 @@ public:
         if (PQstatus(m_db.get()) != CONNECTION_OK) {
             Fail();
         }
-    }
-
-    int FindUser(const std::string& loginName) override
-    {
-        std::array<char, 512> sql;
-        std::snprintf(sql.data(), sql.size(), statements::kFind, DoubledQuotes(loginName).c_str());
-        const Result result(PQexec(m_db.get(), sql.data()));
-        if (PQresultStatus(result.get()) != PGRES_TUPLES_OK) {
-            Fail();
-        }
-        return PQntuples(result.get()) > 0 ? static_cast<int>(Number(ResultRow{result.get()}[0])) : -1;
     }
 
 protected:

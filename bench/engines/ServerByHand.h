@@ -7,7 +7,7 @@
 
 namespace bench {
 
-/// Reads of a server's directory written against its client library, as a careful programmer would: the same
+/// Lists of a large directory on a server, written against its client library, as a careful programmer would: the same
 /// statements, and texts taken over with the length that the library knows. @throws std::runtime_error.
 class ServerByHand {
 public:
@@ -16,8 +16,6 @@ public:
     ServerByHand& operator=(const ServerByHand&) = delete;
     virtual ~ServerByHand() = default;
 
-    /// -1 when there is no such user.
-    virtual int FindUser(const std::string& loginName) = 0;
     /// All users, in three and in nine columns, with flat memory but for the columns.
     virtual void ListThree(Columns& columns) = 0;
     virtual void ListNine(Columns& columns) = 0;
@@ -27,7 +25,6 @@ public:
 
 namespace statements {
 
-constexpr const char* kFind = "SELECT Col_ID FROM qv_User WHERE Col_LoginName = '%s'";
 constexpr const char* kThree = "SELECT Col_ID, Col_LoginName, Col_Name FROM qv_User";
 constexpr const char* kNine = "SELECT Col_ID,Col_LoginName,Col_Name,Col_Sex, Col_Mobile,Col_EMail,Col_DeptInfo,"
                               "Col_o_JobTitle, Col_Disabled FROM qv_User";

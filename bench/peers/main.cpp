@@ -4,6 +4,7 @@
 #include "bench/PeakMemory.h"
 #include "bench/People.h"
 #include "bench/Report.h"
+#include "bench/TemporaryFolder.h"
 #include "bench/TestData.h"
 #include "bench/peers/Instructions.h"
 #include "bench/peers/Peer.h"

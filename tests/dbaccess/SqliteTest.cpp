@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 using testing::HasSubstr;
@@ -48,6 +49,13 @@ protected:
         CARecordset rs;
         EXPECT_TRUE(rs.Open(sql, &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
         return rs.GetValueToStr(1, true);
+    }
+
+    /// Of this process.
+    static std::size_t OpenFiles()
+    {
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
     }
 
     // A file made by another program with the same library.
@@ -256,6 +264,24 @@ TEST_F(SqliteTest, StreamsAResultInsteadOfHoldingIt)
         rs.MoveNext();
     }
     EXPECT_STREQ(rs.GetValueToStr(1, true), "1001");
+}
+
+// For a change that reaches many pages at once, and could fail in the middle, the engine keeps the pages as they were.
+TEST_F(SqliteTest, AStatementOfATransactionIsTakenBackWithoutATemporaryFile)
+{
+    CAConnect conn;
+    conn.Open(Url());
+    conn.Execute("CREATE TABLE t (a INTEGER UNIQUE, b)");
+    conn.Execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100) "
+                 "INSERT INTO t SELECT i, zeroblob(3000) FROM n");
+    conn.BeginTrans();
+    const std::size_t before = OpenFiles();
+    conn.Execute("UPDATE t SET a = a + 1000");
+    EXPECT_THAT(RaisedWithCode([&] { conn.Execute("UPDATE t SET a = max(a + 1000, 2050)"); }), HasSubstr("UNIQUE"));
+    EXPECT_STREQ(TextOf(conn, "SELECT sum(a) FROM t"), "105050");
+    EXPECT_EQ(OpenFiles(), before);
+    conn.RollbackTrans();
+    EXPECT_STREQ(TextOf(conn, "SELECT sum(a) FROM t"), "5050");
 }
 
 TEST_F(SqliteTest, SaysThatTheDiskIsFullAndKeepsWhatWasThere)

@@ -30,3 +30,19 @@ expect 'connection to server'
 # SQLite needs no module.
 rm "$modules"/*.so
 "$qvadmin" --db "sqlite:$work/directory.db" db init >/dev/null 2>&1
+
+# The parts of the console that few commands need are loaded for those, from beside the libraries alone.
+parts=$libraries/quorvel/0.2/console
+[ -e "$parts/http.so" ] && [ -e "$parts/edit.so" ] || { echo "parts of the console are missing in $parts"; exit 1; }
+if readelf -dW "$qvadmin" | grep -E 'NEEDED.*lib(microhttpd|gnutls|edit)\.'; then
+  echo "every start loads what few commands need"
+  exit 1
+fi
+mkdir "$work/parts"
+mv "$parts"/*.so "$work/parts"
+export QVADMIN_DB=sqlite:$work/directory.db
+text=$(cd "$work/parts" && LD_LIBRARY_PATH="$work/parts" "$qvadmin" serve --listen 127.0.0.1:0 2>&1) &&
+  { echo "served without the part for HTTP"; exit 1; }
+[[ $text == "qvadmin: a part of this program cannot be loaded: $parts/http.so: "* && $text != *$'\n'* ]] ||
+  { echo "expected the part that is missing, got: $text"; exit 1; }
+"$qvadmin" user count >/dev/null

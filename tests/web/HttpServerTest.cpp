@@ -2,6 +2,7 @@
 
 #include "HttpClient.h"
 #include "management/Errors.h"
+#include "web/SocketAddress.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
