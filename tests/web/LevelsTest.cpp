@@ -123,7 +123,7 @@ TEST_F(LevelsTest, OnlyWhatMayBeRunIsOffered)
 TEST_F(LevelsTest, RoutesBesideCommandsAreForTheirLevels)
 {
     StartWithLevels();
-    for (const std::string path : {"/users", "/tree", "/tree/find?q=a", "/overview", "/problems", "/imports"}) {
+    for (const std::string path : {"/users", "/tree", "/tree/find?q=a", "/overview", "/problems", "/imports", "/jobs"}) {
         EXPECT_EQ(m_reader->Get("/api/v1" + path).status, 200) << path;
     }
     EXPECT_EQ(m_reader->Post("/api/v1/users/find", R"({"names":["amy"]})").status, 200);
