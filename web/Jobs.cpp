@@ -47,6 +47,7 @@ void Job::Finish(Response answer)
     const std::lock_guard lock(m_mutex);
     m_order.work = {}; // what it holds, such as passwords, goes with it
     m_status = answer.status;
+    m_isFile = !answer.headers.empty();
     m_answer = std::move(answer);
     m_isOver = true;
 }
@@ -60,7 +61,13 @@ bool Job::IsOver() const
 std::optional<Response> Job::TakeAnswer()
 {
     const std::lock_guard lock(m_mutex);
-    return std::exchange(m_answer, std::nullopt);
+    return m_isFile ? std::nullopt : std::exchange(m_answer, std::nullopt);
+}
+
+std::optional<Response> Job::File() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_isFile ? m_answer : std::nullopt;
 }
 
 std::string Job::Report(bool onlyFailed) const
@@ -110,7 +117,8 @@ void Job::Write(JsonWriter& json) const
     json.WriteMember("total", m_total ? Value(std::int64_t{*m_total}) : Value());
     json.WriteMember("failed", static_cast<std::int64_t>(m_failedCount));
     json.WriteMember("status", m_isOver ? Value(std::int64_t{m_status}) : Value());
-    json.WriteMember("answer", m_answer.has_value());
+    json.WriteMember("answer", m_answer.has_value() && !m_isFile);
+    json.WriteMember("file", m_isFile);
     json.WriteMember("reported", !m_report.empty());
 }
 

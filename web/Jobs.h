@@ -52,8 +52,10 @@ public:
     [[nodiscard]] bool IsOver() const;
     /// Writes how it stands, as the members of an object.
     void Write(management::JsonWriter& json) const;
-    /// Its answer, which is there once: it may hold passwords. Nothing before it is over, and afterwards.
+    /// Its answer, which is there once: it may hold passwords. Nothing before it is over, afterwards, and for a file.
     std::optional<Response> TakeAnswer();
+    /// Its answer where that is a file, which stays; nothing for any other.
+    [[nodiscard]] std::optional<Response> File() const;
     /// What became of each thing so far, as comma-separated values. @param onlyFailed  of those that failed.
     [[nodiscard]] std::string Report(bool onlyFailed) const;
 
@@ -79,6 +81,7 @@ private:
     std::string m_report;
     std::string m_failed;
     int m_status = 0;
+    bool m_isFile = false;
     std::optional<Response> m_answer;
 };
 

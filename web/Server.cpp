@@ -8,6 +8,7 @@
 #include "web/Accounts.h"
 #include "web/CommandAnswer.h"
 #include "web/Events.h"
+#include "web/Exports.h"
 #include "web/Imports.h"
 #include "web/Jobs.h"
 #include "web/JsonReader.h"
@@ -284,6 +285,8 @@ private:
             {"GET", "/jobs", &Site::ListJobs, Level::readOnly},
             {"POST", "/jobs/stop", &Site::StopJob, Level::readOnly},
             {"POST", "/jobs/answer", &Site::TakeJobAnswer, Level::readOnly},
+            {"GET", "/jobs/file", &Site::ShowJobFile, Level::readOnly},
+            {"POST", "/exports", &Site::BeginExport},
             {"GET", "/jobs/report", &Site::ShowJobReport, Level::readOnly},
             {"GET", "/imports", &Site::ListImports, Level::readOnly},
         };
@@ -599,10 +602,26 @@ private:
         const auto work = [asked, caller](CAConnect& conn, JobControl& control) {
             return RunCommandAsJob(conn, *asked, caller, control);
         };
-        const std::shared_ptr<Job> job = m_jobs.Add({what, session.account.login, work});
-        PostJob([this, job, address = visit.request.address, text = asked->arguments->Text()] {
-            RunJob(*job, address, text);
+        return Post({what, session.account.login, work}, visit.request.address, asked->arguments->Text());
+    }
+
+    void BeginExport(Visit visit)
+    {
+        InCommands(std::move(visit), [this](CAConnect& /*conn*/, const Visit& asked) {
+            const ExportOrder order(ReadMembers(asked.request.body, {"format", "in", "base"}));
+            const std::string& login = asked.session->account.login;
+            const std::string text = fmt::format("export --format {}", order.format);
+            Log("export", login, asked.request.address, text);
+            const auto work = [order](CAConnect& conn, JobControl& control) { return Export(conn, order, control); };
+            return Post({"export", login, work}, asked.request.address, text);
         });
+    }
+
+    /// @param text  of the log.
+    Response Post(Job::Order order, const std::string& address, const std::string& text)
+    {
+        const std::shared_ptr<Job> job = m_jobs.Add(std::move(order));
+        PostJob([this, job, address, text] { RunJob(*job, address, text); });
         return JsonResponse([&](JsonWriter& json) {
             json.WriteName("job");
             json.BeginObject();
@@ -676,6 +695,19 @@ private:
                             job->IsOver() ? "the answer of this job was given already" : "this job is not over yet");
             }
             return std::move(*answer);
+        });
+    }
+
+    /// What an export has come to, for who has begun it, as often as it is wanted.
+    void ShowJobFile(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const std::shared_ptr<Job> job = JobOf(asked.request.Parameter("id"), asked);
+            std::optional<Response> file = job->File();
+            if (!file || job->Login() != asked.session->account.login) {
+                throw Error(ErrorCode::notFound, "this job has no file for you");
+            }
+            return std::move(*file);
         });
     }
 

@@ -1,6 +1,7 @@
 #include "web/Jobs.h"
 
 #include "ServerFixture.h"
+#include "dbaccess/CARecordset.h"
 #include "management/Query.h"
 
 #include <fmt/format.h>
@@ -233,6 +234,45 @@ TEST_F(JobsTest, APurgeSaysHowFarItIs)
     EXPECT_EQ(stand.at("done"), 500);
     EXPECT_EQ(stand.at("total"), 500);
     EXPECT_EQ(Count("kel_Msg"), 0);
+}
+
+TEST_F(JobsTest, AnExportIsAFileOfWhoBeganItWithoutPasswords)
+{
+    HttpClient client = SignedWithClerks();
+    Run(client, "user/create", {{"LOGIN", "amy"}, {"super", true}});
+    Run(client, "user/password/set", {{"USER", "amy"}, {"password", kPassword}});
+    HttpClient other = Client();
+    ASSERT_EQ(SignIn(other, "amy").status, 200);
+    std::vector<std::string> stored;
+    management::EachRow(m_conn, "SELECT Col_PWord FROM qv_User WHERE Col_PWord <> ''",
+                        [&](CARecordset& row) { stored.push_back(management::TextIn(row, 1)); });
+    ASSERT_EQ(stored.size(), 2U);
+    const std::map<std::string, std::string> beginnings = {
+        {"csv", "login,"}, {"json", R"({"format":"qvadmin directory")"}, {"ldif", "version: 1"}};
+    for (const auto& [format, beginning] : beginnings) {
+        json body = {{"format", format}};
+        if (format == "ldif") {
+            body["base"] = "dc=example,dc=org";
+        }
+        const HttpAnswer begun = client.Post("/api/v1/exports", body.dump());
+        ASSERT_EQ(begun.status, 200) << begun.body;
+        const json job = json::parse(begun.body).at("job");
+        EXPECT_EQ(Over(client, job).at("file"), true) << format;
+        const std::string path = "/api/v1/jobs/file?id=" + job.at("id").dump();
+        const HttpAnswer file = client.Get(path);
+        EXPECT_THAT(file.body, StartsWith(beginning));
+        EXPECT_THAT(file.body, HasSubstr("clerk450"));
+        for (const std::string& one : stored) {
+            EXPECT_THAT(file.body, Not(HasSubstr(one)));
+        }
+        EXPECT_THAT(file.head, HasSubstr("attachment; filename=\"directory."));
+        EXPECT_EQ(client.Get(path).body, file.body) << "a file stays";
+        EXPECT_EQ(other.Get(path).status, 404);
+    }
+    for (const json& wrong :
+         {json{{"format", "xml"}}, json{{"format", "csv"}, {"base", "dc=x"}}, json{{"with_passwords", true}}}) {
+        EXPECT_EQ(client.Post("/api/v1/exports", wrong.dump()).status, 422) << wrong;
+    }
 }
 
 // ---- A job by itself ------------------------------------------------------------------------------------------------

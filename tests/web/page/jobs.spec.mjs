@@ -1,7 +1,7 @@
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
-import { checkAccess, openPage, settled, until, useServer } from "./support.mjs";
+import { checkAccess, openPage, until, useServer } from "./support.mjs";
 
 const kClerks = 3000;
 const people = Array.from({ length: kClerks }, (_, i) => `clerk${i + 1},Clerk ${i + 1}\n`);
@@ -11,6 +11,7 @@ const jobs = page => page.locator("details.jobs");
 
 /** Selects all clerks and has something done with them, up to what is shown before. */
 async function preview(page, action) {
+    page.setDefaultTimeout(60000);
     await page.getByText("3,000 people", { exact: true }).waitFor();
     await page.getByLabel("Select all").click();
     await page.getByText("3,000 selected").waitFor();
@@ -64,20 +65,21 @@ test("a job goes on without the page that has begun it, which shows its answer l
     await finish();
 });
 
-test("the directory is checked and mended, and messages are purged after a question", async () => {
-    const { page, finish } = await openPage(shared, { path: "/more?noun=db" });
-    await page.getByRole("button", { name: "Check", exact: true }).click();
-    const dialog = page.getByRole("dialog", { name: "Db check" });
-    await dialog.getByRole("button", { name: "Run" }).click();
-    await dialog.getByText("Nothing here.").waitFor();
-    await dialog.getByRole("button", { name: "Close" }).click();
-
-    await page.goto(`${shared.server.url}/messages`);
-    await settled(page);
-    await page.getByRole("button", { name: "Purge" }).click();
-    const purge = page.getByRole("dialog", { name: "Message purge" });
-    await purge.getByLabel("Keep days").fill("30");
-    await purge.getByRole("button", { name: "Run" }).click();
-    await page.getByText("there are no messages from before").first().waitFor();
+test("people are exported as a job, whose file is saved", async () => {
+    const { page, finish } = await openPage(shared, { path: "/import" });
+    page.setDefaultTimeout(60000);
+    const form = page.getByRole("form", { name: "Export" });
+    await form.getByRole("button", { name: "Export" }).click();
+    const link = form.getByRole("link", { name: "Save the file" });
+    await link.waitFor();
+    await checkAccess(page);
+    const [download] = await Promise.all([page.waitForEvent("download"), link.click()]);
+    assert.equal(download.suggestedFilename(), "directory.csv");
+    const lines = readFileSync(await download.path(), "utf8").trim().split("\n");
+    assert.equal(lines.length, kClerks + 2);
+    assert.match(lines[0], /^login,name,/);
+    await form.getByLabel("Only what is in").fill("/No such place");
+    await form.getByRole("button", { name: "Export" }).click();
+    await form.getByRole("alert").waitFor();
     await finish();
 });

@@ -251,6 +251,8 @@ export interface Job {
     /** Of its answer, which is there for one request. */
     status: number | null;
     answer: boolean;
+    /** Whether it has made one, which its owner may fetch. */
+    file: boolean;
     reported: boolean;
     /** Whether who is signed in has begun it. */
     own: boolean;
@@ -258,6 +260,8 @@ export interface Job {
 export const listJobs = async () => (await request<{ jobs: Job[] }>("GET", "/jobs")).jobs;
 export const stopJob = (id: number) => request("POST", "/jobs/stop", { id });
 export const takeAnswer = (id: number) => once<Answer>("POST", "/jobs/answer", { id });
+
+export const beginExport = (order: { format: string; in?: string }) => request<{ job: Job }>("POST", "/exports", order);
 
 /** How often a job is looked at by a window that does not hear how far it is. */
 const kPause = 3000;
@@ -281,6 +285,16 @@ const overOf = (id: number) =>
         };
         void look();
     });
+
+/** Waits for a job that makes a file. @return its id. @throws what stood in the way. */
+export async function fileOf(id: number): Promise<number> {
+    showJob(id);
+    await overOf(id);
+    if (!(await listJobs()).find(job => job.id === id)?.file) {
+        await takeAnswer(id);
+    }
+    return id;
+}
 
 /** Runs a command of the table, such as "user/lock". What is done as a job is waited for. */
 export const run = (command: string, parameters: Values, options: RunOptions = {}) =>

@@ -91,6 +91,7 @@ export function JobsMenu() {
                             {job.over && job.own && job.answer && !awaited.has(job.id) && (
                                 <button onClick={() => void showAnswer(job)}>{t("generic.show")}</button>
                             )}
+                            {job.file && job.own && <a href={`/api/v1/jobs/file?id=${job.id}`}>{t("job.file")}</a>}
                             {job.reported && <a href={`/api/v1/jobs/report?id=${job.id}`}>{t("import.report")}</a>}
                             {job.failed > 0 && (
                                 <a href={`/api/v1/jobs/report?failed=1&id=${job.id}`}>{t("import.failedrows")}</a>
