@@ -145,16 +145,22 @@ std::string TextOf(const WebArguments& given, const std::vector<Offered>& offere
     return options + (hasDash ? " --" : "") + positionals;
 }
 
-} // namespace
-
-WebArguments::WebArguments(const Command& command, const JsonValue* given, const SessionResults& results)
-    : m_text(PathText(command))
+/// The parameter that takes several users, or users and groups; empty: none.
+std::string NameOfMany(const Command& command)
 {
     for (const ParamInfo& param : command.params()) {
         if (param.isList && param.isPositional && (param.kind == Kind::user || param.kind == Kind::holder)) {
-            m_many = param.name;
+            return std::string(param.name);
         }
     }
+    return {};
+}
+
+} // namespace
+
+WebArguments::WebArguments(const Command& command, const JsonValue* given, const SessionResults& results)
+    : m_many(NameOfMany(command)), m_text(PathText(command))
+{
     static const JsonValue none;
     const JsonValue& values = given == nullptr ? none : *given;
     if (given != nullptr && given->type != JsonValue::Type::object) {

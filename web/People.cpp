@@ -275,7 +275,8 @@ std::vector<People::Index> People::WithWords(const std::vector<std::string>& wor
         const auto next = std::ranges::upper_bound(m_begins, at);
         const auto person = static_cast<Index>(next - m_begins.begin() - 1);
         const std::string_view texts = Folded(person);
-        if (std::ranges::all_of(words, [texts](const std::string& word) { return texts.find(word) != texts.npos; })) {
+        if (std::ranges::all_of(words,
+                                [texts](const std::string& word) { return texts.find(word) != std::string::npos; })) {
             found.push_back(person);
         }
         at = FindPart(m_folded, rare, *next);
