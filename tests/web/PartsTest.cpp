@@ -92,6 +92,17 @@ TEST(PasswordRulesTest, NamesOfTheOwnerAndWordsAreRefused)
     }
 }
 
+TEST(TextSearchTest, FindsAPartWhereverItIs)
+{
+    for (std::size_t at = 0; at < 200; ++at) {
+        std::string text(210, 'x');
+        text.replace(at, 3, "abc");
+        EXPECT_EQ(FindPart(text, "abc", 0), at);
+        EXPECT_EQ(FindPart(text, "abc", at), at);
+        EXPECT_EQ(FindPart(text, "abc", at + 1), std::string::npos);
+    }
+}
+
 TEST(TextSearchTest, FindsWhatTheLibraryFinds)
 {
     std::string text;
