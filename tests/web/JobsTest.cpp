@@ -46,30 +46,6 @@ protected:
         EXPECT_EQ(answer.status, 200) << answer.body;
         return json::parse(answer.body).at("job");
     }
-    static json Stand(HttpClient& client, const json& job)
-    {
-        const json all = Got(client, "/jobs");
-        for (const json& one : all.at("jobs")) {
-            if (one.at("id") == job.at("id")) {
-                return one;
-            }
-        }
-        return {};
-    }
-    static json Over(HttpClient& client, const json& job)
-    {
-        json stand = Stand(client, job);
-        for (int i = 0; i < 600 && !stand.at("over").get<bool>(); ++i) {
-            std::this_thread::sleep_for(100ms);
-            stand = Stand(client, job);
-        }
-        return stand;
-    }
-    static HttpAnswer AnswerOf(HttpClient& client, const json& job)
-    {
-        Over(client, job);
-        return client.Post("/api/v1/jobs/answer", json{{"id", job.at("id")}}.dump());
-    }
     static std::string Report(HttpClient& client, const json& job, const std::string& more = "")
     {
         return client.Get("/api/v1/jobs/report?id=" + job.at("id").dump() + more).body;
@@ -95,7 +71,7 @@ TEST_F(JobsTest, EveryCommandThatRunsLongIsAJob)
         ASSERT_EQ(answer.status, 200) << PathOf(command) << answer.body;
         const json job = json::parse(answer.body).at("job");
         EXPECT_EQ(job.at("what"), web::PathText(command));
-        EXPECT_EQ(AnswerOf(client, job).status, 200) << PathOf(command);
+        EXPECT_EQ(JobAnswer(client, job).status, 200) << PathOf(command);
         run.insert(PathOf(command));
     }
     EXPECT_TRUE(run.contains("message/purge"));
@@ -108,11 +84,11 @@ TEST_F(JobsTest, ManyAreChangedInPartsThatAreUndoneTogether)
     HttpClient client = SignedWithClerks();
     const int entries = Count("qv_AuditEntry");
     const json job = Begun(client, "user/lock", {{"parameters", {{"USER", Clerks(client)}}}});
-    const json stand = Over(client, job);
+    const json stand = JobOver(client, job);
     EXPECT_EQ(stand.at("done"), kClerks);
     EXPECT_EQ(stand.at("total"), kClerks);
     EXPECT_EQ(stand.at("failed"), 0);
-    const json answer = json::parse(AnswerOf(client, job).body);
+    const json answer = json::parse(JobAnswer(client, job).body);
     EXPECT_EQ(answer.at("outcomes").size(), kClerks);
     EXPECT_EQ(Count("qv_User WHERE Col_Disabled <> 0"), kClerks);
     EXPECT_EQ(Count("qv_AuditEntry"), entries + 3);
@@ -121,7 +97,7 @@ TEST_F(JobsTest, ManyAreChangedInPartsThatAreUndoneTogether)
     EXPECT_EQ(std::ranges::count(report, '\n'), kClerks + 1);
     EXPECT_THAT(report, StartsWith("type,id,name,outcome,message\nuser,"));
     // An answer is given once: it may hold passwords.
-    EXPECT_EQ(AnswerOf(client, job).status, 409);
+    EXPECT_EQ(JobAnswer(client, job).status, 409);
 
     const json ids = {{"parameters", {{"ID", json::array({answer.at("entry")})}}}};
     json plan = json::parse(Ask(client, "audit/undo", ids).body);
@@ -138,8 +114,8 @@ TEST_F(JobsTest, WhoCannotBeChangedIsReportedAndLeftOut)
     management::Execute(m_conn, "INSERT INTO qv_User (Col_LoginName, Col_Name) VALUES ('clerk300', 'Clerk the other')");
     const json job =
         Begun(client, "user/password/set", {{"parameters", {{"USER", Clerks(client)}, {"generate", true}}}});
-    EXPECT_EQ(Over(client, job).at("failed"), 2);
-    const json answer = json::parse(AnswerOf(client, job).body);
+    EXPECT_EQ(JobOver(client, job).at("failed"), 2);
+    const json answer = json::parse(JobAnswer(client, job).body);
     EXPECT_EQ(answer.at("passwords").size(), kClerks - 1);
     EXPECT_EQ(Count("qv_User WHERE Col_PWord <> ''"), kClerks - 1 + 1);
     const std::string failed = Report(client, job, "&failed=1");
@@ -151,7 +127,7 @@ TEST_F(JobsTest, RemovalIsAskedForOnceAndDoneOnlyAsAgreed)
 {
     HttpClient client = SignedWithClerks();
     json body = {{"parameters", {{"USER", Clerks(client)}}}};
-    const json refused = json::parse(AnswerOf(client, Begun(client, "user/delete", body)).body);
+    const json refused = json::parse(JobAnswer(client, Begun(client, "user/delete", body)).body);
     EXPECT_EQ(refused.at("code"), "confirmation_required");
     EXPECT_EQ(refused.at("plan").at("removed"), kClerks);
     EXPECT_EQ(Count("qv_User"), kClerks + 1);
@@ -160,13 +136,13 @@ TEST_F(JobsTest, RemovalIsAskedForOnceAndDoneOnlyAsAgreed)
     Run(client, "view/create", {{"NAME", "Company"}});
     Run(client, "group/create", {{"PATH", "/Company/Sales"}});
     Run(client, "member/add", {{"GROUP", "/Company/Sales"}, {"USER", json::array({"clerk440"})}});
-    EXPECT_EQ(json::parse(AnswerOf(client, Begun(client, "user/delete", body)).body).at("code"), "plan_changed");
+    EXPECT_EQ(json::parse(JobAnswer(client, Begun(client, "user/delete", body)).body).at("code"), "plan_changed");
     EXPECT_EQ(Count("qv_User"), kClerks + 1);
 
-    const json again = json::parse(AnswerOf(client, Begun(client, "user/delete", body)).body);
+    const json again = json::parse(JobAnswer(client, Begun(client, "user/delete", body)).body);
     body["confirm"] = again.at("plan").at("digest");
     const json job = Begun(client, "user/delete", body);
-    EXPECT_EQ(AnswerOf(client, job).status, 200);
+    EXPECT_EQ(JobAnswer(client, job).status, 200);
     EXPECT_EQ(Count("qv_User"), 1);
 }
 
@@ -179,9 +155,9 @@ TEST_F(JobsTest, PasswordsThatAreMadeUpAreForWhoAskedForThem)
     Run(client, "user/password/set", {{"USER", "amy"}, {"password", kPassword}});
     HttpClient other = Client();
     ASSERT_EQ(SignIn(other, "amy").status, 200);
-    EXPECT_EQ(Over(other, job).at("own"), false);
+    EXPECT_EQ(JobOver(other, job).at("own"), false);
     EXPECT_EQ(other.Post("/api/v1/jobs/answer", json{{"id", job.at("id")}}.dump()).status, 403);
-    const json answer = json::parse(AnswerOf(client, job).body);
+    const json answer = json::parse(JobAnswer(client, job).body);
     ASSERT_EQ(answer.at("passwords").size(), kClerks);
     EXPECT_THAT(Report(client, job), Not(HasSubstr(answer.at("passwords").at(0).at("password").get<std::string>())));
     Run(client, "user/password/check",
@@ -199,9 +175,9 @@ TEST_F(JobsTest, AreSeenByAllAndStoppedByTheirOwnerAndByAdministrators)
     ASSERT_EQ(SignIn(helper, "helper").status, 200);
     const json job = Begun(client, "user/lock", {{"parameters", {{"USER", Clerks(client)}}}});
     EXPECT_EQ(helper.Post("/api/v1/jobs/stop", json{{"id", job.at("id")}}.dump()).status, 404);
-    EXPECT_EQ(Stand(helper, job).at("what"), "user lock");
+    EXPECT_EQ(JobNow(helper, job).at("what"), "user lock");
     EXPECT_EQ(helper.Get("/api/v1/jobs/report?id=" + job.at("id").dump()).status, 404);
-    Over(client, job);
+    JobOver(client, job);
     EXPECT_EQ(Ask(helper, "db/check", json::object()).status, 403);
     EXPECT_EQ(Got(helper, "/jobs").at("jobs").at(0).at("login"), "Admin");
 }
@@ -216,7 +192,7 @@ TEST_F(JobsTest, TheHelpDeskChangesNoSuperUserInAPart)
     HttpClient helper = Client();
     ASSERT_EQ(SignIn(helper, "helper").status, 200);
     const json job = Begun(helper, "user/lock", {{"parameters", {{"USER", Clerks(helper)}}}});
-    EXPECT_EQ(CodeOf(AnswerOf(helper, job)), "not_allowed");
+    EXPECT_EQ(CodeOf(JobAnswer(helper, job)), "not_allowed");
     EXPECT_EQ(Count("qv_User WHERE Col_Disabled <> 0"), 0);
 }
 
@@ -227,10 +203,10 @@ TEST_F(JobsTest, APurgeSaysHowFarItIs)
                         "INSERT INTO kel_Msg (Col_SendDate) WITH RECURSIVE n(n) AS (SELECT 1 UNION ALL SELECT n + "
                         "1 FROM n WHERE n < 500) SELECT '2010-01-01 00:00:00' FROM n");
     json body = {{"parameters", {{"before", "2020-01-01"}, {"batch", 100}}}};
-    const json refused = json::parse(AnswerOf(client, Begun(client, "message/purge", body)).body);
+    const json refused = json::parse(JobAnswer(client, Begun(client, "message/purge", body)).body);
     body["confirm"] = refused.at("plan").at("digest");
     const json job = Begun(client, "message/purge", body);
-    const json stand = Over(client, job);
+    const json stand = JobOver(client, job);
     EXPECT_EQ(stand.at("done"), 500);
     EXPECT_EQ(stand.at("total"), 500);
     EXPECT_EQ(Count("kel_Msg"), 0);
@@ -257,7 +233,7 @@ TEST_F(JobsTest, AnExportIsAFileOfWhoBeganItWithoutPasswords)
         const HttpAnswer begun = client.Post("/api/v1/exports", body.dump());
         ASSERT_EQ(begun.status, 200) << begun.body;
         const json job = json::parse(begun.body).at("job");
-        EXPECT_EQ(Over(client, job).at("file"), true) << format;
+        EXPECT_EQ(JobOver(client, job).at("file"), true) << format;
         const std::string path = "/api/v1/jobs/file?id=" + job.at("id").dump();
         const HttpAnswer file = client.Get(path);
         EXPECT_THAT(file.body, StartsWith(beginning));
