@@ -76,7 +76,7 @@ void InsertMessages(ByHand& db, int count)
 
 } // namespace
 
-void MakeDirectory(const std::string& path, int users, int messages)
+void MakeDirectory(const std::string& path, int users, const std::function<void(ByHand&)>& insertOthers)
 {
     {
         CAConnect conn;
@@ -89,10 +89,17 @@ void MakeDirectory(const std::string& path, int users, int messages)
     db.Run("PRAGMA cache_size=-600000");
     db.Run("BEGIN");
     InsertUsers(db, users);
-    Tree(users).Insert(db);
-    InsertMessages(db, messages);
+    insertOthers(db);
     db.Run("COMMIT");
     db.Run("PRAGMA journal_mode=WAL");
+}
+
+void MakeDirectory(const std::string& path, int users, int messages)
+{
+    MakeDirectory(path, users, [users, messages](ByHand& db) {
+        Tree(users).Insert(db);
+        InsertMessages(db, messages);
+    });
 }
 
 std::vector<std::string> SomeLoginNames(const std::string& path, int every)

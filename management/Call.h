@@ -96,6 +96,8 @@ public:
     void StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) const;
     /// Hands the outcomes over that were kept.
     void DeliverOutcomes();
+    /// Drops them, for the change that they tell of was undone.
+    void DropOutcomes() { m_outcomes.clear(); }
     /// Says which entries of the record the change undoes, with blanks between their ids.
     void SetUndoes(std::string ids) { m_undoes = std::move(ids); }
     /// Has the change recorded even where no row of the directory changes.

@@ -8,6 +8,7 @@
 #include "management/passwords/Passwords.h"
 #include "management/users/Users.h"
 #include "management/webconsole/ConsoleAccounts.h"
+#include "web/PasswordRules.h"
 #include "web/Tokens.h"
 #include "web/Totp.h"
 
@@ -24,7 +25,6 @@ using namespace management;
 namespace {
 
 constexpr const char* kAdmin = "Admin";
-constexpr std::size_t kShortestPassword = 12;
 
 /// What tells whether a user may use the console, as it is stored.
 struct StoredAccount {
@@ -245,8 +245,9 @@ bool NeedsSetup(CAConnect& conn)
 
 void SetUp(CAConnect& conn, const Secret& password)
 {
-    if (password.View().size() < kShortestPassword) {
-        throw Error(ErrorCode::invalid, fmt::format("the password needs at least {} characters", kShortestPassword));
+    const PasswordOwner owners[] = {{std::string(kAdmin), "", "", true}};
+    if (const std::optional<Problem> weakness = FindWeakness(password.View(), owners)) {
+        throw Error(ErrorCode::invalid, weakness->detail);
     }
     Transaction transaction(conn);
     std::optional<audit::Recorder> recorder;

@@ -2,6 +2,7 @@
 
 #include "management/JsonWriter.h"
 #include "web/CommandRequest.h"
+#include "web/JobControl.h"
 #include "web/Problem.h"
 
 #include <optional>
@@ -37,6 +38,11 @@ struct Written {
 /// Runs a command and says what became of it. To be called on one thread at a time.
 /// @return 200 with the result, or a problem.
 Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller& caller, Written& written);
+
+/// The same as a job: what runs long by the table of commands tells how far it is, and can be stopped; any other
+/// command on many people is carried out in parts, each in a transaction. A part that asks does so only once, for all
+/// of them. Where a part that does not ask cannot be carried out, its people are tried one after the other.
+Response RunCommandAsJob(CAConnect& conn, const CommandRequest& request, const Caller& caller, JobControl& control);
 
 /// The latest entry of the record; 0: none. @throws management::Error.
 int LatestEntry(CAConnect& conn);

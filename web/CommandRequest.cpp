@@ -90,7 +90,7 @@ Condition ReadCondition(const JsonValue& value, const SessionResults& results)
 bool HasRoute(const Command& command)
 {
     const bool showsSecret = command.effect == Effect::read && command.risk == Risk::stepUp;
-    return command.run != nullptr && command.duration != Duration::longRunning && !showsSecret;
+    return command.run != nullptr && !showsSecret;
 }
 
 bool IsOffered(const ParamInfo& param) { return param.kind != Kind::file; }
@@ -145,10 +145,21 @@ std::string TextOf(const WebArguments& given, const std::vector<Offered>& offere
     return options + (hasDash ? " --" : "") + positionals;
 }
 
+/// The parameter that takes several users, or users and groups; empty: none.
+std::string NameOfMany(const Command& command)
+{
+    for (const ParamInfo& param : command.params()) {
+        if (param.isList && param.isPositional && (param.kind == Kind::user || param.kind == Kind::holder)) {
+            return std::string(param.name);
+        }
+    }
+    return {};
+}
+
 } // namespace
 
 WebArguments::WebArguments(const Command& command, const JsonValue* given, const SessionResults& results)
-    : m_text(PathText(command))
+    : m_many(NameOfMany(command)), m_text(PathText(command))
 {
     static const JsonValue none;
     const JsonValue& values = given == nullptr ? none : *given;
@@ -174,6 +185,24 @@ WebArguments::WebArguments(const Command& command, const JsonValue* given, const
     }
     RefuseExcluded(*this, offered);
     m_text = Shortened(m_text + TextOf(*this, offered));
+}
+
+WebArguments::WebArguments(const Command& command, const WebArguments& whole, std::vector<std::string> some)
+    : m_many(whole.m_many), m_values(whole.m_values), m_text(PathText(command))
+{
+    for (const auto& [name, secret] : whole.m_secrets) {
+        m_secrets.emplace(name, Secret(secret.View()));
+    }
+    m_values[m_many] = std::move(some);
+    m_text = Shortened(m_text + TextOf(*this, OfferedBy(command)));
+}
+
+std::vector<std::string> WebArguments::Many() const
+{
+    std::vector<std::string> many = ValuesOf(m_many);
+    std::unordered_set<std::string> seen;
+    std::erase_if(many, [&seen](const std::string& one) { return !seen.insert(one).second; });
+    return many;
 }
 
 void WebArguments::Take(const std::string& name, Kind kind, bool isList, const JsonValue& value)
@@ -223,9 +252,9 @@ void WebArguments::TakeResult(const std::string& name, Kind kind, const JsonValu
             users.push_back(prefix + text);
         }
     }
-    if (users.size() > kMostFromResult) {
-        Refuse(fmt::format("these are {} people; more than {} at once are for qvadmin in a shell", users.size(),
-                           kMostFromResult));
+    if (users.size() > results.most) {
+        Refuse(fmt::format("these are {} people; more than {} at once are for a job, or for qvadmin in a shell",
+                           users.size(), results.most));
     }
 }
 
@@ -248,17 +277,18 @@ CommandRequest::CommandRequest(const Command& wanted, const std::string& body, c
     : command(wanted)
 {
     const JsonValue request = ReadJsonObject(body);
-    RequireKnown(request, {"parameters", "dry_run", "reason", "confirm", "if_unchanged"});
-    if (const JsonValue* flag = request.Find("dry_run")) {
-        if (flag->type != JsonValue::Type::boolean) {
-            Refuse("dry_run is neither true nor false");
-        }
-        dryRun = flag->text == "1";
-    }
+    RequireKnown(request, {"parameters", "dry_run", "reason", "confirm", "if_unchanged", "job"});
+    dryRun = MemberFlag(request, "dry_run");
+    isAskedAsJob = MemberFlag(request, "job");
     reason = MemberText(request, "reason");
     confirmed = MemberText(request, "confirm");
-    arguments.emplace(wanted, request.Find("parameters"), results);
+    SessionResults lists = results;
+    lists.most = IsJob() ? kMostFromResultAsJob : results.most;
+    arguments.emplace(wanted, request.Find("parameters"), lists);
     if (const JsonValue* value = request.Find("if_unchanged")) {
+        if (IsJob()) {
+            Refuse("if_unchanged is not for what is done as a job");
+        }
         condition.emplace(ReadCondition(*value, results));
     }
 }

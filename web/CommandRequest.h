@@ -11,7 +11,7 @@
 
 namespace web {
 
-/// Whether a command of the table can be run over HTTP: one that runs long or shows a stored secret cannot.
+/// Whether a command of the table can be run over HTTP: one that shows a stored secret cannot.
 bool HasRoute(const management::Command& command);
 /// Whether a parameter can be given over HTTP: one that names a file cannot.
 bool IsOffered(const management::ParamInfo& param);
@@ -20,13 +20,15 @@ const management::Command* FindCommand(std::string_view path);
 /// "user password set".
 std::string PathText(const management::Command& command);
 
+/// How many people a command takes from a list at most, at once and as a job.
+inline constexpr std::size_t kMostFromResult = 10000;
+inline constexpr std::size_t kMostFromResultAsJob = 1000000;
 /// The lists of people that a session has asked for.
 struct SessionResults {
     Results& results;
     std::string session;
+    std::size_t most = kMostFromResult;
 };
-/// How many people a command takes from a list at most.
-inline constexpr std::size_t kMostFromResult = 10000;
 
 /// What a request gives a command: values of its parameters, checked against what they may be.
 class WebArguments final : public management::ArgumentSource {
@@ -37,8 +39,12 @@ public:
     /// these.
     /// @param results  where the lists of a session are.
     WebArguments(const management::Command& command, const JsonValue* given, const SessionResults& results);
+    /// The same for some of the users, or users and groups, that it has.
+    WebArguments(const management::Command& command, const WebArguments& whole, std::vector<std::string> some);
 
     [[nodiscard]] std::vector<std::string> ValuesOf(std::string_view name) const override;
+    /// The users, or users and groups, of a command that takes several, each once; none for any other command.
+    [[nodiscard]] std::vector<std::string> Many() const;
     /// The value of a secret parameter; null where it was not given.
     [[nodiscard]] const management::Secret* FindSecret(std::string_view name) const;
     /// The command as it may be typed in a shell, without secrets.
@@ -49,6 +55,7 @@ private:
     void TakeResult(const std::string& name, management::Kind kind, const JsonValue& value,
                     const SessionResults& results);
 
+    std::string m_many; ///< the name of the parameter that takes several users, or users and groups; empty: none
     std::map<std::string, std::vector<std::string>, std::less<>> m_values;
     std::map<std::string, management::Secret, std::less<>> m_secrets;
     std::string m_text;
@@ -67,7 +74,11 @@ struct CommandRequest {
     /// @param results  outlives this.
     CommandRequest(const management::Command& wanted, const std::string& body, const SessionResults& results);
 
+    /// Whether it is to be done as a job: what runs long by the table, and what was asked for so.
+    [[nodiscard]] bool IsJob() const { return isAskedAsJob || command.duration == management::Duration::longRunning; }
+
     const management::Command& command;
+    bool isAskedAsJob = false;
     bool dryRun = false;
     std::string reason;
     std::string confirmed; ///< digest of the plan that somebody has agreed to; empty: none

@@ -7,6 +7,7 @@
 #include "management/Text.h"
 #include "management/check/Check.h"
 #include "platform/CodePage.h"
+#include "web/TextSearch.h"
 
 #include <fmt/format.h>
 
@@ -117,12 +118,15 @@ void People::LoadPeople(CAConnect& conn)
                                   : a.second.id < b.second.id;
     });
     m_people.reserve(read.size());
-    m_folded.reserve(read.size());
+    m_begins.reserve(read.size() + 1);
+    m_begins.push_back(0);
     for (auto& [key, person] : read) {
         m_byId[person.id] = static_cast<Index>(m_people.size());
-        m_folded.push_back(FoldedTexts(person));
+        m_folded += FoldedTexts(person);
+        m_begins.push_back(m_folded.size());
         m_people.push_back(std::move(person));
     }
+    m_folded.shrink_to_fit();
     m_countedBy.resize(m_people.size());
     LoadPasswords(conn, "");
 }
@@ -156,7 +160,7 @@ bool People::Refresh(CAConnect& conn, const std::vector<int>& ids)
         if (isEnough) {
             Person& present = m_people[known->second];
             person.Set(Trait::noGroup, present.Is(Trait::noGroup));
-            m_folded[known->second] = FoldedTexts(person);
+            ReplaceFolded(known->second, FoldedTexts(person));
             present = std::move(person);
         }
     });
@@ -246,11 +250,38 @@ std::size_t People::CountIn(ItemKey place)
     return m_counts[place] = count;
 }
 
-bool People::HasAll(Index person, const std::vector<std::string>& words) const
+void People::ReplaceFolded(Index person, const std::string& folded)
 {
-    const std::string& texts = m_folded[person];
-    return std::ranges::all_of(words,
-                               [&texts](const std::string& word) { return texts.find(word) != std::string::npos; });
+    const std::size_t before = Folded(person).size();
+    m_folded.replace(m_begins[person], before, folded);
+    if (folded.size() != before) {
+        for (std::size_t next = std::size_t{person} + 1; next < m_begins.size(); ++next) {
+            m_begins[next] += folded.size() - before;
+        }
+    }
+}
+
+std::vector<People::Index> People::WithWords(const std::vector<std::string>& words) const
+{
+    std::vector<Index> found;
+    if (words.empty()) {
+        found.resize(m_people.size());
+        std::iota(found.begin(), found.end(), Index{0});
+        return found;
+    }
+    // The longest one is met least often.
+    const std::string& rare = *std::ranges::max_element(words, {}, &std::string::size);
+    for (std::size_t at = FindPart(m_folded, rare, 0); at != std::string::npos;) {
+        const auto next = std::ranges::upper_bound(m_begins, at);
+        const auto person = static_cast<Index>(next - m_begins.begin() - 1);
+        const std::string_view texts = Folded(person);
+        if (std::ranges::all_of(words,
+                                [texts](const std::string& word) { return texts.find(word) != std::string::npos; })) {
+            found.push_back(person);
+        }
+        at = FindPart(m_folded, rare, *next);
+    }
+    return found;
 }
 
 const std::vector<People::Index>& People::RanksBy(PeopleColumn column)
@@ -292,23 +323,21 @@ std::vector<int> People::Select(const PeopleQuery& query)
     const std::vector<bool> isIn = query.place ? MembersOf(*query.place, query.isDeep) : std::vector<bool>();
     const std::string login = query.text.starts_with(kByLogin) ? NameKey(query.text.substr(kByLogin.size())) : "";
     const std::optional<int> id = IdIn(query.text, "a user");
-    const auto isMeant = [&](Index person) {
-        if (id) {
-            return m_people[person].id == *id;
-        }
-        return login.empty() ? HasAll(person, words) : NameKey(m_people[person].texts.front()) == login;
-    };
     const std::vector<bool> isAmong = query.among != nullptr ? FlagsOf(*query.among) : std::vector<bool>();
     const auto fits = [&](Index person) {
         return (isIn.empty() || isIn[person]) && (isAmong.empty() || isAmong[person]) &&
                (m_people[person].traits & query.traits) == query.traits;
     };
     std::vector<Index> found;
-    for (Index person = 0; person < m_people.size(); ++person) {
-        if (fits(person) && isMeant(person)) {
-            found.push_back(person);
-        }
+    if (id) {
+        const auto person = m_byId.find(*id);
+        found = person == m_byId.end() ? std::vector<Index>() : std::vector<Index>{person->second};
+    } else {
+        found = WithWords(login.empty() ? words : std::vector<std::string>());
     }
+    std::erase_if(found, [&](Index person) {
+        return !fits(person) || (!login.empty() && Folded(person, PeopleColumn::login) != login);
+    });
     Arrange(found, query);
     std::vector<int> ids;
     ids.reserve(found.size());
@@ -318,7 +347,7 @@ std::vector<int> People::Select(const PeopleQuery& query)
 
 std::string_view People::Folded(Index person, PeopleColumn column) const
 {
-    std::string_view texts = m_folded[person];
+    std::string_view texts = Folded(person);
     for (auto before = static_cast<std::size_t>(column); before > 0; --before) {
         texts.remove_prefix(texts.find(kBetween) + 1);
     }

@@ -107,6 +107,14 @@ private:
     /// By the names in capitals.
     [[nodiscard]] MeantByName MeantBy(const std::vector<std::string>& names) const;
     [[nodiscard]] std::vector<Index> PeopleNamed(const std::string& name, const MeantByName& meant) const;
+    /// All texts of somebody in capitals.
+    [[nodiscard]] std::string_view Folded(Index person) const
+    {
+        return std::string_view(m_folded).substr(m_begins[person], m_begins[person + 1] - m_begins[person]);
+    }
+    void ReplaceFolded(Index person, const std::string& folded);
+    /// Whom words mean that must all occur.
+    [[nodiscard]] std::vector<Index> WithWords(const std::vector<std::string>& words) const;
     /// The text of a column in capitals.
     [[nodiscard]] std::string_view Folded(Index person, PeopleColumn column) const;
     [[nodiscard]] std::vector<management::ItemKey> WithBelow(management::ItemKey place) const;
@@ -114,13 +122,13 @@ private:
     [[nodiscard]] std::vector<bool> FlagsOf(const std::vector<int>& ids) const;
     /// The same.
     [[nodiscard]] std::vector<bool> MembersOf(management::ItemKey place, bool isDeep) const;
-    [[nodiscard]] bool HasAll(Index person, const std::vector<std::string>& words) const;
     const std::vector<Index>& RanksBy(PeopleColumn column);
 
     management::Organisation m_organisation;
     std::vector<Person> m_people; ///< by login name
     std::unordered_map<int, Index> m_byId;
-    std::vector<std::string> m_folded; ///< the texts of each in capitals
+    std::string m_folded;              ///< the texts of all in capitals, one after the other, for fast searches
+    std::vector<std::size_t> m_begins; ///< of each in it, and its end
     std::map<management::ItemKey, std::vector<Index>> m_members;
     std::map<management::ItemKey, std::size_t> m_counts;
     std::vector<Index> m_countedBy; ///< the last count that has met somebody

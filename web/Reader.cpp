@@ -13,6 +13,7 @@
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <ctime>
@@ -194,6 +195,8 @@ void Reader::Load()
     // Changes made while it reads are not surely in it.
     const std::uint64_t changes = m_changes;
     m_people.emplace(Connection());
+    // What it was read by is much, and is given back to the system.
+    ::malloc_trim(0);
     m_seen = changes;
     m_read = Clock::now();
     m_asOf = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));

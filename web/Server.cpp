@@ -8,7 +8,9 @@
 #include "web/Accounts.h"
 #include "web/CommandAnswer.h"
 #include "web/Events.h"
+#include "web/Exports.h"
 #include "web/Imports.h"
+#include "web/Jobs.h"
 #include "web/JsonReader.h"
 #include "web/JsonResponse.h"
 #include "web/Origins.h"
@@ -23,6 +25,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <deque>
 #include <latch>
 #include <mutex>
 #include <optional>
@@ -280,6 +283,12 @@ private:
             {"POST", "/imports/stop", &Site::StopImport},
             {"GET", "/imports/report", &Site::ShowImportReport, Level::readOnly},
             {"POST", "/imports", &Site::BeginImport},
+            {"GET", "/jobs", &Site::ListJobs, Level::readOnly},
+            {"POST", "/jobs/stop", &Site::StopJob, Level::readOnly},
+            {"POST", "/jobs/answer", &Site::TakeJobAnswer, Level::readOnly},
+            {"GET", "/jobs/file", &Site::ShowJobFile, Level::readOnly},
+            {"POST", "/exports", &Site::BeginExport},
+            {"GET", "/jobs/report", &Site::ShowJobReport, Level::readOnly},
             {"GET", "/imports", &Site::ListImports, Level::readOnly},
         };
         if (!visit.request.path.starts_with(kApi)) {
@@ -494,8 +503,8 @@ private:
         if (command == nullptr) {
             visit.responder.Send(ResponseOf(
                 {404, "no_route",
-                 fmt::format("{} cannot be run here; commands that run long, show secrets or work on files are for "
-                             "qvadmin in a shell",
+                 fmt::format("{} cannot be run here; commands that show secrets or work on files are for qvadmin in a "
+                             "shell",
                              Quoted(path))}));
             return;
         }
@@ -539,7 +548,7 @@ private:
             }
             const std::shared_ptr<ImportJob> job =
                 m_imports.Begin(asked.session->id, asked.session->account.login, body);
-            m_commands.Post([this, job, address = asked.request.address] { RunImport(*job, address); });
+            PostJob([this, job, address = asked.request.address] { RunImport(*job, address); });
             return JsonResponse([&](JsonWriter& json) { job->Write(json, false); });
         });
     }
@@ -566,6 +575,180 @@ private:
         }
     }
 
+    // ---- Jobs -------------------------------------------------------------------------------------------------------
+
+    /// Has something that runs long done on the commands' thread, one after the other: while one lets other commands
+    /// have their turn, the next one waits.
+    void PostJob(Worker::Task task)
+    {
+        m_commands.Post([this, task = std::move(task)] {
+            m_waitingJobs.push_back(task);
+            if (std::exchange(m_isInJob, true)) {
+                return;
+            }
+            while (!m_waitingJobs.empty()) {
+                const Worker::Task next = std::move(m_waitingJobs.front());
+                m_waitingJobs.pop_front();
+                next();
+            }
+            m_isInJob = false;
+        });
+    }
+
+    /// On the commands' thread.
+    Response BeginJob(std::shared_ptr<CommandRequest> asked, const Visit& visit, const Caller& caller)
+    {
+        const Session& session = *visit.session;
+        const std::string what = PathText(asked->command);
+        const auto work = [asked, caller](CAConnect& conn, JobControl& control) {
+            return RunCommandAsJob(conn, *asked, caller, control);
+        };
+        return Post({what, session.account.login, work}, visit.request.address, asked->arguments->Text());
+    }
+
+    void BeginExport(Visit visit)
+    {
+        InCommands(std::move(visit), [this](CAConnect& /*conn*/, const Visit& asked) {
+            const ExportOrder order(ReadMembers(asked.request.body, {"format", "in", "base"}));
+            const std::string& login = asked.session->account.login;
+            const std::string text = fmt::format("export --format {}", order.format);
+            Log("export", login, asked.request.address, text);
+            const auto work = [order](CAConnect& conn, JobControl& control) { return Export(conn, order, control); };
+            return Post({"export", login, work}, asked.request.address, text);
+        });
+    }
+
+    /// @param text  of the log.
+    Response Post(Job::Order order, const std::string& address, const std::string& text)
+    {
+        const std::shared_ptr<Job> job = m_jobs.Add(std::move(order));
+        PostJob([this, job, address, text] { RunJob(*job, address, text); });
+        return JsonResponse([&](JsonWriter& json) {
+            json.WriteName("job");
+            json.BeginObject();
+            job->Write(json);
+            json.End();
+        });
+    }
+
+    void RunJob(Job& job, const std::string& address, const std::string& text)
+    {
+        bool isChange = false;
+        const auto written = [&](const Written& what) {
+            isChange = isChange || what.isAnything;
+            NoteWritten(what);
+        };
+        const auto between = [this] {
+            m_events.NoteProgress();
+            m_commands.RunWaiting();
+        };
+        const Response opened = Guarded([&] {
+            const std::shared_ptr<CAConnect> conn = m_open();
+            m_events.NoteProgress();
+            job.Run(*conn, {between, written, [this] { return m_commands.IsEnding(); }});
+            return Response();
+        });
+        if (opened.status != Response().status) {
+            job.Fail(opened);
+        }
+        m_events.NoteProgress();
+        if (isChange) {
+            Log("change", job.Login(), address, text);
+        }
+    }
+
+    void ListJobs(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            return JsonResponse([&](JsonWriter& json) {
+                json.WriteName("jobs");
+                json.BeginArray();
+                for (const std::shared_ptr<Job>& job : m_jobs.All()) {
+                    json.BeginObject();
+                    job->Write(json);
+                    json.WriteMember("own", job->Login() == asked.session->account.login);
+                    json.End();
+                }
+                json.End();
+            });
+        });
+    }
+
+    void StopJob(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            JobOf(IdIn(asked), asked)->Stop();
+            return JsonResponse([](JsonWriter& /*json*/) {});
+        });
+    }
+
+    /// What the job has come to, for who has begun it.
+    void TakeJobAnswer(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const std::shared_ptr<Job> job = JobOf(IdIn(asked), asked);
+            if (job->Login() != asked.session->account.login) {
+                return ResponseOf({403, kNotAllowed, "somebody else has begun this job, and gets its answer"});
+            }
+            std::optional<Response> answer = job->TakeAnswer();
+            if (!answer) {
+                throw Error(ErrorCode::conflict,
+                            job->IsOver() ? "the answer of this job was given already" : "this job is not over yet");
+            }
+            return std::move(*answer);
+        });
+    }
+
+    /// What an export has come to, for who has begun it, as often as it is wanted.
+    void ShowJobFile(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const std::shared_ptr<Job> job = JobOf(asked.request.Parameter("id"), asked);
+            std::optional<Response> file = job->File();
+            if (!file || job->Login() != asked.session->account.login) {
+                throw Error(ErrorCode::notFound, "this job has no file for you");
+            }
+            return std::move(*file);
+        });
+    }
+
+    void ShowJobReport(Visit visit)
+    {
+        InLists(std::move(visit), [this](const Visit& asked) {
+            const std::shared_ptr<Job> job = JobOf(asked.request.Parameter("id"), asked);
+            const bool isFailed = asked.request.Parameter("failed") == "1";
+            return CsvResponse(job->Report(isFailed),
+                               fmt::format("job-{}-{}.csv", job->Id(), isFailed ? "failed" : "report"));
+        });
+    }
+
+    static Response CsvResponse(std::string text, const std::string& name)
+    {
+        return {200,
+                "text/csv; charset=utf-8",
+                std::move(text),
+                {{"Content-Disposition", fmt::format("attachment; filename=\"{}\"", name)}}};
+    }
+
+    /// The member "id" of a body.
+    static std::string IdIn(const Visit& asked)
+    {
+        const JsonValue body = ReadMembers(asked.request.body, {"id"});
+        const JsonValue* id = body.Find("id");
+        return id == nullptr ? "" : id->text;
+    }
+
+    /// A job that somebody may see and stop: his own, and with the level full any. @throws Error (notFound).
+    [[nodiscard]] std::shared_ptr<Job> JobOf(const std::string& id, const Visit& asked) const
+    {
+        std::shared_ptr<Job> job = m_jobs.Find(static_cast<int>(binding::ReadNumber("id", id, {}, binding::kInt)));
+        const Account& account = asked.session->account;
+        if (!job || (job->Login() != account.login && account.level != Level::full)) {
+            throw Error(ErrorCode::notFound, fmt::format("there is no job {}", id));
+        }
+        return job;
+    }
+
     void ListImports(Visit visit)
     {
         InLists(std::move(visit), [this](const Visit& asked) {
@@ -589,9 +772,7 @@ private:
     void StopImport(Visit visit)
     {
         InLists(std::move(visit), [this](const Visit& asked) {
-            const JsonValue body = ReadMembers(asked.request.body, {"id"});
-            const JsonValue* id = body.Find("id");
-            ImportOf(id == nullptr ? "" : id->text)->Stop();
+            ImportOf(IdIn(asked))->Stop();
             return JsonResponse([](JsonWriter& /*json*/) {});
         });
     }
@@ -601,11 +782,8 @@ private:
         InLists(std::move(visit), [this](const Visit& asked) {
             const std::shared_ptr<ImportJob> job = ImportOf(asked.request.Parameter("id"));
             const bool isFailed = asked.request.Parameter("failed") == "1";
-            return Response{200,
-                            "text/csv; charset=utf-8",
-                            isFailed ? job->Failed() : job->Report(),
-                            {{"Content-Disposition", fmt::format("attachment; filename=\"import-{}-{}.csv\"", job->Id(),
-                                                                 isFailed ? "failed" : "report")}}};
+            return CsvResponse(isFailed ? job->Failed() : job->Report(),
+                               fmt::format("import-{}-{}.csv", job->Id(), isFailed ? "failed" : "report"));
         });
     }
 
@@ -926,27 +1104,39 @@ private:
         const Session& session = *visit.session;
         const bool hasConfirmed = m_sessions.IsConfirmed(session, Clock::now());
         const SessionResults results{m_results, session.id};
-        const CommandRequest asked(command, visit.request.body, results);
+        const auto request = std::make_shared<CommandRequest>(command, visit.request.body, results);
+        const CommandRequest& asked = *request;
         if (command.risk == Risk::stepUp && !hasConfirmed) {
             return ResponseOf(PasswordRequired());
         }
+        const Caller caller{session.account.login, hasConfirmed, session.account.level};
+        if (asked.IsJob()) {
+            return BeginJob(request, visit, caller);
+        }
         Written written;
-        Response response =
-            RunCommand(conn, asked, {session.account.login, hasConfirmed, session.account.level}, written);
+        Response response = RunCommand(conn, asked, caller, written);
+        NoteWritten(written);
+        if (written.isAnything) {
+            Log("change", session.account.login, visit.request.address, asked.arguments->Text());
+        }
+        return response;
+    }
+
+    /// Has lists and trees show what was written, and browsers told.
+    void NoteWritten(const Written& written)
+    {
         if (written.isMore) {
             m_reader.NoteChange();
         } else if (!written.users.empty()) {
             // Before anything that is asked once this is answered.
-            m_lists.Post([this, users = std::move(written.users)] { m_reader.NoteUsers(users); });
+            m_lists.Post([this, users = written.users] { m_reader.NoteUsers(users); });
         }
         if (written.isAnything) {
             if (!m_events.IsKnown(written.before)) {
                 m_reader.NoteChange();
             }
             m_events.NoteOwn(written.entry);
-            Log("change", session.account.login, visit.request.address, asked.arguments->Text());
         }
-        return response;
     }
 
     void Log(std::string_view event, const std::string& login, const std::string& address, const std::string& what)
@@ -981,6 +1171,9 @@ private:
     Throttle m_throttle;
     Results m_results;
     Imports m_imports;
+    Jobs m_jobs;
+    std::deque<Worker::Task> m_waitingJobs; ///< of the commands' thread, like the next one
+    bool m_isInJob = false;
     Events m_events;
     bool m_isLooking = false; ///< for changes of others; of the lists' thread
     Reader m_reader;

@@ -409,6 +409,7 @@ constexpr Command kCommands[] = {
      .summary = "whether the record is as it was written",
      .examples = "  qvadmin audit verify",
      .effect = Effect::read,
+     .duration = Duration::longRunning,
      .columns = kVerifyColumns,
      .run = &ReadSnapshot<&Verify>},
     {.path = {"audit", "prune"},

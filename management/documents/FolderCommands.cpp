@@ -88,6 +88,18 @@ constexpr Param<FolderToLink> kLinkParams[] = {
     {"PARENT", &FolderToLink::parent, Kind::folder, kPlaceHelp},
 };
 
+struct FolderToMove {
+    std::string folder;
+    std::string parent;
+    std::optional<std::string> from;
+};
+
+constexpr Param<FolderToMove> kMoveParams[] = {
+    {"FOLDER", &FolderToMove::folder, Kind::folder, kFolderHelp},
+    {"PARENT", &FolderToMove::parent, Kind::folder, kPlaceHelp},
+    {"from", &FolderToMove::from, Kind::folder, "the parent to leave, when it does not follow from the path"},
+};
+
 struct FolderToUnlink {
     std::string folder;
     std::optional<std::string> from;
@@ -290,11 +302,9 @@ Result SetStyle(Call& call, const FolderToStyle& in)
     return {};
 }
 
-Result Link(Call& call, const FolderToLink& in)
+/// Puts a folder in a further place.
+void AddPlace(const FolderTree& tree, Documents& documents, const Placement& place)
 {
-    const FolderTree tree(call.Connection());
-    Documents documents(call.Connection());
-    const Placement place{tree.FindPlace(in.parent), tree.FindFolder(in.folder)};
     const std::vector<DocKey> parents = tree.Keys(tree.Find(place.folder)->parents);
     if (std::ranges::find(parents, place.parent) != parents.end()) {
         throw Error(ErrorCode::conflict,
@@ -311,8 +321,33 @@ Result Link(Call& call, const FolderToLink& in)
     folder.creator.clear();
     RequireFreeName(tree, documents, place.parent, folder.name, std::nullopt);
     documents.AddLink(place, folder);
+}
+
+Result Link(Call& call, const FolderToLink& in)
+{
+    const FolderTree tree(call.Connection());
+    Documents documents(call.Connection());
+    const Placement place{tree.FindPlace(in.parent), tree.FindFolder(in.folder)};
+    AddPlace(tree, documents, place);
     call.Report(OutcomeOf(tree, place.folder, "linked",
                           fmt::format("{} is now under {} too", tree.Named(place.folder), tree.Named(place.parent))));
+    return {};
+}
+
+Result Move(Call& call, const FolderToMove& in)
+{
+    const FolderTree tree(call.Connection());
+    Documents documents(call.Connection());
+    const Placement to{tree.FindPlace(in.parent), tree.FindFolder(in.folder)};
+    const bool isSomewhere = !tree.Find(to.folder)->parents.empty();
+    const std::optional<Placement> from =
+        isSomewhere ? std::optional(tree.FindPlacement(in.folder, in.from)) : std::nullopt;
+    AddPlace(tree, documents, to);
+    if (from) {
+        documents.RemoveLink(*from);
+    }
+    call.Report(OutcomeOf(tree, to.folder, "moved",
+                          fmt::format("{} is now under {}", tree.Named(to.folder), tree.Named(to.parent))));
     return {};
 }
 
@@ -448,6 +483,13 @@ constexpr Command kCommands[] = {
      .effect = Effect::change,
      .params = &InfosOf<kLinkParams>,
      .run = &Write<&Link, kLinkParams>},
+    {.path = {"folder", "move"},
+     .summary = "move a folder, with all below it, from one of its places to another",
+     .examples = "  qvadmin folder move /Main/Contracts /Archive\n"
+                 "  qvadmin folder move id:17 root:4 --from /Main",
+     .effect = Effect::change,
+     .params = &InfosOf<kMoveParams>,
+     .run = &Write<&Move, kMoveParams>},
     {.path = {"folder", "unlink"},
      .summary = "take a folder out of one of its places; asks first when no other is left",
      .examples = "  qvadmin folder unlink /Archive/Contracts\n"

@@ -143,7 +143,7 @@ public:
             throw Error(ErrorCode::database, fmt::format("stopped: {}; {}", e.what(), Summary()));
         }
         if (m_next < m_slices.size()) {
-            throw Error(ErrorCode::failed, "stopped by a signal; " + Summary());
+            throw Error(ErrorCode::failed, "stopped; " + Summary());
         }
         return m_deleted;
     }

@@ -350,7 +350,7 @@ TEST_F(DocRootCommandsTest, HelpOfEveryVerbHasExamples)
     for (const char* verb : {"list", "show", "create", "set", "delete", "default"}) {
         EXPECT_THAT(Done({"docroot", verb, "--help"}), HasSubstr("Examples:\n  qvadmin docroot ")) << verb;
     }
-    for (const char* verb : {"tree", "list", "show", "create", "rename", "style", "link", "unlink", "delete"}) {
+    for (const char* verb : {"tree", "list", "show", "create", "rename", "style", "link", "move", "unlink", "delete"}) {
         EXPECT_THAT(Done({"folder", verb, "--help"}), HasSubstr("Examples:\n  qvadmin folder ")) << verb;
     }
 }
@@ -721,6 +721,28 @@ TEST_F(FolderCommandsTest, AFolderCanHangInSeveralPlaces)
     MakeFolder("/Main/D/A");
     ExpectRefusal({"folder", "link", "/Main/D/A", "/Other"}, 4, "the name 'A' is taken by /Main/A (id 1)");
     ExpectRefusal({"folder", "link", "/Main/A", "/Nope"}, 3, "'/Nope'");
+}
+
+TEST_F(FolderCommandsTest, MovingLeavesOnePlaceForAnotherOrChangesNothing)
+{
+    MakeRoot("Main");
+    MakeRoot("Other");
+    MakeFolder("/Main/A/B");
+    MakeFolder("/Other/C");
+    EXPECT_EQ(Run({"folder", "move", "/Main/A", "/Other/C"}).err, "/Main/A (id 1) is now under /Other/C (id 3)\n");
+    EXPECT_EQ(ShownFolder("id:1")["parents"], "/Other/C");
+    EXPECT_EQ(ShownFolder("/Other/C/A/B")["id"], 2);
+    ExpectRefusal({"folder", "move", "/Other/C", "/Other/C/A/B"}, 4, "it would be below itself");
+    ExpectRefusal({"folder", "move", "/Other/C/A", "/Other/C"}, 4, "is directly under /Other/C (id 3) already");
+    Done({"folder", "link", "id:1", "/Main"});
+    ExpectRefusal({"folder", "move", "id:1", "/Other"}, 4, "--from");
+    Done({"folder", "move", "id:1", "/Other", "--from", "/Main"});
+    EXPECT_EQ(ShownFolder("id:1")["parents"], "/Other, /Other/C");
+    // What is in no place has none to leave.
+    Done({"folder", "unlink", "id:1", "--from", "/Other"});
+    Done({"folder", "unlink", "id:1", "--from", "/Other/C", "--yes"});
+    Done({"folder", "move", "id:1", "/Main"});
+    EXPECT_EQ(ShownFolder("id:1")["parents"], "/Main");
 }
 
 TEST_F(FolderCommandsTest, ALinkThatMakesACycleNamesItAndChangesNothing)

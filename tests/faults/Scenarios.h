@@ -216,6 +216,7 @@ inline constexpr Scenario kScenarios[] = {
     {"folder rename '/Main storage of documents/Contracts of all years' 'Agreements of all years'"},
     {"folder style '/Main storage of documents/Contracts of all years' 2"},
     {"folder link '/Main storage of documents/Contracts of all years' '/Archive of documents'"},
+    {"folder move '/Main storage of documents/Contracts of all years' '/Archive of documents'"},
     {"folder unlink '/Archive of documents/Folder of the archive' --from '/Archive of documents' --yes"},
     {"folder delete '/Main storage of documents/Contracts of all years' --recursive --yes"},
 

@@ -1,8 +1,10 @@
 #include "management/Errors.h"
 #include "web/JsonReader.h"
 #include "web/Origins.h"
+#include "web/PasswordRules.h"
 #include "web/People.h"
 #include "web/Sessions.h"
+#include "web/TextSearch.h"
 #include "web/Throttle.h"
 #include "web/Tokens.h"
 #include "web/Totp.h"
@@ -50,6 +52,74 @@ TEST(JsonReaderTest, RefusesAllElse)
           std::string(R"({"a":1,"a":2})"), std::string(R"({"a":1.5})"), std::string("{\"a\":\"\xff\"}"),
           std::string(R"({"a":"\u0000"})"), std::string(R"({"a":1e400})"), deep, many}) {
         EXPECT_THROW(ReadJsonObject(body), Error) << body.substr(0, 40);
+    }
+}
+
+TEST(PasswordRulesTest, CharactersAreCountedAndNoneAreAskedFor)
+{
+    const PasswordOwner owners[] = {{"amy", "", "", false}};
+    const PasswordOwner super[] = {{"amy", "", "", false}, {"boss", "", "", true}};
+    const auto code = [](std::string_view password, std::span<const PasswordOwner> whom) {
+        const std::optional<Problem> found = FindWeakness(password, whom);
+        return found ? std::string(found->code) : "";
+    };
+    EXPECT_EQ(code("eleven char", owners), "password_short");
+    EXPECT_EQ(code("twelve small", owners), "");
+    EXPECT_EQ(code("twelve small", super), "password_short_super");
+    EXPECT_EQ(code("fifteen letters", super), "");
+    // Twelve characters, and eleven of more bytes.
+    EXPECT_EQ(code("äöüßéèêñçłøå", owners), "");
+    EXPECT_EQ(code("äöüßéèêñçłø", owners), "password_short");
+}
+
+TEST(PasswordRulesTest, NamesOfTheOwnerAndWordsAreRefused)
+{
+    const PasswordOwner owners[] = {{"amelia.pond.jr", "Amelia Jessica Pond", "Brightwater Ltd", false}};
+    const auto code = [&owners](std::string_view password) {
+        const std::optional<Problem> found = FindWeakness(password, owners);
+        return found ? std::string(found->code) : "";
+    };
+    for (const char* name :
+         {"amelia.pond.jr", "AMELIA.POND.JR", "ameliajessicapond", "Brightwater Ltd", "brightwaterltd"}) {
+        EXPECT_EQ(code(name), "password_is_name") << name;
+    }
+    for (const char* easy : {"password1234", "1234password!", "administrator1", "123456789012", "abcdefghijkl",
+                             "passwordpassword", "aaaaaaaaaaaa", "xk9Qxk9Qxk9Q", "international"}) {
+        EXPECT_EQ(code(easy), "password_easy") << easy;
+    }
+    for (const char* good : {"correct horse battery", "vk93ndk38fkw", "8391 2847 5562", "tom 8391 2847 5562"}) {
+        EXPECT_EQ(code(good), "") << good;
+    }
+}
+
+TEST(TextSearchTest, FindsAPartWhereverItIs)
+{
+    for (std::size_t at = 0; at < 200; ++at) {
+        std::string text(210, 'x');
+        text.replace(at, 3, "abc");
+        EXPECT_EQ(FindPart(text, "abc", 0), at);
+        EXPECT_EQ(FindPart(text, "abc", at), at);
+        EXPECT_EQ(FindPart(text, "abc", at + 1), std::string::npos);
+    }
+}
+
+TEST(TextSearchTest, FindsWhatTheLibraryFinds)
+{
+    std::string text;
+    unsigned state = 7;
+    for (int i = 0; i < 3000; ++i) {
+        state = state * 1664525U + 1013904223U;
+        text += static_cast<char>('a' + (state >> 24U) % 3);
+    }
+    for (const std::string part : {"a", "ab", "abc", "abcabc", "ccccc", "abcabcabcabcabc", "x"}) {
+        std::size_t from = 0;
+        do {
+            const std::size_t at = FindPart(text, part, from);
+            ASSERT_EQ(at, text.find(part, from)) << part << " from " << from;
+            from = at == std::string::npos ? at : at + 1;
+        } while (from != std::string::npos);
+        EXPECT_EQ(FindPart(text, part, text.size()), std::string::npos);
+        EXPECT_EQ(FindPart(text.substr(0, 70), part, 3), text.substr(0, 70).find(part, 3));
     }
 }
 

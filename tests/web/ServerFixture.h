@@ -109,6 +109,37 @@ protected:
         }
         return state;
     }
+    /// How a job stands.
+    static nlohmann::json JobNow(HttpClient& client, const nlohmann::json& job)
+    {
+        const nlohmann::json all = Got(client, "/jobs");
+        for (const nlohmann::json& one : all.at("jobs")) {
+            if (one.at("id") == job.at("id")) {
+                return one;
+            }
+        }
+        return {};
+    }
+    /// The same once it is over.
+    static nlohmann::json JobOver(HttpClient& client, const nlohmann::json& job)
+    {
+        nlohmann::json now = JobNow(client, job);
+        for (int i = 0; i < 600 && !now.at("over").get<bool>(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            now = JobNow(client, job);
+        }
+        return now;
+    }
+    static HttpAnswer JobAnswer(HttpClient& client, const nlohmann::json& job)
+    {
+        JobOver(client, job);
+        return client.Post("/api/v1/jobs/answer", nlohmann::json{{"id", job.at("id")}}.dump());
+    }
+    /// The answer of a command that runs long and succeeds.
+    static nlohmann::json RunLong(HttpClient& client, const std::string& command)
+    {
+        return nlohmann::json::parse(JobAnswer(client, Run(client, command, nlohmann::json::object()).at("job")).body);
+    }
     static std::string CodeOf(const HttpAnswer& answer) { return nlohmann::json::parse(answer.body).at("code"); }
 
     static std::string PathOf(const management::Command& command)

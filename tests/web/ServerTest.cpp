@@ -316,7 +316,7 @@ TEST_F(ServerTest, EveryCommandRefusesWhatItDoesNotKnow)
     }
 }
 
-TEST_F(ServerTest, CommandsThatRunLongShowSecretsOrReadFilesHaveNoRoute)
+TEST_F(ServerTest, CommandsThatShowSecretsOrReadFilesHaveNoRoute)
 {
     HttpClient client = Signed();
     std::set<std::string> offered;
@@ -329,12 +329,36 @@ TEST_F(ServerTest, CommandsThatRunLongShowSecretsOrReadFilesHaveNoRoute)
         offered.insert(path);
     }
     EXPECT_TRUE(offered.contains("user/lock"));
-    for (const std::string path : {"message/purge", "db/check", "setting/encryption-key/show", "user/import", "db/copy",
-                                   "batch", "serve", "user/password", "no/such"}) {
+    for (const std::string path :
+         {"setting/encryption-key/show", "user/import", "db/copy", "batch", "serve", "user/password", "no/such"}) {
         EXPECT_FALSE(offered.contains(path)) << path;
         EXPECT_EQ(Ask(client, path, json::object()).status, 404) << path;
     }
     EXPECT_EQ(Ask(client, "plan/create", {{"parameters", {{"NAME", "x"}, {"data_file", "/etc/passwd"}}}}).status, 422);
+}
+
+TEST_F(ServerTest, TypedPasswordsAreJudged)
+{
+    HttpClient client = Signed();
+    Run(client, "user/create", {{"LOGIN", "amelia.pond.jr"}, {"company", "Brightwater Ltd"}});
+    Run(client, "user/create", {{"LOGIN", "boss"}, {"super", true}});
+    const auto code = [&client](const std::string& user, const std::string& password) {
+        const HttpAnswer answer =
+            Ask(client, "user/password/set", {{"parameters", {{"USER", user}, {"password", password}}}});
+        return answer.status == 200 ? "" : CodeOf(answer);
+    };
+    EXPECT_EQ(code("amelia.pond.jr", "eleven char"), "password_short");
+    EXPECT_EQ(code("amelia.pond.jr", "Amelia.Pond.Jr"), "password_is_name");
+    EXPECT_EQ(code("amelia.pond.jr", "brightwater ltd"), "password_is_name");
+    EXPECT_EQ(code("amelia.pond.jr", "password1234"), "password_easy");
+    EXPECT_EQ(code("boss", "twelve small"), "password_short_super");
+    EXPECT_EQ(management::Number(m_conn, "SELECT COUNT(*) FROM qv_User WHERE Col_PWord <> ''"), 1);
+    EXPECT_EQ(code("amelia.pond.jr", "twelve small"), "");
+    const json rename = {{"USER", "amelia.pond.jr"}, {"NEWLOGIN", "amy"}, {"password", "too short"}};
+    EXPECT_EQ(CodeOf(Ask(client, "user/rename", {{"parameters", rename}})), "password_short");
+    EXPECT_EQ(Run(client, "user/show", {{"USER", "amelia.pond.jr"}}).at("record").at("id"), 2);
+    // Trying one is not giving one.
+    EXPECT_EQ(Run(client, "user/password/check", {{"USER", "boss"}, {"password", "x"}}).at("verdict"), false);
 }
 
 TEST_F(ServerTest, ValuesAreOfTheKindOfTheirParameter)

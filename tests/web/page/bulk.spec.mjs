@@ -82,7 +82,7 @@ test("people and groups are cut and put into a group by keys, and moved by a dia
     await page.keyboard.press("Control+a");
     await page.getByText("2 selected").waitFor();
     await page.keyboard.press("Control+x");
-    await page.getByText("choose a group in the tree").waitFor();
+    await page.getByText("choose a place in the tree").waitFor();
     await tree.focus();
     await page.keyboard.press("Home");
     await page.keyboard.type("legal");

@@ -118,3 +118,43 @@ test("a root's properties are changed only as they were shown", async () => {
     assert.equal(shared.server.json("docroot", "show", "Company").description, "of the command line");
     await finish();
 });
+
+test("folders are dragged, and cut and put by keys, after a question; with Ctrl they stay where they are too", async () => {
+    shared.server.qvadmin("folder", "create", "/Company/Letters");
+    const { page, finish } = await openPage(shared, { path: "/documents" });
+    const tree = page.getByRole("tree", { name: "Roots and folders" });
+    await tree.getByText("Company").dblclick();
+    await tree.getByText("Letters").dragTo(tree.getByText("Archive"));
+    const dialog = page.getByRole("dialog", { name: "Move Letters to Archive?" });
+    await checkAccess(page);
+    await dialog.getByRole("button", { name: "Cancel" }).click();
+    assert.equal(shown("/Company/Letters").parents, "/Company");
+    await tree.getByText("Letters").dragTo(tree.getByText("Archive"));
+    await dialog.getByRole("button", { name: "Move" }).click();
+    await until(() => shown("/Archive/Letters").parents === "/Archive");
+    await page.getByRole("button", { name: "Undo", exact: true }).last().click();
+    await until(() => shown("/Company/Letters").parents === "/Company");
+
+    await tree.getByText("Letters").waitFor();
+    await tree.focus();
+    await page.keyboard.press("Home");
+    await page.keyboard.type("lett");
+    await until(async () => (await active(page)) === "Letters");
+    await page.keyboard.press("Control+x");
+    await page.getByText("choose a place in the tree").waitFor();
+    await page.keyboard.press("Home");
+    await page.keyboard.type("arch");
+    await until(async () => (await active(page)) === "Archive");
+    await page.keyboard.press("Control+v");
+    await dialog.getByRole("button", { name: "Move" }).click();
+    await until(() => shown("/Archive/Letters").parents === "/Archive");
+
+    await tree.getByText("Archive").dblclick();
+    await tree.getByText("Letters").waitFor();
+    await page.keyboard.down("Control");
+    await tree.getByText("Letters").dragTo(tree.getByText("Company"));
+    await page.keyboard.up("Control");
+    await page.getByRole("dialog", { name: "Show Letters in Company as well?" }).getByRole("button", { name: "OK" }).click();
+    await until(() => shown("/Archive/Letters").parents === "/Archive, /Company");
+    await finish();
+});

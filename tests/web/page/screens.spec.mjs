@@ -113,6 +113,7 @@ for (const { name, path, ready, act, language, isMirrored, options = {} } of sta
         }
         if (options.signedIn !== false) {
             await page.goto(shared.server.url + path);
+            await page.locator(".offer").getByRole("button").last().click();
         }
         await ready(page).first().waitFor();
         await page.addStyleTag({

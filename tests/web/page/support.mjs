@@ -14,6 +14,42 @@ const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 
 export const password = "correct horse battery";
 
+/** Runs `qvadmin serve` in an environment, and waits until it listens. */
+export async function serve(env, hasPassword = true) {
+    const child = spawn(QVADMIN, ["serve", "--listen", "127.0.0.1:0"], { env, stdio: ["ignore", "ignore", "pipe"] });
+    let said = "";
+    child.stderr.on("data", text => (said += text));
+    const ended = new Promise(resolve => child.on("exit", resolve));
+    for (let i = 0; !/console is at/.test(said) || (!hasPassword && !/setup#/.test(said)); ++i) {
+        assert.ok(i < 200, `the server says ${said}`);
+        await new Promise(resolve => setTimeout(resolve, 50));
+    }
+    return {
+        url: said.match(/http:\/\/[0-9.:]+/)[0],
+        token: said.match(/setup#([0-9a-f]+)/)?.[1],
+        pid: child.pid,
+        async stop() {
+            child.kill("SIGTERM");
+            assert.equal(await ended, 0, said);
+        },
+    };
+}
+
+export const launch = () =>
+    chromium.launch({
+        executablePath: QV_CHROMIUM,
+        args: [
+            "--headless",
+            "--no-sandbox",
+            "--disable-gpu",
+            "--disable-quic",
+            "--no-first-run",
+            "--disable-background-networking",
+            "--disable-component-update",
+            "--disable-sync",
+        ],
+    });
+
 /**
  * A directory with these commands run on it, people of a CSV text, lines of `qvadmin import`, and a server. Admin has a
  * password unless not wanted.
@@ -39,22 +75,13 @@ export async function startServer(commands = [], { withPassword = true, people =
     }
     writeFileSync(join(folder, "batch"), batch.join("\n"));
     qvadmin("batch", join(folder, "batch"), "--stop-on-error");
-    const child = spawn(QVADMIN, ["serve", "--listen", "127.0.0.1:0"], { env, stdio: ["ignore", "ignore", "pipe"] });
-    let said = "";
-    child.stderr.on("data", text => (said += text));
-    const ended = new Promise(resolve => child.on("exit", resolve));
-    for (let i = 0; !/console is at/.test(said) || (!withPassword && !/setup#/.test(said)); ++i) {
-        assert.ok(i < 200, `the server says ${said}`);
-        await new Promise(resolve => setTimeout(resolve, 50));
-    }
+    const served = await serve(env, withPassword);
     return {
-        url: said.match(/http:\/\/[0-9.:]+/)[0],
-        token: said.match(/setup#([0-9a-f]+)/)?.[1],
+        ...served,
         qvadmin,
         json: (...words) => JSON.parse(qvadmin(...words, "-o", "json")),
         async stop() {
-            child.kill("SIGTERM");
-            assert.equal(await ended, 0, said);
+            await served.stop();
             rmSync(folder, { recursive: true });
         },
     };
@@ -65,19 +92,7 @@ export function useServer(commands, options) {
     const shared = {};
     before(async () => {
         shared.server = await startServer(commands, options);
-        shared.browser = await chromium.launch({
-            executablePath: QV_CHROMIUM,
-            args: [
-                "--headless",
-                "--no-sandbox",
-                "--disable-gpu",
-                "--disable-quic",
-                "--no-first-run",
-                "--disable-background-networking",
-                "--disable-component-update",
-                "--disable-sync",
-            ],
-        });
+        shared.browser = await launch();
     });
     after(async () => {
         await shared.browser?.close();

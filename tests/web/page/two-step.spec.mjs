@@ -1,7 +1,7 @@
 import assert from "node:assert/strict";
 import { createHmac } from "node:crypto";
 import { test } from "node:test";
-import { checkAccess, openPage, password, useServer } from "./support.mjs";
+import { checkAccess, openPage, password, settled, useServer } from "./support.mjs";
 
 const shared = useServer([]);
 
@@ -66,5 +66,33 @@ test("one-time codes are set up, asked for, replaced by a recovery code and remo
         shared.server.json("console", "list").map(row => [row.login, row.totp]),
         [["Admin", false]],
     );
+    await second.finish();
+});
+
+test("one-time codes are offered to who signs in without them, until they are set up or declined", async () => {
+    const { page, finish } = await openPage(shared);
+    const offer = page.getByRole("complementary", { name: "Two-step sign-in" });
+    await offer.waitFor();
+    await checkAccess(page);
+    await offer.getByRole("button", { name: "Set up two-step sign-in" }).click();
+    const dialog = page.getByRole("dialog", { name: "Two-step sign-in" });
+    await dialog.getByRole("button", { name: "Set up one-time codes" }).click();
+    const secret = await dialog.locator(".secret").textContent();
+    await dialog.getByLabel("One-time code").fill(codeOf(secret));
+    await dialog.getByRole("button", { name: "Confirm" }).click();
+    await dialog.getByRole("button", { name: "I have kept them" }).click();
+    await offer.waitFor({ state: "detached" });
+    shared.server.qvadmin("console", "totp", "remove", "Admin");
+    await finish();
+
+    const second = await openPage(shared);
+    const again = second.page.getByRole("complementary", { name: "Two-step sign-in" });
+    await again.getByRole("button", { name: "Not now" }).click();
+    await again.waitFor({ state: "detached" });
+    await second.page.reload();
+    await settled(second.page);
+    assert.equal(await again.count(), 0);
+    const state = await second.page.context().storageState();
+    assert.deepEqual(state.origins[0].localStorage, [{ name: "two-step", value: "1" }]);
     await second.finish();
 });

@@ -1,4 +1,5 @@
 // Requests to the server.
+import { watchProgress } from "./events";
 
 export type Value = string | number | boolean | null;
 export type Row = Record<string, Value>;
@@ -60,6 +61,7 @@ export interface Command {
     summary: string;
     effect: "read" | "create" | "change" | "remove";
     asks: boolean;
+    long_running: boolean;
     parameters: Parameter[];
     columns: { name: string; kind: string }[];
 }
@@ -182,11 +184,11 @@ async function once<T>(method: string, path: string, body?: unknown, signal?: Ab
     return read as T;
 }
 
-/** As `once`; where the server wants a password first, asks for it and sends the request again. */
-export async function request<T>(method: string, path: string, body?: unknown, signal?: AbortSignal): Promise<T> {
+/** Tries something; where the server wants a password first, asks for it and tries again. */
+async function retried<T>(attempt: () => Promise<T>): Promise<T> {
     for (;;) {
         try {
-            return await once<T>(method, path, body, signal);
+            return await attempt();
         } catch (error) {
             if (error instanceof Problem && error.code === "not_signed_in") {
                 await askPassword("session");
@@ -198,6 +200,10 @@ export async function request<T>(method: string, path: string, body?: unknown, s
         }
     }
 }
+
+/** As `once`, but for passwords that are wanted first. */
+export const request = <T,>(method: string, path: string, body?: unknown, signal?: AbortSignal) =>
+    retried(() => once<T>(method, path, body, signal));
 
 function begin(session: Session): Session {
     csrf = session.csrf;
@@ -225,11 +231,83 @@ export interface RunOptions {
     reason?: string;
     dry_run?: boolean;
     if_unchanged?: { command: string; parameters: Values; version: string };
+    /** Whether it is for a job, as it is with many; what runs long is one in any case. */
+    job?: boolean;
 }
 
-/** Runs a command of the table, such as "user/lock". */
+/** Something that runs long at the server. */
+export interface Job {
+    id: number;
+    /** The words of its command. */
+    what: string;
+    login: string;
+    begun: boolean;
+    over: boolean;
+    stopped: boolean;
+    can_stop: boolean;
+    done: number;
+    total: number | null;
+    failed: number;
+    /** Of its answer, which is there for one request. */
+    status: number | null;
+    answer: boolean;
+    /** Whether it has made one, which its owner may fetch. */
+    file: boolean;
+    reported: boolean;
+    /** Whether who is signed in has begun it. */
+    own: boolean;
+}
+export const listJobs = async () => (await request<{ jobs: Job[] }>("GET", "/jobs")).jobs;
+export const stopJob = (id: number) => request("POST", "/jobs/stop", { id });
+export const takeAnswer = (id: number) => once<Answer>("POST", "/jobs/answer", { id });
+
+export const beginExport = (order: { format: string; in?: string }) => request<{ job: Job }>("POST", "/exports", order);
+
+/** How often a job is looked at by a window that does not hear how far it is. */
+const kPause = 3000;
+let showJob: (id: number) => void = () => {};
+/** Has a function show a job that this page has begun. */
+export function setShowJob(show: typeof showJob): void {
+    showJob = show;
+}
+
+/** Resolves when a job is over. */
+const overOf = (id: number) =>
+    new Promise<void>((resolve, reject) => {
+        const look = () =>
+            listJobs().then(jobs => (jobs.find(job => job.id === id)?.over ?? true) && end(resolve), error => end(() => reject(error)));
+        const timer = setInterval(look, kPause);
+        const endWatch = watchProgress(look);
+        const end = (last: () => void) => {
+            clearInterval(timer);
+            endWatch();
+            last();
+        };
+        void look();
+    });
+
+/** Waits for a job that makes a file. @return its id. @throws what stood in the way. */
+export async function fileOf(id: number): Promise<number> {
+    showJob(id);
+    await overOf(id);
+    if (!(await listJobs()).find(job => job.id === id)?.file) {
+        await takeAnswer(id);
+    }
+    return id;
+}
+
+/** Runs a command of the table, such as "user/lock". What is done as a job is waited for. */
 export const run = (command: string, parameters: Values, options: RunOptions = {}) =>
-    request<Answer>("POST", `/commands/${command}`, { parameters, ...options });
+    retried(async () => {
+        const body = { parameters, ...options };
+        if (!options.job && !long.has(command)) {
+            return once<Answer>("POST", `/commands/${command}`, body);
+        }
+        const { job } = await once<{ job: Job }>("POST", `/commands/${command}`, body);
+        showJob(job.id);
+        await overOf(job.id);
+        return takeAnswer(job.id);
+    });
 
 export const listPeople = (query: Record<string, string>, signal?: AbortSignal) =>
     request<People>("GET", `/users?${new URLSearchParams(query)}`, undefined, signal);
@@ -277,10 +355,13 @@ export const listImports = async () => (await request<{ imports: Import[] }>("GE
 export const stopImport = (id: number) => request("POST", "/imports/stop", { id });
 export const overview = () => request<Row>("GET", "/overview");
 let allowed = new Set<string>();
+let long = new Set<string>();
 /** The table of commands, of which the server offers what who is signed in may run. */
 export const listCommands = async () => {
     const { commands } = await request<{ commands: Command[] }>("GET", "/commands");
-    allowed = new Set(commands.map(command => command.path.join("/")));
+    const pathsOf = (some: Command[]) => new Set(some.map(command => command.path.join("/")));
+    allowed = pathsOf(commands);
+    long = pathsOf(commands.filter(command => command.long_running));
     return commands;
 };
 /** Whether who is signed in may run a command, such as "user/lock"; not before the table is there. */

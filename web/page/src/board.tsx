@@ -5,7 +5,7 @@ import { useAnswer } from "./answers";
 import { Trouble, changeOrSay } from "./dialogs";
 import { Icon } from "./icons";
 import { type Where, go } from "./place";
-import { Scroller } from "./scroller";
+import { Scroller, steps } from "./scroller";
 import { Table, shown } from "./table";
 import { t, words } from "./texts";
 
@@ -81,14 +81,8 @@ export function Board(props: { where: Where }) {
         if (!row || event.ctrlKey || event.altKey || event.metaKey) {
             return;
         }
-        const move = (to: number) => setActive(Math.min(rows.length - 1, Math.max(0, to)));
         const actions: Record<string, () => void> = {
-            ArrowDown: () => move(active + 1),
-            ArrowUp: () => move(active - 1),
-            PageDown: () => move(active + page),
-            PageUp: () => move(active - page),
-            Home: () => move(0),
-            End: () => move(rows.length - 1),
+            ...steps(active, rows.length, page, setActive),
             Enter: () => show({ notice: idOf(row) }),
             " ": () => select(idOf(row), !selected.has(idOf(row))),
             Delete: () => may("board/delete") && void remove(chosen.length > 0 ? chosen : [idOf(row)]),

@@ -1,11 +1,11 @@
 // A tree: children are read when a line is opened, and only the lines in sight are in the document.
-import type { ComponentChildren, JSX } from "preact";
+import type { ComponentChildren } from "preact";
 import { useEffect, useRef, useState } from "preact/hooks";
 import type { Step } from "./api";
 import { Trouble, sentence } from "./dialogs";
 import { Icon } from "./icons";
 import { useChanges } from "./place";
-import { Scroller } from "./scroller";
+import { Scroller, steps } from "./scroller";
 import { number } from "./texts";
 
 const kPage = 200;
@@ -47,8 +47,20 @@ interface Tree<T extends Branch> {
     onChoose: (node: T) => void;
     /** Takes a key before the tree does. @return whether it meant something. */
     onKey?: (event: KeyboardEvent, line: Line<T>) => boolean;
-    /** Further attributes of a line. */
-    attributes?: (line: Line<T>) => JSX.HTMLAttributes<HTMLDivElement>;
+    /** How what a line shows is carried to another line. */
+    carrying: Carrying<T>;
+}
+
+/** With the pointer, or with Ctrl+X and Ctrl+V. */
+interface Carrying<T extends Branch> {
+    isMovable: (line: Line<T>) => boolean;
+    /** Takes what a line shows along, or nothing any more. */
+    carry: (line: Line<T> | undefined) => void;
+    /** Says that it was taken along. */
+    cut: (line: Line<T>) => void;
+    canDrop: (node: T | undefined) => boolean;
+    /** Asks, and puts it there. @param isCopy  it stays where it was, too. */
+    drop: (node: T, isCopy: boolean) => void;
 }
 
 const last = (way: string) => way.slice(way.lastIndexOf("/") + 1);
@@ -71,6 +83,8 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
     const children = useRef(new Map<string, Children<T>>());
     const [open, setOpen] = useState<ReadonlySet<string>>(new Set());
     const [active, setActive] = useState("");
+    /** The line that something is dragged over. */
+    const [over, setOver] = useState("");
     const [version, setVersion] = useState(0);
     const [trouble, setTrouble] = useState("");
     const typed = useRef({ text: "", at: 0 });
@@ -161,6 +175,23 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
         line.node && tree.onChoose(line.node);
     };
 
+    /** @return whether a key takes something along, or puts it there. */
+    const carriedByKey = (event: KeyboardEvent, line: Line<T>) => {
+        const { carrying } = tree;
+        if (event.altKey || !line.node) {
+            return false;
+        }
+        if (event.key === "x" && carrying.isMovable(line)) {
+            carrying.carry(line);
+            carrying.cut(line);
+            return true;
+        }
+        if (event.key === "v" && carrying.canDrop(line.node)) {
+            carrying.drop(line.node, false);
+            return true;
+        }
+        return false;
+    };
     const onKey = (event: KeyboardEvent, page: number) => {
         const line = lines[activeIndex];
         if (!line) {
@@ -171,17 +202,15 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
             return;
         }
         if (event.ctrlKey || event.altKey || event.metaKey) {
+            if (carriedByKey(event, line)) {
+                event.preventDefault();
+            }
             return;
         }
         const key = directedKey(event.key);
-        const move = (to: number) => setActive(lines[Math.min(lines.length - 1, Math.max(0, to))]?.way ?? "");
+        const move = (to: number) => setActive(lines[to]?.way ?? "");
         const actions: Record<string, () => void> = {
-            ArrowDown: () => move(activeIndex + 1),
-            ArrowUp: () => move(activeIndex - 1),
-            Home: () => move(0),
-            End: () => move(lines.length - 1),
-            PageDown: () => move(activeIndex + page),
-            PageUp: () => move(activeIndex - page),
+            ...steps(activeIndex, lines.length, page, move),
             ArrowRight: () => {
                 if (open.has(line.way)) {
                     // Its children may be on their way still.
@@ -220,12 +249,12 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
 
     const drawn = (line: Line<T>, index: number, style: { top: string }) => {
         const { node } = line;
-        const { class: further = "", ...attributes } = tree.attributes?.(line) ?? {};
+        const { carrying } = tree;
         return (
             <div
                 key={line.way}
                 id={`${tree.id}-${index}`}
-                class={`branch${index === activeIndex ? " active" : ""} ${further}`}
+                class={`branch${index === activeIndex ? " active" : ""}${line.way === over ? " over" : ""}`}
                 role="treeitem"
                 aria-level={line.depth}
                 aria-setsize={line.count}
@@ -235,7 +264,24 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
                 style={{ ...style, "--depth": line.depth }}
                 onClick={() => choose(line)}
                 onDblClick={() => canOpen(line) && setLine(line, !open.has(line.way))}
-                {...attributes}
+                draggable={carrying.isMovable(line)}
+                onDragStart={event => {
+                    event.dataTransfer?.setData("text/plain", node?.name ?? "");
+                    carrying.carry(line);
+                }}
+                onDragEnd={() => carrying.carry(undefined)}
+                onDragOver={event => {
+                    if (carrying.canDrop(node)) {
+                        event.preventDefault();
+                        setOver(line.way);
+                    }
+                }}
+                onDragLeave={() => setOver(before => (before === line.way ? "" : before))}
+                onDrop={event => {
+                    event.preventDefault();
+                    setOver("");
+                    node && carrying.drop(node, event.ctrlKey);
+                }}
             >
                 <span
                     class={`twist${canOpen(line) ? "" : " leaf"}${open.has(line.way) ? " open" : ""}`}

@@ -17,10 +17,19 @@ export const openDialog = (content: (close: () => void) => ComponentChildren) =>
 /** Says something for some seconds; with an entry of the record, offers to undo it. */
 export const toast = (text: string, entry?: number) => say(text, entry);
 
+/** What the page says in the language of its reader, by the codes of the server. */
+const ownWords = {
+    offline: "offline",
+    password_short: "password.short",
+    password_short_super: "password.short.super",
+    password_is_name: "password.isname",
+    password_easy: "password.easy",
+} as const;
+
 export const sentence = (error: unknown): string =>
     error instanceof Problem
-        ? error.code === "offline"
-            ? t("offline")
+        ? error.code in ownWords
+            ? t(ownWords[error.code as keyof typeof ownWords])
             : error.message + (error.candidates.length > 0 ? `: ${error.candidates.join(", ")}` : "")
         : String(error);
 
@@ -171,6 +180,9 @@ const agreesTo = (plan: Plan) =>
         )),
     );
 
+/** Outcomes that are named one by one. */
+const kMostSaid = 3;
+
 /** Runs a command that changes something, shows what it asks, and says what became of it. @return null: not agreed. */
 export async function change(
     command: string,
@@ -183,7 +195,13 @@ export async function change(
         try {
             const answer = await asOwn(run(command, parameters, asked));
             const said = (answer.outcomes ?? []).map(outcome => outcome.message);
-            toast(said.slice(0, 3).join("; ") || t("saved"), may("audit/undo") ? (answer.entry ?? undefined) : undefined);
+            const further = said.length > kMostSaid ? [t("further", { count: said.length - kMostSaid })] : [];
+            if (said.length > 0 || answer.changed) {
+                toast(
+                    [...said.slice(0, kMostSaid), ...further].join("; ") || t("saved"),
+                    may("audit/undo") ? (answer.entry ?? undefined) : undefined,
+                );
+            }
             if (answer.changed) {
                 noteChange();
             }
@@ -201,9 +219,14 @@ export async function change(
 }
 
 /** The same, where a toast is enough for what goes wrong. */
-export async function changeOrSay(command: string, parameters: Values, isAgreed = false): Promise<Answer | null> {
+export async function changeOrSay(
+    command: string,
+    parameters: Values,
+    isAgreed = false,
+    options: RunOptions = {},
+): Promise<Answer | null> {
     try {
-        return await change(command, parameters, {}, isAgreed);
+        return await change(command, parameters, options, isAgreed);
     } catch (error) {
         toast(sentence(error));
         return null;
@@ -218,6 +241,7 @@ export interface Asked {
     value?: string;
     type?: string;
     required?: boolean;
+    help?: string;
     suggest?: (text: string) => Promise<string[]>;
 }
 
@@ -230,6 +254,7 @@ function Suggesting(props: { field: Asked; id: string; value: string; onInput: (
                 id={props.id}
                 type={field.type ?? "text"}
                 dir="auto"
+                aria-describedby={field.help ? `${props.id}-help` : undefined}
                 autocomplete={field.type === "password" ? "new-password" : "off"}
                 value={props.value}
                 required={field.required}
@@ -242,6 +267,11 @@ function Suggesting(props: { field: Asked; id: string; value: string; onInput: (
                     }
                 }}
             />
+            {field.help && (
+                <p class="help" id={`${props.id}-help`}>
+                    {field.help}
+                </p>
+            )}
             {field.suggest && (
                 <datalist id={`${props.id}-list`}>
                     {found.map(one => (

@@ -7,6 +7,7 @@ import { type Branch, type Line, parentOf, useTree } from "./branches";
 import { Trouble, askFor, change, changeOrSay } from "./dialogs";
 import { openCommand } from "./generic";
 import { Icon } from "./icons";
+import { sayCut } from "./people";
 import { type Where, go } from "./place";
 import { RecordView, Table } from "./table";
 import { t, words } from "./texts";
@@ -112,6 +113,37 @@ const link = (key: string, name: string) =>
         async values =>
             (await change("folder/link", { FOLDER: argumentOf(key), PARENT: values["parent"] ?? "" })) !== null,
     );
+/** The folder that is carried to another place, and the key of what it is shown under. */
+let carried: { folder: Folder; from: string } | undefined;
+const canDrop = (place: Folder | undefined) =>
+    carried !== undefined &&
+    place !== undefined &&
+    place.key !== "unrooted" &&
+    place.key !== carried.folder.key &&
+    may("folder/move");
+/** Asks, and puts what is carried into a place. @param isCopy  it stays where it is shown, too. */
+function drop(place: Folder, isCopy: boolean): void {
+    if (!carried || !canDrop(place)) {
+        return;
+    }
+    const { folder, from } = carried;
+    const values = { FOLDER: argumentOf(folder.key), PARENT: argumentOf(place.key) };
+    const named = { name: folder.name, to: place.name };
+    if (isCopy) {
+        askFor(t("drop.link", named), [], t("ok"), async () => (await change("folder/link", values)) !== null);
+    } else {
+        askFor(
+            t("drop.group", named),
+            [],
+            t("move"),
+            async () =>
+                (await change("folder/move", {
+                    ...values,
+                    ...(/^(root|folder):/.test(from) ? { from: argumentOf(from) } : {}),
+                })) !== null,
+        );
+    }
+}
 const mayRename = (key: string) => may(isRoot(key) ? "docroot/set" : "folder/rename");
 const mayRemove = (key: string) => may(isRoot(key) ? "docroot/delete" : "folder/delete");
 const remove = (key: string, isFull: boolean) =>
@@ -326,6 +358,15 @@ export function Documents(props: { where: Where; commands: Command[] }) {
         icon: folder => (isRoot(folder.key) ? "documents" : "folder"),
         count: folder => folder.others,
         onChoose: folder => folder.key !== "unrooted" && show({ at: folder.key }),
+        carrying: {
+            isMovable: line => line.node?.key.startsWith("folder:") ?? false,
+            carry: line => {
+                carried = line?.node && { folder: line.node, from: parentOf(line) };
+            },
+            cut: line => sayCut(line.node?.name ?? ""),
+            canDrop,
+            drop,
+        },
         onKey: (event, line) => {
             const key = line.node?.key ?? "unrooted";
             if (key !== "unrooted" && event.key === "F2" && mayRename(key)) {

@@ -1,6 +1,6 @@
 // Import of people: a text or a file, its columns, a try, the run, and what became of it.
 import { useEffect, useState } from "preact/hooks";
-import { type Import, type Look, beginImport, findImport, listImports, lookAtImport, sendImportText, stopImport } from "./api";
+import { type Import, type Look, beginExport, beginImport, fileOf, findImport, listImports, lookAtImport, sendImportText, stopImport } from "./api";
 import { Trouble, sentence, undo } from "./dialogs";
 import type { Key } from "./en";
 import { suggestGroups } from "./pickers";
@@ -111,6 +111,71 @@ function JobView(props: { job: Import; onStop: () => void; onRun: (() => void) |
                 <Table label={t("import.report")} columns={["line", "login", "outcome", "reason"]} rows={job.rows} />
             )}
         </section>
+    );
+}
+
+const formats = ["csv", "json", "ldif"] as const;
+
+/** Has the directory, or a part of it, written to a file, which the jobs offer once it is there. */
+function ExportForm() {
+    const [format, setFormat] = useState("csv");
+    const [place, setPlace] = useState("");
+    const [places, setPlaces] = useState<string[]>([]);
+    const [trouble, setTrouble] = useState("");
+    const [file, setFile] = useState<number>();
+    const begin = async () => {
+        setTrouble("");
+        setFile(undefined);
+        try {
+            const { job } = await beginExport({ format, ...(place ? { in: place } : {}) });
+            setFile(await fileOf(job.id));
+        } catch (error) {
+            setTrouble(sentence(error));
+        }
+    };
+    return (
+        <form
+            aria-label={t("export")}
+            onSubmit={event => {
+                event.preventDefault();
+                void begin();
+            }}
+        >
+            <h2>{t("export")}</h2>
+            <Trouble text={trouble} />
+            <div class="bar">
+                <label>
+                    {t("export.format")}{" "}
+                    <select value={format} onChange={event => setFormat(event.currentTarget.value)}>
+                        {formats.map(name => (
+                            <option key={name} value={name}>
+                                {t(`export.${name}`)}
+                            </option>
+                        ))}
+                    </select>
+                </label>
+                <label>
+                    {t("export.in")}{" "}
+                    <input
+                        dir="auto"
+                        list="export-places"
+                        value={place}
+                        onInput={event => {
+                            const text = event.currentTarget.value;
+                            setPlace(text);
+                            suggestGroups(text).then(setPlaces, () => setPlaces([]));
+                        }}
+                    />
+                </label>
+                <datalist id="export-places">
+                    {places.map(path => (
+                        <option key={path} value={path} />
+                    ))}
+                </datalist>
+                <button>{t("export")}</button>
+            </div>
+            <p role="status">{file !== undefined && <a href={`/api/v1/jobs/file?id=${file}`}>{t("job.file")}</a>}</p>
+        </form>
     );
 }
 
@@ -338,6 +403,7 @@ export function ImportPage() {
                     }
                 />
             )}
+            <ExportForm />
         </div>
     );
 }

@@ -7,7 +7,7 @@ import { askNames } from "./names";
 import { askAdd, askFields, askMove, askPasswords, askPlan, askRole, carry, changePeopleOrSay, cut, deletePeople } from "./people";
 import { argumentOf, suggestGroups } from "./pickers";
 import { go, useChanges } from "./place";
-import { Scroller } from "./scroller";
+import { Scroller, steps } from "./scroller";
 import { Selection } from "./selection";
 import { counted, t } from "./texts";
 
@@ -148,7 +148,7 @@ export function List(props: {
             if (event.key === "a") {
                 selectAll(true);
             } else if (present) {
-                cut({ people: selected.count > 0 ? selected : Selection.of([present.id]), from });
+                cut(selected.count > 0 ? selected : Selection.of([present.id]), from);
             }
         }
         if (event.ctrlKey || event.altKey || event.metaKey) {
@@ -156,21 +156,15 @@ export function List(props: {
         }
         const row = rows.current[active];
         const move = (to: number) => {
-            const next = Math.min(total - 1, Math.max(0, to));
-            setActive(next);
+            setActive(to);
             if (event.shiftKey) {
-                range(next);
+                range(to);
             } else {
-                anchor.current = next;
+                anchor.current = to;
             }
         };
         const actions: Record<string, () => void> = {
-            ArrowDown: () => move(active + 1),
-            ArrowUp: () => move(active - 1),
-            PageDown: () => move(active + page),
-            PageUp: () => move(active - page),
-            Home: () => move(0),
-            End: () => move(total - 1),
+            ...steps(active, total, page, move),
             Enter: () => row && props.onOpen(row.id),
             " ": () => row && select([row], !selected.has(row.id)),
             F2: () => row && may("user/rename") && rename(row),
@@ -193,7 +187,7 @@ export function List(props: {
             t("user.rename", { name: person.login }),
             [
                 { name: "login", label: t("user.newlogin"), value: person.login, required: true },
-                { name: "password", label: t("user.renamepassword"), type: "password" },
+                { name: "password", label: t("user.renamepassword"), type: "password", help: t("password.rules") },
             ],
             t("rename"),
             async values =>

@@ -10,13 +10,14 @@ import type { Key } from "./en";
 import { Nouns, type OwnView } from "./generic";
 import { beginEvents } from "./events";
 import { Icon } from "./icons";
+import { JobsMenu } from "./jobs";
 import { Matrix } from "./matrix";
 import { ImportPage } from "./import";
 import { askNames, namesIn } from "./names";
 import { Audit, Overview, Why } from "./pages";
 import { type Where, go, useWhere } from "./place";
 import { SetupPage, SignInDialog, SignInPage } from "./signin";
-import { TwoStepPage, openTwoStep } from "./twostep";
+import { TwoStepOffer, TwoStepPage, openTwoStep } from "./twostep";
 import { language, languages, setLanguage, t } from "./texts";
 
 /** Areas, and the nouns of the table that each shows. */
@@ -100,7 +101,7 @@ function Search(props: { where: Where }) {
     );
 }
 
-function UserMenu(props: { session: Session }) {
+function UserMenu(props: { session: Session; onSession: (session: Session) => void }) {
     const [, redraw] = useState(0);
     return (
         <details class="menu user">
@@ -124,7 +125,7 @@ function UserMenu(props: { session: Session }) {
                         ))}
                     </select>
                 </label>
-                <button onClick={openTwoStep}>{t("totp")}…</button>
+                <button onClick={() => openTwoStep(props.onSession)}>{t("totp")}…</button>
                 <button
                     onClick={async () => {
                         await signOut().catch(() => undefined);
@@ -188,7 +189,7 @@ function Page(props: { where: Where; commands: Command[] }) {
     }
 }
 
-function Frame(props: { session: Session }) {
+function Frame(props: { session: Session; onSession: (session: Session) => void }) {
     const where = useWhere();
     const [commands, setCommands] = useState<Command[]>([]);
     useEffect(() => {
@@ -210,8 +211,10 @@ function Frame(props: { session: Session }) {
                 </span>
                 <span class="engine muted">{props.session.engine}</span>
                 <Search where={where} />
-                <UserMenu session={props.session} />
+                <JobsMenu />
+                <UserMenu {...props} />
             </header>
+            <TwoStepOffer key={props.session.id} session={props.session} onDone={props.onSession} />
             <nav class="areas" aria-label={t("areas")}>
                 {areas.filter(area => area.name !== "import" || props.session.level === "full").map(area => (
                     <a
@@ -287,7 +290,7 @@ function App() {
     } else if (session?.totp_required) {
         page = <TwoStepPage onDone={setSession} />;
     } else if (session) {
-        page = <Frame session={session} />;
+        page = <Frame session={session} onSession={setSession} />;
     }
     return (
         <>

@@ -77,6 +77,19 @@ export function Overview() {
                             <Table label={t("overview.check")} columns={["count", "problem", "example", "repair"]} rows={problems} />
                         )}
                     </div>
+                    {problems && problems.length > 0 && may("db/check") && (
+                        <div class="bar">
+                            <button
+                                onClick={async () => {
+                                    if (await changeOrSay("db/check", { fix: true })) {
+                                        setProblems(await listProblems());
+                                    }
+                                }}
+                            >
+                                {t("overview.mend")}
+                            </button>
+                        </div>
+                    )}
                     <p class="muted">
                         {t("overview.engine")}: <bdi>{row["engine"]}</bdi> · {t("overview.asof", { time: time(String(row["as_of"])) })}
                     </p>

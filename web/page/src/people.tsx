@@ -8,6 +8,9 @@ import { counted, t } from "./texts";
 import { argumentOf, suggestGroups, suggestPlans, suggestRoles } from "./pickers";
 
 const kMostWithoutPreview = 20;
+const kMostAtOnce = 200;
+/** What is done with many is a job. */
+const wayFor = (people: Selection) => (people.count > kMostAtOnce ? { job: true } : {});
 
 function Preview(props: { title: string; answer: Answer; onEnd: (agreed: boolean) => void }) {
     const lines = (props.answer.outcomes ?? []).map(outcome => outcome.message);
@@ -29,7 +32,7 @@ function Preview(props: { title: string; answer: Answer; onEnd: (agreed: boolean
 async function answerFor(command: string, people: Selection, others: Values): Promise<Answer | null> {
     const values = { ...others, USER: people.argument() };
     if (people.count > kMostWithoutPreview) {
-        const answer = await run(command, values, { dry_run: true });
+        const answer = await run(command, values, { dry_run: true, ...wayFor(people) });
         const isAgreed = await new Promise<boolean>(resolve =>
             openDialog(close => (
                 <Preview
@@ -46,7 +49,7 @@ async function answerFor(command: string, people: Selection, others: Values): Pr
             return null;
         }
     }
-    return change(command, values);
+    return change(command, values, wayFor(people));
 }
 
 /** The same. @return whether it was done. */
@@ -61,7 +64,8 @@ export const changePeopleOrSay = (command: string, people: Selection, others: Va
     });
 
 /** What is deleted is shown in any case. */
-export const deletePeople = (people: Selection) => changeOrSay("user/delete", { USER: people.argument() });
+export const deletePeople = (people: Selection) => 
+    changeOrSay("user/delete", { USER: people.argument() }, false, wayFor(people));
 
 const group = (name: string, label: string, isRequired: boolean, value = "") => ({
     name,
@@ -102,7 +106,8 @@ export const askPlan = (people: Selection, verb: "assign" | "unassign") =>
         [{ name: "plan", label: t("plan"), required: true, suggest: suggestPlans }],
         t("ok"),
         async values =>
-            (await change(`plan/${verb}`, { PLAN: values["plan"] ?? "", ITEM: people.argument("user:") })) !== null,
+            (await change(`plan/${verb}`, { PLAN: values["plan"] ?? "", ITEM: people.argument("user:") }, wayFor(people))) !==
+            null,
     );
 
 // ---- Fields and passwords -------------------------------------------------------------------------------------------
@@ -215,6 +220,9 @@ function Passwords(props: { made: { login: string; password: string }[]; onClose
     );
 }
 
+export const openPasswords = (made: { login: string; password: string }[]) =>
+    openDialog(close => <Passwords made={made} onClose={close} />);
+
 /** Gives everybody a password that is made up; they are shown this once. */
 export async function askPasswords(people: Selection): Promise<void> {
     if (!(await confirmed(t("passwords.ask", { people: counted("people.count", people.count) }), t("passwords.go")))) {
@@ -226,7 +234,7 @@ export async function askPasswords(people: Selection): Promise<void> {
         const own = answer?.password ? [{ login: answer.outcomes?.[0]?.name ?? "", password: answer.password }] : [];
         const made = answer?.passwords ?? own;
         if (made.length > 0) {
-            openDialog(close => <Passwords made={made} onClose={close} />);
+            openPasswords(made);
         }
     } catch (error) {
         toast(sentence(error));
@@ -243,9 +251,10 @@ let carried: Carried | undefined;
 export const carry = (what: Carried | undefined) => {
     carried = what;
 };
-export const cut = (what: Carried) => {
-    carry(what);
-    toast(t("cut", { what: "group" in what ? what.group.name : counted("people.count", what.people.count) }));
+export const sayCut = (what: string) => toast(t("cut", { what }));
+export const cut = (people: Selection, from: string) => {
+    carry({ people, from });
+    sayCut(counted("people.count", people.count));
 };
 /** Whether what is carried can be put into a place. */
 export const canDrop = (place: Place | undefined) =>

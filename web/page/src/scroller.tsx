@@ -4,6 +4,19 @@ import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 
 const kOverscan = 6;
 
+/** What the keys do that go from line to line. @param page  the lines of a page. @param move  goes to a line. */
+export function steps(active: number, count: number, page: number, move: (to: number) => void): Record<string, () => void> {
+    const to = (line: number) => () => move(Math.max(0, Math.min(count - 1, line)));
+    return {
+        ArrowDown: to(active + 1),
+        ArrowUp: to(active - 1),
+        PageDown: to(active + page),
+        PageUp: to(active - page),
+        Home: to(0),
+        End: to(count - 1),
+    };
+}
+
 interface Props {
     role: "tree" | "grid";
     label: string;

@@ -182,7 +182,7 @@ function Security(props: { id: number; record: Row }) {
                     onClick={() =>
                         askFor(
                             t("password.set"),
-                            [{ name: "password", label: t("signin.password"), type: "password", required: true }],
+                            [{ name: "password", label: t("signin.password"), type: "password", required: true, help: t("password.rules") }],
                             t("save"),
                             async values =>
                                 (await change("user/password/set", { USER: user, password: values["password"] ?? "" })) !== null,

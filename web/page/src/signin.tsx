@@ -1,102 +1,61 @@
 // Who somebody is.
 import { useState } from "preact/hooks";
 import { Problem, type Session, setUp, signIn, stepUp } from "./api";
-import { Dialog, Trouble, sentence } from "./dialogs";
+import { Dialog } from "./dialogs";
+import { Door, Field, Form } from "./forms";
 import { go } from "./place";
 import { t } from "./texts";
-
-function Password(props: { label: string; name: string; isNew?: boolean; onInput: (text: string) => void }) {
-    return (
-        <div class="field">
-            <label for={props.name}>{props.label}</label>
-            <input
-                id={props.name}
-                type="password"
-                required
-                autocomplete={props.isNew ? "new-password" : "current-password"}
-                onInput={event => props.onInput(event.currentTarget.value)}
-            />
-        </div>
-    );
-}
 
 export function SignInForm(props: { login?: string; isFixed?: boolean; onDone: (session: Session) => void; isStepUp?: boolean }) {
     const [login, setLogin] = useState(props.login ?? "");
     const [password, setPassword] = useState("");
     const [code, setCode] = useState("");
     const [isCodeAsked, setCodeAsked] = useState(false);
-    const [trouble, setTrouble] = useState("");
-    const [isBusy, setBusy] = useState(false);
     return (
-        <form
-            onSubmit={async event => {
-                event.preventDefault();
-                setBusy(true);
-                setTrouble("");
-                try {
-                    props.onDone(props.isStepUp ? await stepUp(password, code) : await signIn(login, password, code));
-                } catch (error) {
-                    const isNext = error instanceof Problem && error.code === "code_required" && !isCodeAsked;
-                    setCodeAsked(isCodeAsked || isNext);
-                    setTrouble(isNext ? "" : sentence(error));
-                }
-                setBusy(false);
+        <Form
+            action={t("signin")}
+            work={async () => props.onDone(props.isStepUp ? await stepUp(password, code) : await signIn(login, password, code))}
+            onTrouble={error => {
+                const isNext = error instanceof Problem && error.code === "code_required" && !isCodeAsked;
+                setCodeAsked(isCodeAsked || isNext);
+                return !isNext;
             }}
         >
-            <Trouble text={trouble} />
-            <div class="field">
-                <label for="login">{t("signin.login")}</label>
-                <input
-                    id="login"
-                    dir="auto"
-                    required
-                    readOnly={props.isFixed}
-                    autocomplete="username"
-                    value={login}
-                    onInput={event => setLogin(event.currentTarget.value)}
-                />
-            </div>
-            <Password label={t("signin.password")} name="password" onInput={setPassword} />
+            <Field
+                id="login"
+                label={t("signin.login")}
+                autocomplete="username"
+                readOnly={props.isFixed}
+                value={login}
+                onInput={setLogin}
+            />
+            <Field
+                id="password"
+                label={t("signin.password")}
+                type="password"
+                autocomplete="current-password"
+                onInput={setPassword}
+            />
             {isCodeAsked && (
-                <div class="field">
-                    <label for="code">{t("signin.code")}</label>
-                    <input
-                        id="code"
-                        required
-                        autocomplete="one-time-code"
-                        aria-describedby="code-help"
-                        ref={field => {
-                            if (code === "") {
-                                field?.focus();
-                            }
-                        }}
-                        onInput={event => setCode(event.currentTarget.value)}
-                    />
-                    <p class="help" id="code-help">
-                        {t("signin.codehelp")}
-                    </p>
-                </div>
+                <Field
+                    id="code"
+                    label={t("signin.code")}
+                    autocomplete="one-time-code"
+                    isFocused={code === ""}
+                    help={t("signin.codehelp")}
+                    onInput={setCode}
+                />
             )}
-            <div class="buttons">
-                <button class="main" disabled={isBusy}>
-                    {t("signin")}
-                </button>
-            </div>
-        </form>
+        </Form>
     );
 }
 
-export function SignInPage(props: { login: string; notice: string; onDone: (session: Session) => void }) {
-    return (
-        <main class="door">
-            <h1>
-                <img src="/icon.svg" alt="" width="28" height="28" /> {t("signin.title")}
-            </h1>
-            {props.notice && <p role="status">{props.notice}</p>}
-            <SignInForm login={props.login} onDone={props.onDone} />
-        </main>
-    );
-}
+export const SignInPage = (props: { login: string; notice: string; onDone: (session: Session) => void }) => (
+    <Door title={t("signin.title")}>
+        {props.notice && <p role="status">{props.notice}</p>}
+        <SignInForm login={props.login} onDone={props.onDone} />
+    </Door>
+);
 
 /** Over the page: what was entered stays. */
 export function SignInDialog(props: {
@@ -116,36 +75,30 @@ export function SignInDialog(props: {
 export function SetupPage(props: { onDone: (login: string) => void }) {
     const [first, setFirst] = useState("");
     const [second, setSecond] = useState("");
-    const [trouble, setTrouble] = useState("");
     return (
-        <main class="door">
-            <h1>
-                <img src="/icon.svg" alt="" width="28" height="28" /> {t("setup.title")}
-            </h1>
+        <Door title={t("setup.title")}>
             <p>{t("setup.text")}</p>
-            <form
-                onSubmit={async event => {
-                    event.preventDefault();
+            <Form
+                action={t("setup.go")}
+                work={async () => {
                     if (first !== second) {
-                        setTrouble(t("setup.differ"));
-                        return;
+                        throw new Problem(0, "", t("setup.differ"));
                     }
-                    try {
-                        const done = await setUp(location.hash.slice(1), first);
-                        await go("/", {}, "replace");
-                        props.onDone(done.login);
-                    } catch (error) {
-                        setTrouble(sentence(error));
-                    }
+                    const done = await setUp(location.hash.slice(1), first);
+                    await go("/", {}, "replace");
+                    props.onDone(done.login);
                 }}
             >
-                <Trouble text={trouble} />
-                <Password label={t("signin.password")} name="first" isNew onInput={setFirst} />
-                <Password label={t("setup.repeat")} name="second" isNew onInput={setSecond} />
-                <div class="buttons">
-                    <button class="main">{t("setup.go")}</button>
-                </div>
-            </form>
-        </main>
+                <Field
+                    id="first"
+                    label={t("signin.password")}
+                    type="password"
+                    autocomplete="new-password"
+                    help={t("password.rules")}
+                    onInput={setFirst}
+                />
+                <Field id="second" label={t("setup.repeat")} type="password" autocomplete="new-password" onInput={setSecond} />
+            </Form>
+        </Door>
     );
 }

@@ -4,7 +4,7 @@ import { type Place, type Step, findPlaces, listPlaces, may } from "./api";
 import { type Line, parentOf, useTree } from "./branches";
 import { Trouble, askFor, change, changeOrSay, sentence } from "./dialogs";
 import { Icon } from "./icons";
-import { canDrop, carry, cut, drop } from "./people";
+import { canDrop, carry, drop, sayCut } from "./people";
 import { argumentOf, suggestGroups } from "./pickers";
 import { t } from "./texts";
 
@@ -22,8 +22,6 @@ async function read(parent: string, offset: number): Promise<{ total: number; ro
 export function Tree(props: { chosen: string; trail: Step[] | undefined; path: string | undefined; onChoose: (key: string) => void }) {
     const [trouble, setTrouble] = useState("");
     const [filter, setFilter] = useState("");
-    /** The line that something is dragged over. */
-    const [over, setOver] = useState("");
     const [found, setFound] = useState<(Step & { path: string })[]>([]);
     const tree = useTree<Place>({
         id: "tree",
@@ -35,12 +33,7 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
         count: place => place.people,
         onChoose: place => place.key !== "nowhere" && props.onChoose(place.key),
         onKey: (event, line) => {
-            const isCommand = event.ctrlKey || event.metaKey;
-            if (isCommand && event.key === "x" && line.node?.key.startsWith("group:")) {
-                cut({ group: line.node, from: parentOf(line) });
-            } else if (isCommand && event.key === "v" && line.node && canDrop(line.node)) {
-                drop(line.node, false);
-            } else if (event.key === "F2" && may("group/rename")) {
+            if (event.key === "F2" && may("group/rename")) {
                 rename(line);
             } else if (event.key === "Delete" && may("group/delete")) {
                 void remove(line);
@@ -49,27 +42,13 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
             }
             return true;
         },
-        attributes: line => ({
-            class: line.way === over ? "over" : "",
-            draggable: line.node?.key.startsWith("group:") ?? false,
-            onDragStart: event => {
-                event.dataTransfer?.setData("text/plain", line.node?.name ?? "");
-                line.node && carry({ group: line.node, from: parentOf(line) });
-            },
-            onDragEnd: () => carry(undefined),
-            onDragOver: event => {
-                if (canDrop(line.node)) {
-                    event.preventDefault();
-                    setOver(line.way);
-                }
-            },
-            onDragLeave: () => setOver(before => (before === line.way ? "" : before)),
-            onDrop: event => {
-                event.preventDefault();
-                setOver("");
-                line.node && drop(line.node, event.ctrlKey);
-            },
-        }),
+        carrying: {
+            isMovable: line => line.node?.key.startsWith("group:") ?? false,
+            carry: line => carry(line?.node && { group: line.node, from: parentOf(line) }),
+            cut: line => sayCut(line.node?.name ?? ""),
+            canDrop,
+            drop,
+        },
     });
 
     const create = () =>

@@ -2,6 +2,7 @@
 import { useEffect, useState } from "preact/hooks";
 import { type NewTotp, type Session, beginTotp, confirmTotp, currentSession, removeTotp } from "./api";
 import { Dialog, Lines, Trouble, openDialog, sentence } from "./dialogs";
+import { Door, Field, Form } from "./forms";
 import { t } from "./texts";
 
 /** @param onDone  is told of the session once somebody has read all that is shown. */
@@ -37,31 +38,14 @@ function TwoStep(props: { onDone: (session: Session) => void }) {
     }
     if (made) {
         return (
-            <form
-                onSubmit={event => {
-                    event.preventDefault();
-                    void attempt(async () => setSession(await confirmTotp(code)));
-                }}
-            >
+            <Form action={t("totp.confirm")} work={async () => setSession(await confirmTotp(code))}>
                 <p>{t("totp.secret")}</p>
                 <p class="secret">{made.secret}</p>
                 <p>
                     <a href={made.uri}>{t("totp.link")}</a>
                 </p>
-                <Trouble text={trouble} />
-                <div class="field">
-                    <label for="totp-code">{t("signin.code")}</label>
-                    <input
-                        id="totp-code"
-                        required
-                        autocomplete="one-time-code"
-                        onInput={event => setCode(event.currentTarget.value)}
-                    />
-                </div>
-                <div class="buttons">
-                    <button class="main">{t("totp.confirm")}</button>
-                </div>
-            </form>
+                <Field id="totp-code" label={t("signin.code")} autocomplete="one-time-code" onInput={setCode} />
+            </Form>
         );
     }
     return (
@@ -83,20 +67,50 @@ function TwoStep(props: { onDone: (session: Session) => void }) {
     );
 }
 
-export const openTwoStep = () =>
+/** @param onDone  is told of the session once codes were set up or removed. */
+export const openTwoStep = (onDone: (session: Session) => void) =>
     openDialog(close => (
         <Dialog title={t("totp")} onClose={close}>
-            <TwoStep onDone={close} />
+            <TwoStep
+                onDone={session => {
+                    onDone(session);
+                    close();
+                }}
+            />
         </Dialog>
     ));
 
 /** In place of all else, where the server lets nobody in without one-time codes. */
 export const TwoStepPage = (props: { onDone: (session: Session) => void }) => (
-    <main class="door">
-        <h1>
-            <img src="/icon.svg" alt="" width="28" height="28" /> {t("totp")}
-        </h1>
+    <Door title={t("totp")}>
         <p>{t("totp.required")}</p>
         <TwoStep onDone={props.onDone} />
-    </main>
+    </Door>
 );
+
+const kDeclined = "two-step";
+/** The ids of who has said here that he does not want them now. */
+const declined = () => (localStorage.getItem(kDeclined) ?? "").split(" ");
+
+/** Offers one-time codes to who signs in without them, until he sets them up or says no. */
+export function TwoStepOffer(props: { session: Session; onDone: (session: Session) => void }) {
+    const { session } = props;
+    const [isOpen, setOpen] = useState(!declined().includes(String(session.id)));
+    if (session.totp || !isOpen) {
+        return null;
+    }
+    return (
+        <aside class="offer" aria-label={t("totp")}>
+            <span>{t("totp.off")}</span>
+            <button onClick={() => openTwoStep(props.onDone)}>{t("totp.offer")}</button>
+            <button
+                onClick={() => {
+                    localStorage.setItem(kDeclined, [...declined(), session.id].join(" ").trim());
+                    setOpen(false);
+                }}
+            >
+                {t("totp.notnow")}
+            </button>
+        </aside>
+    );
+}
