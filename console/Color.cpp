@@ -57,6 +57,8 @@ void WriteStyled(std::ostream& out, std::string_view text, Style style, bool has
     WriteSequence(out, "\x1B[0m");
 }
 
+bool HasColorOption(const std::vector<std::string>& words) { return !GivenColor(words).empty(); }
+
 void ChooseColors(Terminal& terminal, const std::vector<std::string>& words, std::string_view configured)
 {
     const std::string_view written = GivenColor(words);

@@ -15,6 +15,9 @@ enum class Style : std::uint8_t { heading, error };
 /// Writes a text in a style, where colours are wanted; else as it is.
 void WriteStyled(std::ostream& out, std::string_view text, Style style, bool hasColor);
 
+/// Whether the words of a command line have --color.
+bool HasColorOption(const std::vector<std::string>& words);
+
 /// Turns colours on or off, by the words of a command line: those of --color, else as the configuration says, else
 /// where a terminal is and neither NO_COLOR nor TERM=dumb is in the environment.
 /// @param configured  auto, always or never.

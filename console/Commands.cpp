@@ -339,7 +339,10 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, Sha
 Exit RunLogged(const std::vector<std::string>& words, Terminal& given, SharedSession* shared)
 {
     Terminal terminal = given;
-    ChooseColors(terminal, words);
+    // A line of several has the colours of the command that runs them, unless it says otherwise.
+    if (shared == nullptr || HasColorOption(words)) {
+        ChooseColors(terminal, words);
+    }
     RunReport report;
     const Exit exit = RunReporting(words, terminal, shared, report);
     try {

@@ -5,7 +5,6 @@
 #include "console/TerminalFrontEnd.h"
 #include "management/Text.h"
 #include "management/exchange/DirectoryDiff.h"
-#include "management/exchange/LineReader.h"
 
 #include <fmt/format.h>
 
@@ -48,11 +47,11 @@ bool IsFile(const std::string& other)
     return other.find(':') == std::string::npos || std::filesystem::exists(other, error);
 }
 
-DirectoryLines LinesOf(const Arguments& arguments, TerminalFrontEnd& frontEnd)
+DirectoryLines LinesOf(const Arguments& arguments, const ExportScope& scope, TerminalFrontEnd& frontEnd)
 {
     Session session(arguments, Session::Indexes::leftAlone);
     Call call([&]() -> CAConnect& { return session.Directory().Connection(); }, frontEnd, {});
-    return DirectoryLines::Of(call);
+    return DirectoryLines::Of(call, scope, true);
 }
 
 DirectoryLines LinesOfFile(const std::string& path, std::istream& standardInput)
@@ -60,7 +59,7 @@ DirectoryLines LinesOfFile(const std::string& path, std::istream& standardInput)
     SourceFile file(path, standardInput);
     LineReader reader(file.Stream(), file.Name());
     reader.RequireHead();
-    return DirectoryLines::Of(reader, file.Name());
+    return DirectoryLines::Of(reader);
 }
 
 std::string Summary(const std::vector<DirectoryDifference>& differences)
@@ -85,16 +84,19 @@ Exit Diff(const LocalCall& call)
         other.db = in.other;
     }
     TerminalFrontEnd frontEnd(kDiffRow, call.given, call.arguments.format, call.terminal);
-    const DirectoryLines here = LinesOf(call.arguments, frontEnd);
-    const DirectoryLines there = isFile ? LinesOfFile(in.other, call.terminal.in) : LinesOf(other, frontEnd);
+    const DirectoryLines there = isFile ? LinesOfFile(in.other, call.terminal.in) : LinesOf(other, {}, frontEnd);
+    const DirectoryLines here = LinesOf(call.arguments, there.Scope(), frontEnd);
     frontEnd.HideProgress();
-    const std::vector<DirectoryDifference> differences = Differences(here, there, isFile);
+    const std::vector<DirectoryDifference> differences = Differences(here, there);
     for (const DirectoryDifference& difference : differences) {
         frontEnd.TakeRow(MakeRow(TextValue(std::string(difference.noun->name)), TextValue(difference.name),
                                  TextValue(std::string(kDifferenceKinds.at(static_cast<std::size_t>(difference.kind)))),
                                  TextValue(std::string(difference.member)), difference.here, difference.there));
     }
     call.terminal.err << (differences.empty() ? "there is no difference" : Summary(differences)) << '\n';
+    if (const std::string left = here.NotCompared(there, in.other); !left.empty()) {
+        call.terminal.err << left << '\n';
+    }
     Result result;
     result.hasFindings = !differences.empty();
     return frontEnd.Finish(result);

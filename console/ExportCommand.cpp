@@ -40,17 +40,6 @@ constexpr Param<ExportInput> kExportParams[] = {
     {"base", &ExportInput::base, Kind::text, "of the distinguished names of ldif, such as dc=example,dc=org"},
 };
 
-std::vector<std::string> SplitAtCommas(const std::string& text)
-{
-    std::vector<std::string> parts;
-    for (std::size_t begin = 0; begin <= text.size();) {
-        const std::size_t end = std::min(text.find(',', begin), text.size());
-        parts.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return parts;
-}
-
 constexpr Command kNoRow = {};
 
 /// Writes what is exported to a file or standard output.
@@ -138,7 +127,7 @@ bool WriteAll(Call& call, std::string_view format, const ExportOptions& options,
               ExportReport& report)
 {
     if (format == "json") {
-        frontEnd.Begin(std::string(kExportHead));
+        frontEnd.Begin(ExportHead(call.Connection(), options));
         return ExportDirectory(
             call, options, [&](const std::string& line) { frontEnd.Stream() << line << '\n'; }, report);
     }

@@ -233,17 +233,6 @@ void ReadAction(const std::string& action, SynchronisationOptions& options)
     }
 }
 
-/// What --max-leavers says.
-void ReadMost(std::string most, SynchronisationOptions& options)
-{
-    const bool isPercent = most.ends_with('%');
-    if (isPercent) {
-        most.pop_back();
-    }
-    const auto number = binding::ReadNumber("max_leavers", most, isPercent ? Range{0, 100} : Range{0, kLimit.most}, {});
-    (isPercent ? options.mostPercent : options.most) = static_cast<int>(number);
-}
-
 /// @throws Error (invalid) for options that --sync and only --sync takes.
 std::optional<SynchronisationOptions> SynchronisationOf(const ImportInput& in)
 {
@@ -259,7 +248,9 @@ std::optional<SynchronisationOptions> SynchronisationOf(const ImportInput& in)
     }
     SynchronisationOptions options{.scope = *in.scope, .allowPrivileges = in.allowPrivileges};
     ReadAction(in.leavers.value_or("list"), options);
-    ReadMost(in.maxLeavers.value_or("5%"), options);
+    if (in.maxLeavers) {
+        options.limit = RemovalLimit("max_leavers", *in.maxLeavers);
+    }
     return options;
 }
 

@@ -163,7 +163,7 @@ void TerminalFrontEnd::StoreSecrets(const std::string& file, const std::vector<U
     m_secrets->Flush();
 }
 
-std::string TerminalFrontEnd::ReadText(const std::string& name) { return ReadTextFile(name); }
+std::string TerminalFrontEnd::ReadText(const std::string& name) { return ReadTextFile(name, m_terminal.in); }
 
 void TerminalFrontEnd::FinishSecrets()
 {

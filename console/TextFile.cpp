@@ -2,6 +2,7 @@
 
 #include "console/ExitCode.h"
 #include "console/FileBuffer.h"
+#include "console/SourceFile.h"
 #include "management/Text.h"
 #include "platform/CodePage.h"
 
@@ -14,6 +15,17 @@
 #include <iterator>
 
 namespace console {
+
+namespace {
+
+void RequireUtf8(const std::string& text, const std::string& name)
+{
+    if (!platform::IsValidUtf8(text)) {
+        throw Error(ErrorCode::failed, fmt::format("{} is not UTF-8", name));
+    }
+}
+
+} // namespace
 
 std::string ReadTextFile(const std::string& path)
 {
@@ -31,9 +43,17 @@ std::string ReadTextFile(const std::string& path)
     if (error != 0) {
         throw Error(ErrorCode::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(error)));
     }
-    if (!platform::IsValidUtf8(text)) {
-        throw Error(ErrorCode::failed, fmt::format("{} is not UTF-8", Visible(path)));
+    RequireUtf8(text, Visible(path));
+    return text;
+}
+
+std::string ReadTextFile(const std::string& path, std::istream& standardInput)
+{
+    if (path != kStandardStream) {
+        return ReadTextFile(path);
     }
+    std::string text{std::istreambuf_iterator<char>(standardInput), {}};
+    RequireUtf8(text, "standard input");
     return text;
 }
 

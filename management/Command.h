@@ -319,10 +319,9 @@ Planned PlanAgain(Call& call, const In& in, const Planned& shown)
 /// Runs `Planned PlanOf(Call&, const In&)`, shows the plan and asks, works it out once more inside a Change, refuses
 /// when it differs from what was shown, and runs `Result Body(Call&, const In&, const Planned&)` inside the same
 /// Change. Planned is a Plan or derived from it, and comparable.
-template <auto PlanOf, auto Body, auto& Params>
-Result WritePlanned(Call& call, const ArgumentSource& source)
+template <auto PlanOf, auto Body, class In>
+Result RunPlanned(Call& call, const In& in)
 {
-    const auto in = binding::ReadInput<Params>(source);
     const auto shown = PlanOf(call, in);
     call.Confirm(shown);
     Change change(call);
@@ -330,6 +329,11 @@ Result WritePlanned(Call& call, const ArgumentSource& source)
     Result result = Body(call, in, present);
     change.Finish();
     return result;
+}
+template <auto PlanOf, auto Body, auto& Params>
+Result WritePlanned(Call& call, const ArgumentSource& source)
+{
+    return RunPlanned<PlanOf, Body>(call, binding::ReadInput<Params>(source));
 }
 
 /// Runs `Planned PlanOf(Call&, const In&)`, shows the plan and asks, calls `Obtained SecretOf(Call&, const In&, const

@@ -20,6 +20,9 @@ namespace documents {
 std::span<const Command> DocRootCommands();
 std::span<const Command> FolderCommands();
 } // namespace documents
+namespace exchange {
+std::span<const Command> ApplyCommands();
+} // namespace exchange
 namespace organisation {
 std::span<const Command> GroupCommands();
 std::span<const Command> MemberCommands();
@@ -74,7 +77,8 @@ const std::vector<Command>& Commands()
               documents::FolderCommands(),   plans::PlanCommands(),          plans::DocLogCommands(),
               settings::SettingCommands(),   messages::MessageCommands(),    messages::LoginLogCommands(),
               addins::AddInCommands(),       addins::PackageCommands(),      board::BoardCommands(),
-              audit::AuditCommands(),        webconsole::ConsoleCommands(),  check::CheckCommands()}) {
+              audit::AuditCommands(),        webconsole::ConsoleCommands(),  check::CheckCommands(),
+              exchange::ApplyCommands()}) {
             all.insert(all.end(), noun.begin(), noun.end());
         }
         return all;

@@ -101,6 +101,17 @@ std::string ShellQuoted(std::string_view word)
     return quoted + "'";
 }
 
+std::vector<std::string> SplitAtCommas(std::string_view text)
+{
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(',', begin), text.size());
+        parts.emplace_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return parts;
+}
+
 bool HasControlCharacter(std::string_view text)
 {
     bool found = false;

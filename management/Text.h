@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace management {
 
@@ -21,6 +22,8 @@ std::string ShellQuoted(std::string_view word);
 /// Whether a byte of UTF-8 goes on with the character of the one before it.
 constexpr bool ContinuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
+/// What is between the commas of a text, in their order; of the empty text, one empty part.
+std::vector<std::string> SplitAtCommas(std::string_view text);
 bool HasControlCharacter(std::string_view text);
 bool HasOuterBlanks(std::string_view text);
 /// "1 user", "3 users".

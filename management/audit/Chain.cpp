@@ -41,13 +41,13 @@ StoredRow Stored(const RowChange& change)
     row.before = pack(change.before);
     row.after = pack(change.after);
     const std::optional<AuditedRow>& content = change.after ? change.after : change.before;
-    std::vector<std::string> all;
-    if (content && (change.key.empty() || ValueIn(*content, "Col_ID"))) {
-        all = ItemsOf(*change.table, *content);
-    } else if (content) {
-        AuditedRow withId = *content;
-        withId.emplace_back("Col_ID", change.key);
-        all = ItemsOf(*change.table, withId);
+    std::vector<std::string> all = change.items;
+    if (change.count != 0 && content) {
+        AuditedRow whole = *content;
+        if (!change.key.empty() && !ValueIn(whole, "Col_ID")) {
+            whole.emplace_back("Col_ID", change.key);
+        }
+        all = ItemsOf(*change.table, whole);
     }
     row.item = all.empty() ? "" : all[0];
     row.otherItem = all.size() < 2 ? "" : all[1];

@@ -100,7 +100,11 @@ std::optional<RowChange> Compared(const AuditedTable& table, const std::string& 
             change.after->push_back((*after)[i]);
         }
     }
-    return change.before->empty() ? std::nullopt : std::optional(std::move(change));
+    if (change.before->empty()) {
+        return std::nullopt;
+    }
+    change.items = ItemsOf(table, *after);
+    return change;
 }
 
 /// Takes the first of the rows that does not differ from this one in what is known of it. @return whether there was

@@ -36,6 +36,7 @@ struct RowChange {
     std::int64_t count = 1;                ///< how many rows came, or, below 0, went; of a row that stayed 0
     std::optional<AuditedRow> before = {}; ///< of a row that stayed, only what changed; likewise below
     std::optional<AuditedRow> after = {};
+    std::vector<std::string> items = {}; ///< as ItemsOf has them, of a row that stayed
 };
 
 /// Watches what is written to a directory and records it: rows before and after, whatever statement wrote them. Lives

@@ -1,13 +1,14 @@
 #include "management/exchange/DirectoryDiff.h"
 
 #include "management/Names.h"
+#include "management/Text.h"
 #include "management/audit/AuditedRow.h"
 #include "management/exchange/Export.h"
-#include "management/exchange/LineReader.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <span>
 #include <sstream>
@@ -104,86 +105,165 @@ void AddDiffering(const ExportedLine& here, const ExportedLine& there, std::vect
         const std::vector<const JsonMember*> other = FindAll(there.object, member.name);
         if (!own.empty() && !other.empty() && !AreSame(member, own, other)) {
             differences.push_back({here.noun, NameOf(here), DirectoryDifference::Kind::differs, member.name,
-                                   ValueOf(here, member, own), ValueOf(there, member, other)});
+                                   ValueOf(here, member, own), ValueOf(there, member, other), &here, &there});
         }
     }
 }
 
-/// Adds what differs between the lines of one key.
-void Compare(const Lines& here, const Lines& there, bool lacksSecrets, std::vector<DirectoryDifference>& differences)
+/// Lines of one key that no line on the other side equals, and as many pairs of them as there are.
+struct Unequal {
+    std::vector<const ExportedLine*> here;
+    std::vector<const ExportedLine*> there;
+    std::size_t pairs = 0;
+};
+
+Unequal UnequalLines(const Lines& here, const Lines& there)
 {
-    std::vector<const ExportedLine*> left;
-    std::vector<const ExportedLine*> right;
-    std::ranges::transform(here, std::back_inserter(left), [](const ExportedLine& line) { return &line; });
-    std::ranges::transform(there, std::back_inserter(right), [](const ExportedLine& line) { return &line; });
-    // Those that are equal come together first.
-    std::erase_if(left, [&right](const ExportedLine* line) {
-        const auto same = std::ranges::find_if(right, [line](const ExportedLine* other) {
+    Unequal lines;
+    std::ranges::transform(here, std::back_inserter(lines.here), [](const ExportedLine& line) { return &line; });
+    std::ranges::transform(there, std::back_inserter(lines.there), [](const ExportedLine& line) { return &line; });
+    std::erase_if(lines.here, [&lines](const ExportedLine* line) {
+        const auto same = std::ranges::find_if(lines.there, [line](const ExportedLine* other) {
             std::vector<DirectoryDifference> none;
             AddDiffering(*line, *other, none);
             return none.empty();
         });
-        const bool isFound = same != right.end();
+        const bool isFound = same != lines.there.end();
         if (isFound) {
-            right.erase(same);
+            lines.there.erase(same);
         }
         return isFound;
     });
-    const std::size_t pairs = std::min(left.size(), right.size());
-    for (std::size_t i = 0; i < pairs; ++i) {
-        AddDiffering(*left[i], *right[i], differences);
-    }
-    for (const ExportedLine* line : std::span(left).subspan(pairs)) {
-        if (!lacksSecrets || !HasSecretSetting(*line)) {
-            differences.push_back({line->noun, NameOf(*line), DirectoryDifference::Kind::onlyHere});
-        }
-    }
-    for (const ExportedLine* line : std::span(right).subspan(pairs)) {
-        differences.push_back({line->noun, NameOf(*line), DirectoryDifference::Kind::onlyThere});
-    }
+    lines.pairs = std::min(lines.here.size(), lines.there.size());
+    return lines;
+}
+
+/// Whether a name is that of a view or group, or of a group below it. @param top  as the first line of a part has it.
+bool IsAtOrBelow(const std::string& name, const std::string& top)
+{
+    const std::string key = NameKey(name);
+    const std::string topKey = NameKey(top);
+    return key == topKey || key.starts_with(topKey + "/");
 }
 
 } // namespace
 
-DirectoryLines DirectoryLines::Of(Call& call)
+DirectoryLines DirectoryLines::Of(Call& call, const ExportScope& scope, bool atOneMoment)
 {
     DirectoryLines lines;
     ExportOptions options;
     options.withPasswords = true;
-    ExportReport report;
-    const bool isDone = ExportDirectory(
-        call, options, [&lines](const std::string& text) { lines.Add(ParseExportedLine(text, 0)); }, report);
-    if (!isDone) {
-        throw Error(ErrorCode::failed, "stopped by a signal");
+    options.atOneMoment = atOneMoment;
+    const auto read = [&](const std::function<void(ExportedLine)>& take) {
+        ExportReport report;
+        const bool isDone = ExportDirectory(
+            call, options, [&take](const std::string& text) { take(ParseExportedLine(text, 0)); }, report);
+        if (!isDone) {
+            throw Error(ErrorCode::failed, "stopped by a signal");
+        }
+    };
+    read([&lines](ExportedLine line) { lines.Add(std::move(line)); });
+    if (!scope.in) {
+        return lines;
+    }
+    options.in = scope.in;
+    try {
+        read([&lines](const ExportedLine& line) { lines.m_part.insert(KeyOf(line)); });
+    } catch (const Error& e) {
+        if (e.Code() != ErrorCode::notFound) {
+            throw;
+        } // and nothing is in the part
     }
     return lines;
 }
 
-DirectoryLines DirectoryLines::Of(LineSource& source, const std::string& name)
+DirectoryLines DirectoryLines::Of(LineReader& reader)
 {
     DirectoryLines lines;
-    while (std::optional<ExportedLine> line = source.Next()) {
+    lines.m_isFile = true;
+    lines.m_scope = reader.Scope();
+    lines.m_nouns.insert(lines.m_scope.nouns.begin(), lines.m_scope.nouns.end());
+    while (std::optional<ExportedLine> line = reader.Next()) {
         if (!line->problem.empty()) {
-            throw Error(ErrorCode::invalid, fmt::format("{}:{}: {}", name, line->number, line->problem));
+            throw Error(ErrorCode::invalid, fmt::format("{}:{}: {}", reader.Name(), line->number, line->problem));
         }
+        lines.m_nouns.insert(line->noun);
         lines.Add(std::move(*line));
     }
-    if (source.Failed()) {
-        throw Error(ErrorCode::failed, fmt::format("{} cannot be read", name));
+    if (reader.Failed()) {
+        throw Error(ErrorCode::failed, fmt::format("{} cannot be read", reader.Name()));
     }
     return lines;
+}
+
+DirectoryLines::Key DirectoryLines::KeyOf(const ExportedLine& line)
+{
+    return {line.noun - Nouns().data(), NameKey(NameOf(line))};
 }
 
 void DirectoryLines::Add(ExportedLine line)
 {
-    const std::ptrdiff_t noun = line.noun - Nouns().data();
-    std::string key = NameKey(NameOf(line));
-    m_lines[{noun, std::move(key)}].push_back(std::move(line));
+    Key key = KeyOf(line);
+    m_lines[std::move(key)].push_back(std::move(line));
 }
 
-std::vector<DirectoryDifference> Differences(const DirectoryLines& here, const DirectoryLines& there, bool lacksSecrets)
+bool DirectoryLines::Covers(const ExportedLine& line, const DirectoryLines& here) const
+{
+    return !m_isFile ||
+           (m_nouns.contains(line.noun) && (!m_scope.in || (here.m_part.contains(KeyOf(line)) && IsOfPart(line))));
+}
+
+bool DirectoryLines::IsOfPart(const ExportedLine& line) const
+{
+    const MemberKind item = line.noun->item;
+    if (item != MemberKind::text || line.noun->name == "user") {
+        return item == MemberKind::group && IsAtOrBelow(NameOf(line), *m_scope.in) &&
+               NameKey(NameOf(line)) != NameKey(*m_scope.in);
+    }
+    return std::ranges::any_of(line.object, [this](const JsonMember& member) {
+        const std::string text = TextOf(member.value);
+        const bool isUser = member.part == "user" || member.name == "user";
+        return isUser ? m_lines.contains({0, NameKey(text)})
+                      : IsAtOrBelow(member.part == "view" ? "/" + text : text, *m_scope.in);
+    });
+}
+
+std::size_t DirectoryLines::CountCovered(const DirectoryLines& file) const
+{
+    std::size_t count = 0;
+    for (const auto& [key, lines] : m_lines) {
+        count += file.Covers(lines.front(), *this) ? lines.size() : 0;
+    }
+    return count;
+}
+
+std::string DirectoryLines::NotCompared(const DirectoryLines& file, std::string_view name) const
+{
+    std::map<std::ptrdiff_t, std::size_t> counts;
+    for (const auto& [key, lines] : m_lines) {
+        const bool isLeft = file.m_isFile && file.m_scope.nouns.empty() && (!file.m_scope.in || m_part.contains(key)) &&
+                            !file.m_nouns.contains(lines.front().noun) && !HasSecretSetting(lines.front());
+        if (isLeft) {
+            counts[key.first] += lines.size();
+        }
+    }
+    std::string list;
+    for (const auto& [noun, count] : counts) {
+        const Noun& kind = Nouns()[static_cast<std::size_t>(noun)];
+        list += fmt::format("{}{} {}", list.empty() ? "" : ", ", count, count == 1 ? kind.name : kind.plural);
+    }
+    return list.empty() ? "" : fmt::format("left alone, since {} has no line of that kind: {}", Visible(name), list);
+}
+
+const std::vector<ExportedLine>& DirectoryLines::LinesAbout(const ExportedLine& line) const
+{
+    return m_lines.at(KeyOf(line));
+}
+
+std::vector<DirectoryDifference> Differences(const DirectoryLines& here, const DirectoryLines& there)
 {
     static const Lines kNone;
+    using Kind = DirectoryDifference::Kind;
     std::vector<DirectoryDifference> differences;
     auto left = here.m_lines.begin();
     auto right = there.m_lines.begin();
@@ -191,7 +271,18 @@ std::vector<DirectoryDifference> Differences(const DirectoryLines& here, const D
         const bool isLeft = right == there.m_lines.end() || (left != here.m_lines.end() && left->first <= right->first);
         const bool isRight =
             left == here.m_lines.end() || (right != there.m_lines.end() && right->first <= left->first);
-        Compare(isLeft ? left->second : kNone, isRight ? right->second : kNone, lacksSecrets, differences);
+        const Unequal lines = UnequalLines(isLeft ? left->second : kNone, isRight ? right->second : kNone);
+        for (std::size_t i = 0; i < lines.pairs; ++i) {
+            AddDiffering(*lines.here[i], *lines.there[i], differences);
+        }
+        for (const ExportedLine* line : std::span(lines.here).subspan(lines.pairs)) {
+            if (there.Covers(*line, here) && !(there.m_isFile && HasSecretSetting(*line))) {
+                differences.push_back({line->noun, NameOf(*line), Kind::onlyHere, {}, {}, {}, line, nullptr});
+            }
+        }
+        for (const ExportedLine* line : std::span(lines.there).subspan(lines.pairs)) {
+            differences.push_back({line->noun, NameOf(*line), Kind::onlyThere, {}, {}, {}, nullptr, line});
+        }
         left = isLeft ? std::next(left) : left;
         right = isRight ? std::next(right) : right;
     }

@@ -4,6 +4,7 @@
 #include "management/DatabaseError.h"
 #include "management/Lengths.h"
 #include "management/Query.h"
+#include "management/Text.h"
 #include "management/exchange/DirectoryWriter.h"
 #include "management/exchange/ItemNames.h"
 #include "management/exchange/LineReader.h"
@@ -31,10 +32,14 @@ constexpr const char* kBackToMark = "ROLLBACK TO SAVEPOINT qv_block";
 
 class Importer {
 public:
-    Importer(Call& call, const DirectoryImportOptions& options, LineSource& reader, ImportReport& report)
+    /// @param allOrNothing  the file's name, where everything is done in the caller's Change, and the first line that
+    /// cannot be stored ends it.
+    Importer(Call& call, const DirectoryImportOptions& options, LineSource& reader, ImportReport& report,
+             std::optional<std::string> allOrNothing)
         : m_call(call),
           m_conn(call.Connection()),
-          m_dryRun(call.Options().dryRun),
+          m_allOrNothing(std::move(allOrNothing)),
+          m_isOneTransaction(call.Options().dryRun || m_allOrNothing),
           m_options(options),
           m_reader(reader),
           m_report(report)
@@ -43,9 +48,11 @@ public:
 
     void Run(const std::optional<long>& total)
     {
-        m_call.Front().TakeColumns({kResultColumns.begin(), kResultColumns.end()});
+        if (!m_allOrNothing) {
+            m_call.Front().TakeColumns({kResultColumns.begin(), kResultColumns.end()});
+        }
         m_call.Front().ShowProgress(0, total);
-        if (m_dryRun) {
+        if (m_isOneTransaction && !m_allOrNothing) {
             m_change.emplace(m_call);
         }
         m_next = m_reader.Next();
@@ -54,7 +61,7 @@ public:
             ApplyBlock(lines);
             m_call.Front().ShowProgress(m_report.rows, total);
         }
-        if (m_dryRun) {
+        if (m_change) {
             m_change->Finish();
         }
     }
@@ -108,6 +115,9 @@ private:
             }
             Try({line, 1});
         }
+        if (m_allOrNothing) { // what was recorded of the block does not hold any more
+            throw Error(ErrorCode::database, m_refusal);
+        }
     }
 
     /// @return false when the engine refused something and there are several lines: nothing was done then.
@@ -125,6 +135,7 @@ private:
             }
             GoBack();
             if (lines.size() > 1) {
+                m_refusal = e.what();
                 return false;
             }
             MatchedLine failed;
@@ -141,7 +152,7 @@ private:
 
     void Begin()
     {
-        if (m_dryRun) {
+        if (m_isOneTransaction) {
             Execute(m_conn, kMark);
         } else {
             m_change.emplace(m_call);
@@ -150,7 +161,7 @@ private:
 
     void End()
     {
-        if (!m_dryRun) {
+        if (!m_isOneTransaction) {
             m_change->Finish();
             m_change.reset();
         }
@@ -158,7 +169,7 @@ private:
 
     void GoBack()
     {
-        if (m_dryRun) {
+        if (m_isOneTransaction) {
             Execute(m_conn, kBackToMark);
         } else {
             m_change.reset();
@@ -179,23 +190,11 @@ private:
             return all;
         }
         ReadNames();
-        std::vector<const Field*> fields;
-        if (noun->name == "user") {
-            for (const LineMember& member : noun->members) {
-                fields.push_back(FindField(member.name));
-            }
-        }
-        const UserBlock users(m_conn, LoginsIn(lines), fields);
-        const LineResolver resolver(*m_names, users);
-        for (const ExportedLine& line : lines) {
-            ResolvedLine resolved = resolver.Resolve(line);
-            std::string key = FoldedKey(*noun, resolved.values);
-            all.push_back({std::move(resolved), &line, std::move(key)});
-        }
+        LineMatcher matcher(m_conn, lines, *m_names);
+        all = matcher.Resolve();
         RequireLengths(*noun, all);
-        std::deque<PresentRow> rows = noun->name == "user" ? RowsOf(users) : ReadRows(m_conn, *noun, all);
-        MatchRows(*noun, all, rows);
-        DirectoryWriter(m_call, m_options, *noun, *m_names, m_made).Write(all, users.HasConfused());
+        matcher.FindRows(all);
+        DirectoryWriter(m_call, m_options, *noun, *m_names, m_made).Write(all, matcher.HasConfused());
         return all;
     }
 
@@ -239,6 +238,13 @@ private:
     {
         const ExportedLine& line = *wanted.line;
         const RowFate fate = wanted.problem.empty() ? wanted.fate : RowFate::failed;
+        if (m_allOrNothing) {
+            if (fate == RowFate::failed) {
+                throw Error(ErrorCode::conflict, fmt::format("{}:{}: {}; nothing was changed", Visible(*m_allOrNothing),
+                                                             line.number, wanted.problem));
+            }
+            return;
+        }
         ++m_report.counts.at(static_cast<std::size_t>(fate));
         ++m_report.rows;
         m_report.privileged += wanted.isPrivileged ? 1 : 0;
@@ -250,7 +256,9 @@ private:
 
     Call& m_call;
     CAConnect& m_conn;
-    bool m_dryRun;
+    std::optional<std::string> m_allOrNothing;
+    bool m_isOneTransaction;
+    std::string m_refusal; // by the engine, of several lines
     const DirectoryImportOptions& m_options;
     LineSource& m_reader;
     ImportReport& m_report;
@@ -258,7 +266,7 @@ private:
     std::string m_itemsState;                                    // when they were read
     std::map<std::string_view, schema::ColumnLengths> m_lengths; // by table
     std::optional<ExportedLine> m_next;
-    std::optional<Change> m_change; // of a dry run all the time
+    std::optional<Change> m_change; // of a dry run all the time; none in the caller's
     MadeItems m_made;
 };
 
@@ -285,11 +293,20 @@ void ImportLines(Call& call, LineSource& lines, const ImportSource& source, cons
         return;
     }
     try {
-        Importer(call, options, lines, report).Run(source.rows);
+        Importer(call, options, lines, report, std::nullopt).Run(source.rows);
     } catch (const DatabaseError& e) {
         throw Error(ErrorCode::database, fmt::format("stopped: {}", e.what()));
     }
     noteIfCutShort();
+}
+
+void StoreLines(Call& call, LineSource& lines, const std::string& name, const DirectoryImportOptions& options)
+{
+    ImportReport report;
+    Importer(call, options, lines, report, name).Run(std::nullopt);
+    if (call.Front().IsStopRequested()) {
+        throw Error(ErrorCode::failed, "stopped by a signal; nothing was changed");
+    }
 }
 
 } // namespace management

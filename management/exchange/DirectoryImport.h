@@ -24,7 +24,12 @@ struct DirectoryImportOptions {
 void ImportDirectory(Call& call, const ImportSource& source, const DirectoryImportOptions& options,
                      ImportReport& report);
 
-/// The same of lines from elsewhere. @param source  for its name and how many lines there are.
+/// Adds and changes what lines say within the Change that the caller has open. The front end takes the progress.
+/// @param name  of their file. @throws Error (conflict) that says which line cannot be stored and why, (failed) when it
+/// was stopped; DatabaseError.
+void StoreLines(Call& call, LineSource& lines, const std::string& name, const DirectoryImportOptions& options);
+
+/// The same as ImportDirectory of lines from elsewhere. @param source  for its name and how many lines there are.
 void ImportLines(Call& call, LineSource& lines, const ImportSource& source, const DirectoryImportOptions& options,
                  ImportReport& report);
 

@@ -67,11 +67,6 @@ bool IsWithoutDepartment(const Noun& noun, const PresentRow& row)
     return noun.name == "department" && row.values.at("Col_DeptID").value_or("0") == "0";
 }
 
-bool IsItself(const Noun& noun, const LineMember& member)
-{
-    return noun.item != MemberKind::text && &member == &noun.members.front();
-}
-
 template <class Cycle, class Tree>
 void ThrowIfCycle(const Cycle& cycle, const Tree& tree)
 {
@@ -257,8 +252,8 @@ void DirectoryWriter::WriteRow(MatchedLine& wanted, Updates& updates)
         if (m_noun.hasId) {
             updates[assignments].push_back(wanted.row->id);
         } else {
-            Execute(m_conn,
-                    fmt::format("UPDATE {} SET {} WHERE {}", m_noun.table, assignments, ConditionOn(*wanted.row)));
+            Execute(m_conn, fmt::format("UPDATE {} SET {} WHERE {}", m_noun.table, assignments,
+                                        ConditionOn(m_conn, m_noun, *wanted.row)));
         }
     }
 }
@@ -278,7 +273,7 @@ void DirectoryWriter::Insert(MatchedLine& wanted)
     std::string literals;
     for (const auto& [column, value] : values) {
         columns += fmt::format("{}{}", columns.empty() ? "" : ", ", column);
-        literals += (literals.empty() ? "" : ", ") + LiteralOf(column, value);
+        literals += (literals.empty() ? "" : ", ") + LiteralFor(m_conn, m_noun, column, value);
     }
     Execute(m_conn, fmt::format("INSERT INTO {} ({}) VALUES ({})", m_noun.table, columns, literals));
     if (m_noun.item != MemberKind::text) {
@@ -286,16 +281,6 @@ void DirectoryWriter::Insert(MatchedLine& wanted)
         m_names.Add(m_noun.item, *wanted.id, wanted.name);
         m_made.names.emplace_back(m_noun.item, *wanted.id);
     }
-}
-
-std::string DirectoryWriter::LiteralOf(std::string_view column, const Stored& value) const
-{
-    const bool isNumber = std::ranges::any_of(m_noun.members, [&](const LineMember& member) {
-        return !IsItself(m_noun, member) &&
-               ((member.column == column && (IsNumber(member.kind) || IsReference(member.kind))) ||
-                member.typeColumn == column);
-    });
-    return isNumber ? value.value_or("NULL") : LiteralOrNull(m_conn, value);
 }
 
 /// What differs.
@@ -310,19 +295,9 @@ std::string DirectoryWriter::AssignmentsOf(const MatchedLine& wanted) const
                 return member.column == column || member.typeColumn == column;
             });
         if (!isKey && (stored == wanted.row->values.end() || stored->second != value.second)) {
-            text += fmt::format("{}{} = {}", text.empty() ? "" : ", ", column, LiteralOf(column, value.second));
+            text += fmt::format("{}{} = {}", text.empty() ? "" : ", ", column,
+                                LiteralFor(m_conn, m_noun, column, value.second));
         }
-    }
-    return text;
-}
-
-/// What a row without an id meets, and those that are equal to it.
-std::string DirectoryWriter::ConditionOn(const PresentRow& row) const
-{
-    std::string text;
-    for (const auto& [column, value] : row.values) {
-        text += fmt::format("{}{} {}", text.empty() ? "" : " AND ", column,
-                            value ? "= " + LiteralOf(column, value) : "IS NULL");
     }
     return text;
 }

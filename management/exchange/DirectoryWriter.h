@@ -50,9 +50,7 @@ private:
     void WriteRows(std::vector<MatchedLine>& lines);
     void WriteRow(MatchedLine& wanted, Updates& updates);
     void Insert(MatchedLine& wanted);
-    [[nodiscard]] std::string LiteralOf(std::string_view column, const Stored& value) const;
     [[nodiscard]] std::string AssignmentsOf(const MatchedLine& wanted) const;
-    [[nodiscard]] std::string ConditionOn(const PresentRow& row) const;
 
     [[nodiscard]] MemberKind TopKind() const;
     [[nodiscard]] std::optional<std::pair<MemberKind, int>> ParentOf(const std::string& path) const;

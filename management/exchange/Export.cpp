@@ -300,14 +300,37 @@ bool IsWanted(const Noun& noun, const ExportOptions& options)
     return isNamed && (noun.isOfPeople || !options.in);
 }
 
+template <class Body>
+bool InTransaction(CAConnect& conn, const ExportOptions& options, Body body)
+{
+    return options.atOneMoment ? AtOneMoment(conn, body) : body();
+}
+
 } // namespace
+
+std::string ExportHead(CAConnect& conn, const ExportOptions& options)
+{
+    RequireNouns(options.nouns);
+    JsonObject head = ReadJsonLine(kExportHead);
+    if (options.in) {
+        const ItemKey top = Organisation(conn).FindHolder(*options.in);
+        const bool isView = top.type == kItemTypeView;
+        const ItemNames names(conn);
+        const std::string* name = names.NameOf(isView ? MemberKind::view : MemberKind::group, top.id);
+        head.push_back({"in", {}, TextValue((isView ? "/" : "") + *name)});
+    }
+    if (!options.nouns.empty()) {
+        head.push_back({"nouns", {}, TextValue(fmt::format("{}", fmt::join(options.nouns, ",")))});
+    }
+    return WriteJsonLine(head);
+}
 
 bool ExportDirectory(Call& call, const ExportOptions& options, const std::function<void(const std::string&)>& take,
                      ExportReport& report)
 {
     RequireNouns(options.nouns);
     CAConnect& conn = call.Connection();
-    return AtOneMoment(conn, [&] {
+    return InTransaction(conn, options, [&] {
         const ItemNames names(conn);
         const std::optional<DirectoryPart> part =
             options.in ? std::optional<DirectoryPart>(std::in_place, conn, *options.in) : std::nullopt;

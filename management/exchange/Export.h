@@ -11,7 +11,7 @@
 
 namespace management {
 
-/// The first line of an exported directory, without its end.
+/// The first line of an exported directory as a whole, without its end.
 inline constexpr std::string_view kExportHead = R"({"format":"qvadmin directory","version":1})";
 
 struct ExportOptions {
@@ -19,6 +19,7 @@ struct ExportOptions {
     std::optional<std::string> in;        ///< a group or view: it, what is below, the people there and what is theirs
     bool withPasswords = false;           ///< as they are stored, and the encryption key
     std::optional<std::string> base = {}; ///< of distinguished names, such as dc=example,dc=org
+    bool atOneMoment = true;              ///< false in a transaction of the caller's
 };
 
 struct ExportReport {
@@ -26,6 +27,9 @@ struct ExportReport {
     long leftOut = 0; ///< rows that name an item which is gone
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
 };
+
+/// The first line, without its end: what a part is a part of is said in it. @throws as ExportDirectory.
+std::string ExportHead(CAConnect& conn, const ExportOptions& options);
 
 /// Gives the lines of an exported directory after the first one, without their ends, as the directory is at one moment.
 /// Rows come in the order in which they were added; what has no id, in the order of its items and by bytes. Holds no

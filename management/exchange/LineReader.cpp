@@ -37,6 +37,27 @@ void LineReader::RequireHead()
     if (!is("version", std::int64_t{1})) {
         throw Error(ErrorCode::invalid, fmt::format("{} was exported by a later qvadmin", m_name));
     }
+    TakeScope(head);
+}
+
+void LineReader::TakeScope(const JsonObject& head)
+{
+    for (const JsonMember& member : head) {
+        const auto* text = std::get_if<TextValue>(&member.value);
+        if (text != nullptr && member.name == "in") {
+            m_scope.in = *text;
+        }
+        if (text == nullptr || member.name != "nouns") {
+            continue;
+        }
+        for (const std::string& plural : SplitAtCommas(*text)) {
+            const auto noun = std::ranges::find(Nouns(), std::string_view(plural), &Noun::plural);
+            if (noun == Nouns().end()) {
+                throw Error(ErrorCode::invalid, fmt::format("{}:1: there is no noun {}", m_name, Quoted(plural)));
+            }
+            m_scope.nouns.push_back(&*noun);
+        }
+    }
 }
 
 std::optional<ExportedLine> LineReader::Next()

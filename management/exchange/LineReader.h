@@ -7,11 +7,18 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace management {
 
 /// A line of an exported directory after the first; where it cannot be used, its problem says why.
 ExportedLine ParseExportedLine(const std::string& text, long number);
+
+/// What a file says that it has of a directory.
+struct ExportScope {
+    std::vector<const Noun*> nouns;     ///< none: it does not say
+    std::optional<std::string> in = {}; ///< the path of a view or group, where it is the part below
+};
 
 /// Reads an exported directory line by line; holds one of them.
 class LineReader final : public LineSource {
@@ -21,6 +28,10 @@ public:
 
     /// Reads the first line. @throws Error (invalid) for another one than that of an exported directory.
     void RequireHead();
+    /// What the first line says.
+    [[nodiscard]] const ExportScope& Scope() const { return m_scope; }
+    /// For sentences.
+    [[nodiscard]] const std::string& Name() const { return m_name; }
     /// Passes over blank lines.
     std::optional<ExportedLine> Next() override;
     [[nodiscard]] bool Failed() const override { return m_failed; }
@@ -28,9 +39,11 @@ public:
 
 private:
     std::optional<std::string> ReadText();
+    void TakeScope(const JsonObject& head);
 
     std::istream& m_in;
     std::string m_name;
+    ExportScope m_scope;
     long m_number = 0;
     std::size_t m_bytes = 0;
     bool m_failed = false;

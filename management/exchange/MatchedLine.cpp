@@ -119,6 +119,74 @@ void MatchById(std::vector<MatchedLine>& lines, std::deque<PresentRow>& rows)
     }
 }
 
+/// The rows of the users of a block.
+std::deque<PresentRow> RowsOf(const UserBlock& users)
+{
+    std::deque<PresentRow> rows;
+    users.ForEach([&](const UserBlock::User& user) {
+        PresentRow& row = rows.emplace_back();
+        row.id = user.key.id;
+        for (const auto& [field, stored] : user.stored) {
+            row.values[field->column] = stored;
+        }
+    });
+    return rows;
+}
+
+/// The rows of another noun that the lines may be about.
+std::deque<PresentRow> ReadRows(CAConnect& conn, const Noun& noun, const std::vector<MatchedLine>& lines)
+{
+    std::deque<PresentRow> rows;
+    const std::string condition = ConditionOn(conn, noun, lines);
+    if (condition.empty()) {
+        return rows;
+    }
+    std::vector<std::string_view> columns;
+    for (const LineMember& member : noun.members) {
+        for (const std::string_view column : {member.typeColumn, member.column}) {
+            if (!column.empty()) {
+                columns.push_back(column);
+            }
+        }
+    }
+    EachRow(conn,
+            fmt::format("SELECT {}{} FROM {} WHERE {}{}", noun.hasId ? "Col_ID, " : "", fmt::join(columns, ", "),
+                        noun.table, condition, noun.hasId ? " ORDER BY Col_ID" : ""),
+            [&](CARecordset& found) {
+                PresentRow& row = rows.emplace_back();
+                long at = 0;
+                row.id = noun.hasId ? NumberIn(found, ++at) : 0;
+                for (const std::string_view column : columns) {
+                    row.values[column] = OptionalTextIn(found, ++at);
+                }
+            });
+    return rows;
+}
+
+/// Gives each line its row, the most alike first. @param rows  outlive the lines.
+void MatchRows(const Noun& noun, std::vector<MatchedLine>& lines, std::deque<PresentRow>& rows)
+{
+    if (noun.item != MemberKind::text) {
+        MatchById(lines, rows);
+        return;
+    }
+    RowsByKey byKey;
+    for (PresentRow& row : rows) {
+        byKey.emplace(FoldedKey(noun, row.values), &row);
+    }
+    const auto hasKey = [&noun](const MatchedLine& wanted, const PresentRow& row) {
+        return SameKey(noun, row.values, wanted.values);
+    };
+    const auto hasValues = [&noun](const MatchedLine& wanted, const PresentRow& row) {
+        return HasValues(noun, row.values, wanted.values);
+    };
+    Claim(lines, byKey,
+          [&](const auto& wanted, const auto& row) { return hasKey(wanted, row) && hasValues(wanted, row); });
+    Claim(lines, byKey, hasValues);
+    Claim(lines, byKey, hasKey);
+    Claim(lines, byKey, [](const auto&, const auto&) { return true; });
+}
+
 } // namespace
 
 std::size_t DepthOf(const std::string& path)
@@ -160,69 +228,55 @@ bool HasValues(const Noun& noun, const ColumnValues& stored, const ColumnValues&
     });
 }
 
-std::deque<PresentRow> RowsOf(const UserBlock& users)
+LineMatcher::LineMatcher(CAConnect& conn, std::span<const ExportedLine> lines, const ItemNames& names)
+    : m_conn(conn), m_lines(lines), m_noun(*lines.front().noun), m_names(names)
 {
-    std::deque<PresentRow> rows;
-    users.ForEach([&](const UserBlock::User& user) {
-        PresentRow& row = rows.emplace_back();
-        row.id = user.key.id;
-        for (const auto& [field, stored] : user.stored) {
-            row.values[field->column] = stored;
+    std::vector<const Field*> fields;
+    if (m_noun.name == "user") {
+        for (const LineMember& member : m_noun.members) {
+            fields.push_back(FindField(member.name));
         }
+    }
+    m_users = UserBlock(conn, LoginsIn(lines), fields);
+}
+
+std::vector<MatchedLine> LineMatcher::Resolve() const
+{
+    const LineResolver resolver(m_names, m_users);
+    std::vector<MatchedLine> lines;
+    lines.reserve(m_lines.size());
+    for (const ExportedLine& line : m_lines) {
+        ResolvedLine resolved = resolver.Resolve(line);
+        std::string key = FoldedKey(m_noun, resolved.values);
+        lines.push_back({std::move(resolved), &line, std::move(key)});
+    }
+    return lines;
+}
+
+void LineMatcher::FindRows(std::vector<MatchedLine>& lines)
+{
+    m_rows = m_noun.name == "user" ? RowsOf(m_users) : ReadRows(m_conn, m_noun, lines);
+    MatchRows(m_noun, lines, m_rows);
+}
+
+std::string LiteralFor(CAConnect& conn, const Noun& noun, std::string_view column, const Stored& value)
+{
+    const bool isNumber = std::ranges::any_of(noun.members, [&](const LineMember& member) {
+        const bool isItself = noun.item != MemberKind::text && &member == &noun.members.front();
+        return !isItself && ((member.column == column && (IsNumber(member.kind) || IsReference(member.kind))) ||
+                             member.typeColumn == column);
     });
-    return rows;
+    return isNumber ? value.value_or("NULL") : LiteralOrNull(conn, value);
 }
 
-std::deque<PresentRow> ReadRows(CAConnect& conn, const Noun& noun, const std::vector<MatchedLine>& lines)
+std::string ConditionOn(CAConnect& conn, const Noun& noun, const PresentRow& row)
 {
-    std::deque<PresentRow> rows;
-    const std::string condition = ConditionOn(conn, noun, lines);
-    if (condition.empty()) {
-        return rows;
+    std::string text;
+    for (const auto& [column, value] : row.values) {
+        text += fmt::format("{}{} {}", text.empty() ? "" : " AND ", column,
+                            value ? "= " + LiteralFor(conn, noun, column, value) : "IS NULL");
     }
-    std::vector<std::string_view> columns;
-    for (const LineMember& member : noun.members) {
-        for (const std::string_view column : {member.typeColumn, member.column}) {
-            if (!column.empty()) {
-                columns.push_back(column);
-            }
-        }
-    }
-    EachRow(conn,
-            fmt::format("SELECT {}{} FROM {} WHERE {}{}", noun.hasId ? "Col_ID, " : "", fmt::join(columns, ", "),
-                        noun.table, condition, noun.hasId ? " ORDER BY Col_ID" : ""),
-            [&](CARecordset& found) {
-                PresentRow& row = rows.emplace_back();
-                long at = 0;
-                row.id = noun.hasId ? NumberIn(found, ++at) : 0;
-                for (const std::string_view column : columns) {
-                    row.values[column] = OptionalTextIn(found, ++at);
-                }
-            });
-    return rows;
-}
-
-void MatchRows(const Noun& noun, std::vector<MatchedLine>& lines, std::deque<PresentRow>& rows)
-{
-    if (noun.item != MemberKind::text) {
-        MatchById(lines, rows);
-        return;
-    }
-    RowsByKey byKey;
-    for (PresentRow& row : rows) {
-        byKey.emplace(FoldedKey(noun, row.values), &row);
-    }
-    const auto hasKey = [&noun](const MatchedLine& wanted, const PresentRow& row) {
-        return SameKey(noun, row.values, wanted.values);
-    };
-    const auto hasValues = [&noun](const MatchedLine& wanted, const PresentRow& row) {
-        return HasValues(noun, row.values, wanted.values);
-    };
-    Claim(lines, byKey,
-          [&](const auto& wanted, const auto& row) { return hasKey(wanted, row) && hasValues(wanted, row); });
-    Claim(lines, byKey, hasValues);
-    Claim(lines, byKey, hasKey);
-    Claim(lines, byKey, [](const auto&, const auto&) { return true; });
+    return text;
 }
 
 } // namespace management

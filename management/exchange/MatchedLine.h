@@ -8,7 +8,9 @@
 
 #include <cstddef>
 #include <deque>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Which rows the lines of a file are about.
@@ -42,13 +44,34 @@ std::string FoldedKey(const Noun& noun, const ColumnValues& values);
 /// Whether the row has all these values already. Of texts that name rows, case does not count.
 bool HasValues(const Noun& noun, const ColumnValues& stored, const ColumnValues& wanted);
 
-/// The rows of the users of a block.
-std::deque<PresentRow> RowsOf(const UserBlock& users);
+/// Finds the rows that lines of one noun are about.
+class LineMatcher {
+public:
+    /// Reads the users whom they name. @param lines  at least one. All parameters outlive this.
+    /// @throws DatabaseError.
+    LineMatcher(CAConnect& conn, std::span<const ExportedLine> lines, const ItemNames& names);
 
-/// The rows of another noun that the lines may be about. @throws DatabaseError.
-std::deque<PresentRow> ReadRows(CAConnect& conn, const Noun& noun, const std::vector<MatchedLine>& lines);
+    /// The lines with ids in place of names; without rows so far.
+    [[nodiscard]] std::vector<MatchedLine> Resolve() const;
+    /// Gives each line without a problem its row, the most alike first; one without stays without. The rows live as
+    /// long as this. @throws DatabaseError.
+    void FindRows(std::vector<MatchedLine>& lines);
+    /// Whether the engine may take one of the login names for another.
+    [[nodiscard]] bool HasConfused() const { return m_users.HasConfused(); }
 
-/// Gives each line its row, the most alike first; one without stays without. @param rows  outlive the lines.
-void MatchRows(const Noun& noun, std::vector<MatchedLine>& lines, std::deque<PresentRow>& rows);
+private:
+    CAConnect& m_conn;
+    std::span<const ExportedLine> m_lines;
+    const Noun& m_noun;
+    const ItemNames& m_names;
+    UserBlock m_users;
+    std::deque<PresentRow> m_rows;
+};
+
+/// A value of a column as a statement has it.
+std::string LiteralFor(CAConnect& conn, const Noun& noun, std::string_view column, const Stored& value);
+
+/// What a row without an id fulfils, and those that are equal to it.
+std::string ConditionOn(CAConnect& conn, const Noun& noun, const PresentRow& row);
 
 } // namespace management

@@ -118,16 +118,11 @@ std::vector<Synchronisation::Leaver> Synchronisation::FindLeavers(CAConnect& con
 
 void Synchronisation::RequireFew() const
 {
-    const bool isTooMany =
-        m_options.most
-            ? m_leavers.size() > static_cast<std::size_t>(*m_options.most)
-            : m_leavers.size() * 100 > m_report.people * static_cast<std::size_t>(m_options.mostPercent.value_or(0));
-    if (isTooMany) {
+    if (!m_options.limit.Allows(m_leavers.size(), m_report.people)) {
         throw Error(ErrorCode::conflict,
                     fmt::format("{} of {} in {} are not in the file, and --max-leavers allows {}; nothing was imported",
                                 m_leavers.size(), Counted(m_report.people, "user"), Visible(m_options.scope),
-                                m_options.most ? std::to_string(*m_options.most)
-                                               : fmt::format("{}%", m_options.mostPercent.value_or(0))));
+                                m_options.limit.Text()));
     }
 }
 

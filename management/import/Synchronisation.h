@@ -1,11 +1,11 @@
 #pragma once
 
+#include "management/RemovalLimit.h"
 #include "management/import/Import.h"
 #include "management/import/SeenLogins.h"
 #include "management/users/Directory.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,10 +17,9 @@ enum class LeaverAction : std::uint8_t { list, lock, move, remove };
 struct SynchronisationOptions {
     std::string scope; ///< a view or group: who is in it or below it, and not in the file, has left
     LeaverAction action = LeaverAction::list;
-    std::string target = {};            ///< the group that they are moved to
-    std::optional<int> most = {};       ///< how many may have left
-    std::optional<int> mostPercent = 5; ///< of the people in the scope; without effect where there is `most`
-    bool allowPrivileges = false;       ///< super and system users may be dealt with
+    std::string target = {};      ///< the group that they are moved to
+    RemovalLimit limit = {};      ///< how many of the people in the scope may have left
+    bool allowPrivileges = false; ///< super and system users may be dealt with
 };
 
 /// What has become of them so far.

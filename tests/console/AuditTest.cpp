@@ -245,6 +245,16 @@ TEST_P(AuditOn, OneThingHasItsHistory)
                                HasSubstr("added,title Lead of "), HasSubstr("added,user amy (id 1)")));
     EXPECT_THAT(Done({"group", "history", "/Main/Sales/North"}), HasSubstr("Lead"));
     EXPECT_THAT(Done({"role", "history", "Editors"}), HasSubstr("role add Editors amy"));
+    Done({"console", "set", "amy", "help-desk"});
+    Done({"console", "set", "amy", "read-only"});
+    Done({"objright", "grant", "user:amy", "3", "17", "docs", "read", "1"});
+    Done({"objright", "set", "1", "5"});
+    Done({"console", "remove", "amy"});
+    EXPECT_THAT(Done({"user", "history", "amy", "-o", "csv"}),
+                AllOf(HasSubstr("removed,web console account (id 1) of user amy (id 1)"),
+                      HasSubstr("changed,web console account (id 1),Col_Level,help-desk,read-only"),
+                      HasSubstr("added,web console account (id 1) of user amy (id 1)"),
+                      HasSubstr("changed,object right (id 1),Col_Power,1,5")));
     Done({"user", "delete", "amy", "--yes"});
     EXPECT_THAT(Done({"audit", "list", "--item", "user:id:1"}), HasSubstr("user delete amy"));
     EXPECT_THAT(Done({"audit", "list", "--item", "role:Editors"}), Not(HasSubstr("user lock amy")));

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -96,6 +97,27 @@ TEST_P(BatchOn, RunsLineByLineAndTellsOfEach)
                       HasSubstr("line 5: done: user lock rory\n"), HasSubstr("3 of 3 commands run, 1 failed\n")));
     EXPECT_THAT(Locked(), AllOf(HasSubstr("amy"), HasSubstr("rory")));
     EXPECT_EQ(LatestEntry().at("command"), "user lock rory");
+}
+
+TEST_P(BatchOn, GivesItsColorsToItsLines)
+{
+    constexpr const char* kBold = "\x1B[1m";
+    constexpr const char* kRed = "\x1B[1;31mqvadmin:";
+    const std::string lines = "user list\nuser show nobody\n";
+    const ChildResult colored = RunWith(lines, {"batch", "-", "--color", "always"});
+    EXPECT_THAT(colored.out, HasSubstr(kBold));
+    EXPECT_THAT(colored.err, HasSubstr(kRed));
+    const ChildResult own =
+        RunWith("user list --color=never\n--color never user show nobody\n", {"--color=always", "batch", "-"});
+    EXPECT_THAT(own.out + own.err, Not(HasSubstr("\x1B")));
+    EXPECT_THAT(RunWith("user list --color always\n", {"batch", "-"}).out, HasSubstr(kBold));
+    m_options.environment["XDG_CONFIG_HOME"] = Path("config");
+    std::filesystem::create_directories(Path("config/qvadmin"));
+    WriteFile("config/qvadmin/config.toml", "color = \"always\"\n");
+    const ChildResult configured = RunWith(lines, {"batch", "-"});
+    EXPECT_THAT(configured.out, HasSubstr(kBold));
+    EXPECT_THAT(configured.err, HasSubstr(kRed));
+    EXPECT_THAT(RunWith(lines, {"batch", "-", "--color", "never"}).out, Not(HasSubstr("\x1B")));
 }
 
 TEST_P(BatchOn, EndsAtTheFirstFailureWhenItIsTo)

@@ -118,6 +118,51 @@ TEST_P(DiffTest, NamesAreComparedWithoutCaseAndOnlyMembersThatAreThere)
                 AllOf(Not(HasSubstr("user,amy")), Not(HasSubstr("/Sales 1")), HasSubstr("user,rory,only here,,,\n")));
 }
 
+TEST_P(DiffTest, ReferencesAreComparedWithoutCase)
+{
+    Done({"user", "set", "amy", "--department", "/Company/Sales"});
+    const std::string head = "{\"format\":\"qvadmin directory\",\"version\":1}\n";
+    WriteFile("same.jsonl", head + "{\"noun\":\"department\",\"user\":\"AMY\",\"group\":\"/COMPANY/Sales\"}\n");
+    EXPECT_EQ(Diff("same.jsonl", 0), "");
+    WriteFile("other.jsonl", head + "{\"noun\":\"department\",\"user\":\"amy\",\"group\":\"/Company/Sale\"}\n");
+    EXPECT_EQ(Diff("other.jsonl"), "department,amy,differs,group,/Company/Sales,/Company/Sale\n");
+}
+
+TEST_P(DiffTest, AFileThatIsAPartIsComparedWithThatPart)
+{
+    Done({"user", "create", "elsewhere"});
+    Done({"group", "create", "/Company/Service"});
+    Done({"member", "add", "/Company/Service", "rory"});
+    Done({"right", "grant", "group:/Company/Sales", "mail", "read", "1"});
+    Done({"export", "part.jsonl", "--in", "/Company/Sales"});
+    Done({"export", "kinds.jsonl", "--nouns", "roles,titles"});
+    EXPECT_THAT(ReadFile("part.jsonl"), HasSubstr("\"version\":1,\"in\":\"/Company/Sales\"}\n"));
+    EXPECT_THAT(ReadFile("kinds.jsonl"), HasSubstr("\"version\":1,\"nouns\":\"roles,titles\"}\n"));
+    EXPECT_EQ(Diff("part.jsonl", 0), "");
+    EXPECT_EQ(Diff("kinds.jsonl", 0), "");
+    EXPECT_EQ(m_said, "there is no difference\n");
+    Done({"role", "create", "Authors"});
+    Done({"view", "create", "Another"});
+    Done({"user", "create", "clara"});
+    Done({"member", "add", "/Company/Sales", "clara", "elsewhere"});
+    Done({"group", "create", "/Company/Sales/North"});
+    Done({"title", "give", "/Company/Sales", "amy", "Lead"});
+    Done({"right", "grant", "user:elsewhere", "mail", "send", "1"});
+    Done({"right", "grant", "user:amy", "mail", "send", "1"});
+    Done({"right", "grant", "group:/Company/Sales", "mail", "send", "1"});
+    Done({"right", "grant", "group:/Company/Service", "mail", "send", "1"});
+    EXPECT_EQ(Diff("part.jsonl"), "group,/Company/Sales/North,only here,,,\n"
+                                  "member,user:clara group:/Company/Sales 1,only here,,,\n"
+                                  "member,user:elsewhere group:/Company/Sales 1,only here,,,\n"
+                                  "right,group:/Company/Sales mail send,only here,,,\n"
+                                  "right,user:amy mail send,only here,,,\n");
+    EXPECT_THAT(m_said, HasSubstr("left alone, since part.jsonl has no line of that kind: 1 title\n"));
+    EXPECT_EQ(Diff("kinds.jsonl"),
+              "role,Authors,only here,,,\ntitle,group:/Company/Sales user:amy Lead,only here,,,\n");
+    WriteFile("later.jsonl", "{\"format\":\"qvadmin directory\",\"version\":1,\"nouns\":\"users,cats\"}\n");
+    EXPECT_THAT(Run({"db", "diff", "later.jsonl"}).err, HasSubstr("later.jsonl:1: there is no noun 'cats'"));
+}
+
 TEST_P(DiffTest, RefusesWhatIsNoDirectory)
 {
     WriteFile("people.csv", "login\namy\n");

@@ -121,6 +121,21 @@ TEST_P(ShellOn, RunsLineAfterLineAndGoesOnAfterAFailure)
     EXPECT_EQ(LatestEntry().at("command"), "user lock amy");
 }
 
+TEST_P(ShellOn, GivesItsColorsToItsLines)
+{
+    const auto shell = Start({"--color", "always"});
+    TypeLine(*shell, "user list");
+    TypeLine(*shell, "user show nobody");
+    const ChildResult result = End(*shell);
+    EXPECT_THAT(result.out, HasSubstr("\x1B[1m"));
+    EXPECT_THAT(result.err, HasSubstr("\x1B[1;31mqvadmin:"));
+    const auto plain = Start({"--color", "never"});
+    TypeLine(*plain, "user list");
+    TypeLine(*plain, "user show nobody");
+    const ChildResult uncolored = End(*plain);
+    EXPECT_THAT(uncolored.out + uncolored.err, Not(HasSubstr("\x1B[1")));
+}
+
 TEST_P(ShellOn, CompletesWordsOptionsChoicesAndNames)
 {
     const auto shell = Start();

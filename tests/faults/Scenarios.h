@@ -277,6 +277,15 @@ inline constexpr Scenario kScenarios[] = {
     {"db check"},
     {"db check --fix --yes"},
     {"db diff sqlite:kept.db"},
+    {"db apply - --yes --max-removals 100%",
+     R"({"format":"qvadmin directory","version":1}
+{"noun":"user","login":"amy.from.leadworth","email":"another.address@mail.example.org"}
+{"noun":"user","login":"donna.from.chiswick","name":"Donna who is the most important"}
+{"noun":"group","path":"/Company of many people/Sales and marketing"}
+{"noun":"group","path":"/Company of many people/Research into the future"}
+{"noun":"member","member":{"user":"donna.from.chiswick"},"of":{"group":"/Company of many people/Research into the future"},"relation":1,"reference":0,"view":null}
+)",
+     false, true},
     {"batch - --one-transaction", "user lock amy.from.leadworth\nuser lock rory.from.leadworth\n", false, false, true},
     {"shell", "user lock amy.from.leadworth\n", false, false, true},
 };
