@@ -1,6 +1,7 @@
 #include "console/LineEditor.h"
 
 #include "console/LineHistory.h"
+#include "console/Translation.h"
 #include "management/Errors.h"
 #include "management/Text.h"
 
@@ -198,7 +199,7 @@ void LineEditor::List(const std::vector<std::string>& words)
         m_err << words[i] << (i + 1 < shown ? "  " : "\n");
     }
     if (shown < words.size()) {
-        m_err << fmt::format("and {} more\n", words.size() - shown);
+        m_err << Translated(FillPattern("and {} more", words.size() - shown)) << '\n';
     }
 }
 

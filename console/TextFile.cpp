@@ -29,10 +29,10 @@ std::string ReadTextFile(const std::string& path)
         }
     }
     if (error != 0) {
-        throw Error(ErrorCode::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(error)));
+        throw Error(ErrorCode::failed, FillPattern("cannot read {}: {}", Visible(path), std::strerror(error)));
     }
     if (!platform::IsValidUtf8(text)) {
-        throw Error(ErrorCode::failed, fmt::format("{} is not UTF-8", Visible(path)));
+        throw Error(ErrorCode::failed, FillPattern("{} is not UTF-8", Visible(path)));
     }
     return text;
 }

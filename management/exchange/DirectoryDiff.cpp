@@ -164,12 +164,12 @@ DirectoryLines DirectoryLines::Of(LineSource& source, const std::string& name)
     DirectoryLines lines;
     while (std::optional<ExportedLine> line = source.Next()) {
         if (!line->problem.empty()) {
-            throw Error(ErrorCode::invalid, fmt::format("{}:{}: {}", name, line->number, line->problem));
+            throw Error(ErrorCode::invalid, FillPattern("{}:{}: {}", name, line->number, line->problem));
         }
         lines.Add(std::move(*line));
     }
     if (source.Failed()) {
-        throw Error(ErrorCode::failed, fmt::format("{} cannot be read", name));
+        throw Error(ErrorCode::failed, FillPattern("{} cannot be read", name));
     }
     return lines;
 }
