@@ -43,7 +43,8 @@ public:
         return usage + "\n";
     }
 
-    std::string make_group(std::string group, bool isPositional, std::vector<const CLI::Option*> options) const override
+    [[nodiscard]] std::string make_group(std::string group, bool isPositional,
+                                         std::vector<const CLI::Option*> options) const override
     {
         // What CLI11 calls the options that have no group.
         return CLI::Formatter::make_group(group == "Options" ? Translated("Options") : std::move(group), isPositional,

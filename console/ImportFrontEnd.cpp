@@ -105,6 +105,7 @@ Sentence ImportFrontEnd::Standing(const ImportReport& report) const
 Sentence FatesText(const ImportReport& report)
 {
     std::vector<Sentence> parts;
+    parts.reserve(kFatesInSummary.size());
     for (std::size_t i = 0; i < kFatesInSummary.size(); ++i) {
         parts.push_back(FillPattern("{} {}", report.counts.at(i), Sentence(kFatesInSummary.at(i))));
     }

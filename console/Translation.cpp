@@ -43,7 +43,7 @@ public:
 
 private:
     template <class Question>
-    std::string Ask(Question question) const
+    [[nodiscard]] std::string Ask(Question question) const
     {
         const locale_t before = ::uselocale(m_locale.get());
         const char* text = question();

@@ -58,6 +58,7 @@ void DeleteReferences(CAConnect& conn, int type, const std::vector<int>& ids)
 Sentence WithReferences(const std::vector<Reference>& references)
 {
     std::vector<Sentence> list;
+    list.reserve(references.size());
     for (const Reference& reference : references) {
         list.push_back(Counted(static_cast<std::size_t>(reference.count), reference.noun));
     }

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -22,6 +23,38 @@ constexpr const char* Translatable(const char* text) { return text; }
 /// The same of a noun that is counted by Counted, and is not written there.
 constexpr const char* Countable(const char* noun) { return noun; }
 
+namespace sentences {
+
+/// The argument of the place that begins at a text. @param at  is left at the end of the place. @param next  the
+/// argument of a place without a number.
+consteval std::size_t PlaceAt(const char*& at, std::size_t& next)
+{
+    const bool isNumbered = at[1] >= '0' && at[1] <= '9';
+    const std::size_t place = isNumbered ? static_cast<std::size_t>(at[1] - '0') : next++;
+    at += isNumbered ? 2 : 1;
+    if (*at != '}') {
+        throw "a place is {} or {N}";
+    }
+    return place;
+}
+
+/// How many arguments a pattern takes.
+consteval std::size_t CountArguments(const char* text)
+{
+    std::size_t next = 0;
+    std::size_t count = 0;
+    for (; *text != '\0'; ++text) {
+        if ((*text == '{' || *text == '}') && text[1] == *text) {
+            ++text;
+        } else if (*text == '{') {
+            count = std::max(count, PlaceAt(text, next) + 1);
+        }
+    }
+    return count;
+}
+
+} // namespace sentences
+
 /// The English of a sentence with its places, each written {} or, counted from 0, {1}; {{ and }} are braces. Does not
 /// compile when a place has no argument, an argument no place, or a place says how it is to be formatted.
 template <std::size_t Count>
@@ -30,22 +63,7 @@ public:
     // NOLINTNEXTLINE(google-explicit-constructor): a literal is written in its place
     consteval Pattern(const char* text) : m_text(text)
     {
-        std::size_t next = 0;
-        std::size_t most = 0;
-        for (const char* at = text; *at != '\0'; ++at) {
-            if ((*at == '{' || *at == '}') && at[1] == *at) {
-                ++at;
-            } else if (*at == '{') {
-                const bool isNumbered = at[1] >= '0' && at[1] <= '9';
-                const std::size_t place = isNumbered ? static_cast<std::size_t>(at[1] - '0') : next++;
-                at += isNumbered ? 2 : 1;
-                if (*at != '}') {
-                    throw "a place is {} or {N}";
-                }
-                most = place + 1 > most ? place + 1 : most;
-            }
-        }
-        if (most != Count) {
+        if (sentences::CountArguments(text) != Count) {
             throw "as many places as arguments";
         }
     }

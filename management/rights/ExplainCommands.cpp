@@ -158,6 +158,7 @@ bool HasSpoiltUnlimited(const Explanation& explanation)
 Sentence IgnoredText(NameCache& names, const std::vector<IgnoredRow>& rows)
 {
     std::vector<Sentence> list;
+    list.reserve(rows.size());
     for (const IgnoredRow& row : rows) {
         const Item holder = names.Find(row.holder);
         list.push_back(row.power ? FillPattern("{} with power {}", Named(holder), *row.power)

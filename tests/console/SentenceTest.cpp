@@ -40,8 +40,8 @@ TEST(SentenceTest, IsItsEnglishText)
 {
     const Sentence sentence = FillPattern("there is no user {}; {} are left", "'amy'", 3);
     EXPECT_EQ(sentence.English(), "there is no user 'amy'; 3 are left");
-    const std::string text = sentence;
-    EXPECT_EQ(text, sentence.English());
+    const auto asText = [](const std::string& text) { return text; };
+    EXPECT_EQ(asText(sentence), sentence.English());
     EXPECT_EQ(FillPattern("{1} before {0}, {{}}", "b", 'a').English(), "a before b, {}");
     EXPECT_EQ(Sentence("plain").English(), "plain");
 }
