@@ -4,6 +4,7 @@
 #include "console/ExitCode.h"
 #include "console/Help.h"
 #include "console/LocalCommand.h"
+#include "console/Translation.h"
 #include "console/Url.h"
 #include "management/Text.h"
 #include "platform/CodePage.h"
@@ -20,21 +21,19 @@ namespace console {
 
 namespace {
 
-constexpr const char* kDescription = "Administration of a server's organisation directory.";
+constexpr const char* kDescription = Translatable("Administration of a server's organisation directory.");
+constexpr std::string_view kExamples = "  qvadmin db init\n"
+                                       "  qvadmin user create amy --name 'Amy Holt'\n"
+                                       "  qvadmin user list -o json\n";
 constexpr const char* kEpilogue =
-    "Examples:\n"
-    "  qvadmin db init\n"
-    "  qvadmin user create amy --name 'Amy Holt'\n"
-    "  qvadmin user list -o json\n"
-    "\n"
-    "The database is that of --db, else of the environment variable QVADMIN_DB, else of the\n"
-    "configuration files, else quorvel/directory.db in the data directory ($XDG_DATA_HOME or\n"
-    "~/.local/share); `qvadmin config show --origin` says where each setting comes from.\n"
-    "\n"
-    "Ends with 0 done, 1 failed, 2 usage, 3 not found, 4 conflict or ambiguous, 5 protected,\n"
-    "6 database, 7 some rows failed, 8 check or dry run found something, 9 confirmation needed.\n";
+    Translatable("The database is that of --db, else of the environment variable QVADMIN_DB, else of the\n"
+                 "configuration files, else quorvel/directory.db in the data directory ($XDG_DATA_HOME or\n"
+                 "~/.local/share); `qvadmin config show --origin` says where each setting comes from.\n"
+                 "\n"
+                 "Ends with 0 done, 1 failed, 2 usage, 3 not found, 4 conflict or ambiguous, 5 protected,\n"
+                 "6 database, 7 some rows failed, 8 check or dry run found something, 9 confirmation needed.\n");
 constexpr const char* kEveryCommand =
-    "\nEvery command takes --db URL, -o FORMAT and others too; see `qvadmin --help`.\n";
+    Translatable("Every command takes --db URL, -o FORMAT and others too; see `qvadmin --help`.");
 constexpr std::size_t kFarthest = 2;
 
 // ---- Suggestions ----------------------------------------------------------------------------------------------------
@@ -61,19 +60,18 @@ bool IsNear(std::string_view written, std::string_view name)
 }
 
 /// @param missing  begins the sentence, such as "there is no noun".
-[[noreturn]] void RefuseWord(const std::string& missing, const std::string& written,
+[[noreturn]] void RefuseWord(const Sentence& missing, const std::string& written,
                              const std::vector<std::string_view>& names)
 {
-    std::string near;
-    std::string all;
+    Sentence near;
     for (const std::string_view name : names) {
-        all += fmt::format("{}{}", all.empty() ? "" : ", ", name);
         if (IsNear(written, name)) {
-            near += fmt::format("{}{}", near.empty() ? "" : " or ", name);
+            near = near.IsEmpty() ? FillPattern("{}", name) : FillPattern("{} or {}", near, name);
         }
     }
-    const std::string hint = near.empty() ? "there are " + all : "did you mean " + near + "?";
-    throw Error(ErrorCode::invalid, fmt::format("{} '{}'; {}", missing, ShownUrl(written), hint));
+    const Sentence hint =
+        near.IsEmpty() ? FillPattern("there are {}", fmt::join(names, ", ")) : FillPattern("did you mean {}?", near);
+    throw Error(ErrorCode::invalid, FillPattern("{} '{}'; {}", missing, ShownUrl(written), hint));
 }
 
 std::vector<std::string_view> NounNames()
@@ -113,7 +111,7 @@ std::vector<std::string_view> ThirdWords(std::string_view noun, std::string_view
 
 // ---- The command line -----------------------------------------------------------------------------------------------
 
-std::string WithHeading(std::string_view examples) { return fmt::format("Examples:\n{}\n", examples); }
+std::string WithHeading(std::string_view examples) { return Translated("Examples:") + fmt::format("\n{}\n", examples); }
 
 Format ReadFormat(const std::string& name)
 {
@@ -121,7 +119,7 @@ Format ReadFormat(const std::string& name)
     if (!format) {
         throw Error(
             ErrorCode::invalid,
-            fmt::format("there is no output format {}; there are table, csv, json, jsonl, plain", Quoted(name)));
+            FillPattern("there is no output format {}; there are table, csv, json, jsonl, plain", Quoted(name)));
     }
     return *format;
 }
@@ -129,7 +127,7 @@ Format ReadFormat(const std::string& name)
 void RequireColorWord(const std::string& word)
 {
     if (word != "auto" && word != "always" && word != "never") {
-        throw Error(ErrorCode::invalid, fmt::format("--color {} is not one of auto, always, never", Quoted(word)));
+        throw Error(ErrorCode::invalid, FillPattern("--color {} is not one of auto, always, never", Quoted(word)));
     }
 }
 
@@ -140,8 +138,8 @@ bool IsAmong(const std::vector<std::string>& words, std::string_view name)
 
 std::string FooterOf(const Command& command)
 {
-    const std::string notes = command.notes != nullptr ? command.notes() + "\n" : "";
-    return notes + WithHeading(command.examples) + kEveryCommand;
+    const std::string notes = command.notes != nullptr ? Translated(command.notes()) + "\n" : "";
+    return notes + WithHeading(command.examples) + "\n" + Translated(kEveryCommand) + "\n";
 }
 
 /// Declares the verbs of a noun, and what those take that may be meant: declaring all takes longer than most commands.
@@ -154,8 +152,8 @@ void DeclareVerbs(CLI::App& noun, const std::vector<std::string>& words, Command
             continue;
         }
         CLI::App* parent = path.size() == 2 ? &noun : noun.get_subcommand(path[1]);
-        CLI::App* verb = parent->add_subcommand(path.back(), std::string(command.summary));
-        verb->group("Verbs")->fallthrough()->footer(FooterOf(command));
+        CLI::App* verb = parent->add_subcommand(path.back(), Translated(command.summary));
+        verb->group(Translated("Verbs"))->fallthrough()->footer(FooterOf(command));
         if (IsHead(command)) {
             verb->require_subcommand(0, 1);
         } else if (IsAmong(words, path.back())) {
@@ -171,8 +169,10 @@ void DeclareSingleWords(CLI::App& app, const std::vector<std::string>& words, Co
         if (PathOf(*command).size() != 1) {
             continue;
         }
-        CLI::App* sub = app.add_subcommand(std::string(command->path[0]), std::string(command->summary));
-        sub->group(command->summary.empty() ? "" : "Other commands")->fallthrough()->footer(FooterOf(*command));
+        CLI::App* sub = app.add_subcommand(std::string(command->path[0]), Translated(command->summary));
+        sub->group(command->summary.empty() ? "" : Translated("Other commands"))
+            ->fallthrough()
+            ->footer(FooterOf(*command));
         if (IsAmong(words, command->path[0])) {
             DeclareParams(*sub, *command, given);
         }
@@ -183,9 +183,11 @@ void Declare(CLI::App& app, const std::vector<std::string>& words, Request& requ
 {
     Arguments& arguments = request.arguments;
     app.formatter(MakeHelpFormatter());
-    app.footer(kEpilogue);
-    app.set_version_flag("--version", "qvadmin " QV_VERSION);
-    app.add_option("--db", arguments.db, "database, such as sqlite:PATH; the last one counts")
+    app.footer(WithHeading(kExamples) + Translated(kEpilogue));
+    app.set_version_flag("--version", "qvadmin " QV_VERSION,
+                         Translated("Display program version information and exit"));
+    app.set_help_flag("-h,--help", Translated("Print this help message and exit"));
+    app.add_option("--db", arguments.db, Translated("database, such as sqlite:PATH; the last one counts"))
         ->type_name("URL")
         ->take_last();
     app.add_option_function<std::string>(
@@ -194,22 +196,24 @@ void Declare(CLI::App& app, const std::vector<std::string>& words, Request& requ
                arguments.format = ReadFormat(name);
                arguments.isFormatGiven = true;
            },
-           "table (default), csv, json, jsonl or plain (tabs between, no header)")
+           Translated("table (default), csv, json, jsonl or plain (tabs between, no header)"))
         ->type_name("FORMAT");
-    app.add_option("-p,--profile", arguments.profile, "settings of this name in the configuration files")
+    app.add_option("-p,--profile", arguments.profile, Translated("settings of this name in the configuration files"))
         ->type_name("NAME");
-    app.add_flag("--ask-db-password", arguments.asksPassword, "ask for the password of the database");
-    app.add_flag("-q,--quiet", arguments.quiet, "say nothing but errors, and ask nothing");
-    app.add_flag("--wide", arguments.wide, "let tables be wider than the terminal");
-    app.add_option_function<std::string>("--color", &RequireColorWord,
-                                         "auto (default: on a terminal, unless NO_COLOR is set), always or never")
+    app.add_flag("--ask-db-password", arguments.asksPassword, Translated("ask for the password of the database"));
+    app.add_flag("-q,--quiet", arguments.quiet, Translated("say nothing but errors, and ask nothing"));
+    app.add_flag("--wide", arguments.wide, Translated("let tables be wider than the terminal"));
+    app.add_option_function<std::string>(
+           "--color", &RequireColorWord,
+           Translated("auto (default: on a terminal, unless NO_COLOR is set), always or never"))
         ->type_name("WHEN")
         ->take_last();
-    app.add_option("--log", arguments.log, "add a line of JSON for each command to this file")->type_name("FILE");
+    app.add_option("--log", arguments.log, Translated("add a line of JSON for each command to this file"))
+        ->type_name("FILE");
     app.require_subcommand(0, 1);
     for (const Noun& noun : Nouns()) {
-        CLI::App* sub = app.add_subcommand(std::string(noun.name), std::string(noun.summary));
-        sub->group("Nouns")->fallthrough()->require_subcommand(0, 1)->footer(WithHeading(noun.examples));
+        CLI::App* sub = app.add_subcommand(std::string(noun.name), Translated(noun.summary));
+        sub->group(Translated("Nouns"))->fallthrough()->require_subcommand(0, 1)->footer(WithHeading(noun.examples));
         if (IsAmong(words, noun.name)) {
             DeclareVerbs(*sub, words, request.given);
         }
@@ -224,7 +228,7 @@ std::vector<std::string> Prepared(const std::vector<std::string>& words)
     bool optionsOver = false;
     for (const std::string& word : words) {
         if (!platform::IsValidUtf8(word)) {
-            throw Error(ErrorCode::invalid, fmt::format("the argument {} is not UTF-8", Quoted(word)));
+            throw Error(ErrorCode::invalid, FillPattern("the argument {} is not UTF-8", Quoted(word)));
         }
         optionsOver = optionsOver || word == "--";
         const bool endsEmpty = !optionsOver && word.starts_with("--") && word.find('=') == word.size() - 1;
@@ -268,21 +272,21 @@ void RefuseUnknownWords(const CLI::App& app)
     const CLI::App* noun = NamedIn(app);
     const std::optional<std::string> word = FirstWord(words, false);
     if (word && noun == nullptr) {
-        RefuseWord("there is no noun", *word, NounNames());
+        RefuseWord(Translatable("there is no noun"), *word, NounNames());
     }
     if (word && NamedIn(*noun) == nullptr && !VerbNames(noun->get_name()).empty()) {
-        RefuseWord(noun->get_name() + " has no verb", *word, VerbNames(noun->get_name()));
+        RefuseWord(FillPattern("{} has no verb", noun->get_name()), *word, VerbNames(noun->get_name()));
     }
     if (word && NamedIn(*noun) != nullptr && NamedIn(*NamedIn(*noun)) == nullptr) {
         const std::string verb = NamedIn(*noun)->get_name();
         if (const std::vector<std::string_view> third = ThirdWords(noun->get_name(), verb); !third.empty()) {
-            RefuseWord(fmt::format("{} {} has no verb", noun->get_name(), verb), *word, third);
+            RefuseWord(FillPattern("{} {} has no verb", noun->get_name(), verb), *word, third);
         }
     }
     if (!words.empty()) {
         const std::string unknown = FirstWord(words, true).value_or(words.front());
         throw Error(ErrorCode::invalid,
-                    fmt::format("'{}' is not expected here; see `{}`", ShownUrl(unknown), HelpCommand(app)));
+                    FillPattern("'{}' is not expected here; see `{}`", ShownUrl(unknown), HelpCommand(app)));
     }
 }
 
@@ -303,7 +307,7 @@ void Select(const CLI::App& app, Request& request)
     } else {
         const std::string_view next =
             path.size() == 1 ? VerbNames(path[0]).front() : ThirdWords(path[0], path[1]).front();
-        throw Error(ErrorCode::invalid, fmt::format("name what to do, such as `qvadmin {} {}`; see `{}`",
+        throw Error(ErrorCode::invalid, FillPattern("name what to do, such as `qvadmin {} {}`; see `{}`",
                                                     fmt::join(path, " "), next, HelpCommand(app)));
     }
 }
@@ -313,7 +317,7 @@ void Select(const CLI::App& app, Request& request)
 Request ParseCommandLine(const std::vector<std::string>& words)
 {
     Request request;
-    CLI::App app(kDescription, "qvadmin");
+    CLI::App app(Translated(kDescription), "qvadmin");
     Declare(app, words, request);
     app.allow_extras();
     try {
@@ -326,11 +330,11 @@ Request ParseCommandLine(const std::vector<std::string>& words)
         return request;
     } catch (const CLI::ParseError& e) {
         RefuseUnknownWords(app);
-        throw Error(ErrorCode::invalid, fmt::format("{}; see `{}`", Visible(e.what()), HelpCommand(app)));
+        throw Error(ErrorCode::invalid, FillPattern("{}; see `{}`", Visible(e.what()), HelpCommand(app)));
     } catch (const std::logic_error&) {
         // What CLI11 lets through from the number conversion that it tries on the value of a flag.
         throw Error(ErrorCode::invalid,
-                    fmt::format("an option that is on or off has another value; see `{}`", HelpCommand(app)));
+                    FillPattern("an option that is on or off has another value; see `{}`", HelpCommand(app)));
     }
     RefuseUnknownWords(app);
     Select(app, request);
@@ -340,7 +344,7 @@ Request ParseCommandLine(const std::vector<std::string>& words)
 std::string ProgramHelp()
 {
     Request unused;
-    CLI::App app(kDescription, "qvadmin");
+    CLI::App app(Translated(kDescription), "qvadmin");
     Declare(app, {}, unused);
     return app.help();
 }

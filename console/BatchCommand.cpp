@@ -6,6 +6,7 @@
 #include "console/Session.h"
 #include "console/ShellWords.h"
 #include "console/TextFile.h"
+#include "console/Translation.h"
 #include "management/DatabaseError.h"
 #include "management/Text.h"
 
@@ -56,7 +57,7 @@ std::vector<Line> ReadLines(std::istream& in)
                 lines.push_back({number, std::move(words)});
             }
         } catch (const Error& e) {
-            throw Error(e.Code(), fmt::format("line {}: {}; nothing was run", number, e.what()));
+            throw Error(e.Code(), FillPattern("line {}: {}; nothing was run", number, e.Why()));
         }
     }
     return lines;
@@ -83,8 +84,8 @@ public:
         if (transaction && !isUndone) {
             transaction->Commit();
         }
-        m_call.terminal.err << fmt::format("{} of {} run, {} failed{}\n", run, Counted(lines.size(), "command"), failed,
-                                           isUndone ? "; nothing was changed" : "");
+        const Sentence summary = FillPattern("{} of {} run, {} failed", run, Counted(lines.size(), "command"), failed);
+        m_call.terminal.err << Translated(isUndone ? FillPattern("{}; nothing was changed", summary) : summary) << '\n';
         if (failed == 0 && run < lines.size()) {
             return Exit::failed;
         }
@@ -117,9 +118,11 @@ private:
         const Exit exit = RunLine(line.words, m_call.terminal, m_shared);
         const bool isDone = exit == Exit::done || exit == Exit::findings;
         m_isFinding = m_isFinding || exit == Exit::findings;
-        m_call.terminal.err << fmt::format("line {}: {}: {}\n", line.number,
-                                           isDone ? "done" : fmt::format("failed ({})", static_cast<int>(exit)),
-                                           Visible(CommandText(line.words)));
+        const std::string command = Visible(CommandText(line.words));
+        m_call.terminal.err << Translated(isDone ? FillPattern("line {}: done: {}", line.number, command)
+                                                 : FillPattern("line {}: failed ({}): {}", line.number,
+                                                               static_cast<int>(exit), command))
+                            << '\n';
         return isDone;
     }
 

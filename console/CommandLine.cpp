@@ -1,6 +1,7 @@
 #include "console/CommandLine.h"
 
 #include "console/CommandOption.h"
+#include "console/Translation.h"
 
 #include <CLI/CLI.hpp>
 
@@ -14,14 +15,14 @@ void DeclareFlag(CLI::App& app, const std::string& name, std::string_view help, 
 {
     const std::string option = OptionName(name);
     const auto take = [&given, name](std::int64_t count) { given.values[name] = {count > 0 ? "1" : "0"}; };
-    app.add_flag_function(isNegatable ? option + ",!" + NegativeOf(option) : option, take, std::string(help));
+    app.add_flag_function(isNegatable ? option + ",!" + NegativeOf(option) : option, take, Translated(help));
 }
 
 CLI::Option* DeclareText(CLI::App& app, const std::string& name, const std::string& option, std::string_view help,
                          CommandLine& given)
 {
     const auto take = [&given, name](const std::string& text) { given.values[name] = {text}; };
-    return app.add_option_function<std::string>(option, take, std::string(help));
+    return app.add_option_function<std::string>(option, take, Translated(help));
 }
 
 void DeclareList(CLI::App& app, const ParamInfo& param, CommandLine& given)
@@ -32,14 +33,14 @@ void DeclareList(CLI::App& app, const ParamInfo& param, CommandLine& given)
     const std::string name(param.name);
     const auto take = [&given, name](const std::vector<std::string>& texts) { given.values[name] = texts; };
     app.add_option_function<std::vector<std::string>>(param.isPositional ? name : OptionName(name), take,
-                                                      std::string(param.help))
+                                                      Translated(param.help))
         ->type_name(param.isPositional ? "" : "TEXT")
         ->expected(param.isPositional ? kMost : 1)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     if (param.isPositional) {
-        app.add_option("--file", given.names.file, kFileHelp)->type_name("FILE");
-        app.add_flag("-0,--null", given.names.endWithNul, kNullHelp);
+        app.add_option("--file", given.names.file, Translated(kFileHelp))->type_name("FILE");
+        app.add_flag("-0,--null", given.names.endWithNul, Translated(kNullHelp));
     }
 }
 
@@ -116,10 +117,10 @@ void DeclareParams(CLI::App& app, const Command& command, CommandLine& given)
         return;
     }
     if (command.asks) {
-        app.add_flag("--yes", given.options.yes, kYesHelp);
+        app.add_flag("--yes", given.options.yes, Translated(kYesHelp));
     }
-    app.add_flag("--dry-run", given.options.dryRun, kDryRunHelp);
-    app.add_option("--reason", given.options.reason, kReasonHelp)->type_name("TEXT");
+    app.add_flag("--dry-run", given.options.dryRun, Translated(kDryRunHelp));
+    app.add_option("--reason", given.options.reason, Translated(kReasonHelp))->type_name("TEXT");
 }
 
 } // namespace console

@@ -55,7 +55,7 @@ void CommandLog::Write(std::string_view command, Exit exit, bool changed)
 void CommandLog::ThrowUnwritable(std::string_view what) const
 {
     throw Error(ErrorCode::failed,
-                fmt::format("cannot write the log {}: {}; {}", Visible(m_name), std::strerror(errno), what));
+                FillPattern("cannot write the log {}: {}; {}", Visible(m_name), std::strerror(errno), what));
 }
 
 } // namespace console

@@ -15,10 +15,8 @@ void AddOptionsOf(const ParamInfo& param, std::vector<CommandOption>& options)
             options.push_back({OptionName(text.name), text.isFlag ? "" : "TEXT", std::string(text.help), text.isFlag});
         }
     } else if (param.kind == Kind::secret) {
-        options.push_back({OptionName(param.name) + "-stdin", "",
-                           fmt::format("the {} is the first line of standard input", param.name)});
-        options.push_back({OptionName(param.name) + "-file", "FILE",
-                           fmt::format("the {} is the first line of this file", param.name)});
+        options.push_back({OptionName(param.name) + "-stdin", "", FillPattern(kSecretInputHelp, param.name)});
+        options.push_back({OptionName(param.name) + "-file", "FILE", FillPattern(kSecretFileHelp, param.name)});
     } else if (!param.isPositional) {
         const std::string placeholder(param.kind == Kind::flag ? "" : PlaceholderOf(param.kind));
         options.push_back({OptionName(param.name), placeholder, std::string(param.help), param.isNegatable});

@@ -30,6 +30,8 @@ std::string_view PlaceholderOf(Kind kind);
 /// Whether a command takes --dry-run and --reason.
 bool TakesWritingOptions(const Command& command);
 
+inline constexpr Pattern<1> kSecretInputHelp = Translatable("the {} is the first line of standard input");
+inline constexpr Pattern<1> kSecretFileHelp = Translatable("the {} is the first line of this file");
 inline constexpr const char* kYesHelp = "do not ask";
 inline constexpr const char* kDryRunHelp = "try everything and change nothing; ends with 8 for a change";
 inline constexpr const char* kReasonHelp = "why, for the record";

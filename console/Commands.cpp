@@ -8,6 +8,7 @@
 #include "console/NameList.h"
 #include "console/Session.h"
 #include "console/TerminalFrontEnd.h"
+#include "console/Translation.h"
 #include "console/Url.h"
 #include "management/Changes.h"
 #include "management/CommandData.h"
@@ -324,15 +325,15 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, Sha
             return RunWords(words, terminal, shared, report);
         } catch (const Error& e) {
             if (!report.writesJson && !AskForJson(words)) {
-                return Reported(ExitFor(e.Code()), e.what(), terminal);
+                return Reported(ExitFor(e.Code()), e.Why(), terminal);
             }
             WriteAsJson(e, terminal);
             return ExitFor(e.Code());
         }
     } catch (const std::bad_alloc&) {
-        return Reported(Exit::failed, OutOfMemorySentence(), terminal);
+        return Reported(Exit::failed, std::string(OutOfMemorySentence()), terminal);
     } catch (const std::exception& e) {
-        return Reported(Exit::failed, "internal error: " + std::string(e.what()), terminal);
+        return Reported(Exit::failed, FillPattern("internal error: {}", e.what()), terminal);
     }
 }
 
@@ -350,17 +351,17 @@ Exit RunLogged(const std::vector<std::string>& words, Terminal& given, SharedSes
             report.log->Write(CommandText(words), exit, report.isChanged);
         }
     } catch (const Error& e) {
-        return Reported(ExitFor(e.Code()), e.what(), terminal);
+        return Reported(ExitFor(e.Code()), e.Why(), terminal);
     }
     return exit;
 }
 
 } // namespace
 
-Exit Reported(const Exit code, std::string_view sentence, Terminal& terminal)
+Exit Reported(const Exit code, const Sentence& sentence, Terminal& terminal)
 {
     WriteStyled(ErrorsOf(terminal), "qvadmin:", Style::error, terminal.errHasColor);
-    ErrorsOf(terminal) << ' ' << Visible(sentence) << '\n';
+    ErrorsOf(terminal) << ' ' << Visible(Translated(sentence)) << '\n';
     return code;
 }
 
@@ -386,11 +387,13 @@ Exit RunLine(const std::vector<std::string>& words, Terminal& terminal, SharedSe
 int RunProgram(int count, const char* const* words, Terminal& terminal)
 {
     Changes::Reset();
+    ChooseLanguage();
     Exit code = RunLogged({words + 1, words + count}, terminal, nullptr);
     terminal.out.flush();
     // Who closed it has read enough, which is no failure.
     if (!terminal.out && !terminal.outIsClosed()) {
-        code = Reported(Exit::failed, "the output could not be written in full; what the command changed stays changed",
+        code = Reported(Exit::failed,
+                        Translatable("the output could not be written in full; what the command changed stays changed"),
                         terminal);
     }
     return static_cast<int>(code);

@@ -4,6 +4,7 @@
 #include "console/ExitCode.h"
 #include "console/Session.h"
 #include "console/Terminal.h"
+#include "management/Sentence.h"
 
 #include <optional>
 #include <span>
@@ -12,6 +13,8 @@
 #include <vector>
 
 namespace console {
+
+using namespace management;
 
 struct Noun {
     std::string_view name;
@@ -39,8 +42,8 @@ struct SharedSession {
 /// Runs a command line and says what goes wrong with it. @return what it ends with.
 Exit RunLine(const std::vector<std::string>& words, Terminal& terminal, SharedSession& shared);
 
-/// Says what has gone wrong. @return the code.
-Exit Reported(Exit code, std::string_view sentence, Terminal& terminal);
+/// Says what has gone wrong, in the language of the reader. @return the code.
+Exit Reported(Exit code, const Sentence& sentence, Terminal& terminal);
 
 /// Runs the program. @return what it is to end with. @throws std::bad_alloc when there is no memory to run anything.
 int RunProgram(int count, const char* const* words, Terminal& terminal);

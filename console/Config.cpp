@@ -66,11 +66,11 @@ std::string VariableOf(std::string_view name)
 void RequireValue(const ConfigKey& key, const std::string& value, std::string_view origin)
 {
     if (!key.words.empty() && std::ranges::find(key.words, value) == key.words.end()) {
-        throw Error(ErrorCode::invalid, fmt::format("{}: {} {} is not one of {}", origin, key.name, Quoted(value),
+        throw Error(ErrorCode::invalid, FillPattern("{}: {} {} is not one of {}", origin, key.name, Quoted(value),
                                                     fmt::join(key.words, ", ")));
     }
     if (key.isFlag && value != "true" && value != "false") {
-        throw Error(ErrorCode::invalid, fmt::format("{}: {} is true or false", origin, key.name));
+        throw Error(ErrorCode::invalid, FillPattern("{}: {} is true or false", origin, key.name));
     }
 }
 
@@ -102,7 +102,7 @@ private:
             return toml::parse(ReadTextFile(m_file), m_file);
         } catch (const toml::parse_error& e) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("{}:{}: {}", Visible(m_file), e.source().begin.line, Visible(e.description())));
+                        FillPattern("{}:{}: {}", Visible(m_file), e.source().begin.line, Visible(e.description())));
         }
     }
 
@@ -116,19 +116,19 @@ private:
         const toml::table* profiles = node.as_table();
         if (profiles == nullptr) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("{}: profiles is a table, such as [profiles.production]", At(node.source())));
+                        FillPattern("{}: profiles is a table, such as [profiles.production]", At(node.source())));
         }
         for (const auto& [name, profile] : *profiles) {
             const toml::table* table = profile.as_table();
             if (table == nullptr) {
-                throw Error(ErrorCode::invalid, fmt::format("{}: a profile is a table, such as [profiles.{}]",
+                throw Error(ErrorCode::invalid, FillPattern("{}: a profile is a table, such as [profiles.{}]",
                                                             At(profile.source()), Visible(name.str())));
             }
             Values& values = settings.profiles[std::string(name.str())];
             for (const auto& [key, value] : *table) {
                 Add(key, value, values);
                 if (key.str() == kProfile) {
-                    throw Error(ErrorCode::invalid, fmt::format("{}: a profile cannot name another", At(key.source())));
+                    throw Error(ErrorCode::invalid, FillPattern("{}: a profile cannot name another", At(key.source())));
                 }
             }
         }
@@ -141,7 +141,7 @@ private:
         if (key == nullptr) {
             std::vector<std::string_view> names;
             std::ranges::transform(kKeys, std::back_inserter(names), &ConfigKey::name);
-            throw Error(ErrorCode::invalid, fmt::format("{}: there is no setting {}; there are {} and {}", origin,
+            throw Error(ErrorCode::invalid, FillPattern("{}: there is no setting {}; there are {} and {}", origin,
                                                         Quoted(name.str()), fmt::join(names, ", "), kProfiles));
         }
         values[key->name] = {std::string(key->name), TextOf(*key, node, origin), origin};
@@ -153,12 +153,12 @@ private:
         const std::optional<std::string> text = node.value_exact<std::string>();
         if (key.isFlag ? !flag : !text) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("{}: {} is {}", origin, key.name, key.isFlag ? "true or false" : "a text"));
+                        FillPattern("{}: {} is {}", origin, key.name, key.isFlag ? "true or false" : "a text"));
         }
         std::string value = key.isFlag ? (*flag ? "true" : "false") : *text;
         RequireValue(key, value, origin);
         if (key.isPath && !value.starts_with('/')) {
-            throw Error(ErrorCode::invalid, fmt::format("{}: {} is not an absolute path", origin, key.name));
+            throw Error(ErrorCode::invalid, FillPattern("{}: {} is not an absolute path", origin, key.name));
         }
         if (key.name == "db") {
             RequireScheme(value, fmt::format("{}: db", origin));
@@ -174,7 +174,7 @@ private:
         struct stat status{};
         if (::stat(m_file.c_str(), &status) != 0 || (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
             throw Error(ErrorCode::failed,
-                        fmt::format("{}: db holds a password, and the file is open to others than its owner; put the "
+                        FillPattern("{}: db holds a password, and the file is open to others than its owner; put the "
                                     "password into a file of its own and name that with password_file, or chmod 600 {}",
                                     origin, Visible(m_file)));
         }
@@ -220,7 +220,7 @@ void ApplyProfile(const std::vector<FileSettings>& files, const std::string& pro
     }
     if (!isThere) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("there is no profile {}; {}", Quoted(profile),
+                    FillPattern("there is no profile {}; {}", Quoted(profile),
                                 names.empty()
                                     ? "no configuration file has any"
                                     : fmt::format("there are {}", Visible(fmt::format("{}", fmt::join(names, ", "))))));

@@ -5,6 +5,7 @@
 #include "console/Progress.h"
 #include "console/Session.h"
 #include "console/TerminalFrontEnd.h"
+#include "console/Translation.h"
 #include "console/Url.h"
 #include "management/Changes.h"
 #include "management/DatabaseError.h"
@@ -63,11 +64,11 @@ void RequireLastingFile(const std::string& url)
     }
     const std::optional<std::filesystem::path> file = SqliteFile(url);
     if (!file) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is gone when the copy ends; write sqlite:PATH", ShownUrl(url)));
+        throw Error(ErrorCode::invalid, FillPattern("{} is gone when the copy ends; write sqlite:PATH", ShownUrl(url)));
     }
     std::error_code error;
     if (!MakesFile(url) && !std::filesystem::exists(*file, error) && !error) {
-        throw Error(ErrorCode::database, fmt::format("there is no database {}; write {} to have it made",
+        throw Error(ErrorCode::database, FillPattern("there is no database {}; write {} to have it made",
                                                      Visible(file->native()), Visible(url.substr(0, url.find('?')))));
     }
 }
@@ -88,19 +89,19 @@ std::int64_t RequireUsable(CAConnect& from, CAConnect& to, const std::string& sh
     const schema::State state = WithDatabaseErrors(to, [&] { return schema::Inspect(to).state; });
     if (state == schema::State::foreign) {
         throw Error(ErrorCode::database,
-                    fmt::format("{} holds other tables than a directory's; nothing was copied", shown));
+                    FillPattern("{} holds other tables than a directory's; nothing was copied", shown));
     }
     if (state == schema::State::newer) {
         throw Error(ErrorCode::database,
-                    fmt::format("{} holds a directory made by a later qvadmin; nothing was copied", shown));
+                    FillPattern("{} holds a directory made by a later qvadmin; nothing was copied", shown));
     }
     if (WithDatabaseErrors(from, [&] { return schema::IsSameDatabase(from, to); })) {
-        throw Error(ErrorCode::conflict, fmt::format("{} is the database to be copied itself", shown));
+        throw Error(ErrorCode::conflict, FillPattern("{} is the database to be copied itself", shown));
     }
     const std::int64_t rows = WithDatabaseErrors(to, [&] { return schema::CountRows(to); });
     if (rows != 0 && !mayHaveRows) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} holds {} already, and only an empty one is copied to; nothing was copied", shown,
+                    FillPattern("{} holds {} already, and only an empty one is copied to; nothing was copied", shown,
                                 Counted(static_cast<std::size_t>(rows), "row")));
     }
     return rows;
@@ -151,11 +152,12 @@ private:
 };
 
 /// What is known of the target after a failure, to end a sentence with.
-std::string Standing(const CAConnect& to)
+Sentence Standing(const CAConnect& to)
 {
-    return to.IsOpen() ? "nothing was copied, and the same command can be run again"
-                       : "the target has all or nothing, and the same command can be run again: it refuses a target "
-                         "that has all";
+    return to.IsOpen()
+               ? Translatable("nothing was copied, and the same command can be run again")
+               : Translatable("the target has all or nothing, and the same command can be run again: it refuses "
+                              "a target that has all");
 }
 
 /// Copies, showing how far it is. @throws Error that says what became of it.
@@ -177,7 +179,7 @@ public:
         schema::Copied copied = Copy();
         m_progress.Clear();
         if (copied.stopped) {
-            throw Error(ErrorCode::failed, "stopped by a signal; " + Standing(m_to));
+            throw Error(ErrorCode::failed, FillPattern("stopped by a signal; {}", Standing(m_to)));
         }
         return copied;
     }
@@ -200,22 +202,22 @@ private:
             return m_replaces ? schema::Replace(m_from, m_to, tell) : schema::Copy(m_from, m_to, tell);
         } catch (const schema::CopyConflict& e) {
             m_progress.Clear();
-            throw Error(ErrorCode::conflict, fmt::format("{}; nothing was copied", Visible(e.GetErrorText().View())));
+            throw Error(ErrorCode::conflict, FillPattern("{}; nothing was copied", Visible(e.GetErrorText().View())));
         } catch (const schema::RowRefused& e) {
-            Stop(e, "nothing was copied; mend it in the source and copy again");
+            Stop(e, Translatable("nothing was copied; mend it in the source and copy again"));
         } catch (const CAException& e) {
             Stop(e, Standing(m_to));
         }
     }
 
     /// @param advice  what to do unless the whole target is in trouble.
-    [[noreturn]] void Stop(const CAException& e, const std::string& advice)
+    [[noreturn]] void Stop(const CAException& e, const Sentence& advice)
     {
         m_progress.Clear();
         const DatabaseError error = ErrorFrom(m_to, e);
-        const std::string line = e.GetErrorCode().IsEmpty() ? error.EngineLine() : error.what();
+        const Sentence line = e.GetErrorCode().IsEmpty() ? Sentence(error.EngineLine()) : error.Why();
         throw Error(ErrorCode::database,
-                    fmt::format("stopped: {}; {}", line, error.IsLasting() ? Standing(m_to) : advice));
+                    FillPattern("stopped: {}; {}", line, error.IsLasting() ? Standing(m_to) : advice));
     }
 
     void Tell(const schema::CopyState& state)
@@ -224,7 +226,7 @@ private:
         if (state.tableIsDone && state.tableRows != 0) {
             m_progress.Clear();
             m_terminal.err << fmt::format("{}: {}\n", state.table,
-                                          Counted(static_cast<std::size_t>(state.tableRows), "row"));
+                                          Translated(Counted(static_cast<std::size_t>(state.tableRows), "row")));
         }
     }
 
@@ -239,8 +241,9 @@ private:
 void TellOthers(const schema::Copied& copied, std::ostream& err)
 {
     if (!copied.others.empty()) {
-        err << fmt::format("not copied, being no tables of a directory: {}\n",
-                           Visible(fmt::format("{}", fmt::join(copied.others, ", "))));
+        err << Translated(FillPattern("not copied, being no tables of a directory: {}",
+                                      Visible(fmt::format("{}", fmt::join(copied.others, ", ")))))
+            << '\n';
     }
 }
 
@@ -272,9 +275,11 @@ Exit Copy(const LocalCall& context)
 {
     const auto in = binding::ReadInput<kCopyParams>(context.given);
     return CopyTo(context, in.target, in.parents, [&](const schema::Copied& copied, const std::string& pace) {
-        context.terminal.err << fmt::format("copied {} of {} tables from {} to {} ({})\n",
-                                            Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
-                                            ShownUrl(ChooseUrl(context.arguments.db)), ShownUrl(in.target), pace);
+        context.terminal.err << Translated(FillPattern("copied {} of {} tables from {} to {} ({})",
+                                                       Counted(static_cast<std::size_t>(copied.rows), "row"),
+                                                       copied.tables, ShownUrl(ChooseUrl(context.arguments.db)),
+                                                       ShownUrl(in.target), pace))
+                             << '\n';
     });
 }
 
@@ -303,17 +308,19 @@ Exit Backup(const LocalCall& context)
     if (IsThere(in.file)) {
         throw Error(
             ErrorCode::conflict,
-            fmt::format("{} is there already, and a backup replaces nothing; name another file", Visible(in.file)));
+            FillPattern("{} is there already, and a backup replaces nothing; name another file", Visible(in.file)));
     }
     const std::string partial = in.file + ".partial"; // one that a killed run has left is empty, and used
     return CopyTo(context, UrlOf(partial), in.parents, [&](const schema::Copied& copied, const std::string& pace) {
         if (::link(partial.c_str(), in.file.c_str()) != 0 || ::unlink(partial.c_str()) != 0) {
-            throw Error(ErrorCode::failed, fmt::format("the backup is in {} and cannot be named {}: {}",
+            throw Error(ErrorCode::failed, FillPattern("the backup is in {} and cannot be named {}: {}",
                                                        Visible(partial), Visible(in.file), std::strerror(errno)));
         }
-        context.terminal.err << fmt::format("backed up {} of {} tables from {} to {} ({})\n",
-                                            Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
-                                            ShownUrl(ChooseUrl(context.arguments.db)), Visible(in.file), pace);
+        context.terminal.err << Translated(FillPattern("backed up {} of {} tables from {} to {} ({})",
+                                                       Counted(static_cast<std::size_t>(copied.rows), "row"),
+                                                       copied.tables, ShownUrl(ChooseUrl(context.arguments.db)),
+                                                       Visible(in.file), pace))
+                             << '\n';
     });
 }
 
@@ -323,7 +330,7 @@ Exit Restore(const LocalCall& context)
 {
     const auto in = binding::ReadInput<kRestoreParams>(context.given);
     if (!IsThere(in.file)) {
-        throw Error(ErrorCode::failed, fmt::format("there is no file {}", Visible(in.file)));
+        throw Error(ErrorCode::failed, FillPattern("there is no file {}", Visible(in.file)));
     }
     Arguments backup = context.arguments;
     backup.db = UrlOf(in.file) + "?mode=ro";
@@ -335,16 +342,16 @@ Exit Restore(const LocalCall& context)
     const std::int64_t rows = RequireUsable(from, to, shown, true);
     if (rows != 0 && !in.replace) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} holds {}; nothing was restored. --replace deletes them, the record of changes too",
+                    FillPattern("{} holds {}; nothing was restored. --replace deletes them, the record of changes too",
                                 shown, Counted(static_cast<std::size_t>(rows), "row")));
     }
     if (rows != 0 && !in.yes) {
         TerminalFrontEnd frontEnd(kNoRow, context.given, context.arguments.format, context.terminal);
         Plan plan;
-        plan.lines = {fmt::format("{} of {}", Counted(static_cast<std::size_t>(rows), "row"), shown)};
-        plan.question = fmt::format("Delete all of this, and put {} in its place?", Visible(in.file));
+        plan.lines = {FillPattern("{} of {}", Counted(static_cast<std::size_t>(rows), "row"), shown)};
+        plan.question = FillPattern("Delete all of this, and put {} in its place?", Visible(in.file));
         plan.removed = static_cast<std::size_t>(rows);
-        plan.nothingDone = "nothing was restored";
+        plan.nothingDone = Translatable("nothing was restored");
         frontEnd.Confirm(plan);
     }
     const Interrupt interrupt;
@@ -352,9 +359,10 @@ Exit Restore(const LocalCall& context)
     Copying copying(from, to, context.terminal, rows != 0);
     const schema::Copied copied = copying.Run();
     TellOthers(copied, context.terminal.err);
-    context.terminal.err << fmt::format("restored {} of {} tables from {} to {} ({})\n",
-                                        Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
-                                        Visible(in.file), shown, copying.Pace(copied.rows));
+    context.terminal.err << Translated(FillPattern("restored {} of {} tables from {} to {} ({})",
+                                                   Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
+                                                   Visible(in.file), shown, copying.Pace(copied.rows)))
+                         << '\n';
     return Exit::done;
 }
 

@@ -1,6 +1,7 @@
 #include "console/LocalCommand.h"
 #include "console/Render.h"
 #include "console/Session.h"
+#include "console/Translation.h"
 #include "console/Url.h"
 #include "management/Changes.h"
 #include "management/DatabaseError.h"
@@ -22,16 +23,16 @@ constexpr Param<InitInput> kInitParams[] = {
 constexpr Column kStatusColumns[] = {
     {"engine"}, {"url"}, {"state"}, {"version", Kind::number}, {"newest", Kind::number}, {"users", Kind::number}};
 
-std::string WhatWasDone(const schema::Status& before, const schema::Status& after, bool didSomething)
+Sentence WhatWasDone(const schema::Status& before, const schema::Status& after, bool didSomething)
 {
     if (before.state == schema::State::current) {
-        return didSomething ? fmt::format("completed the directory of version {}", after.version)
-                            : fmt::format("nothing to do, the directory is of version {} already", after.version);
+        return didSomething ? FillPattern("completed the directory of version {}", after.version)
+                            : FillPattern("nothing to do, the directory is of version {} already", after.version);
     }
     if (before.version == 0) {
-        return fmt::format("made a directory of version {}", after.version);
+        return FillPattern("made a directory of version {}", after.version);
     }
-    return fmt::format("upgraded the directory from version {} to {}", before.version, after.version);
+    return FillPattern("upgraded the directory from version {} to {}", before.version, after.version);
 }
 
 schema::Status Inspect(CAConnect& conn)
@@ -50,11 +51,13 @@ Exit Init(const LocalCall& context)
     bool didSomething = false;
     const auto tell = [&](int version, const std::string& title) {
         didSomething = true;
-        context.terminal.err << fmt::format("version {}: {}\n", version, Visible(title));
+        context.terminal.err << Translated(FillPattern("version {}: {}", version, Visible(title))) << '\n';
     };
     Changes::NoteCommit();
     WithDatabaseErrors(conn, [&] { schema::Upgrade(conn, tell); });
-    context.terminal.err << fmt::format("{} in {}\n", WhatWasDone(before, Inspect(conn), didSomething), ShownUrl(url));
+    context.terminal.err << Translated(FillPattern("{} in {}", WhatWasDone(before, Inspect(conn), didSomething),
+                                                   ShownUrl(url)))
+                         << '\n';
     return Exit::done;
 }
 
@@ -84,9 +87,12 @@ Exit Status(const LocalCall& context)
     }
     const auto shortcoming = WithDatabaseErrors(conn, [&] { return schema::FindShortcoming(conn); });
     if (shortcoming) {
-        context.terminal.err << fmt::format(
-            "qvadmin: {}{}\n", Visible(shortcoming->text),
-            shortcoming->isCuredByUpgrade ? fmt::format("; run `{}`", InitCommand(context.arguments)) : "");
+        const std::string text = Visible(shortcoming->text);
+        context.terminal.err << "qvadmin: "
+                             << Translated(shortcoming->isCuredByUpgrade
+                                               ? FillPattern("{}; run `{}`", text, InitCommand(context.arguments))
+                                               : Sentence(text))
+                             << '\n';
     }
     return isCurrent && !shortcoming ? Exit::done : Exit::findings;
 }

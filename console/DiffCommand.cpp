@@ -3,6 +3,7 @@
 #include "console/Session.h"
 #include "console/SourceFile.h"
 #include "console/TerminalFrontEnd.h"
+#include "console/Translation.h"
 #include "management/Text.h"
 #include "management/exchange/DirectoryDiff.h"
 
@@ -62,7 +63,7 @@ DirectoryLines LinesOfFile(const std::string& path, std::istream& standardInput)
     return DirectoryLines::Of(reader);
 }
 
-std::string Summary(const std::vector<DirectoryDifference>& differences)
+Sentence Summary(const std::vector<DirectoryDifference>& differences)
 {
     std::set<std::pair<std::string_view, std::string>> differing;
     std::array<std::size_t, 3> counts{};
@@ -71,7 +72,7 @@ std::string Summary(const std::vector<DirectoryDifference>& differences)
                                differing.emplace(difference.noun->name, difference.name).second;
         counts.at(static_cast<std::size_t>(difference.kind)) += isCounted ? 1 : 0;
     }
-    return fmt::format("{} only here, {} only there, {} differ", counts[0], counts[1], counts[2]);
+    return FillPattern("{} only here, {} only there, {} differ", counts[0], counts[1], counts[2]);
 }
 
 Exit Diff(const LocalCall& call)
@@ -93,9 +94,10 @@ Exit Diff(const LocalCall& call)
                                  TextValue(std::string(kDifferenceKinds.at(static_cast<std::size_t>(difference.kind)))),
                                  TextValue(std::string(difference.member)), difference.here, difference.there));
     }
-    call.terminal.err << (differences.empty() ? "there is no difference" : Summary(differences)) << '\n';
-    if (const std::string left = here.NotCompared(there, in.other); !left.empty()) {
-        call.terminal.err << left << '\n';
+    call.terminal.err << Translated(differences.empty() ? Translatable("there is no difference") : Summary(differences))
+                      << '\n';
+    if (const Sentence left = here.NotCompared(there, in.other); !left.IsEmpty()) {
+        call.terminal.err << Translated(left) << '\n';
     }
     Result result;
     result.hasFindings = !differences.empty();

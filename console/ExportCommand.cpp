@@ -4,6 +4,7 @@
 #include "console/Session.h"
 #include "console/SourceFile.h"
 #include "console/TerminalFrontEnd.h"
+#include "console/Translation.h"
 #include "console/Url.h"
 #include "management/Text.h"
 #include "management/exchange/Export.h"
@@ -118,7 +119,7 @@ void RequireOptionsOf(std::string_view format, const ExportInput& in)
     }
     if (format != "json" && (in.nouns || in.withPasswords)) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("--{} is for --format json", in.nouns ? "nouns" : "with-passwords"));
+                    FillPattern("--{} is for --format json", in.nouns ? "nouns" : "with-passwords"));
     }
 }
 
@@ -141,12 +142,17 @@ bool WriteAll(Call& call, std::string_view format, const ExportOptions& options,
 void Summarise(const ExportReport& report, std::string_view format, const std::string& name, std::ostream& err)
 {
     if (report.leftOut > 0) {
-        err << fmt::format("{} not exported, for they name what is gone; `qvadmin db check` lists them\n",
-                           report.leftOut == 1 ? "1 row was" : fmt::format("{} rows were", report.leftOut));
+        const auto leftOut = static_cast<std::uint64_t>(report.leftOut);
+        err << Translated(
+                   FillPlural("{} row was not exported, for they name what is gone; `qvadmin db check` lists them",
+                              "{} rows were not exported, for they name what is gone; `qvadmin db check` lists them",
+                              leftOut, leftOut))
+            << '\n';
     }
     const std::string_view unit = format == "json" ? "line" : format == "csv" ? "user" : "entry";
-    err << fmt::format("exported {} to {} ({})\n", Counted(static_cast<std::size_t>(report.lines), unit), name,
-                       PaceText(std::chrono::steady_clock::now() - report.begin, report.lines));
+    err << Translated(FillPattern("exported {} to {} ({})", Counted(static_cast<std::size_t>(report.lines), unit), name,
+                                  PaceText(std::chrono::steady_clock::now() - report.begin, report.lines)))
+        << '\n';
 }
 
 Exit Export(const LocalCall& call)
@@ -163,7 +169,7 @@ Exit Export(const LocalCall& call)
     const bool isDone = WriteAll(work, format, options, frontEnd, report);
     frontEnd.HideProgress();
     if (!isDone && !frontEnd.IsRefused()) {
-        throw Error(ErrorCode::failed, fmt::format("stopped by a signal; {} is not whole", frontEnd.Name()));
+        throw Error(ErrorCode::failed, FillPattern("stopped by a signal; {} is not whole", frontEnd.Name()));
     }
     frontEnd.Finish();
     if (frontEnd.IsRefused()) {

@@ -1,5 +1,7 @@
 #include "console/Help.h"
 
+#include "console/Translation.h"
+
 #include <CLI/CLI.hpp>
 
 #include <string>
@@ -17,15 +19,15 @@ public:
     HelpFormatter()
     {
         column_width(kColumn);
-        label("Positionals", "Arguments");
+        label("Positionals", Translated("Arguments"));
     }
 
     std::string make_usage(const CLI::App* app, std::string name) const override
     {
-        std::string usage = "\nUsage: " + std::move(name) + " [OPTIONS]";
+        std::string usage = "\n" + Translated("Usage:") + " " + std::move(name) + " [" + Translated("OPTIONS") + "]";
         const bool hasSubcommands = !app->get_subcommands([](const CLI::App*) { return true; }).empty();
         if (hasSubcommands) {
-            usage += app->get_parent() == nullptr ? " NOUN VERB ..." : " VERB ...";
+            usage += app->get_parent() == nullptr ? " " + Translated("NOUN VERB ...") : " " + Translated("VERB ...");
         }
         bool isAfterList = false;
         for (const CLI::Option* argument :
@@ -39,6 +41,14 @@ public:
             usage += isNeeded ? " " + shown : " [" + shown + "]";
         }
         return usage + "\n";
+    }
+
+    [[nodiscard]] std::string make_group(std::string group, bool isPositional,
+                                         std::vector<const CLI::Option*> options) const override
+    {
+        // What CLI11 calls the options that have no group.
+        return CLI::Formatter::make_group(group == "Options" ? Translated("Options") : std::move(group), isPositional,
+                                          std::move(options));
     }
 
     // CLI11 marks the form that turns a flag off with its value.

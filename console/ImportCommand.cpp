@@ -6,6 +6,7 @@
 #include "console/Render.h"
 #include "console/Session.h"
 #include "console/SourceFile.h"
+#include "console/Translation.h"
 #include "console/Url.h"
 #include "management/Text.h"
 #include "management/exchange/DirectoryImport.h"
@@ -108,11 +109,14 @@ void SummariseDepartments(const ImportInput& in, const ImportReport& report, std
     if (!in.departments) {
         return;
     }
-    err << fmt::format("departments: {} {}{}\n", in.dryRun ? "would make" : "made",
-                       Counted(report.madeGroups.size(), "group"),
-                       report.madeView ? " and the view " + Visible(*report.madeView) : "");
+    const Sentence groups = Counted(report.madeGroups.size(), "group");
+    const Sentence made =
+        report.madeView ? FillPattern("{} and the view {}", groups, Visible(*report.madeView)) : groups;
+    err << Translated(in.dryRun ? FillPattern("departments: would make {}", made)
+                                : FillPattern("departments: made {}", made))
+        << '\n';
     for (const NewGroup& group : report.madeGroups) {
-        err << fmt::format("  {}: {}\n", Visible(group.path), Counted(group.users, "user"));
+        err << fmt::format("  {}: {}\n", Visible(group.path), Translated(Counted(group.users, "user")));
     }
 }
 
@@ -120,31 +124,39 @@ void SummariseDepartments(const ImportInput& in, const ImportReport& report, std
 void SummariseRows(bool dryRun, const ImportReport& report, std::string_view noun, const std::string& source,
                    const std::string& result, bool mayWrite, std::ostream& err)
 {
-    err << fmt::format(
-        "{}{} of {}: {} ({}); the outcome of each is in {}\n", dryRun ? "dry run, nothing was changed: " : "",
-        Counted(static_cast<std::size_t>(report.rows), noun), source, FatesText(report), report.Pace(), result);
+    const Sentence summary = FillPattern("{} of {}: {} ({}); the outcome of each is in {}",
+                                         Counted(static_cast<std::size_t>(report.rows), noun), source,
+                                         FatesText(report), report.Pace(), result);
+    err << Translated(dryRun ? FillPattern("dry run, nothing was changed: {}", summary) : summary) << '\n';
     if (!mayWrite) {
-        err << "warning: this account cannot add and change users, by what the database says of its rights; "
-               "without --dry-run nothing would be imported\n";
+        err << Translated("warning: this account cannot add and change users, by what the database says of its rights; "
+                          "without --dry-run nothing would be imported")
+            << '\n';
     }
 }
 
 /// What every summary ends with.
 void SummariseTrouble(bool dryRun, bool allowPrivileges, const ImportReport& report, std::string_view noun,
-                      std::string_view advice, std::ostream& err)
+                      const char* advice, std::ostream& err)
 {
     if (report.privileged > 0) {
-        err << fmt::format("privileges: {} super, system, locked or Admin{}\n",
-                           report.privileged == 1 ? fmt::format("1 {} changes", noun)
-                                                  : fmt::format("{} {}s change", report.privileged, noun),
-                           allowPrivileges ? "" : "; --allow-privileges allows it");
+        const Sentence privileged = FillPlural("privileges: {} changes super, system, locked or Admin",
+                                               "privileges: {} change super, system, locked or Admin",
+                                               static_cast<std::size_t>(report.privileged),
+                                               Counted(static_cast<std::size_t>(report.privileged), noun));
+        err << Translated(allowPrivileges ? privileged : FillPattern("{}; --allow-privileges allows it", privileged))
+            << '\n';
     }
     if (report.CountOf(RowFate::exists) > 0) {
-        err << advice;
+        err << Translated(advice) << '\n';
     }
     if (report.CountOf(RowFate::failed) > 0) {
-        err << fmt::format("qvadmin: {} of {} {}; mend and import them again\n", report.CountOf(RowFate::failed),
-                           Counted(static_cast<std::size_t>(report.rows), noun), dryRun ? "would fail" : "failed");
+        const Sentence rows = Counted(static_cast<std::size_t>(report.rows), noun);
+        const long failed = report.CountOf(RowFate::failed);
+        err << "qvadmin: "
+            << Translated(dryRun ? FillPattern("{} of {} would fail; mend and import them again", failed, rows)
+                                 : FillPattern("{} of {} failed; mend and import them again", failed, rows))
+            << '\n';
     }
 }
 
@@ -154,7 +166,8 @@ void Summarise(const ImportInput& in, const ImportReport& report, const std::str
     SummariseRows(in.dryRun, report, "row", source, result, mayWrite, err);
     SummariseDepartments(in, report, err);
     SummariseTrouble(in.dryRun, in.allowPrivileges, report, "row",
-                     "users who were already there were left as they are; --update sets their columns\n", err);
+                     Translatable("users who were already there were left as they are; --update sets their columns"),
+                     err);
 }
 
 void SummariseDirectory(bool dryRun, bool allowPrivileges, const ImportReport& report, const std::string& source,
@@ -167,13 +180,16 @@ void SummariseDirectory(bool dryRun, bool allowPrivileges, const ImportReport& r
 
 // ---- The command ----------------------------------------------------------------------------------------------------
 
-std::string Notes() { return "Columns (login is needed, all others may be left out):\n" + Wrapped(ImportColumns()); }
+Sentence Notes()
+{
+    return FillPattern("Columns (login is needed, all others may be left out):\n{}", Wrapped(ImportColumns()));
+}
 
 void RequireDepartments(const ImportInput& in)
 {
     if ((in.makeView || in.noNewGroups) && !in.departments) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} requires --departments", in.makeView ? "--make-view" : "--no-new-groups"));
+                    FillPattern("{} requires --departments", in.makeView ? "--make-view" : "--no-new-groups"));
     }
 }
 
@@ -184,7 +200,7 @@ char DelimiterOf(const ImportInput& in)
     if (delimiter.size() != 1 || delimiter == "\"" || delimiter == "\n" || delimiter == "\r") {
         throw Error(
             ErrorCode::invalid,
-            fmt::format("{} cannot stand between values; give one character, such as ';', or tab", Quoted(text)));
+            FillPattern("{} cannot stand between values; give one character, such as ';', or tab", Quoted(text)));
     }
     return delimiter.front();
 }
@@ -200,7 +216,7 @@ ColumnOptions ColumnsOf(const ImportInput& in)
         const std::size_t equals = pair.rfind('=');
         if (equals == 0 || equals == std::string::npos || equals + 1 == pair.size()) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("{} is not a pair of names; write --map 'COLUMN=NAME,COLUMN=NAME'", Quoted(pair)));
+                        FillPattern("{} is not a pair of names; write --map 'COLUMN=NAME,COLUMN=NAME'", Quoted(pair)));
         }
         options.names[pair.substr(0, equals)] = pair.substr(equals + 1);
         begin = end + 1;
@@ -212,7 +228,7 @@ ColumnOptions ColumnsOf(const ImportInput& in)
 void RequireNoSynchronisation(const ImportInput& in)
 {
     if (in.scope || in.leavers || in.maxLeavers) {
-        throw Error(ErrorCode::invalid, fmt::format("--{} requires --sync", in.scope     ? "scope"
+        throw Error(ErrorCode::invalid, FillPattern("--{} requires --sync", in.scope     ? "scope"
                                                                             : in.leavers ? "leavers"
                                                                                          : "max-leavers"));
     }
@@ -229,7 +245,7 @@ void ReadAction(const std::string& action, SynchronisationOptions& options)
         options.action = action == "lock" ? LeaverAction::lock : LeaverAction::remove;
     } else if (action != "list") {
         throw Error(ErrorCode::invalid,
-                    fmt::format("--leavers {} is none of list, lock, move:/VIEW/GROUP and delete", Quoted(action)));
+                    FillPattern("--leavers {} is none of list, lock, move:/VIEW/GROUP and delete", Quoted(action)));
     }
 }
 
@@ -256,20 +272,23 @@ std::optional<SynchronisationOptions> SynchronisationOf(const ImportInput& in)
 
 void SummariseLeavers(const ImportInput& in, const SynchronisationReport& report, std::ostream& err)
 {
-    const std::string who =
-        fmt::format("{} of {} in {} {} not in the file", report.leavers, Counted(report.people, "user"),
-                    Visible(in.scope.value_or("")), report.leavers == 1 ? "is" : "are");
+    const Sentence who =
+        FillPlural("leavers: {} of {} in {} is not in the file", "leavers: {} of {} in {} are not in the file",
+                   report.leavers, report.leavers, Counted(report.people, "user"), Visible(in.scope.value_or("")));
     if (report.unreadable > 0) {
-        err << fmt::format("leavers: {}; nothing was done about them, since {} no login name that can be read\n", who,
-                           report.unreadable == 1 ? "1 row has" : fmt::format("{} rows have", report.unreadable));
+        err << Translated(
+                   FillPlural("{}; nothing was done about them, since {} row has no login name that can be read",
+                              "{}; nothing was done about them, since {} rows have no login name that can be read",
+                              report.unreadable, who, report.unreadable))
+            << '\n';
         return;
     }
     const std::string action = in.leavers.value_or("list");
-    err << fmt::format("leavers: {}", who);
-    if (action != "list") {
-        err << fmt::format("; {}: {} done, {} failed", Visible(action), report.done, report.failed);
-    }
-    err << '\n';
+    const bool isListed = action == "list";
+    err << Translated(isListed
+                          ? who
+                          : FillPattern("{}; {}: {} done, {} failed", who, Visible(action), report.done, report.failed))
+        << '\n';
 }
 
 /// Where rows that fail are written.
@@ -347,14 +366,14 @@ public:
                 throw;
             }
             m_frontEnd.HideProgress();
-            throw Error(e.Code(), fmt::format("{}; {}", e.what(), m_frontEnd.Standing(report)));
+            throw Error(e.Code(), FillPattern("{}; {}", e.Why(), m_frontEnd.Standing(report)));
         }
         if (m_frontEnd.IsBegun()) {
             m_frontEnd.HideProgress();
             summarise(report, m_frontEnd.ResultName(), !m_dryRun || MayWrite());
         }
         if (!report.cutShort.empty()) {
-            throw Error(ErrorCode::failed, fmt::format("{}; {}", report.cutShort, m_frontEnd.Standing(report)));
+            throw Error(ErrorCode::failed, FillPattern("{}; {}", report.cutShort, m_frontEnd.Standing(report)));
         }
         return report.CountOf(RowFate::failed) == 0 ? Exit::done : m_dryRun ? Exit::findings : Exit::rowsFailed;
     }
@@ -406,7 +425,7 @@ void FinishFailed(FailedRows& failed, const ImportReport& report, std::ostream& 
 {
     const std::string file = failed.Finish();
     if (!file.empty() && report.CountOf(RowFate::failed) > 0) {
-        err << fmt::format("the rows that failed are in {}, in UTF-8\n", file);
+        err << Translated(FillPattern("the rows that failed are in {}, in UTF-8", file)) << '\n';
     }
 }
 
@@ -421,7 +440,9 @@ Exit ImportFile(const LocalCall& call)
     SourceFile& source = run.Source();
     const std::string guessed = source.ReadAsCsv(in.encoding);
     if (!guessed.empty()) {
-        call.terminal.err << fmt::format("{} is read as {}; --encoding names another one\n", source.Name(), guessed);
+        call.terminal.err << Translated(
+                                 FillPattern("{} is read as {}; --encoding names another one", source.Name(), guessed))
+                          << '\n';
     }
     const std::optional<long> rows = call.terminal.errIsTerminal ? source.CountRows(delimiter) : std::nullopt;
     std::optional<FailedRows> failed = FailedRowsOf(call, in, delimiter);
@@ -499,7 +520,7 @@ std::optional<std::string> ViewName(const std::optional<std::string>& view)
     }
     const std::vector<std::string> names = SplitPath(*view);
     if (names.size() != 1) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is not a view; write --view NAME", Quoted(*view)));
+        throw Error(ErrorCode::invalid, FillPattern("{} is not a view; write --view NAME", Quoted(*view)));
     }
     return names.front();
 }
@@ -516,8 +537,9 @@ void ImportLdif(Call& call, const SourceFile& source, const DirectoryInput& in, 
         {ViewName(in.view), in.groupsAs == "groups"});
     ImportLines(call, lines, {standardInput, source.Name()}, {in.update, in.allowPrivileges}, report);
     if (lines.LeftOut() > 0) {
-        err << fmt::format("left out: {} that are no people, units or groups\n",
-                           Counted(static_cast<std::size_t>(lines.LeftOut()), "entry"));
+        err << Translated(FillPattern("left out: {} that are no people, units or groups",
+                                      Counted(static_cast<std::size_t>(lines.LeftOut()), "entry")))
+            << '\n';
     }
 }
 
@@ -529,7 +551,7 @@ Exit ImportWhole(const LocalCall& call)
     const std::string format = in.format.value_or(FormatOf(source.Beginning()));
     if ((in.view || in.groupsAs) && format != "ldif") {
         throw Error(ErrorCode::invalid,
-                    fmt::format("--{} is for ldif, and {} is not", in.view ? "view" : "groups-as", source.Name()));
+                    FillPattern("--{} is for ldif, and {} is not", in.view ? "view" : "groups-as", source.Name()));
     }
     if (format == "ldif" && source.IsStandardInput()) {
         throw Error(ErrorCode::invalid, "ldif is read several times; give a file");

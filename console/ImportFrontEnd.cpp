@@ -1,6 +1,7 @@
 #include "console/ImportFrontEnd.h"
 
 #include "console/DatabaseFiles.h"
+#include "console/Translation.h"
 #include "console/Url.h"
 #include "management/Text.h"
 
@@ -17,8 +18,9 @@ namespace {
 constexpr std::string_view kFailed = kRowFates[static_cast<std::size_t>(RowFate::failed)];
 constexpr Command kNoRow = {};
 /// As kRowFates, to follow a number.
-constexpr std::array<std::string_view, kRowFates.size()> kFatesInSummary = {"created", "updated", "unchanged",
-                                                                            "already there", "failed"};
+constexpr std::array<std::string_view, kRowFates.size()> kFatesInSummary = {
+    Translatable("created"), Translatable("updated"), Translatable("unchanged"), Translatable("already there"),
+    Translatable("failed")};
 
 } // namespace
 
@@ -88,22 +90,26 @@ void ImportFrontEnd::FinishResult()
     }
 }
 
-std::string ImportFrontEnd::Standing(const ImportReport& report) const
+Sentence ImportFrontEnd::Standing(const ImportReport& report) const
 {
     if (m_files.dryRun || report.lastLine == 0) {
-        return "nothing was imported";
+        return Translatable("nothing was imported");
     }
-    return fmt::format("the rows up to line {} are done{}, and the same file can be imported again", report.lastLine,
-                       m_result ? " and listed in " + m_result->Name() : "");
+    return m_result ? FillPattern(
+                          "the rows up to line {} are done and listed in {}, and the same file can be imported again",
+                          report.lastLine, m_result->Name())
+                    : FillPattern("the rows up to line {} are done, and the same file can be imported again",
+                                  report.lastLine);
 }
 
-std::string FatesText(const ImportReport& report)
+Sentence FatesText(const ImportReport& report)
 {
-    std::string parts;
+    std::vector<Sentence> parts;
+    parts.reserve(kFatesInSummary.size());
     for (std::size_t i = 0; i < kFatesInSummary.size(); ++i) {
-        parts += fmt::format("{}{} {}", parts.empty() ? "" : ", ", report.counts.at(i), kFatesInSummary.at(i));
+        parts.push_back(FillPattern("{} {}", report.counts.at(i), Sentence(kFatesInSummary.at(i))));
     }
-    return parts;
+    return Joined(parts, ", ");
 }
 
 } // namespace console

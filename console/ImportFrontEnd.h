@@ -40,7 +40,7 @@ public:
     /// Where the outcomes written so far are, for sentences.
     [[nodiscard]] std::string ResultName() const { return m_result ? m_result->Name() : "standard output"; }
     /// Where the import stands, to end a sentence with.
-    [[nodiscard]] std::string Standing(const ImportReport& report) const;
+    [[nodiscard]] Sentence Standing(const ImportReport& report) const;
 
 private:
     [[nodiscard]] std::ostream& Stream() { return m_result ? m_result->Stream() : m_call.terminal.out; }
@@ -54,6 +54,6 @@ private:
 };
 
 /// What becomes of rows, for a summary: "3 created, 0 updated, ...".
-std::string FatesText(const ImportReport& report);
+Sentence FatesText(const ImportReport& report);
 
 } // namespace console

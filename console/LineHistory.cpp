@@ -19,6 +19,7 @@ namespace console {
 
 using management::Error;
 using management::ErrorCode;
+using management::FillPattern;
 using management::Visible;
 
 namespace {
@@ -69,7 +70,7 @@ LineHistory::LineHistory(const std::string& file)
         const std::string reason =
             isOpen && !S_ISREG(state.st_mode) ? "it is not a file" : std::generic_category().message(errno);
         ::close(m_file);
-        throw Error(ErrorCode::failed, fmt::format("what is typed is not kept: {}: {}", Visible(file), reason));
+        throw Error(ErrorCode::failed, FillPattern("what is typed is not kept: {}: {}", Visible(file), reason));
     }
 }
 

@@ -28,7 +28,7 @@ void AddNames(std::istream& in, bool endWithNul, std::vector<std::string>& names
             name.pop_back();
         }
         if (!platform::IsValidUtf8(name)) {
-            throw Error(ErrorCode::invalid, fmt::format("the name {} is not UTF-8; nothing was done", Quoted(name)));
+            throw Error(ErrorCode::invalid, FillPattern("the name {} is not UTF-8; nothing was done", Quoted(name)));
         }
         if (!name.empty()) {
             names.push_back(name);

@@ -9,6 +9,7 @@ namespace console {
 
 using management::Error;
 using management::ErrorCode;
+using management::FillPattern;
 
 namespace {
 
@@ -24,7 +25,7 @@ void RequireOtherUrl(const std::string& url, std::string_view source)
 {
     RequireScheme(url, source);
     if (HoldsPassword(url)) {
-        throw Error(ErrorCode::invalid, fmt::format("a password in {} could be read by others; put it into a file that "
+        throw Error(ErrorCode::invalid, FillPattern("a password in {} could be read by others; put it into a file that "
                                                     "only you can open, and name that with {}=FILE in the URL",
                                                     source, PasswordFileOption(url)));
     }

@@ -190,7 +190,7 @@ void OutputFile::RequireFree(const std::string& path) const
 {
     for (const InUse& other : m_description.others) {
         if (IsSame(path, other.path)) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is {}; name another file with {}", Visible(path), other.as,
+            throw Error(ErrorCode::invalid, FillPattern("{} is {}; name another file with {}", Visible(path), other.as,
                                                         m_description.option));
         }
     }
@@ -204,7 +204,7 @@ void OutputFile::RequireReplaceable(const std::string& path) const
     }
     if (*type != fs::file_type::regular) {
         throw Error(ErrorCode::failed,
-                    fmt::format("cannot write {}: it is {}, not a file; name a file with {}, or - for standard output",
+                    FillPattern("cannot write {}: it is {}, not a file; name a file with {}, or - for standard output",
                                 Visible(path), NameOf(*type), m_description.option));
     }
     const Handle file(OpenThere(path));
@@ -213,7 +213,7 @@ void OutputFile::RequireReplaceable(const std::string& path) const
     }
     if (ContentOf(file.Get(), m_description.firstLine) == Content::ofAnotherKind) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} is there already and is not such a list; it was left as it is: name another file "
+                    FillPattern("{} is there already and is not such a list; it was left as it is: name another file "
                                 "with {}",
                                 Visible(path), m_description.option));
     }
@@ -248,14 +248,14 @@ void OutputFile::KeepEarlier(const std::string& path) const
 
 void OutputFile::ThrowBusy(const std::string& path) const
 {
-    throw Error(ErrorCode::conflict, fmt::format("{} is being written by another qvadmin; wait for its end, or name "
+    throw Error(ErrorCode::conflict, FillPattern("{} is being written by another qvadmin; wait for its end, or name "
                                                  "another file with {}",
                                                  Visible(path), m_description.option));
 }
 
 void OutputFile::ThrowUnwritable(const std::string& reason) const
 {
-    throw Error(ErrorCode::failed, fmt::format("cannot write {}: {}; name another file with {}",
+    throw Error(ErrorCode::failed, FillPattern("cannot write {}: {}; name another file with {}",
                                                Visible(m_description.target), reason, m_description.option));
 }
 

@@ -1,5 +1,6 @@
 #include "console/Progress.h"
 
+#include "console/Translation.h"
 #include "management/Text.h"
 
 #include <fmt/format.h>
@@ -24,8 +25,10 @@ void Progress::Show(long done, std::optional<long> total)
     }
     m_shown = now;
     m_onScreen = true;
-    const std::string of = total ? fmt::format(" of {}", *total) : "";
-    m_terminal.err << fmt::format("\r{}{}, {:.0f}/s   ", done, of, static_cast<double>(done) / Seconds()) << std::flush;
+    const std::string pace = fmt::format("{:.0f}", static_cast<double>(done) / Seconds());
+    const Sentence shown =
+        total ? FillPattern("{} of {}, {}/s", done, *total, pace) : FillPattern("{}, {}/s", done, pace);
+    m_terminal.err << '\r' << Translated(shown) << "   " << std::flush;
 }
 
 void Progress::Clear() noexcept

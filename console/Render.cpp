@@ -1,6 +1,7 @@
 #include "console/Render.h"
 
 #include "console/Color.h"
+#include "console/Translation.h"
 #include "management/JsonWriter.h"
 #include "management/Overloaded.h"
 #include "management/Text.h"
@@ -31,7 +32,7 @@ std::string ForPeople(const Value& value)
 {
     return std::visit(Overloaded{[](std::monostate) { return std::string(); },
                                  [](std::int64_t number) { return std::to_string(number); },
-                                 [](bool flag) { return std::string(flag ? "yes" : "no"); },
+                                 [](bool flag) { return Translated(flag ? Translatable("yes") : Translatable("no")); },
                                  [](const Choice& choice) { return std::string(choice.word); },
                                  [](const std::string& text) { return Visible(text); }},
                       value);

@@ -1,7 +1,9 @@
 #include "console/Secrets.h"
 
+#include "console/CommandOption.h"
 #include "console/FileBuffer.h"
 #include "console/Interrupt.h"
+#include "console/Translation.h"
 #include "management/Text.h"
 
 #include <CLI/CLI.hpp>
@@ -49,7 +51,7 @@ private:
 [[noreturn]] void ThrowUnread(std::string_view noun)
 {
     throw Error(ErrorCode::failed,
-                Interrupt::Requested() ? std::string("interrupted") : fmt::format("there is no {} to read", noun));
+                Interrupt::Requested() ? Translatable("interrupted") : FillPattern("there is no {} to read", noun));
 }
 
 /// The next line, without its end. @throws Error (failed) when there is none, or one that is too long.
@@ -60,7 +62,7 @@ Secret ReadLine(std::istream& in, std::string_view noun)
     const bool isThere = byte != std::istream::traits_type::eof();
     while (byte != std::istream::traits_type::eof() && byte != '\n') {
         if (!line.Append(static_cast<char>(byte))) {
-            throw Error(ErrorCode::invalid, fmt::format("the {} is longer than {} bytes", noun, Secret::kLongest));
+            throw Error(ErrorCode::invalid, FillPattern("the {} is longer than {} bytes", noun, Secret::kLongest));
         }
         byte = in.get();
     }
@@ -79,14 +81,14 @@ Secret ReadFile(const std::string& path, std::string_view noun)
 {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
-        throw Error(ErrorCode::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(errno)));
+        throw Error(ErrorCode::failed, FillPattern("cannot read {}: {}", Visible(path), std::strerror(errno)));
     }
     FileBuffer buffer(file);
     struct stat status{};
     const bool isFile = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
     if (isFile && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
         throw Error(ErrorCode::failed,
-                    fmt::format("the {} file {} is open to others than its owner; nothing was changed, chmod 600 "
+                    FillPattern("the {} file {} is open to others than its owner; nothing was changed, chmod 600 "
                                 "closes it",
                                 noun, Visible(path)));
     }
@@ -94,10 +96,10 @@ Secret ReadFile(const std::string& path, std::string_view noun)
     return ReadLine(in, noun);
 }
 
-Secret Ask(const std::string& prompt, std::string_view noun, Terminal& terminal)
+Secret Ask(const Sentence& prompt, std::string_view noun, Terminal& terminal)
 {
     const EchoOff unseen;
-    terminal.err << prompt << ": " << std::flush;
+    terminal.err << Translated(FillPattern("{}: ", prompt)) << std::flush;
     try {
         Secret answer = ReadLine(terminal.in, noun);
         terminal.err << '\n';
@@ -111,7 +113,7 @@ Secret Ask(const std::string& prompt, std::string_view noun, Terminal& terminal)
 Secret AskAsOftenAsNeeded(const SecretQuestion& question, Terminal& terminal)
 {
     Secret answer = Ask(question.prompt, question.name, terminal);
-    if (question.isRepeated && Ask("Once more", question.name, terminal).View() != answer.View()) {
+    if (question.isRepeated && Ask(Translatable("Once more"), question.name, terminal).View() != answer.View()) {
         throw Error(ErrorCode::failed, "the two answers differ; nothing was changed");
     }
     return answer;
@@ -122,14 +124,13 @@ Secret AskAsOftenAsNeeded(const SecretQuestion& question, Terminal& terminal)
 void DeclareSecretSource(CLI::App& app, SecretSource& source, const std::string& noun)
 {
     auto* input = app.add_flag(fmt::format("--{}-stdin", noun), source.fromStandardInput,
-                               fmt::format("the {} is the first line of standard input", noun));
-    app.add_option(fmt::format("--{}-file", noun), source.file,
-                   fmt::format("the {} is the first line of this file", noun))
+                               Translated(FillPattern(kSecretInputHelp, noun)));
+    app.add_option(fmt::format("--{}-file", noun), source.file, Translated(FillPattern(kSecretFileHelp, noun)))
         ->type_name("FILE")
         ->excludes(input);
     const auto refuse = [noun](const std::string&) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("a {0} on the command line could be read by others; use --{0}-stdin or "
+                    FillPattern("a {0} on the command line could be read by others; use --{0}-stdin or "
                                 "--{0}-file, or be asked for it",
                                 noun));
     };
@@ -147,7 +148,7 @@ Secret ObtainSecret(const SecretSource& source, const SecretQuestion& question, 
     }
     if (!CanAsk(terminal)) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("there is no terminal to ask for the {} on; add {}", question.name, question.advice));
+                    FillPattern("there is no terminal to ask for the {} on; add {}", question.name, question.advice));
     }
     return AskAsOftenAsNeeded(question, terminal);
 }

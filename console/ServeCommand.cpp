@@ -1,6 +1,7 @@
 #include "console/LocalCommand.h"
 #include "console/Session.h"
 #include "console/TextFile.h"
+#include "console/Translation.h"
 #include "management/Text.h"
 #include "web/Server.h"
 #include "web/SocketAddress.h"
@@ -93,7 +94,7 @@ void ReadListen(const std::string& text, web::HttpOptions& http)
     }
     constexpr int greatest = 65535;
     if (port < 0 || port > greatest) {
-        throw Error(ErrorCode::invalid, fmt::format("--listen {} is not an address with a port; write one such as {}",
+        throw Error(ErrorCode::invalid, FillPattern("--listen {} is not an address with a port; write one such as {}",
                                                     Quoted(text), kUsualAddress));
     }
     http.address = text.substr(0, colon);
@@ -113,7 +114,7 @@ int SocketOfService()
         return -1;
     }
     if (std::string_view(count) != "1") {
-        throw Error(ErrorCode::invalid, fmt::format("{} sockets were handed over, and one is served", count));
+        throw Error(ErrorCode::invalid, FillPattern("{} sockets were handed over, and one is served", count));
     }
     return firstSocket;
 }
@@ -139,7 +140,7 @@ web::ServerOptions OptionsOf(const ServeInput& in)
         options.http.key = ReadTextFile(*in.key);
     } else if (!in.proxy && !web::IsLoopback(options.http.address)) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} can be reached from other machines, and passwords are sent to it; give --tls-cert "
+                    FillPattern("{} can be reached from other machines, and passwords are sent to it; give --tls-cert "
                                 "and --tls-key, or --behind-proxy with the address of a proxy that has them",
                                 options.http.address));
     }
@@ -169,11 +170,12 @@ Exit Serve(const LocalCall& call)
     };
     const EndSignals signals;
     const web::Server server(open, std::move(options));
-    say(fmt::format("The web console is at {}/ ; Ctrl+C ends it.", server.Url()));
+    say(Translated(FillPattern("The web console is at {}/ ; Ctrl+C ends it.", server.Url())));
     if (!server.SetupToken().empty()) {
-        say(fmt::format("No super user has a password yet. Within 15 minutes, open\n  {}/setup#{}\nto give the user "
+        say(Translated(
+            FillPattern("No super user has a password yet. Within 15 minutes, open\n  {}/setup#{}\nto give the user "
                         "Admin one.",
-                        server.Url(), server.SetupToken()));
+                        server.Url(), server.SetupToken())));
     }
     signals.Wait();
     return Exit::done;

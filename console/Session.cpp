@@ -20,14 +20,14 @@ namespace {
     switch (status.state) {
     case schema::State::empty:
         throw Error(ErrorCode::database,
-                    fmt::format("the database has no tables yet; run `{}`", InitCommand(arguments)));
+                    FillPattern("the database has no tables yet; run `{}`", InitCommand(arguments)));
     case schema::State::older:
         throw Error(ErrorCode::database,
-                    fmt::format("the directory is of version {}, this program works with {}; run `{}` to upgrade it",
+                    FillPattern("the directory is of version {}, this program works with {}; run `{}` to upgrade it",
                                 status.version, status.newest, InitCommand(arguments)));
     case schema::State::newer:
         throw Error(ErrorCode::database,
-                    fmt::format("the directory is of version {}, made by a later qvadmin; this one knows {}",
+                    FillPattern("the directory is of version {}, made by a later qvadmin; this one knows {}",
                                 status.version, status.newest));
     default:
         throw Error(ErrorCode::database,
@@ -59,7 +59,7 @@ void Connect(CAConnect& conn, const std::string& url, const Arguments& arguments
     std::error_code error;
     const std::optional<std::filesystem::path> file = SqliteFile(url);
     if (file && !MakesFile(url) && !std::filesystem::exists(*file, error) && !error) {
-        throw Error(ErrorCode::database, fmt::format("there is no database {}; run `{}` to make it",
+        throw Error(ErrorCode::database, FillPattern("there is no database {}; run `{}` to make it",
                                                      Visible(file->native()), InitCommand(arguments)));
     }
     try {

@@ -92,7 +92,7 @@ private:
                 m_editor->Remember(line);
             }
         } catch (const Error& e) {
-            Reported(Exit::failed, e.what(), m_terminal);
+            Reported(Exit::failed, e.Why(), m_terminal);
         }
     }
 
@@ -110,7 +110,7 @@ private:
             words = SplitCommandLine(line);
         } catch (const Error& e) {
             Keep(line);
-            Reported(ExitFor(e.Code()), e.what(), m_terminal);
+            Reported(ExitFor(e.Code()), e.Why(), m_terminal);
             return;
         }
         if (words.empty()) {
@@ -167,12 +167,12 @@ private:
 
 Exit Run(const LocalCall& call) { return CanAsk(call.terminal) ? Shell(call).Run() : RunBatchOfInput(call); }
 
-std::string Notes()
+Sentence Notes()
 {
-    return "Keys: Tab completes a word, the arrows bring lines back, Ctrl-R looks for one, Ctrl-C gives\n"
-           "up the line or ends the command that runs, Ctrl-D or `exit` ends the shell. What is typed is\n"
-           "kept in qvadmin/history in $XDG_STATE_HOME or ~/.local/state, but for lines with passwords.\n"
-           "Where standard input is not a terminal, its lines are run as `qvadmin batch -` runs them.\n";
+    return Translatable("Keys: Tab completes a word, the arrows bring lines back, Ctrl-R looks for one, Ctrl-C gives\n"
+                        "up the line or ends the command that runs, Ctrl-D or `exit` ends the shell. What is typed is\n"
+                        "kept in qvadmin/history in $XDG_STATE_HOME or ~/.local/state, but for lines with passwords.\n"
+                        "Where standard input is not a terminal, its lines are run as `qvadmin batch -` runs them.\n");
 }
 
 constexpr LocalCommand kCommands[] = {

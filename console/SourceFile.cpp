@@ -51,8 +51,10 @@ std::string SourceFile::ReadAsCsv(const std::optional<std::string>& encoding)
         }
         if (!other.problem.empty() && !encoding) {
             throw Error(ErrorCode::invalid,
-                        (IsStandardInput() ? "what standard input holds, written to the file " : "") + other.problem +
-                            "; nothing was imported");
+                        IsStandardInput()
+                            ? FillPattern("what standard input holds, written to the file {}; nothing was imported",
+                                          other.problem)
+                            : FillPattern("{}; nothing was imported", other.problem));
         }
         const bool isUtf8 = encoding && (*encoding == "utf-8" || *encoding == "UTF-8");
         m_encoding = isUtf8 ? "" : encoding.value_or(other.encoding);
@@ -127,16 +129,16 @@ std::unique_ptr<FileBuffer> SourceFile::Open() const
 {
     const int file = ::open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
-        throw Error(ErrorCode::failed, fmt::format("cannot read {}: {}", Visible(m_path), std::strerror(errno)));
+        throw Error(ErrorCode::failed, FillPattern("cannot read {}: {}", Visible(m_path), std::strerror(errno)));
     }
     return std::make_unique<FileBuffer>(file);
 }
 
 void SourceFile::ThrowUnreadable() const
 {
-    throw Error(ErrorCode::failed,
-                fmt::format("{}; nothing was imported",
-                            Interrupt::Requested() ? "stopped by a signal" : Name() + " cannot be read"));
+    throw Error(ErrorCode::failed, FillPattern("{}; nothing was imported",
+                                               Interrupt::Requested() ? Translatable("stopped by a signal")
+                                                                      : FillPattern("{} cannot be read", Name())));
 }
 
 } // namespace console

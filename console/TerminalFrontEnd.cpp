@@ -1,6 +1,7 @@
 #include "console/TerminalFrontEnd.h"
 
 #include "console/TextFile.h"
+#include "console/Translation.h"
 #include "management/CommandData.h"
 #include "management/Text.h"
 
@@ -38,7 +39,7 @@ TableWriter& TerminalFrontEnd::Writer()
     if (!m_writer) {
         std::vector<std::string> names;
         for (const Column& column : m_command.columns) {
-            names.emplace_back(column.name);
+            names.push_back(m_format == Format::table ? TranslatedColumn(column.name) : std::string(column.name));
         }
         m_writer.emplace(m_format, std::move(names), m_terminal.out, m_look);
     }
@@ -91,37 +92,40 @@ void TerminalFrontEnd::TakeOutcome(const Outcome& outcome)
     if (WritesObject()) {
         m_outcomes.push_back(outcome);
     } else {
-        m_terminal.err << (m_given.options.dryRun ? "dry run: " : "") << outcome.sentence << '\n';
+        m_terminal.err << Translated(m_given.options.dryRun ? FillPattern("dry run: {}", outcome.sentence)
+                                                            : outcome.sentence)
+                       << '\n';
     }
 }
 
 void TerminalFrontEnd::Confirm(const Plan& plan)
 {
-    for (const std::string& line : plan.lines) {
-        m_terminal.err << line << '\n';
+    for (const Sentence& line : plan.lines) {
+        m_terminal.err << Translated(line) << '\n';
     }
-    if (plan.question.empty()) {
+    if (plan.question.IsEmpty()) {
         return;
     }
     if (!CanAsk()) {
-        throw Error(ErrorCode::confirmationRequired, fmt::format("{}; --yes goes on without asking", plan.nothingDone));
+        throw Error(ErrorCode::confirmationRequired, FillPattern("{}; --yes goes on without asking", plan.nothingDone));
     }
     const bool isMuch = plan.removed > kMostForYes;
-    m_terminal.err << plan.question
-                   << (isMuch ? fmt::format(" This removes {0} things; type {0} to go on: ", plan.removed) : " [y/N] ")
+    m_terminal.err << Translated(isMuch ? FillPattern("{0} This removes {1} things; type {1} to go on: ", plan.question,
+                                                      plan.removed)
+                                        : FillPattern("{} [y/N] ", plan.question))
                    << std::flush;
     std::string answer;
     std::getline(m_terminal.in, answer);
     const bool isYes =
         isMuch ? answer == std::to_string(plan.removed) : answer == "y" || answer == "Y" || answer == "yes";
     if (!isYes) {
-        throw Error(ErrorCode::confirmationRequired, std::string(plan.nothingDone));
+        throw Error(ErrorCode::confirmationRequired, plan.nothingDone);
     }
 }
 
 bool TerminalFrontEnd::CanAsk() const { return console::CanAsk(m_terminal); }
 
-void TerminalFrontEnd::Explain(const std::string& sentence) { m_terminal.err << sentence << '\n'; }
+void TerminalFrontEnd::Explain(const Sentence& sentence) { m_terminal.err << Translated(sentence) << '\n'; }
 
 bool TerminalFrontEnd::IsGiven(std::string_view secret) const
 {
@@ -154,7 +158,7 @@ void TerminalFrontEnd::StoreSecrets(const std::string& file, const std::vector<U
     if (std::filesystem::symlink_status(file, error).type() != std::filesystem::file_type::not_found) {
         throw Error(
             ErrorCode::conflict,
-            fmt::format("{} is there already; nothing was changed, name a new file with --result", Visible(file)));
+            FillPattern("{} is there already; nothing was changed, name a new file with --result", Visible(file)));
     }
     m_secrets.emplace(OutputFile::Description{file, "--result", "login,password", {}});
     for (const UserSecret& secret : secrets) {
@@ -170,7 +174,7 @@ void TerminalFrontEnd::FinishSecrets()
     try {
         m_secrets->Finish();
     } catch (const Error& e) {
-        throw Error(e.Code(), fmt::format("{}; the passwords are set, and in {}", e.what(), m_secrets->Name()));
+        throw Error(e.Code(), FillPattern("{}; the passwords are set, and in {}", e.Why(), m_secrets->Name()));
     }
 }
 
@@ -221,12 +225,12 @@ void TerminalFrontEnd::WriteFinding(const Finding& finding)
 {
     // The sentences are with the rows where people read them, and beside them where programs read the rows.
     std::ostream& sentences = m_format == Format::table ? m_terminal.out : m_terminal.err;
-    sentences << finding.sentence << '\n';
+    sentences << Translated(finding.sentence) << '\n';
     if (m_format != Format::table || !finding.rows.rows.empty()) {
         Render(m_format, finding.rows, m_terminal.out, m_look);
     }
-    for (const std::string& note : finding.notes) {
-        sentences << note << '\n';
+    for (const Sentence& note : finding.notes) {
+        sentences << Translated(note) << '\n';
     }
 }
 
@@ -261,7 +265,7 @@ Exit TerminalFrontEnd::Finish(const Result& result)
     if (WritesObject() && !result.isRead) {
         WriteObject(result);
     } else if (m_given.options.dryRun && !result.isRead) {
-        m_terminal.err << "dry run: nothing was changed\n";
+        m_terminal.err << Translated("dry run: nothing was changed") << '\n';
     } else {
         WriteResult(result);
     }

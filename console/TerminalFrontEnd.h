@@ -26,7 +26,7 @@ public:
     void TakeOutcome(const Outcome& outcome) override;
     void Confirm(const Plan& plan) override;
     [[nodiscard]] bool CanAsk() const override;
-    void Explain(const std::string& sentence) override;
+    void Explain(const Sentence& sentence) override;
     [[nodiscard]] bool IsGiven(std::string_view secret) const override;
     Secret ObtainSecret(const SecretQuestion& question) override;
     void ShowSecret(const Secret& secret) override;

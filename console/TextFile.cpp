@@ -41,7 +41,7 @@ std::string ReadTextFile(const std::string& path)
         }
     }
     if (error != 0) {
-        throw Error(ErrorCode::failed, fmt::format("cannot read {}: {}", Visible(path), std::strerror(error)));
+        throw Error(ErrorCode::failed, FillPattern("cannot read {}: {}", Visible(path), std::strerror(error)));
     }
     RequireUtf8(text, Visible(path));
     return text;

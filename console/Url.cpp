@@ -215,18 +215,18 @@ void HideOdbcPasswords(std::string& url)
 void RequireScheme(const std::string& url, std::string_view source)
 {
     if (url.starts_with(kSqlite) && NamesServer(url)) {
-        throw Error(ErrorCode::invalid, fmt::format("{} names a server, and sqlite: takes the path of a file; write "
+        throw Error(ErrorCode::invalid, FillPattern("{} names a server, and sqlite: takes the path of a file; write "
                                                     "sqlite:PATH",
                                                     source));
     }
     if (!HasScheme(url) && url.find_first_of("=@") != std::string::npos) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} names no kind of database; a URL begins with one, such as odbc: or "
+                    FillPattern("{} names no kind of database; a URL begins with one, such as odbc: or "
                                 "sqlite:",
                                 source));
     }
     if (!HasScheme(url)) {
-        throw Error(ErrorCode::invalid, fmt::format("{} {} names no kind of database; write sqlite:{} for a file",
+        throw Error(ErrorCode::invalid, FillPattern("{} {} names no kind of database; write sqlite:{} for a file",
                                                     source, Quoted(url), url.empty() ? "PATH" : Visible(url)));
     }
 }
@@ -286,7 +286,7 @@ void PrepareDirectory(const std::string& url, bool parents)
     }
     if (!missing.empty() && !parents) {
         throw Error(ErrorCode::database,
-                    fmt::format("there is no directory {}; nothing was made, add --parents if it is "
+                    FillPattern("there is no directory {}; nothing was made, add --parents if it is "
                                 "to be made",
                                 Visible(missing.front().native())));
     }
@@ -294,7 +294,7 @@ void PrepareDirectory(const std::string& url, bool parents)
     for (const std::filesystem::path& directory : missing) {
         if (::mkdir(directory.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
             throw Error(ErrorCode::database,
-                        fmt::format("cannot make the directory {}: {}", Visible(directory.native()),
+                        FillPattern("cannot make the directory {}: {}", Visible(directory.native()),
                                     std::generic_category().message(errno)));
         }
     }

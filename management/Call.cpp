@@ -45,7 +45,7 @@ void Call::Confirm(const Plan& plan)
 {
     Plan asked = plan;
     if (m_options.yes || m_options.dryRun) {
-        asked.question.clear();
+        asked.question = {};
     }
     m_frontEnd.Confirm(asked);
 }
@@ -105,10 +105,10 @@ void Change::Finish()
     m_call.DeliverOutcomes();
 }
 
-void ThrowChanged(std::string_view nothingDone)
+void ThrowChanged(const Sentence& nothingDone)
 {
     throw Error(ErrorCode::conflict,
-                fmt::format("somebody else has changed what was shown in the meantime; {}, look again", nothingDone));
+                FillPattern("somebody else has changed what was shown in the meantime; {}, look again", nothingDone));
 }
 
 } // namespace management

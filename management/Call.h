@@ -31,9 +31,9 @@ struct CallOptions {
 
 /// What people read in place of a record: what was found out, the rows that it rests on, and what else is to be known.
 struct Finding {
-    std::string sentence; ///< like the notes without a line's end
+    Sentence sentence; ///< like the notes without a line's end
     Table rows;
-    std::vector<std::string> notes;
+    std::vector<Sentence> notes;
 };
 
 /// What a command gives, beside the rows and outcomes that the front end has been handed. At most one of value, record
@@ -137,6 +137,6 @@ private:
 };
 
 /// @throws Error (conflict) always: what was shown is not what would be done now.
-[[noreturn]] void ThrowChanged(std::string_view nothingDone);
+[[noreturn]] void ThrowChanged(const Sentence& nothingDone);
 
 } // namespace management

@@ -31,7 +31,7 @@ std::string Shown(std::string_view name)
 
 void ThrowMissing(std::string_view name)
 {
-    throw Error(ErrorCode::invalid, fmt::format("{} is required", Shown(name)));
+    throw Error(ErrorCode::invalid, FillPattern("{} is required", Shown(name)));
 }
 
 std::int64_t ReadNumber(std::string_view name, const std::string& text, const Check& check, Range widest)
@@ -42,7 +42,7 @@ std::int64_t ReadNumber(std::string_view name, const std::string& text, const Ch
     const char* end = text.data() + text.size();
     const auto read = std::from_chars(text.data(), end, number);
     if (read.ec != std::errc() || read.ptr != end || number < range.least || number > range.most) {
-        throw Error(ErrorCode::invalid, fmt::format("{} {} is not a whole number from {} to {}", Shown(name),
+        throw Error(ErrorCode::invalid, FillPattern("{} {} is not a whole number from {} to {}", Shown(name),
                                                     Quoted(text), range.least, range.most));
     }
     return number;
@@ -75,7 +75,7 @@ void RequireKnownWord(std::string_view name, const std::string& text, const Chec
     for (const std::string_view word : known->words) {
         all += word.empty() ? "" : (all.empty() ? "" : ", ") + std::string(word);
     }
-    throw Error(ErrorCode::invalid, fmt::format("{} {} is not one of {}", Shown(name), Quoted(text), all));
+    throw Error(ErrorCode::invalid, FillPattern("{} {} is not one of {}", Shown(name), Quoted(text), all));
 }
 
 /// Gives a member what was given for its parameter, at least one text. @throws Error (invalid).

@@ -136,8 +136,8 @@ public:
 struct Command {
     std::array<std::string_view, 3> path; ///< two or three words
     std::string_view summary;
-    std::string_view examples = {};   ///< lines, each a command line with two blanks before it
-    std::string (*notes)() = nullptr; ///< more for its help
+    std::string_view examples = {}; ///< lines, each a command line with two blanks before it
+    Sentence (*notes)() = nullptr;  ///< more for its help
     Effect effect = Effect::read;
     bool asks = false; ///< shows what it will do and asks first
     Duration duration = Duration::instant;

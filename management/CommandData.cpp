@@ -138,7 +138,7 @@ void WriteOutcomes(JsonWriter& json, const std::vector<Outcome>& outcomes)
         json.WriteMember("id", std::int64_t{outcome.id});
         json.WriteMember("name", TextValue(outcome.name));
         json.WriteMember("outcome", TextValue(std::string(outcome.outcome)));
-        json.WriteMember("message", TextValue(outcome.sentence));
+        json.WriteMember("message", TextValue(outcome.sentence.English()));
         json.End();
     }
     json.End();

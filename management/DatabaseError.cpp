@@ -92,10 +92,10 @@ Trouble TroubleOf(std::string_view code)
     return known == std::end(kKnownCodes) ? Trouble::passing : known->trouble;
 }
 
-std::string_view AdviceOn(Trouble trouble)
+const char* AdviceOn(Trouble trouble)
 {
-    return trouble == Trouble::busy   ? "; another program is writing to it, try again when that is done"
-           : trouble == Trouble::full ? "; make room on the disk"
+    return trouble == Trouble::busy   ? Translatable("; another program is writing to it, try again when that is done")
+           : trouble == Trouble::full ? Translatable("; make room on the disk")
                                       : "";
 }
 
@@ -105,16 +105,15 @@ DatabaseError ErrorOf(const CAConnect& conn, const std::string& line, std::strin
         return {line.empty() ? "no reason was given" : line, true, true};
     }
     const Trouble trouble = TroubleOf(NativeCode(conn, code));
-    return {(line.empty() ? "no reason was given" : line) + std::string(AdviceOn(trouble)),
-            trouble != Trouble::passing};
+    return {line.empty() ? "no reason was given" : line, trouble != Trouble::passing, false, AdviceOn(trouble)};
 }
 
 } // namespace
 
-DatabaseError::DatabaseError(const std::string& engineLine, bool lasting, bool lost)
-    : Error(ErrorCode::database,
-            (lost ? "the connection to the database was lost: " : "the database refused: ") + engineLine),
-      m_engineLine(engineLine),
+DatabaseError::DatabaseError(const std::string& engineLine, bool lasting, bool lost, const char* advice)
+    : Error(ErrorCode::database, lost ? FillPattern("the connection to the database was lost: {}", engineLine)
+                                      : FillPattern("the database refused: {}{}", engineLine, Sentence(advice))),
+      m_engineLine(engineLine + advice),
       m_lasting(lasting)
 {
 }

@@ -17,7 +17,8 @@ public:
     /// @param engineLine  the engine's message and code.
     /// @param lasting     see IsLasting.
     /// @param lost        whether that was the end of the connection.
-    DatabaseError(const std::string& engineLine, bool lasting, bool lost = false);
+    /// @param advice      goes on with the line; a text with translations.
+    DatabaseError(const std::string& engineLine, bool lasting, bool lost = false, const char* advice = "");
 
     [[nodiscard]] const std::string& EngineLine() const noexcept { return m_engineLine; }
     /// Whether the next statement would meet the same trouble: no connection, no room, no permission, a damaged file.

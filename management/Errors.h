@@ -1,8 +1,9 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <cstdint>
 #include <stdexcept>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -24,16 +25,22 @@ enum class ErrorCode : std::uint8_t {
 class Error : public std::runtime_error {
 public:
     /// @param candidates  what an ambiguous name may mean, each so that it can be given instead.
-    Error(ErrorCode code, const std::string& sentence, std::vector<std::string> candidates = {})
-        : std::runtime_error(sentence), m_code(code), m_candidates(std::move(candidates))
+    Error(ErrorCode code, Sentence sentence, std::vector<std::string> candidates = {})
+        : std::runtime_error(sentence.English()),
+          m_code(code),
+          m_sentence(std::move(sentence)),
+          m_candidates(std::move(candidates))
     {
     }
 
+    /// What `what` says, for a front end that says it in another language.
+    [[nodiscard]] const Sentence& Why() const noexcept { return m_sentence; }
     [[nodiscard]] ErrorCode Code() const noexcept { return m_code; }
     [[nodiscard]] const std::vector<std::string>& Candidates() const noexcept { return m_candidates; }
 
 private:
     ErrorCode m_code;
+    Sentence m_sentence;
     std::vector<std::string> m_candidates;
 };
 

@@ -15,7 +15,8 @@ using Escape = CString (CAConnect::*)(const CString& text) const;
 CString EscapeBy(Escape escape, const CAConnect& conn, std::string_view text)
 {
     if (text.find('\0') != std::string_view::npos) {
-        throw Error(ErrorCode::failed, "the text " + Quoted(text) + " holds a NUL byte, which no directory can store");
+        throw Error(ErrorCode::failed,
+                    FillPattern("the text {} holds a NUL byte, which no directory can store", Quoted(text)));
     }
     return WithDatabaseErrors(conn, [&] { return (conn.*escape)(CString(text)); });
 }

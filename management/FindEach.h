@@ -20,12 +20,11 @@ namespace management {
 /// @param id      the member that tells items apart.
 /// @throws Error (notFound) that names all arguments that mean nothing, and at once what else `find` throws.
 template <class Find, class Id>
-auto FindEach(const std::vector<std::string>& arguments, std::string_view plural, std::string_view advice, Find find,
-              Id id)
+auto FindEach(const std::vector<std::string>& arguments, const char* plural, const char* advice, Find find, Id id)
 {
     std::vector<decltype(find(arguments.front()))> found;
     std::vector<std::string> missing;
-    std::string sentenceOnOne;
+    Sentence sentenceOnOne;
     for (const std::string& argument : arguments) {
         try {
             auto item = find(argument);
@@ -36,7 +35,7 @@ auto FindEach(const std::vector<std::string>& arguments, std::string_view plural
             if (e.Code() != ErrorCode::notFound) {
                 throw;
             }
-            sentenceOnOne = e.what();
+            sentenceOnOne = e.Why();
             if (std::ranges::find(missing, Quoted(argument)) == missing.end()) {
                 missing.push_back(Quoted(argument));
             }
@@ -46,8 +45,8 @@ auto FindEach(const std::vector<std::string>& arguments, std::string_view plural
         throw Error(ErrorCode::notFound, sentenceOnOne);
     }
     if (!missing.empty()) {
-        throw Error(ErrorCode::notFound,
-                    fmt::format("there are no {} {}; {}", plural, fmt::join(missing, ", "), advice));
+        throw Error(ErrorCode::notFound, FillPattern("there are no {} {}; {}", Sentence(plural),
+                                                     fmt::join(missing, ", "), Sentence(advice)));
     }
     return found;
 }

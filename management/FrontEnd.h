@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Sentence.h"
 #include "management/Value.h"
 #include "management/passwords/Passwords.h"
 
@@ -17,16 +18,16 @@ struct Outcome {
     int id = 0;               ///< 0 where it has none
     std::string name;         ///< as sentences show it
     std::string_view outcome; ///< one word for programs: "locked", "unchanged", ...
-    std::string sentence;     ///< for people, without a full stop and a line's end
+    Sentence sentence;        ///< for people, without a full stop and a line's end
 };
 
 /// What a command is going to do, for the user to agree to. Two plans are equal when they do the same.
 struct Plan {
-    std::vector<std::string> lines; ///< what goes, each in one line
-    std::string question;           ///< such as "Delete amy (id 17)?"; empty: there is nothing to ask
-    std::size_t removed = 0;        ///< how many things go, with all that goes along
+    std::vector<Sentence> lines; ///< what goes, each in one line
+    Sentence question;           ///< such as "Delete amy (id 17)?"; empty: there is nothing to ask
+    std::size_t removed = 0;     ///< how many things go, with all that goes along
     /// What is said of a no.
-    std::string_view nothingDone = "nothing was deleted";
+    Sentence nothingDone = Translatable("nothing was deleted");
 
     bool operator==(const Plan&) const = default;
 };
@@ -34,9 +35,9 @@ struct Plan {
 /// A secret to be asked for.
 struct SecretQuestion {
     std::string_view name;   ///< of the parameter that may give it instead
-    std::string prompt;      ///< such as "New password of amy (id 17)"
+    Sentence prompt;         ///< such as "New password of amy (id 17)"
     bool isRepeated = false; ///< asked twice, and refused when the answers differ
-    std::string_view advice; ///< the options that there are instead, for who cannot be asked
+    const char* advice = ""; ///< the options that there are instead, for who cannot be asked
 };
 
 /// A secret that was made up for a user.
@@ -68,7 +69,7 @@ public:
     /// Whether somebody is there who can be asked.
     [[nodiscard]] virtual bool CanAsk() const = 0;
     /// Says something that is needed to answer the next question.
-    virtual void Explain(const std::string& sentence) = 0;
+    virtual void Explain(const Sentence& sentence) = 0;
     /// Whether a secret parameter has a value, from wherever.
     [[nodiscard]] virtual bool IsGiven(std::string_view secret) const = 0;
     /// The value of a secret parameter; asked for where none was given. @throws Error (invalid, failed).

@@ -83,13 +83,13 @@ public:
     }
 
     /// "/View/Team (id 17)" or "/View (view 4)", for sentences.
-    [[nodiscard]] std::string Named(Key key) const
+    [[nodiscard]] Sentence Named(Key key) const
     {
         const Node* node = Find(key);
         const std::string path = PathOf(key);
         // A path that is an id says nothing of the name.
         const std::string text = node != nullptr && path == KeyText(key) ? node->name : path;
-        return fmt::format("{} ({} {})", Visible(text), Node::IsTop(key) ? Node::kTop : "id", key.id);
+        return FillPattern("{} ({} {})", Visible(text), Sentence(Node::IsTop(key) ? Node::kTop : "id"), key.id);
     }
 
     /// All that is below, each once, in no order; the node itself only when a cycle leads back to it.
@@ -198,7 +198,7 @@ public:
         const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), id);
         if (read.ec != std::errc() || read.ptr != digits.data() + digits.size()) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("{} is not an id; write {}: and a number", Quoted(text), prefix));
+                        FillPattern("{} is not an id; write {}: and a number", Quoted(text), prefix));
         }
         return Node::KeyOf(prefix == Node::kTop, id);
     }
@@ -212,7 +212,7 @@ public:
         }
         const std::optional<Key> head = KeyIn(std::string_view(path).substr(0, begin));
         if (!head) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is not a path; write {}", Quoted(path), Node::kPathHelp));
+            throw Error(ErrorCode::invalid, FillPattern("{} is not a path; write {}", Quoted(path), Node::kPathHelp));
         }
         return {head, begin == std::string::npos ? std::vector<std::string>() : SplitPath(path.substr(begin))};
     }
@@ -341,8 +341,8 @@ protected:
                                  std::string_view listedBy) const
     {
         if (found.empty()) {
-            throw Error(ErrorCode::notFound,
-                        fmt::format("there is no {} {}; `qvadmin {}` shows all", noun, Quoted(argument), listedBy));
+            throw Error(ErrorCode::notFound, FillPattern("there is no {} {}; `qvadmin {}` shows all", Sentence(noun),
+                                                         Quoted(argument), listedBy));
         }
         if (found.size() > 1) {
             std::vector<Candidate> candidates;

@@ -23,10 +23,10 @@ struct KindOfItem {
 };
 
 constexpr KindOfItem kKinds[] = {
-    {kItemTypeUser, "user"},
-    {kItemTypeGroup, "group"},
-    {kItemTypeRole, "role"},
-    {kItemTypeView, "view"},
+    {kItemTypeUser, Translatable("user")},
+    {kItemTypeGroup, Translatable("group")},
+    {kItemTypeRole, Translatable("role")},
+    {kItemTypeView, Translatable("view")},
 };
 
 const KindOfItem* KindOf(int type)
@@ -115,7 +115,7 @@ Item FindItem(CAConnect& conn, const std::string& argument)
     }
     const Words words = Split(argument);
     if (words.kind == nullptr) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is no item; write {}", Quoted(argument), kItemHelp));
+        throw Error(ErrorCode::invalid, FillPattern("{} is no item; write {}", Quoted(argument), kItemHelp));
     }
     return FindOfKind(conn, words.kind->type, words.rest);
 }
@@ -156,10 +156,10 @@ std::string TypeName(int type)
     return kind == nullptr ? std::to_string(type) : std::string(kind->noun);
 }
 
-std::string Named(const Item& item)
+Sentence Named(const Item& item)
 {
     const std::string name = item.name.empty() ? "" : Visible(item.name) + " ";
-    return fmt::format("{} {}(id {})", TypeName(item.key.type), name, item.key.id);
+    return FillPattern("{} {}(id {})", Sentence(TypeName(item.key.type)), name, item.key.id);
 }
 
 } // namespace management

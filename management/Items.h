@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Sentence.h"
 #include "management/organisation/Organisation.h"
 
 #include <map>
@@ -51,6 +52,6 @@ std::string NameOf(CAConnect& conn, ItemKey key);
 std::string TypeName(int type);
 
 /// "user amy (id 17)", for sentences; "user (id 17)" for one that is gone.
-std::string Named(const Item& item);
+Sentence Named(const Item& item);
 
 } // namespace management

@@ -77,11 +77,11 @@ public:
             m_part = std::move(value);
         }
         if (m_depth > 1 && m_part.empty()) {
-            return Refuse(fmt::format("a member in {} has no name", Quoted(m_name)));
+            return Refuse(FillPattern("a member in {} has no name", Quoted(m_name)));
         }
         for (const JsonMember& member : m_object) {
             if (member.name == m_name && (m_part.empty() || member.part == m_part)) {
-                return Refuse(fmt::format("the member {} comes twice", Quoted(m_name)));
+                return Refuse(FillPattern("the member {} comes twice", Quoted(m_name)));
             }
         }
         return true;
@@ -108,7 +108,7 @@ public:
     bool parse_error(std::size_t position, const std::string& /*token*/,
                      const nlohmann::json::exception& /*error*/) override
     {
-        return Refuse(fmt::format("the line is not JSON from its byte {} on", position));
+        return Refuse(FillPattern("the line is not JSON from its byte {} on", position));
     }
 
 private:

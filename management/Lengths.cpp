@@ -8,28 +8,29 @@ namespace management {
 
 namespace {
 
-void RefuseIf(const std::string& sentence)
+void RefuseIf(const Sentence& sentence)
 {
-    if (!sentence.empty()) {
+    if (!sentence.IsEmpty()) {
         throw Error(ErrorCode::invalid, sentence);
     }
 }
 
 } // namespace
 
-std::string TooLong(const schema::ColumnLengths& lengths, const TextFor& text)
+Sentence TooLong(const schema::ColumnLengths& lengths, const TextFor& text)
 {
     const auto excess = lengths.ExcessOf(text.column, text.text);
-    return excess ? fmt::format("{} has {} characters, this database takes {}", text.name, excess->length, excess->most)
+    return excess ? FillPattern("{} has {} characters, this database takes {}", Sentence(text.name), excess->length,
+                                excess->most)
                   : "";
 }
 
-std::string TooLong(const schema::ColumnLengths& lengths, const FieldValues& values)
+Sentence TooLong(const schema::ColumnLengths& lengths, const FieldValues& values)
 {
     for (const auto& [field, value] : values) {
         if (field->IsText()) {
-            std::string sentence = TooLong(lengths, TextFor{field->name, field->column, value.value_or("")});
-            if (!sentence.empty()) {
+            Sentence sentence = TooLong(lengths, TextFor{field->name, field->column, value.value_or("")});
+            if (!sentence.IsEmpty()) {
                 return sentence;
             }
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Sentence.h"
 #include "management/users/Fields.h"
 #include "schema/ColumnLengths.h"
 
@@ -19,9 +20,9 @@ struct TextFor {
 };
 
 /// "note has 412 characters, this database takes 255" for a text that is too long; empty for one that fits.
-std::string TooLong(const schema::ColumnLengths& lengths, const TextFor& text);
+Sentence TooLong(const schema::ColumnLengths& lengths, const TextFor& text);
 /// The same for the first value of a user that is too long.
-std::string TooLong(const schema::ColumnLengths& lengths, const FieldValues& values);
+Sentence TooLong(const schema::ColumnLengths& lengths, const FieldValues& values);
 /// How long the texts of a table may be. @throws DatabaseError.
 schema::ColumnLengths LengthsOf(CAConnect& conn, const std::string& table);
 

@@ -45,9 +45,9 @@ std::optional<RowName> FindConfused(CAConnect& conn, std::string_view table, std
 void ThrowConfused(std::string_view noun, std::string_view name, const RowName& other)
 {
     throw Error(ErrorCode::conflict,
-                fmt::format("the {} {} is taken: this database takes it for equal to {} (id {}); choose another, or "
+                FillPattern("the {} {} is taken: this database takes it for equal to {} (id {}); choose another, or "
                             "see what `qvadmin db status` says",
-                            noun, Quoted(name), Quoted(other.name), other.id));
+                            Sentence(noun), Quoted(name), Quoted(other.name), other.id));
 }
 
 std::optional<int> IdIn(std::string_view argument, std::string_view item)
@@ -60,7 +60,7 @@ std::optional<int> IdIn(std::string_view argument, std::string_view item)
     const auto read = std::from_chars(argument.data() + kIdPrefix.size(), end, id);
     if (read.ec != std::errc() || read.ptr != end) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is not the id of {}; write id: and a number", Quoted(argument), item));
+                    FillPattern("{} is not the id of {}; write id: and a number", Quoted(argument), Sentence(item)));
     }
     return id;
 }
@@ -68,13 +68,15 @@ std::optional<int> IdIn(std::string_view argument, std::string_view item)
 void CheckName(std::string_view noun, const std::string& name)
 {
     if (name.empty()) {
-        throw Error(ErrorCode::invalid, fmt::format("the name of the {} is empty", noun));
+        throw Error(ErrorCode::invalid, FillPattern("the name of the {} is empty", Sentence(noun)));
     }
     if (HasOuterBlanks(name)) {
-        throw Error(ErrorCode::invalid, fmt::format("the {} name {} begins or ends with a blank", noun, Quoted(name)));
+        throw Error(ErrorCode::invalid,
+                    FillPattern("the {} name {} begins or ends with a blank", Sentence(noun), Quoted(name)));
     }
     if (HasControlCharacter(name)) {
-        throw Error(ErrorCode::invalid, fmt::format("the {} name {} holds a control character", noun, Quoted(name)));
+        throw Error(ErrorCode::invalid,
+                    FillPattern("the {} name {} holds a control character", Sentence(noun), Quoted(name)));
     }
 }
 

@@ -13,7 +13,7 @@ std::vector<std::string> SplitPath(const std::string& path)
 {
     if (!path.starts_with('/')) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is not a path; write /VIEW/GROUP, or id:17, or view:4", Quoted(path)));
+                    FillPattern("{} is not a path; write /VIEW/GROUP, or id:17, or view:4", Quoted(path)));
     }
     std::vector<std::string> names;
     for (std::size_t i = 0; i < path.size(); ++i) {
@@ -23,14 +23,14 @@ std::vector<std::string> SplitPath(const std::string& path)
         }
         if (path[i] == '\\' && (++i == path.size() || (path[i] != '/' && path[i] != '\\'))) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("in the path {} a backslash is followed by neither / nor \\; write "
+                        FillPattern("in the path {} a backslash is followed by neither / nor \\; write "
                                     "\\\\ for a backslash in a name",
                                     Quoted(path)));
         }
         names.back() += path[i];
     }
     if (std::ranges::any_of(names, &std::string::empty)) {
-        throw Error(ErrorCode::invalid, fmt::format("the path {} holds an empty name", Quoted(path)));
+        throw Error(ErrorCode::invalid, FillPattern("the path {} holds an empty name", Quoted(path)));
     }
     return names;
 }

@@ -25,13 +25,13 @@ std::string StatementOn(const ReferenceKind& kind, std::string_view verb, int ty
 const std::vector<ReferenceKind>& ReferenceKinds()
 {
     static const std::vector<ReferenceKind> kinds = {
-        {"relation", "qv_Relation", {kMemberColumns, kHolderColumns}},
-        {"job title", "qv_JobTitle", {kMemberColumns, kHolderColumns}},
-        {"right", "qv_ItemAce", {kHolderColumns}},
-        {"right between items", "qv_BIIAce", {kMemberColumns, kHolderColumns}},
-        {"right on documents", "Tab_BIOAce", {kHolderColumns}},
-        {"backup plan link", "Tab_Doc_Backup_Rel", {kPlanItemColumns}},
-        {"web console account", "qv_ConsoleAccount", {kHolderColumns}},
+        {Countable("relation"), "qv_Relation", {kMemberColumns, kHolderColumns}},
+        {Countable("job title"), "qv_JobTitle", {kMemberColumns, kHolderColumns}},
+        {Countable("right"), "qv_ItemAce", {kHolderColumns}},
+        {Countable("right between items"), "qv_BIIAce", {kMemberColumns, kHolderColumns}},
+        {Countable("right on documents"), "Tab_BIOAce", {kHolderColumns}},
+        {Countable("backup plan link"), "Tab_Doc_Backup_Rel", {kPlanItemColumns}},
+        {Countable("web console account"), "qv_ConsoleAccount", {kHolderColumns}},
     };
     return kinds;
 }
@@ -55,13 +55,14 @@ void DeleteReferences(CAConnect& conn, int type, const std::vector<int>& ids)
     }
 }
 
-std::string WithReferences(const std::vector<Reference>& references)
+Sentence WithReferences(const std::vector<Reference>& references)
 {
-    std::string list;
+    std::vector<Sentence> list;
+    list.reserve(references.size());
     for (const Reference& reference : references) {
-        list += (list.empty() ? ", with " : ", ") + Counted(static_cast<std::size_t>(reference.count), reference.noun);
+        list.push_back(Counted(static_cast<std::size_t>(reference.count), reference.noun));
     }
-    return list;
+    return list.empty() ? Sentence() : FillPattern(", with {}", Joined(list, ", "));
 }
 
 std::size_t CountOf(const std::vector<Reference>& references)

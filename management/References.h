@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -46,7 +48,7 @@ std::vector<Reference> CountReferences(CAConnect& conn, int type, const std::vec
 void DeleteReferences(CAConnect& conn, int type, const std::vector<int>& ids);
 
 /// ", with 2 relations, 1 right"; empty for no references.
-std::string WithReferences(const std::vector<Reference>& references);
+Sentence WithReferences(const std::vector<Reference>& references);
 /// How many rows the references are in sum.
 std::size_t CountOf(const std::vector<Reference>& references);
 

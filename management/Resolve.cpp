@@ -17,8 +17,8 @@ void ThrowAmbiguous(std::string_view name, const std::vector<Candidate>& candida
         arguments.push_back(candidate.argument);
     }
     throw Error(ErrorCode::conflict,
-                fmt::format("{} may be any of {}; {}write {} for the first of them", Quoted(name), list, advice,
-                            arguments.front()),
+                FillPattern("{} may be any of {}; {}write {} for the first of them", Quoted(name), list,
+                            Sentence(advice), arguments.front()),
                 arguments);
 }
 

@@ -132,13 +132,17 @@ bool HasOuterBlanks(std::string_view text)
     return firstIsBlank || lastIsBlank;
 }
 
-std::string Counted(std::size_t count, std::string_view noun)
+Sentence Counted(std::size_t count, std::string_view noun)
 {
-    constexpr std::string_view oneEntry = "entry";
-    if (count != 1 && noun.ends_with(oneEntry)) {
-        return fmt::format("{} {}ies", count, noun.substr(0, noun.size() - 1));
-    }
-    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+    // What comes after the word that is counted, as in "right between items", stays.
+    const std::size_t end = std::min({noun.find(" between "), noun.find(" on "), noun.size()});
+    std::string others(noun.substr(0, end));
+    const bool isEntry = others.ends_with("entry");
+    others.replace(others.size() - (isEntry ? 1 : 0), std::string::npos, isEntry ? "ies" : "s");
+    return Sentence(Sentence::Origin{fmt::format("{{}} {}", noun),
+                                     fmt::format("{{}} {}{}", others, noun.substr(end)),
+                                     count,
+                                     {sentences::ArgumentOf(count)}});
 }
 
 std::string PaceText(std::chrono::duration<double> elapsed, std::int64_t done)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -27,7 +29,7 @@ std::vector<std::string> SplitAtCommas(std::string_view text);
 bool HasControlCharacter(std::string_view text);
 bool HasOuterBlanks(std::string_view text);
 /// "1 user", "3 users".
-std::string Counted(std::size_t count, std::string_view noun);
+Sentence Counted(std::size_t count, std::string_view noun);
 /// How fast something was done: "4.2 s, 300/s".
 std::string PaceText(std::chrono::duration<double> elapsed, std::int64_t done);
 

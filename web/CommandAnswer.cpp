@@ -48,8 +48,8 @@ void WriteRows(JsonWriter& json, std::string_view name, const Table& table)
 
 std::string DigestOf(const Plan& plan, const WebArguments& arguments)
 {
-    std::string text = fmt::format("{}:{}{}:{}{}", arguments.Text().size(), arguments.Text(), plan.question.size(),
-                                   plan.question, plan.removed);
+    std::string text = fmt::format("{}:{}{}:{}{}", arguments.Text().size(), arguments.Text(),
+                                   plan.question.English().size(), plan.question.English(), plan.removed);
     for (const std::string& line : plan.lines) {
         text += fmt::format("{}:{}", line.size(), line);
     }
@@ -114,7 +114,7 @@ public:
         }
     }
     [[nodiscard]] bool CanAsk() const override { return false; }
-    void Explain(const std::string& sentence) override { notes.push_back(sentence); }
+    void Explain(const Sentence& sentence) override { notes.push_back(sentence); }
     [[nodiscard]] bool IsGiven(std::string_view secret) const override
     {
         return m_arguments->FindSecret(secret) != nullptr;
@@ -168,19 +168,20 @@ public:
 private:
     void ConfirmPart(const Plan& shown) const
     {
-        if (!m_isPlanning && !shown.question.empty() && !IsSame(m_confirmed, digest)) {
+        if (!m_isPlanning && !shown.question.IsEmpty() && !IsSame(m_confirmed, digest)) {
             ThrowChanged(shown.nothingDone);
         }
     }
     void ConfirmWhole(const Plan& shown)
     {
-        if (shown.question.empty()) {
+        if (shown.question.IsEmpty()) {
             return;
         }
         if (m_confirmed.empty() || !IsSame(m_confirmed, digest)) {
             throw Error(ErrorCode::confirmationRequired,
-                        m_confirmed.empty() ? shown.question
-                                            : fmt::format("what is to be done has changed; {}", shown.nothingDone));
+                        m_confirmed.empty()
+                            ? shown.question.English()
+                            : fmt::format("what is to be done has changed; {}", shown.nothingDone.English()));
         }
         needsPassword = shown.removed > kMostWithoutPassword && !m_caller.hasConfirmed;
         if (needsPassword) {
@@ -230,8 +231,8 @@ void WriteFinding(JsonWriter& json, const Finding& finding)
 {
     json.WriteName("finding");
     json.BeginObject();
-    json.WriteMember("sentence", TextValue(finding.sentence));
-    WriteTexts(json, "notes", finding.notes);
+    json.WriteMember("sentence", TextValue(finding.sentence.English()));
+    WriteTexts(json, "notes", {finding.notes.begin(), finding.notes.end()});
     WriteRows(json, "rows", finding.rows);
     json.End();
 }
@@ -596,7 +597,7 @@ private:
     {
         m_front.BeginPlan();
         LookAtPlan(*m_request.arguments);
-        m_isAsked = !m_front.plan->question.empty();
+        m_isAsked = !m_front.plan->question.IsEmpty();
         for (Part& part : m_isAsked ? std::span(m_parts) : std::span<Part>()) {
             m_front.BeginPlanOfPart(part.arguments);
             LookAtPlan(part.arguments);
@@ -763,13 +764,13 @@ void WriteRecord(JsonWriter& json, const Record& record)
 
 void WritePlan(JsonWriter& json, const Plan& plan, const std::string& digest)
 {
-    std::vector<std::string> lines = plan.lines;
+    std::vector<std::string> lines(plan.lines.begin(), plan.lines.end());
     lines.resize(std::min(lines.size(), kMostPlanLines));
     json.WriteName("plan");
     json.BeginObject();
     WriteTexts(json, "lines", lines);
     json.WriteMember("further_lines", static_cast<std::int64_t>(plan.lines.size() - lines.size()));
-    json.WriteMember("question", TextValue(plan.question));
+    json.WriteMember("question", TextValue(plan.question.English()));
     json.WriteMember("removed", static_cast<std::int64_t>(plan.removed));
     json.WriteMember("digest", TextValue(digest));
     json.End();

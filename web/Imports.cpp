@@ -128,7 +128,7 @@ public:
     void TakeOutcome(const Outcome& /*outcome*/) override {}
     void Confirm(const Plan& /*plan*/) override {}
     [[nodiscard]] bool CanAsk() const override { return false; }
-    void Explain(const std::string& /*sentence*/) override {}
+    void Explain(const Sentence& /*sentence*/) override {}
     [[nodiscard]] bool IsGiven(std::string_view /*secret*/) const override { return false; }
     Secret ObtainSecret(const SecretQuestion& /*question*/) override { Refuse("imports take no passwords"); }
     void ShowSecret(const Secret& /*secret*/) override {}

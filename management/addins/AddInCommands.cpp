@@ -121,7 +121,7 @@ std::optional<std::string> GivenData(const Call& call, const std::optional<std::
     return file ? std::optional(call.Front().ReadText(*file)) : data;
 }
 
-Outcome OutcomeOf(const AddIn& addIn, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const AddIn& addIn, std::string_view outcome, Sentence sentence)
 {
     return {"addin", addIn.id, addIn.name, outcome, std::move(sentence)};
 }
@@ -199,7 +199,7 @@ Result Set(Call& call, const AddInToSet& in)
     AddIns addIns(call.Connection());
     const AddIn addIn = FindAddIn(addIns, in.addIn, in.type);
     ChangeAddIn(addIns, addIn, changes);
-    call.Report(OutcomeOf(addIn, "changed", fmt::format("changed {}", Named(addIn))));
+    call.Report(OutcomeOf(addIn, "changed", FillPattern("changed {}", Named(addIn))));
     return {};
 }
 
@@ -212,9 +212,13 @@ Result SetEnabled(Call& call, const SeveralAddIns& in, bool isEnabled)
         if (addIn.isDisabled == isEnabled) {
             isChanged = true;
             addIns.Enable(addIn.id, isEnabled);
-            call.Report(OutcomeOf(addIn, outcome, fmt::format("{} {}", outcome, Named(addIn))));
+            call.Report(OutcomeOf(addIn, outcome,
+                                  isEnabled ? FillPattern("enabled {}", Named(addIn))
+                                            : FillPattern("disabled {}", Named(addIn))));
         } else {
-            call.Report(OutcomeOf(addIn, "unchanged", fmt::format("{} was {} already", Named(addIn), outcome)));
+            call.Report(OutcomeOf(addIn, "unchanged",
+                                  isEnabled ? FillPattern("{} was enabled already", Named(addIn))
+                                            : FillPattern("{} was disabled already", Named(addIn))));
         }
     }
     return isChanged ? Result() : Unchanged();
@@ -231,10 +235,10 @@ Result Move(Call& call, const AddInToMove& in)
     const AddIn addIn = FindAddIn(addIns, in.addIn, in.type);
     if (!MoveAddIn(addIns, addIn, move)) {
         const std::string_view end = move == Move::down ? "bottom" : "top";
-        call.Report(OutcomeOf(addIn, "unchanged", fmt::format("{} is at the {} already", Named(addIn), end)));
+        call.Report(OutcomeOf(addIn, "unchanged", FillPattern("{} is at the {} already", Named(addIn), end)));
         return Unchanged();
     }
-    call.Report(OutcomeOf(addIn, "moved", fmt::format("moved {}", Named(addIn))));
+    call.Report(OutcomeOf(addIn, "moved", FillPattern("moved {}", Named(addIn))));
     return {};
 }
 
@@ -250,10 +254,10 @@ Deletion PlanDeletion(Call& call, const SeveralAddIns& in)
     Deletion deletion;
     for (const AddIn& addIn : FindAddIns(addIns, in.addIns, in.type)) {
         deletion.ids.push_back(addIn.id);
-        deletion.lines.push_back(fmt::format("delete {} of type {}", Named(addIn), addIn.type));
+        deletion.lines.push_back(FillPattern("delete {} of type {}", Named(addIn), addIn.type));
     }
     deletion.removed = deletion.ids.size();
-    deletion.question = fmt::format("Delete {}?", Counted(deletion.removed, "add-in"));
+    deletion.question = FillPattern("Delete {}?", Counted(deletion.removed, "add-in"));
     return deletion;
 }
 
@@ -263,8 +267,8 @@ Result Delete(Call& call, const SeveralAddIns& /*in*/, const Deletion& deletion)
     for (const int id : deletion.ids) {
         addIns.Delete(id);
     }
-    const std::string deleted = Counted(deletion.ids.size(), "add-in");
-    call.Report({"addin", 0, deleted, "deleted", "deleted " + deleted});
+    const Sentence deleted = Counted(deletion.ids.size(), "add-in");
+    call.Report({"addin", 0, deleted, "deleted", FillPattern("deleted {}", deleted)});
     return {};
 }
 

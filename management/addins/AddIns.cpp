@@ -34,8 +34,8 @@ AddIn FindById(AddIns& addIns, int id, std::optional<int> type)
 {
     const std::optional<AddIn> addIn = addIns.Load(id);
     if (!addIn || (type && addIn->type != *type)) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no add-in with id {}{}; `qvadmin addin list` shows all",
-                                                     id, type ? fmt::format(" of type {}", *type) : ""));
+        throw Error(ErrorCode::notFound, FillPattern("there is no add-in with id {}{}; `qvadmin addin list` shows all",
+                                                     id, type ? FillPattern(" of type {}", *type) : ""));
     }
     return *addIn;
 }
@@ -45,7 +45,7 @@ void CheckNewName(const std::string& name)
 {
     CheckName("add-in", name);
     if (name.starts_with(kIdPrefix)) {
-        throw Error(ErrorCode::invalid, fmt::format("an add-in cannot be called {}: that means an id", Quoted(name)));
+        throw Error(ErrorCode::invalid, FillPattern("an add-in cannot be called {}: that means an id", Quoted(name)));
     }
 }
 
@@ -55,7 +55,7 @@ void RequireFreeName(AddIns& addIns, const std::string& name, int type, int exce
     const std::vector<AddIn> found = addIns.FindAll(name, type);
     if (std::ranges::any_of(found, [&](const AddIn& other) { return other.id != except; })) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("there is an add-in {} of type {} already; nothing was changed", Quoted(name), type));
+                    FillPattern("there is an add-in {} of type {} already; nothing was changed", Quoted(name), type));
     }
     const std::string others = fmt::format("Col_AddInType = {} AND Col_ID <> {}", type, except);
     if (const auto other = FindConfused(addIns.Connection(), "kel_AddIn", name, others)) {
@@ -322,7 +322,7 @@ std::vector<Package> Packages::FindAll(std::string_view name)
             list += (list.empty() ? "" : ", ") + Quoted(package.name);
         }
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} may be any of the packages {}; write it as it is listed", Quoted(name), list));
+                    FillPattern("{} may be any of the packages {}; write it as it is listed", Quoted(name), list));
     }
     return packages;
 }
@@ -360,22 +360,22 @@ void Packages::Delete(int id)
 
 AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> type)
 {
-    if (const std::optional<int> id = IdIn(argument, "an add-in")) {
+    if (const std::optional<int> id = IdIn(argument, Translatable("an add-in"))) {
         return FindById(addIns, *id, type);
     }
     const std::vector<AddIn> found = addIns.FindAll(argument, type);
     if (found.empty()) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no add-in {}{}; `qvadmin addin list` shows all",
-                                                     Quoted(argument), type ? fmt::format(" of type {}", *type) : ""));
+        throw Error(ErrorCode::notFound, FillPattern("there is no add-in {}{}; `qvadmin addin list` shows all",
+                                                     Quoted(argument), type ? FillPattern(" of type {}", *type) : ""));
     }
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
         candidates.reserve(found.size());
         for (const AddIn& addIn : found) {
             candidates.push_back(
-                {fmt::format("{} of type {}", Named(addIn), addIn.type), fmt::format("{}{}", kIdPrefix, addIn.id)});
+                {FillPattern("{} of type {}", Named(addIn), addIn.type), fmt::format("{}{}", kIdPrefix, addIn.id)});
         }
-        ThrowAmbiguous(argument, candidates, "add --type, or ");
+        ThrowAmbiguous(argument, candidates, Translatable("add --type, or "));
     }
     return found.front();
 }
@@ -383,7 +383,7 @@ AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> 
 std::vector<AddIn> FindAddIns(AddIns& addIns, const std::vector<std::string>& arguments, std::optional<int> type)
 {
     return FindEach(
-        arguments, "add-ins", "`qvadmin addin list` shows all",
+        arguments, Translatable("add-ins"), Translatable("`qvadmin addin list` shows all"),
         [&](const std::string& argument) { return FindAddIn(addIns, argument, type); }, &AddIn::id);
 }
 
@@ -394,7 +394,7 @@ int CreateAddIn(AddIns& addIns, const NewAddIn& addIn)
     const int highest = addIn.index ? 0 : addIns.HighestIndex();
     if (highest == kHighestIndex) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("an add-in has the highest index that there is, {}; say --index, or "
+                    FillPattern("an add-in has the highest index that there is, {}; say --index, or "
                                 "give that one another index",
                                 highest));
     }
@@ -434,16 +434,16 @@ Package FindPackage(Packages& packages, const std::string& name)
     const std::vector<Package> found = packages.FindAll(name);
     if (found.empty()) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(name)));
+                    FillPattern("there is no package {}; `qvadmin package list` shows all", Quoted(name)));
     }
     if (found.size() > 1) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} packages are called {}; `qvadmin package remove` removes them all", found.size(),
+                    FillPattern("{} packages are called {}; `qvadmin package remove` removes them all", found.size(),
                                 Quoted(name)));
     }
     return found.front();
 }
 
-std::string Named(const AddIn& addIn) { return fmt::format("{} (add-in {})", Visible(addIn.name), addIn.id); }
+Sentence Named(const AddIn& addIn) { return FillPattern("{} (add-in {})", Visible(addIn.name), addIn.id); }
 
 } // namespace management

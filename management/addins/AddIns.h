@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -147,6 +149,6 @@ bool MoveAddIn(AddIns& addIns, const AddIn& addIn, Move move);
 Package FindPackage(Packages& packages, const std::string& name);
 
 /// "NAME (add-in N)", for sentences.
-std::string Named(const AddIn& addIn);
+Sentence Named(const AddIn& addIn);
 
 } // namespace management

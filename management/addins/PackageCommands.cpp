@@ -92,7 +92,7 @@ std::string ModifiedGiven(const PackageToInstall& in)
 int Add(Packages& packages, CAConnect& conn, const PackageToInstall& in)
 {
     if (const auto other = FindConfused(conn, "kel_Package", in.name)) {
-        ThrowConfused("package name", in.name, *other);
+        ThrowConfused(Translatable("package name"), in.name, *other);
     }
     Package package;
     package.name = in.name;
@@ -107,7 +107,7 @@ int Replace(Packages& packages, const PackageToInstall& in)
     Package package = FindPackage(packages, in.name);
     if (in.version < package.version && !in.downgrade) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} is installed in version {}, higher than {}; --downgrade goes back",
+                    FillPattern("{} is installed in version {}, higher than {}; --downgrade goes back",
                                 Visible(package.name), package.version, in.version));
     }
     package.version = in.version;
@@ -124,7 +124,8 @@ Result Install(Call& call, const PackageToInstall& in)
     const bool isNew = packages.FindAll(in.name).empty();
     const int id = isNew ? Add(packages, call.Connection(), in) : Replace(packages, in);
     call.Report({"package", id, in.name, isNew ? "installed" : "updated",
-                 fmt::format("{} version {} of {}", isNew ? "installed" : "updated to", in.version, Visible(in.name))});
+                 isNew ? FillPattern("installed version {} of {}", in.version, Visible(in.name))
+                       : FillPattern("updated to version {} of {}", in.version, Visible(in.name))});
     return ResultOf(Value(std::int64_t{id}));
 }
 
@@ -139,12 +140,12 @@ struct Removal : Plan {
 };
 
 /// "Office, with 3 add-ins".
-std::string Described(const Removal& removal)
+Sentence Described(const Removal& removal)
 {
     const std::size_t packages = removal.packages.size();
-    return fmt::format("{}{}, with {}", Visible(removal.name),
-                       packages > 1 ? fmt::format(" ({} packages)", packages) : "",
-                       Counted(removal.addIns.size(), "add-in"));
+    const Sentence addIns = Counted(removal.addIns.size(), "add-in");
+    return packages > 1 ? FillPattern("{} ({} packages), with {}", Visible(removal.name), packages, addIns)
+                        : FillPattern("{}, with {}", Visible(removal.name), addIns);
 }
 
 Removal PlanRemoval(Call& call, const OnePackage& in)
@@ -152,16 +153,16 @@ Removal PlanRemoval(Call& call, const OnePackage& in)
     const std::vector<Package> found = Packages(call.Connection()).FindAll(in.name);
     if (found.empty()) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no package {}; `qvadmin package list` shows all", Quoted(in.name)));
+                    FillPattern("there is no package {}; `qvadmin package list` shows all", Quoted(in.name)));
     }
     Removal removal;
     removal.name = found.front().name;
     std::ranges::transform(found, std::back_inserter(removal.packages), &Package::id);
     std::ranges::transform(AddIns(call.Connection()).List({removal.name, {}}), std::back_inserter(removal.addIns),
                            &AddIn::id);
-    removal.question = fmt::format("Remove the package {}?", Described(removal));
+    removal.question = FillPattern("Remove the package {}?", Described(removal));
     removal.removed = removal.packages.size() + removal.addIns.size();
-    removal.nothingDone = "nothing was removed";
+    removal.nothingDone = Translatable("nothing was removed");
     return removal;
 }
 
@@ -173,7 +174,7 @@ Result Remove(Call& call, const OnePackage& /*in*/, const Removal& removal)
         packages.Delete(package);
     }
     call.Report(
-        {"package", removal.packages.front(), removal.name, "removed", fmt::format("removed {}", Described(removal))});
+        {"package", removal.packages.front(), removal.name, "removed", FillPattern("removed {}", Described(removal))});
     return {};
 }
 

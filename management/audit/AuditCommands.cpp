@@ -285,7 +285,7 @@ Result Verify(Call& call)
     if (found.firstAltered != 0) {
         result.error.emplace(
             ErrorCode::conflict,
-            fmt::format("the record was altered: entry {} is not as it was written, or does not follow "
+            FillPattern("the record was altered: entry {} is not as it was written, or does not follow "
                         "the one before it",
                         found.firstAltered));
     }
@@ -309,19 +309,19 @@ UndoPlan PlanUndo(Call& call, const SeveralEntries& in)
         Entry entry = log.Find(id);
         if (entry.undoneBy != 0) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("{} was undone already, by {}; nothing was undone", Named(entry), entry.undoneBy));
+                        FillPattern("{} was undone already, by {}; nothing was undone", Named(entry), entry.undoneBy));
         }
         entries.emplace(entry.id, std::move(entry));
     }
     UndoPlan plan;
-    plan.nothingDone = "nothing was undone";
+    plan.nothingDone = Translatable("nothing was undone");
     for (const auto& [id, entry] : entries) {
         plan.ids.push_back(id);
         plan.removed += static_cast<std::size_t>(entry.rows);
         plan.lines.push_back(
-            fmt::format("undo {}: {}", Named(entry), Counted(static_cast<std::size_t>(entry.rows), "changed row")));
+            FillPattern("undo {}: {}", Named(entry), Counted(static_cast<std::size_t>(entry.rows), "changed row")));
     }
-    plan.question = fmt::format("Undo {}?", Counted(plan.ids.size(), "change"));
+    plan.question = FillPattern("Undo {}?", Counted(plan.ids.size(), "change"));
     return plan;
 }
 
@@ -332,12 +332,12 @@ Result UndoEntries(Call& call, const SeveralEntries& /*in*/, const UndoPlan& pla
     for (const int id : plan.ids) {
         const Entry entry = log.Find(id);
         undo.Apply(entry);
-        call.Report({"entry", id, std::to_string(id), "undone", fmt::format("undid {}", Named(entry))});
+        call.Report({"entry", id, std::to_string(id), "undone", FillPattern("undid {}", Named(entry))});
     }
     undo.Check();
     for (const auto& [what, secret] : undo.AllWithoutSecret()) {
         call.Report({"user", 0, what, "without_password",
-                     fmt::format("{} has no {} now: these are never recorded", what, secret)});
+                     FillPattern("{} has no {} now: these are never recorded", what, secret)});
     }
     call.SetUndoes(fmt::format("{}", fmt::join(plan.ids, " ")));
     return {};
@@ -360,9 +360,9 @@ PrunePlan PlanPrune(Call& call, const Prune& in)
     const auto count = static_cast<std::size_t>(log.CountBelow(plan.first));
     if (count != 0) {
         plan.removed = count;
-        plan.lines.push_back(fmt::format("delete {} of the record from before {}; they can no longer be undone",
+        plan.lines.push_back(FillPattern("delete {} of the record from before {}; they can no longer be undone",
                                          Counted(count, "entry"), before));
-        plan.question = fmt::format("Delete {}?", Counted(count, "entry"));
+        plan.question = FillPattern("Delete {}?", Counted(count, "entry"));
     }
     return plan;
 }
@@ -370,13 +370,13 @@ PrunePlan PlanPrune(Call& call, const Prune& in)
 Result PruneEntries(Call& call, const Prune& /*in*/, const PrunePlan& plan)
 {
     if (plan.removed == 0) {
-        call.Report({"entry", 0, "", "unchanged", "there are no entries that old"});
+        call.Report({"entry", 0, "", "unchanged", Translatable("there are no entries that old")});
         return Unchanged();
     }
     // The deletion itself stays in the record, and follows the last entry.
     call.SetRecordedAnyway();
     AuditLog(call.Connection()).DeleteBelow(plan.first);
-    call.Report({"entry", 0, "", "deleted", fmt::format("deleted {}", Counted(plan.removed, "entry"))});
+    call.Report({"entry", 0, "", "deleted", FillPattern("deleted {}", Counted(plan.removed, "entry"))});
     return {};
 }
 

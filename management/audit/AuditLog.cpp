@@ -131,7 +131,7 @@ Entry AuditLog::Find(int id)
     EachRow(m_conn, fmt::format("SELECT {} FROM qv_AuditEntry WHERE Col_ID = {}", kEntryColumns, id),
             [&found](CARecordset& row) { found = EntryIn(row); });
     if (!found) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no entry {} in the record", id));
+        throw Error(ErrorCode::notFound, FillPattern("there is no entry {} in the record", id));
     }
     if (found->data.partOf != 0 && HasEntry(m_conn, found->data.partOf)) {
         return Find(found->data.partOf);
@@ -238,9 +238,9 @@ void AuditLog::DeleteBelow(int id)
     Execute(m_conn, fmt::format("DELETE FROM qv_AuditEntry WHERE Col_ID < {}", id));
 }
 
-std::string Named(const Entry& entry)
+Sentence Named(const Entry& entry)
 {
-    return fmt::format("{} ({}; {}, {})", entry.id, Visible(entry.data.command), Visible(entry.data.who),
+    return FillPattern("{} ({}; {}, {})", entry.id, Visible(entry.data.command), Visible(entry.data.who),
                        entry.data.time);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Sentence.h"
 #include "management/audit/Chain.h"
 
 #include <cstdint>
@@ -84,6 +85,6 @@ private:
 };
 
 /// "17 (user lock amy; root, 2026-05-07T09:03:00Z)", for sentences.
-std::string Named(const Entry& entry);
+Sentence Named(const Entry& entry);
 
 } // namespace management::audit

@@ -29,7 +29,7 @@ const AuditedTable& TableOf(const StoredRow& row)
 {
     const AuditedTable* table = FindAuditedTable(row.table);
     if (table == nullptr) {
-        throw Error(ErrorCode::failed, fmt::format("the record names a table {} that there is not", Quoted(row.table)));
+        throw Error(ErrorCode::failed, FillPattern("the record names a table {} that there is not", Quoted(row.table)));
     }
     return *table;
 }
@@ -64,7 +64,7 @@ AuditedRow WithoutMarks(const AuditedTable& table, AuditedRow row)
 
 } // namespace
 
-std::string Described(NameCache& names, const StoredRow& row)
+Sentence Described(NameCache& names, const StoredRow& row)
 {
     const AuditedTable& table = TableOf(row);
     const AuditedRow content = row.after || row.before ? Unpacked(row.after ? *row.after : *row.before) : AuditedRow();
@@ -167,7 +167,7 @@ void Undo::RequireRecorded(const Entry& entry, const AuditedTable& table, const 
 {
     if (table.keeping == Keeping::countOnly) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} cannot be undone: it deleted {}, of which the record has the number alone; nothing "
+                    FillPattern("{} cannot be undone: it deleted {}, of which the record has the number alone; nothing "
                                 "was undone",
                                 entry.id, Counted(static_cast<std::size_t>(-row.count), table.noun)));
     }
@@ -175,10 +175,12 @@ void Undo::RequireRecorded(const Entry& entry, const AuditedTable& table, const 
     const AuditedRow content = Unpacked(row.after ? *row.after : row.before.value_or("{}"));
     const AuditedRow earlier = Unpacked(row.before.value_or("{}"));
     if (stays && (HasSecret(table, content) || HasSecret(table, earlier))) {
-        throw Error(ErrorCode::conflict,
-                    fmt::format("{} cannot be undone: it changed {} of {}, which is never recorded; nothing was undone",
-                                entry.id, table.name == "qv_User" ? "the password" : "the value",
-                                Described(m_names, row)));
+        throw Error(
+            ErrorCode::conflict,
+            FillPattern("{} cannot be undone: it changed {} of {}, which is never recorded; nothing was undone",
+                        entry.id,
+                        Sentence(table.name == "qv_User" ? Translatable("the password") : Translatable("the value")),
+                        Described(m_names, row)));
     }
 }
 
@@ -259,8 +261,8 @@ void Undo::ThrowInTheWay(const Entry& entry, const StoredRow& row)
 {
     const std::optional<Entry> later = m_log.LaterChange(entry, row);
     throw Error(ErrorCode::conflict,
-                fmt::format("{} cannot be undone: {} was changed later, by {}; nothing was undone", entry.id,
-                            Described(m_names, row), later ? Named(*later) : "another program"));
+                FillPattern("{} cannot be undone: {} was changed later, by {}; nothing was undone", entry.id,
+                            Described(m_names, row), later ? Named(*later) : Translatable("another program")));
 }
 
 std::string Undo::ConditionOf(const AuditedRow& row) const
@@ -331,7 +333,7 @@ void Undo::RequireUnused(int type, const std::vector<int>& ids)
         const std::vector<Reference> references = CountReferences(m_conn, type, {id});
         if (!references.empty()) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("{} is in use by now{}; nothing was undone",
+                        FillPattern("{} is in use by now{}; nothing was undone",
                                     m_removedItems.at(fmt::format("{}:{}", type, id)), WithReferences(references)));
         }
     }
@@ -344,7 +346,7 @@ void Undo::CheckItemsThere()
         const ItemKey key = KeyOf(item);
         if (key.id > 0 && key.type >= kItemTypeUser && key.type <= kItemTypeView && names.NameOf(key).empty()) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("what would come back belongs to {} id {}, which is gone; undo its deletion first. "
+                        FillPattern("what would come back belongs to {} id {}, which is gone; undo its deletion first. "
                                     "Nothing was undone",
                                     TypeName(key.type), key.id));
         }
@@ -374,7 +376,7 @@ void Undo::CheckNames()
             if (ValueIn(other, "Col_ID") != key && scopeOf(other) == scopeOf(rows.front()) &&
                 SameName(ValueIn(other, table->nameColumn).value_or(""), name)) {
                 throw Error(ErrorCode::conflict,
-                            fmt::format("there is another {} {} by now (id {}); nothing was undone", table->noun,
+                            FillPattern("there is another {} {} by now (id {}); nothing was undone", table->noun,
                                         Visible(name), ValueIn(other, "Col_ID").value_or("")));
             }
         }
@@ -409,7 +411,7 @@ void Undo::CheckGroups()
 void Undo::RequireNoCycle(const Organisation& organisation, ItemKey parent, ItemKey group)
 {
     if (const auto cycle = organisation.CycleClosedBy(parent, group); !cycle.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("the groups would form a cycle: {}; nothing was undone",
+        throw Error(ErrorCode::conflict, FillPattern("the groups would form a cycle: {}; nothing was undone",
                                                      organisation.CycleText(cycle)));
     }
 }
@@ -418,7 +420,7 @@ void Undo::RequireOneOfItsName(const Organisation& organisation, ItemKey parent,
 {
     if (organisation.ChildrenNamed(parent, organisation.Find(group)->name).size() > 1) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("there would be two groups {}; nothing was undone", organisation.PathOf(group)));
+                    FillPattern("there would be two groups {}; nothing was undone", organisation.PathOf(group)));
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "management/Items.h"
+#include "management/Sentence.h"
 #include "management/audit/AuditLog.h"
 #include "management/organisation/Organisation.h"
 
@@ -68,6 +69,6 @@ private:
 ItemKey KeyOf(const std::string& item);
 
 /// "user amy (id 17)", from what an entry has of a row.
-std::string Described(NameCache& names, const StoredRow& row);
+Sentence Described(NameCache& names, const StoredRow& row);
 
 } // namespace management::audit

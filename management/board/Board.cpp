@@ -97,11 +97,11 @@ std::vector<Notice> FindNotices(Board& board, const std::vector<std::string>& id
         const auto notice = std::ranges::find(all, id, &Notice::id);
         if (notice == all.end()) {
             throw Error(ErrorCode::notFound,
-                        fmt::format("there is no notice {}; `qvadmin board list` shows all", Quoted(id)));
+                        FillPattern("there is no notice {}; `qvadmin board list` shows all", Quoted(id)));
         }
         return *notice;
     };
-    return FindEach(ids, "notices", "`qvadmin board list` shows all", find, &Notice::id);
+    return FindEach(ids, Translatable("notices"), Translatable("`qvadmin board list` shows all"), find, &Notice::id);
 }
 
 } // namespace management

@@ -92,10 +92,12 @@ Result Show(Call& call, const OneNotice& in)
 
 // ---- Deleting -------------------------------------------------------------------------------------------------------
 
-std::string Described(const NoticeParts& parts)
+Sentence Described(const NoticeParts& parts)
 {
-    return fmt::format("{}, {} {}, {}", Counted(parts.attachments.size(), "attachment"), parts.replies.size(),
-                       parts.replies.size() == 1 ? "reply" : "replies", Counted(parts.readers.size(), "reader"));
+    const std::size_t replies = parts.replies.size();
+    return Joined({Counted(parts.attachments.size(), "attachment"),
+                   FillPlural("{} reply", "{} replies", replies, replies), Counted(parts.readers.size(), "reader")},
+                  ", ");
 }
 
 struct Deletion : Plan {
@@ -113,9 +115,9 @@ Deletion PlanDeletion(Call& call, const SeveralNotices& in)
         deletion.ids.push_back(notice.id);
         deletion.removed += 1 + parts.attachments.size() + parts.replies.size() + parts.readers.size();
         deletion.lines.push_back(
-            fmt::format("delete {} {}, with {}", Visible(notice.id), Quoted(notice.subject), Described(parts)));
+            FillPattern("delete {} {}, with {}", Visible(notice.id), Quoted(notice.subject), Described(parts)));
     }
-    deletion.question = fmt::format("Delete {}?", Counted(deletion.ids.size(), "notice"));
+    deletion.question = FillPattern("Delete {}?", Counted(deletion.ids.size(), "notice"));
     return deletion;
 }
 
@@ -125,8 +127,8 @@ Result Delete(Call& call, const SeveralNotices& /*in*/, const Deletion& deletion
     for (const std::string& id : deletion.ids) {
         board.Delete(id);
     }
-    const std::string deleted = Counted(deletion.ids.size(), "notice");
-    call.Report({"notice", 0, deleted, "deleted", "deleted " + deleted});
+    const Sentence deleted = Counted(deletion.ids.size(), "notice");
+    call.Report({"notice", 0, deleted, "deleted", FillPattern("deleted {}", deleted)});
     return {};
 }
 

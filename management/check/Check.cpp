@@ -172,7 +172,7 @@ private:
         for (const Node& node : m_organisation.Places()) {
             if (!node.isReachable) {
                 ++lost.count;
-                lost.example = lost.example.empty() ? m_organisation.Named(node.key) : lost.example;
+                lost.example = lost.example.empty() ? m_organisation.Named(node.key).English() : lost.example;
             }
         }
         Add(std::move(lost));

@@ -45,21 +45,22 @@ struct Repair : Plan {
 Repair PlanRepair(Call& call, const CheckInput& /*in*/)
 {
     Repair repair;
-    repair.nothingDone = "nothing was mended";
+    repair.nothingDone = Translatable("nothing was mended");
     repair.problems = FindProblems(call.Connection());
     std::erase_if(repair.problems, [](const Problem& problem) { return problem.statements.empty(); });
     for (const Problem& problem : repair.problems) {
         repair.removed += static_cast<std::size_t>(problem.count);
-        repair.lines.push_back(fmt::format("{} {}: {}", problem.count, problem.sentence, problem.repair));
+        repair.lines.push_back(FillPattern("{} {}: {}", problem.count, problem.sentence, problem.repair));
     }
-    repair.question = repair.problems.empty() ? "" : fmt::format("Mend {}?", Counted(repair.removed, "row"));
+    repair.question = repair.problems.empty() ? "" : FillPattern("Mend {}?", Counted(repair.removed, "row"));
     return repair;
 }
 
 Result Mend(Call& call, const CheckInput& /*in*/, const Repair& repair)
 {
     if (repair.problems.empty()) {
-        call.Report({"directory", 0, "", "unchanged", "there is nothing that can be mended without a decision"});
+        call.Report(
+            {"directory", 0, "", "unchanged", Translatable("there is nothing that can be mended without a decision")});
         return Unchanged();
     }
     for (const Problem& problem : repair.problems) {
@@ -67,7 +68,7 @@ Result Mend(Call& call, const CheckInput& /*in*/, const Repair& repair)
             Execute(call.Connection(), statement);
         }
         call.Report({"check", 0, std::string(problem.name), "mended",
-                     fmt::format("mended {} {}", problem.count, problem.sentence)});
+                     FillPattern("mended {} {}", problem.count, problem.sentence)});
     }
     return {};
 }

@@ -118,14 +118,14 @@ constexpr Column kShowColumns[] = {
 
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
-std::string Named(const RootData& root) { return fmt::format("{} (root {})", Visible(root.name), root.id); }
+Sentence Named(const RootData& root) { return FillPattern("{} (root {})", Visible(root.name), root.id); }
 
 std::string NamedWithType(const RootData& root)
 {
     return fmt::format("{} (root {}, type {})", Visible(root.name), root.id, root.type);
 }
 
-Outcome OutcomeOf(const RootData& root, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const RootData& root, std::string_view outcome, Sentence sentence)
 {
     return {"document root", root.id, root.name, outcome, std::move(sentence)};
 }
@@ -133,7 +133,7 @@ Outcome OutcomeOf(const RootData& root, std::string_view outcome, std::string se
 /// All roots that an argument may mean.
 std::vector<RootData> FindAll(Documents& documents, const OneRoot& in)
 {
-    const std::optional<int> id = IdIn(in.root, "a document root");
+    const std::optional<int> id = IdIn(in.root, Translatable("a document root"));
     std::vector<RootData> found = documents.Roots(in.meantType);
     if (id) {
         std::erase_if(found, [&](const RootData& root) { return root.id != *id; });
@@ -148,7 +148,7 @@ RootData FindRoot(Documents& documents, const OneRoot& in)
     const std::vector<RootData> found = FindAll(documents, in);
     if (found.empty()) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no document root {}; `qvadmin docroot list` shows all", Quoted(in.root)));
+                    FillPattern("there is no document root {}; `qvadmin docroot list` shows all", Quoted(in.root)));
     }
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
@@ -167,7 +167,7 @@ void RequireFreeName(Documents& documents, const RootData& root)
     const auto isOther = [&](const RootData& other) { return SameName(other.name, root.name) && other.id != root.id; };
     if (std::ranges::any_of(documents.Roots(root.type), isOther)) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("the name {} is taken by a document root of type {}", Quoted(root.name), root.type));
+                    FillPattern("the name {} is taken by a document root of type {}", Quoted(root.name), root.type));
     }
     const std::string others = fmt::format("Col_Type = {} AND Col_ID <> {}", root.type, root.id);
     if (const auto other = FindConfused(documents.Connection(), "Tab_Doc_Root", root.name, others)) {
@@ -282,11 +282,11 @@ Result Set(Call& call, const RootToSet& in)
         RequireFreeName(documents, root);
     }
     if (root == stored) {
-        call.Report(OutcomeOf(stored, "unchanged", fmt::format("nothing to change in {}", Named(stored))));
+        call.Report(OutcomeOf(stored, "unchanged", FillPattern("nothing to change in {}", Named(stored))));
         return Unchanged();
     }
     documents.ChangeRoot(stored.id, changes);
-    call.Report(OutcomeOf(stored, "changed", fmt::format("changed {}", Named(stored))));
+    call.Report(OutcomeOf(stored, "changed", FillPattern("changed {}", Named(stored))));
     return {};
 }
 
@@ -311,14 +311,15 @@ Deletion PlanDeletion(Call& call, const RootToDelete& in)
         deletion.keys.erase(deletion.keys.begin() + 1, deletion.keys.end());
     }
     const std::size_t links = tree.CountLinks(deletion.keys);
-    deletion.subject = Named(root) + (deletion.keys.size() == 1 ? "" : " and " + Counted(folders, "folder"));
-    deletion.lines.push_back(
-        fmt::format("delete {}{}", deletion.subject, links == 0 ? "" : ", with " + Counted(links, "link")));
+    deletion.subject =
+        deletion.keys.size() == 1 ? Named(root) : FillPattern("{} and {}", Named(root), Counted(folders, "folder"));
+    deletion.lines.push_back(FillPattern("delete {}{}", deletion.subject,
+                                         links == 0 ? "" : FillPattern(", with {}", Counted(links, "link"))));
     if (!in.recursive && folders > 0) {
         deletion.lines.push_back(
-            fmt::format("{} will be in no document root; --recursive deletes these too", Counted(folders, "folder")));
+            FillPattern("{} will be in no document root; --recursive deletes these too", Counted(folders, "folder")));
     }
-    deletion.question = fmt::format("Delete {}?", deletion.subject);
+    deletion.question = FillPattern("Delete {}?", deletion.subject);
     deletion.removed = deletion.keys.size() + links;
     return deletion;
 }
@@ -327,7 +328,7 @@ Result Delete(Call& call, const RootToDelete& /*in*/, const Deletion& deletion)
 {
     Documents(call.Connection()).Delete(deletion.keys);
     call.Report({"document root", deletion.keys.front().id, deletion.rootName, "deleted",
-                 fmt::format("deleted {}", deletion.subject)});
+                 FillPattern("deleted {}", deletion.subject)});
     return {};
 }
 

@@ -68,8 +68,8 @@ void CheckNewName(std::string_view noun, const std::string& name)
     for (const std::string_view prefix : {"id:", "root:"}) {
         if (name.starts_with(prefix)) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("the {} name {} begins with {}, as only ids do; choose another name", noun,
-                                    Quoted(name), prefix));
+                        FillPattern("the {} name {} begins with {}, as only ids do; choose another name",
+                                    Sentence(noun), Quoted(name), prefix));
         }
     }
 }
@@ -78,7 +78,7 @@ ParentAndName SplitLastFolder(const std::string& path)
 {
     const FolderTree::PathParts parts = FolderTree::PartsOf(path);
     if (parts.names.size() < (parts.head ? 1U : 2U)) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is not a path of a folder; write /ROOT/FOLDER", Quoted(path)));
+        throw Error(ErrorCode::invalid, FillPattern("{} is not a path of a folder; write /ROOT/FOLDER", Quoted(path)));
     }
     const std::string& name = parts.names.back();
     return {path.substr(0, path.size() - PathEscaped(name).size() - 1), name};
@@ -195,7 +195,7 @@ std::string FolderTree::Listed(const std::vector<DocKey>& keys) const
 DocKey FolderTree::RequireFolder(DocKey key) const
 {
     if (key.kind != DocKind::folder) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is a document root, not a folder", Named(key)));
+        throw Error(ErrorCode::invalid, FillPattern("{} is a document root, not a folder", Named(key)));
     }
     return key;
 }
@@ -244,18 +244,18 @@ Placement FolderTree::FindPlacement(const std::string& argument, const std::opti
         const DocKey parent = FindPlace(*from);
         const std::vector<DocKey> parents = Keys(Find(folder)->parents);
         if (std::ranges::find(parents, parent) == parents.end()) {
-            throw Error(ErrorCode::notFound, fmt::format("{} is not directly under {}", Named(folder), Named(parent)));
+            throw Error(ErrorCode::notFound, FillPattern("{} is not directly under {}", Named(folder), Named(parent)));
         }
         return {parent, folder};
     }
     if (found.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("{} is in no place", Named(folder)));
+        throw Error(ErrorCode::conflict, FillPattern("{} is in no place", Named(folder)));
     }
     if (found.size() > 1) {
         std::vector<DocKey> parents;
         std::ranges::transform(found, std::back_inserter(parents), &Placement::parent);
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} is in several places; say with --from which of {} it is to leave", Named(folder),
+                    FillPattern("{} is in several places; say with --from which of {} it is to leave", Named(folder),
                                 Listed(parents)));
     }
     return found.front();
@@ -466,7 +466,7 @@ NewFolder Documents::CreateFolder(DocKey parent, const FolderData& folder)
     if (Number(m_conn, fmt::format("SELECT COUNT(*) FROM Tab_Doc_VFolder WHERE Col_ID = {} AND Col_Name = '{}'", id,
                                    item.m_strName.View())) == 0) {
         throw Error(ErrorCode::database,
-                    fmt::format("the database did not keep the name {} of the new folder as it is; "
+                    FillPattern("the database did not keep the name {} of the new folder as it is; "
                                 "nothing was changed",
                                 Quoted(folder.name)));
     }

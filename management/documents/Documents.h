@@ -91,7 +91,7 @@ struct DocPlace : HierarchyNode {
     int others = 0;          ///< links to objects other than folders, directly under it
     bool sharesName = false; ///< a root whose name another root has as well
 
-    static constexpr std::string_view kTop = "root";
+    static constexpr std::string_view kTop = Translatable("root");
     static constexpr std::string_view kPathHelp = "/ROOT/FOLDER, or id:17, or root:4";
     [[nodiscard]] static bool IsTop(DocKey key);
     [[nodiscard]] static DocKey KeyOf(bool isTop, int id);

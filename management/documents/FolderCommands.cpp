@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::string_view kFolderHelp = "/ROOT/FOLDER, or id:NUMBER";
 constexpr std::string_view kPlaceHelp = "/ROOT or /ROOT/FOLDER, or id:NUMBER of a folder, or root:NUMBER";
-constexpr std::string_view kNothingChanged = "nothing was changed";
+constexpr const char* kNothingChanged = Translatable("nothing was changed");
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
 
@@ -141,7 +141,7 @@ constexpr Column kStyleColumns[] = {{"style", Kind::number}};
 
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
-Outcome OutcomeOf(const FolderTree& tree, DocKey folder, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const FolderTree& tree, DocKey folder, std::string_view outcome, Sentence sentence)
 {
     return {"folder", folder.id, tree.PathOf(folder), outcome, std::move(sentence)};
 }
@@ -150,7 +150,7 @@ FolderData LoadFolder(Documents& documents, DocKey key)
 {
     const std::optional<FolderData> folder = documents.LoadFolder(key.id);
     if (!folder) {
-        throw Error(ErrorCode::notFound, fmt::format("the folder with id {} has just been deleted", key.id));
+        throw Error(ErrorCode::notFound, FillPattern("the folder with id {} has just been deleted", key.id));
     }
     return *folder;
 }
@@ -161,7 +161,7 @@ void RequireFreeName(const FolderTree& tree, Documents& documents, DocKey parent
     for (const DocKey other : tree.ChildrenNamed(parent, name)) {
         if (other != self) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("the name {} is taken by {}", Quoted(name), tree.Named(other)));
+                        FillPattern("the name {} is taken by {}", Quoted(name), tree.Named(other)));
         }
     }
     if (const auto other = documents.FindConfusedFolder(parent, name, self)) {
@@ -270,7 +270,7 @@ Result Create(Call& call, const NewFolderAt& in)
         key = {DocKind::folder, made.id};
         if (made.removedLinks > 0) {
             call.Report({"folder", made.id, name, "cleaned",
-                         fmt::format("removed {} to a folder deleted before, whose id {} the new one has",
+                         FillPattern("removed {} to a folder deleted before, whose id {} the new one has",
                                      Counted(static_cast<std::size_t>(made.removedLinks), "link"), made.id)});
         }
     }
@@ -288,7 +288,7 @@ Result Rename(Call& call, const FolderToRename& in)
         RequireFreeName(tree, documents, parent, in.name, key);
     }
     documents.RenameFolder(key.id, place.name, in.name);
-    call.Report(OutcomeOf(tree, key, "renamed", fmt::format("renamed {} to {}", tree.Named(key), Visible(in.name))));
+    call.Report(OutcomeOf(tree, key, "renamed", FillPattern("renamed {} to {}", tree.Named(key), Visible(in.name))));
     return {};
 }
 
@@ -298,7 +298,7 @@ Result SetStyle(Call& call, const FolderToStyle& in)
     const DocKey key = tree.FindFolder(in.folder);
     Documents documents(call.Connection());
     documents.SetFolderStyle(key.id, LoadFolder(documents, key).style, *in.style);
-    call.Report(OutcomeOf(tree, key, "changed", fmt::format("changed {}", tree.Named(key))));
+    call.Report(OutcomeOf(tree, key, "changed", FillPattern("changed {}", tree.Named(key))));
     return {};
 }
 
@@ -308,11 +308,11 @@ void AddPlace(const FolderTree& tree, Documents& documents, const Placement& pla
     const std::vector<DocKey> parents = tree.Keys(tree.Find(place.folder)->parents);
     if (std::ranges::find(parents, place.parent) != parents.end()) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} is directly under {} already", tree.Named(place.folder), tree.Named(place.parent)));
+                    FillPattern("{} is directly under {} already", tree.Named(place.folder), tree.Named(place.parent)));
     }
     const std::vector<DocKey> cycle = tree.CycleClosedBy(place);
     if (!cycle.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would be below itself: {}",
+        throw Error(ErrorCode::conflict, FillPattern("{} cannot go there, it would be below itself: {}",
                                                      tree.Named(place.folder), tree.CycleText(cycle)));
     }
     FolderData folder = LoadFolder(documents, place.folder);
@@ -330,7 +330,7 @@ Result Link(Call& call, const FolderToLink& in)
     const Placement place{tree.FindPlace(in.parent), tree.FindFolder(in.folder)};
     AddPlace(tree, documents, place);
     call.Report(OutcomeOf(tree, place.folder, "linked",
-                          fmt::format("{} is now under {} too", tree.Named(place.folder), tree.Named(place.parent))));
+                          FillPattern("{} is now under {} too", tree.Named(place.folder), tree.Named(place.parent))));
     return {};
 }
 
@@ -347,7 +347,7 @@ Result Move(Call& call, const FolderToMove& in)
         documents.RemoveLink(*from);
     }
     call.Report(OutcomeOf(tree, to.folder, "moved",
-                          fmt::format("{} is now under {}", tree.Named(to.folder), tree.Named(to.parent))));
+                          FillPattern("{} is now under {}", tree.Named(to.folder), tree.Named(to.parent))));
     return {};
 }
 
@@ -367,16 +367,16 @@ Unlinking PlanUnlinking(Call& call, const FolderToUnlink& in)
     Unlinking unlinking;
     unlinking.nothingDone = kNothingChanged;
     unlinking.place = tree.FindPlacement(in.folder, in.from);
-    const std::string folder = tree.Named(unlinking.place.folder);
-    const std::string parent = tree.Named(unlinking.place.parent);
+    const Sentence folder = tree.Named(unlinking.place.folder);
+    const Sentence parent = tree.Named(unlinking.place.parent);
     if (!tree.HangsWithout(unlinking.place)) {
         unlinking.lines.push_back(
-            fmt::format("{} would be in no document root; `qvadmin folder delete` deletes it", folder));
-        unlinking.question = fmt::format("Take {} from {} all the same?", folder, parent);
+            FillPattern("{} would be in no document root; `qvadmin folder delete` deletes it", folder));
+        unlinking.question = FillPattern("Take {} from {} all the same?", folder, parent);
         unlinking.removed = 1;
     }
     unlinking.outcome =
-        OutcomeOf(tree, unlinking.place.folder, "unlinked", fmt::format("{} is no longer under {}", folder, parent));
+        OutcomeOf(tree, unlinking.place.folder, "unlinked", FillPattern("{} is no longer under {}", folder, parent));
     return unlinking;
 }
 
@@ -403,7 +403,7 @@ Deletion PlanDeletion(Call& call, const FolderToDelete& in)
     const DocPlace& place = *tree.Find(deletion.folder);
     if (!in.recursive && (!place.children.empty() || place.others > 0)) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} holds {} and {}; add --recursive to delete it, and the folders, all the same",
+                    FillPattern("{} holds {} and {}; add --recursive to delete it, and the folders, all the same",
                                 tree.Named(deletion.folder), Counted(place.children.size(), "folder"),
                                 Counted(static_cast<std::size_t>(place.others), "other object")));
     }
@@ -411,10 +411,11 @@ Deletion PlanDeletion(Call& call, const FolderToDelete& in)
     deletion.keys = tree.OrphanedBy(deletion.folder);
     const std::size_t below = deletion.keys.size() - 1;
     const std::size_t links = tree.CountLinks(deletion.keys);
-    const std::string subject =
-        tree.Named(deletion.folder) + (below == 0 ? "" : " and " + Counted(below, "folder") + " below");
-    deletion.lines.push_back(fmt::format("delete {}{}", subject, links == 0 ? "" : ", with " + Counted(links, "link")));
-    deletion.question = fmt::format("Delete {}?", subject);
+    const Sentence named = tree.Named(deletion.folder);
+    const Sentence subject = below == 0 ? named : FillPattern("{} and {} below", named, Counted(below, "folder"));
+    deletion.lines.push_back(
+        FillPattern("delete {}{}", subject, links == 0 ? "" : FillPattern(", with {}", Counted(links, "link"))));
+    deletion.question = FillPattern("Delete {}?", subject);
     deletion.removed = deletion.keys.size() + links;
     return deletion;
 }
@@ -423,7 +424,7 @@ Result Delete(Call& call, const FolderToDelete& /*in*/, const Deletion& deletion
 {
     Documents(call.Connection()).Delete(deletion.keys);
     call.Report({"folder", deletion.folder.id, deletion.path, "deleted",
-                 fmt::format("deleted {}", Counted(deletion.keys.size(), "folder"))});
+                 FillPattern("deleted {}", Counted(deletion.keys.size(), "folder"))});
     return {};
 }
 

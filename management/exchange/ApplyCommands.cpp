@@ -194,7 +194,7 @@ void RequireFew(const ApplyRequest& in, const DirectoryLines& here, std::size_t 
     const std::size_t all = here.CountCovered(in.wanted);
     if (!in.limit.Allows(removals, all)) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} lacks {} of the {} that the directory has, and --max-removals allows {}; nothing "
+                    FillPattern("{} lacks {} of the {} that the directory has, and --max-removals allows {}; nothing "
                                 "was changed",
                                 Visible(in.name), removals, Counted(all, "line"), in.limit.Text()));
     }
@@ -207,7 +207,7 @@ void AddLines(ApplyPlan& plan)
         plan.lines.push_back(fmt::format("{} {}", WordsOf(step).verb, TextOf(step)));
     }
     if (plan.steps.size() > kMostShown) {
-        plan.lines.push_back(fmt::format("and {} more, which `qvadmin db diff` lists", plan.steps.size() - kMostShown));
+        plan.lines.push_back(FillPattern("and {} more, which `qvadmin db diff` lists", plan.steps.size() - kMostShown));
     }
 }
 
@@ -222,13 +222,13 @@ ApplyPlan PlanApply(Call& call, const ApplyRequest& in)
     RequireFew(in, *plan.here, plan.removed);
     AddLines(plan);
     if (const std::string along = plan.removed == 0 ? "" : GoingAlong(call, in, plan); !along.empty()) {
-        plan.lines.push_back(fmt::format("what is removed takes along {}", along));
+        plan.lines.push_back(FillPattern("what is removed takes along {}", along));
     }
-    if (const std::string left = plan.here->NotCompared(in.wanted, in.name); !left.empty()) {
+    if (const Sentence left = plan.here->NotCompared(in.wanted, in.name); !left.IsEmpty()) {
         plan.lines.push_back(left);
     }
     if (!plan.steps.empty()) {
-        plan.question = fmt::format("Apply {}: remove {}, change {} and add {}?", Visible(in.name), plan.removed,
+        plan.question = FillPattern("Apply {}: remove {}, change {} and add {}?", Visible(in.name), plan.removed,
                                     CountOf(plan.steps, Kind::differs), CountOf(plan.steps, Kind::onlyThere));
     }
     return plan;
@@ -275,17 +275,17 @@ void RequireApplied(Call& call, const ApplyRequest& in)
     }
     const DirectoryDifference& first = left.front();
     throw Error(ErrorCode::conflict,
-                fmt::format("{} cannot be applied: the {} {} would still {}; nothing was changed", Visible(in.name),
+                FillPattern("{} cannot be applied: the {} {} would still {}; nothing was changed", Visible(in.name),
                             first.noun->name, Visible(first.name),
-                            first.kind == Kind::onlyHere    ? "be there"
-                            : first.kind == Kind::onlyThere ? "be missing"
-                                                            : fmt::format("have another {}", first.member)));
+                            first.kind == Kind::onlyHere    ? Sentence(Translatable("be there"))
+                            : first.kind == Kind::onlyThere ? Sentence(Translatable("be missing"))
+                                                            : FillPattern("have another {}", first.member)));
 }
 
 Result Apply(Call& call, const ApplyRequest& in, const ApplyPlan& plan)
 {
     if (plan.steps.empty()) {
-        call.Report({"directory", 0, "", "unchanged", fmt::format("the directory is as {} says", Visible(in.name))});
+        call.Report({"directory", 0, "", "unchanged", FillPattern("the directory is as {} says", Visible(in.name))});
         return Unchanged();
     }
     Remove(call, in, plan);
@@ -309,13 +309,13 @@ Result Run(Call& call, const ArgumentSource& source)
     return RunPlanned<&PlanApply, &Apply>(call, request);
 }
 
-std::string Notes()
+Sentence Notes()
 {
-    return "The file is the whole: what it does not have is removed, what differs gets its values, what is only in\n"
+    return Translatable("The file is the whole: what it does not have is removed, what differs gets its values, what is only in\n"
            "it is added; all of it, as `qvadmin db diff FILE` lists it, or nothing. Left alone is what the file is\n"
            "not about: members that its lines do not have (passwords without --with-passwords), kinds of lines that\n"
            "it has none of, and, where it was exported with --in or --nouns, all that is not of this part; people\n"
-           "who are not in a part leave its groups and are not removed.\n";
+           "who are not in a part leave its groups and are not removed.\n");
 }
 
 constexpr Command kCommands[] = {

@@ -185,13 +185,13 @@ DirectoryLines DirectoryLines::Of(LineReader& reader)
     lines.m_nouns.insert(lines.m_scope.nouns.begin(), lines.m_scope.nouns.end());
     while (std::optional<ExportedLine> line = reader.Next()) {
         if (!line->problem.empty()) {
-            throw Error(ErrorCode::invalid, fmt::format("{}:{}: {}", reader.Name(), line->number, line->problem));
+            throw Error(ErrorCode::invalid, FillPattern("{}:{}: {}", reader.Name(), line->number, line->problem));
         }
         lines.m_nouns.insert(line->noun);
         lines.Add(std::move(*line));
     }
     if (reader.Failed()) {
-        throw Error(ErrorCode::failed, fmt::format("{} cannot be read", reader.Name()));
+        throw Error(ErrorCode::failed, FillPattern("{} cannot be read", reader.Name()));
     }
     return lines;
 }
@@ -237,7 +237,7 @@ std::size_t DirectoryLines::CountCovered(const DirectoryLines& file) const
     return count;
 }
 
-std::string DirectoryLines::NotCompared(const DirectoryLines& file, std::string_view name) const
+Sentence DirectoryLines::NotCompared(const DirectoryLines& file, std::string_view name) const
 {
     std::map<std::ptrdiff_t, std::size_t> counts;
     for (const auto& [key, lines] : m_lines) {
@@ -252,7 +252,7 @@ std::string DirectoryLines::NotCompared(const DirectoryLines& file, std::string_
         const Noun& kind = Nouns()[static_cast<std::size_t>(noun)];
         list += fmt::format("{}{} {}", list.empty() ? "" : ", ", count, count == 1 ? kind.name : kind.plural);
     }
-    return list.empty() ? "" : fmt::format("left alone, since {} has no line of that kind: {}", Visible(name), list);
+    return list.empty() ? Sentence() : FillPattern("left alone, since {} has no line of that kind: {}", Visible(name), list);
 }
 
 const std::vector<ExportedLine>& DirectoryLines::LinesAbout(const ExportedLine& line) const

@@ -34,7 +34,7 @@ public:
     [[nodiscard]] std::size_t CountCovered(const DirectoryLines& file) const;
     /// What a directory has and is not compared, since a file has no line of that noun, in a sentence; empty where
     /// there is nothing, and for a file that says which nouns it has. @param name  of the file.
-    [[nodiscard]] std::string NotCompared(const DirectoryLines& file, std::string_view name) const;
+    [[nodiscard]] Sentence NotCompared(const DirectoryLines& file, std::string_view name) const;
     /// All lines of a file about what one of its lines is about.
     [[nodiscard]] const std::vector<ExportedLine>& LinesAbout(const ExportedLine& line) const;
 

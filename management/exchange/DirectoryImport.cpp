@@ -295,7 +295,7 @@ void ImportLines(Call& call, LineSource& lines, const ImportSource& source, cons
     try {
         Importer(call, options, lines, report, std::nullopt).Run(source.rows);
     } catch (const DatabaseError& e) {
-        throw Error(ErrorCode::database, fmt::format("stopped: {}", e.what()));
+        throw Error(ErrorCode::database, FillPattern("stopped: {}", e.Why()));
     }
     noteIfCutShort();
 }

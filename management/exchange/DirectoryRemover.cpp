@@ -57,7 +57,7 @@ void DirectoryRemover::RemoveBlock(std::span<const ExportedLine> lines)
     for (const MatchedLine& line : matched) {
         if (!line.problem.empty() || line.row == nullptr) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("the {} {} cannot be removed{}{}; nothing was changed", noun.name,
+                        FillPattern("the {} {} cannot be removed{}{}; nothing was changed", noun.name,
                                     Visible(line.name), line.problem.empty() ? "" : ": ", line.problem));
         }
     }
@@ -88,7 +88,7 @@ void DirectoryRemover::RemoveUser(const MatchedLine& line)
     const UserKey key = {line.row->id, line.name};
     if (!m_options.allowPrivileges && (IsOn(*line.row, "super") || IsOn(*line.row, "system"))) {
         throw Error(ErrorCode::isProtected,
-                    fmt::format("{} is a super or system user, whose removal needs --allow-privileges; nothing was "
+                    FillPattern("{} is a super or system user, whose removal needs --allow-privileges; nothing was "
                                 "changed",
                                 Named(key)));
     }

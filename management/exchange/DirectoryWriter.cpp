@@ -71,7 +71,7 @@ template <class Cycle, class Tree>
 void ThrowIfCycle(const Cycle& cycle, const Tree& tree)
 {
     if (!cycle.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("this would close a cycle: {}", tree.CycleText(cycle)));
+        throw Error(ErrorCode::conflict, FillPattern("this would close a cycle: {}", tree.CycleText(cycle)));
     }
 }
 
@@ -335,7 +335,7 @@ void DirectoryWriter::RequireParents(std::vector<MatchedLine>& lines)
             if (parent && !coming.contains(NameKey(*parent))) {
                 const auto present = ParentOf(*parent);
                 if (!present) {
-                    throw Error(ErrorCode::notFound, fmt::format("there is no {}", Quoted(*parent)));
+                    throw Error(ErrorCode::notFound, FillPattern("there is no {}", Quoted(*parent)));
                 }
                 RequireFreeChild(*present, *wanted);
             }

@@ -289,7 +289,7 @@ void RequireNouns(const std::vector<std::string>& nouns)
             std::vector<std::string_view> known;
             std::ranges::transform(Nouns(), std::back_inserter(known), &Noun::plural);
             throw Error(ErrorCode::invalid,
-                        fmt::format("{} is nothing that can be exported; there are {}", noun, fmt::join(known, ", ")));
+                        FillPattern("{} is nothing that can be exported; there are {}", noun, fmt::join(known, ", ")));
         }
     }
 }

@@ -22,7 +22,7 @@ constexpr std::string_view kCountMark = "\\#";
 [[noreturn]] void ThrowNoName(const std::string& text)
 {
     throw Error(ErrorCode::invalid,
-                fmt::format("{} is not a name as an export has them: a backslash precedes /, \\, @ or #, and no name "
+                FillPattern("{} is not a name as an export has them: a backslash precedes /, \\, @ or #, and no name "
                             "is empty",
                             Quoted(text)));
 }
@@ -254,7 +254,7 @@ std::optional<int> ItemNames::Find(MemberKind kind, const std::string& name) con
     }
     if (folded->second.size() > 1) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} may be {} or {}, which differ in case only", Quoted(name),
+                    FillPattern("{} may be {} or {}, which differ in case only", Quoted(name),
                                 Quoted(*NameOf(kind, folded->second[0])), Quoted(*NameOf(kind, folded->second[1]))));
     }
     return folded->second.front();

@@ -100,7 +100,7 @@ public:
 private:
     [[noreturn]] void Fail() const
     {
-        throw Error(ErrorCode::invalid, fmt::format("{} is not a distinguished name", Quoted(m_dn)));
+        throw Error(ErrorCode::invalid, FillPattern("{} is not a distinguished name", Quoted(m_dn)));
     }
 
     RelativeName ReadName()

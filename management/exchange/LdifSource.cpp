@@ -155,7 +155,7 @@ void LdifSource::TakeEntry(const LdifEntry& entry)
 void LdifSource::TakeUnit(const LdifEntry& entry, Class kind, const std::vector<RelativeName>& dn)
 {
     if (kind == Class::person && LoginOf(entry).empty()) {
-        throw Error(ErrorCode::invalid, fmt::format("{} has no uid to log in with", Visible(entry.dn)));
+        throw Error(ErrorCode::invalid, FillPattern("{} has no uid to log in with", Visible(entry.dn)));
     }
     const bool isGroup = kind == Class::group && m_options.groupsAsGroups;
     if (kind == Class::group && !isGroup) {
@@ -166,7 +166,7 @@ void LdifSource::TakeUnit(const LdifEntry& entry, Class kind, const std::vector<
         names.push_back(dn.front().value);
     }
     if (isGroup && names.size() < 2) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is in no unit; name a view with --view", Visible(entry.dn)));
+        throw Error(ErrorCode::invalid, FillPattern("{} is in no unit; name a view with --view", Visible(entry.dn)));
     }
     NoteUnits(names, entry.line);
     if (!names.empty() && (isGroup || kind == Class::unit)) {
@@ -278,7 +278,7 @@ void LdifSource::TakeMember(const LdifEntry& entry, const std::string& dn, const
         const std::vector<RelativeName> member = ParseDn(dn);
         const auto known = m_logins.find(KeyOf(member));
         if (known == m_logins.end() && member.front().attribute != "uid") {
-            throw Error(ErrorCode::notFound, fmt::format("{} is not a person of the file", Visible(dn)));
+            throw Error(ErrorCode::notFound, FillPattern("{} is not a person of the file", Visible(dn)));
         }
         AddMember(entry.line, known == m_logins.end() ? member.front().value : known->second,
                   m_options.groupsAsGroups ? "group" : "role", holder);

@@ -32,10 +32,10 @@ void LineReader::RequireHead()
     };
     if (!is("format", TextValue("qvadmin directory"))) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is not an exported directory: its first line is not {}", m_name, kExportHead));
+                    FillPattern("{} is not an exported directory: its first line is not {}", m_name, kExportHead));
     }
     if (!is("version", std::int64_t{1})) {
-        throw Error(ErrorCode::invalid, fmt::format("{} was exported by a later qvadmin", m_name));
+        throw Error(ErrorCode::invalid, FillPattern("{} was exported by a later qvadmin", m_name));
     }
     TakeScope(head);
 }
@@ -106,14 +106,14 @@ ExportedLine ParseExportedLine(const std::string& text, long number)
         const auto* name = noun == line.object.end() ? nullptr : std::get_if<TextValue>(&noun->value);
         line.noun = name == nullptr ? nullptr : FindNoun(*name);
         if (line.noun == nullptr) {
-            throw Error(ErrorCode::invalid, name == nullptr ? std::string("the line has no noun")
-                                                            : fmt::format("there is no noun {}", Quoted(*name)));
+            throw Error(ErrorCode::invalid, name == nullptr ? Sentence(Translatable("the line has no noun"))
+                                                            : FillPattern("there is no noun {}", Quoted(*name)));
         }
         line.object.erase(noun);
         for (const JsonMember& member : line.object) {
             const auto* value = std::get_if<TextValue>(&member.value);
             if (value != nullptr && value->find('\0') != std::string::npos) {
-                throw Error(ErrorCode::invalid, fmt::format("{} holds a NUL byte", member.name));
+                throw Error(ErrorCode::invalid, FillPattern("{} holds a NUL byte", member.name));
             }
         }
     } catch (const Error& e) {

@@ -32,7 +32,7 @@ const std::string& TextOf(const JsonMember& given)
 {
     const auto* text = std::get_if<TextValue>(&given.value);
     if (text == nullptr) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is not a text", given.name));
+        throw Error(ErrorCode::invalid, FillPattern("{} is not a text", given.name));
     }
     return *text;
 }
@@ -50,7 +50,7 @@ Stored PlainValue(const LineMember& member, const JsonMember& given)
     }
     const auto* number = std::get_if<std::int64_t>(&given.value);
     if (number == nullptr) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is not a whole number", given.name));
+        throw Error(ErrorCode::invalid, FillPattern("{} is not a whole number", given.name));
     }
     return std::to_string(*number);
 }
@@ -70,7 +70,7 @@ std::pair<MemberKind, int> TypeOf(const LineMember& member, const JsonMember& gi
          {"view", {MemberKind::view, kItemTypeView}}}};
     const auto* found = std::ranges::find(kTypes, std::string_view(given.part), &decltype(kTypes)::value_type::first);
     if (found == kTypes.end()) {
-        throw Error(ErrorCode::invalid, fmt::format("{} has none of user, group, role and view", given.name));
+        throw Error(ErrorCode::invalid, FillPattern("{} has none of user, group, role and view", given.name));
     }
     return found->second;
 }
@@ -81,12 +81,12 @@ void RequireKeys(const Noun& noun, const ResolvedLine& resolved)
         const auto value = resolved.values.find(member.column);
         const bool hasType = member.typeColumn.empty() || resolved.values.contains(member.typeColumn);
         if (value == resolved.values.end() || !hasType) {
-            throw Error(ErrorCode::invalid, fmt::format("the line has no {}", member.name));
+            throw Error(ErrorCode::invalid, FillPattern("the line has no {}", member.name));
         }
     }
     const auto first = resolved.values.find(noun.members.front().column);
     if (first->second.value_or("").empty()) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is empty", noun.members.front().name));
+        throw Error(ErrorCode::invalid, FillPattern("{} is empty", noun.members.front().name));
     }
 }
 
@@ -133,7 +133,7 @@ void LineResolver::Take(ResolvedLine& resolved, const Noun& noun, const JsonMemb
 {
     const auto member = std::ranges::find(noun.members, given.name, &LineMember::name);
     if (member == noun.members.end()) {
-        throw Error(ErrorCode::invalid, fmt::format("a {} has no member {}", noun.name, Quoted(given.name)));
+        throw Error(ErrorCode::invalid, FillPattern("a {} has no member {}", noun.name, Quoted(given.name)));
     }
     if (static_cast<std::size_t>(member - noun.members.begin()) < noun.keys) {
         NameBy(resolved, given.value);
@@ -145,7 +145,7 @@ void LineResolver::Take(ResolvedLine& resolved, const Noun& noun, const JsonMemb
         TakeReference(resolved, *member, given);
     } else {
         if (!given.part.empty()) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is an object", given.name));
+            throw Error(ErrorCode::invalid, FillPattern("{} is an object", given.name));
         }
         resolved.values[member->column] = PlainValue(*member, given);
     }
@@ -162,7 +162,7 @@ void LineResolver::TakeReference(ResolvedLine& resolved, const LineMember& membe
         const auto* number = std::get_if<std::int64_t>(&given.value);
         const bool isInRange = number != nullptr && *number >= 0 && *number <= std::numeric_limits<int>::max();
         if (!isInRange || (given.part != "class" && given.part != "id")) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is neither a folder nor a class and an id", given.name));
+            throw Error(ErrorCode::invalid, FillPattern("{} is neither a folder nor a class and an id", given.name));
         }
         resolved.values[given.part == "class" ? member.typeColumn : member.column] = std::to_string(*number);
         return;
@@ -179,12 +179,12 @@ int LineResolver::FindUser(const std::string& login) const
 {
     const std::span<const UserBlock::User> users = m_users.Find(NameKey(login));
     if (users.empty()) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no user {}", Quoted(login)));
+        throw Error(ErrorCode::notFound, FillPattern("there is no user {}", Quoted(login)));
     }
     const auto exact =
         std::ranges::find_if(users, [&](const UserBlock::User& user) { return user.key.login == login; });
     if (exact == users.end() && users.size() > 1) {
-        throw Error(ErrorCode::conflict, fmt::format("{} may be {} or {}, which differ in case only", Quoted(login),
+        throw Error(ErrorCode::conflict, FillPattern("{} may be {} or {}, which differ in case only", Quoted(login),
                                                      Named(users[0].key), Named(users[1].key)));
     }
     return exact == users.end() ? users.front().key.id : exact->key.id;
@@ -196,7 +196,7 @@ int LineResolver::FindItem(MemberKind kind, const std::string& name) const
     if (!id) {
         constexpr std::array<std::string_view, 6> kNames = {"view", "group", "role", "plan", "document root", "folder"};
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no {} {}",
+                    FillPattern("there is no {} {}",
                                 kNames.at(static_cast<std::size_t>(kind) - static_cast<std::size_t>(MemberKind::view)),
                                 Quoted(name)));
     }

@@ -67,7 +67,7 @@ DateFormat::DateFormat(std::string form) : m_form(std::move(form))
     });
     if (!m_form.empty() && !isWhole) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is not a form of dates; write DD, MM and YYYY, each once, such as DD.MM.YYYY",
+                    FillPattern("{} is not a form of dates; write DD, MM and YYYY, each once, such as DD.MM.YYYY",
                                 Quoted(m_form)));
     }
 }
@@ -79,7 +79,7 @@ std::string DateFormat::Converted(const Field& field, const std::string& text) c
     }
     std::optional<Parts> parts = PartsOf(text, m_form);
     if (!parts) {
-        throw Error(ErrorCode::invalid, fmt::format("{} {} is not a date ({})", field.name, Quoted(text), m_form));
+        throw Error(ErrorCode::invalid, FillPattern("{} {} is not a date ({})", field.name, Quoted(text), m_form));
     }
     return fmt::format("{:04}-{:02}-{:02}", (*parts)['Y'], (*parts)['M'], (*parts)['D']);
 }

@@ -25,7 +25,7 @@ DecodingBuffer::Converter DecodingBuffer::Open(const std::string& encoding)
     Converter converter(encoding.empty() ? nullptr : ucnv_open(encoding.c_str(), &error));
     if (!converter || U_FAILURE(error) != 0) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("there is no encoding {}; common ones are utf-8, utf-16, windows-1252, "
+                    FillPattern("there is no encoding {}; common ones are utf-8, utf-16, windows-1252, "
                                 "iso-8859-15, gb18030, shift_jis and koi8-r",
                                 Quoted(encoding)));
     }
@@ -86,7 +86,7 @@ void DecodingBuffer::ThrowUnreadable() const
 {
     throw Error(
         ErrorCode::invalid,
-        fmt::format("the file holds bytes that are not text of the encoding {}; name another one with --encoding",
+        FillPattern("the file holds bytes that are not text of the encoding {}; name another one with --encoding",
                     m_encoding));
 }
 

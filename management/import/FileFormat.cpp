@@ -40,7 +40,7 @@ constexpr Signature kSignatures[] = {
     {"%PDF-"sv, "a PDF document", "import the table that it was made of"},
 };
 
-std::string Sentence(std::string_view what, std::string_view advice, const std::string& name)
+std::string Refusal(std::string_view what, std::string_view advice, const std::string& name)
 {
     return fmt::format(
         "{} is {}; {}", Visible(name), what,
@@ -66,12 +66,12 @@ std::string ArchiveSentence(std::string_view beginning, const std::string& name)
 {
     const auto holds = [beginning](std::string_view part) { return beginning.find(part) != std::string_view::npos; };
     if (holds("[Content_Types].xml") || holds("xl/") || holds("docProps/")) {
-        return Sentence("an Excel workbook (XLSX)", kFromOffice, name);
+        return Refusal("an Excel workbook (XLSX)", kFromOffice, name);
     }
     if (holds("application/vnd.oasis.opendocument")) {
-        return Sentence("an OpenDocument file", kFromOffice, name);
+        return Refusal("an OpenDocument file", kFromOffice, name);
     }
-    return Sentence("a ZIP archive", "unpack it with `unzip {0}`", name);
+    return Refusal("a ZIP archive", "unpack it with `unzip {0}`", name);
 }
 
 bool IsJson(std::string_view text)
@@ -124,7 +124,7 @@ public:
             return {};
         }
         return m_isWindows ? OtherFile{"windows-1252", ""}
-                           : OtherFile{"", Sentence("not UTF-8", "name its encoding with --encoding", name)};
+                           : OtherFile{"", Refusal("not UTF-8", "name its encoding with --encoding", name)};
     }
 
 private:
@@ -145,7 +145,7 @@ OtherFile GuessFormat(std::string_view beginning, const std::string& name)
     const auto* known = std::ranges::find_if(
         kSignatures, [beginning](const Signature& signature) { return beginning.starts_with(signature.bytes); });
     if (known != std::end(kSignatures)) {
-        return {"", Sentence(known->name, known->advice, name)};
+        return {"", Refusal(known->name, known->advice, name)};
     }
     if (beginning.starts_with("PK\x03\x04")) {
         return {"", ArchiveSentence(beginning, name)};
@@ -156,14 +156,14 @@ OtherFile GuessFormat(std::string_view beginning, const std::string& name)
     }
     if (IsJson(beginning)) {
         return {"",
-                Sentence("JSON",
-                         "convert it with `jq -r '(.[0] | keys_unsorted) as $names | $names, (.[] | [.[$names[]]]) | "
-                         "@csv' {0} >{0}.csv`",
-                         name)};
+                Refusal("JSON",
+                        "convert it with `jq -r '(.[0] | keys_unsorted) as $names | $names, (.[] | [.[$names[]]]) | "
+                        "@csv' {0} >{0}.csv`",
+                        name)};
     }
     if (HasCarriageReturnsOnly(beginning)) {
-        return {"", Sentence("a text whose lines end with carriage returns",
-                             "convert it with `tr '\\r' '\\n' <{0} >{0}.csv`", name)};
+        return {"", Refusal("a text whose lines end with carriage returns",
+                            "convert it with `tr '\\r' '\\n' <{0} >{0}.csv`", name)};
     }
     LetterCount letters;
     // The last character may be cut off.

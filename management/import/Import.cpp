@@ -97,7 +97,7 @@ private:
             return std::nullopt;
         }
         if (!m_header.Has(DepartmentField())) {
-            throw Error(ErrorCode::invalid, fmt::format("{} has no column {}, which --departments needs", m_source.name,
+            throw Error(ErrorCode::invalid, FillPattern("{} has no column {}, which --departments needs", m_source.name,
                                                         DepartmentField().name));
         }
         return std::optional<Departments>(
@@ -406,7 +406,7 @@ private:
         const auto found = std::ranges::find(users, user, &UserBlock::User::key);
         if (found == users.end()) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("{} was changed by another program in the meantime", Named(user)));
+                        FillPattern("{} was changed by another program in the meantime", Named(user)));
         }
         return *found;
     }
@@ -443,7 +443,7 @@ private:
     void RequireLengths(const ImportRow& row) const
     {
         const std::string login = TooLongLogin(row);
-        const std::string problem = login.empty() ? TooLong(m_lengths, row.values) : login;
+        const std::string problem = login.empty() ? TooLong(m_lengths, row.values).English() : login;
         if (!problem.empty()) {
             throw Error(ErrorCode::invalid, problem);
         }
@@ -462,7 +462,7 @@ private:
         const std::vector<ItemKey> groups = DepartmentGroups(*m_organisation, m_roles, user.key.id, user.stored);
         if (!groups.empty()) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("the department changes, and {} would stay a member of {}; give "
+                        FillPattern("the department changes, and {} would stay a member of {}; give "
                                     "--departments VIEW, and both change",
                                     Visible(user.key.login), m_organisation->Named(groups.front())));
         }
@@ -604,7 +604,7 @@ void ImportUsers(Call& call, const ImportSource& source, const ImportOptions& op
     try {
         importer.Run();
     } catch (const DatabaseError& e) {
-        throw Error(ErrorCode::database, fmt::format("stopped: {}", e.what()));
+        throw Error(ErrorCode::database, FillPattern("stopped: {}", e.Why()));
     }
     noteIfCutShort();
 }

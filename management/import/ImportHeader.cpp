@@ -53,10 +53,10 @@ ImportHeader::ImportHeader(const std::optional<CsvRecord>& record, const std::st
     : m_options(options), m_dates(options.dateFormat)
 {
     if (!record) {
-        throw Error(ErrorCode::invalid, fmt::format("{} has no header row to name its columns", file));
+        throw Error(ErrorCode::invalid, FillPattern("{} has no header row to name its columns", file));
     }
     if (!record->problem.empty()) {
-        throw Error(ErrorCode::invalid, fmt::format("the header of {} cannot be read: {}", file, record->problem));
+        throw Error(ErrorCode::invalid, FillPattern("the header of {} cannot be read: {}", file, record->problem));
     }
     for (const std::string& name : record->fields) {
         Add(Trimmed(name), file);
@@ -64,11 +64,11 @@ ImportHeader::ImportHeader(const std::optional<CsvRecord>& record, const std::st
     for (const auto& [name, column] : options.names) {
         if (!m_mapped.contains(NameKey(name))) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("{} has no column {} that --map could rename to {}", file, Quoted(name), column));
+                        FillPattern("{} has no column {} that --map could rename to {}", file, Quoted(name), column));
         }
     }
     if (!Has(LoginField())) {
-        throw Error(ErrorCode::invalid, fmt::format("{} has no column login; known columns are {}", file,
+        throw Error(ErrorCode::invalid, FillPattern("{} has no column login; known columns are {}", file,
                                                     fmt::join(ImportColumns(), ", ")));
     }
 }
@@ -86,7 +86,7 @@ ImportRow ImportHeader::Read(const CsvRecord& record) const
     }
     if (record.fields.size() != m_columns.size()) {
         row.problem =
-            fmt::format("{} where the header has {}", Counted(record.fields.size(), "value"), m_columns.size());
+            FillPattern("{} where the header has {}", Counted(record.fields.size(), "value"), m_columns.size());
     }
     return row;
 }
@@ -116,12 +116,12 @@ void ImportHeader::Add(const std::string& name, const std::string& file)
         }
         const bool otherSeparator = name.find_first_of(";\t") != std::string::npos;
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} has an unknown column {}{}; known columns are {}", file, Quoted(Renamed(name)),
+                    FillPattern("{} has an unknown column {}{}; known columns are {}", file, Quoted(Renamed(name)),
                                 otherSeparator ? " (values must be separated by commas, or give --delimiter)" : "",
                                 fmt::join(ImportColumns(), ", ")));
     }
     if (Has(*field)) {
-        throw Error(ErrorCode::invalid, fmt::format("{} has the column {} twice", file, field->name));
+        throw Error(ErrorCode::invalid, FillPattern("{} has the column {} twice", file, field->name));
     }
     m_columns.push_back(field);
 }
@@ -181,7 +181,7 @@ std::size_t ReadLogins(const ImportSource& source, const ColumnOptions& columns,
         }
     }
     if (reader.Failed()) {
-        throw Error(ErrorCode::failed, fmt::format("{} cannot be read; nothing was imported", source.name));
+        throw Error(ErrorCode::failed, FillPattern("{} cannot be read; nothing was imported", source.name));
     }
     return unreadable;
 }

@@ -26,7 +26,7 @@ struct NameHead {
 
 [[noreturn]] void ThrowFailed()
 {
-    throw Error(ErrorCode::failed, fmt::format("the login names of the file cannot be kept in a temporary file: {}",
+    throw Error(ErrorCode::failed, FillPattern("the login names of the file cannot be kept in a temporary file: {}",
                                                std::strerror(errno)));
 }
 

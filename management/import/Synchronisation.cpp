@@ -72,7 +72,7 @@ Synchronisation::Synchronisation(Call& call, const ImportSource& source, const C
     const Organisation organisation(call.Connection());
     const std::set<ItemKey> scope = ItemsOfScope(organisation, m_options.scope);
     if (m_options.action == LeaverAction::move && scope.contains(organisation.FindGroup(m_options.target))) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is in the scope {} itself; nothing was imported",
+        throw Error(ErrorCode::invalid, FillPattern("{} is in the scope {} itself; nothing was imported",
                                                     Visible(m_options.target), Visible(m_options.scope)));
     }
     m_report.unreadable = ReadLogins(source, columns, m_logins);
@@ -120,7 +120,7 @@ void Synchronisation::RequireFew() const
 {
     if (!m_options.limit.Allows(m_leavers.size(), m_report.people)) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} of {} in {} are not in the file, and --max-leavers allows {}; nothing was imported",
+                    FillPattern("{} of {} in {} are not in the file, and --max-leavers allows {}; nothing was imported",
                                 m_leavers.size(), Counted(m_report.people, "user"), Visible(m_options.scope),
                                 m_options.limit.Text()));
     }
@@ -172,7 +172,7 @@ void Synchronisation::Deal(Call& call, const Leaver& leaver)
 {
     if (leaver.isPrivileged && !m_options.allowPrivileges) {
         throw Error(ErrorCode::isProtected,
-                    fmt::format("{} has left and is a super or system user, which needs --allow-privileges",
+                    FillPattern("{} has left and is a super or system user, which needs --allow-privileges",
                                 Named(leaver.key)));
     }
     switch (m_options.action) {

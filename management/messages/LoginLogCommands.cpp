@@ -40,11 +40,12 @@ std::vector<int> FindEntries(LoginLog& log, const std::vector<std::string>& argu
         const auto id = static_cast<int>(binding::ReadNumber(kDeleteParams[0].name, argument, {}, binding::kInt));
         if (!log.Has(id)) {
             throw Error(ErrorCode::notFound,
-                        fmt::format("there is no entry {} in the login log; nothing was deleted", id));
+                        FillPattern("there is no entry {} in the login log; nothing was deleted", id));
         }
         return id;
     };
-    return FindEach(arguments, "entries in the login log", "nothing was deleted", find, std::identity());
+    return FindEach(arguments, Translatable("entries in the login log"), Translatable("nothing was deleted"), find,
+                    std::identity());
 }
 
 struct Deletion : Plan {
@@ -54,9 +55,9 @@ struct Deletion : Plan {
 };
 
 /// "2 entries of the login log".
-std::string Described(const Deletion& deletion)
+Sentence Described(const Deletion& deletion)
 {
-    return fmt::format("{} of the login log", Counted(deletion.ids.size(), "entry"));
+    return FillPattern("{} of the login log", Counted(deletion.ids.size(), "entry"));
 }
 
 Deletion PlanDeletion(Call& call, const SeveralEntries& in)
@@ -64,7 +65,7 @@ Deletion PlanDeletion(Call& call, const SeveralEntries& in)
     LoginLog log(call.Connection());
     Deletion deletion;
     deletion.ids = FindEntries(log, in.ids);
-    deletion.question = fmt::format("Delete {}?", Described(deletion));
+    deletion.question = FillPattern("Delete {}?", Described(deletion));
     deletion.removed = deletion.ids.size();
     return deletion;
 }
@@ -75,8 +76,8 @@ Result Delete(Call& call, const SeveralEntries& /*in*/, const Deletion& deletion
     for (const int id : deletion.ids) {
         log.Delete(id);
     }
-    const std::string deleted = Described(deletion);
-    call.Report({"loginlog", 0, deleted, "deleted", "deleted " + deleted});
+    const Sentence deleted = Described(deletion);
+    call.Report({"loginlog", 0, deleted, "deleted", FillPattern("deleted {}", deleted)});
     return {};
 }
 

@@ -38,21 +38,22 @@ constexpr Column kStatsColumns[] = {{"messages", Kind::number},
                                     {"oldest", Kind::date},
                                     {"newest", Kind::date}};
 
-std::string Counted(std::int64_t count, std::string_view noun)
+Sentence Counted(std::int64_t count, std::string_view noun)
 {
     return management::Counted(static_cast<std::size_t>(count), noun);
 }
 
-std::string Described(const MessageCounts& counts)
+Sentence Described(const MessageCounts& counts)
 {
-    return fmt::format("{}, {}, {}", Counted(counts.messages, "message"), Counted(counts.attachments, "attachment"),
-                       Counted(counts.receipts, "receipt"));
+    return Joined({Counted(counts.messages, "message"), Counted(counts.attachments, "attachment"),
+                   Counted(counts.receipts, "receipt")},
+                  ", ");
 }
 
-std::string Described(const OrphanCounts& counts)
+Sentence Described(const OrphanCounts& counts)
 {
-    return fmt::format("{}, {}", Counted(counts.attachments, "orphaned attachment"),
-                       Counted(counts.receipts, "orphaned receipt"));
+    return Joined({Counted(counts.attachments, "orphaned attachment"), Counted(counts.receipts, "orphaned receipt")},
+                  ", ");
 }
 
 // ---- Reading --------------------------------------------------------------------------------------------------------
@@ -112,8 +113,8 @@ PurgePlan PlanPurge(Call& call, const Purge& in)
     plan.before = BoundaryOf(in);
     plan.counts = Messages(call.Connection()).CountBefore(plan.before);
     if (plan.counts.messages != 0) {
-        plan.lines.push_back(fmt::format("delete {}", Described(plan.counts)));
-        plan.question = fmt::format("Delete {} from before {}?", Counted(plan.counts.messages, "message"), plan.before);
+        plan.lines.push_back(FillPattern("delete {}", Described(plan.counts)));
+        plan.question = FillPattern("Delete {} from before {}?", Counted(plan.counts.messages, "message"), plan.before);
         plan.removed = static_cast<std::size_t>(plan.counts.messages + plan.counts.attachments + plan.counts.receipts);
     }
     return plan;
@@ -140,10 +141,10 @@ public:
         try {
             DeleteSlices();
         } catch (const DatabaseError& e) {
-            throw Error(ErrorCode::database, fmt::format("stopped: {}; {}", e.what(), Summary()));
+            throw Error(ErrorCode::database, FillPattern("stopped: {}; {}", e.Why(), Summary()));
         }
         if (m_next < m_slices.size()) {
-            throw Error(ErrorCode::failed, "stopped; " + Summary());
+            throw Error(ErrorCode::failed, FillPattern("stopped; {}", Summary()));
         }
         return m_deleted;
     }
@@ -165,9 +166,9 @@ private:
         }
     }
 
-    [[nodiscard]] std::string Summary() const
+    [[nodiscard]] Sentence Summary() const
     {
-        return fmt::format("deleted {}, of {} messages in all; the same command goes on with the others",
+        return FillPattern("deleted {}, of {} messages in all; the same command goes on with the others",
                            Described(m_deleted), m_total);
     }
 
@@ -183,14 +184,14 @@ private:
 Result PurgeMessages(Call& call, const Purge& in, const PurgePlan& plan)
 {
     if (plan.counts.messages == 0) {
-        call.Report({"message", 0, "", "unchanged", fmt::format("there are no messages from before {}", plan.before)});
+        call.Report({"message", 0, "", "unchanged", FillPattern("there are no messages from before {}", plan.before)});
         return Unchanged();
     }
     const auto begin = std::chrono::steady_clock::now();
     const MessageCounts deleted = Purger(call, plan, static_cast<std::size_t>(in.batch.value_or(kUsualBatch))).Run();
     const std::string pace = PaceText(std::chrono::steady_clock::now() - begin, deleted.messages);
     call.Report({"message", 0, Counted(deleted.messages, "message"), "deleted",
-                 fmt::format("deleted {} ({})", Described(deleted), pace)});
+                 FillPattern("deleted {} ({})", Described(deleted), pace)});
     if (!call.Options().dryRun) {
         CAConnect& conn = call.Connection();
         const CString engine = WithDatabaseErrors(conn, [&] { return conn.GetEngineName(); });
@@ -212,9 +213,9 @@ SweepPlan PlanSweep(Call& call, const NoInput& /*in*/)
     SweepPlan plan;
     plan.orphans = Messages(call.Connection()).CountOrphans();
     if (plan.orphans != OrphanCounts()) {
-        const std::string what = Described(plan.orphans);
-        plan.lines.push_back("delete " + what);
-        plan.question = fmt::format("Delete {}?", what);
+        const Sentence what = Described(plan.orphans);
+        plan.lines.push_back(FillPattern("delete {}", what));
+        plan.question = FillPattern("Delete {}?", what);
         plan.removed = static_cast<std::size_t>(plan.orphans.attachments + plan.orphans.receipts);
     }
     return plan;
@@ -223,12 +224,12 @@ SweepPlan PlanSweep(Call& call, const NoInput& /*in*/)
 Result Sweep(Call& call, const NoInput& /*in*/, const SweepPlan& plan)
 {
     if (plan.orphans == OrphanCounts()) {
-        call.Report({"message", 0, "", "unchanged", "there are no orphaned attachments or receipts"});
+        call.Report({"message", 0, "", "unchanged", Translatable("there are no orphaned attachments or receipts")});
         return Unchanged();
     }
     Messages(call.Connection()).DeleteOrphans();
-    const std::string what = Described(plan.orphans);
-    call.Report({"message", 0, what, "deleted", "deleted " + what});
+    const Sentence what = Described(plan.orphans);
+    call.Report({"message", 0, what, "deleted", FillPattern("deleted {}", what)});
     return {};
 }
 

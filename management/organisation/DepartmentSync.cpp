@@ -331,11 +331,12 @@ std::size_t SyncLeft(const Organisation& organisation, ItemKey holder, const std
     });
 }
 
-std::string DepartmentsChanged(std::size_t users)
+Sentence DepartmentsChanged(std::size_t users)
 {
-    return fmt::format("the department of {} {} was changed with it", users, users == 1 ? "person" : "people");
+    return FillPlural("the department of {} person was changed with it",
+                      "the department of {} people was changed with it", users, users);
 }
 
-std::string WithDepartments(std::size_t users) { return users == 0 ? "" : "; " + DepartmentsChanged(users); }
+Sentence WithDepartments(std::size_t users) { return users == 0 ? Sentence() : "; " + DepartmentsChanged(users); }
 
 } // namespace management

@@ -26,8 +26,8 @@ std::size_t SyncJoined(const Organisation& organisation, ItemKey holder, const s
 std::size_t SyncLeft(const Organisation& organisation, ItemKey holder, const std::vector<int>& users);
 
 /// "the department of 412 people was changed with it".
-std::string DepartmentsChanged(std::size_t users);
+Sentence DepartmentsChanged(std::size_t users);
 /// The same with "; " before it, to end a sentence with; empty for nobody.
-std::string WithDepartments(std::size_t users);
+Sentence WithDepartments(std::size_t users);
 
 } // namespace management

@@ -33,7 +33,7 @@ std::string NewViewName(const std::string& argument)
         argument.starts_with('/') ? SplitPath(argument) : std::vector<std::string>{argument};
     if (names.size() > 1) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is not a view; departments are directly below one", Quoted(argument)));
+                    FillPattern("{} is not a view; departments are directly below one", Quoted(argument)));
     }
     CheckName("view", names.front());
     return names.front();
@@ -52,7 +52,7 @@ Departments::Departments(CAConnect& conn, const DepartmentOptions& options)
         }
         m_viewName = NewViewName(options.view);
         if (!options.makeView) {
-            throw Error(e.Code(), fmt::format("{}, --make-view makes it", e.what()));
+            throw Error(e.Code(), FillPattern("{}, --make-view makes it", e.Why()));
         }
     }
 }
@@ -151,7 +151,7 @@ std::optional<LinkedGroup> Departments::ChildOf(ItemKey parent, const std::strin
             list += (list.empty() ? "" : ", ") + std::to_string(group.id);
         }
         throw Error(ErrorCode::conflict,
-                    fmt::format("the department {} may be any of the groups {}", Quoted(name), list));
+                    FillPattern("the department {} may be any of the groups {}", Quoted(name), list));
     }
     return found->second.front();
 }
@@ -228,7 +228,7 @@ void Departments::ReadAhead(const std::set<std::string>& paths)
 LinkedGroup Departments::MakeChild(ItemKey parent, const std::string& name, const std::string& path)
 {
     if (!m_options.makeGroups) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no group {}", Quoted(path)));
+        throw Error(ErrorCode::notFound, FillPattern("there is no group {}", Quoted(path)));
     }
     GroupData group;
     group.name = name;

@@ -157,7 +157,7 @@ constexpr Column kFindColumns[] = {{"id", Kind::number}, {"path"}};
 
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
-Outcome OutcomeOf(const Organisation& organisation, ItemKey group, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const Organisation& organisation, ItemKey group, std::string_view outcome, Sentence sentence)
 {
     return {"group", group.id, organisation.PathOf(group), outcome, std::move(sentence)};
 }
@@ -187,7 +187,7 @@ void RequireFreeName(const Organisation& organisation, ItemKey parent, const std
     for (const ItemKey other : organisation.ChildrenNamed(parent, name)) {
         if (other != self) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
+                        FillPattern("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
         }
     }
     if (const auto other = organisation.FindConfusedChild(parent, name, self)) {
@@ -208,14 +208,14 @@ std::optional<ItemKey> ParentToLeave(const Organisation& organisation, ItemKey g
     if (from) {
         const ItemKey parent = organisation.FindHolder(*from);
         if (std::ranges::find(parents, parent) == parents.end()) {
-            throw Error(ErrorCode::notFound, fmt::format("{} is not directly under {}", organisation.Named(group),
+            throw Error(ErrorCode::notFound, FillPattern("{} is not directly under {}", organisation.Named(group),
                                                          organisation.Named(parent)));
         }
         return parent;
     }
     if (parents.size() > 1) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} is in several places; say with --from which of {} it is to leave",
+                    FillPattern("{} is in several places; say with --from which of {} it is to leave",
                                 organisation.Named(group), Visible(PathsOf(organisation, parents))));
     }
     return parents.empty() ? std::nullopt : std::optional(parents.front());
@@ -225,7 +225,7 @@ void ThrowIfCycle(const Organisation& organisation, ItemKey parent, ItemKey grou
 {
     const std::vector<ItemKey> cycle = organisation.CycleClosedBy(parent, group);
     if (!cycle.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("{} cannot go there, it would be below itself: {}",
+        throw Error(ErrorCode::conflict, FillPattern("{} cannot go there, it would be below itself: {}",
                                                      organisation.Named(group), organisation.CycleText(cycle)));
     }
 }
@@ -412,11 +412,11 @@ Result Set(Call& call, const GroupToSet& in)
     group.domainId = in.domainId.value_or(stored.domainId);
     if (group == stored) {
         call.Report(
-            OutcomeOf(organisation, key, "unchanged", fmt::format("nothing to change in {}", organisation.Named(key))));
+            OutcomeOf(organisation, key, "unchanged", FillPattern("nothing to change in {}", organisation.Named(key))));
         return Unchanged();
     }
     organisation.ChangeGroup(key.id, {{}, in.description, in.sortIndex, in.domainId});
-    call.Report(OutcomeOf(organisation, key, "changed", fmt::format("changed {}", organisation.Named(key))));
+    call.Report(OutcomeOf(organisation, key, "changed", FillPattern("changed {}", organisation.Named(key))));
     return {};
 }
 
@@ -432,7 +432,7 @@ Result Rename(Call& call, const GroupToRename& in)
     const std::size_t departments = SyncDepartments(organisation, key);
     call.Report(OutcomeOf(
         organisation, key, "renamed",
-        fmt::format("renamed {} to {}{}", organisation.Named(key), Visible(in.name), WithDepartments(departments))));
+        FillPattern("renamed {} to {}{}", organisation.Named(key), Visible(in.name), WithDepartments(departments))));
     return {};
 }
 
@@ -444,7 +444,7 @@ Result Move(Call& call, const GroupToMove& in)
     const std::optional<ItemKey> left = ParentToLeave(organisation, group, in.from);
     if (left == parent) {
         call.Report(
-            OutcomeOf(organisation, group, "unchanged", fmt::format("{} is there already", organisation.Named(group))));
+            OutcomeOf(organisation, group, "unchanged", FillPattern("{} is there already", organisation.Named(group))));
         return Unchanged();
     }
     ThrowIfCycle(organisation, parent, group);
@@ -458,7 +458,7 @@ Result Move(Call& call, const GroupToMove& in)
     }
     const std::size_t departments = SyncDepartments(organisation, group);
     call.Report(OutcomeOf(organisation, group, "moved",
-                          fmt::format("moved {} to {}{}", organisation.Named(group), organisation.Named(parent),
+                          FillPattern("moved {} to {}{}", organisation.Named(group), organisation.Named(parent),
                                       WithDepartments(departments))));
     return {};
 }
@@ -468,7 +468,7 @@ Result SetStyle(Call& call, const GroupToStyle& in)
     Organisation organisation(call.Connection());
     const ItemKey key = organisation.FindGroup(in.group);
     organisation.SetGroupStyle(key.id, *in.style);
-    call.Report(OutcomeOf(organisation, key, "changed", fmt::format("changed {}", organisation.Named(key))));
+    call.Report(OutcomeOf(organisation, key, "changed", FillPattern("changed {}", organisation.Named(key))));
     return {};
 }
 
@@ -489,17 +489,17 @@ void ThrowIfHolding(Organisation& organisation, ItemKey group)
     std::vector<int> ids = Ids(below);
     ids.push_back(group.id);
     throw Error(ErrorCode::conflict,
-                fmt::format("{} holds {} and {}, on all levels; add --recursive to delete it, and the groups, all the "
+                FillPattern("{} holds {} and {}, on all levels; add --recursive to delete it, and the groups, all the "
                             "same",
                             organisation.Named(group), Counted(below.size(), "group"),
                             Counted(organisation.CountMembers(ids).users, "user")));
 }
 
 /// Who the members are, to end a sentence with.
-std::string WithMembers(const MemberCounts& members)
+Sentence WithMembers(const MemberCounts& members)
 {
     return members.users == 0 ? ""
-                              : fmt::format("; members: {}, of whom {} will be in no group",
+                              : FillPattern("; members: {}, of whom {} will be in no group",
                                             Counted(members.users, "user"), members.inNoOther);
 }
 
@@ -513,12 +513,12 @@ Deletion PlanDeletion(Call& call, const GroupToDelete& in)
     }
     deletion.ids = Ids(organisation.OrphanedBy(deletion.group));
     const std::size_t below = deletion.ids.size() - 1;
-    const std::string subject =
-        organisation.Named(deletion.group) + (below == 0 ? "" : " and " + Counted(below, "group") + " below");
+    const Sentence named = organisation.Named(deletion.group);
+    const Sentence subject = below == 0 ? named : FillPattern("{} and {} below", named, Counted(below, "group"));
     const std::vector<Reference> references = organisation.References(kItemTypeGroup, deletion.ids);
-    deletion.lines.push_back(fmt::format("delete {}{}{}", subject, WithReferences(references),
+    deletion.lines.push_back(FillPattern("delete {}{}{}", subject, WithReferences(references),
                                          WithMembers(organisation.CountMembers(deletion.ids))));
-    deletion.question = fmt::format("Delete {}?", subject);
+    deletion.question = FillPattern("Delete {}?", subject);
     deletion.removed = deletion.ids.size() + CountOf(references);
     return deletion;
 }
@@ -530,7 +530,7 @@ Result Delete(Call& call, const GroupToDelete& /*in*/, const Deletion& deletion)
     const std::size_t departments = SyncDepartments(organisation, deletion.group);
     call.Report(
         OutcomeOf(organisation, deletion.group, "deleted",
-                  fmt::format("deleted {}{}", Counted(deletion.ids.size(), "group"), WithDepartments(departments))));
+                  FillPattern("deleted {}{}", Counted(deletion.ids.size(), "group"), WithDepartments(departments))));
     return {};
 }
 

@@ -80,14 +80,15 @@ struct MembershipChange {
     bool (Roles::*change)(ItemKey, int);   ///< gives whether there was anything to do
     decltype(SyncJoined)* syncDepartments; ///< of those users whose membership has changed
     std::string_view outcome;
-    std::string_view done;
-    std::string_view notNeeded;
+    Pattern<2> done;
+    Pattern<2> notNeeded;
 };
 
-constexpr MembershipChange kJoining = {&Roles::Link, &SyncJoined, "added", "is now a member of",
-                                       "is a member already of"};
-constexpr MembershipChange kLeaving = {&Roles::Unlink, &SyncLeft, "removed", "is no longer a member of",
-                                       "was no member of"};
+constexpr MembershipChange kJoining = {&Roles::Link, &SyncJoined, "added", Translatable("{} is now a member of {}"),
+                                       Translatable("{} is a member already of {}")};
+constexpr MembershipChange kLeaving = {&Roles::Unlink, &SyncLeft, "removed",
+                                       Translatable("{} is no longer a member of {}"),
+                                       Translatable("{} was no member of {}")};
 
 void ReportDepartments(Call& call, std::size_t users)
 {
@@ -103,8 +104,9 @@ struct Memberships : ChosenUsers {
     bool operator==(const Memberships&) const = default;
 };
 
-constexpr ChoiceMessages kJoiningMessages = {"Make {} members?", "nobody became a member"};
-constexpr ChoiceMessages kLeavingMessages = {"End the membership of {}?", "no membership was ended", true};
+constexpr ChoiceMessages kJoiningMessages = {Translatable("Make {} members?"), Translatable("nobody became a member")};
+constexpr ChoiceMessages kLeavingMessages = {Translatable("End the membership of {}?"),
+                                             Translatable("no membership was ended"), true};
 
 Memberships PlanMemberships(Call& call, const HolderAndUsers& in, const ChoiceMessages& messages)
 {
@@ -123,12 +125,12 @@ Result ChangeMembers(Call& call, const Memberships& memberships, const Membershi
     const Organisation organisation(call.Connection());
     Roles roles(call.Connection());
     const ItemKey holder = memberships.holder;
-    const std::string name = organisation.Named(holder);
+    const Sentence name = organisation.Named(holder);
     std::vector<int> changedUsers;
     for (const UserKey& user : memberships.users) {
         const bool isChanged = (roles.*change.change)(holder, user.id);
         call.Report({"user", user.id, user.login, isChanged ? change.outcome : "unchanged",
-                     fmt::format("{} {} {}", Named(user), isChanged ? change.done : change.notNeeded, name)});
+                     FillPattern(isChanged ? change.done : change.notNeeded, Named(user), name)});
         if (isChanged) {
             changedUsers.push_back(user.id);
         }
@@ -159,16 +161,16 @@ Detachment PlanDetachment(Call& call, const OneUser& in)
 {
     const Organisation organisation(call.Connection());
     Detachment detachment;
-    detachment.nothingDone = "no membership was ended";
+    detachment.nothingDone = Translatable("no membership was ended");
     detachment.user = FindUser(call.Directory(), in.user);
     detachment.holders = Roles(call.Connection()).HoldersOf({kItemTypeUser, detachment.user.id});
     detachment.removed = detachment.holders.size();
     for (const ItemKey holder : detachment.holders) {
-        detachment.lines.push_back(fmt::format("leave {}", organisation.Named(holder)));
+        detachment.lines.push_back(FillPattern("leave {}", organisation.Named(holder)));
     }
     if (!detachment.holders.empty()) {
         detachment.question =
-            fmt::format("End {} of {}?", Counted(detachment.holders.size(), "membership"), Named(detachment.user));
+            FillPattern("End {} of {}?", Counted(detachment.holders.size(), "membership"), Named(detachment.user));
     }
     return detachment;
 }
@@ -179,7 +181,7 @@ Result Detach(Call& call, const OneUser& /*in*/, const Detachment& detachment)
     const std::vector<ItemKey>& holders = detachment.holders;
     if (holders.empty()) {
         call.Report(
-            {"user", user.id, user.login, "unchanged", fmt::format("{} is in no group and no view", Named(user))});
+            {"user", user.id, user.login, "unchanged", FillPattern("{} is in no group and no view", Named(user))});
         return Unchanged();
     }
     const Organisation organisation(call.Connection());
@@ -190,7 +192,7 @@ Result Detach(Call& call, const OneUser& /*in*/, const Detachment& detachment)
         departments = std::max(departments, SyncLeft(organisation, holder, {user.id}));
     }
     call.Report({"user", user.id, user.login, "removed",
-                 fmt::format("ended {} of {}{}", Counted(holders.size(), "membership"), Named(user),
+                 FillPattern("ended {} of {}{}", Counted(holders.size(), "membership"), Named(user),
                              WithDepartments(departments))});
     return {};
 }

@@ -77,7 +77,7 @@ ParentAndName SplitLast(const std::string& path)
     const bool beginsWell = begin == 0 || (begin != std::string::npos && Organisation::KeyIn(path.substr(0, begin)));
     const std::vector<std::string> names = beginsWell ? SplitPath(path.substr(begin)) : std::vector<std::string>();
     if (names.size() < (begin == 0 ? 2U : 1U)) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is not a path of a group; write /VIEW/GROUP", Quoted(path)));
+        throw Error(ErrorCode::invalid, FillPattern("{} is not a path of a group; write /VIEW/GROUP", Quoted(path)));
     }
     return {path.substr(0, path.size() - PathEscaped(names.back()).size() - 1), names.back()};
 }
@@ -168,7 +168,7 @@ ItemKey Organisation::FindGroup(const std::string& argument) const
 {
     const ItemKey key = RequireOne(argument, FindAll(argument), "group", "group tree");
     if (key.type != kItemTypeGroup) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is a view, not a group", Named(key)));
+        throw Error(ErrorCode::invalid, FillPattern("{} is a view, not a group", Named(key)));
     }
     return key;
 }
@@ -179,7 +179,7 @@ ItemKey Organisation::FindView(const std::string& argument) const
     const ItemKey key =
         RequireOne(argument, isName ? SystemViewsNamed(argument) : FindAll(argument), "view", "view list");
     if (key.type != kItemTypeView) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is a group, not a view", Named(key)));
+        throw Error(ErrorCode::invalid, FillPattern("{} is a group, not a view", Named(key)));
     }
     return key;
 }

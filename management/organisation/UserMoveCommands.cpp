@@ -39,7 +39,7 @@ struct Move : ChosenUsers {
     bool operator==(const Move&) const = default;
 };
 
-constexpr ChoiceMessages kMoving = {"Move {}?", "nobody was moved"};
+constexpr ChoiceMessages kMoving = {Translatable("Move {}?"), Translatable("nobody was moved")};
 
 /// The groups that users are directly in, without those that are gone.
 std::map<int, std::vector<ItemKey>> GroupsOf(const Organisation& organisation, const std::vector<UserKey>& users)
@@ -59,28 +59,28 @@ std::map<int, std::vector<ItemKey>> GroupsOf(const Organisation& organisation, c
 }
 
 /// @throws Error (conflict, notFound) that names all users of whom it is not clear what they leave, if there are any.
-void RequireClear(const Organisation& organisation, std::optional<ItemKey> from,
-                  const std::vector<std::string>& unclear)
+void RequireClear(const Organisation& organisation, std::optional<ItemKey> from, const std::vector<Sentence>& unclear)
 {
     if (unclear.empty()) {
         return;
     }
-    const std::string count = Counted(unclear.size(), "user");
-    const std::string_view verb = unclear.size() == 1 ? "is" : "are";
+    const Sentence count = Counted(unclear.size(), "user");
     if (from) {
-        throw Error(ErrorCode::notFound, fmt::format("{} {} not in {}: {}; nobody was moved", count, verb,
-                                                     organisation.Named(*from), fmt::join(unclear, ", ")));
+        throw Error(ErrorCode::notFound,
+                    FillPlural("{} is not in {}: {}; nobody was moved", "{} are not in {}: {}; nobody was moved",
+                               unclear.size(), count, organisation.Named(*from), Joined(unclear, ", ")));
     }
     throw Error(ErrorCode::conflict,
-                fmt::format("{} {} in several groups; nobody was moved, --from says which one to leave: {}", count,
-                            verb, fmt::join(unclear, "; ")));
+                FillPlural("{} is in several groups; nobody was moved, --from says which one to leave: {}",
+                           "{} are in several groups; nobody was moved, --from says which one to leave: {}",
+                           unclear.size(), count, Joined(unclear, "; ")));
 }
 
 /// @throws Error (conflict, notFound) where it is not clear what somebody leaves.
 void FindFrom(Move& move, const Organisation& organisation, std::optional<ItemKey> from)
 {
     const std::map<int, std::vector<ItemKey>> groupsOf = GroupsOf(organisation, move.users);
-    std::vector<std::string> unclear;
+    std::vector<Sentence> unclear;
     for (const UserKey& user : move.users) {
         const auto found = groupsOf.find(user.id);
         std::vector<ItemKey> groups = found == groupsOf.end() ? std::vector<ItemKey>() : found->second;
@@ -89,7 +89,7 @@ void FindFrom(Move& move, const Organisation& organisation, std::optional<ItemKe
         if (from && !isInFrom) {
             unclear.push_back(Named(user));
         } else if (!from && groups.size() > 1) {
-            unclear.push_back(fmt::format("{} is in {}", Named(user), PathsOf(organisation, groups)));
+            unclear.push_back(FillPattern("{} is in {}", Named(user), PathsOf(organisation, groups)));
         }
         move.from.push_back(from ? from : groups.empty() ? std::nullopt : std::optional(groups.front()));
     }
@@ -138,10 +138,13 @@ public:
 private:
     void Report(const UserKey& user, ItemKey to, std::optional<ItemKey> from, bool isChanged)
     {
-        const std::string left = from ? fmt::format(" and no longer in {}", m_organisation.Named(*from)) : "";
-        m_call.Report({"user", user.id, user.login, isChanged ? "moved" : "unchanged",
-                       isChanged ? fmt::format("{} is now in {}{}", Named(user), m_organisation.Named(to), left)
-                                 : fmt::format("{} is in {} already", Named(user), m_organisation.Named(to))});
+        const Sentence name = Named(user);
+        const Sentence group = m_organisation.Named(to);
+        m_call.Report(
+            {"user", user.id, user.login, isChanged ? "moved" : "unchanged",
+             !isChanged ? FillPattern("{} is in {} already", name, group)
+             : from     ? FillPattern("{} is now in {} and no longer in {}", name, group, m_organisation.Named(*from))
+                        : FillPattern("{} is now in {}", name, group)});
     }
 
     Call& m_call;
@@ -163,7 +166,7 @@ Result MoveUsers(Call& call, const UsersToMove& in, const Move& move)
     }
     if (move.users.size() > 1) {
         call.Report({"user", 0, "", moved > 0 ? "moved" : "unchanged",
-                     fmt::format("moved {} of {}", moved, Counted(move.users.size(), "user"))});
+                     FillPattern("moved {} of {}", moved, Counted(move.users.size(), "user"))});
     }
     return moved > 0 ? Result() : Unchanged();
 }

@@ -104,7 +104,7 @@ constexpr Column kDefaultColumns[] = {{"name"}};
 
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
-Outcome OutcomeOf(const Organisation& organisation, ItemKey view, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const Organisation& organisation, ItemKey view, std::string_view outcome, Sentence sentence)
 {
     return {"view", view.id, organisation.PathOf(view), outcome, std::move(sentence)};
 }
@@ -114,7 +114,7 @@ void RequireFreeName(const Organisation& organisation, const std::string& name, 
     for (const ItemKey other : organisation.SystemViewsNamed(name)) {
         if (other != self) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
+                        FillPattern("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
         }
     }
     const std::string others = fmt::format("Col_Type = {} AND Col_ID <> {}", kSystemView, self.id);
@@ -139,7 +139,7 @@ ItemKey FindPlaceholder(const Organisation& organisation)
         return place.name != kPlaceholder || place.viewOwner != 0;
     });
     if (found.size() != 1) {
-        throw Error(ErrorCode::conflict, fmt::format("there are {} of the name {}; rename them one by one",
+        throw Error(ErrorCode::conflict, FillPattern("there are {} of the name {}; rename them one by one",
                                                      Counted(found.size(), "view"), kPlaceholder));
     }
     return found.front();
@@ -231,11 +231,11 @@ Result Set(Call& call, const ViewToSet& in)
     view.sortIndex = in.sortIndex.value_or(stored.sortIndex);
     if (view == stored) {
         call.Report(
-            OutcomeOf(organisation, key, "unchanged", fmt::format("nothing to change in {}", organisation.Named(key))));
+            OutcomeOf(organisation, key, "unchanged", FillPattern("nothing to change in {}", organisation.Named(key))));
         return Unchanged();
     }
     organisation.ChangeView(key.id, {in.description, in.sortIndex});
-    call.Report(OutcomeOf(organisation, key, "changed", fmt::format("changed {}", organisation.Named(key))));
+    call.Report(OutcomeOf(organisation, key, "changed", FillPattern("changed {}", organisation.Named(key))));
     return {};
 }
 
@@ -250,7 +250,7 @@ Result Rename(Call& call, const ViewToRename& in)
     }
     organisation.RenameView(key.id, in.name);
     call.Report(OutcomeOf(organisation, key, "renamed",
-                          fmt::format("renamed {} to {}", organisation.Named(key), Visible(in.name))));
+                          FillPattern("renamed {} to {}", organisation.Named(key), Visible(in.name))));
     return {};
 }
 
@@ -261,14 +261,14 @@ Result NameDefault(Call& call, const DefaultView& in)
     const std::string present = PresentDefault(organisation);
     if (present != kPlaceholder) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("the default view is called {} already; `qvadmin view rename` gives "
+                    FillPattern("the default view is called {} already; `qvadmin view rename` gives "
                                 "it another name",
                                 Quoted(present)));
     }
     const ItemKey view = FindPlaceholder(organisation);
     RequireFreeName(organisation, *in.name, view);
     organisation.NameDefaultView(*in.name);
-    call.Report(OutcomeOf(organisation, view, "renamed", fmt::format("named the default view {}", Visible(*in.name))));
+    call.Report(OutcomeOf(organisation, view, "renamed", FillPattern("named the default view {}", Visible(*in.name))));
     return {};
 }
 
@@ -287,10 +287,10 @@ Deletion PlanDeletion(Call& call, const OneView& in)
     deletion.name = organisation.Named(deletion.view);
     const std::size_t groups = organisation.Find(deletion.view)->children.size();
     const std::vector<Reference> references = organisation.References(kItemTypeView, {deletion.view.id});
-    deletion.lines.push_back(fmt::format(
+    deletion.lines.push_back(FillPattern(
         "delete {}{}{}", deletion.name, WithReferences(references),
-        groups == 0 ? "" : fmt::format("; {} directly below stay, without this view", Counted(groups, "group"))));
-    deletion.question = fmt::format("Delete {}?", deletion.name);
+        groups == 0 ? "" : FillPattern("; {} directly below stay, without this view", Counted(groups, "group"))));
+    deletion.question = FillPattern("Delete {}?", deletion.name);
     deletion.removed = 1 + CountOf(references);
     return deletion;
 }
@@ -301,7 +301,7 @@ Result Delete(Call& call, const OneView& /*in*/, const Deletion& deletion)
     organisation.DeleteView(deletion.view.id);
     const std::size_t departments = SyncDepartments(organisation, deletion.view);
     call.Report(OutcomeOf(organisation, deletion.view, "deleted",
-                          fmt::format("deleted {}{}", deletion.name, WithDepartments(departments))));
+                          FillPattern("deleted {}{}", deletion.name, WithDepartments(departments))));
     return {};
 }
 
@@ -311,11 +311,11 @@ Result Stamp(Call& call, const OneView& in)
     const ItemKey key = organisation.FindView(in.view);
     const std::vector<ItemKey> cycle = organisation.FindCycle(key);
     if (!cycle.empty()) {
-        throw Error(ErrorCode::conflict, fmt::format("{} cannot be stamped, groups are below themselves: {}",
+        throw Error(ErrorCode::conflict, FillPattern("{} cannot be stamped, groups are below themselves: {}",
                                                      organisation.Named(key), organisation.CycleText(cycle)));
     }
     organisation.StampView(key.id);
-    call.Report(OutcomeOf(organisation, key, "stamped", fmt::format("stamped {}", organisation.Named(key))));
+    call.Report(OutcomeOf(organisation, key, "stamped", FillPattern("stamped {}", organisation.Named(key))));
     return {};
 }
 

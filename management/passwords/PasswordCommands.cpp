@@ -70,7 +70,7 @@ Result Check(Call& call, const PasswordToCheck& in)
 {
     const UserKey user = FindUser(call.Directory(), in.user);
     const Secret password = call.Front().ObtainSecret(
-        {"password", "Password of " + Named(user), false, "--password-stdin or --password-file"});
+        {"password", FillPattern("Password of {}", Named(user)), false, "--password-stdin or --password-file"});
     return Verdict(Passwords(call.Directory()).Matches(user, password));
 }
 
@@ -87,14 +87,14 @@ Result Status(Call& call, const OneUser& in)
 
 // ---- Changing -------------------------------------------------------------------------------------------------------
 
-constexpr ChoiceMessages kSetting = {"Set the passwords of {}?", "no password was set"};
+constexpr ChoiceMessages kSetting = {Translatable("Set the passwords of {}?"), Translatable("no password was set")};
 
 ChosenUsers PlanSetting(Call& call, const PasswordToSet& in)
 {
     ChosenUsers owners = ChooseUsers(call, in, kSetting);
     if (in.generate && !in.result && owners.users.size() > 1 && !call.Front().CanShowSecrets()) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("the passwords of {} cannot be printed; no password was set, name a file for them with "
+                    FillPattern("the passwords of {} cannot be printed; no password was set, name a file for them with "
                                 "--result",
                                 Counted(owners.users.size(), "user")));
     }
@@ -119,10 +119,10 @@ NewPasswords ObtainPasswords(Call& call, const PasswordToSet& in, const ChosenUs
     if (owners.users.empty()) {
         return passwords;
     }
-    const std::string whose =
+    const Sentence whose =
         owners.users.size() == 1 ? Named(owners.users.front()) : Counted(owners.users.size(), "user");
-    passwords.common.emplace(call.Front().ObtainSecret(
-        {"password", "New password of " + whose, true, "--password-stdin, --password-file or --generate"}));
+    passwords.common.emplace(call.Front().ObtainSecret({"password", FillPattern("New password of {}", whose), true,
+                                                        "--password-stdin, --password-file or --generate"}));
     if (passwords.common->View().empty() && !in.allowEmpty) {
         throw Error(ErrorCode::invalid, "the password is empty; add --allow-empty if that is meant");
     }
@@ -139,7 +139,7 @@ Result Set(Call& call, const PasswordToSet& in, const ChosenUsers& owners, const
     for (std::size_t i = 0; i < owners.users.size(); ++i) {
         const UserKey& user = owners.users[i];
         passwords.Set(user, secrets.common ? *secrets.common : secrets.generated[i].secret, type);
-        call.Report({"user", user.id, user.login, "password_set", fmt::format("set the password of {}", Named(user))});
+        call.Report({"user", user.id, user.login, "password_set", FillPattern("set the password of {}", Named(user))});
     }
     if (in.result || secrets.generated.size() > 1) {
         call.StoreSecrets(in.result.value_or(""), secrets.generated);

@@ -50,7 +50,7 @@ StoredPassword Load(Directory& directory, const UserKey& user)
 {
     const std::optional<FieldValues> values = directory.Load(user.id);
     if (!values) {
-        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(user)));
+        throw Error(ErrorCode::notFound, FillPattern("{} has just been deleted", Named(user)));
     }
     const Field& type = *FindField("password_type");
     const Value number = Shown(type, values->at(&type));
@@ -90,10 +90,10 @@ bool Secret::Append(char byte)
 void CheckSecret(const Secret& secret, std::string_view noun)
 {
     if (secret.View().find('\0') != std::string_view::npos) {
-        throw Error(ErrorCode::invalid, fmt::format("the {} holds a NUL byte, which no directory can store", noun));
+        throw Error(ErrorCode::invalid, FillPattern("the {} holds a NUL byte, which no directory can store", noun));
     }
     if (!platform::IsValidUtf8(secret.View())) {
-        throw Error(ErrorCode::invalid, fmt::format("the {} is not UTF-8", noun));
+        throw Error(ErrorCode::invalid, FillPattern("the {} is not UTF-8", noun));
     }
 }
 
@@ -119,14 +119,14 @@ int Passwords::EncodingType()
             continue;
         }
         if (chosen) {
-            throw Error(ErrorCode::conflict, fmt::format("the setting {} of {} is there more than once; delete it",
+            throw Error(ErrorCode::conflict, FillPattern("the setting {} of {} is there more than once; delete it",
                                                          kTypeSetting, kTypeGenre));
         }
         chosen = setting.value;
     }
     const std::string type = chosen.value_or(std::to_string(kDefaultType));
     if (type != "0" && type != "1" && type != "2") {
-        throw Error(ErrorCode::conflict, fmt::format("the setting {} of {} is {}, and none of 0, 1, 2", kTypeSetting,
+        throw Error(ErrorCode::conflict, FillPattern("the setting {} of {} is {}, and none of 0, 1, 2", kTypeSetting,
                                                      kTypeGenre, Quoted(type)));
     }
     return type[0] - '0';
@@ -154,7 +154,7 @@ void Passwords::Set(const UserKey& user, const Secret& password, int type)
                                               EscapeLiteral(m_conn, Encoded(user, password, type).View()), type);
     });
     if (!Fits(user, password)) {
-        throw Error(ErrorCode::failed, fmt::format("the password of {} does not fit as the database stores it; "
+        throw Error(ErrorCode::failed, FillPattern("the password of {} does not fit as the database stores it; "
                                                    "nothing was changed",
                                                    Named(user)));
     }
@@ -166,7 +166,7 @@ void Passwords::RequireOnlyOne(const UserKey& user)
     const int count = CountOf(m_conn, user.login);
     if (count != 1) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} users have the login name of {}, and a password goes by login name; "
+                    FillPattern("{} users have the login name of {}, and a password goes by login name; "
                                 "rename the others first",
                                 count, Named(user)));
     }

@@ -56,7 +56,7 @@ Result Add(Call& call, const NewEntry& in)
     }
     DocLog(call.Connection()).Add(entry);
     call.Report({"object", entry.objectId, entry.type, "noted",
-                 fmt::format("noted {} of object {} of class {}", Quoted(entry.type), entry.objectId, entry.classId)});
+                 FillPattern("noted {} of object {} of class {}", Quoted(entry.type), entry.objectId, entry.classId)});
     return {};
 }
 

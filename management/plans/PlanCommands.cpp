@@ -80,9 +80,10 @@ struct PlanAndItems : SelectionInput {
     void Check() const
     {
         if (items.has_value() == !IsEmpty()) {
-            throw Error(ErrorCode::invalid, items
-                                                ? "items are named and users selected at once; do one of both"
-                                                : "ITEM is required, or options that select users, such as --in GROUP");
+            throw Error(ErrorCode::invalid,
+                        items ? Translatable("items are named and users selected at once; do one of both")
+                              : Translatable("ITEM is required, or options that select users, such "
+                                             "as --in GROUP"));
         }
         SelectionInput::Check();
     }
@@ -111,7 +112,7 @@ std::optional<std::string> GivenData(const Call& call, const std::optional<std::
     return file ? std::optional(call.Front().ReadText(*file)) : data;
 }
 
-Outcome OutcomeOf(const PlanKey& plan, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const PlanKey& plan, std::string_view outcome, Sentence sentence)
 {
     return {"plan", plan.id, plan.name, outcome, std::move(sentence)};
 }
@@ -120,7 +121,7 @@ PlanData Load(Plans& plans, const PlanKey& plan)
 {
     const std::optional<PlanData> data = plans.Load(plan.id);
     if (!data) {
-        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(plan)));
+        throw Error(ErrorCode::notFound, FillPattern("{} has just been deleted", Named(plan)));
     }
     return *data;
 }
@@ -130,7 +131,7 @@ Item FindUserOrGroup(CAConnect& conn, const std::string& argument)
     Item item = FindItem(conn, argument);
     if (item.key.type != kItemTypeUser && item.key.type != kItemTypeGroup) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is neither a user nor a group; only these have backup plans", Named(item)));
+                    FillPattern("{} is neither a user nor a group; only these have backup plans", Named(item)));
     }
     return item;
 }
@@ -141,7 +142,7 @@ void RequireFreeName(Plans& plans, const std::string& name, const std::optional<
     const auto other = std::ranges::find_if(
         all, [&](const ListedPlan& plan) { return SameName(plan.name, name) && (!self || plan.id != self->id); });
     if (other != all.end()) {
-        throw Error(ErrorCode::conflict, fmt::format("the name {} is taken by {}", Quoted(name),
+        throw Error(ErrorCode::conflict, FillPattern("the name {} is taken by {}", Quoted(name),
                                                      management::Named(PlanKey{other->id, other->name})));
     }
     const std::string others = fmt::format("Col_ID <> {}", self ? self->id : 0);
@@ -170,7 +171,7 @@ public:
     {
         const std::vector<ItemKey> cycle = m_organisation.FindCycle(group);
         if (!cycle.empty()) {
-            throw Error(ErrorCode::conflict, fmt::format("groups are below themselves: {}; nothing was changed",
+            throw Error(ErrorCode::conflict, FillPattern("groups are below themselves: {}; nothing was changed",
                                                          m_organisation.CycleText(cycle)));
         }
         AddUsers(group, items);
@@ -202,29 +203,40 @@ std::size_t CountOf(const Items& items, int type)
         std::ranges::count_if(items, [type](const auto& item) { return item.first.type == type; }));
 }
 
-std::string CountedItems(const Items& items)
+Sentence CountedItems(const Items& items)
 {
-    return fmt::format("{} and {}", Counted(CountOf(items, kItemTypeUser), "user"),
+    return FillPattern("{} and {}", Counted(CountOf(items, kItemTypeUser), "user"),
                        Counted(CountOf(items, kItemTypeGroup), "group"));
 }
 
 /// What is said of an assignment and of its end.
 struct Messages {
-    std::string_view question;
-    std::string_view done;
-    std::string_view notNeeded;
-    std::string_view doneInSum;
-    std::string_view notNeededInSum;
-    std::string_view nothingDone;
+    Pattern<2> question;
+    Pattern<2> done;
+    Pattern<2> notNeeded;
+    Pattern<2> doneInSum;
+    Pattern<1> notNeededInSum;
+    const char* nothingDone;
     std::string_view outcome;
     bool removes;
 };
 
-constexpr Messages kAssigning = {
-    "Assign {} to {}?",     "now has",  "already has", "assigned {} to {}", "{} had it already",
-    "nothing was assigned", "assigned", false};
-constexpr Messages kUnassigning = {"Take {} from {}?",   "no longer has",          "did not have", "took {} from {}",
-                                   "{} did not have it", "nothing was taken away", "unassigned",   true};
+constexpr Messages kAssigning = {Translatable("Assign {} to {}?"),
+                                 Translatable("{} now has {}"),
+                                 Translatable("{} already has {}"),
+                                 Translatable("assigned {} to {}"),
+                                 Translatable("{} had it already"),
+                                 Translatable("nothing was assigned"),
+                                 "assigned",
+                                 false};
+constexpr Messages kUnassigning = {Translatable("Take {} from {}?"),
+                                   Translatable("{} no longer has {}"),
+                                   Translatable("{} did not have {}"),
+                                   Translatable("took {} from {}"),
+                                   Translatable("{} did not have it"),
+                                   Translatable("nothing was taken away"),
+                                   "unassigned",
+                                   true};
 
 /// Shows what nobody has named, and asks about it.
 void AskAbout(Selection& selection, const Messages& messages)
@@ -238,7 +250,7 @@ void AskAbout(Selection& selection, const Messages& messages)
         }
     }
     selection.lines.push_back(CountedItems(selection.items));
-    selection.question = fmt::format(fmt::runtime(messages.question), Named(selection.plan), selection.lines.back());
+    selection.question = FillPattern(messages.question, Named(selection.plan), selection.lines.back());
     selection.removed = messages.removes ? selection.items.size() : 0;
 }
 
@@ -257,7 +269,8 @@ Selection Select(Call& call, const PlanAndItems& in, const Messages& messages)
         return selection;
     }
     const std::vector<Item> items = FindEach(
-        *in.items, "users or groups", "`qvadmin user list` and `qvadmin group tree` show all",
+        *in.items, Translatable("users or groups"),
+        Translatable("`qvadmin user list` and `qvadmin group tree` show all"),
         [&conn](const std::string& argument) { return FindUserOrGroup(conn, argument); }, &Item::key);
     for (const Item& item : items) {
         selection.items.emplace(item.key, item.name);
@@ -276,18 +289,15 @@ Selection Select(Call& call, const PlanAndItems& in, const Messages& messages)
     return selection;
 }
 
-std::string OutcomeInSum(const Selection& selection, const std::set<ItemKey>& changed, const Messages& messages)
+Sentence OutcomeInSum(const Selection& selection, const std::set<ItemKey>& changed, const Messages& messages)
 {
     Items done;
     Items others;
     for (const auto& item : selection.items) {
         (changed.contains(item.first) ? done : others).insert(item);
     }
-    std::string sum = fmt::format(fmt::runtime(messages.doneInSum), Named(selection.plan), CountedItems(done));
-    if (!others.empty()) {
-        sum += "; " + fmt::format(fmt::runtime(messages.notNeededInSum), CountedItems(others));
-    }
-    return sum;
+    const Sentence sum = FillPattern(messages.doneInSum, Named(selection.plan), CountedItems(done));
+    return others.empty() ? sum : sum + "; " + FillPattern(messages.notNeededInSum, CountedItems(others));
 }
 
 /// Reports what became of each item, or the numbers where they are many.
@@ -302,8 +312,7 @@ void ReportItems(Call& call, const Selection& selection, const std::set<ItemKey>
         const bool isChanged = changed.contains(key);
         call.Report({key.type == kItemTypeUser ? "user" : "group", key.id, name,
                      isChanged ? messages.outcome : "unchanged",
-                     fmt::format("{} {} {}", Named(item), isChanged ? messages.done : messages.notNeeded,
-                                 Named(selection.plan))});
+                     FillPattern(isChanged ? messages.done : messages.notNeeded, Named(item), Named(selection.plan))});
     }
 }
 
@@ -387,7 +396,7 @@ Result Set(Call& call, const PlanToSet& in)
     const PlanData plan{changes.name.value_or(stored.name), changes.description.value_or(stored.description),
                         changes.data.value_or(stored.data)};
     if (plan == stored) {
-        call.Report(OutcomeOf(key, "unchanged", fmt::format("nothing to change in {}", Named(key))));
+        call.Report(OutcomeOf(key, "unchanged", FillPattern("nothing to change in {}", Named(key))));
         return Unchanged();
     }
     if (plan.name != stored.name) {
@@ -395,7 +404,7 @@ Result Set(Call& call, const PlanToSet& in)
         RequireFreeName(plans, plan.name, key);
     }
     plans.Change(key.id, changes);
-    call.Report(OutcomeOf(key, "changed", fmt::format("changed {}", Named(key))));
+    call.Report(OutcomeOf(key, "changed", FillPattern("changed {}", Named(key))));
     return {};
 }
 
@@ -411,9 +420,9 @@ Deletion PlanDeletion(Call& call, const OnePlan& in)
     Deletion deletion;
     deletion.plan = FindPlan(plans, in.plan);
     const auto count = static_cast<std::size_t>(plans.CountAssignments(deletion.plan.id));
-    deletion.lines.push_back(
-        fmt::format("delete {}{}", Named(deletion.plan), count == 0 ? "" : ", with " + Counted(count, "assignment")));
-    deletion.question = fmt::format("Delete {}?", Named(deletion.plan));
+    deletion.lines.push_back(FillPattern("delete {}{}", Named(deletion.plan),
+                                         count == 0 ? "" : FillPattern(", with {}", Counted(count, "assignment"))));
+    deletion.question = FillPattern("Delete {}?", Named(deletion.plan));
     deletion.removed = 1 + count;
     return deletion;
 }
@@ -421,7 +430,7 @@ Deletion PlanDeletion(Call& call, const OnePlan& in)
 Result Delete(Call& call, const OnePlan& /*in*/, const Deletion& deletion)
 {
     Plans(call.Connection()).Delete(deletion.plan.id);
-    call.Report(OutcomeOf(deletion.plan, "deleted", fmt::format("deleted {}", Named(deletion.plan))));
+    call.Report(OutcomeOf(deletion.plan, "deleted", FillPattern("deleted {}", Named(deletion.plan))));
     return {};
 }
 

@@ -135,7 +135,7 @@ void Plans::Unassign(int id, ItemKey item)
 
 PlanKey FindPlan(Plans& plans, const std::string& argument)
 {
-    const std::optional<int> id = IdIn(argument, "a plan");
+    const std::optional<int> id = IdIn(argument, Translatable("a plan"));
     std::vector<ListedPlan> listed = plans.List();
     if (id) {
         std::erase_if(listed, [&](const ListedPlan& plan) { return plan.id != *id; });
@@ -147,7 +147,7 @@ PlanKey FindPlan(Plans& plans, const std::string& argument)
                            [](const ListedPlan& plan) { return PlanKey{plan.id, plan.name}; });
     if (found.empty()) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no backup plan {}; `qvadmin plan list` shows all", Quoted(argument)));
+                    FillPattern("there is no backup plan {}; `qvadmin plan list` shows all", Quoted(argument)));
     }
     if (found.size() > 1) {
         std::vector<Candidate> candidates;
@@ -165,12 +165,12 @@ void CheckPlanName(const std::string& name)
     CheckName("plan", name);
     if (name.starts_with(kIdPrefix)) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("the plan name {} begins with {}, as only ids do; choose another name", Quoted(name),
+                    FillPattern("the plan name {} begins with {}, as only ids do; choose another name", Quoted(name),
                                 kIdPrefix));
     }
 }
 
-std::string Named(const PlanKey& plan) { return fmt::format("{} (plan {})", Visible(plan.name), plan.id); }
+Sentence Named(const PlanKey& plan) { return FillPattern("{} (plan {})", Visible(plan.name), plan.id); }
 
 // ---- The document log -----------------------------------------------------------------------------------------------
 

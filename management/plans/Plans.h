@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Sentence.h"
 #include "management/organisation/Organisation.h"
 #include "platform/CString.h"
 
@@ -90,7 +91,7 @@ PlanKey FindPlan(Plans& plans, const std::string& argument);
 void CheckPlanName(const std::string& name);
 
 /// "NAME (plan N)", for sentences.
-std::string Named(const PlanKey& plan);
+Sentence Named(const PlanKey& plan);
 
 // ---- The document log -----------------------------------------------------------------------------------------------
 

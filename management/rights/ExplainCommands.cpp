@@ -99,50 +99,51 @@ std::string_view NameOf(Reason reason)
 // ---- For people -----------------------------------------------------------------------------------------------------
 
 /// "has bit 1", "has no limit".
-std::string VerdictText(const Question& question, std::int64_t verdict)
+Sentence VerdictText(const Question& question, std::int64_t verdict)
 {
-    const std::string_view has = verdict != 0 ? "has" : "does not have";
+    const bool has = verdict != 0;
     switch (question.kind) {
     case QuestionKind::all:
-        return fmt::format("has the bits {0:#x} ({0})", verdict);
+        return FillPattern("has the bits {} ({})", fmt::format("{:#x}", verdict), verdict);
     case QuestionKind::bit:
-        return fmt::format("{} bit {}", has, question.bits);
+        return has ? FillPattern("has bit {}", question.bits) : FillPattern("does not have bit {}", question.bits);
     case QuestionKind::mask:
-        return fmt::format("{} a bit of {:#x}", has, question.bits);
+        return has ? FillPattern("has a bit of {}", fmt::format("{:#x}", question.bits))
+                   : FillPattern("does not have a bit of {}", fmt::format("{:#x}", question.bits));
     case QuestionKind::limit:
-        return verdict == kUnlimited ? "has no limit" : fmt::format("has the limit {}", verdict);
+        return verdict == kUnlimited ? Translatable("has no limit") : FillPattern("has the limit {}", verdict);
     default:
-        return fmt::format("{} the bit for guests", has);
+        return has ? Translatable("has the bit for guests") : Translatable("does not have the bit for guests");
     }
 }
 
 /// "Editors (role 2)".
-std::string Decider(const Explanation& explanation)
+Sentence Decider(const Explanation& explanation)
 {
     const ConsideredRow& row = explanation.rows[*explanation.decidedBy];
-    return row.role.empty() ? fmt::format("role {}", row.roleId) : Named(RoleKey{row.roleId, row.role});
+    return row.role.empty() ? FillPattern("role {}", row.roleId) : Named(RoleKey{row.roleId, row.role});
 }
 
-std::string ReasonText(const Explanation& explanation)
+Sentence ReasonText(const Explanation& explanation)
 {
     switch (explanation.reason) {
     case Reason::rolesUnread:
-        return "the roles could not be read";
+        return Translatable("the roles could not be read");
     case Reason::noRow:
-        return "no role has a row for it";
+        return Translatable("no role has a row for it");
     case Reason::noBit:
-        return "no row has it";
+        return Translatable("no row has it");
     case Reason::bit:
-        return fmt::format("the first row that has it is that of {}", Decider(explanation));
+        return FillPattern("the first row that has it is that of {}", Decider(explanation));
     case Reason::together:
-        return "those of all rows together";
+        return Translatable("those of all rows together");
     case Reason::firstRow:
-        return fmt::format("only the first row counts, in the engine's order, and that is of {}", Decider(explanation));
+        return FillPattern("only the first row counts, in the engine's order, and that is of {}", Decider(explanation));
     case Reason::unlimitedRow:
-        return fmt::format("{} grants unlimited", Decider(explanation));
+        return FillPattern("{} grants unlimited", Decider(explanation));
     default:
-        return explanation.decidedBy ? fmt::format("the largest of these rows is that of {}", Decider(explanation))
-                                     : "no row holds a number";
+        return explanation.decidedBy ? FillPattern("the largest of these rows is that of {}", Decider(explanation))
+                                     : Translatable("no row holds a number");
     }
 }
 
@@ -154,28 +155,30 @@ bool HasSpoiltUnlimited(const Explanation& explanation)
            std::ranges::any_of(explanation.rows, isUnlimited);
 }
 
-std::string IgnoredText(NameCache& names, const std::vector<IgnoredRow>& rows)
+Sentence IgnoredText(NameCache& names, const std::vector<IgnoredRow>& rows)
 {
-    std::string list;
+    std::vector<Sentence> list;
+    list.reserve(rows.size());
     for (const IgnoredRow& row : rows) {
-        const std::string power = row.power ? fmt::format("power {}", *row.power) : "no power";
-        list += fmt::format("{}{} with {}", list.empty() ? "" : ", ", Named(names.Find(row.holder)), power);
+        const Item holder = names.Find(row.holder);
+        list.push_back(row.power ? FillPattern("{} with power {}", Named(holder), *row.power)
+                                 : FillPattern("{} with no power", Named(holder)));
     }
-    return list;
+    return Joined(list, ", ");
 }
 
-std::vector<std::string> Notes(const Explanation& explanation, NameCache& names)
+std::vector<Sentence> Notes(const Explanation& explanation, NameCache& names)
 {
-    std::vector<std::string> notes;
+    std::vector<Sentence> notes;
     if (HasSpoiltUnlimited(explanation)) {
-        notes.emplace_back("note: beside a power below -1, a power of -1 does not mean unlimited");
+        notes.emplace_back(Translatable("note: beside a power below -1, a power of -1 does not mean unlimited"));
     }
     if (explanation.lacksDefault) {
-        notes.push_back(fmt::format("note: there is no role {}; rows of role 0 count in its place", kDefaultRole));
+        notes.push_back(FillPattern("note: there is no role {}; rows of role 0 count in its place", kDefaultRole));
     }
     if (!explanation.ignored.empty()) {
         notes.push_back(
-            fmt::format("note: rights of the user himself, of groups and of other applications' roles do not count, "
+            FillPattern("note: rights of the user himself, of groups and of other applications' roles do not count, "
                         "though there are some: {}",
                         IgnoredText(names, explanation.ignored)));
     }
@@ -198,7 +201,7 @@ Table TableOf(const Explanation& explanation, QuestionKind kind)
 
 Finding FindingOf(const Subject& subject, const Explanation& explanation, NameCache& names)
 {
-    return {fmt::format("{} {} in function {} of {}: {}", Named(subject.user),
+    return {FillPattern("{} {} in function {} of {}: {}", Named(subject.user),
                         VerdictText(subject.question, explanation.verdict), Quoted(subject.function),
                         Quoted(subject.genre), ReasonText(explanation)),
             TableOf(explanation, subject.question.kind), Notes(explanation, names)};
@@ -250,13 +253,11 @@ Record RecordOf(const Subject& subject, const Explanation& explanation)
 // ---- The command ----------------------------------------------------------------------------------------------------
 
 /// What is to be known of an answer about a user who has more roles than he has.
-std::string AssumptionText(const UserKey& user, const std::vector<RoleKey>& roles)
+Sentence AssumptionText(const UserKey& user, const std::vector<RoleKey>& roles)
 {
-    std::string list;
-    for (const RoleKey& role : roles) {
-        list += (list.empty() ? "" : ", ") + Named(role);
-    }
-    return fmt::format("note: this is as if {} were linked to {}", Named(user), list);
+    std::vector<Sentence> list;
+    std::ranges::transform(roles, std::back_inserter(list), [](const RoleKey& role) { return Named(role); });
+    return FillPattern("note: this is as if {} were linked to {}", Named(user), Joined(list, ", "));
 }
 
 Result ExplainRight(Call& call, const ExplainQuery& in)
@@ -270,7 +271,7 @@ Result ExplainRight(Call& call, const ExplainQuery& in)
     result.finding = FindingOf(subject, explanation, names);
     if (explanation.reason == Reason::rolesUnread) {
         const DatabaseError error(explanation.trouble, !conn.IsOpen());
-        result.error = Error(error.Code(), error.what());
+        result.error = Error(error.Code(), error.Why());
     }
     return result;
 }

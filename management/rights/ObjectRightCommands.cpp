@@ -133,7 +133,7 @@ ObjectRight FindRight(ObjectRights& rights, int id)
     const std::optional<ObjectRight> right = rights.Load(id);
     if (!right) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no right on an object with id {}; `qvadmin objright list` "
+                    FillPattern("there is no right on an object with id {}; `qvadmin objright list` "
                                 "shows those on one object",
                                 id));
     }
@@ -166,16 +166,16 @@ Value ShownType(int type)
 Value ShownCreated(const ObjectRight& right) { return right.created ? Value(*right.created) : Value(); }
 
 /// "the right 'docs' 'read' of user amy (id 1) on object 7 of class 3".
-std::string Named(const ObjectRightKey& key, const Item& holder)
+Sentence Named(const ObjectRightKey& key, const Item& holder)
 {
-    return fmt::format("the right {} {} of {} on object {} of class {}", Quoted(key.genre), Quoted(key.function),
+    return FillPattern("the right {} {} of {} on object {} of class {}", Quoted(key.genre), Quoted(key.function),
                        management::Named(holder), key.object.id, key.object.classId);
 }
 
 /// "right 5, the right 'docs' 'read' of ...".
-std::string Named(NameCache& names, const ObjectRight& right)
+Sentence Named(NameCache& names, const ObjectRight& right)
 {
-    return fmt::format("right {}, {}", right.id, Named(right.key, names.Find(right.key.holder)));
+    return FillPattern("right {}, {}", right.id, Named(right.key, names.Find(right.key.holder)));
 }
 
 // ---- Reading --------------------------------------------------------------------------------------------------------
@@ -244,7 +244,7 @@ Result Grant(Call& call, const RightToGrant& in)
     }
     ObjectRights rights(call.Connection());
     if (const std::optional<int> present = rights.Find(right.key)) {
-        throw Error(ErrorCode::conflict, fmt::format("{} is there already; `qvadmin objright set {}` changes its power",
+        throw Error(ErrorCode::conflict, FillPattern("{} is there already; `qvadmin objright set {}` changes its power",
                                                      Named(right.key, holder), *present));
     }
     return ResultOf(Value(std::int64_t{rights.Grant(right)}));
@@ -256,9 +256,9 @@ Result Set(Call& call, const RightToSet& in)
     const std::optional<int> unpower = PowerGiven(in.unpower);
     ObjectRights rights(call.Connection());
     NameCache names(call.Connection());
-    const std::string name = Named(names, FindRight(rights, in.id));
+    const Sentence name = Named(names, FindRight(rights, in.id));
     rights.Set(in.id, power, unpower);
-    call.Report({"objright", in.id, name, "set", fmt::format("{}, has power {} now", name, power)});
+    call.Report({"objright", in.id, name, "set", FillPattern("{}, has power {} now", name, power)});
     return {};
 }
 
@@ -278,14 +278,14 @@ Revocation PlanRevocation(Call& call, const SeveralRights& in)
     };
     Revocation revocation;
     for (const ObjectRight& right :
-         FindEach(in.ids, "rights on objects with these ids:", "`qvadmin objright list` shows those on one object",
-                  find, &ObjectRight::id)) {
+         FindEach(in.ids, Translatable("rights on objects with these ids:"),
+                  Translatable("`qvadmin objright list` shows those on one object"), find, &ObjectRight::id)) {
         revocation.ids.push_back(right.id);
-        revocation.lines.push_back("revoke " + Named(names, right));
+        revocation.lines.push_back(FillPattern("revoke {}", Named(names, right)));
     }
     revocation.removed = revocation.ids.size();
-    revocation.question = fmt::format("Revoke {}?", Counted(revocation.removed, "right"));
-    revocation.nothingDone = "nothing was revoked";
+    revocation.question = FillPattern("Revoke {}?", Counted(revocation.removed, "right"));
+    revocation.nothingDone = Translatable("nothing was revoked");
     return revocation;
 }
 
@@ -295,8 +295,8 @@ Result Revoke(Call& call, const SeveralRights& /*in*/, const Revocation& revocat
     for (const int id : revocation.ids) {
         rights.Revoke(id);
     }
-    const std::string revoked = Counted(revocation.ids.size(), "right");
-    call.Report({"objright", 0, revoked, "revoked", "revoked " + revoked});
+    const Sentence revoked = Counted(revocation.ids.size(), "right");
+    call.Report({"objright", 0, revoked, "revoked", FillPattern("revoked {}", revoked)});
     return {};
 }
 

@@ -44,7 +44,7 @@ int PowerFrom(const std::string& text)
         return *number;
     }
     throw Error(ErrorCode::invalid,
-                fmt::format("invalid power {}: expected a whole number from -2147483648 to 2147483647, 0x "
+                FillPattern("invalid power {}: expected a whole number from -2147483648 to 2147483647, 0x "
                             "and up to 8 hexadecimal digits, or unlimited",
                             Quoted(text)));
 }
@@ -55,7 +55,7 @@ std::uint32_t BitsFrom(const std::string& text)
     const std::optional<std::uint32_t> bits = hex ? hex : Read<std::uint32_t>(text, 10);
     if (!bits) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("invalid bits {}: expected a whole number from 0 to 4294967295, or 0x "
+                    FillPattern("invalid bits {}: expected a whole number from 0 to 4294967295, or 0x "
                                 "and up to 8 hexadecimal digits",
                                 Quoted(text)));
     }
@@ -67,7 +67,7 @@ std::uint32_t BitFrom(const std::string& text)
     const std::uint32_t bit = BitsFrom(text);
     if (!std::has_single_bit(bit)) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("--bit {} is not the value of one bit, such as 1, 2, 4 or 8; --mask "
+                    FillPattern("--bit {} is not the value of one bit, such as 1, 2, 4 or 8; --mask "
                                 "takes several",
                                 Quoted(text)));
     }

@@ -254,33 +254,33 @@ std::optional<int> PowerGiven(const std::optional<std::string>& power)
 
 // ---- Sentences ------------------------------------------------------------------------------------------------------
 
-std::string TextOf(const Function& function)
+Sentence TextOf(const Function& function)
 {
-    return fmt::format("the right {} {}", Quoted(function.genre), Quoted(function.name));
+    return FillPattern("the right {} {}", Quoted(function.genre), Quoted(function.name));
 }
 
 /// "the right 'mail' 'send' on view Main (id 1)".
-std::string TextOf(const RightRef& right)
+Sentence TextOf(const RightRef& right)
 {
-    return TextOf(right.function) + (right.on ? " on " + Named(*right.on) : "");
+    return right.on ? FillPattern("{} on {}", TextOf(right.function), Named(*right.on)) : TextOf(right.function);
 }
 
 [[noreturn]] void ThrowMissing(const RightRef& right)
 {
     throw Error(ErrorCode::notFound,
-                fmt::format("{} does not have {}; `qvadmin {}` shows what there is", Named(right.holder), TextOf(right),
+                FillPattern("{} does not have {}; `qvadmin {}` shows what there is", Named(right.holder), TextOf(right),
                             right.on ? "right on list" : "right list"));
 }
 
 [[noreturn]] void ThrowPresent(const RightRef& right)
 {
     throw Error(ErrorCode::conflict,
-                fmt::format("{} has {} already; `qvadmin {}` changes its power", Named(right.holder), TextOf(right),
+                FillPattern("{} has {} already; `qvadmin {}` changes its power", Named(right.holder), TextOf(right),
                             right.on ? "right on set" : "right set"));
 }
 
 /// What became of an item's right or rights.
-Outcome OutcomeOf(const Item& holder, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const Item& holder, std::string_view outcome, Sentence sentence)
 {
     return {"right", holder.key.id, Named(holder), outcome, std::move(sentence)};
 }
@@ -288,13 +288,13 @@ Outcome OutcomeOf(const Item& holder, std::string_view outcome, std::string sent
 void ReportGranted(Call& call, const RightRef& right, PermissionMask powers)
 {
     call.Report(OutcomeOf(right.holder, "granted",
-                          fmt::format("{} now has {}, power {}", Named(right.holder), TextOf(right), powers.power)));
+                          FillPattern("{} now has {}, power {}", Named(right.holder), TextOf(right), powers.power)));
 }
 
 void ReportSet(Call& call, const RightRef& right, int power, std::size_t rows)
 {
     call.Report(OutcomeOf(right.holder, "set",
-                          fmt::format("{} has {} with power {} now, in {}", Named(right.holder), TextOf(right), power,
+                          FillPattern("{} has {} with power {} now, in {}", Named(right.holder), TextOf(right), power,
                                       Counted(rows, "row"))));
 }
 
@@ -302,7 +302,7 @@ void ReportRevoked(Call& call, const RightRef& right, std::size_t rows)
 {
     call.Report(OutcomeOf(
         right.holder, "revoked",
-        fmt::format("{} no longer has {}; deleted {}", Named(right.holder), TextOf(right), Counted(rows, "row"))));
+        FillPattern("{} no longer has {}; deleted {}", Named(right.holder), TextOf(right), Counted(rows, "row"))));
 }
 
 // ---- Rights of items ------------------------------------------------------------------------------------------------
@@ -387,11 +387,11 @@ Revocation PlanRevocation(Call& call, const RightToRevoke& in)
     revocation.item = FindItem(call.Connection(), in.item);
     revocation.rows = Rights(call.Connection()).Of(revocation.item.key);
     revocation.removed = revocation.rows.size();
-    revocation.nothingDone = "no right was ended";
+    revocation.nothingDone = Translatable("no right was ended");
     if (revocation.removed != 0) {
-        const std::string rights = Counted(revocation.removed, "right");
-        revocation.lines.push_back(fmt::format("{} has {}", Named(revocation.item), rights));
-        revocation.question = fmt::format("End {} of {}?", rights, Named(revocation.item));
+        const Sentence rights = Counted(revocation.removed, "right");
+        revocation.lines.push_back(FillPattern("{} has {}", Named(revocation.item), rights));
+        revocation.question = FillPattern("End {} of {}?", rights, Named(revocation.item));
     }
     return revocation;
 }
@@ -409,7 +409,7 @@ void ReportLeft(Call& call, Rights& rights, const Item& item)
 {
     if (const std::size_t left = rights.Between(item.key, Side::holder).size(); left != 0) {
         call.Report(OutcomeOf(item, "unchanged",
-                              fmt::format("left alone: {} on other items; see `qvadmin right on list {}:id:{} --as "
+                              FillPattern("left alone: {} on other items; see `qvadmin right on list {}:id:{} --as "
                                           "holder`",
                                           Counted(left, "right"), TypeName(item.key.type), item.key.id)));
     }
@@ -424,13 +424,13 @@ Result Revoke(Call& call, const RightToRevoke& in, const Revocation& revocation)
     }
     const Item& item = revocation.item;
     if (revocation.rows.empty()) {
-        call.Report(OutcomeOf(item, "unchanged", fmt::format("{} has no rights of its own", Named(item))));
+        call.Report(OutcomeOf(item, "unchanged", FillPattern("{} has no rights of its own", Named(item))));
         ReportLeft(call, rights, item);
         return Unchanged();
     }
     rights.RevokeAll(item.key);
     call.Report(OutcomeOf(item, "revoked",
-                          fmt::format("ended {} of {}", Counted(revocation.rows.size(), "right"), Named(item))));
+                          FillPattern("ended {} of {}", Counted(revocation.rows.size(), "right"), Named(item))));
     ReportLeft(call, rights, item);
     return {};
 }
@@ -511,7 +511,7 @@ Result RevokeOn(Call& call, const OneRightOn& in)
 
 struct Clearing : Plan {
     ItemKey on{};
-    std::string what; ///< "the right 'mail' 'send' on view Main (id 1)"
+    Sentence what; ///< "the right 'mail' 'send' on view Main (id 1)"
     std::vector<RightOn> rows;
 
     bool operator==(const Clearing&) const = default;
@@ -524,17 +524,17 @@ Clearing PlanClearing(Call& call, const RightOnToClear& in)
     const Function function{in.genre, in.function};
     Clearing clearing;
     clearing.on = on.key;
-    clearing.what = fmt::format("{} on {}", TextOf(function), Named(on));
+    clearing.what = FillPattern("{} on {}", TextOf(function), Named(on));
     clearing.rows = Rights(conn).HeldOn(on.key, function);
     if (clearing.rows.empty()) {
-        throw Error(ErrorCode::notFound, fmt::format("nobody has {}", clearing.what));
+        throw Error(ErrorCode::notFound, FillPattern("nobody has {}", clearing.what));
     }
     NameCache names(conn);
     for (const RightOn& row : clearing.rows) {
-        clearing.lines.push_back(fmt::format("{} has it, power {}", Named(names.Find(row.holder)), row.powers.power));
+        clearing.lines.push_back(FillPattern("{} has it, power {}", Named(names.Find(row.holder)), row.powers.power));
     }
     clearing.removed = clearing.rows.size();
-    clearing.question = fmt::format("Delete {} in {}?", clearing.what, Counted(clearing.removed, "row"));
+    clearing.question = FillPattern("Delete {} in {}?", clearing.what, Counted(clearing.removed, "row"));
     return clearing;
 }
 
@@ -543,7 +543,7 @@ Result ClearOn(Call& call, const RightOnToClear& in, const Clearing& clearing)
     Rights(call.Connection()).RevokeOnFromAll(clearing.on, {in.genre, in.function});
     call.Report(
         {"right", clearing.on.id, clearing.what, "revoked",
-         fmt::format("nobody has {} any more; deleted {}", clearing.what, Counted(clearing.rows.size(), "row"))});
+         FillPattern("nobody has {} any more; deleted {}", clearing.what, Counted(clearing.rows.size(), "row"))});
     return {};
 }
 
@@ -609,7 +609,7 @@ void RequireRole(Rights& rights, const UserKey& user)
 {
     if (!rights.HasRole(user.id)) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("{} has no role of this system, and the role {} is missing, so no rights apply; "
+                    FillPattern("{} has no role of this system, and the role {} is missing, so no rights apply; "
                                 "`qvadmin role default --create` makes that role",
                                 Named(user), kDefaultRole));
     }

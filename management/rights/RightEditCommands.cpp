@@ -68,7 +68,7 @@ Edit ReadEdit(Rights& rights, Roles& roles, const std::string& text)
                                                : SplitPath(text.substr(0, equals));
     if (names.size() != 3) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is not an edit; write /ROLE/GENRE/FUNCTION=POWER", Quoted(text)));
+                    FillPattern("{} is not an edit; write /ROLE/GENRE/FUNCTION=POWER", Quoted(text)));
     }
     const std::string power = text.substr(equals + 1);
     Edit edit{FindRole(roles, names[0], {}), {names[1], names[2]}, {}, {}};
@@ -96,24 +96,24 @@ PlannedEdits PlanEdits(Call& call, const Edits& in)
     Rights rights(call.Connection());
     Roles roles(call.Connection());
     PlannedEdits plan;
-    plan.nothingDone = "no right was changed";
+    plan.nothingDone = Translatable("no right was changed");
     std::set<std::tuple<int, std::string, std::string>> seen;
     for (const std::string& text : in.edits) {
         Edit edit = ReadEdit(rights, roles, text);
         if (!seen.emplace(edit.role.id, edit.function.genre, edit.function.name).second) {
             throw Error(ErrorCode::invalid,
-                        fmt::format("two edits are about the right {} of {}", edit.Right(), Named(edit.role)));
+                        FillPattern("two edits are about the right {} of {}", edit.Right(), Named(edit.role)));
         }
         if (!edit.ChangesSomething()) {
             continue;
         }
-        plan.lines.push_back(fmt::format("{}: {} from {} to {}", Named(edit.role), edit.Right(), PowersBefore(edit),
+        plan.lines.push_back(FillPattern("{}: {} from {} to {}", Named(edit.role), edit.Right(), PowersBefore(edit),
                                          edit.power ? std::to_string(*edit.power) : std::string(kNone)));
         plan.removed += edit.power ? 0 : edit.found.size();
         plan.edits.push_back(std::move(edit));
     }
     if (!plan.edits.empty()) {
-        plan.question = fmt::format("Change {}?", Counted(plan.edits.size(), "right"));
+        plan.question = FillPattern("Change {}?", Counted(plan.edits.size(), "right"));
     }
     return plan;
 }
@@ -132,10 +132,10 @@ Result Apply(Call& call, const Edits& /*in*/, const PlannedEdits& plan)
         }
     }
     if (plan.edits.empty()) {
-        call.Report({"right", 0, "", "unchanged", "every right is as it is to be"});
+        call.Report({"right", 0, "", "unchanged", Translatable("every right is as it is to be")});
         return Unchanged();
     }
-    call.Report({"right", 0, "", "changed", fmt::format("changed {}", Counted(plan.edits.size(), "right"))});
+    call.Report({"right", 0, "", "changed", FillPattern("changed {}", Counted(plan.edits.size(), "right"))});
     return {};
 }
 

@@ -132,7 +132,7 @@ constexpr Column kOfUserColumns[] = {{"id", Kind::number},     {"name"},
 
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
-Outcome OutcomeOf(const RoleKey& role, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const RoleKey& role, std::string_view outcome, Sentence sentence)
 {
     return {"role", role.id, role.name, outcome, std::move(sentence)};
 }
@@ -141,7 +141,7 @@ Record AsRecord(Roles& roles, const RoleKey& role)
 {
     const std::optional<RoleData> data = roles.Load(role.id);
     if (!data) {
-        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(role)));
+        throw Error(ErrorCode::notFound, FillPattern("{} has just been deleted", Named(role)));
     }
     std::int64_t members = 0;
     roles.UsersOf({kItemTypeRole, role.id}, [&members](const LinkedUser&) { return ++members > 0; });
@@ -207,7 +207,7 @@ Result ShowDefault(Call& call, const DefaultRole& /*in*/)
     const std::optional<RoleKey> everyone = roles.Default();
     if (!everyone) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no role {}; `qvadmin role default --create` makes it", kDefaultRole));
+                    FillPattern("there is no role {}; `qvadmin role default --create` makes it", kDefaultRole));
     }
     return ResultOf(AsRecord(roles, *everyone));
 }
@@ -229,10 +229,10 @@ Result Set(Call& call, const RoleToSet& in)
     Roles roles(call.Connection());
     const RoleKey role = FindRole(roles, in.role, in.Scope());
     if (!ChangeRole(roles, role, in.name, in.description)) {
-        call.Report(OutcomeOf(role, "unchanged", fmt::format("nothing to change in {}", Named(role))));
+        call.Report(OutcomeOf(role, "unchanged", FillPattern("nothing to change in {}", Named(role))));
         return Unchanged();
     }
-    call.Report(OutcomeOf(role, "changed", fmt::format("changed {}", Named(role))));
+    call.Report(OutcomeOf(role, "changed", FillPattern("changed {}", Named(role))));
     return {};
 }
 
@@ -250,16 +250,16 @@ Deletion PlanDeletion(Call& call, const SeveralRoles& in)
     for (const RoleKey& role : deletion.roles) {
         if (IsProtected(roles, role)) {
             throw Error(ErrorCode::isProtected,
-                        fmt::format("{} is the role of every user and stays; nothing was deleted", Named(role)));
+                        FillPattern("{} is the role of every user and stays; nothing was deleted", Named(role)));
         }
     }
     deletion.removed = deletion.roles.size();
     for (const RoleKey& role : deletion.roles) {
         const std::vector<Reference> references = roles.References(role.id);
         deletion.removed += CountOf(references);
-        deletion.lines.push_back(fmt::format("delete {}{}", Named(role), WithReferences(references)));
+        deletion.lines.push_back(FillPattern("delete {}{}", Named(role), WithReferences(references)));
     }
-    deletion.question = fmt::format("Delete {}?", Counted(deletion.roles.size(), "role"));
+    deletion.question = FillPattern("Delete {}?", Counted(deletion.roles.size(), "role"));
     return deletion;
 }
 
@@ -270,7 +270,7 @@ Result Delete(Call& call, const SeveralRoles& /*in*/, const Deletion& deletion)
         roles.Delete(role.id);
     }
     const RoleKey named = deletion.roles.size() == 1 ? deletion.roles.front() : RoleKey{};
-    call.Report(OutcomeOf(named, "deleted", fmt::format("deleted {}", Counted(deletion.roles.size(), "role"))));
+    call.Report(OutcomeOf(named, "deleted", FillPattern("deleted {}", Counted(deletion.roles.size(), "role"))));
     return {};
 }
 
@@ -278,12 +278,14 @@ Result Delete(Call& call, const SeveralRoles& /*in*/, const Deletion& deletion)
 struct LinkChange {
     bool (Roles::*change)(ItemKey, int); ///< gives whether there was anything to do
     std::string_view outcome;
-    std::string_view done;
-    std::string_view notNeeded;
+    Pattern<2> done;
+    Pattern<2> notNeeded;
 };
 
-constexpr LinkChange kAdding = {&Roles::Link, "added", "now has", "already has"};
-constexpr LinkChange kRemoving = {&Roles::Unlink, "removed", "no longer has", "was not linked to"};
+constexpr LinkChange kAdding = {&Roles::Link, "added", Translatable("{} now has {}"),
+                                Translatable("{} already has {}")};
+constexpr LinkChange kRemoving = {&Roles::Unlink, "removed", Translatable("{} no longer has {}"),
+                                  Translatable("{} was not linked to {}")};
 
 /// A role, and the users who are to get or lose it.
 struct Links : ChosenUsers {
@@ -292,8 +294,10 @@ struct Links : ChosenUsers {
     bool operator==(const Links&) const = default;
 };
 
-constexpr ChoiceMessages kAddingMessages = {"Give the role to {}?", "nobody was given the role"};
-constexpr ChoiceMessages kRemovingMessages = {"Take the role from {}?", "the role was taken from nobody", true};
+constexpr ChoiceMessages kAddingMessages = {Translatable("Give the role to {}?"),
+                                            Translatable("nobody was given the role")};
+constexpr ChoiceMessages kRemovingMessages = {Translatable("Take the role from {}?"),
+                                              Translatable("the role was taken from nobody"), true};
 
 Links PlanLinks(Call& call, const RoleAndUsers& in, const ChoiceMessages& messages)
 {
@@ -316,7 +320,7 @@ Result ChangeMembers(Call& call, const Links& links, const LinkChange& change)
     for (const UserKey& user : links.users) {
         const bool isChanged = (roles.*change.change)({kItemTypeRole, role.id}, user.id);
         call.Report({"user", user.id, user.login, isChanged ? change.outcome : "unchanged",
-                     fmt::format("{} {} {}", Named(user), isChanged ? change.done : change.notNeeded, Named(role))});
+                     FillPattern(isChanged ? change.done : change.notNeeded, Named(user), Named(role))});
         result.isChanged = result.isChanged || isChanged;
     }
     return result;
@@ -336,7 +340,7 @@ Result CreateDefault(Call& call, const DefaultRole& in)
         RoleData role;
         role.name = kDefaultRole;
         const RoleKey created{CreateRole(roles, role), role.name};
-        call.Report(OutcomeOf(created, "created", fmt::format("created {}", Named(created))));
+        call.Report(OutcomeOf(created, "created", FillPattern("created {}", Named(created))));
     }
     Result result = ShowDefault(call, in);
     result.isChanged = isMissing;

@@ -61,7 +61,7 @@ RoleKey FindById(Roles& roles, int id)
 {
     const std::optional<RoleData> role = roles.Load(id);
     if (!role) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no role with id {}; `qvadmin role list` shows all", id));
+        throw Error(ErrorCode::notFound, FillPattern("there is no role with id {}; `qvadmin role list` shows all", id));
     }
     return {id, role->name};
 }
@@ -76,14 +76,14 @@ void RequireFreeRoleName(Roles& roles, const std::string& name, const RoleScope&
     for (const RoleKey& other : roles.FindAll(name, scope)) {
         if (other.id != except) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("the role name {} is taken by {}", Quoted(name), Named(other)));
+                        FillPattern("the role name {} is taken by {}", Quoted(name), Named(other)));
         }
     }
     const std::string others =
         fmt::format("Col_AppName = '{}' AND Col_DomainID = {} AND Col_ID <> {}",
                     EscapeLiteral(roles.Connection(), scope.application).View(), scope.domainId, except.value_or(0));
     if (const std::optional<RowName> other = FindConfused(roles.Connection(), "qv_Role", name, others)) {
-        ThrowConfused("role name", name, *other);
+        ThrowConfused(Translatable("role name"), name, *other);
     }
 }
 
@@ -94,7 +94,7 @@ void RequireNoOtherDefault(Roles& roles, int id, const std::string& name)
     const std::optional<RoleKey> everyone = roles.Default();
     if (everyone && everyone->id == id && name != kDefaultRole) {
         throw Error(ErrorCode::isProtected,
-                    fmt::format("this database takes the role name {} for that of the role of every user; nothing was "
+                    FillPattern("this database takes the role name {} for that of the role of every user; nothing was "
                                 "changed, choose another",
                                 Quoted(name)));
     }
@@ -105,11 +105,11 @@ void CheckNewName(Roles& roles, const RoleKey& role, const RoleData& stored, con
     CheckName("role", name);
     if (IsProtected(roles, role)) {
         throw Error(ErrorCode::isProtected,
-                    fmt::format("{} is the role of every user and keeps its name", Named(role)));
+                    FillPattern("{} is the role of every user and keeps its name", Named(role)));
     }
     RequireFreeRoleName(roles, name, stored.scope, role.id);
     if (IsDefaultName(name, stored.scope)) {
-        throw Error(ErrorCode::isProtected, fmt::format("{} would become the role of every user, with all its rights; "
+        throw Error(ErrorCode::isProtected, FillPattern("{} would become the role of every user, with all its rights; "
                                                         "`qvadmin role default --create` makes that role",
                                                         Named(role)));
     }
@@ -415,7 +415,7 @@ void Roles::RequireDistinctTitle(int groupId, int userId, std::string_view title
     const std::string condition = ConditionOn(groupId, userId);
     if (const auto other = FindConfused(m_conn, "qv_JobTitle", "Col_DQvItemID", "Col_JobTitle", title, condition)) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("this database takes the title {} for equal to {}, which user {} holds; nothing was "
+                    FillPattern("this database takes the title {} for equal to {}, which user {} holds; nothing was "
                                 "changed, see what `qvadmin db status` says",
                                 Quoted(title), Quoted(other->name), userId));
     }
@@ -451,13 +451,13 @@ void Roles::TakeTitle(int groupId, int userId, std::string_view title)
 
 RoleKey FindRole(Roles& roles, const std::string& argument, const RoleScope& scope)
 {
-    if (const std::optional<int> id = IdIn(argument, "a role")) {
+    if (const std::optional<int> id = IdIn(argument, Translatable("a role"))) {
         return FindById(roles, *id);
     }
     const std::vector<RoleKey> found = roles.FindAll(argument, scope);
     if (found.empty()) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no role {} of {} in domain {}; `qvadmin role list` shows all",
+                    FillPattern("there is no role {} of {} in domain {}; `qvadmin role list` shows all",
                                 Quoted(argument), Visible(scope.application), scope.domainId));
     }
     if (found.size() > 1) {
@@ -474,7 +474,7 @@ RoleKey FindRole(Roles& roles, const std::string& argument, const RoleScope& sco
 std::vector<RoleKey> FindRoles(Roles& roles, const std::vector<std::string>& arguments, const RoleScope& scope)
 {
     return FindEach(
-        arguments, "roles", "`qvadmin role list` shows all",
+        arguments, Translatable("roles"), Translatable("`qvadmin role list` shows all"),
         [&](const std::string& argument) { return FindRole(roles, argument, scope); }, &RoleKey::id);
 }
 
@@ -485,13 +485,13 @@ int CreateRole(Roles& roles, const RoleData& role)
     // The module looks for the default role in all domains, so there must not be another one in any.
     const std::optional<RoleKey> everyone = roles.Default();
     if (everyone && IsDefaultName(role.name, role.scope)) {
-        throw Error(ErrorCode::conflict, fmt::format("there is the role of every user already: {}", Named(*everyone)));
+        throw Error(ErrorCode::conflict, FillPattern("there is the role of every user already: {}", Named(*everyone)));
     }
     // Whether it is the default role must not depend on whether case counts for the engine.
     if (IsDefaultName(role.name, role.scope) &&
         (role.name != kDefaultRole || role.scope.application != kOwnApplication)) {
         throw Error(ErrorCode::isProtected,
-                    fmt::format("some databases would take the role {} of {} for the role of every user; `qvadmin role "
+                    FillPattern("some databases would take the role {} of {} for the role of every user; `qvadmin role "
                                 "default --create` makes that role",
                                 Quoted(role.name), Visible(role.scope.application)));
     }
@@ -505,7 +505,7 @@ bool ChangeRole(Roles& roles, const RoleKey& role, const std::optional<std::stri
 {
     const std::optional<RoleData> stored = roles.Load(role.id);
     if (!stored) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no role with id {} any more", role.id));
+        throw Error(ErrorCode::notFound, FillPattern("there is no role with id {} any more", role.id));
     }
     const std::string newName = name.value_or(stored->name);
     const std::string newDescription = description.value_or(stored->description);
@@ -531,6 +531,6 @@ bool IsProtected(Roles& roles, const RoleKey& role)
            (data && data->name == kDefaultRole && data->scope.application == kOwnApplication);
 }
 
-std::string Named(const RoleKey& role) { return fmt::format("{} (role {})", Visible(role.name), role.id); }
+Sentence Named(const RoleKey& role) { return FillPattern("{} (role {})", Visible(role.name), role.id); }
 
 } // namespace management

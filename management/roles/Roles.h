@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Sentence.h"
 #include "management/organisation/Organisation.h"
 #include "management/users/Directory.h"
 #include "platform/CString.h"
@@ -180,6 +181,6 @@ bool ChangeRole(Roles& roles, const RoleKey& role, const std::optional<std::stri
 bool IsProtected(Roles& roles, const RoleKey& role);
 
 /// "NAME (role N)", for sentences.
-std::string Named(const RoleKey& role);
+Sentence Named(const RoleKey& role);
 
 } // namespace management

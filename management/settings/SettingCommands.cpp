@@ -9,7 +9,7 @@ namespace management::settings {
 
 namespace {
 
-constexpr std::string_view kNothingDone = "nothing was changed";
+constexpr const char* kNothingDone = Translatable("nothing was changed");
 constexpr std::string_view kNameHelp = "name of the setting";
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
@@ -103,22 +103,21 @@ constexpr Column kShowKeyColumns[] = {{"set", Kind::flag}, {"key", Kind::secret}
 
 // ---- Sentences ------------------------------------------------------------------------------------------------------
 
-std::string Described(const Setting& setting)
+Sentence Described(const Setting& setting)
 {
-    return fmt::format("{} of {}", Visible(setting.name),
-                       setting.genre.empty() ? "no genre" : "genre " + Quoted(setting.genre));
+    return setting.genre.empty() ? FillPattern("{} of no genre", Visible(setting.name))
+                                 : FillPattern("{} of genre {}", Visible(setting.name), Quoted(setting.genre));
 }
 
-std::string Enumerated(const std::vector<Setting>& settings)
+Sentence Enumerated(const std::vector<Setting>& settings)
 {
-    std::string list;
-    for (const Setting& setting : settings) {
-        list += (list.empty() ? "" : ", ") + Described(setting);
-    }
-    return list;
+    std::vector<Sentence> list;
+    std::ranges::transform(settings, std::back_inserter(list),
+                           [](const Setting& setting) { return Described(setting); });
+    return Joined(list, ", ");
 }
 
-Outcome OutcomeOf(const std::string& name, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const std::string& name, std::string_view outcome, Sentence sentence)
 {
     return {"setting", 0, name, outcome, std::move(sentence)};
 }
@@ -127,7 +126,7 @@ void ThrowIfKey(const std::string& name, std::string_view verb)
 {
     if (Settings::IsKey(name)) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("{} is a secret; `qvadmin setting encryption-key {}` is for it", Visible(name), verb));
+                    FillPattern("{} is a secret; `qvadmin setting encryption-key {}` is for it", Visible(name), verb));
     }
 }
 
@@ -145,8 +144,8 @@ std::vector<Setting> FindSettings(Settings& settings, const SettingRef& ref)
     }
     if (found.empty()) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no setting {}{}; `qvadmin setting list` shows all", Quoted(ref.name),
-                                ref.genre ? " of genre " + Quoted(*ref.genre) : ""));
+                    FillPattern("there is no setting {}{}; `qvadmin setting list` shows all", Quoted(ref.name),
+                                ref.genre ? FillPattern(" of genre {}", Quoted(*ref.genre)) : ""));
     }
     return found;
 }
@@ -169,7 +168,7 @@ Result Get(Call& call, const SettingRef& in)
     const std::vector<Setting> found = FindSettings(settings, in);
     if (found.size() > 1) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} is ambiguous: {}; say which with --genre", Quoted(in.name), Enumerated(found)));
+                    FillPattern("{} is ambiguous: {}; say which with --genre", Quoted(in.name), Enumerated(found)));
     }
     const Setting& setting = found.front();
     return ResultOf(Record{{"genre", setting.genre}, {"name", setting.name}, {"value", setting.value}});
@@ -181,13 +180,13 @@ Setting Store(Settings& settings, const SettingToSet& in)
     const std::vector<Setting> present = settings.Named(in.name);
     if (present.size() > 1) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} is the name of {} settings ({}), and a change would reach all of them",
+                    FillPattern("{} is the name of {} settings ({}), and a change would reach all of them",
                                 Quoted(in.name), present.size(), Enumerated(present)));
     }
     if (present.empty() && !in.genre) {
         throw Error(
             ErrorCode::invalid,
-            fmt::format("there is no setting {} yet; say with --genre which genre it is to be of", Quoted(in.name)));
+            FillPattern("there is no setting {} yet; say with --genre which genre it is to be of", Quoted(in.name)));
     }
     if (present.empty() || (in.genre && *in.genre != present.front().genre)) {
         settings.Insert(in.name, in.value, *in.genre);
@@ -205,7 +204,7 @@ Result Set(Call& call, const SettingToSet& in)
     }
     Settings settings(call.Connection());
     const Setting stored = Store(settings, in);
-    call.Report(OutcomeOf(stored.name, "set", fmt::format("set {}", Described(stored))));
+    call.Report(OutcomeOf(stored.name, "set", FillPattern("set {}", Described(stored))));
     return {};
 }
 
@@ -215,10 +214,11 @@ struct Deletion : Plan {
     bool operator==(const Deletion&) const = default;
 };
 
-std::string Described(const Deletion& deletion)
+Sentence Described(const Deletion& deletion)
 {
     const std::size_t rows = deletion.settings.size();
-    return Described(deletion.settings.front()) + (rows > 1 ? fmt::format(" ({} rows)", rows) : "");
+    const Sentence described = Described(deletion.settings.front());
+    return rows > 1 ? FillPattern("{} ({} rows)", described, rows) : described;
 }
 
 Deletion PlanDeletion(Call& call, const SettingToDelete& in)
@@ -226,7 +226,7 @@ Deletion PlanDeletion(Call& call, const SettingToDelete& in)
     Settings settings(call.Connection());
     Deletion deletion;
     deletion.settings = FindSettings(settings, {in.name, in.genre});
-    deletion.question = fmt::format("Delete the setting {}?", Described(deletion));
+    deletion.question = FillPattern("Delete the setting {}?", Described(deletion));
     deletion.removed = deletion.settings.size();
     deletion.nothingDone = kNothingDone;
     return deletion;
@@ -236,7 +236,7 @@ Result Delete(Call& call, const SettingToDelete& /*in*/, const Deletion& deletio
 {
     const Setting& setting = deletion.settings.front();
     Settings(call.Connection()).Delete(setting.name, setting.genre);
-    call.Report(OutcomeOf(setting.name, "deleted", fmt::format("deleted {}", Described(deletion))));
+    call.Report(OutcomeOf(setting.name, "deleted", FillPattern("deleted {}", Described(deletion))));
     return {};
 }
 
@@ -260,7 +260,7 @@ Result SetThreads(Call& call, const ThreadCounts& in)
     if (in.task) {
         settings.SetTaskThreads(*in.task);
     }
-    call.Report(OutcomeOf("threads", "set", "set the thread counts"));
+    call.Report(OutcomeOf("threads", "set", Translatable("set the thread counts")));
     return {};
 }
 
@@ -300,7 +300,7 @@ PicturePlan PlanPicture(Call& call, const Picture& in)
     plan.nothingDone = kNothingDone;
     if (in.allUsers) {
         plan.users = static_cast<std::size_t>(call.Directory().Count());
-        plan.question = fmt::format("Replace the picture of {}?", Counted(plan.users, "user"));
+        plan.question = FillPattern("Replace the picture of {}?", Counted(plan.users, "user"));
         plan.removed = plan.users;
     }
     return plan;
@@ -315,8 +315,8 @@ Result SetPicture(Call& call, const Picture& in, const PicturePlan& plan)
     }
     call.Report(OutcomeOf("picture", "set",
                           in.allUsers
-                              ? fmt::format("set the display picture, also that of {}", Counted(plan.users, "user"))
-                              : "set the display picture"));
+                              ? FillPattern("set the display picture, also that of {}", Counted(plan.users, "user"))
+                              : Translatable("set the display picture")));
     return {};
 }
 
@@ -335,14 +335,15 @@ Result ShowKey(Call& call, const Reveal& in)
 // The key is asked for before the transaction: nobody is to wait for somebody's typing.
 Result SetKey(Call& call, const ArgumentSource& /*source*/)
 {
-    const Secret key = call.Front().ObtainSecret({"key", "New encryption key", true, "--key-stdin or --key-file"});
+    const Secret key =
+        call.Front().ObtainSecret({"key", Translatable("New encryption key"), true, "--key-stdin or --key-file"});
     if (key.View().empty()) {
         throw Error(ErrorCode::invalid,
                     "the key is empty; `qvadmin setting delete EncryptKey` deletes the present one");
     }
     Change change(call);
     Settings(call.Connection()).SetEncryptionKey(key);
-    call.Report(OutcomeOf("EncryptKey", "set", "set the encryption key"));
+    call.Report(OutcomeOf("EncryptKey", "set", Translatable("set the encryption key")));
     change.Finish();
     return {};
 }

@@ -194,7 +194,7 @@ void Settings::SetEncryptionKey(const Secret& key)
     const std::vector<Setting> present = Named(kEncryptionKey);
     if (present.size() > 1) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("there are {} settings {}, of which readers take any; delete them with `qvadmin "
+                    FillPattern("there are {} settings {}, of which readers take any; delete them with `qvadmin "
                                 "setting delete {} --genre ...` first",
                                 present.size(), kEncryptionKey, kEncryptionKey));
     }

@@ -81,12 +81,10 @@ TitleRef FindTitle(Call& call, const Organisation& organisation, const OneTitle&
 }
 
 /// "amy (id 1) now holds 'Lead' in /Main/Sales (id 2)".
-Outcome OutcomeOf(const Organisation& organisation, const TitleRef& title, std::string_view outcome,
-                  std::string_view verb)
+Outcome OutcomeOf(const Organisation& organisation, const TitleRef& title, std::string_view outcome, Pattern<3> pattern)
 {
-    return {
-        "user", title.user.id, title.user.login, outcome,
-        fmt::format("{} {} {} in {}", Named(title.user), verb, Quoted(title.title), organisation.Named(title.group))};
+    return {"user", title.user.id, title.user.login, outcome,
+            FillPattern(pattern, Named(title.user), Quoted(title.title), organisation.Named(title.group))};
 }
 
 // ---- Reading --------------------------------------------------------------------------------------------------------
@@ -129,12 +127,12 @@ Result Give(Call& call, const TitleToGive& in)
     Roles roles(call.Connection());
     const TitleRef title = FindTitle(call, organisation, in);
     if (roles.HoldsTitle(title.group.id, title.user.id, title.title)) {
-        call.Report(OutcomeOf(organisation, title, "unchanged", "already holds"));
+        call.Report(OutcomeOf(organisation, title, "unchanged", Translatable("{} already holds {} in {}")));
         return Unchanged();
     }
     roles.GiveTitle({title.group.id, title.user.id, title.title, in.description.value_or(""), title.user.login,
                      call.Directory().NameOfId(title.user.id)});
-    call.Report(OutcomeOf(organisation, title, "given", "now holds"));
+    call.Report(OutcomeOf(organisation, title, "given", Translatable("{} now holds {} in {}")));
     return {};
 }
 
@@ -144,11 +142,11 @@ Result Take(Call& call, const OneTitle& in)
     Roles roles(call.Connection());
     const TitleRef title = FindTitle(call, organisation, in);
     if (!roles.HoldsTitle(title.group.id, title.user.id, title.title)) {
-        call.Report(OutcomeOf(organisation, title, "unchanged", "did not hold"));
+        call.Report(OutcomeOf(organisation, title, "unchanged", Translatable("{} did not hold {} in {}")));
         return Unchanged();
     }
     roles.TakeTitle(title.group.id, title.user.id, title.title);
-    call.Report(OutcomeOf(organisation, title, "taken", "no longer holds"));
+    call.Report(OutcomeOf(organisation, title, "taken", Translatable("{} no longer holds {} in {}")));
     return {};
 }
 

@@ -45,7 +45,7 @@ ChosenUsers ChooseUsers(Call& call, const UsersInput& input, const ChoiceMessage
     chosen.users = SelectedUsers(call.Connection(), UserSelection(call.Connection(), input));
     if (!chosen.users.empty()) {
         ListUsersIn(chosen, chosen.users);
-        chosen.question = fmt::format(fmt::runtime(messages.question), chosen.lines.back());
+        chosen.question = FillPattern(messages.question, chosen.lines.back());
         chosen.removed = messages.removes ? chosen.users.size() : 0;
     }
     return chosen;
@@ -53,7 +53,7 @@ ChosenUsers ChooseUsers(Call& call, const UsersInput& input, const ChoiceMessage
 
 Result NobodySelected(Call& call)
 {
-    call.Report({"user", 0, "", "unchanged", "nobody fits the selection; nothing was changed"});
+    call.Report({"user", 0, "", "unchanged", Translatable("nobody fits the selection; nothing was changed")});
     return Unchanged();
 }
 

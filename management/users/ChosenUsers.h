@@ -33,9 +33,9 @@ struct ChosenUsers : Plan {
 
 /// What is said of a command that changes users.
 struct ChoiceMessages {
-    std::string_view question;    ///< with {} for how many, such as "Lock {}?"
-    std::string_view nothingDone; ///< such as "nobody was locked"
-    bool removes = false;         ///< whether more than a few are confirmed by their number
+    Pattern<1> question;     ///< with {} for how many, such as "Lock {}?"
+    const char* nothingDone; ///< such as "nobody was locked"
+    bool removes = false;    ///< whether more than a few are confirmed by their number
 };
 
 /// @param messages  outlives what comes back. @throws Error as FindUsers and UserSelection do.

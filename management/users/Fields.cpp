@@ -82,7 +82,7 @@ int StoredNumber(const Stored& value)
 
 [[noreturn]] void ThrowInvalid(const Field& field, const std::string& text, std::string_view expected)
 {
-    throw Error(ErrorCode::invalid, fmt::format("{} {} is not {}", field.name, Quoted(text), expected));
+    throw Error(ErrorCode::invalid, FillPattern("{} {} is not {}", field.name, Quoted(text), Sentence(expected)));
 }
 
 std::string ParseSex(const Field& field, const std::string& text)
@@ -103,7 +103,7 @@ std::string ParseNumber(const Field& field, const std::string& text)
     }
     const std::optional<int> number = AsNumber(text);
     if (!number) {
-        ThrowInvalid(field, text, "a whole number");
+        ThrowInvalid(field, text, Translatable("a whole number"));
     }
     return std::to_string(*number);
 }
@@ -120,7 +120,7 @@ std::string ParseFlag(const Field& field, const std::string& text)
             return "0";
         }
     }
-    ThrowInvalid(field, text, "yes or no");
+    ThrowInvalid(field, text, Translatable("yes or no"));
 }
 
 std::optional<COleDateTime> ReadDate(std::string_view text)
@@ -146,7 +146,7 @@ Stored ParseDate(const Field& field, const std::string& text)
     // From year 1000 on all engines and the C library agree on four digits.
     const std::optional<COleDateTime> date = ReadDate(text);
     if (text.size() != 10 || !date || date->GetYear() < 1000) {
-        ThrowInvalid(field, text, "a date (YYYY-MM-DD)");
+        ThrowInvalid(field, text, Translatable("a date (YYYY-MM-DD)"));
     }
     return text;
 }

@@ -251,7 +251,7 @@ Record Load(Call& call, const UserKey& user)
 {
     const std::optional<FieldValues> values = call.Directory().Load(user.id);
     if (!values) {
-        throw Error(ErrorCode::notFound, fmt::format("{} has just been deleted", Named(user)));
+        throw Error(ErrorCode::notFound, FillPattern("{} has just been deleted", Named(user)));
     }
     return AsRecord(user.id, *values);
 }
@@ -290,7 +290,7 @@ Result Exists(Call& call, const OneLogin& in) { return Verdict(call.Directory().
 
 // ---- Changing -------------------------------------------------------------------------------------------------------
 
-Outcome OutcomeOf(const UserKey& user, std::string_view outcome, std::string sentence)
+Outcome OutcomeOf(const UserKey& user, std::string_view outcome, Sentence sentence)
 {
     return {"user", user.id, user.login, outcome, std::move(sentence)};
 }
@@ -326,10 +326,10 @@ bool SetOne(Call& call, const UserKey& user, const FieldValues& values, std::opt
     const bool isChanged = ChangeUser(call.Directory(), user.id, values);
     const bool isMoved = department && department->Place(user.id, before);
     if (!isChanged && !isMoved) {
-        call.Report(OutcomeOf(user, "unchanged", fmt::format("nothing to change in {}", Named(user))));
+        call.Report(OutcomeOf(user, "unchanged", FillPattern("nothing to change in {}", Named(user))));
         return false;
     }
-    call.Report(OutcomeOf(user, "changed", fmt::format("changed {}", Named(user))));
+    call.Report(OutcomeOf(user, "changed", FillPattern("changed {}", Named(user))));
     return true;
 }
 
@@ -356,7 +356,7 @@ struct Renaming : Plan {
 Renaming PlanRenaming(Call& call, const UserToRename& in)
 {
     Renaming renaming;
-    renaming.nothingDone = "nobody was renamed";
+    renaming.nothingDone = Translatable("nobody was renamed");
     renaming.user = FindUser(call.Directory(), in.user);
     renaming.spoilsPassword = WouldSpoilPassword(call.Directory(), renaming.user, in.login);
     return renaming;
@@ -373,20 +373,22 @@ std::optional<Secret> NewPassword(Call& call, const UserToRename& in, const Rena
         if (!renaming.spoilsPassword || in.dropPassword || !call.Front().CanAsk()) {
             return std::nullopt;
         }
-        call.Front().Explain(fmt::format("The password of {} does not fit another login name.", Named(renaming.user)));
+        call.Front().Explain(FillPattern("The password of {} does not fit another login name.", Named(renaming.user)));
     }
-    Secret password = call.Front().ObtainSecret({"password", "New password of " + Visible(in.login), true, ""});
+    Secret password =
+        call.Front().ObtainSecret({"password", FillPattern("New password of {}", Visible(in.login)), true, ""});
     if (password.View().empty()) {
         throw Error(ErrorCode::invalid, "the password is empty; nobody was renamed");
     }
     return password;
 }
 
-std::string_view PasswordMessage(PasswordFate fate, bool isReplaced)
+Sentence PasswordMessage(PasswordFate fate, bool isReplaced)
 {
-    return isReplaced                      ? "; the new password is set"
-           : fate == PasswordFate::dropped ? "; the password is dropped, and nobody can log in until a new one is set"
-                                           : "";
+    return isReplaced ? Translatable("; the new password is set")
+           : fate == PasswordFate::dropped
+               ? Translatable("; the password is dropped, and nobody can log in until a new one is set")
+               : "";
 }
 
 Result Rename(Call& call, const UserToRename& in, const Renaming& renaming, const std::optional<Secret>& password)
@@ -403,7 +405,7 @@ Result Rename(Call& call, const UserToRename& in, const Renaming& renaming, cons
     }
     const bool isChanged = user.login != in.login || password;
     call.Report(OutcomeOf(user, isChanged ? "renamed" : "unchanged",
-                          fmt::format("renamed {} to {}{}", Named(user), Visible(in.login),
+                          FillPattern("renamed {} to {}{}", Named(user), Visible(in.login),
                                       PasswordMessage(fate, password.has_value()))));
     return isChanged ? Result() : Unchanged();
 }
@@ -417,8 +419,8 @@ bool IsLocked(Directory& directory, const UserKey& user)
     return isLocked != nullptr && *isLocked;
 }
 
-constexpr ChoiceMessages kLocking = {"Lock {}?", "nobody was locked"};
-constexpr ChoiceMessages kUnlocking = {"Unlock {}?", "nobody was unlocked"};
+constexpr ChoiceMessages kLocking = {Translatable("Lock {}?"), Translatable("nobody was locked")};
+constexpr ChoiceMessages kUnlocking = {Translatable("Unlock {}?"), Translatable("nobody was unlocked")};
 
 ChosenUsers PlanLock(Call& call, const UsersInput& in) { return ChooseUsers(call, in, kLocking); }
 ChosenUsers PlanUnlock(Call& call, const UsersInput& in) { return ChooseUsers(call, in, kUnlocking); }
@@ -433,7 +435,9 @@ Result SetLocked(Call& call, const ChosenUsers& chosen, bool isLocked)
         const bool isChanged = IsLocked(call.Directory(), user) != isLocked;
         call.Directory().SetLocked(user.id, isLocked);
         const std::string_view done = isLocked ? "locked" : "unlocked";
-        call.Report(OutcomeOf(user, isChanged ? done : "unchanged", fmt::format("{} {}", done, Named(user))));
+        call.Report(
+            OutcomeOf(user, isChanged ? done : "unchanged",
+                      isLocked ? FillPattern("locked {}", Named(user)) : FillPattern("unlocked {}", Named(user))));
         result.isChanged = result.isChanged || isChanged;
     }
     return result;
@@ -442,7 +446,7 @@ Result SetLocked(Call& call, const ChosenUsers& chosen, bool isLocked)
 Result Lock(Call& call, const UsersInput& /*in*/, const ChosenUsers& users) { return SetLocked(call, users, true); }
 Result Unlock(Call& call, const UsersInput& /*in*/, const ChosenUsers& users) { return SetLocked(call, users, false); }
 
-constexpr ChoiceMessages kDeleting = {"Delete {}?", "nothing was deleted"};
+constexpr ChoiceMessages kDeleting = {Translatable("Delete {}?"), Translatable("nothing was deleted")};
 
 /// Also of users who are named, since more goes than they.
 ChosenUsers PlanDeletion(Call& call, const UsersInput& in)
@@ -454,7 +458,7 @@ ChosenUsers PlanDeletion(Call& call, const UsersInput& in)
     const auto builtIn = std::ranges::find_if(deletion.users, IsBuiltIn);
     if (builtIn != deletion.users.end()) {
         throw Error(ErrorCode::isProtected,
-                    fmt::format("{} is the built-in administrator and cannot be deleted; nothing was deleted",
+                    FillPattern("{} is the built-in administrator and cannot be deleted; nothing was deleted",
                                 Named(*builtIn)));
     }
     deletion.lines.clear();
@@ -462,9 +466,9 @@ ChosenUsers PlanDeletion(Call& call, const UsersInput& in)
     for (const UserKey& user : deletion.users) {
         const std::vector<Reference> references = call.Directory().References(user.id);
         deletion.removed += CountOf(references);
-        deletion.lines.push_back(fmt::format("delete {}{}", Named(user), WithReferences(references)));
+        deletion.lines.push_back(FillPattern("delete {}{}", Named(user), WithReferences(references)));
     }
-    deletion.question = fmt::format(fmt::runtime(kDeleting.question), Counted(deletion.users.size(), "user"));
+    deletion.question = FillPattern(kDeleting.question, Counted(deletion.users.size(), "user"));
     return deletion;
 }
 
@@ -477,7 +481,7 @@ Result Delete(Call& call, const UsersInput& /*in*/, const ChosenUsers& deletion)
         DeleteUser(call.Directory(), user);
     }
     const UserKey named = deletion.users.size() == 1 ? deletion.users.front() : UserKey{};
-    call.Report(OutcomeOf(named, "deleted", fmt::format("deleted {}", Counted(deletion.users.size(), "user"))));
+    call.Report(OutcomeOf(named, "deleted", FillPattern("deleted {}", Counted(deletion.users.size(), "user"))));
     return {};
 }
 

@@ -85,11 +85,11 @@ void UserDepartment::FindByPath(const std::string& argument)
         if (e.Code() != ErrorCode::notFound) {
             throw;
         }
-        throw Error(e.Code(), fmt::format("{}; {}", e.what(), kAdvice));
+        throw Error(e.Code(), FillPattern("{}; {}", e.Why(), Sentence(kAdvice)));
     }
     const std::string path = argument.starts_with('/') ? argument : m_organisation.PathOf(*m_group);
     if (!path.starts_with('/')) {
-        throw Error(ErrorCode::invalid, fmt::format("the group {} is below no system view, and cannot be a department",
+        throw Error(ErrorCode::invalid, FillPattern("the group {} is below no system view, and cannot be a department",
                                                     m_organisation.Named(*m_group)));
     }
     const std::vector<std::string> names = SplitPath(path);
@@ -104,7 +104,7 @@ void UserDepartment::FindByText(const std::string& text)
     if (groups.empty()) {
         if (HasGroups(m_organisation)) {
             throw Error(ErrorCode::notFound,
-                        fmt::format("there is no group {} below any view; {}", Quoted(text), kAdvice));
+                        FillPattern("there is no group {} below any view; {}", Quoted(text), kAdvice));
         }
         m_text = text;
         return;
@@ -115,7 +115,7 @@ void UserDepartment::FindByText(const std::string& text)
             list += (list.empty() ? "" : ", ") + m_organisation.Named(group);
         }
         throw Error(ErrorCode::conflict,
-                    fmt::format("the department {} may be any of the groups {}; write id:{} for the "
+                    FillPattern("the department {} may be any of the groups {}; write id:{} for the "
                                 "first of them",
                                 Quoted(text), list, groups.front().id));
     }

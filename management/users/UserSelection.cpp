@@ -53,11 +53,11 @@ Where ParseWhere(const std::string& where)
     const std::size_t sign = where.find_first_of("=~");
     if (sign == std::string::npos || sign == 0) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("--where {} is not a condition; write FIELD=VALUE or FIELD~PART", Quoted(where)));
+                    FillPattern("--where {} is not a condition; write FIELD=VALUE or FIELD~PART", Quoted(where)));
     }
     Where parsed{&RequireField(where.substr(0, sign)), where.substr(sign + 1), where[sign] == '~'};
     if (parsed.isPart && !parsed.field->IsText()) {
-        throw Error(ErrorCode::invalid, fmt::format("--where {}: {} is not a text to look into; write {}=VALUE",
+        throw Error(ErrorCode::invalid, FillPattern("--where {}: {} is not a text to look into; write {}=VALUE",
                                                     Quoted(where), parsed.field->name, parsed.field->name));
     }
     return parsed;
@@ -73,7 +73,7 @@ Stored ParseOther(const Field& field, const std::string& text)
     const char* end = text.data() + text.size();
     const auto read = std::from_chars(text.data(), end, number);
     if (read.ec != std::errc() || read.ptr != end) {
-        throw Error(ErrorCode::invalid, fmt::format("{} {} is not a whole number", field.name, Quoted(text)));
+        throw Error(ErrorCode::invalid, FillPattern("{} {} is not a whole number", field.name, Quoted(text)));
     }
     return std::to_string(number);
 }
@@ -219,7 +219,7 @@ const Field& RequireField(std::string_view name)
     const Field* field = SameName(name, kId.name) ? &kId : FindField(name);
     if (field == nullptr || field->use < Field::Use::shown) {
         throw Error(ErrorCode::invalid,
-                    fmt::format("there is no field {}; there are {}", Quoted(name), fmt::join(FieldNames(), ", ")));
+                    FillPattern("there is no field {}; there are {}", Quoted(name), fmt::join(FieldNames(), ", ")));
     }
     return *field;
 }

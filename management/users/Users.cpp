@@ -25,7 +25,7 @@ UserKey FindById(Directory& directory, int id)
 {
     const std::optional<FieldValues> values = directory.Load(id);
     if (!values) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no user with id {}; `qvadmin user list` shows all", id));
+        throw Error(ErrorCode::notFound, FillPattern("there is no user with id {}; `qvadmin user list` shows all", id));
     }
     return {id, values->at(&FieldOf("login")).value_or("")};
 }
@@ -35,7 +35,7 @@ UserKey FindByLogin(Directory& directory, const std::string& login)
     const std::vector<UserKey> users = directory.FindAll(login);
     if (users.empty()) {
         throw Error(ErrorCode::notFound,
-                    fmt::format("there is no user {}; `qvadmin user list` shows all", Quoted(login)));
+                    FillPattern("there is no user {}; `qvadmin user list` shows all", Quoted(login)));
     }
     const auto isExact = [&login](const UserKey& user) { return user.login == login; };
     if (users.size() > 1 && std::ranges::count_if(users, isExact) != 1) {
@@ -64,7 +64,7 @@ FieldValues LoadUser(Directory& directory, int id)
 {
     std::optional<FieldValues> stored = directory.Load(id);
     if (!stored) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no user with id {} any more", id));
+        throw Error(ErrorCode::notFound, FillPattern("there is no user with id {} any more", id));
     }
     return *stored;
 }
@@ -82,17 +82,17 @@ void RequireFreeLogin(Directory& directory, const std::string& login, std::optio
     for (const UserKey& other : directory.FindAll(login)) {
         if (other.id != except) {
             throw Error(ErrorCode::conflict,
-                        fmt::format("the login name {} is taken by {}", Quoted(login), Named(other)));
+                        FillPattern("the login name {} is taken by {}", Quoted(login), Named(other)));
         }
     }
     if (const std::optional<UserKey> other = directory.FindConfusedLogin(login, except)) {
-        ThrowConfused("login name", login, {other->id, other->login});
+        ThrowConfused(Translatable("login name"), login, {other->id, other->login});
     }
 }
 
 UserKey FindUser(Directory& directory, const std::string& argument)
 {
-    if (const std::optional<int> id = IdIn(argument, "a user")) {
+    if (const std::optional<int> id = IdIn(argument, Translatable("a user"))) {
         return FindById(directory, *id);
     }
     return FindByLogin(directory, argument.starts_with(kLoginPrefix) ? argument.substr(kLoginPrefix.size()) : argument);
@@ -101,7 +101,7 @@ UserKey FindUser(Directory& directory, const std::string& argument)
 std::vector<UserKey> FindUsers(Directory& directory, const std::vector<std::string>& arguments)
 {
     return FindEach(
-        arguments, "users", "`qvadmin user list` shows all",
+        arguments, Translatable("users"), Translatable("`qvadmin user list` shows all"),
         [&directory](const std::string& argument) { return FindUser(directory, argument); }, &UserKey::id);
 }
 
@@ -111,10 +111,10 @@ void CheckLogin(const std::string& login)
         throw Error(ErrorCode::invalid, "the login name is empty");
     }
     if (HasOuterBlanks(login)) {
-        throw Error(ErrorCode::invalid, fmt::format("the login name {} begins or ends with a blank", Quoted(login)));
+        throw Error(ErrorCode::invalid, FillPattern("the login name {} begins or ends with a blank", Quoted(login)));
     }
     if (HasControlCharacter(login)) {
-        throw Error(ErrorCode::invalid, fmt::format("the login name {} holds a control character", Quoted(login)));
+        throw Error(ErrorCode::invalid, FillPattern("the login name {} holds a control character", Quoted(login)));
     }
 }
 
@@ -172,7 +172,7 @@ bool WouldSpoilPassword(Directory& directory, const UserKey& user, const std::st
     CheckLogin(login);
     if (IsBuiltIn(user)) {
         throw Error(ErrorCode::isProtected,
-                    fmt::format("{} is the built-in administrator and keeps its name", Named(user)));
+                    FillPattern("{} is the built-in administrator and keeps its name", Named(user)));
     }
     RequireFreeLogin(directory, login, user.id);
     return user.login != login && HasLoginInDigest(LoadUser(directory, user.id));
@@ -183,7 +183,7 @@ PasswordFate RenameUser(Directory& directory, const UserKey& user, const std::st
     const bool spoilsPassword = WouldSpoilPassword(directory, user, login);
     if (spoilsPassword && !dropPassword) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("the password of {} would no longer fit, because its digest holds the login name; "
+                    FillPattern("the password of {} would no longer fit, because its digest holds the login name; "
                                 "give a new one with --password-stdin, --password-file or --generate, or drop it "
                                 "with --drop-password",
                                 Named(user)));
@@ -202,10 +202,10 @@ void DeleteUser(Directory& directory, const UserKey& user)
 {
     if (IsBuiltIn(user) || !directory.Delete(user.id)) {
         throw Error(ErrorCode::isProtected,
-                    fmt::format("{} is the built-in administrator and cannot be deleted", Named(user)));
+                    FillPattern("{} is the built-in administrator and cannot be deleted", Named(user)));
     }
 }
 
-std::string Named(const UserKey& user) { return fmt::format("{} (id {})", Visible(user.login), user.id); }
+Sentence Named(const UserKey& user) { return FillPattern("{} (id {})", Visible(user.login), user.id); }
 
 } // namespace management

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Sentence.h"
 #include "management/users/Directory.h"
 #include "management/users/Fields.h"
 
@@ -61,6 +62,6 @@ bool IsBuiltIn(const UserKey& user);
 void DeleteUser(Directory& directory, const UserKey& user);
 
 /// "LOGIN (id N)", for sentences.
-std::string Named(const UserKey& user);
+Sentence Named(const UserKey& user);
 
 } // namespace management

@@ -51,9 +51,9 @@ Result List(Call& call)
 
 // ---- Changing -------------------------------------------------------------------------------------------------------
 
-Outcome OutcomeOf(const UserKey& user, std::string_view outcome, const std::string& what)
+Outcome OutcomeOf(const UserKey& user, std::string_view outcome, Sentence sentence)
 {
-    return {"user", user.id, user.login, outcome, fmt::format("{} {}", Named(user), what)};
+    return {"user", user.id, user.login, outcome, std::move(sentence)};
 }
 
 Result Set(Call& call, const LevelToSet& in)
@@ -61,19 +61,19 @@ Result Set(Call& call, const LevelToSet& in)
     const UserKey user = FindUser(call.Directory(), in.user);
     if (call.Directory().IsSuperUser(user.login)) {
         throw Error(ErrorCode::conflict,
-                    fmt::format("{} is a super user, who may do everything in the web console; nothing was changed",
+                    FillPattern("{} is a super user, who may do everything in the web console; nothing was changed",
                                 Named(user)));
     }
     const ConsoleAccounts accounts(call.Connection());
     ConsoleAccount account = accounts.Find(user.id);
     const Level level = LevelOf(in.level).value_or(Level::none);
     if (account.level == level) {
-        call.Report(OutcomeOf(user, "unchanged", fmt::format("already has the level {}", in.level)));
+        call.Report(OutcomeOf(user, "unchanged", FillPattern("{} already has the level {}", Named(user), in.level)));
         return Unchanged();
     }
     account.level = level;
     accounts.Save(user.id, account);
-    call.Report(OutcomeOf(user, "changed", fmt::format("now has the level {}", in.level)));
+    call.Report(OutcomeOf(user, "changed", FillPattern("{} now has the level {}", Named(user), in.level)));
     return {};
 }
 
@@ -83,12 +83,12 @@ Result Remove(Call& call, const OneUser& in)
     const ConsoleAccounts accounts(call.Connection());
     ConsoleAccount account = accounts.Find(user.id);
     if (account.level == Level::none) {
-        call.Report(OutcomeOf(user, "unchanged", "has no level"));
+        call.Report(OutcomeOf(user, "unchanged", FillPattern("{} has no level", Named(user))));
         return Unchanged();
     }
     account.level = Level::none;
     accounts.Save(user.id, account);
-    call.Report(OutcomeOf(user, "changed", "has no level any more"));
+    call.Report(OutcomeOf(user, "changed", FillPattern("{} has no level any more", Named(user))));
     return {};
 }
 
@@ -98,11 +98,11 @@ Result RemoveTotp(Call& call, const OneUser& in)
     const ConsoleAccounts accounts(call.Connection());
     const ConsoleAccount account = accounts.Find(user.id);
     if (account.totp.empty()) {
-        call.Report(OutcomeOf(user, "unchanged", "signs in without one-time codes"));
+        call.Report(OutcomeOf(user, "unchanged", FillPattern("{} signs in without one-time codes", Named(user))));
         return Unchanged();
     }
     accounts.Save(user.id, {.level = account.level});
-    call.Report(OutcomeOf(user, "changed", "signs in without one-time codes now"));
+    call.Report(OutcomeOf(user, "changed", FillPattern("{} signs in without one-time codes now", Named(user))));
     return {};
 }
 

@@ -19,7 +19,8 @@ public:
     explicit Surroundings(const ChildOptions& options) : m_folder(std::filesystem::current_path())
     {
         for (const char* name : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "CREDENTIALS_DIRECTORY", "QVADMIN_DB",
-                                 "QVADMIN_PROFILE", "QVADMIN_OUTPUT", "QVADMIN_PASSWORD", "QVADMIN_PASSWORD_FILE"}) {
+                                 "QVADMIN_PROFILE", "QVADMIN_OUTPUT", "QVADMIN_PASSWORD", "QVADMIN_PASSWORD_FILE",
+                                 "LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE", "LOCPATH"}) {
             const char* value = std::getenv(name);
             m_old[name] = value != nullptr ? std::optional<std::string>(value) : std::nullopt;
             ::unsetenv(name);

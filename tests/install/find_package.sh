@@ -12,9 +12,13 @@ check_consumer "$work/build/consumer"
 
 # What shells and man look for is there, whole, with the page of each noun.
 for file in man/man1/qvadmin.1 man/man1/qvadmin-user.1 man/man1/qvadmin-audit.1 bash-completion/completions/qvadmin \
-  zsh/site-functions/_qvadmin fish/vendor_completions.d/qvadmin.fish; do
+  zsh/site-functions/_qvadmin fish/vendor_completions.d/qvadmin.fish locale/zh_CN/LC_MESSAGES/qvadmin.mo; do
   [ -s "$prefix/share/$file" ] || { echo "there is no $prefix/share/$file"; exit 1; }
 done
+# The C library forgets the list that it makes of LOCPATH.
+ASAN_OPTIONS=detect_leaks=0 LOCPATH=$build/tests/console/locales LC_ALL=de_DE.UTF-8 \
+  "$prefix/bin/qvadmin" --help >"$work/help"
+grep -q '^Verwaltung' "$work/help" || { echo "the installed program does not find its catalogues"; exit 1; }
 diff <("$prefix/bin/qvadmin" manual user) "$prefix/share/man/man1/qvadmin-user.1"
 
 # No library leads to the folder that it was built in, nor to the one that it was installed to at first.

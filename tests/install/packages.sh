@@ -23,7 +23,8 @@ export QVADMIN_DB=sqlite:/srv/directory.db
 qvadmin db init
 qvadmin user create "o'brien"
 for file in man/man1/qvadmin.1.gz man/man1/qvadmin-user.1.gz bash-completion/completions/qvadmin \
-  zsh/vendor-completions/_qvadmin fish/vendor_completions.d/qvadmin.fish; do
+  zsh/vendor-completions/_qvadmin fish/vendor_completions.d/qvadmin.fish locale/de/LC_MESSAGES/qvadmin.mo \
+  locale/zh_CN/LC_MESSAGES/qvadmin.mo; do
   [ -s "/usr/share/$file" ] || { echo "there is no /usr/share/$file"; exit 1; }
 done
 grep -q '^ExecStart=/usr/bin/qvadmin serve$' /usr/lib/systemd/system/qvadmin-web.service
