@@ -51,6 +51,15 @@ protected:
         return rs.GetValueToStr(1, true);
     }
 
+    /// A table t with so many rows, each on a page of its own, with numbers from 1 that must differ.
+    static void FillPages(CAConnect& conn, int rows)
+    {
+        conn.Execute("CREATE TABLE t (a INTEGER UNIQUE, b)");
+        conn.Execute(("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " +
+                      std::to_string(rows) + ") INSERT INTO t SELECT i, zeroblob(3000) FROM n")
+                         .c_str());
+    }
+
     /// Of this process.
     static std::size_t OpenFiles()
     {
@@ -266,22 +275,33 @@ TEST_F(SqliteTest, StreamsAResultInsteadOfHoldingIt)
     EXPECT_STREQ(rs.GetValueToStr(1, true), "1001");
 }
 
-// For a change that reaches many pages at once, and could fail in the middle, the engine keeps the pages as they were.
+// For a change that could fail in the middle, the engine keeps the pages that it reaches as they were.
 TEST_F(SqliteTest, AStatementOfATransactionIsTakenBackWithoutATemporaryFile)
 {
     CAConnect conn;
     conn.Open(Url());
-    conn.Execute("CREATE TABLE t (a INTEGER UNIQUE, b)");
-    conn.Execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100) "
-                 "INSERT INTO t SELECT i, zeroblob(3000) FROM n");
+    FillPages(conn, 20);
     conn.BeginTrans();
     const std::size_t before = OpenFiles();
     conn.Execute("UPDATE t SET a = a + 1000");
-    EXPECT_THAT(RaisedWithCode([&] { conn.Execute("UPDATE t SET a = max(a + 1000, 2050)"); }), HasSubstr("UNIQUE"));
-    EXPECT_STREQ(TextOf(conn, "SELECT sum(a) FROM t"), "105050");
+    EXPECT_THAT(RaisedWithCode([&] { conn.Execute("UPDATE t SET a = max(a + 1000, 2010)"); }), HasSubstr("UNIQUE"));
+    EXPECT_STREQ(TextOf(conn, "SELECT sum(a) FROM t"), "20210");
     EXPECT_EQ(OpenFiles(), before);
     conn.RollbackTrans();
-    EXPECT_STREQ(TextOf(conn, "SELECT sum(a) FROM t"), "5050");
+    EXPECT_STREQ(TextOf(conn, "SELECT sum(a) FROM t"), "210");
+}
+
+TEST_F(SqliteTest, AStatementThatReachesManyPagesIsTakenBackToo)
+{
+    CAConnect conn;
+    conn.Open(Url());
+    FillPages(conn, 1000);
+    conn.BeginTrans();
+    EXPECT_EQ(conn.Execute("UPDATE t SET a = a + 1000"), 1000);
+    EXPECT_THAT(RaisedWithCode([&] { conn.Execute("UPDATE t SET a = max(a + 1000, 2500)"); }), HasSubstr("UNIQUE"));
+    EXPECT_STREQ(TextOf(conn, "SELECT sum(a) FROM t"), "1500500");
+    conn.RollbackTrans();
+    EXPECT_STREQ(TextOf(conn, "SELECT sum(a) FROM t"), "500500");
 }
 
 TEST_F(SqliteTest, SaysThatTheDiskIsFullAndKeepsWhatWasThere)

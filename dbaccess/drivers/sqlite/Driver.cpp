@@ -27,10 +27,10 @@ constexpr int kRetryInterval = 20;
 constexpr const char* kMemory = ":memory:";
 
 // What the engine keeps to take back one statement of a transaction goes to a temporary file once it is longer than
-// this, and stays there for the transaction: with the preset of 64 KiB, that took half of the time of adding users. It
-// is a setting of the process, and has to be made before anybody uses the library; where it comes too late, the preset
-// holds.
-constexpr int kStatementJournalInMemory = 1024 * 1024;
+// this, and stays there for the transaction: with the preset of 64 KiB, that took half of the time of adding users. The
+// engine cannot write 128 KiB or more at once. It is a setting of the process, and has to be made before anybody uses
+// the library; where it comes too late, the preset holds.
+constexpr int kStatementJournalInMemory = 128 * 1024 - 1;
 [[maybe_unused]] const int kJournalIsSet = sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, kStatementJournalInMemory);
 
 struct CloseHandle {
