@@ -138,6 +138,24 @@ Unequal UnequalLines(const Lines& here, const Lines& there)
     return lines;
 }
 
+/// @param isLacking  whether a line that is only here makes a difference.
+template <class IsLacking>
+void AddUnequal(const Unequal& lines, IsLacking isLacking, std::vector<DirectoryDifference>& differences)
+{
+    using Kind = DirectoryDifference::Kind;
+    for (std::size_t i = 0; i < lines.pairs; ++i) {
+        AddDiffering(*lines.here[i], *lines.there[i], differences);
+    }
+    for (const ExportedLine* line : std::span(lines.here).subspan(lines.pairs)) {
+        if (isLacking(line)) {
+            differences.push_back({line->noun, NameOf(*line), Kind::onlyHere, {}, {}, {}, line, nullptr});
+        }
+    }
+    for (const ExportedLine* line : std::span(lines.there).subspan(lines.pairs)) {
+        differences.push_back({line->noun, NameOf(*line), Kind::onlyThere, {}, {}, {}, nullptr, line});
+    }
+}
+
 /// Whether a name is that of a view or group, or of a group below it. @param top  as the first line of a part has it.
 bool IsAtOrBelow(const std::string& name, const std::string& top)
 {
@@ -260,10 +278,14 @@ const std::vector<ExportedLine>& DirectoryLines::LinesAbout(const ExportedLine& 
     return m_lines.at(KeyOf(line));
 }
 
+bool DirectoryLines::Lacks(const ExportedLine& line, const DirectoryLines& here) const
+{
+    return Covers(line, here) && !(m_isFile && HasSecretSetting(line));
+}
+
 std::vector<DirectoryDifference> Differences(const DirectoryLines& here, const DirectoryLines& there)
 {
     static const Lines kNone;
-    using Kind = DirectoryDifference::Kind;
     std::vector<DirectoryDifference> differences;
     auto left = here.m_lines.begin();
     auto right = there.m_lines.begin();
@@ -271,18 +293,9 @@ std::vector<DirectoryDifference> Differences(const DirectoryLines& here, const D
         const bool isLeft = right == there.m_lines.end() || (left != here.m_lines.end() && left->first <= right->first);
         const bool isRight =
             left == here.m_lines.end() || (right != there.m_lines.end() && right->first <= left->first);
-        const Unequal lines = UnequalLines(isLeft ? left->second : kNone, isRight ? right->second : kNone);
-        for (std::size_t i = 0; i < lines.pairs; ++i) {
-            AddDiffering(*lines.here[i], *lines.there[i], differences);
-        }
-        for (const ExportedLine* line : std::span(lines.here).subspan(lines.pairs)) {
-            if (there.Covers(*line, here) && !(there.m_isFile && HasSecretSetting(*line))) {
-                differences.push_back({line->noun, NameOf(*line), Kind::onlyHere, {}, {}, {}, line, nullptr});
-            }
-        }
-        for (const ExportedLine* line : std::span(lines.there).subspan(lines.pairs)) {
-            differences.push_back({line->noun, NameOf(*line), Kind::onlyThere, {}, {}, {}, nullptr, line});
-        }
+        const auto isLacking = [&](const ExportedLine* line) { return there.Lacks(*line, here); };
+        AddUnequal(UnequalLines(isLeft ? left->second : kNone, isRight ? right->second : kNone), isLacking,
+                   differences);
         left = isLeft ? std::next(left) : left;
         right = isRight ? std::next(right) : right;
     }

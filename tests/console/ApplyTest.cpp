@@ -1,4 +1,5 @@
 #include "ExchangeFixture.h"
+#include "management/exchange/Nouns.h"
 
 #include <algorithm>
 #include <random>
@@ -117,7 +118,6 @@ TEST_P(ApplyTest, MakesTheDirectoryAsAnEarlierOrLaterOne)
 
 TEST_P(ApplyTest, IntoAnEmptyDirectoryAndBack)
 {
-    const std::string empty = Export("empty.jsonl");
     Fill();
     const std::string text = Export("full.jsonl", {"--with-passwords"});
     StartAnew();
@@ -125,6 +125,19 @@ TEST_P(ApplyTest, IntoAnEmptyDirectoryAndBack)
     m_problems = Run({"db", "check"}).out;
     ExpectApplied();
     EXPECT_EQ(Export("again.jsonl", {"--with-passwords"}), text);
+    // A file without lines says nothing, unless it says of what.
+    EXPECT_EQ(Apply(kHead).exit, 0);
+    EXPECT_EQ(Export("again.jsonl", {"--with-passwords"}), text);
+    std::string nouns;
+    for (const management::Noun& noun : management::Nouns()) {
+        nouns += (nouns.empty() ? "" : ",") + std::string(noun.plural);
+    }
+    const ChildResult emptied =
+        Apply(Replaced(kHead, "1}", R"(1,"nouns":")" + nouns + "\"}"), {"--yes", "--allow-privileges"});
+    EXPECT_EQ(emptied.exit, 0) << emptied.err;
+    EXPECT_EQ(Export("nothing.jsonl", {"--with-passwords"}), kHead);
+    m_problems = Run({"db", "check"}).out;
+    ExpectApplied();
 }
 
 TEST_P(ApplyTest, IsOneEntryOfTheRecordAndCanBeUndone)
@@ -181,7 +194,6 @@ TEST_P(ApplyTest, WhatTheFileIsNotAboutIsLeftAlone)
     Done({"user", "create", "danny"});
     Done({"member", "add", "/Company/Sales/North", "danny"});
     Done({"role", "create", "Authors"});
-    const std::string before = Dump();
 
     ASSERT_EQ(Apply(part).exit, 0);
     EXPECT_THAT(Done({"member", "list", "/Company/Sales/North"}), Not(HasSubstr("danny")));
@@ -203,7 +215,7 @@ TEST_P(ApplyTest, WhatTheFileIsNotAboutIsLeftAlone)
     ExpectApplied();
 
     Done({"title", "give", "/Company/Sales", "O'Neil", "Clerk"});
-    const ChildResult lines = Apply(WithoutLines(Export("all.jsonl"), "\"noun\":\"title\""));
+    const ChildResult lines = Apply(WithoutLines(Export("all.jsonl"), R"("noun":"title")"));
     EXPECT_EQ(lines.exit, 0) << lines.err;
     EXPECT_THAT(lines.err, HasSubstr("wanted.jsonl has no line of that kind: 2 titles\n"));
 }
@@ -261,13 +273,13 @@ TEST_P(ApplyTest, RefusesInOneSentenceWhatItCannotDo)
             ": there is no '/Nowhere'; nothing was changed");
     refuses(text + "{\"noun\":\"user\",\"login\":\"danny\",\"super\":1}\n", 4,
             ": changes super, which needs --allow-privileges; nothing was changed");
-    refuses(WithoutLines(text, "\"noun\":\"view\",\"name\":\"Company\""), 4, "cannot be applied: the ");
+    refuses(WithoutLines(text, R"("noun":"view","name":"Company")"), 4, "cannot be applied: the ");
     refuses("{\"noun\":\"user\"}\n", 2, "is not an exported directory");
     refuses(text + "{\"noun\":\"cat\"}\n", 2, ": there is no noun 'cat'");
     EXPECT_EQ(Run({"db", "apply", Path("missing.jsonl"), "--yes"}).exit, 1);
     // What an engine does not keep as it is written.
     const std::string day =
-        Replaced(text, "\"noun\":\"plan\"",
+        Replaced(text, R"("noun":"plan")",
                  "\"noun\":\"package\",\"name\":\"Home\",\"changed\":\"2026-05-01\"}\n{\"noun\":\"plan\"");
     if (std::string(GetParam()) == "sqlite") {
         EXPECT_EQ(Apply(day).exit, 0);
@@ -285,7 +297,7 @@ TEST_P(ApplyTest, RowsOfOneNameAreToldApartByAllThatTheyHave)
         Execute(insert + power);
     }
     const std::string text = Export("all.jsonl");
-    const std::string three = "\"function\":\"read\",\"power\":3";
+    const std::string three = R"("function":"read","power":3)";
     EXPECT_EQ(Apply(WithoutLines(Replaced(text, three, "\"function\":\"read\",\"power\":5"), "\"power\":4,")).exit, 0);
     m_problems = Run({"db", "check"}).out;
     ExpectApplied();
@@ -314,7 +326,7 @@ TEST_P(ApplyTest, AfterItNothingDiffersOrNothingWasChanged)
                                              "assignment", "setting",    "package", "add_in", "notice_reply"};
     const auto isLeaf = [&leaves](const std::string& line) {
         return std::ranges::any_of(
-            leaves, [&line](const std::string& noun) { return line.starts_with("{\"noun\":\"" + noun + "\""); });
+            leaves, [&line](const std::string& noun) { return line.starts_with(R"({"noun":")" + noun + "\""); });
     };
     const int rounds = std::string(GetParam()) == "sqlite" ? 24 : 8;
     int applied = 0;
