@@ -311,11 +311,12 @@ Result Run(Call& call, const ArgumentSource& source)
 
 Sentence Notes()
 {
-    return Translatable("The file is the whole: what it does not have is removed, what differs gets its values, what is only in\n"
-           "it is added; all of it, as `qvadmin db diff FILE` lists it, or nothing. Left alone is what the file is\n"
-           "not about: members that its lines do not have (passwords without --with-passwords), kinds of lines that\n"
-           "it has none of, and, where it was exported with --in or --nouns, all that is not of this part; people\n"
-           "who are not in a part leave its groups and are not removed.\n");
+    return Translatable(
+        "The file is the whole: what it does not have is removed, what differs gets its values, what is only in\n"
+        "it is added; all of it, as `qvadmin db diff FILE` lists it, or nothing. Left alone is what the file is\n"
+        "not about: members that its lines do not have (passwords without --with-passwords), kinds of lines that\n"
+        "it has none of, and, where it was exported with --in or --nouns, all that is not of this part; people\n"
+        "who are not in a part leave its groups and are not removed.\n");
 }
 
 constexpr Command kCommands[] = {

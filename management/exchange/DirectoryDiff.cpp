@@ -270,7 +270,8 @@ Sentence DirectoryLines::NotCompared(const DirectoryLines& file, std::string_vie
         const Noun& kind = Nouns()[static_cast<std::size_t>(noun)];
         list += fmt::format("{}{} {}", list.empty() ? "" : ", ", count, count == 1 ? kind.name : kind.plural);
     }
-    return list.empty() ? Sentence() : FillPattern("left alone, since {} has no line of that kind: {}", Visible(name), list);
+    return list.empty() ? Sentence()
+                        : FillPattern("left alone, since {} has no line of that kind: {}", Visible(name), list);
 }
 
 const std::vector<ExportedLine>& DirectoryLines::LinesAbout(const ExportedLine& line) const
