@@ -204,7 +204,7 @@ void AddLines(ApplyPlan& plan)
 {
     constexpr std::size_t kMostShown = 100;
     for (const Step& step : std::span(plan.steps).first(std::min(kMostShown, plan.steps.size()))) {
-        plan.lines.push_back(fmt::format("{} {}", WordsOf(step).verb, TextOf(step)));
+        plan.lines.emplace_back(fmt::format("{} {}", WordsOf(step).verb, TextOf(step)));
     }
     if (plan.steps.size() > kMostShown) {
         plan.lines.push_back(FillPattern("and {} more, which `qvadmin db diff` lists", plan.steps.size() - kMostShown));

@@ -581,7 +581,7 @@ TEST_F(FolderCommandsTest, NamesWithQuotesSlashesAndBackslashesComeThrough)
     EXPECT_EQ(ShownFolder("root:1/O'Neil\\\\")["id"], 1);
     Done({"folder", "rename", path, kHard});
     EXPECT_EQ(ShownFolder("id:2")["name"], kHard);
-    EXPECT_EQ(Count("Tab_Doc_VFolder_Link WHERE Col_DispName LIKE 'O''Neil%'"), 1);
+    EXPECT_EQ(Count("Tab_Doc_VFolder_Link WHERE Col_DispName LIKE 'O''Brien%'"), 1);
     EXPECT_EQ(Done({"folder", "list", "root:1", "-o", "jsonl"}),
               "{\"id\":1,\"name\":\"O'Neil\\\\\",\"path\":\"/R\\\\/'\\\\\\\\/O'Neil\\\\\\\\\",\"folders\":1,"
               "\"other_objects\":0}\n");

@@ -49,7 +49,7 @@ protected:
 
     void Execute(const std::string& sql) { m_conn.Execute(sql.c_str()); }
 
-    std::string Found(const std::string& argument) { return Named(FindItem(m_conn, argument)); }
+    std::string Found(const std::string& argument) { return Named(FindItem(m_conn, argument)).English(); }
 
     CAConnect m_conn;
     Directory m_directory{m_conn};
