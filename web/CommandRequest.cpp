@@ -90,7 +90,9 @@ Condition ReadCondition(const JsonValue& value, const SessionResults& results)
 bool HasRoute(const Command& command)
 {
     const bool showsSecret = command.effect == Effect::read && command.risk == Risk::stepUp;
-    return command.run != nullptr && !showsSecret;
+    return command.run != nullptr && !showsSecret && std::ranges::none_of(command.params(), [](const ParamInfo& param) {
+               return param.isRequired && !IsOffered(param);
+           });
 }
 
 bool IsOffered(const ParamInfo& param) { return param.kind != Kind::file; }
