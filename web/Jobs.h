@@ -50,7 +50,7 @@ public:
     [[nodiscard]] const std::string& Login() const { return m_order.login; }
     [[nodiscard]] const std::string& What() const { return m_order.what; }
     [[nodiscard]] bool IsOver() const;
-    /// Writes how it stands, as the members of an object.
+    /// Writes its state, as the members of an object.
     void Write(management::JsonWriter& json) const;
     /// Its answer, which is there once: it may hold passwords. Nothing before it is over, afterwards, and for a file.
     std::optional<Response> TakeAnswer();

@@ -21,8 +21,7 @@ constexpr std::string_view kNoDictionary = "error loading dictionary"; // as cra
 
 std::size_t CharactersOf(std::string_view text)
 {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(text, [](char ch) { return (static_cast<unsigned char>(ch) & 0xC0U) != 0x80U; }));
+    return static_cast<std::size_t>(std::ranges::count_if(text, [](char ch) { return !ContinuesCharacter(ch); }));
 }
 
 /// Whether the dictionary knows a word, or what it makes of one: turned round, with a digit, in steps of the alphabet.
