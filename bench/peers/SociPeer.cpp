@@ -2,6 +2,7 @@
 #include "bench/Cases.h"
 #include "bench/Lists.h"
 #include "bench/peers/Peer.h"
+#include "bench/peers/SociLists.h"
 
 #include <soci/soci.h>
 #include <soci/sqlite3/soci-sqlite3.h>
@@ -85,46 +86,10 @@ public:
         }
         Require(!users.empty());
     }
-    void ListThree() override
-    {
-        Record row;
-        soci::statement query = (m_sql.prepare << bound::kThree, into(row.id), into(row.loginName), into(row.name));
-        query.execute();
-        Columns columns;
-        while (query.fetch()) {
-            AddThree(columns, row);
-        }
-        RequireCount(columns.names.size(), PeerData::kUsers);
-    }
-    void ListNine() override
-    {
-        Record row;
-        int disabled = 0;
-        soci::statement query =
-            (m_sql.prepare << bound::kNine, into(row.id), into(row.loginName), into(row.name), into(row.sex),
-             into(row.mobile), into(row.eMail), into(row.deptInfo), into(row.jobTitle), into(disabled));
-        query.execute();
-        Columns columns;
-        while (query.fetch()) {
-            AddThree(columns, row);
-            columns.sexes.push_back(static_cast<unsigned>(row.sex));
-            columns.mobiles.push_back(row.mobile);
-            columns.eMails.push_back(row.eMail);
-            columns.deptInfos.push_back(row.deptInfo);
-            columns.jobTitles.push_back(row.jobTitle);
-            columns.disabled.push_back(static_cast<unsigned>(disabled));
-        }
-        RequireCount(columns.disabled.size(), PeerData::kUsers);
-    }
+    void ListThree() override { ListThreeBySoci(m_sql, PeerData::kUsers); }
+    void ListNine() override { ListNineBySoci(m_sql, PeerData::kUsers); }
 
 private:
-    static void AddThree(Columns& columns, const Record& row)
-    {
-        columns.ids.push_back(static_cast<unsigned>(row.id));
-        columns.loginNames.push_back(row.loginName);
-        columns.names.push_back(row.name);
-    }
-
     std::vector<int> RolesOf(int user)
     {
         std::vector<int> ids;

@@ -2,6 +2,7 @@
 #include "bench/Lists.h"
 #include "bench/engines/peers/ServerPeer.h"
 #include "bench/peers/Peer.h"
+#include "bench/peers/SociLists.h"
 #include "tests/servers/Servers.h"
 
 #include <soci/mysql/soci-mysql.h>
@@ -61,37 +62,8 @@ public:
             insert.execute(true);
         }
     }
-    void ListThree() override
-    {
-        Record row;
-        soci::statement query = (m_sql.prepare << bound::kThree, into(row.id), into(row.loginName), into(row.name));
-        query.execute();
-        Columns columns;
-        while (query.fetch()) {
-            AddThree(columns, row);
-        }
-        RequireCount(columns.names.size(), ServerPeerData::kUsers);
-    }
-    void ListNine() override
-    {
-        Record row;
-        int disabled = 0;
-        soci::statement query =
-            (m_sql.prepare << bound::kNine, into(row.id), into(row.loginName), into(row.name), into(row.sex),
-             into(row.mobile), into(row.eMail), into(row.deptInfo), into(row.jobTitle), into(disabled));
-        query.execute();
-        Columns columns;
-        while (query.fetch()) {
-            AddThree(columns, row);
-            columns.sexes.push_back(static_cast<unsigned>(row.sex));
-            columns.mobiles.push_back(row.mobile);
-            columns.eMails.push_back(row.eMail);
-            columns.deptInfos.push_back(row.deptInfo);
-            columns.jobTitles.push_back(row.jobTitle);
-            columns.disabled.push_back(static_cast<unsigned>(disabled));
-        }
-        RequireCount(columns.disabled.size(), ServerPeerData::kUsers);
-    }
+    void ListThree() override { ListThreeBySoci(m_sql, ServerPeerData::kUsers); }
+    void ListNine() override { ListNineBySoci(m_sql, ServerPeerData::kUsers); }
 
 private:
     static constexpr std::size_t kNumbersOfUser = 16;
@@ -103,12 +75,6 @@ private:
     static void Bind(soci::statement& insert, int number, std::vector<int>& numbers)
     {
         insert.exchange(use(numbers.emplace_back(number)));
-    }
-    static void AddThree(Columns& columns, const Record& row)
-    {
-        columns.ids.push_back(static_cast<unsigned>(row.id));
-        columns.loginNames.push_back(row.loginName);
-        columns.names.push_back(row.name);
     }
 
     const ServerPeerData& m_data;
