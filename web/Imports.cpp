@@ -18,7 +18,6 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{32} << 20U;
 constexpr std::size_t kMostTexts = 4;
-constexpr std::size_t kMostJobs = 8;
 constexpr std::size_t kMostShown = 200;
 constexpr std::size_t kSample = 3;
 constexpr std::size_t kOutcomeColumn = 3;
@@ -317,28 +316,10 @@ std::shared_ptr<ImportJob> Imports::Begin(const std::string& session, const std:
     order.text = WithColumns(TextOf(session), order.delimiter, body);
     order.rows =
         std::max(0L, static_cast<long>(std::ranges::count(order.text, '\n')) - (order.text.ends_with('\n') ? 1 : 0));
-    const std::lock_guard lock(m_mutex);
-    if (!m_jobs.empty() && !m_jobs.back()->IsOver()) {
-        throw Error(ErrorCode::conflict, "another import is running; wait for it, or stop it");
-    }
-    order.id = ++m_last;
-    if (m_jobs.size() == kMostJobs) {
-        m_jobs.erase(m_jobs.begin());
-    }
-    return m_jobs.emplace_back(std::make_shared<ImportJob>(std::move(order)));
-}
-
-std::shared_ptr<ImportJob> Imports::Find(int id) const
-{
-    const std::lock_guard lock(m_mutex);
-    const auto found = std::ranges::find(m_jobs, id, &ImportJob::Id);
-    return found == m_jobs.end() ? nullptr : *found;
-}
-
-std::vector<std::shared_ptr<ImportJob>> Imports::All() const
-{
-    const std::lock_guard lock(m_mutex);
-    return {m_jobs.rbegin(), m_jobs.rend()};
+    return m_jobs.Add([&order](int id) {
+        order.id = id;
+        return std::make_shared<ImportJob>(std::move(order));
+    });
 }
 
 } // namespace web

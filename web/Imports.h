@@ -2,6 +2,7 @@
 
 #include "management/JsonWriter.h"
 #include "management/import/Import.h"
+#include "web/JobList.h"
 #include "web/JsonReader.h"
 
 #include <atomic>
@@ -91,18 +92,14 @@ public:
     /// Makes an import of a session's text. @param body  the request's: see docs/web.md. @throws management::Error
     /// (invalid), or (conflict) while another one runs.
     std::shared_ptr<ImportJob> Begin(const std::string& session, const std::string& login, const JsonValue& body);
-    /// Null where there is none, or no longer.
-    [[nodiscard]] std::shared_ptr<ImportJob> Find(int id) const;
-    /// The youngest first.
-    [[nodiscard]] std::vector<std::shared_ptr<ImportJob>> All() const;
+    [[nodiscard]] const JobList<ImportJob>& Jobs() const { return m_jobs; }
 
 private:
     [[nodiscard]] std::string TextOf(const std::string& session) const;
 
-    mutable std::mutex m_mutex;
+    mutable std::mutex m_mutex;                               ///< of the texts
     std::vector<std::pair<std::string, std::string>> m_texts; ///< by session, the youngest last
-    std::vector<std::shared_ptr<ImportJob>> m_jobs;           ///< the youngest last
-    int m_last = 0;
+    JobList<ImportJob> m_jobs{1, "another import is running; wait for it, or stop it"};
 };
 
 /// The delimiter that a request names: one character. @throws management::Error (invalid).

@@ -4,7 +4,6 @@
 #include "management/Errors.h"
 #include "web/Problem.h"
 
-#include <algorithm>
 #include <sstream>
 
 namespace web {
@@ -12,8 +11,6 @@ namespace web {
 using namespace management;
 
 namespace {
-
-constexpr std::size_t kMostJobs = 8;
 
 std::string CsvRow(const std::vector<std::string>& fields)
 {
@@ -124,28 +121,7 @@ void Job::Write(JsonWriter& json) const
 
 std::shared_ptr<Job> Jobs::Add(Job::Order order)
 {
-    const std::lock_guard lock(m_mutex);
-    if (m_jobs.size() == kMostJobs) {
-        const auto oldest = std::ranges::find_if(m_jobs, &Job::IsOver);
-        if (oldest == m_jobs.end()) {
-            throw Error(ErrorCode::conflict, "too many jobs wait already; wait for one of them, or stop it");
-        }
-        m_jobs.erase(oldest);
-    }
-    return m_jobs.emplace_back(std::make_shared<Job>(++m_last, std::move(order)));
-}
-
-std::shared_ptr<Job> Jobs::Find(int id) const
-{
-    const std::lock_guard lock(m_mutex);
-    const auto found = std::ranges::find(m_jobs, id, &Job::Id);
-    return found == m_jobs.end() ? nullptr : *found;
-}
-
-std::vector<std::shared_ptr<Job>> Jobs::All() const
-{
-    const std::lock_guard lock(m_mutex);
-    return {m_jobs.rbegin(), m_jobs.rend()};
+    return JobList::Add([&order](int id) { return std::make_shared<Job>(id, std::move(order)); });
 }
 
 } // namespace web

@@ -3,6 +3,7 @@
 #include "management/JsonWriter.h"
 #include "web/Http.h"
 #include "web/JobControl.h"
+#include "web/JobList.h"
 
 #include <atomic>
 #include <cstddef>
@@ -11,7 +12,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <vector>
 
 class CAConnect;
 
@@ -86,19 +86,12 @@ private:
 };
 
 /// The jobs of this server, of which the last ones are kept. Any thread may use it.
-class Jobs {
+class Jobs : public JobList<Job> {
 public:
+    Jobs() : JobList(kMost, "too many jobs wait already; wait for one of them, or stop it") {}
+
     /// @throws management::Error (conflict) while too many wait.
     std::shared_ptr<Job> Add(Job::Order order);
-    /// Null where there is none, or no longer.
-    [[nodiscard]] std::shared_ptr<Job> Find(int id) const;
-    /// The youngest first.
-    [[nodiscard]] std::vector<std::shared_ptr<Job>> All() const;
-
-private:
-    mutable std::mutex m_mutex;
-    std::vector<std::shared_ptr<Job>> m_jobs; ///< the youngest last
-    int m_last = 0;
 };
 
 } // namespace web

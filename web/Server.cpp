@@ -759,7 +759,7 @@ private:
             return JsonResponse([&](JsonWriter& json) {
                 json.WriteName("imports");
                 json.BeginArray();
-                for (const std::shared_ptr<ImportJob>& job : m_imports.All()) {
+                for (const std::shared_ptr<ImportJob>& job : m_imports.Jobs().All()) {
                     json.BeginObject();
                     job->Write(json, false);
                     json.End();
@@ -791,7 +791,7 @@ private:
     std::shared_ptr<ImportJob> ImportOf(const std::string& id) const
     {
         std::shared_ptr<ImportJob> job =
-            m_imports.Find(static_cast<int>(binding::ReadNumber("id", id, {}, binding::kInt)));
+            m_imports.Jobs().Find(static_cast<int>(binding::ReadNumber("id", id, {}, binding::kInt)));
         if (!job) {
             throw Error(ErrorCode::notFound, fmt::format("there is no import {}", id));
         }
