@@ -1,5 +1,7 @@
 #include "console/Translation.h"
 
+#include "management/ProgramModule.h"
+
 #include <langinfo.h>
 #include <libintl.h>
 
@@ -68,14 +70,6 @@ std::string_view LocaleName()
     return "C";
 }
 
-/// The catalogues are where they are beside this program, installed or built.
-std::string CatalogueFolder()
-{
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return (program.parent_path() / QV_LOCALE_DIRECTORY).lexically_normal().string();
-}
-
 } // namespace
 
 void ChooseLanguage()
@@ -88,7 +82,12 @@ void ChooseLanguage()
     if (locale == nullptr || std::string_view(::nl_langinfo_l(CODESET, locale.get())) != "UTF-8") {
         return;
     }
-    ::bindtextdomain(kDomain, CatalogueFolder().c_str());
+    std::error_code error;
+    const std::filesystem::path catalogues = management::FileOfProgram(QV_LOCALE_DIRECTORY, error);
+    if (error) {
+        return;
+    }
+    ::bindtextdomain(kDomain, catalogues.c_str());
     ::bind_textdomain_codeset(kDomain, "UTF-8");
     language = std::make_unique<CatalogueLanguage>(std::move(locale));
 }
