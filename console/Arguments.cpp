@@ -59,7 +59,7 @@ bool IsNear(std::string_view written, std::string_view name)
     return name.starts_with(written) || (written.size() > kFarthest && Distance(written, name) <= kFarthest);
 }
 
-/// @param missing  begins the sentence, such as "there is no noun".
+/// @param missing  begins the sentence, such as "unknown command".
 [[noreturn]] void RefuseWord(const Sentence& missing, const std::string& written,
                              const std::vector<std::string_view>& names)
 {
@@ -272,7 +272,7 @@ void RefuseUnknownWords(const CLI::App& app)
     const CLI::App* noun = NamedIn(app);
     const std::optional<std::string> word = FirstWord(words, false);
     if (word && noun == nullptr) {
-        RefuseWord(Translatable("there is no noun"), *word, NounNames());
+        RefuseWord(Translatable("unknown command"), *word, NounNames());
     }
     if (word && NamedIn(*noun) == nullptr && !VerbNames(noun->get_name()).empty()) {
         RefuseWord(FillPattern("{} has no verb", noun->get_name()), *word, VerbNames(noun->get_name()));
@@ -294,7 +294,7 @@ void Select(const CLI::App& app, Request& request)
 {
     const CLI::App* noun = NamedIn(app);
     if (noun == nullptr) {
-        throw Error(ErrorCode::invalid, "name a noun and a verb, such as `qvadmin user list`");
+        throw Error(ErrorCode::invalid, "no command given; try `qvadmin user list`");
     }
     std::vector<std::string> path;
     for (const CLI::App* named = noun; named != nullptr; named = NamedIn(*named)) {

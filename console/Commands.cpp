@@ -245,7 +245,7 @@ Exit RunWords(const std::vector<std::string>& words, Terminal& terminal, SharedS
 {
     if (words.empty()) {
         terminal.err << ProgramHelp();
-        throw Error(ErrorCode::invalid, "name a noun and a verb, such as `qvadmin user list`");
+        throw Error(ErrorCode::invalid, "no command given; try `qvadmin user list`");
     }
     Request request = ParseCommandLine(words);
     if (request.command == nullptr) {

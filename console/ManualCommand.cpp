@@ -264,7 +264,7 @@ Exit PrintManual(const LocalCall& call)
     }
     const auto noun = std::ranges::find(Nouns(), *in.noun, &Noun::name);
     if (noun == Nouns().end()) {
-        throw Error(ErrorCode::notFound, FillPattern("there is no noun {}; see `qvadmin --help`", Quoted(*in.noun)));
+        throw Error(ErrorCode::notFound, FillPattern("unknown command {}; see `qvadmin --help`", Quoted(*in.noun)));
     }
     WriteNoun(*noun, call.terminal.out);
     return Exit::done;

@@ -115,7 +115,7 @@ Item FindItem(CAConnect& conn, const std::string& argument)
     }
     const Words words = Split(argument);
     if (words.kind == nullptr) {
-        throw Error(ErrorCode::invalid, FillPattern("{} is no item; write {}", Quoted(argument), kItemHelp));
+        throw Error(ErrorCode::invalid, FillPattern("invalid item {}: expected {}", Quoted(argument), kItemHelp));
     }
     return FindOfKind(conn, words.kind->type, words.rest);
 }

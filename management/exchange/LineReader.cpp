@@ -53,7 +53,7 @@ void LineReader::TakeScope(const JsonObject& head)
         for (const std::string& plural : SplitAtCommas(*text)) {
             const auto noun = std::ranges::find(Nouns(), std::string_view(plural), &Noun::plural);
             if (noun == Nouns().end()) {
-                throw Error(ErrorCode::invalid, fmt::format("{}:1: there is no noun {}", m_name, Quoted(plural)));
+                throw Error(ErrorCode::invalid, fmt::format("{}:1: unknown noun {}", m_name, Quoted(plural)));
             }
             m_scope.nouns.push_back(&*noun);
         }
@@ -107,7 +107,7 @@ ExportedLine ParseExportedLine(const std::string& text, long number)
         line.noun = name == nullptr ? nullptr : FindNoun(*name);
         if (line.noun == nullptr) {
             throw Error(ErrorCode::invalid, name == nullptr ? Sentence(Translatable("the line has no noun"))
-                                                            : FillPattern("there is no noun {}", Quoted(*name)));
+                                                            : FillPattern("unknown noun {}", Quoted(*name)));
         }
         line.object.erase(noun);
         for (const JsonMember& member : line.object) {

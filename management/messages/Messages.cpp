@@ -218,7 +218,7 @@ std::string WholeDate(const std::string& text)
         COleDateTime(part(0, 4), part(5, 2), part(8, 2), part(11, 2), part(14, 2), part(17, 2)).GetStatus() !=
             COleDateTime::valid) {
         throw Error(ErrorCode::invalid,
-                    FillPattern("{} is no date; write YYYY-MM-DD or 'YYYY-MM-DD HH:MM:SS'", Quoted(text)));
+                    FillPattern("invalid date {}: expected YYYY-MM-DD or 'YYYY-MM-DD HH:MM:SS'", Quoted(text)));
     }
     return whole;
 }

@@ -519,7 +519,7 @@ TEST_F(AddInConsoleTest, WhatCannotBeInstalledIsRefused)
     ExpectRefusal({"package", "install", "p"}, 2, "--version");
     ExpectRefusal({"package", "install", "p", "--version", "x"}, 2, "--version");
     ExpectRefusal({"package", "install", " p", "--version", "1"}, 2, "blank");
-    ExpectRefusal({"package", "install", "p", "--version", "1", "--modified", "today"}, 2, "is no date");
+    ExpectRefusal({"package", "install", "p", "--version", "1", "--modified", "today"}, 2, "invalid date");
     ExpectRefusal({"package", "show", "p"}, 3, "there is no package 'p'");
     ExpectRefusal({"package", "remove", "p"}, 3, "there is no package 'p'");
     EXPECT_EQ(Done({"package", "list", "-o", "plain"}), "");

@@ -275,7 +275,7 @@ TEST_P(ApplyTest, RefusesInOneSentenceWhatItCannotDo)
             ": changes super, which needs --allow-privileges; nothing was changed");
     refuses(WithoutLines(text, R"("noun":"view","name":"Company")"), 4, "cannot be applied: the ");
     refuses("{\"noun\":\"user\"}\n", 2, "is not an exported directory");
-    refuses(text + "{\"noun\":\"cat\"}\n", 2, ": there is no noun 'cat'");
+    refuses(text + "{\"noun\":\"cat\"}\n", 2, ": unknown noun 'cat'");
     EXPECT_EQ(Run({"db", "apply", Path("missing.jsonl"), "--yes"}).exit, 1);
     // What an engine does not keep as it is written.
     const std::string day =

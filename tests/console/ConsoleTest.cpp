@@ -49,7 +49,7 @@ TEST_F(ConsoleTest, WithoutArgumentsItShowsHelpAndEndsAsUsage)
     EXPECT_EQ(result.exit, 2);
     EXPECT_EQ(result.out, "");
     EXPECT_THAT(result.err, HasSubstr("Usage: qvadmin [OPTIONS] NOUN VERB"));
-    EXPECT_THAT(result.err, HasSubstr("\nqvadmin: name a noun and a verb"));
+    EXPECT_THAT(result.err, HasSubstr("\nqvadmin: no command given; try `qvadmin user list`"));
 }
 
 TEST_F(ConsoleTest, HelpAtEachLevelGoesToStandardOutputWithExamples)
@@ -97,8 +97,8 @@ TEST_F(ConsoleTest, WhatIsNotUnderstoodIsUsageWithAHint)
         const char* part;
     };
     const Case kCases[] = {
-        {{"usr", "list"}, "there is no noun 'usr'; did you mean user?"},
-        {{"xyzzy"}, "there is no noun 'xyzzy'; there are db, user"},
+        {{"usr", "list"}, "unknown command 'usr'; did you mean user?"},
+        {{"xyzzy"}, "unknown command 'xyzzy'; there are db, user"},
         {{"user", "crate", "amy"}, "user has no verb 'crate'; did you mean create?"},
         {{"user", "lo"}, "did you mean lock?"},
         {{"user", "xyzzy", "--frob"}, "user has no verb 'xyzzy'; there are list, show,"},

@@ -156,7 +156,7 @@ no JSON
     EXPECT_THAT(result.err,
                 AllOf(HasSubstr("in.jsonl:3: a user has no member 'nickname'\n"),
                       HasSubstr("in.jsonl:4: sort_index is not a whole number\n"),
-                      HasSubstr("in.jsonl:5: login is empty\n"), HasSubstr("in.jsonl:6: there is no noun 'wish'\n"),
+                      HasSubstr("in.jsonl:5: login is empty\n"), HasSubstr("in.jsonl:6: unknown noun 'wish'\n"),
                       HasSubstr("in.jsonl:7: the line is not JSON"),
                       HasSubstr("in.jsonl:8: changes super, which needs --allow-privileges\n"),
                       HasSubstr("in.jsonl:9: there is no '/Nowhere'\n"),

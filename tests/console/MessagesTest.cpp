@@ -306,7 +306,7 @@ TEST_F(MessageConsoleTest, PurgingTakesOneDateAndARealOne)
     ExpectRefusal({"message", "purge", "--before", "2020-01-01", "--keep-days", "3", "--yes"}, 2,
                   "--before or --keep-days");
     for (const char* date : {"", "yesterday", "2019-02-29", "2020-01-01 25:00:00", "2020-01-01' OR 1=1 --"}) {
-        ExpectRefusal({"message", "purge", "--before", date, "--yes"}, 2, "is no date");
+        ExpectRefusal({"message", "purge", "--before", date, "--yes"}, 2, "invalid date");
     }
     ExpectRefusal({"message", "purge", "--keep-days", "-1", "--yes"}, 2,
                   "--keep-days '-1' is not a whole number from 0 to 36500");

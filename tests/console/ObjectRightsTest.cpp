@@ -328,5 +328,5 @@ TEST_F(ObjectRightConsoleTest, WhatCannotBeUnderstoodIsRefused)
     ExpectRefusal({"objright", "grant", "user:nobody", "3", "17", "docs", "read", "1"}, 3, "nobody");
     ExpectRefusal({"objright", "grant", "user:amy", "3", "17", "docs", "read", "1", "--by", "nobody"}, 3,
                   "there is no user 'nobody'");
-    ExpectRefusal({"objright", "check", "amy", "3", "17", "docs", "read"}, 2, "'amy' is no item");
+    ExpectRefusal({"objright", "check", "amy", "3", "17", "docs", "read"}, 2, "invalid item 'amy'");
 }

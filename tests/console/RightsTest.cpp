@@ -363,7 +363,7 @@ TEST_F(RightConsoleTest, PowersAndNamesThatNobodyMeansAreRefused)
     ExpectRefusal({"right", "grant", "role:Editors", "", "send", "1"}, 2, "the name of the genre is empty");
     ExpectRefusal({"right", "grant", "role:Editors", "mail", " send", "1"}, 2, "begins or ends with a blank");
     ExpectRefusal({"right", "grant", "role:Editors", "mail", "se\nnd", "1"}, 2, "holds a control character");
-    ExpectRefusal({"right", "grant", "Editors", "mail", "send", "1"}, 2, "is no item; write user:LOGIN");
+    ExpectRefusal({"right", "grant", "Editors", "mail", "send", "1"}, 2, "invalid item 'Editors': expected user:LOGIN");
     ExpectRefusal({"right", "grant", "role:Nobody", "mail", "send", "1"}, 3, "there is no role 'Nobody'");
     EXPECT_EQ(Done({"right", "list", "role:Editors", "-o", "plain"}), "");
 }
