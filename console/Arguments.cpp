@@ -1,5 +1,6 @@
 #include "console/Arguments.h"
 
+#include "console/Color.h"
 #include "console/Commands.h"
 #include "console/ExitCode.h"
 #include "console/Help.h"
@@ -126,7 +127,7 @@ Format ReadFormat(const std::string& name)
 
 void RequireColorWord(const std::string& word)
 {
-    if (word != "auto" && word != "always" && word != "never") {
+    if (std::ranges::find(kColorWords, word) == kColorWords.end()) {
         throw Error(ErrorCode::invalid, FillPattern("--color {} is not one of auto, always, never", Quoted(word)));
     }
 }

@@ -30,7 +30,7 @@ struct BatchInput {
     std::optional<std::string> reason;
 };
 
-constexpr Param<BatchInput> kParams[] = {
+constexpr Param<BatchInput> kBatchParams[] = {
     {"FILE", &BatchInput::file, Kind::file, "a command on each line, without `qvadmin`; - for standard input"},
     {"stop_on_error", &BatchInput::stopOnError, Kind::flag, "end at the first command that fails"},
     {"one_transaction", &BatchInput::oneTransaction, Kind::flag,
@@ -132,9 +132,9 @@ private:
     bool m_isFinding = false;
 };
 
-Exit Run(const LocalCall& call)
+Exit RunBatch(const LocalCall& call)
 {
-    const auto in = binding::ReadInput<kParams>(call.given);
+    const auto in = binding::ReadInput<kBatchParams>(call.given);
     if (in.file == "-") {
         return Batch(call, in).Run(ReadLines(call.terminal.in));
     }
@@ -142,20 +142,20 @@ Exit Run(const LocalCall& call)
     return Batch(call, in).Run(ReadLines(file));
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kBatchCommands[] = {
     {{.path = {"batch"},
       .summary = "run the commands of a file, over one connection",
       .examples = "  qvadmin batch changes.txt --stop-on-error\n"
                   "  qvadmin batch - --one-transaction",
       .effect = Effect::change,
-      .params = &InfosOf<kParams>},
-     &Run},
+      .params = &InfosOf<kBatchParams>},
+     &RunBatch},
 };
 
 } // namespace
 
 Exit RunBatchOfInput(const LocalCall& call) { return Batch(call, BatchInput()).Run(ReadLines(call.terminal.in)); }
 
-std::span<const LocalCommand> BatchCommands() { return kCommands; }
+std::span<const LocalCommand> BatchCommands() { return kBatchCommands; }
 
 } // namespace console

@@ -76,7 +76,7 @@ void DeclareParam(CLI::App& app, const ParamInfo& param, bool isAfterList, Comma
 }
 
 /// The options of a parameter that another cannot stand beside.
-std::vector<std::string> OptionsOf(std::string_view name, const CommandLine& given)
+std::vector<std::string> NamesOf(std::string_view name, const CommandLine& given)
 {
     if (given.secrets.contains(name)) {
         return {OptionName(name) + "-stdin", OptionName(name) + "-file"};
@@ -107,8 +107,8 @@ void DeclareParams(CLI::App& app, const Command& command, CommandLine& given)
         if (param.excludes.empty()) {
             continue;
         }
-        for (const std::string& option : OptionsOf(param.name, given)) {
-            for (const std::string& other : OptionsOf(param.excludes, given)) {
+        for (const std::string& option : NamesOf(param.name, given)) {
+            for (const std::string& other : NamesOf(param.excludes, given)) {
                 app.get_option(option)->excludes(other);
             }
         }

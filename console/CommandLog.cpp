@@ -18,12 +18,12 @@ namespace console {
 
 namespace {
 
-constexpr mode_t kForItsOwner = 0600;
+constexpr mode_t kLogMode = 0600;
 
 } // namespace
 
 CommandLog::CommandLog(std::string file)
-    : m_name(std::move(file)), m_file(::open(m_name.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kForItsOwner))
+    : m_name(std::move(file)), m_file(::open(m_name.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kLogMode))
 {
     if (m_file < 0) {
         ThrowUnwritable("nothing was done");

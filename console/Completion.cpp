@@ -1,7 +1,9 @@
 #include "console/Completion.h"
 
+#include "console/Color.h"
 #include "console/CommandOption.h"
 #include "console/LocalCommand.h"
+#include "console/Render.h"
 
 #include <algorithm>
 #include <array>
@@ -143,10 +145,10 @@ const ParamInfo* ParamAt(const Written& written, std::string_view beginning)
 std::vector<std::string> ChoicesOf(const Written& written, std::string_view beginning)
 {
     if (written.option == "-o" || written.option == "--output") {
-        return {"table", "csv", "json", "jsonl", "plain"};
+        return {kFormatNames.begin(), kFormatNames.end()};
     }
     if (written.option == "--color") {
-        return {"auto", "always", "never"};
+        return {kColorWords.begin(), kColorWords.end()};
     }
     std::vector<std::string> choices;
     const ParamInfo* param = ParamAt(written, beginning);

@@ -100,7 +100,7 @@ Exit Complete(const LocalCall& call)
     return Exit::done;
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kCompletionCommands[] = {
     {{.path = {"completion"},
       .summary = "print the completion script of a shell",
       .examples = "  source <(qvadmin completion bash)\n"
@@ -112,6 +112,6 @@ constexpr LocalCommand kCommands[] = {
 
 } // namespace
 
-std::span<const LocalCommand> CompletionCommands() { return kCommands; }
+std::span<const LocalCommand> CompletionCommands() { return kCompletionCommands; }
 
 } // namespace console

@@ -1,7 +1,9 @@
 #include "console/Config.h"
 
+#include "console/Color.h"
 #include "console/Environment.h"
 #include "console/ExitCode.h"
+#include "console/Render.h"
 #include "console/TextFile.h"
 #include "console/Url.h"
 #include "management/Text.h"
@@ -26,15 +28,12 @@ constexpr std::string_view kSystemFile = "/etc/qvadmin/config.toml";
 constexpr std::string_view kProfiles = "profiles";
 constexpr std::string_view kProfile = "profile";
 
-constexpr std::array<std::string_view, 5> kFormats = {"table", "csv", "json", "jsonl", "plain"};
-constexpr std::array<std::string_view, 3> kColors = {"auto", "always", "never"};
-
 const ConfigKey kKeys[] = {
     {"profile"},
     {"db"},
     {.name = "password_file", .isPath = true},
-    {.name = "output", .words = kFormats},
-    {.name = "color", .words = kColors},
+    {.name = "output", .words = kFormatNames},
+    {.name = "color", .words = kColorWords},
     {.name = "quiet", .isFlag = true},
     {.name = "wide", .isFlag = true},
     {.name = "log", .isPath = true},

@@ -41,7 +41,7 @@ Exit Show(const LocalCall& call)
     return Exit::done;
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kConfigCommands[] = {
     {{.path = {"config", "show"},
       .summary = "the settings that hold, of files, the environment and the command line",
       .examples = "  qvadmin config show --origin\n"
@@ -54,6 +54,6 @@ constexpr LocalCommand kCommands[] = {
 
 } // namespace
 
-std::span<const LocalCommand> ConfigCommands() { return kCommands; }
+std::span<const LocalCommand> ConfigCommands() { return kConfigCommands; }
 
 } // namespace console

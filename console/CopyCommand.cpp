@@ -324,8 +324,6 @@ Exit Backup(const LocalCall& context)
     });
 }
 
-constexpr Command kNoRow = {};
-
 Exit Restore(const LocalCall& context)
 {
     const auto in = binding::ReadInput<kRestoreParams>(context.given);
@@ -366,7 +364,7 @@ Exit Restore(const LocalCall& context)
     return Exit::done;
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kCopyCommands[] = {
     {{.path = {"db", "copy"},
       .summary = "carry the whole directory over to another database, of any engine, with all ids",
       .examples = "  qvadmin db copy postgresql://quorvel@db1.example.org/directory\n"
@@ -394,6 +392,6 @@ constexpr LocalCommand kCommands[] = {
 
 } // namespace
 
-std::span<const LocalCommand> CopyCommands() { return kCommands; }
+std::span<const LocalCommand> CopyCommands() { return kCopyCommands; }
 
 } // namespace console

@@ -97,7 +97,7 @@ Exit Status(const LocalCall& context)
     return isCurrent && !shortcoming ? Exit::done : Exit::findings;
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kDbCommands[] = {
     {{.path = {"db", "init"},
       .summary = "make the database, or bring it up to this program's version",
       .examples = "  qvadmin db init\n"
@@ -115,6 +115,6 @@ constexpr LocalCommand kCommands[] = {
 
 } // namespace
 
-std::span<const LocalCommand> DbCommands() { return kCommands; }
+std::span<const LocalCommand> DbCommands() { return kDbCommands; }
 
 } // namespace console

@@ -104,10 +104,10 @@ Exit Diff(const LocalCall& call)
     return frontEnd.Finish(result);
 }
 
-constexpr LocalCommand kCommands[] = {{kDiffRow, &Diff}};
+constexpr LocalCommand kDiffCommands[] = {{kDiffRow, &Diff}};
 
 } // namespace
 
-std::span<const LocalCommand> DiffCommands() { return kCommands; }
+std::span<const LocalCommand> DiffCommands() { return kDiffCommands; }
 
 } // namespace console

@@ -41,8 +41,6 @@ constexpr Param<ExportInput> kExportParams[] = {
     {"base", &ExportInput::base, Kind::text, "of the distinguished names of ldif, such as dc=example,dc=org"},
 };
 
-constexpr Command kNoRow = {};
-
 /// Writes what is exported to a file or standard output.
 class ExportFrontEnd final : public TerminalFrontEnd {
 public:
@@ -179,7 +177,7 @@ Exit Export(const LocalCall& call)
     return Exit::done;
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kExportCommands[] = {
     {{.path = {"export"},
       .summary = "write the directory to a file that `qvadmin import` reads",
       .examples = "  qvadmin export directory.jsonl\n"
@@ -194,6 +192,6 @@ constexpr LocalCommand kCommands[] = {
 
 } // namespace
 
-std::span<const LocalCommand> ExportCommands() { return kCommands; }
+std::span<const LocalCommand> ExportCommands() { return kExportCommands; }
 
 } // namespace console

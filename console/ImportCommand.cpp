@@ -579,7 +579,7 @@ Exit ImportWhole(const LocalCall& call)
     });
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kImportCommands[] = {
     {{.path = {"user", "import"},
       .summary = "add the users of a file, row by row",
       .examples = "  qvadmin user import people.csv --dry-run\n"
@@ -606,6 +606,6 @@ constexpr LocalCommand kCommands[] = {
 
 } // namespace
 
-std::span<const LocalCommand> ImportCommands() { return kCommands; }
+std::span<const LocalCommand> ImportCommands() { return kImportCommands; }
 
 } // namespace console

@@ -16,7 +16,6 @@ namespace console {
 namespace {
 
 constexpr std::string_view kFailed = kRowFates[static_cast<std::size_t>(RowFate::failed)];
-constexpr Command kNoRow = {};
 /// As kRowFates, to follow a number.
 constexpr std::array<std::string_view, kRowFates.size()> kFatesInSummary = {
     Translatable("created"), Translatable("updated"), Translatable("unchanged"), Translatable("already there"),

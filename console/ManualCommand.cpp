@@ -136,7 +136,7 @@ void WriteNoun(const Noun& noun, std::ostream& out)
     out << ".Sh SEE ALSO\n.Xr qvadmin 1\n";
 }
 
-constexpr std::string_view kProgram = R"(.Sh SYNOPSIS
+constexpr std::string_view kSynopsis = R"(.Sh SYNOPSIS
 .Nm
 .Op Fl \-db Ar URL
 .Op Fl o Ar FORMAT
@@ -235,7 +235,7 @@ confirmation needed
 void WriteProgram(std::ostream& out)
 {
     WriteHead("qvadmin", "qvadmin", "administration of a server's organisation directory", out);
-    out << kProgram << ".Bl -tag -width Ds\n";
+    out << kSynopsis << ".Bl -tag -width Ds\n";
     for (const Noun& noun : Nouns()) {
         out << ".It Cm " << noun.name << '\n'
             << Line(std::string(noun.summary) + "; see") << ".Xr qvadmin\\-" << noun.name << " 1 .\n";
@@ -300,7 +300,7 @@ Exit PrintCommands(const LocalCall& call)
     return Exit::done;
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kManualCommands[] = {
     {{.path = {"manual"},
       .summary = "print a manual page, for man or mandoc",
       .examples = "  qvadmin manual | man -l -\n"
@@ -315,6 +315,6 @@ constexpr LocalCommand kCommands[] = {
 
 } // namespace
 
-std::span<const LocalCommand> ManualCommands() { return kCommands; }
+std::span<const LocalCommand> ManualCommands() { return kManualCommands; }
 
 } // namespace console

@@ -16,12 +16,6 @@ namespace console {
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, Format>, 5> kFormats = {{{"table", Format::table},
-                                                                          {"csv", Format::csv},
-                                                                          {"json", Format::json},
-                                                                          {"jsonl", Format::jsonl},
-                                                                          {"plain", Format::plain}}};
-
 constexpr std::size_t kGap = 2;       ///< blanks between columns
 constexpr std::size_t kNarrowest = 4; ///< that a column is made to fit a width
 
@@ -143,14 +137,12 @@ void WritePlain(const Record& record, std::ostream& out)
 
 std::optional<Format> FindFormat(std::string_view name)
 {
-    const auto* found = std::ranges::find(kFormats, name, &std::pair<std::string_view, Format>::first);
-    return found == kFormats.end() ? std::nullopt : std::optional(found->second);
+    const auto* found = std::ranges::find(kFormatNames, name);
+    return found == kFormatNames.end() ? std::nullopt
+                                       : std::optional(static_cast<Format>(found - kFormatNames.begin()));
 }
 
-std::string_view NameOf(Format format)
-{
-    return std::ranges::find(kFormats, format, &std::pair<std::string_view, Format>::second)->first;
-}
+std::string_view NameOf(Format format) { return kFormatNames.at(static_cast<std::size_t>(format)); }
 
 TableWriter::TableWriter(Format format, std::vector<std::string> columns, std::ostream& out, TableLook look,
                          std::size_t measured)

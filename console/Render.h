@@ -4,6 +4,7 @@
 #include "management/CsvWriter.h"
 #include "management/Value.h"
 
+#include <array>
 #include <cstddef>
 #include <iosfwd>
 #include <optional>
@@ -14,6 +15,8 @@
 namespace console {
 
 enum class Format { table, csv, json, jsonl, plain };
+/// Of each format, in their order.
+inline constexpr std::array<std::string_view, 5> kFormatNames = {"table", "csv", "json", "jsonl", "plain"};
 
 /// The format of that name.
 std::optional<Format> FindFormat(std::string_view name);

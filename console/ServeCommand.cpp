@@ -44,7 +44,7 @@ struct ServeInput {
     }
 };
 
-constexpr Param<ServeInput> kParams[] = {
+constexpr Param<ServeInput> kServeParams[] = {
     {"listen", &ServeInput::listen, Kind::text, "where to listen, as ADDRESS:PORT; else 127.0.0.1:8420"},
     {"tls_cert", &ServeInput::certificate, Kind::file, "certificate with its chain, in PEM"},
     {"tls_key", &ServeInput::key, Kind::file, "private key of the certificate, in PEM"},
@@ -157,7 +157,7 @@ web::ServerOptions OptionsOf(const ServeInput& in)
 
 Exit Serve(const LocalCall& call)
 {
-    web::ServerOptions options = OptionsOf(binding::ReadInput<kParams>(call.given));
+    web::ServerOptions options = OptionsOf(binding::ReadInput<kServeParams>(call.given));
     std::mutex mutex;
     const auto say = [&](const std::string& line) {
         const std::lock_guard lock(mutex);
@@ -181,7 +181,7 @@ Exit Serve(const LocalCall& call)
     return Exit::done;
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kServeCommands[] = {
     {{.path = {"serve"},
       .summary = "a web page for all that administrators do, until it is stopped",
       .examples = "  qvadmin serve\n"
@@ -189,12 +189,12 @@ constexpr LocalCommand kCommands[] = {
                   "https://admin.example.org:8420",
       .effect = Effect::read,
       .duration = Duration::longRunning,
-      .params = &InfosOf<kParams>},
+      .params = &InfosOf<kServeParams>},
      &Serve},
 };
 
 } // namespace
 
-std::span<const LocalCommand> ServeCommands() { return kCommands; }
+std::span<const LocalCommand> ServeCommands() { return kServeCommands; }
 
 } // namespace console

@@ -165,9 +165,9 @@ private:
     std::optional<LineHistory> m_history;
 };
 
-Exit Run(const LocalCall& call) { return CanAsk(call.terminal) ? Shell(call).Run() : RunBatchOfInput(call); }
+Exit RunShell(const LocalCall& call) { return CanAsk(call.terminal) ? Shell(call).Run() : RunBatchOfInput(call); }
 
-Sentence Notes()
+Sentence ShellNotes()
 {
     return Translatable("Keys: Tab completes a word, the arrows bring lines back, Ctrl-R looks for one, Ctrl-C gives\n"
                         "up the line or ends the command that runs, Ctrl-D or `exit` ends the shell. What is typed is\n"
@@ -175,18 +175,18 @@ Sentence Notes()
                         "Where standard input is not a terminal, its lines are run as `qvadmin batch -` runs them.\n");
 }
 
-constexpr LocalCommand kCommands[] = {
+constexpr LocalCommand kShellCommands[] = {
     {{.path = {"shell"},
       .summary = "run commands as they are typed, over one connection",
       .examples = "  qvadmin shell\n"
                   "  qvadmin -p test shell",
-      .notes = &Notes,
+      .notes = &ShellNotes,
       .effect = Effect::change},
-     &Run},
+     &RunShell},
 };
 
 } // namespace
 
-std::span<const LocalCommand> ShellCommands() { return kCommands; }
+std::span<const LocalCommand> ShellCommands() { return kShellCommands; }
 
 } // namespace console

@@ -13,6 +13,9 @@
 
 namespace console {
 
+/// For what is no command of the table, and so shows no columns and changes nothing by its row.
+inline constexpr Command kNoRow = {};
+
 /// A command of the table that is run from a terminal or a script: rows and values go to standard output, all else to
 /// standard error. Where JSON is asked for, a command that writes gives one object with all that became of it.
 class TerminalFrontEnd : public FrontEnd {

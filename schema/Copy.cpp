@@ -21,23 +21,13 @@ namespace {
 // A statement of this many bytes is sent; engines take more, and gain nothing by it.
 constexpr std::size_t kBytesPerInsert = std::size_t{256} * 1024;
 constexpr const char* kKey = "Col_ID";
-constexpr const char* kVersionTable = "qv_Schema"; // each directory has its own
 
 CString TextOf(const std::string& text) { return CString(std::string_view(text)); }
-
-bool SameName(std::string_view a, std::string_view b) { return platform::UpperUtf8(a) == platform::UpperUtf8(b); }
 
 void OpenRows(CARecordset& rs, CAConnect& conn, const std::string& sql)
 {
     if (!rs.Open(sql.c_str(), &conn, adbcCursorForwardOnly, adbcLockReadOnly, adbcCommandText)) {
         throw CAException("the database connection is not open");
-    }
-}
-
-void ExecuteAll(CAConnect& conn, const std::vector<std::string>& statements)
-{
-    for (const std::string& statement : statements) {
-        conn.Execute(statement.c_str());
     }
 }
 

@@ -18,8 +18,6 @@ namespace schema {
 
 namespace {
 
-// Every directory has this table from its first step on; it tells our files from others.
-constexpr const char* kVersionTable = "qv_Schema";
 constexpr const char* kCreateVersionTable =
     "CREATE TABLE qv_Schema (Col_Name VARCHAR(64) NOT NULL PRIMARY KEY, Col_Value VARCHAR(64) NOT NULL)";
 
@@ -80,8 +78,6 @@ private:
     bool m_done = false;
 };
 
-bool SameName(std::string_view a, std::string_view b) { return platform::UpperUtf8(a) == platform::UpperUtf8(b); }
-
 CString ReadSetting(CAConnect& conn, const char* name)
 {
     CString sql;
@@ -124,13 +120,6 @@ Status InspectFor(CAConnect& conn, int newest)
 std::vector<std::string> FurtherStatements(CAConnect& conn, const Step& step)
 {
     return step.furtherStatements ? step.furtherStatements(conn) : std::vector<std::string>();
-}
-
-void ExecuteAll(CAConnect& conn, const std::vector<std::string>& statements)
-{
-    for (const std::string& statement : statements) {
-        conn.Execute(statement.c_str());
-    }
 }
 
 // Where a step is no transaction, the run that made the tables may have ended before it wrote this. Where indexes
@@ -200,6 +189,13 @@ Status NextStep(CAConnect& conn, const std::vector<Step>& steps, const Progress&
 }
 
 } // namespace
+
+void ExecuteAll(CAConnect& conn, const std::vector<std::string>& statements)
+{
+    for (const std::string& statement : statements) {
+        conn.Execute(statement.c_str());
+    }
+}
 
 const Dialect& DialectOf(CAConnect& conn)
 {

@@ -95,6 +95,8 @@ std::optional<Table> ReadTable(std::string_view statement)
 
 } // namespace
 
+bool SameName(std::string_view a, std::string_view b) { return platform::UpperUtf8(a) == platform::UpperUtf8(b); }
+
 std::vector<Table> TablesOf(const Dialect& dialect)
 {
     std::vector<Table> tables;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace schema {
@@ -24,6 +25,12 @@ struct Table {
     std::string name;
     std::vector<Column> columns;
 };
+
+/// Every directory has this table from its first step on, with its own version; it tells our files from others.
+inline constexpr const char* kVersionTable = "qv_Schema";
+
+/// Whether engines, none of which tells capitals of names from small letters, take them for the same name.
+bool SameName(std::string_view a, std::string_view b);
 
 /// The tables that a dialect's steps make, as the steps spell them, without the one of the version.
 std::vector<Table> TablesOf(const Dialect& dialect);

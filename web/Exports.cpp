@@ -15,7 +15,7 @@ using namespace management;
 
 namespace {
 
-constexpr std::size_t kMostBytes = std::size_t{256} << 20U;
+constexpr std::size_t kLongestExport = std::size_t{256} << 20U;
 
 struct Format {
     std::string_view name;
@@ -46,7 +46,7 @@ public:
 
     void Add(std::string_view text)
     {
-        if (m_text.size() + text.size() > kMostBytes) {
+        if (m_text.size() + text.size() > kLongestExport) {
             throw Error(ErrorCode::invalid, "this is more than 256 MiB; longer files are for qvadmin export");
         }
         m_text += text;

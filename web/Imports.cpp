@@ -16,7 +16,7 @@ using namespace management;
 
 namespace {
 
-constexpr std::size_t kMostBytes = std::size_t{32} << 20U;
+constexpr std::size_t kLongestFile = std::size_t{32} << 20U;
 constexpr std::size_t kMostTexts = 4;
 constexpr std::size_t kMostShown = 200;
 constexpr std::size_t kSample = 3;
@@ -249,7 +249,7 @@ std::size_t Imports::AddText(const std::string& session, const std::string& part
     if (isFirst) {
         own->second.clear();
     }
-    if (own->second.size() + part.size() > kMostBytes) {
+    if (own->second.size() + part.size() > kLongestFile) {
         m_texts.erase(own);
         Refuse("a text has at most 32 MiB; longer files are for qvadmin user import");
     }

@@ -21,8 +21,6 @@ namespace management {
 
 namespace {
 
-constexpr std::string_view kAdmin = "Admin";
-
 /// Runs the body; what it throws about its line fails that.
 template <class Body>
 void Attempt(MatchedLine& wanted, Body body)
@@ -83,7 +81,7 @@ int TypeOf(MemberKind kind) { return kind == MemberKind::view ? kItemTypeView : 
 std::string PrivilegeChangedBy(const MatchedLine& wanted)
 {
     const bool isNew = wanted.row == nullptr;
-    if (NameKey(wanted.name) == NameKey(kAdmin) &&
+    if (NameKey(wanted.name) == NameKey(kBuiltInLogin) &&
         (isNew || !HasValues(*wanted.line->noun, wanted.row->values, wanted.values))) {
         return isNew ? "adds the built-in administrator" : "changes the built-in administrator";
     }

@@ -32,7 +32,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kMostRows = 256;
 constexpr std::size_t kMostBytes = std::size_t{2} * 1024 * 1024;
 constexpr std::array<std::string_view, 5> kResultColumns = {"line", "login", "id", "outcome", "reason"};
-constexpr std::string_view kAdmin = "Admin";
 
 struct RowOutcome {
     RowFate fate = RowFate::failed;
@@ -422,7 +421,7 @@ private:
     /// be added.
     static std::string PrivilegesIn(const ImportRow& row, const UserBlock::User* user)
     {
-        static const std::string kAdminKey = NameKey(kAdmin);
+        static const std::string kAdminKey = NameKey(kBuiltInLogin);
         if (row.key == kAdminKey && (user == nullptr || Differs(user->stored, row.values))) {
             return user == nullptr ? "adds the built-in administrator" : "changes the built-in administrator";
         }

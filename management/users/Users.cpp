@@ -16,7 +16,6 @@ namespace management {
 
 namespace {
 
-constexpr std::string_view kAdmin = "Admin";
 constexpr std::string_view kLoginPrefix = "login:";
 
 const Field& FieldOf(std::string_view name) { return *FindField(name); }
@@ -196,7 +195,7 @@ PasswordFate RenameUser(Directory& directory, const UserKey& user, const std::st
     return spoilsPassword ? PasswordFate::dropped : PasswordFate::kept;
 }
 
-bool IsBuiltIn(const UserKey& user) { return user.login == kAdmin; }
+bool IsBuiltIn(const UserKey& user) { return user.login == kBuiltInLogin; }
 
 void DeleteUser(Directory& directory, const UserKey& user)
 {

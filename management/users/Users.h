@@ -55,6 +55,9 @@ bool WouldSpoilPassword(Directory& directory, const UserKey& user, const std::st
 /// @throws Error (isProtected) for Admin, (conflict) when the name is another's or a password would no longer fit.
 PasswordFate RenameUser(Directory& directory, const UserKey& user, const std::string& login, bool dropPassword);
 
+/// The login name of the administrator that every directory has.
+inline constexpr std::string_view kBuiltInLogin = "Admin";
+
 /// Whether the module keeps this user from being deleted, whatever the engine.
 bool IsBuiltIn(const UserKey& user);
 

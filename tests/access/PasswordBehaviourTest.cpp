@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+namespace password_behaviour {
+
 using behaviour::Line;
 using behaviour::ReadCase;
 using behaviour::WriteCase;
@@ -367,3 +369,5 @@ TEST_F(PasswordBehaviour, SettingTheKeyOnAClosedConnectionIsReportedAsAnError)
 }
 
 } // namespace
+
+} // namespace password_behaviour

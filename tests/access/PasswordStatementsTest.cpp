@@ -7,6 +7,8 @@
 
 #include <vector>
 
+namespace password_statements {
+
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -72,3 +74,5 @@ TEST(PasswordStatements, AKeyThatIsThereIsUpdated)
 }
 
 } // namespace
+
+} // namespace password_statements

@@ -12,6 +12,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace right_behaviour {
+
 using behaviour::Line;
 using behaviour::Numbers;
 using behaviour::ReadCase;
@@ -628,3 +630,5 @@ TEST_F(ObjectRightOnAScript, SaysWhetherItWasTakenAndDropsAnErrorsText)
 }
 
 } // namespace
+
+} // namespace right_behaviour

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+namespace right_statements {
+
 using statements::kAllKinds;
 using statements::Read;
 using statements::Sent;
@@ -314,3 +316,5 @@ TEST(EffectiveRightStatements, AreSentByteForByteAfterThoseOfTheRoles) { ExpectT
 TEST(ObjectRightStatements, AreSentByteForByte) { ExpectTable(ObjectRights()); }
 
 } // namespace
+
+} // namespace right_statements

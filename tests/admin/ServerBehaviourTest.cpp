@@ -10,6 +10,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace server_behaviour {
+
 using behaviour::Line;
 using behaviour::Numbers;
 using behaviour::ReadCase;
@@ -482,3 +484,5 @@ TEST(BulletinItem, BeginsEmpty)
 }
 
 } // namespace
+
+} // namespace server_behaviour

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace server_statements {
+
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -281,3 +283,5 @@ TEST(ServerStatements, OfPackagesAreSentByteForByte) { ExpectTable(Packages()); 
 TEST(ServerStatements, OfTheBoardAreSentByteForByte) { ExpectTable(Board()); }
 
 } // namespace
+
+} // namespace server_statements

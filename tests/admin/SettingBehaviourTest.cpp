@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace setting_behaviour {
+
 using behaviour::Line;
 using behaviour::ReadCase;
 using behaviour::Texts;
@@ -212,3 +214,5 @@ TEST_F(SettingBehaviour, AListCalledTwiceHoldsEveryRowTwice)
 }
 
 } // namespace
+
+} // namespace setting_behaviour

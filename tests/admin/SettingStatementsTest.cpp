@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace setting_statements {
+
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -214,3 +216,5 @@ TEST(SettingStatements, WritesAreSentByteForByte) { ExpectTable(Writes()); }
 TEST(SettingStatements, PicturesAreSentByteForByte) { ExpectTable(Pictures()); }
 
 } // namespace
+
+} // namespace setting_statements

@@ -26,7 +26,7 @@ struct Case {
 
 void PrintTo(const Case& meanwhile, std::ostream* out) { *out << meanwhile.name; }
 
-const Words kAmy = {"user", "create", "amy"};
+const Words kCreateAmy = {"user", "create", "amy"};
 const Words kRole = {"role", "create", "Editors"};
 const Words kRight = {"right", "grant", "role:Editors", "Messages", "Size", "50"};
 const Words kView = {"view", "create", "V"};
@@ -41,39 +41,39 @@ const Words kSetting = {"setting", "set", "Colour", "blue", "--genre", "G"};
 const std::vector<Case>& Cases()
 {
     static const std::vector<Case> cases = {
-        {"UserDelete", {kAmy, kRole}, {"user", "delete", "amy"}, {{"role", "add", "Editors", "amy"}}},
+        {"UserDelete", {kCreateAmy, kRole}, {"user", "delete", "amy"}, {{"role", "add", "Editors", "amy"}}},
         {"UserRename",
-         {kAmy, {"UPDATE qv_User SET Col_PWord = 'digest', Col_EnType = 2"}},
+         {kCreateAmy, {"UPDATE qv_User SET Col_PWord = 'digest', Col_EnType = 2"}},
          {"user", "rename", "id:1", "bob"},
          {{"user", "rename", "amy", "carl", "--drop-password"}},
          "New password of bob",
          "secret\nsecret\n"},
         {"UserPasswordSet",
-         {kAmy},
+         {kCreateAmy},
          {"user", "password", "set", "id:1"},
          {{"user", "rename", "amy", "bob"}},
          "New password of amy (id 1)",
          "secret\nsecret\n"},
-        {"RoleDelete", {kAmy, kRole}, {"role", "delete", "Editors"}, {{"role", "add", "Editors", "amy"}}},
+        {"RoleDelete", {kCreateAmy, kRole}, {"role", "delete", "Editors"}, {{"role", "add", "Editors", "amy"}}},
         {"RightRevokeAll",
          {kRole, kRight},
          {"right", "revoke", "role:Editors", "--all"},
          {{"right", "set", "role:Editors", "Messages", "Size", "60"}}},
         {"RightOnClear",
-         {kAmy, kRole, {"right", "on", "grant", "role:Editors", "user:amy", "Messages", "Read", "1"}},
+         {kCreateAmy, kRole, {"right", "on", "grant", "role:Editors", "user:amy", "Messages", "Read", "1"}},
          {"right", "on", "clear", "user:amy", "Messages", "Read"},
          {{"right", "on", "set", "role:Editors", "user:amy", "Messages", "Read", "2"}}},
         {"ObjrightRevoke",
          {kRole, {"objright", "grant", "role:Editors", "3", "17", "docs", "read", "1"}},
          {"objright", "revoke", "1"},
          {{"role", "set", "Editors", "--name", "Readers"}}},
-        {"PlanDelete", {kAmy, kPlan}, {"plan", "delete", "Nightly"}, {{"plan", "assign", "Nightly", "user:amy"}}},
+        {"PlanDelete", {kCreateAmy, kPlan}, {"plan", "delete", "Nightly"}, {{"plan", "assign", "Nightly", "user:amy"}}},
         {"PlanAssign",
-         {kAmy, kView, kGroup, kPlan},
+         {kCreateAmy, kView, kGroup, kPlan},
          {"plan", "assign", "Nightly", "group:/V/A", "--recursive"},
          {kAddMember}},
         {"MemberDetach",
-         {kAmy, kView, kGroup, kOtherGroup, kAddMember},
+         {kCreateAmy, kView, kGroup, kOtherGroup, kAddMember},
          {"member", "detach", "amy"},
          {{"member", "add", "/V/B", "amy"}}},
         {"AddInDelete",
@@ -89,7 +89,7 @@ const std::vector<Case>& Cases()
          {kSetting},
          {"setting", "delete", "Colour", "--genre", "G"},
          {{"setting", "set", "Colour", "red", "--genre", "G"}}},
-        {"SettingPicture", {kAmy}, {"setting", "picture", "p.png", "--all-users"}, {{"user", "create", "bob"}}},
+        {"SettingPicture", {kCreateAmy}, {"setting", "picture", "p.png", "--all-users"}, {{"user", "create", "bob"}}},
         {"BoardDelete",
          {{"INSERT INTO Kel_Board VALUES ('1', 'amy', 'Party', '2014-01-01 00:00:00', NULL)"}},
          {"board", "delete", "1"},
@@ -111,7 +111,7 @@ const std::vector<Case>& Cases()
          3,
          "nothing was deleted"},
         {"ViewDelete", {kView}, {"view", "delete", "V"}, {kGroup}},
-        {"GroupDelete", {kAmy, kView, kGroup}, {"group", "delete", "/V/A", "--recursive"}, {kAddMember}},
+        {"GroupDelete", {kCreateAmy, kView, kGroup}, {"group", "delete", "/V/A", "--recursive"}, {kAddMember}},
         {"FolderUnlink", {kRoot, kFolder}, {"folder", "unlink", "id:1"}, {{"folder", "rename", "id:1", "z"}}},
         {"FolderDelete",
          {kRoot, kFolder},

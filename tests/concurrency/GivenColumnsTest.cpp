@@ -16,7 +16,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-struct Case {
+struct GivenCase {
     Words command;
     std::string table;
     std::vector<std::string> columns;
@@ -35,9 +35,9 @@ const std::vector<Words> kBefore = {{"user", "create", "amy"},
                                     {"objright", "grant", "role:Editors", "3", "17", "docs", "read", "1"},
                                     {"setting", "set", "Colour", "blue", "--genre", "G"}};
 
-const std::vector<Case>& Cases()
+const std::vector<GivenCase>& GivenCases()
 {
-    static const std::vector<Case> cases = {
+    static const std::vector<GivenCase> cases = {
         {{"user", "set", "amy", "--title", "Head"}, "qv_User", {"Col_o_JobTitle"}},
         {{"user", "rename", "amy", "AMY"}, "qv_User", {"Col_LoginName"}},
         {{"user", "lock", "amy"}, "qv_User", {"Col_Disabled"}},
@@ -73,7 +73,7 @@ bool IsSameName(const std::string& a, const std::string& b)
 }
 
 /// Every column of the case's table that its command may not write.
-std::vector<std::string> OthersOf(const Case& wanted)
+std::vector<std::string> OthersOf(const GivenCase& wanted)
 {
     const std::vector<schema::Table> tables = schema::TablesOf(schema::sqlite::TheDialect());
     const auto table =
@@ -96,7 +96,7 @@ TEST(GivenColumns, AreAllThatIsWritten)
     for (const Words& words : kBefore) {
         ASSERT_EQ(consoles.Run(words).exit, 0) << words.front();
     }
-    for (const Case& each : Cases()) {
+    for (const GivenCase& each : GivenCases()) {
         SCOPED_TRACE(testing::PrintToString(each.command));
         for (const std::string& name : OthersOf(each)) {
             const std::string statement = "CREATE TRIGGER t_" + name + " BEFORE UPDATE OF " + name + " ON " +

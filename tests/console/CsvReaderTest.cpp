@@ -36,13 +36,13 @@ std::string Described(const std::vector<CsvRecord>& records)
     return text;
 }
 
-struct Case {
+struct CsvCase {
     const char* name;
     std::string text;
     std::string expected; ///< a line per record: line number, fields, ! for one that cannot be read
 };
 
-const Case kCases[] = {
+const CsvCase kCases[] = {
     {"nothing", "", ""},
     {"no line break at the end", "a,b", "1:[a][b]\n"},
     {"CRLF", "a,b\r\nc,d\r\n", "1:[a][b]\n2:[c][d]\n"},
@@ -70,7 +70,7 @@ const Case kCases[] = {
 
 TEST(CsvReaderTest, ReadsWhatIsGoodAroundWhatIsNot)
 {
-    for (const Case& test : kCases) {
+    for (const CsvCase& test : kCases) {
         EXPECT_EQ(Described(ReadAll(test.text)), test.expected) << test.name;
     }
 }

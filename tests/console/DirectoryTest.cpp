@@ -129,8 +129,6 @@ protected:
     Texts m_texts{20130507};
 };
 
-const Field* Of(std::string_view name) { return FindField(name); }
-
 /// What the record says that the row must hold.
 FieldValues WrittenValues(const CHumanItem& item, const std::function<bool(const Field&)>& isWritten)
 {
@@ -168,8 +166,9 @@ TEST_F(DirectoryTest, SetBringsEveryTextThrough)
         return std::pair(id, values);
     });
     ExpectChangesOneRow([this](int id) {
-        const FieldValues values = {
-            {Of("picture"), m_texts.Next()}, {Of("user_data"), m_texts.Next()}, {Of("birthday"), std::nullopt}};
+        const FieldValues values = {{FindField("picture"), m_texts.Next()},
+                                    {FindField("user_data"), m_texts.Next()},
+                                    {FindField("birthday"), std::nullopt}};
         m_directory.Set(id, values);
         return std::pair(id, values);
     });
@@ -178,16 +177,17 @@ TEST_F(DirectoryTest, SetBringsEveryTextThrough)
 TEST_F(DirectoryTest, InsertBringsEveryTextThrough)
 {
     ExpectChangesOneRow([this](int) {
-        const FieldValues values = {{Of("login"), m_texts.NextLogin()}, {Of("name"), m_texts.Next()}};
-        m_directory.Insert(*values.at(Of("login")), *values.at(Of("name")));
+        const FieldValues values = {{FindField("login"), m_texts.NextLogin()}, {FindField("name"), m_texts.Next()}};
+        m_directory.Insert(*values.at(FindField("login")), *values.at(FindField("name")));
         return std::pair(NewestId(), values);
     });
     ExpectChangesOneRow([this](int) {
-        const FieldValues values = {{Of("login"), m_texts.NextLogin()},
-                                    {Of("name"), m_texts.Next()},
-                                    {Of("password"), m_texts.Next()},
-                                    {Of("password_type"), "2"}};
-        m_directory.Insert(*values.at(Of("login")), *values.at(Of("name")), *values.at(Of("password")), 2);
+        const FieldValues values = {{FindField("login"), m_texts.NextLogin()},
+                                    {FindField("name"), m_texts.Next()},
+                                    {FindField("password"), m_texts.Next()},
+                                    {FindField("password_type"), "2"}};
+        m_directory.Insert(*values.at(FindField("login")), *values.at(FindField("name")),
+                           *values.at(FindField("password")), 2);
         return std::pair(NewestId(), values);
     });
 }
@@ -199,17 +199,17 @@ TEST_F(DirectoryTest, UpdateOwnDataBringsEveryTextThrough)
                      m_texts.Next(),      m_texts.Next(), m_texts.Next(),  m_texts.Next(),
                      m_texts.Next(),      m_texts.Next(), m_texts.Number()};
         m_directory.UpdateOwnData(id, data);
-        return std::pair(id, FieldValues{{Of("login"), data.login},
-                                         {Of("name"), data.name},
-                                         {Of("department"), data.department},
-                                         {Of("title"), data.title},
-                                         {Of("office_phone"), data.officePhone},
-                                         {Of("mobile"), data.mobile},
-                                         {Of("office_fax"), data.officeFax},
-                                         {Of("email"), data.email},
-                                         {Of("user_data"), data.userData},
-                                         {Of("home_phone"), data.homePhone},
-                                         {Of("department_id"), std::to_string(data.departmentId)}});
+        return std::pair(id, FieldValues{{FindField("login"), data.login},
+                                         {FindField("name"), data.name},
+                                         {FindField("department"), data.department},
+                                         {FindField("title"), data.title},
+                                         {FindField("office_phone"), data.officePhone},
+                                         {FindField("mobile"), data.mobile},
+                                         {FindField("office_fax"), data.officeFax},
+                                         {FindField("email"), data.email},
+                                         {FindField("user_data"), data.userData},
+                                         {FindField("home_phone"), data.homePhone},
+                                         {FindField("department_id"), std::to_string(data.departmentId)}});
     });
 }
 
@@ -218,12 +218,12 @@ TEST_F(DirectoryTest, UpdateDepartmentBringsTheTextThrough)
     ExpectChangesOneRow([this](int id) {
         const std::string department = m_texts.Next();
         m_directory.UpdateDepartment(id, 5, department, true);
-        return std::pair(id, FieldValues{{Of("department"), department}, {Of("department_id"), "5"}});
+        return std::pair(id, FieldValues{{FindField("department"), department}, {FindField("department_id"), "5"}});
     });
     ExpectChangesOneRow([this](int id) {
-        m_directory.Set(id, {{Of("department_id"), "7"}});
+        m_directory.Set(id, {{FindField("department_id"), "7"}});
         m_directory.UpdateDepartment(id, 5, m_texts.Next(), false);
-        return std::pair(id, FieldValues{{Of("department_id"), "7"}});
+        return std::pair(id, FieldValues{{FindField("department_id"), "7"}});
     });
 }
 
@@ -231,7 +231,7 @@ TEST_F(DirectoryTest, SetLockedTouchesOneColumn)
 {
     ExpectChangesOneRow([this](int id) {
         m_directory.SetLocked(id, true);
-        return std::pair(id, FieldValues{{Of("locked"), "1"}});
+        return std::pair(id, FieldValues{{FindField("locked"), "1"}});
     });
 }
 
@@ -241,10 +241,10 @@ TEST_F(DirectoryTest, LookUpsFindEveryText)
         CHumanItem item;
         Fill(item);
         const std::string name = fmt::format("{}~{}", m_texts.Next(), round);
-        SetMember(item, *Of("name"), name);
+        SetMember(item, *FindField("name"), name);
         m_directory.Save(item);
         const int id = NewestId();
-        const std::string login = WrittenBy(item, *Of("login"));
+        const std::string login = WrittenBy(item, *FindField("login"));
         EXPECT_EQ(m_directory.FindId(login), id);
         EXPECT_TRUE(m_directory.Exists(login));
         EXPECT_EQ(m_directory.FindIdIgnoringCase(login), id);
@@ -347,7 +347,7 @@ TEST_F(DirectoryTest, TextsWithNulAreRefused)
     EXPECT_THROW(m_directory.FindId(text), Error);
     EXPECT_THROW(m_directory.IsSuperUser(text), Error);
     EXPECT_THROW(m_directory.Insert("amy", text), Error);
-    EXPECT_THROW(m_directory.Set(id, {{Of("note"), text}}), Error);
+    EXPECT_THROW(m_directory.Set(id, {{FindField("note"), text}}), Error);
     CHumanItem item;
     Fill(item);
     item.m_strNote = CString(text.data(), text.size());
@@ -392,7 +392,7 @@ TEST_F(DirectoryTest, AChangeThatIsRefusedTellsWhy)
     const int id = Added();
     m_conn.Execute("CREATE TRIGGER refuse BEFORE UPDATE ON qv_User BEGIN SELECT RAISE(ABORT, 'not today'); END");
     try {
-        m_directory.Set(id, {{Of("name"), "Amy"}});
+        m_directory.Set(id, {{FindField("name"), "Amy"}});
         FAIL();
     } catch (const DatabaseError& e) {
         EXPECT_THAT(e.what(), testing::HasSubstr("not today"));

@@ -17,13 +17,13 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-struct Case {
+struct PeopleCase {
     const char* name;
     Words words;
     const char* outcome; ///< of the one thing that it is about; empty: it prints the id of a new thing
 };
 
-class PeopleCommandTable : public ConsoleFixture, public testing::WithParamInterface<Case> {
+class PeopleCommandTable : public ConsoleFixture, public testing::WithParamInterface<PeopleCase> {
 protected:
     /// Rory is locked, and has a password, a title, a group and a role; Amy has nothing.
     void SetUp() override
@@ -97,7 +97,7 @@ TEST_P(PeopleCommandChange, IsRecordedAndCanBeUndone)
 
 INSTANTIATE_TEST_SUITE_P(
     Commands, PeopleCommandChange,
-    testing::ValuesIn(std::vector<Case>{
+    testing::ValuesIn(std::vector<PeopleCase>{
         {"TitleGive", {"title", "give", "/Main/Sales", "amy", "Lead"}, "given"},
         {"TitleTake", {"title", "take", "/Main/Sales", "rory", "Lead"}, "taken"},
         {"MemberAdd", {"member", "add", "/Main/Sales", "amy"}, "added"},
@@ -132,7 +132,7 @@ TEST_P(PeopleCommandNoChange, IsToldAndIsNoFinding)
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, PeopleCommandNoChange,
-                         testing::ValuesIn(std::vector<Case>{
+                         testing::ValuesIn(std::vector<PeopleCase>{
                              {"TitleGive", {"title", "give", "/Main/Sales", "rory", "Lead"}, ""},
                              {"TitleTake", {"title", "take", "/Main/Sales", "amy", "Lead"}, ""},
                              {"MemberAdd", {"member", "add", "/Main/Sales", "rory"}, ""},

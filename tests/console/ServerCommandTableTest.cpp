@@ -14,7 +14,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-struct Case {
+struct ServerCase {
     const char* name;
     std::vector<Words> before; ///< of one word: a statement
     Words command;
@@ -33,7 +33,7 @@ const Words kNewObjectRight = {"objright", "grant", "role:Editors", "3", "17", "
 const Words kNewSetting = {"setting", "set", "Colour", "blue", "--genre", "G"};
 const Words kNewPackage = {"package", "install", "Tools", "--version", "1"};
 
-const Case kCases[] = {
+const ServerCase kCases[] = {
     {"BoardDelete", {{kNotice}}, {"board", "delete", "1", "--yes"}},
     {"AddinCreate", {}, kNewAddIn},
     {"AddinSet", {kNewAddIn}, {"addin", "set", "Chess", "--public"}},
@@ -90,7 +90,7 @@ protected:
         }
     }
 
-    ChildResult RunCase(const Case& oneCase, const Words& more)
+    ChildResult RunCase(const ServerCase& oneCase, const Words& more)
     {
         Words words = oneCase.command;
         words.insert(words.end(), more.begin(), more.end());
@@ -98,7 +98,7 @@ protected:
     }
 };
 
-class EveryWrite : public ServerCommandTableTest, public testing::WithParamInterface<Case> {};
+class EveryWrite : public ServerCommandTableTest, public testing::WithParamInterface<ServerCase> {};
 
 } // namespace
 

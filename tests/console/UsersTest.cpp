@@ -13,8 +13,6 @@ using namespace management;
 
 namespace {
 
-const Field* Of(std::string_view name) { return FindField(name); }
-
 class UsersTest : public testing::Test {
 protected:
     void SetUp() override
@@ -23,7 +21,7 @@ protected:
         schema::Upgrade(m_conn);
     }
 
-    Stored Column(int id, std::string_view name) { return m_directory.Load(id).value().at(Of(name)); }
+    Stored Column(int id, std::string_view name) { return m_directory.Load(id).value().at(FindField(name)); }
 
     void Execute(const std::string& sql) { m_conn.Execute(sql.c_str()); }
 
@@ -82,8 +80,8 @@ TEST_F(UsersTest, AChangeLeavesAllElseAsItIsStored)
             "'pic''ture\\', "
             "'da''ta', 9, NULL, NULL, 5, NULL, NULL, NULL)");
     FieldValues expected = m_directory.Load(7).value();
-    EXPECT_TRUE(ChangeUser(m_directory, 7, {{Of("mobile"), "+44'1"}}));
-    expected[Of("mobile")] = "+44'1";
+    EXPECT_TRUE(ChangeUser(m_directory, 7, {{FindField("mobile"), "+44'1"}}));
+    expected[FindField("mobile")] = "+44'1";
     EXPECT_EQ(m_directory.Load(7), expected);
 }
 
@@ -92,7 +90,7 @@ TEST_F(UsersTest, ADateInAnotherFormStaysAsItIs)
     for (const char* date : {"1989-11-28 10:00:00", "28.11.1989", "0012-01-01", ""}) {
         Execute(fmt::format("INSERT INTO qv_User (Col_LoginName, Col_Birthday) VALUES ('x', '{}')", date));
         const int id = m_directory.FindId("x").value();
-        EXPECT_TRUE(ChangeUser(m_directory, id, {{Of("name"), "X"}}));
+        EXPECT_TRUE(ChangeUser(m_directory, id, {{FindField("name"), "X"}}));
         EXPECT_EQ(Column(id, "birthday"), date);
         m_directory.Delete(id);
     }
@@ -101,12 +99,13 @@ TEST_F(UsersTest, ADateInAnotherFormStaysAsItIs)
 TEST_F(UsersTest, PictureUserDataAndBirthdayCanBeSetAndCleared)
 {
     const int id = CreateUser(m_directory, "amy", {});
-    EXPECT_TRUE(
-        ChangeUser(m_directory, id, {{Of("picture"), "p'"}, {Of("user_data"), "d\\"}, {Of("birthday"), "1989-11-28"}}));
+    EXPECT_TRUE(ChangeUser(
+        m_directory, id,
+        {{FindField("picture"), "p'"}, {FindField("user_data"), "d\\"}, {FindField("birthday"), "1989-11-28"}}));
     EXPECT_EQ(Column(id, "picture"), "p'");
     EXPECT_EQ(Column(id, "user_data"), "d\\");
     EXPECT_EQ(Column(id, "birthday"), "1989-11-28");
-    EXPECT_TRUE(ChangeUser(m_directory, id, {{Of("picture"), ""}, {Of("birthday"), std::nullopt}}));
+    EXPECT_TRUE(ChangeUser(m_directory, id, {{FindField("picture"), ""}, {FindField("birthday"), std::nullopt}}));
     EXPECT_EQ(Column(id, "picture"), "");
     EXPECT_EQ(Column(id, "birthday"), std::nullopt);
     EXPECT_EQ(Column(id, "user_data"), "d\\");
@@ -114,8 +113,9 @@ TEST_F(UsersTest, PictureUserDataAndBirthdayCanBeSetAndCleared)
 
 TEST_F(UsersTest, WhatIsTheSameAlreadyIsNoChange)
 {
-    const int id = CreateUser(m_directory, "amy", {{Of("sex"), "2"}});
-    EXPECT_FALSE(ChangeUser(m_directory, id, {{Of("sex"), "2"}, {Of("birthday"), std::nullopt}, {Of("note"), ""}}));
+    const int id = CreateUser(m_directory, "amy", {{FindField("sex"), "2"}});
+    EXPECT_FALSE(ChangeUser(m_directory, id,
+                            {{FindField("sex"), "2"}, {FindField("birthday"), std::nullopt}, {FindField("note"), ""}}));
 }
 
 TEST_F(UsersTest, AUserIsFoundIgnoringCaseOrById)
@@ -181,14 +181,14 @@ TEST_F(UsersTest, TheBuiltInAdministratorStays)
 
 TEST(FieldsTest, ValuesAreReadAsPeopleWriteThem)
 {
-    EXPECT_EQ(ParseValue(*Of("sex"), "Female"), "2");
-    EXPECT_EQ(ParseValue(*Of("sex"), "0"), "0");
-    EXPECT_EQ(ParseValue(*Of("super"), "YES"), "1");
-    EXPECT_EQ(ParseValue(*Of("super"), "0"), "0");
-    EXPECT_EQ(ParseValue(*Of("sort_index"), "-12"), "-12");
-    EXPECT_EQ(ParseValue(*Of("birthday"), "2024-02-29"), "2024-02-29");
-    EXPECT_EQ(ParseValue(*Of("birthday"), ""), std::nullopt);
-    EXPECT_EQ(ParseValue(*Of("note"), " x "), " x ");
+    EXPECT_EQ(ParseValue(*FindField("sex"), "Female"), "2");
+    EXPECT_EQ(ParseValue(*FindField("sex"), "0"), "0");
+    EXPECT_EQ(ParseValue(*FindField("super"), "YES"), "1");
+    EXPECT_EQ(ParseValue(*FindField("super"), "0"), "0");
+    EXPECT_EQ(ParseValue(*FindField("sort_index"), "-12"), "-12");
+    EXPECT_EQ(ParseValue(*FindField("birthday"), "2024-02-29"), "2024-02-29");
+    EXPECT_EQ(ParseValue(*FindField("birthday"), ""), std::nullopt);
+    EXPECT_EQ(ParseValue(*FindField("note"), " x "), " x ");
 }
 
 TEST(FieldsTest, ValuesThatAreNoneAreRefused)
@@ -208,7 +208,7 @@ TEST(FieldsTest, ValuesThatAreNoneAreRefused)
                                                         {"birthday", "2023-1 -01"},
                                                         {"birthday", "today"}};
     for (const auto& [name, text] : kBad) {
-        EXPECT_EQ(CodeOf([field = Of(name), value = text] { (void)ParseValue(*field, value); }), Exit::usage)
+        EXPECT_EQ(CodeOf([field = FindField(name), value = text] { (void)ParseValue(*field, value); }), Exit::usage)
             << name << " " << text;
     }
 }

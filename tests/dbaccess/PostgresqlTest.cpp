@@ -26,7 +26,7 @@ using testing::Not;
 namespace {
 
 constexpr const char* kRolledBack = "the engine has rolled the transaction back after an earlier error []";
-constexpr const char* kEndless = "SELECT generate_series(1, 1000000000000), 'some text that takes room'";
+constexpr const char* kEndlessSeries = "SELECT generate_series(1, 1000000000000), 'some text that takes room'";
 
 class PostgresqlTest : public testing::Test {
 protected:
@@ -204,7 +204,7 @@ TEST_F(PostgresqlTest, ClosesAResultWithoutReadingWhatIsLeft)
 {
     for (int i = 0; i < 20; ++i) {
         CARecordset rs;
-        Open(rs, kEndless, m_conn);
+        Open(rs, kEndlessSeries, m_conn);
         rs.MoveNext();
         EXPECT_STREQ(rs.GetValueToStr(1, true), "2");
         rs.Close();
@@ -227,7 +227,7 @@ TEST_F(PostgresqlTest, KeepsATransactionWhoseResultsAreClosedEarly)
     m_conn.BeginTrans();
     for (int i = 0; i < 10; ++i) {
         m_conn.Execute("INSERT INTO t VALUES (1)");
-        EXPECT_STREQ(TextOf(kEndless).c_str(), "1");
+        EXPECT_STREQ(TextOf(kEndlessSeries).c_str(), "1");
         EXPECT_EQ(TextOf("SELECT 1 / (3 - i) FROM generate_series(1, 9) AS n(i) -- fails in a row that nobody reads"),
                   "0");
     }
@@ -420,7 +420,7 @@ TEST_F(PostgresqlTest, RaisesWhenItsConnectionIsLostInTheMiddleOfAResult)
 {
     const std::string process = TextOf("SELECT pg_backend_pid()");
     CARecordset rs;
-    Open(rs, kEndless, m_conn);
+    Open(rs, kEndlessSeries, m_conn);
     CAConnect other;
     other.Open(m_url.c_str());
     EXPECT_EQ(::TextOf(other, "SELECT pg_terminate_backend(" + process + ")"), "1");

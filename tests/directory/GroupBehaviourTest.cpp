@@ -12,6 +12,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace group_behaviour {
+
 using behaviour::Line;
 using behaviour::Numbers;
 using behaviour::ReadCase;
@@ -675,3 +677,5 @@ TEST_F(ViewItemOnAScript, LoadingNullsOnlyGivesOneAndLeavesTheRecord)
 }
 
 } // namespace
+
+} // namespace group_behaviour

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace group_statements {
+
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -324,3 +326,5 @@ TEST(ViewStatements, ThePlaceholderIsAddedWithItsNumbersInQuotesAndThenReadByThe
 }
 
 } // namespace
+
+} // namespace group_statements

@@ -12,6 +12,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace relation_behaviour {
+
 using behaviour::Line;
 using behaviour::Numbers;
 using behaviour::ReadCase;
@@ -346,3 +348,5 @@ TEST_F(RelationItemOnAScript, SavingAndDeletingGiveOneWhateverIsCounted)
 }
 
 } // namespace
+
+} // namespace relation_behaviour

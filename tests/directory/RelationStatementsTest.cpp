@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace relation_statements {
+
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -196,3 +198,5 @@ TEST(RelationStatements, TheWalkOverATreeReadsEveryGroupAndStampsEveryUserInTheO
 }
 
 } // namespace
+
+} // namespace relation_statements

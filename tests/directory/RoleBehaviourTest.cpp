@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+namespace role_behaviour {
+
 using behaviour::Line;
 using behaviour::Numbers;
 using behaviour::ReadCase;
@@ -471,3 +473,5 @@ TEST_F(JobTitleItemOnAScript, SavingGivesTrueWhateverIsCounted)
 }
 
 } // namespace
+
+} // namespace role_behaviour

@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace role_statements {
+
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -242,3 +244,5 @@ TEST(JobTitleStatements, OperationsSendTheirTextsByteForByte) { ExpectTable(JobT
 TEST(JobTitleStatements, TheRecordSendsItsTextsByteForByte) { ExpectTable(JobTitleRecords()); }
 
 } // namespace
+
+} // namespace role_statements

@@ -17,6 +17,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace user_behaviour {
+
 using scripted::Raise;
 using scripted::Reply;
 using scripted::Rows;
@@ -803,3 +805,5 @@ TEST(DetachHumanList, LeavesAnEmptyListEmptyAndUsable)
 }
 
 } // namespace
+
+} // namespace user_behaviour

@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+namespace user_statements {
+
 using statements::kAllKinds;
 using statements::Nothing;
 using statements::Read;
@@ -374,3 +376,5 @@ TEST_F(UserStatements, TheRecordSendsItsTextsByteForByte) { ExpectTable(Records(
 TEST_F(UserStatements, TheSearchForTheTablesSendsItsTextsByteForByte) { ExpectTable(Validity()); }
 
 } // namespace
+
+} // namespace user_statements

@@ -13,6 +13,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace document_behaviour {
+
 using behaviour::Line;
 using behaviour::Numbers;
 using behaviour::ReadCase;
@@ -460,3 +462,5 @@ TEST_F(DocRecordsOnAScript, SayWhetherTheyWereTakenAndDropAnErrorsText)
 }
 
 } // namespace
+
+} // namespace document_behaviour

@@ -10,6 +10,8 @@
 
 #include <vector>
 
+namespace document_statements {
+
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -310,3 +312,5 @@ TEST(DocumentStatements, OfFoldersAreSentByteForByte) { ExpectTable(Folders()); 
 TEST(DocumentStatements, OfTheRecordsAreSentByteForByte) { ExpectTable(Records()); }
 
 } // namespace
+
+} // namespace document_statements

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+namespace plan_behaviour {
+
 using behaviour::Line;
 using behaviour::Numbers;
 using behaviour::ReadCase;
@@ -282,3 +284,5 @@ INSTANTIATE_TEST_SUITE_P(Walks, PlanOfAGroup,
                          testing::Values(&CQVBaseFun::InsertGroupFileBackPlan, &CQVBaseFun::DeleteGroupFileBackPlan));
 
 } // namespace
+
+} // namespace plan_behaviour

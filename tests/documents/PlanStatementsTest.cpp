@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace plan_statements {
+
 using scripted::Rows;
 using statements::kAllKinds;
 using statements::Read;
@@ -156,3 +158,5 @@ TEST(PlanStatements, OfAGroupGoInDepthMemberByMember)
 }
 
 } // namespace
+
+} // namespace plan_statements

@@ -3,6 +3,7 @@
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
+#include "tests/dbaccess/Query.h"
 #include "tests/dbaccess/SystemCalls.h"
 #include "tests/support/ForkedCall.h"
 #include "tests/support/Raised.h"
@@ -28,13 +29,6 @@ using testing::HasSubstr;
 namespace {
 
 namespace fs = std::filesystem;
-
-CString TextOf(CAConnect& conn, const std::string& sql)
-{
-    CARecordset rs;
-    EXPECT_TRUE(rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable));
-    return rs.GetValueToStr(1, true);
-}
 
 class SchemaTest : public testing::Test {
 protected:
@@ -105,9 +99,9 @@ TEST_F(SchemaTest, ReadsThePasswordUnderBothNames)
 {
     OpenDirectory();
     m_conn.Execute("INSERT INTO qv_User (Col_LoginName, Col_PWord) VALUES ('amy', 'digest')");
-    EXPECT_STREQ(TextOf(m_conn, "SELECT Col_Password FROM qv_User"), "digest");
+    EXPECT_EQ(TextOf(m_conn, "SELECT Col_Password FROM qv_User"), "digest");
     m_conn.Execute("UPDATE qv_User SET Col_PWord = 'other'");
-    EXPECT_STREQ(TextOf(m_conn, "SELECT Col_Password FROM qv_User"), "other");
+    EXPECT_EQ(TextOf(m_conn, "SELECT Col_Password FROM qv_User"), "other");
 }
 
 TEST_F(SchemaTest, GivesNoIdASecondTime)
@@ -116,7 +110,7 @@ TEST_F(SchemaTest, GivesNoIdASecondTime)
     m_conn.Execute("INSERT INTO qv_User (Col_LoginName) VALUES ('a')");
     m_conn.Execute("DELETE FROM qv_User");
     m_conn.Execute("INSERT INTO qv_User (Col_LoginName) VALUES ('b')");
-    EXPECT_STREQ(TextOf(m_conn, "SELECT Col_ID FROM qv_User"), "2");
+    EXPECT_EQ(TextOf(m_conn, "SELECT Col_ID FROM qv_User"), "2");
 }
 
 TEST_F(SchemaTest, TellsTheStatesApart)
@@ -142,7 +136,7 @@ TEST_F(SchemaTest, DoesNothingToADirectoryThatIsCurrent)
     OpenDirectory();
     m_conn.Execute("INSERT INTO qv_User (Col_LoginName) VALUES ('amy')");
     schema::Upgrade(m_conn, [](int, const std::string& title) { ADD_FAILURE() << title; });
-    EXPECT_STREQ(TextOf(m_conn, "SELECT COUNT(*) FROM qv_User"), "1");
+    EXPECT_EQ(TextOf(m_conn, "SELECT COUNT(*) FROM qv_User"), "1");
 }
 
 TEST_F(SchemaTest, RefusesForeignTables)
@@ -151,7 +145,7 @@ TEST_F(SchemaTest, RefusesForeignTables)
     m_conn.Execute("CREATE TABLE photos (a)");
     EXPECT_EQ(schema::Inspect(m_conn).state, State::foreign);
     EXPECT_THAT(Raised([&] { schema::Upgrade(m_conn); }), HasSubstr("other tables"));
-    EXPECT_STREQ(TextOf(m_conn, "SELECT COUNT(*) FROM sqlite_master"), "1");
+    EXPECT_EQ(TextOf(m_conn, "SELECT COUNT(*) FROM sqlite_master"), "1");
 }
 
 TEST_F(SchemaTest, LeavesAStepThatFailsUndoneAndTheEarlierOnesDone)
@@ -160,12 +154,12 @@ TEST_F(SchemaTest, LeavesAStepThatFailsUndoneAndTheEarlierOnesDone)
     const std::vector<schema::Step> steps = {{"good", {"CREATE TABLE a (x)"}},
                                              {"bad", {"CREATE TABLE b (x)", "CREATE TABLE a (x)"}}};
     EXPECT_THAT(Raised([&] { schema::Upgrade(m_conn, steps, {}); }), HasSubstr("already exists"));
-    EXPECT_STREQ(TextOf(m_conn, "SELECT group_concat(name) FROM (SELECT name FROM sqlite_master WHERE type='table' "
-                                "AND name NOT LIKE 'sqlite%' ORDER BY name)"),
-                 "a,qv_Schema");
-    EXPECT_STREQ(TextOf(m_conn, "SELECT Col_Value FROM qv_Schema WHERE Col_Name='version'"), "1");
+    EXPECT_EQ(TextOf(m_conn, "SELECT group_concat(name) FROM (SELECT name FROM sqlite_master WHERE type='table' "
+                             "AND name NOT LIKE 'sqlite%' ORDER BY name)"),
+              "a,qv_Schema");
+    EXPECT_EQ(TextOf(m_conn, "SELECT Col_Value FROM qv_Schema WHERE Col_Name='version'"), "1");
     schema::Upgrade(m_conn, {steps[0], {"mended", {"CREATE TABLE b (x)"}}}, {});
-    EXPECT_STREQ(TextOf(m_conn, "SELECT Col_Value FROM qv_Schema WHERE Col_Name='version'"), "2");
+    EXPECT_EQ(TextOf(m_conn, "SELECT Col_Value FROM qv_Schema WHERE Col_Name='version'"), "2");
 }
 
 TEST_F(SchemaTest, SurvivesBeingKilledInsideAStep)
@@ -191,8 +185,8 @@ TEST_F(SchemaTest, SurvivesBeingKilledInsideAStep)
         EXPECT_EQ(schema::Inspect(m_conn).version, killedAt - 1);
         schema::Upgrade(m_conn);
         EXPECT_EQ(schema::Inspect(m_conn).state, State::current);
-        EXPECT_STREQ(TextOf(m_conn, "SELECT COUNT(*) FROM sqlite_master WHERE name = 'half_done'"), "0");
-        EXPECT_STREQ(TextOf(m_conn, "PRAGMA integrity_check"), "ok");
+        EXPECT_EQ(TextOf(m_conn, "SELECT COUNT(*) FROM sqlite_master WHERE name = 'half_done'"), "0");
+        EXPECT_EQ(TextOf(m_conn, "PRAGMA integrity_check"), "ok");
         m_conn.Close();
     }
 }
@@ -325,8 +319,8 @@ TEST_F(SchemaTest, KeepsProgramsWithAnotherUpperFromMakingItsIndexUntrue)
     EXPECT_NE(RunElsewhere("UPDATE qv_User SET Col_LoginName = 'x' WHERE Col_LoginName = 'José'"), "");
     EXPECT_NE(RunElsewhere("UPDATE qv_User SET Col_LoginName = 'é' WHERE Col_LoginName = 'AMY'"), "");
     EXPECT_NE(RunElsewhere("DELETE FROM qv_User WHERE Col_LoginName = 'José'"), "");
-    EXPECT_STREQ(TextOf(m_conn, "PRAGMA integrity_check"), "ok");
-    EXPECT_STREQ(TextOf(m_conn, "SELECT COUNT(*) FROM qv_User"), "2");
+    EXPECT_EQ(TextOf(m_conn, "PRAGMA integrity_check"), "ok");
+    EXPECT_EQ(TextOf(m_conn, "SELECT COUNT(*) FROM qv_User"), "2");
 }
 
 TEST_F(SchemaTest, PutsItsIndexesInOrderWhenTheRulesOfUpperHaveChanged)

@@ -1,9 +1,9 @@
 #include "StoppingSession.h"
 #include "dbaccess/CAConnect.h"
-#include "dbaccess/CARecordset.h"
 #include "platform/CodePage.h"
 #include "schema/Dialect.h"
 #include "schema/Schema.h"
+#include "tests/dbaccess/Query.h"
 #include "tests/servers/Servers.h"
 #include "tests/support/Raised.h"
 
@@ -21,13 +21,6 @@ using schema::State;
 // Upgrades that are stopped before each of their statements, and run once more.
 
 namespace {
-
-std::string TextOf(CAConnect& conn, const std::string& sql)
-{
-    CARecordset rs;
-    EXPECT_TRUE(rs.Open(sql.c_str(), &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable)) << sql;
-    return rs.GetValueToStr(1, true).GetString();
-}
 
 class StoppedUpgrade : public testing::TestWithParam<const char*> {
 protected:

@@ -77,7 +77,7 @@ private:
     /// Passes on one answer, message or part of one. @return whether there may be another.
     bool PassOne(std::string& passed)
     {
-        constexpr std::uint32_t kCleartextPassword = 3;
+        constexpr std::uint32_t kAsksForPassword = 3; // as it is
         if (m_rest > 0) {
             const std::size_t count = std::min(m_rest, m_held.size());
             passed.append(m_held, 0, count);
@@ -103,7 +103,7 @@ private:
         if (m_held.size() < (letter == 'R' ? kRequest : kHeader)) {
             return false;
         }
-        if (letter == 'R' && NumberAt(kHeader) == kCleartextPassword) {
+        if (letter == 'R' && NumberAt(kHeader) == kAsksForPassword) {
             throw CAException(
                 "postgresql: the server asks for the password in clear text, and the connection is not encrypted; add "
                 "sslmode=require to the URL, or cleartext-password=on to send it all the same");
