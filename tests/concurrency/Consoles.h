@@ -51,7 +51,7 @@ public:
 
     /// @param arguments  without the program.
     [[nodiscard]] ChildProcess Start(const std::vector<std::string>& arguments) const;
-    ChildResult Run(const std::vector<std::string>& arguments) const { return Start(arguments).Finish(); }
+    [[nodiscard]] ChildResult Run(const std::vector<std::string>& arguments) const { return Start(arguments).Finish(); }
     /// The same on a terminal, where `answer` is typed once Finish is called.
     [[nodiscard]] ChildProcess StartOnTerminal(const std::vector<std::string>& arguments,
                                                const std::string& answer) const;

@@ -77,6 +77,17 @@ breach "uses the JSON library where management/JsonWriter.h is to be used" < <(
 breach "includes the header of the HTTP library" < <(
   find_in '#[[:space:]]*include[[:space:]]*<microhttpd\.h' "${all[@]}" | grep -vE '^web/HttpDaemon\.cpp:' || true)
 
+# ---- clang-tidy looks for these in the file that is compiled only, and tests are compiled together.
+unused_declarations() {
+  local file name
+  for file in "${all[@]}"; do
+    while IFS= read -r name; do
+      [ "$(grep -cE "\\b$name\\b" "$file")" -gt 1 ] || echo "$file: $name"
+    done < <(sed -nE 's/^using ([A-Za-z_0-9]+::)+([A-Za-z_0-9]+);$/\2/p' "$file")
+  done
+}
+breach "declares with using what it does not use" < <(unused_declarations)
+
 # ---- An include never points to a higher floor.
 declare -A below=(
   [platform]="platform"

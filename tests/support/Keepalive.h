@@ -17,7 +17,12 @@ inline long KeepaliveSeconds(const std::string& port)
     std::ifstream connections("/proc/net/tcp");
     for (std::string line; std::getline(connections, line);) {
         std::istringstream words(line);
-        std::string number, local, remote, state, queues, timer;
+        std::string number;
+        std::string local;
+        std::string remote;
+        std::string state;
+        std::string queues;
+        std::string timer;
         words >> number >> local >> remote >> state >> queues >> timer;
         const std::size_t colon = local.find(':') + 1;
         if (state == kEstablished && timer.starts_with(kKeepalive) &&
