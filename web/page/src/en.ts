@@ -329,6 +329,7 @@ export const en = {
     "import.target": "To the group",
     "import.most": "Nothing is imported if these are more than",
     "import.left": "Of {people} people in it, {count} are not in the list.",
+    "import.shown": "The first rows",
     "import.leftlist": "Not in the list",
     "import.unreadable": "Nothing is done about them, since {count} rows have no login name that can be read.",
     "import.go.lock": "Import {count}, lock {left}",

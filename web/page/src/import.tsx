@@ -55,25 +55,6 @@ const leftOf = (job: Import) => job.leavers?.done ?? 0;
 const guess = (heading: string, known: string[]) =>
     known.find(name => name === heading.trim().toLowerCase().replace(/[\s-]+/g, "_")) ?? "";
 
-/** What was found out, or done, about people who are not in the text. */
-function LeaversView(props: { job: Import }) {
-    const { leavers, leaver_rows: rows } = props.job;
-    if (!leavers) {
-        return null;
-    }
-    return (
-        <>
-            <p class={leavers.unreadable > 0 ? "warning" : ""}>
-                {t("import.left", { count: leavers.leavers, people: leavers.people })}
-                {leavers.unreadable > 0 && ` ${t("import.unreadable", { count: leavers.unreadable })}`}
-            </p>
-            {rows && rows.length > 0 && (
-                <Table label={t("import.leftlist")} columns={["login", "id", "outcome", "reason"]} rows={rows} />
-            )}
-        </>
-    );
-}
-
 /** @param props.action  what is to become of leavers. */
 function JobView(props: { job: Import; action: LeaverAction | ""; onStop: () => void; onRun: (() => void) | undefined }) {
     const { job } = props;
@@ -97,6 +78,12 @@ function JobView(props: { job: Import; action: LeaverAction | ""; onStop: () => 
                             .filter(fate => job[fate] > 0)
                             .map(fate => t(`import.${fate}`, { count: job[fate] }))
                             .join(" · ") || t("none")}
+                    </p>
+                )}
+                {job.over && job.leavers && (
+                    <p class={job.leavers.unreadable > 0 ? "warning" : ""}>
+                        {t("import.left", { count: job.leavers.leavers, people: job.leavers.people })}
+                        {job.leavers.unreadable > 0 && ` ${t("import.unreadable", { count: job.leavers.unreadable })}`}
                     </p>
                 )}
             </div>
@@ -130,7 +117,12 @@ function JobView(props: { job: Import; action: LeaverAction | ""; onStop: () => 
                     )}
                 </div>
             )}
-            {job.over && <LeaversView job={job} />}
+            {job.over && job.leaver_rows && job.leaver_rows.length > 0 && (
+                <>
+                    <h3>{t("import.leftlist")}</h3>
+                    <Table label={t("import.leftlist")} columns={["login", "id", "outcome", "reason"]} rows={job.leaver_rows} />
+                </>
+            )}
             {job.failed_rows && job.failed_rows.length > 0 && (
                 <>
                     <h3>{t("import.failed", { count: job.failed })}</h3>
@@ -138,7 +130,10 @@ function JobView(props: { job: Import; action: LeaverAction | ""; onStop: () => 
                 </>
             )}
             {job.over && job.rows && job.rows.length > 0 && (
-                <Table label={t("import.report")} columns={["line", "login", "outcome", "reason"]} rows={job.rows} />
+                <>
+                    <h3>{t("import.shown")}</h3>
+                    <Table label={t("import.shown")} columns={["line", "login", "outcome", "reason"]} rows={job.rows} />
+                </>
             )}
         </section>
     );
