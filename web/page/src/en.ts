@@ -285,7 +285,7 @@ export const en = {
     "verb.give": "Give",
     "verb.take": "Take away",
     "verb.stamp": "Stamp links",
-    "verb.link": "Hang also in",
+    "verb.link": "Also show in",
     "verb.unlink": "Take out of",
     "verb.assign": "Assign",
     "verb.unassign": "Take back",
