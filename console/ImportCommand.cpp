@@ -234,21 +234,6 @@ void RequireNoSynchronisation(const ImportInput& in)
     }
 }
 
-/// What --leavers says.
-void ReadAction(const std::string& action, SynchronisationOptions& options)
-{
-    constexpr std::string_view kMove = "move:";
-    if (action.starts_with(kMove)) {
-        options.action = LeaverAction::move;
-        options.target = action.substr(kMove.size());
-    } else if (action == "lock" || action == "delete") {
-        options.action = action == "lock" ? LeaverAction::lock : LeaverAction::remove;
-    } else if (action != "list") {
-        throw Error(ErrorCode::invalid,
-                    FillPattern("--leavers {} is none of list, lock, move:/VIEW/GROUP and delete", Quoted(action)));
-    }
-}
-
 /// @throws Error (invalid) for options that --sync and only --sync takes.
 std::optional<SynchronisationOptions> SynchronisationOf(const ImportInput& in)
 {
@@ -263,7 +248,7 @@ std::optional<SynchronisationOptions> SynchronisationOf(const ImportInput& in)
         throw Error(ErrorCode::invalid, "--sync reads the rows twice; give a file");
     }
     SynchronisationOptions options{.scope = *in.scope, .allowPrivileges = in.allowPrivileges};
-    ReadAction(in.leavers.value_or("list"), options);
+    ReadLeaverAction(in.leavers.value_or("list"), options);
     if (in.maxLeavers) {
         options.limit = RemovalLimit("max_leavers", *in.maxLeavers);
     }

@@ -59,6 +59,7 @@ void TerminalFrontEnd::TakeColumns(std::vector<std::string> names)
 
 bool TerminalFrontEnd::TakeRow(const std::vector<Value>& row)
 {
+    HideProgress();
     if (!WritesRecords()) {
         return Writer().Write(row) && WantsMore();
     }

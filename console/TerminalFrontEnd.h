@@ -22,6 +22,9 @@ class TerminalFrontEnd : public FrontEnd {
 public:
     /// All of them outlive this.
     TerminalFrontEnd(const Command& command, const CommandLine& given, Format format, Terminal& terminal);
+    TerminalFrontEnd(const TerminalFrontEnd&) = delete;
+    TerminalFrontEnd& operator=(const TerminalFrontEnd&) = delete;
+    ~TerminalFrontEnd() override { HideProgress(); }
 
     void TakeColumns(std::vector<std::string> names) override;
     bool TakeRow(const std::vector<Value>& row) override;

@@ -50,6 +50,14 @@ void Call::Confirm(const Plan& plan)
     m_frontEnd.Confirm(asked);
 }
 
+void Call::ShowProgress(long done, long total) const
+{
+    m_frontEnd.ShowProgress(done, total);
+    if (m_frontEnd.IsStopRequested()) {
+        throw Error(ErrorCode::failed, FillPattern("stopped after {} of {}", done, total));
+    }
+}
+
 void Call::ShowSecret(const Secret& secret) const
 {
     if (!m_options.dryRun) {

@@ -86,6 +86,8 @@ public:
     {
         return m_frontEnd.TakeTreeRow(MakeRow(std::forward<Values>(values)...), line);
     }
+    /// Says how far a run is that changes nothing. @throws Error (failed) where it is to end before it is through.
+    void ShowProgress(long done, long total) const;
     /// Keeps an outcome until the change that it tells of lasts.
     void Report(Outcome outcome) { m_outcomes.push_back(std::move(outcome)); }
     /// Shows a plan and asks, unless that is not to be done.

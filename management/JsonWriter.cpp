@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <ostream>
 
 namespace management {
@@ -12,7 +13,20 @@ namespace {
 
 using Json = nlohmann::json;
 
-std::string JsonText(std::string_view text) { return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace); }
+/// Whether a text stands in JSON as it is: most do, and need none of the library's checks.
+bool IsPlain(std::string_view text)
+{
+    return std::ranges::all_of(text, [](char ch) { return ch >= ' ' && ch <= '~' && ch != '"' && ch != '\\'; });
+}
+
+void WriteText(std::string_view text, std::ostream& out)
+{
+    if (IsPlain(text)) {
+        out << '"' << text << '"';
+    } else {
+        out << Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+    }
+}
 
 } // namespace
 
@@ -31,7 +45,8 @@ void JsonWriter::End()
 void JsonWriter::WriteName(std::string_view name)
 {
     Separate();
-    m_out << JsonText(name) << (m_layout == Layout::indented ? ": " : ":");
+    WriteText(name, m_out);
+    m_out << (m_layout == Layout::indented ? ": " : ":");
     m_isAfterName = true;
 }
 
@@ -42,7 +57,7 @@ void JsonWriter::Write(const Value& value)
                           [this](std::int64_t number) { m_out << std::to_string(number); },
                           [this](bool flag) { m_out << (flag ? "true" : "false"); },
                           [this](const Choice& choice) { m_out << std::to_string(choice.number); },
-                          [this](const std::string& text) { m_out << JsonText(text); }},
+                          [this](const std::string& text) { WriteText(text, m_out); }},
                value);
 }
 

@@ -50,6 +50,26 @@ std::string WithColumns(const std::string& text, char delimiter, const JsonValue
     return std::move(out).str() + text.substr(std::min(EndOfHeader(text) + 1, text.size()));
 }
 
+/// @throws Error (invalid).
+std::optional<SynchronisationOptions> SynchronisationIn(const JsonValue& body)
+{
+    if (!MemberFlag(body, "sync")) {
+        return std::nullopt;
+    }
+    SynchronisationOptions options{.scope = MemberText(body, "scope"),
+                                   .allowPrivileges = MemberFlag(body, "allow_privileges")};
+    if (options.scope.empty()) {
+        Refuse("sync takes a scope, the view or group whose people the text has");
+    }
+    if (const std::string action = MemberText(body, "leavers"); !action.empty()) {
+        ReadLeaverAction(action, options);
+    }
+    if (const std::string most = MemberText(body, "max_leavers"); !most.empty()) {
+        options.limit = RemovalLimit("max_leavers", most);
+    }
+    return options;
+}
+
 } // namespace
 
 char DelimiterIn(const JsonValue& body)
@@ -71,6 +91,8 @@ public:
 
     /// @param call  whose entry of the record is shown; outlives the rows.
     void SetCall(const Call& call) { m_call = &call; }
+    /// @param found  outlives this.
+    void SetSynchronisation(const Synchronisation& found) { m_synchronisation = &found; }
 
     void TakeColumns(std::vector<std::string> names) override
     {
@@ -83,8 +105,11 @@ public:
         const std::vector<std::string> texts = TextsForPrograms(row);
         WriteCsvRow(texts, m_reported);
         const std::lock_guard lock(m_job.m_mutex);
-        if (m_job.m_rows.size() < kMostShown) {
-            m_job.m_rows.push_back(row);
+        // Who has left has no line.
+        const bool isLeaver = std::holds_alternative<std::monostate>(row.front());
+        Rows& rows = isLeaver ? m_job.m_leaverRows : m_job.m_rows;
+        if (rows.size() < kMostShown) {
+            rows.push_back(row);
         }
         if (texts.at(kOutcomeColumn) == kRowFates[static_cast<std::size_t>(RowFate::failed)] &&
             m_job.m_failed.size() < kMostShown) {
@@ -118,6 +143,9 @@ public:
         const std::lock_guard lock(m_job.m_mutex);
         m_job.m_report = m_report;
         m_job.m_entry = m_call == nullptr ? 0 : m_call->Entry();
+        if (m_synchronisation != nullptr) {
+            m_job.m_leavers = m_synchronisation->Report();
+        }
         m_job.m_reportText += std::exchange(m_reported, std::ostringstream()).str();
         if (m_failedCount > 1) {
             m_job.m_failedText += std::exchange(m_failed, std::ostringstream()).str();
@@ -138,6 +166,7 @@ private:
     ImportJob& m_job;
     const ImportReport& m_report;
     const Call* m_call = nullptr;
+    const Synchronisation* m_synchronisation = nullptr;
     const Surroundings& m_surroundings;
     std::ostringstream m_reported;
     std::ostringstream m_failed;
@@ -158,10 +187,10 @@ void ImportJob::Run(CAConnect& conn, const Surroundings& surroundings) noexcept
         Call call([&conn]() -> CAConnect& { return conn; }, front, std::move(options));
         front.SetCall(call);
         m_order.options.takeFailed = [&front](const CsvRecord& record) { front.TakeFailed(record); };
-        std::istringstream in(std::move(m_order.text));
+        std::optional<Synchronisation> synchronisation;
         std::string error;
         try {
-            ImportUsers(call, {in, "the text", m_order.rows, m_order.delimiter}, m_order.options, report);
+            Import(call, front, report, synchronisation);
             error = report.cutShort.empty() ? "" : "stopped";
         } catch (const Error& e) {
             error = e.what();
@@ -172,6 +201,35 @@ void ImportJob::Run(CAConnect& conn, const Surroundings& surroundings) noexcept
         Finish("out of memory");
     } catch (const std::exception&) {
         Finish("the server has failed");
+    }
+}
+
+void ImportJob::Import(Call& call, Front& front, ImportReport& report, std::optional<Synchronisation>& synchronisation)
+{
+    std::istringstream in(std::move(m_order.text));
+    const ImportSource source{in, "the text", m_order.rows, m_order.delimiter};
+    if (m_order.synchronisation) {
+        synchronisation.emplace(call, source, m_order.options.columns, *m_order.synchronisation);
+        in.clear();
+        in.seekg(0);
+        RequireAgreed(synchronisation->Digest());
+        front.SetSynchronisation(*synchronisation);
+        const std::lock_guard lock(m_mutex);
+        m_leaversDigest = synchronisation->Digest();
+    }
+    ImportUsers(call, source, m_order.options, report);
+    if (synchronisation && report.cutShort.empty()) {
+        synchronisation->Apply(call);
+    }
+}
+
+void ImportJob::RequireAgreed(const std::string& digest) const
+{
+    const bool isToAct = !m_order.dryRun && m_order.synchronisation->action != LeaverAction::list;
+    if (isToAct && m_order.agreed != digest) {
+        throw Error(
+            ErrorCode::conflict,
+            "the people who are not in the text are others than those that the try has shown; nothing was imported");
     }
 }
 
@@ -220,17 +278,37 @@ void ImportJob::Write(JsonWriter& json, bool withRows) const
     groups.resize(std::min(groups.size(), kMostShown));
     WriteTexts(json, "groups", groups);
     json.WriteMember("group_count", static_cast<std::int64_t>(m_report.madeGroups.size()));
-    if (!withRows) {
-        return;
+    if (m_leavers) {
+        WriteLeavers(json);
     }
-    for (const auto& [name, rows] : {std::pair{"rows", &m_rows}, std::pair{"failed_rows", &m_failed}}) {
-        json.WriteName(name);
-        json.BeginArray();
-        for (const std::vector<Value>& row : *rows) {
-            json.WriteRow(m_columns, row);
-        }
-        json.End();
+    if (withRows) {
+        WriteRows(json, "rows", m_rows);
+        WriteRows(json, "failed_rows", m_failed);
+        WriteRows(json, "leaver_rows", m_leaverRows);
     }
+}
+
+void ImportJob::WriteLeavers(JsonWriter& json) const
+{
+    json.WriteName("leavers");
+    json.BeginObject();
+    json.WriteMember("people", static_cast<std::int64_t>(m_leavers->people));
+    json.WriteMember("leavers", static_cast<std::int64_t>(m_leavers->leavers));
+    json.WriteMember("done", static_cast<std::int64_t>(m_leavers->done));
+    json.WriteMember("failed", static_cast<std::int64_t>(m_leavers->failed));
+    json.WriteMember("unreadable", static_cast<std::int64_t>(m_leavers->unreadable));
+    json.WriteMember("digest", TextValue(m_leaversDigest));
+    json.End();
+}
+
+void ImportJob::WriteRows(JsonWriter& json, std::string_view name, const Rows& rows) const
+{
+    json.WriteName(name);
+    json.BeginArray();
+    for (const std::vector<Value>& row : rows) {
+        json.WriteRow(m_columns, row);
+    }
+    json.End();
 }
 
 std::size_t Imports::AddText(const std::string& session, const std::string& part, bool isFirst)
@@ -310,6 +388,9 @@ std::shared_ptr<ImportJob> Imports::Begin(const std::string& session, const std:
     }
     order.options.makeView = MemberFlag(body, "make_view");
     order.options.makeGroups = !MemberFlag(body, "no_new_groups");
+    order.synchronisation = SynchronisationIn(body);
+    order.agreed = MemberText(body, "agreed");
+    order.options.update = order.options.update || order.synchronisation;
     order.options.columns.ignoreUnknown = true;
     order.options.columns.dateFormat = MemberText(body, "date_format");
     order.options.columns.clearEmpty = MemberFlag(body, "clear_empty");

@@ -2,6 +2,7 @@
 
 #include "management/JsonWriter.h"
 #include "management/import/Import.h"
+#include "management/import/Synchronisation.h"
 #include "web/JobList.h"
 #include "web/JsonReader.h"
 
@@ -13,6 +14,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class CAConnect;
@@ -32,6 +34,8 @@ public:
         bool dryRun = false;
         std::string reason;
         management::ImportOptions options = {};
+        std::optional<management::SynchronisationOptions> synchronisation = {};
+        std::string agreed = {}; ///< the digest of the leavers that somebody has seen and agreed to
     };
 
     /// What else is to be done between two transactions, and whether the server ends.
@@ -62,7 +66,15 @@ public:
 
 private:
     class Front;
+    using Rows = std::vector<std::vector<management::Value>>;
 
+    /// Imports the text and deals with leavers. @throws management::Error.
+    void Import(management::Call& call, Front& front, management::ImportReport& report,
+                std::optional<management::Synchronisation>& synchronisation);
+    /// @throws management::Error (conflict) for leavers to whom nobody has agreed.
+    void RequireAgreed(const std::string& digest) const;
+    void WriteLeavers(management::JsonWriter& json) const;
+    void WriteRows(management::JsonWriter& json, std::string_view name, const Rows& rows) const;
     void Finish(const std::string& error);
 
     Order m_order;
@@ -71,9 +83,12 @@ private:
     management::ImportReport m_report;
     std::string m_reportText;
     std::string m_failedText;
-    std::vector<std::string> m_columns;                   ///< of the rows
-    std::vector<std::vector<management::Value>> m_rows;   ///< the first ones
-    std::vector<std::vector<management::Value>> m_failed; ///< the first ones that failed
+    std::vector<std::string> m_columns; ///< of the rows
+    Rows m_rows;                        ///< the first ones
+    Rows m_failed;                      ///< the first ones that failed
+    Rows m_leaverRows;                  ///< the first ones of people who have left
+    std::optional<management::SynchronisationReport> m_leavers;
+    std::string m_leaversDigest;
     std::string m_error;
     int m_entry = 0;
     bool m_isOver = false;

@@ -17,23 +17,38 @@ struct File {
     std::string_view text;
 };
 
-constexpr std::array<File, 4> kFiles = {{{"/", "text/html; charset=utf-8", page::k_index},
+constexpr std::string_view kSignedIn = "signed_in";
+constexpr std::array<File, 6> kFiles = {{{"/", "text/html; charset=utf-8", page::k_index},
+                                         {kSignedIn, "text/html; charset=utf-8", page::k_signed_in},
+                                         {"/early.js", "text/javascript; charset=utf-8", page::k_early},
                                          {"/app.js", "text/javascript; charset=utf-8", page::k_app},
                                          {"/style.css", "text/css; charset=utf-8", page::k_style},
                                          {"/icon.svg", "image/svg+xml", page::k_icon}}};
 
+std::array<std::string, kFiles.size()> Tags()
+{
+    std::array<std::string, kFiles.size()> tags;
+    std::ranges::transform(kFiles, tags.begin(), [](const File& file) { return "\"" + Digest(file.text) + "\""; });
+    return tags;
+}
+
 } // namespace
 
-Response PageAt(const Request& request)
+Response PageAt(const Request& request, bool isSignedIn)
 {
     // A place of the page, such as /directory, has no dot in it.
     const bool isPlace = request.path.find('.') == std::string::npos;
-    const auto* const file = std::ranges::find(kFiles, isPlace ? std::string_view("/") : request.path, &File::path);
+    const std::string_view place = isSignedIn ? kSignedIn : "/";
+    const auto* const file = std::ranges::find(kFiles, isPlace ? place : request.path, &File::path);
     if (file == kFiles.end()) {
         return {404, "text/plain; charset=utf-8", "There is no such page.\n"};
     }
-    const std::string tag = "\"" + Digest(file->text) + "\"";
+    static const std::array<std::string, kFiles.size()> tags = Tags();
+    const std::string& tag = tags[static_cast<std::size_t>(file - kFiles.begin())];
     NamedValues headers = {{"ETag", tag}, {"Cache-Control", "no-cache"}};
+    if (isPlace) {
+        headers.emplace_back("Vary", "Cookie");
+    }
     if (request.Header("If-None-Match") == tag) {
         return {304, "", "", std::move(headers)};
     }

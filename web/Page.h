@@ -7,6 +7,7 @@
 namespace web {
 
 /// The file of the page at a path; the page itself for the places that it shows; 404 for all else.
-Response PageAt(const Request& request);
+/// @param isSignedIn  whether the request belongs to a session, which the page is told so that it need not ask first.
+Response PageAt(const Request& request, bool isSignedIn);
 
 } // namespace web

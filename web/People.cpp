@@ -24,9 +24,14 @@ namespace {
 
 constexpr char kBetween = '\x1f'; // no search for a text that somebody types runs over it
 
-constexpr const char* kSelect =
-    "SELECT Col_ID, Col_LoginName, Col_Name, Col_EMail, Col_Mobile, Col_DeptInfo, Col_o_JobTitle, Col_Disabled, "
-    "Col_IsSuper FROM qv_User";
+/// @param condition  SQL, which people; empty: all.
+std::string SelectPeople(const std::string& condition)
+{
+    return fmt::format(
+        "SELECT Col_ID, Col_LoginName, Col_Name, Col_EMail, Col_Mobile, Col_DeptInfo, Col_o_JobTitle, Col_Disabled, "
+        "Col_IsSuper, CASE WHEN {} THEN 1 ELSE 0 END, CASE WHEN {} THEN 1 ELSE 0 END FROM qv_User{}",
+        check::kHasPlainPassword, check::kHasNoPassword, condition.empty() ? "" : " WHERE " + condition);
+}
 
 Person ReadPerson(CARecordset& row)
 {
@@ -38,6 +43,8 @@ Person ReadPerson(CARecordset& row)
     const long next = static_cast<long>(person.texts.size()) + 2;
     person.Set(Trait::locked, NumberIn(row, next) != 0);
     person.Set(Trait::super, NumberIn(row, next + 1) != 0);
+    person.Set(Trait::plainPassword, NumberIn(row, next + 2) != 0);
+    person.Set(Trait::noPassword, NumberIn(row, next + 3) != 0);
     return person;
 }
 
@@ -68,6 +75,19 @@ std::string_view TakeNumber(std::string_view& text)
 
 constexpr std::string_view kByLogin = "login:";
 
+/// The first number that is greater than another one, which is looked for nearby first. @param numbers  from some that
+/// is not greater on, sorted; the last one is greater.
+template <class Iterator>
+Iterator FirstAfter(Iterator numbers, Iterator end, std::size_t number)
+{
+    std::ptrdiff_t step = 1;
+    while (step < end - numbers && numbers[step] <= number) {
+        numbers += step;
+        step *= 2;
+    }
+    return std::upper_bound(numbers, numbers + std::min(step + 1, end - numbers), number);
+}
+
 std::vector<std::string> WordsOf(const std::string& text)
 {
     std::vector<std::string> words;
@@ -80,26 +100,28 @@ std::vector<std::string> WordsOf(const std::string& text)
 
 } // namespace
 
-bool IsBefore(std::string_view a, std::string_view b)
+std::string SortKey(std::string_view text)
 {
-    while (!a.empty() && !b.empty()) {
-        if (IsDigit(a.front()) && IsDigit(b.front())) {
-            const std::string_view one = TakeNumber(a);
-            const std::string_view other = TakeNumber(b);
-            if (one != other) {
-                return one.size() != other.size() ? one.size() < other.size() : one < other;
-            }
-        } else if (a.front() != b.front()) {
-            return static_cast<unsigned char>(a.front()) < static_cast<unsigned char>(b.front());
-        } else {
-            a.remove_prefix(1);
-            b.remove_prefix(1);
+    constexpr std::size_t most = 255;
+    std::string key;
+    key.reserve(text.size() + 2);
+    while (!text.empty()) {
+        if (!IsDigit(text.front())) {
+            key += text.front();
+            text.remove_prefix(1);
+            continue;
         }
+        // Of two numbers the one of more digits is greater.
+        const std::string_view number = TakeNumber(text);
+        key += '0';
+        key.append(number.size() / most, static_cast<char>(most));
+        key += static_cast<char>(number.size() % most);
+        key += number;
     }
-    return a.empty() && !b.empty();
+    return key;
 }
 
-People::People(CAConnect& conn) : m_organisation(conn)
+People::People(CAConnect& conn) : m_organisation(conn, UserCounts::leftOut)
 {
     LoadPeople(conn);
     LoadMembers(conn);
@@ -107,44 +129,48 @@ People::People(CAConnect& conn) : m_organisation(conn)
 
 void People::LoadPeople(CAConnect& conn)
 {
-    std::vector<std::pair<std::string, Person>> read;
-    EachRow(conn, kSelect, [&read](CARecordset& row) {
-        Person person = ReadPerson(row);
-        std::string key = NameKey(person.texts.front());
-        read.emplace_back(std::move(key), std::move(person));
-    });
-    std::ranges::sort(read, [](const auto& a, const auto& b) {
-        return a.first != b.first ? IsBefore(a.first, b.first) || (!IsBefore(b.first, a.first) && a.first < b.first)
-                                  : a.second.id < b.second.id;
-    });
-    m_people.reserve(read.size());
-    m_begins.reserve(read.size() + 1);
+    EachRow(conn, SelectPeople(""), [this](CARecordset& row) { m_people.push_back(ReadPerson(row)); });
+    SortByLogin();
+    m_begins.reserve(m_people.size() + 1);
     m_begins.push_back(0);
-    for (auto& [key, person] : read) {
-        m_byId[person.id] = static_cast<Index>(m_people.size());
+    m_ids.reserve(m_people.size());
+    m_byId.reserve(m_people.size());
+    for (const Person& person : m_people) {
+        m_byId[person.id] = static_cast<Index>(m_ids.size());
+        m_ids.push_back(person.id);
         m_folded += FoldedTexts(person);
         m_begins.push_back(m_folded.size());
-        m_people.push_back(std::move(person));
     }
+    m_people.shrink_to_fit();
     m_folded.shrink_to_fit();
+    m_byteCounts = CountBytes(m_folded);
     m_countedBy.resize(m_people.size());
-    LoadPasswords(conn, "");
 }
 
-void People::LoadPasswords(CAConnect& conn, const std::string& condition)
+void People::SortByLogin()
 {
-    const auto load = [&](Trait trait, std::string_view test) {
-        EachRow(
-            conn,
-            fmt::format("SELECT Col_ID FROM qv_User WHERE {}{}", test, condition.empty() ? "" : " AND " + condition),
-            [&](CARecordset& row) {
-                if (const auto person = m_byId.find(NumberIn(row, 1)); person != m_byId.end()) {
-                    m_people[person->second].Set(trait);
-                }
-            });
+    struct Place {
+        std::string key;
+        std::string login; ///< in capitals: the keys of 7 and 007 are the same
+        int id;
+        Index from; ///< where the person is
+
+        auto operator<=>(const Place&) const = default;
     };
-    load(Trait::plainPassword, check::kHasPlainPassword);
-    load(Trait::noPassword, check::kHasNoPassword);
+    std::vector<Place> places;
+    places.reserve(m_people.size());
+    for (const Person& person : m_people) {
+        std::string login = NameKey(person.texts.front());
+        std::string key = SortKey(login);
+        places.push_back({std::move(key), std::move(login), person.id, static_cast<Index>(places.size())});
+    }
+    std::ranges::sort(places);
+    std::vector<Person> sorted;
+    sorted.reserve(m_people.size());
+    for (const Place& place : places) {
+        sorted.push_back(std::move(m_people[place.from]));
+    }
+    m_people = std::move(sorted);
 }
 
 bool People::Refresh(CAConnect& conn, const std::vector<int>& ids)
@@ -152,7 +178,7 @@ bool People::Refresh(CAConnect& conn, const std::vector<int>& ids)
     std::size_t found = 0;
     bool isEnough = true;
     const std::string condition = fmt::format("Col_ID IN ({})", fmt::join(ids, ", "));
-    EachRow(conn, fmt::format("{} WHERE {}", kSelect, condition), [&](CARecordset& row) {
+    EachRow(conn, SelectPeople(condition), [&](CARecordset& row) {
         Person person = ReadPerson(row);
         const auto known = m_byId.find(person.id);
         ++found;
@@ -164,7 +190,6 @@ bool People::Refresh(CAConnect& conn, const std::vector<int>& ids)
             present = std::move(person);
         }
     });
-    LoadPasswords(conn, condition);
     m_ranks.clear();
     return isEnough && found == ids.size();
 }
@@ -175,8 +200,8 @@ void People::LoadMembers(CAConnect& conn)
         person.Set(Trait::noGroup);
     }
     EachRow(conn,
-            fmt::format("SELECT DISTINCT Col_QvItemType, Col_QvItemID, Col_DQvItemID FROM qv_Relation WHERE "
-                        "Col_QvItemType IN ({}, {}) AND Col_DQvItemType = {} AND Col_RelType = {}",
+            fmt::format("SELECT Col_QvItemType, Col_QvItemID, Col_DQvItemID FROM qv_Relation WHERE Col_QvItemType IN "
+                        "({}, {}) AND Col_DQvItemType = {} AND Col_RelType = {}",
                         kItemTypeGroup, kItemTypeView, kItemTypeUser, kMembership),
             [this](CARecordset& row) {
                 if (const auto person = m_byId.find(NumberIn(row, 3)); person != m_byId.end()) {
@@ -184,6 +209,12 @@ void People::LoadMembers(CAConnect& conn)
                     m_people[person->second].Set(Trait::noGroup, false);
                 }
             });
+    // The same link may be there twice.
+    for (auto& [place, members] : m_members) {
+        std::ranges::sort(members);
+        members.erase(std::ranges::unique(members).begin(), members.end());
+        members.shrink_to_fit();
+    }
 }
 
 const Person* People::Find(int id) const
@@ -269,19 +300,39 @@ std::vector<People::Index> People::WithWords(const std::vector<std::string>& wor
         std::iota(found.begin(), found.end(), Index{0});
         return found;
     }
-    // The longest one is met least often.
-    const std::string& rare = *std::ranges::max_element(words, {}, &std::string::size);
-    for (std::size_t at = FindPart(m_folded, rare, 0); at != std::string::npos;) {
-        const auto next = std::ranges::upper_bound(m_begins, at);
+    const auto rare = std::ranges::min_element(words, {}, [this](const std::string& word) {
+        return std::pair(CountInSample(word), -static_cast<std::ptrdiff_t>(word.size()));
+    });
+    const PartFinder finder(*rare, m_byteCounts);
+    const auto hasOthers = [&](std::string_view texts) {
+        return std::ranges::all_of(words, [&](const std::string& word) {
+            return &word == &*rare || texts.find(word) != std::string_view::npos;
+        });
+    };
+    auto next = m_begins.begin();
+    for (std::size_t at = finder.Find(m_folded, 0); at != std::string::npos; at = finder.Find(m_folded, *next)) {
+        next = FirstAfter(next, m_begins.end(), at);
         const auto person = static_cast<Index>(next - m_begins.begin() - 1);
-        const std::string_view texts = Folded(person);
-        if (std::ranges::all_of(words,
-                                [texts](const std::string& word) { return texts.find(word) != std::string::npos; })) {
+        if (hasOthers(Folded(person))) {
             found.push_back(person);
         }
-        at = FindPart(m_folded, rare, *next);
     }
     return found;
+}
+
+std::size_t People::CountInSample(const std::string& word) const
+{
+    constexpr std::size_t slices = 8;
+    constexpr std::size_t length = 4096;
+    const PartFinder finder(word, m_byteCounts);
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < slices; ++i) {
+        const std::string_view slice = std::string_view(m_folded).substr(m_folded.size() / slices * i, length);
+        for (std::size_t at = finder.Find(slice, 0); at != std::string_view::npos; at = finder.Find(slice, at + 1)) {
+            ++count;
+        }
+    }
+    return count;
 }
 
 const std::vector<People::Index>& People::RanksBy(PeopleColumn column)
@@ -293,12 +344,12 @@ const std::vector<People::Index>& People::RanksBy(PeopleColumn column)
     std::vector<std::string> keys;
     keys.reserve(m_people.size());
     for (const Person& person : m_people) {
-        keys.push_back(NameKey(person.texts[static_cast<std::size_t>(column)]));
+        keys.push_back(SortKey(NameKey(person.texts[static_cast<std::size_t>(column)])));
     }
     std::vector<Index> order(m_people.size());
     std::iota(order.begin(), order.end(), Index{0});
     // Equal ones stay by login name.
-    std::ranges::stable_sort(order, [&keys](Index a, Index b) { return IsBefore(keys[a], keys[b]); });
+    std::ranges::stable_sort(order, {}, [&keys](Index person) -> const std::string& { return keys[person]; });
     ranks.resize(order.size());
     for (std::size_t i = 0; i < order.size(); ++i) {
         ranks[order[i]] = static_cast<Index>(i);
@@ -326,7 +377,7 @@ std::vector<int> People::Select(const PeopleQuery& query)
     const std::vector<bool> isAmong = query.among != nullptr ? FlagsOf(*query.among) : std::vector<bool>();
     const auto fits = [&](Index person) {
         return (isIn.empty() || isIn[person]) && (isAmong.empty() || isAmong[person]) &&
-               (m_people[person].traits & query.traits) == query.traits;
+               (query.traits.none() || (m_people[person].traits & query.traits) == query.traits);
     };
     std::vector<Index> found;
     if (id) {
@@ -341,7 +392,7 @@ std::vector<int> People::Select(const PeopleQuery& query)
     Arrange(found, query);
     std::vector<int> ids;
     ids.reserve(found.size());
-    std::ranges::transform(found, std::back_inserter(ids), [this](Index person) { return m_people[person].id; });
+    std::ranges::transform(found, std::back_inserter(ids), [this](Index person) { return m_ids[person]; });
     return ids;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "management/organisation/Organisation.h"
+#include "web/TextSearch.h"
 
 #include <array>
 #include <bitset>
@@ -93,9 +94,8 @@ private:
     using Index = std::uint32_t;
 
     void LoadPeople(CAConnect& conn);
+    void SortByLogin();
     void LoadMembers(CAConnect& conn);
-    /// @param condition  SQL, which people; empty: all.
-    void LoadPasswords(CAConnect& conn, const std::string& condition);
     /// Whom a name may mean.
     struct Meant {
         std::vector<Index> byLogin;
@@ -113,6 +113,8 @@ private:
         return std::string_view(m_folded).substr(m_begins[person], m_begins[person + 1] - m_begins[person]);
     }
     void ReplaceFolded(Index person, const std::string& folded);
+    /// How often a text is in some of the texts, which tells which of several is rarest.
+    [[nodiscard]] std::size_t CountInSample(const std::string& word) const;
     /// Whom words mean that must all occur.
     [[nodiscard]] std::vector<Index> WithWords(const std::vector<std::string>& words) const;
     /// The text of a column in capitals.
@@ -126,9 +128,11 @@ private:
 
     management::Organisation m_organisation;
     std::vector<Person> m_people; ///< by login name
+    std::vector<int> m_ids;       ///< of these: lists are made of ids alone
     std::unordered_map<int, Index> m_byId;
     std::string m_folded;              ///< the texts of all in capitals, one after the other, for fast searches
     std::vector<std::size_t> m_begins; ///< of each in it, and its end
+    ByteCounts m_byteCounts{};         ///< of these texts as they were read
     std::map<management::ItemKey, std::vector<Index>> m_members;
     std::map<management::ItemKey, std::size_t> m_counts;
     std::vector<Index> m_countedBy; ///< the last count that has met somebody
@@ -136,8 +140,8 @@ private:
     std::map<PeopleColumn, std::vector<Index>> m_ranks;
 };
 
-/// Whether a text comes before another: case does not count, and digits count as numbers, so that amy2 comes before
-/// amy10. @param a,b  in capitals.
-bool IsBefore(std::string_view a, std::string_view b);
+/// What texts are sorted by, byte for byte: case does not count, and digits count as numbers, so that amy2 comes before
+/// amy10. @param text  in capitals.
+std::string SortKey(std::string_view text);
 
 } // namespace web

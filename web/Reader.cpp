@@ -5,6 +5,7 @@
 #include "management/Command.h"
 #include "management/Items.h"
 #include "management/JsonWriter.h"
+#include "management/Query.h"
 #include "management/Text.h"
 #include "web/CommandAnswer.h"
 #include "web/JsonResponse.h"
@@ -29,6 +30,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kOld{30};
 constexpr std::chrono::seconds kLookedAtLately{60};
+/// Of a large directory the picture lasts longer, so that reading takes a small part of the time.
+constexpr int kPause = 10;
 constexpr Range kOffsets{0, std::numeric_limits<int>::max()};
 constexpr Range kLimits{1, 500};
 constexpr std::int64_t kUsualLimit = 200;
@@ -186,20 +189,42 @@ CAConnect& Reader::Connection()
 {
     if (!m_conn || !m_conn->IsOpen()) {
         m_conn = m_open();
+        m_version.reset(); // counts of another connection say nothing
     }
     return *m_conn;
+}
+
+std::optional<int> Reader::Version()
+{
+    const bool isCounted =
+        WithDatabaseErrors(Connection(), [this] { return Connection().GetEngineName().View().starts_with("SQLite"); });
+    return isCounted ? std::optional(Number(Connection(), "PRAGMA data_version")) : std::nullopt;
+}
+
+bool Reader::MayHaveChanged()
+{
+    const std::optional<int> version = Version();
+    return !version || version != m_version;
+}
+
+void Reader::NoteRead()
+{
+    m_read = Clock::now();
+    m_asOf = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
 }
 
 void Reader::Load()
 {
     // Changes made while it reads are not surely in it.
     const std::uint64_t changes = m_changes;
+    const Clock::time_point begin = Clock::now();
+    m_version = Version();
     m_people.emplace(Connection());
     // What it was read by is much, and is given back to the system.
     ::malloc_trim(0);
     m_seen = changes;
-    m_read = Clock::now();
-    m_asOf = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
+    NoteRead();
+    m_readingTime = m_read - begin;
 }
 
 void Reader::NoteUsers(const std::vector<int>& ids) noexcept
@@ -219,8 +244,12 @@ void Reader::NoteUsers(const std::vector<int>& ids) noexcept
 People& Reader::Fresh()
 {
     m_asked = Clock::now();
-    if (!m_people || m_seen != m_changes || m_asked - m_read > kLookedAtLately) {
+    const bool isOld =
+        m_people && m_asked - m_read > std::max<Clock::duration>(kLookedAtLately, kPause * m_readingTime);
+    if (!m_people || m_seen != m_changes || (isOld && MayHaveChanged())) {
         Load();
+    } else if (isOld) {
+        NoteRead();
     }
     return *m_people;
 }
@@ -228,11 +257,16 @@ People& Reader::Fresh()
 void Reader::Refresh() noexcept
 {
     const Clock::time_point now = Clock::now();
-    if (!m_people || now - m_asked > kLookedAtLately || (now - m_read < kOld && m_seen == m_changes)) {
+    const bool isOld = now - m_read >= std::max<Clock::duration>(kOld, kPause * m_readingTime);
+    if (!m_people || now - m_asked > kLookedAtLately || (!isOld && m_seen == m_changes)) {
         return;
     }
     try {
-        Load();
+        if (m_seen != m_changes || MayHaveChanged()) {
+            Load();
+        } else {
+            NoteRead();
+        }
     } catch (const std::exception&) {
         // The next request tries again, and gets the reason.
         m_people.reset();

@@ -201,9 +201,11 @@ private:
         Origin origin;
         std::optional<Session> session = {};
 
-        [[nodiscard]] std::string_view CookieName() const { return origin.isSecure ? "__Host-qv" : "qv"; }
+        [[nodiscard]] std::string_view CookieName() const { return Site::CookieName(origin); }
     };
     using Route = void (Site::*)(Visit visit);
+
+    static std::string_view CookieName(const Origin& origin) { return origin.isSecure ? "__Host-qv" : "qv"; }
 
     // ---- On the thread of HTTP --------------------------------------------------------------------------------------
 
@@ -222,7 +224,9 @@ private:
         } else if (request.method != "GET" && request.method != "HEAD") {
             responder.Send(ResponseOf({405, "no_method", "pages are read with GET"}));
         } else {
-            responder.Send(PageAt(request));
+            // To look at a page is not to use the session: what it asks for is.
+            const std::string cookie = request.Cookie(CookieName(*origin));
+            responder.Send(PageAt(request, m_sessions.Use(cookie, Clock::now(), false).has_value()));
         }
     }
 
@@ -541,9 +545,12 @@ private:
     {
         InCommands(std::move(visit), [this](CAConnect& /*conn*/, const Visit& asked) {
             const JsonValue body = ReadMembers(
-                asked.request.body, {"columns", "delimiter", "dry_run", "reason", "update", "allow_privileges",
-                                     "departments", "make_view", "no_new_groups", "date_format", "clear_empty"});
-            if (MemberFlag(body, "allow_privileges") && !m_sessions.IsConfirmed(*asked.session, Clock::now())) {
+                asked.request.body,
+                {"columns", "delimiter", "dry_run", "reason", "update", "allow_privileges", "departments", "make_view",
+                 "no_new_groups", "date_format", "clear_empty", "sync", "scope", "leavers", "max_leavers", "agreed"});
+            const bool isDeleting = MemberText(body, "leavers") == "delete" && !MemberFlag(body, "dry_run");
+            if ((isDeleting || MemberFlag(body, "allow_privileges")) &&
+                !m_sessions.IsConfirmed(*asked.session, Clock::now())) {
                 return ResponseOf(PasswordRequired());
             }
             const std::shared_ptr<ImportJob> job =

@@ -245,8 +245,8 @@ async function measureSaves(admin) {
 
 function measureWeight() {
     const dist = new URL("../../web/page/dist/", import.meta.url);
-    const sizes = ["index.html", "app.js", "style.css"].map(name => gzipSync(readFileSync(new URL(name, dist)), { level: 9 }).length / 1024);
-    report("page, gzip: html + js + css, three languages in it", "60 KiB", `${sizes.map(size => size.toFixed(1)).join(" + ")} = ${digits(sizes.reduce((a, b) => a + b))} KiB`);
+    const sizes = ["signed_in.html", "early.js", "app.js", "style.css"].map(name => gzipSync(readFileSync(new URL(name, dist)), { level: 9 }).length / 1024);
+    report("page, gzip: html + js + js + css, three languages in it", "60 KiB", `${sizes.map(size => size.toFixed(1)).join(" + ")} = ${digits(sizes.reduce((a, b) => a + b))} KiB`);
 }
 
 const kRows = "#people .row:not(.head) .login bdi:not(:empty)";
@@ -274,7 +274,9 @@ async function measureFirstPaint(browser, server, clients) {
     for (let i = 0; i < 7; ++i) {
         const page = await openCold(browser, server, clients[i]);
         rows.push(await page.evaluate(() => window.rowsAt));
-        paints.push(await page.evaluate(() => performance.getEntriesByName("first-contentful-paint")[0].startTime));
+        // It is noted when the frame that has the rows already is on screen.
+        const paint = await page.waitForFunction(() => performance.getEntriesByName("first-contentful-paint")[0]?.startTime);
+        paints.push(await paint.jsonValue());
         await page.context().close();
     }
     report("first contentful paint, cold: median / worst of 7", "150 / 300 ms", listed("ms", median(paints), worst(paints)));

@@ -278,7 +278,8 @@ Result RoleHistory(Call& call, const OneItem& in)
 
 Result Verify(Call& call)
 {
-    const Verification found = AuditLog(call.Connection()).Verify();
+    const auto progress = [&call](long done, long total) { call.ShowProgress(done, total); };
+    const Verification found = AuditLog(call.Connection()).Verify(progress);
     Result result = ResultOf(Record{{"entries", found.entries},
                                     {"first_altered", OrAbsent(found.firstAltered)},
                                     {"last_digest", found.lastDigest}});

@@ -67,7 +67,8 @@ public:
     std::vector<NumberedRow> RowsAbout(const Entry& entry, const std::string& item);
     /// The latest entry after this one that changed the same row and was not undone; nothing where none did.
     std::optional<Entry> LaterChange(const Entry& entry, const StoredRow& row);
-    Verification Verify();
+    /// Walks along the chain, with little memory. @param progress  takes how many entries were looked at.
+    Verification Verify(const std::function<void(long done, long total)>& progress = {});
     /// The id below which entries are older than a time that EntryFilter takes; further parts of a change count as its
     /// first one.
     int FirstFrom(const std::string& time);
@@ -78,6 +79,10 @@ public:
 
 private:
     void LoadUndone();
+    /// Entries by their ids, from the first to the last.
+    std::vector<Entry> EntriesBetween(int first, int last);
+    /// Whether an entry is as it was written. @param before  what was found up to it.
+    bool IsIntact(const Entry& entry, const Verification& before);
     std::vector<NumberedRow> ReadRows(const std::string& condition, int most = std::numeric_limits<int>::max());
 
     CAConnect& m_conn;

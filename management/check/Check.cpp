@@ -31,6 +31,8 @@ namespace {
 constexpr std::array<std::pair<int, std::string_view>, 4> kItemTables = {
     {{kItemTypeUser, "qv_User"}, {kItemTypeGroup, "qv_Group"}, {kItemTypeRole, "qv_Role"}, {kItemTypeView, "qv_View"}}};
 
+constexpr const char* kOrphanRepair = "--fix deletes them";
+
 /// Rows of a table that name an item which is not there.
 std::string OrphanCondition(const ReferenceKind& kind)
 {
@@ -49,19 +51,36 @@ class Finder {
 public:
     explicit Finder(CAConnect& conn) : m_conn(conn), m_organisation(conn) {}
 
-    std::vector<Problem> Find()
+    std::vector<Problem> Find(const std::function<void(long done, long total)>& progress)
     {
-        FindOrphans();
-        FindUnknownTypes();
-        FindDoubledLinks();
-        FindPlaces();
-        FindUsers();
-        FindDepartments();
-        FindDefaultRoles();
+        const std::vector<std::function<void()>> steps = Steps();
+        long done = 0;
+        for (const auto& step : steps) {
+            if (progress) {
+                progress(done, static_cast<long>(steps.size()));
+            }
+            step();
+            ++done;
+        }
         return std::move(m_problems);
     }
 
 private:
+    /// What is done one after the other.
+    std::vector<std::function<void()>> Steps()
+    {
+        std::vector<std::function<void()>> steps;
+        for (const ReferenceKind& kind : ReferenceKinds()) {
+            steps.emplace_back([this, &kind] { FindOrphansOf(kind); });
+        }
+        for (const auto step :
+             {&Finder::FindOtherOrphans, &Finder::FindUnknownTypes, &Finder::FindDoubledLinks, &Finder::FindPlaces,
+              &Finder::FindUsers, &Finder::FindDepartments, &Finder::FindDefaultRoles}) {
+            steps.emplace_back([this, step] { (this->*step)(); });
+        }
+        return steps;
+    }
+
     void Add(Problem problem)
     {
         if (problem.count != 0) {
@@ -104,23 +123,24 @@ private:
         }
     }
 
-    void FindOrphans()
+    void FindOrphansOf(const ReferenceKind& kind)
     {
-        constexpr const char* repair = "--fix deletes them";
-        for (const ReferenceKind& kind : ReferenceKinds()) {
-            const std::string_view noun = audit::FindAuditedTable(kind.table)->noun;
-            AddRows("orphans", fmt::format("{}s of or to something that is gone, in {}", noun, kind.table), kind.table,
-                    OrphanCondition(kind), repair, true);
-        }
+        const std::string_view noun = audit::FindAuditedTable(kind.table)->noun;
+        AddRows("orphans", fmt::format("{}s of or to something that is gone, in {}", noun, kind.table), kind.table,
+                OrphanCondition(kind), kOrphanRepair, true);
+    }
+
+    void FindOtherOrphans()
+    {
         AddRows("orphans", "assignments of backup plans that are gone", "Tab_Doc_Backup_Rel",
-                "Col_PlanID NOT IN (SELECT p.Col_ID FROM Tab_Doc_Backup_Plan p)", repair, true);
+                "Col_PlanID NOT IN (SELECT p.Col_ID FROM Tab_Doc_Backup_Plan p)", kOrphanRepair, true);
         const std::string gone = fmt::format(
             "(Col_S_ClassID = {} AND Col_S_ObjID NOT IN (SELECT f.Col_ID FROM Tab_Doc_VFolder f))", kFolderClass);
         AddRows("orphans", "folder links of or to something that is gone, in Tab_Doc_Root_Link", "Tab_Doc_Root_Link",
-                "Col_P_ObjID NOT IN (SELECT r.Col_ID FROM Tab_Doc_Root r) OR " + gone, repair, true);
+                "Col_P_ObjID NOT IN (SELECT r.Col_ID FROM Tab_Doc_Root r) OR " + gone, kOrphanRepair, true);
         AddRows("orphans", "folder links of or to something that is gone, in Tab_Doc_VFolder_Link",
                 "Tab_Doc_VFolder_Link", "Col_P_ObjID NOT IN (SELECT p.Col_ID FROM Tab_Doc_VFolder p) OR " + gone,
-                repair, true);
+                kOrphanRepair, true);
     }
 
     void FindUnknownTypes()
@@ -332,6 +352,9 @@ private:
 
 } // namespace
 
-std::vector<Problem> FindProblems(CAConnect& conn) { return Finder(conn).Find(); }
+std::vector<Problem> FindProblems(CAConnect& conn, const std::function<void(long done, long total)>& progress)
+{
+    return Finder(conn).Find(progress);
+}
 
 } // namespace management::check

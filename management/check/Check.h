@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,7 @@ struct Problem {
 };
 
 /// Looks for every kind of problem; those of which there are none are left out. @throws DatabaseError.
-std::vector<Problem> FindProblems(CAConnect& conn);
+/// @param progress  takes how many of the kinds were looked for.
+std::vector<Problem> FindProblems(CAConnect& conn, const std::function<void(long done, long total)>& progress = {});
 
 } // namespace management::check

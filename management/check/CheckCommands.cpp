@@ -26,7 +26,8 @@ bool IsQuestion(const CheckInput& in) { return !in.fix; }
 Result Show(Call& call, const CheckInput& /*in*/)
 {
     Result result;
-    for (const Problem& problem : FindProblems(call.Connection())) {
+    const auto progress = [&call](long done, long total) { call.ShowProgress(done, total); };
+    for (const Problem& problem : FindProblems(call.Connection(), progress)) {
         result.hasFindings = true;
         if (!call.Row(std::string(problem.name), problem.count, problem.sentence, problem.example, problem.repair,
                       !problem.statements.empty())) {

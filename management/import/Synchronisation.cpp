@@ -4,6 +4,7 @@
 #include "management/DatabaseError.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/Sha256.h"
 #include "management/Text.h"
 #include "management/organisation/Organisation.h"
 #include "management/roles/Roles.h"
@@ -65,6 +66,20 @@ void Move(Call& call, const std::string& scope, const std::string& target, const
 
 } // namespace
 
+void ReadLeaverAction(const std::string& text, SynchronisationOptions& options)
+{
+    constexpr std::string_view kMove = "move:";
+    if (text.starts_with(kMove)) {
+        options.action = LeaverAction::move;
+        options.target = text.substr(kMove.size());
+    } else if (text == "lock" || text == "delete") {
+        options.action = text == "lock" ? LeaverAction::lock : LeaverAction::remove;
+    } else if (text != "list") {
+        throw Error(ErrorCode::invalid,
+                    FillPattern("--leavers {} is none of list, lock, move:/VIEW/GROUP and delete", Quoted(text)));
+    }
+}
+
 Synchronisation::Synchronisation(Call& call, const ImportSource& source, const ColumnOptions& columns,
                                  SynchronisationOptions options)
     : m_options(std::move(options))
@@ -124,6 +139,15 @@ void Synchronisation::RequireFew() const
                                 m_leavers.size(), Counted(m_report.people, "user"), Visible(m_options.scope),
                                 m_options.limit.Text()));
     }
+}
+
+std::string Synchronisation::Digest() const
+{
+    Sha256 digest;
+    for (const Leaver& leaver : m_leavers) {
+        digest.Add(fmt::format("{} ", leaver.key.id));
+    }
+    return digest.Finish();
 }
 
 void Synchronisation::Apply(Call& call)

@@ -22,6 +22,10 @@ struct SynchronisationOptions {
     bool allowPrivileges = false; ///< super and system users may be dealt with
 };
 
+/// Takes over what is to become of leavers. @param text  list, lock, move:/VIEW/GROUP or delete.
+/// @throws Error (invalid) for any other.
+void ReadLeaverAction(const std::string& text, SynchronisationOptions& options);
+
 /// What has become of them so far.
 struct SynchronisationReport {
     std::size_t people = 0; ///< in the scope
@@ -47,6 +51,8 @@ public:
     void Apply(Call& call);
 
     [[nodiscard]] const SynchronisationReport& Report() const { return m_report; }
+    /// Tells whether two synchronisations have found the same people.
+    [[nodiscard]] std::string Digest() const;
 
 private:
     struct Leaver {

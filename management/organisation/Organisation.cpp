@@ -91,11 +91,13 @@ ItemKey Node::KeyOf(bool isTop, int id) { return {isTop ? kItemTypeView : kItemT
 
 bool Node::BeginsPath() const { return IsTop(key) && viewType == kSystemView; }
 
-Organisation::Organisation(CAConnect& conn) : m_conn(conn)
+Organisation::Organisation(CAConnect& conn, UserCounts counts) : m_conn(conn)
 {
     LoadNodes();
     LoadLinks();
-    LoadUserCounts();
+    if (counts == UserCounts::read) {
+        LoadUserCounts();
+    }
     FindPaths({IsSystemView, [](const Node& node) { return Node::IsTop(node.key) && !IsSystemView(node); }});
 }
 

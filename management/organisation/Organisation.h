@@ -8,6 +8,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <span>
@@ -108,6 +109,9 @@ struct MemberCounts {
     bool operator==(const MemberCounts&) const = default;
 };
 
+/// Whether it is counted how many users views and groups have.
+enum class UserCounts : std::uint8_t { read, leftOut };
+
 // Compiled once, in Organisation.cpp.
 extern template class Hierarchy<Node>;
 
@@ -122,7 +126,8 @@ extern template class Hierarchy<Node>;
 class Organisation : public Hierarchy<Node> {
 public:
     /// Reads views, groups, their links and the counts of users. @param conn  open, and stays so.
-    explicit Organisation(CAConnect& conn);
+    /// @param counts  leftOut: Node::users and UsersBelow are 0, and reading takes a fraction of the time.
+    explicit Organisation(CAConnect& conn, UserCounts counts = UserCounts::read);
 
     [[nodiscard]] CAConnect& Connection() const { return m_conn; }
 

@@ -288,6 +288,15 @@ TEST_P(AuditOn, AnEntryTakenOutIsFound)
     EXPECT_THAT(Run({"audit", "verify"}).err, HasSubstr("the record was altered: entry 5"));
 }
 
+TEST_P(AuditOn, AWideGapBetweenEntriesIsWalkedOver)
+{
+    Execute("UPDATE qv_AuditRow SET Col_EntryID = 2147483647 WHERE Col_EntryID = 9");
+    Execute("UPDATE qv_AuditEntry SET Col_ID = 2147483647 WHERE Col_ID = 9");
+    EXPECT_EQ(json::parse(Done({"audit", "verify", "-o", "json"})).at("entries"), 9);
+    Execute("UPDATE qv_AuditRow SET Col_After = '{}' WHERE Col_EntryID = 2147483647");
+    EXPECT_THAT(Run({"audit", "verify"}).err, HasSubstr("the record was altered: entry 2147483647"));
+}
+
 TEST_P(AuditOn, OldEntriesCanBeDeletedWhichIsRecordedAndLeavesTheRestSound)
 {
     EXPECT_EQ(Run({"audit", "prune", "2000-01-01", "--yes"}).exit, 0);

@@ -95,11 +95,12 @@ TEST(PasswordRulesTest, NamesOfTheOwnerAndWordsAreRefused)
 TEST(TextSearchTest, FindsAPartWhereverItIs)
 {
     for (std::size_t at = 0; at < 200; ++at) {
+        const PartFinder finder("abc", CountBytes(std::string(at, 'b') + "cc"));
         std::string text(210, 'x');
         text.replace(at, 3, "abc");
-        EXPECT_EQ(FindPart(text, "abc", 0), at);
-        EXPECT_EQ(FindPart(text, "abc", at), at);
-        EXPECT_EQ(FindPart(text, "abc", at + 1), std::string::npos);
+        EXPECT_EQ(finder.Find(text, 0), at);
+        EXPECT_EQ(finder.Find(text, at), at);
+        EXPECT_EQ(finder.Find(text, at + 1), std::string::npos);
     }
 }
 
@@ -112,14 +113,15 @@ TEST(TextSearchTest, FindsWhatTheLibraryFinds)
         text += static_cast<char>('a' + (state >> 24U) % 3);
     }
     for (const std::string part : {"a", "ab", "abc", "abcabc", "ccccc", "abcabcabcabcabc", "x"}) {
+        const PartFinder finder(part, CountBytes("aab"));
         std::size_t from = 0;
         do {
-            const std::size_t at = FindPart(text, part, from);
+            const std::size_t at = finder.Find(text, from);
             ASSERT_EQ(at, text.find(part, from)) << part << " from " << from;
             from = at == std::string::npos ? at : at + 1;
         } while (from != std::string::npos);
-        EXPECT_EQ(FindPart(text, part, text.size()), std::string::npos);
-        EXPECT_EQ(FindPart(text.substr(0, 70), part, 3), text.substr(0, 70).find(part, 3));
+        EXPECT_EQ(finder.Find(text, text.size()), std::string::npos);
+        EXPECT_EQ(finder.Find(text.substr(0, 70), 3), text.substr(0, 70).find(part, 3));
     }
 }
 
@@ -326,13 +328,20 @@ TEST(TokensTest, AreNeverEqual)
 
 TEST(PeopleTest, DigitsCountAsNumbers)
 {
-    EXPECT_TRUE(IsBefore("AMY2", "AMY10"));
-    EXPECT_FALSE(IsBefore("AMY10", "AMY2"));
-    EXPECT_TRUE(IsBefore("AMY", "AMY1"));
-    EXPECT_TRUE(IsBefore("", "A"));
-    EXPECT_FALSE(IsBefore("A", "A"));
-    EXPECT_FALSE(IsBefore("A007", "A7"));
-    EXPECT_TRUE(IsBefore("A99999999999999999999998", "A99999999999999999999999"));
+    EXPECT_LT(SortKey("AMY2"), SortKey("AMY10"));
+    EXPECT_LT(SortKey("AMY2B"), SortKey("AMY10A"));
+    EXPECT_LT(SortKey("AMY"), SortKey("AMY1"));
+    EXPECT_LT(SortKey("AMY-"), SortKey("AMY1"));
+    EXPECT_LT(SortKey("AMY99"), SortKey("AMYA"));
+    EXPECT_LT(SortKey("A1B"), SortKey("AB"));
+    EXPECT_LT(SortKey(""), SortKey("A"));
+    EXPECT_EQ(SortKey("A007"), SortKey("A7"));
+    EXPECT_EQ(SortKey("000"), SortKey("0"));
+    EXPECT_LT(SortKey("A99999999999999999999998"), SortKey("A99999999999999999999999"));
+    for (const std::size_t digits : {254U, 255U, 256U, 510U}) {
+        EXPECT_LT(SortKey(std::string(digits, '9')), SortKey(std::string(digits + 1, '1'))) << digits;
+        EXPECT_LT(SortKey(std::string(digits, '9') + "X"), SortKey(std::string(digits + 1, '1'))) << digits;
+    }
 }
 
 TEST(WorkerTest, RunsTasksInTheOrderOfTheirTimes)

@@ -432,6 +432,24 @@ TEST_F(ServerTest, EveryAnswerTellsBrowsersToBeCareful)
     EXPECT_EQ(client.Ask("HEAD", "/app.js", "").status, 200);
 }
 
+TEST_F(ServerTest, WhoHasASessionGetsAPageThatAsksAtOnce)
+{
+    HttpClient client = Signed();
+    const HttpAnswer own = client.Get("/directory");
+    EXPECT_THAT(own.body, HasSubstr("/early.js"));
+    EXPECT_EQ(own.Header("Vary"), "Cookie");
+    HttpClient other = Client();
+    EXPECT_THAT(other.Get("/directory").body, Not(HasSubstr("/early.js")));
+    other.cookie = "qv=0123456789abcdef";
+    // What was kept of one is not taken for the other.
+    other.headers["If-None-Match"] = own.Header("ETag");
+    const HttpAnswer without = other.Get("/directory");
+    EXPECT_EQ(without.status, 200);
+    EXPECT_THAT(without.body, Not(HasSubstr("/early.js")));
+    EXPECT_EQ(client.Ask("DELETE", "/api/v1/session", "").status, 200);
+    EXPECT_THAT(client.Get("/directory").body, Not(HasSubstr("/early.js")));
+}
+
 TEST_F(ServerTest, ASessionHasSoManyRequests)
 {
     HttpClient client = Signed();
@@ -935,6 +953,62 @@ TEST_F(ImportServerTest, TriesImportsReportsAndUndoes)
     EXPECT_EQ(Got(*m_client, "/imports").at("imports").size(), 2U);
 }
 
+TEST_F(ImportServerTest, AWholeListDealsWithTheLeaversWhoWereAgreedTo)
+{
+    Run(*m_client, "view/create", {{"NAME", "Company"}});
+    for (const std::string login : {"amy", "rory", "clara"}) {
+        Run(*m_client, "user/create", {{"LOGIN", login}});
+    }
+    Run(*m_client, "member/add", {{"GROUP", "/Company"}, {"USER", {"amy", "rory", "clara"}}});
+    SendText("login\namy\n");
+    json order = {
+        {"columns", {"login"}}, {"sync", true}, {"scope", "/Company"}, {"leavers", "lock"}, {"max_leavers", "2"}};
+    const auto tried = [&] {
+        json with = order;
+        with["dry_run"] = true;
+        return WaitFor(Begin(with));
+    };
+    const json leavers = tried().at("leavers");
+    EXPECT_EQ(leavers.at("people"), 3);
+    EXPECT_EQ(leavers.at("leavers"), 2);
+    EXPECT_EQ(leavers.at("done"), 2);
+    EXPECT_EQ(Got(*m_client, "/users?locked=1").at("total"), 0);
+
+    EXPECT_THAT(WaitFor(Begin(order)).at("error").get<std::string>(), HasSubstr("the try has shown"));
+    Run(*m_client, "user/lock", {{"USER", {"rory"}}});
+    order["agreed"] = leavers.at("digest");
+    EXPECT_THAT(WaitFor(Begin(order)).at("error").get<std::string>(), HasSubstr("the try has shown"));
+    EXPECT_EQ(Got(*m_client, "/users?locked=1").at("total"), 1);
+
+    order["agreed"] = tried().at("leavers").at("digest");
+    const json done = WaitFor(Begin(order));
+    EXPECT_EQ(done.at("error"), "");
+    ASSERT_EQ(done.at("leaver_rows").size(), 1U);
+    EXPECT_EQ(done.at("leaver_rows").at(0).at("login"), "clara");
+    EXPECT_EQ(done.at("leaver_rows").at(0).at("outcome"), "locked");
+    EXPECT_EQ(done.at("rows").size(), 1U);
+    EXPECT_EQ(Got(*m_client, "/users?locked=1").at("total"), 2);
+    // A list deals with nobody, and needs nobody's agreement.
+    order["leavers"] = "list";
+    EXPECT_EQ(WaitFor(Begin(order)).at("leavers").at("leavers"), 2);
+}
+
+TEST_F(ImportServerTest, LeaversAreDeletedOnlyWithThePassword)
+{
+    m_client.reset();
+    m_server.reset();
+    Start({.sessions = {.confirmation = 0s}});
+    m_client.emplace(Client());
+    ASSERT_EQ(SignIn(*m_client).status, 200);
+    std::this_thread::sleep_for(5ms);
+    SendText("login\namy\n");
+    json order = {
+        {"columns", {"login"}}, {"sync", true}, {"scope", "/_Empty"}, {"leavers", "delete"}, {"delimiter", ","}};
+    EXPECT_EQ(CodeOf(Send("", order)), "password_required");
+    order["dry_run"] = true;
+    EXPECT_EQ(Send("", order).status, 200);
+}
+
 TEST_F(ImportServerTest, OthersHaveTheirTurnWhileItRuns)
 {
     constexpr int rows = 20000;
@@ -977,6 +1051,12 @@ TEST_F(ImportServerTest, WhatCannotBeIsRefused)
     EXPECT_EQ(Send("", {{"delimiter", ","}, {"columns", {"login"}}}).status, 422);
     EXPECT_EQ(Send("", {{"delimiter", ","}, {"columns", columns}, {"surprise", 1}}).status, 422);
     EXPECT_EQ(Send("", {{"delimiter", ","}, {"columns", columns}, {"update", "yes"}}).status, 422);
+    EXPECT_EQ(Send("", {{"delimiter", ","}, {"columns", columns}, {"sync", true}}).status, 422);
+    for (const auto& [name, value] : {std::pair("leavers", "banish"), std::pair("max_leavers", "few")}) {
+        const json order = {
+            {"delimiter", ","}, {"columns", columns}, {"sync", true}, {"scope", "/Company"}, {name, value}};
+        EXPECT_EQ(Send("", order).status, 422) << name;
+    }
     EXPECT_EQ(m_client->Get("/api/v1/imports?id=9").status, 404);
     EXPECT_THAT(WaitFor(Begin({{"columns", {nullptr, "title"}}})).at("error").get<std::string>(), HasSubstr("login"));
     EXPECT_THAT(WaitFor(Begin({{"columns", columns}, {"departments", "Company"}})).at("error").get<std::string>(),

@@ -1,6 +1,6 @@
 // Builds the page into dist, or into the folder that is named. Equal sources give equal bytes.
 import { build } from "esbuild";
-import { copyFileSync, mkdirSync, readFileSync } from "node:fs";
+import { copyFileSync, mkdirSync, readFileSync, writeFileSync } from "node:fs";
 import { createRequire } from "node:module";
 import { dirname, join } from "node:path";
 import { fileURLToPath } from "node:url";
@@ -10,19 +10,22 @@ const out = process.argv[2] ?? join(here, "dist");
 mkdirSync(out, { recursive: true });
 // What is bundled is passed on with its licence.
 const licence = readFileSync(join(dirname(createRequire(import.meta.url).resolve("preact")), "../LICENSE"), "utf8");
-await build({
+const options = {
     absWorkingDir: here,
-    entryPoints: { app: "src/main.tsx", style: "src/style.css" },
     outdir: out,
     bundle: true,
     minify: true,
     charset: "ascii",
     legalComments: "none",
-    banner: { js: `/*! Preact\n${licence}*/` },
     target: ["es2022"],
     jsx: "automatic",
     jsxImportSource: "preact",
-});
+};
+await build({ ...options, entryPoints: { app: "src/main.tsx", style: "src/style.css" }, banner: { js: `/*! Preact\n${licence}*/` } });
+await build({ ...options, entryPoints: { early: "src/early.ts" } });
 for (const file of ["index.html", "icon.svg"]) {
     copyFileSync(join(here, "src", file), join(out, file));
 }
+// Who has a session gets a page that asks at once for what it shows.
+const page = readFileSync(join(out, "index.html"), "utf8");
+writeFileSync(join(out, "signed_in.html"), page.replace('<link rel="stylesheet"', '<script src="/early.js"></script>\n<link rel="stylesheet"'));

@@ -2,7 +2,13 @@ import assert from "node:assert/strict";
 import { test } from "node:test";
 import { checkAccess, openPage, until, useServer } from "./support.mjs";
 
-const shared = useServer(["view create Company", "user create amy --name 'Amy Pond'"]);
+const shared = useServer([
+    "view create Company",
+    "group create /Company/Staff",
+    "group create /Company/Left",
+    "user create amy --name 'Amy Pond'",
+    ...["ben", "cleo", "dora"].flatMap(login => [`user create ${login}`, `member add /Company/Staff ${login}`]),
+]);
 const count = () => shared.server.json("user", "list").length;
 
 test("rows are pasted, their columns named, tried, imported, reported and undone", async () => {
@@ -36,6 +42,73 @@ test("rows are pasted, their columns named, tried, imported, reported and undone
     await finish();
 });
 
+test("a whole list locks who is not in it, once somebody has seen and agreed", async () => {
+    const isLocked = login => shared.server.json("user", "show", login).locked;
+    const { page, finish } = await openPage(shared, { path: "/import" });
+    const enter = async text => {
+        await page.getByLabel("Or paste rows").fill(text);
+        await page.getByRole("button", { name: "Read" }).click();
+        await page.getByRole("heading", { name: "Columns" }).waitFor();
+    };
+    await enter("login\ttitle\nben\tClerk\n");
+    await page.getByLabel("This is the whole list").check();
+    assert.ok(await page.getByLabel("Change users who are there").isDisabled());
+    assert.ok(await page.getByRole("button", { name: "Try" }).isDisabled());
+    await page.getByLabel("View or group, with all below").fill("/Company/Staff");
+    await page.getByLabel("Who is in it and not in the list").selectOption("is locked");
+    await checkAccess(page);
+    await page.getByRole("button", { name: "Try" }).click();
+    await page.getByRole("alert").getByText("2 of 3 users in /Company/Staff are not in the file").waitFor();
+    await page.getByLabel("Nothing is imported if these are more than").fill("80%");
+    await page.getByRole("button", { name: "Try" }).click();
+    await page.getByText("Of 3 people in it, 2 are not in the list.").waitFor();
+    const leavers = page.getByRole("region", { name: "Not in the list" });
+    await leavers.getByRole("cell", { name: "cleo" }).waitFor();
+    await leavers.getByRole("cell", { name: "dora" }).waitFor();
+    await checkAccess(page);
+    assert.equal(isLocked("cleo"), false);
+
+    // Others than those who were shown are not dealt with.
+    shared.server.qvadmin("member", "remove", "/Company/Staff", "dora");
+    shared.server.qvadmin("member", "add", "/Company/Staff", "amy");
+    await page.getByRole("button", { name: "Import 1, lock 2" }).click();
+    await page.getByRole("alert").getByText("are others than those that the try has shown").waitFor();
+    assert.equal(isLocked("cleo"), false);
+    assert.equal(isLocked("amy"), false);
+    await page.getByRole("button", { name: "Try" }).click();
+    await leavers.getByRole("cell", { name: "amy" }).waitFor();
+    await page.getByRole("button", { name: "Import 1, lock 2" }).click();
+    const report = page.getByRole("region", { name: "Import", exact: true });
+    await report.getByText("1 changed").waitFor();
+    await report.getByRole("cell", { name: "locked" }).first().waitFor();
+    assert.deepEqual(["amy", "ben", "cleo", "dora"].map(isLocked), [true, false, true, false]);
+    await page.getByRole("button", { name: "Undo this import" }).click();
+    await until(() => !isLocked("cleo") && !isLocked("amy"));
+    assert.equal(shared.server.json("user", "show", "ben").title, "");
+    await finish();
+});
+
+test("who has left is moved, and deleted", async () => {
+    const { page, finish } = await openPage(shared, { path: "/import" });
+    await page.getByLabel("Or paste rows").fill("login\nben\n");
+    await page.getByRole("button", { name: "Read" }).click();
+    await page.getByLabel("This is the whole list").check();
+    await page.getByLabel("View or group, with all below").fill("/Company/Staff");
+    await page.getByLabel("Who is in it and not in the list").selectOption("is moved");
+    await page.getByLabel("To the group").fill("/Company/Left");
+    await page.getByLabel("Nothing is imported if these are more than").fill("100%");
+    await page.getByRole("button", { name: "Try" }).click();
+    await page.getByRole("button", { name: "Import 0, move 2" }).click();
+    await until(() => shared.server.json("user", "show", "cleo").department === "Left");
+    await page.getByLabel("View or group, with all below").fill("/Company/Left");
+    await page.getByLabel("Who is in it and not in the list").selectOption("is deleted");
+    await page.getByRole("button", { name: "Try" }).click();
+    const before = count();
+    await page.getByRole("button", { name: "Import 0, delete 2" }).click();
+    await until(() => count() === before - 2);
+    await finish();
+});
+
 test("a long import of a file is stopped, found again, and the page is of use meanwhile", async () => {
     const { page, finish } = await openPage(shared, { path: "/import" });
     const rows = Array.from({ length: 60000 }, (_, i) => `bulk${i};Größe ${i}\n`).join("");
@@ -48,11 +121,11 @@ test("a long import of a file is stopped, found again, and the page is of use me
     await page.getByRole("cell", { name: "Größe 0" }).waitFor();
     await page.getByRole("button", { name: "Try" }).click();
     await page.getByRole("button", { name: "Stop" }).waitFor();
-    await page.goto(`${shared.server.url}/directory?user=1`);
+    await page.goto(`${shared.server.url}/directory?user=2`);
     const sheet = page.getByRole("complementary", { name: "User" });
     await sheet.getByLabel("Title", { exact: true }).fill("Lead");
     await sheet.getByRole("button", { name: "Save" }).click();
-    await page.getByText("changed amy (id 1)").waitFor();
+    await page.getByText("changed ben (id 2)").waitFor();
     await page.goto(`${shared.server.url}/import`);
     await page.getByRole("button", { name: "Stop" }).click();
     await page.getByRole("alert").getByText("stopped").waitFor();

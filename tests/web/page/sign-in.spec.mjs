@@ -41,6 +41,39 @@ test("when the session is over, somebody signs in over the page and what was ent
     await finish();
 });
 
+test("the list does not wait until it is known who is signed in, and what needs that waits", async () => {
+    const { page, finish } = await openPage(shared);
+    let answer;
+    const asked = [];
+    page.on("request", request => asked.push(new URL(request.url()).pathname));
+    await page.route("**/api/v1/session", async route => {
+        await new Promise(resolve => (answer = resolve));
+        await route.continue();
+    });
+    await page.goto(`${shared.server.url}/directory?user=1`);
+    await page.getByRole("grid").getByText("Amy Pond").waitFor();
+    assert.equal(await page.locator("details.user").count(), 0);
+    answer();
+    await page.locator("details.user").waitFor();
+    assert.equal(await page.getByLabel("Title", { exact: true }).inputValue(), "Lead");
+    for (const path of ["/api/v1/session", "/api/v1/commands", "/api/v1/users", "/api/v1/tree"]) {
+        assert.equal(asked.filter(one => one === path).length, 1, path);
+    }
+    await finish();
+});
+
+test("a session that ends while the page comes leads to signing in, and to nothing else", async () => {
+    const { page, finish } = await openPage(shared);
+    const refusal = { status: 401, contentType: "application/problem+json", body: JSON.stringify({ code: "not_signed_in", detail: "sign in first" }) };
+    await page.route("**/api/v1/**", route => route.fulfill(refusal));
+    await page.goto(`${shared.server.url}/directory`);
+    await page.getByLabel("Password").waitFor();
+    await page.waitForTimeout(200);
+    assert.equal(await page.getByRole("dialog").count(), 0);
+    assert.equal(await page.getByText("sign in first").count(), 0);
+    await finish();
+});
+
 test("nothing of people is kept by the browser", async () => {
     const { page, finish } = await openPage(shared);
     await page.getByRole("grid").getByText("Amy Pond").waitFor();

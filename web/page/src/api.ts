@@ -1,5 +1,7 @@
 // Requests to the server.
+import type { Early } from "./early";
 import { watchProgress } from "./events";
+import { peoplePath, placesPath } from "./query";
 
 export type Value = string | number | boolean | null;
 export type Row = Record<string, Value>;
@@ -151,27 +153,39 @@ export function setAskPassword(ask: typeof askPassword): void {
     askPassword = ask;
 }
 
+/** Until who is signed in is known, what needs the token of the session waits. */
+let ready: Promise<unknown> = Promise.resolve();
+async function send(method: string, path: string, body?: unknown, signal?: AbortSignal): Promise<Early> {
+    const response = await fetch(`/api/v1${path}`, {
+        method,
+        signal: signal ?? null,
+        credentials: "same-origin",
+        headers: {
+            ...(body === undefined ? {} : { "Content-Type": "application/json" }),
+            ...(method === "GET" ? {} : { "X-CSRF-Token": csrf }),
+            ...(Date.now() - touched > kUnattended ? { "X-Unattended": "1" } : {}),
+        },
+        body: body === undefined ? null : JSON.stringify(body),
+    });
+    return { response, text: await response.text() };
+}
+
 async function once<T>(method: string, path: string, body?: unknown, signal?: AbortSignal): Promise<T> {
-    let response: Response;
+    if (method !== "GET") {
+        await ready;
+    }
+    let answer: Early;
     try {
-        response = await fetch(`/api/v1${path}`, {
-            method,
-            signal: signal ?? null,
-            credentials: "same-origin",
-            headers: {
-                ...(body === undefined ? {} : { "Content-Type": "application/json" }),
-                ...(method === "GET" ? {} : { "X-CSRF-Token": csrf }),
-                ...(Date.now() - touched > kUnattended ? { "X-Unattended": "1" } : {}),
-            },
-            body: body === undefined ? null : JSON.stringify(body),
-        });
+        const early = window.early?.get(path);
+        window.early?.delete(path);
+        answer = await (early ?? send(method, path, body, signal));
     } catch (error) {
         if (error instanceof DOMException) {
             throw error;
         }
         throw new Problem(0, "offline", "offline");
     }
-    const text = await response.text();
+    const { response, text } = answer;
     let read: any;
     try {
         read = JSON.parse(text);
@@ -210,7 +224,11 @@ function begin(session: Session): Session {
     return session;
 }
 
-export const currentSession = async () => begin(await once<Session>("GET", "/session"));
+export const currentSession = () => {
+    const session = once<Session>("GET", "/session").then(begin);
+    ready = session.catch(() => {});
+    return session;
+};
 export const signIn = async (login: string, password: string, code: string) =>
     begin(await once<Session>("POST", "/session", { login, password, code }));
 export const stepUp = async (password: string, code: string) =>
@@ -310,10 +328,9 @@ export const run = (command: string, parameters: Values, options: RunOptions = {
     });
 
 export const listPeople = (query: Record<string, string>, signal?: AbortSignal) =>
-    request<People>("GET", `/users?${new URLSearchParams(query)}`, undefined, signal);
+    request<People>("GET", peoplePath(query), undefined, signal);
 export const findNames = (names: string[]) => request<FoundNames>("POST", "/users/find", { names });
-export const listPlaces = (parent: string, offset: number) =>
-    request<Places>("GET", `/tree?${new URLSearchParams({ parent, offset: String(offset) })}`);
+export const listPlaces = (parent: string, offset: number) => request<Places>("GET", placesPath(parent, offset));
 export const findPlaces = (q: string) =>
     request<{ total: number; rows: (Step & { path: string; trail: Step[] })[] }>(
         "GET",
@@ -337,8 +354,22 @@ export interface Import {
     entry: number | null;
     groups: string[];
     group_count: number;
+    /** Of people of the scope who are not in the text, where it is the whole list. */
+    leavers?: Leavers;
     rows?: Row[];
     failed_rows?: Row[];
+    leaver_rows?: Row[];
+}
+export interface Leavers {
+    /** In the scope. */
+    people: number;
+    leavers: number;
+    done: number;
+    failed: number;
+    /** Rows that may be about anybody: nothing is done about leavers then. */
+    unreadable: number;
+    /** By which the import is told that these are those whom somebody has seen. */
+    digest: string;
 }
 /** What a text to be imported has. */
 export interface Look {

@@ -1,6 +1,6 @@
 // A tree: children are read when a line is opened, and only the lines in sight are in the document.
 import type { ComponentChildren } from "preact";
-import { useEffect, useRef, useState } from "preact/hooks";
+import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 import type { Step } from "./api";
 import { Trouble, sentence } from "./dialogs";
 import { Icon } from "./icons";
@@ -118,7 +118,8 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
     };
 
     const seen = useRef(-1);
-    useEffect(() => {
+    // An answer that is there already is shown with the first look at the page.
+    useLayoutEffect(() => {
         if (seen.current !== changes) {
             seen.current = changes;
             // What is known stays until it has come anew, so that keys find it meanwhile.

@@ -1,8 +1,9 @@
 // Tree, list and sheet.
 import { useState } from "preact/hooks";
 import type { People } from "./api";
-import { List, type ListQuery, traits } from "./list";
+import { List } from "./list";
 import { type Where, go } from "./place";
+import { listOf, traits } from "./query";
 import { Sheet, type Tab } from "./sheet";
 import { t } from "./texts";
 import { Tree } from "./tree";
@@ -13,14 +14,6 @@ export function Directory(props: { where: Where }) {
     const place = query["in"] ?? "";
     const user = Number(query["user"]) || undefined;
     const show = (changed: Record<string, string | undefined>) => void go("/directory", { ...query, ...changed }, "user" in changed ? "ask" : "keep");
-    const asked: ListQuery = {
-        in: place,
-        q: query["q"] ?? "",
-        sort: query["sort"] ?? "",
-        deep: query["deep"] !== "0",
-        trait: traits.find(trait => query[trait] === "1") ?? "",
-        among: query["among"] ?? "",
-    };
     const isHere = people !== undefined && place !== "" && people.trail?.at(-1)?.key === place;
     return (
         <div class={`directory${user ? " with-sheet" : ""}`}>
@@ -32,7 +25,7 @@ export function Directory(props: { where: Where }) {
                 onChoose={key => show({ in: key, among: undefined, user: undefined, tab: undefined })}
             />
             <List
-                query={asked}
+                query={listOf(query)}
                 opened={user}
                 onPeople={setPeople}
                 onQuery={changed =>

@@ -5,7 +5,7 @@ import { type Answer, type Command, type Parameter, type Row, type Values, run }
 import { Dialog, Trouble, change, openDialog, sentence } from "./dialogs";
 import { go, useChanges } from "./place";
 import { RecordView, Table } from "./table";
-import { t, words } from "./texts";
+import { nounName, t, verbName, words } from "./texts";
 
 const pathOf = (command: Command) => command.path.join("/");
 const offered = (command: Command) => command.parameters.filter(parameter => parameter.kind !== "file");
@@ -136,38 +136,47 @@ export function AnswerView(props: { command: Command | undefined; answer: Answer
     );
 }
 
-function CommandDialog(props: { command: Command; values: Record<string, string>; onClose: () => void }) {
+/** @param props.isBegun  whether it is run at once with these values. */
+function CommandDialog(props: { command: Command; values: Record<string, string>; isBegun: boolean; onClose: () => void }) {
     const { command } = props;
     const [texts, setTexts] = useState(props.values);
     const [reason, setReason] = useState("");
     const [answer, setAnswer] = useState<Answer>();
     const [trouble, setTrouble] = useState("");
     const writes = command.effect !== "read";
+    const begin = async () => {
+        setTrouble("");
+        try {
+            const values = valuesOf(command, texts);
+            const result = writes
+                ? await change(pathOf(command), values, reason ? { reason } : {})
+                : await run(pathOf(command), values);
+            if (!result) {
+                return;
+            }
+            if (writes && !result.password && !result.record && !result.rows) {
+                props.onClose();
+            } else {
+                setAnswer(result);
+            }
+        } catch (error) {
+            setTrouble(sentence(error));
+        }
+    };
+    useEffect(() => {
+        if (props.isBegun) {
+            void begin();
+        }
+    }, []);
     return (
-        <Dialog title={words(command.path.join(" "))} onClose={props.onClose}>
+        <Dialog title={`${nounName(command.path[0] ?? "")}: ${verbName(command.path)}`} onClose={props.onClose}>
             <p class="muted" dir="auto">
                 {command.summary}
             </p>
             <form
-                onSubmit={async event => {
+                onSubmit={event => {
                     event.preventDefault();
-                    setTrouble("");
-                    try {
-                        const values = valuesOf(command, texts);
-                        const result = writes
-                            ? await change(pathOf(command), values, reason ? { reason } : {})
-                            : await run(pathOf(command), values);
-                        if (!result) {
-                            return;
-                        }
-                        if (writes && !result.password && !result.record && !result.rows) {
-                            props.onClose();
-                        } else {
-                            setAnswer(result);
-                        }
-                    } catch (error) {
-                        setTrouble(sentence(error));
-                    }
+                    void begin();
                 }}
             >
                 <Trouble text={trouble} />
@@ -197,8 +206,8 @@ function CommandDialog(props: { command: Command; values: Record<string, string>
     );
 }
 
-export const openCommand = (command: Command, values: Record<string, string> = {}) =>
-    openDialog(close => <CommandDialog command={command} values={values} onClose={close} />);
+export const openCommand = (command: Command, values: Record<string, string> = {}, isBegun = false) =>
+    openDialog(close => <CommandDialog command={command} values={values} isBegun={isBegun} onClose={close} />);
 
 /** What stands for a row where a command takes one: its id, or what names it. */
 function nameOf(noun: string, row: Row, parameter: Parameter): string {
@@ -209,7 +218,8 @@ function nameOf(noun: string, row: Row, parameter: Parameter): string {
     return noun === "view" ? `view:${id}` : noun === "setting" ? String(row["name"] ?? "") : `id:${id}`;
 }
 
-function Noun(props: { noun: string; commands: Command[] }) {
+/** @param props.isAlone  whether the page's heading tells the noun. */
+function Noun(props: { noun: string; isAlone: boolean; commands: Command[] }) {
     const changes = useChanges();
     const list = listOf(props.commands);
     const [answer, setAnswer] = useState<Answer>();
@@ -226,7 +236,7 @@ function Noun(props: { noun: string; commands: Command[] }) {
     const removed = remove?.parameters.find(parameter => parameter.positional);
     return (
         <section class="noun" data-noun={props.noun}>
-            <h2>{words(props.noun)}</h2>
+            {!props.isAlone && <h2>{nounName(props.noun)}</h2>}
             <div class="bar" role="group" aria-label={t("generic.do")}>
                 {props.commands
                     .filter(command => command !== list || command.parameters.length > 0)
@@ -237,7 +247,7 @@ function Noun(props: { noun: string; commands: Command[] }) {
                             title={command.summary}
                             onClick={() => openCommand(command)}
                         >
-                            {words(command.path.slice(1).join(" "))}
+                            {verbName(command.path)}
                         </button>
                     ))}
             </div>
@@ -245,7 +255,7 @@ function Noun(props: { noun: string; commands: Command[] }) {
             {answer?.record && <RecordView record={answer.record} />}
             {answer?.rows && (
                 <Table
-                    label={words(props.noun)}
+                    label={nounName(props.noun)}
                     columns={answer.columns ?? []}
                     rows={answer.rows}
                     {...(show || remove
@@ -255,7 +265,7 @@ function Noun(props: { noun: string; commands: Command[] }) {
                                       {show && first && (
                                           <button
                                               class="link"
-                                              onClick={() => openCommand(show, { [first.name]: nameOf(props.noun, row, first) })}
+                                              onClick={() => openCommand(show, { [first.name]: nameOf(props.noun, row, first) }, true)}
                                           >
                                               {t("generic.show")}
                                           </button>
@@ -312,7 +322,7 @@ export function Nouns(props: {
                                 void go(`/${props.area}`, { noun: other });
                             }}
                         >
-                            {other === own?.name ? own.title : words(other)}
+                            {other === own?.name ? own.title : nounName(other)}
                         </a>
                     ))}
                 </nav>
@@ -320,7 +330,7 @@ export function Nouns(props: {
             {noun === own?.name ? (
                 own.view()
             ) : (
-                <Noun key={noun} noun={noun} commands={props.commands.filter(command => command.path[0] === noun)} />
+                <Noun key={noun} noun={noun} isAlone={names.length === 1} commands={props.commands.filter(command => command.path[0] === noun)} />
             )}
         </div>
     );

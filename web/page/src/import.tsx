@@ -13,6 +13,8 @@ const kPart = 100000;
 const kPause = 3000;
 const fates = ["created", "updated", "unchanged", "exists", "failed"] as const;
 const flags = ["update", "clear_empty", "allow_privileges"] as const;
+const leaverActions = ["list", "lock", "move", "delete"] as const;
+type LeaverAction = (typeof leaverActions)[number];
 
 /** The text of a file: in UTF-8 or UTF-16, or else in what Windows writes in the West. */
 async function textOf(file: File): Promise<string> {
@@ -47,11 +49,17 @@ async function send(text: string): Promise<void> {
     }
 }
 
+/** How many leavers something is done about. */
+const leftOf = (job: Import) => job.leavers?.done ?? 0;
+
 const guess = (heading: string, known: string[]) =>
     known.find(name => name === heading.trim().toLowerCase().replace(/[\s-]+/g, "_")) ?? "";
 
-function JobView(props: { job: Import; onStop: () => void; onRun: (() => void) | undefined }) {
+/** @param props.action  what is to become of leavers. */
+function JobView(props: { job: Import; action: LeaverAction | ""; onStop: () => void; onRun: (() => void) | undefined }) {
     const { job } = props;
+    const count = number(job.created + job.updated);
+    const left = props.action === "" || props.action === "list" ? 0 : leftOf(job);
     const part = job.total > 0 ? job.done / job.total : 1;
     return (
         <section class="job" aria-label={t(job.dry_run ? "import.try" : "import.run")}>
@@ -70,6 +78,12 @@ function JobView(props: { job: Import; onStop: () => void; onRun: (() => void) |
                             .filter(fate => job[fate] > 0)
                             .map(fate => t(`import.${fate}`, { count: job[fate] }))
                             .join(" · ") || t("none")}
+                    </p>
+                )}
+                {job.over && job.leavers && (
+                    <p class={job.leavers.unreadable > 0 ? "warning" : ""}>
+                        {t("import.left", { count: job.leavers.leavers, people: job.leavers.people })}
+                        {job.leavers.unreadable > 0 && ` ${t("import.unreadable", { count: job.leavers.unreadable })}`}
                     </p>
                 )}
             </div>
@@ -96,10 +110,18 @@ function JobView(props: { job: Import; onStop: () => void; onRun: (() => void) |
                     )}
                     {props.onRun && (
                         <button class="main" onClick={props.onRun}>
-                            {t("import.go", { count: number(job.created + job.updated) })}
+                            {left > 0
+                                ? t(`import.go.${props.action as "lock" | "move" | "delete"}`, { count, left })
+                                : t("import.go", { count })}
                         </button>
                     )}
                 </div>
+            )}
+            {job.over && job.leaver_rows && job.leaver_rows.length > 0 && (
+                <>
+                    <h3>{t("import.leftlist")}</h3>
+                    <Table label={t("import.leftlist")} columns={["login", "id", "outcome", "reason"]} rows={job.leaver_rows} />
+                </>
             )}
             {job.failed_rows && job.failed_rows.length > 0 && (
                 <>
@@ -108,7 +130,10 @@ function JobView(props: { job: Import; onStop: () => void; onRun: (() => void) |
                 </>
             )}
             {job.over && job.rows && job.rows.length > 0 && (
-                <Table label={t("import.report")} columns={["line", "login", "outcome", "reason"]} rows={job.rows} />
+                <>
+                    <h3>{t("import.shown")}</h3>
+                    <Table label={t("import.shown")} columns={["line", "login", "outcome", "reason"]} rows={job.rows} />
+                </>
             )}
         </section>
     );
@@ -179,6 +204,30 @@ function ExportForm() {
     );
 }
 
+/** A path of a view or group. */
+function GroupField(props: {
+    label: string;
+    value: string;
+    onInput: (text: string) => void;
+    onGroups: (paths: string[]) => void;
+}) {
+    return (
+        <label>
+            {props.label}{" "}
+            <input
+                dir="auto"
+                list="import-groups"
+                value={props.value}
+                onInput={event => {
+                    const text = event.currentTarget.value;
+                    props.onInput(text);
+                    suggestGroups(text).then(props.onGroups, () => props.onGroups([]));
+                }}
+            />
+        </label>
+    );
+}
+
 export function ImportPage() {
     const [text, setText] = useState("");
     const [delimiter, setDelimiter] = useState(",");
@@ -187,6 +236,12 @@ export function ImportPage() {
     const [options, setOptions] = useState<Record<string, boolean>>({});
     const [departments, setDepartments] = useState("");
     const [dateFormat, setDateFormat] = useState("");
+    const [isWhole, setWhole] = useState(false);
+    const [scope, setScope] = useState("");
+    const [action, setAction] = useState<LeaverAction>("list");
+    const [target, setTarget] = useState("");
+    const [most, setMost] = useState("");
+    const [groups, setGroups] = useState<string[]>([]);
     const [views, setViews] = useState<string[]>([]);
     const [job, setJob] = useState<Import>();
     const [trouble, setTrouble] = useState("");
@@ -243,6 +298,15 @@ export function ImportPage() {
                     ...(departments ? { departments } : {}),
                     ...(departments && options["make_view"] ? { make_view: true } : {}),
                     ...(dateFormat ? { date_format: dateFormat } : {}),
+                    ...(isWhole
+                        ? {
+                              sync: true,
+                              scope,
+                              leavers: action === "move" ? `move:${target}` : action,
+                              ...(most ? { max_leavers: most } : {}),
+                              ...(isTry || !job?.leavers ? {} : { agreed: job.leavers.digest }),
+                          }
+                        : {}),
                 }),
             );
         } catch (error) {
@@ -250,6 +314,13 @@ export function ImportPage() {
         }
     };
     const changed = () => setJob(undefined);
+    /** Takes what is entered; what was tried before says nothing any more. */
+    const given =
+        <T,>(set: (value: T) => void) =>
+        (value: T) => {
+            changed();
+            set(value);
+        };
 
     return (
         <div class="page import">
@@ -333,7 +404,8 @@ export function ImportPage() {
                             <label key={flag}>
                                 <input
                                     type="checkbox"
-                                    checked={options[flag] ?? false}
+                                    checked={(isWhole && flag === "update") || (options[flag] ?? false)}
+                                    disabled={isWhole && flag === "update"}
                                     onChange={event => {
                                         changed();
                                         setOptions({ ...options, [flag]: event.currentTarget.checked });
@@ -385,8 +457,60 @@ export function ImportPage() {
                             />
                         </label>
                     </div>
+                    <div class="bar">
+                        <label>
+                            <input
+                                type="checkbox"
+                                checked={isWhole}
+                                onChange={event => {
+                                    changed();
+                                    setWhole(event.currentTarget.checked);
+                                }}
+                            />
+                            {t("import.sync")}
+                        </label>
+                        {isWhole && (
+                            <>
+                                <GroupField label={t("import.scope")} value={scope} onInput={given(setScope)} onGroups={setGroups} />
+                                <label>
+                                    {t("import.leavers")}{" "}
+                                    <select
+                                        value={action}
+                                        onChange={event => given(setAction)(event.currentTarget.value as LeaverAction)}
+                                    >
+                                        {leaverActions.map(name => (
+                                            <option key={name} value={name}>
+                                                {t(`import.leavers.${name}`)}
+                                            </option>
+                                        ))}
+                                    </select>
+                                </label>
+                                {action === "move" && (
+                                    <GroupField label={t("import.target")} value={target} onInput={given(setTarget)} onGroups={setGroups} />
+                                )}
+                                {action !== "list" && (
+                                    <label>
+                                        {t("import.most")}{" "}
+                                        <input placeholder="5%" value={most} onInput={event => given(setMost)(event.currentTarget.value)} />
+                                    </label>
+                                )}
+                            </>
+                        )}
+                        <datalist id="import-groups">
+                            {groups.map(path => (
+                                <option key={path} value={path} />
+                            ))}
+                        </datalist>
+                    </div>
                     <div class="buttons">
-                        <button class={job ? "" : "main"} disabled={!columns.includes("login") || job?.over === false} onClick={() => void begin(true)}>
+                        <button
+                            class={job ? "" : "main"}
+                            disabled={
+                                !columns.includes("login") ||
+                                job?.over === false ||
+                                (isWhole && (scope.trim() === "" || (action === "move" && target.trim() === "")))
+                            }
+                            onClick={() => void begin(true)}>
                             {t("import.tryit")}
                         </button>
                     </div>
@@ -395,9 +519,10 @@ export function ImportPage() {
             {job && (
                 <JobView
                     job={job}
+                    action={isWhole && look ? action : ""}
                     onStop={() => stopImport(job.id).catch(say)}
                     onRun={
-                        look && job.dry_run && job.over && !job.error && job.created + job.updated > 0
+                        look && job.dry_run && job.over && !job.error && job.created + job.updated + (action === "list" ? 0 : leftOf(job)) > 0
                             ? () => void begin(false)
                             : undefined
                     }

@@ -1,5 +1,5 @@
 // People.
-import { useEffect, useRef, useState } from "preact/hooks";
+import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 import { type People, type Person, Problem, listPeople, may } from "./api";
 import { Trouble, askFor, change, sentence } from "./dialogs";
 import { Icon } from "./icons";
@@ -7,6 +7,7 @@ import { askNames } from "./names";
 import { askAdd, askFields, askMove, askPasswords, askPlan, askRole, carry, changePeopleOrSay, cut, deletePeople } from "./people";
 import { argumentOf, suggestGroups } from "./pickers";
 import { go, useChanges } from "./place";
+import { type ListQuery, queryOf, traits } from "./query";
 import { Scroller, steps } from "./scroller";
 import { Selection } from "./selection";
 import { counted, t } from "./texts";
@@ -14,29 +15,6 @@ import { counted, t } from "./texts";
 const kPage = 200;
 const kLine = 30;
 const columns = ["name", "login", "department", "title", "mobile", "email"] as const;
-
-/** By what lists are narrowed. */
-export const traits = ["locked", "super", "no_group", "plain_password", "no_password"] as const;
-
-export interface ListQuery {
-    in: string;
-    q: string;
-    sort: string;
-    deep: boolean;
-    /** One of the traits; empty: all people. */
-    trait: string;
-    /** A list that names were found as. */
-    among: string;
-}
-
-const queryOf = (query: ListQuery): Record<string, string> => ({
-    ...(query.in ? { in: query.in } : {}),
-    ...(query.q ? { q: query.q } : {}),
-    ...(query.sort ? { sort: query.sort } : {}),
-    ...(query.deep ? {} : { deep: "0" }),
-    ...(query.trait ? { [query.trait]: "1" } : {}),
-    ...(query.among ? { among: query.among } : {}),
-});
 
 export function List(props: {
     query: ListQuery;
@@ -76,7 +54,8 @@ export function List(props: {
         });
         setVersion(before => before + 1);
     };
-    useEffect(() => {
+    // An answer that is there already is shown with the first look at the page.
+    useLayoutEffect(() => {
         const abort = new AbortController();
         listPeople(queryOf(query), abort.signal).then(
             page => {

@@ -1,7 +1,15 @@
 // The frame: top bar, areas, and the page of the area.
 import { render } from "preact";
 import { useEffect, useRef, useState } from "preact/hooks";
-import { type Command, Problem, type Session, currentSession, listCommands, setAskPassword, signOut } from "./api";
+import {
+    type Command,
+    Problem,
+    type Session,
+    currentSession,
+    listCommands,
+    setAskPassword,
+    signOut,
+} from "./api";
 import { Dialogs, Toasts, openDialog, sentence, toast } from "./dialogs";
 import { Board } from "./board";
 import { Directory } from "./directory";
@@ -189,12 +197,24 @@ function Page(props: { where: Where; commands: Command[] }) {
     }
 }
 
-function Frame(props: { session: Session; onSession: (session: Session) => void }) {
+/** One-time codes that are to be set up first have a page of their own. */
+const isToSay = (error: unknown) => !(error instanceof Problem && error.code === "totp_required");
+
+/** @param props.session  undefined until the server has said who is signed in. */
+function Frame(props: { session: Session | undefined; onSession: (session: Session) => void }) {
+    const { session } = props;
     const where = useWhere();
     const [commands, setCommands] = useState<Command[]>([]);
+    const isListed = useRef(false);
+    const level = useRef<string>();
     useEffect(() => {
-        listCommands().then(setCommands, error => toast(sentence(error)));
-    }, [props.session.level]);
+        // The server knows who asks before this page does.
+        if (!isListed.current || (level.current !== undefined && level.current !== session?.level)) {
+            isListed.current = true;
+            listCommands().then(setCommands, error => isToSay(error) && toast(sentence(error)));
+        }
+        level.current = session?.level;
+    }, [session?.level]);
     useEffect(beginEvents, []);
     const name = where.path.slice(1) || "directory";
     useEffect(() => {
@@ -209,14 +229,14 @@ function Frame(props: { session: Session; onSession: (session: Session) => void 
                 <span class="product">
                     <img src="/icon.svg" alt="" width="20" height="20" /> {t("product")}
                 </span>
-                <span class="engine muted">{props.session.engine}</span>
+                <span class="engine muted">{session?.engine}</span>
                 <Search where={where} />
                 <JobsMenu />
-                <UserMenu {...props} />
+                {session && <UserMenu session={session} onSession={props.onSession} />}
             </header>
-            <TwoStepOffer key={props.session.id} session={props.session} onDone={props.onSession} />
+            {session && <TwoStepOffer key={session.id} session={session} onDone={props.onSession} />}
             <nav class="areas" aria-label={t("areas")}>
-                {areas.filter(area => area.name !== "import" || props.session.level === "full").map(area => (
+                {areas.filter(area => area.name !== "import" || (session?.level ?? "full") === "full").map(area => (
                     <a
                         key={area.name}
                         href={`/${area.name}`}
@@ -238,20 +258,29 @@ function Frame(props: { session: Session; onSession: (session: Session) => void 
     );
 }
 
+/** Whether the server has seen a session when it sent the page. */
+const wasSignedIn = window.early !== undefined;
+/** Whose it is; asked for before anything that waits for it. */
+const firstSession = wasSignedIn ? currentSession() : undefined;
+
 function App() {
     const where = useWhere();
-    const [session, setSession] = useState<Session | null>();
+    const [session, setSession] = useState<Session | null | undefined>(wasSignedIn ? undefined : null);
     const [login, setLogin] = useState("");
     const [notice, setNotice] = useState("");
     const present = useRef<Session | null>();
-    present.current = session ?? null;
+    present.current = session;
     useEffect(() => {
-        currentSession().then(setSession, error => {
+        firstSession?.then(setSession, error => {
             setSession(null);
             setNotice(error instanceof Problem && error.code !== "not_signed_in" ? sentence(error) : "");
         });
         let waiting: Promise<void> | undefined;
         setAskPassword(why => {
+            if (!present.current) {
+                // The page that has asked gives way to the one for signing in.
+                return new Promise(() => {});
+            }
             // Whatever else is refused meanwhile waits for the same answer.
             waiting ??= new Promise<void>((resolve, reject) =>
                 openDialog(close => (
@@ -289,7 +318,7 @@ function App() {
         page = <SignInPage key={login} login={login} notice={notice} onDone={setSession} />;
     } else if (session?.totp_required) {
         page = <TwoStepPage onDone={setSession} />;
-    } else if (session) {
+    } else {
         page = <Frame session={session} onSession={setSession} />;
     }
     return (
@@ -301,4 +330,9 @@ function App() {
     );
 }
 
-render(<App />, document.getElementById("page") as HTMLElement);
+/** How long the first look at the page waits for what it is to show. */
+const kPatience = 50;
+const early = Promise.allSettled(window.early?.values() ?? []);
+void Promise.race([early, new Promise(resolve => setTimeout(resolve, kPatience))]).then(() =>
+    render(<App />, document.getElementById("page") as HTMLElement),
+);

@@ -22,31 +22,44 @@ function choose(): string {
 export const language = choose();
 document.documentElement.lang = language;
 const catalogue = catalogues[language] ?? en;
-const plurals = new Intl.PluralRules(language);
-const numbers = new Intl.NumberFormat(language);
-const times = new Intl.DateTimeFormat(language, { dateStyle: "medium", timeStyle: "medium" });
+/** Made when it is first used: each takes some of the time in which the page begins. */
+function later<T>(make: () => T): () => T {
+    let made: T | undefined;
+    return () => (made ??= make());
+}
+const plurals = later(() => new Intl.PluralRules(language));
+/** As people where the reader is write numbers and dates. */
+const locale = navigator.languages.find(wanted => wanted.split("-")[0] === language.split("-")[0]) ?? language;
+const numbers = later(() => new Intl.NumberFormat(locale));
+const times = later(() => new Intl.DateTimeFormat(locale, { dateStyle: "medium", timeStyle: "medium" }));
 
 /** The text of a key, with `{name}` replaced. */
 export function t(key: Key, values: Record<string, string | number> = {}): string {
     return catalogue[key].replace(/\{(\w+)\}/g, (_, name: string) => {
         const value = values[name] ?? "";
-        return typeof value === "number" ? numbers.format(value) : value;
+        return typeof value === "number" ? numbers().format(value) : value;
     });
 }
 
 /** The text of a count: KEY.one, or KEY.other. */
 export function counted(key: "changed.count" | "people.count", count: number): string {
-    return t(plurals.select(count) === "one" ? `${key}.one` : `${key}.other`, { count });
+    return t(plurals().select(count) === "one" ? `${key}.one` : `${key}.other`, { count });
 }
 
-export const number = (value: number) => numbers.format(value);
-export const time = (value: string) => (Number.isNaN(Date.parse(value)) ? value : times.format(new Date(value)));
+export const number = (value: number) => numbers().format(value);
+export const time = (value: string) => (Number.isNaN(Date.parse(value)) ? value : times().format(new Date(value)));
 
 /** A name of a column or parameter, for people. */
 export const words = (name: string) => {
     const text = name.toLowerCase().replaceAll("_", " ");
     return text.charAt(0).toUpperCase() + text.slice(1);
 };
+
+const nameOr = (key: string, otherwise: string) => (catalogue as Partial<Record<string, string>>)[key] ?? otherwise;
+/** What the noun of a command is called; one that the page does not know by its word. */
+export const nounName = (noun: string) => nameOr(`noun.${noun}`, words(noun));
+/** The same of what stands behind the noun. */
+export const verbName = (path: string[]) => nameOr(`verb.${path.slice(1).join(" ")}`, words(path.slice(1).join(" ")));
 
 export function setLanguage(wanted: string): void {
     localStorage.setItem("language", wanted);
