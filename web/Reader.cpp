@@ -31,7 +31,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kOld{30};
 constexpr std::chrono::seconds kLookedAtLately{60};
 /// Of a large directory the picture lasts longer, so that reading takes a small part of the time.
-constexpr int kPause = 10;
+constexpr int kPartsOfTime = 10;
 constexpr Range kOffsets{0, std::numeric_limits<int>::max()};
 constexpr Range kLimits{1, 500};
 constexpr std::int64_t kUsualLimit = 200;
@@ -245,7 +245,7 @@ People& Reader::Fresh()
 {
     m_asked = Clock::now();
     const bool isOld =
-        m_people && m_asked - m_read > std::max<Clock::duration>(kLookedAtLately, kPause * m_readingTime);
+        m_people && m_asked - m_read > std::max<Clock::duration>(kLookedAtLately, kPartsOfTime * m_readingTime);
     if (!m_people || m_seen != m_changes || (isOld && MayHaveChanged())) {
         Load();
     } else if (isOld) {
@@ -257,7 +257,7 @@ People& Reader::Fresh()
 void Reader::Refresh() noexcept
 {
     const Clock::time_point now = Clock::now();
-    const bool isOld = now - m_read >= std::max<Clock::duration>(kOld, kPause * m_readingTime);
+    const bool isOld = now - m_read >= std::max<Clock::duration>(kOld, kPartsOfTime * m_readingTime);
     if (!m_people || now - m_asked > kLookedAtLately || (!isOld && m_seen == m_changes)) {
         return;
     }
