@@ -79,6 +79,14 @@ bool EqualIgnoringCase(std::string_view a, std::string_view b)
     return std::ranges::equal(a, b, {}, lower, lower);
 }
 
+// Apart from the check, which is made for every value.
+[[noreturn]] void RefuseColumn(long column, long columns)
+{
+    CString text;
+    text.Format("column %ld is out of range: the result has %ld", column, columns);
+    throw CAException(text);
+}
+
 template <class Number, class Target>
 bool Assign(const Field& field, Target& out)
 {
@@ -145,9 +153,7 @@ int CARecordset::IsEOF() const { return m_hasRow ? 0 : 1; }
 void CARecordset::CheckColumn(long column) const
 {
     if (column < 1 || column > m_columns) {
-        CString text;
-        text.Format("column %ld is out of range: the result has %ld", column, m_columns);
-        throw CAException(text);
+        RefuseColumn(column, m_columns);
     }
 }
 

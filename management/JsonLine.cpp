@@ -145,8 +145,12 @@ std::string HeadOf(const JsonMember& member, bool goesOn)
 
 void AppendJsonText(std::string& json, const std::string& text)
 {
-    const auto isPlain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
-    if (std::ranges::all_of(text, isPlain)) {
+    unsigned special = 0; // all bytes are looked at, which the compiler does for many at a time
+    for (const char c : text) {
+        special |= static_cast<unsigned>(c < ' ') | static_cast<unsigned>(c > '~') | static_cast<unsigned>(c == '"') |
+                   static_cast<unsigned>(c == '\\');
+    }
+    if (special == 0) {
         json += '"';
         json += text;
         json += '"';

@@ -95,6 +95,9 @@ struct Dialect {
     /// Gives in column 1 whether the account may add and change users, 1 or 0, without writing. Empty: the engine has
     /// no accounts, or does not tell.
     std::string mayWrite = {};
+    /// Lets the engine look rows up by indexes until the transaction ends, whatever it estimates. Empty: it does so
+    /// anyway.
+    std::string preferIndexes = {};
     CopyRules copying = {};
 };
 

@@ -327,6 +327,14 @@ void ExecuteWithIds(CAConnect& conn, const std::string& table, const std::string
     run(rules.endIds);
 }
 
+void PreferIndexes(CAConnect& conn)
+{
+    const std::string& statement = DialectOf(conn).preferIndexes;
+    if (!statement.empty()) {
+        conn.Execute(statement.c_str());
+    }
+}
+
 void RefreshIndexes(CAConnect& conn)
 {
     const Dialect& dialect = DialectOf(conn);

@@ -85,6 +85,11 @@ QV_API const std::vector<TableColumns>& Tables();
 /// @param table  its name. @throws CAException.
 QV_API void ExecuteWithIds(CAConnect& conn, const std::string& table, const std::string& sql);
 
+/// Has the engine look rows up by indexes for the rest of the open transaction, also in tables of which it knows too
+/// little to see that this is the shorter way, as in new ones. For transactions that ask for some hundred rows at a
+/// time by their keys. Does nothing on engines that do so anyway. @throws CAException.
+QV_API void PreferIndexes(CAConnect& conn);
+
 /// Brings indexes up to date whose order depends on rules that may change with the system's libraries (upper()).
 /// Called when a directory is opened; does nothing when they are up to date. @throws CAException.
 QV_API void RefreshIndexes(CAConnect& conn);

@@ -74,24 +74,48 @@ const std::vector<std::string>& ColumnsOf(const AuditedTable& table)
 
 std::string ColumnList(const AuditedTable& table) { return fmt::format("{}", fmt::join(ColumnsOf(table), ", ")); }
 
-AuditedRow ReadRow(CARecordset& rows, const AuditedTable& table, long first)
+AuditedRow NullRow(const AuditedTable& table)
 {
     const std::vector<std::string>& columns = ColumnsOf(table);
     AuditedRow row;
     row.reserve(columns.size());
-    long column = first;
     for (const std::string& name : columns) {
-        row.emplace_back(name, OptionalTextIn(rows, column++));
+        row.emplace_back(name, std::nullopt);
     }
     return row;
+}
+
+void ReadInto(AuditedRow& row, CARecordset& rows, long first)
+{
+    long column = first;
+    CString text;
+    for (auto& [name, value] : row) {
+        if (rows.GetValue(column++, text, true)) {
+            value ? value->assign(text.View()) : value.emplace(text.View());
+        } else {
+            value.reset();
+        }
+    }
+}
+
+AuditedRow ReadRow(CARecordset& rows, const AuditedTable& table, long first)
+{
+    AuditedRow row = NullRow(table);
+    ReadInto(row, rows, first);
+    return row;
+}
+
+void OpenRows(CARecordset& rows, CAConnect& conn, const AuditedTable& table, const std::string& condition)
+{
+    rows.Open(fmt::format("SELECT {} FROM {} {}", ColumnList(table), table.name, condition).c_str(), &conn,
+              adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
 }
 
 std::vector<AuditedRow> ReadRows(CAConnect& conn, const AuditedTable& table, const std::string& condition)
 {
     std::vector<AuditedRow> all;
     CARecordset rows;
-    rows.Open(fmt::format("SELECT {} FROM {} {}", ColumnList(table), table.name, condition).c_str(), &conn,
-              adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+    OpenRows(rows, conn, table, condition);
     for (; rows.IsEOF() == 0; rows.MoveNext()) {
         all.push_back(ReadRow(rows, table));
     }
@@ -125,8 +149,8 @@ std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& ro
     }
     for (const ItemColumns& columns : {kHolderColumns, kMemberColumns, kPlanItemColumns}) {
         const auto type = ValueIn(row, columns.type);
-        const auto id = ValueIn(row, columns.id);
-        if (type && id) {
+        const auto id = type ? ValueIn(row, columns.id) : std::nullopt;
+        if (id) {
             items.push_back(*type + ":" + *id);
         }
     }
@@ -139,7 +163,9 @@ namespace {
 template <class Shown>
 std::string PackedBy(const AuditedRow& row, Shown shown)
 {
+    constexpr std::size_t usualCell = 30;
     std::string text = "{";
+    text.reserve(row.size() * usualCell);
     for (const auto& [column, value] : row) {
         if (value && value->empty()) {
             continue;

@@ -42,9 +42,16 @@ std::string ColumnList(const AuditedTable& table);
 /// Columns with their values; nothing for NULL.
 using AuditedRow = std::vector<std::pair<std::string, std::optional<std::string>>>;
 
-/// Reads the columns of a table from a row that begins with them. @param first  the column of the first one.
-/// @throws CAException.
+/// A row of a table without any value, to be read into.
+AuditedRow NullRow(const AuditedTable& table);
+/// Reads the columns of a table from a row that begins with them. @param row  of this table, all of it.
+/// @param first  the column of the first one. @throws CAException.
+void ReadInto(AuditedRow& row, CARecordset& rows, long first = 1);
+/// The same as a new row.
 AuditedRow ReadRow(CARecordset& rows, const AuditedTable& table, long first = 1);
+/// Asks for the rows of a table that fulfil a condition, to be read by these. @param condition  see ReadRows.
+/// @throws CAException.
+void OpenRows(CARecordset& rows, CAConnect& conn, const AuditedTable& table, const std::string& condition);
 /// The rows of a table that fulfil a condition. @param condition  from WHERE on; empty: all. @throws CAException.
 std::vector<AuditedRow> ReadRows(CAConnect& conn, const AuditedTable& table, const std::string& condition);
 /// The value of a column; nothing where the row lacks it or it is NULL.

@@ -43,11 +43,7 @@ StoredRow Stored(const RowChange& change)
     const std::optional<AuditedRow>& content = change.after ? change.after : change.before;
     std::vector<std::string> all = change.items;
     if (change.count != 0 && content) {
-        AuditedRow whole = *content;
-        if (!change.key.empty() && !ValueIn(whole, "Col_ID")) {
-            whole.emplace_back("Col_ID", change.key);
-        }
-        all = ItemsOf(*change.table, whole);
+        all = ItemsOf(*change.table, *content);
     }
     row.item = all.empty() ? "" : all[0];
     row.otherItem = all.size() < 2 ? "" : all[1];
@@ -71,8 +67,11 @@ std::string DigestOf(const StoredEntry& entry, const std::vector<StoredRow>& row
         digest.Add(std::string_view(text));
     }
     for (const StoredRow& row : rows) {
-        for (const std::string& text : {row.table, row.key, std::to_string(row.count), row.item, row.otherItem}) {
-            digest.Add(std::string_view(text));
+        const std::string count = std::to_string(row.count);
+        for (const std::string_view text :
+             {std::string_view(row.table), std::string_view(row.key), std::string_view(count),
+              std::string_view(row.item), std::string_view(row.otherItem)}) {
+            digest.Add(text);
         }
         digest.Add(row.before);
         digest.Add(row.after);

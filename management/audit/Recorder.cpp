@@ -107,22 +107,13 @@ std::optional<RowChange> Compared(const AuditedTable& table, const std::string& 
     return change;
 }
 
-/// Takes the first of the rows that does not differ from this one in what is known of it. @return whether there was
-/// one.
-bool TakeKnown(std::deque<AuditedRow>& pending, const AuditedRow& row)
+/// Where a column is in the rows of a table; nothing where it has no such column.
+std::optional<std::size_t> PlaceOf(const AuditedTable& table, std::string_view column)
 {
-    const auto found = std::ranges::find_if(pending, [&row](const AuditedRow& known) {
-        return std::ranges::all_of(known, [&row](const auto& cell) {
-            const auto same = [&cell](const auto& other) { return SameIdentifier(other.first, cell.first); };
-            const auto value = std::ranges::find_if(row, same);
-            return value == row.end() || value->second == cell.second;
-        });
-    });
-    if (found == pending.end()) {
-        return false;
-    }
-    pending.erase(found);
-    return true;
+    const std::vector<std::string>& columns = ColumnsOf(table);
+    const auto found =
+        std::ranges::find_if(columns, [column](const std::string& name) { return SameIdentifier(name, column); });
+    return found == columns.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - columns.begin()));
 }
 
 } // namespace
@@ -138,7 +129,7 @@ Recorder::~Recorder() { m_conn.SetObserver(m_outer); }
 
 void Recorder::BeforeExecute(CAConnect& /*conn*/, const char* sql)
 {
-    m_statement = ParseWrite(sql, m_backslashEscapes);
+    m_statement = ParseWrite(sql, m_backslashEscapes, m_head);
     m_table = m_statement ? FindAuditedTable(m_statement->table) : nullptr;
     // What cannot be read and an engine accepts all the same is refused afterwards.
     if (m_table == nullptr || !m_statement->isWhole || m_table->keeping == Keeping::countOnly) {
@@ -189,10 +180,9 @@ bool Recorder::IsOfInserted(const AuditedTable& table, const WriteStatement& upd
     const auto ids = update.kind == WriteStatement::Kind::update ? IdsOf(update.condition) : std::nullopt;
     if (inserted == m_inserted.end() || !ids ||
         std::ranges::any_of(*ids, [&](std::int64_t id) { return id <= inserted->second.greatestId; }) ||
-        std::ranges::any_of(inserted->second.columns, [&update](const std::string& column) {
-            return std::ranges::any_of(update.assignments, [&column](const auto& assignment) {
-                return SameIdentifier(assignment.first, column);
-            });
+        std::ranges::any_of(update.assignments, [&](const auto& assignment) {
+            const std::optional<std::size_t> place = PlaceOf(table, assignment.first);
+            return place && *place < inserted->second.known.size() && inserted->second.known[*place];
         })) {
         return false;
     }
@@ -241,9 +231,12 @@ void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& sta
         NoteInsertedContent(table, statement);
         return;
     }
-    AuditedRow known;
-    known.reserve(statement.assignments.size() / 2);
-    for (const auto& [column, literal] : statement.assignments) {
+    Inserted& inserted = m_inserted[&table];
+    FindPlaces(inserted, table, statement);
+    KnownRow known;
+    known.reserve(statement.assignments.size());
+    for (std::size_t i = 0; i < statement.assignments.size(); ++i) {
+        const auto& [column, literal] = statement.assignments[i];
         // Engines bring dates and long texts into a form of their own.
         const bool isText = literal.starts_with('\'');
         if (isText && !SameIdentifier(column, table.nameColumn) && !SameIdentifier(column, "Col_ID")) {
@@ -254,17 +247,44 @@ void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& sta
             Touch(table, *value, std::nullopt);
             return;
         }
-        if (value) {
-            known.emplace_back(column, std::move(value));
+        if (value && inserted.places[i]) {
+            known.emplace_back(*inserted.places[i], std::move(*value));
         }
     }
-    Inserted& inserted = m_inserted[&table];
-    for (const auto& [column, value] : known) {
-        if (!inserted.columns.contains(column)) {
-            inserted.columns.insert(column);
-        }
+    for (const auto& [place, value] : known) {
+        inserted.known[place] = true;
     }
     inserted.rows.push_back(std::move(known));
+}
+
+// Inserts come in rows that name the same columns.
+void Recorder::FindPlaces(Inserted& inserted, const AuditedTable& table, const WriteStatement& insert)
+{
+    if (std::ranges::equal(inserted.given, insert.assignments, {}, {},
+                           &std::pair<std::string_view, std::string_view>::first)) {
+        return;
+    }
+    inserted.known.resize(ColumnsOf(table).size());
+    inserted.given.clear();
+    inserted.places.clear();
+    for (const auto& [column, literal] : insert.assignments) {
+        inserted.given.emplace_back(column);
+        inserted.places.push_back(PlaceOf(table, column));
+    }
+}
+
+/// Takes the first of the rows that does not differ from this one in what is known of it. @return whether there was
+/// one.
+bool Recorder::TakeKnown(std::deque<KnownRow>& pending, const AuditedRow& row)
+{
+    const auto found = std::ranges::find_if(pending, [&row](const KnownRow& known) {
+        return std::ranges::all_of(known, [&row](const auto& cell) { return row[cell.first].second == cell.second; });
+    });
+    if (found == pending.end()) {
+        return false;
+    }
+    pending.erase(found);
+    return true;
 }
 
 void Recorder::NoteInsertedContent(const AuditedTable& table, const WriteStatement& statement)
@@ -348,28 +368,32 @@ std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const Writ
     return rows;
 }
 
-void Recorder::TakeInserted(std::vector<RowChange>& changes)
+void Recorder::TakeInserted(std::vector<StoredRow>& stored)
 {
     for (auto& [table, inserted] : m_inserted) {
         if (!inserted.rows.empty() || !inserted.changed.empty()) {
-            TakeInserted(*table, std::move(inserted), changes);
+            TakeInserted(*table, std::move(inserted), stored);
         }
     }
     m_inserted.clear();
 }
 
-void Recorder::TakeInserted(const AuditedTable& table, Inserted inserted, std::vector<RowChange>& changes)
+void Recorder::TakeInserted(const AuditedTable& table, Inserted inserted, std::vector<StoredRow>& stored)
 {
-    std::deque<AuditedRow>& pending = inserted.rows;
+    std::deque<KnownRow>& pending = inserted.rows;
     std::vector<Key> unknown; // that were changed without being read before
     const std::string condition = fmt::format("WHERE Col_ID > {} ORDER BY Col_ID", inserted.greatestId);
-    for (AuditedRow& row : ReadRows(m_conn, table, condition)) {
-        const Key key{&table, ValueIn(row, "Col_ID").value_or("")};
-        if (TakeKnown(pending, row)) {
+    RowChange change{.table = &table, .after = NullRow(table)}; // one row for all, whose memory is used again
+    CARecordset rows;
+    for (OpenRows(rows, m_conn, table, condition); rows.IsEOF() == 0; rows.MoveNext()) {
+        ReadInto(*change.after, rows);
+        const Key key{&table, ValueIn(*change.after, "Col_ID").value_or("")};
+        if (TakeKnown(pending, *change.after)) {
             if (m_before.erase(key) != 0) {
                 std::erase(m_touched, key);
             }
-            changes.push_back({&table, key.second, 1, std::nullopt, std::move(row)});
+            change.key = key.second;
+            stored.push_back(Stored(change));
         } else if (inserted.changed.contains(key.second)) {
             unknown.push_back(key);
         }
@@ -391,7 +415,7 @@ void Recorder::TakeInserted(const AuditedTable& table, Inserted inserted, std::v
 
 // ---- Writing --------------------------------------------------------------------------------------------------------
 
-void Recorder::TakeRowChanges(std::vector<RowChange>& changes)
+void Recorder::TakeRowChanges(std::vector<StoredRow>& stored)
 {
     for (auto begin = m_touched.begin(); begin != m_touched.end();) {
         const AuditedTable* table = begin->first;
@@ -405,18 +429,18 @@ void Recorder::TakeRowChanges(std::vector<RowChange>& changes)
                 after = std::move(found->second);
             }
             if (auto change = Compared(*table, begin->second, std::move(m_before.at(*begin)), std::move(after))) {
-                changes.push_back(std::move(*change));
+                stored.push_back(Stored(*change));
             }
         }
     }
 }
 
-std::vector<RowChange> Recorder::TakeChanges()
+std::vector<StoredRow> Recorder::TakeChanges()
 {
-    std::vector<RowChange> changes;
-    TakeInserted(changes);
+    std::vector<StoredRow> stored;
+    TakeInserted(stored);
     std::ranges::stable_sort(m_touched, {}, &Key::first);
-    TakeRowChanges(changes);
+    TakeRowChanges(stored);
     for (const Key& key : m_contents) {
         const std::int64_t count = m_counts.at(key);
         if (count != 0) {
@@ -425,7 +449,7 @@ std::vector<RowChange> Recorder::TakeChanges()
             if (!row.empty()) {
                 (count < 0 ? change.before : change.after) = std::move(row);
             }
-            changes.push_back(std::move(change));
+            stored.push_back(Stored(change));
         }
     }
     m_touched.clear();
@@ -433,7 +457,34 @@ std::vector<RowChange> Recorder::TakeChanges()
     m_contents.clear();
     m_counts.clear();
     m_rows.clear();
-    return changes;
+    return stored;
+}
+
+void Recorder::AppendValues(std::string& sql, int entry, const StoredRow& row) const
+{
+    const auto append = [&](std::string_view text) {
+        sql += '\'';
+        sql += EscapeLiteral(m_conn, text).View();
+        sql += '\'';
+    };
+    sql += fmt::format("({}, ", entry);
+    append(row.table);
+    sql += ", ";
+    append(row.key);
+    sql += fmt::format(", {}", row.count);
+    for (const std::string* text : {&row.item, &row.otherItem}) {
+        sql += ", ";
+        append(*text);
+    }
+    for (const auto* text : {&row.before, &row.after}) {
+        sql += ", ";
+        if (*text) {
+            append(**text);
+        } else {
+            sql += "NULL";
+        }
+    }
+    sql += ')';
 }
 
 int Recorder::Write(const EntryData& data, bool isForced)
@@ -446,10 +497,7 @@ int Recorder::Write(const EntryData& data, bool isForced)
         ~Restore() { conn.SetObserver(observer); }
     } const restore{m_conn, self};
 
-    std::vector<StoredRow> rows;
-    for (const RowChange& change : TakeChanges()) {
-        rows.push_back(Stored(change));
-    }
+    const std::vector<StoredRow> rows = TakeChanges();
     if (rows.empty() && !isForced) {
         return 0;
     }
@@ -473,19 +521,16 @@ int Recorder::Write(const EntryData& data, bool isForced)
                        .c_str());
     const int id = schema::LastInsertedId(m_conn);
     const std::size_t most = dbaccess::EngineKindOf(m_conn) == dbaccess::EngineKind::access ? 1 : kRowsPerInsert;
-    std::string values;
+    constexpr std::string_view insert = "INSERT INTO qv_AuditRow (Col_EntryID, Col_Table, Col_Key, Col_Count, "
+                                        "Col_Item, Col_OtherItem, Col_Before, Col_After) VALUES ";
+    std::string sql;
     std::size_t count = 0;
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        const StoredRow& row = rows[i];
-        values += fmt::format("{}({}, {}, {}, {}, {}, {}, {}, {})", values.empty() ? "" : ", ", id, literal(row.table),
-                              literal(row.key), row.count, literal(row.item), literal(row.otherItem),
-                              LiteralOrNull(m_conn, row.before), LiteralOrNull(m_conn, row.after));
-        if (++count == most || values.size() > kBytesPerInsert || i + 1 == rows.size()) {
-            m_conn.Execute(("INSERT INTO qv_AuditRow (Col_EntryID, Col_Table, Col_Key, Col_Count, Col_Item, "
-                            "Col_OtherItem, Col_Before, Col_After) VALUES " +
-                            values)
-                               .c_str());
-            values.clear();
+        sql += count == 0 ? insert : ", ";
+        AppendValues(sql, id, rows[i]);
+        if (++count == most || sql.size() > kBytesPerInsert || i + 1 == rows.size()) {
+            m_conn.Execute(sql.c_str());
+            sql.clear();
             count = 0;
         }
     }

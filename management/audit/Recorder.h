@@ -19,6 +19,8 @@ class CAConnect;
 
 namespace management::audit {
 
+struct StoredRow;
+
 /// What is known of a change beside its rows.
 struct EntryData {
     std::string who;
@@ -59,13 +61,17 @@ public:
 
 private:
     using Key = std::pair<const AuditedTable*, std::string>;
+    /// What is known of a row: values by the places of their columns in it.
+    using KnownRow = std::vector<std::pair<std::size_t, std::string>>;
 
     /// The rows of a table that were added; their ids are found at the end.
     struct Inserted {
-        std::int64_t greatestId = 0;                ///< before the first one
-        std::deque<AuditedRow> rows;                ///< what is known of them
-        std::set<std::string, std::less<>> columns; ///< by which they are known
-        std::set<std::string> changed;              ///< ids of those that were changed since
+        std::int64_t greatestId = 0;                    ///< before the first one
+        std::deque<KnownRow> rows;                      ///< what is known of them
+        std::vector<bool> known;                        ///< which columns they are known by
+        std::vector<std::string> given;                 ///< the columns that the latest insert names
+        std::vector<std::optional<std::size_t>> places; ///< of those
+        std::set<std::string> changed;                  ///< ids of those that were changed since
     };
 
     void NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement);
@@ -75,18 +81,22 @@ private:
     void NoteInserted(const AuditedTable& table, const WriteStatement& statement);
     void NoteInsertedContent(const AuditedTable& table, const WriteStatement& statement);
     void NoteGreatestId(const AuditedTable& table);
-    void TakeInserted(std::vector<RowChange>& changes);
-    void TakeInserted(const AuditedTable& table, Inserted inserted, std::vector<RowChange>& changes);
+    void TakeInserted(std::vector<StoredRow>& stored);
+    void TakeInserted(const AuditedTable& table, Inserted inserted, std::vector<StoredRow>& stored);
+    static void FindPlaces(Inserted& inserted, const AuditedTable& table, const WriteStatement& insert);
+    static bool TakeKnown(std::deque<KnownRow>& pending, const AuditedRow& row);
     bool IsOfInserted(const AuditedTable& table, const WriteStatement& update);
     void Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before);
     void AddContent(const AuditedTable& table, const AuditedRow& row, std::int64_t count);
     std::vector<AuditedRow> RowsLike(const AuditedTable& table, const WriteStatement& insert);
-    std::vector<RowChange> TakeChanges();
-    void TakeRowChanges(std::vector<RowChange>& changes);
+    std::vector<StoredRow> TakeChanges();
+    void TakeRowChanges(std::vector<StoredRow>& stored);
+    void AppendValues(std::string& sql, int entry, const StoredRow& row) const;
 
     CAConnect& m_conn;
     dbaccess::StatementObserver* m_outer;
     bool m_backslashEscapes;
+    InsertHead m_head;                         ///< of the latest insert
     std::optional<WriteStatement> m_statement; ///< that runs
     const AuditedTable* m_table = nullptr;     ///< which it writes; null where it is not recorded
     std::optional<AuditedRow> m_added;         ///< by an insert that runs, where it says all of the row

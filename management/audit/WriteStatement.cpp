@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <iterator>
+#include <span>
 
 namespace management::audit {
 
@@ -96,6 +98,7 @@ public:
         return Trimmed(Cut(std::min(at, m_rest.size())));
     }
     std::string_view TakeRest() { return Trimmed(Cut(m_rest.size())); }
+    [[nodiscard]] std::size_t Left() const { return m_rest.size(); }
 
 private:
     void SkipBlanks()
@@ -145,7 +148,21 @@ std::vector<std::string_view> TakeList(Scanner& scanner, bool& isWhole)
     return list;
 }
 
-WriteStatement ReadInsert(Scanner& scanner)
+/// @param columns  of the values that come next.
+WriteStatement ReadValues(Scanner& scanner, std::string_view table, std::span<const std::string_view> columns)
+{
+    WriteStatement statement{WriteStatement::Kind::insert, table};
+    const std::vector<std::string_view> values = TakeList(scanner, statement.isWhole);
+    statement.isWhole = statement.isWhole && values.size() == columns.size() && scanner.TakeRest().empty();
+    statement.assignments.reserve(columns.size());
+    for (std::size_t i = 0; statement.isWhole && i < columns.size(); ++i) {
+        statement.assignments.emplace_back(columns[i], values[i]);
+    }
+    return statement;
+}
+
+/// @param sql  what the scanner goes through, past its first words.
+WriteStatement ReadInsert(Scanner& scanner, std::string_view sql, InsertHead& head)
 {
     WriteStatement statement{WriteStatement::Kind::insert, scanner.TakeName()};
     const std::vector<std::string_view> columns = TakeList(scanner, statement.isWhole);
@@ -157,13 +174,17 @@ WriteStatement ReadInsert(Scanner& scanner)
         return statement;
     }
     statement.isWhole = statement.isWhole && scanner.Take("values");
-    const std::vector<std::string_view> values = TakeList(scanner, statement.isWhole);
-    statement.isWhole = statement.isWhole && values.size() == columns.size() && scanner.TakeRest().empty();
-    statement.assignments.reserve(columns.size());
-    for (std::size_t i = 0; statement.isWhole && i < columns.size(); ++i) {
-        statement.assignments.emplace_back(columns[i], values[i]);
+    if (!statement.isWhole) {
+        return statement;
     }
-    return statement;
+    head.text = sql.substr(0, sql.size() - scanner.Left());
+    const auto inHead = [&](std::string_view part) {
+        return std::string_view(head.text).substr(static_cast<std::size_t>(part.data() - sql.data()), part.size());
+    };
+    head.table = inHead(statement.table);
+    head.columns.clear();
+    std::ranges::transform(columns, std::back_inserter(head.columns), inHead);
+    return ReadValues(scanner, head.table, head.columns);
 }
 
 WriteStatement ReadUpdate(Scanner& scanner)
@@ -181,11 +202,15 @@ WriteStatement ReadUpdate(Scanner& scanner)
 
 } // namespace
 
-std::optional<WriteStatement> ParseWrite(std::string_view sql, bool backslashEscapes)
+std::optional<WriteStatement> ParseWrite(std::string_view sql, bool backslashEscapes, InsertHead& head)
 {
+    if (!head.text.empty() && sql.starts_with(head.text)) {
+        Scanner values(sql.substr(head.text.size()), backslashEscapes);
+        return ReadValues(values, head.table, head.columns);
+    }
     Scanner scanner(sql, backslashEscapes);
     if (scanner.Take("insert") && scanner.Take("into")) {
-        return ReadInsert(scanner);
+        return ReadInsert(scanner, sql, head);
     }
     if (scanner.Take("update")) {
         return ReadUpdate(scanner);

@@ -9,7 +9,15 @@
 
 namespace management::audit {
 
-/// A statement that writes rows of one table, taken apart. Its parts lie in the statement's text.
+/// What an insert of values begins with, up to its VALUES. Inserts come in rows with one head, which is then read once.
+struct InsertHead {
+    std::string text = {}; ///< empty until one was read
+    std::string_view table = {};
+    std::vector<std::string_view> columns = {}; ///< like the table's name, in `text`
+};
+
+/// A statement that writes rows of one table, taken apart. Its parts lie in the statement's text, the names of an
+/// insert's in its head.
 struct WriteStatement {
     enum class Kind : std::uint8_t { insert, update, remove };
 
@@ -23,10 +31,11 @@ struct WriteStatement {
 };
 
 /// Takes apart `INSERT INTO t (c, ...) VALUES (v, ...)`, the same with a SELECT in place of VALUES, `UPDATE t SET c =
-/// v, ... [WHERE ...]` and `DELETE FROM t [WHERE
-/// ...]`. @param backslashEscapes  whether the engine takes "\'" for a quote within a literal.
+/// v, ... [WHERE ...]` and `DELETE FROM t [WHERE ...]`.
+/// @param backslashEscapes  whether the engine takes "\'" for a quote within a literal.
+/// @param head  of an insert before; stays where it is as long as what is returned, and until the next call.
 /// @return nothing for any other statement.
-std::optional<WriteStatement> ParseWrite(std::string_view sql, bool backslashEscapes);
+std::optional<WriteStatement> ParseWrite(std::string_view sql, bool backslashEscapes, InsertHead& head);
 
 /// The ids that a condition names, as in `WHERE Col_ID = 5` and `WHERE Col_ID IN (5, 6)`; nothing for any other one.
 std::optional<std::vector<std::int64_t>> IdsOf(std::string_view condition);

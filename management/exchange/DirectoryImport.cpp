@@ -12,6 +12,7 @@
 #include "management/exchange/MatchedLine.h"
 #include "management/exchange/Nouns.h"
 #include "management/import/UserBlock.h"
+#include "schema/Schema.h"
 
 #include <fmt/format.h>
 
@@ -157,6 +158,7 @@ private:
         } else {
             m_change.emplace(m_call);
         }
+        WithDatabaseErrors(m_conn, [this] { schema::PreferIndexes(m_conn); });
     }
 
     void End()

@@ -14,6 +14,7 @@
 #include "management/users/UserDepartment.h"
 #include "management/users/UserRows.h"
 #include "management/users/Users.h"
+#include "schema/Schema.h"
 
 #include <fmt/format.h>
 
@@ -321,6 +322,8 @@ private:
 
     void Begun()
     {
+        CAConnect& conn = m_directory.Connection();
+        WithDatabaseErrors(conn, [&conn] { schema::PreferIndexes(conn); });
         if (m_departments) {
             m_departments->Begin();
         }

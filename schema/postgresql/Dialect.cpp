@@ -60,6 +60,9 @@ const Dialect& TheDialect()
                        "WHERE table_schema = current_schema() AND table_name = lower('{table}')",
         .mayWrite = "SELECT CASE WHEN has_table_privilege('qv_user', 'INSERT') AND has_table_privilege('qv_user', "
                     "'UPDATE') AND current_setting('transaction_read_only') = 'off' THEN 1 ELSE 0 END",
+        // Whoever asks for some hundred rows of a table without statistics has all of it read. The cost of what is
+        // turned off would have the server compile those statements that have no index.
+        .preferIndexes = "SELECT set_config('enable_seqscan', 'off', true), set_config('jit', 'off', true)",
         .copying =
             {.beginReading = {"BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"},
              .identity = "SELECT concat_ws(' ', extract(epoch FROM pg_postmaster_start_time()), oid, "

@@ -300,6 +300,45 @@ TEST_F(StatusTest, ADatabaseThatNoDirectoryCanBeKeptInIsToldBeforeAnyIsMade)
     admin.Execute(("DROP DATABASE " + name).c_str());
 }
 
+// Until PostgreSQL has statistics of a new table, it takes any list of names for most of the table.
+TEST_F(StatusTest, AnImportIntoANewDirectoryDoesNotReadTheTableForEachBlock)
+{
+    constexpr int kRows = 1500;
+    const std::string url = servers::NewDatabase("postgresql");
+    m_options.environment["QVADMIN_DB"] = url;
+    Init();
+    CAConnect conn;
+    conn.Open(url.c_str());
+    conn.Execute("ALTER TABLE qv_User SET (autovacuum_enabled = off)");
+    const auto number = [&conn](const char* query) {
+        CARecordset rs;
+        __int64 value = -1;
+        rs.Open(query, &conn, adbcCursorStatic, adbcLockOptimistic, adbcCommandTable);
+        rs.GetValue(1, value);
+        return value;
+    };
+    // A session counts what it has done until it ends.
+    const auto rowsReadThrough = [&number] {
+        while (number("SELECT COUNT(*) FROM pg_stat_activity WHERE datname = current_database() AND "
+                      "backend_type = 'client backend' AND pid <> pg_backend_pid()") != 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        return number("SELECT seq_tup_read FROM pg_stat_user_tables WHERE relname = 'qv_user'");
+    };
+    std::string rows = "login,name\n";
+    for (int i = 0; i < kRows; ++i) {
+        rows += "user" + std::to_string(i) + ",Name\n";
+    }
+    WriteFile("many.csv", rows);
+    EXPECT_EQ(Run({"user", "import", "many.csv"}).exit, 0);
+    EXPECT_EQ(rowsReadThrough(), 0);
+    WriteFile("directory.jsonl", Run({"export"}).out);
+    conn.Execute("TRUNCATE qv_User");
+    const __int64 before = rowsReadThrough();
+    EXPECT_EQ(Run({"import", "directory.jsonl"}).exit, 0);
+    EXPECT_EQ(rowsReadThrough(), before);
+}
+
 /// A connection is cut by somebody else in the middle of an import.
 class CutConnectionTest : public ServersTest {
 protected:

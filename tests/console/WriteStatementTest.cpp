@@ -8,7 +8,7 @@
 #include <utility>
 
 using management::audit::IdsOf;
-using management::audit::ParseWrite;
+using management::audit::InsertHead;
 using management::audit::ValueOfLiteral;
 using management::audit::WriteStatement;
 using testing::ElementsAre;
@@ -16,6 +16,17 @@ using testing::Optional;
 using testing::Pair;
 
 // Statements that write, taken apart.
+
+namespace {
+
+std::optional<WriteStatement> ParseWrite(std::string_view sql, bool backslashEscapes)
+{
+    static InsertHead head; // in which the names of what is returned lie
+    head = {};
+    return management::audit::ParseWrite(sql, backslashEscapes, head);
+}
+
+} // namespace
 
 TEST(WriteStatement, AnInsertHasItsColumnsAndValues)
 {
@@ -29,6 +40,23 @@ TEST(WriteStatement, AnInsertHasItsColumnsAndValues)
     EXPECT_THAT(read->assignments, ElementsAre(Pair("Col_LoginName", "'o''brien, (x'"), Pair("Col_Name", "'WHERE'"),
                                                Pair("Col_Sex", "-1")));
     EXPECT_EQ(read->condition, "");
+}
+
+TEST(WriteStatement, InsertsWithTheHeadOfTheOneBeforeAreReadLikeIt)
+{
+    InsertHead head;
+    const auto parse = [&head](std::string_view sql) { return management::audit::ParseWrite(sql, false, head); };
+    parse("INSERT INTO t (a, b) VALUES (1, 'x')");
+    EXPECT_EQ(head.text, "INSERT INTO t (a, b) VALUES");
+    const auto next = parse("INSERT INTO t (a, b) VALUES ('), (', 2)");
+    EXPECT_EQ(next->table, "t");
+    EXPECT_TRUE(next->isWhole);
+    EXPECT_THAT(next->assignments, ElementsAre(Pair("a", "'), ('"), Pair("b", "2")));
+    EXPECT_FALSE(parse("INSERT INTO t (a, b) VALUES (1)")->isWhole);
+    EXPECT_FALSE(parse("INSERT INTO t (a, b) VALUESX (1, 2)")->isWhole);
+    EXPECT_THAT(parse("INSERT INTO u (c) VALUES (3)")->assignments, ElementsAre(Pair("c", "3")));
+    EXPECT_EQ(head.text, "INSERT INTO u (c) VALUES");
+    EXPECT_EQ(parse("UPDATE t SET a = 1")->kind, WriteStatement::Kind::update);
 }
 
 TEST(WriteStatement, AnInsertMayTakeItsRowsFromAQuery)

@@ -160,12 +160,25 @@ Token WordToken(std::string_view word)
     }
 }
 
+/// The next byte of a text literal that may end it or be an escape.
+std::size_t FindSign(std::string_view sql, ShapeSyntax syntax, std::size_t at)
+{
+    if (!syntax.backslashEscapes) {
+        return sql.find('\'', at);
+    }
+    // find_first_of() calls a function for each byte.
+    while (at < sql.size() && sql[at] != '\'' && sql[at] != '\\') {
+        ++at;
+    }
+    return at < sql.size() ? at : std::string_view::npos;
+}
+
 /// Reads a text literal from its quote on. @return its end; npos for one that must be left alone.
 std::size_t EndOfText(std::string_view sql, ShapeSyntax syntax, CutLiteral& literal)
 {
     literal.hasEscapes = false;
     for (std::size_t at = literal.begin + 1;; at += 2) {
-        at = syntax.backslashEscapes ? sql.find_first_of("'\\", at) : sql.find('\'', at);
+        at = FindSign(sql, syntax, at);
         if (at == std::string_view::npos) {
             return at;
         }
