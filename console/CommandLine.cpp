@@ -97,7 +97,7 @@ std::vector<std::string> CommandLine::ValuesOf(std::string_view name) const
 
 void DeclareParams(CLI::App& app, const Command& command, CommandLine& given)
 {
-    const std::vector<ParamInfo> params = command.params();
+    const std::vector<ParamInfo> params = command.way.params();
     bool isAfterList = false;
     for (const ParamInfo& param : params) {
         DeclareParam(app, param, isAfterList && param.isPositional, given);

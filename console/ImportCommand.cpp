@@ -582,25 +582,23 @@ Exit ImportWhole(const LocalCall& call)
 constexpr LocalCommand kCommands[] = {
     {{.path = {"user", "import"},
       .summary = "add the users of a file, row by row",
-      .examples = "  qvadmin user import people.csv --dry-run\n"
-                  "  qvadmin user import people.csv\n"
-                  "  qvadmin user import people.csv --update --result outcomes.csv\n"
-                  "  qvadmin user import people.csv --departments Company --make-view --dry-run\n"
-                  "  qvadmin user import people.csv --delimiter ';' --map 'E-Mail=email' --failed again.csv\n"
-                  "  qvadmin user import people.csv --sync --scope /Company --leavers lock --max-leavers 5%",
+      .examples = {"qvadmin user import people.csv --dry-run", "qvadmin user import people.csv",
+                   "qvadmin user import people.csv --update --result outcomes.csv",
+                   "qvadmin user import people.csv --departments Company --make-view --dry-run",
+                   "qvadmin user import people.csv --delimiter ';' --map 'E-Mail=email' --failed again.csv",
+                   "qvadmin user import people.csv --sync --scope /Company --leavers lock --max-leavers 5%"},
       .notes = &Notes,
       .effect = Effect::create,
       .duration = Duration::longRunning,
-      .params = &InfosOf<kImportParams>},
+      .way = {&InfosOf<kImportParams>}},
      &ImportFile},
     {{.path = {"import"},
       .summary = "bring what `qvadmin export` or another directory has written into this one",
-      .examples = "  qvadmin import directory.jsonl --dry-run\n"
-                  "  qvadmin import directory.jsonl --update\n"
-                  "  qvadmin import people.ldif --view Company --groups-as groups",
+      .examples = {"qvadmin import directory.jsonl --dry-run", "qvadmin import directory.jsonl --update",
+                   "qvadmin import people.ldif --view Company --groups-as groups"},
       .effect = Effect::change,
       .duration = Duration::longRunning,
-      .params = &InfosOf<kDirectoryParams>},
+      .way = {&InfosOf<kDirectoryParams>}},
      &ImportWhole},
 };
 

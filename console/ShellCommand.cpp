@@ -178,8 +178,7 @@ Sentence Notes()
 constexpr LocalCommand kCommands[] = {
     {{.path = {"shell"},
       .summary = "run commands as they are typed, over one connection",
-      .examples = "  qvadmin shell\n"
-                  "  qvadmin -p test shell",
+      .examples = {"qvadmin shell", "qvadmin -p test shell"},
       .notes = &Notes,
       .effect = Effect::change},
      &Run},

@@ -282,16 +282,11 @@ private:
             std::string text;
             int users = 0;
         };
-        std::vector<Department> departments;
-        EachRow(m_conn,
-                "SELECT Col_DeptID, Col_DeptInfo, COUNT(*) FROM qv_User WHERE Col_DeptID <> 0 GROUP BY Col_DeptID, "
-                "Col_DeptInfo",
-                [&departments](CARecordset& row) {
-                    Department& department = departments.emplace_back();
-                    row.GetValue(1, department.id);
-                    department.text = TextIn(row, 2);
-                    row.GetValue(3, department.users);
-                });
+        const std::vector<Department> departments = ReadRecords(
+            m_conn,
+            "SELECT Col_DeptID, Col_DeptInfo, COUNT(*) FROM qv_User WHERE Col_DeptID <> 0 GROUP BY Col_DeptID, "
+            "Col_DeptInfo",
+            &Department::id, &Department::text, &Department::users);
         for (const Department& department : departments) {
             const ItemKey group{kItemTypeGroup, department.id};
             const std::string path = m_organisation.Find(group) == nullptr ? "" : m_organisation.PathOf(group);

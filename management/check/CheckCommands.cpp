@@ -76,14 +76,12 @@ Result Mend(Call& call, const CheckInput& /*in*/, const Repair& repair)
 constexpr Command kCommands[] = {
     {.path = {"db", "check"},
      .summary = "what does not hold together: orphans, cycles, doubled and alike names, stale departments, passwords",
-     .examples = "  qvadmin db check\n"
-                 "  qvadmin db check --fix --dry-run",
+     .examples = {"qvadmin db check", "qvadmin db check --fix --dry-run"},
      .effect = Effect::change,
      .asks = true,
      .duration = Duration::longRunning,
-     .params = &InfosOf<kCheckParams>,
      .columns = kCheckColumns,
-     .run = &ReadOr<&IsQuestion, &Show, &WritePlanned<&PlanRepair, &Mend, kCheckParams>, kCheckParams>},
+     .way = ReadOr<&IsQuestion, &Show, &RunPlanned<&PlanRepair, &Mend, CheckInput>, kCheckParams>()},
 };
 
 } // namespace

@@ -237,9 +237,7 @@ std::map<int, Holders> ReadHolders(CAConnect& conn, const std::string& condition
     EachRow(conn, "SELECT Col_ID, Col_DeptID, Col_DeptInfo FROM qv_User WHERE " + condition, [&](CARecordset& row) {
         int user = 0;
         Department old;
-        row.GetValue(1, user);
-        row.GetValue(2, old.id);
-        old.text = TextIn(row, 3);
+        ReadColumns(row, user, old.id, old.text);
         Holders& sameId = holders[old.id];
         ++sameId.count;
         if (const std::optional<Department> changed = next(old)) {
