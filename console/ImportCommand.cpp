@@ -303,7 +303,7 @@ public:
     void Take(const CsvRecord& record)
     {
         std::ostringstream line;
-        if (record.problem.empty()) {
+        if (record.problem.IsEmpty()) {
             WriteCsvRow(record.fields, line, m_delimiter);
         } else {
             line << record.text << '\n';
@@ -358,7 +358,7 @@ public:
         ImportReport report;
         try {
             import(*m_work, report);
-            if (report.cutShort.empty()) {
+            if (report.cutShort.IsEmpty()) {
                 m_frontEnd.FinishResult();
             }
         } catch (const Error& e) {
@@ -372,7 +372,7 @@ public:
             m_frontEnd.HideProgress();
             summarise(report, m_frontEnd.ResultName(), !m_dryRun || MayWrite());
         }
-        if (!report.cutShort.empty()) {
+        if (!report.cutShort.IsEmpty()) {
             throw Error(ErrorCode::failed, FillPattern("{}; {}", report.cutShort, m_frontEnd.Standing(report)));
         }
         return report.CountOf(RowFate::failed) == 0 ? Exit::done : m_dryRun ? Exit::findings : Exit::rowsFailed;
@@ -455,7 +455,7 @@ Exit ImportFile(const LocalCall& call)
         }
         const ImportOptions options = OptionsOf(in, columns, failed);
         ImportUsers(work, {source.Stream(), source.Name(), rows, delimiter}, options, report);
-        if (sync && report.cutShort.empty()) {
+        if (sync && report.cutShort.IsEmpty()) {
             sync->Apply(work);
         }
     };

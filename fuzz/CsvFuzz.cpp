@@ -20,8 +20,8 @@ void CheckAsFile(std::string_view text)
     long line = 0;
     while (const std::optional<CsvRecord> record = reader.Next()) {
         fuzz::Require(record->line > line, "records come in the order of their lines");
-        fuzz::Require(record->problem.empty() || record->fields.empty() ||
-                          record->problem.find("row") != std::string::npos,
+        fuzz::Require(record->problem.IsEmpty() || record->fields.empty() ||
+                          record->problem.English().find("row") != std::string::npos,
                       "a record has a problem or values");
         line = record->line;
     }

@@ -28,8 +28,8 @@ Result Show(Call& call, const CheckInput& /*in*/)
     Result result;
     for (const Problem& problem : FindProblems(call.Connection())) {
         result.hasFindings = true;
-        if (!call.Row(std::string(problem.name), problem.count, problem.sentence, problem.example, problem.repair,
-                      !problem.statements.empty())) {
+        if (!call.Row(std::string(problem.name), problem.count, SentenceValue(problem.sentence),
+                      SentenceValue(problem.example), SentenceValue(problem.repair), !problem.statements.empty())) {
             break;
         }
     }
