@@ -42,7 +42,7 @@ void CheckAsValue(std::string_view text)
     const std::optional<CsvRecord> after = reader.Next();
     fuzz::Require(before && after && !reader.Next(), "there are two records");
     const bool canBeRead = platform::IsValidUtf8(text) && text.find('\0') == std::string_view::npos;
-    fuzz::Require(before->problem.empty() == canBeRead && after->problem.empty() == canBeRead,
+    fuzz::Require(before->problem.IsEmpty() == canBeRead && after->problem.IsEmpty() == canBeRead,
                   "what is no text is a problem, and nothing else is");
     fuzz::Require(before->fields.size() == 2 && before->fields[1] == text, "the last value is the text");
     fuzz::Require(after->fields.size() == 2 && after->fields[0] == text, "the first value is the text");
