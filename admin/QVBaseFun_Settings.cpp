@@ -29,6 +29,15 @@ auto NumberColumn(Number& out)
     return [&out](CARecordset& row) { out = NumberIn(row.GetValueToStr(1, true)); };
 }
 
+bool ReadThreadCount(CAConnect& conn, const char* name, unsigned int& count,
+                     SourceLocation at = SourceLocation::current())
+{
+    count = 0;
+    const CString sql =
+        FormatSql("SELECT Col_Data FROM Tab_Config WHERE Col_Name = '%s' AND Col_GENRE = '%s'", name, kServerGenre);
+    return frame::ReadFirst(conn, sql, NumberColumn(count), frame::OnError::keep_and_notify, at);
+}
+
 template <class Number>
 CString NumberText(Number number)
 {
@@ -49,18 +58,12 @@ bool CQVBaseFun::GetKelServerConfigInfo(CAConnect& conn, unsigned long& flag)
 
 bool CQVBaseFun::GetMaxThreadCount(CAConnect& conn, unsigned int& count)
 {
-    count = 0;
-    const CString sql = FormatSql("SELECT Col_Data FROM Tab_Config WHERE Col_Name = '%s' AND Col_GENRE = '%s'",
-                                  kMaxThreads, kServerGenre);
-    return frame::ReadFirst(conn, sql, NumberColumn(count));
+    return ReadThreadCount(conn, kMaxThreads, count);
 }
 
 bool CQVBaseFun::GetTaskThreadCount(CAConnect& conn, unsigned int& count)
 {
-    count = 0;
-    const CString sql = FormatSql("SELECT Col_Data FROM Tab_Config WHERE Col_Name = '%s' AND Col_GENRE = '%s'",
-                                  kTaskThreads, kServerGenre);
-    return frame::ReadFirst(conn, sql, NumberColumn(count));
+    return ReadThreadCount(conn, kTaskThreads, count);
 }
 
 bool CQVBaseFun::GetKelDocServerFlag(CAConnect& conn, unsigned long& flag)

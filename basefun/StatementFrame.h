@@ -102,6 +102,16 @@ inline void Fetch(CARecordset& row, long column, DateOut<CString>& date)
 
 enum class Next : bool { stop, go_on };
 
+/// A row for Walk: `row` reads it, and what comes next does not hang on it.
+template <class Row>
+auto Then(Row& row, Next next)
+{
+    return [&row, next](CARecordset& rs) {
+        row(rs);
+        return next;
+    };
+}
+
 /// What a read makes of a connection that is not open.
 enum class Unopened : bool { fails, has_no_rows };
 
@@ -176,11 +186,7 @@ template <class Row>
 bool ReadFirst(CAConnect& conn, const CString& sql, Row row, OnError policy = OnError::keep_and_notify,
                SourceLocation at = SourceLocation::current())
 {
-    const auto read = [&](CARecordset& rs) {
-        row(rs);
-        return detail::Next::stop;
-    };
-    return detail::Walk(conn, sql, read, policy, at);
+    return detail::Walk(conn, sql, detail::Then(row, detail::Next::stop), policy, at);
 }
 
 /// Reads the first row. @return true only when there was one.
@@ -202,11 +208,8 @@ bool FindFirst(CAConnect& conn, const CString& sql, Row row, OnError policy = On
 template <class Row>
 bool ReadFirstRegardless(CAConnect& conn, const CString& sql, Row row, SourceLocation at = SourceLocation::current())
 {
-    const auto read = [&](CARecordset& rs) {
-        row(rs);
-        return detail::Next::stop;
-    };
-    return detail::Walk(conn, sql, read, OnError::keep_and_notify, at, detail::Unopened::has_no_rows);
+    return detail::Walk(conn, sql, detail::Then(row, detail::Next::stop), OnError::keep_and_notify, at,
+                        detail::Unopened::has_no_rows);
 }
 
 /// Tells by `found` whether there is a row; `found` must be preset to true. Column 1 is then read and thrown away, row
@@ -219,22 +222,15 @@ template <class Row>
 bool ReadEach(CAConnect& conn, const CString& sql, Row row, OnError policy = OnError::keep_and_notify,
               SourceLocation at = SourceLocation::current())
 {
-    const auto read = [&](CARecordset& rs) {
-        row(rs);
-        return detail::Next::go_on;
-    };
-    return detail::Walk(conn, sql, read, policy, at);
+    return detail::Walk(conn, sql, detail::Then(row, detail::Next::go_on), policy, at);
 }
 
 /// Reads every row without looking at whether the statement opened, as ReadFirstRegardless does.
 template <class Row>
 bool ReadEachRegardless(CAConnect& conn, const CString& sql, Row row, SourceLocation at = SourceLocation::current())
 {
-    const auto read = [&](CARecordset& rs) {
-        row(rs);
-        return detail::Next::go_on;
-    };
-    return detail::Walk(conn, sql, read, OnError::keep_and_notify, at, detail::Unopened::has_no_rows);
+    return detail::Walk(conn, sql, detail::Then(row, detail::Next::go_on), OnError::keep_and_notify, at,
+                        detail::Unopened::has_no_rows);
 }
 
 /// Reads rows until `row` finds what it looks for and returns true. @return whether the statement ran.

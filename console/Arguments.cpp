@@ -23,9 +23,8 @@ namespace console {
 namespace {
 
 constexpr const char* kDescription = Translatable("Administration of a server's organisation directory.");
-constexpr std::string_view kExamples = "  qvadmin db init\n"
-                                       "  qvadmin user create amy --name 'Amy Holt'\n"
-                                       "  qvadmin user list -o json\n";
+constexpr Examples kExamples = {"qvadmin db init", "qvadmin user create amy --name 'Amy Holt'",
+                                "qvadmin user list -o json"};
 constexpr const char* kEpilogue =
     Translatable("The database is that of --db, else of the environment variable QVADMIN_DB, else of the\n"
                  "configuration files, else quorvel/directory.db in the data directory ($XDG_DATA_HOME or\n"
@@ -112,7 +111,16 @@ std::vector<std::string_view> ThirdWords(std::string_view noun, std::string_view
 
 // ---- The command line -----------------------------------------------------------------------------------------------
 
-std::string WithHeading(std::string_view examples) { return Translated("Examples:") + fmt::format("\n{}\n", examples); }
+std::string WithHeading(const Examples& examples)
+{
+    std::string text = Translated("Examples:") + "\n";
+    for (const std::string_view example : examples) {
+        if (!example.empty()) {
+            text += fmt::format("  {}\n", example);
+        }
+    }
+    return text;
+}
 
 Format ReadFormat(const std::string& name)
 {
@@ -184,7 +192,7 @@ void Declare(CLI::App& app, const std::vector<std::string>& words, Request& requ
 {
     Arguments& arguments = request.arguments;
     app.formatter(MakeHelpFormatter());
-    app.footer(WithHeading(kExamples) + Translated(kEpilogue));
+    app.footer(WithHeading(kExamples) + "\n" + Translated(kEpilogue));
     app.set_version_flag("--version", "qvadmin " QV_VERSION,
                          Translated("Display program version information and exit"));
     app.set_help_flag("-h,--help", Translated("Print this help message and exit"));

@@ -145,10 +145,9 @@ Exit RunBatch(const LocalCall& call)
 constexpr LocalCommand kBatchCommands[] = {
     {{.path = {"batch"},
       .summary = "run the commands of a file, over one connection",
-      .examples = "  qvadmin batch changes.txt --stop-on-error\n"
-                  "  qvadmin batch - --one-transaction",
+      .examples = {"qvadmin batch changes.txt --stop-on-error", "qvadmin batch - --one-transaction"},
       .effect = Effect::change,
-      .params = &InfosOf<kBatchParams>},
+      .handler = {&InfosOf<kBatchParams>}},
      &RunBatch},
 };
 

@@ -97,7 +97,7 @@ std::vector<std::string> CommandLine::ValuesOf(std::string_view name) const
 
 void DeclareParams(CLI::App& app, const Command& command, CommandLine& given)
 {
-    const std::vector<ParamInfo> params = command.params();
+    const std::vector<ParamInfo> params = command.handler.params();
     bool isAfterList = false;
     for (const ParamInfo& param : params) {
         DeclareParam(app, param, isAfterList && param.isPositional, given);

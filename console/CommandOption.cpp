@@ -42,12 +42,15 @@ std::string_view PlaceholderOf(Kind kind)
     return kind == Kind::number ? "N" : kind == Kind::file ? "FILE" : kind == Kind::date ? "DATE" : "TEXT";
 }
 
-bool TakesWritingOptions(const Command& command) { return command.run != nullptr && command.effect != Effect::read; }
+bool TakesWritingOptions(const Command& command)
+{
+    return command.handler.run != nullptr && command.effect != Effect::read;
+}
 
 std::vector<CommandOption> OptionsOf(const Command& command)
 {
     std::vector<CommandOption> options;
-    for (const ParamInfo& param : command.params()) {
+    for (const ParamInfo& param : command.handler.params()) {
         AddOptionsOf(param, options);
     }
     if (TakesWritingOptions(command)) {

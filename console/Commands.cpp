@@ -28,78 +28,72 @@ namespace console {
 namespace {
 
 constexpr Noun kNouns[] = {
-    {"db", "make, upgrade, check and copy the database",
-     "  qvadmin db init\n"
-     "  qvadmin --db sqlite:/srv/directory.db db status\n"
-     "  qvadmin db copy postgresql://quorvel@db1.example.org/directory"},
-    {"user", "users: list, show, create, change, lock, delete, import",
-     "  qvadmin user list --match smith\n"
-     "  qvadmin user create amy --name 'Amy Porter' --email amy@example.org\n"
-     "  qvadmin user import people.csv --dry-run"},
-    {"group", "groups: tree, list, create, rename, move, delete, find",
-     "  qvadmin group tree\n"
-     "  qvadmin group create /Company/Sales --description 'Sells things'\n"
-     "  qvadmin group move /Company/Sales/North /Company/Service"},
-    {"view", "views, the roots of the organisation",
-     "  qvadmin view create Company\n"
-     "  qvadmin view list"},
-    {"role", "roles: list, show, create, change, delete, and who has them",
-     "  qvadmin role create Editors --description 'May change pages'\n"
-     "  qvadmin role add Editors amy rory\n"
-     "  qvadmin role of amy"},
-    {"title", "job titles that users hold inside groups",
-     "  qvadmin title give /Company/Sales amy Lead\n"
-     "  qvadmin title list /Company/Sales"},
-    {"member", "who is in which group or view",
-     "  qvadmin member list /Company/Sales\n"
-     "  qvadmin member add /Company/Sales amy rory"},
-    {"right", "what users, groups, roles and views may do",
-     "  qvadmin right grant role:Editors mail send 1\n"
-     "  qvadmin right matrix Editors Authors\n"
-     "  qvadmin right effective amy"},
-    {"objright", "rights on objects outside the directory",
-     "  qvadmin objright grant user:amy 3 17 docs read 1\n"
-     "  qvadmin objright list 3 17"},
-    {"docroot", "document roots, the storage areas of the document server",
-     "  qvadmin docroot create Main --path /srv/documents --type 1\n"
-     "  qvadmin docroot list"},
-    {"folder", "virtual folders of documents: tree, create, rename, link, delete",
-     "  qvadmin folder tree\n"
-     "  qvadmin folder create /Main/Contracts/2024 --parents\n"
-     "  qvadmin folder link /Main/Contracts /Archive"},
-    {"plan", "backup plans, and the users and groups that they are assigned to",
-     "  qvadmin plan create Nightly --data-file nightly.txt\n"
-     "  qvadmin plan assign Nightly user:amy group:/Company/Sales\n"
-     "  qvadmin plan of user:amy"},
-    {"doclog", "the log of what happened to documents",
-     "  qvadmin doclog list --class 105 --object 17\n"
-     "  qvadmin doclog add 105 17 moved 'Moved to the archive' --creator amy"},
-    {"setting", "settings of the server",
-     "  qvadmin setting list\n"
-     "  qvadmin setting threads --max 64"},
-    {"message", "stored messages: how many there are, and deleting old ones",
-     "  qvadmin message stats\n"
-     "  qvadmin message purge --before 2020-01-01"},
-    {"loginlog", "the log of who logged in", "  qvadmin loginlog list --limit 20"},
-    {"addin", "add-ins of the server: list, create, change, move, delete",
-     "  qvadmin addin list\n"
-     "  qvadmin addin disable Calendar\n"
-     "  qvadmin addin move Calendar top"},
-    {"package", "packages that add-ins come in",
-     "  qvadmin package list\n"
-     "  qvadmin package install Office --version 3"},
-    {"board", "notices of the bulletin board",
-     "  qvadmin board list\n"
-     "  qvadmin board show 17"},
-    {"config", "settings of this program, and where they come from",
-     "  qvadmin config show --origin\n"
-     "  qvadmin -p production config show"},
-    {"audit", "the record of changes: list, show, undo, verify, prune",
-     "  qvadmin audit list --limit 20\n"
-     "  qvadmin audit undo 17"},
-    {"console", "who may use the web console beside super users, and one-time codes there",
-     "  qvadmin console list\n"
-     "  qvadmin console set amy help-desk"},
+    {"db",
+     "make, upgrade, check and copy the database",
+     {"qvadmin db init", "qvadmin --db sqlite:/srv/directory.db db status",
+      "qvadmin db copy postgresql://quorvel@db1.example.org/directory"}},
+    {"user",
+     "users: list, show, create, change, lock, delete, import",
+     {"qvadmin user list --match smith", "qvadmin user create amy --name 'Amy Porter' --email amy@example.org",
+      "qvadmin user import people.csv --dry-run"}},
+    {"group",
+     "groups: tree, list, create, rename, move, delete, find",
+     {"qvadmin group tree", "qvadmin group create /Company/Sales --description 'Sells things'",
+      "qvadmin group move /Company/Sales/North /Company/Service"}},
+    {"view", "views, the roots of the organisation", {"qvadmin view create Company", "qvadmin view list"}},
+    {"role",
+     "roles: list, show, create, change, delete, and who has them",
+     {"qvadmin role create Editors --description 'May change pages'", "qvadmin role add Editors amy rory",
+      "qvadmin role of amy"}},
+    {"title",
+     "job titles that users hold inside groups",
+     {"qvadmin title give /Company/Sales amy Lead", "qvadmin title list /Company/Sales"}},
+    {"member",
+     "who is in which group or view",
+     {"qvadmin member list /Company/Sales", "qvadmin member add /Company/Sales amy rory"}},
+    {"right",
+     "what users, groups, roles and views may do",
+     {"qvadmin right grant role:Editors mail send 1", "qvadmin right matrix Editors Authors",
+      "qvadmin right effective amy"}},
+    {"objright",
+     "rights on objects outside the directory",
+     {"qvadmin objright grant user:amy 3 17 docs read 1", "qvadmin objright list 3 17"}},
+    {"docroot",
+     "document roots, the storage areas of the document server",
+     {"qvadmin docroot create Main --path /srv/documents --type 1", "qvadmin docroot list"}},
+    {"folder",
+     "virtual folders of documents: tree, create, rename, link, delete",
+     {"qvadmin folder tree", "qvadmin folder create /Main/Contracts/2024 --parents",
+      "qvadmin folder link /Main/Contracts /Archive"}},
+    {"plan",
+     "backup plans, and the users and groups that they are assigned to",
+     {"qvadmin plan create Nightly --data-file nightly.txt",
+      "qvadmin plan assign Nightly user:amy group:/Company/Sales", "qvadmin plan of user:amy"}},
+    {"doclog",
+     "the log of what happened to documents",
+     {"qvadmin doclog list --class 105 --object 17",
+      "qvadmin doclog add 105 17 moved 'Moved to the archive' --creator amy"}},
+    {"setting", "settings of the server", {"qvadmin setting list", "qvadmin setting threads --max 64"}},
+    {"message",
+     "stored messages: how many there are, and deleting old ones",
+     {"qvadmin message stats", "qvadmin message purge --before 2020-01-01"}},
+    {"loginlog", "the log of who logged in", {"qvadmin loginlog list --limit 20"}},
+    {"addin",
+     "add-ins of the server: list, create, change, move, delete",
+     {"qvadmin addin list", "qvadmin addin disable Calendar", "qvadmin addin move Calendar top"}},
+    {"package",
+     "packages that add-ins come in",
+     {"qvadmin package list", "qvadmin package install Office --version 3"}},
+    {"board", "notices of the bulletin board", {"qvadmin board list", "qvadmin board show 17"}},
+    {"config",
+     "settings of this program, and where they come from",
+     {"qvadmin config show --origin", "qvadmin -p production config show"}},
+    {"audit",
+     "the record of changes: list, show, undo, verify, prune",
+     {"qvadmin audit list --limit 20", "qvadmin audit undo 17"}},
+    {"console",
+     "who may use the web console beside super users, and one-time codes there",
+     {"qvadmin console list", "qvadmin console set amy help-desk"}},
 };
 
 /// A line of several works where they all do, unless it says otherwise.
@@ -236,7 +230,7 @@ Exit RunCommand(Request& request, const std::vector<std::string>& words, Termina
     };
     TerminalFrontEnd frontEnd(*request.command, request.given, request.arguments.format, terminal);
     Call call(open, frontEnd, request.given.options);
-    const Result result = request.command->run(call, request.given);
+    const Result result = request.command->handler.run(call, request.given);
     report.isChanged = HasChanged(request, result);
     return frontEnd.Finish(result);
 }

@@ -19,7 +19,7 @@ using namespace management;
 struct Noun {
     std::string_view name;
     std::string_view summary;
-    std::string_view examples;
+    Examples examples;
 };
 
 std::span<const Noun> Nouns();

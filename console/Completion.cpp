@@ -72,7 +72,7 @@ void TakePathWord(Written& written, const std::string& word)
     for (const Command* command : AllCommands()) {
         if (PathOf(*command) == written.path) {
             written.command = command;
-            written.params = command->params();
+            written.params = command->handler.params();
         }
     }
 }

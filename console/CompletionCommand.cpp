@@ -103,11 +103,10 @@ Exit Complete(const LocalCall& call)
 constexpr LocalCommand kCompletionCommands[] = {
     {{.path = {"completion"},
       .summary = "print the completion script of a shell",
-      .examples = "  source <(qvadmin completion bash)\n"
-                  "  qvadmin completion fish | source",
-      .params = &InfosOf<kShellParams>},
+      .examples = {"source <(qvadmin completion bash)", "qvadmin completion fish | source"},
+      .handler = {&InfosOf<kShellParams>}},
      &PrintScript},
-    {{.path = {"complete"}, .summary = "", .params = &InfosOf<kWordsParams>}, &Complete},
+    {{.path = {"complete"}, .summary = "", .handler = {&InfosOf<kWordsParams>}}, &Complete},
 };
 
 } // namespace

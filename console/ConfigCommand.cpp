@@ -44,11 +44,9 @@ Exit Show(const LocalCall& call)
 constexpr LocalCommand kConfigCommands[] = {
     {{.path = {"config", "show"},
       .summary = "the settings that hold, of files, the environment and the command line",
-      .examples = "  qvadmin config show --origin\n"
-                  "  qvadmin -p production config show -o json",
-      .effect = Effect::read,
-      .params = &InfosOf<kShowParams>,
-      .columns = kShowColumns},
+      .examples = {"qvadmin config show --origin", "qvadmin -p production config show -o json"},
+      .columns = kShowColumns,
+      .handler = {&InfosOf<kShowParams>}},
      &Show},
 };
 

@@ -100,15 +100,13 @@ Exit Status(const LocalCall& context)
 constexpr LocalCommand kDbCommands[] = {
     {{.path = {"db", "init"},
       .summary = "make the database, or bring it up to this program's version",
-      .examples = "  qvadmin db init\n"
-                  "  qvadmin --db sqlite:/srv/directory.db db init",
+      .examples = {"qvadmin db init", "qvadmin --db sqlite:/srv/directory.db db init"},
       .effect = Effect::change,
-      .params = &InfosOf<kInitParams>},
+      .handler = {&InfosOf<kInitParams>}},
      &Init},
     {{.path = {"db", "status"},
       .summary = "what there is; ends with 0 when the database is ready for use, else with 8",
-      .examples = "  qvadmin db status -o json",
-      .effect = Effect::read,
+      .examples = {"qvadmin db status -o json"},
       .columns = kStatusColumns},
      &Status},
 };

@@ -32,13 +32,11 @@ constexpr Column kDiffColumns[] = {{"noun"}, {"item"}, {"difference"}, {"member"
 constexpr Command kDiffRow = {
     .path = {"db", "diff"},
     .summary = "what differs between this directory and another one, or one in a file",
-    .examples = "  qvadmin db diff sqlite:/srv/directory.db\n"
-                "  qvadmin export | qvadmin -p test db diff -\n"
-                "  qvadmin db diff directory.jsonl -o json",
-    .effect = Effect::read,
+    .examples = {"qvadmin db diff sqlite:/srv/directory.db", "qvadmin export | qvadmin -p test db diff -",
+                 "qvadmin db diff directory.jsonl -o json"},
     .duration = Duration::longRunning,
-    .params = &InfosOf<kDiffParams>,
     .columns = kDiffColumns,
+    .handler = {&InfosOf<kDiffParams>},
 };
 
 /// Whether an argument is a file and not the URL of a database.

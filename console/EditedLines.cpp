@@ -5,7 +5,6 @@
 #include "management/Text.h"
 #include "platform/Api.h"
 
-#include <fmt/format.h>
 #include <histedit.h>
 
 #include <algorithm>
@@ -71,7 +70,7 @@ std::string Escaped(std::string_view word)
 /// LineEditor by the library that edits lines.
 class EditedLines final : public LineEditor {
 public:
-    EditedLines(std::string prompt, Complete complete, std::ostream& err);
+    EditedLines(std::string prompt, Complete complete, SayMore sayMore, std::ostream& err);
     EditedLines(const EditedLines&) = delete;
     EditedLines& operator=(const EditedLines&) = delete;
     ~EditedLines() override;
@@ -90,6 +89,7 @@ private:
 
     std::string m_prompt;
     Complete m_complete;
+    SayMore m_sayMore;
     std::ostream& m_err;
     locale_t m_locale; ///< in which characters are those of UTF-8
     std::unique_ptr<EditLine, decltype(&el_end)> m_edit;
@@ -97,9 +97,10 @@ private:
     bool m_isCancelled = false;
 };
 
-EditedLines::EditedLines(std::string prompt, Complete complete, std::ostream& err)
+EditedLines::EditedLines(std::string prompt, Complete complete, SayMore sayMore, std::ostream& err)
     : m_prompt(std::move(prompt)),
       m_complete(std::move(complete)),
+      m_sayMore(std::move(sayMore)),
       m_err(err),
       m_locale(::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
       m_edit(nullptr, &el_end),
@@ -228,7 +229,7 @@ void EditedLines::List(const std::vector<std::string>& words)
         m_err << words[i] << (i + 1 < shown ? "  " : "\n");
     }
     if (shown < words.size()) {
-        m_err << fmt::format("and {} more\n", words.size() - shown);
+        m_err << m_sayMore(words.size() - shown) << '\n';
     }
 }
 
@@ -236,10 +237,12 @@ void EditedLines::List(const std::vector<std::string>& words)
 
 } // namespace console
 
-extern "C" QV_API console::LineEditor*
-QvOpenLineEditor(const std::string* prompt, const console::LineEditor::Complete* complete, std::ostream* err);
+extern "C" QV_API console::LineEditor* QvOpenLineEditor(const std::string* prompt,
+                                                        const console::LineEditor::Complete* complete,
+                                                        const console::LineEditor::SayMore* sayMore, std::ostream* err);
 extern "C" console::LineEditor* QvOpenLineEditor(const std::string* prompt,
-                                                 const console::LineEditor::Complete* complete, std::ostream* err)
+                                                 const console::LineEditor::Complete* complete,
+                                                 const console::LineEditor::SayMore* sayMore, std::ostream* err)
 {
-    return new console::EditedLines(*prompt, *complete, *err);
+    return new console::EditedLines(*prompt, *complete, *sayMore, *err);
 }

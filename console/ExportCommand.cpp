@@ -180,13 +180,11 @@ Exit Export(const LocalCall& call)
 constexpr LocalCommand kExportCommands[] = {
     {{.path = {"export"},
       .summary = "write the directory to a file that `qvadmin import` reads",
-      .examples = "  qvadmin export directory.jsonl\n"
-                  "  qvadmin export --in /Company/Sales --nouns users,groups,members\n"
-                  "  qvadmin export people.csv --format csv\n"
-                  "  qvadmin export directory.ldif --format ldif --base dc=example,dc=org",
-      .effect = Effect::read,
+      .examples = {"qvadmin export directory.jsonl", "qvadmin export --in /Company/Sales --nouns users,groups,members",
+                   "qvadmin export people.csv --format csv",
+                   "qvadmin export directory.ldif --format ldif --base dc=example,dc=org"},
       .duration = Duration::longRunning,
-      .params = &InfosOf<kExportParams>},
+      .handler = {&InfosOf<kExportParams>}},
      &Export},
 };
 

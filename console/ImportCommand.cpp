@@ -288,7 +288,7 @@ public:
     void Take(const CsvRecord& record)
     {
         std::ostringstream line;
-        if (record.problem.empty()) {
+        if (record.problem.IsEmpty()) {
             WriteCsvRow(record.fields, line, m_delimiter);
         } else {
             line << record.text << '\n';
@@ -343,7 +343,7 @@ public:
         ImportReport report;
         try {
             import(*m_work, report);
-            if (report.cutShort.empty()) {
+            if (report.cutShort.IsEmpty()) {
                 m_frontEnd.FinishResult();
             }
         } catch (const Error& e) {
@@ -357,7 +357,7 @@ public:
             m_frontEnd.HideProgress();
             summarise(report, m_frontEnd.ResultName(), !m_dryRun || MayWrite());
         }
-        if (!report.cutShort.empty()) {
+        if (!report.cutShort.IsEmpty()) {
             throw Error(ErrorCode::failed, FillPattern("{}; {}", report.cutShort, m_frontEnd.Standing(report)));
         }
         return report.CountOf(RowFate::failed) == 0 ? Exit::done : m_dryRun ? Exit::findings : Exit::rowsFailed;
@@ -440,7 +440,7 @@ Exit ImportFile(const LocalCall& call)
         }
         const ImportOptions options = OptionsOf(in, columns, failed);
         ImportUsers(work, {source.Stream(), source.Name(), rows, delimiter}, options, report);
-        if (sync && report.cutShort.empty()) {
+        if (sync && report.cutShort.IsEmpty()) {
             sync->Apply(work);
         }
     };
@@ -567,25 +567,23 @@ Exit ImportWhole(const LocalCall& call)
 constexpr LocalCommand kImportCommands[] = {
     {{.path = {"user", "import"},
       .summary = "add the users of a file, row by row",
-      .examples = "  qvadmin user import people.csv --dry-run\n"
-                  "  qvadmin user import people.csv\n"
-                  "  qvadmin user import people.csv --update --result outcomes.csv\n"
-                  "  qvadmin user import people.csv --departments Company --make-view --dry-run\n"
-                  "  qvadmin user import people.csv --delimiter ';' --map 'E-Mail=email' --failed again.csv\n"
-                  "  qvadmin user import people.csv --sync --scope /Company --leavers lock --max-leavers 5%",
+      .examples = {"qvadmin user import people.csv --dry-run", "qvadmin user import people.csv",
+                   "qvadmin user import people.csv --update --result outcomes.csv",
+                   "qvadmin user import people.csv --departments Company --make-view --dry-run",
+                   "qvadmin user import people.csv --delimiter ';' --map 'E-Mail=email' --failed again.csv",
+                   "qvadmin user import people.csv --sync --scope /Company --leavers lock --max-leavers 5%"},
       .notes = &Notes,
       .effect = Effect::create,
       .duration = Duration::longRunning,
-      .params = &InfosOf<kImportParams>},
+      .handler = {&InfosOf<kImportParams>}},
      &ImportFile},
     {{.path = {"import"},
       .summary = "bring what `qvadmin export` or another directory has written into this one",
-      .examples = "  qvadmin import directory.jsonl --dry-run\n"
-                  "  qvadmin import directory.jsonl --update\n"
-                  "  qvadmin import people.ldif --view Company --groups-as groups",
+      .examples = {"qvadmin import directory.jsonl --dry-run", "qvadmin import directory.jsonl --update",
+                   "qvadmin import people.ldif --view Company --groups-as groups"},
       .effect = Effect::change,
       .duration = Duration::longRunning,
-      .params = &InfosOf<kDirectoryParams>},
+      .handler = {&InfosOf<kDirectoryParams>}},
      &ImportWhole},
 };
 

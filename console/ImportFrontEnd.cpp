@@ -57,7 +57,8 @@ bool ImportFrontEnd::TakeRow(const std::vector<Value>& row)
     WriteCsvRow(texts, Stream());
     if (texts.at(3) == kFailed) {
         HideProgress();
-        ErrorsOf(m_call.terminal) << fmt::format("{}:{}: {}\n", m_source, texts.at(0), texts.at(4));
+        ErrorsOf(m_call.terminal) << fmt::format("{}:{}: {}\n", m_source, texts.at(0),
+                                                 Translated(std::get<SentenceValue>(row.at(4))));
     }
     return true;
 }

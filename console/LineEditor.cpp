@@ -5,11 +5,11 @@
 namespace console {
 
 std::unique_ptr<LineEditor> OpenLineEditor(const std::string& prompt, const LineEditor::Complete& complete,
-                                           std::ostream& err)
+                                           const LineEditor::SayMore& sayMore, std::ostream& err)
 {
     auto* open =
         reinterpret_cast<OpenLineEditorFunction*>(management::LoadFromModule(kLineEditorModule, kOpenLineEditorSymbol));
-    return std::unique_ptr<LineEditor>(open(&prompt, &complete, &err));
+    return std::unique_ptr<LineEditor>(open(&prompt, &complete, &sayMore, &err));
 }
 
 } // namespace console

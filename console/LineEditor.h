@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,6 +18,9 @@ public:
     using Complete =
         std::function<std::vector<std::string>(const std::vector<std::string>& words, const std::string& beginning)>;
 
+    /// Says how many more words there are than were listed.
+    using SayMore = std::function<std::string(std::size_t count)>;
+
     LineEditor() = default;
     LineEditor(const LineEditor&) = delete;
     LineEditor& operator=(const LineEditor&) = delete;
@@ -28,14 +32,14 @@ public:
     virtual void Remember(const std::string& line) = 0;
 };
 
-/// Loads the module that has the library for it. @param err  takes what a word can be completed to; outlives the
-/// editor. @throws management::Error (failed).
+/// Loads the module that has the library for it. @param sayMore  called when there are. @param err  takes what a word
+/// can be completed to; outlives the editor. @throws management::Error (failed).
 std::unique_ptr<LineEditor> OpenLineEditor(const std::string& prompt, const LineEditor::Complete& complete,
-                                           std::ostream& err);
+                                           const LineEditor::SayMore& sayMore, std::ostream& err);
 
 /// What the module exports, and under which names. The caller owns what it returns.
 using OpenLineEditorFunction = LineEditor*(const std::string* prompt, const LineEditor::Complete* complete,
-                                           std::ostream* err);
+                                           const LineEditor::SayMore* sayMore, std::ostream* err);
 inline constexpr const char* kLineEditorModule = "edit";
 inline constexpr const char* kOpenLineEditorSymbol = "QvOpenLineEditor";
 

@@ -15,8 +15,8 @@ struct LocalCall {
 };
 
 /// A row of the table that the terminal program has alone: it works on databases that need not hold a directory, on
-/// files of the caller, or on the table itself. Its parameters are declared like those of all rows; `row.run` is
-/// unused.
+/// files of the caller, or on the table itself. Its parameters are declared like those of all rows; `row.handler.run`
+/// is unused.
 struct LocalCommand {
     Command row;
     Exit (*run)(const LocalCall& call);

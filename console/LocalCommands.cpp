@@ -49,7 +49,7 @@ bool IsHead(const Command& command)
 {
     const bool isLocal =
         std::ranges::any_of(LocalCommands(), [&](const LocalCommand& own) { return &own.row == &command; });
-    return command.run == nullptr && !isLocal;
+    return command.handler.run == nullptr && !isLocal;
 }
 
 std::vector<std::string> PathOf(const Command& command)

@@ -47,18 +47,16 @@ std::string Line(std::string_view text)
     return (isControl ? "\\&" : "") + Escaped(text) + "\n";
 }
 
-void WriteExamples(std::string_view examples, std::ostream& out)
+void WriteExamples(const Examples& examples, std::ostream& out)
 {
-    if (examples.empty()) {
+    if (examples.front().empty()) {
         return;
     }
     out << ".Bd -literal -offset indent\n";
-    while (!examples.empty()) {
-        const std::size_t end = std::min(examples.find('\n'), examples.size());
-        std::string_view line = examples.substr(0, end);
-        line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
-        out << Line(line);
-        examples.remove_prefix(std::min(end + 1, examples.size()));
+    for (const std::string_view example : examples) {
+        if (!example.empty()) {
+            out << Line(example);
+        }
     }
     out << ".Ed\n";
 }
@@ -86,7 +84,7 @@ void WriteParams(const std::vector<ParamInfo>& params, const std::vector<Command
 
 void WriteCommand(const Command& command, std::ostream& out)
 {
-    const std::vector<ParamInfo> params = command.params();
+    const std::vector<ParamInfo> params = command.handler.params();
     const std::string name = fmt::format("{}", fmt::join(PathOf(command), " "));
     out << ".Ss " << name << "\n.Nm qvadmin\n.Cm " << name << '\n' << ".Op Ar options\n";
     for (const ParamInfo& param : params) {
@@ -303,13 +301,12 @@ Exit PrintCommands(const LocalCall& call)
 constexpr LocalCommand kManualCommands[] = {
     {{.path = {"manual"},
       .summary = "print a manual page, for man or mandoc",
-      .examples = "  qvadmin manual | man -l -\n"
-                  "  qvadmin manual user > qvadmin-user.1",
-      .params = &InfosOf<kManualParams>},
+      .examples = {"qvadmin manual | man -l -", "qvadmin manual user > qvadmin-user.1"},
+      .handler = {&InfosOf<kManualParams>}},
      &PrintManual},
     {{.path = {"commands"},
       .summary = "list all commands; with -o json all that is known of them, for other programs",
-      .examples = "  qvadmin commands -o json"},
+      .examples = {"qvadmin commands -o json"}},
      &PrintCommands},
 };
 

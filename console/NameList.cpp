@@ -56,7 +56,7 @@ void TakeLast(std::vector<ParamInfo>::const_iterator list, std::vector<ParamInfo
 
 void ReadNames(const Command& command, CommandLine& given, Terminal& terminal)
 {
-    const std::vector<ParamInfo> params = command.params();
+    const std::vector<ParamInfo> params = command.handler.params();
     const auto list =
         std::ranges::find_if(params, [](const ParamInfo& param) { return param.isPositional && param.isList; });
     if (list == params.end()) {

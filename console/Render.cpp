@@ -28,7 +28,8 @@ std::string ForPeople(const Value& value)
                                  [](std::int64_t number) { return std::to_string(number); },
                                  [](bool flag) { return Translated(flag ? Translatable("yes") : Translatable("no")); },
                                  [](const Choice& choice) { return std::string(choice.word); },
-                                 [](const std::string& text) { return Visible(text); }},
+                                 [](const std::string& text) { return Visible(text); },
+                                 [](const Sentence& sentence) { return Visible(Translated(sentence)); }},
                       value);
 }
 

@@ -184,12 +184,10 @@ Exit Serve(const LocalCall& call)
 constexpr LocalCommand kServeCommands[] = {
     {{.path = {"serve"},
       .summary = "a web page for all that administrators do, until it is stopped",
-      .examples = "  qvadmin serve\n"
-                  "  qvadmin serve --listen 192.0.2.17:8420 --tls-cert chain.pem --tls-key key.pem --origin "
-                  "https://admin.example.org:8420",
-      .effect = Effect::read,
+      .examples = {"qvadmin serve", "qvadmin serve --listen 192.0.2.17:8420 --tls-cert chain.pem --tls-key key.pem "
+                                    "--origin https://admin.example.org:8420"},
       .duration = Duration::longRunning,
-      .params = &InfosOf<kServeParams>},
+      .handler = {&InfosOf<kServeParams>}},
      &Serve},
 };
 

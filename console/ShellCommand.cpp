@@ -7,6 +7,7 @@
 #include "console/LocalCommand.h"
 #include "console/Session.h"
 #include "console/ShellWords.h"
+#include "console/Translation.h"
 #include "console/Url.h"
 #include "management/Candidates.h"
 #include "management/Text.h"
@@ -64,7 +65,7 @@ public:
               [this](const std::vector<std::string>& words, const std::string& beginning) {
                   return Complete(words, beginning);
               },
-              m_terminal.err))
+              [](std::size_t count) { return Translated(FillPattern("and {} more", count)); }, m_terminal.err))
     {
         OpenHistory();
     }
@@ -178,8 +179,7 @@ Sentence ShellNotes()
 constexpr LocalCommand kShellCommands[] = {
     {{.path = {"shell"},
       .summary = "run commands as they are typed, over one connection",
-      .examples = "  qvadmin shell\n"
-                  "  qvadmin -p test shell",
+      .examples = {"qvadmin shell", "qvadmin -p test shell"},
       .notes = &ShellNotes,
       .effect = Effect::change},
      &RunShell},

@@ -44,12 +44,12 @@ std::string SourceFile::ReadAsCsv(const std::optional<std::string>& encoding)
 {
     try {
         OtherFile other = GuessFormat(ReadBeginning(), m_path);
-        if (!encoding && other.encoding.empty() && other.problem.empty() && IsRegularFile()) {
+        if (!encoding && other.encoding.empty() && other.problem.IsEmpty() && IsRegularFile()) {
             const std::unique_ptr<FileBuffer> buffer = Open();
             std::istream file(buffer.get());
             other = GuessEncoding(file, m_path);
         }
-        if (!other.problem.empty() && !encoding) {
+        if (!other.problem.IsEmpty() && !encoding) {
             throw Error(ErrorCode::invalid,
                         IsStandardInput()
                             ? FillPattern("what standard input holds, written to the file {}; nothing was imported",

@@ -20,8 +20,8 @@ void CheckAsFile(std::string_view text)
     long line = 0;
     while (const std::optional<CsvRecord> record = reader.Next()) {
         fuzz::Require(record->line > line, "records come in the order of their lines");
-        fuzz::Require(record->problem.empty() || record->fields.empty() ||
-                          record->problem.find("row") != std::string::npos,
+        fuzz::Require(record->problem.IsEmpty() || record->fields.empty() ||
+                          record->problem.English().find("row") != std::string::npos,
                       "a record has a problem or values");
         line = record->line;
     }
@@ -42,7 +42,7 @@ void CheckAsValue(std::string_view text)
     const std::optional<CsvRecord> after = reader.Next();
     fuzz::Require(before && after && !reader.Next(), "there are two records");
     const bool canBeRead = platform::IsValidUtf8(text) && text.find('\0') == std::string_view::npos;
-    fuzz::Require(before->problem.empty() == canBeRead && after->problem.empty() == canBeRead,
+    fuzz::Require(before->problem.IsEmpty() == canBeRead && after->problem.IsEmpty() == canBeRead,
                   "what is no text is a problem, and nothing else is");
     fuzz::Require(before->fields.size() == 2 && before->fields[1] == text, "the last value is the text");
     fuzz::Require(after->fields.size() == 2 && after->fields[0] == text, "the first value is the text");

@@ -31,7 +31,7 @@ void CheckAsFile(std::string_view text)
     long last = 1;
     while (const std::optional<ExportedLine> line = reader.Next()) {
         fuzz::Require(line->number > last, "lines come in their order");
-        fuzz::Require(line->noun != nullptr || !line->problem.empty(), "a line has a noun or a problem");
+        fuzz::Require(line->noun != nullptr || !line->problem.IsEmpty(), "a line has a noun or a problem");
         last = line->number;
     }
     fuzz::Require(!reader.Failed(), "a text is read to its end");

@@ -37,7 +37,7 @@ void CheckAsDirectory(const std::string& text, const LdifOptions& options)
         },
         options);
     while (const std::optional<ExportedLine> line = source.Next()) {
-        fuzz::Require(line->noun != nullptr || !line->problem.empty(), "a line has a noun or a problem");
+        fuzz::Require(line->noun != nullptr || !line->problem.IsEmpty(), "a line has a noun or a problem");
     }
     fuzz::Require(!source.Failed(), "a text is read to its end");
 }
@@ -47,7 +47,7 @@ void CheckAsValue(const std::string& text)
     std::istringstream in("dn: cn=a\n" + LdifLine("description", text));
     LdifReader reader(in);
     const std::optional<LdifEntry> entry = reader.Next();
-    fuzz::Require(entry && entry->problem.empty() && !reader.Next(), "there is one entry");
+    fuzz::Require(entry && entry->problem.IsEmpty() && !reader.Next(), "there is one entry");
     const std::string* value = entry->Find("description");
     fuzz::Require(value != nullptr && *value == text, "a value is read as it was written");
 }

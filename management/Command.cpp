@@ -9,7 +9,6 @@
 
 namespace management {
 
-std::vector<ParamInfo> NoParams() { return {}; }
 std::vector<ParamInfo> ListOf(std::span<const ParamInfo> params) { return {params.begin(), params.end()}; }
 
 namespace binding {
@@ -125,8 +124,8 @@ template void ReadMember(const ParamInfo& param, const ArgumentSource& source, N
 
 Level LeastLevel(const Command& command)
 {
-    const bool triesSecret =
-        std::ranges::any_of(command.params(), [](const ParamInfo& param) { return param.kind == Kind::secret; });
+    const bool triesSecret = std::ranges::any_of(command.handler.params(),
+                                                 [](const ParamInfo& param) { return param.kind == Kind::secret; });
     const bool isHarmless = command.effect == Effect::read && command.risk == Risk::normal && !triesSecret;
     return command.level.value_or(isHarmless ? Level::readOnly : Level::full);
 }

@@ -113,8 +113,6 @@ struct ParamInfo {
 };
 
 std::vector<ParamInfo> ListOf(std::span<const ParamInfo> params);
-/// For Command::params of a command without parameters.
-std::vector<ParamInfo> NoParams();
 
 /// A column of a table, or a member of a record.
 struct Column {
@@ -131,25 +129,33 @@ public:
     [[nodiscard]] virtual std::vector<std::string> ValuesOf(std::string_view name) const = 0;
 };
 
-/// A row of the table. One without `run` heads the rows that have its two words and a third, and has neither
+/// Command lines; empty ones count for none.
+using Examples = std::array<std::string_view, 6>;
+
+/// What a command takes, and how it is run: one of those below, such as Read or Write, which look after both.
+struct Handler {
+    std::vector<ParamInfo> (*params)() = [] { return std::vector<ParamInfo>(); };
+    Result (*run)(Call& call, const ArgumentSource& source) = nullptr;
+};
+
+/// A row of the table. One without `handler.run` heads the rows that have its two words and a third, and has neither
 /// parameters nor columns.
 struct Command {
     std::array<std::string_view, 3> path; ///< two or three words
     std::string_view summary;
-    std::string_view examples = {}; ///< lines, each a command line with two blanks before it
-    Sentence (*notes)() = nullptr;  ///< more for its help
+    Examples examples = {};
+    Sentence (*notes)() = nullptr; ///< more for its help
     Effect effect = Effect::read;
     bool asks = false; ///< shows what it will do and asks first
     Duration duration = Duration::instant;
     Risk risk = Risk::normal;
     std::optional<Level> level = {}; ///< that may run it in the web console, where LeastLevel is not to say
     std::string_view route = {};     ///< of a server, such as "/users/{USER}/rename"; empty: none
-    std::vector<ParamInfo> (*params)() = &NoParams;
     /// Of what it gives; none: nothing, one value, a verdict, or a table that FrontEnd::TakeColumns is told of.
     std::span<const Column> columns = {};
     bool isTree = false;     ///< its rows come by FrontEnd::TakeTreeRow
     bool areRecords = false; ///< its rows have too many columns for a table that people read
-    Result (*run)(Call& call, const ArgumentSource& source) = nullptr;
+    Handler handler = {};
 };
 
 /// The least level that may run a command in the web console: what is there may be read by everybody who is let in;
@@ -223,7 +229,7 @@ auto ReadInput(const ArgumentSource& source)
 
 } // namespace binding
 
-/// Of a command that takes nothing and is run in a way that asks for a table of parameters.
+/// Of a command that takes nothing, for handlers that ask for a table of parameters.
 struct NoInput {};
 inline constexpr std::array<Param<NoInput>, 0> kNoParams = {};
 
@@ -238,70 +244,84 @@ constexpr std::array<Param<In>, A + B> Joined(const std::array<Param<In>, A>& fi
     return all;
 }
 
-/// For Command::params.
-template <auto& Params>
+/// For Handler::params: of the tables of parameters of a command, which has one or none.
+template <auto&... Params>
 std::vector<ParamInfo> InfosOf()
 {
-    return ListOf(binding::kInfos<Params>);
+    std::vector<ParamInfo> infos;
+    ((infos = ListOf(binding::kInfos<Params>)), ...);
+    return infos;
 }
 
-// ---- The ways in which a command is run, for Command::run -----------------------------------------------------------
+// ---- Handlers -------------------------------------------------------------------------------------------------------
 
-/// Runs a body `Result Body(Call&)` or `Result Body(Call&, const In&)` that only reads.
-template <auto Body>
-Result Read(Call& call, const ArgumentSource& /*source*/)
+namespace binding {
+
+/// A handler that hands the input of a command to `Result Run(Call&, const In&)`, or to `Result Run(Call&)` where it
+/// takes none. Run is a lambda without captures.
+template <auto&... Params, class Run>
+consteval Handler HandlerOf(Run /*run*/)
 {
-    return Body(call);
+    return {&InfosOf<Params...>, [](Call& call, [[maybe_unused]] const ArgumentSource& source) -> Result {
+                return Run()(call, ReadInput<Params>(source)...);
+            }};
 }
-template <auto Body, auto& Params>
-Result Read(Call& call, const ArgumentSource& source)
+
+} // namespace binding
+
+/// Runs a body `Result Body(Call&)` or, with a table of parameters, `Result Body(Call&, const In&)` that only reads.
+template <auto Body, auto&... Params>
+constexpr Handler Read()
 {
-    return Body(call, binding::ReadInput<Params>(source));
+    return binding::HandlerOf<Params...>([](Call& call, const auto&... in) { return Body(call, in...); });
 }
 
 /// Runs a body that only reads where all of its reads see one moment: for answers of several statements, which could
 /// contradict each other when somebody writes between them. In a transaction of the caller's they see what that sees.
-template <class Body>
-Result InSnapshot(Call& call, Body body)
+template <auto Body, class... In>
+Result RunInSnapshot(Call& call, const In&... in)
 {
+    const auto body = [&] { return Body(call, in...); };
     return call.Options().joinsTransaction ? body() : AtOneMoment(call.Connection(), body);
 }
-/// Runs a body as Read does, in a snapshot.
-template <auto Body>
-Result ReadSnapshot(Call& call, const ArgumentSource& /*source*/)
+template <auto Body, auto&... Params>
+constexpr Handler ReadSnapshot()
 {
-    return InSnapshot(call, [&] { return Body(call); });
-}
-template <auto Body, auto& Params>
-Result ReadSnapshot(Call& call, const ArgumentSource& source)
-{
-    const auto in = binding::ReadInput<Params>(source);
-    return InSnapshot(call, [&] { return Body(call, in); });
+    return binding::HandlerOf<Params...>(
+        [](Call& call, const auto&... in) { return RunInSnapshot<Body>(call, in...); });
 }
 
 /// Runs a body `Result Body(Call&, const In&)` inside one Change.
-template <auto Body, auto& Params>
-Result Write(Call& call, const ArgumentSource& source)
+template <auto Body, class In>
+Result RunInChange(Call& call, const In& in)
 {
-    const auto in = binding::ReadInput<Params>(source);
     Change change(call);
     Result result = Body(call, in);
     change.Finish();
+    return result;
+}
+template <auto Body, auto& Params>
+constexpr Handler Write()
+{
+    return binding::HandlerOf<Params>([](Call& call, const auto& in) { return RunInChange<Body>(call, in); });
+}
+
+/// The result of a command that may write and was only asked.
+inline Result AsRead(Result result)
+{
+    result.isChanged = false;
+    result.isRead = true;
     return result;
 }
 
 /// Runs `Result Show(Call&, const In&)`, which only reads, when the member of the input has no value or is a flag that
 /// is off, and otherwise `Result Body(Call&, const In&)` inside one Change.
 template <auto Member, auto Show, auto Body, auto& Params>
-Result ReadOrWrite(Call& call, const ArgumentSource& source)
+constexpr Handler ReadOrWrite()
 {
-    if (static_cast<bool>(binding::ReadInput<Params>(source).*Member)) {
-        return Write<Body, Params>(call, source);
-    }
-    Result result = Read<Show, Params>(call, source);
-    result.isChanged = false;
-    result.isRead = true;
-    return result;
+    return binding::HandlerOf<Params>([](Call& call, const auto& in) {
+        return static_cast<bool>(in.*Member) ? RunInChange<Body>(call, in) : AsRead(Show(call, in));
+    });
 }
 
 /// Works a plan out once more, inside the Change that carries it out. @throws Error (conflict) when it differs from
@@ -331,9 +351,9 @@ Result RunPlanned(Call& call, const In& in)
     return result;
 }
 template <auto PlanOf, auto Body, auto& Params>
-Result WritePlanned(Call& call, const ArgumentSource& source)
+constexpr Handler WritePlanned()
 {
-    return RunPlanned<PlanOf, Body>(call, binding::ReadInput<Params>(source));
+    return binding::HandlerOf<Params>([](Call& call, const auto& in) { return RunPlanned<PlanOf, Body>(call, in); });
 }
 
 /// Runs `Planned PlanOf(Call&, const In&)`, shows the plan and asks, calls `Obtained SecretOf(Call&, const In&, const
@@ -341,45 +361,43 @@ Result WritePlanned(Call& call, const ArgumentSource& source)
 /// inside the Change, refuses when it differs, and runs `Result Body(Call&, const In&, const Planned&, const
 /// Obtained&)` inside the same Change.
 template <auto PlanOf, auto SecretOf, auto Body, auto& Params>
-Result WriteWithSecret(Call& call, const ArgumentSource& source)
+constexpr Handler WriteWithSecret()
 {
-    const auto in = binding::ReadInput<Params>(source);
-    const auto shown = PlanOf(call, in);
-    call.Confirm(shown);
-    const auto secret = SecretOf(call, in, shown);
-    Change change(call);
-    const auto present = PlanAgain<PlanOf>(call, in, shown);
-    Result result = Body(call, in, present, secret);
-    change.Finish();
-    return result;
+    return binding::HandlerOf<Params>([](Call& call, const auto& in) {
+        const auto shown = PlanOf(call, in);
+        call.Confirm(shown);
+        const auto secret = SecretOf(call, in, shown);
+        Change change(call);
+        const auto present = PlanAgain<PlanOf>(call, in, shown);
+        Result result = Body(call, in, present, secret);
+        change.Finish();
+        return result;
+    });
 }
 
 /// Runs `Planned PlanOf(Call&, const In&)`, shows the plan and asks, and runs `Result Body(Call&, const In&, const
 /// Planned&)`, which makes its Changes itself, one after the other, and compares in the first of them: for what is too
 /// much for one transaction. The outcomes are delivered after the last one.
 template <auto PlanOf, auto Body, auto& Params>
-Result WriteInSteps(Call& call, const ArgumentSource& source)
+constexpr Handler WriteInSteps()
 {
-    const auto in = binding::ReadInput<Params>(source);
-    const auto shown = PlanOf(call, in);
-    call.Confirm(shown);
-    Result result = Body(call, in, shown);
-    call.DeliverOutcomes();
-    return result;
+    return binding::HandlerOf<Params>([](Call& call, const auto& in) {
+        const auto shown = PlanOf(call, in);
+        call.Confirm(shown);
+        Result result = Body(call, in, shown);
+        call.DeliverOutcomes();
+        return result;
+    });
 }
 
 /// Runs `Result Show(Call&, const In&)` in a snapshot where `bool IsQuestion(const In&)` says that nothing is to be
-/// changed, and otherwise `Otherwise`, which is one of the functions for Command::run.
+/// changed, and otherwise `Result Otherwise(Call&, const In&)`, such as RunInChange or RunPlanned of a body.
 template <auto IsQuestion, auto Show, auto Otherwise, auto& Params>
-Result ReadOr(Call& call, const ArgumentSource& source)
+constexpr Handler ReadOr()
 {
-    if (!IsQuestion(binding::ReadInput<Params>(source))) {
-        return Otherwise(call, source);
-    }
-    Result result = ReadSnapshot<Show, Params>(call, source);
-    result.isChanged = false;
-    result.isRead = true;
-    return result;
+    return binding::HandlerOf<Params>([](Call& call, const auto& in) {
+        return IsQuestion(in) ? AsRead(RunInSnapshot<Show>(call, in)) : Otherwise(call, in);
+    });
 }
 
 } // namespace management

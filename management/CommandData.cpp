@@ -73,7 +73,7 @@ void WriteAsData(const Command& command, JsonWriter& json)
     json.WriteMember("long_running", command.duration == Duration::longRunning);
     json.WriteName("parameters");
     json.BeginArray();
-    for (const ParamInfo& param : command.params()) {
+    for (const ParamInfo& param : command.handler.params()) {
         if (!param.isSet) {
             WriteAsData(param, json);
             continue;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "management/Errors.h"
+#include "management/FrontEnd.h"
 #include "management/Paths.h"
 #include "management/Resolve.h"
 #include "management/Text.h"
@@ -40,7 +41,8 @@ struct HierarchyNode {
 /// - `key`, a struct of kind and id, and `name`
 /// - `static bool IsTop(Key)`, whether the key is one of a top node, and `static Key KeyOf(bool isTop, int id)`
 /// - `bool BeginsPath() const`, whether its name alone begins a path; its id does in any case
-/// - `kTop`, what a top node is called in ids and sentences, such as "view", and `kPathHelp`, how a path is written.
+/// - `kTop`, what a top node is called in ids and sentences, such as "view", `kInner`, what the others are called in
+///   outcomes, and `kPathHelp`, how a path is written.
 template <class Node>
 class Hierarchy {
 public:
@@ -90,6 +92,24 @@ public:
         // A path that is an id says nothing of the name.
         const std::string text = node != nullptr && path == KeyText(key) ? node->name : path;
         return FillPattern("{} ({} {})", Visible(text), Sentence(Node::IsTop(key) ? Node::kTop : "id"), key.id);
+    }
+
+    /// What became of a node, for Call::Report.
+    [[nodiscard]] Outcome OutcomeOf(Key key, std::string_view outcome, Sentence sentence) const
+    {
+        return {Node::IsTop(key) ? Node::kTop : Node::kInner, key.id, PathOf(key), outcome, std::move(sentence)};
+    }
+
+    /// @param bearers  the nodes of a name among which a name counts once. @throws Error (conflict) where one of them
+    /// is not `self`.
+    void RequireNoOther(const std::vector<Key>& bearers, const std::string& name, std::optional<Key> self) const
+    {
+        for (const Key bearer : bearers) {
+            if (bearer != self) {
+                throw Error(ErrorCode::conflict,
+                            FillPattern("the name {} is taken by {}", Quoted(name), Named(bearer)));
+            }
+        }
     }
 
     /// All that is below, each once, in no order; the node itself only when a cycle leads back to it.

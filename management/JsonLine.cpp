@@ -9,7 +9,6 @@
 #include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <limits>
 
 namespace management {
@@ -145,12 +144,7 @@ std::string HeadOf(const JsonMember& member, bool goesOn)
 
 void AppendJsonText(std::string& json, const std::string& text)
 {
-    unsigned special = 0; // all bytes are looked at, which the compiler does for many at a time
-    for (const char c : text) {
-        special |= static_cast<unsigned>(c < ' ') | static_cast<unsigned>(c > '~') | static_cast<unsigned>(c == '"') |
-                   static_cast<unsigned>(c == '\\');
-    }
-    if (special == 0) {
+    if (IsPlainInJson(text)) {
         json += '"';
         json += text;
         json += '"';

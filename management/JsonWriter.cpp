@@ -1,10 +1,10 @@
 #include "management/JsonWriter.h"
 
 #include "management/Overloaded.h"
+#include "management/Text.h"
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <ostream>
 
 namespace management {
@@ -13,15 +13,9 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// Whether a text stands in JSON as it is: most do, and need none of the library's checks.
-bool IsPlain(std::string_view text)
-{
-    return std::ranges::all_of(text, [](char ch) { return ch >= ' ' && ch <= '~' && ch != '"' && ch != '\\'; });
-}
-
 void WriteText(std::string_view text, std::ostream& out)
 {
-    if (IsPlain(text)) {
+    if (IsPlainInJson(text)) {
         out << '"' << text << '"';
     } else {
         out << Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);

@@ -33,8 +33,7 @@ std::optional<RowName> FindConfused(CAConnect& conn, std::string_view table, std
                         idColumn),
             [&](CARecordset& row) {
                 RowName other;
-                row.GetValue(1, other.id);
-                other.name = TextIn(row, 2);
+                ReadColumns(row, other.id, other.name);
                 if (!found && !SameName(other.name, name)) {
                     found = other;
                 }

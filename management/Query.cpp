@@ -82,4 +82,21 @@ int NumberIn(CARecordset& row, long column)
     return number;
 }
 
+void ReadColumn(CARecordset& row, long column, int& out) { row.GetValue(column, out); }
+void ReadColumn(CARecordset& row, long column, bool& out) { row.GetValue(column, out); }
+void ReadColumn(CARecordset& row, long column, unsigned long& out) { row.GetValue(column, out); }
+void ReadColumn(CARecordset& row, long column, std::int64_t& out)
+{
+    __int64 number = out;
+    row.GetValue(column, number);
+    out = number;
+}
+void ReadColumn(CARecordset& row, long column, std::optional<int>& out)
+{
+    int number = 0;
+    out = row.GetValue(column, number) ? std::optional(number) : std::nullopt;
+}
+void ReadColumn(CARecordset& row, long column, std::string& out) { out = TextIn(row, column); }
+void ReadColumn(CARecordset& row, long column, std::optional<std::string>& out) { out = OptionalTextIn(row, column); }
+
 } // namespace management

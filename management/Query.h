@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <optional>
 #include <span>
@@ -15,6 +16,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 // How the façades ask: the module's operations, and reads of their own.
 
@@ -109,5 +111,40 @@ std::string TextIn(CARecordset& row, long column);
 std::optional<std::string> OptionalTextIn(CARecordset& row, long column);
 /// A number in a column of the current row; 0 for a NULL.
 int NumberIn(CARecordset& row, long column);
+
+/// Reads a column of the current row. A NULL leaves a number as it was, is the empty text, or nothing.
+void ReadColumn(CARecordset& row, long column, int& out);
+void ReadColumn(CARecordset& row, long column, bool& out);
+void ReadColumn(CARecordset& row, long column, unsigned long& out);
+void ReadColumn(CARecordset& row, long column, std::int64_t& out);
+void ReadColumn(CARecordset& row, long column, std::string& out);
+void ReadColumn(CARecordset& row, long column, std::optional<int>& out);
+void ReadColumn(CARecordset& row, long column, std::optional<std::string>& out);
+/// Reads columns 1, 2, ... of the current row, in their order.
+template <class... Out>
+void ReadColumns(CARecordset& row, Out&... out)
+{
+    long column = 0;
+    (ReadColumn(row, ++column, out), ...);
+}
+
+/// The rows of a query, its columns 1, 2, ... as the members, in their order. @throws DatabaseError.
+template <class Record, class... Member>
+std::vector<Record> ReadRecords(CAConnect& conn, const std::string& sql, Member Record::*... members)
+{
+    std::vector<Record> records;
+    EachRow(conn, sql, [&](CARecordset& row) {
+        Record& record = records.emplace_back();
+        ReadColumns(row, record.*members...);
+    });
+    return records;
+}
+/// The one row of a query; nothing where it gives none. @throws DatabaseError.
+template <class Record, class... Member>
+std::optional<Record> ReadRecord(CAConnect& conn, const std::string& sql, Member Record::*... members)
+{
+    std::vector<Record> records = ReadRecords(conn, sql, members...);
+    return records.empty() ? std::nullopt : std::optional(std::move(records.back()));
+}
 
 } // namespace management

@@ -25,13 +25,13 @@ std::string StatementOn(const ReferenceKind& kind, std::string_view verb, int ty
 const std::vector<ReferenceKind>& ReferenceKinds()
 {
     static const std::vector<ReferenceKind> kinds = {
-        {Countable("relation"), "qv_Relation", {kMemberColumns, kHolderColumns}},
-        {Countable("job title"), "qv_JobTitle", {kMemberColumns, kHolderColumns}},
-        {Countable("right"), "qv_ItemAce", {kHolderColumns}},
-        {Countable("right between items"), "qv_BIIAce", {kMemberColumns, kHolderColumns}},
-        {Countable("right on documents"), "Tab_BIOAce", {kHolderColumns}},
-        {Countable("backup plan link"), "Tab_Doc_Backup_Rel", {kPlanItemColumns}},
-        {Countable("web console account"), "qv_ConsoleAccount", {kHolderColumns}},
+        {Countable("relation"), Translatable("links"), "qv_Relation", {kMemberColumns, kHolderColumns}},
+        {Countable("job title"), Translatable("titles"), "qv_JobTitle", {kMemberColumns, kHolderColumns}},
+        {Countable("right"), Translatable("rights"), "qv_ItemAce", {kHolderColumns}},
+        {Countable("right between items"), Translatable("rights"), "qv_BIIAce", {kMemberColumns, kHolderColumns}},
+        {Countable("right on documents"), Translatable("object rights"), "Tab_BIOAce", {kHolderColumns}},
+        {Countable("backup plan link"), Translatable("plan assignments"), "Tab_Doc_Backup_Rel", {kPlanItemColumns}},
+        {Countable("web console account"), Translatable("web console accounts"), "qv_ConsoleAccount", {kHolderColumns}},
     };
     return kinds;
 }

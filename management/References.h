@@ -25,7 +25,8 @@ inline constexpr ItemColumns kPlanItemColumns = {"Col_QvItem_Type", "Col_QvItem_
 
 /// A table whose rows name items.
 struct ReferenceKind {
-    std::string_view noun;
+    std::string_view noun;  ///< of one, to be counted
+    std::string_view nouns; ///< of several, as the record of changes calls them
     std::string_view table;
     std::vector<ItemColumns> sides;
 };

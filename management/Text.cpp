@@ -101,6 +101,16 @@ std::string ShellQuoted(std::string_view word)
     return quoted + "'";
 }
 
+bool IsPlainInJson(std::string_view text)
+{
+    unsigned special = 0; // all bytes are looked at, which the compiler does for many at a time
+    for (const char c : text) {
+        special |= static_cast<unsigned>(c < ' ') | static_cast<unsigned>(c > '~') | static_cast<unsigned>(c == '"') |
+                   static_cast<unsigned>(c == '\\');
+    }
+    return special == 0;
+}
+
 std::vector<std::string> SplitAtCommas(std::string_view text)
 {
     std::vector<std::string> parts;

@@ -24,6 +24,8 @@ std::string ShellQuoted(std::string_view word);
 /// Whether a byte of UTF-8 goes on with the character of the one before it.
 constexpr bool ContinuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
+/// Whether a text stands between the quotes of a JSON string as it is: most do, and need none of the library's checks.
+bool IsPlainInJson(std::string_view text);
 /// What is between the commas of a text, in their order; of the empty text, one empty part.
 std::vector<std::string> SplitAtCommas(std::string_view text);
 bool HasControlCharacter(std::string_view text);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -22,8 +24,13 @@ struct TextValue : std::string {
     TextValue(std::string text) noexcept : std::string(std::move(text)) {}
 };
 
+/// A sentence as a value: programs get the English, people their language.
+struct SentenceValue : Sentence {
+    SentenceValue(Sentence sentence) : Sentence(std::move(sentence)) {}
+};
+
 /// One value of a row; the first alternative is "absent".
-using Value = std::variant<std::monostate, std::int64_t, bool, Choice, TextValue>;
+using Value = std::variant<std::monostate, std::int64_t, bool, Choice, TextValue, SentenceValue>;
 
 struct Table {
     std::vector<std::string> columns;

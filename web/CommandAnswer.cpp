@@ -317,7 +317,7 @@ std::optional<Problem> FindChange(CAConnect& conn, const Condition& condition, c
 {
     WebFrontEnd front(*condition.command, condition.arguments, {}, caller);
     Call call = CallFor(conn, front, {});
-    const Result present = condition.command->run(call, condition.arguments);
+    const Result present = condition.command->handler.run(call, condition.arguments);
     const std::string version = VersionOf(present);
     if (IsSame(version, condition.version)) {
         return std::nullopt;
@@ -466,7 +466,7 @@ Response RunWriting(CAConnect& conn, const CommandRequest& request, const Caller
     CallOptions options = OptionsFor(request, caller);
     options.joinsTransaction = true;
     Call call = CallFor(conn, front, std::move(options));
-    const Result result = request.command.run(call, *request.arguments);
+    const Result result = request.command.handler.run(call, *request.arguments);
     const int after = LatestEntry(conn);
     if (const std::optional<Problem> problem = FindRefusal(conn, before, after, front.outcomes, caller, front)) {
         return ResponseOf(*problem);
@@ -479,7 +479,7 @@ Response RunWriting(CAConnect& conn, const CommandRequest& request, const Caller
 Response RunReading(CAConnect& conn, const CommandRequest& request, WebFrontEnd& front)
 {
     Call call = CallFor(conn, front, {});
-    const Result result = request.command.run(call, *request.arguments);
+    const Result result = request.command.handler.run(call, *request.arguments);
     return {200, "application/json", BodyOf(request, front, result, {})};
 }
 
@@ -517,7 +517,7 @@ Response RunLong(CAConnect& conn, const CommandRequest& request, const Caller& c
     Call call = CallFor(conn, front, OptionsFor(request, caller));
     std::optional<Result> result;
     try {
-        result = request.command.run(call, *request.arguments);
+        result = request.command.handler.run(call, *request.arguments);
     } catch (const Error&) {
         tell();
         throw;
@@ -608,7 +608,7 @@ private:
     void LookAtPlan(const WebArguments& arguments)
     {
         try {
-            m_request.command.run(m_call, arguments);
+            m_request.command.handler.run(m_call, arguments);
         } catch (const PlanSeen&) {
             return;
         }
@@ -677,7 +677,7 @@ private:
     {
         Transaction transaction(m_conn);
         const int before = LatestEntry(m_conn);
-        m_result = m_request.command.run(m_call, arguments);
+        m_result = m_request.command.handler.run(m_call, arguments);
         const int after = LatestEntry(m_conn);
         const std::vector<Outcome> own(m_front.outcomes.begin() + static_cast<long>(first), m_front.outcomes.end());
         if (std::optional<Problem> problem = FindRefusal(m_conn, before, after, own, m_caller, m_front)) {

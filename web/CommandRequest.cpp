@@ -27,7 +27,7 @@ struct Offered {
 std::vector<Offered> OfferedBy(const Command& command)
 {
     std::vector<Offered> all;
-    for (const ParamInfo& param : command.params()) {
+    for (const ParamInfo& param : command.handler.params()) {
         if (param.isSet) {
             for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
                 all.push_back(
@@ -90,9 +90,9 @@ Condition ReadCondition(const JsonValue& value, const SessionResults& results)
 bool HasRoute(const Command& command)
 {
     const bool showsSecret = command.effect == Effect::read && command.risk == Risk::stepUp;
-    return command.run != nullptr && !showsSecret && std::ranges::none_of(command.params(), [](const ParamInfo& param) {
-               return param.isRequired && !IsOffered(param);
-           });
+    return command.handler.run != nullptr && !showsSecret &&
+           std::ranges::none_of(command.handler.params(),
+                                [](const ParamInfo& param) { return param.isRequired && !IsOffered(param); });
 }
 
 bool IsOffered(const ParamInfo& param) { return param.kind != Kind::file; }
@@ -150,7 +150,7 @@ std::string TextOf(const WebArguments& given, const std::vector<Offered>& offere
 /// The parameter that takes several users, or users and groups; empty: none.
 std::string NameOfMany(const Command& command)
 {
-    for (const ParamInfo& param : command.params()) {
+    for (const ParamInfo& param : command.handler.params()) {
         if (param.isList && param.isPositional && (param.kind == Kind::user || param.kind == Kind::holder)) {
             return std::string(param.name);
         }

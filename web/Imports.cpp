@@ -131,7 +131,7 @@ public:
     {
         // The header comes first, and is nothing to import by itself.
         ++m_failedCount;
-        if (record.problem.empty()) {
+        if (record.problem.IsEmpty()) {
             WriteCsvRow(record.fields, m_failed, m_job.m_order.delimiter);
         } else {
             m_failed << record.text << '\n';
@@ -191,7 +191,7 @@ void ImportJob::Run(CAConnect& conn, const Surroundings& surroundings) noexcept
         std::string error;
         try {
             Import(call, front, report, synchronisation);
-            error = report.cutShort.empty() ? "" : "stopped";
+            error = report.cutShort.IsEmpty() ? "" : "stopped";
         } catch (const Error& e) {
             error = e.what();
         }
@@ -218,7 +218,7 @@ void ImportJob::Import(Call& call, Front& front, ImportReport& report, std::opti
         m_leaversDigest = synchronisation->Digest();
     }
     ImportUsers(call, source, m_order.options, report);
-    if (synchronisation && report.cutShort.empty()) {
+    if (synchronisation && report.cutShort.IsEmpty()) {
         synchronisation->Apply(call);
     }
 }
@@ -350,7 +350,7 @@ void Imports::WriteLook(JsonWriter& json, const std::string& session, char delim
     std::istringstream in(TextOf(session));
     CsvReader reader(in, delimiter);
     const std::optional<CsvRecord> header = reader.Next();
-    if (!header || !header->problem.empty() || header->line != 1) {
+    if (!header || !header->problem.IsEmpty() || header->line != 1) {
         Refuse("the first line does not hold the names of the columns");
     }
     WriteTexts(json, "columns", header->fields);

@@ -147,23 +147,13 @@ std::string AddIns::Text(std::string_view text) const { return std::string(Escap
 
 std::vector<AddIn> AddIns::Select(const std::string& condition)
 {
-    std::vector<AddIn> addIns;
-    EachRow(m_conn,
-            "SELECT Col_ID, Col_Name, Col_AddInType, Col_IsPublic, Col_Disabled, Col_Desc, Col_PackageName, Col_Index "
-            "FROM kel_AddIn" +
-                condition,
-            [&addIns](CARecordset& row) {
-                AddIn& addIn = addIns.emplace_back();
-                row.GetValue(1, addIn.id);
-                addIn.name = TextIn(row, 2);
-                row.GetValue(3, addIn.type);
-                row.GetValue(4, addIn.isPublic);
-                row.GetValue(5, addIn.isDisabled);
-                addIn.description = TextIn(row, 6);
-                addIn.package = TextIn(row, 7);
-                row.GetValue(8, addIn.index);
-            });
-    return addIns;
+    return ReadRecords(
+        m_conn,
+        "SELECT Col_ID, Col_Name, Col_AddInType, Col_IsPublic, Col_Disabled, Col_Desc, Col_PackageName, Col_Index "
+        "FROM kel_AddIn" +
+            condition,
+        &AddIn::id, &AddIn::name, &AddIn::type, &AddIn::isPublic, &AddIn::isDisabled, &AddIn::description,
+        &AddIn::package, &AddIn::index);
 }
 
 void AddIns::KeepOfPackage(std::vector<AddIn>& addIns, std::string_view package)
@@ -285,22 +275,10 @@ void AddIns::DeleteOfPackage(std::string_view package)
 
 std::vector<Package> Packages::Select(const std::string& condition)
 {
-    std::vector<Package> packages;
-    EachRow(m_conn,
-            "SELECT Col_ID, Col_Name, Col_Ver, Col_Desc, Col_Dt_Modify, Col_Disabled FROM kel_Package" + condition,
-            [&packages](CARecordset& row) {
-                Package& package = packages.emplace_back();
-                row.GetValue(1, package.id);
-                package.name = TextIn(row, 2);
-                row.GetValue(3, package.version);
-                package.description = TextIn(row, 4);
-                CString modified;
-                if (row.GetValue(5, modified, true)) {
-                    package.modified = std::string(modified.View());
-                }
-                row.GetValue(6, package.isDisabled);
-            });
-    return packages;
+    return ReadRecords(
+        m_conn, "SELECT Col_ID, Col_Name, Col_Ver, Col_Desc, Col_Dt_Modify, Col_Disabled FROM kel_Package" + condition,
+        &Package::id, &Package::name, &Package::version, &Package::description, &Package::modified,
+        &Package::isDisabled);
 }
 
 std::vector<Package> Packages::List()

@@ -135,27 +135,20 @@ Result Delete(Call& call, const SeveralNotices& /*in*/, const Deletion& deletion
 constexpr Command kCommands[] = {
     {.path = {"board", "list"},
      .summary = "notices, the latest first",
-     .examples = "  qvadmin board list --limit 10",
-     .effect = Effect::read,
-     .params = &InfosOf<kListParams>,
+     .examples = {"qvadmin board list --limit 10"},
      .columns = kListColumns,
-     .run = &Read<&List, kListParams>},
+     .handler = Read<&List, kListParams>()},
     {.path = {"board", "show"},
      .summary = "a notice with its attachments, replies and readers",
-     .examples = "  qvadmin board show 17\n"
-                 "  qvadmin board show 17 -o json",
-     .effect = Effect::read,
-     .params = &InfosOf<kOneParams>,
+     .examples = {"qvadmin board show 17", "qvadmin board show 17 -o json"},
      .columns = kShowColumns,
-     .run = &Read<&Show, kOneParams>},
+     .handler = Read<&Show, kOneParams>()},
     {.path = {"board", "delete"},
      .summary = "delete notices with all that belongs to them; asks first",
-     .examples = "  qvadmin board delete 17\n"
-                 "  qvadmin board delete 17 18 --yes",
+     .examples = {"qvadmin board delete 17", "qvadmin board delete 17 18 --yes"},
      .effect = Effect::remove,
      .asks = true,
-     .params = &InfosOf<kSeveralParams>,
-     .run = &WritePlanned<&PlanDeletion, &Delete, kSeveralParams>},
+     .handler = WritePlanned<&PlanDeletion, &Delete, kSeveralParams>()},
 };
 
 } // namespace

@@ -31,7 +31,7 @@ namespace {
 constexpr std::array<std::pair<int, std::string_view>, 4> kItemTables = {
     {{kItemTypeUser, "qv_User"}, {kItemTypeGroup, "qv_Group"}, {kItemTypeRole, "qv_Role"}, {kItemTypeView, "qv_View"}}};
 
-constexpr const char* kOrphanRepair = "--fix deletes them";
+constexpr const char* kOrphanRepair = Translatable("--fix deletes them");
 
 /// Rows of a table that name an item which is not there.
 std::string OrphanCondition(const ReferenceKind& kind)
@@ -112,8 +112,8 @@ private:
         return example;
     }
 
-    void AddRows(std::string_view name, std::string sentence, std::string_view table, const std::string& condition,
-                 std::string repair, bool isMended)
+    void AddRows(std::string_view name, Sentence sentence, std::string_view table, const std::string& condition,
+                 Sentence repair, bool isMended)
     {
         const std::int64_t count = Count(table, condition);
         if (count != 0) {
@@ -125,29 +125,31 @@ private:
 
     void FindOrphansOf(const ReferenceKind& kind)
     {
-        const std::string_view noun = audit::FindAuditedTable(kind.table)->noun;
-        AddRows("orphans", fmt::format("{}s of or to something that is gone, in {}", noun, kind.table), kind.table,
-                OrphanCondition(kind), kOrphanRepair, true);
+        AddRows("orphans", FillPattern("{} of or to something that is gone, in {}", Sentence(kind.nouns), kind.table),
+                kind.table, OrphanCondition(kind), kOrphanRepair, true);
     }
 
     void FindOtherOrphans()
     {
-        AddRows("orphans", "assignments of backup plans that are gone", "Tab_Doc_Backup_Rel",
+        AddRows("orphans", Translatable("assignments of backup plans that are gone"), "Tab_Doc_Backup_Rel",
                 "Col_PlanID NOT IN (SELECT p.Col_ID FROM Tab_Doc_Backup_Plan p)", kOrphanRepair, true);
         const std::string gone = fmt::format(
             "(Col_S_ClassID = {} AND Col_S_ObjID NOT IN (SELECT f.Col_ID FROM Tab_Doc_VFolder f))", kFolderClass);
-        AddRows("orphans", "folder links of or to something that is gone, in Tab_Doc_Root_Link", "Tab_Doc_Root_Link",
-                "Col_P_ObjID NOT IN (SELECT r.Col_ID FROM Tab_Doc_Root r) OR " + gone, kOrphanRepair, true);
-        AddRows("orphans", "folder links of or to something that is gone, in Tab_Doc_VFolder_Link",
-                "Tab_Doc_VFolder_Link", "Col_P_ObjID NOT IN (SELECT p.Col_ID FROM Tab_Doc_VFolder p) OR " + gone,
+        for (const auto& [table, parents] :
+             {std::pair("Tab_Doc_Root_Link", "Tab_Doc_Root"), std::pair("Tab_Doc_VFolder_Link", "Tab_Doc_VFolder")}) {
+            AddRows(
+                "orphans",
+                FillPattern("{} of or to something that is gone, in {}", Sentence(Translatable("folder links")), table),
+                table, fmt::format("Col_P_ObjID NOT IN (SELECT p.Col_ID FROM {} p) OR {}", parents, gone),
                 kOrphanRepair, true);
+        }
     }
 
     void FindUnknownTypes()
     {
-        AddRows("unknown_types", "links of items of a type that this program does not know", "qv_Relation",
-                "Col_QvItemType NOT IN (1, 2, 3, 4) OR Col_DQvItemType NOT IN (1, 2, 3, 4)",
-                "look what other program wrote them", false);
+        AddRows("unknown_types", Translatable("links of items of a type that this program does not know"),
+                "qv_Relation", "Col_QvItemType NOT IN (1, 2, 3, 4) OR Col_DQvItemType NOT IN (1, 2, 3, 4)",
+                Translatable("look what other program wrote them"), false);
     }
 
     // All equal rows but one go. A statement cannot spare one of them, so all go, and one comes back.
@@ -156,8 +158,8 @@ private:
         const audit::AuditedTable& table = *audit::FindAuditedTable("qv_Relation");
         const std::string columns = audit::ColumnList(table);
         Problem problem{.name = "doubled_links",
-                        .sentence = "links that are there more than once",
-                        .repair = "--fix leaves one of each"};
+                        .sentence = Translatable("links that are there more than once"),
+                        .repair = Translatable("--fix leaves one of each")};
         EachRow(m_conn, fmt::format("SELECT {0}, COUNT(*) FROM qv_Relation GROUP BY {0} HAVING COUNT(*) > 1", columns),
                 [&](CARecordset& row) {
                     std::vector<std::string> values;
@@ -167,8 +169,9 @@ private:
                         conditions.push_back(fmt::format("{} = {}", column, values.back()));
                     }
                     ++problem.count;
-                    problem.example =
-                        problem.example.empty() ? fmt::format("{}", fmt::join(conditions, ", ")) : problem.example;
+                    problem.example = problem.example.IsEmpty()
+                                          ? Sentence(fmt::format("{}", fmt::join(conditions, ", ")))
+                                          : problem.example;
                     problem.statements.push_back(
                         fmt::format("DELETE FROM qv_Relation WHERE {}", fmt::join(conditions, " AND ")));
                     problem.statements.push_back(
@@ -187,12 +190,13 @@ private:
     void FindLostGroups()
     {
         Problem lost{.name = "groups_without_view",
-                     .sentence = "groups below no view, which nobody sees",
-                     .repair = "`qvadmin group move` gives them a place, `qvadmin group delete` removes them"};
+                     .sentence = Translatable("groups below no view, which nobody sees"),
+                     .repair =
+                         Translatable("`qvadmin group move` gives them a place, `qvadmin group delete` removes them")};
         for (const Node& node : m_organisation.Places()) {
             if (!node.isReachable) {
                 ++lost.count;
-                lost.example = lost.example.empty() ? m_organisation.Named(node.key).English() : lost.example;
+                lost.example = lost.example.IsEmpty() ? m_organisation.Named(node.key) : lost.example;
             }
         }
         Add(std::move(lost));
@@ -202,8 +206,8 @@ private:
     void FindCycles()
     {
         Problem cycles{.name = "cycles",
-                       .sentence = "groups that are below themselves",
-                       .repair = "`qvadmin group move` or `qvadmin member remove` ends the cycle"};
+                       .sentence = Translatable("groups that are below themselves"),
+                       .repair = Translatable("`qvadmin group move` or `qvadmin member remove` ends the cycle")};
         for (const Node& node : m_organisation.Places()) {
             const bool mayBegin = cycles.count == 0 && (node.parents.empty() || !node.isReachable);
             const std::vector<ItemKey> cycle = mayBegin ? m_organisation.FindCycle(node.key) : std::vector<ItemKey>();
@@ -218,7 +222,7 @@ private:
     void FindDoubledGroups()
     {
         Problem doubled{.name = "doubled_names",
-                        .sentence = "groups with the same name in one place",
+                        .sentence = Translatable("groups with the same name in one place"),
                         .repair = "`qvadmin group rename`"};
         std::map<std::pair<ItemKey, std::string>, int> names;
         for (const Node& node : m_organisation.Places()) {
@@ -249,11 +253,11 @@ private:
     void FindUsers()
     {
         Problem doubled{.name = "doubled_logins",
-                        .sentence = "login names that several users have",
+                        .sentence = Translatable("login names that several users have"),
                         .repair = "`qvadmin user rename id:N`"};
         Problem alike{.name = "alike_logins",
-                      .sentence = "login names that look like another one and differ from it",
-                      .repair = "`qvadmin user rename`, where one of them is meant to deceive"};
+                      .sentence = Translatable("login names that look like another one and differ from it"),
+                      .repair = Translatable("`qvadmin user rename`, where one of them is meant to deceive")};
         std::unordered_map<std::string, std::string> seen;
         EachRow(m_conn, "SELECT Col_LoginName FROM qv_User", [&](CARecordset& row) {
             const std::string login = TextIn(row, 1);
@@ -261,18 +265,18 @@ private:
             if (!isNew) {
                 Problem& problem = SameName(known->second, login) ? doubled : alike;
                 ++problem.count;
-                problem.example = fmt::format("{} and {}", Quoted(known->second), Quoted(login));
+                problem.example = FillPattern("{} and {}", Quoted(known->second), Quoted(login));
             }
         });
         Add(std::move(doubled));
         Add(std::move(alike));
-        AddUsers("plain_passwords", "users whose password is stored as plain text", std::string(kHasPlainPassword),
-                 "`qvadmin user password set`");
-        AddUsers("no_password", "users without a password who are not locked", std::string(kHasNoPassword),
-                 "`qvadmin user password set`, or `qvadmin user lock`");
+        AddUsers("plain_passwords", Translatable("users whose password is stored as plain text"),
+                 std::string(kHasPlainPassword), "`qvadmin user password set`");
+        AddUsers("no_password", Translatable("users without a password who are not locked"),
+                 std::string(kHasNoPassword), Translatable("`qvadmin user password set`, or `qvadmin user lock`"));
     }
 
-    void AddUsers(std::string_view name, std::string sentence, const std::string& condition, std::string repair,
+    void AddUsers(std::string_view name, Sentence sentence, const std::string& condition, Sentence repair,
                   std::vector<std::string> statements = {})
     {
         std::string example;
@@ -286,32 +290,28 @@ private:
     void FindDepartments()
     {
         const std::string gone = "Col_DeptID <> 0 AND Col_DeptID NOT IN (SELECT g.Col_ID FROM qv_Group g)";
-        AddUsers("lost_departments", "users whose department is a group that is gone", gone,
-                 "--fix takes the department away",
+        AddUsers("lost_departments", Translatable("users whose department is a group that is gone"), gone,
+                 Translatable("--fix takes the department away"),
                  {"UPDATE qv_User SET Col_DeptID = 0, Col_DeptInfo = '' WHERE " + gone});
         FindStaleDepartments();
     }
 
     void FindStaleDepartments()
     {
-        Problem stale{.name = "stale_departments",
-                      .sentence = "users whose department's text is not the path of the group that it names by id",
-                      .repair = "--fix writes the path"};
+        Problem stale{
+            .name = "stale_departments",
+            .sentence = Translatable("users whose department's text is not the path of the group that it names by id"),
+            .repair = Translatable("--fix writes the path")};
         struct Department {
             int id = 0;
             std::string text;
             int users = 0;
         };
-        std::vector<Department> departments;
-        EachRow(m_conn,
-                "SELECT Col_DeptID, Col_DeptInfo, COUNT(*) FROM qv_User WHERE Col_DeptID <> 0 GROUP BY Col_DeptID, "
-                "Col_DeptInfo",
-                [&departments](CARecordset& row) {
-                    Department& department = departments.emplace_back();
-                    row.GetValue(1, department.id);
-                    department.text = TextIn(row, 2);
-                    row.GetValue(3, department.users);
-                });
+        const std::vector<Department> departments = ReadRecords(
+            m_conn,
+            "SELECT Col_DeptID, Col_DeptInfo, COUNT(*) FROM qv_User WHERE Col_DeptID <> 0 GROUP BY Col_DeptID, "
+            "Col_DeptInfo",
+            &Department::id, &Department::text, &Department::users);
         for (const Department& department : departments) {
             const ItemKey group{kItemTypeGroup, department.id};
             const std::string path = m_organisation.Find(group) == nullptr ? "" : m_organisation.PathOf(group);
@@ -322,7 +322,7 @@ private:
             }
             const std::string text = path.substr(view + 1);
             stale.count += department.users;
-            stale.example = fmt::format("{} in place of {}", Quoted(department.text), Quoted(text));
+            stale.example = FillPattern("{} in place of {}", Quoted(department.text), Quoted(text));
             stale.statements.push_back(
                 fmt::format("UPDATE qv_User SET Col_DeptInfo = {} WHERE Col_DeptID = {} AND Col_DeptInfo = {}",
                             Literal(m_conn, text), department.id, Literal(m_conn, department.text)));
@@ -333,13 +333,14 @@ private:
     void FindDefaultRoles()
     {
         Problem several{.name = "default_roles",
-                        .sentence = "roles that have the name of the role of every user, beside the first",
-                        .repair = "`qvadmin role set id:N --name`, or `qvadmin role delete id:N`"};
+                        .sentence =
+                            Translatable("roles that have the name of the role of every user, beside the first"),
+                        .repair = Translatable("`qvadmin role set id:N --name`, or `qvadmin role delete id:N`")};
         bool isFirst = true;
         for (const ListedRole& role : Roles(m_conn).List(RoleScope())) {
             if (SameName(role.name, kDefaultRole) && !std::exchange(isFirst, false)) {
                 ++several.count;
-                several.example = fmt::format("role {} (id {})", Visible(role.name), role.id);
+                several.example = FillPattern("role {} (id {})", Visible(role.name), role.id);
             }
         }
         Add(std::move(several));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -21,10 +23,10 @@ inline constexpr std::string_view kHasNoPassword = "(Col_PWord = '' OR Col_PWord
 /// One kind of problem that was found.
 struct Problem {
     std::string_view name; ///< a word for programs, such as "orphaned_links"
-    std::string sentence;  ///< such as "links of or to something that is gone"
+    Sentence sentence;     ///< such as "links of or to something that is gone"
     std::int64_t count = 0;
-    std::string example = {};
-    std::string repair;                       ///< what to do about it
+    Sentence example = {};
+    Sentence repair;                          ///< what to do about it
     std::vector<std::string> statements = {}; ///< that mend it; none where somebody has to decide
 
     bool operator==(const Problem&) const = default;

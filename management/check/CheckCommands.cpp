@@ -29,8 +29,8 @@ Result Show(Call& call, const CheckInput& /*in*/)
     const auto progress = [&call](long done, long total) { call.ShowProgress(done, total); };
     for (const Problem& problem : FindProblems(call.Connection(), progress)) {
         result.hasFindings = true;
-        if (!call.Row(std::string(problem.name), problem.count, problem.sentence, problem.example, problem.repair,
-                      !problem.statements.empty())) {
+        if (!call.Row(std::string(problem.name), problem.count, SentenceValue(problem.sentence),
+                      SentenceValue(problem.example), SentenceValue(problem.repair), !problem.statements.empty())) {
             break;
         }
     }
@@ -77,14 +77,12 @@ Result Mend(Call& call, const CheckInput& /*in*/, const Repair& repair)
 constexpr Command kCommands[] = {
     {.path = {"db", "check"},
      .summary = "what does not hold together: orphans, cycles, doubled and alike names, stale departments, passwords",
-     .examples = "  qvadmin db check\n"
-                 "  qvadmin db check --fix --dry-run",
+     .examples = {"qvadmin db check", "qvadmin db check --fix --dry-run"},
      .effect = Effect::change,
      .asks = true,
      .duration = Duration::longRunning,
-     .params = &InfosOf<kCheckParams>,
      .columns = kCheckColumns,
-     .run = &ReadOr<&IsQuestion, &Show, &WritePlanned<&PlanRepair, &Mend, kCheckParams>, kCheckParams>},
+     .handler = ReadOr<&IsQuestion, &Show, &RunPlanned<&PlanRepair, &Mend, CheckInput>, kCheckParams>()},
 };
 
 } // namespace

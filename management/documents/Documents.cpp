@@ -30,20 +30,6 @@ namespace {
 
 constexpr std::string_view kListedBy = "folder tree";
 
-std::optional<std::string> TimeIn(CARecordset& row, long column)
-{
-    CString text;
-    return row.GetValue(column, text, true) ? std::optional(std::string(text.View())) : std::nullopt;
-}
-
-/// A number of 64 bits; 0 for a NULL.
-std::int64_t WideIn(CARecordset& row, long column)
-{
-    __int64 number = 0;
-    row.GetValue(column, number);
-    return number;
-}
-
 std::string_view LinkTable(DocKind parent)
 {
     return parent == DocKind::root ? "Tab_Doc_Root_Link" : "Tab_Doc_VFolder_Link";
@@ -108,8 +94,7 @@ void FolderTree::LoadPlaces(CAConnect& conn)
     const auto read = [&](DocKind kind, const char* sql) {
         EachRow(conn, sql, [&](CARecordset& row) {
             DocPlace& place = Add({kind, 0});
-            row.GetValue(1, place.key.id);
-            place.name = TextIn(row, 2);
+            ReadColumns(row, place.key.id, place.name);
             place.nameKey = NameKey(place.name);
             roots[place.name] += kind == DocKind::root ? 1 : 0;
         });
@@ -131,8 +116,7 @@ void FolderTree::LoadLinks(CAConnect& conn, DocKind parent)
                         kFolderClass),
             [&](CARecordset& row) {
                 LinkRow link{{parent, 0}, {DocKind::folder, 0}};
-                row.GetValue(1, link.parent.id);
-                row.GetValue(2, link.folder.id);
+                ReadColumns(row, link.parent.id, link.folder.id);
                 m_links.push_back(link);
                 Link(link.parent, link.folder);
             });
@@ -145,10 +129,8 @@ void FolderTree::LoadOthers(CAConnect& conn, DocKind parent)
                         "GROUP BY Col_P_ObjID",
                         LinkTable(parent), kFolderClass),
             [&](CARecordset& row) {
-                DocKey key{parent, 0};
-                row.GetValue(1, key.id);
-                if (const std::optional<std::size_t> place = IndexOf(key)) {
-                    row.GetValue(2, At(*place).others);
+                if (const std::optional<std::size_t> place = IndexOf({parent, NumberIn(row, 1)})) {
+                    At(*place).others = NumberIn(row, 2);
                 }
             });
 }
@@ -317,28 +299,14 @@ void Documents::Save(std::string_view what, Write write)
 
 std::vector<RootData> Documents::ReadRoots(const std::string& condition)
 {
-    std::vector<RootData> roots;
-    EachRow(m_conn,
-            "SELECT Col_ID, Col_Name, Col_Desc, Col_DataPath, Col_Dt_Create, Col_MaxSize, Col_UsedSize, Col_DispName, "
-            "Col_HaveSubItem, Col_Type, Col_Style, Col_OwnerID FROM Tab_Doc_Root" +
-                condition,
-            [&roots](CARecordset& row) {
-                RootData& root = roots.emplace_back();
-                long column = 0;
-                row.GetValue(++column, root.id);
-                root.name = TextIn(row, ++column);
-                root.description = TextIn(row, ++column);
-                root.path = TextIn(row, ++column);
-                root.created = TimeIn(row, ++column);
-                root.maxSize = WideIn(row, ++column);
-                root.usedSize = WideIn(row, ++column);
-                root.displayName = TextIn(row, ++column);
-                row.GetValue(++column, root.hasSubItems);
-                row.GetValue(++column, root.type);
-                row.GetValue(++column, root.style);
-                row.GetValue(++column, root.ownerId);
-            });
-    return roots;
+    return ReadRecords(
+        m_conn,
+        "SELECT Col_ID, Col_Name, Col_Desc, Col_DataPath, Col_Dt_Create, Col_MaxSize, Col_UsedSize, Col_DispName, "
+        "Col_HaveSubItem, Col_Type, Col_Style, Col_OwnerID FROM Tab_Doc_Root" +
+            condition,
+        &RootData::id, &RootData::name, &RootData::description, &RootData::path, &RootData::created, &RootData::maxSize,
+        &RootData::usedSize, &RootData::displayName, &RootData::hasSubItems, &RootData::type, &RootData::style,
+        &RootData::ownerId);
 }
 
 std::vector<RootData> Documents::Roots(std::optional<int> type)
@@ -412,21 +380,13 @@ void Documents::ChangeRoot(int id, const RootChanges& changes)
 
 std::optional<FolderData> Documents::LoadFolder(int id)
 {
-    std::optional<FolderData> folder;
-    EachRow(m_conn,
-            fmt::format("SELECT Col_Name, Col_Style, Col_Creator_ID, Col_Creator_Name, Col_Dt_Create, Col_HaveSubItem "
-                        "FROM Tab_Doc_VFolder WHERE Col_ID = {}",
-                        id),
-            [&folder](CARecordset& row) {
-                FolderData& data = folder.emplace();
-                data.name = TextIn(row, 1);
-                row.GetValue(2, data.style);
-                row.GetValue(3, data.creatorId);
-                data.creator = TextIn(row, 4);
-                data.created = TimeIn(row, 5);
-                row.GetValue(6, data.hasSubItems);
-            });
-    return folder;
+    return ReadRecord(
+        m_conn,
+        fmt::format("SELECT Col_Name, Col_Style, Col_Creator_ID, Col_Creator_Name, Col_Dt_Create, Col_HaveSubItem "
+                    "FROM Tab_Doc_VFolder WHERE Col_ID = {}",
+                    id),
+        &FolderData::name, &FolderData::style, &FolderData::creatorId, &FolderData::creator, &FolderData::created,
+        &FolderData::hasSubItems);
 }
 
 std::optional<RowName> Documents::FindConfusedFolder(DocKey parent, std::string_view name, std::optional<DocKey> except)

@@ -92,6 +92,7 @@ struct DocPlace : HierarchyNode {
     bool sharesName = false; ///< a root whose name another root has as well
 
     static constexpr std::string_view kTop = Translatable("root");
+    static constexpr std::string_view kInner = "folder";
     static constexpr std::string_view kPathHelp = "/ROOT/FOLDER, or id:17, or root:4";
     [[nodiscard]] static bool IsTop(DocKey key);
     [[nodiscard]] static DocKey KeyOf(bool isTop, int id);

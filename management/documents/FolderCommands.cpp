@@ -141,11 +141,6 @@ constexpr Column kStyleColumns[] = {{"style", Kind::number}};
 
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
-Outcome OutcomeOf(const FolderTree& tree, DocKey folder, std::string_view outcome, Sentence sentence)
-{
-    return {"folder", folder.id, tree.PathOf(folder), outcome, std::move(sentence)};
-}
-
 FolderData LoadFolder(Documents& documents, DocKey key)
 {
     const std::optional<FolderData> folder = documents.LoadFolder(key.id);
@@ -158,12 +153,7 @@ FolderData LoadFolder(Documents& documents, DocKey key)
 void RequireFreeName(const FolderTree& tree, Documents& documents, DocKey parent, const std::string& name,
                      std::optional<DocKey> self)
 {
-    for (const DocKey other : tree.ChildrenNamed(parent, name)) {
-        if (other != self) {
-            throw Error(ErrorCode::conflict,
-                        FillPattern("the name {} is taken by {}", Quoted(name), tree.Named(other)));
-        }
-    }
+    tree.RequireNoOther(tree.ChildrenNamed(parent, name), name, self);
     if (const auto other = documents.FindConfusedFolder(parent, name, self)) {
         ThrowConfused("name", name, *other);
     }
@@ -288,7 +278,7 @@ Result Rename(Call& call, const FolderToRename& in)
         RequireFreeName(tree, documents, parent, in.name, key);
     }
     documents.RenameFolder(key.id, place.name, in.name);
-    call.Report(OutcomeOf(tree, key, "renamed", FillPattern("renamed {} to {}", tree.Named(key), Visible(in.name))));
+    call.Report(tree.OutcomeOf(key, "renamed", FillPattern("renamed {} to {}", tree.Named(key), Visible(in.name))));
     return {};
 }
 
@@ -298,7 +288,7 @@ Result SetStyle(Call& call, const FolderToStyle& in)
     const DocKey key = tree.FindFolder(in.folder);
     Documents documents(call.Connection());
     documents.SetFolderStyle(key.id, LoadFolder(documents, key).style, *in.style);
-    call.Report(OutcomeOf(tree, key, "changed", FillPattern("changed {}", tree.Named(key))));
+    call.Report(tree.OutcomeOf(key, "changed", FillPattern("changed {}", tree.Named(key))));
     return {};
 }
 
@@ -329,8 +319,9 @@ Result Link(Call& call, const FolderToLink& in)
     Documents documents(call.Connection());
     const Placement place{tree.FindPlace(in.parent), tree.FindFolder(in.folder)};
     AddPlace(tree, documents, place);
-    call.Report(OutcomeOf(tree, place.folder, "linked",
-                          FillPattern("{} is now under {} too", tree.Named(place.folder), tree.Named(place.parent))));
+    call.Report(
+        tree.OutcomeOf(place.folder, "linked",
+                       FillPattern("{} is now under {} too", tree.Named(place.folder), tree.Named(place.parent))));
     return {};
 }
 
@@ -346,8 +337,8 @@ Result Move(Call& call, const FolderToMove& in)
     if (from) {
         documents.RemoveLink(*from);
     }
-    call.Report(OutcomeOf(tree, to.folder, "moved",
-                          FillPattern("{} is now under {}", tree.Named(to.folder), tree.Named(to.parent))));
+    call.Report(tree.OutcomeOf(to.folder, "moved",
+                               FillPattern("{} is now under {}", tree.Named(to.folder), tree.Named(to.parent))));
     return {};
 }
 
@@ -376,7 +367,7 @@ Unlinking PlanUnlinking(Call& call, const FolderToUnlink& in)
         unlinking.removed = 1;
     }
     unlinking.outcome =
-        OutcomeOf(tree, unlinking.place.folder, "unlinked", FillPattern("{} is no longer under {}", folder, parent));
+        tree.OutcomeOf(unlinking.place.folder, "unlinked", FillPattern("{} is no longer under {}", folder, parent));
     return unlinking;
 }
 
@@ -431,82 +422,60 @@ Result Delete(Call& call, const FolderToDelete& /*in*/, const Deletion& deletion
 constexpr Command kCommands[] = {
     {.path = {"folder", "tree"},
      .summary = "draw document roots and the folders below them",
-     .examples = "  qvadmin folder tree\n"
-                 "  qvadmin folder tree Main --depth 2\n"
-                 "  qvadmin folder tree /Main/Contracts -o csv",
-     .effect = Effect::read,
-     .params = &InfosOf<kTreeParams>,
+     .examples = {"qvadmin folder tree", "qvadmin folder tree Main --depth 2",
+                  "qvadmin folder tree /Main/Contracts -o csv"},
      .columns = kTreeColumns,
      .isTree = true,
-     .run = &ReadSnapshot<&Tree, kTreeParams>},
+     .handler = ReadSnapshot<&Tree, kTreeParams>()},
     {.path = {"folder", "list"},
      .summary = "the folders directly under a document root or folder",
-     .examples = "  qvadmin folder list /Main\n"
-                 "  qvadmin folder list /Main/Contracts -o csv",
-     .effect = Effect::read,
-     .params = &InfosOf<kListParams>,
+     .examples = {"qvadmin folder list /Main", "qvadmin folder list /Main/Contracts -o csv"},
      .columns = kListColumns,
-     .run = &Read<&List, kListParams>},
+     .handler = Read<&List, kListParams>()},
     {.path = {"folder", "show"},
      .summary = "everything about a folder, and where it is linked",
-     .examples = "  qvadmin folder show /Main/Contracts\n"
-                 "  qvadmin folder show id:17 -o json",
-     .effect = Effect::read,
-     .params = &InfosOf<kOneParams>,
+     .examples = {"qvadmin folder show /Main/Contracts", "qvadmin folder show id:17 -o json"},
      .columns = kShowColumns,
-     .run = &Read<&Show, kOneParams>},
+     .handler = Read<&Show, kOneParams>()},
     {.path = {"folder", "create"},
      .summary = "add a folder and print the new id",
-     .examples = "  qvadmin folder create /Main/Contracts --creator amy\n"
-                 "  qvadmin folder create /Main/Contracts/2024/May --parents\n"
-                 "  qvadmin folder create '/Main/In\\/Out'",
+     .examples = {"qvadmin folder create /Main/Contracts --creator amy",
+                  "qvadmin folder create /Main/Contracts/2024/May --parents", "qvadmin folder create '/Main/In\\/Out'"},
      .effect = Effect::create,
-     .params = &InfosOf<kCreateParams>,
-     .run = &Write<&Create, kCreateParams>},
+     .handler = Write<&Create, kCreateParams>()},
     {.path = {"folder", "rename"},
      .summary = "give a folder another name",
-     .examples = "  qvadmin folder rename /Main/Contracts Agreements",
+     .examples = {"qvadmin folder rename /Main/Contracts Agreements"},
      .effect = Effect::change,
-     .params = &InfosOf<kRenameParams>,
-     .run = &Write<&Rename, kRenameParams>},
+     .handler = Write<&Rename, kRenameParams>()},
     {.path = {"folder", "style"},
      .summary = "print a folder's style, or set it",
-     .examples = "  qvadmin folder style /Main/Contracts\n"
-                 "  qvadmin folder style /Main/Contracts 2",
+     .examples = {"qvadmin folder style /Main/Contracts", "qvadmin folder style /Main/Contracts 2"},
      .effect = Effect::change,
-     .params = &InfosOf<kStyleParams>,
      .columns = kStyleColumns,
-     .run = &ReadOrWrite<&FolderToStyle::style, &ShowStyle, &SetStyle, kStyleParams>},
+     .handler = ReadOrWrite<&FolderToStyle::style, &ShowStyle, &SetStyle, kStyleParams>()},
     {.path = {"folder", "link"},
      .summary = "put a folder, with all below it, in a further place",
-     .examples = "  qvadmin folder link /Main/Contracts /Archive\n"
-                 "  qvadmin folder link id:17 root:4",
+     .examples = {"qvadmin folder link /Main/Contracts /Archive", "qvadmin folder link id:17 root:4"},
      .effect = Effect::change,
-     .params = &InfosOf<kLinkParams>,
-     .run = &Write<&Link, kLinkParams>},
+     .handler = Write<&Link, kLinkParams>()},
     {.path = {"folder", "move"},
      .summary = "move a folder, with all below it, from one of its places to another",
-     .examples = "  qvadmin folder move /Main/Contracts /Archive\n"
-                 "  qvadmin folder move id:17 root:4 --from /Main",
+     .examples = {"qvadmin folder move /Main/Contracts /Archive", "qvadmin folder move id:17 root:4 --from /Main"},
      .effect = Effect::change,
-     .params = &InfosOf<kMoveParams>,
-     .run = &Write<&Move, kMoveParams>},
+     .handler = Write<&Move, kMoveParams>()},
     {.path = {"folder", "unlink"},
      .summary = "take a folder out of one of its places; asks first when no other is left",
-     .examples = "  qvadmin folder unlink /Archive/Contracts\n"
-                 "  qvadmin folder unlink id:17 --from /Archive",
+     .examples = {"qvadmin folder unlink /Archive/Contracts", "qvadmin folder unlink id:17 --from /Archive"},
      .effect = Effect::remove,
      .asks = true,
-     .params = &InfosOf<kUnlinkParams>,
-     .run = &WritePlanned<&PlanUnlinking, &Unlink, kUnlinkParams>},
+     .handler = WritePlanned<&PlanUnlinking, &Unlink, kUnlinkParams>()},
     {.path = {"folder", "delete"},
      .summary = "delete a folder and its links, wherever it is; asks first",
-     .examples = "  qvadmin folder delete /Main/Contracts\n"
-                 "  qvadmin folder delete id:17 --recursive --yes",
+     .examples = {"qvadmin folder delete /Main/Contracts", "qvadmin folder delete id:17 --recursive --yes"},
      .effect = Effect::remove,
      .asks = true,
-     .params = &InfosOf<kDeleteParams>,
-     .run = &WritePlanned<&PlanDeletion, &Delete, kDeleteParams>},
+     .handler = WritePlanned<&PlanDeletion, &Delete, kDeleteParams>()},
 };
 
 } // namespace

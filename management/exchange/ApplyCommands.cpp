@@ -322,14 +322,13 @@ Sentence Notes()
 constexpr Command kCommands[] = {
     {.path = {"db", "apply"},
      .summary = "make the directory as a file says: add, change and remove what `db diff` lists",
-     .examples = "  qvadmin db apply directory.jsonl --dry-run\n"
-                 "  qvadmin db apply directory.jsonl --max-removals 10% --reason 'as reviewed'",
+     .examples = {"qvadmin db apply directory.jsonl --dry-run",
+                  "qvadmin db apply directory.jsonl --max-removals 10% --reason 'as reviewed'"},
      .notes = &Notes,
      .effect = Effect::change,
      .asks = true,
      .duration = Duration::longRunning,
-     .params = &InfosOf<kApplyParams>,
-     .run = &Run},
+     .handler = {&InfosOf<kApplyParams>, &Run}},
 };
 
 } // namespace

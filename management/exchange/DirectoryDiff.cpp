@@ -202,7 +202,7 @@ DirectoryLines DirectoryLines::Of(LineReader& reader)
     lines.m_scope = reader.Scope();
     lines.m_nouns.insert(lines.m_scope.nouns.begin(), lines.m_scope.nouns.end());
     while (std::optional<ExportedLine> line = reader.Next()) {
-        if (!line->problem.empty()) {
+        if (!line->problem.IsEmpty()) {
             throw Error(ErrorCode::invalid, FillPattern("{}:{}: {}", reader.Name(), line->number, line->problem));
         }
         lines.m_nouns.insert(line->noun);

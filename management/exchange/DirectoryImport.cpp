@@ -136,13 +136,13 @@ private:
             }
             GoBack();
             if (lines.size() > 1) {
-                m_refusal = e.what();
+                m_refusal = e.Why();
                 return false;
             }
             MatchedLine failed;
             failed.line = &lines.front();
             failed.name = wanted.empty() ? "" : wanted.front().name;
-            failed.problem = e.what();
+            failed.problem = e.Why();
             wanted = {failed};
         }
         for (const MatchedLine& one : wanted) {
@@ -229,7 +229,7 @@ private:
         for (MatchedLine& wanted : lines) {
             for (const LineMember& member : noun.members) {
                 const auto value = wanted.values.find(member.column);
-                if (wanted.problem.empty() && value != wanted.values.end() && value->second) {
+                if (wanted.problem.IsEmpty() && value != wanted.values.end() && value->second) {
                     wanted.problem = TooLong(found->second, TextFor{member.name, member.column, *value->second});
                 }
             }
@@ -239,10 +239,10 @@ private:
     void Report(const MatchedLine& wanted)
     {
         const ExportedLine& line = *wanted.line;
-        const RowFate fate = wanted.problem.empty() ? wanted.fate : RowFate::failed;
+        const RowFate fate = wanted.problem.IsEmpty() ? wanted.fate : RowFate::failed;
         if (m_allOrNothing) {
             if (fate == RowFate::failed) {
-                throw Error(ErrorCode::conflict, fmt::format("{}:{}: {}; nothing was changed", Visible(*m_allOrNothing),
+                throw Error(ErrorCode::conflict, FillPattern("{}:{}: {}; nothing was changed", Visible(*m_allOrNothing),
                                                              line.number, wanted.problem));
             }
             return;
@@ -253,14 +253,14 @@ private:
         m_report.lastLine = std::max(m_report.lastLine, line.number);
         m_call.Row(std::int64_t{line.number}, TextValue(std::string(line.noun == nullptr ? "" : line.noun->name)),
                    TextValue(wanted.name), TextValue(std::string(kRowFates.at(static_cast<std::size_t>(fate)))),
-                   TextValue(wanted.problem));
+                   SentenceValue(wanted.problem));
     }
 
     Call& m_call;
     CAConnect& m_conn;
     std::optional<std::string> m_allOrNothing;
     bool m_isOneTransaction;
-    std::string m_refusal; // by the engine, of several lines
+    Sentence m_refusal; // by the engine, of several lines
     const DirectoryImportOptions& m_options;
     LineSource& m_reader;
     ImportReport& m_report;
@@ -286,10 +286,10 @@ void ImportLines(Call& call, LineSource& lines, const ImportSource& source, cons
                  ImportReport& report)
 {
     const auto noteIfCutShort = [&] {
-        report.cutShort = call.Front().IsStopRequested() ? "stopped by a signal"
-                          : lines.Failed()               ? fmt::format("{} cannot be read", source.name)
-                                                         : "";
-        return !report.cutShort.empty();
+        report.cutShort = call.Front().IsStopRequested() ? Sentence(Translatable("stopped by a signal"))
+                          : lines.Failed()               ? FillPattern("{} cannot be read", source.name)
+                                                         : Sentence();
+        return !report.cutShort.IsEmpty();
     };
     if (noteIfCutShort()) {
         return;

@@ -55,10 +55,10 @@ void DirectoryRemover::RemoveBlock(std::span<const ExportedLine> lines)
     matcher.FindRows(matched);
     const Noun& noun = *lines.front().noun;
     for (const MatchedLine& line : matched) {
-        if (!line.problem.empty() || line.row == nullptr) {
+        if (!line.problem.IsEmpty() || line.row == nullptr) {
             throw Error(ErrorCode::conflict,
                         FillPattern("the {} {} cannot be removed{}{}; nothing was changed", noun.name,
-                                    Visible(line.name), line.problem.empty() ? "" : ": ", line.problem));
+                                    Visible(line.name), line.problem.IsEmpty() ? "" : ": ", line.problem));
         }
     }
     RemoveRows(noun, matched);

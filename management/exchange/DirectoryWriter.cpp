@@ -31,7 +31,7 @@ void Attempt(MatchedLine& wanted, Body body)
         throw;
     } catch (const Error& e) {
         wanted.fate = RowFate::failed;
-        wanted.problem = e.what();
+        wanted.problem = e.Why();
     }
 }
 
@@ -78,22 +78,23 @@ bool IsTop(const std::string& path) { return path.starts_with('/') && DepthOf(pa
 int TypeOf(MemberKind kind) { return kind == MemberKind::view ? kItemTypeView : kItemTypeGroup; }
 
 /// How a line changes who may do what; empty where it does not.
-std::string PrivilegeChangedBy(const MatchedLine& wanted)
+Sentence PrivilegeChangedBy(const MatchedLine& wanted)
 {
     const bool isNew = wanted.row == nullptr;
     if (NameKey(wanted.name) == NameKey(kBuiltInLogin) &&
         (isNew || !HasValues(*wanted.line->noun, wanted.row->values, wanted.values))) {
-        return isNew ? "adds the built-in administrator" : "changes the built-in administrator";
+        return isNew ? Translatable("adds the built-in administrator")
+                     : Translatable("changes the built-in administrator");
     }
     for (const std::string_view name : {"super", "system", "locked"}) {
         const std::string_view column = FindField(name)->column;
         const auto given = wanted.values.find(column);
         const std::string before = isNew ? "0" : wanted.row->values.at(column).value_or("0");
         if (given != wanted.values.end() && given->second.value_or("0") != before) {
-            return fmt::format("changes {}", name);
+            return FillPattern("changes {}", name);
         }
     }
-    return "";
+    return {};
 }
 
 } // namespace
@@ -107,7 +108,7 @@ void DirectoryWriter::Write(std::vector<MatchedLine>& lines, bool hasConfused)
     WriteRows(lines);
     if (IsTree(m_noun.item)) {
         for (const MatchedLine& wanted : lines) {
-            if (wanted.fate == RowFate::created && wanted.problem.empty()) {
+            if (wanted.fate == RowFate::created && wanted.problem.IsEmpty()) {
                 LinkToParent(wanted);
             }
         }
@@ -120,7 +121,7 @@ void DirectoryWriter::DecideAll(std::vector<MatchedLine>& lines, bool hasConfuse
 {
     std::set<std::string> repeated;
     for (MatchedLine& wanted : lines) {
-        if (!wanted.problem.empty()) {
+        if (!wanted.problem.IsEmpty()) {
             continue;
         }
         Attempt(wanted, [&] {
@@ -177,10 +178,10 @@ RowFate DirectoryWriter::FateOf(const MatchedLine& wanted) const
 /// @throws Error for a line that changes who may do what, unless that is allowed.
 void DirectoryWriter::RequirePrivileges(MatchedLine& wanted) const
 {
-    const std::string changed = PrivilegeChangedBy(wanted);
-    wanted.isPrivileged = !changed.empty() && (wanted.row == nullptr || m_options.update);
+    const Sentence changed = PrivilegeChangedBy(wanted);
+    wanted.isPrivileged = !changed.IsEmpty() && (wanted.row == nullptr || m_options.update);
     if (wanted.isPrivileged && !m_options.allowPrivileges) {
-        throw Error(ErrorCode::invalid, changed + ", which needs --allow-privileges");
+        throw Error(ErrorCode::invalid, FillPattern("{}, which needs --allow-privileges", changed));
     }
 }
 
@@ -230,7 +231,7 @@ void DirectoryWriter::WriteRows(std::vector<MatchedLine>& lines)
 {
     Updates updates;
     for (MatchedLine& wanted : lines) {
-        if (wanted.problem.empty()) {
+        if (wanted.problem.IsEmpty()) {
             WriteRow(wanted, updates);
         }
     }
@@ -322,7 +323,7 @@ void DirectoryWriter::RequireParents(std::vector<MatchedLine>& lines)
     std::set<std::string> coming;
     std::vector<MatchedLine*> added;
     for (MatchedLine& wanted : lines) {
-        if (wanted.problem.empty() && wanted.fate == RowFate::created) {
+        if (wanted.problem.IsEmpty() && wanted.fate == RowFate::created) {
             added.push_back(&wanted);
         }
     }

@@ -175,8 +175,8 @@ std::optional<LdifEntry> LdifReader::Next()
         if (entry.line == 0 || IsSummary(entry)) {
             continue;
         }
-        if (entry.dn.empty() && entry.problem.empty()) {
-            entry.problem = "the entry has no dn";
+        if (entry.dn.empty() && entry.problem.IsEmpty()) {
+            entry.problem = Translatable("the entry has no dn");
         }
         return entry;
     }
@@ -197,8 +197,8 @@ LdifEntry LdifReader::ReadEntry(bool& isLast)
         entry.line = entry.line == 0 ? line->number : entry.line;
         bytes += line->text.size();
         if (bytes > kLongestEntry) {
-            entry.problem = "the entry is longer than 16 MiB";
-        } else if (entry.problem.empty()) {
+            entry.problem = Translatable("the entry is longer than 16 MiB");
+        } else if (entry.problem.IsEmpty()) {
             Take(entry, line->text);
         }
     }
@@ -248,20 +248,20 @@ void LdifReader::Take(LdifEntry& entry, const std::string& line)
 {
     const std::size_t colon = line.find(':');
     if (colon == std::string::npos || colon == 0) {
-        entry.problem = fmt::format("{} is not an attribute with a value", Quoted(line.substr(0, kWidth)));
+        entry.problem = FillPattern("{} is not an attribute with a value", Quoted(line.substr(0, kWidth)));
         return;
     }
     const std::string name = Lower(std::string_view(line).substr(0, colon));
     std::string_view rest = std::string_view(line).substr(colon + 1);
     std::string value;
     if (rest.starts_with('<')) {
-        entry.problem = fmt::format("the value of {} is in another file", Visible(name));
+        entry.problem = FillPattern("the value of {} is in another file", Visible(name));
         return;
     }
     if (rest.starts_with(':')) {
         const std::optional<std::string> bytes = FromBase64(WithoutBlanks(rest.substr(1)));
         if (!bytes) {
-            entry.problem = fmt::format("the value of {} is not base64", Visible(name));
+            entry.problem = FillPattern("the value of {} is not base64", Visible(name));
             return;
         }
         value = *bytes;
@@ -272,7 +272,7 @@ void LdifReader::Take(LdifEntry& entry, const std::string& line)
         entry.dn = value;
     } else if (name == "changetype") {
         entry.problem =
-            fmt::format("it is a record of changes (changetype: {}), and only whole entries are imported, as a "
+            FillPattern("it is a record of changes (changetype: {}), and only whole entries are imported, as a "
                         "search gives them",
                         Visible(value));
     } else if (name.find(';') == std::string::npos) {

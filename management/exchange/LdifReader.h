@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <istream>
 #include <optional>
 #include <string>
@@ -15,7 +17,7 @@ struct LdifEntry {
     std::string dn;
     /// In their order; names in small letters, without those that have options such as ;lang-fr.
     std::vector<std::pair<std::string, std::string>> attributes;
-    std::string problem = {}; ///< why it cannot be used; empty when it can
+    Sentence problem = {}; ///< why it cannot be used; empty when it can
 
     /// The first value of an attribute; null for none.
     [[nodiscard]] const std::string* Find(std::string_view name) const;

@@ -126,7 +126,7 @@ void LdifSource::TakeEntry(const LdifEntry& entry)
 {
     const bool isFirst = m_pass == Pass::units;
     try {
-        if (!entry.problem.empty()) {
+        if (!entry.problem.IsEmpty()) {
             throw Error(ErrorCode::invalid, entry.problem);
         }
         const Class kind = ClassOf(entry);
@@ -147,7 +147,7 @@ void LdifSource::TakeEntry(const LdifEntry& entry)
         }
     } catch (const Error& e) {
         if (isFirst) {
-            m_pending.push_back({entry.line, nullptr, {}, e.what()});
+            m_pending.push_back({entry.line, nullptr, {}, e.Why()});
         }
     }
 }
@@ -283,7 +283,7 @@ void LdifSource::TakeMember(const LdifEntry& entry, const std::string& dn, const
         AddMember(entry.line, known == m_logins.end() ? member.front().value : known->second,
                   m_options.groupsAsGroups ? "group" : "role", holder);
     } catch (const Error& e) {
-        m_pending.push_back({entry.line, FindNoun("member"), {}, e.what()});
+        m_pending.push_back({entry.line, FindNoun("member"), {}, e.Why()});
     }
 }
 

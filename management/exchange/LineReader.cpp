@@ -53,7 +53,7 @@ void LineReader::TakeScope(const JsonObject& head)
         for (const std::string& plural : SplitAtCommas(*text)) {
             const auto noun = std::ranges::find(Nouns(), std::string_view(plural), &Noun::plural);
             if (noun == Nouns().end()) {
-                throw Error(ErrorCode::invalid, fmt::format("{}:1: unknown noun {}", m_name, Quoted(plural)));
+                throw Error(ErrorCode::invalid, FillPattern("{}:1: unknown noun {}", m_name, Quoted(plural)));
             }
             m_scope.nouns.push_back(&*noun);
         }
@@ -117,7 +117,7 @@ ExportedLine ParseExportedLine(const std::string& text, long number)
             }
         }
     } catch (const Error& e) {
-        line.problem = e.what();
+        line.problem = e.Why();
     }
     return line;
 }

@@ -103,7 +103,7 @@ std::vector<std::string> LoginsIn(std::span<const ExportedLine> lines)
                        (member.kind == MemberKind::user || (member.kind == MemberKind::item && given.part == "user") ||
                         member.column == "Col_LoginName");
             };
-            if (text != nullptr && line.problem.empty() && std::ranges::any_of(line.noun->members, isNamed)) {
+            if (text != nullptr && line.problem.IsEmpty() && std::ranges::any_of(line.noun->members, isNamed)) {
                 logins.insert(*text);
             }
         }
@@ -115,7 +115,7 @@ ResolvedLine LineResolver::Resolve(const ExportedLine& line) const
 {
     ResolvedLine resolved;
     resolved.problem = line.problem;
-    if (!line.problem.empty()) {
+    if (!line.problem.IsEmpty()) {
         return resolved;
     }
     try {
@@ -124,7 +124,7 @@ ResolvedLine LineResolver::Resolve(const ExportedLine& line) const
         }
         RequireKeys(*line.noun, resolved);
     } catch (const Error& e) {
-        resolved.problem = e.what();
+        resolved.problem = e.Why();
     }
     return resolved;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Sentence.h"
 #include "management/exchange/ItemNames.h"
 #include "management/exchange/LineReader.h"
 #include "management/import/UserBlock.h"
@@ -23,7 +24,7 @@ struct ResolvedLine {
     std::string name;           ///< of what it is about, for people
     ColumnValues values;        ///< of its row, with the types of items
     std::optional<int> id = {}; ///< of the view, group, role, plan, root or folder that is there already
-    std::string problem = {};   ///< why it cannot be used; empty where it can
+    Sentence problem = {};      ///< why it cannot be used; empty where it can
 };
 
 /// All login names that lines name, each once.

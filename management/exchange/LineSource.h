@@ -1,6 +1,7 @@
 #pragma once
 
 #include "management/JsonLine.h"
+#include "management/Sentence.h"
 #include "management/exchange/Nouns.h"
 
 #include <cstddef>
@@ -13,8 +14,8 @@ namespace management {
 struct ExportedLine {
     long number = 0; ///< in the file, from 1
     const Noun* noun = nullptr;
-    JsonObject object = {};   ///< without the noun
-    std::string problem = {}; ///< why it cannot be used; empty where it can so far
+    JsonObject object = {}; ///< without the noun
+    Sentence problem = {};  ///< why it cannot be used; empty where it can so far
 };
 
 /// Where the lines of a directory come from.

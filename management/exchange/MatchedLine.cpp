@@ -54,7 +54,7 @@ std::string ReferenceCondition(const Noun& noun, const std::vector<MatchedLine>&
     for (const LineMember& member : KeysOf(noun)) {
         std::set<std::string> ids;
         for (const MatchedLine& wanted : lines) {
-            if (wanted.problem.empty() && IsReference(member.kind)) {
+            if (wanted.problem.IsEmpty() && IsReference(member.kind)) {
                 ids.insert(*wanted.values.at(member.column));
             }
         }
@@ -71,7 +71,7 @@ std::string TextCondition(CAConnect& conn, const Noun& noun, const std::vector<M
     std::set<std::string> literals;
     const std::string_view column = noun.members.front().column;
     for (const MatchedLine& wanted : lines) {
-        if (wanted.problem.empty()) {
+        if (wanted.problem.IsEmpty()) {
             const std::string text = wanted.values.at(column).value_or("");
             literals.insert(Literal(conn, text));
             literals.insert(Literal(conn, platform::UpperUtf8(text)));
@@ -95,7 +95,7 @@ template <class Fits>
 void Claim(std::vector<MatchedLine>& lines, const RowsByKey& rows, Fits fits)
 {
     for (MatchedLine& wanted : lines) {
-        if (!wanted.problem.empty() || wanted.row != nullptr) {
+        if (!wanted.problem.IsEmpty() || wanted.row != nullptr) {
             continue;
         }
         const auto [first, last] = rows.equal_range(wanted.key);

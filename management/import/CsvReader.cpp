@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kLongestRecord = std::size_t{1024} * 1024;
 constexpr std::size_t kMostFields = 4096;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr const char* kTooLong = "the row is longer than 1 MiB; is a quote left open?";
+constexpr const char* kTooLong = Translatable("the row is longer than 1 MiB; is a quote left open?");
 
 bool IsBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
 
@@ -24,27 +24,27 @@ bool IsBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") =
 int IsCarriageReturn(unsigned char ch) { return ch == '\r' ? 1 : 0; }
 int IsLineFeed(unsigned char ch) { return ch == '\n' ? 1 : 0; }
 
-std::string ProblemOf(const std::vector<std::string>& fields)
+Sentence ProblemOf(const std::vector<std::string>& fields)
 {
     if (fields.size() > kMostFields) {
-        return fmt::format("the row has more than {} values", kMostFields);
+        return FillPattern("the row has more than {} values", kMostFields);
     }
     for (const std::string& field : fields) {
         if (field.find('\0') != std::string::npos) {
-            return "there is a NUL byte in the row";
+            return Translatable("there is a NUL byte in the row");
         }
         if (!platform::IsValidUtf8(field)) {
-            return "the row is not UTF-8";
+            return Translatable("the row is not UTF-8");
         }
     }
     return {};
 }
 
 /// @param number  of the line that cannot be read. @param further  lines of its record after the first.
-std::string QuoteProblem(long number, const std::string& further)
+Sentence QuoteProblem(long number, const std::string& further)
 {
-    return further.empty() ? "there is a quote in the middle of a value"
-                           : fmt::format("a quote opened here is not closed properly (line {})", number);
+    return further.empty() ? Translatable("there is a quote in the middle of a value")
+                           : FillPattern("a quote opened here is not closed properly (line {})", number);
 }
 
 } // namespace
@@ -149,7 +149,7 @@ std::optional<CsvRecord> CsvReader::ReadRecord(const Line& first)
             return GiveUp(first, QuoteProblem(line.number, further), further);
         }
         if (m_complete) {
-            std::string problem = ProblemOf(m_fields);
+            Sentence problem = ProblemOf(m_fields);
             return CsvRecord{first.number, std::move(m_fields), std::move(problem)};
         }
         std::optional<Line> next = ReadLine();
@@ -157,14 +157,14 @@ std::optional<CsvRecord> CsvReader::ReadRecord(const Line& first)
             return std::nullopt;
         }
         if (!next) {
-            return GiveUp(first, "a quote opened here is never closed", further);
+            return GiveUp(first, Translatable("a quote opened here is never closed"), further);
         }
         line = std::move(*next);
         further += line.text;
     }
 }
 
-CsvRecord CsvReader::GiveUp(const Line& first, std::string problem, const std::string& further)
+CsvRecord CsvReader::GiveUp(const Line& first, Sentence problem, const std::string& further)
 {
     csv_free(&m_parser);
     StartParser();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <csv.h>
 
 #include <cstddef>
@@ -13,7 +15,7 @@ namespace management {
 struct CsvRecord {
     long line = 0; ///< the line that the record starts on, from 1
     std::vector<std::string> fields;
-    std::string problem;   ///< why it cannot be read; empty when it can
+    Sentence problem;      ///< why it cannot be read; empty when it can
     std::string text = {}; ///< the first line of one that cannot be read, without its end
 };
 
@@ -48,7 +50,7 @@ private:
     void StartParser();
     bool Feed(const std::string& text);
     std::optional<CsvRecord> ReadRecord(const Line& first);
-    CsvRecord GiveUp(const Line& first, std::string problem, const std::string& further);
+    CsvRecord GiveUp(const Line& first, Sentence problem, const std::string& further);
 
     std::istream& m_in;
     char m_delimiter;

@@ -19,32 +19,33 @@ using namespace std::string_view_literals;
 
 struct Signature {
     std::string_view bytes;
-    std::string_view name;
-    std::string_view advice; ///< {} is the file
+    const char* name;
+    const char* advice; ///< {0} is the file
 };
 
-constexpr std::string_view kFromOffice =
-    "save it there as CSV in UTF-8, or convert it with `soffice --headless --convert-to "
-    "'csv:Text - txt - csv (StarCalc):44,34,76' {0}`";
+constexpr const char* kFromOffice =
+    Translatable("save it there as CSV in UTF-8, or convert it with `soffice --headless --convert-to "
+                 "'csv:Text - txt - csv (StarCalc):44,34,76' {0}`");
 
 /// Marks of the byte order.
 constexpr std::pair<std::string_view, std::string_view> kMarks[] = {
     {"\xFF\xFE\0\0"sv, "utf-32"}, {"\0\0\xFE\xFF"sv, "utf-32"}, {"\xFF\xFE"sv, "utf-16"}, {"\xFE\xFF"sv, "utf-16"}};
 
 constexpr Signature kSignatures[] = {
-    {"SQLite format 3\0"sv, "a SQLite database",
-     "give it to --db if it is a directory, or write a table of it with `sqlite3 -header -csv {0} 'SELECT ...' "
-     ">{0}.csv`"},
-    {"\x1F\x8B"sv, "compressed by gzip", "unpack it with `gunzip -c {0} >{0}.csv`"},
-    {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv, "an Excel workbook", kFromOffice},
-    {"%PDF-"sv, "a PDF document", "import the table that it was made of"},
+    {"SQLite format 3\0"sv, Translatable("a SQLite database"),
+     Translatable("give it to --db if it is a directory, or write a table of it with `sqlite3 -header -csv {0} 'SELECT "
+                  "...' >{0}.csv`")},
+    {"\x1F\x8B"sv, Translatable("compressed by gzip"), Translatable("unpack it with `gunzip -c {0} >{0}.csv`")},
+    {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv, Translatable("an Excel workbook"), kFromOffice},
+    {"%PDF-"sv, Translatable("a PDF document"), Translatable("import the table that it was made of")},
 };
 
-std::string Refusal(std::string_view what, std::string_view advice, const std::string& name)
+/// @param what, advice  marked by Translatable; {0} in the advice is the file as a shell takes it.
+Sentence Refusal(const char* what, const char* advice, const std::string& name)
 {
-    return fmt::format(
-        "{} is {}; {}", Visible(name), what,
-        fmt::format(fmt::runtime(advice), Visible(ShellQuoted(name.starts_with('-') ? "./" + name : name))));
+    const std::string shown = Visible(ShellQuoted(name.starts_with('-') ? "./" + name : name));
+    const Sentence filled(Sentence::Origin{.pattern = advice, .arguments = {{shown, true}}});
+    return FillPattern("{} is {}; {}", Visible(name), Sentence(what), filled);
 }
 
 /// The encoding in which every second byte is NUL; empty for none.
@@ -62,16 +63,16 @@ std::string_view Utf16Encoding(std::string_view text)
                                                                  : "";
 }
 
-std::string ArchiveSentence(std::string_view beginning, const std::string& name)
+Sentence ArchiveSentence(std::string_view beginning, const std::string& name)
 {
     const auto holds = [beginning](std::string_view part) { return beginning.find(part) != std::string_view::npos; };
     if (holds("[Content_Types].xml") || holds("xl/") || holds("docProps/")) {
-        return Refusal("an Excel workbook (XLSX)", kFromOffice, name);
+        return Refusal(Translatable("an Excel workbook (XLSX)"), kFromOffice, name);
     }
     if (holds("application/vnd.oasis.opendocument")) {
-        return Refusal("an OpenDocument file", kFromOffice, name);
+        return Refusal(Translatable("an OpenDocument file"), kFromOffice, name);
     }
-    return Refusal("a ZIP archive", "unpack it with `unzip {0}`", name);
+    return Refusal(Translatable("a ZIP archive"), Translatable("unpack it with `unzip {0}`"), name);
 }
 
 bool IsJson(std::string_view text)
@@ -124,7 +125,8 @@ public:
             return {};
         }
         return m_isWindows ? OtherFile{"windows-1252", ""}
-                           : OtherFile{"", Refusal("not UTF-8", "name its encoding with --encoding", name)};
+                           : OtherFile{"", Refusal(Translatable("not UTF-8"),
+                                                   Translatable("name its encoding with --encoding"), name)};
     }
 
 private:
@@ -155,15 +157,17 @@ OtherFile GuessFormat(std::string_view beginning, const std::string& name)
         return {std::string(utf16), ""};
     }
     if (IsJson(beginning)) {
-        return {"",
-                Refusal("JSON",
+        return {
+            "",
+            Refusal(Translatable("JSON"),
+                    Translatable(
                         "convert it with `jq -r '(.[0] | keys_unsorted) as $names | $names, (.[] | [.[$names[]]]) | "
-                        "@csv' {0} >{0}.csv`",
-                        name)};
+                        "@csv' {0} >{0}.csv`"),
+                    name)};
     }
     if (HasCarriageReturnsOnly(beginning)) {
-        return {"", Refusal("a text whose lines end with carriage returns",
-                            "convert it with `tr '\\r' '\\n' <{0} >{0}.csv`", name)};
+        return {"", Refusal(Translatable("a text whose lines end with carriage returns"),
+                            Translatable("convert it with `tr '\\r' '\\n' <{0} >{0}.csv`"), name)};
     }
     LetterCount letters;
     // The last character may be cut off.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <istream>
 #include <string>
 #include <string_view>
@@ -9,7 +11,7 @@ namespace management {
 /// What a file that is to hold comma-separated values in UTF-8 seems to be instead.
 struct OtherFile {
     std::string encoding = {}; ///< as DecodingBuffer takes it; empty where the file is to be read as it is
-    std::string problem = {};  ///< one sentence that names another kind of file and how to convert it; empty for none
+    Sentence problem = {};     ///< one sentence that names another kind of file and how to convert it; empty for none
 };
 
 /// By the first bytes. @param beginning  some thousands, where there are so many. @param name  of the file, for

@@ -37,7 +37,7 @@ constexpr std::array<std::string_view, 5> kResultColumns = {"line", "login", "id
 struct RowOutcome {
     RowFate fate = RowFate::failed;
     int id = 0; ///< 0 for none
-    std::string reason;
+    Sentence reason;
     bool isPrivileged = false; ///< sets a privilege or concerns Admin, or would
 };
 
@@ -136,8 +136,8 @@ private:
             return;
         }
         const std::optional<long> first = m_seen->Add(row.key, row.line);
-        if (first && row.problem.empty()) {
-            row.problem = fmt::format("the login name {} is in line {} already", Quoted(row.login), *first);
+        if (first && row.problem.IsEmpty()) {
+            row.problem = FillPattern("the login name {} is in line {} already", Quoted(row.login), *first);
         }
     }
 
@@ -224,7 +224,7 @@ private:
             }
             change.reset();
             RefuseIfNotWritable();
-            return {RowFate::failed, 0, e.what()};
+            return {RowFate::failed, 0, e.Why()};
         }
         change->Finish();
         Committed();
@@ -242,7 +242,7 @@ private:
         std::vector<std::string> logins;
         for (const ImportRow& row : rows) {
             // Nobody has a login name that no column takes.
-            if (row.problem.empty() && TooLongLogin(row).empty()) {
+            if (row.problem.IsEmpty() && TooLongLogin(row).IsEmpty()) {
                 logins.push_back(row.login);
             }
         }
@@ -259,7 +259,7 @@ private:
         std::set<std::string> paths;
         for (const ImportRow& row : rows) {
             const auto path = row.values.find(&DepartmentField());
-            if (path != row.values.end() && row.problem.empty() &&
+            if (path != row.values.end() && row.problem.IsEmpty() &&
                 (m_options.update || m_users.Find(row.key).empty())) {
                 paths.insert(path->second.value_or(""));
             }
@@ -345,7 +345,7 @@ private:
 
     RowOutcome Apply(const ImportRow& row)
     {
-        if (!row.problem.empty()) {
+        if (!row.problem.IsEmpty()) {
             return {RowFate::failed, 0, row.problem};
         }
         try {
@@ -353,7 +353,7 @@ private:
         } catch (const DatabaseError&) {
             throw;
         } catch (const Error& e) {
-            return {RowFate::failed, 0, e.what()};
+            return {RowFate::failed, 0, e.Why()};
         }
     }
 
@@ -370,9 +370,9 @@ private:
             RequireFreeLogin(m_directory, row.login, std::nullopt);
         }
         const UserBlock::User* user = present.empty() ? nullptr : &OnlyOne(row, present);
-        const std::string privileges = PrivilegesIn(row, user);
-        if (!privileges.empty() && !m_options.allowPrivileges) {
-            return {RowFate::failed, 0, privileges + ", which needs --allow-privileges", true};
+        const Sentence privileges = PrivilegesIn(row, user);
+        if (!privileges.IsEmpty() && !m_options.allowPrivileges) {
+            return {RowFate::failed, 0, FillPattern("{}, which needs --allow-privileges", privileges), true};
         }
         RequireLengths(row);
         if (user != nullptr && !m_departments) {
@@ -385,7 +385,7 @@ private:
             values[&DepartmentIdField()] = std::to_string(group->id);
         }
         RowOutcome outcome = user != nullptr ? ApplyToPresent(*user, values, group) : ApplyToNew(row, values, group);
-        outcome.isPrivileged = !privileges.empty();
+        outcome.isPrivileged = !privileges.IsEmpty();
         return outcome;
     }
 
@@ -422,31 +422,33 @@ private:
 
     /// What a row would do to privileges, for a sentence; empty for nothing. @param user  null for one who is still to
     /// be added.
-    static std::string PrivilegesIn(const ImportRow& row, const UserBlock::User* user)
+    static Sentence PrivilegesIn(const ImportRow& row, const UserBlock::User* user)
     {
         static const std::string kAdminKey = NameKey(kBuiltInLogin);
         if (row.key == kAdminKey && (user == nullptr || Differs(user->stored, row.values))) {
-            return user == nullptr ? "adds the built-in administrator" : "changes the built-in administrator";
+            return user == nullptr ? Translatable("adds the built-in administrator")
+                                   : Translatable("changes the built-in administrator");
         }
-        std::string changed;
+        Sentence changed;
         for (const auto& [field, given] : row.values) {
             if (IsPrivilege(*field) && given != Privilege(*field, user)) {
-                changed += fmt::format("{} {}", changed.empty() ? "changes" : " and", field->name);
+                changed = changed.IsEmpty() ? FillPattern("changes {}", field->name)
+                                            : FillPattern("{} and {}", changed, field->name);
             }
         }
         return changed;
     }
 
-    [[nodiscard]] std::string TooLongLogin(const ImportRow& row) const
+    [[nodiscard]] Sentence TooLongLogin(const ImportRow& row) const
     {
         return TooLong(m_lengths, TextFor{LoginField().name, LoginField().column, row.login});
     }
 
     void RequireLengths(const ImportRow& row) const
     {
-        const std::string login = TooLongLogin(row);
-        const std::string problem = login.empty() ? TooLong(m_lengths, row.values).English() : login;
-        if (!problem.empty()) {
+        const Sentence login = TooLongLogin(row);
+        const Sentence problem = login.IsEmpty() ? TooLong(m_lengths, row.values) : login;
+        if (!problem.IsEmpty()) {
             throw Error(ErrorCode::invalid, problem);
         }
     }
@@ -551,7 +553,7 @@ private:
         m_report.lastLine = row.line;
         m_call.Row(std::int64_t{row.line}, TextValue(row.login),
                    outcome.id == 0 ? Value() : Value(std::int64_t{outcome.id}), TextValue(std::string(fate)),
-                   TextValue(outcome.reason));
+                   SentenceValue(outcome.reason));
     }
 
     void Settle() { m_call.Front().ShowProgress(m_report.rows, m_source.rows); }
@@ -593,10 +595,10 @@ void ImportUsers(Call& call, const ImportSource& source, const ImportOptions& op
 {
     CsvReader reader(source.in, source.delimiter);
     const auto noteIfCutShort = [&] {
-        report.cutShort = call.Front().IsStopRequested() ? "stopped by a signal"
-                          : reader.Failed()              ? fmt::format("{} cannot be read", source.name)
-                                                         : "";
-        return !report.cutShort.empty();
+        report.cutShort = call.Front().IsStopRequested() ? Sentence(Translatable("stopped by a signal"))
+                          : reader.Failed()              ? FillPattern("{} cannot be read", source.name)
+                                                         : Sentence();
+        return !report.cutShort.IsEmpty();
     };
     const std::optional<CsvRecord> first = reader.Next();
     if (noteIfCutShort()) {

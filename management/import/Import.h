@@ -1,6 +1,7 @@
 #pragma once
 
 #include "management/Call.h"
+#include "management/Sentence.h"
 #include "management/import/CsvReader.h"
 #include "management/organisation/Departments.h"
 
@@ -63,7 +64,7 @@ struct ImportReport {
     long privileged = 0;                         ///< rows that change a privilege or Admin, or would
     std::vector<NewGroup> madeGroups;            ///< or those that would be made
     std::optional<std::string> madeView;         ///< its path
-    std::string cutShort; ///< why it ended before the file did: a request, or a failure to read; empty when it did not
+    Sentence cutShort; ///< why it ended before the file did: a request, or a failure to read; empty when it did not
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
 };
 

@@ -55,7 +55,7 @@ ImportHeader::ImportHeader(const std::optional<CsvRecord>& record, const std::st
     if (!record) {
         throw Error(ErrorCode::invalid, FillPattern("{} has no header row to name its columns", file));
     }
-    if (!record->problem.empty()) {
+    if (!record->problem.IsEmpty()) {
         throw Error(ErrorCode::invalid, FillPattern("the header of {} cannot be read: {}", file, record->problem));
     }
     for (const std::string& name : record->fields) {
@@ -76,7 +76,7 @@ ImportHeader::ImportHeader(const std::optional<CsvRecord>& record, const std::st
 ImportRow ImportHeader::Read(const CsvRecord& record) const
 {
     ImportRow row{record.line, {}, {}, {}, record.problem};
-    if (!row.problem.empty()) {
+    if (!row.problem.IsEmpty()) {
         return row;
     }
     for (std::size_t i = 0; i < std::min(m_columns.size(), record.fields.size()); ++i) {
@@ -152,7 +152,7 @@ void ImportHeader::Take(ImportRow& row, const Field& field, const std::string& t
             row.emptied.push_back(&field);
         }
     } catch (const Error& e) {
-        row.problem = row.problem.empty() ? e.what() : row.problem;
+        row.problem = row.problem.IsEmpty() ? e.Why() : row.problem;
     }
 }
 

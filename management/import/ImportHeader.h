@@ -1,5 +1,6 @@
 #pragma once
 
+#include "management/Sentence.h"
 #include "management/import/CsvReader.h"
 #include "management/import/DateFormat.h"
 #include "management/import/Import.h"
@@ -24,7 +25,7 @@ struct ImportRow {
     std::string login;
     std::string key; ///< by which the login name is compared
     FieldValues values;
-    std::string problem;                    ///< empty when the row is good so far
+    Sentence problem;                       ///< empty when the row is good so far
     std::vector<const Field*> emptied = {}; ///< of a user who is there
     CsvRecord record = {};                  ///< as the file has it, where failed rows are wanted
 };

@@ -156,9 +156,9 @@ void Synchronisation::Apply(Call& call)
         return;
     }
     for (const auto& [leaver, reason] : DealWithAll(call)) {
-        ++(reason.empty() ? m_report.done : m_report.failed);
+        ++(reason.IsEmpty() ? m_report.done : m_report.failed);
         call.Row(Value(), TextValue(leaver->key.login), std::int64_t{leaver->key.id},
-                 TextValue(std::string(reason.empty() ? WordOf(m_options.action) : "failed")), TextValue(reason));
+                 TextValue(std::string(reason.IsEmpty() ? WordOf(m_options.action) : "failed")), SentenceValue(reason));
     }
 }
 
@@ -185,7 +185,7 @@ std::vector<Synchronisation::DealtWith> Synchronisation::DealWithAll(Call& call)
         } catch (const DatabaseError&) {
             throw;
         } catch (const Error& e) {
-            all.emplace_back(&leaver, e.what());
+            all.emplace_back(&leaver, e.Why());
         }
     }
     change.Finish();

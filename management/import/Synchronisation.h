@@ -59,7 +59,7 @@ private:
         UserKey key;
         bool isPrivileged = false;
     };
-    using DealtWith = std::pair<const Leaver*, std::string>; ///< and what was in the way
+    using DealtWith = std::pair<const Leaver*, Sentence>; ///< and what was in the way
 
     std::vector<Leaver> FindLeavers(CAConnect& conn);
     std::string ScopeCondition(CAConnect& conn) const;

@@ -58,8 +58,7 @@ UserBlock::UserBlock(CAConnect& conn, const std::vector<std::string>& logins, st
                         ConditionOn(conn, logins)),
             [&](CARecordset& row) {
                 User user;
-                row.GetValue(1, user.key.id);
-                user.key.login = TextIn(row, 2);
+                ReadColumns(row, user.key.id, user.key.login);
                 long column = 2;
                 for (const Field* field : fields) {
                     user.stored[field] = OptionalTextIn(row, ++column);
@@ -98,10 +97,8 @@ std::optional<std::vector<int>> IdsOfAdded(CAConnect& conn, const std::vector<st
             fmt::format("SELECT MAX(Col_LoginName), MAX(Col_ID), COUNT(*) FROM qv_User WHERE {} GROUP BY {}",
                         ConditionOn(conn, logins), ComparedLogin(conn)),
             [&](CARecordset& row) {
-                int count = 0;
-                row.GetValue(2, ids[TextIn(row, 1)]);
-                row.GetValue(3, count);
-                isConfused = isConfused || count != 1;
+                ids[TextIn(row, 1)] = NumberIn(row, 2);
+                isConfused = isConfused || NumberIn(row, 3) != 1;
             });
     std::vector<int> inOrder;
     for (const std::string& login : logins) {

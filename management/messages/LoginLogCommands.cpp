@@ -84,18 +84,14 @@ Result Delete(Call& call, const SeveralEntries& /*in*/, const Deletion& deletion
 constexpr Command kCommands[] = {
     {.path = {"loginlog", "list"},
      .summary = "entries of the login log, the latest first",
-     .examples = "  qvadmin loginlog list --limit 20\n"
-                 "  qvadmin -o csv loginlog list > log.csv",
-     .effect = Effect::read,
-     .params = &InfosOf<kListParams>,
-     .run = &Read<&List, kListParams>},
+     .examples = {"qvadmin loginlog list --limit 20", "qvadmin -o csv loginlog list > log.csv"},
+     .handler = Read<&List, kListParams>()},
     {.path = {"loginlog", "delete"},
      .summary = "delete entries of the login log; asks first",
-     .examples = "  qvadmin loginlog delete 17 18 --yes",
+     .examples = {"qvadmin loginlog delete 17 18 --yes"},
      .effect = Effect::remove,
      .asks = true,
-     .params = &InfosOf<kDeleteParams>,
-     .run = &WritePlanned<&PlanDeletion, &Delete, kDeleteParams>},
+     .handler = WritePlanned<&PlanDeletion, &Delete, kDeleteParams>()},
 };
 
 } // namespace

@@ -69,8 +69,8 @@ std::vector<Value> RowOf(CARecordset& rs, long idColumn)
 
 std::int64_t Messages::Number(const std::string& sql)
 {
-    __int64 number = 0;
-    EachRow(m_conn, sql, [&number](CARecordset& row) { row.GetValue(1, number); });
+    std::int64_t number = 0;
+    EachRow(m_conn, sql, [&number](CARecordset& row) { ReadColumns(row, number); });
     return number;
 }
 
@@ -137,8 +137,8 @@ std::vector<MessageSlice> Messages::SlicesBefore(const std::string& date, std::s
     std::vector<MessageSlice> slices;
     const std::string sql = fmt::format("SELECT Col_ID FROM kel_Msg WHERE {} ORDER BY Col_ID", SentBefore(date));
     EachRow(m_conn, sql, [&](CARecordset& row) {
-        __int64 id = 0;
-        row.GetValue(1, id);
+        std::int64_t id = 0;
+        ReadColumns(row, id);
         if (slices.empty() || slices.back().messages == size) {
             slices.push_back({id, id, 0});
         }

@@ -37,7 +37,7 @@ struct Department {
 using NextDepartment = std::function<std::optional<Department>(const Department&)>;
 
 /// The groups that a path leads through, from the first below a view to the last.
-using Way = std::vector<ItemKey>;
+using GroupPath = std::vector<ItemKey>;
 
 /// The groups as department texts name them.
 class DepartmentTree {
@@ -54,7 +54,7 @@ public:
     [[nodiscard]] bool Has(ItemKey group) const { return m_organisation.Find(group) != nullptr; }
 
     /// The ways that a text describes, one to each group that it may mean.
-    [[nodiscard]] const std::vector<Way>& Find(const std::string& text)
+    [[nodiscard]] const std::vector<GroupPath>& Find(const std::string& text)
     {
         const auto [entry, isNew] = m_found.try_emplace(text);
         if (isNew) {
@@ -76,7 +76,7 @@ public:
 
     /// A text that names the last group of a way, by so much of the way as there is. @param way  may lead through
     /// links that are gone.
-    [[nodiscard]] std::string TextAlong(const Way& way) const
+    [[nodiscard]] std::string TextAlong(const GroupPath& way) const
     {
         std::size_t begin = way.size() - 1;
         while (begin > 0 && IsLinked(way[begin - 1], way[begin])) {
@@ -116,9 +116,9 @@ private:
         }
     }
 
-    [[nodiscard]] std::vector<Way> Walk(const std::vector<std::string>& names) const
+    [[nodiscard]] std::vector<GroupPath> Walk(const std::vector<std::string>& names) const
     {
-        std::vector<Way> ways;
+        std::vector<GroupPath> ways;
         for (const std::string& name : names) {
             ways = ways.empty() ? FirstSteps(name) : LongerBy(ways, name);
             if (ways.empty()) {
@@ -128,23 +128,23 @@ private:
         return ways;
     }
 
-    [[nodiscard]] std::vector<Way> FirstSteps(const std::string& name) const
+    [[nodiscard]] std::vector<GroupPath> FirstSteps(const std::string& name) const
     {
-        std::vector<Way> ways;
+        std::vector<GroupPath> ways;
         const auto tops = m_tops.find(NameKey(name));
         if (tops != m_tops.end()) {
-            std::ranges::transform(tops->second, std::back_inserter(ways), [](ItemKey top) { return Way{top}; });
+            std::ranges::transform(tops->second, std::back_inserter(ways), [](ItemKey top) { return GroupPath{top}; });
         }
         return ways;
     }
 
     /// One way to each group is enough: many would lead to those of the same name.
-    [[nodiscard]] std::vector<Way> LongerBy(const std::vector<Way>& ways, const std::string& name) const
+    [[nodiscard]] std::vector<GroupPath> LongerBy(const std::vector<GroupPath>& ways, const std::string& name) const
     {
-        std::vector<Way> longer;
-        for (const Way& way : ways) {
+        std::vector<GroupPath> longer;
+        for (const GroupPath& way : ways) {
             for (const ItemKey child : m_organisation.ChildrenNamed(way.back(), name)) {
-                const auto endsThere = [child](const Way& other) { return other.back() == child; };
+                const auto endsThere = [child](const GroupPath& other) { return other.back() == child; };
                 if (std::ranges::none_of(longer, endsThere)) {
                     longer.push_back(way);
                     longer.back().push_back(child);
@@ -155,13 +155,13 @@ private:
     }
 
     const Organisation& m_organisation;
-    std::unordered_map<std::string, std::vector<ItemKey>> m_tops; // by their names in capitals
-    std::unordered_map<std::string, std::vector<Way>> m_found;    // by text
+    std::unordered_map<std::string, std::vector<ItemKey>> m_tops;    // by their names in capitals
+    std::unordered_map<std::string, std::vector<GroupPath>> m_found; // by text
 };
 
-const Way* WayTo(const std::vector<Way>& ways, ItemKey group)
+const GroupPath* WayTo(const std::vector<GroupPath>& ways, ItemKey group)
 {
-    const auto found = std::ranges::find_if(ways, [group](const Way& way) { return way.back() == group; });
+    const auto found = std::ranges::find_if(ways, [group](const GroupPath& way) { return way.back() == group; });
     return found == ways.end() ? nullptr : &*found;
 }
 
@@ -190,11 +190,11 @@ public:
 private:
     std::optional<Department> ById(const Department& old)
     {
-        const std::vector<Way>& present = m_after.Find(old.text);
+        const std::vector<GroupPath>& present = m_after.Find(old.text);
         if (!m_after.Has(GroupOf(old))) {
             return Department{0, present.empty() ? "" : old.text};
         }
-        if (const Way* way = WayTo(m_before.Find(old.text), GroupOf(old))) {
+        if (const GroupPath* way = WayTo(m_before.Find(old.text), GroupOf(old))) {
             return Along(*way, old);
         }
         return WayTo(present, GroupOf(old)) != nullptr
@@ -204,8 +204,9 @@ private:
 
     std::optional<Department> ByText(const Department& old)
     {
-        const std::vector<Way>& ways = m_before.Find(old.text);
-        const auto way = std::ranges::find_if(ways, [this](const Way& it) { return m_affected.contains(it.back()); });
+        const std::vector<GroupPath>& ways = m_before.Find(old.text);
+        const auto way =
+            std::ranges::find_if(ways, [this](const GroupPath& it) { return m_affected.contains(it.back()); });
         if (way == ways.end() || !m_after.Find(old.text).empty()) {
             return std::nullopt;
         }
@@ -213,7 +214,7 @@ private:
     }
 
     /// A way that the change did not touch leaves the text as it was written.
-    std::optional<Department> Along(const Way& way, const Department& old)
+    std::optional<Department> Along(const GroupPath& way, const Department& old)
     {
         std::string text = m_after.TextAlong(way);
         return text == m_before.TextAlong(way) ? std::nullopt : std::optional(Department{old.id, std::move(text)});
@@ -237,9 +238,7 @@ std::map<int, Holders> ReadHolders(CAConnect& conn, const std::string& condition
     EachRow(conn, "SELECT Col_ID, Col_DeptID, Col_DeptInfo FROM qv_User WHERE " + condition, [&](CARecordset& row) {
         int user = 0;
         Department old;
-        row.GetValue(1, user);
-        row.GetValue(2, old.id);
-        old.text = TextIn(row, 3);
+        ReadColumns(row, user, old.id, old.text);
         Holders& sameId = holders[old.id];
         ++sameId.count;
         if (const std::optional<Department> changed = next(old)) {
@@ -312,7 +311,7 @@ std::size_t SyncJoined(const Organisation& organisation, ItemKey holder, const s
 {
     DepartmentTree tree(organisation);
     return ChangeOf(organisation.Connection(), users, [&](const Department& old) -> std::optional<Department> {
-        const std::vector<Way>& ways = tree.Find(old.text);
+        const std::vector<GroupPath>& ways = tree.Find(old.text);
         const bool isThis = ways.size() == 1 && ways.front().back() == holder;
         return isThis && !tree.Has(GroupOf(old)) ? std::optional(Department{holder.id, old.text}) : std::nullopt;
     });
@@ -322,7 +321,7 @@ std::size_t SyncLeft(const Organisation& organisation, ItemKey holder, const std
 {
     DepartmentTree tree(organisation);
     return ChangeOf(organisation.Connection(), users, [&](const Department& old) -> std::optional<Department> {
-        const std::vector<Way>& ways = tree.Find(old.text);
+        const std::vector<GroupPath>& ways = tree.Find(old.text);
         const bool byText = WayTo(ways, holder) != nullptr;
         if (GroupOf(old) == holder) {
             return Department{0, byText || ways.empty() ? "" : old.text};

@@ -157,11 +157,6 @@ constexpr Column kFindColumns[] = {{"id", Kind::number}, {"path"}};
 
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
-Outcome OutcomeOf(const Organisation& organisation, ItemKey group, std::string_view outcome, Sentence sentence)
-{
-    return {"group", group.id, organisation.PathOf(group), outcome, std::move(sentence)};
-}
-
 template <class IsWanted>
 std::vector<ItemKey> GroupsWhere(const Organisation& organisation, IsWanted isWanted)
 {
@@ -174,22 +169,9 @@ std::vector<ItemKey> GroupsWhere(const Organisation& organisation, IsWanted isWa
     return groups;
 }
 
-std::vector<ItemKey> Keys(const Organisation& organisation, const std::vector<std::size_t>& places)
-{
-    std::vector<ItemKey> keys;
-    std::ranges::transform(places, std::back_inserter(keys),
-                           [&](std::size_t place) { return organisation.Places()[place].key; });
-    return keys;
-}
-
 void RequireFreeName(const Organisation& organisation, ItemKey parent, const std::string& name, ItemKey self)
 {
-    for (const ItemKey other : organisation.ChildrenNamed(parent, name)) {
-        if (other != self) {
-            throw Error(ErrorCode::conflict,
-                        FillPattern("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
-        }
-    }
+    organisation.RequireNoOther(organisation.ChildrenNamed(parent, name), name, self);
     if (const auto other = organisation.FindConfusedChild(parent, name, self)) {
         ThrowConfused("name", name, *other);
     }
@@ -204,7 +186,7 @@ GroupData LoadGroup(Organisation& organisation, ItemKey key)
 std::optional<ItemKey> ParentToLeave(const Organisation& organisation, ItemKey group,
                                      const std::optional<std::string>& from)
 {
-    const std::vector<ItemKey> parents = Keys(organisation, organisation.Find(group)->parents);
+    const std::vector<ItemKey> parents = organisation.Keys(organisation.Find(group)->parents);
     if (from) {
         const ItemKey parent = organisation.FindHolder(*from);
         if (std::ranges::find(parents, parent) == parents.end()) {
@@ -314,7 +296,7 @@ Result List(Call& call, const GroupFilter& in)
 {
     const Organisation organisation(call.Connection());
     const std::vector<ItemKey> groups =
-        in.parent ? Keys(organisation, organisation.Find(organisation.FindHolder(*in.parent))->children)
+        in.parent ? organisation.Keys(organisation.Find(organisation.FindHolder(*in.parent))->children)
                   : GroupsWhere(organisation, [](const Node&) { return true; });
     for (const ItemKey key : groups) {
         const Node& place = *organisation.Find(key);
@@ -336,7 +318,7 @@ Result Show(Call& call, const OneGroup& in)
         {"id", std::int64_t{key.id}},
         {"name", group.name},
         {"path", organisation.PathOf(key)},
-        {"parents", PathsOf(organisation, Keys(organisation, place.parents))},
+        {"parents", PathsOf(organisation, organisation.Keys(place.parents))},
         {"description", group.description},
         {"creator", group.creator},
         {"created", group.created ? Value(*group.created) : Value()},
@@ -412,11 +394,11 @@ Result Set(Call& call, const GroupToSet& in)
     group.domainId = in.domainId.value_or(stored.domainId);
     if (group == stored) {
         call.Report(
-            OutcomeOf(organisation, key, "unchanged", FillPattern("nothing to change in {}", organisation.Named(key))));
+            organisation.OutcomeOf(key, "unchanged", FillPattern("nothing to change in {}", organisation.Named(key))));
         return Unchanged();
     }
     organisation.ChangeGroup(key.id, {{}, in.description, in.sortIndex, in.domainId});
-    call.Report(OutcomeOf(organisation, key, "changed", FillPattern("changed {}", organisation.Named(key))));
+    call.Report(organisation.OutcomeOf(key, "changed", FillPattern("changed {}", organisation.Named(key))));
     return {};
 }
 
@@ -425,13 +407,13 @@ Result Rename(Call& call, const GroupToRename& in)
     CheckName("group", in.name);
     Organisation organisation(call.Connection());
     const ItemKey key = organisation.FindGroup(in.group);
-    for (const ItemKey parent : Keys(organisation, organisation.Find(key)->parents)) {
+    for (const ItemKey parent : organisation.Keys(organisation.Find(key)->parents)) {
         RequireFreeName(organisation, parent, in.name, key);
     }
     organisation.ChangeGroup(key.id, {in.name, {}, {}, {}});
     const std::size_t departments = SyncDepartments(organisation, key);
-    call.Report(OutcomeOf(
-        organisation, key, "renamed",
+    call.Report(organisation.OutcomeOf(
+        key, "renamed",
         FillPattern("renamed {} to {}{}", organisation.Named(key), Visible(in.name), WithDepartments(departments))));
     return {};
 }
@@ -444,12 +426,12 @@ Result Move(Call& call, const GroupToMove& in)
     const std::optional<ItemKey> left = ParentToLeave(organisation, group, in.from);
     if (left == parent) {
         call.Report(
-            OutcomeOf(organisation, group, "unchanged", FillPattern("{} is there already", organisation.Named(group))));
+            organisation.OutcomeOf(group, "unchanged", FillPattern("{} is there already", organisation.Named(group))));
         return Unchanged();
     }
     ThrowIfCycle(organisation, parent, group);
     RequireFreeName(organisation, parent, organisation.Find(group)->name, group);
-    const std::vector<ItemKey> parents = Keys(organisation, organisation.Find(group)->parents);
+    const std::vector<ItemKey> parents = organisation.Keys(organisation.Find(group)->parents);
     if (left) {
         organisation.RemoveMember(*left, group);
     }
@@ -457,9 +439,9 @@ Result Move(Call& call, const GroupToMove& in)
         organisation.AddMember(parent, group);
     }
     const std::size_t departments = SyncDepartments(organisation, group);
-    call.Report(OutcomeOf(organisation, group, "moved",
-                          FillPattern("moved {} to {}{}", organisation.Named(group), organisation.Named(parent),
-                                      WithDepartments(departments))));
+    call.Report(organisation.OutcomeOf(group, "moved",
+                                       FillPattern("moved {} to {}{}", organisation.Named(group),
+                                                   organisation.Named(parent), WithDepartments(departments))));
     return {};
 }
 
@@ -468,7 +450,7 @@ Result SetStyle(Call& call, const GroupToStyle& in)
     Organisation organisation(call.Connection());
     const ItemKey key = organisation.FindGroup(in.group);
     organisation.SetGroupStyle(key.id, *in.style);
-    call.Report(OutcomeOf(organisation, key, "changed", FillPattern("changed {}", organisation.Named(key))));
+    call.Report(organisation.OutcomeOf(key, "changed", FillPattern("changed {}", organisation.Named(key))));
     return {};
 }
 
@@ -528,88 +510,69 @@ Result Delete(Call& call, const GroupToDelete& /*in*/, const Deletion& deletion)
     Organisation organisation(call.Connection());
     organisation.DeleteGroups(deletion.ids);
     const std::size_t departments = SyncDepartments(organisation, deletion.group);
-    call.Report(
-        OutcomeOf(organisation, deletion.group, "deleted",
-                  FillPattern("deleted {}{}", Counted(deletion.ids.size(), "group"), WithDepartments(departments))));
+    call.Report(organisation.OutcomeOf(
+        deletion.group, "deleted",
+        FillPattern("deleted {}{}", Counted(deletion.ids.size(), "group"), WithDepartments(departments))));
     return {};
 }
 
 constexpr Command kCommands[] = {
     {.path = {"group", "tree"},
      .summary = "draw the organisation, with how many people are where",
-     .examples = "  qvadmin group tree\n"
-                 "  qvadmin group tree /Company/Sales --depth 2 --users",
-     .effect = Effect::read,
-     .params = &InfosOf<kTreeParams>,
+     .examples = {"qvadmin group tree", "qvadmin group tree /Company/Sales --depth 2 --users"},
      .columns = kTreeColumns,
      .isTree = true,
-     .run = &ReadSnapshot<&Tree, kTreeParams>},
+     .handler = ReadSnapshot<&Tree, kTreeParams>()},
     {.path = {"group", "list"},
      .summary = "all groups, or those directly under a view or group",
-     .examples = "  qvadmin group list\n"
-                 "  qvadmin group list /Company -o csv",
-     .effect = Effect::read,
-     .params = &InfosOf<kListParams>,
+     .examples = {"qvadmin group list", "qvadmin group list /Company -o csv"},
      .columns = kListColumns,
-     .run = &Read<&List, kListParams>},
+     .handler = Read<&List, kListParams>()},
     {.path = {"group", "show"},
      .summary = "everything about a group",
-     .examples = "  qvadmin group show /Company/Sales\n"
-                 "  qvadmin group show id:17 -o json",
-     .effect = Effect::read,
-     .params = &InfosOf<kOneParams>,
+     .examples = {"qvadmin group show /Company/Sales", "qvadmin group show id:17 -o json"},
      .columns = kShowColumns,
-     .run = &Read<&Show, kOneParams>},
+     .handler = Read<&Show, kOneParams>()},
     {.path = {"group", "create"},
      .summary = "add a group and print the new id",
-     .examples = "  qvadmin group create /Company/Sales --description 'Sells things'\n"
-                 "  qvadmin group create /Company/Sales/North/Team --parents\n"
-                 "  qvadmin group create '/Company/Research\\/Development'",
+     .examples = {"qvadmin group create /Company/Sales --description 'Sells things'",
+                  "qvadmin group create /Company/Sales/North/Team --parents",
+                  "qvadmin group create '/Company/Research\\/Development'"},
      .effect = Effect::create,
-     .params = &InfosOf<kCreateParams>,
-     .run = &Write<&Create, kCreateParams>},
+     .handler = Write<&Create, kCreateParams>()},
     {.path = {"group", "set"},
      .summary = "change what is given and leave all else",
-     .examples = "  qvadmin group set /Company/Sales --sort-index 10",
+     .examples = {"qvadmin group set /Company/Sales --sort-index 10"},
      .effect = Effect::change,
-     .params = &InfosOf<kSetParams>,
-     .run = &Write<&Set, kSetParams>},
+     .handler = Write<&Set, kSetParams>()},
     {.path = {"group", "rename"},
      .summary = "give a group another name",
-     .examples = "  qvadmin group rename /Company/Sales Selling",
+     .examples = {"qvadmin group rename /Company/Sales Selling"},
      .effect = Effect::change,
-     .params = &InfosOf<kRenameParams>,
-     .run = &Write<&Rename, kRenameParams>},
+     .handler = Write<&Rename, kRenameParams>()},
     {.path = {"group", "move"},
      .summary = "move a group, with all below it, to another parent",
-     .examples = "  qvadmin group move /Company/Sales/North /Company/Service\n"
-                 "  qvadmin group move id:17 /Company --from /Old",
+     .examples = {"qvadmin group move /Company/Sales/North /Company/Service",
+                  "qvadmin group move id:17 /Company --from /Old"},
      .effect = Effect::change,
-     .params = &InfosOf<kMoveParams>,
-     .run = &Write<&Move, kMoveParams>},
+     .handler = Write<&Move, kMoveParams>()},
     {.path = {"group", "style"},
      .summary = "print a group's style, or set it",
-     .examples = "  qvadmin group style /Company/Sales\n"
-                 "  qvadmin group style /Company/Sales 2",
+     .examples = {"qvadmin group style /Company/Sales", "qvadmin group style /Company/Sales 2"},
      .effect = Effect::change,
-     .params = &InfosOf<kStyleParams>,
      .columns = kStyleColumns,
-     .run = &ReadOrWrite<&GroupToStyle::style, &ShowStyle, &SetStyle, kStyleParams>},
+     .handler = ReadOrWrite<&GroupToStyle::style, &ShowStyle, &SetStyle, kStyleParams>()},
     {.path = {"group", "delete"},
      .summary = "delete a group and what is kept about it elsewhere; asks first",
-     .examples = "  qvadmin group delete /Company/Sales\n"
-                 "  qvadmin group delete id:17 --recursive --yes",
+     .examples = {"qvadmin group delete /Company/Sales", "qvadmin group delete id:17 --recursive --yes"},
      .effect = Effect::remove,
      .asks = true,
-     .params = &InfosOf<kDeleteParams>,
-     .run = &WritePlanned<&PlanDeletion, &Delete, kDeleteParams>},
+     .handler = WritePlanned<&PlanDeletion, &Delete, kDeleteParams>()},
     {.path = {"group", "find"},
      .summary = "groups with a text in the name, wherever they are",
-     .examples = "  qvadmin group find sales",
-     .effect = Effect::read,
-     .params = &InfosOf<kFindParams>,
+     .examples = {"qvadmin group find sales"},
      .columns = kFindColumns,
-     .run = &Read<&Find, kFindParams>},
+     .handler = Read<&Find, kFindParams>()},
 };
 
 } // namespace

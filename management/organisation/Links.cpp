@@ -16,18 +16,13 @@ std::map<int, std::vector<ItemKey>> HoldersOf(CAConnect& conn, int type, const s
     if (ids.empty()) {
         return holders;
     }
-    EachRow(conn,
-            fmt::format("SELECT DISTINCT Col_DQvItemID, Col_QvItemType, Col_QvItemID FROM qv_Relation WHERE "
-                        "Col_DQvItemID IN ({}) AND Col_DQvItemType = {} AND Col_QvItemType IN ({}, {}) AND Col_RelType "
-                        "= {}",
-                        fmt::join(ids, ", "), type, kItemTypeGroup, kItemTypeView, kMembership),
-            [&holders](CARecordset& row) {
-                int member = 0;
-                row.GetValue(1, member);
-                ItemKey& holder = holders[member].emplace_back();
-                row.GetValue(2, holder.type);
-                row.GetValue(3, holder.id);
-            });
+    EachRow(
+        conn,
+        fmt::format("SELECT DISTINCT Col_DQvItemID, Col_QvItemType, Col_QvItemID FROM qv_Relation WHERE "
+                    "Col_DQvItemID IN ({}) AND Col_DQvItemType = {} AND Col_QvItemType IN ({}, {}) AND Col_RelType "
+                    "= {}",
+                    fmt::join(ids, ", "), type, kItemTypeGroup, kItemTypeView, kMembership),
+        [&holders](CARecordset& row) { holders[NumberIn(row, 1)].push_back({NumberIn(row, 2), NumberIn(row, 3)}); });
     for (auto& [member, sorted] : holders) {
         std::ranges::sort(sorted);
     }
@@ -46,10 +41,9 @@ std::map<int, std::vector<LinkedGroup>> GroupsIn(CAConnect& conn, int type, cons
                         "r.Col_DQvItemType = {} AND r.Col_RelType = {} ORDER BY g.Col_ID",
                         fmt::join(ids, ", "), type, kItemTypeGroup, kMembership),
             [&groups](CARecordset& row) {
-                int holder = 0;
+                const int holder = NumberIn(row, 1);
                 LinkedGroup group;
-                row.GetValue(1, holder);
-                row.GetValue(2, group.id);
+                group.id = NumberIn(row, 2);
                 std::vector<LinkedGroup>& found = groups[holder];
                 if (found.empty() || found.back().id != group.id) {
                     group.name = TextIn(row, 3);

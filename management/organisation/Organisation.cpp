@@ -27,43 +27,6 @@ template class Hierarchy<Node>;
 
 namespace {
 
-/// Reads the columns of a row one after the other; NULL leaves what is there.
-class ColumnReader {
-public:
-    explicit ColumnReader(CARecordset& row) : m_row(row) {}
-
-    ColumnReader& operator>>(int& out)
-    {
-        m_row.GetValue(++m_column, out);
-        return *this;
-    }
-
-    ColumnReader& operator>>(bool& out)
-    {
-        m_row.GetValue(++m_column, out);
-        return *this;
-    }
-
-    ColumnReader& operator>>(std::string& out)
-    {
-        out = m_row.GetValueToStr(++m_column, true).View();
-        return *this;
-    }
-
-    ColumnReader& operator>>(std::optional<std::string>& out)
-    {
-        CString text;
-        if (m_row.GetValue(++m_column, text, true)) {
-            out = text.View();
-        }
-        return *this;
-    }
-
-private:
-    CARecordset& m_row;
-    long m_column = 0;
-};
-
 bool IsSystemView(const Node& node) { return node.BeginsPath(); }
 
 } // namespace
@@ -106,12 +69,12 @@ void Organisation::LoadNodes()
     EachRow(m_conn, "SELECT Col_ID, Col_Name, Col_ItemIndex, Col_Type, Col_OwnerID FROM qv_View",
             [this](CARecordset& row) {
                 Node& view = Add({kItemTypeView, 0});
-                ColumnReader(row) >> view.key.id >> view.name >> view.sortIndex >> view.viewType >> view.viewOwner;
+                ReadColumns(row, view.key.id, view.name, view.sortIndex, view.viewType, view.viewOwner);
                 view.nameKey = NameKey(view.name);
             });
     EachRow(m_conn, "SELECT Col_ID, Col_Name, Col_ItemIndex FROM qv_Group", [this](CARecordset& row) {
         Node& group = Add({kItemTypeGroup, 0});
-        ColumnReader(row) >> group.key.id >> group.name >> group.sortIndex;
+        ReadColumns(row, group.key.id, group.name, group.sortIndex);
         group.nameKey = NameKey(group.name);
     });
     Sort([](const Node& a, const Node& b) {
@@ -130,7 +93,7 @@ void Organisation::LoadLinks()
             [this](CARecordset& row) {
                 ItemKey holder{};
                 ItemKey member{kItemTypeGroup, 0};
-                ColumnReader(row) >> holder.type >> holder.id >> member.id;
+                ReadColumns(row, holder.type, holder.id, member.id);
                 Link(holder, member);
             });
 }
@@ -145,7 +108,7 @@ void Organisation::LoadUserCounts()
             [this](CARecordset& row) {
                 ItemKey holder{};
                 int users = 0;
-                ColumnReader(row) >> holder.type >> holder.id >> users;
+                ReadColumns(row, holder.type, holder.id, users);
                 if (const std::optional<std::size_t> node = IndexOf(holder)) {
                     At(*node).users = users;
                 }
@@ -235,32 +198,23 @@ int Organisation::UsersBelow(ItemKey key) const
 
 std::optional<GroupData> Organisation::LoadGroup(int id)
 {
-    std::optional<GroupData> group;
-    EachRow(m_conn,
-            fmt::format("SELECT Col_Name, Col_Description, Col_Creator_Name, Col_Dt_Create, Col_ItemIndex, "
-                        "Col_DomainID, Col_Style FROM qv_Group WHERE Col_ID = {}",
-                        id),
-            [&group](CARecordset& row) {
-                GroupData& data = group.emplace();
-                ColumnReader(row) >> data.name >> data.description >> data.creator >> data.created >> data.sortIndex >>
-                    data.domainId >> data.style;
-            });
-    return group;
+    return ReadRecord(m_conn,
+                      fmt::format("SELECT Col_Name, Col_Description, Col_Creator_Name, Col_Dt_Create, Col_ItemIndex, "
+                                  "Col_DomainID, Col_Style FROM qv_Group WHERE Col_ID = {}",
+                                  id),
+                      &GroupData::name, &GroupData::description, &GroupData::creator, &GroupData::created,
+                      &GroupData::sortIndex, &GroupData::domainId, &GroupData::style);
 }
 
 std::optional<ViewData> Organisation::LoadView(int id)
 {
-    std::optional<ViewData> view;
-    EachRow(m_conn,
-            fmt::format("SELECT Col_Name, Col_Description, Col_Creator_Name, Col_Dt_Create, Col_Type, Col_OwnerID, "
-                        "Col_ItemIndex, Col_DomainID, Col_Style, Col_IsPublic FROM qv_View WHERE Col_ID = {}",
-                        id),
-            [&view](CARecordset& row) {
-                ViewData& data = view.emplace();
-                ColumnReader(row) >> data.name >> data.description >> data.creator >> data.created >> data.type >>
-                    data.ownerId >> data.sortIndex >> data.domainId >> data.style >> data.isPublic;
-            });
-    return view;
+    return ReadRecord(
+        m_conn,
+        fmt::format("SELECT Col_Name, Col_Description, Col_Creator_Name, Col_Dt_Create, Col_Type, Col_OwnerID, "
+                    "Col_ItemIndex, Col_DomainID, Col_Style, Col_IsPublic FROM qv_View WHERE Col_ID = {}",
+                    id),
+        &ViewData::name, &ViewData::description, &ViewData::creator, &ViewData::created, &ViewData::type,
+        &ViewData::ownerId, &ViewData::sortIndex, &ViewData::domainId, &ViewData::style, &ViewData::isPublic);
 }
 
 int Organisation::GroupStyle(int id)
@@ -282,7 +236,7 @@ std::map<ItemKey, std::vector<Member>> Organisation::LoadMembers()
             [&members](CARecordset& row) {
                 ItemKey holder{};
                 Member member{};
-                ColumnReader(row) >> holder.type >> holder.id >> member.id >> member.login >> member.name;
+                ReadColumns(row, holder.type, holder.id, member.id, member.login, member.name);
                 members[holder].push_back(std::move(member));
             });
     return members;
@@ -300,7 +254,7 @@ MemberCounts Organisation::CountMembers(const std::vector<int>& groups)
             [&](CARecordset& row) {
                 int user = 0;
                 ItemKey group{kItemTypeGroup, 0};
-                ColumnReader(row) >> user >> group.id;
+                ReadColumns(row, user, group.id);
                 if (counted.contains(group.id)) {
                     members.insert(user);
                 } else if (IndexOf(group)) {

@@ -44,6 +44,7 @@ struct Node : HierarchyNode {
     int users = 0;     ///< who are members directly, each counted once
 
     static constexpr std::string_view kTop = "view";
+    static constexpr std::string_view kInner = "group";
     static constexpr std::string_view kPathHelp = "/VIEW/GROUP, or id:17, or view:4";
     [[nodiscard]] static bool IsTop(ItemKey key);
     [[nodiscard]] static ItemKey KeyOf(bool isTop, int id);

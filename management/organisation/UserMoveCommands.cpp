@@ -174,13 +174,12 @@ Result MoveUsers(Call& call, const UsersToMove& in, const Move& move)
 constexpr Command kCommands[] = {
     {.path = {"user", "move"},
      .summary = "move users to another group, their departments with them",
-     .examples = "  qvadmin user move amy rory /Company/Sales\n"
-                 "  qvadmin user move amy /Company/Sales --from /Company/Service\n"
-                 "  qvadmin user move --in /Company/Service --where title=Trainee /Company/Sales",
+     .examples = {"qvadmin user move amy rory /Company/Sales",
+                  "qvadmin user move amy /Company/Sales --from /Company/Service",
+                  "qvadmin user move --in /Company/Service --where title=Trainee /Company/Sales"},
      .effect = Effect::change,
      .asks = true,
-     .params = &InfosOf<kMoveParams>,
-     .run = &WritePlanned<&PlanMove, &MoveUsers, kMoveParams>},
+     .handler = WritePlanned<&PlanMove, &MoveUsers, kMoveParams>()},
 };
 
 } // namespace

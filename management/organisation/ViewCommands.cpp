@@ -104,19 +104,9 @@ constexpr Column kDefaultColumns[] = {{"name"}};
 
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
-Outcome OutcomeOf(const Organisation& organisation, ItemKey view, std::string_view outcome, Sentence sentence)
-{
-    return {"view", view.id, organisation.PathOf(view), outcome, std::move(sentence)};
-}
-
 void RequireFreeName(const Organisation& organisation, const std::string& name, ItemKey self)
 {
-    for (const ItemKey other : organisation.SystemViewsNamed(name)) {
-        if (other != self) {
-            throw Error(ErrorCode::conflict,
-                        FillPattern("the name {} is taken by {}", Quoted(name), organisation.Named(other)));
-        }
-    }
+    organisation.RequireNoOther(organisation.SystemViewsNamed(name), name, self);
     const std::string others = fmt::format("Col_Type = {} AND Col_ID <> {}", kSystemView, self.id);
     if (const auto other = FindConfused(organisation.Connection(), "qv_View", name, others)) {
         ThrowConfused("name", name, *other);
@@ -231,11 +221,11 @@ Result Set(Call& call, const ViewToSet& in)
     view.sortIndex = in.sortIndex.value_or(stored.sortIndex);
     if (view == stored) {
         call.Report(
-            OutcomeOf(organisation, key, "unchanged", FillPattern("nothing to change in {}", organisation.Named(key))));
+            organisation.OutcomeOf(key, "unchanged", FillPattern("nothing to change in {}", organisation.Named(key))));
         return Unchanged();
     }
     organisation.ChangeView(key.id, {in.description, in.sortIndex});
-    call.Report(OutcomeOf(organisation, key, "changed", FillPattern("changed {}", organisation.Named(key))));
+    call.Report(organisation.OutcomeOf(key, "changed", FillPattern("changed {}", organisation.Named(key))));
     return {};
 }
 
@@ -249,8 +239,8 @@ Result Rename(Call& call, const ViewToRename& in)
         RequireFreeName(organisation, in.name, key);
     }
     organisation.RenameView(key.id, in.name);
-    call.Report(OutcomeOf(organisation, key, "renamed",
-                          FillPattern("renamed {} to {}", organisation.Named(key), Visible(in.name))));
+    call.Report(organisation.OutcomeOf(key, "renamed",
+                                       FillPattern("renamed {} to {}", organisation.Named(key), Visible(in.name))));
     return {};
 }
 
@@ -268,7 +258,7 @@ Result NameDefault(Call& call, const DefaultView& in)
     const ItemKey view = FindPlaceholder(organisation);
     RequireFreeName(organisation, *in.name, view);
     organisation.NameDefaultView(*in.name);
-    call.Report(OutcomeOf(organisation, view, "renamed", FillPattern("named the default view {}", Visible(*in.name))));
+    call.Report(organisation.OutcomeOf(view, "renamed", FillPattern("named the default view {}", Visible(*in.name))));
     return {};
 }
 
@@ -300,8 +290,8 @@ Result Delete(Call& call, const OneView& /*in*/, const Deletion& deletion)
     Organisation organisation(call.Connection());
     organisation.DeleteView(deletion.view.id);
     const std::size_t departments = SyncDepartments(organisation, deletion.view);
-    call.Report(OutcomeOf(organisation, deletion.view, "deleted",
-                          FillPattern("deleted {}{}", deletion.name, WithDepartments(departments))));
+    call.Report(organisation.OutcomeOf(deletion.view, "deleted",
+                                       FillPattern("deleted {}{}", deletion.name, WithDepartments(departments))));
     return {};
 }
 
@@ -315,66 +305,53 @@ Result Stamp(Call& call, const OneView& in)
                                                      organisation.Named(key), organisation.CycleText(cycle)));
     }
     organisation.StampView(key.id);
-    call.Report(OutcomeOf(organisation, key, "stamped", FillPattern("stamped {}", organisation.Named(key))));
+    call.Report(organisation.OutcomeOf(key, "stamped", FillPattern("stamped {}", organisation.Named(key))));
     return {};
 }
 
 constexpr Command kCommands[] = {
     {.path = {"view", "list"},
      .summary = "the system's views",
-     .examples = "  qvadmin view list\n"
-                 "  qvadmin view list --all",
-     .effect = Effect::read,
-     .params = &InfosOf<kListParams>,
+     .examples = {"qvadmin view list", "qvadmin view list --all"},
      .columns = kListColumns,
-     .run = &Read<&List, kListParams>},
+     .handler = Read<&List, kListParams>()},
     {.path = {"view", "show"},
      .summary = "everything about a view",
-     .examples = "  qvadmin view show Company\n"
-                 "  qvadmin view show view:4",
-     .effect = Effect::read,
-     .params = &InfosOf<kOneParams>,
+     .examples = {"qvadmin view show Company", "qvadmin view show view:4"},
      .columns = kShowColumns,
-     .run = &Read<&Show, kOneParams>},
+     .handler = Read<&Show, kOneParams>()},
     {.path = {"view", "create"},
      .summary = "add a view of the system and print the new id",
-     .examples = "  qvadmin view create Company --description 'Who works where'",
+     .examples = {"qvadmin view create Company --description 'Who works where'"},
      .effect = Effect::create,
-     .params = &InfosOf<kCreateParams>,
-     .run = &Write<&Create, kCreateParams>},
+     .handler = Write<&Create, kCreateParams>()},
     {.path = {"view", "set"},
      .summary = "change what is given and leave all else",
-     .examples = "  qvadmin view set Company --sort-index 10",
+     .examples = {"qvadmin view set Company --sort-index 10"},
      .effect = Effect::change,
-     .params = &InfosOf<kSetParams>,
-     .run = &Write<&Set, kSetParams>},
+     .handler = Write<&Set, kSetParams>()},
     {.path = {"view", "rename"},
      .summary = "give a view another name",
-     .examples = "  qvadmin view rename Company 'The Company'",
+     .examples = {"qvadmin view rename Company 'The Company'"},
      .effect = Effect::change,
-     .params = &InfosOf<kRenameParams>,
-     .run = &Write<&Rename, kRenameParams>},
+     .handler = Write<&Rename, kRenameParams>()},
     {.path = {"view", "default"},
      .summary = "print the name of the default view, or name it for the first time",
-     .examples = "  qvadmin view default\n"
-                 "  qvadmin view default Company",
+     .examples = {"qvadmin view default", "qvadmin view default Company"},
      .effect = Effect::change,
-     .params = &InfosOf<kDefaultParams>,
      .columns = kDefaultColumns,
-     .run = &ReadOrWrite<&DefaultView::name, &ShowDefault, &NameDefault, kDefaultParams>},
+     .handler = ReadOrWrite<&DefaultView::name, &ShowDefault, &NameDefault, kDefaultParams>()},
     {.path = {"view", "delete"},
      .summary = "delete a view and its links; asks first",
-     .examples = "  qvadmin view delete view:4",
+     .examples = {"qvadmin view delete view:4"},
      .effect = Effect::remove,
      .asks = true,
-     .params = &InfosOf<kOneParams>,
-     .run = &WritePlanned<&PlanDeletion, &Delete, kOneParams>},
+     .handler = WritePlanned<&PlanDeletion, &Delete, kOneParams>()},
     {.path = {"view", "stamp"},
      .summary = "write the view's id into the links of all users below it",
-     .examples = "  qvadmin view stamp Company",
+     .examples = {"qvadmin view stamp Company"},
      .effect = Effect::change,
-     .params = &InfosOf<kOneParams>,
-     .run = &Write<&Stamp, kOneParams>},
+     .handler = Write<&Stamp, kOneParams>()},
 };
 
 } // namespace

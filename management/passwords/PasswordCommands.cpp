@@ -152,34 +152,26 @@ Result Set(Call& call, const PasswordToSet& in, const ChosenUsers& owners, const
 constexpr Command kCommands[] = {
     {.path = {"user", "password"},
      .summary = "set and check a user's password",
-     .examples = "  qvadmin user password set amy\n"
-                 "  qvadmin user password set amy --generate\n"
-                 "  qvadmin user password check amy --password-file secret.txt\n"
-                 "  qvadmin user password status amy"},
+     .examples = {"qvadmin user password set amy", "qvadmin user password set amy --generate",
+                  "qvadmin user password check amy --password-file secret.txt", "qvadmin user password status amy"}},
     {.path = {"user", "password", "set"},
      .summary = "give users a password",
-     .examples = "  qvadmin user password set amy\n"
-                 "  qvadmin user password set amy --generate\n"
-                 "  qvadmin user password set --in /Company/Sales --generate --result passwords.csv",
+     .examples = {"qvadmin user password set amy", "qvadmin user password set amy --generate",
+                  "qvadmin user password set --in /Company/Sales --generate --result passwords.csv"},
      .effect = Effect::change,
      .asks = true,
      .risk = Risk::stepUp,
      .level = Level::helpDesk,
-     .params = &InfosOf<kSetParams>,
-     .run = &WriteWithSecret<&PlanSetting, &ObtainPasswords, &Set, kSetParams>},
+     .handler = WriteWithSecret<&PlanSetting, &ObtainPasswords, &Set, kSetParams>()},
     {.path = {"user", "password", "check"},
      .summary = "print true or false; ends with 0 or 3",
-     .examples = "  qvadmin user password check amy --password-file secret.txt",
-     .effect = Effect::read,
-     .params = &InfosOf<kCheckParams>,
-     .run = &Read<&Check, kCheckParams>},
+     .examples = {"qvadmin user password check amy --password-file secret.txt"},
+     .handler = Read<&Check, kCheckParams>()},
     {.path = {"user", "password", "status"},
      .summary = "whether there is one, and how it is stored",
-     .examples = "  qvadmin user password status amy",
-     .effect = Effect::read,
-     .params = &InfosOf<kStatusParams>,
+     .examples = {"qvadmin user password status amy"},
      .columns = kStatusColumns,
-     .run = &Read<&Status, kStatusParams>},
+     .handler = Read<&Status, kStatusParams>()},
 };
 
 } // namespace

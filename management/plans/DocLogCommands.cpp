@@ -72,18 +72,14 @@ Result List(Call& call, const LogFilter& filter)
 constexpr Command kCommands[] = {
     {.path = {"doclog", "add"},
      .summary = "note what happened to an object",
-     .examples = "  qvadmin doclog add 105 17 moved 'Moved to the archive' --creator amy",
+     .examples = {"qvadmin doclog add 105 17 moved 'Moved to the archive' --creator amy"},
      .effect = Effect::create,
-     .params = &InfosOf<kAddParams>,
-     .run = &Write<&Add, kAddParams>},
+     .handler = Write<&Add, kAddParams>()},
     {.path = {"doclog", "list"},
      .summary = "what is noted, in the order of the table",
-     .examples = "  qvadmin doclog list --class 105 --object 17\n"
-                 "  qvadmin doclog list --type moved --limit 20 -o csv",
-     .effect = Effect::read,
-     .params = &InfosOf<kListParams>,
+     .examples = {"qvadmin doclog list --class 105 --object 17", "qvadmin doclog list --type moved --limit 20 -o csv"},
      .columns = kColumns,
-     .run = &Read<&List, kListParams>},
+     .handler = Read<&List, kListParams>()},
 };
 
 } // namespace

@@ -52,10 +52,9 @@ std::vector<ListedPlan> Plans::List()
 
 std::optional<PlanData> Plans::Load(int id)
 {
-    std::optional<PlanData> plan;
-    EachRow(m_conn, fmt::format("SELECT Col_Name, Col_Desc, Col_Data FROM Tab_Doc_Backup_Plan WHERE Col_ID = {}", id),
-            [&plan](CARecordset& row) { plan = PlanData{TextIn(row, 1), TextIn(row, 2), TextIn(row, 3)}; });
-    return plan;
+    return ReadRecord(m_conn,
+                      fmt::format("SELECT Col_Name, Col_Desc, Col_Data FROM Tab_Doc_Backup_Plan WHERE Col_ID = {}", id),
+                      &PlanData::name, &PlanData::description, &PlanData::data);
 }
 
 std::set<ItemKey> Plans::ItemsOf(int id)
@@ -65,8 +64,7 @@ std::set<ItemKey> Plans::ItemsOf(int id)
             fmt::format("SELECT Col_QvItem_Type, Col_QvItem_ID FROM Tab_Doc_Backup_Rel WHERE Col_PlanID = {}", id),
             [&items](CARecordset& row) {
                 ItemKey item{};
-                row.GetValue(1, item.type);
-                row.GetValue(2, item.id);
+                ReadColumns(row, item.type, item.id);
                 items.insert(item);
             });
     return items;
@@ -74,10 +72,7 @@ std::set<ItemKey> Plans::ItemsOf(int id)
 
 int Plans::CountAssignments(int id)
 {
-    int count = 0;
-    EachRow(m_conn, fmt::format("SELECT COUNT(*) FROM Tab_Doc_Backup_Rel WHERE Col_PlanID = {}", id),
-            [&count](CARecordset& row) { row.GetValue(1, count); });
-    return count;
+    return Number(m_conn, fmt::format("SELECT COUNT(*) FROM Tab_Doc_Backup_Rel WHERE Col_PlanID = {}", id));
 }
 
 std::vector<ListedPlan> Plans::OfItem(ItemKey item)
@@ -194,13 +189,8 @@ void DocLog::List(const LogFilter& filter, const std::function<bool(const LogEnt
     sql += filter.type ? fmt::format(" AND Col_Type = '{}'", EscapeLiteral(m_conn, *filter.type).View()) : "";
     const auto read = [&take](CARecordset& row) {
         LogEntry entry;
-        row.GetValue(1, entry.classId);
-        row.GetValue(2, entry.objectId);
-        entry.type = TextIn(row, 3);
-        entry.content = TextIn(row, 4);
-        row.GetValue(5, entry.creatorId);
-        entry.creator = TextIn(row, 6);
-        entry.genre = TextIn(row, 7);
+        ReadColumns(row, entry.classId, entry.objectId, entry.type, entry.content, entry.creatorId, entry.creator,
+                    entry.genre);
         return take(entry);
     };
     EachRow(m_conn, sql, read, filter.limit.value_or(std::numeric_limits<int>::max()));

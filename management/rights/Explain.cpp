@@ -29,12 +29,6 @@ struct Function {
     CString name;
 };
 
-std::optional<int> NumberIn(CARecordset& row, long column)
-{
-    int number = 0;
-    return row.GetValue(column, number) ? std::optional(number) : std::nullopt;
-}
-
 // ---- What the module says -------------------------------------------------------------------------------------------
 
 /// Runs an operation and notes what it returns and what it leaves in its output.
@@ -109,8 +103,7 @@ std::vector<ConsideredRow> LoadRows(CAConnect& conn, const RoleSet& set, const F
                         function.genre.View(), function.name.View(), filter.View()),
             [&](CARecordset& row) {
                 ConsideredRow& considered = rows.emplace_back();
-                considered.power = NumberIn(row, 1);
-                row.GetValue(2, considered.roleId);
+                ReadColumns(row, considered.power, considered.roleId);
                 considered.isLinked = set.linked.contains(considered.roleId);
                 considered.isDefault = considered.roleId == set.defaultId;
             });
@@ -137,9 +130,7 @@ std::vector<IgnoredRow> LoadIgnored(CAConnect& conn, int userId, const Function&
                         kMembership, kItemTypeRole, filter.View()),
             [&rows](CARecordset& row) {
                 IgnoredRow& ignored = rows.emplace_back();
-                row.GetValue(1, ignored.holder.type);
-                row.GetValue(2, ignored.holder.id);
-                ignored.power = NumberIn(row, 3);
+                ReadColumns(row, ignored.holder.type, ignored.holder.id, ignored.power);
             });
     return rows;
 }

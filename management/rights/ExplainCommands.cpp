@@ -296,25 +296,20 @@ Result ExplainAssuming(Call& call, const ExplainQuery& in)
     return result;
 }
 
-Result RunExplain(Call& call, const ArgumentSource& source)
+Result Explain(Call& call, const ExplainQuery& in)
 {
-    const bool isAsItIs = binding::ReadInput<kExplainParams>(source).ifRoles.empty();
-    return isAsItIs ? ReadSnapshot<&ExplainRight, kExplainParams>(call, source)
-                    : Read<&ExplainAssuming, kExplainParams>(call, source);
+    return in.ifRoles.empty() ? RunInSnapshot<&ExplainRight>(call, in) : ExplainAssuming(call, in);
 }
 
 constexpr Command kCommands[] = {
     {.path = {"right", "explain"},
      .summary = "why a user has a right, or has not: what is found, and which role decides",
-     .examples = "  qvadmin right explain amy mail send --bit 1\n"
-                 "  qvadmin right explain amy mail send --mask 0x6\n"
-                 "  qvadmin right explain amy mail size --limit\n"
-                 "  qvadmin right explain amy mail send --bit 1 --if-role Editors\n"
-                 "  qvadmin right explain amy chat join --guest -o json",
-     .effect = Effect::read,
-     .params = &InfosOf<kExplainParams>,
+     .examples = {"qvadmin right explain amy mail send --bit 1", "qvadmin right explain amy mail send --mask 0x6",
+                  "qvadmin right explain amy mail size --limit",
+                  "qvadmin right explain amy mail send --bit 1 --if-role Editors",
+                  "qvadmin right explain amy chat join --guest -o json"},
      .columns = kColumns,
-     .run = &RunExplain},
+     .handler = Read<&Explain, kExplainParams>()},
 };
 
 } // namespace

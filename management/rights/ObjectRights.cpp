@@ -25,23 +25,9 @@ constexpr std::string_view kColumns =
 ObjectRight ReadRight(CARecordset& row)
 {
     ObjectRight right;
-    long column = 0;
-    row.GetValue(++column, right.id);
-    row.GetValue(++column, right.key.holder.type);
-    row.GetValue(++column, right.key.holder.id);
-    right.holderName = TextIn(row, ++column);
-    row.GetValue(++column, right.key.object.classId);
-    row.GetValue(++column, right.key.object.id);
-    right.key.genre = TextIn(row, ++column);
-    right.key.function = TextIn(row, ++column);
-    row.GetValue(++column, right.power);
-    row.GetValue(++column, right.unpower);
-    row.GetValue(++column, right.creatorId);
-    right.creator = TextIn(row, ++column);
-    CString created;
-    if (row.GetValue(++column, created, true)) {
-        right.created = Text(created);
-    }
+    ObjectRightKey& key = right.key;
+    ReadColumns(row, right.id, key.holder.type, key.holder.id, right.holderName, key.object.classId, key.object.id,
+                key.genre, key.function, right.power, right.unpower, right.creatorId, right.creator, right.created);
     return right;
 }
 

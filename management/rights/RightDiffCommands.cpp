@@ -110,20 +110,14 @@ Result DiffRoles(Call& call, const TwoRoles& in)
 constexpr Command kCommands[] = {
     {.path = {"right", "diff"},
      .summary = "the functions on which two users have different rights",
-     .examples = "  qvadmin right diff amy rory\n"
-                 "  qvadmin right diff amy rory -o json",
-     .effect = Effect::read,
-     .params = &InfosOf<kUsersToCompare>,
+     .examples = {"qvadmin right diff amy rory", "qvadmin right diff amy rory -o json"},
      .columns = kUserColumns,
-     .run = &ReadSnapshot<&DiffUsers, kUsersToCompare>},
+     .handler = ReadSnapshot<&DiffUsers, kUsersToCompare>()},
     {.path = {"role", "diff"},
      .summary = "the functions on which two roles have different powers",
-     .examples = "  qvadmin role diff Editors Authors\n"
-                 "  qvadmin role diff id:17 id:18 -o csv",
-     .effect = Effect::read,
-     .params = &InfosOf<kRolesToCompare>,
+     .examples = {"qvadmin role diff Editors Authors", "qvadmin role diff id:17 id:18 -o csv"},
      .columns = kRoleColumns,
-     .run = &ReadSnapshot<&DiffRoles, kRolesToCompare>},
+     .handler = ReadSnapshot<&DiffRoles, kRolesToCompare>()},
 };
 
 } // namespace

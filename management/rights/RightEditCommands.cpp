@@ -142,12 +142,11 @@ Result Apply(Call& call, const Edits& /*in*/, const PlannedEdits& plan)
 constexpr Command kCommands[] = {
     {.path = {"right", "edit"},
      .summary = "change several rights of roles as one change",
-     .examples = "  qvadmin right edit /Editors/mail/size=10 /Authors/mail/send=none\n"
-                 "  qvadmin right edit /id:17/mail/size=unlimited --dry-run",
+     .examples = {"qvadmin right edit /Editors/mail/size=10 /Authors/mail/send=none",
+                  "qvadmin right edit /id:17/mail/size=unlimited --dry-run"},
      .effect = Effect::change,
      .asks = true,
-     .params = &InfosOf<kEditParams>,
-     .run = &WritePlanned<&PlanEdits, &Apply, kEditParams>},
+     .handler = WritePlanned<&PlanEdits, &Apply, kEditParams>()},
 };
 
 } // namespace

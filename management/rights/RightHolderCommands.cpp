@@ -106,13 +106,10 @@ Result Who(Call& call, const WhoQuery& in)
 constexpr Command kCommands[] = {
     {.path = {"right", "who"},
      .summary = "the roles that have a right, and the users who have it through them",
-     .examples = "  qvadmin right who mail send\n"
-                 "  qvadmin right who mail send --bit 1\n"
-                 "  qvadmin right who mail size --limit 2048 -o json",
-     .effect = Effect::read,
-     .params = &InfosOf<kWhoParams>,
+     .examples = {"qvadmin right who mail send", "qvadmin right who mail send --bit 1",
+                  "qvadmin right who mail size --limit 2048 -o json"},
      .columns = kWhoColumns,
-     .run = &ReadSnapshot<&Who, kWhoParams>},
+     .handler = ReadSnapshot<&Who, kWhoParams>()},
 };
 
 } // namespace

@@ -61,10 +61,8 @@ void RightHolders::ReadRows(const std::string& function)
                         kItemTypeRole),
             [&](CARecordset& row) {
                 RoleRow found;
-                found.roleId = NumberIn(row, 1);
+                ReadColumns(row, found.roleId, found.power);
                 found.isDefault = found.roleId == m_defaultId;
-                int power = 0;
-                found.power = row.GetValue(2, power) ? std::optional(power) : std::nullopt;
                 const auto name = names.find(found.roleId);
                 found.role = name == names.end() ? "" : name->second;
                 if (found.isDefault || name != names.end()) {

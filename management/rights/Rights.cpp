@@ -19,16 +19,6 @@ namespace management {
 
 namespace {
 
-Function FunctionIn(CARecordset& row) { return {TextIn(row, 1), TextIn(row, 2)}; }
-
-PermissionMask PowersIn(CARecordset& row)
-{
-    PermissionMask powers;
-    row.GetValue(3, powers.power);
-    row.GetValue(4, powers.unpower);
-    return powers;
-}
-
 std::string IsHolder(ItemKey item)
 {
     return fmt::format("(Col_QvItemID = {} AND Col_QvItemType = {})", item.id, item.type);
@@ -73,7 +63,10 @@ std::vector<ItemRight> Rights::Select(const std::string& condition)
 {
     std::vector<ItemRight> rights;
     EachRow(m_conn, "SELECT Col_FunGenre, Col_FunName, Col_Power, Col_UnPower FROM qv_ItemAce WHERE " + condition,
-            [&rights](CARecordset& row) { rights.push_back({FunctionIn(row), PowersIn(row)}); });
+            [&rights](CARecordset& row) {
+                ItemRight& right = rights.emplace_back();
+                ReadColumns(row, right.function.genre, right.function.name, right.powers.power, right.powers.unpower);
+            });
     std::ranges::sort(rights, {}, [](const ItemRight& right) {
         return std::tie(right.function, right.powers.power, right.powers.unpower);
     });
@@ -143,12 +136,8 @@ std::vector<RightOn> Rights::SelectOn(const std::string& condition)
                 condition,
             [&rights](CARecordset& row) {
                 RightOn& right = rights.emplace_back();
-                right.function = FunctionIn(row);
-                right.powers = PowersIn(row);
-                row.GetValue(5, right.holder.type);
-                row.GetValue(6, right.holder.id);
-                row.GetValue(7, right.on.type);
-                row.GetValue(8, right.on.id);
+                ReadColumns(row, right.function.genre, right.function.name, right.powers.power, right.powers.unpower,
+                            right.holder.type, right.holder.id, right.on.type, right.on.id);
             });
     std::ranges::sort(rights, {}, [](const RightOn& right) {
         return std::tie(right.function, right.holder, right.on, right.powers.power, right.powers.unpower);
@@ -229,7 +218,7 @@ std::vector<Function> Rights::Functions(std::string_view table, const std::strin
     // DISTINCT would compare as the engine does, and so drop names that differ only by case on some.
     std::set<Function> functions;
     EachRow(m_conn, fmt::format("SELECT Col_FunGenre, Col_FunName FROM {} WHERE {}", table, condition),
-            [&functions](CARecordset& row) { functions.insert(FunctionIn(row)); });
+            [&functions](CARecordset& row) { functions.insert({TextIn(row, 1), TextIn(row, 2)}); });
     return {functions.begin(), functions.end()};
 }
 

@@ -48,11 +48,7 @@ constexpr std::string_view kScopedColumns = "o.Col_ID, o.Col_Name, o.Col_Descrip
 UserRole ReadUserRole(CARecordset& row, bool isDefault)
 {
     UserRole role;
-    row.GetValue(1, role.id);
-    role.name = TextIn(row, 2);
-    role.description = TextIn(row, 3);
-    role.scope.application = TextIn(row, 4);
-    row.GetValue(5, role.scope.domainId);
+    ReadColumns(row, role.id, role.name, role.description, role.scope.application, role.scope.domainId);
     role.isDefault = isDefault;
     return role;
 }
@@ -144,11 +140,7 @@ std::vector<ListedRole> Roles::List(const RoleScope& scope)
                         "u ON u.Col_ID = r.Col_DQvItemID WHERE r.Col_QvItemType = {} AND r.Col_DQvItemType = {} GROUP "
                         "BY r.Col_QvItemID",
                         kItemTypeRole, kItemTypeUser),
-            [&](CARecordset& row) {
-                int id = 0;
-                row.GetValue(1, id);
-                row.GetValue(2, members[id]);
-            });
+            [&](CARecordset& row) { members[NumberIn(row, 1)] = NumberIn(row, 2); });
     std::vector<ListedRole> roles;
     for (int i = 0; i < ids.GetSize(); ++i) {
         const int id = static_cast<int>(ids[i]);
@@ -185,21 +177,8 @@ std::optional<RoleData> Roles::Load(int id)
                         id),
             [&role](CARecordset& row) {
                 RoleData& data = role.emplace();
-                long column = 0;
-                data.name = TextIn(row, ++column);
-                data.description = TextIn(row, ++column);
-                data.scope.application = TextIn(row, ++column);
-                row.GetValue(++column, data.scope.domainId);
-                data.creator = TextIn(row, ++column);
-                CString created;
-                if (row.GetValue(++column, created, true)) {
-                    data.created = Text(created);
-                }
-                row.GetValue(++column, data.sortIndex);
-                row.GetValue(++column, data.disabled);
-                data.genre = TextIn(row, ++column);
-                row.GetValue(++column, data.classId);
-                row.GetValue(++column, data.type);
+                ReadColumns(row, data.name, data.description, data.scope.application, data.scope.domainId, data.creator,
+                            data.created, data.sortIndex, data.disabled, data.genre, data.classId, data.type);
             });
     return role;
 }
@@ -288,9 +267,7 @@ void Roles::UsersOf(ItemKey holder, const std::function<bool(const LinkedUser&)>
                     holder.type == kItemTypeRole ? "" : fmt::format(" AND Col_RelType = {}", kMembership), order),
         [&users](CARecordset& row) {
             LinkedUser user;
-            row.GetValue(1, user.id);
-            user.login = TextIn(row, 2);
-            user.name = TextIn(row, 3);
+            ReadColumns(row, user.id, user.login, user.name);
             return users.Add(std::move(user));
         });
     users.Finish();
@@ -355,14 +332,10 @@ std::vector<HeldTitle> Roles::Titles(const std::string& condition)
                         kItemTypeGroup, kItemTypeUser, condition),
             [&titles](CARecordset& row) {
                 HeldTitle& held = titles.emplace_back();
-                row.GetValue(1, held.groupId);
-                row.GetValue(2, held.userId);
-                held.title = TextIn(row, 3);
-                held.description = TextIn(row, 4);
-                CString login;
-                const bool isThere = row.GetValue(5, login, true);
-                held.login = isThere ? Text(login) : "";
-                held.name = TextIn(row, isThere ? 6 : 7);
+                ReadColumns(row, held.groupId, held.userId, held.title, held.description);
+                const std::optional<std::string> login = OptionalTextIn(row, 5);
+                held.login = login.value_or("");
+                held.name = TextIn(row, login ? 6 : 7);
             });
     return titles;
 }

@@ -117,14 +117,8 @@ std::vector<UserKey> Directory::FindAllByEngine(std::string_view login)
         inCapitals ? fmt::format("upper(Col_LoginName) = '{}'", EscapeLiteral(capitals.View()).View())
                    : fmt::format("Col_LoginName = '{}' OR Col_LoginName = '{}'", EscapeLiteral(login).View(),
                                  EscapeLiteral(capitals.View()).View());
-    std::vector<UserKey> users;
-    EachRow(m_conn, "SELECT Col_ID, Col_LoginName FROM qv_User WHERE " + condition + " ORDER BY Col_ID",
-            [&](CARecordset& row) {
-                UserKey& user = users.emplace_back();
-                row.GetValue(1, user.id);
-                user.login = Text(row.GetValueToStr(2, true));
-            });
-    return users;
+    return ReadRecords(m_conn, "SELECT Col_ID, Col_LoginName FROM qv_User WHERE " + condition + " ORDER BY Col_ID",
+                       &UserKey::id, &UserKey::login);
 }
 
 bool Directory::IsSuperUser(std::string_view login)

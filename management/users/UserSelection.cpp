@@ -149,8 +149,7 @@ public:
     [[nodiscard]] UserRow Read(CARecordset& row) const
     {
         UserRow user;
-        row.GetValue(1, user.id);
-        user.login = TextIn(row, 2);
+        ReadColumns(row, user.id, user.login);
         user.values.reserve(m_fields.size());
         for (std::size_t i = 0; i < m_fields.size(); ++i) {
             user.values.push_back(OptionalTextIn(row, static_cast<long>(i) + 3));

@@ -102,9 +102,9 @@ TEST_F(CommandTableTest, EveryCommandHasHelpAndEveryExampleIsUnderstood)
         const ChildResult result = Run(help);
         EXPECT_EQ(result.exit, 0) << result.err;
         EXPECT_THAT(result.out, HasSubstr(std::string(command->summary)));
-        for (const std::string& line : Lines(std::string(command->examples))) {
-            std::vector<std::string> words = WordsOf(line);
-            if (words.front() != "qvadmin") {
+        for (const std::string_view line : command->examples) {
+            std::vector<std::string> words = WordsOf(std::string(line));
+            if (words.empty() || words.front() != "qvadmin") {
                 continue;
             }
             words.erase(words.begin());
@@ -126,7 +126,7 @@ TEST_F(CommandTableTest, ListsHaveTheColumnsOfTheirRow)
     Init();
     int count = 0;
     for (const management::Command* command : Shown()) {
-        const std::vector<ParamInfo> params = command->params();
+        const std::vector<ParamInfo> params = command->handler.params();
         const bool needsSomething = std::ranges::any_of(params, &ParamInfo::isRequired);
         if (command->effect != Effect::read || command->columns.empty() || needsSomething) {
             continue;

@@ -137,7 +137,7 @@ protected:
         console::TerminalFrontEnd frontEnd(row, given, console::Format::json, terminal);
         management::Call call([this]() -> CAConnect& { return m_reader; }, frontEnd, {});
         try {
-            frontEnd.Finish(row.run(call, given));
+            frontEnd.Finish(row.handler.run(call, given));
         } catch (const management::Error& e) {
             out << e.what();
         }

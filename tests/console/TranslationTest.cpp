@@ -104,6 +104,73 @@ TEST_F(TranslationTest, HeadingsOfTablesAreTranslatedAndThoseForProgramsAreNot)
                 testing::StartsWith("id,login,name,sex,mobile,email,department,title,locked\n"));
 }
 
+TEST_F(TranslationTest, ReasonsOfRowsAreInTheLanguageOfTheLocaleAndEnglishInTheResult)
+{
+    Init();
+    WriteFile("people.csv", "login,name,super\namy,Amy,0\namy,Amy,0\nrory,Rory,1\nb\"c,Bo,0\n");
+    const std::vector<std::string> command = {"user", "import", Path("people.csv"), "--result", Path("out.csv")};
+    Use("de_DE.UTF-8");
+    const ChildResult german = Run(command);
+    EXPECT_EQ(german.exit, 7);
+    EXPECT_THAT(german.err, HasSubstr(":3: der Anmeldename 'amy' steht schon in Zeile 2\n"));
+    EXPECT_THAT(german.err, HasSubstr(":4: ändert super, was --allow-privileges erfordert\n"));
+    EXPECT_THAT(german.err, HasSubstr(":5: mitten in einem Wert steht ein Anführungszeichen\n"));
+    EXPECT_THAT(ReadFile("out.csv"), HasSubstr("3,amy,,failed,the login name 'amy' is in line 2 already\n"));
+    Use("zh_CN.UTF-8");
+    EXPECT_THAT(Run(command).err, HasSubstr(":3: 登录名 'amy' 已出现在第 2 行\n"));
+    WriteFile("directory.ldif", "dn: cn=x\nchangetype: add\ncn: x\n");
+    Use("de_DE.UTF-8");
+    EXPECT_THAT(Run({"import", Path("directory.ldif")}).err,
+                HasSubstr(":1: es ist ein Änderungssatz (changetype: add); importiert werden nur ganze Einträge"));
+}
+
+TEST_F(TranslationTest, HintsOnFileFormatsAreInTheLanguageOfTheLocale)
+{
+    Init();
+    WriteFile("people.csv", "\x1F\x8B\x08 packed");
+    Use("de_DE.UTF-8");
+    EXPECT_THAT(Run({"user", "import", Path("people.csv")}).err,
+                testing::AllOf(HasSubstr("people.csv ist mit gzip komprimiert; zu entpacken mit `gunzip -c "),
+                               HasSubstr("people.csv.csv`; nichts wurde importiert\n")));
+    Use("zh_CN.UTF-8");
+    EXPECT_THAT(Run({"user", "import", Path("people.csv")}).err,
+                HasSubstr("people.csv 是经 gzip 压缩的文件；请用 `gunzip"));
+}
+
+TEST_F(TranslationTest, FindingsAreInTheLanguageOfTheLocaleForPeopleAlone)
+{
+    Init();
+    ASSERT_EQ(Run({"user", "create", "amy"}).exit, 0);
+    Use("de_DE.UTF-8");
+    EXPECT_THAT(Run({"db", "check"}).out,
+                testing::AllOf(HasSubstr("Benutzer ohne Kennwort, die nicht gesperrt sind"),
+                               HasSubstr("`qvadmin user password set` oder `qvadmin user lock`")));
+    EXPECT_THAT(Run({"db", "check", "-o", "json"}).out, HasSubstr("\"users without a password who are not locked\""));
+    EXPECT_THAT(Run({"db", "check", "-o", "csv"}).out, HasSubstr(",users without a password who are not locked,"));
+    Use("zh_CN.UTF-8");
+    EXPECT_THAT(Run({"db", "check"}).out, HasSubstr("没有密码且未锁定的用户"));
+}
+
+TEST_F(TranslationTest, TheShellSaysInTheLanguageOfTheLocaleHowManyMoreWordsThereAre)
+{
+    Init();
+    std::string people = "login\n";
+    for (int number = 100; number < 205; ++number) {
+        people += "b" + std::to_string(number) + "\n";
+    }
+    WriteFile("people.csv", people);
+    ASSERT_EQ(Run({"user", "import", Path("people.csv")}).exit, 0);
+    Use("de_DE.UTF-8");
+    m_options.environment["TERM"] = "vt100";
+    m_options.terminal = true;
+    ChildProcess shell(QVADMIN_PROGRAM, {"shell"}, m_options);
+    shell.WaitForNextError("> ");
+    shell.Type("user show b\t");
+    shell.WaitForNextError("\r\nund 5 weitere\r\n");
+    shell.Type("\x15\x04");
+    EXPECT_EQ(shell.Finish().exit, 0);
+}
+
 TEST_F(TranslationTest, WhatProgramsReadIsTheSameInEveryLocale)
 {
     Init();

@@ -41,7 +41,7 @@ void PrintCommand(const Command& command)
 {
     const std::string path = fmt::format("{}", fmt::join(console::PathOf(command), " "));
     Print("summary: " + path, command.summary);
-    for (const ParamInfo& param : command.params()) {
+    for (const ParamInfo& param : command.handler.params()) {
         if (!param.isSet) {
             Print(fmt::format("parameter: {} {}", path, param.name), param.help);
             continue;

@@ -1132,7 +1132,7 @@ TEST_F(ServerTest, NoDigestLeaves)
             continue;
         }
         json parameters = json::object();
-        for (const management::ParamInfo& param : command.params()) {
+        for (const management::ParamInfo& param : command.handler.params()) {
             if (const auto value = values.find(param.name); param.isPositional && value != values.end()) {
                 parameters[std::string(param.name)] = value->second;
             }

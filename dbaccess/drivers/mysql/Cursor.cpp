@@ -1,7 +1,6 @@
 #include "dbaccess/drivers/mysql/Cursor.h"
 
 #include "dbaccess/drivers/common/NumberText.h"
-#include "platform/CodePage.h"
 
 #include <cstring>
 #include <limits>
@@ -66,7 +65,7 @@ bool BufferedRows::Next()
 }
 
 Rows::Rows(std::shared_ptr<Connection> connection, std::string sql)
-    : m_connection(std::move(connection)), m_sql(std::move(sql)), m_convert(!platform::AnsiIsUtf8())
+    : m_connection(std::move(connection)), m_sql(std::move(sql))
 {
     Open();
 }
@@ -78,13 +77,7 @@ void Rows::Open()
     m_result = m_connection->Open(m_sql, *this);
     m_arriving = m_result != nullptr;
     m_fields = m_arriving ? mysql_fetch_fields(m_result.get()) : nullptr;
-    if (m_convert) {
-        m_converted.resize(static_cast<std::size_t>(ColumnCount()));
-        m_names.clear();
-        for (int i = 0; i < ColumnCount(); ++i) {
-            m_names.push_back(platform::Utf8ToAnsi(m_fields[i].name));
-        }
-    }
+    m_texts.SetColumns(ColumnCount(), [this](int column) { return m_fields[column].name; });
 }
 
 void Rows::End() noexcept
@@ -166,8 +159,8 @@ int Rows::ColumnCount() const { return m_result == nullptr ? 0 : static_cast<int
 
 std::string_view Rows::ColumnName(int column) const
 {
-    if (m_convert) {
-        return m_names[static_cast<std::size_t>(column)].View();
+    if (m_texts.Converts()) {
+        return m_texts.Name(column);
     }
     return {m_fields[column].name, m_fields[column].name_length};
 }
@@ -195,18 +188,8 @@ Field Rows::Read(int column)
     case MYSQL_TYPE_NEWDECIMAL:
         return RealOf({bytes, length});
     default:
-        return Text(column, bytes, length);
+        return m_texts.Text(column, bytes, length);
     }
-}
-
-Field Rows::Text(int column, const char* bytes, std::size_t length)
-{
-    if (!m_convert) {
-        return Field::Text(bytes, length);
-    }
-    CString& converted = m_converted[static_cast<std::size_t>(column)];
-    converted = platform::Utf8ToAnsi({bytes, length});
-    return Field::Text(converted.GetString(), converted.View().size());
 }
 
 } // namespace dbaccess::mysql

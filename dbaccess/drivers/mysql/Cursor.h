@@ -2,6 +2,7 @@
 
 #include "dbaccess/CAException.h"
 #include "dbaccess/Driver.h"
+#include "dbaccess/drivers/common/RowTexts.h"
 #include "dbaccess/drivers/mysql/Connection.h"
 
 #include <memory>
@@ -50,11 +51,9 @@ private:
     bool StepKept();
     void Open();
     void End() noexcept;
-    [[nodiscard]] Field Text(int column, const char* bytes, std::size_t length);
 
     std::shared_ptr<Connection> m_connection;
     std::string m_sql;
-    bool m_convert;
     Result m_result;
     const MYSQL_FIELD* m_fields = nullptr;
     bool m_arriving = false;
@@ -62,8 +61,7 @@ private:
     const unsigned long* m_lengths = nullptr;
     std::optional<BufferedRows> m_kept;
     std::optional<CAException> m_failure; // met while the rest was read into memory
-    std::vector<CString> m_names;         // in the ANSI code page, where that is not UTF-8; as m_converted
-    std::vector<CString> m_converted;     // the current row's texts
+    RowTexts m_texts;
 };
 
 } // namespace dbaccess::mysql

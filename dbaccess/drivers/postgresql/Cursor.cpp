@@ -2,7 +2,6 @@
 
 #include "dbaccess/drivers/common/NumberText.h"
 #include "dbaccess/drivers/postgresql/Error.h"
-#include "platform/CodePage.h"
 
 #include <libpq-fe.h>
 
@@ -366,7 +365,7 @@ void Connection::Abandon() noexcept
 // ---- Rows
 
 Rows::Rows(std::shared_ptr<Connection> connection, std::string sql)
-    : m_connection(std::move(connection)), m_sql(std::move(sql)), m_convert(!platform::AnsiIsUtf8())
+    : m_connection(std::move(connection)), m_sql(std::move(sql))
 {
 }
 
@@ -377,16 +376,6 @@ void Rows::End() noexcept
     if (m_connection->IsReadBy(this)) {
         m_connection->Abandon();
     }
-}
-
-void Rows::ConvertNames()
-{
-    const int columns = PQnfields(m_result.get());
-    m_names.clear();
-    for (int i = 0; i < columns; ++i) {
-        m_names.push_back(platform::Utf8ToAnsi(PQfname(m_result.get(), i)));
-    }
-    m_converted.resize(m_names.size());
 }
 
 bool Rows::Step()
@@ -414,9 +403,7 @@ void Rows::Restart()
     m_failure.reset();
     m_result = m_connection->Start(m_sql, *this);
     m_row = -1;
-    if (m_convert) {
-        ConvertNames();
-    }
+    m_texts.SetColumns(ColumnCount(), [this](int column) { return PQfname(m_result.get(), column); });
 }
 
 void Rows::KeepRest()
@@ -456,8 +443,8 @@ int Rows::ColumnCount() const { return PQnfields(m_result.get()); }
 
 std::string_view Rows::ColumnName(int column) const
 {
-    if (m_convert) {
-        return m_names[static_cast<std::size_t>(column)].View();
+    if (m_texts.Converts()) {
+        return m_texts.Name(column);
     }
     const char* name = PQfname(m_result.get(), column);
     return name != nullptr ? name : "";
@@ -486,12 +473,7 @@ Field Rows::Read(int column)
     default:
         break;
     }
-    if (!m_convert) {
-        return Field::Text(bytes, length);
-    }
-    CString& converted = m_converted[static_cast<std::size_t>(column)];
-    converted = platform::Utf8ToAnsi({bytes, length});
-    return Field::Text(converted.GetString(), converted.View().size());
+    return m_texts.Text(column, bytes, length);
 }
 
 } // namespace dbaccess::postgresql

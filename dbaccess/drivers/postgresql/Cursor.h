@@ -2,6 +2,7 @@
 
 #include "dbaccess/CAException.h"
 #include "dbaccess/Driver.h"
+#include "dbaccess/drivers/common/RowTexts.h"
 #include "dbaccess/drivers/common/StatementCache.h"
 
 #include <memory>
@@ -113,7 +114,6 @@ public:
 
 private:
     void End() noexcept;
-    void ConvertNames();
     void Append(const pg_result* result);
 
     std::shared_ptr<Connection> m_connection;
@@ -122,9 +122,7 @@ private:
     int m_row = -1;
     Result m_kept; // the rows after those of m_result, once they are in memory
     std::optional<CAException> m_failure;
-    bool m_convert;
-    std::vector<CString> m_names;     // as m_converted: where the ANSI code page is not UTF-8
-    std::vector<CString> m_converted; // the current row's texts
+    RowTexts m_texts;
 };
 
 } // namespace dbaccess::postgresql

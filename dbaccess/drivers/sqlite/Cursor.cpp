@@ -1,7 +1,6 @@
 #include "dbaccess/drivers/sqlite/Cursor.h"
 
 #include "dbaccess/drivers/sqlite/Error.h"
-#include "platform/CodePage.h"
 
 #include <sqlite3.h>
 
@@ -10,7 +9,7 @@
 namespace dbaccess::sqlite {
 
 Rows::Rows(RunningStatement statement, std::shared_ptr<const ImmutableFile> file, int first)
-    : m_file(std::move(file)), m_statement(std::move(statement)), m_first(first), m_convert(!platform::AnsiIsUtf8())
+    : m_file(std::move(file)), m_statement(std::move(statement)), m_first(first)
 {
 }
 
@@ -25,9 +24,7 @@ bool Rows::Step()
         ThrowLastError(sqlite3_db_handle(m_statement.Get()));
     }
     // Counted here, since a step prepares the statement again when its tables have been changed.
-    if (m_convert) {
-        m_converted.resize(static_cast<std::size_t>(ColumnCount()));
-    }
+    m_texts.SetColumns(ColumnCount());
     return code == SQLITE_ROW;
 }
 
@@ -63,12 +60,7 @@ Field Rows::Read(int column)
         throw std::bad_alloc();
     }
     const auto length = static_cast<std::size_t>(sqlite3_value_bytes(value));
-    if (!m_convert) {
-        return Field::Text(bytes, length);
-    }
-    CString& converted = m_converted[static_cast<std::size_t>(column)];
-    converted = platform::Utf8ToAnsi({bytes, length});
-    return Field::Text(converted.GetString(), converted.View().size());
+    return m_texts.Text(column, bytes, length);
 }
 
 } // namespace dbaccess::sqlite

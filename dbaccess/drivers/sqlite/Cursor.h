@@ -1,11 +1,11 @@
 #pragma once
 
 #include "dbaccess/Driver.h"
+#include "dbaccess/drivers/common/RowTexts.h"
 #include "dbaccess/drivers/sqlite/ImmutableFile.h"
 #include "dbaccess/drivers/sqlite/KeptStatement.h"
 
 #include <memory>
-#include <vector>
 
 namespace dbaccess::sqlite {
 
@@ -26,8 +26,7 @@ private:
     std::shared_ptr<const ImmutableFile> m_file;
     RunningStatement m_statement;
     int m_first;
-    bool m_convert;
-    std::vector<CString> m_converted; // the current row's texts in the ANSI code page, where that is not UTF-8
+    RowTexts m_texts;
 };
 
 } // namespace dbaccess::sqlite
