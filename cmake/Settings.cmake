@@ -47,18 +47,18 @@ target_compile_options(qv_settings INTERFACE
   "$<$<AND:${optimised},$<BOOL:${QV_HAS_CF_PROTECTION}>>:-fcf-protection>")
 target_link_options(qv_settings INTERFACE "$<${optimised}:LINKER:-z,relro,-z,now>")
 
-# qv_deal_sources(TARGET): has the sources of a target compiled some eight at a time in a unity build, which takes half as
-# long: most of what the compiler makes of a source is templates that others use too. Sources are dealt like cards, since
-# neighbours, of one namespace, may have the same names in their unnamed ones.
-function(qv_deal_sources target)
+# qv_group_sources(TARGET): has the sources of a target compiled some eight at a time in a unity build, which takes half as
+# long: most of what the compiler makes of a source is templates that others use too. Sources go into the groups in turn,
+# since neighbours, of one namespace, may have the same names in their unnamed ones.
+function(qv_group_sources target)
   get_target_property(sources ${target} SOURCES)
   list(FILTER sources INCLUDE REGEX "\\.cpp$")
   list(LENGTH sources count)
   math(EXPR groups "(${count} + 7) / 8")
-  set(dealt 0)
+  set(index 0)
   foreach(source IN LISTS sources)
-    math(EXPR group "${dealt} % ${groups}")
-    math(EXPR dealt "${dealt} + 1")
+    math(EXPR group "${index} % ${groups}")
+    math(EXPR index "${index} + 1")
     set_source_files_properties(${source} PROPERTIES UNITY_GROUP group${group})
   endforeach()
   set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
@@ -81,6 +81,6 @@ function(qv_set_defaults target)
   endif()
   if(CMAKE_UNITY_BUILD)
     # At the end of the folder, when the target has all its sources.
-    cmake_language(EVAL CODE "cmake_language(DEFER CALL qv_deal_sources ${target})")
+    cmake_language(EVAL CODE "cmake_language(DEFER CALL qv_group_sources ${target})")
   endif()
 endfunction()
