@@ -247,6 +247,15 @@ void TellOthers(const schema::Copied& copied, std::ostream& err)
     }
 }
 
+void WriteCopied(const LocalCall& context, const schema::Copied& copied, const std::string& target)
+{
+    WriteDone(context,
+              {{"rows", static_cast<std::int64_t>(copied.rows)},
+               {"tables", static_cast<std::int64_t>(copied.tables)},
+               {"target", target}},
+              true);
+}
+
 /// Copies the directory at hand to another database. @param report  says what was done, once the connection is closed.
 template <class Report>
 Exit CopyTo(const LocalCall& context, const std::string& url, bool parents, Report report)
@@ -280,6 +289,7 @@ Exit Copy(const LocalCall& context)
                                                        copied.tables, ShownUrl(ChooseUrl(context.arguments.db)),
                                                        ShownUrl(in.target), pace))
                              << '\n';
+        WriteCopied(context, copied, ShownUrl(in.target));
     });
 }
 
@@ -321,6 +331,7 @@ Exit Backup(const LocalCall& context)
                                                        copied.tables, ShownUrl(ChooseUrl(context.arguments.db)),
                                                        Visible(in.file), pace))
                              << '\n';
+        WriteCopied(context, copied, in.file);
     });
 }
 
@@ -361,6 +372,7 @@ Exit Restore(const LocalCall& context)
                                                    Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
                                                    Visible(in.file), shown, copying.Pace(copied.rows)))
                          << '\n';
+    WriteCopied(context, copied, shown);
     return Exit::done;
 }
 

@@ -58,6 +58,7 @@ Exit Init(const LocalCall& context)
     context.terminal.err << Translated(FillPattern("{} in {}", WhatWasDone(before, Inspect(conn), didSomething),
                                                    ShownUrl(url)))
                          << '\n';
+    WriteDone(context, {{"url", ShownUrl(url)}, {"version", std::int64_t{Inspect(conn).version}}}, didSomething);
     return Exit::done;
 }
 

@@ -336,7 +336,8 @@ public:
 
     [[nodiscard]] SourceFile& Source() { return m_source; }
 
-    /// Runs `import(Call&, ImportReport&)` and then `summarise(report, result, mayWrite)`.
+    /// Runs `import(Call&, ImportReport&)` and then `summarise(report, result, mayWrite)`, which returns what a program
+    /// is told beside the report.
     template <class Import, class Summary>
     Exit Run(Import import, Summary summarise)
     {
@@ -355,7 +356,7 @@ public:
         }
         if (m_frontEnd.IsBegun()) {
             m_frontEnd.HideProgress();
-            summarise(report, m_frontEnd.ResultName(), !m_dryRun || MayWrite());
+            WriteReport(report, summarise(report, m_frontEnd.ResultName(), !m_dryRun || MayWrite()));
         }
         if (!report.cutShort.IsEmpty()) {
             throw Error(ErrorCode::failed, FillPattern("{}; {}", report.cutShort, m_frontEnd.Standing(report)));
@@ -364,6 +365,22 @@ public:
     }
 
 private:
+    void WriteReport(const ImportReport& report, Record more) const
+    {
+        // Standard output has the rows then.
+        if (!m_frontEnd.HasResultFile()) {
+            return;
+        }
+        Record record;
+        for (std::size_t i = 0; i < kRowFates.size(); ++i) {
+            record.emplace_back(std::string(kRowFates.at(i)), std::int64_t{report.counts.at(i)});
+        }
+        record.emplace_back("result", m_frontEnd.ResultName());
+        record.insert(record.end(), more.begin(), more.end());
+        WriteDone(m_call, std::move(record), report.CountOf(RowFate::created) + report.CountOf(RowFate::updated) > 0,
+                  m_dryRun);
+    }
+
     [[nodiscard]] bool MayWrite()
     {
         CAConnect& conn = m_session.Directory().Connection();
@@ -449,9 +466,14 @@ Exit ImportFile(const LocalCall& call)
         if (failed) {
             FinishFailed(*failed, report, call.terminal.err);
         }
+        Record leavers;
         if (sync) {
             SummariseLeavers(in, sync->Report(), call.terminal.err);
+            leavers = {{"leavers", static_cast<std::int64_t>(sync->Report().leavers)},
+                       {"leavers_done", static_cast<std::int64_t>(sync->Report().done)},
+                       {"leavers_failed", static_cast<std::int64_t>(sync->Report().failed)}};
         }
+        return leavers;
     });
     return exit == Exit::done && sync && sync->Report().failed > 0 ? Exit::rowsFailed : exit;
 }
@@ -561,6 +583,7 @@ Exit ImportWhole(const LocalCall& call)
     };
     return run.Run(import, [&](const ImportReport& report, const std::string& result, bool mayWrite) {
         SummariseDirectory(in.dryRun, in.allowPrivileges, report, source.Name(), result, mayWrite, call.terminal.err);
+        return Record();
     });
 }
 

@@ -37,6 +37,8 @@ public:
     [[nodiscard]] bool IsBegun() const { return m_isBegun; }
     /// All rows are written.
     void FinishResult();
+    /// Whether the outcomes go to a file, and not to standard output.
+    [[nodiscard]] bool HasResultFile() const { return m_result != nullptr; }
     /// Where the outcomes written so far are, for sentences.
     [[nodiscard]] std::string ResultName() const { return m_result ? m_result->Name() : "standard output"; }
     /// Where the import stands, to end a sentence with.

@@ -24,6 +24,11 @@ struct LocalCommand {
 
 std::span<const LocalCommand> LocalCommands();
 
+/// Writes what a command has done to standard output as one object, as commands of the directory do, where JSON is
+/// asked for. Nothing otherwise: people read sentences on standard error.
+/// @param record  members of the object. @param isChanged  whether there was anything to change.
+void WriteDone(const LocalCall& call, Record record, bool isChanged, bool isDryRun = false);
+
 /// All rows of the table, in the order in which help lists them.
 const std::vector<const Command*>& AllCommands();
 /// Whether a row heads those that have its two words and a third.

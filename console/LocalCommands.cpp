@@ -1,7 +1,9 @@
 #include "console/LocalCommand.h"
+#include "console/TerminalFrontEnd.h"
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 namespace console {
@@ -31,6 +33,19 @@ std::span<const LocalCommand> LocalCommands()
         return all;
     }();
     return commands;
+}
+
+void WriteDone(const LocalCall& call, Record record, bool isChanged, bool isDryRun)
+{
+    static constexpr Command kChange = {.path = {}, .summary = "", .effect = Effect::change};
+    if (call.arguments.format != Format::json && call.arguments.format != Format::jsonl) {
+        return;
+    }
+    CommandLine given = call.given;
+    given.options.dryRun = isDryRun;
+    Result result = ResultOf(std::move(record));
+    result.isChanged = isChanged;
+    TerminalFrontEnd(kChange, given, call.arguments.format, call.terminal).Finish(result);
 }
 
 const std::vector<const Command*>& AllCommands()

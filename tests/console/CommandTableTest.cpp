@@ -3,6 +3,8 @@
 #include "dbaccess/CAConnect.h"
 #include "management/Command.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -11,6 +13,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace console;
@@ -184,6 +187,55 @@ TEST_F(CommandTableTest, ErrorsAreJsonWhereJsonIsAskedFor)
     const json ambiguous = json::parse(Run({"plan", "show", "Nightly", "-o", "json"}).err);
     EXPECT_EQ(ambiguous["code"], "conflict");
     EXPECT_EQ(ambiguous["candidates"], json({"id:1", "id:2"}));
+}
+
+TEST_F(CommandTableTest, WhatWorksOnFilesAndDatabasesSaysInJsonWhatWasDone)
+{
+    WriteFile("people.csv", "login,name\namy,Amy\nbob,Bob\n,Nobody\n");
+    WriteFile("all.csv", "login\namy\n");
+    const std::vector<std::pair<std::vector<std::string>, json>> cases = {
+        {{"db", "init"}, {{"changed", true}, {"version", 5}}},
+        {{"db", "init"}, {{"changed", false}, {"version", 5}}},
+        {{"view", "create", "Main"}, {{"changed", true}}},
+        {{"user", "import", "people.csv", "--dry-run"}, {{"changed", true}, {"dry_run", true}, {"created", 2}}},
+        {{"user", "import", "people.csv"},
+         {{"changed", true},
+          {"dry_run", false},
+          {"created", 2},
+          {"updated", 0},
+          {"unchanged", 0},
+          {"exists", 0},
+          {"failed", 1},
+          {"result", "people.csv.result.csv"}}},
+        {{"user", "import", "people.csv"}, {{"changed", false}, {"created", 0}, {"exists", 2}, {"failed", 1}}},
+        {{"group", "create", "/Main/Sales"}, {{"changed", true}}},
+        {{"member", "add", "/Main/Sales", "amy", "bob"}, {{"changed", true}}},
+        {{"user", "import", "all.csv", "--sync", "--scope", "/Main", "--leavers", "lock", "--max-leavers", "1"},
+         {{"leavers", 1}, {"leavers_done", 1}, {"leavers_failed", 0}}},
+        {{"db", "copy", "sqlite:copy.db"}, {{"changed", true}, {"tables", 30}, {"target", "sqlite:copy.db"}}},
+        {{"db", "backup", "kept.db"}, {{"tables", 30}, {"target", "kept.db"}}},
+        {{"db", "restore", "kept.db", "--replace", "--yes"}, {{"changed", true}, {"tables", 30}}},
+        {{"export", "directory.jsonl"}, nullptr},
+        {{"import", "directory.jsonl"}, {{"changed", false}, {"created", 0}, {"failed", 0}}},
+    };
+    for (const auto& [words, expected] : cases) {
+        std::vector<std::string> line = words;
+        line.insert(line.end(), {"-o", "json"});
+        const ChildResult result = Run(line);
+        const std::string& out = result.out;
+        if (expected.is_null()) {
+            continue;
+        }
+        const json object = json::parse(out, nullptr, false);
+        ASSERT_TRUE(object.is_object()) << fmt::format("{}", fmt::join(words, " ")) << ": " << out << result.err;
+        EXPECT_EQ(object["v"], 1);
+        for (const auto& [name, value] : expected.items()) {
+            EXPECT_EQ(object[name], value) << fmt::format("{}", fmt::join(words, " ")) << ": " << out << result.err;
+        }
+    }
+    // The outcomes are all there is on standard output then.
+    EXPECT_EQ(Run({"user", "import", "all.csv", "--result", "-", "-o", "json"}).out,
+              "line,login,id,outcome,reason\n2,amy,1,exists,\n");
 }
 
 TEST_F(CommandTableTest, EveryManualPageIsCleanMdoc)
