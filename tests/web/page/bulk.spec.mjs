@@ -1,7 +1,7 @@
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
-import { checkAccess, openPage, until, useServer } from "./support.mjs";
+import { checkAccess, openPage, settled, until, useServer } from "./support.mjs";
 
 const people = Array.from({ length: 600 }, (_, i) => `clerk${i + 1},Clerk ${i + 1}\n`);
 const shared = useServer(
@@ -99,8 +99,10 @@ test("people and groups are cut and put into a group by keys, and moved by a dia
     await page.getByRole("dialog").getByRole("button", { name: "Move" }).click();
     await until(() => members("/Company/Sales").length === 1);
 
+    await settled(page);
     await tree.focus();
     await page.keyboard.press("Control+x");
+    await page.getByText("choose a place in the tree").waitFor();
     await page.keyboard.type("sales");
     await page.keyboard.press("Control+v");
     await page.getByRole("dialog", { name: "Move Legal to Sales?" }).getByRole("button", { name: "Move" }).click();
