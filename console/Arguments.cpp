@@ -114,10 +114,8 @@ std::vector<std::string_view> ThirdWords(std::string_view noun, std::string_view
 std::string WithHeading(const Examples& examples)
 {
     std::string text = Translated("Examples:") + "\n";
-    for (const std::string_view example : examples) {
-        if (!example.empty()) {
-            text += fmt::format("  {}\n", example);
-        }
+    for (const std::string_view example : GivenOf(examples)) {
+        text += fmt::format("  {}\n", example);
     }
     return text;
 }

@@ -1,6 +1,7 @@
 #include "console/CommandLog.h"
 
 #include "console/Actor.h"
+#include "console/OutputFile.h"
 #include "management/JsonWriter.h"
 #include "management/Text.h"
 
@@ -16,14 +17,8 @@
 
 namespace console {
 
-namespace {
-
-constexpr mode_t kLogMode = 0600;
-
-} // namespace
-
 CommandLog::CommandLog(std::string file)
-    : m_name(std::move(file)), m_file(::open(m_name.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kLogMode))
+    : m_name(std::move(file)), m_file(::open(m_name.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kForItsOwner))
 {
     if (m_file < 0) {
         ThrowUnwritable("nothing was done");

@@ -252,7 +252,7 @@ Exit RunWords(const std::vector<std::string>& words, Terminal& terminal, SharedS
     } else {
         ApplyConfig(request, words, terminal);
     }
-    report.writesJson = request.arguments.format == Format::json || request.arguments.format == Format::jsonl;
+    report.writesJson = IsJson(request.arguments.format);
     if (request.arguments.log) {
         report.log.emplace(*request.arguments.log);
     }

@@ -55,10 +55,10 @@ Exit Init(const LocalCall& context)
     };
     Changes::NoteCommit();
     WithDatabaseErrors(conn, [&] { schema::Upgrade(conn, tell); });
-    context.terminal.err << Translated(FillPattern("{} in {}", WhatWasDone(before, Inspect(conn), didSomething),
-                                                   ShownUrl(url)))
+    const schema::Status after = Inspect(conn);
+    context.terminal.err << Translated(FillPattern("{} in {}", WhatWasDone(before, after, didSomething), ShownUrl(url)))
                          << '\n';
-    WriteDone(context, {{"url", ShownUrl(url)}, {"version", std::int64_t{Inspect(conn).version}}}, didSomething);
+    WriteDone(context, {{"url", ShownUrl(url)}, {"version", std::int64_t{after.version}}}, didSomething);
     return Exit::done;
 }
 

@@ -38,7 +38,7 @@ std::span<const LocalCommand> LocalCommands()
 void WriteDone(const LocalCall& call, Record record, bool isChanged, bool isDryRun)
 {
     static constexpr Command kChange = {.path = {}, .summary = "", .effect = Effect::change};
-    if (call.arguments.format != Format::json && call.arguments.format != Format::jsonl) {
+    if (!IsJson(call.arguments.format)) {
         return;
     }
     CommandLine given = call.given;

@@ -11,6 +11,7 @@
 #include <cctype>
 #include <iterator>
 #include <ostream>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -49,14 +50,13 @@ std::string Line(std::string_view text)
 
 void WriteExamples(const Examples& examples, std::ostream& out)
 {
-    if (examples.front().empty()) {
+    const std::span<const std::string_view> given = GivenOf(examples);
+    if (given.empty()) {
         return;
     }
     out << ".Bd -literal -offset indent\n";
-    for (const std::string_view example : examples) {
-        if (!example.empty()) {
-            out << Line(example);
-        }
+    for (const std::string_view example : given) {
+        out << Line(example);
     }
     out << ".Ed\n";
 }
@@ -272,7 +272,7 @@ Exit PrintManual(const LocalCall& call)
 
 Exit PrintCommands(const LocalCall& call)
 {
-    if (call.arguments.format != Format::json && call.arguments.format != Format::jsonl) {
+    if (!IsJson(call.arguments.format)) {
         for (const Command* command : AllCommands()) {
             if (!IsHead(*command) && !command->summary.empty()) {
                 call.terminal.out << fmt::format("{:<34}  {}\n", fmt::format("{}", fmt::join(PathOf(*command), " ")),

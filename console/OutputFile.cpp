@@ -22,8 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t kForItsOwner = 0600;
-
 /// A file that is closed in the end.
 class Handle {
 public:

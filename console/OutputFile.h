@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <ostream>
 #include <sstream>
@@ -7,6 +9,9 @@
 #include <vector>
 
 namespace console {
+
+/// Of files that the program makes: what is in them is for the account that runs it.
+inline constexpr mode_t kForItsOwner = 0600;
 
 /// A file that a command writes for people, such as the outcomes of an import.
 ///

@@ -304,7 +304,7 @@ void Render(Format format, const Table& table, std::ostream& out, TableLook look
 
 void Render(Format format, const Value& value, std::ostream& out)
 {
-    if (format == Format::json || format == Format::jsonl) {
+    if (IsJson(format)) {
         JsonWriter(out, JsonWriter::Layout::line).Write(value);
     } else {
         out << TextForPrograms(value);
@@ -335,7 +335,7 @@ void Render(Format format, const Record& record, std::ostream& out)
 
 void Render(Format format, const Record& record, const std::vector<Part>& parts, std::ostream& out, TableLook look)
 {
-    if (format == Format::json || format == Format::jsonl) {
+    if (IsJson(format)) {
         JsonWriter json(out, format == Format::json ? JsonWriter::Layout::indented : JsonWriter::Layout::line);
         json.BeginObject();
         json.WriteMembers(record);

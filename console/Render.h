@@ -18,6 +18,9 @@ enum class Format { table, csv, json, jsonl, plain };
 /// Of each format, in their order.
 inline constexpr std::array<std::string_view, 5> kFormatNames = {"table", "csv", "json", "jsonl", "plain"};
 
+/// Whether a format is for programs that read JSON.
+constexpr bool IsJson(Format format) { return format == Format::json || format == Format::jsonl; }
+
 /// The format of that name.
 std::optional<Format> FindFormat(std::string_view name);
 std::string_view NameOf(Format format);

@@ -29,10 +29,7 @@ TerminalFrontEnd::TerminalFrontEnd(const Command& command, const CommandLine& gi
 {
 }
 
-bool TerminalFrontEnd::WritesObject() const
-{
-    return m_command.effect != Effect::read && (m_format == Format::json || m_format == Format::jsonl);
-}
+bool TerminalFrontEnd::WritesObject() const { return m_command.effect != Effect::read && IsJson(m_format); }
 
 TableWriter& TerminalFrontEnd::Writer()
 {

@@ -129,8 +129,13 @@ public:
     [[nodiscard]] virtual std::vector<std::string> ValuesOf(std::string_view name) const = 0;
 };
 
-/// Command lines; empty ones count for none.
+/// Command lines; those behind the last one are empty.
 using Examples = std::array<std::string_view, 6>;
+/// Those that there are. They outlive what is returned.
+constexpr std::span<const std::string_view> GivenOf(const Examples& examples)
+{
+    return {examples.begin(), std::ranges::find(examples, std::string_view())};
+}
 
 /// What a command takes, and how it is run: one of those below, such as Read or Write, which look after both.
 struct Handler {

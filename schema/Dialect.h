@@ -104,7 +104,7 @@ struct Dialect {
 /// The dialect of the engine behind a connection. @throws CAException when there are no tables for it.
 const Dialect& DialectOf(CAConnect& conn);
 
-/// Runs the statements one after another. @throws CAException as they do; those behind it are not run then.
+/// Runs the statements in order. @throws CAException for the first that fails; the rest are not run then.
 void ExecuteAll(CAConnect& conn, const std::vector<std::string>& statements);
 
 /// How long another upgrade or copy is waited for.

@@ -212,10 +212,11 @@ void ImportJob::Import(Call& call, Front& front, ImportReport& report, std::opti
         synchronisation.emplace(call, source, m_order.options.columns, *m_order.synchronisation);
         in.clear();
         in.seekg(0);
-        RequireAgreed(synchronisation->Digest());
+        std::string digest = synchronisation->Digest();
+        RequireAgreed(digest);
         front.SetSynchronisation(*synchronisation);
         const std::lock_guard lock(m_mutex);
-        m_leaversDigest = synchronisation->Digest();
+        m_leaversDigest = std::move(digest);
     }
     ImportUsers(call, source, m_order.options, report);
     if (synchronisation && report.cutShort.IsEmpty()) {

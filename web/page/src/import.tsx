@@ -372,10 +372,7 @@ export function ImportPage() {
                                             <select
                                                 aria-label={t("import.column", { name: heading })}
                                                 value={columns[i] ?? ""}
-                                                onChange={event => {
-                                                    changed();
-                                                    setColumns(columns.map((one, j) => (j === i ? event.currentTarget.value : one)));
-                                                }}
+                                                onChange={event => given(setColumns)(columns.map((one, j) => (j === i ? event.currentTarget.value : one)))}
                                             >
                                                 <option value="">{t("import.leaveout")}</option>
                                                 {look.known.map(name => (
@@ -406,10 +403,7 @@ export function ImportPage() {
                                     type="checkbox"
                                     checked={(isWhole && flag === "update") || (options[flag] ?? false)}
                                     disabled={isWhole && flag === "update"}
-                                    onChange={event => {
-                                        changed();
-                                        setOptions({ ...options, [flag]: event.currentTarget.checked });
-                                    }}
+                                    onChange={event => given(setOptions)({ ...options, [flag]: event.currentTarget.checked })}
                                 />
                                 {t(`import.${flag}` as Key)}
                             </label>
@@ -422,10 +416,7 @@ export function ImportPage() {
                                 dir="auto"
                                 list="import-views"
                                 value={departments}
-                                onInput={event => {
-                                    changed();
-                                    setDepartments(event.currentTarget.value);
-                                }}
+                                onInput={event => given(setDepartments)(event.currentTarget.value)}
                             />
                         </label>
                         <datalist id="import-views">
@@ -438,10 +429,7 @@ export function ImportPage() {
                                 type="checkbox"
                                 checked={options["make_view"] ?? false}
                                 disabled={!departments}
-                                onChange={event => {
-                                    changed();
-                                    setOptions({ ...options, make_view: event.currentTarget.checked });
-                                }}
+                                onChange={event => given(setOptions)({ ...options, make_view: event.currentTarget.checked })}
                             />
                             {t("import.make_view")}
                         </label>
@@ -450,10 +438,7 @@ export function ImportPage() {
                             <input
                                 placeholder="YYYY-MM-DD"
                                 value={dateFormat}
-                                onInput={event => {
-                                    changed();
-                                    setDateFormat(event.currentTarget.value);
-                                }}
+                                onInput={event => given(setDateFormat)(event.currentTarget.value)}
                             />
                         </label>
                     </div>
@@ -462,10 +447,7 @@ export function ImportPage() {
                             <input
                                 type="checkbox"
                                 checked={isWhole}
-                                onChange={event => {
-                                    changed();
-                                    setWhole(event.currentTarget.checked);
-                                }}
+                                onChange={event => given(setWhole)(event.currentTarget.checked)}
                             />
                             {t("import.sync")}
                         </label>

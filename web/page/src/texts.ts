@@ -58,7 +58,7 @@ export const words = (name: string) => {
 const nameOr = (key: string, otherwise: string) => (catalogue as Partial<Record<string, string>>)[key] ?? otherwise;
 /** What the noun of a command is called; one that the page does not know by its word. */
 export const nounName = (noun: string) => nameOr(`noun.${noun}`, words(noun));
-/** The same of what stands behind the noun. */
+/** What the rest of a command is called, such as "show"; one that the page does not know by its words. */
 export const verbName = (path: string[]) => nameOr(`verb.${path.slice(1).join(" ")}`, words(path.slice(1).join(" ")));
 
 export function setLanguage(wanted: string): void {
