@@ -24,7 +24,7 @@ using Kind = Question::Kind;
 constexpr std::uint32_t kPublishBit = 1;
 
 /// The function's texts as statements have them.
-struct Function {
+struct FunctionTexts {
     CString genre;
     CString name;
 };
@@ -40,7 +40,7 @@ void Note(Explanation& explanation, Operation operation)
     explanation.verdict = static_cast<std::int64_t>(output);
 }
 
-void Ask(CAConnect& conn, int userId, const Function& function, const Question& question, Explanation& explanation)
+void Ask(CAConnect& conn, int userId, const FunctionTexts& function, const Question& question, Explanation& explanation)
 {
     const CString& genre = function.genre;
     const CString& name = function.name;
@@ -93,7 +93,7 @@ std::string NameOfRole(Roles& roles, int id)
 
 /// The module's own statement, which has the powers only, with the holder beside it. No index holds a power, so the
 /// engine finds the rows in the same way, and the order is the same.
-std::vector<ConsideredRow> LoadRows(CAConnect& conn, const RoleSet& set, const Function& function,
+std::vector<ConsideredRow> LoadRows(CAConnect& conn, const RoleSet& set, const FunctionTexts& function,
                                     const CString& filter)
 {
     std::vector<ConsideredRow> rows;
@@ -114,7 +114,7 @@ std::vector<ConsideredRow> LoadRows(CAConnect& conn, const RoleSet& set, const F
     return rows;
 }
 
-std::vector<IgnoredRow> LoadIgnored(CAConnect& conn, int userId, const Function& function, const CString& filter)
+std::vector<IgnoredRow> LoadIgnored(CAConnect& conn, int userId, const FunctionTexts& function, const CString& filter)
 {
     const std::string holders =
         fmt::format("Col_QvItemID IN (SELECT Col_QvItemID FROM qv_Relation WHERE Col_DQvItemID = {} AND "
@@ -204,7 +204,7 @@ void Decide(Explanation& explanation, const Question& question)
 Explanation Explain(CAConnect& conn, int userId, std::string_view genre, std::string_view function,
                     const Question& question)
 {
-    const Function escaped{EscapeLiteral(conn, genre), EscapeLiteral(conn, function)};
+    const FunctionTexts escaped{EscapeLiteral(conn, genre), EscapeLiteral(conn, function)};
     Explanation explanation;
     CQVBaseFun::m_strLastError.Empty();
     CString filter;

@@ -1,9 +1,9 @@
 #include "ExchangeFixture.h"
 #include "management/exchange/Nouns.h"
+#include "tests/support/Lines.h"
 
 #include <algorithm>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -71,12 +71,11 @@ protected:
 };
 
 /// The lines of a text, with their ends.
-std::vector<std::string> LinesOf(const std::string& text)
+std::vector<std::string> WholeLinesOf(const std::string& text)
 {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line + "\n");
+    std::vector<std::string> lines = LinesOf(text);
+    for (std::string& line : lines) {
+        line += '\n';
     }
     return lines;
 }
@@ -84,7 +83,7 @@ std::vector<std::string> LinesOf(const std::string& text)
 std::string WithoutLines(const std::string& text, const std::string& part)
 {
     std::string left;
-    for (const std::string& line : LinesOf(text)) {
+    for (const std::string& line : WholeLinesOf(text)) {
         left += line.find(part) == std::string::npos ? line : "";
     }
     return left;
@@ -333,11 +332,11 @@ TEST_P(ApplyTest, AfterItNothingDiffersOrNothingWasChanged)
     for (int round = 0; round < rounds; ++round) {
         const bool makesSense = round % 2 == 0;
         std::string text = kHead;
-        for (const std::string& line : LinesOf(round % 4 < 2 ? before : after)) {
+        for (const std::string& line : WholeLinesOf(round % 4 < 2 ? before : after)) {
             const bool isLeftOut = (isLeaf(line) && isOneOf(30)) || (!makesSense && isOneOf(3));
             text += line == kHead || isLeftOut ? "" : line;
         }
-        for (const std::string& line : LinesOf(round % 4 < 2 ? after : before)) {
+        for (const std::string& line : WholeLinesOf(round % 4 < 2 ? after : before)) {
             const bool isNew = !makesSense && isOneOf(3) && text.find(line) == std::string::npos;
             text += isNew ? line : "";
         }

@@ -2,6 +2,7 @@
 #include "console/LocalCommand.h"
 #include "dbaccess/CAConnect.h"
 #include "management/Command.h"
+#include "tests/support/Lines.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -36,16 +37,6 @@ std::vector<const management::Command*> Shown()
     std::vector<const management::Command*> shown = AllCommands();
     std::erase_if(shown, [](const management::Command* command) { return command->summary.empty(); });
     return shown;
-}
-
-std::vector<std::string> Lines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
 }
 
 /// The words of an example as a shell gives them to the program, up to a pipe or a redirection.
@@ -92,7 +83,7 @@ protected:
         const ChildResult result = Run(words);
         EXPECT_EQ(result.exit, 0) << result.err;
         EXPECT_EQ(result.err, "");
-        return Lines(result.out);
+        return LinesOf(result.out);
     }
 };
 

@@ -1,5 +1,6 @@
 #include "ConsoleFixture.h"
 #include "dbaccess/CAConnect.h"
+#include "tests/support/Lines.h"
 
 #include <unistd.h>
 
@@ -7,7 +8,6 @@
 #include <chrono>
 #include <csignal>
 #include <set>
-#include <sstream>
 #include <thread>
 
 using testing::AllOf;
@@ -20,16 +20,6 @@ namespace {
 constexpr const char* kPeople = EXAMPLES_DIRECTORY "/people.csv";
 constexpr const char* kMistakes = EXAMPLES_DIRECTORY "/people-with-mistakes.csv";
 constexpr int kMany = 6000;
-
-std::vector<std::string> LinesOf(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 long LinesWith(const std::string& text, const std::string& part)
 {

@@ -18,7 +18,7 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kEverybody = std::numeric_limits<std::size_t>::max();
 constexpr int kManyLogins = 20'000;
 constexpr std::size_t kLittle = 2'000'000; // the users would take more than twice of it
 
@@ -66,7 +66,7 @@ using WellKnownEngine = LoginOrderTest;
 TEST_P(LoginOrderTest, TheFirstUsersAreThoseOfTheFirstLoginNames)
 {
     EXPECT_THAT(FirstLogins(3), ElementsAre("USER000001", "user000002", "USER000003"));
-    const std::vector<std::string> all = FirstLogins(kAll);
+    const std::vector<std::string> all = FirstLogins(kEverybody);
     ASSERT_EQ(all.size(), kManyLogins);
     EXPECT_EQ(all.back(), "user020000");
 }
@@ -90,7 +90,7 @@ TEST_P(WellKnownEngine, NoMoreRowsAreReadThanAreWanted)
     EXPECT_EQ(FirstLogins(10).size(), 10U);
     EXPECT_EQ(m_counts.rows, 10U);
     m_counts.rows = 0;
-    ListAll(m_conn, kAll, [](const UserRow& /*user*/) { return false; });
+    ListAll(m_conn, kEverybody, [](const UserRow& /*user*/) { return false; });
     EXPECT_EQ(m_counts.rows, 1U);
     m_conn.Execute("INSERT INTO qv_Relation (Col_QvItemID, Col_QvItemType, Col_DQvItemID, Col_DQvItemType) "
                    "SELECT 1, 2, Col_ID, 1 FROM qv_User");
@@ -104,7 +104,7 @@ TEST_P(WellKnownEngine, AListOfAllIsReadInTheMemoryOfAFew)
     const std::size_t before = MemoryInUse();
     std::size_t most = 0;
     std::size_t users = 0;
-    ListAll(m_conn, kAll, [&](const UserRow& /*user*/) {
+    ListAll(m_conn, kEverybody, [&](const UserRow& /*user*/) {
         most = ++users % 1000 == 0 ? std::max(most, MemoryInUse()) : most;
         return true;
     });

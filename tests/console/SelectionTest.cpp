@@ -2,12 +2,12 @@
 #include "management/users/UserSelection.h"
 #include "schema/Schema.h"
 #include "tests/support/CountingSession.h"
+#include "tests/support/Lines.h"
 #include "tests/support/Memory.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include <sstream>
 
 using namespace management;
 using testing::AllOf;
@@ -19,16 +19,6 @@ using testing::Not;
 namespace {
 
 using Words = std::vector<std::string>;
-
-std::vector<std::string> Lines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 /// People in two branches of a company, and some in none.
 class SelectionTest : public ConsoleOnEngine {
@@ -61,7 +51,7 @@ protected:
     /// The login names that a list gives.
     std::vector<std::string> Logins(const Words& options)
     {
-        return Lines(Done(With({"-o", "plain", "user", "list", "--fields", "login"}, options)));
+        return LinesOf(Done(With({"-o", "plain", "user", "list", "--fields", "login"}, options)));
     }
 
     ChildResult AnswerOnTerminal(const std::string& answer, const Words& words)
@@ -152,7 +142,7 @@ TEST_P(SelectionTest, AllConditionsHoldAndFieldsOfAllKindsCanBeAskedFor)
     EXPECT_THAT(Logins({"--where", "sort_index=5"}), ElementsAre("amy"));
     EXPECT_THAT(Logins({"--where", "locked=yes"}), ElementsAre("Rory"));
     EXPECT_THAT(Logins({"--where", "email=", "--no-group", "--where", "login~mi"}), ElementsAre("Admin", "émile"));
-    const std::string id = Lines(Done({"-o", "plain", "user", "list", "--fields", "id", "--where", "login=amy"}))[0];
+    const std::string id = LinesOf(Done({"-o", "plain", "user", "list", "--fields", "id", "--where", "login=amy"}))[0];
     EXPECT_THAT(Logins({"--where", "id=" + id}), ElementsAre("amy"));
 }
 

@@ -27,6 +27,8 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
+namespace odbc_tests {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -784,3 +786,5 @@ TEST(OdbcConnectionString, GetsWhatADriverNeedsUnlessItIsThere)
 }
 
 } // namespace
+
+} // namespace odbc_tests

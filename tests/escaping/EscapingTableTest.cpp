@@ -1,6 +1,7 @@
 // What docs/security.md and the headers say of texts is what the operations do to them.
 
 #include "tests/escaping/TextCall.h"
+#include "tests/support/Lines.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -93,19 +94,9 @@ std::string Content(const fs::path& file)
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-std::vector<std::string> Lines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
 TEST(EscapingTable, SaysOfEveryTextWhatTheOperationsDoToIt)
 {
-    const std::vector<std::string> page = Lines(Content("docs/security.md"));
+    const std::vector<std::string> page = LinesOf(Content("docs/security.md"));
     auto line = std::ranges::find(page, kHeading);
     ASSERT_NE(line, page.end());
     std::vector<std::string> rows;
@@ -155,7 +146,7 @@ std::map<std::string, std::string> Comments()
     std::map<std::string, std::string> comments;
     std::string comment;
     std::string declaration;
-    for (const std::string& line : Lines(Content("basefun/QVBaseFun.h"))) {
+    for (const std::string& line : LinesOf(Content("basefun/QVBaseFun.h"))) {
         const std::size_t slashes = line.find("/// ");
         if (slashes != std::string::npos) {
             comment += " " + line.substr(slashes + 4);

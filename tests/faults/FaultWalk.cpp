@@ -22,10 +22,8 @@ const char* __asan_default_options()
 {
     // Little is kept of what is freed: a child process for each run has to be cheap.
     return "exitcode=99:malloc_context_size=6:quarantine_size_mb=4:allocator_may_return_null=1:detect_leaks=1:verify_"
-           "asan_link_order=0";
+           "asan_link_order=0:handle_sigill=1";
 }
-extern "C" const char* __ubsan_default_options();
-const char* __ubsan_default_options() { return "exitcode=99:print_stacktrace=1"; }
 #endif
 
 namespace faults {
