@@ -215,7 +215,7 @@ void ByHand::LoadUsers(std::vector<Record*>& users)
         TakeText(user->password, statement.get(), password);
         user->isSuper = sqlite3_column_int(statement.get(), isSuper) != 0;
         users.push_back(user.get());
-        static_cast<void>(user.release());
+        user.release(); // NOLINT(bugprone-unused-return-value): the list owns it now
     }
 }
 
@@ -261,7 +261,7 @@ void ByHand::LoadGroupUsers(int group, std::vector<Record*>& users)
         TakeText(user->jobTitle, statement.get(), 7);
         user->disabled = sqlite3_column_int(statement.get(), 8) != 0;
         users.push_back(user.get());
-        static_cast<void>(user.release());
+        user.release(); // NOLINT(bugprone-unused-return-value): the list owns it now
     }
 }
 

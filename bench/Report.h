@@ -73,7 +73,7 @@ private:
     void PrintPairs() const;
     void PrintGrowths() const;
     /// Empty unless all its sizes have run.
-    std::string GrowthLine(const Growth& growth) const;
+    [[nodiscard]] std::string GrowthLine(const Growth& growth) const;
 
     std::vector<Pair> m_pairs;
     std::vector<Growth> m_growths;

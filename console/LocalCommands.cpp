@@ -9,6 +9,7 @@
 namespace console {
 
 // The tables of the files beside; nothing else of them is known here.
+// NOLINTBEGIN(readability-redundant-declaration): the files may be compiled together with this one.
 std::span<const LocalCommand> BatchCommands();
 std::span<const LocalCommand> DbCommands();
 std::span<const LocalCommand> CopyCommands();
@@ -20,6 +21,7 @@ std::span<const LocalCommand> ConfigCommands();
 std::span<const LocalCommand> ManualCommands();
 std::span<const LocalCommand> ServeCommands();
 std::span<const LocalCommand> ShellCommands();
+// NOLINTEND(readability-redundant-declaration)
 
 std::span<const LocalCommand> LocalCommands()
 {

@@ -3,6 +3,7 @@
 namespace management {
 
 // The tables of the nouns; nothing else of them is known here.
+// NOLINTBEGIN(readability-redundant-declaration): the files may be compiled together with this one.
 namespace addins {
 std::span<const Command> AddInCommands();
 std::span<const Command> PackageCommands();
@@ -63,6 +64,7 @@ std::span<const Command> UserCommands();
 namespace webconsole {
 std::span<const Command> ConsoleCommands();
 } // namespace webconsole
+// NOLINTEND(readability-redundant-declaration)
 
 const std::vector<Command>& Commands()
 {

@@ -8,6 +8,8 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CARecordset.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -144,11 +146,13 @@ std::vector<Pair> PairsOf(const std::string& engine)
 {
     std::vector<Pair> pairs;
     for (const HandSide& side : HandSides(engine)) {
-        const std::string base = std::string(" (base: ") + side.name + ")";
-        pairs.push_back(
-            {engine + ": list, 3 arrays" + base, engine + "/list3/" + side.name, engine + "/list3/quorvel", kTarget});
-        pairs.push_back(
-            {engine + ": list, 9 arrays" + base, engine + "/list9/" + side.name, engine + "/list9/quorvel", kTarget});
+        const auto add = [&](const std::string& title, const std::string& list) {
+            pairs.push_back({fmt::format("{}: list, {} (base: {})", engine, title, side.name),
+                             fmt::format("{}/{}/{}", engine, list, side.name),
+                             fmt::format("{}/{}/quorvel", engine, list), kTarget});
+        };
+        add("3 arrays", "list3");
+        add("9 arrays", "list9");
     }
     return pairs;
 }

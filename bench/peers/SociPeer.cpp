@@ -18,7 +18,7 @@ class Soci final : public Peer {
 public:
     explicit Soci(const PeerData& data) : m_data(data), m_sql(soci::sqlite3, "dbname=" + data.path)
     {
-        RegisterUpper(static_cast<soci::sqlite3_session_backend*>(m_sql.get_backend())->conn_);
+        RegisterUpper(dynamic_cast<soci::sqlite3_session_backend&>(*m_sql.get_backend()).conn_);
     }
 
     void FindUser(std::size_t call) override

@@ -159,6 +159,7 @@ private:
         [[nodiscard]] std::vector<const char*> Pointers() const
         {
             std::vector<const char*> pointers;
+            pointers.reserve(m_all.size());
             for (const Value& value : m_all) {
                 pointers.push_back(value.text != nullptr ? value.text : value.digits.c_str());
             }

@@ -7,6 +7,9 @@
 #include "bench/engines/peers/ServerPeer.h"
 #include "bench/peers/Instructions.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -129,8 +132,8 @@ void CountAll(const Engine& engine, const std::string& database, PeerTable& tabl
 {
     const TemporaryFolder folder;
     const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
-    for (const auto& [name, count] : CountInstructions(
-             folder.File("."), self + " " + std::string(kCount) + std::string(engine.name) + "/" + database)) {
+    for (const auto& [name, count] :
+         CountInstructions(folder.File("."), fmt::format("{} {}{}/{}", self, kCount, engine.name, database))) {
         table.instructions[name] = count;
     }
     for (const Work& work : kWorks) {
@@ -147,12 +150,8 @@ void CountAll(const Engine& engine, const std::string& database, PeerTable& tabl
 
 bool IsWantedOf(const Engine& engine)
 {
-    for (const Work& work : kWorks) {
-        if (IsWanted(NameOf(engine, work, engine.sides.front()).c_str())) {
-            return true;
-        }
-    }
-    return false;
+    return std::ranges::any_of(
+        kWorks, [&engine](const Work& work) { return IsWanted(NameOf(engine, work, engine.sides.front()).c_str()); });
 }
 
 void RunAll()
