@@ -1,6 +1,7 @@
 // Requests to the server.
 import type { Early } from "./early";
 import { watchProgress } from "./events";
+import { noteSilence } from "./offline";
 import { peoplePath, placesPath } from "./query";
 
 export type Value = string | number | boolean | null;
@@ -183,6 +184,7 @@ async function once<T>(method: string, path: string, body?: unknown, signal?: Ab
         if (error instanceof DOMException) {
             throw error;
         }
+        noteSilence();
         throw new Problem(0, "offline", "offline");
     }
     const { response, text } = answer;

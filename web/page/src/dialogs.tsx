@@ -41,6 +41,27 @@ export const Trouble = (props: { text?: string }) =>
         </p>
     ) : null;
 
+/** What a form does when it is sent, once at a time. @return what goes wrong, and what begins it. */
+export function useWork(work: () => Promise<void>): { trouble: string; begin: (event?: Event) => Promise<void> } {
+    const [trouble, setTrouble] = useState("");
+    const isBusy = useRef(false);
+    const begin = async (event?: Event) => {
+        event?.preventDefault();
+        if (isBusy.current) {
+            return;
+        }
+        isBusy.current = true;
+        setTrouble("");
+        try {
+            await work();
+        } catch (error) {
+            setTrouble(sentence(error));
+        }
+        isBusy.current = false;
+    };
+    return { trouble, begin };
+}
+
 export function Dialog(props: { title: string; onClose: () => void; children: ComponentChildren }) {
     const dialog = useRef<HTMLDialogElement>(null);
     useLayoutEffect(() => {
@@ -104,7 +125,7 @@ export function Toasts() {
                             class="link"
                             onClick={() => {
                                 drop(one.key);
-                                void undo(one.entry as number);
+                                void undo(one.entry as number, true);
                             }}
                         >
                             {t("undo")}
@@ -233,7 +254,8 @@ export async function changeOrSay(
     }
 }
 
-export const undo = (entry: number) => changeOrSay("audit/undo", { ID: [String(entry)] }, true);
+/** @param isAgreed  whether nothing is asked first, as right after the change. */
+export const undo = (entry: number, isAgreed = false) => changeOrSay("audit/undo", { ID: [String(entry)] }, isAgreed);
 
 export interface Asked {
     name: string;
@@ -293,21 +315,19 @@ function FormDialog(props: {
     const [values, setValues] = useState<Record<string, string>>(
         Object.fromEntries(props.fields.map(field => [field.name, field.value ?? ""])),
     );
-    const [trouble, setTrouble] = useState("");
+    const { trouble, begin } = useWork(async () => {
+        if (await props.onSubmit(values)) {
+            props.onClose();
+        }
+    });
+    const action = useRef<HTMLButtonElement>(null);
+    // Where nothing is to be entered, Enter agrees.
+    useLayoutEffect(() => {
+        props.fields.length === 0 && action.current?.focus();
+    }, []);
     return (
         <Dialog title={props.title} onClose={props.onClose}>
-            <form
-                onSubmit={async event => {
-                    event.preventDefault();
-                    try {
-                        if (await props.onSubmit(values)) {
-                            props.onClose();
-                        }
-                    } catch (error) {
-                        setTrouble(sentence(error));
-                    }
-                }}
-            >
+            <form onSubmit={begin}>
                 <Trouble text={trouble} />
                 {props.fields.map(field => (
                     <div class="field" key={field.name}>
@@ -324,7 +344,9 @@ function FormDialog(props: {
                     <button type="button" onClick={props.onClose}>
                         {t("cancel")}
                     </button>
-                    <button class="main">{props.action}</button>
+                    <button ref={action} class="main">
+                        {props.action}
+                    </button>
                 </div>
             </form>
         </Dialog>

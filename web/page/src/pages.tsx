@@ -15,7 +15,13 @@ export function Overview() {
     const [row, setRow] = useState<Row>();
     const [trouble, setTrouble] = useState("");
     useEffect(() => {
-        overview().then(setRow, error => setTrouble(sentence(error)));
+        overview().then(
+            found => {
+                setRow(found);
+                setTrouble("");
+            },
+            error => setTrouble(sentence(error)),
+        );
     }, [changes]);
     const [problems, setProblems] = useState<Row[]>();
     const link = (path: string, query: Record<string, string>, key: string, title: string) => (
@@ -198,7 +204,7 @@ export function Audit(props: { where: Where }) {
                         {!entry.record["undone_by"] && may("audit/undo") && (
                             <button
                                 class="danger"
-                                onClick={() => void changeOrSay("audit/undo", { ID: [String(entry.record?.["id"])] })}
+                                onClick={() => void undo(Number(entry.record?.["id"]))}
                             >
                                 {t("audit.undo")}
                             </button>

@@ -61,6 +61,10 @@ export const nounName = (noun: string) => nameOr(`noun.${noun}`, words(noun));
 /** What the rest of a command is called, such as "show"; one that the page does not know by its words. */
 export const verbName = (path: string[]) => nameOr(`verb.${path.slice(1).join(" ")}`, words(path.slice(1).join(" ")));
 
+/** What a command is called, such as "Roles: Show". */
+export const commandName = (path: string[]) =>
+    path.length > 1 ? `${nounName(path[0] ?? "")}: ${verbName(path)}` : nameOr(path[0] ?? "", words(path[0] ?? ""));
+
 export function setLanguage(wanted: string): void {
     localStorage.setItem("language", wanted);
     location.reload();
