@@ -10,7 +10,8 @@ const shared = useServer([
     "user create amy --name 'Amy Pond'",
     "user create bill --name 'Bill Potts'",
     "user create clara --name 'Clara Oswald'",
-    "member add /Company/Sales amy bill clara",
+    "user create donna --name 'Donna Noble'",
+    "member add /Company/Sales amy bill clara donna",
     "role create Editors --description 'They edit'",
     "role create Spare",
     "role add Editors amy",
@@ -31,10 +32,10 @@ test("who has left a list is no longer selected in it", async () => {
 
     await page.getByRole("tree").getByText("Company").dblclick();
     await page.getByRole("tree").getByText("Sales").click();
-    await page.getByText("3 people").waitFor();
+    await page.getByText("4 people").waitFor();
     await page.getByLabel("Select clara").check();
     await page.getByRole("button", { name: "Remove from here" }).click();
-    await page.getByText("2 people").waitFor();
+    await page.getByText("3 people").waitFor();
     await page.getByRole("button", { name: "New user" }).waitFor();
     assert.equal(await page.getByText("1 selected").count(), 0);
     await finish();
@@ -204,5 +205,47 @@ test("undoing from a list of old changes asks first", async () => {
     await settled(page);
     await row.waitFor();
     assert.equal(shared.server.json("role", "list").length, 1);
+    await finish();
+});
+
+test("keys pressed in the tree while it is read anew after a move stay where they led", async () => {
+    const { page, finish } = await openPage(shared);
+    const tree = page.getByRole("tree");
+    const active = async () => {
+        const id = await tree.getAttribute("aria-activedescendant");
+        return (await page.locator(`#${id} .name`).textContent()).trim();
+    };
+    await tree.getByText("Company").dblclick();
+    await tree.getByText("Legal").click();
+    await settled(page);
+    const answers = [];
+    await page.route("**/api/v1/users?*", async route => {
+        await new Promise(resolve => answers.push(resolve));
+        await route.continue();
+    });
+    await page.getByLabel("More for this place").click();
+    await page.getByRole("button", { name: "Move…" }).click();
+    await page.getByRole("dialog").getByLabel("New parent").fill("/Company/Sales");
+    await page.getByRole("dialog").getByRole("button", { name: "Move" }).click();
+    await until(() => answers.length === 1);
+    await page.getByRole("dialog").waitFor({ state: "detached" });
+    await tree.focus();
+    await page.keyboard.type("sales");
+    assert.equal(await active(), "Sales");
+    answers[0]();
+    await page.getByText("Company / Sales / Legal").waitFor();
+    await settled(page);
+    assert.equal(await active(), "Sales");
+    await finish();
+});
+
+test("when what had the focus goes with the selection, the list has it", async () => {
+    const { page, finish } = await openPage(shared);
+    await page.getByRole("tree").getByText("Company").dblclick();
+    await page.getByRole("tree").getByText("Sales").click();
+    await page.getByLabel("Select donna").check();
+    await page.getByRole("button", { name: "Remove from here" }).click();
+    await page.getByRole("button", { name: "New user" }).waitFor();
+    assert.equal(await focused(page), "people");
     await finish();
 });

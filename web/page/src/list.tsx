@@ -88,6 +88,14 @@ export function List(props: {
         setActive(0);
     }, [text]);
 
+    const isAny = selected.count > 0;
+    useLayoutEffect(() => {
+        // What acts on those selected is gone, and with it the focus that it may have had.
+        if (!isAny && people && document.activeElement === document.body) {
+            document.getElementById("people")?.focus();
+        }
+    }, [isAny]);
+
     const load = async (offset: number) => {
         if (!people || asked.current.has(offset)) {
             return;
