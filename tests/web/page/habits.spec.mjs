@@ -22,7 +22,8 @@ const focused = page => page.evaluate(() => document.activeElement?.id || docume
 test("who has left a list is no longer selected in it", async () => {
     const { page, finish } = await openPage(shared);
     await page.getByRole("tree").getByText("Company").click();
-    await page.getByRole("grid").getByText("bill", { exact: true }).waitFor();
+    await page.getByText("Everyone / Company").waitFor();
+    await settled(page);
     await page.getByLabel("Select bill").check();
     await page.getByRole("button", { name: "Lock", exact: true }).click();
     await page.getByText("locked bill (id 2)").waitFor();

@@ -4,7 +4,7 @@ import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { type Answer, type Plan, Problem, type RunOptions, type Values, may, run } from "./api";
 import { asOwn } from "./events";
 import { noteChange } from "./place";
-import { t } from "./texts";
+import { retold, t } from "./texts";
 
 type Open = { key: number; content: ComponentChildren };
 
@@ -30,7 +30,7 @@ export const sentence = (error: unknown): string =>
     error instanceof Problem
         ? error.code in ownWords
             ? t(ownWords[error.code as keyof typeof ownWords])
-            : error.message + (error.candidates.length > 0 ? `: ${error.candidates.join(", ")}` : "")
+            : retold(error.message) + (error.candidates.length > 0 ? `: ${error.candidates.join(", ")}` : "")
         : String(error);
 
 /** What went wrong, if anything did, where it did. */
@@ -215,7 +215,7 @@ export async function change(
     for (;;) {
         try {
             const answer = await asOwn(run(command, parameters, asked));
-            const said = (answer.outcomes ?? []).map(outcome => outcome.message);
+            const said = (answer.outcomes ?? []).map(outcome => retold(outcome.message));
             const further = said.length > kMostSaid ? [t("further", { count: said.length - kMostSaid })] : [];
             if (said.length > 0 || answer.changed) {
                 toast(

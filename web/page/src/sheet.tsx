@@ -54,8 +54,10 @@ function Field(props: { name: string; value: Value; isChanged: boolean; theirs: 
                     <input id={id} type="checkbox" checked={value} onChange={event => props.onInput(event.currentTarget.checked)} />
                 ) : name === "sex" ? (
                     <select id={id} value={asText(value)} onChange={event => props.onInput(event.currentTarget.value)}>
-                        {["unknown", "male", "female"].map(word => (
-                            <option key={word}>{word}</option>
+                        {(["unknown", "male", "female"] as const).map(word => (
+                            <option key={word} value={word}>
+                                {t(`sex.${word}`)}
+                            </option>
                         ))}
                     </select>
                 ) : isLong ? (
