@@ -52,6 +52,9 @@ void Call::Confirm(const Plan& plan)
 
 void Call::ShowProgress(long done, long total) const
 {
+    if (m_isInChange || m_options.joinsTransaction) {
+        return;
+    }
     m_frontEnd.ShowProgress(done, total);
     if (m_frontEnd.IsStopRequested()) {
         throw Error(ErrorCode::failed, FillPattern("stopped after {} of {}", done, total));
@@ -91,6 +94,7 @@ void Call::Record(audit::Recorder& recorder)
 
 Change::Change(Call& call) : m_call(call)
 {
+    call.m_isInChange = true;
     if (!call.Options().joinsTransaction) {
         m_transaction.emplace(call.Connection());
     }

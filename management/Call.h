@@ -86,7 +86,8 @@ public:
     {
         return m_frontEnd.TakeTreeRow(MakeRow(std::forward<Values>(values)...), line);
     }
-    /// Says how far a run is that changes nothing. @throws Error (failed) where it is to end before it is through.
+    /// Says how far a run is that changes nothing, but inside a Change, where others may have no turn.
+    /// @throws Error (failed) where it is to end before it is through.
     void ShowProgress(long done, long total) const;
     /// Keeps an outcome until the change that it tells of lasts.
     void Report(Outcome outcome) { m_outcomes.push_back(std::move(outcome)); }
@@ -110,6 +111,8 @@ public:
     void Record(audit::Recorder& recorder);
 
 private:
+    friend class Change;
+
     Open m_open;
     mutable std::optional<management::Directory> m_directory;
     FrontEnd& m_frontEnd;
@@ -117,6 +120,7 @@ private:
     std::vector<Outcome> m_outcomes;
     std::string m_undoes;
     bool m_isRecordedAnyway = false;
+    bool m_isInChange = false;
     int m_entry = 0; ///< the first one of this call in the record
 };
 
@@ -127,6 +131,9 @@ class Change {
 public:
     /// @throws DatabaseError.
     explicit Change(Call& call);
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+    ~Change() { m_call.m_isInChange = false; }
 
     /// Records the change and makes it last, or, in a dry run, undoes it; then delivers the outcomes. @throws
     /// DatabaseError.

@@ -82,10 +82,10 @@ char DelimiterIn(const JsonValue& body)
 }
 
 /// Keeps what becomes of rows, and lets others in between.
-class ImportJob::Front final : public FrontEnd {
+class Import::Front final : public FrontEnd {
 public:
-    Front(ImportJob& job, const ImportReport& report, const Surroundings& surroundings)
-        : m_job(job), m_report(report), m_surroundings(surroundings)
+    Front(Import& job, const ImportReport& report, JobControl& control)
+        : m_job(job), m_report(report), m_control(control)
     {
     }
 
@@ -117,15 +117,12 @@ public:
         }
         return true;
     }
-    void ShowProgress(long /*done*/, std::optional<long> /*total*/) override
+    void ShowProgress(long done, std::optional<long> total) override
     {
         Settle();
-        m_surroundings.between();
+        m_control.ShowProgress(done, total);
     }
-    [[nodiscard]] bool IsStopRequested() const noexcept override
-    {
-        return m_job.m_isStopped || m_surroundings.isEnding();
-    }
+    [[nodiscard]] bool IsStopRequested() const noexcept override { return m_control.IsStopRequested(); }
 
     void TakeFailed(const CsvRecord& record)
     {
@@ -163,48 +160,54 @@ public:
     std::string ReadText(const std::string& /*name*/) override { Refuse("files cannot be named here"); }
 
 private:
-    ImportJob& m_job;
+    Import& m_job;
     const ImportReport& m_report;
     const Call* m_call = nullptr;
     const Synchronisation* m_synchronisation = nullptr;
-    const Surroundings& m_surroundings;
+    JobControl& m_control;
     std::ostringstream m_reported;
     std::ostringstream m_failed;
     long m_failedCount = 0;
 };
 
-void ImportJob::Run(CAConnect& conn, const Surroundings& surroundings) noexcept
+Response Import::Run(CAConnect& conn, JobControl& control)
 {
+    const int before = LatestEntry(conn);
+    ImportReport report;
+    Front front(*this, report, control);
+    CallOptions options;
+    options.dryRun = m_order.dryRun;
+    options.reason = m_order.reason;
+    options.who = m_order.login;
+    options.frontEnd = "web";
+    options.command = "user import";
+    Call call([&conn]() -> CAConnect& { return conn; }, front, std::move(options));
+    front.SetCall(call);
+    m_order.options.takeFailed = [&front](const CsvRecord& record) { front.TakeFailed(record); };
+    std::optional<Synchronisation> synchronisation;
+    std::string error;
     try {
-        ImportReport report;
-        Front front(*this, report, surroundings);
-        CallOptions options;
-        options.dryRun = m_order.dryRun;
-        options.reason = m_order.reason;
-        options.who = m_order.login;
-        options.frontEnd = "web";
-        options.command = "user import";
-        Call call([&conn]() -> CAConnect& { return conn; }, front, std::move(options));
-        front.SetCall(call);
-        m_order.options.takeFailed = [&front](const CsvRecord& record) { front.TakeFailed(record); };
-        std::optional<Synchronisation> synchronisation;
-        std::string error;
-        try {
-            Import(call, front, report, synchronisation);
-            error = report.cutShort.IsEmpty() ? "" : "stopped";
-        } catch (const Error& e) {
-            error = e.what();
-        }
-        front.Settle();
-        Finish(error);
+        Carry(call, front, report, synchronisation);
+        error = report.cutShort.IsEmpty() ? "" : "stopped";
+    } catch (const Error& e) {
+        error = e.what();
     } catch (const std::bad_alloc&) {
-        Finish("out of memory");
+        error = "out of memory";
     } catch (const std::exception&) {
-        Finish("the server has failed");
+        error = "the server has failed";
     }
+    front.Settle();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_error = error;
+    }
+    if (const int after = LatestEntry(conn); after != before) {
+        control.TakeWritten({.isAnything = true, .before = before, .entry = after, .isMore = true});
+    }
+    return {};
 }
 
-void ImportJob::Import(Call& call, Front& front, ImportReport& report, std::optional<Synchronisation>& synchronisation)
+void Import::Carry(Call& call, Front& front, ImportReport& report, std::optional<Synchronisation>& synchronisation)
 {
     std::istringstream in(std::move(m_order.text));
     const ImportSource source{in, "the text", m_order.rows, m_order.delimiter};
@@ -224,7 +227,7 @@ void ImportJob::Import(Call& call, Front& front, ImportReport& report, std::opti
     }
 }
 
-void ImportJob::RequireAgreed(const std::string& digest) const
+void Import::RequireAgreed(const std::string& digest) const
 {
     const bool isToAct = !m_order.dryRun && m_order.synchronisation->action != LeaverAction::list;
     if (isToAct && m_order.agreed != digest) {
@@ -234,43 +237,27 @@ void ImportJob::RequireAgreed(const std::string& digest) const
     }
 }
 
-void ImportJob::Finish(const std::string& error)
+std::string Import::Report(bool onlyFailed) const
 {
     const std::lock_guard lock(m_mutex);
-    m_error = error;
-    m_isOver = true;
+    return onlyFailed ? m_failedText : m_reportText;
 }
 
-bool ImportJob::IsOver() const
+std::size_t Import::FailedCount() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_isOver;
+    return static_cast<std::size_t>(m_report.counts.at(static_cast<std::size_t>(RowFate::failed)));
 }
 
-std::string ImportJob::Report() const
+void Import::Write(JsonWriter& json, bool withRows) const
 {
     const std::lock_guard lock(m_mutex);
-    return m_reportText;
-}
-
-std::string ImportJob::Failed() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_failedText;
-}
-
-void ImportJob::Write(JsonWriter& json, bool withRows) const
-{
-    const std::lock_guard lock(m_mutex);
-    json.WriteMember("id", std::int64_t{m_order.id});
-    json.WriteMember("login", TextValue(m_order.login));
     json.WriteMember("dry_run", m_order.dryRun);
-    json.WriteMember("over", m_isOver);
     json.WriteMember("error", TextValue(m_error));
-    json.WriteMember("done", std::int64_t{m_report.rows});
-    json.WriteMember("total", std::int64_t{m_order.rows});
     for (std::size_t i = 0; i < kRowFates.size(); ++i) {
-        json.WriteMember(kRowFates.at(i), std::int64_t{m_report.counts.at(i)});
+        if (static_cast<RowFate>(i) != RowFate::failed) {
+            json.WriteMember(kRowFates.at(i), std::int64_t{m_report.counts.at(i)});
+        }
     }
     json.WriteMember("privileged", std::int64_t{m_report.privileged});
     json.WriteMember("entry", m_entry == 0 ? Value() : Value(std::int64_t{m_entry}));
@@ -289,7 +276,7 @@ void ImportJob::Write(JsonWriter& json, bool withRows) const
     }
 }
 
-void ImportJob::WriteLeavers(JsonWriter& json) const
+void Import::WriteLeavers(JsonWriter& json) const
 {
     json.WriteName("leavers");
     json.BeginObject();
@@ -302,7 +289,7 @@ void ImportJob::WriteLeavers(JsonWriter& json) const
     json.End();
 }
 
-void ImportJob::WriteRows(JsonWriter& json, std::string_view name, const Rows& rows) const
+void Import::WriteRows(JsonWriter& json, std::string_view name, const Rows& rows) const
 {
     json.WriteName(name);
     json.BeginArray();
@@ -312,7 +299,7 @@ void ImportJob::WriteRows(JsonWriter& json, std::string_view name, const Rows& r
     json.End();
 }
 
-std::size_t Imports::AddText(const std::string& session, const std::string& part, bool isFirst)
+std::size_t ImportTexts::AddText(const std::string& session, const std::string& part, bool isFirst)
 {
     const std::lock_guard lock(m_mutex);
     auto own = std::ranges::find(m_texts, session, &std::pair<std::string, std::string>::first);
@@ -336,7 +323,7 @@ std::size_t Imports::AddText(const std::string& session, const std::string& part
     return own->second.size();
 }
 
-std::string Imports::TextOf(const std::string& session) const
+std::string ImportTexts::TextOf(const std::string& session) const
 {
     const std::lock_guard lock(m_mutex);
     const auto own = std::ranges::find(m_texts, session, &std::pair<std::string, std::string>::first);
@@ -346,7 +333,7 @@ std::string Imports::TextOf(const std::string& session) const
     return own->second;
 }
 
-void Imports::WriteLook(JsonWriter& json, const std::string& session, char delimiter) const
+void ImportTexts::WriteLook(JsonWriter& json, const std::string& session, char delimiter) const
 {
     std::istringstream in(TextOf(session));
     CsvReader reader(in, delimiter);
@@ -375,9 +362,10 @@ void Imports::WriteLook(JsonWriter& json, const std::string& session, char delim
     WriteTexts(json, "known", known);
 }
 
-std::shared_ptr<ImportJob> Imports::Begin(const std::string& session, const std::string& login, const JsonValue& body)
+std::shared_ptr<Import> ImportTexts::ImportOf(const std::string& session, const std::string& login,
+                                              const JsonValue& body) const
 {
-    ImportJob::Order order;
+    Import::Order order;
     order.login = login;
     order.delimiter = DelimiterIn(body);
     order.dryRun = MemberFlag(body, "dry_run");
@@ -398,10 +386,7 @@ std::shared_ptr<ImportJob> Imports::Begin(const std::string& session, const std:
     order.text = WithColumns(TextOf(session), order.delimiter, body);
     order.rows =
         std::max(0L, static_cast<long>(std::ranges::count(order.text, '\n')) - (order.text.ends_with('\n') ? 1 : 0));
-    return m_jobs.Add([&order](int id) {
-        order.id = id;
-        return std::make_shared<ImportJob>(std::move(order));
-    });
+    return std::make_shared<Import>(std::move(order));
 }
 
 } // namespace web

@@ -2,8 +2,10 @@
 
 #include "management/CsvWriter.h"
 #include "management/Errors.h"
+#include "web/Imports.h"
 #include "web/Problem.h"
 
+#include <algorithm>
 #include <sstream>
 
 namespace web {
@@ -47,6 +49,9 @@ void Job::Finish(Response answer)
     m_isFile = !answer.headers.empty();
     m_answer = std::move(answer);
     m_isOver = true;
+    if (m_order.import && m_status == Response().status) {
+        m_answer.reset(); // it is shown by what became of the rows
+    }
 }
 
 bool Job::IsOver() const
@@ -69,6 +74,9 @@ std::optional<Response> Job::File() const
 
 std::string Job::Report(bool onlyFailed) const
 {
+    if (m_order.import) {
+        return m_order.import->Report(onlyFailed);
+    }
     const std::lock_guard lock(m_mutex);
     return CsvRow({"type", "id", "name", "outcome", "message"}) + (onlyFailed ? m_failed : m_report);
 }
@@ -112,16 +120,43 @@ void Job::Write(JsonWriter& json) const
     json.WriteMember("can_stop", m_canStop && !m_isOver);
     json.WriteMember("done", std::int64_t{m_done});
     json.WriteMember("total", m_total ? Value(std::int64_t{*m_total}) : Value());
-    json.WriteMember("failed", static_cast<std::int64_t>(m_failedCount));
+    json.WriteMember("failed",
+                     static_cast<std::int64_t>(m_order.import ? m_order.import->FailedCount() : m_failedCount));
     json.WriteMember("status", m_isOver ? Value(std::int64_t{m_status}) : Value());
     json.WriteMember("answer", m_answer.has_value() && !m_isFile);
     json.WriteMember("file", m_isFile);
-    json.WriteMember("reported", !m_report.empty());
+    json.WriteMember("reported", m_order.import ? m_isOver : !m_report.empty());
+    json.WriteMember("import", m_order.import != nullptr);
 }
 
 std::shared_ptr<Job> Jobs::Add(Job::Order order)
 {
-    return JobList::Add([&order](int id) { return std::make_shared<Job>(id, std::move(order)); });
+    const std::lock_guard lock(m_mutex);
+    const auto isBusy = [](const auto& job) { return !job->IsOver(); };
+    if (order.import && std::ranges::any_of(m_jobs, [&](const auto& job) { return isBusy(job) && job->ItsImport(); })) {
+        throw Error(ErrorCode::conflict, "another import is running; wait for it, or stop it");
+    }
+    if (static_cast<std::size_t>(std::ranges::count_if(m_jobs, isBusy)) >= kMost) {
+        throw Error(ErrorCode::conflict, "too many jobs wait already; wait for one of them, or stop it");
+    }
+    if (m_jobs.size() == kMost) {
+        m_jobs.erase(std::ranges::find_if_not(m_jobs, isBusy));
+    }
+    m_jobs.push_back(std::make_shared<Job>(++m_last, std::move(order)));
+    return m_jobs.back();
+}
+
+std::shared_ptr<Job> Jobs::Find(int id) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = std::ranges::find(m_jobs, id, &Job::Id);
+    return found == m_jobs.end() ? nullptr : *found;
+}
+
+std::vector<std::shared_ptr<Job>> Jobs::All() const
+{
+    const std::lock_guard lock(m_mutex);
+    return {m_jobs.rbegin(), m_jobs.rend()};
 }
 
 } // namespace web

@@ -3,7 +3,6 @@
 #include "management/JsonWriter.h"
 #include "web/Http.h"
 #include "web/JobControl.h"
-#include "web/JobList.h"
 
 #include <atomic>
 #include <cstddef>
@@ -12,10 +11,13 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 class CAConnect;
 
 namespace web {
+
+class Import;
 
 /// Something that runs long, how far it is, and what became of it. Run works on the thread that uses the module's
 /// operations; any thread may call everything else.
@@ -28,6 +30,7 @@ public:
         std::string what;  ///< the words of the command
         std::string login; ///< of who asks for it, and alone gets the answer
         Work work;
+        std::shared_ptr<const Import> import = {}; ///< what it does, where that is an import of people
     };
 
     /// What else is to be done between two transactions and with what was written, and whether the server ends.
@@ -49,6 +52,7 @@ public:
     [[nodiscard]] int Id() const { return m_id; }
     [[nodiscard]] const std::string& Login() const { return m_order.login; }
     [[nodiscard]] const std::string& What() const { return m_order.what; }
+    [[nodiscard]] const std::shared_ptr<const Import>& ItsImport() const { return m_order.import; }
     [[nodiscard]] bool IsOver() const;
     /// Writes its state, as the members of an object.
     void Write(management::JsonWriter& json) const;
@@ -56,7 +60,8 @@ public:
     std::optional<Response> TakeAnswer();
     /// Its answer where that is a file, which stays; nothing for any other.
     [[nodiscard]] std::optional<Response> File() const;
-    /// What became of each thing so far, as comma-separated values. @param onlyFailed  of those that failed.
+    /// What became of each thing so far, as comma-separated values. @param onlyFailed  of those that failed; of an
+    /// import a file that can be imported again.
     [[nodiscard]] std::string Report(bool onlyFailed) const;
 
     void ShowProgress(long done, std::optional<long> total) override;
@@ -85,13 +90,24 @@ private:
     std::optional<Response> m_answer;
 };
 
-/// The jobs of this server, of which the last ones are kept. Any thread may use it.
-class Jobs : public JobList<Job> {
+/// The jobs of this server, of which the last ones are kept, each with a number that no other of them has had. Any
+/// thread may use it.
+class Jobs {
 public:
-    Jobs() : JobList(kMost, "too many jobs wait already; wait for one of them, or stop it") {}
-
-    /// @throws management::Error (conflict) while too many wait.
+    /// Adds a job. Where as many are kept as may be, the oldest that is over goes. @throws management::Error (conflict)
+    /// while too many wait, and for an import while another one does.
     std::shared_ptr<Job> Add(Job::Order order);
+    /// Null where there is none, or no longer.
+    [[nodiscard]] std::shared_ptr<Job> Find(int id) const;
+    /// The youngest first.
+    [[nodiscard]] std::vector<std::shared_ptr<Job>> All() const;
+
+    static constexpr std::size_t kMost = 8; ///< so many are kept
+
+private:
+    mutable std::mutex m_mutex;
+    std::vector<std::shared_ptr<Job>> m_jobs; ///< the youngest last
+    int m_last = 0;
 };
 
 } // namespace web

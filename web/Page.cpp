@@ -3,6 +3,8 @@
 #include "web/PageFiles.h"
 #include "web/Tokens.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -18,9 +20,8 @@ struct File {
 };
 
 constexpr std::string_view kSignedIn = "signed_in";
-constexpr std::array<File, 6> kFiles = {{{"/", "text/html; charset=utf-8", page::k_index},
+constexpr std::array<File, 5> kFiles = {{{"/", "text/html; charset=utf-8", page::k_index},
                                          {kSignedIn, "text/html; charset=utf-8", page::k_signed_in},
-                                         {"/early.js", "text/javascript; charset=utf-8", page::k_early},
                                          {"/app.js", "text/javascript; charset=utf-8", page::k_app},
                                          {"/style.css", "text/css; charset=utf-8", page::k_style},
                                          {"/icon.svg", "image/svg+xml", page::k_icon}}};
@@ -32,7 +33,22 @@ std::array<std::string, kFiles.size()> Tags()
     return tags;
 }
 
+/// What stands in the page of who is signed in between the tags of its own script.
+constexpr std::string_view EarlyScript()
+{
+    constexpr std::string_view tag = "<script>";
+    constexpr std::string_view page = page::k_signed_in;
+    constexpr std::size_t begin = page.find(tag) + tag.size();
+    return page.substr(begin, page.find("</script>", begin) - begin);
+}
+
 } // namespace
+
+const std::string& EarlyScriptSource()
+{
+    static const std::string source = fmt::format("'sha256-{}'", Base64Digest(EarlyScript()));
+    return source;
+}
 
 Response PageAt(const Request& request, bool isSignedIn)
 {

@@ -10,4 +10,7 @@ namespace web {
 /// @param isSignedIn  whether the request belongs to a session, which the page is told so that it need not ask first.
 Response PageAt(const Request& request, bool isSignedIn);
 
+/// By which a content security policy lets the script run that the page of somebody with a session begins with.
+const std::string& EarlyScriptSource();
+
 } // namespace web

@@ -26,8 +26,6 @@ using namespace management;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr std::chrono::seconds kOld{30};
 constexpr std::chrono::seconds kLookedAtLately{60};
 /// Of a large directory the picture lasts longer, so that reading takes a small part of the time.
@@ -209,7 +207,7 @@ bool Reader::MayHaveChanged()
 
 void Reader::NoteRead()
 {
-    m_read = Clock::now();
+    m_read = m_clock();
     m_asOf = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
 }
 
@@ -217,7 +215,7 @@ void Reader::Load()
 {
     // Changes made while it reads are not surely in it.
     const std::uint64_t changes = m_changes;
-    const Clock::time_point begin = Clock::now();
+    const auto begin = m_clock();
     m_version = Version();
     m_people.emplace(Connection());
     // What it was read by is much, and is given back to the system.
@@ -243,9 +241,9 @@ void Reader::NoteUsers(const std::vector<int>& ids) noexcept
 
 People& Reader::Fresh()
 {
-    m_asked = Clock::now();
-    const bool isOld =
-        m_people && m_asked - m_read > std::max<Clock::duration>(kLookedAtLately, kPartsOfTime * m_readingTime);
+    m_asked = m_clock();
+    const bool isOld = m_people && m_asked - m_read > std::max<std::chrono::steady_clock::duration>(
+                                                          kLookedAtLately, kPartsOfTime * m_readingTime);
     if (!m_people || m_seen != m_changes || (isOld && MayHaveChanged())) {
         Load();
     } else if (isOld) {
@@ -256,8 +254,9 @@ People& Reader::Fresh()
 
 void Reader::Refresh() noexcept
 {
-    const Clock::time_point now = Clock::now();
-    const bool isOld = now - m_read >= std::max<Clock::duration>(kOld, kPartsOfTime * m_readingTime);
+    const auto now = m_clock();
+    const bool isOld =
+        now - m_read >= std::max<std::chrono::steady_clock::duration>(kOld, kPartsOfTime * m_readingTime);
     if (!m_people || now - m_asked > kLookedAtLately || (!isOld && m_seen == m_changes)) {
         return;
     }
@@ -280,7 +279,7 @@ Response Reader::Users(const Request& request, const std::string& session)
     const std::size_t limit = NumberIn(request, "limit", kLimits, kUsualLimit);
     std::string name = request.Parameter("result");
     People& people = name.empty() || !m_people ? Fresh() : *m_people;
-    m_asked = Clock::now();
+    m_asked = m_clock();
     const Results::Ids among =
         request.Parameter("among").empty() ? nullptr : m_results.Find(request.Parameter("among"), session);
     if (name.empty() && (among || request.Parameter("among").empty())) {

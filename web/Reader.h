@@ -24,8 +24,14 @@ using OpenDirectory = std::function<std::shared_ptr<CAConnect>()>;
 /// 30 seconds while somebody looks. Lives on one thread, but for NoteChange.
 class Reader {
 public:
+    /// Tells the time.
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
     /// @param results  outlives this.
-    Reader(OpenDirectory open, Results& results) : m_open(std::move(open)), m_results(results) {}
+    Reader(OpenDirectory open, Results& results, Clock clock = std::chrono::steady_clock::now)
+        : m_open(std::move(open)), m_results(results), m_clock(std::move(clock))
+    {
+    }
 
     /// Says that the directory was changed, so that all is read again when somebody asks. Any thread may call it.
     void NoteChange() noexcept { ++m_changes; }
@@ -61,6 +67,7 @@ private:
 
     OpenDirectory m_open;
     Results& m_results;
+    Clock m_clock;
     std::shared_ptr<CAConnect> m_conn;
     std::optional<People> m_people;
     std::atomic<std::uint64_t> m_changes = 0;

@@ -67,10 +67,12 @@ public:
     void Take(Response response) override
     {
         NamedValues& headers = response.headers;
-        headers.emplace_back("Content-Security-Policy",
-                             "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; "
-                             "connect-src 'self'; form-action 'self'; frame-ancestors 'none'; base-uri 'none'; "
-                             "require-trusted-types-for 'script'; trusted-types 'none'");
+        static const std::string policy = fmt::format(
+            "default-src 'none'; script-src 'self' {}; style-src 'self'; img-src 'self' data:; connect-src 'self'; "
+            "form-action 'self'; frame-ancestors 'none'; base-uri 'none'; require-trusted-types-for 'script'; "
+            "trusted-types 'none'",
+            EarlyScriptSource());
+        headers.emplace_back("Content-Security-Policy", policy);
         headers.emplace_back("X-Content-Type-Options", "nosniff");
         headers.emplace_back("Referrer-Policy", "no-referrer");
         headers.emplace_back("Cross-Origin-Opener-Policy", "same-origin");
@@ -279,13 +281,11 @@ private:
             {"GET", "/tree/find", &Site::FindInTree, Level::readOnly},
             {"GET", "/overview", &Site::Overview, Level::readOnly},
             {"POST", "/users/find", &Site::FindNames, Level::readOnly},
-            {"GET", "/problems", &Site::ListProblems, Level::readOnly},
+            {"POST", "/problems", &Site::BeginCheck, Level::readOnly},
             {"GET", "/events", &Site::WaitForNews, Level::readOnly},
             {"POST", kCommandRoute, &Site::Run, Level::readOnly},
             {"POST", "/imports/text", &Site::TakeImportText},
             {"POST", "/imports/look", &Site::LookAtImport},
-            {"POST", "/imports/stop", &Site::StopImport},
-            {"GET", "/imports/report", &Site::ShowImportReport, Level::readOnly},
             {"POST", "/imports", &Site::BeginImport},
             {"GET", "/jobs", &Site::ListJobs, Level::readOnly},
             {"POST", "/jobs/stop", &Site::StopJob, Level::readOnly},
@@ -480,23 +480,36 @@ private:
         });
     }
 
-    void ListProblems(Visit visit)
+    /// As a job, which lets commands have their turn between its parts.
+    void BeginCheck(Visit visit)
     {
-        InCommands(std::move(visit), [](CAConnect& conn, const Visit& /*asked*/) {
-            return JsonResponse([&](JsonWriter& json) {
-                json.WriteName("problems");
-                json.BeginArray();
-                for (const check::Problem& problem : check::FindProblems(conn)) {
-                    json.BeginObject();
-                    json.WriteMember("check", TextValue(std::string(problem.name)));
-                    json.WriteMember("count", problem.count);
-                    json.WriteMember("problem", TextValue(problem.sentence));
-                    json.WriteMember("example", TextValue(problem.example));
-                    json.WriteMember("repair", TextValue(problem.repair));
-                    json.End();
-                }
+        InCommands(std::move(visit), [this](CAConnect& /*conn*/, const Visit& asked) {
+            static_cast<void>(ReadMembers(asked.request.body, {}));
+            return Post({"db check", asked.session->account.login, &Site::Problems}, asked.request.address, "");
+        });
+    }
+
+    static Response Problems(CAConnect& conn, JobControl& control)
+    {
+        const auto progress = [&control](long done, long total) {
+            control.ShowProgress(done, total);
+            if (control.IsStopRequested()) {
+                throw Error(ErrorCode::failed, fmt::format("stopped after {} of {}", done, total));
+            }
+        };
+        return JsonResponse([&](JsonWriter& json) {
+            json.WriteName("problems");
+            json.BeginArray();
+            for (const check::Problem& problem : check::FindProblems(conn, progress)) {
+                json.BeginObject();
+                json.WriteMember("check", TextValue(std::string(problem.name)));
+                json.WriteMember("count", problem.count);
+                json.WriteMember("problem", TextValue(problem.sentence));
+                json.WriteMember("example", TextValue(problem.example));
+                json.WriteMember("repair", TextValue(problem.repair));
                 json.End();
-            });
+            }
+            json.End();
         });
     }
 
@@ -527,7 +540,7 @@ private:
         InLists(std::move(visit), [this](const Visit& asked) {
             const JsonValue body = ReadMembers(asked.request.body, {"text", "first"});
             const std::size_t length =
-                m_imports.AddText(asked.session->id, RequiredText(body, "text"), MemberFlag(body, "first"));
+                m_texts.AddText(asked.session->id, RequiredText(body, "text"), MemberFlag(body, "first"));
             return JsonResponse(
                 [&](JsonWriter& json) { json.WriteMember("bytes", static_cast<std::int64_t>(length)); });
         });
@@ -537,7 +550,7 @@ private:
     {
         InLists(std::move(visit), [this](const Visit& asked) {
             const char delimiter = DelimiterIn(ReadMembers(asked.request.body, {"delimiter"}));
-            return JsonResponse([&](JsonWriter& json) { m_imports.WriteLook(json, asked.session->id, delimiter); });
+            return JsonResponse([&](JsonWriter& json) { m_texts.WriteLook(json, asked.session->id, delimiter); });
         });
     }
 
@@ -553,33 +566,11 @@ private:
                 !m_sessions.IsConfirmed(*asked.session, Clock::now())) {
                 return ResponseOf(PasswordRequired());
             }
-            const std::shared_ptr<ImportJob> job =
-                m_imports.Begin(asked.session->id, asked.session->account.login, body);
-            PostJob([this, job, address = asked.request.address] { RunImport(*job, address); });
-            return JsonResponse([&](JsonWriter& json) { job->Write(json, false); });
+            const std::string& login = asked.session->account.login;
+            const std::shared_ptr<Import> import = m_texts.ImportOf(asked.session->id, login, body);
+            const auto work = [import](CAConnect& conn, JobControl& control) { return import->Run(conn, control); };
+            return Post({"user import", login, work, import}, asked.request.address, "user import");
         });
-    }
-
-    /// Other commands have their turn after each of its transactions, on a connection of their own.
-    void RunImport(ImportJob& job, const std::string& address)
-    {
-        const Response opened = Guarded([&] {
-            const std::shared_ptr<CAConnect> conn = m_open();
-            const auto between = [this] {
-                m_events.NoteProgress();
-                m_commands.RunWaiting();
-            };
-            job.Run(*conn, {between, [this] { return m_commands.IsEnding(); }});
-            return Response();
-        });
-        if (opened.status != 200) {
-            job.Fail("the database cannot be opened; nothing was imported");
-        }
-        m_events.NoteProgress();
-        if (!job.IsDryRun()) {
-            m_reader.NoteChange();
-            Log("import", job.Login(), address, fmt::format("import {}", job.Id()));
-        }
     }
 
     // ---- Jobs -------------------------------------------------------------------------------------------------------
@@ -724,8 +715,8 @@ private:
         InLists(std::move(visit), [this](const Visit& asked) {
             const std::shared_ptr<Job> job = JobOf(asked.request.Parameter("id"), asked);
             const bool isFailed = asked.request.Parameter("failed") == "1";
-            return CsvResponse(job->Report(isFailed),
-                               fmt::format("job-{}-{}.csv", job->Id(), isFailed ? "failed" : "report"));
+            return CsvResponse(job->Report(isFailed), fmt::format("{}-{}-{}.csv", job->ItsImport() ? "import" : "job",
+                                                                  job->Id(), isFailed ? "failed" : "report"));
         });
     }
 
@@ -760,49 +751,31 @@ private:
     {
         InLists(std::move(visit), [this](const Visit& asked) {
             if (!asked.request.Parameter("id").empty()) {
-                const std::shared_ptr<ImportJob> job = ImportOf(asked.request.Parameter("id"));
-                return JsonResponse([&](JsonWriter& json) { job->Write(json, true); });
+                const std::shared_ptr<Job> job = JobOf(asked.request.Parameter("id"), asked);
+                if (!job->ItsImport()) {
+                    throw Error(ErrorCode::notFound, fmt::format("job {} is no import", job->Id()));
+                }
+                return JsonResponse([&](JsonWriter& json) { WriteImport(json, *job, true); });
             }
             return JsonResponse([&](JsonWriter& json) {
                 json.WriteName("imports");
                 json.BeginArray();
-                for (const std::shared_ptr<ImportJob>& job : m_imports.Jobs().All()) {
-                    json.BeginObject();
-                    job->Write(json, false);
-                    json.End();
+                for (const std::shared_ptr<Job>& job : m_jobs.All()) {
+                    if (job->ItsImport()) {
+                        json.BeginObject();
+                        WriteImport(json, *job, false);
+                        json.End();
+                    }
                 }
                 json.End();
             });
         });
     }
 
-    void StopImport(Visit visit)
+    static void WriteImport(JsonWriter& json, const Job& job, bool withRows)
     {
-        InLists(std::move(visit), [this](const Visit& asked) {
-            ImportOf(IdIn(asked))->Stop();
-            return JsonResponse([](JsonWriter& /*json*/) {});
-        });
-    }
-
-    void ShowImportReport(Visit visit)
-    {
-        InLists(std::move(visit), [this](const Visit& asked) {
-            const std::shared_ptr<ImportJob> job = ImportOf(asked.request.Parameter("id"));
-            const bool isFailed = asked.request.Parameter("failed") == "1";
-            return CsvResponse(isFailed ? job->Failed() : job->Report(),
-                               fmt::format("import-{}-{}.csv", job->Id(), isFailed ? "failed" : "report"));
-        });
-    }
-
-    /// @throws Error (notFound).
-    std::shared_ptr<ImportJob> ImportOf(const std::string& id) const
-    {
-        std::shared_ptr<ImportJob> job =
-            m_imports.Jobs().Find(static_cast<int>(binding::ReadNumber("id", id, {}, binding::kInt)));
-        if (!job) {
-            throw Error(ErrorCode::notFound, fmt::format("there is no import {}", id));
-        }
-        return job;
+        job.Write(json);
+        job.ItsImport()->Write(json, withRows);
     }
 
     // ---- Signing in -------------------------------------------------------------------------------------------------
@@ -1177,7 +1150,7 @@ private:
     std::mutex m_mutex;                            ///< of the throttle and the log
     Throttle m_throttle;
     Results m_results;
-    Imports m_imports;
+    ImportTexts m_texts;
     Jobs m_jobs;
     std::deque<Worker::Task> m_waitingJobs; ///< of the commands' thread, like the next one
     bool m_isInJob = false;

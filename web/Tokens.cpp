@@ -3,7 +3,9 @@
 #include "management/Errors.h"
 #include "management/Sha256.h"
 
+#include <nettle/base64.h>
 #include <nettle/memops.h>
+#include <nettle/sha2.h>
 #include <sys/random.h>
 
 namespace web {
@@ -26,6 +28,18 @@ std::string Digest(std::string_view text)
     management::Sha256 digest;
     digest.Add(text);
     return digest.Finish();
+}
+
+std::string Base64Digest(std::string_view text)
+{
+    sha256_ctx state;
+    sha256_init(&state);
+    sha256_update(&state, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
+    std::array<std::uint8_t, SHA256_DIGEST_SIZE> bytes{};
+    sha256_digest(&state, bytes.size(), bytes.data());
+    std::string digest(BASE64_ENCODE_RAW_LENGTH(SHA256_DIGEST_SIZE), '\0');
+    base64_encode_raw(digest.data(), bytes.size(), bytes.data());
+    return digest;
 }
 
 bool IsSame(std::string_view a, std::string_view b)

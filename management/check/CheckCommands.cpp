@@ -23,11 +23,15 @@ constexpr Column kCheckColumns[] = {{"check"},  {"count", Kind::number}, {"probl
 
 bool IsQuestion(const CheckInput& in) { return !in.fix; }
 
+std::vector<Problem> Found(Call& call)
+{
+    return FindProblems(call.Connection(), [&call](long done, long total) { call.ShowProgress(done, total); });
+}
+
 Result Show(Call& call, const CheckInput& /*in*/)
 {
     Result result;
-    const auto progress = [&call](long done, long total) { call.ShowProgress(done, total); };
-    for (const Problem& problem : FindProblems(call.Connection(), progress)) {
+    for (const Problem& problem : Found(call)) {
         result.hasFindings = true;
         if (!call.Row(std::string(problem.name), problem.count, SentenceValue(problem.sentence),
                       SentenceValue(problem.example), SentenceValue(problem.repair), !problem.statements.empty())) {
@@ -47,7 +51,7 @@ Repair PlanRepair(Call& call, const CheckInput& /*in*/)
 {
     Repair repair;
     repair.nothingDone = Translatable("nothing was mended");
-    repair.problems = FindProblems(call.Connection());
+    repair.problems = Found(call);
     std::erase_if(repair.problems, [](const Problem& problem) { return problem.statements.empty(); });
     for (const Problem& problem : repair.problems) {
         repair.removed += static_cast<std::size_t>(problem.count);

@@ -68,12 +68,12 @@ TEST_P(WebOnEngineTest, DoesTheMainJobs)
     const HttpAnswer begun = client.Post(
         "/api/v1/imports", json{{"delimiter", ","}, {"columns", {"login", "name"}}, {"update", true}}.dump());
     ASSERT_EQ(begun.status, 200) << begun.body;
-    const json imported = ImportOver(client, json::parse(begun.body));
+    const json imported = ImportOver(client, json::parse(begun.body).at("job"));
     EXPECT_EQ(imported.at("created"), 1) << imported;
     EXPECT_EQ(imported.at("updated"), 1) << imported;
     EXPECT_EQ(Got(client, "/users?no_password=1&q=O'Zo%C3%AB").at("total"), 1);
     EXPECT_EQ(Got(client, "/users?no_group=1&q=login:user1").at("total"), 0);
-    EXPECT_EQ(Got(client, "/problems").at("problems").size(), 1U);
+    EXPECT_EQ(ProblemsIn(client).size(), 1U);
     EXPECT_EQ(RunLong(client, "audit/verify").at("record").at("first_altered"), nullptr);
 }
 

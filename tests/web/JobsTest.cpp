@@ -84,6 +84,34 @@ TEST_F(JobsTest, EveryCommandThatRunsLongIsAJob)
     EXPECT_TRUE(run.contains("audit/verify"));
 }
 
+TEST_F(JobsTest, LookingWhatCanBeMendedSaysHowFarItIs)
+{
+    HttpClient client = Signed();
+    management::Execute(m_conn,
+                        "INSERT INTO qv_Relation (Col_QvItemID, Col_QvItemType, Col_DQvItemID, Col_DQvItemType) "
+                        "VALUES (77, 2, 88, 1)");
+    json body = {{"parameters", {{"fix", true}}}};
+    json job = json::parse(Ask(client, "db/check", body).body).at("job");
+    json stand = JobOver(client, job);
+    EXPECT_GT(stand.at("total"), stand.at("done"));
+    body["confirm"] = json::parse(JobAnswer(client, job).body).at("plan").at("digest");
+    job = json::parse(Ask(client, "db/check", body).body).at("job");
+    EXPECT_GT(JobOver(client, job).at("total"), 0);
+    EXPECT_EQ(JobAnswer(client, job).status, 200);
+    EXPECT_EQ(Count("qv_Relation"), 0);
+}
+
+TEST_F(JobsTest, ProblemsAreLookedForBesideCommands)
+{
+    HttpClient client = Signed();
+    const json job = json::parse(client.Post("/api/v1/problems", "{}").body).at("job");
+    EXPECT_EQ(job.at("what"), "db check");
+    const json stand = JobOver(client, job);
+    EXPECT_EQ(stand.at("can_stop"), false);
+    EXPECT_GT(stand.at("total"), stand.at("done"));
+    EXPECT_TRUE(json::parse(JobAnswer(client, job).body).at("problems").is_array());
+}
+
 TEST_F(JobsTest, ManyAreChangedInPartsThatAreUndoneTogether)
 {
     HttpClient client = SignedWithClerks();

@@ -123,13 +123,12 @@ TEST_F(LevelsTest, OnlyWhatMayBeRunIsOffered)
 TEST_F(LevelsTest, RoutesBesideCommandsAreForTheirLevels)
 {
     StartWithLevels();
-    for (const std::string path :
-         {"/users", "/tree", "/tree/find?q=a", "/overview", "/problems", "/imports", "/jobs"}) {
+    for (const std::string path : {"/users", "/tree", "/tree/find?q=a", "/overview", "/imports", "/jobs"}) {
         EXPECT_EQ(m_reader->Get("/api/v1" + path).status, 200) << path;
     }
     EXPECT_EQ(m_reader->Post("/api/v1/users/find", R"({"names":["amy"]})").status, 200);
     for (HttpClient* client : {&*m_reader, &*m_helper}) {
-        for (const std::string path : {"/imports/text", "/imports/look", "/imports/stop", "/imports", "/exports"}) {
+        for (const std::string path : {"/imports/text", "/imports/look", "/imports", "/exports"}) {
             const HttpAnswer answer = client->Post("/api/v1" + path, "{}");
             EXPECT_EQ(answer.status, 403) << path;
             EXPECT_EQ(CodeOf(answer), "not_allowed") << path;

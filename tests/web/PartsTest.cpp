@@ -55,6 +55,12 @@ TEST(JsonReaderTest, RefusesAllElse)
     }
 }
 
+TEST(TokensTest, DigestsInBothWaysOfWritingThem)
+{
+    EXPECT_EQ(Digest("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    EXPECT_EQ(Base64Digest("abc"), "ungWv48Bz+pBQUDeXa4iI7ADYaOWF3qctBD/YfIAFa0=");
+}
+
 TEST(PasswordRulesTest, CharactersAreCountedAndNoneAreAskedFor)
 {
     const PasswordOwner owners[] = {{"amy", "", "", false}};

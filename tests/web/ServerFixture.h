@@ -135,6 +135,12 @@ protected:
         JobOver(client, job);
         return client.Post("/api/v1/jobs/answer", nlohmann::json{{"id", job.at("id")}}.dump());
     }
+    /// What a check of the directory finds.
+    static nlohmann::json ProblemsIn(HttpClient& client)
+    {
+        const nlohmann::json begun = nlohmann::json::parse(client.Post("/api/v1/problems", "{}").body);
+        return nlohmann::json::parse(JobAnswer(client, begun.at("job")).body).at("problems");
+    }
     /// The answer of a command that runs long and succeeds.
     static nlohmann::json RunLong(HttpClient& client, const std::string& command)
     {

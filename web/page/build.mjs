@@ -7,9 +7,17 @@ import { fileURLToPath } from "node:url";
 
 const here = dirname(fileURLToPath(import.meta.url));
 const out = process.argv[2] ?? join(here, "dist");
+// Beside the page's sources, of which this may run a copy.
+const catalogues = process.argv[3] ?? join(out, "../../../po");
 mkdirSync(out, { recursive: true });
 // What is bundled is passed on with its licence.
 const licence = readFileSync(join(dirname(createRequire(import.meta.url).resolve("preact")), "../LICENSE"), "utf8");
+/** What qvadmin calls columns in a language. */
+function columnsIn(language) {
+    const text = readFileSync(join(catalogues, `${language.replace("-", "_")}.po`), "utf8");
+    const named = text.matchAll(/^msgctxt "column"\nmsgid "(.*)"\nmsgstr "(.+)"$/gm);
+    return Object.fromEntries([...named].map(([, name, word]) => [name, word]));
+}
 const options = {
     absWorkingDir: here,
     outdir: out,
@@ -20,12 +28,13 @@ const options = {
     target: ["es2022"],
     jsx: "automatic",
     jsxImportSource: "preact",
+    define: { COLUMNS: JSON.stringify({ de: columnsIn("de"), "zh-CN": columnsIn("zh-CN") }) },
 };
 await build({ ...options, entryPoints: { app: "src/main.tsx", style: "src/style.css" }, banner: { js: `/*! Preact\n${licence}*/` } });
-await build({ ...options, entryPoints: { early: "src/early.ts" } });
+const early = (await build({ ...options, entryPoints: { early: "src/early.ts" }, write: false })).outputFiles[0].text;
 for (const file of ["index.html", "icon.svg"]) {
     copyFileSync(join(here, "src", file), join(out, file));
 }
-// Who has a session gets a page that asks at once for what it shows.
+// Who has a session gets a page that asks at once for what it shows, and does not wait for the script that does.
 const page = readFileSync(join(out, "index.html"), "utf8");
-writeFileSync(join(out, "signed_in.html"), page.replace('<link rel="stylesheet"', '<script src="/early.js"></script>\n<link rel="stylesheet"'));
+writeFileSync(join(out, "signed_in.html"), page.replace('<link rel="stylesheet"', () => `<script>${early.trim()}</script>\n<link rel="stylesheet"`));

@@ -24,6 +24,7 @@ test("what is in the way of an undo is named, and nothing changes", async () => 
     shared.server.qvadmin("user", "set", "amy", "--title", "Chief");
     const { page, finish } = await openPage(shared, { path: "/audit?noun=user" });
     await page.getByRole("row", { name: "--title Lead" }).getByRole("button", { name: "Undo" }).click();
+    await page.getByRole("dialog").getByRole("button", { name: "Go on" }).click();
     await page.getByRole("status").getByText(/Chief/).waitFor();
     assert.equal(shared.server.json("user", "show", "amy").title, "Chief");
     await finish();

@@ -37,6 +37,7 @@ test("rows are pasted, their columns named, tried, imported, reported and undone
     await page.getByRole("link", { name: "Rows that failed, as a file" }).click();
     assert.match((await waiting).suggestedFilename(), /^import-\d+-failed\.csv$/);
     await page.getByRole("button", { name: "Undo this import" }).click();
+    await page.getByRole("dialog").getByRole("button", { name: "Go on" }).click();
     await until(() => count() === before);
     assert.equal(shared.server.json("user", "show", "amy").name, "Amy Pond");
     await finish();
@@ -83,6 +84,7 @@ test("a whole list locks who is not in it, once somebody has seen and agreed", a
     await report.getByRole("cell", { name: "locked" }).first().waitFor();
     assert.deepEqual(["amy", "ben", "cleo", "dora"].map(isLocked), [true, false, true, false]);
     await page.getByRole("button", { name: "Undo this import" }).click();
+    await page.getByRole("dialog").getByRole("button", { name: "Go on" }).click();
     await until(() => !isLocked("cleo") && !isLocked("amy"));
     assert.equal(shared.server.json("user", "show", "ben").title, "");
     await finish();

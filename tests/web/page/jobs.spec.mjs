@@ -24,7 +24,7 @@ test("what is done with many is a job: another window sees it, it is stopped, an
     const { page, finish } = await openPage(shared, { path: "/directory?q=clerk" });
     const dialog = await preview(page, "Lock");
     await dialog.getByRole("button", { name: "Go on" }).click();
-    const running = page.getByRole("dialog", { name: "User lock" });
+    const running = page.getByRole("dialog", { name: "Users: Lock" });
     await running.getByRole("button", { name: "Stop" }).waitFor();
     await running.getByRole("progressbar").waitFor();
     await checkAccess(page);
@@ -54,13 +54,13 @@ test("a job goes on without the page that has begun it, which shows its answer l
     const { page, finish } = await openPage(shared, { path: "/directory?q=clerk" });
     const dialog = await preview(page, "Lock");
     await dialog.getByRole("button", { name: "Go on" }).click();
-    await page.getByRole("dialog", { name: "User lock" }).getByRole("button", { name: "Go on in the background" }).click();
+    await page.getByRole("dialog", { name: "Users: Lock" }).getByRole("button", { name: "Go on in the background" }).click();
     await page.reload();
     await until(() => locked() === kClerks);
     await jobs(page).locator("summary").click();
     await jobs(page).getByText("done").first().waitFor();
     await jobs(page).getByRole("button", { name: "Show" }).first().click();
-    await page.getByRole("dialog", { name: "User lock" }).getByText("locked clerk1 (id").first().waitFor();
+    await page.getByRole("dialog", { name: "Users: Lock" }).getByText("locked clerk1 (id").first().waitFor();
     await checkAccess(page);
     await finish();
 });

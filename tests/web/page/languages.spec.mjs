@@ -31,6 +31,18 @@ for (const { locale, lang, login, word, directory } of [
     });
 }
 
+test("fields and columns are called as in the rest of the page, and commands as the page offers them", async () => {
+    const { page, finish } = await openPage(shared, { path: "/directory?user=1", signedIn: false, locale: "de-DE" });
+    await signIn(page, { login: "Anmeldename", password: "Kennwort" });
+    await page.getByLabel("Geburtstag").waitFor();
+    assert.equal(await page.getByLabel("Geschlecht").locator("option").first().textContent(), "Keine Angabe");
+    await page.goto(`${shared.server.url}/audit`);
+    await page.getByRole("columnheader", { name: "Grund" }).waitFor();
+    await page.goto(`${shared.server.url}/directory?user=99`);
+    await page.getByText("there is no user with id 99; “Benutzer: Auflisten” shows all").waitFor();
+    await finish();
+});
+
 test("a language that is chosen stays", async () => {
     const { page, finish } = await openPage(shared);
     await page.locator("details.user > summary").click();

@@ -1,6 +1,7 @@
 // Requests to the server.
 import type { Early } from "./early";
 import { watchProgress } from "./events";
+import { noteSilence } from "./offline";
 import { peoplePath, placesPath } from "./query";
 
 export type Value = string | number | boolean | null;
@@ -183,6 +184,7 @@ async function once<T>(method: string, path: string, body?: unknown, signal?: Ab
         if (error instanceof DOMException) {
             throw error;
         }
+        noteSilence();
         throw new Problem(0, "offline", "offline");
     }
     const { response, text } = answer;
@@ -272,12 +274,13 @@ export interface Job {
     /** Whether it has made one, which its owner may fetch. */
     file: boolean;
     reported: boolean;
+    import: boolean;
     /** Whether who is signed in has begun it. */
     own: boolean;
 }
 export const listJobs = async () => (await request<{ jobs: Job[] }>("GET", "/jobs")).jobs;
 export const stopJob = (id: number) => request("POST", "/jobs/stop", { id });
-export const takeAnswer = (id: number) => once<Answer>("POST", "/jobs/answer", { id });
+export const takeAnswer = <T = Answer,>(id: number) => once<T>("POST", "/jobs/answer", { id });
 
 export const beginExport = (order: { format: string; in?: string }) => request<{ job: Job }>("POST", "/exports", order);
 
@@ -314,6 +317,13 @@ export async function fileOf(id: number): Promise<number> {
     return id;
 }
 
+/** Shows a job until it is over, and takes its answer. */
+async function answerOf<T>(id: number): Promise<T> {
+    showJob(id);
+    await overOf(id);
+    return takeAnswer<T>(id);
+}
+
 /** Runs a command of the table, such as "user/lock". What is done as a job is waited for. */
 export const run = (command: string, parameters: Values, options: RunOptions = {}) =>
     retried(async () => {
@@ -322,9 +332,7 @@ export const run = (command: string, parameters: Values, options: RunOptions = {
             return once<Answer>("POST", `/commands/${command}`, body);
         }
         const { job } = await once<{ job: Job }>("POST", `/commands/${command}`, body);
-        showJob(job.id);
-        await overOf(job.id);
-        return takeAnswer(job.id);
+        return answerOf<Answer>(job.id);
     });
 
 export const listPeople = (query: Record<string, string>, signal?: AbortSignal) =>
@@ -336,21 +344,17 @@ export const findPlaces = (q: string) =>
         "GET",
         `/tree/find?${new URLSearchParams({ q })}`,
     );
-export const listProblems = async () => (await request<{ problems: Row[] }>("GET", "/problems")).problems;
-/** How an import stands; the rows are the first ones, and only there when one is asked for. */
-export interface Import {
-    id: number;
-    login: string;
+/** Looks for what does not hold together in the directory, as a job that is waited for. */
+export const findProblems = () =>
+    retried(async () => (await answerOf<{ problems: Row[] }>((await once<{ job: Job }>("POST", "/problems", {})).job.id)).problems);
+/** How the job of an import stands; the rows are the first ones, and only there when one is asked for. */
+export interface Import extends Job {
     dry_run: boolean;
-    over: boolean;
     error: string;
-    done: number;
-    total: number;
     created: number;
     updated: number;
     unchanged: number;
     exists: number;
-    failed: number;
     entry: number | null;
     groups: string[];
     group_count: number;
@@ -380,10 +384,10 @@ export interface Look {
 }
 export const sendImportText = (text: string, first: boolean) => request("POST", "/imports/text", { text, first });
 export const lookAtImport = (delimiter: string) => request<Look>("POST", "/imports/look", { delimiter });
-export const beginImport = (order: Record<string, Value | (string | null)[]>) => request<Import>("POST", "/imports", order);
+export const beginImport = async (order: Record<string, Value | (string | null)[]>) =>
+    findImport((await request<{ job: Job }>("POST", "/imports", order)).job.id);
 export const findImport = (id: number) => request<Import>("GET", `/imports?id=${id}`);
 export const listImports = async () => (await request<{ imports: Import[] }>("GET", "/imports")).imports;
-export const stopImport = (id: number) => request("POST", "/imports/stop", { id });
 export const overview = () => request<Row>("GET", "/overview");
 let allowed = new Set<string>();
 let long = new Set<string>();

@@ -131,14 +131,20 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
         }
     }, [open, changes]);
 
+    /** The key of what was shown last as chosen. */
+    const shown = useRef<string>();
     // What is chosen is shown: its parents are opened.
     useEffect(() => {
         if (!tree.trail) {
             return;
         }
         const ways = tree.trail.map((_, i) => tree.trail!.slice(0, i + 1).map(step => step.key).join("/"));
+        const way = ways[ways.length - 1] ?? "";
+        const isElsewhere = shown.current === last(way);
+        shown.current = last(way);
         setOpen(before => new Set([...before, ...ways.slice(0, -1)]));
-        setActive(ways[ways.length - 1] ?? "");
+        // Where what is chosen has only moved, keys may have led to another line meanwhile.
+        setActive(before => (isElsewhere && last(before) !== last(way) ? before : way));
     }, [tree.trail?.map(step => step.key).join("/")]);
 
     const lines: Line<T>[] = [];

@@ -4,7 +4,7 @@ import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { type Answer, type Plan, Problem, type RunOptions, type Values, may, run } from "./api";
 import { asOwn } from "./events";
 import { noteChange } from "./place";
-import { t } from "./texts";
+import { retold, t } from "./texts";
 
 type Open = { key: number; content: ComponentChildren };
 
@@ -30,7 +30,7 @@ export const sentence = (error: unknown): string =>
     error instanceof Problem
         ? error.code in ownWords
             ? t(ownWords[error.code as keyof typeof ownWords])
-            : error.message + (error.candidates.length > 0 ? `: ${error.candidates.join(", ")}` : "")
+            : retold(error.message) + (error.candidates.length > 0 ? `: ${error.candidates.join(", ")}` : "")
         : String(error);
 
 /** What went wrong, if anything did, where it did. */
@@ -40,6 +40,27 @@ export const Trouble = (props: { text?: string }) =>
             {props.text}
         </p>
     ) : null;
+
+/** What a form does when it is sent, once at a time. @return what goes wrong, and what begins it. */
+export function useWork(work: () => Promise<void>): { trouble: string; begin: (event?: Event) => Promise<void> } {
+    const [trouble, setTrouble] = useState("");
+    const isBusy = useRef(false);
+    const begin = async (event?: Event) => {
+        event?.preventDefault();
+        if (isBusy.current) {
+            return;
+        }
+        isBusy.current = true;
+        setTrouble("");
+        try {
+            await work();
+        } catch (error) {
+            setTrouble(sentence(error));
+        }
+        isBusy.current = false;
+    };
+    return { trouble, begin };
+}
 
 export function Dialog(props: { title: string; onClose: () => void; children: ComponentChildren }) {
     const dialog = useRef<HTMLDialogElement>(null);
@@ -104,7 +125,7 @@ export function Toasts() {
                             class="link"
                             onClick={() => {
                                 drop(one.key);
-                                void undo(one.entry as number);
+                                void undo(one.entry as number, true);
                             }}
                         >
                             {t("undo")}
@@ -194,7 +215,7 @@ export async function change(
     for (;;) {
         try {
             const answer = await asOwn(run(command, parameters, asked));
-            const said = (answer.outcomes ?? []).map(outcome => outcome.message);
+            const said = (answer.outcomes ?? []).map(outcome => retold(outcome.message));
             const further = said.length > kMostSaid ? [t("further", { count: said.length - kMostSaid })] : [];
             if (said.length > 0 || answer.changed) {
                 toast(
@@ -233,7 +254,8 @@ export async function changeOrSay(
     }
 }
 
-export const undo = (entry: number) => changeOrSay("audit/undo", { ID: [String(entry)] }, true);
+/** @param isAgreed  whether nothing is asked first, as right after the change. */
+export const undo = (entry: number, isAgreed = false) => changeOrSay("audit/undo", { ID: [String(entry)] }, isAgreed);
 
 export interface Asked {
     name: string;
@@ -293,21 +315,19 @@ function FormDialog(props: {
     const [values, setValues] = useState<Record<string, string>>(
         Object.fromEntries(props.fields.map(field => [field.name, field.value ?? ""])),
     );
-    const [trouble, setTrouble] = useState("");
+    const { trouble, begin } = useWork(async () => {
+        if (await props.onSubmit(values)) {
+            props.onClose();
+        }
+    });
+    const action = useRef<HTMLButtonElement>(null);
+    // Where nothing is to be entered, Enter agrees.
+    useLayoutEffect(() => {
+        props.fields.length === 0 && action.current?.focus();
+    }, []);
     return (
         <Dialog title={props.title} onClose={props.onClose}>
-            <form
-                onSubmit={async event => {
-                    event.preventDefault();
-                    try {
-                        if (await props.onSubmit(values)) {
-                            props.onClose();
-                        }
-                    } catch (error) {
-                        setTrouble(sentence(error));
-                    }
-                }}
-            >
+            <form onSubmit={begin}>
                 <Trouble text={trouble} />
                 {props.fields.map(field => (
                     <div class="field" key={field.name}>
@@ -324,7 +344,9 @@ function FormDialog(props: {
                     <button type="button" onClick={props.onClose}>
                         {t("cancel")}
                     </button>
-                    <button class="main">{props.action}</button>
+                    <button ref={action} class="main">
+                        {props.action}
+                    </button>
                 </div>
             </form>
         </Dialog>

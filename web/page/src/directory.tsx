@@ -37,7 +37,7 @@ export function Directory(props: { where: Where }) {
                             : Object.fromEntries(traits.map(trait => [trait, trait === changed.trait ? "1" : ""]))),
                     })
                 }
-                onOpen={id => show({ user: String(id) })}
+                onOpen={id => show(id ? { user: String(id) } : { user: undefined, tab: undefined })}
             />
             {user && (
                 <Sheet

@@ -1,6 +1,6 @@
 // What forms are made of that ask who somebody is.
 import type { ComponentChildren } from "preact";
-import { useState } from "preact/hooks";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { Trouble, sentence } from "./dialogs";
 
 /** A field that has to be filled. @param help  is read out with it. */
@@ -16,6 +16,10 @@ export function Field(props: {
     onInput: (text: string) => void;
 }) {
     const { id, label, help, isFocused, onInput, ...others } = props;
+    const field = useRef<HTMLInputElement>(null);
+    useLayoutEffect(() => {
+        isFocused && field.current?.focus();
+    }, []);
     return (
         <div class="field">
             <label for={id}>{label}</label>
@@ -25,11 +29,8 @@ export function Field(props: {
                 dir="auto"
                 {...others}
                 {...(help ? { "aria-describedby": `${id}-help` } : {})}
-                ref={field => {
-                    if (isFocused) {
-                        field?.focus();
-                    }
-                }}
+                ref={field}
+                autofocus={isFocused}
                 onInput={event => onInput(event.currentTarget.value)}
             />
             {help && (

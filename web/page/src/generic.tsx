@@ -1,11 +1,12 @@
 // Whatever the table of commands has: a list, and a form for each of its commands.
 import type { ComponentChildren } from "preact";
 import { useEffect, useState } from "preact/hooks";
-import { type Answer, type Command, type Parameter, type Row, type Values, run } from "./api";
-import { Dialog, Trouble, change, openDialog, sentence } from "./dialogs";
+import { useAnswer } from "./answers";
+import { type Answer, type Command, type Parameter, type Row, type RunOptions, type Value, type Values, run } from "./api";
+import { Dialog, Trouble, change, changeOrSay, openDialog, sentence, toast, useWork } from "./dialogs";
 import { go, useChanges } from "./place";
 import { RecordView, Table } from "./table";
-import { nounName, t, verbName, words } from "./texts";
+import { commandName, nounName, t, verbName, words } from "./texts";
 
 const pathOf = (command: Command) => command.path.join("/");
 const offered = (command: Command) => command.parameters.filter(parameter => parameter.kind !== "file");
@@ -71,12 +72,13 @@ function Input(props: { parameter: Parameter; value: string; onInput: (text: str
     );
 }
 
-/** What was entered, as the server takes it. */
-function valuesOf(command: Command, texts: Record<string, string>): Values {
+/** What was entered, as the server takes it. @param present  what is there already, and not sent. */
+function valuesOf(command: Command, texts: Record<string, string>, present: Record<string, string>): Values {
     const values: Values = {};
     for (const parameter of offered(command)) {
         const text = texts[parameter.name] ?? "";
-        if (text === "") {
+        const before = present[parameter.name] ?? "";
+        if (text === before) {
             continue;
         }
         if (parameter.kind === "flag") {
@@ -136,51 +138,86 @@ export function AnswerView(props: { command: Command | undefined; answer: Answer
     );
 }
 
+/** One thing that a command is about, which nobody is asked for. */
+interface Subject {
+    title: string;
+    /** The parameter that names it, and what it is named by. */
+    parameter: string;
+    name: string;
+    /** As it is now, where it is to be changed. */
+    record?: Row;
+    /** By which the server knows whether it is still so. */
+    unchanged?: RunOptions;
+}
+
+const asText = (value: Value | undefined) =>
+    typeof value === "boolean" ? (value ? "1" : "0") : value === null || value === undefined ? "" : String(value);
+
+/** What a command that changes a subject begins with: its values, as far as they have the names of parameters. */
+const textsOf = (command: Command, record: Row = {}): Record<string, string> =>
+    Object.fromEntries(
+        offered(command)
+            .filter(parameter => !parameter.positional && !parameter.list && parameter.name in record)
+            .map(parameter => [parameter.name, asText(record[parameter.name])]),
+    );
+
 /** @param props.isBegun  whether it is run at once with these values. */
-function CommandDialog(props: { command: Command; values: Record<string, string>; isBegun: boolean; onClose: () => void }) {
-    const { command } = props;
-    const [texts, setTexts] = useState(props.values);
+function CommandDialog(props: {
+    command: Command;
+    values: Record<string, string>;
+    isBegun: boolean;
+    subject?: Subject | undefined;
+    onClose: () => void;
+}) {
+    const { command, subject } = props;
+    const [present] = useState(() => textsOf(command, subject?.record));
+    const [texts, setTexts] = useState({ ...present, ...props.values });
     const [reason, setReason] = useState("");
     const [answer, setAnswer] = useState<Answer>();
-    const [trouble, setTrouble] = useState("");
     const writes = command.effect !== "read";
-    const begin = async () => {
-        setTrouble("");
-        try {
-            const values = valuesOf(command, texts);
-            const result = writes
-                ? await change(pathOf(command), values, reason ? { reason } : {})
-                : await run(pathOf(command), values);
-            if (!result) {
-                return;
-            }
-            if (writes && !result.password && !result.record && !result.rows) {
-                props.onClose();
-            } else {
-                setAnswer(result);
-            }
-        } catch (error) {
-            setTrouble(sentence(error));
+    const { trouble, begin } = useWork(async () => {
+        const given = valuesOf(command, texts, present);
+        const values = subject ? { ...given, [subject.parameter]: subject.name } : given;
+        const result = writes
+            ? await change(pathOf(command), values, { ...subject?.unchanged, ...(reason ? { reason } : {}) })
+            : await run(pathOf(command), values);
+        if (!result) {
+            return;
         }
-    };
+        if (writes && !result.password && !result.record && !result.rows) {
+            props.onClose();
+        } else {
+            setAnswer(result);
+        }
+    });
     useEffect(() => {
         if (props.isBegun) {
             void begin();
         }
     }, []);
-    return (
-        <Dialog title={`${nounName(command.path[0] ?? "")}: ${verbName(command.path)}`} onClose={props.onClose}>
-            <p class="muted" dir="auto">
-                {command.summary}
-            </p>
-            <form
-                onSubmit={event => {
-                    event.preventDefault();
-                    void begin();
-                }}
-            >
+    const asked = offered(command).filter(parameter => parameter.name !== subject?.parameter);
+    const isChange = subject?.record !== undefined;
+    if (subject && !writes && props.isBegun && asked.every(parameter => !parameter.required)) {
+        return (
+            <Dialog title={`${subject.title}: ${verbName(command.path)}`} onClose={props.onClose}>
                 <Trouble text={trouble} />
-                {offered(command).map(parameter => (
+                {answer && <AnswerView command={command} answer={answer} />}
+                <div class="buttons">
+                    <button onClick={props.onClose}>{t("close")}</button>
+                </div>
+            </Dialog>
+        );
+    }
+    return (
+        <Dialog title={subject ? `${subject.title}: ${verbName(command.path)}` : commandName(command.path)} onClose={props.onClose}>
+            {!isChange && (
+                <p class="muted" dir="auto">
+                    {command.summary}
+                </p>
+            )}
+            <form onSubmit={begin}>
+                <Trouble text={trouble} />
+                {asked.map(parameter => (
                     <Input
                         key={parameter.name}
                         parameter={parameter}
@@ -199,15 +236,89 @@ function CommandDialog(props: { command: Command; values: Record<string, string>
                     <button type="button" onClick={props.onClose}>
                         {t("close")}
                     </button>
-                    <button class={command.effect === "remove" ? "danger" : "main"}>{t("generic.run")}</button>
+                    <button class={command.effect === "remove" ? "danger" : "main"}>{t(isChange ? "save" : "generic.run")}</button>
                 </div>
             </form>
         </Dialog>
     );
 }
 
-export const openCommand = (command: Command, values: Record<string, string> = {}, isBegun = false) =>
-    openDialog(close => <CommandDialog command={command} values={values} isBegun={isBegun} onClose={close} />);
+export const openCommand = (command: Command, values: Record<string, string> = {}, isBegun = false, subject?: Subject) =>
+    openDialog(close => <CommandDialog command={command} values={values} isBegun={isBegun} subject={subject} onClose={close} />);
+
+/** Whether a command takes nothing beside what names its subject, and options. */
+const isAlone = (command: Command) => command.parameters.filter(parameter => parameter.positional).length === 1;
+
+/** What a row says of what a command asks for. */
+const valuesIn = (row: Row, command: Command): Record<string, string> =>
+    Object.fromEntries(
+        offered(command)
+            .slice(1)
+            .map(parameter => [parameter.name, asText(row[parameter.name.toLowerCase()])]),
+    );
+
+/**
+ * Begins what can be done with one thing: what asks for nothing else is done, or shown, at once.
+ * @param values  of other parameters, as far as they are known.
+ */
+async function beginWith(
+    command: Command,
+    show: Command | undefined,
+    subject: Subject,
+    values: Record<string, string> = {},
+): Promise<void> {
+    const path = pathOf(command);
+    const named = { [subject.parameter]: subject.name };
+    if (command.effect === "remove" && isAlone(command)) {
+        const list = command.parameters.find(parameter => parameter.name === subject.parameter)?.list;
+        await changeOrSay(path, { ...valuesOf(command, values, {}), ...(list ? { [subject.parameter]: [subject.name] } : named) });
+    } else if (command.path[1] === "set" && show && subject.parameter === parameterOf(show)) {
+        try {
+            const { record, version } = await run(pathOf(show), named);
+            const unchanged = version ? { if_unchanged: { command: pathOf(show), parameters: named, version } } : {};
+            openCommand(command, {}, false, { ...subject, ...(record ? { record } : {}), unchanged });
+        } catch (error) {
+            toast(sentence(error));
+        }
+    } else {
+        openCommand(command, values, command.effect === "read", subject);
+    }
+}
+
+/** The parameter that names what a command is about. */
+const parameterOf = (command: Command) => command.parameters.find(parameter => parameter.positional)?.name;
+
+/** Everything about one thing, and what can be done with it. */
+function SubjectDialog(props: { show: Command; commands: Command[]; subject: Subject; onClose: () => void }) {
+    const { show, subject } = props;
+    const { answer, trouble } = useAnswer(pathOf(show), { [subject.parameter]: subject.name });
+    return (
+        <Dialog title={subject.title} onClose={props.onClose}>
+            <Trouble text={trouble} />
+            {answer && <AnswerView command={show} answer={answer} />}
+            <div class="bar" role="group" aria-label={t("generic.do")}>
+                {props.commands
+                    .filter(command => command !== show && parameterOf(command) === subject.parameter)
+                    .map(command => (
+                        <button
+                            key={pathOf(command)}
+                            class={command.effect === "remove" ? "danger" : ""}
+                            title={command.summary}
+                            onClick={async () => {
+                                await beginWith(command, show, subject);
+                                command.path[1] === "delete" && props.onClose();
+                            }}
+                        >
+                            {verbName(command.path)}
+                        </button>
+                    ))}
+            </div>
+            <div class="buttons">
+                <button onClick={props.onClose}>{t("close")}</button>
+            </div>
+        </Dialog>
+    );
+}
 
 /** What stands for a row where a command takes one: its id, or what names it. */
 function nameOf(noun: string, row: Row, parameter: Parameter): string {
@@ -230,10 +341,17 @@ function Noun(props: { noun: string; isAlone: boolean; commands: Command[] }) {
             run(pathOf(list), {}).then(setAnswer, error => setTrouble(sentence(error)));
         }
     }, [list && pathOf(list), changes]);
-    const show = props.commands.find(command => command.path[1] === "show" && command.path.length === 2);
-    const first = show?.parameters.find(parameter => parameter.positional);
-    const remove = props.commands.find(command => command.path[1] === "delete" && command.path.length === 2);
-    const removed = remove?.parameters.find(parameter => parameter.positional);
+    const commandOf = (verb: string) => props.commands.find(command => command.path[1] === verb && command.path.length === 2);
+    const show = commandOf("show");
+    const inRow = ["set", "delete", "remove"]
+        .map(commandOf)
+        .filter((command): command is Command => !!command && parameterOf(command) !== undefined)
+        .filter(command => command.path[1] !== "remove" || isAlone(command));
+    const subjectOf = (row: Row, command: Command): Subject => {
+        const parameter = command.parameters.find(one => one.positional) as Parameter;
+        const name = nameOf(props.noun, row, parameter);
+        return { title: asText(row["name"] || row["login"]) || name, parameter: parameter.name, name };
+    };
     return (
         <section class="noun" data-noun={props.noun}>
             {!props.isAlone && <h2>{nounName(props.noun)}</h2>}
@@ -258,26 +376,36 @@ function Noun(props: { noun: string; isAlone: boolean; commands: Command[] }) {
                     label={nounName(props.noun)}
                     columns={answer.columns ?? []}
                     rows={answer.rows}
-                    {...(show || remove
+                    {...(show || inRow.length > 0
                         ? {
                               action: (row: Row) => (
                                   <>
-                                      {show && first && (
+                                      {show && (
                                           <button
                                               class="link"
-                                              onClick={() => openCommand(show, { [first.name]: nameOf(props.noun, row, first) }, true)}
+                                              onClick={() =>
+                                                  openDialog(close => (
+                                                      <SubjectDialog
+                                                          show={show}
+                                                          commands={props.commands}
+                                                          subject={subjectOf(row, show)}
+                                                          onClose={close}
+                                                      />
+                                                  ))
+                                              }
                                           >
                                               {t("generic.show")}
                                           </button>
                                       )}
-                                      {remove && removed && (
+                                      {inRow.map(command => (
                                           <button
+                                              key={pathOf(command)}
                                               class="link"
-                                              onClick={() => openCommand(remove, { [removed.name]: nameOf(props.noun, row, removed) })}
+                                              onClick={() => void beginWith(command, show, subjectOf(row, command), show ? {} : valuesIn(row, command))}
                                           >
-                                              {t("delete")}
+                                              {verbName(command.path)}
                                           </button>
-                                      )}
+                                      ))}
                                   </>
                               ),
                           }

@@ -1,6 +1,6 @@
 // Import of people: a text or a file, its columns, a try, the run, and what became of it.
 import { useEffect, useState } from "preact/hooks";
-import { type Import, type Look, beginExport, beginImport, fileOf, findImport, listImports, lookAtImport, sendImportText, stopImport } from "./api";
+import { type Import, type Look, beginExport, beginImport, fileOf, findImport, listImports, lookAtImport, sendImportText, stopJob } from "./api";
 import { Trouble, sentence, undo } from "./dialogs";
 import type { Key } from "./en";
 import { suggestGroups } from "./pickers";
@@ -60,18 +60,19 @@ function JobView(props: { job: Import; action: LeaverAction | ""; onStop: () => 
     const { job } = props;
     const count = number(job.created + job.updated);
     const left = props.action === "" || props.action === "list" ? 0 : leftOf(job);
-    const part = job.total > 0 ? job.done / job.total : 1;
+    const total = job.total ?? 0;
+    const part = total > 0 ? job.done / total : 0;
     return (
         <section class="job" aria-label={t(job.dry_run ? "import.try" : "import.run")}>
             <h2>{t(job.dry_run ? "import.try" : "import.run")}</h2>
             {!job.over && (
                 <p>
-                    <progress aria-label={t("import.run")} value={part} /> {t("import.progress", { done: job.done, total: job.total })}{" "}
+                    <progress aria-label={t("import.run")} value={part} /> {t("import.progress", { done: job.done, total })}{" "}
                     <button onClick={props.onStop}>{t("import.stop")}</button>
                 </p>
             )}
             <div role="status">
-                <Trouble text={job.over ? job.error : ""} />
+                <Trouble text={job.over ? job.error || (job.status === 200 ? "" : t("job.refused")) : ""} />
                 {job.over && (
                     <p class="verdict">
                         {fates
@@ -101,8 +102,8 @@ function JobView(props: { job: Import; action: LeaverAction | ""; onStop: () => 
             )}
             {job.over && (
                 <div class="buttons">
-                    {job.done > 0 && <a href={`/api/v1/imports/report?id=${job.id}`}>{t("import.report")}</a>}
-                    {job.failed > 0 && <a href={`/api/v1/imports/report?failed=1&id=${job.id}`}>{t("import.failedrows")}</a>}
+                    {job.done > 0 && <a href={`/api/v1/jobs/report?id=${job.id}`}>{t("import.report")}</a>}
+                    {job.failed > 0 && <a href={`/api/v1/jobs/report?failed=1&id=${job.id}`}>{t("import.failedrows")}</a>}
                     {!job.dry_run && job.entry !== null && (
                         <button class="danger" onClick={() => void undo(job.entry as number)}>
                             {t("import.undo")}
@@ -257,12 +258,7 @@ export function ImportPage() {
             return;
         }
         const ask = () =>
-            findImport(job.id).then(present => {
-                setJob(present);
-                if (present.over && !present.dry_run) {
-                    noteChange();
-                }
-            }, say);
+            findImport(job.id).then(setJob, say);
         // The server says when it is further; a window that does not hear it looks from time to time.
         const timer = setTimeout(ask, job.over ? 0 : kPause);
         const end = watchProgress(ask);
@@ -271,6 +267,12 @@ export function ImportPage() {
             end();
         };
     }, [job]);
+
+    useEffect(() => {
+        if (job?.over && !job.dry_run) {
+            noteChange();
+        }
+    }, [job?.id, job?.over]);
 
     const read = async (given: string, between: string) => {
         try {
@@ -502,7 +504,7 @@ export function ImportPage() {
                 <JobView
                     job={job}
                     action={isWhole && look ? action : ""}
-                    onStop={() => stopImport(job.id).catch(say)}
+                    onStop={() => stopJob(job.id).catch(say)}
                     onRun={
                         look && job.dry_run && job.over && !job.error && job.created + job.updated + (action === "list" ? 0 : leftOf(job)) > 0
                             ? () => void begin(false)

@@ -5,7 +5,7 @@ import { Dialog, Trouble, openDialog, sentence, toast } from "./dialogs";
 import { watchProgress } from "./events";
 import { AnswerView } from "./generic";
 import { openPasswords } from "./people";
-import { t, words } from "./texts";
+import { commandName, t } from "./texts";
 
 const kPause = 3000;
 
@@ -38,7 +38,7 @@ function Progress(props: { job: Job }) {
     }
     return (
         <>
-            <progress aria-label={words(job.what)} {...(job.total ? { value: job.done / job.total } : {})} />{" "}
+            <progress aria-label={commandName(job.what.split(" "))} {...(job.total ? { value: job.done / job.total } : {})} />{" "}
             {job.total === null ? "" : t("import.progress", { done: job.done, total: job.total })}
         </>
     );
@@ -55,7 +55,7 @@ async function showAnswer(job: Job): Promise<void> {
             return;
         }
         openDialog(close => (
-            <Dialog title={words(job.what)} onClose={close}>
+            <Dialog title={commandName(job.what.split(" "))} onClose={close}>
                 <AnswerView command={undefined} answer={answer} />
                 <div class="buttons">
                     <button onClick={close}>{t("close")}</button>
@@ -82,7 +82,7 @@ export function JobsMenu() {
             <ul class="popup" aria-label={t("jobs")}>
                 {jobs.map(job => (
                     <li key={job.id}>
-                        <strong>{words(job.what)}</strong> <bdi class="muted">{job.login}</bdi>
+                        <strong>{commandName(job.what.split(" "))}</strong> <bdi class="muted">{job.login}</bdi>
                         <div>
                             <Progress job={job} />
                         </div>
@@ -129,7 +129,7 @@ function Running(props: { id: number; onClose: () => void }) {
         return <Trouble text={trouble} />;
     }
     return (
-        <Dialog title={words(job.what)} onClose={props.onClose}>
+        <Dialog title={commandName(job.what.split(" "))} onClose={props.onClose}>
             <Trouble text={trouble} />
             <p role="status">
                 <Progress job={job} />

@@ -21,7 +21,8 @@ export function List(props: {
     opened: number | undefined;
     onPeople: (people: People) => void;
     onQuery: (query: Partial<ListQuery>) => void;
-    onOpen: (id: number) => void;
+    /** @param id  undefined to open nobody. */
+    onOpen: (id: number | undefined) => void;
 }) {
     const { query } = props;
     const box = useRef<HTMLElement>(null);
@@ -45,6 +46,8 @@ export function List(props: {
     const [active, setActive] = useState(0);
     const [selected, setSelected] = useState(Selection.nobody);
     const anchor = useRef(0);
+    /** What was listed last, and how many these were. */
+    const last = useRef<{ text: string; total: number }>();
     const text = JSON.stringify(queryOf(query));
     void version;
 
@@ -59,6 +62,10 @@ export function List(props: {
         const abort = new AbortController();
         listPeople(queryOf(query), abort.signal).then(
             page => {
+                // Who is no longer in the list cannot be seen to be selected.
+                const isShort = last.current?.text === text && last.current.total !== page.total;
+                last.current = { text, total: page.total };
+                isShort && setSelected(Selection.nobody);
                 rows.current = [];
                 asked.current = new Set([0]);
                 setPeople(page);
@@ -80,6 +87,14 @@ export function List(props: {
         setSelected(Selection.nobody);
         setActive(0);
     }, [text]);
+
+    const isAny = selected.count > 0;
+    useLayoutEffect(() => {
+        // What acts on those selected is gone, and with it the focus that it may have had.
+        if (!isAny && people && document.activeElement === document.body) {
+            document.getElementById("people")?.focus();
+        }
+    }, [isAny]);
 
     const load = async (offset: number) => {
         if (!people || asked.current.has(offset)) {
@@ -147,6 +162,7 @@ export function List(props: {
             Enter: () => row && props.onOpen(row.id),
             " ": () => row && select([row], !selected.has(row.id)),
             F2: () => row && may("user/rename") && rename(row),
+            ...(props.opened ? { Escape: () => props.onOpen(undefined) } : {}),
             Delete: () => row && may("user/delete") && void remove(selected.count > 0 ? selected : Selection.of([row.id])),
         };
         const action = actions[event.key];

@@ -19,6 +19,8 @@ import { Nouns, type OwnView } from "./generic";
 import { beginEvents } from "./events";
 import { Icon } from "./icons";
 import { JobsMenu } from "./jobs";
+import { beginMenus } from "./menus";
+import { Silence } from "./offline";
 import { Matrix } from "./matrix";
 import { ImportPage } from "./import";
 import { askNames, namesIn } from "./names";
@@ -325,6 +327,7 @@ function App() {
         <>
             {page}
             <Dialogs />
+            <Silence />
             <Toasts />
         </>
     );
@@ -332,6 +335,7 @@ function App() {
 
 /** How long the first look at the page waits for what it is to show. */
 const kPatience = 50;
+beginMenus();
 const early = Promise.allSettled(window.early?.values() ?? []);
 void Promise.race([early, new Promise(resolve => setTimeout(resolve, kPatience))]).then(() =>
     render(<App />, document.getElementById("page") as HTMLElement),

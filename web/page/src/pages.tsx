@@ -1,11 +1,11 @@
 // Overview, Why and Audit.
 import { useEffect, useState } from "preact/hooks";
-import { type Answer, type Row, listProblems, may, overview, run } from "./api";
+import { type Answer, type Row, findProblems, may, overview, run } from "./api";
 import { Trouble, changeOrSay, sentence, undo } from "./dialogs";
 import { AnswerView } from "./generic";
 import { type Where, go, useChanges } from "./place";
 import { RecordView, Table, shown } from "./table";
-import { t, time } from "./texts";
+import { retold, t, time } from "./texts";
 
 /** Of people, who need somebody to look after them. */
 const attention = ["no_group", "plain_password", "no_password"] as const;
@@ -15,7 +15,13 @@ export function Overview() {
     const [row, setRow] = useState<Row>();
     const [trouble, setTrouble] = useState("");
     useEffect(() => {
-        overview().then(setRow, error => setTrouble(sentence(error)));
+        overview().then(
+            found => {
+                setRow(found);
+                setTrouble("");
+            },
+            error => setTrouble(sentence(error)),
+        );
     }, [changes]);
     const [problems, setProblems] = useState<Row[]>();
     const link = (path: string, query: Record<string, string>, key: string, title: string) => (
@@ -68,13 +74,13 @@ export function Overview() {
                         {[...attention, "nowhere"].every(name => row[name] === 0) && <li>{t("none")}</li>}
                     </ul>
                     <div class="bar">
-                        <button onClick={() => listProblems().then(setProblems, error => setTrouble(sentence(error)))}>
+                        <button onClick={() => findProblems().then(setProblems, error => setTrouble(sentence(error)))}>
                             {t("overview.check")}
                         </button>
                     </div>
                     <div role="status">
                         {problems && (
-                            <Table label={t("overview.check")} columns={["count", "problem", "example", "repair"]} rows={problems} />
+                            <Table label={t("overview.check")} columns={["count", "problem", "example", "repair"]} rows={problems.map(row => ({ ...row, repair: retold(String(row["repair"])) }))} />
                         )}
                     </div>
                     {problems && problems.length > 0 && may("db/check") && (
@@ -82,7 +88,7 @@ export function Overview() {
                             <button
                                 onClick={async () => {
                                     if (await changeOrSay("db/check", { fix: true })) {
-                                        setProblems(await listProblems());
+                                        setProblems(await findProblems());
                                     }
                                 }}
                             >
@@ -198,7 +204,7 @@ export function Audit(props: { where: Where }) {
                         {!entry.record["undone_by"] && may("audit/undo") && (
                             <button
                                 class="danger"
-                                onClick={() => void changeOrSay("audit/undo", { ID: [String(entry.record?.["id"])] })}
+                                onClick={() => void undo(Number(entry.record?.["id"]))}
                             >
                                 {t("audit.undo")}
                             </button>

@@ -1,7 +1,7 @@
 // What is done with people who were selected, and with people and groups that are dragged, or cut, to a group.
 import { useState } from "preact/hooks";
 import { type Answer, type Place, type Values, may, run } from "./api";
-import { Dialog, Lines, Trouble, askFor, change, changeOrSay, confirmed, openDialog, sentence, toast } from "./dialogs";
+import { Dialog, Lines, Trouble, askFor, change, changeOrSay, confirmed, openDialog, sentence, toast, useWork } from "./dialogs";
 import { departmentOf, fieldLabel } from "./fields";
 import type { Selection } from "./selection";
 import { counted, t } from "./texts";
@@ -129,25 +129,18 @@ const fields = [
 
 function FieldsDialog(props: { people: Selection; onClose: () => void }) {
     const [values, setValues] = useState<Record<string, string>>({});
-    const [trouble, setTrouble] = useState("");
+    const { trouble, begin } = useWork(async () => {
+        if (await changePeople("user/set", props.people, departmentOf(values))) {
+            props.onClose();
+        }
+    });
     const touched = Object.keys(values).length;
     const without = (name: string) => (before: Record<string, string>) =>
         Object.fromEntries(Object.entries(before).filter(([other]) => other !== name));
     return (
         <Dialog title={t("people.fields", { people: counted("people.count", props.people.count) })} onClose={props.onClose}>
             <p class="help">{t("people.fields.help")}</p>
-            <form
-                onSubmit={async event => {
-                    event.preventDefault();
-                    try {
-                        if (await changePeople("user/set", props.people, departmentOf(values))) {
-                            props.onClose();
-                        }
-                    } catch (error) {
-                        setTrouble(sentence(error));
-                    }
-                }}
-            >
+            <form onSubmit={begin}>
                 <Trouble text={trouble} />
                 {fields.map(name => (
                     <div key={name} class={`field chosen-field${name in values ? " changed" : ""}`}>

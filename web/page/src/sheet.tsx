@@ -1,5 +1,5 @@
 // One user.
-import { useEffect, useState } from "preact/hooks";
+import { useEffect, useRef, useState } from "preact/hooks";
 import { useAnswer } from "./answers";
 import { Problem, type Row, type Value, may, run } from "./api";
 import { directedKey } from "./branches";
@@ -9,7 +9,7 @@ import { Icon } from "./icons";
 import { addGuard, useChanges } from "./place";
 import { RecordView, Table } from "./table";
 import { counted, t } from "./texts";
-import { suggestGroups } from "./pickers";
+import { suggestGroups, suggestRoles } from "./pickers";
 
 const tabs = ["general", "contact", "groups", "roles", "rights", "security", "more", "history"] as const;
 export type Tab = (typeof tabs)[number];
@@ -54,8 +54,10 @@ function Field(props: { name: string; value: Value; isChanged: boolean; theirs: 
                     <input id={id} type="checkbox" checked={value} onChange={event => props.onInput(event.currentTarget.checked)} />
                 ) : name === "sex" ? (
                     <select id={id} value={asText(value)} onChange={event => props.onInput(event.currentTarget.value)}>
-                        {["unknown", "male", "female"].map(word => (
-                            <option key={word}>{word}</option>
+                        {(["unknown", "male", "female"] as const).map(word => (
+                            <option key={word} value={word}>
+                                {t(`sex.${word}`)}
+                            </option>
                         ))}
                     </select>
                 ) : isLong ? (
@@ -83,10 +85,37 @@ function Field(props: { name: string; value: Value; isChanged: boolean; theirs: 
     );
 }
 
+interface Action {
+    label: string;
+    begin: () => unknown;
+}
+
+const RowAction = (props: Action) => (
+    <button class="link" onClick={props.begin}>
+        {props.label}
+    </button>
+);
+
+/** What is done with a row of a tab, if anything may be. */
+function actionOf(tab: Tab, user: string[]): ((row: Row) => Action) | undefined {
+    const id = (row: Row) => `${row["type"] === "view" ? "view" : "id"}:${row["id"]}`;
+    if (tab === "groups" && may("member/remove")) {
+        return row => ({ label: t("remove"), begin: () => changeOrSay("member/remove", { GROUP: id(row), USER: user }) });
+    }
+    if (tab === "roles" && may("role/remove")) {
+        return row => ({ label: t("remove"), begin: () => changeOrSay("role/remove", { ROLE: `id:${row["id"]}`, USER: user }) });
+    }
+    if (tab === "history" && may("audit/undo")) {
+        return row => ({ label: t("undo"), begin: () => undo(Number(row["entry"])) });
+    }
+    return undefined;
+}
+
 function ListTab(props: { tab: Tab; id: number }) {
     const spec = lists[props.tab] as { command: string; columns: string[] };
     const { answer, trouble } = useAnswer(spec.command, { USER: `id:${props.id}` });
     const user = [`id:${props.id}`];
+    const action = actionOf(props.tab, user);
     return (
         <>
             <Trouble text={trouble} />
@@ -111,22 +140,14 @@ function ListTab(props: { tab: Tab; id: number }) {
                     <button
                         onClick={() =>
                             askFor(
-                                t("tab.roles"),
-                                [
-                                    {
-                                        name: "role",
-                                        label: t("group.name"),
-                                        required: true,
-                                        suggest: async () =>
-                                            ((await run("role/list", {})).rows ?? []).map(row => asText(row["name"])),
-                                    },
-                                ],
-                                t("ok"),
+                                t("people.role.add"),
+                                [{ name: "role", label: t("role"), required: true, suggest: suggestRoles }],
+                                t("add"),
                                 async values => (await change("role/add", { ROLE: values["role"] ?? "", USER: user })) !== null,
                             )
                         }
                     >
-                        <Icon name="plus" /> {t("tab.roles")}
+                        {t("people.role.add")}
                     </button>
                 </div>
             )}
@@ -135,15 +156,7 @@ function ListTab(props: { tab: Tab; id: number }) {
                     label={t(`tab.${props.tab}`)}
                     columns={spec.columns.length > 0 ? spec.columns : (answer.columns ?? [])}
                     rows={answer.rows}
-                    {...(props.tab === "history" && may("audit/undo")
-                        ? {
-                              action: (row: Row) => (
-                                  <button class="link" onClick={() => void undo(Number(row["entry"]))}>
-                                      {t("undo")}
-                                  </button>
-                              ),
-                          }
-                        : {})}
+                    {...(action ? { action: row => <RowAction {...action(row)} /> } : {})}
                 />
             )}
         </>
@@ -257,10 +270,12 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
             }
             return after;
         });
+    const isSaving = useRef(false);
     const save = async () => {
-        if (!record || count === 0) {
+        if (!record || count === 0 || isSaving.current) {
             return;
         }
+        isSaving.current = true;
         const parameters = { USER: `id:${props.id}`, ...departmentOf(mine) };
         try {
             await change("user/set", parameters, {
@@ -280,6 +295,7 @@ export function Sheet(props: { id: number; tab: Tab; onTab: (tab: Tab) => void; 
                 setTrouble(sentence(error));
             }
         }
+        isSaving.current = false;
     };
 
     const name = asText(record?.["name"]) || asText(record?.["login"]);

@@ -26,6 +26,7 @@ export function SignInForm(props: { login?: string; isFixed?: boolean; onDone: (
                 label={t("signin.login")}
                 autocomplete="username"
                 readOnly={props.isFixed}
+                isFocused={!props.login}
                 value={login}
                 onInput={setLogin}
             />
@@ -34,6 +35,7 @@ export function SignInForm(props: { login?: string; isFixed?: boolean; onDone: (
                 label={t("signin.password")}
                 type="password"
                 autocomplete="current-password"
+                isFocused={!!props.login}
                 onInput={setPassword}
             />
             {isCodeAsked && (
@@ -41,7 +43,7 @@ export function SignInForm(props: { login?: string; isFixed?: boolean; onDone: (
                     id="code"
                     label={t("signin.code")}
                     autocomplete="one-time-code"
-                    isFocused={code === ""}
+                    isFocused
                     help={t("signin.codehelp")}
                     onInput={setCode}
                 />

@@ -49,17 +49,29 @@ export function counted(key: "changed.count" | "people.count", count: number): s
 export const number = (value: number) => numbers().format(value);
 export const time = (value: string) => (Number.isNaN(Date.parse(value)) ? value : times().format(new Date(value)));
 
+const nameOr = (key: string, otherwise: string) => (catalogue as Partial<Record<string, string>>)[key] ?? otherwise;
+
+/** What columns are called, by language; from the catalogues of qvadmin. */
+declare const COLUMNS: Record<string, Record<string, string>>;
+
 /** A name of a column or parameter, for people. */
 export const words = (name: string) => {
-    const text = name.toLowerCase().replaceAll("_", " ");
+    const key = name.toLowerCase();
+    const text = nameOr(`field.${key}`, COLUMNS[language]?.[key] ?? key.replaceAll("_", " "));
     return text.charAt(0).toUpperCase() + text.slice(1);
 };
-
-const nameOr = (key: string, otherwise: string) => (catalogue as Partial<Record<string, string>>)[key] ?? otherwise;
 /** What the noun of a command is called; one that the page does not know by its word. */
 export const nounName = (noun: string) => nameOr(`noun.${noun}`, words(noun));
 /** What the rest of a command is called, such as "show"; one that the page does not know by its words. */
 export const verbName = (path: string[]) => nameOr(`verb.${path.slice(1).join(" ")}`, words(path.slice(1).join(" ")));
+
+/** What a command is called, such as "Roles: Show". */
+export const commandName = (path: string[]) =>
+    path.length > 1 ? `${nounName(path[0] ?? "")}: ${verbName(path)}` : nameOr(path[0] ?? "", words(path[0] ?? ""));
+
+/** A sentence of the server, with commands called as they are here. */
+export const retold = (sentence: string) =>
+    sentence.replace(/`qvadmin ([a-z-]+(?: [a-z-]+)*)(?: --[^`]*)?`/g, (_, command: string) => `“${commandName(command.split(" "))}”`);
 
 export function setLanguage(wanted: string): void {
     localStorage.setItem("language", wanted);
