@@ -15,6 +15,7 @@ const shared = useServer([
     "role create Editors --description 'They edit'",
     "role create Spare",
     "role add Editors amy",
+    "addin create Calendar --type 1",
 ]);
 const isOpen = page => page.locator("details.user").evaluate(menu => menu.open);
 const focused = page => page.evaluate(() => document.activeElement?.id || document.activeElement?.textContent);
@@ -184,6 +185,21 @@ test("a row is shown, changed from what it is, and deleted, without its name bei
     await row("Spare").getByRole("button", { name: "Delete" }).click();
     await page.getByRole("dialog", { name: "Delete 1 role?" }).getByRole("button", { name: "Go on" }).click();
     await row("Spare").waitFor({ state: "detached" });
+    await finish();
+});
+
+test("what is asked about a thing that is shown leaves out what it is called, and has the words of the page", async () => {
+    const { page, finish } = await openPage(shared, { path: "/addins" });
+    await page.getByRole("row", { name: /Calendar/ }).getByRole("button", { name: "Show" }).click();
+    await page.getByRole("dialog", { name: "Calendar", exact: true }).getByRole("button", { name: "Switch off" }).click();
+    await page.getByRole("dialog", { name: "Calendar: Switch off" }).getByRole("button", { name: "Run" }).click();
+    await until(() => shared.server.json("addin", "show", "Calendar").disabled === true);
+    await page.goto(`${shared.server.url}/roles`);
+    await page.getByRole("row", { name: /Editors/ }).getByRole("button", { name: "Show" }).click();
+    await page.getByRole("dialog", { name: "Editors", exact: true }).getByRole("button", { name: "Add" }).click();
+    await until(async () => (await focused(page)) === "parameter-USER");
+    await page.getByText("with “In”: also members of the groups below it").waitFor();
+    await page.getByText("only users with this text in what “Users: List” shows, case not counting").waitFor();
     await finish();
 });
 

@@ -6,7 +6,7 @@ import { type Answer, type Command, type Parameter, type Row, type RunOptions, t
 import { Dialog, Trouble, change, changeOrSay, openDialog, sentence, toast, useWork } from "./dialogs";
 import { go, useChanges } from "./place";
 import { RecordView, Table } from "./table";
-import { commandName, nounName, t, verbName, words } from "./texts";
+import { commandName, nounName, retold, t, verbName, words } from "./texts";
 
 const pathOf = (command: Command) => command.path.join("/");
 const offered = (command: Command) => command.parameters.filter(parameter => parameter.kind !== "file");
@@ -65,7 +65,7 @@ function Input(props: { parameter: Parameter; value: string; onInput: (text: str
                 />
             )}
             <p class="help" id={`${id}-help`} dir="auto">
-                {parameter.help}
+                {retold(parameter.help)}
                 {parameter.list ? `; ${t("generic.lines")}` : ""}
             </p>
         </div>
@@ -150,6 +150,12 @@ interface Subject {
     unchanged?: RunOptions;
 }
 
+/** The subject, as a command takes it. */
+const namedIn = (command: Command, subject: Subject): Values => {
+    const isList = command.parameters.some(parameter => parameter.name === subject.parameter && parameter.list);
+    return { [subject.parameter]: isList ? [subject.name] : subject.name };
+};
+
 const asText = (value: Value | undefined) =>
     typeof value === "boolean" ? (value ? "1" : "0") : value === null || value === undefined ? "" : String(value);
 
@@ -177,7 +183,7 @@ function CommandDialog(props: {
     const writes = command.effect !== "read";
     const { trouble, begin } = useWork(async () => {
         const given = valuesOf(command, texts, present);
-        const values = subject ? { ...given, [subject.parameter]: subject.name } : given;
+        const values = subject ? { ...given, ...namedIn(command, subject) } : given;
         const result = writes
             ? await change(pathOf(command), values, { ...subject?.unchanged, ...(reason ? { reason } : {}) })
             : await run(pathOf(command), values);
@@ -195,7 +201,10 @@ function CommandDialog(props: {
             void begin();
         }
     }, []);
-    const asked = offered(command).filter(parameter => parameter.name !== subject?.parameter);
+    // What the command is about first, before options that only say it more exactly.
+    const asked = offered(command)
+        .filter(parameter => parameter.name !== subject?.parameter)
+        .sort((one, other) => Number(other.positional) - Number(one.positional));
     const isChange = subject?.record !== undefined;
     if (subject && !writes && props.isBegun && asked.every(parameter => !parameter.required)) {
         return (
@@ -268,12 +277,11 @@ async function beginWith(
     values: Record<string, string> = {},
 ): Promise<void> {
     const path = pathOf(command);
-    const named = { [subject.parameter]: subject.name };
     if (command.effect === "remove" && isAlone(command)) {
-        const list = command.parameters.find(parameter => parameter.name === subject.parameter)?.list;
-        await changeOrSay(path, { ...valuesOf(command, values, {}), ...(list ? { [subject.parameter]: [subject.name] } : named) });
+        await changeOrSay(path, { ...valuesOf(command, values, {}), ...namedIn(command, subject) });
     } else if (command.path[1] === "set" && show && subject.parameter === parameterOf(show)) {
         try {
+            const named = { [subject.parameter]: subject.name };
             const { record, version } = await run(pathOf(show), named);
             const unchanged = version ? { if_unchanged: { command: pathOf(show), parameters: named, version } } : {};
             openCommand(command, {}, false, { ...subject, ...(record ? { record } : {}), unchanged });

@@ -69,9 +69,11 @@ export const verbName = (path: string[]) => nameOr(`verb.${path.slice(1).join(" 
 export const commandName = (path: string[]) =>
     path.length > 1 ? `${nounName(path[0] ?? "")}: ${verbName(path)}` : nameOr(path[0] ?? "", words(path[0] ?? ""));
 
-/** A sentence of the server, with commands called as they are here. */
+/** A sentence of the server, with commands and options called as they are here. */
 export const retold = (sentence: string) =>
-    sentence.replace(/`qvadmin ([a-z-]+(?: [a-z-]+)*)(?: --[^`]*)?`/g, (_, command: string) => `“${commandName(command.split(" "))}”`);
+    sentence
+        .replace(/`(?:qvadmin )?([a-z-]+(?: [a-z-]+)+)(?: --[^`]*)?`/g, (_, command: string) => `“${commandName(command.split(" "))}”`)
+        .replace(/(?<![\w-])--([a-z]+(?:-[a-z]+)*)/g, (_, option: string) => `“${words(option.replaceAll("-", "_"))}”`);
 
 export function setLanguage(wanted: string): void {
     localStorage.setItem("language", wanted);
