@@ -3,7 +3,10 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/EngineKind.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
+#include <memory>
 
 namespace sqltext {
 
@@ -25,17 +28,21 @@ CString Join(std::string_view literal, const Argument* arguments, std::size_t co
     for (std::size_t i = 0; i < count; ++i) {
         length += arguments[i].View().size();
     }
-    CString text;
-    text.Reserve(length);
+    // In one piece at the end: a CString looks at its room before each of the many pieces.
+    std::array<char, 2048> usual;
+    const std::unique_ptr<char[]> longer(length > usual.size() ? new char[length] : nullptr);
+    char* const text = longer != nullptr ? longer.get() : usual.data();
+    char* to = text;
+    const auto append = [&to](std::string_view piece) { to = std::copy(piece.begin(), piece.end(), to); };
     std::size_t from = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t placeholder = literal.find('%', from);
-        text += literal.substr(from, placeholder - from);
-        text += arguments[i].View();
+        append(literal.substr(from, placeholder - from));
+        append(arguments[i].View());
         from = placeholder + 2;
     }
-    text += literal.substr(from);
-    return text;
+    append(literal.substr(from));
+    return CString(std::string_view(text, length));
 }
 
 } // namespace sqltext

@@ -3,9 +3,9 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
-#include "dbaccess/EngineKind.h"
 #include "management/Escape.h"
 #include "management/Query.h"
+#include "management/RowsInsert.h"
 #include "management/audit/Chain.h"
 #include "management/audit/WriteStatement.h"
 #include "schema/Schema.h"
@@ -24,8 +24,6 @@ namespace management::audit {
 namespace {
 
 constexpr std::size_t kRowsPerQuery = 200;
-constexpr std::size_t kRowsPerInsert = 1000;
-constexpr std::size_t kBytesPerInsert = std::size_t{512} * 1024;
 
 std::string Now()
 {
@@ -152,12 +150,14 @@ void Recorder::AfterExecute(CAConnect& /*conn*/, const char* /*sql*/, int rows)
         return;
     }
     const bool isInsert = m_statement->kind == WriteStatement::Kind::insert;
-    const bool isUnknown = !m_statement->query.empty() && m_table->keeping == Keeping::byId;
+    const bool isUnknown = (!m_statement->query.empty() && m_table->keeping == Keeping::byId) ||
+                           (!m_statement->furtherRows.empty() && m_table->keeping == Keeping::byContent);
     if (!m_statement->isWhole || isUnknown) {
         throw CAException("internal error: this change cannot be recorded, and was not made");
     }
     if (m_table->keeping == Keeping::countOnly) {
-        AddContent(*m_table, {}, isInsert ? 1 : -std::int64_t{std::max(rows, 0)});
+        const auto inserted = static_cast<std::int64_t>(m_statement->furtherRows.size()) + 1;
+        AddContent(*m_table, {}, isInsert ? inserted : -std::int64_t{std::max(rows, 0)});
     } else if (isInsert && m_statement->query.empty()) {
         NoteInserted(*m_table, *m_statement);
     }
@@ -233,10 +233,18 @@ void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& sta
     }
     Inserted& inserted = m_inserted[&table];
     FindPlaces(inserted, table, statement);
+    NoteInsertedRow(table, inserted, statement.assignments);
+    for (const Assignments& row : statement.furtherRows) {
+        NoteInsertedRow(table, inserted, row);
+    }
+}
+
+void Recorder::NoteInsertedRow(const AuditedTable& table, Inserted& inserted, const Assignments& assignments)
+{
     KnownRow known;
-    known.reserve(statement.assignments.size());
-    for (std::size_t i = 0; i < statement.assignments.size(); ++i) {
-        const auto& [column, literal] = statement.assignments[i];
+    known.reserve(assignments.size());
+    for (std::size_t i = 0; i < assignments.size(); ++i) {
+        const auto& [column, literal] = assignments[i];
         // Engines bring dates and long texts into a form of their own.
         const bool isText = literal.starts_with('\'');
         if (isText && !SameIdentifier(column, table.nameColumn) && !SameIdentifier(column, "Col_ID")) {
@@ -467,7 +475,7 @@ void Recorder::AppendValues(std::string& sql, int entry, const StoredRow& row) c
         sql += EscapeLiteral(m_conn, text).View();
         sql += '\'';
     };
-    sql += fmt::format("({}, ", entry);
+    sql += fmt::format("{}, ", entry);
     append(row.table);
     sql += ", ";
     append(row.key);
@@ -484,7 +492,6 @@ void Recorder::AppendValues(std::string& sql, int entry, const StoredRow& row) c
             sql += "NULL";
         }
     }
-    sql += ')';
 }
 
 int Recorder::Write(const EntryData& data, bool isForced)
@@ -520,20 +527,13 @@ int Recorder::Write(const EntryData& data, bool isForced)
                                literal(entry.previous), literal(entry.digest))
                        .c_str());
     const int id = schema::LastInsertedId(m_conn);
-    const std::size_t most = dbaccess::EngineKindOf(m_conn) == dbaccess::EngineKind::access ? 1 : kRowsPerInsert;
-    constexpr std::string_view insert = "INSERT INTO qv_AuditRow (Col_EntryID, Col_Table, Col_Key, Col_Count, "
-                                        "Col_Item, Col_OtherItem, Col_Before, Col_After) VALUES ";
-    std::string sql;
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        sql += count == 0 ? insert : ", ";
-        AppendValues(sql, id, rows[i]);
-        if (++count == most || sql.size() > kBytesPerInsert || i + 1 == rows.size()) {
-            m_conn.Execute(sql.c_str());
-            sql.clear();
-            count = 0;
-        }
+    RowsInsert insert(m_conn, "qv_AuditRow",
+                      "Col_EntryID, Col_Table, Col_Key, Col_Count, Col_Item, Col_OtherItem, Col_Before, Col_After",
+                      RowsInsert::Rows::ofLongTexts);
+    for (const StoredRow& row : rows) {
+        insert.Add([&](std::string& sql) { AppendValues(sql, id, row); });
     }
+    insert.Finish();
     return id;
 }
 

@@ -79,6 +79,7 @@ private:
     void NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteInsertBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteInserted(const AuditedTable& table, const WriteStatement& statement);
+    void NoteInsertedRow(const AuditedTable& table, Inserted& inserted, const Assignments& assignments);
     void NoteInsertedContent(const AuditedTable& table, const WriteStatement& statement);
     void NoteGreatestId(const AuditedTable& table);
     void TakeInserted(std::vector<StoredRow>& stored);

@@ -148,16 +148,29 @@ std::vector<std::string_view> TakeList(Scanner& scanner, bool& isWhole)
     return list;
 }
 
+/// Takes the values of one row. @param isWhole  becomes false where there is not one for each column.
+Assignments TakeRow(Scanner& scanner, std::span<const std::string_view> columns, bool& isWhole)
+{
+    Assignments row;
+    row.reserve(columns.size());
+    isWhole = isWhole && scanner.TakeByte('(');
+    for (const std::string_view column : columns) {
+        isWhole = isWhole && (row.empty() || scanner.TakeByte(','));
+        row.emplace_back(column, scanner.TakeExpression());
+    }
+    isWhole = isWhole && scanner.TakeByte(')');
+    return row;
+}
+
 /// @param columns  of the values that come next.
 WriteStatement ReadValues(Scanner& scanner, std::string_view table, std::span<const std::string_view> columns)
 {
     WriteStatement statement{WriteStatement::Kind::insert, table};
-    const std::vector<std::string_view> values = TakeList(scanner, statement.isWhole);
-    statement.isWhole = statement.isWhole && values.size() == columns.size() && scanner.TakeRest().empty();
-    statement.assignments.reserve(columns.size());
-    for (std::size_t i = 0; statement.isWhole && i < columns.size(); ++i) {
-        statement.assignments.emplace_back(columns[i], values[i]);
+    statement.assignments = TakeRow(scanner, columns, statement.isWhole);
+    while (statement.isWhole && scanner.TakeByte(',')) {
+        statement.furtherRows.push_back(TakeRow(scanner, columns, statement.isWhole));
     }
+    statement.isWhole = statement.isWhole && scanner.TakeRest().empty();
     return statement;
 }
 

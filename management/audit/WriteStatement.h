@@ -16,6 +16,9 @@ struct InsertHead {
     std::vector<std::string_view> columns = {}; ///< like the table's name, in `text`
 };
 
+/// Columns with what they are given, as written: literals, or expressions in an update.
+using Assignments = std::vector<std::pair<std::string_view, std::string_view>>;
+
 /// A statement that writes rows of one table, taken apart. Its parts lie in the statement's text, the names of an
 /// insert's in its head.
 struct WriteStatement {
@@ -23,15 +26,15 @@ struct WriteStatement {
 
     Kind kind = Kind::insert;
     std::string_view table = {};
-    /// Columns with what they are given, as written: literals, or expressions in an update.
-    std::vector<std::pair<std::string_view, std::string_view>> assignments = {};
-    std::string_view condition = {}; ///< from WHERE on; empty where there is none
-    std::string query = {};          ///< of an insert that takes its rows from one; its assignments then have no values
-    bool isWhole = true;             ///< false where the assignments could not be read
+    Assignments assignments = {};              ///< of an insert of several rows, those of the first one
+    std::vector<Assignments> furtherRows = {}; ///< of such an insert, those of all others
+    std::string_view condition = {};           ///< from WHERE on; empty where there is none
+    std::string query = {}; ///< of an insert that takes its rows from one; its assignments then have no values
+    bool isWhole = true;    ///< false where the assignments could not be read
 };
 
-/// Takes apart `INSERT INTO t (c, ...) VALUES (v, ...)`, the same with a SELECT in place of VALUES, `UPDATE t SET c =
-/// v, ... [WHERE ...]` and `DELETE FROM t [WHERE ...]`.
+/// Takes apart `INSERT INTO t (c, ...) VALUES (v, ...), ...`, the same with a SELECT in place of VALUES, `UPDATE t SET
+/// c = v, ... [WHERE ...]` and `DELETE FROM t [WHERE ...]`.
 /// @param backslashEscapes  whether the engine takes "\'" for a quote within a literal.
 /// @param head  of an insert before; stays where it is as long as what is returned, and until the next call.
 /// @return nothing for any other statement.

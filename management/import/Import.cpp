@@ -5,6 +5,7 @@
 #include "management/DatabaseError.h"
 #include "management/Lengths.h"
 #include "management/Names.h"
+#include "management/Query.h"
 #include "management/Text.h"
 #include "management/import/CsvReader.h"
 #include "management/import/ImportHeader.h"
@@ -40,16 +41,6 @@ struct RowOutcome {
     Sentence reason;
     bool isPrivileged = false; ///< sets a privilege or concerns Admin, or would
 };
-
-/// What an insert leaves out, and is not as it would be anyway.
-FieldValues LeftOutByInsert(const FieldValues& values)
-{
-    FieldValues leftOut;
-    std::ranges::copy_if(values, std::inserter(leftOut, leftOut.end()), [](const auto& value) {
-        return value.first->use == Field::Use::changed && value.second != "0";
-    });
-    return leftOut;
-}
 
 class Importer {
 public:
@@ -237,6 +228,7 @@ private:
     void ReadBlock(std::span<const ImportRow> rows)
     {
         m_isAlone = false;
+        m_newUsers.clear();
         m_added.clear();
         m_joining.clear();
         std::vector<std::string> logins;
@@ -292,29 +284,19 @@ private:
     {
         CAConnect& conn = m_directory.Connection();
         if (!m_added.empty()) {
-            std::vector<std::string> logins;
-            logins.reserve(m_added.size());
-            for (const Added& added : m_added) {
-                logins.push_back(added.row->login);
-            }
-            const std::optional<std::vector<int>> ids = IdsOfAdded(conn, logins);
+            AddUsers(conn, m_newUsers);
+            const auto ids =
+                m_isAlone ? std::optional(std::vector{LastInsertedId(conn)}) : IdsOfAdded(conn, m_newUsers);
             if (!ids) {
                 return false;
             }
-            std::vector<int> withoutBirthday;
             for (std::size_t i = 0; i < m_added.size(); ++i) {
                 const Added& added = m_added[i];
                 outcomes[static_cast<std::size_t>(added.row - rows.data())].id = (*ids)[i];
-                if (!added.row->values.contains(&BirthdayField())) {
-                    withoutBirthday.push_back((*ids)[i]);
-                }
                 if (added.joins) {
                     m_joining.push_back((*ids)[i]);
                 }
-                SetLeftOut((*ids)[i], added.row->values);
             }
-            // The record writes today for a birthday that nobody gave.
-            ClearBirthdays(conn, withoutBirthday);
         }
         JoinDepartments(conn, m_joining);
         return true;
@@ -487,21 +469,17 @@ private:
 
     RowOutcome ApplyToNew(const ImportRow& row, const FieldValues& values, std::optional<ItemKey> group)
     {
-        RowOutcome outcome{RowFate::created, 0, {}};
-        if (!m_dryRun && m_isAlone) {
-            outcome.id = CreateUser(m_directory, row.login, values);
-            SetLeftOut(outcome.id, values);
-            if (group) {
-                m_joining.push_back(outcome.id);
+        if (!m_dryRun) {
+            if (m_isAlone) {
+                RequireFreeLogin(m_directory, row.login, std::nullopt);
             }
-        } else if (!m_dryRun) {
-            AddUser(m_directory, row.login, values);
+            m_newUsers.push_back({row.login, values});
             m_added.push_back({&row, group.has_value()});
         }
         if (group) {
             m_departments->NoteEntered(*group);
         }
-        return outcome;
+        return {RowFate::created, 0, {}};
     }
 
     RowOutcome ApplyToPresent(const UserBlock::User& user, const FieldValues& values, std::optional<ItemKey> group)
@@ -517,14 +495,6 @@ private:
             differed = true;
         }
         return {differed ? RowFate::updated : RowFate::unchanged, user.key.id, {}};
-    }
-
-    void SetLeftOut(int id, const FieldValues& values)
-    {
-        const FieldValues leftOut = LeftOutByInsert(values);
-        if (!leftOut.empty()) {
-            m_directory.Set(id, leftOut);
-        }
     }
 
     [[nodiscard]] bool IsIn(ItemKey group, const UserBlock::User& user) const
@@ -582,7 +552,8 @@ private:
     };
     UserBlock m_users;
     std::map<int, std::vector<ItemKey>> m_places; // groups and views by the ids of users who are there
-    std::vector<Added> m_added;                   // whose ids are still to be asked
+    std::vector<NewUser> m_newUsers;              // who are still to be added
+    std::vector<Added> m_added;                   // what else there is of each of them
     std::vector<int> m_joining;                   // who become members of their departments
     bool m_isAlone = false;                       // one row in a transaction of its own
 };

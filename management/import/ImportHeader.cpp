@@ -42,11 +42,6 @@ const Field& DepartmentIdField()
     static const Field& field = *FindField("department_id");
     return field;
 }
-const Field& BirthdayField()
-{
-    static const Field& field = *FindField("birthday");
-    return field;
-}
 
 ImportHeader::ImportHeader(const std::optional<CsvRecord>& record, const std::string& file,
                            const ColumnOptions& options)

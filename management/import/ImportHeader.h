@@ -17,7 +17,6 @@ namespace management {
 const Field& LoginField();
 const Field& DepartmentField();
 const Field& DepartmentIdField();
-const Field& BirthdayField();
 
 /// A row of the file, read and checked by itself.
 struct ImportRow {

@@ -5,13 +5,17 @@
 #include "dbaccess/CARecordset.h"
 #include "dbaccess/EngineKind.h"
 #include "directory/RelationItem.h"
+#include "management/DatabaseError.h"
 #include "management/Escape.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/RowsInsert.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <set>
+#include <utility>
 
 namespace management {
 
@@ -40,6 +44,41 @@ std::string ConditionOn(const CAConnect& conn, const std::vector<std::string>& l
         }
     }
     return fmt::format("{} IN ({})", ComparedLogin(conn), list);
+}
+
+struct NewColumn {
+    const Field* field;
+    std::string absent; ///< the literal for a user who has no value for it
+};
+
+/// The columns that users have values for, and those that an engine has no value for by itself.
+std::vector<NewColumn> ColumnsOf(std::span<const NewUser> users)
+{
+    std::set<const Field*> wanted = {FindField("login"), FindField("name"), FindField("ecard"), FindField("user_data")};
+    for (const NewUser& user : users) {
+        for (const auto& [field, value] : user.values) {
+            wanted.insert(field);
+        }
+    }
+    const CHumanItem untouched;
+    std::vector<NewColumn> columns;
+    for (const Field* field : wanted) {
+        const std::string text = WrittenBy(untouched, *field);
+        columns.push_back({field, field->IsDate() ? "NULL" : field->IsText() ? "''" : text});
+    }
+    return columns;
+}
+
+std::string LiteralIn(const CAConnect& conn, const NewUser& user, const NewColumn& column)
+{
+    const auto value = user.values.find(column.field);
+    const bool isGiven = value != user.values.end() && value->second;
+    if (!isGiven) {
+        const bool isLogin = column.field->name == "login" || column.field->name == "name";
+        return isLogin ? Literal(conn, user.login) : column.absent;
+    }
+    const bool isNumber = !column.field->IsText() && !column.field->IsDate();
+    return isNumber ? *value->second : Literal(conn, *value->second);
 }
 
 } // namespace
@@ -89,8 +128,32 @@ std::vector<int> UserBlock::Ids() const
     return ids;
 }
 
-std::optional<std::vector<int>> IdsOfAdded(CAConnect& conn, const std::vector<std::string>& logins)
+void AddUsers(CAConnect& conn, std::span<const NewUser> users)
 {
+    const std::vector<NewColumn> columns = ColumnsOf(users);
+    std::string names;
+    for (const NewColumn& column : columns) {
+        names += fmt::format("{}{}", names.empty() ? "" : ", ", column.field->column);
+    }
+    RowsInsert insert(conn, "qv_User", names, RowsInsert::Rows::ofShortTexts);
+    WithDatabaseErrors(conn, [&] {
+        for (const NewUser& user : users) {
+            insert.Add([&](std::string& sql) {
+                std::string_view separator;
+                for (const NewColumn& column : columns) {
+                    sql += std::exchange(separator, ", ");
+                    sql += LiteralIn(conn, user, column);
+                }
+            });
+        }
+        insert.Finish();
+    });
+}
+
+std::optional<std::vector<int>> IdsOfAdded(CAConnect& conn, std::span<const NewUser> users)
+{
+    std::vector<std::string> logins;
+    std::ranges::transform(users, std::back_inserter(logins), &NewUser::login);
     std::unordered_map<std::string, int> ids;
     bool isConfused = false;
     EachRow(conn,
@@ -107,14 +170,6 @@ std::optional<std::vector<int>> IdsOfAdded(CAConnect& conn, const std::vector<st
         inOrder.push_back(found == ids.end() ? 0 : found->second);
     }
     return isConfused ? std::nullopt : std::optional(inOrder);
-}
-
-void ClearBirthdays(CAConnect& conn, const std::vector<int>& users)
-{
-    if (!users.empty()) {
-        Execute(conn,
-                fmt::format("UPDATE qv_User SET Col_Birthday = NULL WHERE Col_ID IN ({})", fmt::join(users, ", ")));
-    }
 }
 
 void JoinDepartments(CAConnect& conn, const std::vector<int>& users)

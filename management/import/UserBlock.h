@@ -51,12 +51,18 @@ private:
     bool m_hasConfused = false;
 };
 
+/// A user to be added.
+struct NewUser {
+    std::string login;
+    FieldValues values; ///< without one for the name, the login name is that
+};
+
+/// Adds users, as `user create` adds them one by one. @throws DatabaseError.
+void AddUsers(CAConnect& conn, std::span<const NewUser> users);
+
 /// The ids of users who have just been added, in the order of their login names. Nothing when the engine takes one of
 /// them for equal to another user.
-std::optional<std::vector<int>> IdsOfAdded(CAConnect& conn, const std::vector<std::string>& logins);
-
-/// Makes the birthdays of users unknown.
-void ClearBirthdays(CAConnect& conn, const std::vector<int>& users);
+std::optional<std::vector<int>> IdsOfAdded(CAConnect& conn, std::span<const NewUser> users);
 
 /// Makes users members of the group that their row names as their department. None of them may be one already.
 void JoinDepartments(CAConnect& conn, const std::vector<int>& users);

@@ -9,10 +9,6 @@
 
 namespace management {
 
-/// Adds a user whose login name has been checked. A name that is not given is the login name; a birthday that is not
-/// given is the present day.
-void AddUser(Directory& directory, const std::string& login, const FieldValues& values);
-
 /// Sets these columns of a user and leaves all others as they are stored. @param stored  these columns, or more.
 /// @return whether anything is different.
 bool ChangeUser(Directory& directory, int id, const FieldValues& stored, const FieldValues& values);

@@ -117,6 +117,23 @@ void CheckLogin(const std::string& login)
     }
 }
 
+namespace {
+
+/// Adds a user. A name that is not given is the login name; a birthday that is not given is the present day.
+void AddUser(Directory& directory, const std::string& login, const FieldValues& values)
+{
+    CHumanItem item;
+    item.m_nID = 0;
+    SetMember(item, FieldOf("login"), login);
+    SetMember(item, FieldOf("name"), login);
+    for (const auto& [field, value] : values) {
+        SetMember(item, *field, value);
+    }
+    directory.Save(item);
+}
+
+} // namespace
+
 int CreateUser(Directory& directory, const std::string& login, const FieldValues& values)
 {
     CheckLogin(login);
@@ -130,18 +147,6 @@ int CreateUser(Directory& directory, const std::string& login, const FieldValues
         directory.Set(id, {{&birthday, std::nullopt}});
     }
     return id;
-}
-
-void AddUser(Directory& directory, const std::string& login, const FieldValues& values)
-{
-    CHumanItem item;
-    item.m_nID = 0;
-    SetMember(item, FieldOf("login"), login);
-    SetMember(item, FieldOf("name"), login);
-    for (const auto& [field, value] : values) {
-        SetMember(item, *field, value);
-    }
-    directory.Save(item);
 }
 
 bool Differs(const FieldValues& stored, const FieldValues& values)

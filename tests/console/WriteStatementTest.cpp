@@ -59,6 +59,20 @@ TEST(WriteStatement, InsertsWithTheHeadOfTheOneBeforeAreReadLikeIt)
     EXPECT_EQ(parse("UPDATE t SET a = 1")->kind, WriteStatement::Kind::update);
 }
 
+TEST(WriteStatement, AnInsertMayHaveSeveralRows)
+{
+    InsertHead head;
+    const char* sql = "INSERT INTO t (a, b) VALUES (1, '), (') , (2,'x'),(3, NULL)";
+    for (int i = 0; i < 2; ++i) { // the second time with the head of the first
+        const auto read = management::audit::ParseWrite(sql, false, head);
+        ASSERT_TRUE(read);
+        EXPECT_TRUE(read->isWhole);
+        EXPECT_THAT(read->assignments, ElementsAre(Pair("a", "1"), Pair("b", "'), ('")));
+        EXPECT_THAT(read->furtherRows, ElementsAre(ElementsAre(Pair("a", "2"), Pair("b", "'x'")),
+                                                   ElementsAre(Pair("a", "3"), Pair("b", "NULL"))));
+    }
+}
+
 TEST(WriteStatement, AnInsertMayTakeItsRowsFromAQuery)
 {
     const auto read = ParseWrite("INSERT INTO t (a, b) SELECT c, 1 FROM u WHERE d IN (2, 3)", false);
@@ -108,8 +122,10 @@ TEST(WriteStatement, WhatDoesNotWriteRowsIsNone)
 TEST(WriteStatement, WhatCannotBeReadIsSaidToBeSo)
 {
     for (const char* sql :
-         {"INSERT INTO t VALUES (1)", "INSERT INTO t (a, b) VALUES (1)", "INSERT INTO t (a) VALUES (1), (2)",
-          "INSERT INTO t (a) VALUES ( 1", "UPDATE t a = 1", "UPDATE t SET a"}) {
+         {"INSERT INTO t VALUES (1)", "INSERT INTO t (a, b) VALUES (1)", "INSERT INTO t (a) VALUES (1), (2, 3)",
+          "INSERT INTO t (a, b) VALUES (1, 2), (3)", "INSERT INTO t (a) VALUES (1) (2)",
+          "INSERT INTO t (a) VALUES (1),", "INSERT INTO t (a) VALUES (1, 2)", "INSERT INTO t (a) VALUES ( 1",
+          "UPDATE t a = 1", "UPDATE t SET a"}) {
         const auto read = ParseWrite(sql, false);
         ASSERT_TRUE(read) << sql;
         EXPECT_FALSE(read->isWhole) << sql;
