@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
 #include <stdexcept>
 #include <string_view>
 
@@ -56,12 +57,12 @@ std::size_t Distance(std::string_view from, std::string_view to)
 
 bool IsNear(std::string_view written, std::string_view name)
 {
-    return name.starts_with(written) || (written.size() > kFarthest && Distance(written, name) <= kFarthest);
+    return !written.empty() &&
+           (name.starts_with(written) || (written.size() > kFarthest && Distance(written, name) <= kFarthest));
 }
 
-/// @param missing  begins the sentence, such as "unknown command".
-[[noreturn]] void RefuseWord(const Sentence& missing, const std::string& written,
-                             const std::vector<std::string_view>& names)
+/// Asks for those of the names that a word may have been meant as; empty when there are none.
+Sentence SuggestionFor(std::string_view written, const std::vector<std::string_view>& names)
 {
     Sentence near;
     for (const std::string_view name : names) {
@@ -69,8 +70,15 @@ bool IsNear(std::string_view written, std::string_view name)
             near = near.IsEmpty() ? FillPattern("{}", name) : FillPattern("{} or {}", near, name);
         }
     }
-    const Sentence hint =
-        near.IsEmpty() ? FillPattern("there are {}", fmt::join(names, ", ")) : FillPattern("did you mean {}?", near);
+    return near.IsEmpty() ? near : FillPattern("did you mean {}?", near);
+}
+
+/// @param missing  begins the sentence, such as "unknown command".
+[[noreturn]] void RefuseWord(const Sentence& missing, const std::string& written,
+                             const std::vector<std::string_view>& names)
+{
+    const Sentence near = SuggestionFor(written, names);
+    const Sentence hint = near.IsEmpty() ? FillPattern("there are {}", fmt::join(names, ", ")) : near;
     throw Error(ErrorCode::invalid, FillPattern("{} '{}'; {}", missing, ShownUrl(written), hint));
 }
 
@@ -248,6 +256,16 @@ std::vector<std::string> Prepared(const std::vector<std::string>& words)
     return prepared;
 }
 
+/// `help user list` means `user list --help`.
+std::vector<std::string> WithHelpOption(std::vector<std::string> words)
+{
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.emplace_back("--help");
+    }
+    return words;
+}
+
 /// The app of the noun or verb that was named inside this one; null when none was.
 const CLI::App* NamedIn(const CLI::App& app)
 {
@@ -271,30 +289,74 @@ std::optional<std::string> FirstWord(const std::vector<std::string>& words, bool
     return found == words.end() ? std::nullopt : std::optional(*found);
 }
 
+/// The options that may be given with what was named.
+std::set<std::string> OptionsInReach(const CLI::App& app)
+{
+    std::set<std::string> names;
+    for (const CLI::App* sub = &app; sub != nullptr; sub = NamedIn(*sub)) {
+        for (const CLI::Option* option : sub->get_options()) {
+            std::ranges::transform(option->get_lnames(), std::inserter(names, names.end()),
+                                   [](const std::string& name) { return "--" + name; });
+        }
+    }
+    return names;
+}
+
+[[noreturn]] void RefuseUnexpected(const CLI::App& app, const std::string& word)
+{
+    if (word.starts_with("--")) {
+        const std::set<std::string> options = OptionsInReach(app);
+        const Sentence near = SuggestionFor(word.substr(0, word.find('=')), {options.begin(), options.end()});
+        if (!near.IsEmpty()) {
+            throw Error(ErrorCode::invalid, FillPattern("'{}' is not expected here; {}", ShownUrl(word), near));
+        }
+    }
+    throw Error(ErrorCode::invalid,
+                FillPattern("'{}' is not expected here; see `{}`", ShownUrl(word), HelpCommand(app)));
+}
+
 /// Says what is wrong with words that nobody took; there may be none. @return when nothing is.
-void RefuseUnknownWords(const CLI::App& app)
+void RefuseUnknownWords(const CLI::App& app, const std::vector<std::string>& given)
 {
     std::vector<std::string> words = app.remaining(true);
     std::erase(words, "--");
-    const CLI::App* noun = NamedIn(app);
     const std::optional<std::string> word = FirstWord(words, false);
-    if (word && noun == nullptr) {
+    // A later word can be the name of a command by chance, such as the function of a right.
+    const auto isInPlaceOf = [&](const CLI::App* named) {
+        if (!word || named == nullptr) {
+            return word.has_value();
+        }
+        const auto place = given.rend() - std::find(given.rbegin(), given.rend(), *word); // from 1; 0 for none
+        return place > 0 && place <= std::ranges::find(given, named->get_name()) - given.begin();
+    };
+    const CLI::App* noun = NamedIn(app);
+    if (isInPlaceOf(noun)) {
         RefuseWord(Translatable("unknown command"), *word, NounNames());
     }
-    if (word && NamedIn(*noun) == nullptr && !VerbNames(noun->get_name()).empty()) {
+    if (word && isInPlaceOf(NamedIn(*noun)) && !VerbNames(noun->get_name()).empty()) {
         RefuseWord(FillPattern("{} has no verb", noun->get_name()), *word, VerbNames(noun->get_name()));
     }
-    if (word && NamedIn(*noun) != nullptr && NamedIn(*NamedIn(*noun)) == nullptr) {
+    if (word && NamedIn(*noun) != nullptr && isInPlaceOf(NamedIn(*NamedIn(*noun)))) {
         const std::string verb = NamedIn(*noun)->get_name();
         if (const std::vector<std::string_view> third = ThirdWords(noun->get_name(), verb); !third.empty()) {
             RefuseWord(FillPattern("{} {} has no verb", noun->get_name(), verb), *word, third);
         }
     }
     if (!words.empty()) {
-        const std::string unknown = FirstWord(words, true).value_or(words.front());
-        throw Error(ErrorCode::invalid,
-                    FillPattern("'{}' is not expected here; see `{}`", ShownUrl(unknown), HelpCommand(app)));
+        RefuseUnexpected(app, FirstWord(words, true).value_or(words.front()));
     }
+}
+
+/// In this program's words where the parser's own would puzzle: "--name: 1 required TEXT missing".
+Sentence WhatIsWrong(const CLI::ParseError& error)
+{
+    const std::string what = error.what();
+    const std::string option = what.substr(0, what.find(':'));
+    if (error.get_name() != "ArgumentMismatch" || !option.starts_with('-')) {
+        return FillPattern("{}", Visible(what));
+    }
+    return what.ends_with("missing") ? FillPattern("{} needs a value", option)
+                                     : FillPattern("{} is given more than once", option);
 }
 
 void Select(const CLI::App& app, Request& request)
@@ -321,8 +383,9 @@ void Select(const CLI::App& app, Request& request)
 
 } // namespace
 
-Request ParseCommandLine(const std::vector<std::string>& words)
+Request ParseCommandLine(const std::vector<std::string>& given)
 {
+    const std::vector<std::string> words = WithHelpOption(given);
     Request request;
     CLI::App app(Translated(kDescription), "qvadmin");
     Declare(app, words, request);
@@ -336,14 +399,14 @@ Request ParseCommandLine(const std::vector<std::string>& words)
         request.text = std::string(e.what()) + "\n";
         return request;
     } catch (const CLI::ParseError& e) {
-        RefuseUnknownWords(app);
-        throw Error(ErrorCode::invalid, FillPattern("{}; see `{}`", Visible(e.what()), HelpCommand(app)));
+        RefuseUnknownWords(app, words);
+        throw Error(ErrorCode::invalid, FillPattern("{}; see `{}`", WhatIsWrong(e), HelpCommand(app)));
     } catch (const std::logic_error&) {
         // What CLI11 lets through from the number conversion that it tries on the value of a flag.
         throw Error(ErrorCode::invalid,
                     FillPattern("an option that is on or off has another value; see `{}`", HelpCommand(app)));
     }
-    RefuseUnknownWords(app);
+    RefuseUnknownWords(app, words);
     Select(app, request);
     return request;
 }

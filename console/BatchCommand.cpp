@@ -52,7 +52,8 @@ std::vector<Line> ReadLines(std::istream& in)
     for (std::string line; std::getline(in, line);) {
         ++number;
         try {
-            std::vector<std::string> words = SplitCommandLine(line);
+            std::vector<std::string> words =
+                SplitCommandLine(number == 1 ? std::string(WithoutByteOrderMark(line)) : line);
             if (!words.empty()) {
                 lines.push_back({number, std::move(words)});
             }

@@ -4,6 +4,7 @@
 #include "console/OtherUrl.h"
 #include "console/Progress.h"
 #include "console/Session.h"
+#include "console/SourceFile.h"
 #include "console/TerminalFrontEnd.h"
 #include "console/Translation.h"
 #include "console/Url.h"
@@ -312,9 +313,19 @@ bool IsThere(const std::string& path)
     return std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found;
 }
 
+/// @throws Error (invalid) for a name that no backup can have.
+void RequireFileName(const std::string& file)
+{
+    if (file.empty() || file == kStandardStream) {
+        throw Error(ErrorCode::invalid,
+                    FillPattern("{} does not name a file; a backup is a SQLite file", Quoted(file)));
+    }
+}
+
 Exit Backup(const LocalCall& context)
 {
     const auto in = binding::ReadInput<kBackupParams>(context.given);
+    RequireFileName(in.file);
     if (IsThere(in.file)) {
         throw Error(
             ErrorCode::conflict,
@@ -338,6 +349,7 @@ Exit Backup(const LocalCall& context)
 Exit Restore(const LocalCall& context)
 {
     const auto in = binding::ReadInput<kRestoreParams>(context.given);
+    RequireFileName(in.file);
     if (!IsThere(in.file)) {
         throw Error(ErrorCode::failed, FillPattern("there is no file {}", Visible(in.file)));
     }

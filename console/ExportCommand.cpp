@@ -85,7 +85,7 @@ public:
         m_call.terminal.out.flush();
     }
 
-    /// Whether standard output takes no more, which is said when the program ends.
+    /// Whether standard output takes no more. That is said when the program ends, but for who has read enough.
     [[nodiscard]] bool IsRefused() const { return !m_file && !m_call.terminal.out; }
     [[nodiscard]] bool IsStopRequested() const noexcept override
     {
@@ -171,7 +171,7 @@ Exit Export(const LocalCall& call)
     }
     frontEnd.Finish();
     if (frontEnd.IsRefused()) {
-        return Exit::failed;
+        return call.terminal.outIsClosed() ? Exit::done : Exit::failed;
     }
     Summarise(report, format, frontEnd.Name(), call.terminal.err);
     return Exit::done;

@@ -8,6 +8,7 @@
 #include "console/SourceFile.h"
 #include "console/Translation.h"
 #include "console/Url.h"
+#include "management/Names.h"
 #include "management/Text.h"
 #include "management/exchange/DirectoryImport.h"
 #include "management/exchange/LdifSource.h"
@@ -175,7 +176,7 @@ void SummariseDirectory(bool dryRun, bool allowPrivileges, const ImportReport& r
 {
     SummariseRows(dryRun, report, "line", source, result, mayWrite, err);
     SummariseTrouble(dryRun, allowPrivileges, report, "line",
-                     "what was already there and differs was left as it is; --update changes it\n", err);
+                     Translatable("what was already there and differs was left as it is; --update changes it"), err);
 }
 
 // ---- The command ----------------------------------------------------------------------------------------------------
@@ -218,7 +219,12 @@ ColumnOptions ColumnsOf(const ImportInput& in)
             throw Error(ErrorCode::invalid,
                         FillPattern("{} is not a pair of names; write --map 'COLUMN=NAME,COLUMN=NAME'", Quoted(pair)));
         }
-        options.names[pair.substr(0, equals)] = pair.substr(equals + 1);
+        const std::string column = pair.substr(0, equals);
+        const auto isIt = [&column](const auto& named) { return SameName(named.first, column); };
+        if (std::ranges::any_of(options.names, isIt)) {
+            throw Error(ErrorCode::invalid, FillPattern("--map names the column {} twice", Quoted(column)));
+        }
+        options.names[column] = pair.substr(equals + 1);
         begin = end + 1;
     }
     return options;
@@ -288,7 +294,7 @@ public:
     void Take(const CsvRecord& record)
     {
         std::ostringstream line;
-        if (record.problem.IsEmpty()) {
+        if (record.problem.IsEmpty() || record.text.empty()) {
             WriteCsvRow(record.fields, line, m_delimiter);
         } else {
             line << record.text << '\n';
@@ -512,9 +518,8 @@ constexpr Param<DirectoryInput> kDirectoryParams[] = {
 /// The format of a file, by what it begins with.
 std::string FormatOf(std::string_view beginning)
 {
-    const std::size_t begin = beginning.starts_with("\xEF\xBB\xBF") ? 3 : 0;
-    const std::size_t first = beginning.find_first_not_of(" \t\r\n", begin);
-    const std::string_view text = first == std::string_view::npos ? "" : beginning.substr(first);
+    const std::string_view whole = WithoutByteOrderMark(beginning);
+    const std::string_view text = whole.substr(std::min(whole.find_first_not_of(" \t\r\n"), whole.size()));
     const bool isLdif = text.starts_with("dn:") || text.starts_with("version:") || text.starts_with('#');
     return text.starts_with('{') || text.empty() ? "json" : isLdif ? "ldif" : "csv";
 }
@@ -522,11 +527,11 @@ std::string FormatOf(std::string_view beginning)
 /// The name of a view, which may have a slash before it. @throws Error (invalid) for a longer path.
 std::optional<std::string> ViewName(const std::optional<std::string>& view)
 {
-    if (!view || !view->starts_with('/')) {
+    if (!view) {
         return view;
     }
-    const std::vector<std::string> names = SplitPath(*view);
-    if (names.size() != 1) {
+    const std::vector<std::string> names = view->starts_with('/') ? SplitPath(*view) : std::vector{*view};
+    if (names.size() != 1 || names.front().empty()) {
         throw Error(ErrorCode::invalid, FillPattern("{} is not a view; write --view NAME", Quoted(*view)));
     }
     return names.front();
@@ -544,8 +549,10 @@ void ImportLdif(Call& call, const SourceFile& source, const DirectoryInput& in, 
         {ViewName(in.view), in.groupsAs == "groups"});
     ImportLines(call, lines, {standardInput, source.Name()}, {in.update, in.allowPrivileges}, report);
     if (lines.LeftOut() > 0) {
-        err << Translated(FillPattern("left out: {} that are no people, units or groups",
-                                      Counted(static_cast<std::size_t>(lines.LeftOut()), "entry")))
+        const auto leftOut = static_cast<std::size_t>(lines.LeftOut());
+        err << Translated(FillPlural("left out: {} that is not a person, unit or group",
+                                     "left out: {} that are not people, units or groups", leftOut,
+                                     Counted(leftOut, "entry")))
             << '\n';
     }
 }

@@ -18,11 +18,10 @@ constexpr std::string_view kStandardInput = "-";
 
 void AddNames(std::istream& in, bool endWithNul, std::vector<std::string>& names)
 {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     bool isFirst = true;
     for (std::string name; std::getline(in, name, endWithNul ? '\0' : '\n');) {
-        if (std::exchange(isFirst, false) && name.starts_with(byteOrderMark)) {
-            name.erase(0, byteOrderMark.size());
+        if (std::exchange(isFirst, false)) {
+            name = WithoutByteOrderMark(name);
         }
         if (!endWithNul && name.ends_with('\r')) {
             name.pop_back();

@@ -3,6 +3,7 @@
 #include "console/TerminalBuffer.h"
 #include "platform/CodePage.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -32,8 +33,20 @@ std::size_t TerminalWidth()
     return columns == nullptr ? 0 : std::strtoul(columns, nullptr, 10);
 }
 
+/// Keeps what is opened later, such as the connection to a server, from becoming the standard output of a program that
+/// was started without one. Writing to such an output, and reading from such an input, fails as before.
+void OccupyClosedStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1) {
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
 int Run(int argc, char* argv[])
 {
+    OccupyClosedStreams();
     SetAnsiCodePage(CP_UTF8);
     // Writing too much, or where nobody reads, is to fail like any other write, with a sentence.
     std::signal(SIGPIPE, SIG_IGN);

@@ -122,6 +122,12 @@ std::vector<std::string> SplitAtCommas(std::string_view text)
     return parts;
 }
 
+std::string_view WithoutByteOrderMark(std::string_view text)
+{
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    return text.starts_with(kMark) ? text.substr(kMark.size()) : text;
+}
+
 bool HasControlCharacter(std::string_view text)
 {
     bool found = false;

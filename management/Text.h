@@ -28,6 +28,8 @@ constexpr bool ContinuesCharacter(char byte) { return (static_cast<unsigned char
 bool IsPlainInJson(std::string_view text);
 /// What is between the commas of a text, in their order; of the empty text, one empty part.
 std::vector<std::string> SplitAtCommas(std::string_view text);
+/// The text without the mark of the byte order that a file in UTF-8 may begin with.
+std::string_view WithoutByteOrderMark(std::string_view text);
 bool HasControlCharacter(std::string_view text);
 bool HasOuterBlanks(std::string_view text);
 /// "1 user", "3 users".

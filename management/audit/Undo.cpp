@@ -89,12 +89,19 @@ ItemKey KeyOf(const std::string& item)
 
 void Undo::Apply(const Entry& entry)
 {
+    bool isAny = false;
     for (const int part : m_log.Parts(entry)) {
         std::vector<NumberedRow> rows;
         for (int below = std::numeric_limits<int>::max();
              !(rows = m_log.RowsBackwards(part, below, kRowsAtOnce)).empty(); below = rows.back().id) {
             ApplyRows(entry, rows);
+            isAny = true;
         }
+    }
+    if (!isAny) {
+        throw Error(
+            ErrorCode::conflict,
+            FillPattern("{} cannot be undone: the record has no row that it changed; nothing was undone", entry.id));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "management/DatabaseError.h"
 #include "management/JsonLine.h"
 #include "management/Query.h"
+#include "management/Text.h"
 #include "management/audit/AuditedRow.h"
 #include "management/documents/Documents.h"
 #include "management/exchange/DirectoryPart.h"
@@ -288,8 +289,8 @@ void RequireNouns(const std::vector<std::string>& nouns)
         if (std::ranges::find(Nouns(), noun, &Noun::plural) == Nouns().end()) {
             std::vector<std::string_view> known;
             std::ranges::transform(Nouns(), std::back_inserter(known), &Noun::plural);
-            throw Error(ErrorCode::invalid,
-                        FillPattern("{} is nothing that can be exported; there are {}", noun, fmt::join(known, ", ")));
+            throw Error(ErrorCode::invalid, FillPattern("{} is nothing that can be exported; there are {}",
+                                                        Quoted(noun), fmt::join(known, ", ")));
         }
     }
 }

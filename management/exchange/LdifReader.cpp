@@ -226,6 +226,9 @@ std::optional<LdifReader::Line> LdifReader::ReadPhysical()
         return std::nullopt;
     }
     line.number = ++m_lines;
+    if (m_lines == 1) {
+        line.text = WithoutByteOrderMark(line.text);
+    }
     if (line.text.ends_with('\r')) {
         line.text.pop_back();
     }
@@ -255,7 +258,7 @@ void LdifReader::Take(LdifEntry& entry, const std::string& line)
     std::string_view rest = std::string_view(line).substr(colon + 1);
     std::string value;
     if (rest.starts_with('<')) {
-        entry.problem = FillPattern("the value of {} is in another file", Visible(name));
+        entry.elsewhere.push_back(name);
         return;
     }
     if (rest.starts_with(':')) {

@@ -17,15 +17,16 @@ struct LdifEntry {
     std::string dn;
     /// In their order; names in small letters, without those that have options such as ;lang-fr.
     std::vector<std::pair<std::string, std::string>> attributes;
-    Sentence problem = {}; ///< why it cannot be used; empty when it can
+    std::vector<std::string> elsewhere; ///< the names of those whose values are in other files
+    Sentence problem = {};              ///< why it cannot be used; empty when it can
 
     /// The first value of an attribute; null for none.
     [[nodiscard]] const std::string* Find(std::string_view name) const;
 };
 
-/// Reads entries as servers write them (RFC 2849): folded lines, base64, comments, LF or CRLF. Records of changes are
-/// entries that cannot be used. What is not an entry (`version: 1`, the summary of a search) is passed over. Holds one
-/// entry; one of more than 16 MiB cannot be used.
+/// Reads entries as servers write them (RFC 2849): folded lines, base64, comments, LF or CRLF, with or without a byte
+/// order mark. Records of changes are entries that cannot be used. What is not an entry (`version: 1`, the summary of a
+/// search) is passed over. Holds one entry; one of more than 16 MiB cannot be used.
 class LdifReader {
 public:
     /// @param in  read from where it stands; outlives the reader.

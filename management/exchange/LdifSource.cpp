@@ -5,12 +5,15 @@
 #include "management/Names.h"
 #include "management/Text.h"
 #include "management/organisation/Organisation.h"
+#include "platform/CodePage.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace management {
@@ -32,6 +35,41 @@ constexpr std::pair<std::string_view, std::array<std::string_view, 2>> kFields[]
     {"home_address", {"homepostaladdress", ""}},
     {"description", {"description", ""}},
 };
+
+/// Whether the values of an attribute go into the directory.
+bool IsTaken(std::string_view attribute)
+{
+    constexpr std::string_view kOthers[] = {"uid", "samaccountname", "member", "uniquemember"};
+    return std::ranges::find(kOthers, attribute) != std::end(kOthers) ||
+           std::ranges::any_of(kFields, [attribute](const auto& field) {
+               return std::ranges::find(field.second, attribute) != field.second.end();
+           });
+}
+
+void RequireText(std::string_view name, std::string_view value)
+{
+    if (value.find('\0') != std::string_view::npos) {
+        throw Error(ErrorCode::invalid, FillPattern("{} holds a NUL byte", name));
+    }
+    if (!platform::IsValidUtf8(value)) {
+        throw Error(ErrorCode::invalid, FillPattern("{} is not UTF-8", name));
+    }
+}
+
+/// @throws Error (invalid) for an entry of which something cannot be stored.
+void RequireStorable(const LdifEntry& entry)
+{
+    RequireText("dn", entry.dn);
+    for (const auto& [name, value] : entry.attributes) {
+        if (IsTaken(name)) {
+            RequireText(name, value);
+        }
+    }
+    const auto missing = std::ranges::find_if(entry.elsewhere, IsTaken);
+    if (missing != entry.elsewhere.end()) {
+        throw Error(ErrorCode::invalid, FillPattern("the value of {} is in another file", *missing));
+    }
+}
 
 bool IsOf(const LdifEntry& entry, std::string_view objectClass)
 {
@@ -134,6 +172,7 @@ void LdifSource::TakeEntry(const LdifEntry& entry)
             m_leftOut += isFirst ? 1 : 0;
             return;
         }
+        RequireStorable(entry);
         const std::vector<RelativeName> dn = ParseDn(entry.dn);
         const bool isPeoplePass = m_pass == Pass::people || m_pass == Pass::departments || m_pass == Pass::members;
         if (isFirst) {
@@ -171,7 +210,9 @@ void LdifSource::TakeUnit(const LdifEntry& entry, Class kind, const std::vector<
     NoteUnits(names, entry.line);
     if (!names.empty() && (isGroup || kind == Class::unit)) {
         const std::string* description = entry.Find("description");
-        m_units[names] = {entry.line, description == nullptr ? "" : *description};
+        Unit& unit = m_units[names];
+        unit.line = entry.line;
+        unit.description = description == nullptr ? "" : *description;
     }
 }
 
@@ -181,23 +222,26 @@ void LdifSource::NoteUnits(Names names, long line)
     for (; !names.empty(); names.pop_back()) {
         Unit& unit = m_units[names];
         unit.line = unit.line == 0 ? line : unit.line;
+        unit.firstLine = unit.firstLine == 0 ? line : unit.firstLine;
     }
 }
 
-/// Gives the views and then the groups.
+/// Gives the views and then the groups, as the file names them, each after the one that it is in.
 void LdifSource::EndUnits()
 {
-    for (const bool isView : {true, false}) {
-        for (const auto& [names, unit] : m_units) {
-            if ((names.size() == 1) != isView) {
-                continue;
-            }
-            JsonObject object = {isView ? Text("name", PathEscaped(names.front())) : Text("path", PathOf(names))};
-            if (!unit.description.empty()) {
-                object.push_back(Text("description", unit.description));
-            }
-            Add(unit.line, isView ? "view" : "group", std::move(object));
+    std::vector<const std::pair<const Names, Unit>*> units;
+    std::ranges::transform(m_units, std::back_inserter(units), [](const auto& unit) { return &unit; });
+    std::ranges::stable_sort(units, {}, [](const auto* unit) {
+        return std::tuple(unit->first.size() != 1, unit->second.firstLine, unit->first.size());
+    });
+    for (const auto* named : units) {
+        const auto& [names, unit] = *named;
+        const bool isView = names.size() == 1;
+        JsonObject object = {isView ? Text("name", PathEscaped(names.front())) : Text("path", PathOf(names))};
+        if (!unit.description.empty()) {
+            object.push_back(Text("description", unit.description));
         }
+        Add(unit.line, isView ? "view" : "group", std::move(object));
     }
 }
 

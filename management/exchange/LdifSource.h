@@ -42,7 +42,8 @@ private:
     enum class Class : std::uint8_t { other, person, unit, group };
 
     struct Unit {
-        long line = 0; ///< of its entry, or of the first one in it
+        long line = 0;      ///< of its entry, or of the first one in it
+        long firstLine = 0; ///< of the first entry that it is named in
         std::string description = {};
     };
 

@@ -5,6 +5,7 @@
 #include "management/Names.h"
 #include "management/Text.h"
 #include "management/documents/Documents.h"
+#include "management/users/Fields.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
@@ -43,7 +44,13 @@ Stored PlainValue(const LineMember& member, const JsonMember& given)
         return std::nullopt;
     }
     if (!IsNumber(member.kind)) {
-        return TextOf(given);
+        const std::string& text = TextOf(given);
+        // SQLite would store anything; the empty text is what other programs have left there.
+        if (member.kind == MemberKind::moment && !text.empty() && !BeginsWithDate(text)) {
+            throw Error(ErrorCode::invalid,
+                        FillPattern("{} {} is not a date ({})", given.name, Quoted(text), "YYYY-MM-DD"));
+        }
+        return text;
     }
     if (const auto* flag = std::get_if<bool>(&given.value)) {
         return *flag ? "1" : "0";

@@ -13,11 +13,14 @@ std::vector<LineMember> MembersOfUsers()
 {
     std::vector<LineMember> members;
     for (const Field& field : Fields()) {
-        const bool isText = field.IsText() || field.IsDate();
+        const bool isText = field.IsText();
         if (field.name == "password" || field.name == "password_type") {
             members.push_back({field.name, field.column, isText ? MemberKind::secret : MemberKind::secretNumber});
         } else if (field.name != "department_id") {
-            members.push_back({field.name, field.column, isText ? MemberKind::text : MemberKind::number});
+            members.push_back({field.name, field.column,
+                               isText           ? MemberKind::text
+                               : field.IsDate() ? MemberKind::moment
+                                                : MemberKind::number});
         }
     }
     return members;
@@ -60,7 +63,7 @@ std::vector<Noun> AllNouns()
                      {"owner", "Col_OwnerID", MemberKind::user},
                      {"sort_index", "Col_ItemIndex", MemberKind::number},
                      {"creator", "Col_Creator_Name"},
-                     {"created", "Col_Dt_Create"},
+                     {"created", "Col_Dt_Create", MemberKind::moment},
                      {"domain_id", "Col_DomainID", MemberKind::number},
                      {"style", "Col_Style", MemberKind::number},
                      {"public", "Col_IsPublic", MemberKind::number}},
@@ -73,7 +76,7 @@ std::vector<Noun> AllNouns()
          .members = {{"path", "Col_Name", MemberKind::group},
                      {"description", "Col_Description"},
                      {"creator", "Col_Creator_Name"},
-                     {"created", "Col_Dt_Create"},
+                     {"created", "Col_Dt_Create", MemberKind::moment},
                      {"sort_index", "Col_ItemIndex", MemberKind::number},
                      {"domain_id", "Col_DomainID", MemberKind::number},
                      {"style", "Col_Style", MemberKind::number}},
@@ -85,7 +88,7 @@ std::vector<Noun> AllNouns()
          .item = MemberKind::role,
          .members = {{"name", "Col_Name", MemberKind::role},
                      {"description", "Col_Description"},
-                     {"created", "Col_Dt_Create"},
+                     {"created", "Col_Dt_Create", MemberKind::moment},
                      {"creator", "Col_Creator_Name"},
                      {"sort_index", "Col_ItemIndex", MemberKind::number},
                      {"disabled", "Col_Disabled", MemberKind::number},
@@ -158,7 +161,7 @@ std::vector<Noun> AllNouns()
          .members = {{"name", "Col_Name", MemberKind::root},
                      {"description", "Col_Desc"},
                      {"data_path", "Col_DataPath"},
-                     {"created", "Col_Dt_Create"},
+                     {"created", "Col_Dt_Create", MemberKind::moment},
                      {"max_size", "Col_MaxSize", MemberKind::number},
                      {"used_size", "Col_UsedSize", MemberKind::number},
                      {"display_name", "Col_DispName"},
@@ -178,7 +181,7 @@ std::vector<Noun> AllNouns()
                      {"object", "Col_G_ObjID", MemberKind::number},
                      {"creator_user", "Col_Creator_ID", MemberKind::user},
                      {"creator", "Col_Creator_Name"},
-                     {"created", "Col_Dt_Create"}},
+                     {"created", "Col_Dt_Create", MemberKind::moment}},
          .order = "Col_ID"},
         {.name = "root_link",
          .plural = "root_links",
@@ -205,7 +208,7 @@ std::vector<Noun> AllNouns()
                      {"holder_name", "Col_QvItemName"},
                      {"creator_user", "Col_Creator_ID", MemberKind::user},
                      {"creator", "Col_Creator_Name"},
-                     {"created", "Col_Dt_Create"}},
+                     {"created", "Col_Dt_Create", MemberKind::moment}},
          .order = "Col_ID"},
         {.name = "plan",
          .plural = "plans",
@@ -232,7 +235,7 @@ std::vector<Noun> AllNouns()
          .members = {{"name", "Col_Name"},
                      {"version", "Col_Ver", MemberKind::number},
                      {"description", "Col_Desc"},
-                     {"changed", "Col_Dt_Modify"},
+                     {"changed", "Col_Dt_Modify", MemberKind::moment},
                      {"disabled", "Col_Disabled", MemberKind::number}},
          .order = "Col_ID"},
         {.name = "add_in",
@@ -254,7 +257,7 @@ std::vector<Noun> AllNouns()
          .members = {{"id", "Col_ID"},
                      {"creator", "Col_Creator_Name"},
                      {"subject", "Col_Subject"},
-                     {"created", "Col_Dt_Create"},
+                     {"created", "Col_Dt_Create", MemberKind::moment},
                      {"content", "Col_Content"}},
          .hasId = false},
         {.name = "notice_file",
@@ -269,7 +272,7 @@ std::vector<Noun> AllNouns()
          .keys = 4,
          .members = {{"notice", "Col_BoardID"},
                      {"creator", "Col_Creator_Name"},
-                     {"created", "Col_Dt_Create"},
+                     {"created", "Col_Dt_Create", MemberKind::moment},
                      {"content", "Col_Content"}},
          .order = "Col_ID"},
         {.name = "notice_reader",
@@ -279,7 +282,7 @@ std::vector<Noun> AllNouns()
          .members = {{"notice", "Col_BoardID"},
                      {"item", "Col_QvItem"},
                      {"name", "Col_QvItem_Name"},
-                     {"read", "Col_Dt_Readed"},
+                     {"read", "Col_Dt_Readed", MemberKind::moment},
                      {"flag", "Col_Readed", MemberKind::number}},
          .order = "Col_ID"},
     };

@@ -14,6 +14,7 @@ namespace management {
 enum class MemberKind : std::uint8_t {
     text,
     number,
+    moment,       ///< a text that is a date, and may have a time
     secret,       ///< a text that is exported only where secrets are
     secretNumber, ///< the same of a number
     setting,      ///< a text that is a secret in some rows

@@ -78,10 +78,12 @@ std::string DateFormat::Converted(const Field& field, const std::string& text) c
         return text;
     }
     std::optional<Parts> parts = PartsOf(text, m_form);
-    if (!parts) {
+    const std::string date =
+        parts ? fmt::format("{:04}-{:02}-{:02}", (*parts)['Y'], (*parts)['M'], (*parts)['D']) : std::string();
+    if (!BeginsWithDate(date)) {
         throw Error(ErrorCode::invalid, FillPattern("{} {} is not a date ({})", field.name, Quoted(text), m_form));
     }
-    return fmt::format("{:04}-{:02}-{:02}", (*parts)['Y'], (*parts)['M'], (*parts)['D']);
+    return date;
 }
 
 } // namespace management

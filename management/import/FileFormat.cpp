@@ -27,6 +27,8 @@ constexpr const char* kFromOffice =
     Translatable("save it there as CSV in UTF-8, or convert it with `soffice --headless --convert-to "
                  "'csv:Text - txt - csv (StarCalc):44,34,76' {0}`");
 
+constexpr const char* kOfDirectories = Translatable("import it with `qvadmin import {0}`");
+
 /// Marks of the byte order.
 constexpr std::pair<std::string_view, std::string_view> kMarks[] = {
     {"\xFF\xFE\0\0"sv, "utf-32"}, {"\0\0\xFE\xFF"sv, "utf-32"}, {"\xFF\xFE"sv, "utf-16"}, {"\xFE\xFF"sv, "utf-16"}};
@@ -155,6 +157,13 @@ OtherFile GuessFormat(std::string_view beginning, const std::string& name)
     const std::string_view utf16 = Utf16Encoding(beginning);
     if (!utf16.empty()) {
         return {std::string(utf16), ""};
+    }
+    const std::string_view text = WithoutByteOrderMark(beginning);
+    if (text.starts_with("{\"format\":\"qvadmin directory\"")) {
+        return {"", Refusal(Translatable("an exported directory"), kOfDirectories, name)};
+    }
+    if (text.starts_with("dn:") || text.starts_with("version: 1")) {
+        return {"", Refusal(Translatable("LDIF"), kOfDirectories, name)};
     }
     if (IsJson(beginning)) {
         return {

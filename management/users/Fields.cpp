@@ -143,9 +143,7 @@ Stored ParseDate(const Field& field, const std::string& text)
     if (text.empty()) {
         return std::nullopt;
     }
-    // From year 1000 on all engines and the C library agree on four digits.
-    const std::optional<COleDateTime> date = ReadDate(text);
-    if (text.size() != 10 || !date || date->GetYear() < 1000) {
+    if (text.size() != 10 || !BeginsWithDate(text)) {
         ThrowInvalid(field, text, Translatable("a date (YYYY-MM-DD)"));
     }
     return text;
@@ -156,6 +154,13 @@ void SetDate(COleDateTime& date, const Stored& value) { date = ReadDate(value.va
 } // namespace
 
 std::span<const Field> Fields() { return kFields; }
+
+bool BeginsWithDate(std::string_view text)
+{
+    const std::optional<COleDateTime> date = ReadDate(text);
+    // From year 1000 on all engines and the C library agree on four digits.
+    return date && date->GetYear() >= 1000;
+}
 
 const Field* FindField(std::string_view name)
 {

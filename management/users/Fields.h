@@ -37,6 +37,8 @@ struct Field {
 
 /// All columns, in the order in which they are shown.
 std::span<const Field> Fields();
+/// Whether a text begins with a day that there is, as YYYY-MM-DD.
+bool BeginsWithDate(std::string_view text);
 /// The field of that name, case not counting; null when there is none.
 const Field* FindField(std::string_view name);
 /// The option of a field, such as --home-city.

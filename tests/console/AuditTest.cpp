@@ -306,6 +306,9 @@ TEST_P(AuditOn, OldEntriesCanBeDeletedWhichIsRecordedAndLeavesTheRestSound)
     ASSERT_EQ(left.size(), 1U);
     EXPECT_EQ(left.front().at("command"), "audit prune 2999-01-01");
     EXPECT_EQ(Run({"audit", "verify"}).exit, 0);
+    const ChildResult undo = Run({"audit", "undo", left.front().at("id").dump(), "--yes"});
+    EXPECT_EQ(undo.exit, 4);
+    EXPECT_THAT(undo.err, HasSubstr("cannot be undone: the record has no row that it changed; nothing was undone"));
     Done({"user", "lock", "amy"});
     EXPECT_EQ(Run({"audit", "verify"}).exit, 0);
 }

@@ -119,6 +119,11 @@ TEST_P(BackupTest, NothingIsReplacedByABackup)
     EXPECT_FALSE(std::filesystem::exists(Path("nowhere.db")));
     EXPECT_EQ(Run({"db", "backup", Path("no/such/folder.db")}).exit, 6);
     EXPECT_EQ(Run({"db", "backup", Path("made/folder.db"), "--parents"}).exit, 0);
+    for (const char* name : {"", "-"}) {
+        EXPECT_EQ(Run({"db", "backup", name}).exit, 2);
+        EXPECT_EQ(Run({"db", "restore", name}).exit, 2);
+        EXPECT_FALSE(std::filesystem::exists(Path(name + std::string(".partial"))));
+    }
     // What a killed run has left is used, another file is not.
     ASSERT_EQ(Run({"--db", "sqlite:" + Path("killed.db.partial"), "db", "init"}).exit, 0);
     EXPECT_EQ(Run({"db", "backup", Path("killed.db")}).exit, 0);

@@ -166,6 +166,12 @@ TEST_P(BatchOn, RefusesWhatCannotBeReadBeforeAnythingIsRun)
     EXPECT_EQ(Run({"batch", Path("missing.txt")}).exit, 1);
 }
 
+TEST_P(BatchOn, AFileMayBeginWithAByteOrderMark)
+{
+    EXPECT_EQ(RunWith("\xEF\xBB\xBFuser lock amy\r\nuser lock rory\r\n", {"batch", "-"}).exit, 0);
+    EXPECT_THAT(Locked(), AllOf(HasSubstr("amy"), HasSubstr("rory")));
+}
+
 TEST_P(BatchOn, NamesComeFromStandardInputAndFiles)
 {
     EXPECT_EQ(RunWith("\xEF\xBB\xBF"

@@ -123,6 +123,9 @@ void ChildProcess::Run(const std::string& program, const std::vector<std::string
         ::dup2(in.read, STDIN_FILENO);
         ::dup2(options.output ? ::open(options.output->c_str(), O_WRONLY | O_CLOEXEC) : out.write, STDOUT_FILENO);
         ::dup2(err.write, STDERR_FILENO);
+        if (options.outIsClosed) {
+            ::close(STDOUT_FILENO);
+        }
         if (options.largestFile) {
             const rlimit limit{*options.largestFile, *options.largestFile};
             ::setrlimit(RLIMIT_FSIZE, &limit);

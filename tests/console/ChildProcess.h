@@ -21,6 +21,7 @@ struct ChildOptions {
     std::string input;                 ///< given on standard input
     std::optional<std::string> output; ///< a file to take for standard output instead of a pipe
     std::optional<unsigned long> largestFile;
+    bool outIsClosed = false;   ///< there is no standard output
     bool outIsTerminal = false; ///< standard output is a terminal; what it shows comes back as out
     bool terminal = false;      ///< standard input and standard error are a terminal; what it shows comes back as err
 };

@@ -39,7 +39,8 @@ protected:
     {
         ChildOptions options = m_options;
         options.input = input;
-        const bool needsProcess = options.output || options.largestFile || options.outIsTerminal || options.terminal;
+        const bool needsProcess =
+            options.output || options.largestFile || options.outIsClosed || options.outIsTerminal || options.terminal;
         if (!needsProcess) {
             return RunInProcess(arguments, options);
         }

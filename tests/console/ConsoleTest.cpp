@@ -83,6 +83,13 @@ TEST_F(ConsoleTest, HelpAtEachLevelGoesToStandardOutputWithExamples)
     EXPECT_THAT(Run({"user", "import", "--help"}).out, HasSubstr("office_postcode"));
 }
 
+TEST_F(ConsoleTest, HelpIsACommandToo)
+{
+    EXPECT_EQ(Run({"help"}).out, Run({"--help"}).out);
+    EXPECT_EQ(Run({"help", "user", "list"}).out, Run({"user", "list", "--help"}).out);
+    EXPECT_EQ(Run({"help", "user"}).exit, 0);
+}
+
 TEST_F(ConsoleTest, VersionIsTold)
 {
     const ChildResult result = Run({"--version"});
@@ -105,7 +112,18 @@ TEST_F(ConsoleTest, WhatIsNotUnderstoodIsUsageWithAHint)
         {{"user"}, "name what to do, such as `qvadmin user list`"},
         {{"--frob"}, "'--frob' is not expected"},
         {{"user", "list", "--frob"}, "'--frob' is not expected here; see `qvadmin user list --help`"},
+        {{"user", "list", "--limt", "3"}, "'--limt' is not expected here; did you mean --limit?"},
+        {{"user", "list", "--limt=3"}, "'--limt=3' is not expected here; did you mean --limit?"},
+        {{"user", "list", "--outptu", "csv"}, "did you mean --output?"},
         {{"user", "count", "amy"}, "'amy' is not expected"},
+        {{"--db", "sqlite:x", "user", "list", "sqlite:x"}, "'sqlite:x' is not expected here; see `qvadmin user list"},
+        {{"user", "list", "--frob="}, "'--frob' is not expected here; see `qvadmin user list --help`"},
+        {{""}, "unknown command ''; there are db, user"},
+        {{"user", ""}, "user has no verb ''; there are list, show"},
+        {{"right", "check", "role:E", "pages", "edit"}, "right has no verb 'check'; there are list, show"},
+        {{"xyzzy", "user", "list"}, "unknown command 'xyzzy'; there are db, user"},
+        {{"user", "password", "chek", "amy", "set"}, "user password has no verb 'chek'; did you mean check?"},
+        {{"user", "set", "amy", "--name"}, "--name needs a value; see `qvadmin user set --help`"},
         {{"user", "create"}, "LOGIN is required"},
         {{"user", "lock"}, "USER is required"},
         {{"user", "list", "--limit", "0"}, "--limit"},
@@ -122,7 +140,7 @@ TEST_F(ConsoleTest, WhatIsNotUnderstoodIsUsageWithAHint)
         {{"user", "create", ""}, "empty"},
         {{"user", "create", "a\nb"}, "'a\\nb' holds a control character"},
         {{"user", "set", "amy"}, "nothing to set"},
-        {{"user", "create", "amy", "--name", "a", "--name", "b"}, "--name"},
+        {{"user", "create", "amy", "--name", "a", "--name", "b"}, "--name is given more than once"},
     };
     for (const Case& test : kCases) {
         ExpectRefusal(Run(test.words), 2, test.part, test.part);
@@ -542,6 +560,13 @@ TEST_F(ConsoleTest, OutputThatIsLostIsAFailure)
     }
 }
 
+TEST_F(ConsoleTest, WhatIsOpenedDoesNotTakeTheOutputOfAProgramWithoutStandardOutput)
+{
+    m_options.outIsClosed = true;
+    ExpectRefusal(Run({"manual", "user", "--log", "commands.log"}), 1, "could not be written");
+    EXPECT_THAT(ReadFile("commands.log"), MatchesRegex("\\{[^\n]*\\}\n"));
+}
+
 TEST_F(ConsoleTest, WhoReadsOnlyTheFirstLinesGetsThemAndNoFailure)
 {
     Init();
@@ -560,9 +585,10 @@ TEST_F(ConsoleTest, WhoReadsOnlyTheFirstLinesGetsThemAndNoFailure)
                             "INSERT INTO kel_log SELECT Col_ID FROM qv_User"}) {
         conn.Execute(sql);
     }
-    for (const char* words : {"user list", "-o csv user list", "-o json user list", "-o jsonl user list",
-                              "-o plain user list", "member list /Main", "-o json role list", "group list",
-                              "group tree", "-o json group tree", "loginlog list"}) {
+    for (const char* words :
+         {"user list", "-o csv user list", "-o json user list", "-o jsonl user list", "-o plain user list",
+          "member list /Main", "-o json role list", "group list", "group tree", "-o json group tree", "loginlog list",
+          "export", "export --format csv", "export --format ldif"}) {
         const std::string line = std::string("{ '" QVADMIN_PROGRAM "' ") + words +
                                  "; echo \"ended with $?\" >&2; } | head -n 1 | wc -l | tr -d ' '";
         ChildProcess shell("/bin/sh", {"-c", line}, m_options);

@@ -96,7 +96,7 @@ TEST_P(ExchangeTest, OnlySomeKindsOfLines)
     EXPECT_THAT(text, AllOf(HasSubstr("\"noun\":\"view\""), HasSubstr("\"noun\":\"plan\"")));
     const ChildResult unknown = Run({"export", "--nouns", "views,wishes"});
     EXPECT_EQ(unknown.exit, 2);
-    EXPECT_THAT(unknown.err, HasSubstr("wishes is nothing that can be exported; there are users, views, groups"));
+    EXPECT_THAT(unknown.err, HasSubstr("'wishes' is nothing that can be exported; there are users, views, groups"));
 }
 
 TEST_P(ExchangeTest, WhatIsThereAndDiffersIsLeftUnlessItIsToBeUpdated)
@@ -151,6 +151,8 @@ no JSON
 {"noun":"right","holder":{"user":"amy"},"genre":"mail","function":"read","power":1}
 {"noun":"right","holder":{"user":"amy"},"genre":"mail","function":"read","power":1}
 {"noun":"folder_link","folder":"/Main/Contracts","object":{"class":99999999999999,"id":1}}
+{"noun":"user","login":"zoe","birthday":"2001-02-29"}
+{"noun":"role","name":"Hands","created":"yesterday"}
 )");
     EXPECT_EQ(result.exit, 7);
     EXPECT_THAT(result.err,
@@ -167,7 +169,9 @@ no JSON
                                   HasSubstr("in.jsonl:16: the line has no holder\n"),
                                   HasSubstr("in.jsonl:17: login holds a NUL byte\n"),
                                   HasSubstr("in.jsonl:20: object is neither a folder nor a class and an id\n"),
-                                  HasSubstr("14 of 19 lines failed")));
+                                  HasSubstr("in.jsonl:21: birthday '2001-02-29' is not a date (YYYY-MM-DD)\n"),
+                                  HasSubstr("in.jsonl:22: created 'yesterday' is not a date (YYYY-MM-DD)\n"),
+                                  HasSubstr("16 of 21 lines failed")));
     EXPECT_EQ(nlohmann::json::parse(Done({"right", "list", "user:amy", "-o", "json"})).size(), 2U);
     EXPECT_THAT(Done({"member", "list", "/Company/Good"}), HasSubstr("rory"));
     EXPECT_THAT(ReadFile("in.jsonl.result.csv"),

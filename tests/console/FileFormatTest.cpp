@@ -37,6 +37,11 @@ TEST(FileFormat, OtherKindsAreNamedWithTheCommandThatConvertsThem)
         {"login,name\ramy,Amy\r", "end with carriage returns", "`tr '\\r' '\\n' <my.csv >my.csv.csv`"},
         {" [\n {\"login\": \"amy\"}]", "is JSON", "@csv' my.csv >my.csv.csv`"},
         {"{\"login\": \"amy\"}\n", "is JSON", "jq -r"},
+        {"{\"format\":\"qvadmin directory\",\"version\":1}\n", "an exported directory", "`qvadmin import my.csv`"},
+        {"\xEF\xBB\xBF"
+         "dn: uid=amy\nuid: amy\n",
+         "is LDIF", "`qvadmin import my.csv`"},
+        {"version: 1\n\ndn: uid=amy\n", "is LDIF", "`qvadmin import my.csv`"},
         {"PK\x03\x04\x14\0\x06\0[Content_Types].xml"s, "an Excel workbook (XLSX)", "soffice --headless"},
         {"PK\x03\x04\x14\0mimetypeapplication/vnd.oasis.opendocument.spreadsheet"s, "OpenDocument", "soffice"},
         {"PK\x03\x04\x14\0people.csv"s, "a ZIP archive", "unzip my.csv"},

@@ -134,7 +134,6 @@ TEST(LdifReader, SaysWhatCannotBeUsed)
 {
     const std::pair<const char*, const char*> kBad[] = {
         {"dn: uid=a\nchangetype: add\nuid: a\n", "changetype: add"},
-        {"dn: uid=a\njpegPhoto:< file:///etc/passwd\n", "in another file"},
         {"dn: uid=a\ncn:: !!!\n", "is not base64"},
         {"uid: a\ncn: b\n", "has no dn"},
         {"dn: uid=a\nnonsense\n", "'nonsense' is not an attribute with a value"}};
@@ -144,6 +143,12 @@ TEST(LdifReader, SaysWhatCannotBeUsed)
         EXPECT_THAT(entries[0].problem, HasSubstr(problem));
         EXPECT_EQ(entries[1].problem, "");
     }
+    EXPECT_THAT(Read("dn: uid=a\njpegPhoto:< file:///etc/passwd\n").at(0).elsewhere, testing::ElementsAre("jpegphoto"));
+    EXPECT_EQ(Read("\xEF\xBB\xBF"
+                   "dn: uid=a\nuid: a\n")
+                  .at(0)
+                  .dn,
+              "uid=a");
     EXPECT_TRUE(Read("").empty());
     EXPECT_TRUE(Read("version: 1\r\n\r\n# end\r\n").empty());
     const std::vector<LdifEntry> windows = Read("dn: uid=a\r\nuid: a\r\n\r\ndn: uid=b\r\nuid: b");
@@ -231,6 +236,43 @@ TEST_P(LdifTest, WhatCannotBeUsedIsSaidAndStopsNothing)
                       HasSubstr("in.ldif:14: cn=stranger,ou=A is not a person of the file")));
     EXPECT_EQ(Run({"user", "exists", "rory"}).exit, 0);
     EXPECT_EQ(RunWith("dn: uid=a\n", {"import", "-"}).exit, 2);
+}
+
+TEST_P(LdifTest, AValueThatCannotBeStoredCostsItsEntryAlone)
+{
+    const ChildResult result = Import("\xEF\xBB\xBF"
+                                      "dn: uid=amy,ou=A\nobjectClass: person\nuid: amy\njpegPhoto:< file:///amy.jpg\n"
+                                      "objectGUID:: /w==\n\n"
+                                      "dn: uid=nul,ou=A\nobjectClass: person\nuid:: YQBi\n\n"
+                                      "dn: uid=bytes,ou=A\nobjectClass: person\nuid: bytes\ncn:: /w==\n\n"
+                                      "dn: uid=far,ou=A\nobjectClass: person\nuid: far\nmail:< file:///etc/hostname\n\n"
+                                      "dn: uid=rory,ou=A\nobjectClass: person\nuid: rory\n\n"
+                                      "dn: o=B\nobjectClass: organization\n\n"
+                                      "dn: o=C\nobjectClass: organization\n");
+    EXPECT_EQ(result.exit, 7);
+    EXPECT_THAT(result.err,
+                AllOf(HasSubstr("in.ldif:7: uid holds a NUL byte"), HasSubstr("in.ldif:11: cn is not UTF-8"),
+                      HasSubstr("in.ldif:16: the value of mail is in another file"),
+                      HasSubstr("left out: 2 entries that are not people")));
+    EXPECT_EQ(Done({"user", "list", "--fields", "login", "-o", "plain"}), "amy\nrory\n");
+    EXPECT_EQ(Run({"import", Path("in.ldif"), "--view", ""}).exit, 2);
+}
+
+TEST_P(LdifTest, UnitsComeInTheOrderOfTheFile)
+{
+    ASSERT_EQ(Import("dn: uid=amy,ou=North,ou=Sales,ou=Main\nobjectClass: person\nuid: amy\n\n"
+                     "dn: ou=Works,ou=Main\nobjectClass: organizationalUnit\n\n"
+                     "dn: ou=Accounts,ou=Main\nobjectClass: organizationalUnit\n\n"
+                     "dn: ou=Sales,ou=Main\nobjectClass: organizationalUnit\ndescription: sells\n")
+                  .exit,
+              0);
+    std::string paths;
+    std::istringstream lines(Done({"export", "--nouns", "groups"}));
+    std::string line;
+    for (std::getline(lines, line); std::getline(lines, line);) {
+        paths += nlohmann::json::parse(line).at("path").get<std::string>() + "\n";
+    }
+    EXPECT_EQ(paths, "/Main/Sales\n/Main/Sales/North\n/Main/Works\n/Main/Accounts\n");
 }
 
 TEST_P(LdifTest, AnExportReadsBack)
