@@ -8,14 +8,11 @@ class CAConnect;
 
 namespace management {
 
-/// Inserts rows into a table by statements of as many rows as the engine does best with.
+/// Inserts rows into a table by as few statements as the engine takes.
 class RowsInsert {
 public:
-    /// What rows mostly consist of.
-    enum class Rows { ofShortTexts, ofLongTexts };
-
     /// @param conn  outlives this. @param columns  of the table, with commas between.
-    RowsInsert(CAConnect& conn, std::string_view table, std::string_view columns, Rows rows);
+    RowsInsert(CAConnect& conn, std::string_view table, std::string_view columns);
 
     /// Adds a row, and may execute what has come together. @param append  appends the row's literals to the text that
     /// it is given, with commas between. @throws CAException.

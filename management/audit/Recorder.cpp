@@ -528,8 +528,7 @@ int Recorder::Write(const EntryData& data, bool isForced)
                        .c_str());
     const int id = schema::LastInsertedId(m_conn);
     RowsInsert insert(m_conn, "qv_AuditRow",
-                      "Col_EntryID, Col_Table, Col_Key, Col_Count, Col_Item, Col_OtherItem, Col_Before, Col_After",
-                      RowsInsert::Rows::ofLongTexts);
+                      "Col_EntryID, Col_Table, Col_Key, Col_Count, Col_Item, Col_OtherItem, Col_Before, Col_After");
     for (const StoredRow& row : rows) {
         insert.Add([&](std::string& sql) { AppendValues(sql, id, row); });
     }

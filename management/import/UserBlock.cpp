@@ -135,7 +135,7 @@ void AddUsers(CAConnect& conn, std::span<const NewUser> users)
     for (const NewColumn& column : columns) {
         names += fmt::format("{}{}", names.empty() ? "" : ", ", column.field->column);
     }
-    RowsInsert insert(conn, "qv_User", names, RowsInsert::Rows::ofShortTexts);
+    RowsInsert insert(conn, "qv_User", names);
     WithDatabaseErrors(conn, [&] {
         for (const NewUser& user : users) {
             insert.Add([&](std::string& sql) {
