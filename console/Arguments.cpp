@@ -383,15 +383,15 @@ void Select(const CLI::App& app, Request& request)
 
 } // namespace
 
-Request ParseCommandLine(const std::vector<std::string>& given)
+Request ParseCommandLine(const std::vector<std::string>& words)
 {
-    const std::vector<std::string> words = WithHelpOption(given);
+    const std::vector<std::string> given = WithHelpOption(words);
     Request request;
     CLI::App app(Translated(kDescription), "qvadmin");
-    Declare(app, words, request);
+    Declare(app, given, request);
     app.allow_extras();
     try {
-        app.parse(Prepared(words));
+        app.parse(Prepared(given));
     } catch (const CLI::CallForHelp&) {
         request.text = app.help();
         return request;
@@ -399,14 +399,14 @@ Request ParseCommandLine(const std::vector<std::string>& given)
         request.text = std::string(e.what()) + "\n";
         return request;
     } catch (const CLI::ParseError& e) {
-        RefuseUnknownWords(app, words);
+        RefuseUnknownWords(app, given);
         throw Error(ErrorCode::invalid, FillPattern("{}; see `{}`", WhatIsWrong(e), HelpCommand(app)));
     } catch (const std::logic_error&) {
         // What CLI11 lets through from the number conversion that it tries on the value of a flag.
         throw Error(ErrorCode::invalid,
                     FillPattern("an option that is on or off has another value; see `{}`", HelpCommand(app)));
     }
-    RefuseUnknownWords(app, words);
+    RefuseUnknownWords(app, given);
     Select(app, request);
     return request;
 }

@@ -159,7 +159,7 @@ OtherFile GuessFormat(std::string_view beginning, const std::string& name)
         return {std::string(utf16), ""};
     }
     const std::string_view text = WithoutByteOrderMark(beginning);
-    if (text.starts_with("{\"format\":\"qvadmin directory\"")) {
+    if (text.starts_with(R"({"format":"qvadmin directory")")) {
         return {"", Refusal(Translatable("an exported directory"), kOfDirectories, name)};
     }
     if (text.starts_with("dn:") || text.starts_with("version: 1")) {
