@@ -2,7 +2,7 @@
 
 #include "management/CsvWriter.h"
 #include "management/Errors.h"
-#include "web/Imports.h"
+#include "web/Import.h"
 #include "web/Problem.h"
 
 #include <algorithm>

@@ -9,7 +9,7 @@
 #include "web/CommandAnswer.h"
 #include "web/Events.h"
 #include "web/Exports.h"
-#include "web/Imports.h"
+#include "web/ImportTexts.h"
 #include "web/Jobs.h"
 #include "web/JsonReader.h"
 #include "web/JsonResponse.h"

@@ -5,7 +5,6 @@
 #include "management/import/Synchronisation.h"
 #include "web/Http.h"
 #include "web/JobControl.h"
-#include "web/JsonReader.h"
 
 #include <cstddef>
 #include <memory>
@@ -59,7 +58,6 @@ private:
     void RequireAgreed(const std::string& digest) const;
     void WriteLeavers(management::JsonWriter& json) const;
     void WriteRows(management::JsonWriter& json, std::string_view name, const Rows& rows) const;
-    void Finish(const std::string& error);
 
     Order m_order;
     mutable std::mutex m_mutex; ///< of all below
@@ -75,29 +73,5 @@ private:
     std::string m_error;
     int m_entry = 0;
 };
-
-/// The texts that are being sent to be imported. Any thread may use it.
-class ImportTexts {
-public:
-    /// Adds a part to the text of a session, or begins it anew. @return its length. @throws management::Error (invalid)
-    /// for more than 32 MiB.
-    std::size_t AddText(const std::string& session, const std::string& part, bool isFirst);
-    /// Writes what a text has, read with a delimiter, as members of an object: its columns, some rows, how many there
-    /// are, and the columns that there may be. @throws management::Error (invalid) without a text, or a header.
-    void WriteLook(management::JsonWriter& json, const std::string& session, char delimiter) const;
-    /// Makes an import of a session's text. @param body  the request's: see docs/web.md. @throws management::Error
-    /// (invalid).
-    [[nodiscard]] std::shared_ptr<Import> ImportOf(const std::string& session, const std::string& login,
-                                                   const JsonValue& body) const;
-
-private:
-    [[nodiscard]] std::string TextOf(const std::string& session) const;
-
-    mutable std::mutex m_mutex;                               ///< of the texts
-    std::vector<std::pair<std::string, std::string>> m_texts; ///< by session, the youngest last
-};
-
-/// The delimiter that a request names: one character. @throws management::Error (invalid).
-char DelimiterIn(const JsonValue& body);
 
 } // namespace web
