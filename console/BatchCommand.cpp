@@ -83,6 +83,7 @@ public:
         const auto [run, failed] = RunUntilStopped(lines);
         const bool isUndone = m_in.oneTransaction && (failed != 0 || m_in.dryRun);
         if (transaction && !isUndone) {
+            *m_call.terminal.mayHaveChanged = true;
             transaction->Commit();
         }
         const Sentence summary = FillPattern("{} of {} run, {} failed", run, Counted(lines.size(), "command"), failed);

@@ -10,7 +10,6 @@
 #include "console/TerminalFrontEnd.h"
 #include "console/Translation.h"
 #include "console/Url.h"
-#include "management/Changes.h"
 #include "management/CommandData.h"
 #include "management/JsonWriter.h"
 #include "management/Text.h"
@@ -213,13 +212,10 @@ Exit RunCommand(Request& request, const std::vector<std::string>& words, Termina
         request.given.options.command = CommandText(words);
     }
     if (isLocal) {
-        const bool mayHaveChanged = Changes::MayBeMade();
-        Changes::Reset();
+        const bool hadChanged = std::exchange(*terminal.mayHaveChanged, false);
         const Exit exit = own->run({request.given, request.arguments, terminal});
-        report.isChanged = Changes::MayBeMade();
-        if (mayHaveChanged) {
-            Changes::NoteCommit();
-        }
+        report.isChanged = *terminal.mayHaveChanged;
+        *terminal.mayHaveChanged = hadChanged || report.isChanged;
         return exit;
     }
     ReadNames(*request.command, request.given, terminal);
@@ -272,7 +268,8 @@ Exit RunWords(const std::vector<std::string>& words, Terminal& terminal, SharedS
                    terminal.outIsTerminal,
                    terminal.width,
                    terminal.outHasColor,
-                   terminal.errHasColor};
+                   terminal.errHasColor,
+                   terminal.mayHaveChanged};
     return RunCommand(request, words, quiet, shared, report);
 }
 
@@ -325,7 +322,7 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, Sha
             return ExitFor(e.Code());
         }
     } catch (const std::bad_alloc&) {
-        return Reported(Exit::failed, std::string(OutOfMemorySentence()), terminal);
+        return Reported(Exit::failed, std::string(OutOfMemorySentence(terminal)), terminal);
     } catch (const std::exception& e) {
         return Reported(Exit::failed, FillPattern("internal error: {}", e.what()), terminal);
     }
@@ -361,11 +358,12 @@ Exit Reported(const Exit code, const Sentence& sentence, Terminal& terminal)
 
 std::span<const Noun> Nouns() { return kNouns; }
 
-std::string_view OutOfMemorySentence() noexcept
+std::string_view OutOfMemorySentence(const Terminal& terminal) noexcept
 {
-    return Changes::MayBeMade() ? "out of memory; some or all of the change may have been made, so look before you run "
-                                  "the command again"
-                                : "out of memory; nothing was changed";
+    return *terminal.mayHaveChanged
+               ? "out of memory; some or all of the change may have been made, so look before you run "
+                 "the command again"
+               : "out of memory; nothing was changed";
 }
 
 CAConnect& SharedSession::Open()
@@ -380,7 +378,6 @@ Exit RunLine(const std::vector<std::string>& words, Terminal& terminal, SharedSe
 
 int RunProgram(int count, const char* const* words, Terminal& terminal)
 {
-    Changes::Reset();
     ChooseLanguage();
     Exit code = RunLogged({words + 1, words + count}, terminal, nullptr);
     terminal.out.flush();

@@ -25,7 +25,7 @@ struct Noun {
 std::span<const Noun> Nouns();
 
 /// What is to be said when memory runs out. Allocates nothing.
-std::string_view OutOfMemorySentence() noexcept;
+std::string_view OutOfMemorySentence(const Terminal& terminal) noexcept;
 
 /// What command lines that run one after the other share.
 struct SharedSession {

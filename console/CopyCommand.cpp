@@ -8,7 +8,6 @@
 #include "console/TerminalFrontEnd.h"
 #include "console/Translation.h"
 #include "console/Url.h"
-#include "management/Changes.h"
 #include "management/DatabaseError.h"
 #include "management/Text.h"
 #include "schema/Copy.h"
@@ -270,7 +269,7 @@ Exit CopyTo(const LocalCall& context, const std::string& url, bool parents, Repo
     Connect(to, *target.db, target);
     RequireUsable(from, to, ShownUrl(*target.db), false);
     const Interrupt interrupt;
-    Changes::NoteCommit();
+    *context.terminal.mayHaveChanged = true;
     WithDatabaseErrors(to, [&] { schema::Upgrade(to); });
     Copying copying(from, to, context.terminal);
     const schema::Copied copied = copying.Run();
@@ -376,7 +375,7 @@ Exit Restore(const LocalCall& context)
         frontEnd.Confirm(plan);
     }
     const Interrupt interrupt;
-    Changes::NoteCommit();
+    *context.terminal.mayHaveChanged = true;
     Copying copying(from, to, context.terminal, rows != 0);
     const schema::Copied copied = copying.Run();
     TellOthers(copied, context.terminal.err);

@@ -3,7 +3,6 @@
 #include "console/Session.h"
 #include "console/Translation.h"
 #include "console/Url.h"
-#include "management/Changes.h"
 #include "management/DatabaseError.h"
 #include "management/Text.h"
 
@@ -53,7 +52,7 @@ Exit Init(const LocalCall& context)
         didSomething = true;
         context.terminal.err << Translated(FillPattern("version {}: {}", version, Visible(title))) << '\n';
     };
-    Changes::NoteCommit();
+    *context.terminal.mayHaveChanged = true;
     WithDatabaseErrors(conn, [&] { schema::Upgrade(conn, tell); });
     const schema::Status after = Inspect(conn);
     context.terminal.err << Translated(FillPattern("{} in {}", WhatWasDone(before, after, didSomething), ShownUrl(url)))

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <istream>
+#include <memory>
 #include <ostream>
 
 namespace console {
@@ -24,6 +25,8 @@ struct Terminal {
     std::size_t width = 0;
     bool outHasColor = false;
     bool errHasColor = false;
+    /// Whether anything may have been committed, which copies share.
+    std::shared_ptr<bool> mayHaveChanged = std::make_shared<bool>(false);
 };
 
 /// Where errors are said.

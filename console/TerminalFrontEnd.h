@@ -40,6 +40,7 @@ public:
     std::string ReadText(const std::string& name) override;
     void ShowProgress(long done, std::optional<long> total) override;
     [[nodiscard]] bool IsStopRequested() const noexcept override;
+    void NoteCommit() noexcept override { *m_terminal.mayHaveChanged = true; }
     /// Takes the line of the progress away, so that something else can be written.
     void HideProgress() noexcept;
 

@@ -44,6 +44,26 @@ void OccupyClosedStreams()
     }
 }
 
+/// Streams may need memory, which there is none of.
+void WriteError(std::string_view text)
+{
+    while (!text.empty()) {
+        const ssize_t count = write(STDERR_FILENO, text.data(), text.size());
+        if (count <= 0) {
+            return;
+        }
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+int RanOutOfMemory(std::string_view sentence)
+{
+    WriteError("qvadmin: ");
+    WriteError(sentence);
+    WriteError("\n");
+    return static_cast<int>(console::Exit::failed);
+}
+
 int Run(int argc, char* argv[])
 {
     OccupyClosedStreams();
@@ -64,18 +84,10 @@ int Run(int argc, char* argv[])
     console::Terminal terminal{in, out, err, isatty(STDIN_FILENO) != 0, errIsTerminal, &OutIsClosed};
     terminal.outIsTerminal = outIsTerminal;
     terminal.width = outIsTerminal ? TerminalWidth() : 0;
-    return console::RunProgram(argc, argv, terminal);
-}
-
-/// Streams may need memory, which there is none of.
-void WriteError(std::string_view text)
-{
-    while (!text.empty()) {
-        const ssize_t count = write(STDERR_FILENO, text.data(), text.size());
-        if (count <= 0) {
-            return;
-        }
-        text.remove_prefix(static_cast<std::size_t>(count));
+    try {
+        return console::RunProgram(argc, argv, terminal);
+    } catch (const std::bad_alloc&) {
+        return RanOutOfMemory(console::OutOfMemorySentence(terminal));
     }
 }
 
@@ -86,9 +98,6 @@ int main(int argc, char* argv[])
     try {
         return Run(argc, argv);
     } catch (const std::bad_alloc&) {
-        WriteError("qvadmin: ");
-        WriteError(console::OutOfMemorySentence());
-        WriteError("\n");
-        return static_cast<int>(console::Exit::failed);
+        return RanOutOfMemory("out of memory");
     }
 }

@@ -112,6 +112,7 @@ void Change::Finish()
     if (m_transaction && m_call.Options().dryRun) {
         m_transaction->Rollback();
     } else if (m_transaction) {
+        m_call.m_frontEnd.NoteCommit();
         m_transaction->Commit();
     }
     m_call.DeliverOutcomes();

@@ -2,7 +2,6 @@
 
 #include "basefun/QVBaseFun.h"
 #include "dbaccess/CAConnect.h"
-#include "management/Changes.h"
 #include "management/Text.h"
 
 #include <algorithm>
@@ -145,7 +144,6 @@ try : m_conn(conn), m_transaction(conn) {
 
 void Transaction::Commit()
 {
-    Changes::NoteCommit();
     WithDatabaseErrors(m_conn, [&] { m_transaction.Commit(); });
 }
 

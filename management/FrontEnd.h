@@ -90,6 +90,8 @@ public:
     virtual void ShowProgress(long done, std::optional<long> total) = 0;
     /// Whether the run is to end before its next row.
     [[nodiscard]] virtual bool IsStopRequested() const noexcept = 0;
+    /// Hears that something is about to be committed: what fails from now on may have changed the directory.
+    virtual void NoteCommit() noexcept {}
 };
 
 } // namespace management

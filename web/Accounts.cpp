@@ -1,7 +1,6 @@
 #include "web/Accounts.h"
 
 #include "dbaccess/CAConnect.h"
-#include "management/Changes.h"
 #include "management/Query.h"
 #include "management/Text.h"
 #include "management/audit/Recorder.h"
@@ -108,7 +107,6 @@ void ChangeKept(CAConnect& conn, int id, const audit::EntryData& entry, Change c
     accounts.Save(id, kept);
     WithDatabaseErrors(conn, [&] { recorder->Write(entry); });
     recorder.reset();
-    Changes::NoteCommit();
     transaction.Commit();
 }
 
@@ -130,7 +128,6 @@ bool UseCode(CAConnect& conn, int id, const std::string& code, std::time_t now)
     }
     kept.totpUsed = *step;
     accounts.Save(id, kept);
-    Changes::NoteCommit();
     transaction.Commit();
     return true;
 }
@@ -269,7 +266,6 @@ void SetUp(CAConnect& conn, const Secret& password)
     Passwords(directory).Set(admin, password, withLoginName);
     WithDatabaseErrors(conn, [&] { recorder->Write({"setup", "web", "setup", "", 0, ""}, false); });
     recorder.reset();
-    Changes::NoteCommit();
     transaction.Commit();
 }
 

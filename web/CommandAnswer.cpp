@@ -1,7 +1,6 @@
 #include "web/CommandAnswer.h"
 
 #include "dbaccess/CAConnect.h"
-#include "management/Changes.h"
 #include "management/CommandData.h"
 #include "management/Query.h"
 #include "management/Text.h"
@@ -447,7 +446,6 @@ Written Settle(Transaction& transaction, CAConnect& conn, const CommandRequest& 
         return {};
     }
     Written written = ReadWritten(conn, before, after);
-    Changes::NoteCommit();
     transaction.Commit();
     return written;
 }

@@ -73,11 +73,15 @@ breach "holds in a std::variant what must not be copied there" < <(variant_breac
 breach "uses the JSON library where management/JsonWriter.h is to be used" < <(
   find_in '#[[:space:]]*include[[:space:]]*<nlohmann' "${all[@]}" | grep -vE '^(management/Json(Writer|Line)\.cpp|web/JsonReader\.cpp|tests/|bench/)' || true)
 
+# ---- Several sessions may be in one process.
+breach "keeps what changes for the whole process" < <(
+  find_in '^[[:space:]]*(inline )?(static|thread_local) [^(]*[=;{]' "${all[@]}" | grep '^management/' | grep -vE 'static (constexpr|const) ' || true)
+
 # ---- The library that speaks HTTP is known to one file; it is a module of its own, and all else knows web/HttpServer.h.
 breach "includes the header of the HTTP library" < <(
   find_in '#[[:space:]]*include[[:space:]]*<microhttpd\.h' "${all[@]}" | grep -vE '^web/HttpDaemon\.cpp:' || true)
 
-# ---- clang-tidy looks for these in the file that is compiled only, and tests are compiled together.
+# ---- clang-tidy looks for these in the file that is compiled only, and sources are compiled together.
 unused_declarations() {
   local file name
   for file in "${all[@]}"; do
