@@ -1,14 +1,20 @@
 #include "console/FileBuffer.h"
 
 #include "console/Interrupt.h"
+#include "management/Errors.h"
+#include "management/Text.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <ios>
 #include <system_error>
 
 namespace console {
+
+using namespace management;
 
 FileBuffer::~FileBuffer() { ::close(m_file); }
 
@@ -24,6 +30,21 @@ FileBuffer::int_type FileBuffer::underflow()
     }
     setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + count);
     return count == 0 ? traits_type::eof() : traits_type::to_int_type(m_bytes[0]);
+}
+
+int OpenForReading(const std::string& path)
+{
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) {
+        ThrowUnreadable(path, errno);
+    }
+    return file;
+}
+
+void ThrowUnreadable(const std::string& path, int error)
+{
+    throw Error(ErrorCode::failed,
+                FillPattern("cannot read {}: {}", path.empty() ? "''" : Visible(path), std::strerror(error)));
 }
 
 } // namespace console

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <streambuf>
+#include <string>
 
 namespace console {
 
@@ -22,5 +23,10 @@ private:
     int m_file;
     std::array<char, 65536> m_bytes;
 };
+
+/// Opens a file for a FileBuffer. @return its descriptor. @throws management::Error (failed).
+int OpenForReading(const std::string& path);
+/// @param error  of the system. @throws management::Error (failed), always.
+[[noreturn]] void ThrowUnreadable(const std::string& path, int error);
 
 } // namespace console

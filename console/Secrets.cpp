@@ -7,14 +7,10 @@
 #include "management/Text.h"
 
 #include <CLI/CLI.hpp>
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
 
 namespace console {
 
@@ -79,10 +75,7 @@ Secret ReadLine(std::istream& in, std::string_view noun)
 // A pipe, such as a shell makes of <(...), is nobody else's.
 Secret ReadFile(const std::string& path, std::string_view noun)
 {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
-        throw Error(ErrorCode::failed, FillPattern("cannot read {}: {}", Visible(path), std::strerror(errno)));
-    }
+    const int file = OpenForReading(path);
     FileBuffer buffer(file);
     struct stat status{};
     const bool isFile = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);

@@ -6,13 +6,8 @@
 #include "management/import/CsvReader.h"
 #include "management/import/FileFormat.h"
 
-#include <fcntl.h>
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <utility>
 
@@ -125,14 +120,7 @@ std::string SourceFile::ReadBeginning()
     return text;
 }
 
-std::unique_ptr<FileBuffer> SourceFile::Open() const
-{
-    const int file = ::open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
-        throw Error(ErrorCode::failed, FillPattern("cannot read {}: {}", Visible(m_path), std::strerror(errno)));
-    }
-    return std::make_unique<FileBuffer>(file);
-}
+std::unique_ptr<FileBuffer> SourceFile::Open() const { return std::make_unique<FileBuffer>(OpenForReading(m_path)); }
 
 void SourceFile::ThrowUnreadable() const
 {

@@ -6,11 +6,6 @@
 #include "management/Text.h"
 #include "platform/CodePage.h"
 
-#include <fcntl.h>
-#include <fmt/format.h>
-
-#include <cerrno>
-#include <cstring>
 #include <ios>
 #include <iterator>
 
@@ -21,7 +16,7 @@ namespace {
 void RequireUtf8(const std::string& text, const std::string& name)
 {
     if (!platform::IsValidUtf8(text)) {
-        throw Error(ErrorCode::failed, fmt::format("{} is not UTF-8", name));
+        throw Error(ErrorCode::failed, FillPattern("{} is not UTF-8", name));
     }
 }
 
@@ -29,19 +24,12 @@ void RequireUtf8(const std::string& text, const std::string& name)
 
 std::string ReadTextFile(const std::string& path)
 {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    FileBuffer buffer(OpenForReading(path));
     std::string text;
-    int error = file < 0 ? errno : 0;
-    if (file >= 0) {
-        FileBuffer buffer(file);
-        try {
-            text.assign(std::istreambuf_iterator<char>(&buffer), {});
-        } catch (const std::ios_base::failure& e) {
-            error = e.code().value();
-        }
-    }
-    if (error != 0) {
-        throw Error(ErrorCode::failed, FillPattern("cannot read {}: {}", Visible(path), std::strerror(error)));
+    try {
+        text.assign(std::istreambuf_iterator<char>(&buffer), {});
+    } catch (const std::ios_base::failure& e) {
+        ThrowUnreadable(path, e.code().value());
     }
     RequireUtf8(text, Visible(path));
     return text;

@@ -43,7 +43,7 @@ std::vector<Offered> OfferedBy(const Command& command)
 
 [[noreturn]] void Refuse(const std::string& sentence) { throw Error(ErrorCode::invalid, sentence); }
 
-std::string TextIn(const std::string& name, const JsonValue& value)
+std::string TextOfMember(const std::string& name, const JsonValue& value)
 {
     if (value.type != JsonValue::Type::text && value.type != JsonValue::Type::number) {
         Refuse(fmt::format("{} is neither a text nor a number", name));
@@ -224,10 +224,10 @@ void WebArguments::Take(const std::string& name, Kind kind, bool isList, const J
         m_secrets.emplace(name, Secret(value.text));
     } else if (isList && value.type == JsonValue::Type::array) {
         for (const JsonValue& item : value.items) {
-            m_values[name].push_back(TextIn(name, item));
+            m_values[name].push_back(TextOfMember(name, item));
         }
     } else {
-        m_values[name] = {TextIn(name, value)};
+        m_values[name] = {TextOfMember(name, value)};
     }
 }
 
@@ -245,7 +245,7 @@ void WebArguments::TakeResult(const std::string& name, Kind kind, const JsonValu
     std::unordered_set<std::string> left;
     if (const JsonValue* except = value.Find("except")) {
         for (const JsonValue& item : except->items) {
-            left.insert(TextIn("except", item));
+            left.insert(TextOfMember("except", item));
         }
     }
     std::vector<std::string>& users = m_values[name];

@@ -18,8 +18,6 @@ constexpr std::size_t kLongestFile = std::size_t{32} << 20U;
 constexpr std::size_t kMostTexts = 4;
 constexpr std::size_t kSample = 3;
 
-[[noreturn]] void Refuse(const std::string& sentence) { throw Error(ErrorCode::invalid, sentence); }
-
 /// Where the rows begin: after the header's line.
 std::size_t EndOfHeader(const std::string& text) { return std::min(text.find('\n'), text.size()); }
 
@@ -28,7 +26,7 @@ std::string WithColumns(const std::string& text, char delimiter, const JsonValue
 {
     const JsonValue* columns = body.Find("columns");
     if (columns == nullptr || columns->type != JsonValue::Type::array) {
-        Refuse("columns is required, and is an array of names, or null for what is left out");
+        throw Error(ErrorCode::invalid, "columns is required, and is an array of names, or null for what is left out");
     }
     std::vector<std::string> names;
     for (const JsonValue& column : columns->items) {
@@ -38,8 +36,8 @@ std::string WithColumns(const std::string& text, char delimiter, const JsonValue
     std::istringstream first(text.substr(0, EndOfHeader(text)));
     const std::optional<CsvRecord> header = CsvReader(first, delimiter).Next();
     if (!header || header->fields.size() != names.size()) {
-        Refuse(
-            fmt::format("the text has {} columns, and {} are named", header ? header->fields.size() : 0, names.size()));
+        throw Error(ErrorCode::invalid, fmt::format("the text has {} columns, and {} are named",
+                                                    header ? header->fields.size() : 0, names.size()));
     }
     std::ostringstream out;
     WriteCsvRow(names, out, delimiter);
@@ -55,7 +53,7 @@ std::optional<SynchronisationOptions> SynchronisationIn(const JsonValue& body)
     SynchronisationOptions options{.scope = MemberText(body, "scope"),
                                    .allowPrivileges = MemberFlag(body, "allow_privileges")};
     if (options.scope.empty()) {
-        Refuse("sync takes a scope, the view or group whose people the text has");
+        throw Error(ErrorCode::invalid, "sync takes a scope, the view or group whose people the text has");
     }
     if (const std::string action = MemberText(body, "leavers"); !action.empty()) {
         ReadLeaverAction(action, options);
@@ -72,7 +70,7 @@ char DelimiterIn(const JsonValue& body)
 {
     const std::string text = MemberText(body, "delimiter");
     if (text.size() != 1 || text == "\"" || text == "\n" || text == "\r") {
-        Refuse("delimiter is the one character between values");
+        throw Error(ErrorCode::invalid, "delimiter is the one character between values");
     }
     return text.front();
 }
@@ -83,7 +81,7 @@ std::size_t ImportTexts::AddText(const std::string& session, const std::string& 
     auto own = std::ranges::find(m_texts, session, &std::pair<std::string, std::string>::first);
     if (own == m_texts.end()) {
         if (!isFirst) {
-            Refuse("the beginning of this text is no longer kept; send it again");
+            throw Error(ErrorCode::invalid, "the beginning of this text is no longer kept; send it again");
         }
         if (m_texts.size() == kMostTexts) {
             m_texts.erase(m_texts.begin());
@@ -95,7 +93,7 @@ std::size_t ImportTexts::AddText(const std::string& session, const std::string& 
     }
     if (own->second.size() + part.size() > kLongestFile) {
         m_texts.erase(own);
-        Refuse("a text has at most 32 MiB; longer files are for qvadmin user import");
+        throw Error(ErrorCode::invalid, "a text has at most 32 MiB; longer files are for qvadmin user import");
     }
     own->second += part;
     return own->second.size();
@@ -106,7 +104,7 @@ std::string ImportTexts::TextOf(const std::string& session) const
     const std::lock_guard lock(m_mutex);
     const auto own = std::ranges::find(m_texts, session, &std::pair<std::string, std::string>::first);
     if (own == m_texts.end()) {
-        Refuse("no text was sent to import; send it first");
+        throw Error(ErrorCode::invalid, "no text was sent to import; send it first");
     }
     return own->second;
 }
@@ -117,7 +115,7 @@ void ImportTexts::WriteLook(JsonWriter& json, const std::string& session, char d
     CsvReader reader(in, delimiter);
     const std::optional<CsvRecord> header = reader.Next();
     if (!header || !header->problem.IsEmpty() || header->line != 1) {
-        Refuse("the first line does not hold the names of the columns");
+        throw Error(ErrorCode::invalid, "the first line does not hold the names of the columns");
     }
     WriteTexts(json, "columns", header->fields);
     json.WriteName("sample");

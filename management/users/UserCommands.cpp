@@ -174,10 +174,12 @@ constexpr Column kListColumns[] = {{"id", Kind::number},  {"login"},  {"name"},
 std::vector<const Field*> FieldsOf(std::string_view names)
 {
     std::vector<const Field*> fields;
-    for (std::size_t begin = 0; begin <= names.size();) {
-        const std::size_t end = std::min(names.find(',', begin), names.size());
-        fields.push_back(&RequireField(names.substr(begin, end - begin)));
-        begin = end + 1;
+    for (const std::string& name : SplitAtCommas(names)) {
+        const Field& field = RequireField(name);
+        if (std::ranges::find(fields, &field) != fields.end()) {
+            throw Error(ErrorCode::invalid, FillPattern("the field {} is named twice", field.name));
+        }
+        fields.push_back(&field);
     }
     return fields;
 }

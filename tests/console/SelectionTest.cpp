@@ -8,7 +8,6 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-
 using namespace management;
 using testing::AllOf;
 using testing::ElementsAre;
@@ -184,6 +183,7 @@ TEST_P(SelectionTest, WhatCannotBeIsRefused)
              {{"--where", "shoe=43"}, "there is no field 'shoe'; there are id, login, name, "},
              {{"--where", "password=x"}, "there is no field 'password'"},
              {{"--fields", "login,,name"}, "there is no field ''"},
+             {{"--fields", "login,name,Login"}, "the field login is named twice"},
              {{"--sort", "shoe"}, "there is no field 'shoe'"},
              {{"--where", "lead"}, "write FIELD=VALUE or FIELD~PART"},
              {{"--where", "=x"}, "write FIELD=VALUE or FIELD~PART"},
