@@ -35,6 +35,7 @@ inline void RequireCount(int count, int expected) { RequireCount(static_cast<std
 template <class Work>
 benchmark::internal::Benchmark* Register(const std::string& name, Work work, pid_t server = 0)
 {
+    // NOLINTNEXTLINE(readability-redundant-string-cstr): version 1.7 of the library takes no std::string.
     return benchmark::RegisterBenchmark(name.c_str(), [work, server](benchmark::State& state) {
         std::size_t call = 0;
         try {

@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <optional>
+#include <string>
 
 namespace bench {
 
@@ -48,6 +50,17 @@ std::string Duration(double nanoseconds)
     return Text("%.1f ms", nanoseconds / 1e6);
 }
 
+/// What a run ended with that failed; nothing for any other. Newer versions of the library have other names for it.
+template <class Run>
+std::optional<std::string> ErrorOf(const Run& run)
+{
+    if constexpr (requires { run.error_occurred; }) {
+        return run.error_occurred ? std::optional(run.error_message) : std::nullopt;
+    } else {
+        return run.skipped != 0 ? std::optional(run.skip_message) : std::nullopt;
+    }
+}
+
 std::string Target(double target) { return target == 0 ? "" : Text("%.2f", target); }
 
 } // namespace
@@ -57,8 +70,8 @@ bool SampleReporter::ReportContext(const Context& /*context*/) { return true; }
 void SampleReporter::ReportRuns(const std::vector<Run>& runs)
 {
     for (const Run& run : runs) {
-        if (run.error_occurred) {
-            std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
+        if (const auto error = ErrorOf(run)) {
+            std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), error->c_str());
         } else if (run.run_type == Run::RT_Iteration) {
             const auto iterations = static_cast<double>(run.iterations);
             Samples& samples = m_samples[run.run_name.function_name];

@@ -35,10 +35,10 @@ struct Known {
     std::string_view name;
 };
 
-/// MySQL's, then MariaDB's.
-constexpr std::array<Known, 3> kSuitable = {{{"utf8mb4_0900_as_ci", "utf8mb4_0900_as_ci"},
-                                             {"uca1400_nopad_as_ci", "utf8mb4_uca1400_nopad_as_ci"},
-                                             {"utf8mb4_uca1400_nopad_as_ci", "utf8mb4_uca1400_nopad_as_ci"}}};
+/// MariaDB's, then MySQL's, whose names newer servers of MariaDB know too.
+constexpr std::array<Known, 3> kSuitable = {{{"uca1400_nopad_as_ci", "utf8mb4_uca1400_nopad_as_ci"},
+                                             {"utf8mb4_uca1400_nopad_as_ci", "utf8mb4_uca1400_nopad_as_ci"},
+                                             {"utf8mb4_0900_as_ci", "utf8mb4_0900_as_ci"}}};
 
 /// The collation to give to tables; empty where the server has none that suits.
 std::string BestCollation(CAConnect& conn)
