@@ -129,7 +129,7 @@ public:
     [[nodiscard]] virtual std::vector<std::string> ValuesOf(std::string_view name) const = 0;
 };
 
-/// Command lines; those behind the last one are empty.
+/// Up to six command lines; unused places at the end are empty.
 using Examples = std::array<std::string_view, 6>;
 /// Those that there are. They outlive what is returned.
 constexpr std::span<const std::string_view> GivenOf(const Examples& examples)

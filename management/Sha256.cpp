@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <array>
-
 namespace management {
 
 std::string Hexadecimal(std::span<const std::uint8_t> bytes)
@@ -20,11 +18,13 @@ void Sha256::Add(std::string_view bytes)
     sha256_update(&m_state, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
 }
 
-std::string Sha256::Finish()
+std::array<std::uint8_t, SHA256_DIGEST_SIZE> Sha256::FinishBytes()
 {
     std::array<std::uint8_t, SHA256_DIGEST_SIZE> bytes{};
     sha256_digest(&m_state, bytes.size(), bytes.data());
-    return Hexadecimal(bytes);
+    return bytes;
 }
+
+std::string Sha256::Finish() { return Hexadecimal(FinishBytes()); }
 
 } // namespace management

@@ -2,6 +2,7 @@
 
 #include <nettle/sha2.h>
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -18,7 +19,9 @@ public:
     Sha256() { sha256_init(&m_state); }
 
     void Add(std::string_view bytes);
-    /// The digest in hexadecimal; nothing is to be added after it.
+    /// The digest; nothing is to be added after it.
+    [[nodiscard]] std::array<std::uint8_t, SHA256_DIGEST_SIZE> FinishBytes();
+    /// The same in hexadecimal.
     [[nodiscard]] std::string Finish();
 
 private:

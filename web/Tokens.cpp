@@ -5,7 +5,6 @@
 
 #include <nettle/base64.h>
 #include <nettle/memops.h>
-#include <nettle/sha2.h>
 #include <sys/random.h>
 
 namespace web {
@@ -32,14 +31,12 @@ std::string Digest(std::string_view text)
 
 std::string Base64Digest(std::string_view text)
 {
-    sha256_ctx state;
-    sha256_init(&state);
-    sha256_update(&state, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
-    std::array<std::uint8_t, SHA256_DIGEST_SIZE> bytes{};
-    sha256_digest(&state, bytes.size(), bytes.data());
-    std::string digest(BASE64_ENCODE_RAW_LENGTH(SHA256_DIGEST_SIZE), '\0');
-    base64_encode_raw(digest.data(), bytes.size(), bytes.data());
-    return digest;
+    management::Sha256 digest;
+    digest.Add(text);
+    const auto bytes = digest.FinishBytes();
+    std::string letters(BASE64_ENCODE_RAW_LENGTH(bytes.size()), '\0');
+    base64_encode_raw(letters.data(), bytes.size(), bytes.data());
+    return letters;
 }
 
 bool IsSame(std::string_view a, std::string_view b)

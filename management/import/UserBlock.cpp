@@ -62,9 +62,9 @@ std::vector<NewColumn> ColumnsOf(std::span<const NewUser> users)
     }
     const CHumanItem untouched;
     std::vector<NewColumn> columns;
+    columns.reserve(wanted.size());
     for (const Field* field : wanted) {
-        const std::string text = WrittenBy(untouched, *field);
-        columns.push_back({field, field->IsDate() ? "NULL" : field->IsText() ? "''" : text});
+        columns.push_back({field, field->IsDate() ? "NULL" : field->IsText() ? "''" : WrittenBy(untouched, *field)});
     }
     return columns;
 }
