@@ -14,9 +14,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <numeric>
 #include <set>
-#include <stdexcept>
 #include <string_view>
 
 namespace console {
@@ -194,6 +194,27 @@ void DeclareSingleWords(CLI::App& app, const std::vector<std::string>& words, Co
     }
 }
 
+/// The parser lets other values through, or throws what it should not, by its version and the type of the variable.
+/// @return them, for the message.
+std::string WhatIsNeitherOnNorOff(const std::string& value)
+{
+    constexpr std::array<std::string_view, 10> kValues = {"true", "false", "on",     "off",     "yes",
+                                                          "no",   "1",     "enable", "disable", "0"};
+    return std::ranges::find(kValues, value) == kValues.end() ? value : std::string();
+}
+
+void CheckFlags(CLI::App& app)
+{
+    for (CLI::Option* option : app.get_options()) {
+        if (option->get_expected_max() == 0) {
+            option->check(&WhatIsNeitherOnNorOff);
+        }
+    }
+    for (CLI::App* sub : app.get_subcommands({})) {
+        CheckFlags(*sub);
+    }
+}
+
 void Declare(CLI::App& app, const std::vector<std::string>& words, Request& request)
 {
     Arguments& arguments = request.arguments;
@@ -234,6 +255,7 @@ void Declare(CLI::App& app, const std::vector<std::string>& words, Request& requ
         }
     }
     DeclareSingleWords(app, words, request.given);
+    CheckFlags(app);
 }
 
 /// The words as CLI11 takes them: from the last to the first. It would read "--birthday= amy" as a birthday "amy".
@@ -352,6 +374,9 @@ Sentence WhatIsWrong(const CLI::ParseError& error)
 {
     const std::string what = error.what();
     const std::string option = what.substr(0, what.find(':'));
+    if (error.get_name() == "ValidationError" && what.starts_with(option + ": ")) {
+        return FillPattern("{} is on or off and not {}", option, Quoted(what.substr(option.size() + 2)));
+    }
     if (error.get_name() != "ArgumentMismatch" || !option.starts_with('-')) {
         return FillPattern("{}", Visible(what));
     }
@@ -401,10 +426,6 @@ Request ParseCommandLine(const std::vector<std::string>& words)
     } catch (const CLI::ParseError& e) {
         RefuseUnknownWords(app, given);
         throw Error(ErrorCode::invalid, FillPattern("{}; see `{}`", WhatIsWrong(e), HelpCommand(app)));
-    } catch (const std::logic_error&) {
-        // What CLI11 lets through from the number conversion that it tries on the value of a flag.
-        throw Error(ErrorCode::invalid,
-                    FillPattern("an option that is on or off has another value; see `{}`", HelpCommand(app)));
     }
     RefuseUnknownWords(app, given);
     Select(app, request);

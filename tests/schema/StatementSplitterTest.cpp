@@ -11,8 +11,9 @@ namespace {
 
 TEST(StatementSplitter, CutsAtLinesThatEndInASemicolon)
 {
-    EXPECT_THAT(SplitStatements("-- people\nCREATE TABLE a (\n  x INTEGER\n);\n\nCREATE INDEX i ON a (x);\n"),
-                ElementsAre("CREATE TABLE a (\n  x INTEGER\n)", "CREATE INDEX i ON a (x)"));
+    EXPECT_THAT(
+        SplitStatements("-- people\nCREATE TABLE a (\n  -- of what;\n  x INTEGER\n);\n\nCREATE INDEX i ON a (x);\n"),
+        ElementsAre("CREATE TABLE a (\n  x INTEGER\n)", "CREATE INDEX i ON a (x)"));
 }
 
 TEST(StatementSplitter, KeepsATriggerWhole)

@@ -109,6 +109,13 @@ void SetTls(MYSQL* handle, const Settings& settings)
     mysql_options(handle, MYSQL_OPT_SSL_KEY, TextOrNull(settings.tlsKey));
 }
 
+// Without a word, newer client libraries insist on a certificate, and so on encryption.
+void AllowNoTls(MYSQL* handle)
+{
+    const my_bool verify = 0;
+    mysql_options(handle, MYSQL_OPT_SSL_VERIFY_SERVER_CERT, &verify);
+}
+
 // The server chooses how the password is proved. Left out are the ways that hand it over as it is, and those that
 // encrypt it with a key which the server itself has just named, unless it is known whose server that is.
 void SetPasswordMethods(MYSQL* handle, const Settings& settings, const Server& server)
@@ -123,6 +130,20 @@ void SetPasswordMethods(MYSQL* handle, const Settings& settings, const Server& s
 bool IsEncryptedAsWanted(MYSQL* handle, const Settings& settings, const Server& server)
 {
     return !WantsTls(settings, server) || mysql_get_ssl_cipher(handle) != nullptr;
+}
+
+// Newer client libraries also take a certificate that no authority has signed, from a server on this machine or one
+// that knows the account's password.
+bool IsCertifiedAsWanted([[maybe_unused]] MYSQL* handle, [[maybe_unused]] const Settings& settings,
+                         [[maybe_unused]] const Server& server)
+{
+#if MARIADB_PACKAGE_VERSION_ID >= 30402
+    unsigned int status = MARIADB_TLS_VERIFY_OK;
+    return !WantsTls(settings, server) || !settings.tlsVerify ||
+           (mariadb_get_infov(handle, MARIADB_TLS_VERIFY_STATUS, &status) == 0 && status == MARIADB_TLS_VERIFY_OK);
+#else
+    return true; // else there would be no connection
+#endif
 }
 
 // A statement may take its time; a server that is only being connected to may not.
@@ -202,12 +223,15 @@ bool Connect(MYSQL* handle, const Settings& settings, const Server& server)
     }
     if (WantsTls(settings, server)) {
         SetTls(handle, settings);
+    } else {
+        AllowNoTls(handle);
     }
     SetPasswordMethods(handle, settings, server);
     SetConnectTimeouts(handle, settings);
     RefuseFilesAndReconnecting(handle);
     return Login(handle, settings, server) && IsEncryptedAsWanted(handle, settings, server) &&
-           UndoDefaultsFile(handle, settings) && Run(handle, SettingStatement(settings)) && Run(handle, kNothing);
+           IsCertifiedAsWanted(handle, settings, server) && UndoDefaultsFile(handle, settings) &&
+           Run(handle, SettingStatement(settings)) && Run(handle, kNothing);
 }
 
 Handle NewHandle()
@@ -251,7 +275,10 @@ Failure FailureToConnect(MYSQL* handle)
 {
     switch (mysql_errno(handle)) {
     case 0:
-        return {CR_SSL_CONNECTION_ERROR, "the server does not encrypt; ssl=off connects all the same"};
+        return {CR_SSL_CONNECTION_ERROR, mysql_get_ssl_cipher(handle) == nullptr
+                                             ? "the server does not encrypt; ssl=off connects all the same"
+                                             : "no authority that is known here has signed the server's certificate; "
+                                               "ssl-ca=FILE names another"};
     case CR_PLUGIN_NOT_ALLOWED:
         return {CR_PLUGIN_NOT_ALLOWED,
                 "the server asks for the password itself, over a connection that is not encrypted or to a server whose "
