@@ -164,6 +164,7 @@ Exit Serve(const LocalCall& call)
         call.terminal.err << line << '\n';
     };
     options.log = say;
+    options.catalogues = CatalogueFolder();
     const auto open = [&call] {
         auto session = std::make_shared<Session>(call.arguments);
         return std::shared_ptr<CAConnect>(session, &session->Directory().Connection());

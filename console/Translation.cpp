@@ -17,8 +17,6 @@ namespace console {
 namespace {
 
 constexpr const char* kDomain = "qvadmin";
-/// Between a context and a text in a catalogue.
-constexpr char kContextEnd = '\4';
 
 class FreeLocale {
 public:
@@ -72,6 +70,12 @@ std::string_view LocaleName()
 
 } // namespace
 
+std::filesystem::path CatalogueFolder()
+{
+    std::error_code error;
+    return management::FileOfProgram(QV_LOCALE_DIRECTORY, error);
+}
+
 void ChooseLanguage()
 {
     language.reset();
@@ -82,9 +86,8 @@ void ChooseLanguage()
     if (locale == nullptr || std::string_view(::nl_langinfo_l(CODESET, locale.get())) != "UTF-8") {
         return;
     }
-    std::error_code error;
-    const std::filesystem::path catalogues = management::FileOfProgram(QV_LOCALE_DIRECTORY, error);
-    if (error) {
+    const std::filesystem::path catalogues = CatalogueFolder();
+    if (catalogues.empty()) {
         return;
     }
     ::bindtextdomain(kDomain, catalogues.c_str());
@@ -107,9 +110,7 @@ std::string Translated(const Sentence& sentence)
 
 std::string TranslatedColumn(std::string_view name)
 {
-    const std::string key = "column" + (kContextEnd + std::string(name));
-    const std::string found = language == nullptr ? key : language->Find(key);
-    return found == key ? std::string(name) : found;
+    return language == nullptr ? std::string(name) : language->FindName(name);
 }
 
 } // namespace console

@@ -130,4 +130,16 @@ Level LeastLevel(const Command& command)
     return command.level.value_or(isHarmless ? Level::readOnly : Level::full);
 }
 
+Level LeastLevel(const Command& command, const ArgumentSource& source)
+{
+    const bool isAsked = command.handler.isQuestion != nullptr && command.handler.isQuestion(source);
+    return isAsked ? Level::readOnly : LeastLevel(command);
+}
+
+bool IsReading(const Command& command, const ArgumentSource& source)
+{
+    return command.effect == Effect::read ||
+           (command.handler.isQuestion != nullptr && command.handler.isQuestion(source));
+}
+
 } // namespace management

@@ -141,6 +141,9 @@ constexpr std::span<const std::string_view> GivenOf(const Examples& examples)
 struct Handler {
     std::vector<ParamInfo> (*params)() = [] { return std::vector<ParamInfo>(); };
     Result (*run)(Call& call, const ArgumentSource& source) = nullptr;
+    /// Of a command that writes, whether it only reads with these arguments; null: it never does. @throws Error
+    /// (invalid).
+    bool (*isQuestion)(const ArgumentSource& source) = nullptr;
 };
 
 /// A row of the table. One without `handler.run` heads the rows that have its two words and a third, and has neither
@@ -166,6 +169,10 @@ struct Command {
 /// The least level that may run a command in the web console: what is there may be read by everybody who is let in;
 /// what changes something, asks for a password again or tries a secret is for those of the level full.
 Level LeastLevel(const Command& command);
+/// The same with arguments: a command that writes, and is only asked with these, reads. @throws Error (invalid).
+Level LeastLevel(const Command& command, const ArgumentSource& source);
+/// Whether a command only reads with these arguments. @throws Error (invalid).
+bool IsReading(const Command& command, const ArgumentSource& source);
 
 /// All commands, noun by noun, in the order in which help lists them.
 const std::vector<Command>& Commands();
@@ -324,9 +331,13 @@ inline Result AsRead(Result result)
 template <auto Member, auto Show, auto Body, auto& Params>
 constexpr Handler ReadOrWrite()
 {
-    return binding::HandlerOf<Params>([](Call& call, const auto& in) {
+    Handler handler = binding::HandlerOf<Params>([](Call& call, const auto& in) {
         return static_cast<bool>(in.*Member) ? RunInChange<Body>(call, in) : AsRead(Show(call, in));
     });
+    handler.isQuestion = [](const ArgumentSource& source) {
+        return !static_cast<bool>(binding::ReadInput<Params>(source).*Member);
+    };
+    return handler;
 }
 
 /// Works a plan out once more, inside the Change that carries it out. @throws Error (conflict) when it differs from
@@ -400,9 +411,11 @@ constexpr Handler WriteInSteps()
 template <auto IsQuestion, auto Show, auto Otherwise, auto& Params>
 constexpr Handler ReadOr()
 {
-    return binding::HandlerOf<Params>([](Call& call, const auto& in) {
+    Handler handler = binding::HandlerOf<Params>([](Call& call, const auto& in) {
         return IsQuestion(in) ? AsRead(RunInSnapshot<Show>(call, in)) : Otherwise(call, in);
     });
+    handler.isQuestion = [](const ArgumentSource& source) { return IsQuestion(binding::ReadInput<Params>(source)); };
+    return handler;
 }
 
 } // namespace management

@@ -2,6 +2,9 @@
 
 #include "management/Text.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace management {
 
 namespace {
@@ -37,7 +40,7 @@ void WriteAsData(const ParamInfo& param, JsonWriter& json)
     json.BeginObject();
     json.WriteMember("name", AsText(param.name));
     json.WriteMember("kind", AsText(NameOf(param.kind)));
-    json.WriteMember("help", AsText(param.help));
+    json.WriteMember("help", SentenceValue(Sentence(param.help)));
     json.WriteMember("positional", param.isPositional);
     json.WriteMember("required", param.isRequired);
     json.WriteMember("list", param.isList);
@@ -67,7 +70,7 @@ void WriteAsData(const Command& command, JsonWriter& json)
         }
     }
     json.End();
-    json.WriteMember("summary", AsText(command.summary));
+    json.WriteMember("summary", SentenceValue(Sentence(command.summary)));
     json.WriteMember("effect", AsText(NameOf(command.effect)));
     json.WriteMember("asks", command.asks);
     json.WriteMember("long_running", command.duration == Duration::longRunning);
@@ -94,6 +97,32 @@ void WriteAsData(const Command& command, JsonWriter& json)
     }
     json.End();
     json.End();
+}
+
+std::set<std::string> NamesIn(std::span<const Command> commands)
+{
+    std::set<std::string> names = {"line", "outcome"};
+    const auto add = [&names](std::string_view name) {
+        std::string small(name);
+        std::ranges::transform(small, small.begin(),
+                               [](char ch) { return ch >= 'A' && ch <= 'Z' ? ch - 'A' + 'a' : ch; });
+        names.insert(std::move(small));
+    };
+    for (const Command& command : commands) {
+        for (const ParamInfo& param : command.handler.params()) {
+            if (!param.isSet) {
+                add(param.name);
+                continue;
+            }
+            for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
+                add(text.name);
+            }
+        }
+        for (const Column& column : command.columns) {
+            add(column.name);
+        }
+    }
+    return names;
 }
 
 std::string_view NameOf(ErrorCode code)
@@ -138,7 +167,7 @@ void WriteOutcomes(JsonWriter& json, const std::vector<Outcome>& outcomes)
         json.WriteMember("id", std::int64_t{outcome.id});
         json.WriteMember("name", TextValue(outcome.name));
         json.WriteMember("outcome", TextValue(std::string(outcome.outcome)));
-        json.WriteMember("message", TextValue(outcome.sentence.English()));
+        json.WriteMember("message", SentenceValue(outcome.sentence));
         json.End();
     }
     json.End();

@@ -3,6 +3,8 @@
 #include "management/Command.h"
 #include "management/JsonWriter.h"
 
+#include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +15,9 @@ namespace management {
 
 /// Writes what programs may know of a row, as an object. A set of options comes out as these options.
 void WriteAsData(const Command& command, JsonWriter& json);
+
+/// The names of the columns and parameters of rows, and of what imports tell of theirs, in small letters, each once.
+std::set<std::string> NamesIn(std::span<const Command> commands);
 
 /// Writes the member `outcomes`: what became of each thing that a command was about.
 void WriteOutcomes(JsonWriter& json, const std::vector<Outcome>& outcomes);

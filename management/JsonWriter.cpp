@@ -51,7 +51,8 @@ void JsonWriter::Write(const Value& value)
                           [this](std::int64_t number) { m_out << std::to_string(number); },
                           [this](bool flag) { m_out << (flag ? "true" : "false"); },
                           [this](const Choice& choice) { m_out << std::to_string(choice.number); },
-                          [this](const std::string& text) { WriteText(text, m_out); }},
+                          [this](const TextValue& text) { WriteText(text, m_out); },
+                          [this](const SentenceValue& sentence) { WriteText(Said(sentence), m_out); }},
                value);
 }
 

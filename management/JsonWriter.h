@@ -24,7 +24,7 @@ public:
     void End();
     /// Writes the name of a member; its value comes next.
     void WriteName(std::string_view name);
-    /// Bytes that are not UTF-8 are replaced.
+    /// Bytes that are not UTF-8 are replaced. Sentences are said in the language of the thread (Speaking).
     void Write(const Value& value);
 
     void WriteMember(std::string_view name, const Value& value);

@@ -3,6 +3,7 @@
 #include <fmt/args.h>
 
 #include <functional>
+#include <utility>
 
 namespace management {
 
@@ -26,6 +27,8 @@ std::string EnglishOf(const Sentence::Origin& origin)
     return Fill(isPlural ? origin.plural : origin.pattern, origin.arguments,
                 [](const Sentence::Argument& argument) { return argument.text.English(); });
 }
+
+thread_local const Language* spoken = nullptr;
 
 } // namespace
 
@@ -65,6 +68,24 @@ std::string Translate(const Sentence& sentence, const Language& language)
     } catch (const fmt::format_error&) {
         return sentence.English();
     }
+}
+
+std::string Language::FindName(std::string_view name) const
+{
+    const std::string key = "column\4" + std::string(name); // a context, and what catalogues have behind it
+    const std::string found = Find(key);
+    return found == key ? std::string(name) : found;
+}
+
+Speaking::Speaking(const Language* language) noexcept : m_before(std::exchange(spoken, language)) {}
+
+Speaking::~Speaking() { spoken = m_before; }
+
+const Language* Speaking::Present() noexcept { return spoken; }
+
+std::string Said(const Sentence& sentence)
+{
+    return spoken == nullptr ? sentence.English() : Translate(sentence, *spoken);
 }
 
 } // namespace management

@@ -137,10 +137,31 @@ public:
     /// The same of a pattern that depends on a count.
     [[nodiscard]] virtual std::string FindPlural(const std::string& one, const std::string& others,
                                                  std::uint64_t count) const = 0;
+    /// What people read for the name of a column or parameter; the name where the language has nothing for it.
+    [[nodiscard]] std::string FindName(std::string_view name) const;
 };
 
 /// A sentence in a language; in English where the language does not have it, or has something that cannot be filled.
 std::string Translate(const Sentence& sentence, const Language& language);
+
+/// Has its thread say sentences in a language until it goes. Of several that are there, the last one made counts.
+class Speaking {
+public:
+    /// @param language  outlives this; null: English.
+    explicit Speaking(const Language* language) noexcept;
+    Speaking(const Speaking&) = delete;
+    Speaking& operator=(const Speaking&) = delete;
+    ~Speaking();
+
+    /// The language of this thread; null: English.
+    [[nodiscard]] static const Language* Present() noexcept;
+
+private:
+    const Language* m_before;
+};
+
+/// A sentence in the language of this thread.
+std::string Said(const Sentence& sentence);
 
 // ---- Making sentences -----------------------------------------------------------------------------------------------
 

@@ -162,15 +162,16 @@ SignIn CheckCode(CAConnect& conn, const StoredAccount& stored, const std::string
 }
 
 /// Why a user is not let in with the right password.
-std::string ReasonAgainst(const StoredAccount& stored)
+Sentence ReasonAgainst(const StoredAccount& stored)
 {
     if (stored.isLocked) {
-        return "this user is locked";
+        return Translatable("this user is locked");
     }
     if (stored.OwnLevel() == Level::none) {
-        return "only super users of the directory, and users to whom one of them gave a level, may use this console";
+        return Translatable(
+            "only super users of the directory, and users to whom one of them gave a level, may use this console");
     }
-    return fmt::format("the password is stored as plain text; set a new one first: qvadmin user password set {}",
+    return FillPattern("the password is stored as plain text; set a new one first: qvadmin user password set {}",
                        stored.login);
 }
 

@@ -38,7 +38,7 @@ struct SignIn {
 
     Outcome outcome = Outcome::wrong;
     std::optional<Account> account = {}; ///< of who is let in
-    std::string reason = {};
+    management::Sentence reason = {};
     bool hasUsedRecoveryCode = false;
 };
 

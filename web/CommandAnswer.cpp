@@ -122,7 +122,7 @@ public:
     {
         const Secret* given = m_arguments->FindSecret(question.name);
         if (given == nullptr) {
-            throw Error(ErrorCode::invalid, fmt::format("{} is required", question.name));
+            throw Error(ErrorCode::invalid, FillPattern("{} is required", question.name));
         }
         if (question.isRepeated && question.name == "password") {
             typedPassword = given;
@@ -156,7 +156,7 @@ public:
     Table table;
     bool isCut = false;
     std::vector<Outcome> outcomes;
-    std::vector<std::string> notes;
+    std::vector<Sentence> notes;
     std::optional<Plan> plan;
     std::string digest;
     std::string madeUp;
@@ -178,14 +178,13 @@ private:
         }
         if (m_confirmed.empty() || !IsSame(m_confirmed, digest)) {
             throw Error(ErrorCode::confirmationRequired,
-                        m_confirmed.empty()
-                            ? shown.question.English()
-                            : fmt::format("what is to be done has changed; {}", shown.nothingDone.English()));
+                        m_confirmed.empty() ? shown.question
+                                            : FillPattern("what is to be done has changed; {}", shown.nothingDone));
         }
         needsPassword = shown.removed > kMostWithoutPassword && !m_caller.hasConfirmed;
         if (needsPassword) {
             throw Error(ErrorCode::confirmationRequired,
-                        fmt::format("this removes {} things; give your password first", shown.removed));
+                        FillPattern("this removes {} things; give your password first", shown.removed));
         }
     }
 
@@ -218,6 +217,7 @@ void WriteParts(JsonWriter& json, const Result& result)
 /// By which a caller says what it saw.
 std::string VersionOf(const Result& result)
 {
+    const Speaking english(nullptr); // who reads another language has seen the same
     std::ostringstream out;
     JsonWriter json(out, JsonWriter::Layout::line);
     json.BeginObject();
@@ -230,8 +230,8 @@ void WriteFinding(JsonWriter& json, const Finding& finding)
 {
     json.WriteName("finding");
     json.BeginObject();
-    json.WriteMember("sentence", TextValue(finding.sentence.English()));
-    WriteTexts(json, "notes", {finding.notes.begin(), finding.notes.end()});
+    json.WriteMember("sentence", SentenceValue(finding.sentence));
+    WriteSentences(json, "notes", finding.notes);
     WriteRows(json, "rows", finding.rows);
     json.End();
 }
@@ -296,10 +296,10 @@ std::string BodyOf(const CommandRequest& request, const WebFrontEnd& front, cons
         WritePlan(json, *front.plan, front.digest);
     }
     if (!front.notes.empty()) {
-        WriteTexts(json, "notes", front.notes);
+        WriteSentences(json, "notes", front.notes);
     }
     if (result.error) {
-        json.WriteMember("error", TextValue(std::string(result.error->what())));
+        json.WriteMember("error", SentenceValue(result.error->Why()));
     }
     WriteMadeUp(json, front);
     json.End();
@@ -323,7 +323,7 @@ std::optional<Problem> FindChange(CAConnect& conn, const Condition& condition, c
     }
     return Problem{412,
                    "changed_meanwhile",
-                   "somebody else has changed this in the meantime; nothing was saved",
+                   Translatable("somebody else has changed this in the meantime; nothing was saved"),
                    {},
                    {},
                    {},
@@ -376,7 +376,7 @@ std::optional<Problem> FindSuperUser(CAConnect& conn, const std::vector<Outcome>
         return std::nullopt;
     }
     return Problem{403, kNotAllowed,
-                   fmt::format("{} is a super user, whom {} may not change; nothing was changed", Visible(login),
+                   FillPattern("{} is a super user, whom {} may not change; nothing was changed", Visible(login),
                                WithArticle(caller.level))};
 }
 
@@ -569,7 +569,7 @@ public:
             m_control.ShowProgress(static_cast<long>(done), static_cast<long>(m_total));
         }
         if (done < m_total) {
-            m_front.notes.push_back(fmt::format("stopped after {} of {}", done, m_total));
+            m_front.notes.push_back(FillPattern("stopped after {} of {}", done, m_total));
         }
         m_front.plan.reset();
         m_result.isChanged = m_isChanged;
@@ -622,7 +622,7 @@ private:
         } catch (const Error& e) {
             if (m_isAsked || e.Code() == ErrorCode::database) {
                 throw Error(e.Code(),
-                            fmt::format("{}; before that, it was done for {} of {}", e.what(), m_done, m_total));
+                            FillPattern("{}; before that, it was done for {} of {}", e.Why(), m_done, m_total));
             }
         }
         for (const std::string& one : part.arguments.Many()) {
@@ -643,7 +643,7 @@ private:
             if (e.Code() == ErrorCode::database) {
                 throw;
             }
-            const Outcome failed{"user", 0, one, "failed", e.what()};
+            const Outcome failed{"user", 0, one, "failed", e.Why()};
             m_front.outcomes.push_back(failed);
             m_control.TakeOutcome(failed, true);
             return std::nullopt;
@@ -725,7 +725,7 @@ Response RunCommandAsJob(CAConnect& conn, const CommandRequest& request, const C
 {
     WebFrontEnd front(request.command, *request.arguments, request.confirmed, caller, &control);
     return Answered(request, front, [&] {
-        if (request.command.effect == Effect::read) {
+        if (IsReading(request.command, *request.arguments)) {
             return RunReading(conn, request, front);
         }
         if (request.command.duration == Duration::longRunning) {
@@ -753,6 +753,16 @@ void WriteTexts(JsonWriter& json, std::string_view name, const std::vector<std::
     json.End();
 }
 
+void WriteSentences(JsonWriter& json, std::string_view name, std::span<const Sentence> sentences)
+{
+    json.WriteName(name);
+    json.BeginArray();
+    for (const Sentence& sentence : sentences) {
+        json.Write(SentenceValue(sentence));
+    }
+    json.End();
+}
+
 void WriteRecord(JsonWriter& json, const Record& record)
 {
     for (const auto& [name, value] : record) {
@@ -762,13 +772,12 @@ void WriteRecord(JsonWriter& json, const Record& record)
 
 void WritePlan(JsonWriter& json, const Plan& plan, const std::string& digest)
 {
-    std::vector<std::string> lines(plan.lines.begin(), plan.lines.end());
-    lines.resize(std::min(lines.size(), kMostPlanLines));
+    const std::span lines = std::span(plan.lines).first(std::min(plan.lines.size(), kMostPlanLines));
     json.WriteName("plan");
     json.BeginObject();
-    WriteTexts(json, "lines", lines);
+    WriteSentences(json, "lines", lines);
     json.WriteMember("further_lines", static_cast<std::int64_t>(plan.lines.size() - lines.size()));
-    json.WriteMember("question", TextValue(plan.question.English()));
+    json.WriteMember("question", SentenceValue(plan.question));
     json.WriteMember("removed", static_cast<std::int64_t>(plan.removed));
     json.WriteMember("digest", TextValue(digest));
     json.End();

@@ -6,6 +6,7 @@
 #include "web/Problem.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,6 +51,8 @@ int LatestEntry(CAConnect& conn);
 // Parts of answers. A value that stands for a word comes out as the word.
 
 void WriteTexts(management::JsonWriter& json, std::string_view name, const std::vector<std::string>& texts);
+void WriteSentences(management::JsonWriter& json, std::string_view name,
+                    std::span<const management::Sentence> sentences);
 void WriteRecord(management::JsonWriter& json, const management::Record& record);
 void WritePlan(management::JsonWriter& json, const management::Plan& plan, const std::string& digest);
 

@@ -3,8 +3,6 @@
 #include "management/CommandData.h"
 #include "management/Text.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <unordered_set>
 
@@ -41,12 +39,12 @@ std::vector<Offered> OfferedBy(const Command& command)
     return all;
 }
 
-[[noreturn]] void Refuse(const std::string& sentence) { throw Error(ErrorCode::invalid, sentence); }
+[[noreturn]] void Refuse(const Sentence& sentence) { throw Error(ErrorCode::invalid, sentence); }
 
 std::string TextOfMember(const std::string& name, const JsonValue& value)
 {
     if (value.type != JsonValue::Type::text && value.type != JsonValue::Type::number) {
-        Refuse(fmt::format("{} is neither a text nor a number", name));
+        Refuse(FillPattern("{} is neither a text nor a number", name));
     }
     return value.text;
 }
@@ -66,7 +64,7 @@ void RequireKnown(const JsonValue& object, std::initializer_list<std::string_vie
 {
     for (const auto& [name, value] : object.members) {
         if (std::ranges::find(known, name) == known.end()) {
-            Refuse(fmt::format("there is no member {}", Quoted(name)));
+            Refuse(FillPattern("there is no member {}", Quoted(name)));
         }
     }
 }
@@ -123,7 +121,7 @@ void RefuseExcluded(const WebArguments& given, const std::vector<Offered>& offer
     const auto isGiven = [&given](std::string_view name) { return !given.ValuesOf(name).empty(); };
     for (const Offered& param : offered) {
         if (!param.excludes.empty() && isGiven(param.name) && isGiven(param.excludes)) {
-            Refuse(fmt::format("{} and {} cannot be given together", param.name, param.excludes));
+            Refuse(FillPattern("{} and {} cannot be given together", param.name, param.excludes));
         }
     }
 }
@@ -172,7 +170,7 @@ WebArguments::WebArguments(const Command& command, const JsonValue* given, const
     for (const auto& [name, value] : values.members) {
         const auto param = std::ranges::find(offered, name, &Offered::name);
         if (param == offered.end()) {
-            Refuse(fmt::format("{} has no parameter {}", PathText(command), Quoted(name)));
+            Refuse(FillPattern("{} has no parameter {}", PathText(command), Quoted(name)));
         }
         if (param->isList && value.type == JsonValue::Type::object) {
             TakeResult(name, param->kind, value, results);
@@ -214,12 +212,12 @@ void WebArguments::Take(const std::string& name, Kind kind, bool isList, const J
     }
     if (kind == Kind::flag) {
         if (value.type != JsonValue::Type::boolean) {
-            Refuse(fmt::format("{} is neither true nor false", name));
+            Refuse(FillPattern("{} is neither true nor false", name));
         }
         m_values[name] = {value.text};
     } else if (kind == Kind::secret) {
         if (value.type != JsonValue::Type::text || value.text.size() > Secret::kLongest) {
-            Refuse(fmt::format("{} is not a text of at most {} bytes", name, Secret::kLongest));
+            Refuse(FillPattern("{} is not a text of at most {} bytes", name, Secret::kLongest));
         }
         m_secrets.emplace(name, Secret(value.text));
     } else if (isList && value.type == JsonValue::Type::array) {
@@ -235,7 +233,7 @@ void WebArguments::TakeResult(const std::string& name, Kind kind, const JsonValu
 {
     RequireKnown(value, {"result", "except"});
     if ((kind != Kind::user && kind != Kind::holder) || value.Find("result") == nullptr) {
-        Refuse(fmt::format("{} is neither users nor a list of them", name));
+        Refuse(FillPattern("{} is neither users nor a list of them", name));
     }
     const std::string prefix = kind == Kind::user ? "id:" : "user:id:";
     const Results::Ids ids = results.results.Find(MemberText(value, "result"), results.session);
@@ -255,7 +253,7 @@ void WebArguments::TakeResult(const std::string& name, Kind kind, const JsonValu
         }
     }
     if (users.size() > results.most) {
-        Refuse(fmt::format("these are {} people; more than {} at once are for a job, or for qvadmin in a shell",
+        Refuse(FillPattern("these are {} people; more than {} at once are for a job, or for qvadmin in a shell",
                            users.size(), results.most));
     }
 }

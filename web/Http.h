@@ -35,6 +35,7 @@ struct Response {
     std::string type;
     std::string body;
     NamedValues headers = {};
+    std::string language = {}; ///< of what it has for people; empty: that of the request
 };
 
 /// Where the answer to one request goes. Copies stand for the same request; any thread may use them, also after the

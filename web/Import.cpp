@@ -130,16 +130,16 @@ Response Import::Run(CAConnect& conn, JobControl& control)
     front.SetCall(call);
     m_order.options.takeFailed = [&front](const CsvRecord& record) { front.TakeFailed(record); };
     std::optional<Synchronisation> synchronisation;
-    std::string error;
+    Sentence error;
     try {
         Carry(call, front, report, synchronisation);
-        error = report.cutShort.IsEmpty() ? "" : "stopped";
+        error = report.cutShort.IsEmpty() ? "" : Translatable("stopped");
     } catch (const Error& e) {
-        error = e.what();
+        error = e.Why();
     } catch (const std::bad_alloc&) {
-        error = "out of memory";
+        error = Translatable("out of memory");
     } catch (const std::exception&) {
-        error = "the server has failed";
+        error = Translatable("the server has failed");
     }
     front.Settle();
     {
@@ -198,7 +198,7 @@ void Import::Write(JsonWriter& json, bool withRows) const
 {
     const std::lock_guard lock(m_mutex);
     json.WriteMember("dry_run", m_order.dryRun);
-    json.WriteMember("error", TextValue(m_error));
+    json.WriteMember("error", SentenceValue(m_error));
     for (std::size_t i = 0; i < kRowFates.size(); ++i) {
         if (static_cast<RowFate>(i) != RowFate::failed) {
             json.WriteMember(kRowFates.at(i), std::int64_t{m_report.counts.at(i)});

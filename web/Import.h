@@ -70,7 +70,7 @@ private:
     Rows m_leaverRows;                  ///< the first ones of people who have left
     std::optional<management::SynchronisationReport> m_leavers;
     std::string m_leaversDigest;
-    std::string m_error;
+    management::Sentence m_error;
     int m_entry = 0;
 };
 

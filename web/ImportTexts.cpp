@@ -36,7 +36,7 @@ std::string WithColumns(const std::string& text, char delimiter, const JsonValue
     std::istringstream first(text.substr(0, EndOfHeader(text)));
     const std::optional<CsvRecord> header = CsvReader(first, delimiter).Next();
     if (!header || header->fields.size() != names.size()) {
-        throw Error(ErrorCode::invalid, fmt::format("the text has {} columns, and {} are named",
+        throw Error(ErrorCode::invalid, FillPattern("the text has {} columns, and {} are named",
                                                     header ? header->fields.size() : 0, names.size()));
     }
     std::ostringstream out;

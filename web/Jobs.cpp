@@ -35,9 +35,9 @@ void Job::Run(CAConnect& conn, const Surroundings& surroundings) noexcept
     } catch (const Error& e) {
         Finish(ResponseOf(ProblemOf(e)));
     } catch (const std::bad_alloc&) {
-        Finish(ResponseOf({500, "failed", "out of memory; look before you try again"}));
+        Finish(ResponseOf(OutOfMemory()));
     } catch (const std::exception&) {
-        Finish(ResponseOf({500, "failed", "the server has failed; look before you try again"}));
+        Finish(ResponseOf(ServerFailed()));
     }
 }
 

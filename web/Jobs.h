@@ -40,7 +40,7 @@ public:
         std::function<bool()> isEnding;
     };
 
-    Job(int id, Order order) : m_id(id), m_order(std::move(order)) {}
+    Job(int id, Order order) : m_id(id), m_order(std::move(order)), m_language(management::Speaking::Present()) {}
 
     /// To be called once. Throws nothing: what went wrong is in the answer.
     void Run(CAConnect& conn, const Surroundings& surroundings) noexcept;
@@ -50,6 +50,8 @@ public:
     void Fail(Response answer) { Finish(std::move(answer)); }
 
     [[nodiscard]] int Id() const { return m_id; }
+    /// The language that it was made in, and that its answer is for.
+    [[nodiscard]] const management::Language* ItsLanguage() const { return m_language; }
     [[nodiscard]] const std::string& Login() const { return m_order.login; }
     [[nodiscard]] const std::string& What() const { return m_order.what; }
     [[nodiscard]] const std::shared_ptr<const Import>& ItsImport() const { return m_order.import; }
@@ -74,6 +76,7 @@ private:
 
     int m_id;
     Order m_order;
+    const management::Language* m_language;
     const Surroundings* m_surroundings = nullptr; ///< of the thread that runs it
     std::atomic<bool> m_isStopped = false;
     mutable std::mutex m_mutex; ///< of all below

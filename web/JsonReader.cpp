@@ -2,7 +2,6 @@
 
 #include "management/Errors.h"
 
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -11,8 +10,7 @@ namespace web {
 
 namespace {
 
-using management::Error;
-using management::ErrorCode;
+using namespace management;
 
 constexpr std::size_t kDeepest = 16;
 constexpr std::size_t kMostValues = 10000;
@@ -21,7 +19,7 @@ constexpr std::size_t kMostValues = 10000;
 class Builder : public nlohmann::json_sax<nlohmann::json> {
 public:
     JsonValue root;
-    std::string trouble;
+    Sentence trouble;
 
     bool null() override { return Add({}); }
     bool boolean(bool value) override { return Add({JsonValue::Type::boolean, value ? "1" : "0", {}, {}}); }
@@ -35,7 +33,7 @@ public:
     }
     bool number_float(number_float_t /*value*/, const string_t& text) override
     {
-        return Refuse("the number " + text + " is not whole");
+        return Refuse(FillPattern("the number {} is not whole", text));
     }
     bool string(string_t& value) override
     {
@@ -50,7 +48,7 @@ public:
     {
         std::vector<JsonMember>& members = m_open.back()->members;
         if (std::ranges::find(members, value, &JsonMember::name) != members.end()) {
-            return Refuse("the member '" + value + "' is there twice");
+            return Refuse(FillPattern("the member {} is there twice", Quoted(value)));
         }
         members.push_back({value, JsonValue()});
         return true;
@@ -99,9 +97,9 @@ private:
         m_open.pop_back();
         return true;
     }
-    bool Refuse(const std::string& why)
+    bool Refuse(const Sentence& why)
     {
-        trouble = trouble.empty() ? why : trouble;
+        trouble = trouble.IsEmpty() ? why : trouble;
         return false;
     }
 
@@ -121,7 +119,7 @@ std::string MemberText(const JsonValue& object, std::string_view name)
 {
     const JsonValue* text = object.Find(name);
     if (text != nullptr && text->type != JsonValue::Type::text) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is not a text", name));
+        throw Error(ErrorCode::invalid, FillPattern("{} is not a text", name));
     }
     return text == nullptr ? "" : text->text;
 }
@@ -130,7 +128,7 @@ bool MemberFlag(const JsonValue& object, std::string_view name)
 {
     const JsonValue* flag = object.Find(name);
     if (flag != nullptr && flag->type != JsonValue::Type::boolean) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is neither true nor false", name));
+        throw Error(ErrorCode::invalid, FillPattern("{} is neither true nor false", name));
     }
     return flag != nullptr && flag->text == "1";
 }
@@ -140,7 +138,9 @@ JsonValue ReadJsonObject(const std::string& body)
     Builder builder;
     const bool isRead = nlohmann::json::sax_parse(body, &builder);
     if (!isRead || builder.root.type != JsonValue::Type::object) {
-        throw Error(ErrorCode::invalid, "the body is not taken: " + (isRead ? "it is not an object" : builder.trouble));
+        throw Error(ErrorCode::invalid,
+                    FillPattern("the body is not taken: {}",
+                                isRead ? Sentence(Translatable("it is not an object")) : builder.trouble));
     }
     return std::move(builder.root);
 }

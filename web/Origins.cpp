@@ -36,7 +36,8 @@ Origin ReadOrigin(const std::string& text)
     if (authority.empty() || authority.find_first_of("/?#@ ") != std::string::npos) {
         throw management::Error(
             management::ErrorCode::invalid,
-            fmt::format("{} is not an origin; write one such as https://admin.example.org", management::Quoted(text)));
+            management::FillPattern("{} is not an origin; write one such as https://admin.example.org",
+                                    management::Quoted(text)));
     }
     return {isSecure, WithoutUsualPort(InSmallLetters(authority), isSecure)};
 }

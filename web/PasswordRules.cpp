@@ -3,7 +3,6 @@
 #include "management/Names.h"
 #include "management/Text.h"
 
-#include <fmt/format.h>
 #include <pwquality.h>
 
 #include <algorithm>
@@ -102,19 +101,20 @@ std::optional<Problem> FindWeakness(std::string_view password, std::span<const P
     const bool isForSuper = std::ranges::any_of(owners, &PasswordOwner::isSuper);
     const std::size_t least = isForSuper ? kShortestPasswordOfSuperUser : kShortestPassword;
     if (CharactersOf(password) < least) {
-        return Problem{
-            unprocessable, isForSuper ? "password_short_super" : "password_short",
-            fmt::format("the password{} needs at least {} characters", isForSuper ? " of a super user" : "", least)};
+        return isForSuper ? Problem{unprocessable, "password_short_super",
+                                    FillPattern("the password of a super user needs at least {} characters", least)}
+                          : Problem{unprocessable, "password_short",
+                                    FillPattern("the password needs at least {} characters", least)};
     }
     for (const PasswordOwner& owner : owners) {
         if (IsNameOf(password, owner)) {
             return Problem{unprocessable, "password_is_name",
-                           fmt::format("the password is the login name, the name or the company of {}; take another",
+                           FillPattern("the password is the login name, the name or the company of {}; take another",
                                        Visible(owner.login))};
         }
     }
     if (IsEasy(password)) {
-        return Problem{unprocessable, "password_easy", "the password is easy to guess; take another"};
+        return Problem{unprocessable, "password_easy", Translatable("the password is easy to guess; take another")};
     }
     return std::nullopt;
 }

@@ -3,8 +3,6 @@
 #include "management/CommandData.h"
 #include "web/CommandAnswer.h"
 
-#include <fmt/format.h>
-
 #include <sstream>
 
 namespace web {
@@ -34,9 +32,13 @@ int StatusOf(ErrorCode code)
 
 } // namespace
 
-Problem PasswordRequired() { return {403, "password_required", "this asks for your password again"}; }
+Problem PasswordRequired() { return {403, "password_required", Translatable("this asks for your password again")}; }
 
-std::string WithArticle(Level level) { return fmt::format("an administrator of the level {}", NameOf(level)); }
+Problem OutOfMemory() { return {500, "failed", Translatable("out of memory; look before you try again")}; }
+
+Problem ServerFailed() { return {500, "failed", Translatable("the server has failed; look before you try again")}; }
+
+Sentence WithArticle(Level level) { return FillPattern("an administrator of the level {}", NameOf(level)); }
 
 Response ResponseOf(const Problem& problem)
 {
@@ -47,7 +49,7 @@ Response ResponseOf(const Problem& problem)
     json.WriteMember("type", TextValue("/problems/" + std::string(problem.code)));
     json.WriteMember("status", std::int64_t{problem.status});
     json.WriteMember("code", TextValue(std::string(problem.code)));
-    json.WriteMember("detail", TextValue(problem.detail));
+    json.WriteMember("detail", SentenceValue(problem.detail));
     if (!problem.candidates.empty()) {
         WriteTexts(json, "candidates", problem.candidates);
     }
@@ -67,7 +69,7 @@ Response ResponseOf(const Problem& problem)
 
 Problem ProblemOf(const Error& error)
 {
-    return {StatusOf(error.Code()), NameOf(error.Code()), error.what(), error.Candidates()};
+    return {StatusOf(error.Code()), NameOf(error.Code()), error.Why(), error.Candidates()};
 }
 
 } // namespace web

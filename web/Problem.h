@@ -15,8 +15,8 @@ namespace web {
 /// Why a request was not carried out, as application/problem+json (RFC 9457).
 struct Problem {
     int status;
-    std::string_view code; ///< one word for programs
-    std::string detail;    ///< one sentence for people
+    std::string_view code;       ///< one word for programs
+    management::Sentence detail; ///< for people
     std::vector<std::string> candidates = {};
     std::optional<management::Plan> plan = {}; ///< what is to be agreed to
     std::string planDigest = {};
@@ -29,8 +29,11 @@ inline constexpr std::string_view kNotAllowed = "not_allowed";
 
 /// That the password is to be given again.
 Problem PasswordRequired();
+/// That something was not done, or perhaps only in part, for a reason that nobody outside can do anything about.
+Problem OutOfMemory();
+Problem ServerFailed();
 /// "an administrator of the level read-only", for sentences.
-std::string WithArticle(management::Level level);
+management::Sentence WithArticle(management::Level level);
 
 Response ResponseOf(const Problem& problem);
 /// What an error of the management layer is over HTTP.

@@ -46,7 +46,7 @@ void RequireKnown(const Request& request, std::initializer_list<std::string_view
 {
     for (const auto& [name, value] : request.query) {
         if (std::ranges::find(known, name) == known.end() && std::ranges::find(alsoKnown, name) == alsoKnown.end()) {
-            throw Error(ErrorCode::invalid, fmt::format("there is no parameter {}", Quoted(name)));
+            throw Error(ErrorCode::invalid, FillPattern("there is no parameter {}", Quoted(name)));
         }
     }
 }
@@ -55,7 +55,7 @@ bool FlagIn(const Request& request, std::string_view name, bool otherwise)
 {
     const std::string text = request.Parameter(name);
     if (!text.empty() && text != "0" && text != "1") {
-        throw Error(ErrorCode::invalid, fmt::format("{} is neither 0 nor 1", name));
+        throw Error(ErrorCode::invalid, FillPattern("{} is neither 0 nor 1", name));
     }
     return text.empty() ? otherwise : text == "1";
 }
@@ -72,14 +72,14 @@ ItemKey ReadKey(const std::string& text)
                     static_cast<int>(binding::ReadNumber("number", text.substr(prefix.size()), {}, binding::kInt))};
         }
     }
-    throw Error(ErrorCode::invalid, fmt::format("{} is not a place; write group:NUMBER or view:NUMBER", Quoted(text)));
+    throw Error(ErrorCode::invalid, FillPattern("{} is not a place; write group:NUMBER or view:NUMBER", Quoted(text)));
 }
 
 const Node& RequireNode(const Organisation& organisation, ItemKey key)
 {
     const Node* node = organisation.Find(key);
     if (node == nullptr) {
-        throw Error(ErrorCode::notFound, fmt::format("there is no {}", KeyText(key)));
+        throw Error(ErrorCode::notFound, FillPattern("there is no {}", KeyText(key)));
     }
     return *node;
 }
@@ -174,7 +174,7 @@ PeopleQuery ReadQuery(const Request& request)
     if (!order.empty()) {
         const auto* const column = std::ranges::find(kPeopleColumns, order);
         if (column == kPeopleColumns.end()) {
-            throw Error(ErrorCode::invalid, fmt::format("people are not sorted by {}", Quoted(order)));
+            throw Error(ErrorCode::invalid, FillPattern("people are not sorted by {}", Quoted(order)));
         }
         query.order = static_cast<PeopleColumn>(column - kPeopleColumns.begin());
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -10,7 +12,7 @@
 namespace web {
 
 /// What is said of a list that is no longer kept.
-inline constexpr const char* kResultGone = "this list is no longer kept; ask for it again";
+inline constexpr const char* kResultGone = management::Translatable("this list is no longer kept; ask for it again");
 
 /// Lists of ids of people that stay as they are while somebody looks through them. Any thread may use it.
 class Results {

@@ -4,7 +4,6 @@
 #include "management/CommandData.h"
 #include "management/JsonWriter.h"
 #include "management/Text.h"
-#include "management/check/Check.h"
 #include "web/Accounts.h"
 #include "web/CommandAnswer.h"
 #include "web/Events.h"
@@ -13,6 +12,7 @@
 #include "web/Jobs.h"
 #include "web/JsonReader.h"
 #include "web/JsonResponse.h"
+#include "web/Languages.h"
 #include "web/Origins.h"
 #include "web/Page.h"
 #include "web/Problem.h"
@@ -52,15 +52,16 @@ constexpr std::chrono::seconds kLookPauseAfterNews{6};
 constexpr double kRequestsASecond = 50;
 constexpr double kMostAtOnce = 200;
 
-Problem NotSignedIn() { return {401, "not_signed_in", "sign in first"}; }
+Problem NotSignedIn() { return {401, "not_signed_in", Translatable("sign in first")}; }
 
-Problem NotFound(const std::string& path) { return {404, "no_route", fmt::format("there is no {}", Quoted(path))}; }
+Problem NotFound(const std::string& path) { return {404, "no_route", FillPattern("there is no {}", Quoted(path))}; }
 
 /// What an answer says to browsers beside its content.
 class GuardedSink final : public Responder::Sink {
 public:
-    GuardedSink(Responder inner, bool isSecure, bool isApi)
-        : m_inner(std::move(inner)), m_isSecure(isSecure), m_isApi(isApi)
+    /// @param language  of what an answer of the API has for people, where it does not say another; empty: it is none.
+    GuardedSink(Responder inner, bool isSecure, std::string language)
+        : m_inner(std::move(inner)), m_isSecure(isSecure), m_language(std::move(language))
     {
     }
 
@@ -77,8 +78,10 @@ public:
         headers.emplace_back("Referrer-Policy", "no-referrer");
         headers.emplace_back("Cross-Origin-Opener-Policy", "same-origin");
         headers.emplace_back("Cross-Origin-Resource-Policy", "same-origin");
-        if (m_isApi) {
+        if (!m_language.empty()) {
             headers.emplace_back("Cache-Control", "no-store");
+            headers.emplace_back("Content-Language", response.language.empty() ? m_language : response.language);
+            headers.emplace_back("Vary", "Accept-Language");
         }
         if (m_isSecure) {
             headers.emplace_back("Strict-Transport-Security", "max-age=31536000");
@@ -89,14 +92,14 @@ public:
 private:
     Responder m_inner;
     bool m_isSecure;
-    bool m_isApi;
+    std::string m_language;
 };
 
 std::string RequiredText(const JsonValue& object, std::string_view name)
 {
     const JsonValue* member = object.Find(name);
     if (member == nullptr || member->type != JsonValue::Type::text) {
-        throw Error(ErrorCode::invalid, fmt::format("{} is required, and is a text", name));
+        throw Error(ErrorCode::invalid, FillPattern("{} is required, and is a text", name));
     }
     return member->text;
 }
@@ -105,7 +108,7 @@ Secret SecretIn(const JsonValue& object)
 {
     const std::string text = RequiredText(object, "password");
     if (text.size() > Secret::kLongest) {
-        throw Error(ErrorCode::invalid, fmt::format("a password has at most {} bytes", Secret::kLongest));
+        throw Error(ErrorCode::invalid, FillPattern("a password has at most {} bytes", Secret::kLongest));
     }
     return Secret(text);
 }
@@ -116,7 +119,7 @@ JsonValue ReadMembers(const std::string& body, std::initializer_list<std::string
     JsonValue object = ReadJsonObject(body);
     for (const auto& [name, value] : object.members) {
         if (std::ranges::find(known, name) == known.end()) {
-            throw Error(ErrorCode::invalid, fmt::format("there is no member {}", Quoted(name)));
+            throw Error(ErrorCode::invalid, FillPattern("there is no member {}", Quoted(name)));
         }
     }
     return object;
@@ -131,9 +134,9 @@ Response Guarded(Make make)
     } catch (const Error& e) {
         return ResponseOf(ProblemOf(e));
     } catch (const std::bad_alloc&) {
-        return ResponseOf({500, "failed", "out of memory; look before you try again"});
+        return ResponseOf(OutOfMemory());
     } catch (const std::exception&) {
-        return ResponseOf({500, "failed", "the server has failed; look before you try again"});
+        return ResponseOf(ServerFailed());
     }
 }
 
@@ -160,6 +163,7 @@ class Server::Site {
 public:
     Site(const OpenDirectory& open, ServerOptions options)
         : m_options(std::move(options)),
+          m_languages(m_options.catalogues),
           m_open(open),
           m_sessions(m_options.sessions),
           m_reader(open, m_results),
@@ -214,17 +218,21 @@ private:
     void Handle(Request request, const Responder& plain)
     {
         m_isReady.wait();
+        const Languages::One& language = m_languages.For(request.Header("Accept-Language"));
+        // Workers go on in the language in which they were given something to do.
+        const Speaking speaking(language.catalogue.get());
         const bool isApi = request.path.starts_with("/api/");
         const std::optional<Origin> origin = m_origins->Of(request);
-        const Responder responder(std::make_shared<GuardedSink>(plain, origin && origin->isSecure, isApi));
+        const Responder responder(
+            std::make_shared<GuardedSink>(plain, origin && origin->isSecure, isApi ? language.tag : ""));
         if (const std::optional<Problem> problem = ReadProxy(request, origin)) {
             responder.Send(ResponseOf(*problem));
         } else if (!origin) {
-            responder.Send(ResponseOf({421, "other_host", "the request is for another host"}));
+            responder.Send(ResponseOf({421, "other_host", Translatable("the request is for another host")}));
         } else if (isApi) {
             HandleApi({std::move(request), responder, *origin});
         } else if (request.method != "GET" && request.method != "HEAD") {
-            responder.Send(ResponseOf({405, "no_method", "pages are read with GET"}));
+            responder.Send(ResponseOf({405, "no_method", Translatable("pages are read with GET")}));
         } else {
             // To look at a page is not to use the session: what it asks for is.
             const std::string cookie = request.Cookie(CookieName(*origin));
@@ -239,7 +247,7 @@ private:
             return std::nullopt;
         }
         if (request.address != m_options.proxy) {
-            return Problem{403, "not_by_proxy", "this server is reached through its proxy alone"};
+            return Problem{403, "not_by_proxy", Translatable("this server is reached through its proxy alone")};
         }
         // The last address is the one that the proxy has seen; those before it are what the client says.
         const std::string all = request.Header("X-Forwarded-For");
@@ -249,10 +257,11 @@ private:
         try {
             request.address = NormalAddress(last);
         } catch (const Error&) {
-            return Problem{400, "wrong_proxy", "the proxy does not say in X-Forwarded-For who its client is"};
+            return Problem{400, "wrong_proxy",
+                           Translatable("the proxy does not say in X-Forwarded-For who its client is")};
         }
         if (origin && !proto.empty() && proto != (origin->isSecure ? "https" : "http")) {
-            return Problem{400, "wrong_proxy", "the proxy's X-Forwarded-Proto does not fit the origin"};
+            return Problem{400, "wrong_proxy", Translatable("the proxy's X-Forwarded-Proto does not fit the origin")};
         }
         return std::nullopt;
     }
@@ -281,7 +290,6 @@ private:
             {"GET", "/tree/find", &Site::FindInTree, Level::readOnly},
             {"GET", "/overview", &Site::Overview, Level::readOnly},
             {"POST", "/users/find", &Site::FindNames, Level::readOnly},
-            {"POST", "/problems", &Site::BeginCheck, Level::readOnly},
             {"GET", "/events", &Site::WaitForNews, Level::readOnly},
             {"POST", kCommandRoute, &Site::Run, Level::readOnly},
             {"POST", "/imports/text", &Site::TakeImportText},
@@ -308,8 +316,9 @@ private:
             std::ranges::find_if(kRoutes, [&](const Row& each) { return each.method == method && isThere(each); });
         if (row == std::end(kRoutes)) {
             const bool isPath = std::ranges::any_of(kRoutes, isThere);
-            visit.responder.Send(ResponseOf(isPath ? Problem{405, "no_method", "this is not asked for in that way"}
-                                                   : NotFound(visit.request.path)));
+            visit.responder.Send(
+                ResponseOf(isPath ? Problem{405, "no_method", Translatable("this is not asked for in that way")}
+                                  : NotFound(visit.request.path)));
             return;
         }
         if (const std::optional<Problem> problem = Refusal(visit, row->level)) {
@@ -325,10 +334,10 @@ private:
         const Request& request = visit.request;
         const bool isChanging = request.method == "POST" || request.method == "DELETE";
         if (isChanging && !IsSameOrigin(request, visit.origin)) {
-            return Problem{403, "cross_site", "the request comes from another site"};
+            return Problem{403, "cross_site", Translatable("the request comes from another site")};
         }
         if (request.method == "POST" && !request.Header("Content-Type").starts_with("application/json")) {
-            return Problem{415, "no_json", "the body is to be application/json"};
+            return Problem{415, "no_json", Translatable("the body is to be application/json")};
         }
         const Clock::time_point now = Clock::now();
         // A page that nobody uses still asks what is new.
@@ -341,17 +350,18 @@ private:
             return NotSignedIn();
         }
         if (isChanging && !IsSame(request.Header("X-CSRF-Token"), visit.session->csrf)) {
-            return Problem{403, "no_csrf_token", "the request lacks the token of its session"};
+            return Problem{403, "no_csrf_token", Translatable("the request lacks the token of its session")};
         }
         std::erase_if(m_allowances,
                       [now](const auto& entry) { return now - entry.second.counted > std::chrono::seconds(10); });
         if (!m_allowances[visit.session->account.login].Take(now)) {
-            return Problem{429, "too_many", "too many requests; wait a moment"};
+            return Problem{429, "too_many", Translatable("too many requests; wait a moment")};
         }
         // What is about the session itself, one-time codes among it.
         const bool isOwn = request.path.starts_with(fmt::format("{}/session", kApi));
         if (MustAddTotp(*visit.session) && !isOwn) {
-            return Problem{403, "totp_required", "this server asks everybody for one-time codes; set them up first"};
+            return Problem{403, "totp_required",
+                           Translatable("this server asks everybody for one-time codes; set them up first")};
         }
         return RefusalByLevel(visit, needed, visit.request.path);
     }
@@ -368,7 +378,7 @@ private:
         const Level own = visit.session->account.level;
         return own >= needed
                    ? std::nullopt
-                   : std::optional(Problem{403, kNotAllowed, fmt::format("{} is not for {}", what, WithArticle(own))});
+                   : std::optional(Problem{403, kNotAllowed, FillPattern("{} is not for {}", what, WithArticle(own))});
     }
 
     void Health(Visit visit) { visit.responder.Send({200, "application/json", R"({"ok":true})"}); }
@@ -399,8 +409,24 @@ private:
                     }
                 }
                 json.End();
+                WriteNames(json);
             });
         });
+    }
+
+    /// Writes what people read for the names of columns and parameters, where that is not the name.
+    static void WriteNames(JsonWriter& json)
+    {
+        json.WriteName("names");
+        json.BeginObject();
+        if (const Language* language = Speaking::Present()) {
+            for (const std::string& name : NamesIn(Commands())) {
+                if (std::string found = language->FindName(name); found != name) {
+                    json.WriteMember(name, TextValue(std::move(found)));
+                }
+            }
+        }
+        json.End();
     }
 
     void ListUsers(Visit visit)
@@ -480,39 +506,6 @@ private:
         });
     }
 
-    /// As a job, which lets commands have their turn between its parts.
-    void BeginCheck(Visit visit)
-    {
-        InCommands(std::move(visit), [this](CAConnect& /*conn*/, const Visit& asked) {
-            static_cast<void>(ReadMembers(asked.request.body, {}));
-            return Post({"db check", asked.session->account.login, &Site::Problems}, asked.request.address, "");
-        });
-    }
-
-    static Response Problems(CAConnect& conn, JobControl& control)
-    {
-        const auto progress = [&control](long done, long total) {
-            control.ShowProgress(done, total);
-            if (control.IsStopRequested()) {
-                throw Error(ErrorCode::failed, fmt::format("stopped after {} of {}", done, total));
-            }
-        };
-        return JsonResponse([&](JsonWriter& json) {
-            json.WriteName("problems");
-            json.BeginArray();
-            for (const check::Problem& problem : check::FindProblems(conn, progress)) {
-                json.BeginObject();
-                json.WriteMember("check", TextValue(std::string(problem.name)));
-                json.WriteMember("count", problem.count);
-                json.WriteMember("problem", TextValue(problem.sentence));
-                json.WriteMember("example", TextValue(problem.example));
-                json.WriteMember("repair", TextValue(problem.repair));
-                json.End();
-            }
-            json.End();
-        });
-    }
-
     void Run(Visit visit)
     {
         const std::string path = visit.request.path.substr(kApi.size() + kCommandRoute.size());
@@ -520,12 +513,14 @@ private:
         if (command == nullptr) {
             visit.responder.Send(ResponseOf(
                 {404, "no_route",
-                 fmt::format("{} cannot be run here; commands that show secrets or work on files are for qvadmin in a "
+                 FillPattern("{} cannot be run here; commands that show secrets or work on files are for qvadmin in a "
                              "shell",
                              Quoted(path))}));
             return;
         }
-        if (const std::optional<Problem> problem = RefusalByLevel(visit, LeastLevel(*command), PathText(*command))) {
+        // With which arguments it only reads is not known yet.
+        const Level least = command->handler.isQuestion == nullptr ? LeastLevel(*command) : Level::readOnly;
+        if (const std::optional<Problem> problem = RefusalByLevel(visit, least, PathText(*command))) {
             visit.responder.Send(ResponseOf(*problem));
             return;
         }
@@ -631,6 +626,7 @@ private:
 
     void RunJob(Job& job, const std::string& address, const std::string& text)
     {
+        const Speaking speaking(job.ItsLanguage());
         bool isChange = false;
         const auto written = [&](const Written& what) {
             isChange = isChange || what.isAnything;
@@ -686,13 +682,16 @@ private:
         InLists(std::move(visit), [this](const Visit& asked) {
             const std::shared_ptr<Job> job = JobOf(IdIn(asked), asked);
             if (job->Login() != asked.session->account.login) {
-                return ResponseOf({403, kNotAllowed, "somebody else has begun this job, and gets its answer"});
+                return ResponseOf(
+                    {403, kNotAllowed, Translatable("somebody else has begun this job, and gets its answer")});
             }
             std::optional<Response> answer = job->TakeAnswer();
             if (!answer) {
-                throw Error(ErrorCode::conflict,
-                            job->IsOver() ? "the answer of this job was given already" : "this job is not over yet");
+                throw Error(ErrorCode::conflict, job->IsOver()
+                                                     ? Translatable("the answer of this job was given already")
+                                                     : Translatable("this job is not over yet"));
             }
+            answer->language = m_languages.TagOf(job->ItsLanguage());
             return std::move(*answer);
         });
     }
@@ -742,7 +741,7 @@ private:
         std::shared_ptr<Job> job = m_jobs.Find(static_cast<int>(binding::ReadNumber("id", id, {}, binding::kInt)));
         const Account& account = asked.session->account;
         if (!job || (job->Login() != account.login && account.level != Level::full)) {
-            throw Error(ErrorCode::notFound, fmt::format("there is no job {}", id));
+            throw Error(ErrorCode::notFound, FillPattern("there is no job {}", id));
         }
         return job;
     }
@@ -753,7 +752,7 @@ private:
             if (!asked.request.Parameter("id").empty()) {
                 const std::shared_ptr<Job> job = JobOf(asked.request.Parameter("id"), asked);
                 if (!job->ItsImport()) {
-                    throw Error(ErrorCode::notFound, fmt::format("job {} is no import", job->Id()));
+                    throw Error(ErrorCode::notFound, FillPattern("job {} is no import", job->Id()));
                 }
                 return JsonResponse([&](JsonWriter& json) { WriteImport(json, *job, true); });
             }
@@ -841,7 +840,7 @@ private:
             delay = m_throttle.Begin((*given)->login, visit.request.address, now);
         }
         if (!delay) {
-            Response refusal = ResponseOf({429, "too_many", "too many tries; wait a moment"});
+            Response refusal = ResponseOf({429, "too_many", Translatable("too many tries; wait a moment")});
             refusal.headers.emplace_back("Retry-After", "5");
             responder.Send(std::move(refusal));
             return;
@@ -857,13 +856,14 @@ private:
     {
         switch (found.outcome) {
         case SignIn::Outcome::codeMissing:
-            return {401, "code_required", "enter the one-time code that your app shows, or a recovery code"};
+            return {401, "code_required",
+                    Translatable("enter the one-time code that your app shows, or a recovery code")};
         case SignIn::Outcome::codeWrong:
-            return {401, "wrong_code", "the code is wrong, or was used before"};
+            return {401, "wrong_code", Translatable("the code is wrong, or was used before")};
         case SignIn::Outcome::refused:
             return {403, "not_let_in", found.reason};
         default:
-            return {401, "wrong_password", "the login name or the password is wrong"};
+            return {401, "wrong_password", Translatable("the login name or the password is wrong")};
         }
     }
 
@@ -981,7 +981,8 @@ private:
                                     IsSame(RequiredText(body, "token"), m_setupToken);
                 if (!isGood) {
                     return ResponseOf(
-                        {403, "setup_over", "this link is no longer good; start the server again for a new one"});
+                        {403, "setup_over",
+                         Translatable("this link is no longer good; start the server again for a new one")});
                 }
                 SetUp(Connection(), SecretIn(body));
                 m_setupToken.clear();
@@ -1086,6 +1087,10 @@ private:
         const SessionResults results{m_results, session.id};
         const auto request = std::make_shared<CommandRequest>(command, visit.request.body, results);
         const CommandRequest& asked = *request;
+        const Level least = LeastLevel(command, *asked.arguments);
+        if (const std::optional<Problem> problem = RefusalByLevel(visit, least, PathText(command))) {
+            return ResponseOf(*problem);
+        }
         if (command.risk == Risk::stepUp && !hasConfirmed) {
             return ResponseOf(PasswordRequired());
         }
@@ -1139,6 +1144,7 @@ private:
     }
 
     ServerOptions m_options;
+    Languages m_languages; ///< outlives the workers, who speak them
     OpenDirectory m_open;
     Sessions m_sessions;
     std::string m_shownToken;

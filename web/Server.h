@@ -5,6 +5,7 @@
 #include "web/Sessions.h"
 
 #include <ctime>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +19,8 @@ struct ServerOptions {
     /// The address of the one client that is served, a proxy, whose X-Forwarded-For and X-Forwarded-Proto count; empty:
     /// everybody is served, and these count for nothing.
     std::string proxy = {};
+    /// Of the languages in which it speaks to people beside English, LANGUAGE/LC_MESSAGES/qvadmin.mo each; empty: none.
+    std::filesystem::path catalogues = {};
     Sessions::Limits sessions = {};
     bool requiresTotp = false; ///< whether everybody has to have one-time codes, and can do nothing before
     /// Takes a line of JSON about each sign-in, failure and change; called on several threads, one at a time.

@@ -4,7 +4,6 @@
 #include "management/Text.h"
 
 #include <arpa/inet.h>
-#include <fmt/format.h>
 #include <netinet/in.h>
 
 #include <array>
@@ -30,8 +29,9 @@ InternetAddress ReadAddress(const std::string& text, std::uint16_t port)
         address.isSix = true;
         return address;
     }
-    throw Error(ErrorCode::invalid, fmt::format("{} is not an address; write a number, such as 127.0.0.1 or ::1",
-                                                management::Quoted(text)));
+    throw Error(ErrorCode::invalid,
+                management::FillPattern("{} is not an address; write a number, such as 127.0.0.1 or ::1",
+                                        management::Quoted(text)));
 }
 
 std::string TextOf(const sockaddr* address)

@@ -36,7 +36,8 @@ using OathText = std::unique_ptr<char, Freed>;
 void Require(int result)
 {
     if (result != OATH_OK) {
-        throw Error(ErrorCode::failed, fmt::format("one-time codes cannot be worked out: {}", oath_strerror(result)));
+        throw Error(ErrorCode::failed,
+                    management::FillPattern("one-time codes cannot be worked out: {}", oath_strerror(result)));
     }
 }
 

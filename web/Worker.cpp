@@ -1,5 +1,7 @@
 #include "web/Worker.h"
 
+#include "management/Sentence.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -26,12 +28,16 @@ void Worker::Stop()
 
 void Worker::PostAt(Clock::time_point time, Task task)
 {
+    Task spoken = [language = management::Speaking::Present(), task = std::move(task)] {
+        const management::Speaking speaking(language);
+        task();
+    };
     {
         const std::lock_guard lock(m_mutex);
         if (m_isEnding) {
             return;
         }
-        m_tasks.emplace(time, std::move(task));
+        m_tasks.emplace(time, std::move(spoken));
     }
     m_wakeUp.notify_all();
 }

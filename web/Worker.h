@@ -25,7 +25,8 @@ public:
     void Stop();
 
     void Post(Task task) { PostAt(Clock::now(), std::move(task)); }
-    /// Hands over a task that is not to be run before a time.
+    /// Hands over a task that is not to be run before a time. It speaks the language of the thread that hands it over
+    /// (management::Speaking).
     void PostAt(Clock::time_point time, Task task);
 
     /// Runs the tasks whose time has come and that wait by now. For a task that takes long, on the worker's thread.

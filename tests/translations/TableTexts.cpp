@@ -2,6 +2,7 @@
 
 #include "console/CommandOption.h"
 #include "console/LocalCommand.h"
+#include "management/CommandData.h"
 
 #include <fmt/format.h>
 
@@ -63,6 +64,9 @@ int main()
         Print(fmt::format("noun: {}", noun.name), noun.summary);
     }
     std::ranges::for_each(console::AllCommands(), [](const Command* command) { PrintCommand(*command); });
+    for (const std::string& name : NamesIn(Commands())) {
+        Print("parameter", name, "column");
+    }
     for (const char* help :
          {console::kYesHelp, console::kDryRunHelp, console::kReasonHelp, console::kFileHelp, console::kNullHelp}) {
         Print("option", help);

@@ -104,12 +104,12 @@ TEST_F(JobsTest, LookingWhatCanBeMendedSaysHowFarItIs)
 TEST_F(JobsTest, ProblemsAreLookedForBesideCommands)
 {
     HttpClient client = Signed();
-    const json job = json::parse(client.Post("/api/v1/problems", "{}").body).at("job");
+    const json job = json::parse(Ask(client, "db/check", json::object()).body).at("job");
     EXPECT_EQ(job.at("what"), "db check");
     const json stand = JobOver(client, job);
     EXPECT_EQ(stand.at("can_stop"), false);
     EXPECT_GT(stand.at("total"), stand.at("done"));
-    EXPECT_TRUE(json::parse(JobAnswer(client, job).body).at("problems").is_array());
+    EXPECT_TRUE(json::parse(JobAnswer(client, job).body).at("rows").is_array());
 }
 
 TEST_F(JobsTest, ManyAreChangedInPartsThatAreUndoneTogether)
@@ -211,7 +211,7 @@ TEST_F(JobsTest, AreSeenByAllAndStoppedByTheirOwnerAndByAdministrators)
     EXPECT_EQ(JobNow(helper, job).at("what"), "user lock");
     EXPECT_EQ(helper.Get("/api/v1/jobs/report?id=" + job.at("id").dump()).status, 404);
     JobOver(client, job);
-    EXPECT_EQ(Ask(helper, "db/check", json::object()).status, 403);
+    EXPECT_EQ(Ask(helper, "db/check", {{"parameters", {{"fix", true}}}}).status, 403);
     EXPECT_EQ(Got(helper, "/jobs").at("jobs").at(0).at("login"), "Admin");
 }
 

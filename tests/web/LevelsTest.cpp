@@ -71,7 +71,9 @@ TEST_F(LevelsTest, EveryCommandIsForItsLevels)
         }
         const std::string path = PathOf(command);
         const bool isForHelper = ofHelpDesk.contains(path);
-        const bool isForReader = command.effect == Effect::read && path != "user/password/check";
+        // What may also be only asked is refused by what it is asked with.
+        const bool isForReader =
+            (command.effect == Effect::read && path != "user/password/check") || command.handler.isQuestion != nullptr;
         // What may be run is refused for its parameter, and what may not be run for that alone.
         const json body = {{"parameters", {{"no_such_parameter", "x"}}}};
         for (const auto& [client, isAllowed] :
@@ -88,6 +90,27 @@ TEST_F(LevelsTest, EveryCommandIsForItsLevels)
         }
         std::this_thread::sleep_for(10ms); // the allowance of requests
     }
+}
+
+TEST_F(LevelsTest, ACommandThatIsOnlyAskedIsForWhoReads)
+{
+    StartWithLevels();
+    std::set<std::string> asked;
+    for (const Command& command : management::Commands()) {
+        if (web::HasRoute(command) && command.handler.isQuestion != nullptr) {
+            const std::string path = PathOf(command);
+            asked.insert(path);
+            const HttpAnswer answer = Ask(*m_reader, path, json::object());
+            // What it lacks may be refused, and its level is not.
+            EXPECT_NE(answer.status, 403) << path << answer.body;
+        }
+    }
+    EXPECT_TRUE(asked.contains("db/check"));
+    EXPECT_TRUE(Run(*m_reader, "setting/threads", json::object()).contains("record") ||
+                Run(*m_reader, "setting/threads", json::object()).contains("rows"));
+    const HttpAnswer refusal = Ask(*m_reader, "db/check", {{"parameters", {{"fix", true}}}});
+    EXPECT_EQ(refusal.status, 403);
+    EXPECT_EQ(CodeOf(refusal), "not_allowed");
 }
 
 TEST_F(LevelsTest, OnlyWhatMayBeRunIsOffered)

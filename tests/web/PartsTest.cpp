@@ -1,5 +1,8 @@
+#include "console/Translation.h"
+#include "management/Catalogue.h"
 #include "management/Errors.h"
 #include "web/JsonReader.h"
+#include "web/Languages.h"
 #include "web/Origins.h"
 #include "web/PasswordRules.h"
 #include "web/People.h"
@@ -13,6 +16,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <future>
 #include <set>
 #include <vector>
@@ -53,6 +58,93 @@ TEST(JsonReaderTest, RefusesAllElse)
           std::string(R"({"a":"\u0000"})"), std::string(R"({"a":1e400})"), deep, many}) {
         EXPECT_THROW(ReadJsonObject(body), Error) << body.substr(0, 40);
     }
+}
+
+TEST(LanguagesTest, AreThoseThatAreWantedMostAndThere)
+{
+    const Languages languages(console::CatalogueFolder());
+    for (const auto& [accepted, tag] :
+         std::vector<std::pair<std::string, std::string>>{{"", "en"},
+                                                          {"de", "de"},
+                                                          {"DE-at", "de"},
+                                                          {"zh-CN", "zh-CN"},
+                                                          {"zh", "zh-CN"},
+                                                          {"zh-Hant-TW", "zh-CN"},
+                                                          {"fr-CH, fr;q=0.9, en;q=0.8, de;q=0.7, *;q=0.5", "en"},
+                                                          {"en;q=0.5, de;q=0.8", "de"},
+                                                          {"de;q=0, zh", "zh-CN"},
+                                                          {"de;q=x, de;q=-1,;q=1,,-,--x, -de", "en"},
+                                                          {"d", "en"},
+                                                          {"*", "en"},
+                                                          {std::string(60000, '-') + ",de", "en"}}) {
+        EXPECT_EQ(languages.For(accepted).tag, tag) << accepted.substr(0, 60);
+        EXPECT_EQ(languages.TagOf(languages.For(accepted).catalogue.get()), tag);
+    }
+    EXPECT_EQ(Languages("").For("de").tag, "en");
+    EXPECT_EQ(Languages("/nowhere").For("de").tag, "en");
+}
+
+TEST(LanguagesTest, AFileThatIsNoCatalogueIsLeftOut)
+{
+    const std::filesystem::path folder = testing::TempDir() + "languages";
+    std::string whole;
+    {
+        std::ifstream in(console::CatalogueFolder() / "de/LC_MESSAGES/qvadmin.mo", std::ios::binary);
+        whole.assign(std::istreambuf_iterator<char>(in), {});
+    }
+    for (const std::string& bytes : {std::string(), std::string("no catalogue"), whole.substr(0, 30),
+                                     whole.substr(0, whole.size() - 1000), whole}) {
+        std::filesystem::create_directories(folder / "de/LC_MESSAGES");
+        std::ofstream(folder / "de/LC_MESSAGES/qvadmin.mo", std::ios::binary) << bytes;
+        EXPECT_EQ(Languages(folder).For("de").tag, bytes == whole ? "de" : "en") << bytes.size();
+    }
+    std::filesystem::remove_all(folder);
+}
+
+TEST(CatalogueTest, RulesOfPluralsAreWorkedOut)
+{
+    const std::string polish = "(n==1 ? 0 : n%10>=2 && n%10<=4 && (n%100<10 || n%100>=20) ? 1 : 2)";
+    for (const auto& [rule, n, form] :
+         std::vector<std::tuple<std::string, std::uint64_t, std::uint64_t>>{{"0", 5, 0},
+                                                                            {"(n != 1)", 1, 0},
+                                                                            {" n!=1 ", 0, 1},
+                                                                            {"n > 1", 1, 0},
+                                                                            {polish, 1, 0},
+                                                                            {polish, 22, 1},
+                                                                            {polish, 12, 2},
+                                                                            {polish, 25, 2},
+                                                                            {"!n ? 3 : n - 1 * 2 + 4 / 2", 7, 7},
+                                                                            {"!n ? 3 : 1", 0, 3},
+                                                                            // What is none.
+                                                                            {"", 1, 0},
+                                                                            {"n +", 1, 0},
+                                                                            {"(n", 1, 0},
+                                                                            {"n n", 1, 0},
+                                                                            {"n ? 1", 1, 0},
+                                                                            {"n / 0 + n % 0", 4, 0}}) {
+        EXPECT_EQ(management::FindPluralForm(rule, n), form) << rule << " of " << n;
+    }
+}
+
+TEST(CatalogueTest, ThreadsSpeakEachTheirOwn)
+{
+    const Languages languages(console::CatalogueFolder());
+    const management::Sentence people = management::Counted(3, "user");
+    EXPECT_EQ(management::Said(people), "3 users");
+    const management::Speaking german(languages.For("de").catalogue.get());
+    EXPECT_EQ(management::Said(people), "3 Benutzer");
+    EXPECT_EQ(management::Said(management::Counted(1, "user")), "1 Benutzer");
+    {
+        const management::Speaking chinese(languages.For("zh-CN").catalogue.get());
+        EXPECT_EQ(management::Said(people), "3 名用户");
+        std::promise<std::string> inWorker;
+        Worker worker;
+        worker.Post([&] { inWorker.set_value(management::Said(people)); });
+        EXPECT_EQ(inWorker.get_future().get(), "3 名用户");
+        EXPECT_EQ(std::async(std::launch::async, [&] { return management::Said(people); }).get(), "3 users");
+    }
+    EXPECT_EQ(management::Said(people), "3 Benutzer");
+    EXPECT_EQ(people.English(), "3 users");
 }
 
 TEST(TokensTest, DigestsInBothWaysOfWritingThem)

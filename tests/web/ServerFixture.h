@@ -1,6 +1,7 @@
 #pragma once
 
 #include "HttpClient.h"
+#include "console/Translation.h"
 #include "dbaccess/CAConnect.h"
 #include "management/Command.h"
 #include "schema/Schema.h"
@@ -41,6 +42,7 @@ protected:
 
     void Start(web::ServerOptions options = {})
     {
+        options.catalogues = options.catalogues.empty() ? console::CatalogueFolder() : options.catalogues;
         options.log = [this](const std::string& line) { m_log += line + "\n"; };
         m_server.reset();
         m_server.emplace(
@@ -135,17 +137,13 @@ protected:
         JobOver(client, job);
         return client.Post("/api/v1/jobs/answer", nlohmann::json{{"id", job.at("id")}}.dump());
     }
-    /// What a check of the directory finds.
-    static nlohmann::json ProblemsIn(HttpClient& client)
-    {
-        const nlohmann::json begun = nlohmann::json::parse(client.Post("/api/v1/problems", "{}").body);
-        return nlohmann::json::parse(JobAnswer(client, begun.at("job")).body).at("problems");
-    }
     /// The answer of a command that runs long and succeeds.
     static nlohmann::json RunLong(HttpClient& client, const std::string& command)
     {
         return nlohmann::json::parse(JobAnswer(client, Run(client, command, nlohmann::json::object()).at("job")).body);
     }
+    /// What a check of the directory finds.
+    static nlohmann::json ProblemsIn(HttpClient& client) { return RunLong(client, "db/check").at("rows"); }
     static std::string CodeOf(const HttpAnswer& answer) { return nlohmann::json::parse(answer.body).at("code"); }
 
     static std::string PathOf(const management::Command& command)

@@ -31,6 +31,86 @@ namespace {
 
 using ServerTest = ServerFixture;
 
+// ---- Languages ------------------------------------------------------------------------------------------------------
+
+TEST_F(ServerTest, WhatIsForPeopleIsInTheLanguageOfTheRequest)
+{
+    HttpClient client = Signed();
+    Run(client, "user/create", {{"LOGIN", "amy"}});
+    const json english = Got(client, "/commands");
+    EXPECT_EQ(english.at("names"), json::object());
+    const HttpAnswer unknown = Ask(client, "user/show", {{"parameters", {{"USER", "nobody"}}}});
+    EXPECT_EQ(unknown.Header("Content-Language"), "en");
+    EXPECT_THAT(unknown.body, HasSubstr("there is no user 'nobody'"));
+
+    client.headers["Accept-Language"] = "de-AT,de;q=0.9,en;q=0.5";
+    const HttpAnswer german = Ask(client, "user/show", {{"parameters", {{"USER", "nobody"}}}});
+    EXPECT_EQ(german.Header("Content-Language"), "de");
+    EXPECT_EQ(german.Header("Vary"), "Accept-Language");
+    EXPECT_EQ(CodeOf(german), "not_found");
+    EXPECT_THAT(german.body, HasSubstr("es gibt keinen Benutzer 'nobody'"));
+    // The server's own sentences, on the thread of HTTP too.
+    EXPECT_THAT(client.Get("/api/v1/nothing").body, HasSubstr("nicht vorhanden"));
+    EXPECT_THAT(Client().Get("/api/v1/session").body, HasSubstr("sign in first"));
+
+    const json table = Got(client, "/commands");
+    EXPECT_EQ(table.at("names").at("login"), "Anmeldename");
+    EXPECT_EQ(table.at("names").at("keep_days"), "Tage behalten");
+    ASSERT_EQ(table.at("commands").size(), english.at("commands").size());
+    for (std::size_t i = 0; i < table.at("commands").size(); ++i) {
+        const json& command = table.at("commands").at(i);
+        EXPECT_EQ(command.at("path"), english.at("commands").at(i).at("path"));
+        EXPECT_NE(command.at("summary"), english.at("commands").at(i).at("summary")) << command.at("path");
+    }
+    EXPECT_THAT(Run(client, "user/lock", {{"USER", {"amy"}}}).at("outcomes").at(0).at("message"),
+                HasSubstr("gesperrt"));
+    EXPECT_EQ(Run(client, "user/unlock", {{"USER", {"amy"}}}).at("outcomes").at(0).at("outcome"), "unlocked");
+
+    // What was seen in one language is what is agreed to, and compared, in another.
+    json deletion = {{"parameters", {{"USER", {"amy"}}}}};
+    const json plan = json::parse(Ask(client, "user/delete", deletion).body).at("plan");
+    EXPECT_THAT(plan.at("question"), HasSubstr("löschen"));
+    const json shown = Run(client, "user/show", {{"USER", "amy"}});
+    client.headers["Accept-Language"] = "zh-CN";
+    EXPECT_EQ(json::parse(Ask(client, "user/delete", deletion).body).at("plan").at("digest"), plan.at("digest"));
+    EXPECT_EQ(Ask(client, "user/set",
+                  {{"parameters", {{"USER", {"amy"}}, {"title", "Lead"}}},
+                   {"if_unchanged",
+                    {{"command", "user/show"}, {"parameters", {{"USER", "amy"}}}, {"version", shown.at("version")}}}})
+                  .status,
+              200);
+    // The record and the log are for programs.
+    EXPECT_THAT(m_log, Not(HasSubstr("gesperrt")));
+}
+
+TEST_F(ServerTest, AJobSpeaksTheLanguageInWhichItWasBegun)
+{
+    HttpClient client = Signed();
+    client.headers["Accept-Language"] = "de";
+    Run(client, "user/create", {{"LOGIN", "amy"}});
+    const json body = {{"parameters", {{"USER", {"amy"}}}}, {"job", true}};
+    const json german = json::parse(Ask(client, "user/lock", body).body).at("job");
+    client.headers["Accept-Language"] = "zh-CN";
+    const HttpAnswer answer = JobAnswer(client, german);
+    EXPECT_EQ(answer.Header("Content-Language"), "de");
+    EXPECT_THAT(answer.body, HasSubstr("gesperrt"));
+    // There is one answer of a job, and what is said about that is for who asks.
+    const HttpAnswer again = JobAnswer(client, german);
+    EXPECT_EQ(again.Header("Content-Language"), "zh-CN");
+    EXPECT_THAT(again.body, HasSubstr("已被取走"));
+    EXPECT_THAT(client.Get("/api/v1/jobs/report?id=" + german.at("id").dump()).body, Not(HasSubstr("gesperrt")));
+}
+
+TEST_F(ServerTest, WithoutCataloguesItSpeaksEnglish)
+{
+    Start({.catalogues = "/nowhere"});
+    HttpClient client = Client();
+    client.headers["Accept-Language"] = "de";
+    const HttpAnswer answer = client.Get("/api/v1/session");
+    EXPECT_EQ(answer.Header("Content-Language"), "en");
+    EXPECT_THAT(answer.body, HasSubstr("sign in first"));
+}
+
 // ---- The first password ---------------------------------------------------------------------------------------------
 
 TEST_F(ServerTest, SetupTokenWorksOnce)

@@ -7,17 +7,9 @@ import { fileURLToPath } from "node:url";
 
 const here = dirname(fileURLToPath(import.meta.url));
 const out = process.argv[2] ?? join(here, "dist");
-// Beside the page's sources, of which this may run a copy.
-const catalogues = process.argv[3] ?? join(out, "../../../po");
 mkdirSync(out, { recursive: true });
 // What is bundled is passed on with its licence.
 const licence = readFileSync(join(dirname(createRequire(import.meta.url).resolve("preact")), "../LICENSE"), "utf8");
-/** What qvadmin calls columns in a language. */
-function columnsIn(language) {
-    const text = readFileSync(join(catalogues, `${language.replace("-", "_")}.po`), "utf8");
-    const named = text.matchAll(/^msgctxt "column"\nmsgid "(.*)"\nmsgstr "(.+)"$/gm);
-    return Object.fromEntries([...named].map(([, name, word]) => [name, word]));
-}
 const options = {
     absWorkingDir: here,
     outdir: out,
@@ -28,7 +20,6 @@ const options = {
     target: ["es2022"],
     jsx: "automatic",
     jsxImportSource: "preact",
-    define: { COLUMNS: JSON.stringify({ de: columnsIn("de"), "zh-CN": columnsIn("zh-CN") }) },
 };
 await build({ ...options, entryPoints: { app: "src/main.tsx", style: "src/style.css" }, banner: { js: `/*! Preact\n${licence}*/` } });
 const early = (await build({ ...options, entryPoints: { early: "src/early.ts" }, write: false })).outputFiles[0].text;

@@ -9,7 +9,7 @@ const out = join(work, "dist");
 rmSync(out, { recursive: true, force: true });
 execFileSync("cp", ["-r", join(page, "src"), join(page, "build.mjs"), join(page, "tsconfig.json"), modules]);
 execFileSync(join(modules, "node_modules/.bin/tsc"), ["--noEmit"], { cwd: modules, stdio: "inherit" });
-execFileSync(process.execPath, ["build.mjs", out, join(page, "../../po")], { cwd: modules, stdio: "inherit" });
+execFileSync(process.execPath, ["build.mjs", out], { cwd: modules, stdio: "inherit" });
 const names = readdirSync(out).sort();
 assert.deepEqual(readdirSync(join(page, "dist")).sort(), names);
 for (const name of names) {

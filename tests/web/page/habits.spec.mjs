@@ -266,3 +266,103 @@ test("when what had the focus goes with the selection, the list has it", async (
     assert.equal(await focused(page), "people");
     await finish();
 });
+
+const menu = page => page.getByRole("menu", { name: "What to do" });
+const items = page => menu(page).getByRole("menuitem").allTextContents();
+
+test("the right button and keys open a menu of what can be done with people", async () => {
+    const { page, finish } = await openPage(shared);
+    const row = login => page.getByRole("row").filter({ has: page.getByLabel(`Select ${login}`, { exact: true }) });
+    await row("amy").click({ button: "right" });
+    await menu(page).waitFor();
+    await page.getByText("1 selected").waitFor();
+    assert.deepEqual((await items(page)).slice(0, 4), ["Show Enter", "Rename… F2", "Lock", "Unlock"]);
+    const bar = await page.locator(".list .bar button:not(.link)").allTextContents();
+    assert.deepEqual((await items(page)).slice(2).map(text => text.replace(" Del", "")), bar);
+    await checkAccess(page);
+    assert.equal(await focused(page), "Show Enter");
+    await page.keyboard.press("ArrowUp");
+    assert.equal(await focused(page), "Delete… Del");
+    await page.keyboard.press("Home");
+    await page.keyboard.press("u");
+    assert.equal(await focused(page), "Unlock");
+    await page.keyboard.press("Escape");
+    await menu(page).waitFor({ state: "detached" });
+
+    // Those who are selected stay so, and what is done is done with them.
+    await page.getByLabel("Select bill").check();
+    await row("amy").click({ button: "right" });
+    await page.getByText("2 selected").waitFor();
+    assert.ok(!(await items(page)).includes("Rename… F2"));
+    await menu(page).getByRole("menuitem", { name: "Lock", exact: true }).click();
+    await until(() => shared.server.json("user", "show", "bill").locked);
+    await menu(page).waitFor({ state: "detached" });
+    await row("clara").click({ button: "right" });
+    await page.getByText("1 selected").waitFor();
+    await page.mouse.click(700, 700);
+    await menu(page).waitFor({ state: "detached" });
+
+    // By keys: of the row that they act on, and the focus goes back to the list.
+    await page.getByRole("button", { name: "Clear" }).click();
+    await page.getByRole("grid").focus();
+    await page.keyboard.press("Home");
+    await page.keyboard.press("Shift+F10");
+    await menu(page).waitFor();
+    await page.getByText("1 selected").waitFor();
+    await page.keyboard.press("Escape");
+    await menu(page).waitFor({ state: "detached" });
+    assert.equal(await focused(page), "people");
+    await page.keyboard.press("ContextMenu");
+    await menu(page).waitFor();
+    await page.keyboard.press("ArrowDown");
+    await page.keyboard.press("Enter");
+    await page.getByRole("dialog", { name: /^Rename/ }).getByRole("button", { name: "Cancel" }).click();
+    assert.equal(await focused(page), "people");
+    await finish();
+});
+
+test("the right button and keys open a menu of what can be done with a place", async () => {
+    const { page, finish } = await openPage(shared);
+    const tree = page.getByRole("tree");
+    await tree.getByText("Company").click({ button: "right" });
+    await menu(page).waitFor();
+    assert.deepEqual(await items(page), ["New group", "Rename… F2", "Delete… Del"]);
+    await page.getByText("Everyone / Company").waitFor();
+    await checkAccess(page);
+    await menu(page).getByRole("menuitem", { name: "New group" }).click();
+    await page.getByRole("dialog", { name: "Under Company" }).getByLabel("Name").fill("Made");
+    await page.keyboard.press("Enter");
+    await tree.getByText("Made").waitFor();
+    await tree.focus();
+    await page.keyboard.press("End");
+    await page.keyboard.press("Shift+F10");
+    await menu(page).waitFor();
+    assert.ok((await items(page)).includes("Move…"));
+    await page.keyboard.press("Escape");
+    assert.equal(await focused(page), "tree");
+    await finish();
+});
+
+test("single keys search, make a user and show all keys, unless they are switched off", async () => {
+    const { page, finish } = await openPage(shared);
+    await page.keyboard.press("n");
+    await page.getByRole("dialog", { name: "New user" }).getByRole("button", { name: "Cancel" }).click();
+    await page.keyboard.press("?");
+    await page.getByRole("dialog", { name: "Keys" }).getByText("Shift+F10").waitFor();
+    await checkAccess(page);
+    await page.keyboard.press("n");
+    assert.equal(await page.getByRole("dialog").count(), 1);
+    await page.keyboard.press("Escape");
+    await page.keyboard.press("/");
+    await page.keyboard.type("n?/");
+    assert.equal(await page.getByRole("searchbox", { name: "Search people" }).inputValue(), "n?/");
+    await page.keyboard.press("Escape");
+    await page.locator("details.user > summary").click();
+    await page.getByLabel("Keys without Ctrl").uncheck();
+    await page.keyboard.press("Escape");
+    for (const key of ["n", "?", "/"]) {
+        await page.keyboard.press(key);
+    }
+    assert.equal(await page.getByRole("dialog").count(), 0);
+    await finish();
+});

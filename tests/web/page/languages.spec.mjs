@@ -39,7 +39,26 @@ test("fields and columns are called as in the rest of the page, and commands as 
     await page.goto(`${shared.server.url}/audit`);
     await page.getByRole("columnheader", { name: "Grund" }).waitFor();
     await page.goto(`${shared.server.url}/directory?user=99`);
-    await page.getByText("there is no user with id 99; “Benutzer: Auflisten” shows all").waitFor();
+    await page.getByText("es gibt keinen Benutzer mit der Id 99; “Benutzer: Auflisten” zeigt alle").waitFor();
+    await finish();
+});
+
+test("what the server says is in the language of the page, whatever the browser's is", async () => {
+    const { page, finish } = await openPage(shared, { path: "/more?noun=user" });
+    await page.locator("details.user > summary").click();
+    await page.getByLabel("Language").selectOption("de");
+    await page.getByRole("button", { name: "Anlegen", exact: true }).click();
+    const form = page.getByRole("dialog");
+    await form.getByText("einen Benutzer anlegen").waitFor();
+    await form.getByLabel("Abteilung als Text").waitFor();
+    await form.getByText("Anmeldename", { exact: false }).first().waitFor();
+    await page.keyboard.press("Escape");
+    await page.goto(`${shared.server.url}/directory`);
+    await page.getByLabel("amy auswählen").check();
+    await page.getByRole("button", { name: "Sperren", exact: true }).click();
+    await page.getByText("gesperrt: amy").waitFor();
+    await page.getByRole("button", { name: "Löschen…" }).click();
+    await page.getByRole("dialog", { name: "1 Benutzer löschen?" }).getByRole("button", { name: "Abbrechen" }).click();
     await finish();
 });
 

@@ -25,6 +25,7 @@ test("one-time codes are set up, asked for, replaced by a recovery code and remo
     const secret = await dialog.locator(".secret").textContent();
     assert.match(await dialog.getByRole("link").getAttribute("href"), new RegExp(`^otpauth://totp/.*secret=${secret}`));
     await checkAccess(first.page);
+    assert.equal(await first.page.evaluate(() => document.activeElement.id), "totp-code");
     await dialog.getByLabel("One-time code").fill("x");
     await dialog.getByRole("button", { name: "Confirm" }).click();
     await dialog.getByText("the code is wrong").waitFor();

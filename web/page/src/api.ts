@@ -1,8 +1,10 @@
 // Requests to the server.
 import type { Early } from "./early";
 import { watchProgress } from "./events";
+import { language } from "./language";
 import { noteSilence } from "./offline";
 import { peoplePath, placesPath } from "./query";
+import { setNames } from "./texts";
 
 export type Value = string | number | boolean | null;
 export type Row = Record<string, Value>;
@@ -162,6 +164,7 @@ async function send(method: string, path: string, body?: unknown, signal?: Abort
         signal: signal ?? null,
         credentials: "same-origin",
         headers: {
+            "Accept-Language": language,
             ...(body === undefined ? {} : { "Content-Type": "application/json" }),
             ...(method === "GET" ? {} : { "X-CSRF-Token": csrf }),
             ...(Date.now() - touched > kUnattended ? { "X-Unattended": "1" } : {}),
@@ -344,9 +347,8 @@ export const findPlaces = (q: string) =>
         "GET",
         `/tree/find?${new URLSearchParams({ q })}`,
     );
-/** Looks for what does not hold together in the directory, as a job that is waited for. */
-export const findProblems = () =>
-    retried(async () => (await answerOf<{ problems: Row[] }>((await once<{ job: Job }>("POST", "/problems", {})).job.id)).problems);
+/** Looks for what does not hold together in the directory. The command is offered to who may also mend it. */
+export const findProblems = async () => (await run("db/check", {}, { job: true })).rows ?? [];
 /** How the job of an import stands; the rows are the first ones, and only there when one is asked for. */
 export interface Import extends Job {
     dry_run: boolean;
@@ -393,7 +395,8 @@ let allowed = new Set<string>();
 let long = new Set<string>();
 /** The table of commands, of which the server offers what who is signed in may run. */
 export const listCommands = async () => {
-    const { commands } = await request<{ commands: Command[] }>("GET", "/commands");
+    const { commands, names } = await request<{ commands: Command[]; names: Record<string, string> }>("GET", "/commands");
+    setNames(names);
     const pathsOf = (some: Command[]) => new Set(some.map(command => command.path.join("/")));
     allowed = pathsOf(commands);
     long = pathsOf(commands.filter(command => command.long_running));

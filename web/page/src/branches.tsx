@@ -47,6 +47,8 @@ interface Tree<T extends Branch> {
     onChoose: (node: T) => void;
     /** Takes a key before the tree does. @return whether it meant something. */
     onKey?: (event: KeyboardEvent, line: Line<T>) => boolean;
+    /** Opens a menu on a line, which has been chosen, or beside all lines. */
+    onContext?: (event: MouseEvent, line: Line<T> | undefined) => void;
     /** How what a line shows is carried to another line. */
     carrying: Carrying<T>;
 }
@@ -77,6 +79,8 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
     chosen: Line<T> | undefined;
     top: number;
     open: (line: Line<T>) => void;
+    /** The id of the line that keys act on. */
+    activeId: string;
     view: ComponentChildren;
 } {
     const changes = useChanges();
@@ -239,7 +243,7 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
         if (action) {
             event.preventDefault();
             action();
-        } else if (key.length === 1 && key !== " " && key !== "/") {
+        } else if (key.length === 1 && !" /?".includes(key)) {
             event.preventDefault();
             event.stopPropagation();
             const now = Date.now();
@@ -323,6 +327,14 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
                     active={activeIndex}
                     activeId={`${tree.id}-${activeIndex}`}
                     onKey={onKey}
+                    onContextMenu={event => {
+                        const row = (event.target as Element).closest("[role=treeitem]");
+                        // A key asks for that of the line that keys act on.
+                        const index = row ? Number(row.id.slice(tree.id.length + 1)) : event.button === 2 ? -1 : activeIndex;
+                        const line = lines[index];
+                        line && !isChosen(line) && choose(line);
+                        tree.onContext?.(event, line);
+                    }}
                     onRest={(first, end) => {
                         for (let i = first; i <= end; ++i) {
                             const line = lines[i];
@@ -341,6 +353,7 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
         chosen: lines.find(line => isChosen(line) && line.way === active) ?? lines.find(isChosen),
         top: children.current.get("")?.total ?? -1,
         open: line => setLine(line, true),
+        activeId: `${tree.id}-${activeIndex}`,
         view,
     };
 }

@@ -17,19 +17,10 @@ export const openDialog = (content: (close: () => void) => ComponentChildren) =>
 /** Says something for some seconds; with an entry of the record, offers to undo it. */
 export const toast = (text: string, entry?: number) => say(text, entry);
 
-/** What the page says in the language of its reader, by the codes of the server. */
-const ownWords = {
-    offline: "offline",
-    password_short: "password.short",
-    password_short_super: "password.short.super",
-    password_is_name: "password.isname",
-    password_easy: "password.easy",
-} as const;
-
 export const sentence = (error: unknown): string =>
     error instanceof Problem
-        ? error.code in ownWords
-            ? t(ownWords[error.code as keyof typeof ownWords])
+        ? error.code === "offline"
+            ? t("offline")
             : retold(error.message) + (error.candidates.length > 0 ? `: ${error.candidates.join(", ")}` : "")
         : String(error);
 

@@ -1,4 +1,5 @@
 // Asks for what is shown first while the page itself is still on its way; the server sends this to who has a session.
+import { language } from "./language";
 import { listOf, peoplePath, placesPath, queryOf } from "./query";
 
 export interface Early {
@@ -14,7 +15,7 @@ declare global {
 }
 
 async function ask(path: string): Promise<Early> {
-    const response = await fetch(`/api/v1${path}`, { credentials: "same-origin" });
+    const response = await fetch(`/api/v1${path}`, { credentials: "same-origin", headers: { "Accept-Language": language } });
     return { response, text: await response.text() };
 }
 

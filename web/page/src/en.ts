@@ -148,10 +148,6 @@ export const en = {
     "password.generate": "Generate",
     "password.made": "The new password, shown only now:",
     "password.rules": "At least 12 characters, or 15 for super users; any characters. Not the login name, the name or the company, and no common word.",
-    "password.short": "The password needs at least 12 characters.",
-    "password.short.super": "The password of a super user needs at least 15 characters.",
-    "password.isname": "The password is the login name, the name or the company. Choose another.",
-    "password.easy": "The password is easy to guess. Choose another.",
     "password.state.set": "A password is set ({type}).",
     "password.state.none": "No password is set.",
     "yes": "yes",
@@ -413,6 +409,17 @@ export const en = {
     "passwords.save": "Save as a file",
     "passwords.lose": "The passwords cannot be shown again. Close without saving them?",
     "passwords.drop": "Close",
+    "keys.title": "Keys",
+    "keys.single": "Keys without Ctrl: / n ?",
+    "keys.search": "Search",
+    "keys.panel": "Next panel, and the one before",
+    "keys.move": "Go from line to line",
+    "keys.open": "Show",
+    "keys.branch": "Open and close in the tree",
+    "keys.letters": "In the tree: the next name that begins so",
+    "keys.select": "Select in the list",
+    "keys.menu": "Menu of what can be done",
+    "keys.carry": "Cut, and put into a place of the tree",
 };
 
 export type Key = keyof typeof en;

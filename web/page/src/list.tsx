@@ -1,11 +1,13 @@
 // People.
 import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 import { type People, type Person, Problem, listPeople, may } from "./api";
+import { type Action, allowed, openContext } from "./context";
 import { Trouble, askFor, change, sentence } from "./dialogs";
 import { Icon } from "./icons";
+import { useKey } from "./keys";
 import { askNames } from "./names";
-import { askAdd, askFields, askMove, askPasswords, askPlan, askRole, carry, changePeopleOrSay, cut, deletePeople } from "./people";
-import { argumentOf, suggestGroups } from "./pickers";
+import { askAdd, askFields, askMove, askPasswords, askPlan, askRole, askUser, carry, changePeopleOrSay, cut, deletePeople } from "./people";
+import { argumentOf } from "./pickers";
 import { go, useChanges } from "./place";
 import { type ListQuery, queryOf, traits } from "./query";
 import { Scroller, steps } from "./scroller";
@@ -192,31 +194,61 @@ export function List(props: {
                     password: values["password"] || null,
                 })) !== null,
         );
-    const create = () =>
-        askFor(
-            t("user.new"),
-            [
-                { name: "login", label: t("column.login"), required: true },
-                { name: "name", label: t("column.name") },
-                { name: "title", label: t("column.title") },
-                { name: "email", label: t("column.email") },
-                {
-                    name: "department",
-                    label: t("group.path"),
-                    value: query.in.startsWith("group:") ? (people?.path ?? "") : "",
-                    suggest: suggestGroups,
-                },
-            ],
-            t("create"),
-            async values => {
-                const given = Object.entries(values).filter(([name, value]) => name !== "login" && value !== "");
-                const made = await change("user/create", { LOGIN: values["login"] ?? "", ...Object.fromEntries(given) });
-                if (typeof made?.value === "number") {
-                    props.onOpen(made.value);
-                }
-                return made !== null;
-            },
+    const create = () => askUser(query.in.startsWith("group:") ? (people?.path ?? "") : "", props.onOpen);
+
+    /** What can be done with several people at once. */
+    const actionsOn = (chosen: Selection): Action[] =>
+        allowed([
+            { command: "user/lock", label: t("people.lock"), act: () => void changePeopleOrSay("user/lock", chosen) },
+            { command: "user/unlock", label: t("people.unlock"), act: () => void changePeopleOrSay("user/unlock", chosen) },
+            { command: "user/move", label: `${t("move")}…`, act: () => askMove(chosen, from ? (people?.path ?? "") : "") },
+            { command: "member/add", label: t("people.addto"), act: () => askAdd(chosen) },
+            ...(query.in === ""
+                ? []
+                : [
+                      {
+                          command: "member/remove",
+                          label: t("people.removefrom"),
+                          act: () => void changePeopleOrSay("member/remove", chosen, { GROUP: argumentOf(query.in) }),
+                      },
+                  ]),
+            { command: "role/add", label: t("people.role.add"), act: () => askRole(chosen, "add") },
+            { command: "role/remove", label: t("people.role.remove"), act: () => askRole(chosen, "remove") },
+            { command: "user/set", label: t("people.fields.open"), act: () => askFields(chosen) },
+            { command: "user/password/set", label: t("passwords.open"), act: () => void askPasswords(chosen) },
+            { command: "plan/assign", label: t("people.plan.assign"), act: () => askPlan(chosen, "assign") },
+            { command: "plan/unassign", label: t("people.plan.unassign"), act: () => askPlan(chosen, "unassign") },
+            { command: "user/delete", label: `${t("delete")}…`, keys: "Del", isDanger: true, act: () => void remove(chosen) },
+        ]);
+    /** What can be done without anybody. */
+    const making: Action[] = [
+        { command: "user/create", label: t("people.new"), keys: "n", act: create },
+        { label: t("names.open"), act: () => askNames() },
+    ];
+    const onContext = (event: MouseEvent) => {
+        const line = (event.target as Element).closest("[role=row]");
+        // A key asks for that of the row that keys act on.
+        const index = line ? Number(line.getAttribute("aria-rowindex")) - 2 : event.button === 2 ? -1 : active;
+        const row = rows.current[index];
+        if (!row || row["gone"]) {
+            openContext(event, allowed(making));
+            return;
+        }
+        const isSelected = selected.has(row.id);
+        const chosen = isSelected ? selected : Selection.of([row.id]);
+        setActive(index);
+        setSelected(chosen);
+        const own: Action[] = [
+            { label: t("generic.show"), keys: "Enter", act: () => props.onOpen(row.id) },
+            { command: "user/rename", label: `${t("rename")}…`, keys: "F2", act: () => rename(row) },
+        ];
+        openContext(
+            event,
+            [...(chosen.count === 1 ? allowed(own) : []), ...actionsOn(chosen)],
+            line ? null : document.getElementById(`person-${active}`),
         );
+    };
+    useKey("n", () => may("user/create") && create());
 
     const sorted = query.sort || "login";
     const header = (column: string) => {
@@ -272,52 +304,11 @@ export function List(props: {
                 {selected.count > 0 ? (
                     <>
                         <strong role="status">{t("people.selected", { count: selected.count })}</strong>
-                        {may("user/lock") && (
-                            <button onClick={() => void changePeopleOrSay("user/lock", selected)}>{t("people.lock")}</button>
-                        )}
-                        {may("user/unlock") && (
-                            <button onClick={() => void changePeopleOrSay("user/unlock", selected)}>
-                                {t("people.unlock")}
+                        {actionsOn(selected).map(({ label, isDanger, act }) => (
+                            <button key={label} class={isDanger ? "danger" : ""} onClick={act}>
+                                {label}
                             </button>
-                        )}
-                        {may("user/move") && (
-                            <button onClick={() => askMove(selected, from ? (people?.path ?? "") : "")}>{t("move")}…</button>
-                        )}
-                        {may("member/add") && (
-                            <button onClick={() => askAdd(selected)}>{t("people.addto")}</button>
-                        )}
-                        {query.in !== "" && may("member/remove") && (
-                            <button
-                                onClick={() =>
-                                    void changePeopleOrSay("member/remove", selected, { GROUP: argumentOf(query.in) })
-                                }
-                            >
-                                {t("people.removefrom")}
-                            </button>
-                        )}
-                        {may("role/add") && (
-                            <button onClick={() => askRole(selected, "add")}>{t("people.role.add")}</button>
-                        )}
-                        {may("role/remove") && (
-                            <button onClick={() => askRole(selected, "remove")}>{t("people.role.remove")}</button>
-                        )}
-                        {may("user/set") && (
-                            <button onClick={() => askFields(selected)}>{t("people.fields.open")}</button>
-                        )}
-                        {may("user/password/set") && (
-                            <button onClick={() => void askPasswords(selected)}>{t("passwords.open")}</button>
-                        )}
-                        {may("plan/assign") && (
-                            <button onClick={() => askPlan(selected, "assign")}>{t("people.plan.assign")}</button>
-                        )}
-                        {may("plan/unassign") && (
-                            <button onClick={() => askPlan(selected, "unassign")}>{t("people.plan.unassign")}</button>
-                        )}
-                        {may("user/delete") && (
-                            <button class="danger" onClick={() => void remove(selected)}>
-                                {t("delete")}…
-                            </button>
-                        )}
+                        ))}
                         <button class="link" onClick={() => setSelected(Selection.nobody)}>
                             {t("people.clear")}
                         </button>
@@ -325,7 +316,7 @@ export function List(props: {
                 ) : (
                     <>
                         {may("user/create") && (
-                            <button class="main" onClick={create}>
+                            <button class="main" aria-keyshortcuts="n" onClick={create}>
                                 <Icon name="plus" /> {t("people.new")}
                             </button>
                         )}
@@ -365,6 +356,7 @@ export function List(props: {
                     activeId={total > 0 ? `person-${active}` : undefined}
                     attributes={{ "aria-rowcount": total + 1, "aria-multiselectable": true }}
                     onKey={onKey}
+                    onContextMenu={onContext}
                     onRest={(first, end) => {
                         const begin = Math.floor(Math.max(0, first - 1) / kPage) * kPage;
                         for (let offset = begin; offset <= end && offset < total; offset += kPage) {

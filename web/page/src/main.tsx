@@ -7,11 +7,13 @@ import {
     type Session,
     currentSession,
     listCommands,
+    may,
     setAskPassword,
     signOut,
 } from "./api";
 import { Dialogs, Toasts, openDialog, sentence, toast } from "./dialogs";
 import { Board } from "./board";
+import { ContextMenu } from "./context";
 import { Directory } from "./directory";
 import { Documents } from "./documents";
 import type { Key } from "./en";
@@ -19,16 +21,19 @@ import { Nouns, type OwnView } from "./generic";
 import { beginEvents } from "./events";
 import { Icon } from "./icons";
 import { JobsMenu } from "./jobs";
+import { areKeysOn, openKeys, switchKeys, useKey } from "./keys";
 import { beginMenus } from "./menus";
 import { Silence } from "./offline";
 import { Matrix } from "./matrix";
 import { ImportPage } from "./import";
 import { askNames, namesIn } from "./names";
+import { askUser } from "./people";
 import { Audit, Overview, Why } from "./pages";
 import { type Where, go, useWhere } from "./place";
 import { SetupPage, SignInDialog, SignInPage } from "./signin";
 import { TwoStepOffer, TwoStepPage, openTwoStep } from "./twostep";
-import { language, languages, setLanguage, t } from "./texts";
+import { language, languages } from "./language";
+import { setLanguage, t } from "./texts";
 
 /** Areas, and the nouns of the table that each shows. */
 const areas: { name: string; nouns?: string[] }[] = [
@@ -72,17 +77,10 @@ function switchTheme(): void {
 function Search(props: { where: Where }) {
     const input = useRef<HTMLInputElement>(null);
     const { path, query } = props.where;
-    useEffect(() => {
-        const onKey = (event: KeyboardEvent) => {
-            const isTyping = (event.target as Element).closest("input, textarea, select, dialog") !== null;
-            if (event.key === "/" && !isTyping && !event.ctrlKey && !event.metaKey && !event.altKey) {
-                event.preventDefault();
-                input.current?.focus();
-            }
-        };
-        document.addEventListener("keydown", onKey);
-        return () => document.removeEventListener("keydown", onKey);
-    }, []);
+    useKey("/", () => input.current?.focus());
+    useKey("?", openKeys);
+    // The list has its own, which proposes the place that it shows.
+    useKey("n", () => !document.getElementById("people") && may("user/create") && askUser("", id => void go("/directory", { user: String(id) })));
     const search = (q: string) =>
         void go("/directory", path === "/directory" ? { ...query, q } : { q }, path === "/directory" && query["q"] ? "replace" : "keep");
     return (
@@ -134,6 +132,13 @@ function UserMenu(props: { session: Session; onSession: (session: Session) => vo
                             </option>
                         ))}
                     </select>
+                </label>
+                <button onClick={openKeys}>
+                    {t("keys.title")}… <kbd>?</kbd>
+                </button>
+                <label>
+                    <input type="checkbox" checked={areKeysOn()} onChange={event => switchKeys(event.currentTarget.checked)} />{" "}
+                    {t("keys.single")}
                 </label>
                 <button onClick={() => openTwoStep(props.onSession)}>{t("totp")}…</button>
                 <button
@@ -255,6 +260,7 @@ function Frame(props: { session: Session | undefined; onSession: (session: Sessi
             </nav>
             <main id="content" tabIndex={-1}>
                 <Page where={where} commands={commands} />
+                <ContextMenu />
             </main>
         </div>
     );

@@ -110,6 +110,28 @@ export const askPlan = (people: Selection, verb: "assign" | "unassign") =>
             null,
     );
 
+/** Makes a user. @param department  a path that is proposed. */
+export const askUser = (department: string, onMade: (id: number) => void) =>
+    askFor(
+        t("user.new"),
+        [
+            { name: "login", label: t("column.login"), required: true },
+            { name: "name", label: t("column.name") },
+            { name: "title", label: t("column.title") },
+            { name: "email", label: t("column.email") },
+            group("department", t("group.path"), false, department),
+        ],
+        t("create"),
+        async values => {
+            const given = Object.entries(values).filter(([name, value]) => name !== "login" && value !== "");
+            const made = await change("user/create", { LOGIN: values["login"] ?? "", ...Object.fromEntries(given) });
+            if (typeof made?.value === "number") {
+                onMade(made.value);
+            }
+            return made !== null;
+        },
+    );
+
 // ---- Fields and passwords -------------------------------------------------------------------------------------------
 
 /** What several people may have in common. */

@@ -32,6 +32,7 @@ interface Props {
     /** The lines that are in sight, once the scroll rests. */
     onRest?: (first: number, last: number) => void;
     attributes?: Record<string, string | number | boolean>;
+    onContextMenu?: (event: MouseEvent) => void;
     onFocus?: () => void;
 }
 
@@ -80,6 +81,7 @@ export function Scroller(props: Props) {
             aria-activedescendant={props.activeId}
             onScroll={event => setTop(event.currentTarget.scrollTop)}
             onKeyDown={event => props.onKey(event, Math.max(1, Math.floor(height / props.lineHeight) - 1))}
+            onContextMenu={props.onContextMenu}
             onFocus={props.onFocus}
             {...props.attributes}
         >

@@ -1,25 +1,11 @@
 // What the page says, in the language of its reader.
 import { de } from "./de";
 import { type Catalogue, type Key, en } from "./en";
+import { language } from "./language";
 import { zh } from "./zh-CN";
 
 const catalogues: Record<string, Catalogue> = { en, de, "zh-CN": zh };
 
-export const languages: Record<string, string> = { en: "English", de: "Deutsch", "zh-CN": "简体中文" };
-
-function choose(): string {
-    const kept = localStorage.getItem("language");
-    for (const wanted of kept ? [kept] : navigator.languages) {
-        for (const language of Object.keys(catalogues)) {
-            if (wanted === language || wanted.split("-")[0] === language.split("-")[0]) {
-                return language;
-            }
-        }
-    }
-    return "en";
-}
-
-export const language = choose();
 document.documentElement.lang = language;
 const catalogue = catalogues[language] ?? en;
 /** Made when it is first used: each takes some of the time in which the page begins. */
@@ -51,13 +37,14 @@ export const time = (value: string) => (Number.isNaN(Date.parse(value)) ? value 
 
 const nameOr = (key: string, otherwise: string) => (catalogue as Partial<Record<string, string>>)[key] ?? otherwise;
 
-/** What columns are called, by language; from the catalogues of qvadmin. */
-declare const COLUMNS: Record<string, Record<string, string>>;
+let names: Record<string, string> = {};
+/** Has columns and parameters called as the server calls them in this language. */
+export const setNames = (given: typeof names) => void (names = given);
 
 /** A name of a column or parameter, for people. */
 export const words = (name: string) => {
     const key = name.toLowerCase();
-    const text = nameOr(`field.${key}`, COLUMNS[language]?.[key] ?? key.replaceAll("_", " "));
+    const text = nameOr(`field.${key}`, names[key] ?? key.replaceAll("_", " "));
     return text.charAt(0).toUpperCase() + text.slice(1);
 };
 /** What the noun of a command is called; one that the page does not know by its word. */

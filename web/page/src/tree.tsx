@@ -3,6 +3,7 @@ import { useState } from "preact/hooks";
 import { type Place, type Step, findPlaces, listPlaces, may } from "./api";
 import { type Line, parentOf, useTree } from "./branches";
 import { Trouble, askFor, change, changeOrSay, sentence } from "./dialogs";
+import { type Action, allowed, openContext } from "./context";
 import { Icon } from "./icons";
 import { canDrop, carry, drop, sayCut } from "./people";
 import { argumentOf, suggestGroups } from "./pickers";
@@ -32,6 +33,10 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
         icon: place => (place.key.startsWith("view:") ? "view" : "folder"),
         count: place => place.people,
         onChoose: place => place.key !== "nowhere" && props.onChoose(place.key),
+        onContext: (event, line) => {
+            const row = (event.target as Element).closest("[role=treeitem]");
+            openContext(event, allowed(line ? actionsOn(line) : [create(undefined)]), row ? null : line && document.getElementById(tree.activeId));
+        },
         onKey: (event, line) => {
             if (event.key === "F2" && may("group/rename")) {
                 rename(line);
@@ -51,25 +56,30 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
         },
     });
 
-    const create = () =>
-        askFor(
-            props.path ? t("group.under", { path: props.path }) : t("tree.newview"),
-            [{ name: "name", label: t("group.name"), required: true }],
-            t("create"),
-            async values => {
-                const name = values["name"] ?? "";
-                const made = tree.chosen
-                    ? await change("group/create", {
-                          PATH: `${argumentOf(props.chosen)}/${name.replace(/[\\/]/g, "\\$&")}`,
-                      })
-                    : await change("view/create", { NAME: name });
-                if (tree.chosen) {
-                    tree.open(tree.chosen);
-                }
-                return made !== null;
-            },
-        );
-    const noun = (key: string) => (key.startsWith("view:") ? "view" : "group");
+    /** @param under  undefined for a view. @param path  of it, where that is known. */
+    const create = (under: Line<Place> | undefined, path = under?.node?.name ?? ""): Action => ({
+        command: under ? "group/create" : "view/create",
+        label: t(under ? "tree.new" : "tree.newview"),
+        act: () =>
+            askFor(
+                under ? t("group.under", { path }) : t("tree.newview"),
+                [{ name: "name", label: t("group.name"), required: true }],
+                t("create"),
+                async values => {
+                    const name = values["name"] ?? "";
+                    const made = under?.node
+                        ? await change("group/create", {
+                              PATH: `${argumentOf(under.node.key)}/${name.replace(/[\\/]/g, "\\$&")}`,
+                          })
+                        : await change("view/create", { NAME: name });
+                    if (under) {
+                        tree.open(under);
+                    }
+                    return made !== null;
+                },
+            ),
+    });
+    const nounOf = (key: string) => (key.startsWith("view:") ? "view" : "group");
     const rename = (line: Line<Place> | undefined) => {
         if (!line?.node || line.node.key === "nowhere") {
             return;
@@ -80,8 +90,8 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
             [{ name: "name", label: t("group.name"), value: name, required: true }],
             t("rename"),
             async values =>
-                (await change(`${noun(key)}/rename`, {
-                    [noun(key) === "view" ? "VIEW" : "GROUP"]: argumentOf(key),
+                (await change(`${nounOf(key)}/rename`, {
+                    [nounOf(key) === "view" ? "VIEW" : "GROUP"]: argumentOf(key),
                     NAME: values["name"] ?? "",
                 })) !== null,
         );
@@ -109,9 +119,9 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
         if (!key || key === "nowhere") {
             return;
         }
-        const isView = noun(key) === "view";
+        const isView = nounOf(key) === "view";
         const done = await changeOrSay(
-            `${noun(key)}/delete`,
+            `${nounOf(key)}/delete`,
             isView
                 ? { VIEW: argumentOf(key) }
                 : { GROUP: argumentOf(key), ...((line.node?.children ?? 0) > 0 ? { recursive: true } : {}) },
@@ -119,6 +129,19 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
         if (done && key === props.chosen) {
             props.onChoose("");
         }
+    };
+
+    const actionsOn = (line: Line<Place>): Action[] => {
+        const { key = "nowhere" } = line.node ?? {};
+        const noun = nounOf(key);
+        return key === "nowhere"
+            ? []
+            : [
+                  create(line),
+                  { command: `${noun}/rename`, label: `${t("rename")}…`, keys: "F2", act: () => rename(line) },
+                  ...(noun === "group" ? [{ command: "group/move", label: `${t("move")}…`, act: () => move(line) }] : []),
+                  { command: `${noun}/delete`, label: `${t("delete")}…`, keys: "Del", isDanger: true, act: () => void remove(line) },
+              ];
     };
 
     const search = async (text: string) => {
@@ -135,30 +158,28 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
     };
 
     const target = tree.chosen;
+    const making = create(target, props.path);
+    const others = allowed(target ? actionsOn(target).slice(1) : []);
     return (
         <section class="tree panel" aria-label={t("organisation")}>
             <header>
                 <h2>{t("organisation")}</h2>
-                {may(target ? "group/create" : "view/create") && (
-                    <button class="icon" title={t("tree.new")} aria-label={t(target ? "tree.new" : "tree.newview")} onClick={create}>
+                {allowed([making]).map(({ label, act }) => (
+                    <button key="new" class="icon" title={label} aria-label={label} onClick={act}>
                         <Icon name="plus" />
                     </button>
-                )}
-                {may("group/rename") && (
+                ))}
+                {others.length > 0 && (
                     <details class="menu">
                         <summary class="icon" aria-label={t("tree.menu")}>
                             <Icon name="more" />
                         </summary>
                         <div class="popup" onClick={event => event.currentTarget.closest("details")?.removeAttribute("open")}>
-                            <button disabled={!target} onClick={() => rename(target)}>
-                                {t("rename")} <kbd>F2</kbd>
-                            </button>
-                            <button disabled={!target?.node?.key.startsWith("group:")} onClick={() => move(target)}>
-                                {t("move")}…
-                            </button>
-                            <button disabled={!target} class="danger" onClick={() => void remove(target)}>
-                                {t("delete")}… <kbd>Del</kbd>
-                            </button>
+                            {others.map(({ label, keys, isDanger, act }) => (
+                                <button key={label} class={isDanger ? "danger" : ""} onClick={act}>
+                                    {label} {keys && <kbd>{keys}</kbd>}
+                                </button>
+                            ))}
                         </div>
                     </details>
                 )}

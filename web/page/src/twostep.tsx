@@ -44,7 +44,7 @@ function TwoStep(props: { onDone: (session: Session) => void }) {
                 <p>
                     <a href={made.uri}>{t("totp.link")}</a>
                 </p>
-                <Field id="totp-code" label={t("signin.code")} autocomplete="one-time-code" onInput={setCode} />
+                <Field id="totp-code" label={t("signin.code")} autocomplete="one-time-code" isFocused onInput={setCode} />
             </Form>
         );
     }
