@@ -9,10 +9,10 @@ namespace management {
 
 namespace {
 
-using TextOf = std::function<std::string(const Sentence::Argument&)>;
+using ToText = std::function<std::string(const Sentence::Argument&)>;
 
 /// @throws fmt::format_error for a pattern with other places than there are arguments.
-std::string Fill(const std::string& pattern, const std::vector<Sentence::Argument>& arguments, const TextOf& textOf)
+std::string Fill(const std::string& pattern, const std::vector<Sentence::Argument>& arguments, const ToText& textOf)
 {
     fmt::dynamic_format_arg_store<fmt::format_context> store;
     for (const Sentence::Argument& argument : arguments) {

@@ -31,15 +31,26 @@ std::string Now()
                        std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
 }
 
+/// Whether a row's values can be told without asking the engine.
+bool AreLiterals(const Assignments& row, bool backslashEscapes)
+{
+    return std::ranges::all_of(row, [backslashEscapes](const auto& cell) {
+        return IsNull(cell.second) || ValueOfLiteral(cell.second, backslashEscapes);
+    });
+}
+
 /// The row that an insert adds, where it says all of it by literals.
-std::optional<AuditedRow> WholeRow(const AuditedTable& table, const WriteStatement& insert, bool backslashEscapes)
+std::optional<AuditedRow> WholeRow(const AuditedTable& table, const Assignments& assignments, bool backslashEscapes)
 {
     AuditedRow row;
     for (const std::string& column : ColumnsOf(table)) {
         const auto given = std::ranges::find_if(
-            insert.assignments, [&column](const auto& assignment) { return SameIdentifier(assignment.first, column); });
-        auto value = given == insert.assignments.end() ? std::nullopt : ValueOfLiteral(given->second, backslashEscapes);
-        if (!value) {
+            assignments, [&column](const auto& assignment) { return SameIdentifier(assignment.first, column); });
+        if (given == assignments.end()) {
+            return std::nullopt;
+        }
+        auto value = ValueOfLiteral(given->second, backslashEscapes);
+        if (!value && !IsNull(given->second)) {
             return std::nullopt;
         }
         row.emplace_back(column, std::move(value));
@@ -150,9 +161,8 @@ void Recorder::AfterExecute(CAConnect& /*conn*/, const char* /*sql*/, int rows)
         return;
     }
     const bool isInsert = m_statement->kind == WriteStatement::Kind::insert;
-    const bool isUnknown = (!m_statement->query.empty() && m_table->keeping == Keeping::byId) ||
-                           (!m_statement->furtherRows.empty() && m_table->keeping == Keeping::byContent);
-    if (!m_statement->isWhole || isUnknown) {
+    const bool isUnknown = !m_statement->query.empty() && m_table->keeping == Keeping::byId;
+    if (!m_statement->isWhole || isUnknown || AddsUnknownContents(*m_table, *m_statement)) {
         throw CAException("internal error: this change cannot be recorded, and was not made");
     }
     if (m_table->keeping == Keeping::countOnly) {
@@ -163,14 +173,33 @@ void Recorder::AfterExecute(CAConnect& /*conn*/, const char* /*sql*/, int rows)
     }
 }
 
+/// Whether several rows without ids are added that only the engine can tell apart.
+bool Recorder::AddsUnknownContents(const AuditedTable& table, const WriteStatement& insert) const
+{
+    if (table.keeping != Keeping::byContent || insert.furtherRows.empty()) {
+        return false;
+    }
+    bool areKnown = true;
+    auto added = m_added.begin();
+    insert.ForEachRow([&](const Assignments& row) {
+        areKnown = areKnown && ((added++)->row || AreLiterals(row, m_backslashEscapes));
+    });
+    return !areKnown;
+}
+
 void Recorder::NoteInsertBefore(const AuditedTable& table, const WriteStatement& statement)
 {
     if (table.keeping == Keeping::byId) {
         NoteGreatestId(table);
         return;
     }
-    m_added = WholeRow(table, statement, m_backslashEscapes);
-    m_equalBefore = m_added ? std::vector<AuditedRow>() : RowsLike(table, statement);
+    m_added.clear();
+    statement.ForEachRow([&](const Assignments& row) {
+        AddedContent& added = m_added.emplace_back(AddedContent{WholeRow(table, row, m_backslashEscapes), {}});
+        if (!added.row) {
+            added.equalBefore = RowsLike(table, row);
+        }
+    });
 }
 
 // What these are at the end is read then.
@@ -233,10 +262,7 @@ void Recorder::NoteInserted(const AuditedTable& table, const WriteStatement& sta
     }
     Inserted& inserted = m_inserted[&table];
     FindPlaces(inserted, table, statement);
-    NoteInsertedRow(table, inserted, statement.assignments);
-    for (const Assignments& row : statement.furtherRows) {
-        NoteInsertedRow(table, inserted, row);
-    }
+    statement.ForEachRow([&](const Assignments& row) { NoteInsertedRow(table, inserted, row); });
 }
 
 void Recorder::NoteInsertedRow(const AuditedTable& table, Inserted& inserted, const Assignments& assignments)
@@ -297,10 +323,14 @@ bool Recorder::TakeKnown(std::deque<KnownRow>& pending, const AuditedRow& row)
 
 void Recorder::NoteInsertedContent(const AuditedTable& table, const WriteStatement& statement)
 {
-    const auto added = m_added ? m_added : FirstBeyond(RowsLike(table, statement), m_equalBefore);
-    if (added) {
-        AddContent(table, *added, 1);
-    }
+    auto noted = m_added.begin();
+    statement.ForEachRow([&](const Assignments& row) {
+        const AddedContent& added = *noted++;
+        const auto content = added.row ? added.row : FirstBeyond(RowsLike(table, row), added.equalBefore);
+        if (content) {
+            AddContent(table, *content, 1);
+        }
+    });
 }
 
 void Recorder::NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement)
@@ -351,18 +381,20 @@ void Recorder::AddContent(const AuditedTable& table, const AuditedRow& row, std:
 }
 
 // The engine may take for equal what is not, so the values are compared once more.
-std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const WriteStatement& insert)
+std::vector<AuditedRow> Recorder::RowsLike(const AuditedTable& table, const Assignments& assignments)
 {
     constexpr std::size_t longest = 128;
     std::string condition;
     AuditedRow given;
-    for (const auto& [column, literal] : insert.assignments) {
+    for (const auto& [column, literal] : assignments) {
         const auto value = ValueOfLiteral(literal, m_backslashEscapes);
-        if (value) {
+        const bool isNull = IsNull(literal);
+        if (value || isNull) {
             given.emplace_back(column, value);
         }
-        if (value && value->size() <= longest) {
-            condition += fmt::format("{} {} = {}", condition.empty() ? "WHERE" : " AND", column, literal);
+        if (isNull || (value && value->size() <= longest)) {
+            condition +=
+                fmt::format("{} {} {} {}", condition.empty() ? "WHERE" : " AND", column, isNull ? "IS" : "=", literal);
         }
     }
     std::vector<AuditedRow> rows = ReadRows(m_conn, table, condition);

@@ -64,6 +64,12 @@ private:
     /// What is known of a row: values by the places of their columns in it.
     using KnownRow = std::vector<std::pair<std::size_t, std::string>>;
 
+    /// A row without an id that an insert adds.
+    struct AddedContent {
+        std::optional<AuditedRow> row;       ///< where the insert says all of it
+        std::vector<AuditedRow> equalBefore; ///< elsewhere, those that were like it before
+    };
+
     /// The rows of a table that were added; their ids are found at the end.
     struct Inserted {
         std::int64_t greatestId = 0;                    ///< before the first one
@@ -77,6 +83,7 @@ private:
     void NoteRowsBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteContentsBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteQueriedBefore(const AuditedTable& table, const WriteStatement& statement);
+    [[nodiscard]] bool AddsUnknownContents(const AuditedTable& table, const WriteStatement& insert) const;
     void NoteInsertBefore(const AuditedTable& table, const WriteStatement& statement);
     void NoteInserted(const AuditedTable& table, const WriteStatement& statement);
     void NoteInsertedRow(const AuditedTable& table, Inserted& inserted, const Assignments& assignments);
@@ -89,7 +96,7 @@ private:
     bool IsOfInserted(const AuditedTable& table, const WriteStatement& update);
     void Touch(const AuditedTable& table, const std::string& key, std::optional<AuditedRow> before);
     void AddContent(const AuditedTable& table, const AuditedRow& row, std::int64_t count);
-    std::vector<AuditedRow> RowsLike(const AuditedTable& table, const WriteStatement& insert);
+    std::vector<AuditedRow> RowsLike(const AuditedTable& table, const Assignments& assignments);
     std::vector<StoredRow> TakeChanges();
     void TakeRowChanges(std::vector<StoredRow>& stored);
     void AppendValues(std::string& sql, int entry, const StoredRow& row) const;
@@ -100,14 +107,13 @@ private:
     InsertHead m_head;                         ///< of the latest insert
     std::optional<WriteStatement> m_statement; ///< that runs
     const AuditedTable* m_table = nullptr;     ///< which it writes; null where it is not recorded
-    std::optional<AuditedRow> m_added;         ///< by an insert that runs, where it says all of the row
+    std::vector<AddedContent> m_added;         ///< by an insert that runs
     std::vector<Key> m_touched;                ///< in the order of their first change
     std::map<Key, std::optional<AuditedRow>> m_before;
     std::vector<Key> m_contents;
     std::map<Key, std::int64_t> m_counts; ///< by packed content; of tables that are only counted, the empty text
     std::map<Key, AuditedRow> m_rows;
     std::map<const AuditedTable*, Inserted> m_inserted;
-    std::vector<AuditedRow> m_equalBefore; ///< of the insert that runs
 };
 
 } // namespace management::audit

@@ -259,6 +259,8 @@ std::optional<std::vector<std::int64_t>> IdsOf(std::string_view condition)
     return isWhole ? std::optional(std::move(ids)) : std::nullopt;
 }
 
+bool IsNull(std::string_view expression) { return EqualsWord(Trimmed(expression), "null"); }
+
 std::optional<std::string> ValueOfLiteral(std::string_view literal, bool backslashEscapes)
 {
     literal = Trimmed(literal);

@@ -31,6 +31,16 @@ struct WriteStatement {
     std::string_view condition = {};           ///< from WHERE on; empty where there is none
     std::string query = {}; ///< of an insert that takes its rows from one; its assignments then have no values
     bool isWhole = true;    ///< false where the assignments could not be read
+
+    /// Gives the assignments of each row of an insert to `take`.
+    template <class Take>
+    void ForEachRow(Take take) const
+    {
+        take(assignments);
+        for (const Assignments& row : furtherRows) {
+            take(row);
+        }
+    }
 };
 
 /// Takes apart `INSERT INTO t (c, ...) VALUES (v, ...), ...`, the same with a SELECT in place of VALUES, `UPDATE t SET
@@ -42,6 +52,9 @@ std::optional<WriteStatement> ParseWrite(std::string_view sql, bool backslashEsc
 
 /// The ids that a condition names, as in `WHERE Col_ID = 5` and `WHERE Col_ID IN (5, 6)`; nothing for any other one.
 std::optional<std::vector<std::int64_t>> IdsOf(std::string_view condition);
+
+/// Whether an expression is NULL.
+bool IsNull(std::string_view expression);
 
 /// The value of a literal: a whole number's digits, or a text without its quotes.
 /// @return nothing for anything else, NULL among it.

@@ -5,8 +5,10 @@
 #include "management/Escape.h"
 #include "management/Names.h"
 #include "management/Query.h"
+#include "management/RowsInsert.h"
 #include "management/Text.h"
 #include "management/documents/Documents.h"
+#include "management/exchange/AddedRows.h"
 #include "management/organisation/Organisation.h"
 #include "management/users/Users.h"
 
@@ -73,6 +75,11 @@ void ThrowIfCycle(const Cycle& cycle, const Tree& tree)
     }
 }
 
+bool IsAdded(const MatchedLine& wanted)
+{
+    return wanted.fate == RowFate::created && wanted.row == nullptr && wanted.problem.IsEmpty();
+}
+
 bool IsTop(const std::string& path) { return path.starts_with('/') && DepthOf(path) == 1; }
 
 int TypeOf(MemberKind kind) { return kind == MemberKind::view ? kItemTypeView : kItemTypeGroup; }
@@ -107,11 +114,7 @@ void DirectoryWriter::Write(std::vector<MatchedLine>& lines, bool hasConfused)
     }
     WriteRows(lines);
     if (IsTree(m_noun.item)) {
-        for (const MatchedLine& wanted : lines) {
-            if (wanted.fate == RowFate::created && wanted.problem.IsEmpty()) {
-                LinkToParent(wanted);
-            }
-        }
+        LinkToParents(lines);
     }
 }
 
@@ -230,10 +233,15 @@ void DirectoryWriter::RequireNoCycle(const MatchedLine& wanted)
 void DirectoryWriter::WriteRows(std::vector<MatchedLine>& lines)
 {
     Updates updates;
+    AddedRows added(m_conn, m_noun);
     for (MatchedLine& wanted : lines) {
         if (wanted.problem.IsEmpty()) {
-            WriteRow(wanted, updates);
+            WriteRow(wanted, updates, added);
         }
+    }
+    added.Finish();
+    if (m_noun.item != MemberKind::text) {
+        NoteNames(lines);
     }
     for (const auto& [assignments, ids] : updates) {
         Execute(m_conn,
@@ -242,10 +250,10 @@ void DirectoryWriter::WriteRows(std::vector<MatchedLine>& lines)
 }
 
 /// Adds a row, or sets one that no id names; notes what to set of others.
-void DirectoryWriter::WriteRow(MatchedLine& wanted, Updates& updates)
+void DirectoryWriter::WriteRow(MatchedLine& wanted, Updates& updates, AddedRows& added)
 {
     if (wanted.fate == RowFate::created && wanted.row == nullptr) {
-        Insert(wanted);
+        added.Add(wanted, RowOf(wanted));
     } else if (wanted.fate == RowFate::updated || wanted.fate == RowFate::created) {
         const std::string assignments = AssignmentsOf(wanted);
         if (m_noun.hasId) {
@@ -257,7 +265,8 @@ void DirectoryWriter::WriteRow(MatchedLine& wanted, Updates& updates)
     }
 }
 
-void DirectoryWriter::Insert(MatchedLine& wanted)
+/// All that is known of the row of a line that adds one.
+ColumnValues DirectoryWriter::RowOf(const MatchedLine& wanted) const
 {
     ColumnValues values = wanted.values;
     if (m_noun.name == "user") {
@@ -268,17 +277,16 @@ void DirectoryWriter::Insert(MatchedLine& wanted)
         values["Col_AppName"] = name.scope.empty() ? std::string(kOwnApplication) : name.scope.front();
         values["Col_DomainID"] = name.scope.size() < 2 ? "0" : name.scope[1];
     }
-    std::string columns;
-    std::string literals;
-    for (const auto& [column, value] : values) {
-        columns += fmt::format("{}{}", columns.empty() ? "" : ", ", column);
-        literals += (literals.empty() ? "" : ", ") + LiteralFor(m_conn, m_noun, column, value);
-    }
-    Execute(m_conn, fmt::format("INSERT INTO {} ({}) VALUES ({})", m_noun.table, columns, literals));
-    if (m_noun.item != MemberKind::text) {
-        wanted.id = LastInsertedId(m_conn);
-        m_names.Add(m_noun.item, *wanted.id, wanted.name);
-        m_made.names.emplace_back(m_noun.item, *wanted.id);
+    return values;
+}
+
+void DirectoryWriter::NoteNames(const std::vector<MatchedLine>& lines)
+{
+    for (const MatchedLine& wanted : lines) {
+        if (IsAdded(wanted)) {
+            m_names.Add(m_noun.item, *wanted.id, wanted.name);
+            m_made.names.emplace_back(m_noun.item, *wanted.id);
+        }
     }
 }
 
@@ -362,32 +370,49 @@ void DirectoryWriter::RequireFreeChild(std::pair<MemberKind, int> parent, const 
     }
 }
 
-/// Links an item that was added with the one above it.
-void DirectoryWriter::LinkToParent(const MatchedLine& wanted)
+/// Links the items that were added with those above them.
+void DirectoryWriter::LinkToParents(const std::vector<MatchedLine>& lines)
 {
-    const std::optional<std::string> path = ParseItemName(m_noun.item, wanted.name).parent;
-    if (!path) {
-        return;
-    }
-    const auto parent = ParentOf(*path);
-    const std::string id = std::to_string(*wanted.id);
-    const std::string parentId = std::to_string(parent->second);
-    if (m_noun.item == MemberKind::group) {
-        const std::string type = std::to_string(TypeOf(parent->first));
-        Execute(m_conn, fmt::format("INSERT INTO qv_Relation (Col_QvItemID, Col_QvItemType, Col_DQvItemID, "
-                                    "Col_DQvItemType, Col_RelType, Col_Ref, Col_ViewID) VALUES ({}, {}, {}, {}, {}, 0, "
-                                    "0)",
-                                    parentId, type, id, kItemTypeGroup, kMembership));
-        m_made.links.insert({"qv_Relation", type, parentId, id});
-        return;
-    }
+    RowsInsert relations(
+        m_conn, "qv_Relation",
+        "Col_QvItemID, Col_QvItemType, Col_DQvItemID, Col_DQvItemType, Col_RelType, Col_Ref, Col_ViewID");
+    WithDatabaseErrors(m_conn, [&] {
+        for (const MatchedLine& wanted : lines) {
+            const std::optional<std::string> path =
+                IsAdded(wanted) ? ParseItemName(m_noun.item, wanted.name).parent : std::nullopt;
+            if (!path) {
+                continue;
+            }
+            const std::pair<MemberKind, int> parent = *ParentOf(*path);
+            if (m_noun.item == MemberKind::group) {
+                LinkGroup(relations, parent, *wanted.id);
+            } else {
+                LinkFolder(parent, wanted);
+            }
+        }
+        relations.Finish();
+    });
+}
+
+void DirectoryWriter::LinkGroup(RowsInsert& relations, std::pair<MemberKind, int> parent, int group)
+{
+    const int type = TypeOf(parent.first);
+    relations.Add([&](std::string& sql) {
+        sql += fmt::format("{}, {}, {}, {}, {}, 0, 0", parent.second, type, group, kItemTypeGroup, kMembership);
+    });
+    m_made.links.insert({"qv_Relation", std::to_string(type), std::to_string(parent.second), std::to_string(group)});
+}
+
+void DirectoryWriter::LinkFolder(std::pair<MemberKind, int> parent, const MatchedLine& wanted)
+{
     Documents documents(m_conn);
     FolderData folder;
     folder.name = wanted.values.at("Col_Name").value_or("");
-    const bool isInRoot = parent->first == MemberKind::root;
-    documents.AddLink({{isInRoot ? DocKind::root : DocKind::folder, parent->second}, {DocKind::folder, *wanted.id}},
+    const bool isInRoot = parent.first == MemberKind::root;
+    documents.AddLink({{isInRoot ? DocKind::root : DocKind::folder, parent.second}, {DocKind::folder, *wanted.id}},
                       folder);
-    m_made.links.insert({isInRoot ? "Tab_Doc_Root_Link" : "Tab_Doc_VFolder_Link", "", parentId, id});
+    m_made.links.insert({isInRoot ? "Tab_Doc_Root_Link" : "Tab_Doc_VFolder_Link", "", std::to_string(parent.second),
+                         std::to_string(*wanted.id)});
 }
 
 /// What tells links apart that this import has made by itself.

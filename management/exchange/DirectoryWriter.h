@@ -15,6 +15,9 @@
 
 namespace management {
 
+class AddedRows;
+class RowsInsert;
+
 /// What an import has made beside the rows that lines say.
 struct MadeItems {
     std::set<std::vector<std::string>> links;      ///< for the paths of groups and folders
@@ -48,15 +51,18 @@ private:
     void RequireNoCycle(const MatchedLine& wanted);
 
     void WriteRows(std::vector<MatchedLine>& lines);
-    void WriteRow(MatchedLine& wanted, Updates& updates);
-    void Insert(MatchedLine& wanted);
+    void WriteRow(MatchedLine& wanted, Updates& updates, AddedRows& added);
+    [[nodiscard]] ColumnValues RowOf(const MatchedLine& wanted) const;
+    void NoteNames(const std::vector<MatchedLine>& lines);
     [[nodiscard]] std::string AssignmentsOf(const MatchedLine& wanted) const;
 
     [[nodiscard]] MemberKind TopKind() const;
     [[nodiscard]] std::optional<std::pair<MemberKind, int>> ParentOf(const std::string& path) const;
     void RequireParents(std::vector<MatchedLine>& lines);
     void RequireFreeChild(std::pair<MemberKind, int> parent, const MatchedLine& wanted);
-    void LinkToParent(const MatchedLine& wanted);
+    void LinkToParents(const std::vector<MatchedLine>& lines);
+    void LinkGroup(RowsInsert& relations, std::pair<MemberKind, int> parent, int group);
+    void LinkFolder(std::pair<MemberKind, int> parent, const MatchedLine& wanted);
     [[nodiscard]] std::vector<std::string> LinkOf(const ColumnValues& values) const;
 
     Call& m_call;
