@@ -274,7 +274,7 @@ void TableWriter::FitWidth()
         };
         while (width > m_look.width) {
             const auto widest = std::ranges::max_element(m_columns, {}, surplusOf);
-            if (widest == m_columns.end() || surplusOf(*widest) == 0) {
+            if (surplusOf(*widest) == 0) {
                 break;
             }
             --widest->width;
