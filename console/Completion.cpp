@@ -150,17 +150,10 @@ std::vector<std::string> ChoicesOf(const Written& written, std::string_view begi
     if (written.option == "--color") {
         return {kColorWords.begin(), kColorWords.end()};
     }
-    std::vector<std::string> choices;
     const ParamInfo* param = ParamAt(written, beginning);
-    const OneOf* words = param != nullptr ? std::get_if<OneOf>(&param->check) : nullptr;
-    if (words != nullptr) {
-        for (const std::string_view word : words->words) {
-            if (!word.empty()) {
-                choices.emplace_back(word);
-            }
-        }
-    }
-    return choices;
+    const std::vector<std::string_view> words =
+        param != nullptr ? WordsOf(param->check) : std::vector<std::string_view>();
+    return {words.begin(), words.end()};
 }
 
 std::vector<std::string> CandidatesFor(const Written& written, const std::string& beginning, const FindNames& names)

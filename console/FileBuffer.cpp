@@ -41,10 +41,14 @@ int OpenForReading(const std::string& path)
     return file;
 }
 
+Sentence UnreadableSentence(const std::string& name, int error)
+{
+    return FillPattern("cannot read {}: {}", name, std::strerror(error));
+}
+
 void ThrowUnreadable(const std::string& path, int error)
 {
-    throw Error(ErrorCode::failed,
-                FillPattern("cannot read {}: {}", path.empty() ? "''" : Visible(path), std::strerror(error)));
+    throw Error(ErrorCode::failed, UnreadableSentence(path.empty() ? "''" : Visible(path), error));
 }
 
 } // namespace console

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "management/Sentence.h"
+
 #include <array>
 #include <streambuf>
 #include <string>
@@ -26,6 +28,8 @@ private:
 
 /// Opens a file for a FileBuffer. @return its descriptor. @throws management::Error (failed).
 int OpenForReading(const std::string& path);
+/// @param name  of the file, as it is shown. @param error  of the system.
+management::Sentence UnreadableSentence(const std::string& name, int error);
 /// @param error  of the system. @throws management::Error (failed), always.
 [[noreturn]] void ThrowUnreadable(const std::string& path, int error);
 

@@ -12,6 +12,7 @@
 #include "management/Text.h"
 #include "management/exchange/DirectoryImport.h"
 #include "management/exchange/LdifSource.h"
+#include "management/import/FileFormat.h"
 #include "management/import/Import.h"
 #include "management/import/Synchronisation.h"
 #include "management/organisation/Organisation.h"
@@ -210,10 +211,7 @@ ColumnOptions ColumnsOf(const ImportInput& in)
 {
     ColumnOptions options{
         .ignoreUnknown = in.ignoreUnknown, .dateFormat = in.dateFormat.value_or(""), .clearEmpty = in.clearEmpty};
-    const std::string map = in.map.value_or("");
-    for (std::size_t begin = 0; begin < map.size();) {
-        const std::size_t end = std::min(map.find(',', begin), map.size());
-        const std::string pair = map.substr(begin, end - begin);
+    for (const std::string& pair : in.map ? SplitAtCommas(*in.map) : std::vector<std::string>()) {
         const std::size_t equals = pair.rfind('=');
         if (equals == 0 || equals == std::string::npos || equals + 1 == pair.size()) {
             throw Error(ErrorCode::invalid,
@@ -225,7 +223,6 @@ ColumnOptions ColumnsOf(const ImportInput& in)
             throw Error(ErrorCode::invalid, FillPattern("--map names the column {} twice", Quoted(column)));
         }
         options.names[column] = pair.substr(equals + 1);
-        begin = end + 1;
     }
     return options;
 }
@@ -520,8 +517,7 @@ std::string FormatOf(std::string_view beginning)
 {
     const std::string_view whole = WithoutByteOrderMark(beginning);
     const std::string_view text = whole.substr(std::min(whole.find_first_not_of(" \t\r\n"), whole.size()));
-    const bool isLdif = text.starts_with("dn:") || text.starts_with("version:") || text.starts_with('#');
-    return text.starts_with('{') || text.empty() ? "json" : isLdif ? "ldif" : "csv";
+    return text.starts_with('{') || text.empty() ? "json" : IsLdif(text) ? "ldif" : "csv";
 }
 
 /// The name of a view, which may have a slash before it. @throws Error (invalid) for a longer path.

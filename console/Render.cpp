@@ -163,6 +163,7 @@ TableWriter::TableWriter(Format format, std::vector<std::string> columns, std::o
         std::ranges::transform(m_names, std::back_inserter(header),
                                [](const std::string& name) { return CellOf(Visible(name)); });
         for (std::size_t i = 0; i < header.size(); ++i) {
+            m_columns[i].heading = header[i].width;
             m_columns[i].width = header[i].width;
         }
     }
@@ -219,6 +220,7 @@ void TableWriter::Hold(const std::vector<Value>& row)
     for (std::size_t i = 0; i < row.size(); ++i) {
         Column& column = m_columns[i];
         column.width = std::max(column.width, cells[i].width);
+        column.isEmpty = column.isEmpty && cells[i].width == 0;
         column.holdsNumber = column.holdsNumber || IsNumber(row[i]);
         column.holdsOther = column.holdsOther || !(IsNumber(row[i]) || IsAbsent(row[i]));
     }
@@ -263,15 +265,28 @@ void TableWriter::FitWidth()
     for (const Column& column : m_columns) {
         width += column.width;
     }
-    const auto widthOf = [](const Column& column) { return column.IsRight() ? 0 : column.width; };
-    while (width > m_look.width) {
-        const auto widest = std::ranges::max_element(m_columns, {}, widthOf);
-        if (widest == m_columns.end() || widthOf(*widest) <= kNarrowest) {
-            return;
+    const auto naming = std::ranges::find_if_not(m_columns, &Column::IsRight) - m_columns.begin();
+    for (const Narrowing step : {Narrowing::values, Narrowing::emptyColumns, Narrowing::headings, Narrowing::names}) {
+        const auto surplusOf = [&](const Column& column) {
+            const bool isKept = step != Narrowing::names && &column - m_columns.data() == naming;
+            const std::size_t least = isKept ? std::max(kNarrowest, m_look.width / 2) : column.LeastWidth(step);
+            return column.width > least ? column.width : 0;
+        };
+        while (width > m_look.width) {
+            const auto widest = std::ranges::max_element(m_columns, {}, surplusOf);
+            if (surplusOf(*widest) == 0) {
+                break;
+            }
+            --widest->width;
+            --width;
         }
-        --widest->width;
-        --width;
     }
+}
+
+std::size_t TableWriter::Column::LeastWidth(Narrowing step) const
+{
+    const bool isHeadingCut = step >= (isEmpty ? Narrowing::emptyColumns : Narrowing::headings);
+    return IsRight() ? width : isHeadingCut ? kNarrowest : std::max(kNarrowest, heading);
 }
 
 void TableWriter::WriteLine(const std::vector<Cell>& cells, std::ostream& out) const

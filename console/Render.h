@@ -53,18 +53,25 @@ private:
         std::string text;
         std::size_t width = 0;
     };
+    /// What gives way where a line is too long, one after the other. The first column that is not of numbers says which
+    /// row it is, and is what the next command takes: up to half of the line it gives way last.
+    enum class Narrowing : std::uint8_t { values, emptyColumns, headings, names };
     struct Column {
+        std::size_t heading = 0; ///< its width
         std::size_t width = 0;
+        bool isEmpty = true;      ///< no row has a value
         bool holdsNumber = false; ///< and nothing else
         bool holdsOther = false;
 
         [[nodiscard]] bool IsRight() const { return holdsNumber && !holdsOther; }
+        /// To which a step may narrow it.
+        [[nodiscard]] std::size_t LeastWidth(Narrowing step) const;
     };
 
     static Cell CellOf(std::string text);
     void Hold(const std::vector<Value>& row);
     void WriteHeld();
-    /// Narrows the widest columns until a line fits.
+    /// Narrows columns, the widest first, until a line fits.
     void FitWidth();
     [[nodiscard]] std::size_t WidthOf(const std::vector<Cell>& cells) const;
     void WriteLine(const std::vector<Cell>& cells, std::ostream& out) const;

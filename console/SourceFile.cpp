@@ -30,8 +30,8 @@ std::string SourceFile::Beginning()
 {
     try {
         return ReadBeginning();
-    } catch (const std::ios_base::failure&) {
-        ThrowUnreadable();
+    } catch (const std::ios_base::failure& e) {
+        ThrowNothingImported(e);
     }
 }
 
@@ -58,8 +58,8 @@ std::string SourceFile::ReadAsCsv(const std::optional<std::string>& encoding)
             m_decoded.rdbuf(m_decoder.get());
         }
         return encoding ? "" : other.encoding;
-    } catch (const std::ios_base::failure&) {
-        ThrowUnreadable();
+    } catch (const std::ios_base::failure& e) {
+        ThrowNothingImported(e);
     }
 }
 
@@ -122,11 +122,11 @@ std::string SourceFile::ReadBeginning()
 
 std::unique_ptr<FileBuffer> SourceFile::Open() const { return std::make_unique<FileBuffer>(OpenForReading(m_path)); }
 
-void SourceFile::ThrowUnreadable() const
+void SourceFile::ThrowNothingImported(const std::ios_base::failure& e) const
 {
     throw Error(ErrorCode::failed, FillPattern("{}; nothing was imported",
                                                Interrupt::Requested() ? Translatable("stopped by a signal")
-                                                                      : FillPattern("{} cannot be read", Name())));
+                                                                      : UnreadableSentence(Name(), e.code().value())));
 }
 
 } // namespace console

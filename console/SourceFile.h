@@ -3,6 +3,7 @@
 #include "console/FileBuffer.h"
 #include "management/import/DecodingBuffer.h"
 
+#include <ios>
 #include <istream>
 #include <memory>
 #include <optional>
@@ -48,7 +49,7 @@ private:
     [[nodiscard]] bool IsRegularFile() const;
     [[nodiscard]] std::string ReadBeginning();
     [[nodiscard]] std::unique_ptr<FileBuffer> Open() const;
-    [[noreturn]] void ThrowUnreadable() const;
+    [[noreturn]] void ThrowNothingImported(const std::ios_base::failure& e) const;
 
     std::string m_path;
     std::istream& m_standardInput;

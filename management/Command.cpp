@@ -3,13 +3,27 @@
 #include "management/Text.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 
 namespace management {
 
 std::vector<ParamInfo> ListOf(std::span<const ParamInfo> params) { return {params.begin(), params.end()}; }
+
+std::vector<std::string_view> WordsOf(const Check& check)
+{
+    if (const auto* list = std::get_if<ListWords>(&check)) {
+        return (*list)();
+    }
+    std::vector<std::string_view> words;
+    if (const auto* fixed = std::get_if<OneOf>(&check)) {
+        std::ranges::copy_if(fixed->words, std::back_inserter(words), [](auto word) { return !word.empty(); });
+    }
+    return words;
+}
 
 namespace binding {
 
@@ -64,17 +78,11 @@ NamedTexts GivenTexts(const std::vector<NamedText>& options, const ArgumentSourc
 /// @throws Error (invalid) for a word that the check does not know.
 void RequireKnownWord(std::string_view name, const std::string& text, const Check& check)
 {
-    const auto* known = std::get_if<OneOf>(&check);
-    const bool isKnown =
-        known != nullptr && !text.empty() && std::ranges::find(known->words, text) != known->words.end();
-    if (known == nullptr || isKnown) {
-        return;
+    const std::vector<std::string_view> words = WordsOf(check);
+    if (!words.empty() && std::ranges::find(words, text) == words.end()) {
+        throw Error(ErrorCode::invalid, FillPattern("{} {} is not one of {}", Shown(name), Quoted(text),
+                                                    fmt::format("{}", fmt::join(words, ", "))));
     }
-    std::string all;
-    for (const std::string_view word : known->words) {
-        all += word.empty() ? "" : (all.empty() ? "" : ", ") + std::string(word);
-    }
-    throw Error(ErrorCode::invalid, FillPattern("{} {} is not one of {}", Shown(name), Quoted(text), all));
 }
 
 /// Gives a member what was given for its parameter, at least one text. @throws Error (invalid).

@@ -69,7 +69,12 @@ struct NamedText {
 };
 /// Gives the options of a parameter that is a set of them, such as the columns of a table.
 using ListNamedTexts = std::vector<NamedText> (*)();
-using Check = std::variant<std::monostate, Range, OneOf, ListNamedTexts>;
+/// Gives the words to choose from, where the table of commands has them.
+using ListWords = std::vector<std::string_view> (*)();
+using Check = std::variant<std::monostate, Range, OneOf, ListNamedTexts, ListWords>;
+
+/// The words that a check lets one choose from; none where it is of another kind.
+std::vector<std::string_view> WordsOf(const Check& check);
 
 /// Texts by the name of their option, as given; a flag's is "1" or "0".
 using NamedTexts = std::map<std::string, std::string, std::less<>>;

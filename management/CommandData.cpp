@@ -44,13 +44,11 @@ void WriteAsData(const ParamInfo& param, JsonWriter& json)
     json.WriteMember("positional", param.isPositional);
     json.WriteMember("required", param.isRequired);
     json.WriteMember("list", param.isList);
-    if (const auto* words = std::get_if<OneOf>(&param.check)) {
+    if (const std::vector<std::string_view> words = WordsOf(param.check); !words.empty()) {
         json.WriteName("choices");
         json.BeginArray();
-        for (const std::string_view word : words->words) {
-            if (!word.empty()) {
-                json.Write(AsText(word));
-            }
+        for (const std::string_view word : words) {
+            json.Write(AsText(word));
         }
         json.End();
     }

@@ -229,7 +229,12 @@ void Lock(CAConnect& conn, const Dialect& dialect, std::chrono::seconds longest)
     take.Replace("{seconds}", std::to_string(longest.count()).c_str());
     if (rules.givesOne) {
         const std::vector<CString> given = ReadTexts(conn, take);
-        if (given.empty() || NumberIn(given.front()) != 1) {
+        if (given.empty() || given.front().IsEmpty()) {
+            // A server that is about to end the connection gives NULL too; the next statement tells.
+            conn.Execute(rules.release.c_str());
+            throw CAException("the wait for this directory's lock was ended; this change was not made");
+        }
+        if (NumberIn(given.front()) != 1) {
             throw LockTimeout(longest);
         }
         return;

@@ -23,6 +23,19 @@ constexpr int kRowsShown = 1000;
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
 
+/// The words with which commands of the record begin.
+std::vector<std::string_view> RecordedNouns()
+{
+    std::vector<std::string_view> nouns;
+    for (const Command& command : Commands()) {
+        if (command.effect != Effect::read && std::ranges::find(nouns, command.path[0]) == nouns.end()) {
+            nouns.push_back(command.path[0]);
+        }
+    }
+    nouns.emplace_back("import"); // of front ends
+    return nouns;
+}
+
 struct Filter {
     std::optional<std::string> since;
     std::optional<std::string> before;
@@ -36,7 +49,7 @@ constexpr Param<Filter> kListParams[] = {
     {"since", &Filter::since, Kind::date, "from this time on, in UTC: YYYY-MM-DD or 'YYYY-MM-DD HH:MM:SS'"},
     {"before", &Filter::before, Kind::date, "before this time, in UTC"},
     {"who", &Filter::who, Kind::text, "by this login name of the system"},
-    {"noun", &Filter::noun, Kind::text, "by commands that begin with this word, such as user"},
+    {"noun", &Filter::noun, Kind::choice, "by commands that begin with this word, such as user", &RecordedNouns},
     {"item", &Filter::item, Kind::item, "about this user, group, role or view; by KIND:id:N also one that is gone"},
     {"limit", &Filter::limit, Kind::number, "at most so many", kLimit},
 };

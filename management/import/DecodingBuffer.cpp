@@ -77,12 +77,12 @@ char* DecodingBuffer::Convert()
                    m_pivot.data(), &m_pivotSource, &m_pivotTarget, m_pivot.data() + m_pivot.size(), 0,
                    static_cast<UBool>(m_atEnd), &error);
     if (U_FAILURE(error) != 0 && error != U_BUFFER_OVERFLOW_ERROR) {
-        ThrowUnreadable();
+        ThrowUndecodable();
     }
     return target;
 }
 
-void DecodingBuffer::ThrowUnreadable() const
+void DecodingBuffer::ThrowUndecodable() const
 {
     throw Error(
         ErrorCode::invalid,

@@ -34,7 +34,7 @@ private:
     static Converter Open(const std::string& encoding);
     void ReadBytes();
     char* Convert();
-    [[noreturn]] void ThrowUnreadable() const;
+    [[noreturn]] void ThrowUndecodable() const;
 
     std::streambuf& m_from;
     std::string m_encoding;

@@ -1,5 +1,6 @@
 #include "management/import/FileFormat.h"
 
+#include "management/Names.h"
 #include "management/Text.h"
 #include "platform/CodePage.h"
 
@@ -139,6 +140,21 @@ private:
 
 } // namespace
 
+bool IsLdif(std::string_view beginning)
+{
+    std::string_view text = WithoutByteOrderMark(beginning);
+    bool isComment = false;
+    // A line that begins with a blank goes on with the one before.
+    while (text.starts_with('#') || text.starts_with('\n') || text.starts_with("\r\n") ||
+           (isComment && text.starts_with(' '))) {
+        isComment = text.starts_with('#') || text.starts_with(' ');
+        text.remove_prefix(std::min(text.size(), text.find('\n')));
+        text.remove_prefix(text.empty() ? 0 : 1);
+    }
+    const auto beginsWith = [text](std::string_view name) { return SameName(text.substr(0, name.size()), name); };
+    return beginsWith("dn:") || beginsWith("version:") || (isComment && text.empty());
+}
+
 OtherFile GuessFormat(std::string_view beginning, const std::string& name)
 {
     for (const auto& [mark, encoding] : kMarks) {
@@ -162,7 +178,7 @@ OtherFile GuessFormat(std::string_view beginning, const std::string& name)
     if (text.starts_with(R"({"format":"qvadmin directory")")) {
         return {"", Refusal(Translatable("an exported directory"), kOfDirectories, name)};
     }
-    if (text.starts_with("dn:") || text.starts_with("version: 1")) {
+    if (IsLdif(beginning)) {
         return {"", Refusal(Translatable("LDIF"), kOfDirectories, name)};
     }
     if (IsJson(beginning)) {

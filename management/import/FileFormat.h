@@ -14,6 +14,9 @@ struct OtherFile {
     Sentence problem = {};     ///< one sentence that names another kind of file and how to convert it; empty for none
 };
 
+/// Whether what a file begins with is LDIF: an entry or the version, which comments may come before.
+bool IsLdif(std::string_view beginning);
+
 /// By the first bytes. @param beginning  some thousands, where there are so many. @param name  of the file, for
 /// commands.
 OtherFile GuessFormat(std::string_view beginning, const std::string& name);

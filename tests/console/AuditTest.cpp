@@ -117,6 +117,19 @@ TEST_P(AuditOn, WhoWasDeletedComesBackWithIdAndAllLinks)
     EXPECT_EQ(Dump(), before);
 }
 
+TEST_P(AuditOn, ANounThatNoCommandOfTheRecordBeginsWithIsRefused)
+{
+    for (const char* none : {"usr", "export", "users", ""}) {
+        const ChildResult result = Run({"audit", "list", "--noun", none});
+        EXPECT_EQ(result.exit, 2);
+        EXPECT_THAT(result.err, AllOf(HasSubstr(std::string("--noun '") + none + "' is not one of user, group, view, "),
+                                      HasSubstr(", import\n")));
+    }
+    for (const char* noun : {"import", "audit", "db", "console"}) {
+        EXPECT_EQ(Run({"audit", "list", "--noun", noun}).exit, 0);
+    }
+}
+
 TEST_P(AuditOn, SeveralEntriesAreUndoneFromTheLatestOnOrNotAtAll)
 {
     const std::string before = Dump();

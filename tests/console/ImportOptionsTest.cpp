@@ -77,6 +77,8 @@ TEST_F(ImportOptionsTest, AMapThatMeansNothingIsRefused)
     const std::pair<const char*, const char*> kMaps[] = {
         {"E-Mail", "'E-Mail' is not a pair of names"},
         {"=email", "'=email' is not a pair of names"},
+        {"note=email,", "'' is not a pair of names"},
+        {"", "'' is not a pair of names"},
         {"Post=email", "in.csv has no column 'Post' that --map could rename to email"},
         {"note=wish", "unknown column 'wish'"},
         {"note=email,NOTE=title", "--map names the column 'NOTE' twice"},
@@ -85,6 +87,18 @@ TEST_F(ImportOptionsTest, AMapThatMeansNothingIsRefused)
         const ChildResult result = Import("login,note\namy,a\n", {"--map", map, "--ignore-unknown"});
         EXPECT_EQ(result.exit, 2);
         EXPECT_THAT(result.err, HasSubstr(sentence));
+    }
+}
+
+TEST_F(ImportOptionsTest, AFolderIsNoFile)
+{
+    for (const char* verb : {"user", ""}) {
+        std::vector<std::string> words = {"import", Path(".")};
+        words.insert(words.begin(), *verb == '\0' ? 0 : 1, verb);
+        const ChildResult result = Run(words);
+        EXPECT_EQ(result.exit, 1);
+        EXPECT_THAT(result.err,
+                    AllOf(StartsWith("qvadmin: cannot read "), HasSubstr(": Is a directory; nothing was imported\n")));
     }
 }
 

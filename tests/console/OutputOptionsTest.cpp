@@ -62,14 +62,36 @@ std::string TableText(console::TableLook look)
 
 TEST(TableLook, TheWidestColumnsAreShortenedUntilALineFits)
 {
-    EXPECT_EQ(TableText({.width = 30}), "    id  name        note\n"
-                                        "100000  Amelia Je…  wide 王王…\n"
-                                        "     7  Amelia Je…  wide 王王…\n"
-                                        "     8  x           yyyyyyyyy…\n");
+    EXPECT_EQ(TableText({.width = 45}), "    id  name                   note\n"
+                                        "100000  Amelia Jessica Porter  wide 王王王 n…\n"
+                                        "     7  Amelia Jessica Porter  wide 王王王 n…\n"
+                                        "     8  x                      yyyyyyyyyyyyy…\n");
+    EXPECT_EQ(TableText({.width = 30}), "    id  name             note\n"
+                                        "100000  Amelia Jessica…  wide…\n"
+                                        "     7  Amelia Jessica…  wide…\n"
+                                        "     8  x                yyyy…\n");
     EXPECT_THAT(TableText({.width = 80}),
                 AllOf(HasSubstr("Amelia Jessica Porter  wide 王王王 note\n"), HasSubstr(std::string(40, 'y'))));
     EXPECT_THAT(TableText({}), HasSubstr(std::string(40, 'y')));
     EXPECT_THAT(TableText({.width = 1}), AllOf(HasSubstr("100000  Ame…  wid…\n")));
+}
+
+TEST(TableLook, WhatNamesARowIsCutLastAndEmptyColumnsGiveWayToValues)
+{
+    const auto shown = [](std::size_t width) {
+        std::ostringstream out;
+        const console::Table people = {{"id", "login", "department", "name", "mobile"},
+                                       {management::MakeRow(std::int64_t{1}, "amelia.pond@leadworth", console::Value(),
+                                                            "Amelia Jessica Pond", "")}};
+        Render(console::Format::table, people, out, {.width = width});
+        return out.str();
+    };
+    EXPECT_EQ(shown(60), "id  login                  department  name           mobile\n"
+                         " 1  amelia.pond@leadworth              Amelia Jessi…  \n");
+    EXPECT_EQ(shown(45), "id  login                  depa…  name  mobi…\n"
+                         " 1  amelia.pond@leadworth         Ame…  \n");
+    EXPECT_EQ(shown(30), "id  login     dep…  name  mob…\n"
+                         " 1  amelia.…        Ame…  \n");
 }
 
 TEST(TableLook, TheHeadingIsBold)

@@ -220,7 +220,7 @@ private:
         const bool isDone = outcome.exit == reference.outcome.exit;
         return outcome.signal != 0 ? std::nullopt
                : isDone            ? WrongOutput(reference, outcome)
-                                   : WrongSentence(scenario, outcome);
+                                   : WrongSentence(scenario, fault, outcome);
     }
 
     /// A command in steps that fails in between has more entries in the record of changes than one that does not.
@@ -284,16 +284,21 @@ private:
         return std::nullopt;
     }
 
-    static std::optional<std::string> WrongSentence(const Scenario& scenario, const Outcome& outcome)
+    static std::optional<std::string> WrongSentence(const Scenario& scenario, const Fault& fault,
+                                                    const Outcome& outcome)
     {
         const std::string& err = outcome.err;
+        const bool isOfConnection = fault.call == Call::send || fault.call == Call::receive;
+        if (isOfConnection && err.find("the database refused") != std::string::npos) {
+            return "takes a lost connection for a refusal: " + err;
+        }
         const std::size_t begin = err.starts_with("qvadmin: ") ? 0 : err.find("\nqvadmin: ") + 1;
         const bool isOne = (begin > 0 || err.starts_with("qvadmin: ")) &&
                            err.find("\nqvadmin: ", begin) == std::string::npos &&
                            (scenario.tellsOfParts || err.find('\n', begin) + 1 == err.size());
         const bool isObject = err.starts_with(R"({"v":1,"code":)") && err.find('\n') + 1 == err.size();
         if (!(isOne || isObject) || err.find("internal error") != std::string::npos ||
-            err.find("terminate") != std::string::npos) {
+            err.find("terminate called") != std::string::npos) {
             return fmt::format("ends with {} and not with one sentence: {}", outcome.exit, err);
         }
         if (outcome.exit != 1 && outcome.exit != 6 && outcome.exit != 7) {

@@ -135,6 +135,27 @@ TEST(LockOnPostgresql, LeavesTheConnectionItsOwnLongestWait)
     EXPECT_EQ(NumberOf(conn, "SELECT setting FROM pg_settings WHERE name = 'lock_timeout'"), 7);
 }
 
+TEST(LockOnMariadb, AWaitThatIsEndedIsNotTakenForALongOne)
+{
+    const std::string url = servers::NewDatabase("mariadb");
+    CAConnect holder;
+    CAConnect conn;
+    holder.Open(url.c_str());
+    conn.Open(url.c_str());
+    const DirectoryTransaction held(holder);
+    const int id = NumberOf(conn, "SELECT CONNECTION_ID()");
+    std::string raised;
+    std::thread waiting([&] { raised = Raised([&] { DirectoryTransaction{conn}; }); });
+    const std::string isWaiting =
+        "SELECT COUNT(*) FROM information_schema.PROCESSLIST WHERE STATE = 'User lock' AND ID = " + std::to_string(id);
+    while (NumberOf(holder, isWaiting.c_str()) == 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    holder.Execute(("KILL QUERY " + std::to_string(id)).c_str());
+    waiting.join();
+    EXPECT_THAT(raised, AllOf(HasSubstr("was ended"), HasSubstr("this change was not made")));
+}
+
 TEST(LockOnSqlServer, IsWaitedForNoLongerThanSaid)
 {
     const std::string url = servers::NewDatabase("sqlserver");
