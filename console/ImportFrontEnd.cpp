@@ -92,6 +92,9 @@ void ImportFrontEnd::FinishResult()
 
 Sentence ImportFrontEnd::Standing(const ImportReport& report) const
 {
+    if (report.mayHaveDoneMore && report.lastLine == 0) {
+        return Translatable("the same file can be imported again");
+    }
     if (m_files.dryRun || report.lastLine == 0) {
         return Translatable("nothing was imported");
     }

@@ -117,6 +117,13 @@ DatabaseError::DatabaseError(const std::string& engineLine, bool lasting, bool l
 {
 }
 
+DatabaseError DatabaseError::AtCommit() const
+{
+    DatabaseError error(*this, FillPattern("{}; the change may have been made, so look before you try again", Why()));
+    error.m_mayBeDone = true;
+    return error;
+}
+
 DatabaseError ErrorFrom(const CAConnect& conn, const CAException& e)
 {
     const CAException& reason = conn.GetFailure() != nullptr ? *conn.GetFailure() : e;
@@ -144,7 +151,12 @@ try : m_conn(conn), m_transaction(conn) {
 
 void Transaction::Commit()
 {
-    WithDatabaseErrors(m_conn, [&] { m_transaction.Commit(); });
+    try {
+        m_transaction.Commit();
+    } catch (const CAException& e) {
+        const DatabaseError error = ErrorFrom(m_conn, e);
+        throw m_conn.IsOpen() ? error : error.AtCommit();
+    }
 }
 
 } // namespace management

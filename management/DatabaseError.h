@@ -6,6 +6,7 @@
 #include "schema/Snapshot.h"
 
 #include <string>
+#include <utility>
 
 class CAConnect;
 
@@ -24,9 +25,20 @@ public:
     /// Whether the next statement would meet the same trouble: no connection, no room, no permission, a damaged file.
     [[nodiscard]] bool IsLasting() const noexcept { return m_lasting; }
 
+    /// This, of a commit: nobody knows whether the engine has carried it out.
+    [[nodiscard]] DatabaseError AtCommit() const;
+    /// Whether the change may have been made all the same.
+    [[nodiscard]] bool MayBeDone() const noexcept { return m_mayBeDone; }
+
 private:
+    DatabaseError(const DatabaseError& other, Sentence sentence)
+        : Error(ErrorCode::database, std::move(sentence)), m_engineLine(other.m_engineLine), m_lasting(other.m_lasting)
+    {
+    }
+
     std::string m_engineLine;
     bool m_lasting;
+    bool m_mayBeDone = false;
 };
 
 DatabaseError ErrorFrom(const CAConnect& conn, const CAException& e);
@@ -60,6 +72,7 @@ class Transaction {
 public:
     explicit Transaction(CAConnect& conn);
 
+    /// @throws DatabaseError, which tells whether the change may have been made all the same.
     void Commit();
     void Rollback() noexcept { m_transaction.Rollback(); }
 

@@ -579,6 +579,7 @@ void ImportUsers(Call& call, const ImportSource& source, const ImportOptions& op
     try {
         importer.Run();
     } catch (const DatabaseError& e) {
+        report.mayHaveDoneMore = e.MayBeDone();
         throw Error(ErrorCode::database, FillPattern("stopped: {}", e.Why()));
     }
     noteIfCutShort();

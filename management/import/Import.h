@@ -64,6 +64,7 @@ struct ImportReport {
     long privileged = 0;                         ///< rows that change a privilege or Admin, or would
     std::vector<NewGroup> madeGroups;            ///< or those that would be made
     std::optional<std::string> madeView;         ///< its path
+    bool mayHaveDoneMore = false;                ///< the connection was lost while rows after lastLine were committed
     Sentence cutShort; ///< why it ended before the file did: a request, or a failure to read; empty when it did not
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
 };

@@ -46,7 +46,7 @@ std::string_view WordOf(LeaverAction action)
     }
 }
 
-void Move(Call& call, const std::string& scope, const std::string& target, const UserKey& user)
+void MoveLeaver(Call& call, const std::string& scope, const std::string& target, const UserKey& user)
 {
     Directory& directory = call.Directory();
     const std::optional<FieldValues> before = directory.Load(user.id);
@@ -204,7 +204,7 @@ void Synchronisation::Deal(Call& call, const Leaver& leaver)
         call.Directory().SetLocked(leaver.key.id, true);
         break;
     case LeaverAction::move:
-        Move(call, m_options.scope, m_options.target, leaver.key);
+        MoveLeaver(call, m_options.scope, m_options.target, leaver.key);
         break;
     default:
         DeleteUser(call.Directory(), leaver.key);

@@ -19,7 +19,7 @@ namespace management {
 
 namespace {
 
-using Kind = Question::Kind;
+using Asked = Question::Kind;
 
 constexpr std::uint32_t kPublishBit = 1;
 
@@ -44,17 +44,17 @@ void Ask(CAConnect& conn, int userId, const FunctionTexts& function, const Quest
 {
     const CString& genre = function.genre;
     const CString& name = function.name;
-    if (question.kind == Kind::limit) {
+    if (question.kind == Asked::limit) {
         Note<int>(explanation,
                   [&](int& limit) { return CQVBaseFun::GetRateLimitACE(conn, userId, genre, name, limit); });
-    } else if (question.kind == Kind::guest) {
+    } else if (question.kind == Asked::guest) {
         Note<bool>(explanation,
                    [&](bool& allowed) { return CQVBaseFun::GetACEGuestUser(conn, userId, genre, name, allowed); });
-    } else if (question.kind == Kind::all) {
+    } else if (question.kind == Asked::all) {
         Note<unsigned long>(explanation, [&](unsigned long& rights) {
             return CQVBaseFun::GetHMBaseACE(conn, userId, genre, name, rights);
         });
-    } else if (question.kind == Kind::bit && question.bits == kPublishBit) {
+    } else if (question.kind == Asked::bit && question.bits == kPublishBit) {
         Note<bool>(explanation,
                    [&](bool& allowed) { return CQVBaseFun::GetAfficheACE(conn, userId, genre, name, allowed); });
     } else {
@@ -187,11 +187,11 @@ void Decide(Explanation& explanation, const Question& question)
 {
     if (explanation.rows.empty()) {
         explanation.reason = Reason::noRow;
-    } else if (question.kind == Kind::limit) {
+    } else if (question.kind == Asked::limit) {
         DecideLimit(explanation);
-    } else if (question.kind == Kind::all) {
+    } else if (question.kind == Asked::all) {
         DecideTogether(explanation);
-    } else if (question.kind == Kind::guest) {
+    } else if (question.kind == Asked::guest) {
         explanation.reason = Reason::firstRow;
         MarkDecisive(explanation, [](const std::optional<int>&) { return true; });
     } else {

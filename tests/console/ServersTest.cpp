@@ -427,6 +427,37 @@ TEST_P(CutConnectionTest, TheImportSaysWhyItStoppedAndCanBeCarriedOn)
     EXPECT_EQ(Done({"user", "count"}), std::to_string(kRows) + "\n");
 }
 
+/// The connection is cut by the commit itself.
+class CutCommitTest : public ServersTest {
+protected:
+    void SetUp() override
+    {
+        ServersTest::SetUp();
+        Execute("CREATE FUNCTION cut() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN PERFORM "
+                "pg_terminate_backend(pg_backend_pid()); RETURN NULL; END'");
+        Execute("CREATE CONSTRAINT TRIGGER cut AFTER INSERT ON qv_AuditEntry DEFERRABLE INITIALLY DEFERRED FOR EACH "
+                "ROW EXECUTE FUNCTION cut()");
+    }
+};
+
+TEST_P(CutCommitTest, NobodyIsToldThatNothingWasDone)
+{
+    const ChildResult created = Run({"user", "create", "amy"});
+    EXPECT_EQ(created.exit, 6) << created.err;
+    EXPECT_THAT(created.err, AllOf(HasSubstr("the connection to the database was lost"),
+                                   HasSubstr("; the change may have been made, so look before you try again\n")));
+    WriteFile("people.csv", "login\nrory\n");
+    const ChildResult imported = Run({"user", "import", "people.csv"});
+    EXPECT_EQ(imported.exit, 6) << imported.err;
+    EXPECT_THAT(imported.err,
+                AllOf(HasSubstr("the change may have been made, so look before you try again; the same file "
+                                "can be imported again\n"),
+                      Not(HasSubstr("nothing was"))));
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, CutCommitTest, testing::Values("postgresql"),
+                         [](const testing::TestParamInfo<const char*>& engine) { return std::string(engine.param); });
+
 INSTANTIATE_TEST_SUITE_P(Servers, CutConnectionTest, testing::Values("postgresql", "mariadb"),
                          [](const testing::TestParamInfo<const char*>& engine) { return std::string(engine.param); });
 
