@@ -186,8 +186,7 @@ Catalogue::Catalogue(const std::filesystem::path& file)
 {
     const CatalogueBytes bytes(file);
     for (std::size_t i = 0; i < bytes.Count(); ++i) {
-        // Of a text with a plural, that comes behind a NUL; of the forms of a language, each but the last ends with
-        // one.
+        // A NUL stands between singular and plural, and between the forms of the translation.
         const std::string_view english = bytes.English(i);
         std::vector<std::string> forms;
         std::string_view rest = bytes.Translated(i);

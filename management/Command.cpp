@@ -138,16 +138,23 @@ Level LeastLevel(const Command& command)
     return command.level.value_or(isHarmless ? Level::readOnly : Level::full);
 }
 
+namespace {
+
+bool IsQuestion(const Command& command, const ArgumentSource& source)
+{
+    return command.handler.isQuestion != nullptr && command.handler.isQuestion(source);
+}
+
+} // namespace
+
 Level LeastLevel(const Command& command, const ArgumentSource& source)
 {
-    const bool isAsked = command.handler.isQuestion != nullptr && command.handler.isQuestion(source);
-    return isAsked ? Level::readOnly : LeastLevel(command);
+    return IsQuestion(command, source) ? Level::readOnly : LeastLevel(command);
 }
 
 bool IsReading(const Command& command, const ArgumentSource& source)
 {
-    return command.effect == Effect::read ||
-           (command.handler.isQuestion != nullptr && command.handler.isQuestion(source));
+    return command.effect == Effect::read || IsQuestion(command, source);
 }
 
 } // namespace management

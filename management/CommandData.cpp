@@ -2,9 +2,6 @@
 
 #include "management/Text.h"
 
-#include <algorithm>
-#include <utility>
-
 namespace management {
 
 namespace {
@@ -100,12 +97,7 @@ void WriteAsData(const Command& command, JsonWriter& json)
 std::set<std::string> NamesIn(std::span<const Command> commands)
 {
     std::set<std::string> names = {"line", "outcome"};
-    const auto add = [&names](std::string_view name) {
-        std::string small(name);
-        std::ranges::transform(small, small.begin(),
-                               [](char ch) { return ch >= 'A' && ch <= 'Z' ? ch - 'A' + 'a' : ch; });
-        names.insert(std::move(small));
-    };
+    const auto add = [&names](std::string_view name) { names.insert(InSmallLetters(name)); };
     for (const Command& command : commands) {
         for (const ParamInfo& param : command.handler.params()) {
             if (!param.isSet) {

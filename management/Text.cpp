@@ -128,6 +128,14 @@ std::string_view WithoutByteOrderMark(std::string_view text)
     return text.starts_with(kMark) ? text.substr(kMark.size()) : text;
 }
 
+std::string InSmallLetters(std::string_view text)
+{
+    std::string small(text);
+    std::ranges::transform(small, small.begin(),
+                           [](char ch) { return ch >= 'A' && ch <= 'Z' ? static_cast<char>(ch - 'A' + 'a') : ch; });
+    return small;
+}
+
 bool HasControlCharacter(std::string_view text)
 {
     bool found = false;

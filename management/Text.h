@@ -30,6 +30,8 @@ bool IsPlainInJson(std::string_view text);
 std::vector<std::string> SplitAtCommas(std::string_view text);
 /// The text without the mark of the byte order that a file in UTF-8 may begin with.
 std::string_view WithoutByteOrderMark(std::string_view text);
+/// The text with a to z for A to Z, and all else as it is.
+std::string InSmallLetters(std::string_view text);
 bool HasControlCharacter(std::string_view text);
 bool HasOuterBlanks(std::string_view text);
 /// "1 user", "3 users".

@@ -4,7 +4,6 @@
 #include "management/Text.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <functional>
 #include <iterator>
@@ -17,13 +16,6 @@ namespace {
 
 /// Bytes of a list of ranges that are read: nobody reads so many languages.
 constexpr std::size_t kMostRead = 200;
-
-std::string InSmallLetters(std::string_view text)
-{
-    std::string small(text);
-    std::ranges::transform(small, small.begin(), [](unsigned char ch) { return static_cast<char>(std::tolower(ch)); });
-    return small;
-}
 
 std::string_view Trimmed(std::string_view text)
 {
@@ -50,7 +42,7 @@ std::vector<std::string> RangesOf(std::string_view accepted)
         const std::size_t end = std::min(part.find(';'), part.size());
         const double weight = WeightOf(Trimmed(std::string_view(part).substr(std::min(end + 1, part.size()))));
         if (weight > 0) {
-            ranges.emplace(weight, InSmallLetters(Trimmed(std::string_view(part).substr(0, end))));
+            ranges.emplace(weight, management::InSmallLetters(Trimmed(std::string_view(part).substr(0, end))));
         }
     }
     std::vector<std::string> names;
@@ -87,7 +79,7 @@ const Languages::One& Languages::For(std::string_view accepted) const
              length = range.rfind('-', length - 1)) {
             const std::string_view wanted = std::string_view(range).substr(0, length);
             const auto found = std::ranges::find_if(m_all, [wanted](const One& one) {
-                const std::string tag = InSmallLetters(one.tag);
+                const std::string tag = management::InSmallLetters(one.tag);
                 return tag == wanted || tag.starts_with(std::string(wanted) + "-");
             });
             if (found != m_all.end()) {

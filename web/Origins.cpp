@@ -7,18 +7,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
 
 namespace web {
 
 namespace {
-
-std::string InSmallLetters(std::string text)
-{
-    std::ranges::transform(text, text.begin(), [](unsigned char ch) { return static_cast<char>(std::tolower(ch)); });
-    return text;
-}
 
 std::string WithoutUsualPort(std::string authority, bool isSecure)
 {
@@ -39,7 +32,7 @@ Origin ReadOrigin(const std::string& text)
             management::FillPattern("{} is not an origin; write one such as https://admin.example.org",
                                     management::Quoted(text)));
     }
-    return {isSecure, WithoutUsualPort(InSmallLetters(authority), isSecure)};
+    return {isSecure, WithoutUsualPort(management::InSmallLetters(authority), isSecure)};
 }
 
 } // namespace
@@ -53,14 +46,15 @@ Origins::Origins(const std::string& address, std::uint16_t port, bool isSecure, 
     for (const std::string& host : hosts) {
         const bool isSix = host.find(':') != std::string::npos;
         const std::string shown = isSix ? "[" + host + "]" : host;
-        m_all.push_back({isSecure, WithoutUsualPort(InSmallLetters(fmt::format("{}:{}", shown, port)), isSecure)});
+        m_all.push_back(
+            {isSecure, WithoutUsualPort(management::InSmallLetters(fmt::format("{}:{}", shown, port)), isSecure)});
     }
     std::ranges::transform(more, std::back_inserter(m_all), &ReadOrigin);
 }
 
 std::optional<Origin> Origins::Of(const Request& request) const
 {
-    const std::string host = InSmallLetters(request.Header("Host"));
+    const std::string host = management::InSmallLetters(request.Header("Host"));
     const auto found = std::ranges::find_if(
         m_all, [&host](const Origin& origin) { return origin.authority == WithoutUsualPort(host, origin.isSecure); });
     return found == m_all.end() ? std::nullopt : std::optional(*found);
@@ -72,7 +66,7 @@ bool IsSameOrigin(const Request& request, const Origin& origin)
         return site == "same-origin";
     }
     const std::string from = request.Header("Origin");
-    return from.empty() || InSmallLetters(from) == origin.Text();
+    return from.empty() || management::InSmallLetters(from) == origin.Text();
 }
 
 } // namespace web

@@ -297,8 +297,7 @@ void ImportLines(Call& call, LineSource& lines, const ImportSource& source, cons
     try {
         Importer(call, options, lines, report, std::nullopt).Run(source.rows);
     } catch (const DatabaseError& e) {
-        report.mayHaveDoneMore = e.MayBeDone();
-        throw Error(ErrorCode::database, FillPattern("stopped: {}", e.Why()));
+        report.Stop(e);
     }
     noteIfCutShort();
 }

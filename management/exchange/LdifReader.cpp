@@ -19,13 +19,6 @@ constexpr std::size_t kLongestEntry = std::size_t{16} * 1024 * 1024;
 constexpr std::size_t kWidth = 76;
 constexpr std::string_view kBase64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-std::string Lower(std::string_view text)
-{
-    std::string lower(text);
-    std::ranges::transform(lower, lower.begin(), [](unsigned char ch) { return static_cast<char>(std::tolower(ch)); });
-    return lower;
-}
-
 /// Nothing for what is not base64.
 std::optional<std::string> FromBase64(std::string_view text)
 {
@@ -109,7 +102,7 @@ private:
         if (equals == std::string_view::npos) {
             Fail();
         }
-        RelativeName name{Lower(WithoutBlanks(m_dn.substr(m_at, equals - m_at))), {}};
+        RelativeName name{InSmallLetters(WithoutBlanks(m_dn.substr(m_at, equals - m_at))), {}};
         m_at = equals + 1;
         name.value = ReadValue();
         if (name.attribute.empty() || name.value.empty()) {
@@ -254,7 +247,7 @@ void LdifReader::Take(LdifEntry& entry, const std::string& line)
         entry.problem = FillPattern("{} is not an attribute with a value", Quoted(line.substr(0, kWidth)));
         return;
     }
-    const std::string name = Lower(std::string_view(line).substr(0, colon));
+    const std::string name = InSmallLetters(std::string_view(line).substr(0, colon));
     std::string_view rest = std::string_view(line).substr(colon + 1);
     std::string value;
     if (rest.starts_with('<')) {

@@ -562,6 +562,12 @@ private:
 
 std::string ImportReport::Pace() const { return PaceText(Clock::now() - begin, rows); }
 
+void ImportReport::Stop(const DatabaseError& e)
+{
+    mayHaveDoneMore = e.MayBeDone();
+    throw Error(ErrorCode::database, FillPattern("stopped: {}", e.Why()));
+}
+
 void ImportUsers(Call& call, const ImportSource& source, const ImportOptions& options, ImportReport& report)
 {
     CsvReader reader(source.in, source.delimiter);
@@ -579,8 +585,7 @@ void ImportUsers(Call& call, const ImportSource& source, const ImportOptions& op
     try {
         importer.Run();
     } catch (const DatabaseError& e) {
-        report.mayHaveDoneMore = e.MayBeDone();
-        throw Error(ErrorCode::database, FillPattern("stopped: {}", e.Why()));
+        report.Stop(e);
     }
     noteIfCutShort();
 }

@@ -19,6 +19,8 @@
 
 namespace management {
 
+class DatabaseError;
+
 /// How the columns of a file are to be read.
 struct ColumnOptions {
     std::map<std::string, std::string> names = {}; ///< of columns of the file, with the names that ImportColumns has
@@ -57,6 +59,8 @@ struct ImportReport {
     [[nodiscard]] long CountOf(RowFate fate) const { return counts.at(static_cast<std::size_t>(fate)); }
     /// How fast that was: "4.2 s, 300/s".
     [[nodiscard]] std::string Pace() const;
+    /// Notes what may have been done, and @throws Error (database) that says that the import has stopped.
+    [[noreturn]] void Stop(const DatabaseError& e);
 
     long rows = 0;
     std::array<long, kRowFates.size()> counts{}; ///< by RowFate
