@@ -1,6 +1,7 @@
 #include "web/JsonReader.h"
 
 #include "management/Errors.h"
+#include "management/Text.h"
 
 #include <nlohmann/json.hpp>
 
