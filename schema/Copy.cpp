@@ -144,9 +144,8 @@ public:
     Writing(CAConnect& conn, bool replaces) : m_conn(conn), m_dialect(DialectOf(conn)), m_replaces(replaces)
     {
         ExecuteAll(m_conn, m_dialect.copying.beginWriting);
-        m_transaction.emplace(m_conn);
+        BeginLocked(m_conn, m_dialect, kLongestTableWork, m_transaction);
         try {
-            Lock(m_conn, m_dialect, kLongestTableWork);
             HoldTables();
             DeleteRows();
             Execute(m_dialect.copying.mark);

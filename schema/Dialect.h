@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dbaccess/CATransaction.h"
 #include "schema/Schema.h"
 
 #include <chrono>
@@ -114,6 +115,11 @@ inline constexpr std::chrono::seconds kLongestTableWork{600};
 /// @param longest  more than nothing.
 /// @throws LockTimeout when it was waited for in vain, and any other CAException that the engine raises.
 void Lock(CAConnect& conn, const Dialect& dialect, std::chrono::seconds longest);
+/// Takes the lock and begins the transaction under it. A lock that outlives transactions comes first: the first read
+/// could otherwise be older than the lock, and the open transaction of who waits could block the holder.
+/// @param transaction  empty; holds the transaction afterwards, and stays empty when this throws, as Lock does.
+void BeginLocked(CAConnect& conn, const Dialect& dialect, std::chrono::seconds longest,
+                 std::optional<CATransaction>& transaction);
 /// Gives it back. Tells of no failure: what the lock was for has been done or given up, and it goes with its
 /// connection.
 void Unlock(CAConnect& conn, const Dialect& dialect) noexcept;

@@ -18,23 +18,8 @@ LockTimeout::LockTimeout(std::chrono::seconds waited)
 DirectoryTransaction::DirectoryTransaction(CAConnect& conn, std::chrono::seconds longest)
     : m_conn(conn), m_dialect(DialectOf(conn))
 {
-    for (const std::string& statement : m_dialect.locking.beforeBegin) {
-        m_conn.Execute(statement.c_str());
-    }
-    // Before the transaction, where the lock outlives it: its first read could otherwise be older than the lock.
-    const bool isOfTransaction = m_dialect.locking.release.empty();
-    if (!isOfTransaction) {
-        Lock(m_conn, m_dialect, longest);
-    }
-    try {
-        m_transaction.emplace(m_conn);
-        if (isOfTransaction) {
-            Lock(m_conn, m_dialect, longest);
-        }
-    } catch (...) {
-        Rollback();
-        throw;
-    }
+    ExecuteAll(m_conn, m_dialect.locking.beforeBegin);
+    BeginLocked(m_conn, m_dialect, longest, m_transaction);
 }
 
 DirectoryTransaction::~DirectoryTransaction() { Rollback(); }

@@ -3,7 +3,6 @@
 #include "dbaccess/CAConnect.h"
 #include "dbaccess/CAException.h"
 #include "dbaccess/CARecordset.h"
-#include "dbaccess/CATransaction.h"
 #include "platform/CodePage.h"
 #include "schema/Dialect.h"
 #include "schema/DirectoryTransaction.h"
@@ -41,41 +40,31 @@ public:
     Change(CAConnect& conn, const Dialect& dialect) : m_conn(conn), m_dialect(dialect)
     {
         if (m_dialect.stepIsTransaction) {
-            m_transaction.emplace(m_conn);
-        }
-        try {
+            m_transaction.emplace(m_conn, kLongestTableWork);
+        } else {
             Lock(m_conn, m_dialect, kLongestTableWork);
-        } catch (...) {
-            GiveUp();
-            throw;
         }
     }
     Change(const Change&) = delete;
     Change& operator=(const Change&) = delete;
-    ~Change() { GiveUp(); }
+    ~Change()
+    {
+        if (!m_transaction) {
+            Unlock(m_conn, m_dialect);
+        }
+    }
 
     void Commit()
     {
         if (m_transaction) {
             m_transaction->Commit();
         }
-        m_done = true;
-        Unlock(m_conn, m_dialect);
     }
 
 private:
-    void GiveUp() noexcept
-    {
-        if (!std::exchange(m_done, true)) {
-            m_transaction.reset();
-            Unlock(m_conn, m_dialect);
-        }
-    }
-
     CAConnect& m_conn;
     const Dialect& m_dialect;
-    std::optional<CATransaction> m_transaction;
-    bool m_done = false;
+    std::optional<DirectoryTransaction> m_transaction;
 };
 
 CString ReadSetting(CAConnect& conn, const char* name)
@@ -245,6 +234,25 @@ void Lock(CAConnect& conn, const Dialect& dialect, std::chrono::seconds longest)
         if (e.GetErrorCode().View().find(rules.timeoutCode) != std::string_view::npos) {
             throw LockTimeout(longest);
         }
+        throw;
+    }
+}
+
+void BeginLocked(CAConnect& conn, const Dialect& dialect, std::chrono::seconds longest,
+                 std::optional<CATransaction>& transaction)
+{
+    const bool endsWithTransaction = dialect.locking.release.empty();
+    if (!endsWithTransaction) {
+        Lock(conn, dialect, longest);
+    }
+    try {
+        transaction.emplace(conn);
+        if (endsWithTransaction) {
+            Lock(conn, dialect, longest);
+        }
+    } catch (...) {
+        transaction.reset();
+        Unlock(conn, dialect);
         throw;
     }
 }

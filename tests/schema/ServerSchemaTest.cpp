@@ -227,6 +227,19 @@ TEST(Locks, ThatAreWaitedForInVainAreToldOnSqlServer)
                 HasSubstr("somebody else"));
 }
 
+TEST(Locks, ThatOutliveTransactionsAreTakenBeforeThem)
+{
+    scripted::Database database;
+    database.engineName = "Microsoft SQL Server 15.0";
+    CAConnect conn;
+    database.Connect(conn, 1);
+    database.Answer(scripted::Rows({{"196609"}})); // the collation
+    database.Answer(scripted::Raise("the lock was not given"));
+    EXPECT_EQ(Raised([&] { schema::Upgrade(conn); }), "the lock was not given");
+    EXPECT_THAT(database.executions.back(), HasSubstr("sp_getapplock"));
+    EXPECT_EQ(database.transactions, "");
+}
+
 TEST(Locks, ThatAreGoneByThenUndoNoStep)
 {
     CAConnect conn;
