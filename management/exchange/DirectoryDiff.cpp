@@ -11,7 +11,7 @@
 #include <functional>
 #include <iterator>
 #include <span>
-#include <sstream>
+#include <utility>
 
 namespace management {
 
@@ -174,8 +174,13 @@ DirectoryLines DirectoryLines::Of(Call& call, const ExportScope& scope, bool atO
     options.atOneMoment = atOneMoment;
     const auto read = [&](const std::function<void(ExportedLine)>& take) {
         ExportReport report;
-        const bool isDone = ExportDirectory(
-            call, options, [&take](const std::string& text) { take(ParseExportedLine(text, 0)); }, report);
+        const bool isDone = ExportLines(
+            call, options,
+            [&take](const Noun& noun, JsonObject object) {
+                object.erase(object.begin());
+                take({.noun = &noun, .object = std::move(object)});
+            },
+            report);
         if (!isDone) {
             throw Error(ErrorCode::failed, "stopped by a signal");
         }

@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace management {
 
@@ -57,6 +58,27 @@ bool IsSaidByPath(const JsonObject& line)
            (of.part == "view" ? "/" + holder : holder);
 }
 
+/// Puts lines in the order of their texts. @param once  whether of equal ones the first is kept alone.
+void SortByText(std::vector<JsonObject>& lines, bool once)
+{
+    std::vector<std::pair<std::string, JsonObject>> sorted;
+    sorted.reserve(lines.size());
+    for (JsonObject& line : lines) {
+        std::string text = WriteJsonLine(line);
+        sorted.emplace_back(std::move(text), std::move(line));
+    }
+    const auto textOf = &std::pair<std::string, JsonObject>::first;
+    std::ranges::sort(sorted, {}, textOf);
+    if (once) {
+        const auto repeated = std::ranges::unique(sorted, {}, textOf);
+        sorted.erase(repeated.begin(), repeated.end());
+    }
+    lines.clear();
+    for (auto& [text, line] : sorted) {
+        lines.push_back(std::move(line));
+    }
+}
+
 /// Reads the rows of a noun and makes lines of them.
 class NounReader {
 public:
@@ -66,17 +88,16 @@ public:
     }
 
     /// Gives each line to `take` until that gives false. @return whether it never did.
-    bool Run(const std::function<bool(const std::string&)>& take, ExportReport& report)
+    bool Run(const std::function<bool(JsonObject)>& take, ExportReport& report)
     {
-        std::vector<std::string> lines; // of rows that the order does not tell apart
+        std::vector<JsonObject> lines; // of rows that the order does not tell apart
         std::string place;
         bool goesOn = true;
         const auto flush = [&] {
-            std::ranges::sort(lines);
-            if (!m_noun.hasId) {
-                lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+            if (lines.size() > 1) {
+                SortByText(lines, !m_noun.hasId);
             }
-            goesOn = goesOn && std::ranges::all_of(lines, take);
+            goesOn = goesOn && std::ranges::all_of(lines, [&take](JsonObject& line) { return take(std::move(line)); });
             lines.clear();
         };
         EachRow(m_conn, Query(), [&](CARecordset& row) {
@@ -88,9 +109,8 @@ public:
                 flush();
                 place = std::move(here);
             }
-            const std::optional<std::string> line = LineOf(row, report);
-            if (line) {
-                lines.push_back(*line);
+            if (std::optional<JsonObject> line = LineOf(row, report)) {
+                lines.push_back(std::move(*line));
             }
             return goesOn;
         });
@@ -147,7 +167,7 @@ private:
                                                : join;
     }
 
-    std::optional<std::string> LineOf(CARecordset& row, ExportReport& report)
+    std::optional<JsonObject> LineOf(CARecordset& row, ExportReport& report)
     {
         JsonObject line = {{"noun", {}, TextValue(std::string(m_noun.name))}};
         long column = m_orderColumns;
@@ -174,7 +194,7 @@ private:
             }
             AddReference(line, member, reference);
         }
-        return IsLeftOut(line, row, isInPart) ? std::nullopt : std::optional(WriteJsonLine(line));
+        return IsLeftOut(line, row, isInPart) ? std::nullopt : std::optional(std::move(line));
     }
 
     /// Whether the part that is exported has an item, if it is one. @param isInPart  set where the item is enough for
@@ -326,8 +346,8 @@ std::string ExportHead(CAConnect& conn, const ExportOptions& options)
     return WriteJsonLine(head);
 }
 
-bool ExportDirectory(Call& call, const ExportOptions& options, const std::function<void(const std::string&)>& take,
-                     ExportReport& report)
+bool ExportLines(Call& call, const ExportOptions& options, const std::function<void(const Noun&, JsonObject)>& take,
+                 ExportReport& report)
 {
     RequireNouns(options.nouns);
     CAConnect& conn = call.Connection();
@@ -342,8 +362,8 @@ bool ExportDirectory(Call& call, const ExportOptions& options, const std::functi
             }
             NounReader reader(conn, noun, names, part ? &*part : nullptr, options.withPasswords);
             const bool isDone = reader.Run(
-                [&](const std::string& line) {
-                    take(line);
+                [&](JsonObject line) {
+                    take(noun, std::move(line));
                     return GoesOn(call, report);
                 },
                 report);
@@ -353,6 +373,13 @@ bool ExportDirectory(Call& call, const ExportOptions& options, const std::functi
         }
         return true;
     });
+}
+
+bool ExportDirectory(Call& call, const ExportOptions& options, const std::function<void(const std::string&)>& take,
+                     ExportReport& report)
+{
+    return ExportLines(
+        call, options, [&take](const Noun& /*noun*/, const JsonObject& line) { take(WriteJsonLine(line)); }, report);
 }
 
 bool ExportPeople(Call& call, const ExportOptions& options, ExportReport& report)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "management/Call.h"
+#include "management/JsonLine.h"
 
 #include <chrono>
 #include <functional>
@@ -10,6 +11,8 @@
 #include <vector>
 
 namespace management {
+
+struct Noun;
 
 /// The first line of an exported directory as a whole, without its end.
 inline constexpr std::string_view kExportHead = R"({"format":"qvadmin directory","version":1})";
@@ -37,6 +40,10 @@ std::string ExportHead(CAConnect& conn, const ExportOptions& options);
 /// @return false when it was stopped. @throws Error (invalid, notFound) for the options. @throws DatabaseError.
 bool ExportDirectory(Call& call, const ExportOptions& options, const std::function<void(const std::string&)>& take,
                      ExportReport& report);
+
+/// The same lines as objects: members in their order, the noun first.
+bool ExportLines(Call& call, const ExportOptions& options, const std::function<void(const Noun&, JsonObject)>& take,
+                 ExportReport& report);
 
 /// Gives all people to the front end: the columns that an import takes, and rows by id, with departments as paths.
 /// @return false when it was stopped. @throws as ExportDirectory.

@@ -14,6 +14,35 @@ namespace {
 
 constexpr std::size_t kLongestLine = std::size_t{64} * 1024 * 1024;
 
+/// A line after the first; where it cannot be used, its problem says why.
+ExportedLine ParseExportedLine(const std::string& text, long number)
+{
+    ExportedLine line{number, nullptr, {}, {}};
+    try {
+        if (text.size() > kLongestLine) {
+            throw Error(ErrorCode::invalid, "the line is longer than 64 MiB");
+        }
+        line.object = ReadJsonLine(text);
+        const auto noun = std::ranges::find(line.object, "noun", &JsonMember::name);
+        const auto* name = noun == line.object.end() ? nullptr : std::get_if<TextValue>(&noun->value);
+        line.noun = name == nullptr ? nullptr : FindNoun(*name);
+        if (line.noun == nullptr) {
+            throw Error(ErrorCode::invalid, name == nullptr ? Sentence(Translatable("the line has no noun"))
+                                                            : FillPattern("unknown noun {}", Quoted(*name)));
+        }
+        line.object.erase(noun);
+        for (const JsonMember& member : line.object) {
+            const auto* value = std::get_if<TextValue>(&member.value);
+            if (value != nullptr && value->find('\0') != std::string::npos) {
+                throw Error(ErrorCode::invalid, FillPattern("{} holds a NUL byte", member.name));
+            }
+        }
+    } catch (const Error& e) {
+        line.problem = e.Why();
+    }
+    return line;
+}
+
 } // namespace
 
 void LineReader::RequireHead()
@@ -92,34 +121,6 @@ std::optional<std::string> LineReader::ReadText()
     }
     ++m_number;
     return text;
-}
-
-ExportedLine ParseExportedLine(const std::string& text, long number)
-{
-    ExportedLine line{number, nullptr, {}, {}};
-    try {
-        if (text.size() > kLongestLine) {
-            throw Error(ErrorCode::invalid, "the line is longer than 64 MiB");
-        }
-        line.object = ReadJsonLine(text);
-        const auto noun = std::ranges::find(line.object, "noun", &JsonMember::name);
-        const auto* name = noun == line.object.end() ? nullptr : std::get_if<TextValue>(&noun->value);
-        line.noun = name == nullptr ? nullptr : FindNoun(*name);
-        if (line.noun == nullptr) {
-            throw Error(ErrorCode::invalid, name == nullptr ? Sentence(Translatable("the line has no noun"))
-                                                            : FillPattern("unknown noun {}", Quoted(*name)));
-        }
-        line.object.erase(noun);
-        for (const JsonMember& member : line.object) {
-            const auto* value = std::get_if<TextValue>(&member.value);
-            if (value != nullptr && value->find('\0') != std::string::npos) {
-                throw Error(ErrorCode::invalid, FillPattern("{} holds a NUL byte", member.name));
-            }
-        }
-    } catch (const Error& e) {
-        line.problem = e.Why();
-    }
-    return line;
 }
 
 } // namespace management

@@ -11,9 +11,6 @@
 
 namespace management {
 
-/// A line of an exported directory after the first; where it cannot be used, its problem says why.
-ExportedLine ParseExportedLine(const std::string& text, long number);
-
 /// What a file says that it has of a directory.
 struct ExportScope {
     std::vector<const Noun*> nouns;     ///< none: it does not say
