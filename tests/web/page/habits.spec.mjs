@@ -321,6 +321,38 @@ test("the right button and keys open a menu of what can be done with people", as
     await finish();
 });
 
+test("who is signed in sees the frame before its script has come, in the colours that were chosen", async () => {
+    const { page, finish } = await openPage(shared);
+    await page.locator("details.user > summary").click();
+    await page.getByRole("button", { name: "Dark" }).click();
+    let go;
+    const isAsked = new Promise(resolve => page.route("**/app.js", route => resolve((go = () => route.continue()))));
+    await page.goto(`${shared.server.url}/directory`, { waitUntil: "commit" });
+    await isAsked;
+    await page.getByRole("banner").getByText("Quorvel").waitFor();
+    await page.waitForFunction(() => performance.getEntriesByName("first-contentful-paint").length > 0);
+    assert.equal(await page.evaluate(() => getComputedStyle(document.body).colorScheme), "dark");
+    go();
+    await page.getByRole("row").filter({ hasText: "amy" }).waitFor();
+    // It is the same frame, and nothing of it is there twice.
+    assert.equal(await page.locator(".frame, .top, .product, .areas, main").count(), 5);
+    await finish();
+});
+
+test("a menu that is asked for before it is known what may be done has all of it", async () => {
+    const { page, finish } = await openPage(shared);
+    let answer;
+    const isAsked = new Promise(resolve => page.route("**/api/v1/commands", route => resolve((answer = () => route.continue()))));
+    await page.goto(`${shared.server.url}/directory`);
+    await isAsked;
+    await page.getByRole("row").filter({ has: page.getByLabel("Select amy", { exact: true }) }).click({ button: "right" });
+    await page.getByText("1 selected").waitFor();
+    answer();
+    await menu(page).waitFor();
+    assert.ok((await items(page)).includes("Lock"), await items(page));
+    await finish();
+});
+
 test("the right button and keys open a menu of what can be done with a place", async () => {
     const { page, finish } = await openPage(shared);
     const tree = page.getByRole("tree");

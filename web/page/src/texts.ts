@@ -6,7 +6,6 @@ import { zh } from "./zh-CN";
 
 const catalogues: Record<string, Catalogue> = { en, de, "zh-CN": zh };
 
-document.documentElement.lang = language;
 const catalogue = catalogues[language] ?? en;
 /** Made when it is first used: each takes some of the time in which the page begins. */
 function later<T>(make: () => T): () => T {
