@@ -339,6 +339,24 @@ test("who is signed in sees the frame before its script has come, in the colours
     await finish();
 });
 
+test("panels that fill a page end with the window, whatever stands above them", async () => {
+    for (const width of [1280, 390]) {
+        const { page, finish } = await openPage(shared, { path: "/documents", width, height: 800 });
+        for (const area of ["documents", "board"]) {
+            await page.goto(`${shared.server.url}/${area}`);
+            await page.getByRole("button", { name: "Not now" }).waitFor();
+            await page.locator(".split").waitFor();
+            await settled(page);
+            const [below, free] = await page.locator(".page").evaluate(one => [
+                one.scrollHeight - one.clientHeight,
+                one.getBoundingClientRect().bottom - one.querySelector(".split").getBoundingClientRect().bottom,
+            ]);
+            assert.deepEqual([below, free], [0, 16], `${area}, ${width}`);
+        }
+        await finish();
+    }
+});
+
 test("a menu that is asked for before it is known what may be done has all of it", async () => {
     const { page, finish } = await openPage(shared);
     let answer;

@@ -214,6 +214,8 @@ function Frame(props: { session: Session | undefined; onSession: (session: Sessi
     const name = where.path.slice(1) || "directory";
     useEffect(() => {
         document.title = `${t(`area.${areas.find(one => one.name === name)?.name ?? "directory"}` as Key)} – ${t("product")}`;
+        // Where areas are a bar, it has more of them than fit.
+        document.querySelector(".areas [aria-current]")?.scrollIntoView({ block: "nearest", inline: "nearest" });
     }, [name]);
     return (
         <div class="frame">
