@@ -357,6 +357,21 @@ test("panels that fill a page end with the window, whatever stands above them", 
     }
 });
 
+test("a list without rows says so under its head", async () => {
+    const { page, finish } = await openPage(shared, { path: "/directory?q=zzzz" });
+    const { y } = await page.getByText("Nobody matches this search.").boundingBox();
+    const head = await page.locator("#people .row.head").boundingBox();
+    assert.ok(y >= head.y + head.height && y < head.y + head.height + 40, `${y}`);
+    await page.getByRole("row").filter({ hasText: "amy" }).waitFor({ state: "detached" });
+    await finish();
+});
+
+test("a sentence of the server names a command and its options as the page does", async () => {
+    const { page, finish } = await openPage(shared, { path: "/directory?user=2&tab=rights" });
+    await page.getByText("“Roles: Default” makes that role").waitFor();
+    await finish();
+});
+
 test("a menu that is asked for before it is known what may be done has all of it", async () => {
     const { page, finish } = await openPage(shared);
     let answer;

@@ -58,7 +58,7 @@ export const commandName = (path: string[]) =>
 /** A sentence of the server, with commands and options called as they are here. */
 export const retold = (sentence: string) =>
     sentence
-        .replace(/`(?:qvadmin )?([a-z-]+(?: [a-z-]+)+)(?: --[^`]*)?`/g, (_, command: string) => `“${commandName(command.split(" "))}”`)
+        .replace(/`(?:qvadmin )?([a-z][a-z-]*(?: [a-z][a-z-]*)+)(?: --[^`]*)?`/g, (_, command: string) => `“${commandName(command.split(" "))}”`)
         .replace(/(?<![\w-])--([a-z]+(?:-[a-z]+)*)/g, (_, option: string) => `“${words(option.replaceAll("-", "_"))}”`);
 
 export function setLanguage(wanted: string): void {
