@@ -69,6 +69,7 @@ test("names of areas are broken where a hyphen goes, and that of the present one
         await signIn(page, { login, password: word });
         const present = page.locator(".areas a[aria-current]");
         await present.waitFor();
+        await until(async () => /^\p{Letter}+ – Quorvel$/u.test(await page.title()), "the title has no hyphens");
         await until(async () => {
             const { x, width } = await present.boundingBox();
             return x >= 0 && x + width <= 390;

@@ -213,7 +213,8 @@ function Frame(props: { session: Session | undefined; onSession: (session: Sessi
     useEffect(beginEvents, []);
     const name = where.path.slice(1) || "directory";
     useEffect(() => {
-        document.title = `${t(`area.${areas.find(one => one.name === name)?.name ?? "directory"}` as Key)} – ${t("product")}`;
+        const title = t(`area.${areas.find(one => one.name === name)?.name ?? "directory"}` as Key);
+        document.title = `${title.replaceAll("\u00ad", "")} – ${t("product")}`;
         // Where areas are a bar, it has more of them than fit.
         document.querySelector(".areas [aria-current]")?.scrollIntoView({ block: "nearest", inline: "nearest" });
     }, [name]);
