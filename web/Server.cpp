@@ -43,6 +43,8 @@ constexpr std::string_view kApi = "/api/v1";
 constexpr std::string_view kCommandRoute = "/commands/";
 /// How long an answer to a wrong password takes at least, so that it does not tell whether there is such a user.
 constexpr std::chrono::milliseconds kFailureTime{300};
+/// For which the token of the setup is good.
+constexpr std::chrono::minutes kSetupTime{15};
 constexpr std::chrono::seconds kRefreshPace{10};
 /// How long a request for news waits.
 constexpr std::chrono::seconds kNewsTime{25};
@@ -143,7 +145,7 @@ Response Guarded(Make make)
 /// How many requests a session has left.
 struct Allowance {
     double left = kMostAtOnce;
-    Clock::time_point counted = Clock::now();
+    Clock::time_point counted;
 
     bool Take(Clock::time_point now)
     {
@@ -174,7 +176,7 @@ public:
         if (needsSetup) {
             m_setupToken = NewToken();
             m_shownToken = m_setupToken;
-            m_setupEnds = Clock::now() + m_options.setupTime;
+            m_setupEnds = m_options.clock() + kSetupTime;
         }
         const bool isSecure = !m_options.http.certificate.empty();
         // Before anybody can ask: what is wrong with the origins comes out here.
@@ -236,7 +238,7 @@ private:
         } else {
             // To look at a page is not to use the session: what it asks for is.
             const std::string cookie = request.Cookie(CookieName(*origin));
-            responder.Send(PageAt(request, m_sessions.Use(cookie, Clock::now(), false).has_value()));
+            responder.Send(PageAt(request, m_sessions.Use(cookie, m_options.clock(), false).has_value()));
         }
     }
 
@@ -339,7 +341,7 @@ private:
         if (request.method == "POST" && !request.Header("Content-Type").starts_with("application/json")) {
             return Problem{415, "no_json", Translatable("the body is to be application/json")};
         }
-        const Clock::time_point now = Clock::now();
+        const Clock::time_point now = m_options.clock();
         // A page that nobody uses still asks what is new.
         const bool isUse = request.path != "/api/v1/events" && request.Header("X-Unattended").empty();
         visit.session = m_sessions.Use(request.Cookie(visit.CookieName()), now, isUse);
@@ -354,7 +356,8 @@ private:
         }
         std::erase_if(m_allowances,
                       [now](const auto& entry) { return now - entry.second.counted > std::chrono::seconds(10); });
-        if (!m_allowances[visit.session->account.login].Take(now)) {
+        if (!m_allowances.try_emplace(visit.session->account.login, Allowance{.counted = now})
+                 .first->second.Take(now)) {
             return Problem{429, "too_many", Translatable("too many requests; wait a moment")};
         }
         // What is about the session itself, one-time codes among it.
@@ -558,7 +561,7 @@ private:
                  "no_new_groups", "date_format", "clear_empty", "sync", "scope", "leavers", "max_leavers", "agreed"});
             const bool isDeleting = MemberText(body, "leavers") == "delete" && !MemberFlag(body, "dry_run");
             if ((isDeleting || MemberFlag(body, "allow_privileges")) &&
-                !m_sessions.IsConfirmed(*asked.session, Clock::now())) {
+                !m_sessions.IsConfirmed(*asked.session, m_options.clock())) {
                 return ResponseOf(PasswordRequired());
             }
             const std::string& login = asked.session->account.login;
@@ -785,7 +788,7 @@ private:
             if (asked.session) {
                 m_sessions.End(asked.session->key);
             }
-            const auto [token, session] = m_sessions.Begin(*found.account, Clock::now());
+            const auto [token, session] = m_sessions.Begin(*found.account, m_options.clock());
             Log("sign_in", session.account.login, asked.request.address, "");
             return WithCookie(asked, token, SessionAnswer(session, Connection()));
         });
@@ -804,7 +807,7 @@ private:
     Response Renewed(const Visit& asked, const Account& account, std::string_view event,
                      const std::vector<std::string>& codes)
     {
-        const auto renewed = m_sessions.Confirm(asked.session->key, account, Clock::now());
+        const auto renewed = m_sessions.Confirm(asked.session->key, account, m_options.clock());
         if (!renewed) {
             return ResponseOf(NotSignedIn());
         }
@@ -918,8 +921,8 @@ private:
     void InCommandsConfirmed(Visit visit, Make make)
     {
         InCommands(std::move(visit), [this, make = std::move(make)](CAConnect& conn, const Visit& asked) {
-            return m_sessions.IsConfirmed(*asked.session, Clock::now()) ? make(conn, asked)
-                                                                        : ResponseOf(PasswordRequired());
+            return m_sessions.IsConfirmed(*asked.session, m_options.clock()) ? make(conn, asked)
+                                                                             : ResponseOf(PasswordRequired());
         });
     }
 
@@ -977,7 +980,7 @@ private:
         m_commands.Post([this, visit = std::move(visit)] {
             visit.responder.Send(Guarded([&] {
                 const JsonValue body = ReadMembers(visit.request.body, {"token", "password"});
-                const bool isGood = !m_setupToken.empty() && Clock::now() <= m_setupEnds &&
+                const bool isGood = !m_setupToken.empty() && m_options.clock() <= m_setupEnds &&
                                     IsSame(RequiredText(body, "token"), m_setupToken);
                 if (!isGood) {
                     return ResponseOf(
@@ -1003,7 +1006,7 @@ private:
         const auto seconds = [](Clock::duration time) {
             return std::int64_t{std::chrono::duration_cast<std::chrono::seconds>(time).count()};
         };
-        const Clock::duration whole = m_sessions.AllLimits().whole - (Clock::now() - session.begun);
+        const Clock::duration whole = m_sessions.AllLimits().whole - (m_options.clock() - session.begun);
         return JsonResponse([&](JsonWriter& json) {
             json.WriteMember("id", std::int64_t{session.account.id});
             json.WriteMember("login", TextValue(session.account.login));
@@ -1083,7 +1086,7 @@ private:
     Response RunFor(CAConnect& conn, const Command& command, const Visit& visit)
     {
         const Session& session = *visit.session;
-        const bool hasConfirmed = m_sessions.IsConfirmed(session, Clock::now());
+        const bool hasConfirmed = m_sessions.IsConfirmed(session, m_options.clock());
         const SessionResults results{m_results, session.id};
         const auto request = std::make_shared<CommandRequest>(command, visit.request.body, results);
         const CommandRequest& asked = *request;

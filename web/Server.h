@@ -25,8 +25,9 @@ struct ServerOptions {
     bool requiresTotp = false; ///< whether everybody has to have one-time codes, and can do nothing before
     /// Takes a line of JSON about each sign-in, failure and change; called on several threads, one at a time.
     std::function<void(const std::string&)> log = {};
+    /// For how long sessions last, how much each may ask for, and the setup's token; called on several threads.
+    std::function<Sessions::Clock::time_point()> clock = Sessions::Clock::now;
     std::function<std::time_t()> wallClock = [] { return std::time(nullptr); }; ///< for one-time codes
-    std::chrono::seconds setupTime = std::chrono::minutes(15);                  ///< for which the setup's token is good
 };
 
 /// The web console of one directory. Three threads beside those of HTTP: one runs commands, one after the other; one

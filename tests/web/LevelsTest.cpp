@@ -88,7 +88,7 @@ TEST_F(LevelsTest, EveryCommandIsForItsLevels)
                     << path;
             }
         }
-        std::this_thread::sleep_for(10ms); // the allowance of requests
+        LetPass(1s); // the allowance of requests
     }
 }
 

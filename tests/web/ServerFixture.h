@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -53,6 +54,13 @@ protected:
             },
             std::move(options));
     }
+
+    /// A clock that stands until a test lets time pass.
+    std::function<web::Sessions::Clock::time_point()> StandingClock()
+    {
+        return [this] { return web::Sessions::Clock::time_point() + m_time.load(); };
+    }
+    void LetPass(web::Sessions::Clock::duration time) { m_time = m_time.load() + time; }
 
     HttpClient Client() { return HttpClient(m_server->Port()); }
 
@@ -154,6 +162,7 @@ protected:
     }
 
     std::string m_folder;
+    std::atomic<web::Sessions::Clock::duration> m_time{std::chrono::hours(1)};
     CAConnect m_conn;
     std::string m_log;
     std::optional<web::Server> m_server;

@@ -26,6 +26,13 @@ const early = (await build({ ...options, entryPoints: { early: "src/early.ts" },
 for (const file of ["index.html", "icon.svg"]) {
     copyFileSync(join(here, "src", file), join(out, file));
 }
-// Who has a session gets a page that asks at once for what it shows, and does not wait for the script that does.
+// Who has a session gets a page that asks at once for what it shows, and whose frame can be seen before the script that
+// fills it has come.
 const page = readFileSync(join(out, "index.html"), "utf8");
-writeFileSync(join(out, "signed_in.html"), page.replace('<link rel="stylesheet"', () => `<script>${early.trim()}</script>\n<link rel="stylesheet"`));
+const frame = readFileSync(join(here, "src/frame.html"), "utf8").replace(/\n */g, "");
+writeFileSync(
+    join(out, "signed_in.html"),
+    page
+        .replace('<link rel="stylesheet"', () => `<script>${early.trim()}</script>\n<link rel="stylesheet"`)
+        .replace('<div id="page">', () => `<div id="page">${frame}`),
+);

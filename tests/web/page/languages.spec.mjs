@@ -1,7 +1,7 @@
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
-import { checkAccess, openPage, password, useServer } from "./support.mjs";
+import { checkAccess, openPage, password, until, useServer } from "./support.mjs";
 
 const shared = useServer(["view create Company", "user create amy --name 'Amy Pond'"]);
 
@@ -60,6 +60,40 @@ test("what the server says is in the language of the page, whatever the browser'
     await page.getByRole("button", { name: "Löschen…" }).click();
     await page.getByRole("dialog", { name: "1 Benutzer löschen?" }).getByRole("button", { name: "Abbrechen" }).click();
     await finish();
+});
+
+test("names of areas are broken where a hyphen goes, and that of the present one is in sight", async () => {
+    const labels = { "en-GB": ["Login name", "Password"], "de-DE": ["Anmeldename", "Kennwort"], "zh-CN": ["登录名", "密码"] };
+    for (const [locale, [login, word]] of Object.entries(labels)) {
+        const { page, finish } = await openPage(shared, { path: "/settings", signedIn: false, locale, width: 390, height: 800 });
+        await signIn(page, { login, password: word });
+        const present = page.locator(".areas a[aria-current]");
+        await present.waitFor();
+        await until(async () => /^\p{Letter}+ – Quorvel$/u.test(await page.title()), "the title has no hyphens");
+        await until(async () => {
+            const { x, width } = await present.boundingBox();
+            return x >= 0 && x + width <= 390;
+        }, "the present area is in sight");
+        // The name of the present one is bold, and any of them can be that.
+        await page.locator(".areas a").evaluateAll(all => all.forEach(one => one.setAttribute("aria-current", "page")));
+        const broken = () =>
+            page.locator(".areas a span").evaluateAll(all =>
+                all
+                    .filter(one => {
+                        const range = document.createRange();
+                        range.selectNodeContents(one);
+                        const lines = new Set([...range.getClientRects()].map(box => Math.round(box.top))).size;
+                        return lines > 1 + (one.textContent.match(/[\u00ad -]/g)?.length ?? 0);
+                    })
+                    .map(one => one.textContent),
+            );
+        assert.deepEqual(await broken(), []);
+        const heights = await page.locator(".areas a span").evaluateAll(all => new Set(all.map(one => one.offsetHeight)).size);
+        assert.equal(heights, 1, "in the bar each is on one line");
+        await page.setViewportSize({ width: 1280, height: 400 });
+        assert.deepEqual(await broken(), []);
+        await finish();
+    }
 });
 
 test("a language that is chosen stays", async () => {

@@ -392,6 +392,9 @@ export const findImport = (id: number) => request<Import>("GET", `/imports?id=${
 export const listImports = async () => (await request<{ imports: Import[] }>("GET", "/imports")).imports;
 export const overview = () => request<Row>("GET", "/overview");
 let allowed = new Set<string>();
+let noteListed = () => {};
+/** Resolves when the table of commands is there. */
+export const listed = new Promise<void>(resolve => (noteListed = resolve));
 let long = new Set<string>();
 /** The table of commands, of which the server offers what who is signed in may run. */
 export const listCommands = async () => {
@@ -400,6 +403,7 @@ export const listCommands = async () => {
     const pathsOf = (some: Command[]) => new Set(some.map(command => command.path.join("/")));
     allowed = pathsOf(commands);
     long = pathsOf(commands.filter(command => command.long_running));
+    noteListed();
     return commands;
 };
 /** Whether who is signed in may run a command, such as "user/lock"; not before the table is there. */

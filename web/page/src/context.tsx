@@ -1,6 +1,6 @@
 // What can be done with what is pointed at, as a menu beside it.
 import { useLayoutEffect, useRef, useState } from "preact/hooks";
-import { may } from "./api";
+import { listed, may } from "./api";
 import { t } from "./texts";
 
 export interface Action {
@@ -25,11 +25,13 @@ interface Open {
 let show: (actions: Action[], x: number, y: number) => void = () => {};
 
 /**
- * Opens the menu that an event asks for, by the pointer or a key.
+ * Opens the menu that an event asks for, by the pointer or a key, as soon as it is known what may be done.
  * @param line  of what keys act on, where the event is of none.
  */
-export function openContext(event: MouseEvent, actions: Action[], line?: Element | null): void {
+export async function openContext(event: MouseEvent, actionsOf: () => Action[], line?: Element | null): Promise<void> {
     event.preventDefault();
+    await listed;
+    const actions = allowed(actionsOf());
     const box = line?.getBoundingClientRect();
     if (actions.length > 0) {
         box ? show(actions, box.left + 40, box.bottom) : show(actions, event.clientX, event.clientY);

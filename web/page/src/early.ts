@@ -1,5 +1,6 @@
 // Asks for what is shown first while the page itself is still on its way; the server sends this to who has a session.
 import { language } from "./language";
+import "./theme";
 import { listOf, peoplePath, placesPath, queryOf } from "./query";
 
 export interface Early {

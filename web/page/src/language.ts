@@ -15,3 +15,4 @@ function choose(): string {
 }
 
 export const language = choose();
+document.documentElement.lang = language;

@@ -231,7 +231,7 @@ export function List(props: {
         const index = line ? Number(line.getAttribute("aria-rowindex")) - 2 : event.button === 2 ? -1 : active;
         const row = rows.current[index];
         if (!row || row["gone"]) {
-            openContext(event, allowed(making));
+            void openContext(event, () => making);
             return;
         }
         const isSelected = selected.has(row.id);
@@ -242,9 +242,9 @@ export function List(props: {
             { label: t("generic.show"), keys: "Enter", act: () => props.onOpen(row.id) },
             { command: "user/rename", label: `${t("rename")}…`, keys: "F2", act: () => rename(row) },
         ];
-        openContext(
+        void openContext(
             event,
-            [...(chosen.count === 1 ? allowed(own) : []), ...actionsOn(chosen)],
+            () => [...(chosen.count === 1 ? own : []), ...actionsOn(chosen)],
             line ? null : document.getElementById(`person-${active}`),
         );
     };

@@ -34,6 +34,7 @@ import { SetupPage, SignInDialog, SignInPage } from "./signin";
 import { TwoStepOffer, TwoStepPage, openTwoStep } from "./twostep";
 import { language, languages } from "./language";
 import { setLanguage, t } from "./texts";
+import { isDark, switchTheme } from "./theme";
 
 /** Areas, and the nouns of the table that each shows. */
 const areas: { name: string; nouns?: string[] }[] = [
@@ -59,19 +60,6 @@ function nounsOf(area: { name: string; nouns?: string[] }, commands: Command[]):
     const placed = areas.flatMap(other => other.nouns ?? []);
     const own = (area.nouns ?? []).filter(noun => all.includes(noun));
     return area.name === "more" ? [...own, ...all.filter(noun => !placed.includes(noun))] : own;
-}
-
-const kept = localStorage.getItem("theme");
-if (kept) {
-    document.documentElement.dataset["theme"] = kept;
-}
-const isDark = () =>
-    (document.documentElement.dataset["theme"] ?? (matchMedia("(prefers-color-scheme: dark)").matches ? "dark" : "light")) ===
-    "dark";
-function switchTheme(): void {
-    const theme = isDark() ? "light" : "dark";
-    document.documentElement.dataset["theme"] = theme;
-    localStorage.setItem("theme", theme);
 }
 
 function Search(props: { where: Where }) {
@@ -211,21 +199,24 @@ const isToSay = (error: unknown) => !(error instanceof Problem && error.code ===
 function Frame(props: { session: Session | undefined; onSession: (session: Session) => void }) {
     const { session } = props;
     const where = useWhere();
-    const [commands, setCommands] = useState<Command[]>([]);
-    const isListed = useRef(false);
+    const [commands, setCommands] = useState(given.commands ?? []);
+    const isListed = useRef(given.commands !== undefined);
     const level = useRef<string>();
     useEffect(() => {
         // The server knows who asks before this page does.
         if (!isListed.current || (level.current !== undefined && level.current !== session?.level)) {
             isListed.current = true;
-            listCommands().then(setCommands, error => isToSay(error) && toast(sentence(error)));
+            nextCommands().then(setCommands, error => isToSay(error) && toast(sentence(error)));
         }
         level.current = session?.level;
     }, [session?.level]);
     useEffect(beginEvents, []);
     const name = where.path.slice(1) || "directory";
     useEffect(() => {
-        document.title = `${t(`area.${areas.find(one => one.name === name)?.name ?? "directory"}` as Key)} – ${t("product")}`;
+        const title = t(`area.${areas.find(one => one.name === name)?.name ?? "directory"}` as Key);
+        document.title = `${title.replaceAll("\u00ad", "")} – ${t("product")}`;
+        // Where areas are a bar, it has more of them than fit.
+        document.querySelector(".areas [aria-current]")?.scrollIntoView({ block: "nearest", inline: "nearest" });
     }, [name]);
     return (
         <div class="frame">
@@ -270,10 +261,19 @@ function Frame(props: { session: Session | undefined; onSession: (session: Sessi
 const wasSignedIn = window.early !== undefined;
 /** Whose it is; asked for before anything that waits for it. */
 const firstSession = wasSignedIn ? currentSession() : undefined;
+/** What there is of it, and of the table of commands, when the page is drawn first. */
+const given: { session?: Session; commands?: Command[] } = {};
+let firstCommands = wasSignedIn ? listCommands() : undefined;
+/** The table, as it comes with the page the first time. */
+function nextCommands(): Promise<Command[]> {
+    const first = firstCommands;
+    firstCommands = undefined;
+    return first?.catch(listCommands) ?? listCommands();
+}
 
 function App() {
     const where = useWhere();
-    const [session, setSession] = useState<Session | null | undefined>(wasSignedIn ? undefined : null);
+    const [session, setSession] = useState<Session | null | undefined>(wasSignedIn ? given.session : null);
     const [login, setLogin] = useState("");
     const [notice, setNotice] = useState("");
     const present = useRef<Session | null>();
@@ -342,7 +342,11 @@ function App() {
 /** How long the first look at the page waits for what it is to show. */
 const kPatience = 50;
 beginMenus();
-const early = Promise.allSettled(window.early?.values() ?? []);
+const early = Promise.allSettled([
+    firstSession?.then(session => (given.session = session)),
+    firstCommands?.then(commands => (given.commands = commands)),
+    ...(window.early?.values() ?? []),
+]);
 void Promise.race([early, new Promise(resolve => setTimeout(resolve, kPatience))]).then(() =>
     render(<App />, document.getElementById("page") as HTMLElement),
 );

@@ -50,7 +50,7 @@ export function Overview() {
                         {link("/more", { noun: "view" }, "views", t("overview.views"))}
                     </div>
                     <h2>{t("overview.attention")}</h2>
-                    <ul class="attention">
+                    <ul>
                         {attention
                             .filter(trait => Number(row[trait]) > 0)
                             .map(trait => (

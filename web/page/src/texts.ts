@@ -6,7 +6,6 @@ import { zh } from "./zh-CN";
 
 const catalogues: Record<string, Catalogue> = { en, de, "zh-CN": zh };
 
-document.documentElement.lang = language;
 const catalogue = catalogues[language] ?? en;
 /** Made when it is first used: each takes some of the time in which the page begins. */
 function later<T>(make: () => T): () => T {
@@ -59,7 +58,7 @@ export const commandName = (path: string[]) =>
 /** A sentence of the server, with commands and options called as they are here. */
 export const retold = (sentence: string) =>
     sentence
-        .replace(/`(?:qvadmin )?([a-z-]+(?: [a-z-]+)+)(?: --[^`]*)?`/g, (_, command: string) => `“${commandName(command.split(" "))}”`)
+        .replace(/`(?:qvadmin )?([a-z][a-z-]*(?: [a-z][a-z-]*)+)(?: --[^`]*)?`/g, (_, command: string) => `“${commandName(command.split(" "))}”`)
         .replace(/(?<![\w-])--([a-z]+(?:-[a-z]+)*)/g, (_, option: string) => `“${words(option.replaceAll("-", "_"))}”`);
 
 export function setLanguage(wanted: string): void {

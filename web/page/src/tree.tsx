@@ -35,7 +35,7 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
         onChoose: place => place.key !== "nowhere" && props.onChoose(place.key),
         onContext: (event, line) => {
             const row = (event.target as Element).closest("[role=treeitem]");
-            openContext(event, allowed(line ? actionsOn(line) : [create(undefined)]), row ? null : line && document.getElementById(tree.activeId));
+            void openContext(event, () => (line ? actionsOn(line) : [create(undefined)]), row ? null : line && document.getElementById(tree.activeId));
         },
         onKey: (event, line) => {
             if (event.key === "F2" && may("group/rename")) {
