@@ -17,9 +17,9 @@ class CAException;
 ///
 /// A text from outside must pass through EscapeLiteral, EscapeBackslashes or EscapeQuotes before it reaches a
 /// statement, also by way of an operation, whose declaration says which. Doubling quotes is not enough on MariaDB and
-/// MySQL, where
-/// "\'" does not end a literal. All three go by the characters of the ANSI code page: the second byte of a character is
-/// never taken for a backslash.
+/// MySQL, where "\'" does not end a literal.
+///
+/// All three go by the characters of the ANSI code page: the second byte of a character is never taken for a backslash.
 class QV_API CAConnect {
 public:
     /// Not open; no window is notified.
@@ -46,8 +46,8 @@ public:
     /// @throws CAException for what the engine refuses and when the connection is not open: a write counts as done when
     ///         nothing was thrown.
     int Execute(const char* sql);
-    /// Has every statement that Execute runs shown to an observer; null: to none. The observer outlives its being set.
-    /// Close leaves it.
+    /// Shows every statement that Execute runs to an observer; null: to none. The observer has to outlive this or be
+    /// replaced first. Close leaves it set.
     /// @return the observer before it, null for none.
     dbaccess::StatementObserver* SetObserver(dbaccess::StatementObserver* observer) noexcept;
 

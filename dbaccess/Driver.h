@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-/// What an engine's driver is to the library. A session and its cursors belong to one thread at a time. All texts are
+/// The interface of an engine's driver. A session and its cursors belong to one thread at a time. All texts are
 /// in the process's ANSI code page; a driver converts at its edge.
 namespace dbaccess {
 

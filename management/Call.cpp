@@ -33,6 +33,12 @@ Result Unchanged()
     return result;
 }
 
+void ThrowNothingToSet(std::string_view noun)
+{
+    throw Error(ErrorCode::invalid,
+                FillPattern("there is nothing to set; `qvadmin {} set --help` lists what can be", noun));
+}
+
 Directory& Call::Directory() const
 {
     if (!m_directory) {

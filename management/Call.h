@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -55,6 +56,8 @@ Result ResultOf(Record record, std::vector<Part> parts = {});
 Result ResultOf(bool) = delete;
 Result Verdict(bool verdict);
 Result Unchanged();
+/// @param noun  whose set was given no option, such as "group". @throws Error (invalid), always.
+[[noreturn]] void ThrowNothingToSet(std::string_view noun);
 
 /// One run of one command: what its body works with. Lives on one thread.
 class Call {
@@ -86,20 +89,26 @@ public:
     {
         return m_frontEnd.TakeTreeRow(MakeRow(std::forward<Values>(values)...), line);
     }
-    /// Says how far a run is that changes nothing, but inside a Change, where others may have no turn.
-    /// @throws Error (failed) where it is to end before it is through.
+    /// A text that may be given in a file in its place. @throws Error as FrontEnd::ReadText does.
+    [[nodiscard]] std::optional<std::string> TextOrFile(const std::optional<std::string>& text,
+                                                        const std::optional<std::string>& file) const
+    {
+        return file ? std::optional(m_frontEnd.ReadText(*file)) : text;
+    }
+    /// Reports the progress of a run that changes nothing. Does nothing inside a Change, which others wait for.
+    /// @throws Error (failed) when the front end asks to stop.
     void ShowProgress(long done, long total) const;
-    /// Keeps an outcome until the change that it tells of lasts.
+    /// Keeps an outcome until the change that it is about is committed.
     void Report(Outcome outcome) { m_outcomes.push_back(std::move(outcome)); }
-    /// Shows a plan and asks, unless that is not to be done.
+    /// Shows a plan and asks, unless the options say not to.
     void Confirm(const Plan& plan);
-    /// Shows a secret that was made up, before it is stored, unless all is undone anyway.
+    /// Shows a generated secret before it is stored; not in a dry run.
     void ShowSecret(const Secret& secret) const;
-    /// The same by FrontEnd::StoreSecrets.
+    /// The same for several, by FrontEnd::StoreSecrets.
     void StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) const;
     /// Hands the outcomes over that were kept.
     void DeliverOutcomes();
-    /// Drops them, for the change that they tell of was undone.
+    /// Drops them, since the change that they are about was undone.
     void DropOutcomes() { m_outcomes.clear(); }
     /// Says which entries of the record the change undoes, with blanks between their ids.
     void SetUndoes(std::string ids) { m_undoes = std::move(ids); }
@@ -125,8 +134,8 @@ private:
 };
 
 /// The transaction of a command that writes. What is written to the directory in it is recorded. It holds the
-/// directory's lock from its beginning to its end, so that what is read inside is still so when it is written; not
-/// finished, it is rolled back.
+/// directory's lock from its beginning to its end, so that what is read inside still holds when it is written. Unless
+/// it is finished, it is rolled back.
 class Change {
 public:
     /// @throws DatabaseError.
@@ -135,7 +144,7 @@ public:
     Change& operator=(const Change&) = delete;
     ~Change() { m_call.m_isInChange = false; }
 
-    /// Records the change and makes it last, or, in a dry run, undoes it; then delivers the outcomes. @throws
+    /// Records the change and commits it, or, in a dry run, rolls it back; then delivers the outcomes. @throws
     /// DatabaseError.
     void Finish();
 

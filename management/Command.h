@@ -58,6 +58,11 @@ struct Range {
 };
 /// Of options that limit how many rows come.
 inline constexpr Range kLimit{1, std::numeric_limits<int>::max()};
+
+// What the parameters of several nouns are for.
+inline constexpr std::string_view kDescriptionHelp = "what it is for";
+inline constexpr std::string_view kSortIndexHelp = "position; lower comes first";
+
 /// Words to choose from; empty ones count for none.
 struct OneOf {
     std::array<std::string_view, 6> words;

@@ -21,7 +21,7 @@ enum class ErrorCode : std::uint8_t {
 };
 
 /// Why something was not done, in one sentence for people. All that is thrown here on purpose is one of these: one
-/// type, so that callers who know more add to the sentence and passes on the rest.
+/// type, so that callers who know more can add to the sentence and pass on the rest.
 class Error : public std::runtime_error {
 public:
     /// @param candidates  what an ambiguous name may mean, each so that it can be given instead.

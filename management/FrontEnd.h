@@ -26,7 +26,7 @@ struct Plan {
     std::vector<Sentence> lines; ///< what goes, each in one line
     Sentence question;           ///< such as "Delete amy (id 17)?"; empty: there is nothing to ask
     std::size_t removed = 0;     ///< how many things go, with all that goes along
-    /// What is said of a no.
+    /// Said when the answer is no.
     Sentence nothingDone = Translatable("nothing was deleted");
 
     bool operator==(const Plan&) const = default;
@@ -37,10 +37,10 @@ struct SecretQuestion {
     std::string_view name;   ///< of the parameter that may give it instead
     Sentence prompt;         ///< such as "New password of amy (id 17)"
     bool isRepeated = false; ///< asked twice, and refused when the answers differ
-    const char* advice = ""; ///< the options that there are instead, for who cannot be asked
+    const char* advice = ""; ///< the options to use instead where nobody can be asked
 };
 
-/// A secret that was made up for a user.
+/// A secret that was generated for a user.
 struct UserSecret {
     std::string login;
     Secret secret;
@@ -62,7 +62,7 @@ public:
     /// Takes a row of a command whose rows are a tree; as it is here, like any other. @param line  what draws the row
     /// in a tree for people, without a line's end. @return false when no more are wanted.
     virtual bool TakeTreeRow(const std::vector<Value>& row, const std::string& /*line*/) { return TakeRow(row); }
-    /// Takes what became of a thing, once that lasts.
+    /// Takes what became of a thing, once that is committed.
     virtual void TakeOutcome(const Outcome& outcome) = 0;
     /// Shows a plan and asks its question, if it has one. @throws Error (confirmationRequired) unless somebody agrees.
     virtual void Confirm(const Plan& plan) = 0;
@@ -70,27 +70,27 @@ public:
     [[nodiscard]] virtual bool CanAsk() const = 0;
     /// Says something that is needed to answer the next question.
     virtual void Explain(const Sentence& sentence) = 0;
-    /// Whether a secret parameter has a value, from wherever.
+    /// Whether a secret parameter has a value, whatever its source.
     [[nodiscard]] virtual bool IsGiven(std::string_view secret) const = 0;
     /// The value of a secret parameter; asked for where none was given. @throws Error (invalid, failed).
     virtual Secret ObtainSecret(const SecretQuestion& question) = 0;
-    /// Hands over a secret that was made up, before it is stored: what nobody could read, nobody is to have.
+    /// Hands over a generated secret before it is stored, so that none is stored that nobody has seen.
     /// @throws Error (failed) when it cannot be handed over.
     virtual void ShowSecret(const Secret& secret) = 0;
     /// Whether secrets of several users can be handed over without a file.
     [[nodiscard]] virtual bool CanShowSecrets() const { return false; }
-    /// Writes secrets that were made up to a new file of its owner alone, likewise. @param file  empty: hands them over
-    /// without one, where CanShowSecrets. @throws Error (conflict) for a file that is there already, (invalid) where
-    /// there are no files, (failed).
+    /// The same for several, which are written to a new file that only its owner can open. @param file  empty: hands
+    /// them over without one, where CanShowSecrets. @throws Error (conflict) for a file that is there already,
+    /// (invalid) where there are no files, (failed).
     virtual void StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) = 0;
     /// The text of a file that a parameter names. @throws Error (failed) unless it is UTF-8 without NUL bytes.
     virtual std::string ReadText(const std::string& name) = 0;
-    /// How far a long run is. The run can be stopped from the first time on. @param total  how many there are, where
-    /// that is known.
+    /// Reports the progress of a long run, which can be stopped from the first call on. @param total  how many there
+    /// are, where that is known.
     virtual void ShowProgress(long done, std::optional<long> total) = 0;
     /// Whether the run is to end before its next row.
     [[nodiscard]] virtual bool IsStopRequested() const noexcept = 0;
-    /// Hears that something is about to be committed: what fails from now on may have changed the directory.
+    /// Called before something is committed: what fails from now on may have changed the directory.
     virtual void NoteCommit() noexcept {}
 };
 

@@ -144,7 +144,7 @@ public:
 /// A sentence in a language; in English where the language does not have it, or has something that cannot be filled.
 std::string Translate(const Sentence& sentence, const Language& language);
 
-/// Has its thread say sentences in a language until it goes. Of several that are there, the last one made counts.
+/// Has its thread say sentences in a language until it is destroyed. Of several, the one made last counts.
 class Speaking {
 public:
     /// @param language  outlives this; null: English.

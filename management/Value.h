@@ -3,6 +3,7 @@
 #include "management/Sentence.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -31,6 +32,12 @@ struct SentenceValue : Sentence {
 
 /// One value of a row; the first alternative is "absent".
 using Value = std::variant<std::monostate, std::int64_t, bool, Choice, TextValue, SentenceValue>;
+
+template <class T>
+Value OrAbsent(const std::optional<T>& value)
+{
+    return value ? Value(*value) : Value();
+}
 
 struct Table {
     std::vector<std::string> columns;

@@ -13,7 +13,7 @@ class CAConnect;
 /// Carrying a directory from one database to another, of whatever engines.
 namespace schema {
 
-/// How far a copy is.
+/// The progress of a copy.
 struct CopyState {
     const std::string& table; ///< the one in hand
     std::int64_t tableRows;   ///< copied of it

@@ -43,7 +43,7 @@ struct SignIn {
 };
 
 /// Checks a password and, where the user has a second factor, uses a code up. To be called on the thread that uses the
-/// module's operations. @param now  by the clock of the wall.
+/// module's operations. @param now  wall-clock time.
 SignIn CheckSignIn(CAConnect& conn, const Credentials& given, std::time_t now);
 
 /// Has a user sign in with one-time codes from now on, in one transaction.

@@ -11,8 +11,8 @@
 
 namespace web {
 
-/// Whether a command of the table can be run over HTTP: one that shows a stored secret or needs a
-/// file cannot.
+/// Whether a command of the table can be run over HTTP: one that shows a stored secret or needs a file
+/// cannot.
 bool HasRoute(const management::Command& command);
 /// Whether a parameter can be given over HTTP: one that names a file cannot.
 bool IsOffered(const management::ParamInfo& param);

@@ -11,10 +11,10 @@
 
 namespace web {
 
-/// What the server tells browsers by itself: that the directory has changed, and that an import is further. Each answer
-/// holds the news since an earlier one, as server-sent events, and then ends; the browser comes back for the next.
-/// Answers that end pass proxies that collect what they pass on, and each request shows whether its session is still
-/// there. Any thread may use it.
+/// What the server tells browsers by itself: that the directory has changed, and that an import has made progress. Each
+/// answer holds the news since an earlier one, as server-sent events, and then ends; the browser comes back for the
+/// next. Answers that end pass proxies that collect what they pass on, and each request shows whether its session is
+/// still there. Any thread may use it.
 class Events {
 public:
     using Clock = std::chrono::steady_clock;
@@ -22,7 +22,7 @@ public:
     /// How many requests of a session wait at most; the oldest gives way, and is told not to come back.
     static constexpr std::size_t kMostOfSession = 4;
 
-    /// How much there was to tell at some time.
+    /// How much news there was at one time.
     struct Stand {
         std::uint64_t changes = 0;
         std::uint64_t progress = 0;

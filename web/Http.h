@@ -20,7 +20,7 @@ struct Request {
     NamedValues query;  ///< decoded, in their order
     NamedValues headers;
     std::string body;
-    std::string address; ///< of the client, as a number
+    std::string address; ///< of the client, numeric
 
     /// The header of a name, case not counting; empty where there is none.
     [[nodiscard]] std::string Header(std::string_view name) const;

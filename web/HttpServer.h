@@ -24,11 +24,11 @@ struct HttpLimits {
 };
 
 struct HttpOptions {
-    std::string address = "127.0.0.1"; ///< of the machine, as a number
+    std::string address = "127.0.0.1"; ///< of the machine, numeric
     std::uint16_t port = 0;            ///< 0: any free one
     std::string certificate = {};      ///< PEM texts; with both, the server speaks TLS 1.2 or later and nothing else
     std::string key = {};
-    int socket = -1; ///< that listens already, in place of the address and port; is closed in the end; -1: none
+    int socket = -1; ///< a listening one to use in place of address and port, and to close in the end; -1: none
     HttpLimits limits = {};
 };
 
@@ -39,7 +39,7 @@ class HttpDaemon;
 /// so that a program without one starts without the libraries for HTTP and TLS.
 class HttpServer {
 public:
-    /// Begins to listen. @throws management::Error (invalid) for an address that is not a number, (failed) when the
+    /// Begins to listen. @throws management::Error (invalid) for an address that is not numeric, (failed) when the
     /// system does not let it listen there or the module cannot be loaded.
     HttpServer(HttpOptions options, Handler handler);
     HttpServer(const HttpServer&) = delete;

@@ -119,7 +119,7 @@ void Job::Write(JsonWriter& json) const
     json.WriteMember("stopped", m_isStopped.load());
     json.WriteMember("can_stop", m_canStop && !m_isOver);
     json.WriteMember("done", std::int64_t{m_done});
-    json.WriteMember("total", m_total ? Value(std::int64_t{*m_total}) : Value());
+    json.WriteMember("total", OrAbsent(m_total));
     json.WriteMember("failed",
                      static_cast<std::int64_t>(m_order.import ? m_order.import->FailedCount() : m_failedCount));
     json.WriteMember("status", m_isOver ? Value(std::int64_t{m_status}) : Value());

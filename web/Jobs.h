@@ -19,7 +19,7 @@ namespace web {
 
 class Import;
 
-/// Something that runs long, how far it is, and what became of it. Run works on the thread that uses the module's
+/// A long task, its progress, and what became of it. Run works on the thread that uses the module's
 /// operations; any thread may call everything else.
 class Job final : public JobControl {
 public:
@@ -44,7 +44,7 @@ public:
 
     /// To be called once. Throws nothing: what went wrong is in the answer.
     void Run(CAConnect& conn, const Surroundings& surroundings) noexcept;
-    /// Ends it after the transaction that is in hand, if it has several.
+    /// Ends it after the current transaction, if it has several.
     void Stop() noexcept { m_isStopped = true; }
     /// Ends it with an answer before it begins.
     void Fail(Response answer) { Finish(std::move(answer)); }

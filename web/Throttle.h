@@ -10,7 +10,7 @@
 
 namespace web {
 
-/// Slows down who tries passwords: each further try of a login name, or from an address, that has failed five times
+/// Slows down guessing of passwords: each further try of a login name, or from an address, that has failed five times
 /// within 15 minutes waits for 1, 2, 4 ... 60 seconds. Nobody is locked out. The caller guards it against other
 /// threads.
 class Throttle {

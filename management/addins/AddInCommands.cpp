@@ -16,7 +16,6 @@ constexpr std::string_view kTypeHelp = "type of the add-in, where several types 
 constexpr std::string_view kDataHelp = "its data, any text";
 constexpr std::string_view kDataFileHelp = "a file with its data, taken as they are";
 constexpr std::string_view kPublicHelp = "it is public";
-constexpr std::string_view kDescriptionHelp = "what it is for";
 constexpr std::string_view kPackageHelp = "name of the package that it belongs to";
 constexpr std::string_view kIndexHelp = "position; the highest comes first";
 
@@ -69,9 +68,7 @@ constexpr Param<AddInToCreate> kCreateParams[] = {
     {"index", &AddInToCreate::index, Kind::number, kIndexHelp},
 };
 
-struct AddInToSet {
-    std::string addIn;
-    std::optional<int> type;
+struct AddInToSet : OneAddIn {
     std::optional<std::string> name;
     std::optional<std::string> data;
     std::optional<std::string> dataFile;
@@ -95,9 +92,7 @@ constexpr Param<AddInToSet> kSetParams[] = {
     {"no_public", &AddInToSet::isNotPublic, Kind::flag, "it is not public"},
 };
 
-struct AddInToMove {
-    std::string addIn;
-    std::optional<int> type;
+struct AddInToMove : OneAddIn {
     std::string where;
 };
 
@@ -115,12 +110,6 @@ constexpr Column kShowColumns[] = {{"id", Kind::number},       {"type", Kind::nu
                                    {"package", Kind::package}, {"index", Kind::number},  {"data"}};
 
 /// The data that were given, as a text or as a file.
-std::optional<std::string> GivenData(const Call& call, const std::optional<std::string>& data,
-                                     const std::optional<std::string>& file)
-{
-    return file ? std::optional(call.Front().ReadText(*file)) : data;
-}
-
 Outcome OutcomeOf(const AddIn& addIn, std::string_view outcome, Sentence sentence)
 {
     return {"addin", addIn.id, addIn.name, outcome, std::move(sentence)};
@@ -166,7 +155,7 @@ Result Create(Call& call, const AddInToCreate& in)
     NewAddIn addIn;
     addIn.name = in.name;
     addIn.type = in.type;
-    addIn.data = GivenData(call, in.data, in.dataFile).value_or("");
+    addIn.data = call.TextOrFile(in.data, in.dataFile).value_or("");
     addIn.isPublic = in.isPublic;
     addIn.description = in.description.value_or("");
     addIn.package = in.package.value_or("");
@@ -188,13 +177,13 @@ Result Set(Call& call, const AddInToSet& in)
 {
     AddInChanges changes;
     changes.name = in.name;
-    changes.data = GivenData(call, in.data, in.dataFile);
+    changes.data = call.TextOrFile(in.data, in.dataFile);
     changes.isPublic = GivenPublic(in);
     changes.description = in.description;
     changes.package = in.package;
     changes.index = in.index;
     if (changes == AddInChanges()) {
-        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin addin set --help` lists what can be");
+        ThrowNothingToSet("addin");
     }
     AddIns addIns(call.Connection());
     const AddIn addIn = FindAddIn(addIns, in.addIn, in.type);

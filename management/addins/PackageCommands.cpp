@@ -34,7 +34,7 @@ struct PackageToInstall {
 constexpr Param<PackageToInstall> kInstallParams[] = {
     {"NAME", &PackageToInstall::name, Kind::package, kPackageHelp},
     {"version", &PackageToInstall::version, Kind::number, "version number; needed"},
-    {"description", &PackageToInstall::description, Kind::text, "what it is for"},
+    {"description", &PackageToInstall::description, Kind::text, kDescriptionHelp},
     {"modified", &PackageToInstall::modified, Kind::date,
      "when it was made: YYYY-MM-DD or 'YYYY-MM-DD HH:MM:SS'; now if not given"},
     {"downgrade", &PackageToInstall::downgrade, Kind::flag, "take a lower version than the installed one too"},
@@ -48,15 +48,13 @@ constexpr Column kShowColumns[] = {{"id", Kind::number},      {"name"},
                                    {"modified", Kind::date},  {"disabled", Kind::flag},
                                    {"add_ins", Kind::rows}};
 
-Value ModifiedOf(const Package& package) { return package.modified ? Value(*package.modified) : Value(); }
-
 // ---- Reading --------------------------------------------------------------------------------------------------------
 
 Result List(Call& call)
 {
     for (const Package& package : Packages(call.Connection()).List()) {
         if (!call.Row(std::int64_t{package.id}, package.name, std::int64_t{package.version}, package.description,
-                      ModifiedOf(package), package.isDisabled)) {
+                      OrAbsent(package.modified), package.isDisabled)) {
             break;
         }
     }
@@ -76,7 +74,7 @@ Result Show(Call& call, const OnePackage& in)
                            {"name", package.name},
                            {"version", std::int64_t{package.version}},
                            {"description", package.description},
-                           {"modified", ModifiedOf(package)},
+                           {"modified", OrAbsent(package.modified)},
                            {"disabled", package.isDisabled}},
                     {addIns});
 }

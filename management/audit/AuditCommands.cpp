@@ -106,7 +106,7 @@ constexpr Column kVerifyColumns[] = {{"entries", Kind::number}, {"first_altered"
 
 // ---- Reading --------------------------------------------------------------------------------------------------------
 
-Value OrAbsent(int number) { return number == 0 ? Value() : Value(std::int64_t{number}); }
+Value NumberOrAbsent(int number) { return number == 0 ? Value() : Value(std::int64_t{number}); }
 
 std::optional<std::string> TimeIn(const std::optional<std::string>& given)
 {
@@ -143,7 +143,7 @@ Result List(Call& call, const Filter& in)
             [&call](const Entry& entry) {
                 return call.Row(std::int64_t{entry.id}, entry.data.time, entry.data.who, entry.data.frontEnd,
                                 entry.data.command, entry.data.reason, entry.rows, entry.data.undoes,
-                                OrAbsent(entry.undoneBy));
+                                NumberOrAbsent(entry.undoneBy));
             },
             in.limit.value_or(static_cast<int>(kLimit.most)));
     return {};
@@ -204,8 +204,6 @@ std::vector<ChangedValue> ValuesOf(NameCache& names, const StoredRow& row)
     return values;
 }
 
-Value OrAbsent(const std::optional<std::string>& text) { return text ? Value(*text) : Value(); }
-
 Result Show(Call& call, const OneEntry& in)
 {
     AuditLog log(call.Connection());
@@ -226,7 +224,7 @@ Result Show(Call& call, const OneEntry& in)
                            {"reason", entry.data.reason},
                            {"rows", entry.rows},
                            {"undoes", entry.data.undoes},
-                           {"undone_by", OrAbsent(entry.undoneBy)}},
+                           {"undone_by", NumberOrAbsent(entry.undoneBy)}},
                     {{"changes", std::move(changes)}});
 }
 
@@ -294,7 +292,7 @@ Result Verify(Call& call)
     const auto progress = [&call](long done, long total) { call.ShowProgress(done, total); };
     const Verification found = AuditLog(call.Connection()).Verify(progress);
     Result result = ResultOf(Record{{"entries", found.entries},
-                                    {"first_altered", OrAbsent(found.firstAltered)},
+                                    {"first_altered", NumberOrAbsent(found.firstAltered)},
                                     {"last_digest", found.lastDigest}});
     if (found.firstAltered != 0) {
         result.error.emplace(

@@ -16,7 +16,6 @@ namespace {
 constexpr std::string_view kRootHelp = "name of a document root as it is, or id:NUMBER";
 constexpr std::string_view kMeantTypeHelp = "type of the one that is meant, where several share a name";
 constexpr std::string_view kPathHelp = "where the server keeps its files";
-constexpr std::string_view kDescriptionHelp = "what it is for";
 constexpr std::string_view kDisplayNameHelp = "name to be shown";
 constexpr std::string_view kMaxSizeHelp = "number up to which it may grow, as the server counts";
 constexpr std::string_view kOwnerHelp = "login name of the user whom it belongs to, or id:NUMBER; '' for nobody";
@@ -216,7 +215,7 @@ Result List(Call& call, const RootFilter& in)
 {
     for (const RootData& root : Documents(call.Connection()).Roots(in.type)) {
         if (!call.Row(std::int64_t{root.id}, root.name, std::int64_t{root.type}, root.path, root.displayName,
-                      root.created ? Value(*root.created) : Value())) {
+                      OrAbsent(root.created))) {
             break;
         }
     }
@@ -239,7 +238,7 @@ Result Show(Call& call, const OneRoot& in)
         {"used_size", root.usedSize},
         {"owner_id", std::int64_t{root.ownerId}},
         {"owner", ShownOwner(call.Directory(), root.ownerId)},
-        {"created", root.created ? Value(*root.created) : Value()},
+        {"created", OrAbsent(root.created)},
         {"has_sub_items", root.hasSubItems},
         {"links", std::int64_t{documents.CountRootLinks(root.id)}},
     });
@@ -265,7 +264,7 @@ Result Set(Call& call, const RootToSet& in)
 {
     if (!in.name && !in.newType && !in.path && !in.description && !in.displayName && !in.maxSize && !in.owner &&
         !in.style) {
-        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin docroot set --help` lists what can be");
+        ThrowNothingToSet("docroot");
     }
     Documents documents(call.Connection());
     const RootData stored = FindRoot(documents, in);

@@ -221,7 +221,7 @@ Result Show(Call& call, const OneFolder& in)
         {"path", tree.PathOf(key)},
         {"parents", PathsOf(tree, tree.Keys(place.parents))},
         {"style", static_cast<std::int64_t>(folder.style)},
-        {"created", folder.created ? Value(*folder.created) : Value()},
+        {"created", OrAbsent(folder.created)},
         {"creator_id", std::int64_t{folder.creatorId}},
         {"creator", folder.creator},
         {"folders", static_cast<std::int64_t>(place.children.size())},

@@ -58,8 +58,6 @@ Sentence Described(const OrphanCounts& counts)
 
 // ---- Reading --------------------------------------------------------------------------------------------------------
 
-Value OrAbsent(const std::optional<std::string>& text) { return text ? Value(*text) : Value(); }
-
 Result Stats(Call& call)
 {
     Messages messages(call.Connection());

@@ -18,10 +18,7 @@ namespace management::organisation {
 
 namespace {
 
-constexpr std::string_view kGroupHelp = "/VIEW/GROUP, or id:NUMBER";
 constexpr std::string_view kHolderHelp = "/VIEW/GROUP, or id:NUMBER of a group, or view:NUMBER";
-constexpr std::string_view kDescriptionHelp = "what it is for";
-constexpr std::string_view kSortIndexHelp = "position; lower comes first";
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
 
@@ -321,7 +318,7 @@ Result Show(Call& call, const OneGroup& in)
         {"parents", PathsOf(organisation, organisation.Keys(place.parents))},
         {"description", group.description},
         {"creator", group.creator},
-        {"created", group.created ? Value(*group.created) : Value()},
+        {"created", OrAbsent(group.created)},
         {"sort_index", std::int64_t{group.sortIndex}},
         {"domain_id", std::int64_t{group.domainId}},
         {"style", std::int64_t{group.style}},
@@ -383,7 +380,7 @@ Result Create(Call& call, const NewGroupAt& in)
 Result Set(Call& call, const GroupToSet& in)
 {
     if (!in.description && !in.sortIndex && !in.domainId) {
-        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin group set --help` lists what can be");
+        ThrowNothingToSet("group");
     }
     Organisation organisation(call.Connection());
     const ItemKey key = organisation.FindGroup(in.group);

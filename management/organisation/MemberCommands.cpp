@@ -5,6 +5,7 @@
 #include "management/organisation/Organisation.h"
 #include "management/roles/Roles.h"
 #include "management/users/ChosenUsers.h"
+#include "management/users/OneUser.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
@@ -32,12 +33,6 @@ struct HolderAndUsers : UsersInput {
 constexpr auto kMembersParams =
     Joined(std::to_array<Param<HolderAndUsers>>({{"GROUP", &HolderAndUsers::holder, Kind::group, kHolderHelp}}),
            kUsersParams<HolderAndUsers>);
-
-struct OneUser {
-    std::string user;
-};
-
-constexpr Param<OneUser> kUserParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
 
 constexpr Column kListColumns[] = {{"type"}, {"id", Kind::number}, {"login"}, {"name"}};
 constexpr Column kOfUserColumns[] = {{"type"}, {"id", Kind::number}, {"path"}};
@@ -222,12 +217,12 @@ constexpr Command kCommands[] = {
      .examples = {"qvadmin member detach amy"},
      .effect = Effect::remove,
      .asks = true,
-     .handler = WritePlanned<&PlanDetachment, &Detach, kUserParams>()},
+     .handler = WritePlanned<&PlanDetachment, &Detach, kOneUserParams>()},
     {.path = {"user", "groups"},
      .summary = "the groups and views that a user is in",
      .examples = {"qvadmin user groups amy"},
      .columns = kOfUserColumns,
-     .handler = Read<&OfUser, kUserParams>()},
+     .handler = Read<&OfUser, kOneUserParams>()},
 };
 
 } // namespace

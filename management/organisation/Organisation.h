@@ -52,6 +52,9 @@ struct Node : HierarchyNode {
     [[nodiscard]] bool BeginsPath() const;
 };
 
+/// What FindGroup understands, for help texts.
+inline constexpr std::string_view kGroupHelp = "/VIEW/GROUP, or id:NUMBER";
+
 /// The columns of a group.
 struct GroupData {
     std::string name;

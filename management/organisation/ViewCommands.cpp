@@ -16,8 +16,6 @@ constexpr std::string_view kPlaceholder = "_Empty";
 
 constexpr std::string_view kViewHelp = "name of a system view, or view:NUMBER";
 constexpr std::string_view kNameHelp = "the name as it is, not as in a path";
-constexpr std::string_view kDescriptionHelp = "what it is for";
-constexpr std::string_view kSortIndexHelp = "position; lower comes first";
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
 
@@ -175,7 +173,7 @@ Result Show(Call& call, const OneView& in)
         {"public", view.isPublic},
         {"description", view.description},
         {"creator", view.creator},
-        {"created", view.created ? Value(*view.created) : Value()},
+        {"created", OrAbsent(view.created)},
         {"sort_index", std::int64_t{view.sortIndex}},
         {"domain_id", std::int64_t{view.domainId}},
         {"style", std::int64_t{view.style}},
@@ -211,7 +209,7 @@ Result Create(Call& call, const NewView& in)
 Result Set(Call& call, const ViewToSet& in)
 {
     if (!in.description && !in.sortIndex) {
-        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin view set --help` lists what can be");
+        ThrowNothingToSet("view");
     }
     Organisation organisation(call.Connection());
     const ItemKey key = organisation.FindView(in.view);

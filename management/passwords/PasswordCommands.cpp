@@ -2,6 +2,7 @@
 #include "management/Text.h"
 #include "management/passwords/Passwords.h"
 #include "management/users/ChosenUsers.h"
+#include "management/users/OneUser.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
@@ -54,12 +55,6 @@ constexpr Param<PasswordToCheck> kCheckParams[] = {
     {"USER", &PasswordToCheck::user, Kind::user, kUserHelp},
     {"password", &PasswordToCheck::isGiven, Kind::secret, "the password"},
 };
-
-struct OneUser {
-    std::string user;
-};
-
-constexpr Param<OneUser> kStatusParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
 
 constexpr Column kStatusColumns[] = {
     {"id", Kind::number}, {"login"}, {"set", Kind::flag}, {"type", Kind::choice}, {"plain_text", Kind::flag}};
@@ -171,7 +166,7 @@ constexpr Command kCommands[] = {
      .summary = "whether there is one, and how it is stored",
      .examples = {"qvadmin user password status amy"},
      .columns = kStatusColumns,
-     .handler = Read<&Status, kStatusParams>()},
+     .handler = Read<&Status, kOneUserParams>()},
 };
 
 } // namespace

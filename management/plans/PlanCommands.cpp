@@ -23,7 +23,6 @@ constexpr std::size_t kLongestList = 20;
 
 constexpr std::string_view kPlanHelp = "name of a backup plan as it is, or id:NUMBER";
 constexpr std::string_view kNewNameHelp = "name to have from now on";
-constexpr std::string_view kDescriptionHelp = "what it is for";
 constexpr std::string_view kDataHelp = "settings, as the backup service understands them";
 constexpr std::string_view kDataFileHelp = "file with the settings, taken as it is";
 constexpr std::string_view kItemHelp = "user:LOGIN or group:/VIEW/GROUP, also with id:NUMBER";
@@ -106,12 +105,6 @@ constexpr Column kShowColumns[] = {
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
 /// The settings that were given, as a text or as a file.
-std::optional<std::string> GivenData(const Call& call, const std::optional<std::string>& data,
-                                     const std::optional<std::string>& file)
-{
-    return file ? std::optional(call.Front().ReadText(*file)) : data;
-}
-
 Outcome OutcomeOf(const PlanKey& plan, std::string_view outcome, Sentence sentence)
 {
     return {"plan", plan.id, plan.name, outcome, std::move(sentence)};
@@ -377,7 +370,7 @@ Result OfItem(Call& call, const OneItem& in)
 
 Result Create(Call& call, const NewPlan& in)
 {
-    const PlanData plan{in.name, in.description.value_or(""), GivenData(call, in.data, in.dataFile).value_or("")};
+    const PlanData plan{in.name, in.description.value_or(""), call.TextOrFile(in.data, in.dataFile).value_or("")};
     CheckPlanName(plan.name);
     Plans plans(call.Connection());
     RequireFreeName(plans, plan.name, std::nullopt);
@@ -386,9 +379,9 @@ Result Create(Call& call, const NewPlan& in)
 
 Result Set(Call& call, const PlanToSet& in)
 {
-    const PlanChanges changes{in.name, in.description, GivenData(call, in.data, in.dataFile)};
+    const PlanChanges changes{in.name, in.description, call.TextOrFile(in.data, in.dataFile)};
     if (!changes.name && !changes.description && !changes.data) {
-        throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin plan set --help` lists what can be");
+        ThrowNothingToSet("plan");
     }
     Plans plans(call.Connection());
     const PlanKey key = FindPlan(plans, in.plan);

@@ -209,14 +209,12 @@ Finding FindingOf(const Subject& subject, const Explanation& explanation, NameCa
 
 // ---- For programs ---------------------------------------------------------------------------------------------------
 
-Value OrNull(const std::optional<int>& number) { return number ? Value(std::int64_t{*number}) : Value(); }
-
 Part RowsOf(const Explanation& explanation)
 {
     Part part{"rows", {{"role_id", "role", "linked", "default", "power", "decides"}, {}}};
     for (const ConsideredRow& row : explanation.rows) {
         part.rows.rows.push_back(
-            {std::int64_t{row.roleId}, row.role, row.isLinked, row.isDefault, OrNull(row.power), row.decides});
+            {std::int64_t{row.roleId}, row.role, row.isLinked, row.isDefault, OrAbsent(row.power), row.decides});
     }
     return part;
 }
@@ -225,8 +223,8 @@ Part IgnoredOf(const Explanation& explanation, NameCache& names)
 {
     Part part{"ignored", {{"type", "id", "name", "power"}, {}}};
     for (const IgnoredRow& row : explanation.ignored) {
-        part.rows.rows.push_back(
-            {std::int64_t{row.holder.type}, std::int64_t{row.holder.id}, names.NameOf(row.holder), OrNull(row.power)});
+        part.rows.rows.push_back({std::int64_t{row.holder.type}, std::int64_t{row.holder.id}, names.NameOf(row.holder),
+                                  OrAbsent(row.power)});
     }
     return part;
 }
@@ -246,7 +244,7 @@ Record RecordOf(const Subject& subject, const Explanation& explanation)
             {"bits", hasBits ? Value(std::int64_t{subject.question.bits}) : Value()},
             {"ran", explanation.ran},
             {"verdict", isNumber ? Value(std::int64_t{explanation.verdict}) : Value(explanation.verdict != 0)},
-            {"decided_by", OrNull(decider)},
+            {"decided_by", OrAbsent(decider)},
             {"case", std::string(NameOf(explanation.reason))}};
 }
 

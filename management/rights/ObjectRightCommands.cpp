@@ -57,12 +57,7 @@ constexpr Param<RightToCheck> kCheckParams[] = {
     {"FUNCTION", &RightToCheck::function, Kind::text, kFunctionHelp},
 };
 
-struct RightToGrant {
-    std::string item;
-    int classId = 0;
-    int object = 0;
-    std::string genre;
-    std::string function;
+struct RightToGrant : RightToCheck {
     std::string power;
     std::optional<std::string> unpower;
     std::optional<std::string> by;
@@ -163,8 +158,6 @@ Value ShownType(int type)
                    : Value(std::int64_t{type});
 }
 
-Value ShownCreated(const ObjectRight& right) { return right.created ? Value(*right.created) : Value(); }
-
 /// "the right 'docs' 'read' of user amy (id 1) on object 7 of class 3".
 Sentence Named(const ObjectRightKey& key, const Item& holder)
 {
@@ -187,7 +180,7 @@ Result List(Call& call, const RightsOnObject& in)
     for (const ObjectRight& right : in.function ? rights.On(object, *in.function) : rights.On(object)) {
         if (!call.Row(std::int64_t{right.id}, ShownType(right.key.holder.type), std::int64_t{right.key.holder.id},
                       right.holderName, right.key.genre, right.key.function, std::int64_t{right.power},
-                      std::int64_t{right.unpower}, right.creator, ShownCreated(right))) {
+                      std::int64_t{right.unpower}, right.creator, OrAbsent(right.created))) {
             break;
         }
     }
@@ -211,7 +204,7 @@ Result Show(Call& call, const OneRight& in)
         {"unpower", std::int64_t{right.unpower}},
         {"creator_id", std::int64_t{right.creatorId}},
         {"creator", right.creator},
-        {"created", ShownCreated(right)},
+        {"created", OrAbsent(right.created)},
     });
 }
 

@@ -5,6 +5,7 @@
 #include "management/rights/PermissionMask.h"
 #include "management/rights/Rights.h"
 #include "management/roles/Roles.h"
+#include "management/users/OneUser.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
@@ -24,7 +25,6 @@ constexpr std::string_view kHolderHelp = "who has the right; an item, named as i
 constexpr std::string_view kOnItemHelp = "on what; an item, named as in `right list`";
 constexpr std::string_view kUnpowerHelp = "second power, stored beside the first; 0 if not given";
 constexpr std::string_view kNewUnpowerHelp = "second power; stays as it is if not given";
-constexpr std::string_view kUserHelp = "login name, or id:NUMBER, or login:TEXT";
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
 
@@ -50,10 +50,7 @@ constexpr Param<OneRight> kOneParams[] = {
     {"FUNCTION", &OneRight::function, Kind::text, kFunctionHelp},
 };
 
-struct RightToGrant {
-    std::string item;
-    std::string genre;
-    std::string function;
+struct RightToGrant : OneRight {
     std::string power;
     std::optional<std::string> unpower;
 };
@@ -66,10 +63,7 @@ constexpr Param<RightToGrant> kGrantParams[] = {
     {"unpower", &RightToGrant::unpower, Kind::power, kUnpowerHelp},
 };
 
-struct RightToSet {
-    std::string item;
-    std::string genre;
-    std::string function;
+struct RightToSet : OneRight {
     std::string power;
 };
 
@@ -119,11 +113,7 @@ constexpr Param<OneRightOn> kOneOnParams[] = {
     {"FUNCTION", &OneRightOn::function, Kind::text, kFunctionHelp},
 };
 
-struct RightOnToGrant {
-    std::string holder;
-    std::string on;
-    std::string genre;
-    std::string function;
+struct RightOnToGrant : OneRightOn {
     std::optional<std::string> power;
     std::optional<std::string> unpower;
 };
@@ -137,11 +127,7 @@ constexpr Param<RightOnToGrant> kGrantOnParams[] = {
     {"unpower", &RightOnToGrant::unpower, Kind::power, kUnpowerHelp},
 };
 
-struct RightOnToSet {
-    std::string holder;
-    std::string on;
-    std::string genre;
-    std::string function;
+struct RightOnToSet : OneRightOn {
     std::string power;
     std::optional<std::string> unpower;
 };
@@ -174,12 +160,6 @@ struct SeveralRoles {
 constexpr Param<SeveralRoles> kMatrixParams[] = {
     {"ROLE", &SeveralRoles::roles, Kind::role, "name of a role, case not counting, or id:NUMBER"},
 };
-
-struct OneUser {
-    std::string user;
-};
-
-constexpr Param<OneUser> kEffectiveParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
 
 struct ViewsOfUser {
     std::string user;
@@ -734,7 +714,7 @@ constexpr Command kCommands[] = {
      .summary = "what a user may by his roles, as programs work it out",
      .examples = {"qvadmin right effective amy", "qvadmin right effective id:17 -o json"},
      .columns = kEffectiveColumns,
-     .handler = ReadSnapshot<&Effective, kEffectiveParams>()},
+     .handler = ReadSnapshot<&Effective, kOneUserParams>()},
     {.path = {"right", "views"},
      .summary = "the views that a user may see by his roles",
      .examples = {"qvadmin right views amy", "qvadmin right views amy pages see"},

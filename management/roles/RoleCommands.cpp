@@ -4,6 +4,7 @@
 #include "management/Text.h"
 #include "management/roles/Roles.h"
 #include "management/users/ChosenUsers.h"
+#include "management/users/OneUser.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
@@ -15,7 +16,6 @@ namespace management::roles {
 namespace {
 
 constexpr std::string_view kRoleHelp = "name, case not counting, or id:NUMBER";
-constexpr std::string_view kDescriptionHelp = "what it is for";
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
 
@@ -67,7 +67,7 @@ struct RoleToSet : OneRole {
     void Check() const
     {
         if (!name && !description) {
-            throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin role set --help` lists what can be");
+            ThrowNothingToSet("role");
         }
     }
 };
@@ -97,12 +97,6 @@ constexpr auto kMembersParams =
                                                kDomainParam<RoleAndUsers>,
                                                kApplicationParam<RoleAndUsers>}),
            kUsersParams<RoleAndUsers>);
-
-struct OneUser {
-    std::string user;
-};
-
-constexpr Param<OneUser> kOfUserParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
 
 struct DefaultRole {
     bool create = false;
@@ -152,7 +146,7 @@ Record AsRecord(Roles& roles, const RoleKey& role)
         {"application", data->scope.application},
         {"domain", std::int64_t{data->scope.domainId}},
         {"creator", data->creator},
-        {"created", data->created ? Value(*data->created) : Value()},
+        {"created", OrAbsent(data->created)},
         {"sort_index", std::int64_t{data->sortIndex}},
         {"disabled", data->disabled},
         {"genre", data->genre},
@@ -396,7 +390,7 @@ constexpr Command kCommands[] = {
      .summary = "the roles of a user, that of every user among them",
      .examples = {"qvadmin role of amy"},
      .columns = kOfUserColumns,
-     .handler = Read<&OfUser, kOfUserParams>()},
+     .handler = Read<&OfUser, kOneUserParams>()},
     {.path = {"role", "default"},
      .summary = "show the role that every user has",
      .examples = {"qvadmin role default", "qvadmin role default --create"},
@@ -407,7 +401,7 @@ constexpr Command kCommands[] = {
      .summary = "the roles of a user, that of every user among them",
      .examples = {"qvadmin user roles amy"},
      .columns = kOfUserColumns,
-     .handler = Read<&OfUser, kOfUserParams>()},
+     .handler = Read<&OfUser, kOneUserParams>()},
 };
 
 } // namespace

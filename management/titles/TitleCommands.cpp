@@ -3,6 +3,7 @@
 #include "management/Text.h"
 #include "management/organisation/Organisation.h"
 #include "management/roles/Roles.h"
+#include "management/users/OneUser.h"
 #include "management/users/Users.h"
 
 #include <fmt/format.h>
@@ -11,7 +12,6 @@ namespace management::titles {
 
 namespace {
 
-constexpr std::string_view kGroupHelp = "/VIEW/GROUP, or id:NUMBER";
 constexpr std::string_view kTitleHelp = "the title as it is, case counting";
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
@@ -36,7 +36,7 @@ constexpr Param<TitleToGive> kGiveParams[] = {
     {"GROUP", &TitleToGive::group, Kind::group, kGroupHelp},
     {"USER", &TitleToGive::user, Kind::user, kUserHelp},
     {"TITLE", &TitleToGive::title, Kind::title, kTitleHelp},
-    {"description", &TitleToGive::description, Kind::text, "what it is for"},
+    {"description", &TitleToGive::description, Kind::text, kDescriptionHelp},
 };
 
 struct TitleFilter {
@@ -55,12 +55,6 @@ constexpr Param<TitleFilter> kListParams[] = {
     {"GROUP", &TitleFilter::group, Kind::group, kGroupHelp},
     {"TITLE", &TitleFilter::title, Kind::title, kTitleHelp},
 };
-
-struct OneUser {
-    std::string user;
-};
-
-constexpr Param<OneUser> kOfUserParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
 
 constexpr Column kListColumns[] = {{"title"}, {"id", Kind::number}, {"login"}, {"name"}, {"description"}};
 constexpr Column kOfUserColumns[] = {{"title"}, {"group_id", Kind::number}, {"group"}, {"description"}};
@@ -174,7 +168,7 @@ constexpr Command kCommands[] = {
      .summary = "the job titles of a user, and in which groups",
      .examples = {"qvadmin user titles amy"},
      .columns = kOfUserColumns,
-     .handler = Read<&OfUser, kOfUserParams>()},
+     .handler = Read<&OfUser, kOneUserParams>()},
 };
 
 } // namespace

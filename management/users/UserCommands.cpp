@@ -131,7 +131,7 @@ struct UsersToSet : ColumnsInput {
     void Check() const
     {
         if (Values().empty()) {
-            throw Error(ErrorCode::invalid, "there is nothing to set; `qvadmin user set --help` lists what can be");
+            ThrowNothingToSet("user");
         }
     }
 };

@@ -1,5 +1,6 @@
 #include "management/Command.h"
 #include "management/Text.h"
+#include "management/users/OneUser.h"
 #include "management/users/Users.h"
 #include "management/webconsole/ConsoleAccounts.h"
 
@@ -10,12 +11,6 @@ namespace management::webconsole {
 namespace {
 
 // ---- Parameters -----------------------------------------------------------------------------------------------------
-
-struct OneUser {
-    std::string user;
-};
-
-constexpr Param<OneUser> kOneParams[] = {{"USER", &OneUser::user, Kind::user, kUserHelp}};
 
 struct LevelToSet : OneUser {
     std::string level;
@@ -123,7 +118,7 @@ constexpr Command kCommands[] = {
      .examples = {"qvadmin console remove amy"},
      .effect = Effect::remove,
      .risk = Risk::stepUp,
-     .handler = Write<&Remove, kOneParams>()},
+     .handler = Write<&Remove, kOneUserParams>()},
     {.path = {"console", "totp"},
      .summary = "one-time codes, the second step of signing in",
      .examples = {"qvadmin console totp remove amy"}},
@@ -132,7 +127,7 @@ constexpr Command kCommands[] = {
      .examples = {"qvadmin console totp remove amy"},
      .effect = Effect::remove,
      .risk = Risk::stepUp,
-     .handler = Write<&RemoveTotp, kOneParams>()},
+     .handler = Write<&RemoveTotp, kOneUserParams>()},
 };
 
 } // namespace

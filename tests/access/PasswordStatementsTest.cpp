@@ -9,6 +9,7 @@
 
 namespace password_statements {
 
+using statements::ExpectTable;
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -48,12 +49,6 @@ std::vector<StatementCase> Passwords()
          {{"SELECT Col_Data FROM Tab_Config WHERE Col_Name = 'EncryptKey'"},
           {R"(INSERT INTO Tab_Config (Col_Name, Col_Data) VALUES ('EncryptKey', 'ke'y\k'))"}}},
     };
-}
-
-void ExpectTable(const std::vector<StatementCase>& table)
-{
-    statements::ExpectStatements(table);
-    statements::ExpectEveryKindIsCovered(table);
 }
 
 TEST(PasswordStatements, AreSentByteForByte) { ExpectTable(Passwords()); }

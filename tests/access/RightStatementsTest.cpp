@@ -12,6 +12,7 @@
 
 namespace right_statements {
 
+using statements::ExpectTable;
 using statements::kAllKinds;
 using statements::Read;
 using statements::Sent;
@@ -299,12 +300,6 @@ std::vector<StatementCase> ObjectRights()
                ") VALUES ( 1001, 1002, 1003, 1004, 'na'm\\e', 'ge'n\\re', 1005, 1006, 'ho''l\\der', 1007, "
                "'cr''e\\ator', '1987-06-05 04:03:02' )")},
     };
-}
-
-void ExpectTable(const std::vector<StatementCase>& table)
-{
-    statements::ExpectStatements(table);
-    statements::ExpectEveryKindIsCovered(table);
 }
 
 TEST(ItemRightStatements, AreSentByteForByte) { ExpectTable(ItemRights()); }

@@ -10,6 +10,7 @@
 
 namespace server_statements {
 
+using statements::ExpectTable;
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -262,12 +263,6 @@ std::vector<StatementCase> Board()
         {"DeleteBulletinVisiter", kAllKinds, [](CAConnect& conn) { CQVBaseFun::DeleteBulletinVisiter(conn, kBoard); },
          Write(R"(DELETE FROM Kel_Board_Visiter WHERE Col_BoardID = 'bo'a\rd')")},
     };
-}
-
-void ExpectTable(const std::vector<StatementCase>& table)
-{
-    statements::ExpectStatements(table);
-    statements::ExpectEveryKindIsCovered(table);
 }
 
 TEST(ServerStatements, OfMessagesAreSentByteForByte) { ExpectTable(Messages()); }

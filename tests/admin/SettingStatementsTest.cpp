@@ -8,6 +8,7 @@
 
 namespace setting_statements {
 
+using statements::ExpectTable;
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -197,12 +198,6 @@ std::vector<StatementCase> Pictures()
          [](CAConnect& conn) { CQVBaseFun::UpdateUserDisplayPic(conn, R"(pi'c\ture)"); },
          Write(R"(UPDATE qv_User SET Col_Picture = 'pi'c\\ture')")},
     };
-}
-
-void ExpectTable(const std::vector<StatementCase>& table)
-{
-    statements::ExpectStatements(table);
-    statements::ExpectEveryKindIsCovered(table);
 }
 
 TEST(SettingStatements, NumbersAreReadByteForByte) { ExpectTable(NumbersRead()); }

@@ -98,37 +98,6 @@ protected:
         Init();
     }
 
-    /// Runs a command that is to succeed. @return what it printed.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
-    /// What it tells beside the data.
-    std::string Told(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.err;
-    }
-
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        conn.Execute(sql.c_str());
-    }
-
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, exit) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(StartsWith("qvadmin: "), HasSubstr(part)));
-    }
-
     nlohmann::json Shown(const std::string& addIn)
     {
         return nlohmann::json::parse(Done({"addin", "show", addIn, "-o", "json"}));

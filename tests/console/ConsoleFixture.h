@@ -48,7 +48,48 @@ protected:
         return child.Finish();
     }
 
+    /// Runs a command that is to succeed. @return what it writes to standard output.
+    std::string Done(const std::vector<std::string>& words)
+    {
+        const ChildResult result = Run(words);
+        EXPECT_EQ(result.exit, 0) << testing::PrintToString(words) << "\n" << result.err;
+        return result.out;
+    }
+
+    /// The same. @return what it writes to standard error.
+    std::string Told(const std::vector<std::string>& words)
+    {
+        const ChildResult result = Run(words);
+        EXPECT_EQ(result.exit, 0) << testing::PrintToString(words) << "\n" << result.err;
+        return result.err;
+    }
+
+    /// Runs a command that is to be refused: by a sentence on standard error, before which a plan may be shown, and
+    /// with nothing on standard output.
+    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
+    {
+        const ChildResult result = Run(words);
+        EXPECT_EQ(result.exit, exit) << result.err;
+        EXPECT_EQ(result.out, "");
+        EXPECT_THAT("\n" + result.err, testing::AllOf(testing::HasSubstr("\nqvadmin: "), testing::HasSubstr(part)));
+    }
+
     void Init() { ASSERT_EQ(Run({"db", "init"}).exit, 0); }
+
+    /// Opens the directory that commands work on.
+    void OpenDirectory(CAConnect& conn) const
+    {
+        const auto given = m_options.environment.find("QVADMIN_DB");
+        conn.Open((given == m_options.environment.end() ? DatabaseUrl() : given->second).c_str());
+    }
+
+    /// Executes a statement in it.
+    void Execute(const std::string& sql) const
+    {
+        CAConnect conn;
+        OpenDirectory(conn);
+        conn.Execute(sql.c_str());
+    }
 
     [[nodiscard]] std::string Path(const std::string& name) const { return m_folder + "/" + name; }
     [[nodiscard]] std::string DatabaseUrl() const { return "sqlite:" + Path("data/quorvel/directory.db"); }
@@ -81,8 +122,7 @@ protected:
     std::string Dump(const std::string& dropped = {})
     {
         CAConnect conn;
-        const auto given = m_options.environment.find("QVADMIN_DB");
-        conn.Open((given == m_options.environment.end() ? DatabaseUrl() : given->second).c_str());
+        OpenDirectory(conn);
         std::string dump;
         for (const schema::TableColumns& table : schema::Tables()) {
             if (table.name.starts_with("qv_Audit")) {

@@ -19,21 +19,6 @@ protected:
             engine == "sqlite" ? "sqlite:" + Path("directory.db") : servers::NewDatabase(engine);
         Init();
     }
-
-    /// Runs what is to go well. @return standard output.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << testing::PrintToString(words) << "\n" << result.err;
-        return result.out;
-    }
-
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(m_options.environment["QVADMIN_DB"].c_str());
-        conn.Execute(sql.c_str());
-    }
 };
 
 /// The engines of INSTANTIATE_TEST_SUITE_P, and what its tests are called.

@@ -22,13 +22,6 @@ protected:
 
     json Shown(const std::string& user) { return json::parse(Run({"user", "show", user, "-o", "json"}).out); }
 
-    void Execute(const char* sql)
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        conn.Execute(sql);
-    }
-
     /// A refusal is one sentence on standard error and nothing on standard output.
     void ExpectRefusal(const ChildResult& result, int exit, const std::string& part, const char* where = "")
     {

@@ -44,13 +44,6 @@ protected:
                 ") INSERT INTO qv_User (Col_LoginName) SELECT 'user' || i FROM n");
     }
 
-    std::string Done(const std::vector<std::string>& arguments)
-    {
-        const ChildResult result = Run(arguments);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
     ChildResult Copy(const std::string& from, const std::string& to) { return Run({"--db", from, "db", "copy", to}); }
 
     ChildResult CopyTo(const std::string& to) { return Copy(DatabaseUrl(), to); }

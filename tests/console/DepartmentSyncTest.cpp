@@ -246,14 +246,7 @@ protected:
         ConsoleFixture::SetUp();
         Init();
         WriteFile("in.csv", "login,department\namy,Sales/North\nrory,sales\nkim,Service\n");
-        Done({"user", "import", "in.csv", "--departments", "Main", "--make-view"});
-    }
-
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.err;
+        Told({"user", "import", "in.csv", "--departments", "Main", "--make-view"});
     }
 
     /// Imports what a list of users gives, which is to change nothing.
@@ -275,34 +268,34 @@ protected:
 
 TEST_F(DepartmentCommandsTest, RenameMoveAndDeleteTellHowManyDepartmentsChangedAndAnImportUndoesNothing)
 {
-    EXPECT_EQ(Done({"group", "rename", "/Main/Sales", "O'Br\\ien/x"}),
+    EXPECT_EQ(Told({"group", "rename", "/Main/Sales", "O'Br\\ien/x"}),
               "renamed /Main/Sales (id 1) to O'Br\\ien/x; the department of 2 people was changed with it\n");
     ExpectInStep();
     EXPECT_EQ(
-        Done({"group", "move", "id:2", "/Main/Service"}),
+        Told({"group", "move", "id:2", "/Main/Service"}),
         "moved /Main/O'Br\\\\ien\\/x/North (id 2) to /Main/Service (id 3); the department of 1 person was changed "
         "with it\n");
     ExpectInStep();
-    EXPECT_THAT(Done({"group", "delete", "id:3", "--recursive", "--yes"}),
+    EXPECT_THAT(Told({"group", "delete", "id:3", "--recursive", "--yes"}),
                 HasSubstr("deleted 2 groups; the department of 2 people was changed with it\n"));
     ExpectInStep();
-    EXPECT_EQ(Done({"group", "rename", "id:1", "Sales"}),
+    EXPECT_EQ(Told({"group", "rename", "id:1", "Sales"}),
               "renamed /Main/O'Br\\\\ien\\/x (id 1) to Sales; the department of 1 person was changed with it\n");
-    EXPECT_EQ(Done({"view", "rename", "Main", "Company"}), "renamed /Main (view 1) to Company\n");
+    EXPECT_EQ(Told({"view", "rename", "Main", "Company"}), "renamed /Main (view 1) to Company\n");
     EXPECT_EQ(Run({"user", "list", "-o", "plain", "--match", "rory"}).out, "2\trory\trory\t0\t\t\tSales\t\tfalse\n");
 }
 
 TEST_F(DepartmentCommandsTest, MembersWhoLeaveTheirDepartmentHaveNone)
 {
-    EXPECT_EQ(Done({"member", "remove", "/Main/Sales", "rory"}),
+    EXPECT_EQ(Told({"member", "remove", "/Main/Sales", "rory"}),
               "rory (id 2) is no longer a member of /Main/Sales (id 1)\nthe department of 1 person was changed with "
               "it\n");
-    EXPECT_EQ(Done({"member", "remove", "/Main/Sales", "rory"}), "rory (id 2) was no member of /Main/Sales (id 1)\n");
-    EXPECT_THAT(Done({"member", "detach", "amy", "--yes"}),
+    EXPECT_EQ(Told({"member", "remove", "/Main/Sales", "rory"}), "rory (id 2) was no member of /Main/Sales (id 1)\n");
+    EXPECT_THAT(Told({"member", "detach", "amy", "--yes"}),
                 HasSubstr("ended 1 membership of amy (id 1); the department of 1 person was changed with it\n"));
     ExpectInStep();
-    Done({"user", "set", "amy", "--department-text", "service"});
-    EXPECT_THAT(Done({"member", "add", "/Main/Service", "amy"}),
+    Told({"user", "set", "amy", "--department-text", "service"});
+    EXPECT_THAT(Told({"member", "add", "/Main/Service", "amy"}),
                 HasSubstr("\nthe department of 1 person was changed with it\n"));
     ExpectInStep();
 }

@@ -67,22 +67,6 @@ protected:
         Init();
     }
 
-    /// Runs a command that is to succeed. @return what it printed.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, exit) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(HasSubstr("qvadmin: "), HasSubstr(part)));
-    }
-
     void MakeRoot(const std::string& name) { Done({"docroot", "create", name, "--path", "/srv"}); }
 
     void MakeFolder(const std::string& path) { Done({"folder", "create", path, "--parents"}); }
@@ -96,13 +80,6 @@ protected:
         std::vector<std::string> words = {"folder", "tree"};
         words.insert(words.end(), more.begin(), more.end());
         return Done(words);
-    }
-
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        conn.Execute(sql.c_str());
     }
 
     int Count(const std::string& fromWhere)

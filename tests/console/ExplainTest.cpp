@@ -106,14 +106,6 @@ protected:
         Done({"role", "add", "Editors", "amy"});
     }
 
-    /// Runs a command that is to succeed. @return what it printed.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
     std::string Explained(const std::vector<std::string>& options)
     {
         std::vector<std::string> words = {"right", "explain", "amy", "mail", "send"};
@@ -121,26 +113,10 @@ protected:
         return Done(words);
     }
 
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        conn.Execute(sql.c_str());
-    }
-
     /// Gives role everyone (1) or Editors (2) the right 'mail' 'send'.
     void Give(int roleId, int power)
     {
         Execute(fmt::format("INSERT INTO qv_ItemAce VALUES ({}, 3, 'send', 'mail', {}, 0)", roleId, power));
-    }
-
-    /// A refusal is one sentence on standard error and nothing on standard output.
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, exit) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(StartsWith("qvadmin: "), HasSubstr(part)));
     }
 };
 

@@ -1,5 +1,4 @@
 #include "ConsoleFixture.h"
-#include "dbaccess/CAConnect.h"
 
 #include <nlohmann/json.hpp>
 
@@ -22,14 +21,6 @@ protected:
         Done({"view", "create", "Main"});
     }
 
-    /// Runs what is to go well. @return standard output.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
     void Create(const std::string& path) { Done({"group", "create", path}); }
 
     json Shown(const std::string& group) { return json::parse(Done({"group", "show", group, "-o", "json"})); }
@@ -39,21 +30,6 @@ protected:
         std::vector<std::string> words = {"group", "tree"};
         words.insert(words.end(), more.begin(), more.end());
         return Done(words);
-    }
-
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, exit) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(HasSubstr("qvadmin: "), HasSubstr(part)));
-    }
-
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        conn.Execute(sql.c_str());
     }
 
     void Link(int holder, int holderType, int member, int memberType)

@@ -1,5 +1,4 @@
 #include "ConsoleFixture.h"
-#include "dbaccess/CAConnect.h"
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -15,14 +14,6 @@ protected:
     {
         ConsoleFixture::SetUp();
         Init();
-    }
-
-    /// Runs a command that is to succeed. @return what it printed.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
     }
 
     /// Imports rows of login and department.
@@ -47,13 +38,6 @@ protected:
     std::string AllGroups() { return Done({"group", "list", "-o", "plain"}); }
 
     std::string Shown(const std::string& user) { return Done({"user", "show", user, "-o", "plain"}); }
-
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        conn.Execute(sql.c_str());
-    }
 };
 
 } // namespace

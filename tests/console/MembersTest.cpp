@@ -1,7 +1,5 @@
 #include "ConsoleFixture.h"
-#include "dbaccess/CAConnect.h"
 
-using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -18,29 +16,6 @@ protected:
         Done({"group", "create", R"(/Main/Sales/R\/D \\ it's)"});
         Done({"user", "create", "amy", "--name", "Amy O'Neil\\"});
         Done({"user", "create", "rory"});
-    }
-
-    /// Runs a command that is to succeed. @return what it printed.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, exit) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(StartsWith("qvadmin: "), HasSubstr(part)));
-    }
-
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        conn.Execute(sql.c_str());
     }
 };
 

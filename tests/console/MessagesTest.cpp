@@ -87,14 +87,6 @@ protected:
         ConsoleFixture::TearDown();
     }
 
-    /// Runs a command that is to succeed. @return what it printed.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
     void Execute(const std::string& sql) { m_conn.Execute(sql.c_str()); }
     int Count(const std::string& table) { return NumberIn(m_conn, "SELECT COUNT(*) FROM " + table); }
 
@@ -130,14 +122,6 @@ protected:
         EXPECT_EQ(Count("kel_Msg_Rece"), 2 * left);
         EXPECT_EQ(Messages(m_conn).CountOrphans().attachments, 0);
         EXPECT_EQ(Messages(m_conn).CountOrphans().receipts, 0);
-    }
-
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, exit) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(HasSubstr("qvadmin: "), HasSubstr(part)));
     }
 
     CAConnect m_conn;

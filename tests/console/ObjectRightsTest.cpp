@@ -61,23 +61,6 @@ protected:
         Done({"group", "create", "/Company/Sales"});
     }
 
-    /// Runs a command that is to succeed. @return what it printed.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
-    /// A refusal is one sentence on standard error and nothing on standard output.
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, exit) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(StartsWith("qvadmin: "), HasSubstr(part)));
-    }
-
     nlohmann::json Shown(const std::string& id)
     {
         return nlohmann::json::parse(Done({"objright", "show", id, "-o", "json"}));

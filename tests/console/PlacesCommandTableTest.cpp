@@ -27,14 +27,6 @@ protected:
         Done({"folder", "create", "/Files/F/G", "--parents"});
         Done({"folder", "link", "/Files/F", "/Archive"});
     }
-
-    /// Runs what is to go well. @return standard output.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
 };
 
 struct Writing {

@@ -35,20 +35,6 @@ protected:
         Init();
     }
 
-    void Execute(const std::string& sql)
-    {
-        CAConnect conn;
-        conn.Open(m_options.environment["QVADMIN_DB"].c_str());
-        conn.Execute(sql.c_str());
-    }
-
-    std::string Done(const std::vector<std::string>& arguments)
-    {
-        const ChildResult result = Run(arguments);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
     /// All columns of a user but id and login name, as texts.
     std::map<std::string, std::string> RowOf(const std::string& login)
     {

@@ -63,13 +63,6 @@ protected:
         ASSERT_EQ(Run({"setting", "set", name, value, "--genre", genre}).exit, 0);
     }
 
-    void Execute(const char* sql)
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        conn.Execute(sql);
-    }
-
     void ExpectRefusal(const ChildResult& result, int exit, const std::string& part)
     {
         EXPECT_EQ(result.exit, exit) << result.err;

@@ -1,9 +1,7 @@
 #include "ConsoleFixture.h"
 #include "dbaccess/CAConnect.h"
 
-using testing::AllOf;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 namespace {
 
@@ -20,22 +18,6 @@ protected:
         Done({"group", "create", "/Main/Service"});
         Done({"user", "create", "amy", "--name", "Amy O'Neil\\"});
         Done({"user", "create", "rory"});
-    }
-
-    /// Runs a command that is to succeed. @return what it printed.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, exit) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(StartsWith("qvadmin: "), HasSubstr(part)));
     }
 };
 

@@ -1,10 +1,8 @@
 #include "ConsoleFixture.h"
-#include "dbaccess/CAConnect.h"
 
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
-using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -18,30 +16,7 @@ protected:
         Init();
     }
 
-    /// Runs what is to go well. @return standard output.
-    std::string Done(const std::vector<std::string>& words)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, 0) << result.err;
-        return result.out;
-    }
-
     json Shown(const std::string& view) { return json::parse(Done({"view", "show", view, "-o", "json"})); }
-
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
-    {
-        const ChildResult result = Run(words);
-        EXPECT_EQ(result.exit, exit) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, AllOf(HasSubstr("qvadmin: "), HasSubstr(part)));
-    }
-
-    void Execute(const char* sql)
-    {
-        CAConnect conn;
-        conn.Open(CString(std::string_view(DatabaseUrl())));
-        conn.Execute(sql);
-    }
 };
 
 } // namespace

@@ -27,6 +27,7 @@ namespace behaviour {
 
 inline std::string Shown(bool flag) { return flag ? "true" : "false"; }
 inline std::string Shown(int number) { return std::to_string(number); }
+inline std::string Shown(__int64 number) { return std::to_string(number); }
 inline std::string Shown(unsigned int number) { return std::to_string(number); }
 inline std::string Shown(unsigned long number) { return std::to_string(number); }
 inline std::string Shown(const CString& text) { return "\"" + std::string(text.View()) + "\""; }

@@ -11,6 +11,7 @@
 
 namespace group_statements {
 
+using statements::ExpectTable;
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -291,12 +292,6 @@ std::vector<StatementCase> ViewRecords()
          Write("UPDATE qv_View SET Col_Name ='na'm\\e', Col_Description = 'de's\\c', Col_ItemIndex = 1004 WHERE Col_ID "
                "= 1001")},
     };
-}
-
-void ExpectTable(const std::vector<StatementCase>& table)
-{
-    statements::ExpectStatements(table);
-    statements::ExpectEveryKindIsCovered(table);
 }
 
 TEST(GroupStatements, OperationsSendTheirTextsByteForByte) { ExpectTable(Groups()); }

@@ -10,6 +10,7 @@
 
 namespace relation_statements {
 
+using statements::ExpectTable;
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -159,12 +160,6 @@ std::vector<StatementCase> Records()
          Write("DELETE FROM qv_Relation WHERE Col_QvItemID = 1001 AND Col_QvItemType = 1002 AND Col_DQvItemID = 1003 "
                "AND Col_DQvItemType = 1004 AND Col_RelType = 1005 AND Col_Ref = 1006")},
     };
-}
-
-void ExpectTable(const std::vector<StatementCase>& table)
-{
-    statements::ExpectStatements(table);
-    statements::ExpectEveryKindIsCovered(table);
 }
 
 TEST(RelationStatements, ListsOfUsersSendTheirTextsByteForByte) { ExpectTable(Users()); }

@@ -10,6 +10,7 @@
 
 namespace role_statements {
 
+using statements::ExpectTable;
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -227,12 +228,6 @@ std::vector<StatementCase> JobTitleRecords()
          Write("INSERT INTO qv_JobTitle (Col_QvItemID,Col_QvItemType,Col_JobTitle, Col_DQvItemID, Col_DQvItemType, "
                "Col_JobTitle_Desc, Col_DQvItemName) VALUES (1001,1002,'ti't\\le',1003,1004,'de's\\c','na'm\\e') ")},
     };
-}
-
-void ExpectTable(const std::vector<StatementCase>& table)
-{
-    statements::ExpectStatements(table);
-    statements::ExpectEveryKindIsCovered(table);
 }
 
 TEST(RoleStatements, OperationsSendTheirTextsByteForByte) { ExpectTable(Roles()); }

@@ -79,4 +79,10 @@ inline void ExpectEveryKindIsCovered(const std::vector<StatementCase>& table)
     }
 }
 
+inline void ExpectTable(const std::vector<StatementCase>& table)
+{
+    ExpectStatements(table);
+    ExpectEveryKindIsCovered(table);
+}
+
 } // namespace statements

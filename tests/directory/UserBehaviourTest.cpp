@@ -1,24 +1,26 @@
 #include "basefun/QVBaseFun.h"
-#include "basefun/SourceLocation.h"
 #include "dbaccess/CAConnect.h"
 #include "directory/HumanItem.h"
 #include "testing/ScriptedDriver.h"
 #include "tests/basefun/ErrorRecorder.h"
+#include "tests/directory/BehaviourCase.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace user_behaviour {
 
+using behaviour::Line;
+using behaviour::Numbers;
+using behaviour::ReadCase;
+using behaviour::Shown;
+using behaviour::Texts;
+using behaviour::WriteCase;
 using scripted::Raise;
 using scripted::Reply;
 using scripted::Rows;
@@ -29,57 +31,6 @@ using testing::SizeIs;
 using testing::StartsWith;
 
 namespace {
-
-std::string Shown(bool flag) { return flag ? "true" : "false"; }
-std::string Shown(int number) { return std::to_string(number); }
-std::string Shown(__int64 number) { return std::to_string(number); }
-std::string Shown(const CString& text) { return "\"" + std::string(text.View()) + "\""; }
-
-template <class Array>
-std::string ShownArray(const Array& array)
-{
-    std::string shown;
-    for (int i = 0; i < array.GetSize(); ++i) {
-        shown += i == 0 ? "" : ",";
-        if constexpr (std::is_same_v<Array, CUIntArray>) {
-            shown += std::to_string(array[i]);
-        } else {
-            shown += array[i].View();
-        }
-    }
-    return "[" + shown + "]";
-}
-std::string Shown(const CUIntArray& array) { return ShownArray(array); }
-std::string Shown(const CStringArray& array) { return ShownArray(array); }
-
-/// A call's result and its outputs, such as: true 41 "Amy".
-template <class... Values>
-std::string Line(const Values&... values)
-{
-    std::string line;
-    ((line += (line.empty() ? "" : " ") + Shown(values)), ...);
-    return line;
-}
-
-/// An array that holds something before the call.
-struct Numbers : CUIntArray {
-    Numbers() { Add(9); }
-};
-struct Texts : CStringArray {
-    Texts() { Add("old"); }
-};
-
-/// What a read makes of every kind of answer, as Line shows it.
-struct ReadCase {
-    std::string name;
-    std::function<std::string(CAConnect&)> call;
-    std::vector<std::vector<scripted::Value>> rows;
-    std::string read;   // given these rows
-    std::string empty;  // given none
-    std::string nulls;  // given one row of NULLs
-    std::string failed; // the statement did not run
-    SourceLocation at = SourceLocation::current();
-};
 
 std::vector<ReadCase> LookUps()
 {
@@ -376,11 +327,6 @@ std::vector<ReadCase> Reads()
     return all;
 }
 
-struct WriteCase {
-    std::string name;
-    std::function<bool(CAConnect&)> call;
-};
-
 std::vector<WriteCase> Writes()
 {
     return {
@@ -400,59 +346,13 @@ std::vector<WriteCase> Writes()
     };
 }
 
-class UserBehaviour : public testing::Test {
+class UserBehaviour : public behaviour::Script {
 protected:
-    /// A connection to a new script, which the watch listens to.
-    void Connect()
-    {
-        m_database.emplace();
-        m_conn.emplace();
-        m_database->Connect(*m_conn);
-        m_watch.ListenTo(*m_conn);
-    }
-
-    void ExpectNoError() const
-    {
-        EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
-        EXPECT_THAT(m_watch.messages, IsEmpty());
-    }
-
-    void ExpectNothingSent() const
-    {
-        EXPECT_THAT(m_database->queries, IsEmpty());
-        EXPECT_THAT(m_database->executions, IsEmpty());
-    }
+    UserBehaviour() : Script("directory/QVBaseFun_Users.cpp") {}
 
     /// The text and one message of an error in the only statement that was sent. Forgets both.
     /// @return the line that the text names.
-    int TakeError(const std::string& messageAndCode)
-    {
-        const std::string text = ErrorRecorder::Text();
-        std::string statement;
-        for (const auto* sent : {&m_database->queries, &m_database->executions}) {
-            for (const std::string& sql : *sent) {
-                statement += sql;
-            }
-        }
-        const std::string file = "directory/QVBaseFun_Users.cpp(";
-        const int line = text.starts_with(file) ? std::atoi(text.c_str() + file.size()) : 0;
-        EXPECT_GT(line, 0);
-        EXPECT_EQ(text, file + std::to_string(line) + "): " + messageAndCode + ": " + statement);
-        EXPECT_THAT(m_watch.messages, SizeIs(1));
-        for (const ErrorRecorder::Message& message : m_watch.messages) {
-            EXPECT_EQ(message.message, ErrorRecorder::kMessage);
-            EXPECT_EQ(message.wParam, 0U);
-            EXPECT_EQ(message.lParam, reinterpret_cast<LPARAM>(&CQVBaseFun::m_strLastError));
-            EXPECT_EQ(message.text, text);
-        }
-        m_watch.messages.clear();
-        CQVBaseFun::m_strLastError = ErrorRecorder::kOlder;
-        return line;
-    }
-
-    ErrorRecorder m_watch;
-    std::optional<scripted::Database> m_database;
-    std::optional<CAConnect> m_conn;
+    int TakeError(const std::string& messageAndCode) { return Script::TakeError(messageAndCode, OnlyStatement()); }
 };
 
 TEST_F(UserBehaviour, LookUpsReadTheFirstRowAndListsAppendEveryRow)
@@ -502,46 +402,11 @@ TEST_F(UserBehaviour, OfSeveralColumnsOneNullLeavesTheOthersRead)
     EXPECT_EQ(Line(ids, logins, names), "[41,0] [,bob] [Amy,]");
 }
 
-TEST_F(UserBehaviour, ReadsOfAClosedConnectionGiveFalseAndSayNothing)
-{
-    for (const ReadCase& read : Reads()) {
-        CAConnect never;
-        m_watch.ListenTo(never);
-        EXPECT_EQ(read.call(never), read.failed) << read.name;
-        Connect();
-        m_database->GoAway();
-        EXPECT_EQ(read.call(*m_conn), read.failed) << read.name;
-        ExpectNothingSent();
-        ExpectNoError();
-    }
-}
+TEST_F(UserBehaviour, ReadsOfAClosedConnectionGiveFalseAndSayNothing) { ExpectClosedReadsSayNothing(Reads()); }
 
-// A write is done unless something was raised, so a closed connection has to raise.
-TEST_F(UserBehaviour, WritesOnAClosedConnectionAreReportedAsErrors)
-{
-    for (const WriteCase& write : Writes()) {
-        Connect();
-        m_database->GoAway();
-        EXPECT_FALSE(write.call(*m_conn)) << write.name;
-        ExpectNothingSent();
-        EXPECT_THAT(ErrorRecorder::Text(), testing::HasSubstr("the database connection is not open")) << write.name;
-        EXPECT_THAT(m_watch.messages, SizeIs(1)) << write.name;
-        m_watch.messages.clear();
-    }
-}
+TEST_F(UserBehaviour, WritesOnAClosedConnectionAreReportedAsErrors) { ExpectClosedWritesAreReported(Writes()); }
 
-TEST_F(UserBehaviour, WritesGiveTrueWhateverTheEngineCounts)
-{
-    for (const WriteCase& write : Writes()) {
-        for (const auto& rows : {Rows({}), Rows({{"changed"}})}) {
-            Connect();
-            m_database->Answer(rows);
-            EXPECT_TRUE(write.call(*m_conn)) << write.name;
-            EXPECT_THAT(m_database->executions, SizeIs(1)) << write.name;
-            ExpectNoError();
-        }
-    }
-}
+TEST_F(UserBehaviour, WritesGiveTrueWhateverTheEngineCounts) { ExpectWritesGiveTrueWhateverIsCounted(Writes()); }
 
 TEST_F(UserBehaviour, ARefusedReadGivesFalseItsTextAndOneMessage)
 {

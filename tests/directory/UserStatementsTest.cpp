@@ -14,6 +14,7 @@
 
 namespace user_statements {
 
+using statements::ExpectTable;
 using statements::kAllKinds;
 using statements::Nothing;
 using statements::Read;
@@ -358,12 +359,6 @@ class UserStatements : public testing::Test {
 private:
     AnsiCodePageScope m_utf8{CP_UTF8};
 };
-
-void ExpectTable(const std::vector<StatementCase>& table)
-{
-    statements::ExpectStatements(table);
-    statements::ExpectEveryKindIsCovered(table);
-}
 
 TEST_F(UserStatements, LookUpsSendTheirTextsByteForByte) { ExpectTable(LookUps()); }
 

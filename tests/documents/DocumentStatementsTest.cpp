@@ -12,6 +12,7 @@
 
 namespace document_statements {
 
+using statements::ExpectTable;
 using statements::kAllKinds;
 using statements::Read;
 using statements::StatementCase;
@@ -297,12 +298,6 @@ std::vector<StatementCase> Records()
                "Col_Note, Col_Order ) VALUES ( 'di's\\p',1001,1002,1003,1004,1005,1,1006,1007,1008, 'cr'e\\ator', "
                "'no't\\e', 1009 ) ")},
     };
-}
-
-void ExpectTable(const std::vector<StatementCase>& table)
-{
-    statements::ExpectStatements(table);
-    statements::ExpectEveryKindIsCovered(table);
 }
 
 TEST(DocumentStatements, OfRootsAreSentByteForByte) { ExpectTable(Roots()); }
