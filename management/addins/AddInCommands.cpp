@@ -109,7 +109,6 @@ constexpr Column kShowColumns[] = {{"id", Kind::number},       {"type", Kind::nu
                                    {"public", Kind::flag},     {"disabled", Kind::flag}, {"description"},
                                    {"package", Kind::package}, {"index", Kind::number},  {"data"}};
 
-/// The data that were given, as a text or as a file.
 Outcome OutcomeOf(const AddIn& addIn, std::string_view outcome, Sentence sentence)
 {
     return {"addin", addIn.id, addIn.name, outcome, std::move(sentence)};

@@ -104,7 +104,6 @@ constexpr Column kShowColumns[] = {
 
 // ---- What is meant --------------------------------------------------------------------------------------------------
 
-/// The settings that were given, as a text or as a file.
 Outcome OutcomeOf(const PlanKey& plan, std::string_view outcome, Sentence sentence)
 {
     return {"plan", plan.id, plan.name, outcome, std::move(sentence)};
