@@ -188,6 +188,7 @@ struct RunReport {
     std::optional<CommandLog> log;
     bool isChanged = false;
     bool writesJson = false;
+    bool hasFailed = false; ///< and a sentence has said so
 };
 
 /// Whether a run of a command of the table has changed something.
@@ -309,23 +310,38 @@ void WriteAsJson(const Error& error, Terminal& terminal)
     ErrorsOf(terminal) << '\n';
 }
 
+Exit Failed(const Error& error, const std::vector<std::string>& words, Terminal& terminal, RunReport& report)
+{
+    report.hasFailed = true;
+    if (!report.writesJson && !AskForJson(words)) {
+        return Reported(ExitFor(error.Code()), error.Why(), terminal);
+    }
+    WriteAsJson(error, terminal);
+    return ExitFor(error.Code());
+}
+
 Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, SharedSession* shared, RunReport& report)
 {
     try {
         try {
             return RunWords(words, terminal, shared, report);
         } catch (const Error& e) {
-            if (!report.writesJson && !AskForJson(words)) {
-                return Reported(ExitFor(e.Code()), e.Why(), terminal);
-            }
-            WriteAsJson(e, terminal);
-            return ExitFor(e.Code());
+            return Failed(e, words, terminal, report);
         }
     } catch (const std::bad_alloc&) {
+        report.hasFailed = true;
         return Reported(Exit::failed, std::string(OutOfMemorySentence(terminal)), terminal);
     } catch (const std::exception& e) {
+        report.hasFailed = true;
         return Reported(Exit::failed, FillPattern("internal error: {}", e.what()), terminal);
     }
+}
+
+/// Whether output is missing that nobody has said anything of. Who closed it has read enough, which is no failure.
+bool LacksOutput(Terminal& terminal, const RunReport& report)
+{
+    terminal.out.flush();
+    return !terminal.out && !terminal.outIsClosed() && !report.hasFailed;
 }
 
 Exit RunLogged(const std::vector<std::string>& words, Terminal& given, SharedSession* shared)
@@ -336,13 +352,18 @@ Exit RunLogged(const std::vector<std::string>& words, Terminal& given, SharedSes
         ChooseColors(terminal, words);
     }
     RunReport report;
-    const Exit exit = RunReporting(words, terminal, shared, report);
+    Exit exit = RunReporting(words, terminal, shared, report);
+    if (shared == nullptr && LacksOutput(terminal, report)) {
+        exit = Failed(
+            Error(ErrorCode::failed, "the output could not be written in full; what the command changed stays changed"),
+            words, terminal, report);
+    }
     try {
         if (report.log) {
             report.log->Write(CommandText(words), exit, report.isChanged);
         }
     } catch (const Error& e) {
-        return Reported(ExitFor(e.Code()), e.Why(), terminal);
+        return Failed(e, words, terminal, report);
     }
     return exit;
 }
@@ -379,15 +400,7 @@ Exit RunLine(const std::vector<std::string>& words, Terminal& terminal, SharedSe
 int RunProgram(int count, const char* const* words, Terminal& terminal)
 {
     ChooseLanguage();
-    Exit code = RunLogged({words + 1, words + count}, terminal, nullptr);
-    terminal.out.flush();
-    // Who closed it has read enough, which is no failure.
-    if (!terminal.out && !terminal.outIsClosed()) {
-        code = Reported(Exit::failed,
-                        Translatable("the output could not be written in full; what the command changed stays changed"),
-                        terminal);
-    }
-    return static_cast<int>(code);
+    return static_cast<int>(RunLogged({words + 1, words + count}, terminal, nullptr));
 }
 
 } // namespace console

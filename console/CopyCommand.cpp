@@ -1,4 +1,5 @@
 #include "console/CommandOption.h"
+#include "console/FileBuffer.h"
 #include "console/Interrupt.h"
 #include "console/LocalCommand.h"
 #include "console/OtherUrl.h"
@@ -19,6 +20,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <ios>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -345,17 +347,45 @@ Exit Backup(const LocalCall& context)
     });
 }
 
+/// @throws Error (failed) with the system's reason.
+void RequireReadable(const std::string& file)
+{
+    FileBuffer buffer(OpenForReading(file));
+    try {
+        buffer.sgetc();
+    } catch (const std::ios_base::failure& e) {
+        ThrowUnreadable(file, e.code().value());
+    }
+}
+
+/// @throws Error for what cannot be restored.
+void OpenBackup(CAConnect& conn, const std::string& file, Arguments arguments)
+{
+    RequireReadable(file);
+    arguments.db = UrlOf(file);
+    Connect(conn, *arguments.db + "?mode=ro", arguments);
+    const schema::Status status = WithDatabaseErrors(conn, [&] { return schema::Inspect(conn); });
+    if (status.state == schema::State::older) {
+        throw Error(ErrorCode::database,
+                    FillPattern("{} is of version {}, this program works with {}; run `{}` to upgrade it",
+                                Visible(file), status.version, status.newest, InitCommand(arguments)));
+    }
+    if (status.state == schema::State::newer) {
+        throw Error(ErrorCode::database, FillPattern("{} is of version {}, made by a later qvadmin; this one knows {}",
+                                                     Visible(file), status.version, status.newest));
+    }
+    if (status.state != schema::State::current) {
+        throw Error(ErrorCode::database,
+                    FillPattern("{} is no backup of a directory; nothing was restored", Visible(file)));
+    }
+}
+
 Exit Restore(const LocalCall& context)
 {
     const auto in = binding::ReadInput<kRestoreParams>(context.given);
     RequireFileName(in.file);
-    if (!IsThere(in.file)) {
-        throw Error(ErrorCode::failed, FillPattern("there is no file {}", Visible(in.file)));
-    }
-    Arguments backup = context.arguments;
-    backup.db = UrlOf(in.file) + "?mode=ro";
-    Session source(backup, Session::Indexes::leftAlone);
-    CAConnect& from = source.Directory().Connection();
+    CAConnect from;
+    OpenBackup(from, in.file, context.arguments);
     Session target(context.arguments);
     CAConnect& to = target.Directory().Connection();
     const std::string shown = ShownUrl(ChooseUrl(context.arguments.db));

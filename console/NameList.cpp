@@ -81,6 +81,11 @@ void ReadNames(const Command& command, CommandLine& given, Terminal& terminal)
         std::istringstream file(ReadTextFile(source.file));
         AddNames(file, source.endWithNul, names);
     }
+    if (names.empty() && isGiven) {
+        const bool isStream = source.file.empty() || source.file == kStandardInput;
+        throw Error(ErrorCode::invalid,
+                    FillPattern("there is no name in {}", isStream ? "standard input" : Visible(source.file)));
+    }
     if (names.empty()) {
         binding::ThrowMissing(list->name);
     }

@@ -54,6 +54,11 @@ std::int64_t ReadNumber(std::string_view name, const std::string& text, const Ch
     std::int64_t number = 0;
     const char* end = text.data() + text.size();
     const auto read = std::from_chars(text.data(), end, number);
+    // The bounds of a type tell nobody what is wrong with a word.
+    const bool isNumber = read.ec != std::errc::invalid_argument && read.ptr == end;
+    if (!isNumber && range.least == kInt.least && range.most == kInt.most) {
+        throw Error(ErrorCode::invalid, FillPattern("{} {} is not a whole number", Shown(name), Quoted(text)));
+    }
     if (read.ec != std::errc() || read.ptr != end || number < range.least || number > range.most) {
         throw Error(ErrorCode::invalid, FillPattern("{} {} is not a whole number from {} to {}", Shown(name),
                                                     Quoted(text), range.least, range.most));

@@ -56,6 +56,8 @@ struct Range {
     std::int64_t least;
     std::int64_t most;
 };
+/// Of the ids that engines give.
+inline constexpr Range kIds{1, std::numeric_limits<int>::max()};
 /// Of options that limit how many rows come.
 inline constexpr Range kLimit{1, std::numeric_limits<int>::max()};
 

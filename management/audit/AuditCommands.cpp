@@ -60,7 +60,7 @@ struct OneEntry {
 };
 
 constexpr Param<OneEntry> kShowParams[] = {
-    {"ID", &OneEntry::id, Kind::number, "number of an entry", Range{1, std::numeric_limits<int>::max()}},
+    {"ID", &OneEntry::id, Kind::number, "number of an entry", kIds},
     {"limit", &OneEntry::limit, Kind::number, "at most so many rows; 1000 if not given", kLimit},
 };
 
@@ -122,7 +122,7 @@ std::string ItemIn(CAConnect& conn, const std::string& given)
         for (const int type : {kItemTypeUser, kItemTypeGroup, kItemTypeRole, kItemTypeView}) {
             if (given.substr(0, colon) == TypeName(type)) {
                 const std::string number = given.substr(colon + id.size());
-                return fmt::format("{}:{}", type, binding::ReadNumber("item", number, {}, binding::kInt));
+                return fmt::format("{}:{}", type, binding::ReadNumber("item", number, kIds, kIds));
             }
         }
     }
@@ -317,7 +317,7 @@ UndoPlan PlanUndo(Call& call, const SeveralEntries& in)
     AuditLog log(call.Connection());
     std::map<int, Entry, std::greater<>> entries;
     for (const std::string& text : in.ids) {
-        const auto id = static_cast<int>(binding::ReadNumber("ID", text, {}, binding::kInt));
+        const auto id = static_cast<int>(binding::ReadNumber("ID", text, kIds, kIds));
         Entry entry = log.Find(id);
         if (entry.undoneBy != 0) {
             throw Error(ErrorCode::conflict,

@@ -37,7 +37,7 @@ Result List(Call& call, const Limited& in)
 std::vector<int> FindEntries(LoginLog& log, const std::vector<std::string>& arguments)
 {
     const auto find = [&log](const std::string& argument) {
-        const auto id = static_cast<int>(binding::ReadNumber(kDeleteParams[0].name, argument, {}, binding::kInt));
+        const auto id = static_cast<int>(binding::ReadNumber(kDeleteParams[0].name, argument, kIds, kIds));
         if (!log.Has(id)) {
             throw Error(ErrorCode::notFound,
                         FillPattern("there is no entry {} in the login log; nothing was deleted", id));

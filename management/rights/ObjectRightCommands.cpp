@@ -39,7 +39,7 @@ struct OneRight {
     int id = 0;
 };
 
-constexpr Param<OneRight> kOneParams[] = {{"ID", &OneRight::id, Kind::number, kIdHelp}};
+constexpr Param<OneRight> kOneParams[] = {{"ID", &OneRight::id, Kind::number, kIdHelp, kIds}};
 
 struct RightToCheck {
     std::string item;
@@ -81,7 +81,7 @@ struct RightToSet {
 };
 
 constexpr Param<RightToSet> kSetParams[] = {
-    {"ID", &RightToSet::id, Kind::number, kIdHelp},
+    {"ID", &RightToSet::id, Kind::number, kIdHelp, kIds},
     {"POWER", &RightToSet::power, Kind::power, kPowerHelp},
     {"unpower", &RightToSet::unpower, Kind::power, "second power; stays as it is if not given"},
 };
@@ -266,7 +266,7 @@ Revocation PlanRevocation(Call& call, const SeveralRights& in)
     ObjectRights rights(call.Connection());
     NameCache names(call.Connection());
     const auto find = [&rights](const std::string& argument) {
-        const auto id = binding::ReadNumber(kRevokeParams[0].name, argument, {}, binding::kInt);
+        const auto id = binding::ReadNumber(kRevokeParams[0].name, argument, kIds, kIds);
         return FindRight(rights, static_cast<int>(id));
     };
     Revocation revocation;

@@ -99,6 +99,9 @@ TEST_P(AuditOn, AnUndoIsAnEntryThatCanBeUndone)
     EXPECT_EQ(undo.at("undoes"), first);
     EXPECT_EQ(undo.at("reason"), "wrong person");
     ExpectRefusal({"audit", "undo", first, "--yes"}, "was undone already, by " + undo.at("id").dump());
+    const ChildResult word = Run({"audit", "undo", "x", first, "--yes"});
+    EXPECT_EQ(word.exit, 2);
+    EXPECT_EQ(word.err, "qvadmin: ID 'x' is not a whole number from 1 to 2147483647\n");
     Done({"audit", "undo", undo.at("id").dump(), "--yes"});
     EXPECT_EQ(Dump(), changed);
     Done({"audit", "undo", first, "--yes"});

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <tuple>
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -131,6 +132,38 @@ TEST_P(BackupTest, NothingIsReplacedByABackup)
     EXPECT_EQ(Run({"db", "backup", Path("mine.db")}).exit, 6);
     EXPECT_EQ(ReadFile("mine.db.partial"), "precious, and no database");
     EXPECT_FALSE(std::filesystem::exists(Path("mine.db")));
+}
+
+TEST_P(BackupTest, WhatIsNoBackupIsCalledSo)
+{
+    ASSERT_EQ(Backup().exit, 0);
+    const std::string before = Dump();
+    const std::string whole = ReadFile("backup 100%?.db");
+    WriteFile("empty", "");
+    WriteFile("torn", whole.substr(0, 5000));
+    std::filesystem::create_directory(Path("folder"));
+    std::filesystem::create_symlink("nowhere", Path("link"));
+    const std::vector<std::tuple<std::string, int, std::string>> cases = {
+        {Path("empty"), 6, Path("empty") + " is no backup of a directory; nothing was restored\n"},
+        {Path("torn"), 6, "cannot open " + Path("torn") + ": database disk image is malformed [SQLite 11]\n"},
+        {Path("folder"), 1, "cannot read " + Path("folder") + ": Is a directory\n"},
+        {Path("link"), 1, "cannot read " + Path("link") + ": No such file or directory\n"},
+    };
+    for (const auto& [file, exit, sentence] : cases) {
+        const ChildResult refused = Run({"db", "restore", file, "--replace", "--yes"});
+        EXPECT_EQ(refused.exit, exit) << file;
+        EXPECT_EQ(refused.err, "qvadmin: " + sentence);
+    }
+    {
+        CAConnect conn;
+        conn.Open(("sqlite:" + Path("backup 100%25%3F.db")).c_str());
+        conn.Execute("UPDATE qv_Schema SET Col_Value = '4' WHERE Col_Name = 'version'");
+    }
+    const ChildResult old = Restore({"--replace", "--yes"});
+    EXPECT_EQ(old.exit, 6);
+    EXPECT_THAT(old.err, AllOf(HasSubstr(".db is of version 4, this program works with 5; run `qvadmin --db "),
+                               HasSubstr(" db init` to upgrade it"), Not(HasSubstr("mode=ro"))));
+    EXPECT_EQ(Dump(), before);
 }
 
 TEST_P(BackupTest, OthersGoOnWritingMeanwhile)

@@ -187,7 +187,11 @@ TEST_P(BatchOn, NamesComeFromStandardInputAndFiles)
     EXPECT_EQ(missing.exit, 3);
     EXPECT_THAT(missing.err, AllOf(HasSubstr("nobody"), HasSubstr("no one")));
     EXPECT_EQ(Locked(), "");
-    EXPECT_THAT(RunWith("", {"user", "lock", "-"}).err, HasSubstr("USER is required"));
+    EXPECT_EQ(RunWith("", {"user", "lock", "-"}).err, "qvadmin: there is no name in standard input\n");
+    WriteFile("empty", "\n\n");
+    const ChildResult empty = Run({"user", "lock", "--file", Path("empty")});
+    EXPECT_EQ(empty.exit, 2);
+    EXPECT_EQ(empty.err, "qvadmin: there is no name in " + Path("empty") + "\n");
     EXPECT_THAT(RunWith("a\xFF\n", {"user", "lock", "-"}).err, HasSubstr("is not UTF-8; nothing was done"));
     EXPECT_EQ(Run({"user", "lock", "--file", Path("missing")}).exit, 1);
 }

@@ -553,6 +553,10 @@ TEST_F(ConsoleTest, OutputThatIsLostIsAFailure)
                                                                                        {"user", "create", "amy"}}) {
         ExpectRefusal(Run(words), 1, "could not be written");
     }
+    const ChildResult asObject = Run({"user", "list", "-o", "json"});
+    EXPECT_EQ(asObject.exit, 1);
+    EXPECT_EQ(json::parse(asObject.err).at("exit"), 1);
+    EXPECT_THAT(asObject.err, HasSubstr("could not be written"));
 }
 
 TEST_F(ConsoleTest, WhatIsOpenedDoesNotTakeTheOutputOfAProgramWithoutStandardOutput)

@@ -142,9 +142,9 @@ TEST_F(ExchangeBlocksTest, ItemsOfOneNameKeepTheirRows)
 {
     std::string text = std::string(kExportHead) + "\n{\"noun\":\"view\",\"name\":\"Main\"}\n";
     for (int i = 0; i < 20; ++i) {
-        text += fmt::format("{{\"noun\":\"group\",\"path\":\"/Main/Office {0}\"}}\n"
+        text += fmt::format("{{\"noun\":\"group\",\"path\":\"/Main/Office {0}\",\"description\":\"old\"}}\n"
                             "{{\"noun\":\"group\",\"path\":\"/Main/Office {0}/Sales\",\"description\":\"{1}\"}}\n"
-                            "{{\"noun\":\"group\",\"path\":\"/Main/Office {0}/Archive\"}}\n",
+                            "{{\"noun\":\"group\",\"path\":\"/Main/Office {0}/Archive\",\"description\":\"old\"}}\n",
                             i, i % 4 == 0 ? "all" : std::to_string(i));
     }
     for (const char* scope : {"", R"(\\@mail\\@7)", R"(\\@mail\\@8)"}) {
@@ -152,6 +152,15 @@ TEST_F(ExchangeBlocksTest, ItemsOfOneNameKeepTheirRows)
     }
     Import(text);
     EXPECT_EQ(m_report.CountOf(RowFate::created), 64);
+    // Which of them got which id could not be told if an engine gave ids in another order.
+    const auto has = [](const char* description) {
+        return [description](const std::string& sql) {
+            return sql.starts_with("INSERT INTO qv_Group") && sql.find(description) != std::string::npos;
+        };
+    };
+    EXPECT_TRUE(std::ranges::any_of(m_counts.executed, has("'13'")));
+    EXPECT_FALSE(std::ranges::any_of(m_counts.executed,
+                                     [&](const std::string& sql) { return has("'13'")(sql) && has("'14'")(sql); }));
     Import(text);
     EXPECT_EQ(m_report.CountOf(RowFate::unchanged), 64);
 }
@@ -162,22 +171,11 @@ TEST_F(ExchangeBlocksTest, RowsThatCannotBeToldFromAnotherProgramsAreAddedOneByO
                              "\n{\"noun\":\"view\",\"name\":\"Main\"}\n"
                              "{\"noun\":\"group\",\"path\":\"/Main/North\",\"description\":\"ours\"}\n"
                              "{\"noun\":\"group\",\"path\":\"/Main/South\",\"description\":\"ours\"}\n";
-    bool isAlone = true;
-    std::istringstream in(text);
-    m_report = {};
-    RunCall({}, [&](Call& call, auto&) {
-        m_counts.beforeQuery = [&] {
-            const auto isOfGroups = [](const std::string& sql) { return sql.starts_with("INSERT INTO qv_Group"); };
-            if (isAlone && std::ranges::any_of(m_counts.executed, isOfGroups)) {
-                isAlone = false;
-                dbaccess::StatementObserver* const observer = m_conn.SetObserver(nullptr);
-                m_conn.Execute("INSERT INTO qv_Group (Col_Name, Col_Description) VALUES ('North', 'theirs')");
-                m_conn.SetObserver(observer);
-            }
-        };
-        ImportDirectory(call, {in, "in.jsonl"}, {}, m_report);
-    });
-    EXPECT_FALSE(isAlone);
+    // Theirs has the lesser id.
+    m_conn.Execute("CREATE TRIGGER Other BEFORE INSERT ON qv_Group WHEN NEW.Col_Name = 'North' AND "
+                   "NEW.Col_Description = 'ours' BEGIN INSERT INTO qv_Group (Col_Name, Col_Description) VALUES "
+                   "('North', 'theirs'); END");
+    Import(text);
     EXPECT_EQ(m_report.CountOf(RowFate::created), 3);
     const std::string exported = Export();
     EXPECT_NE(exported.find(R"("path":"/Main/North","description":"ours")"), std::string::npos);

@@ -432,7 +432,7 @@ TEST_F(MessageConsoleTest, TheLoginLogIsListedAndEntriesDeleted)
     ExpectRefusal({"loginlog", "delete", "1", "9", "--yes"}, 3, "there is no entry 9 in the login log");
     ExpectRefusal({"loginlog", "delete", "8", "1", "9", "--yes"}, 3,
                   "there are no entries in the login log '8', '9'; nothing was deleted\n");
-    ExpectRefusal({"loginlog", "delete", "1x", "--yes"}, 2, "ID '1x' is not a whole number");
+    ExpectRefusal({"loginlog", "delete", "1x", "--yes"}, 2, "ID '1x' is not a whole number from 1 to ");
     ExpectRefusal({"loginlog", "delete", "1"}, 9, "nothing was deleted");
     ExpectRefusal({"loginlog", "list", "--limit", "0"}, 2, "--limit");
     EXPECT_EQ(Count("kel_log"), 3);

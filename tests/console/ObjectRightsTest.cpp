@@ -299,10 +299,14 @@ TEST_F(ObjectRightConsoleTest, ACheckEndsAsItSays)
 
 TEST_F(ObjectRightConsoleTest, WhatCannotBeUnderstoodIsRefused)
 {
-    ExpectRefusal({"objright", "list", "3", "x"}, 2, "OBJECT 'x' is not a whole number from -2147483648 to 2147483647");
-    ExpectRefusal({"objright", "list", "4294967296", "1"}, 2, "CLASS '4294967296'");
-    ExpectRefusal({"objright", "show", "1x"}, 2, "ID '1x'");
-    ExpectRefusal({"objright", "revoke", ""}, 2, "ID ''");
+    ExpectRefusal({"objright", "list", "3", "x"}, 2, "OBJECT 'x' is not a whole number\n");
+    ExpectRefusal({"objright", "list", "4294967296", "1"}, 2,
+                  "CLASS '4294967296' is not a whole number from -2147483648 to 2147483647");
+    for (const char* verb : {"show", "revoke"}) {
+        for (const std::string id : {"1x", "", "-1", "0", "2147483648"}) {
+            ExpectRefusal({"objright", verb, id}, 2, "ID '" + id + "' is not a whole number from 1 to 2147483647");
+        }
+    }
     ExpectRefusal({"objright", "set", "1", "2"}, 3, "there is no right on an object with id 1");
     ExpectRefusal({"objright", "set", "1", "many"}, 2, "invalid power 'many'");
     ExpectRefusal({"objright", "grant", "user:amy", "3", "17", "docs", "read", "1", "--unpower", "x"}, 2,

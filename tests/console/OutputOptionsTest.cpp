@@ -92,6 +92,12 @@ TEST(TableLook, WhatNamesARowIsCutLastAndEmptyColumnsGiveWayToValues)
                          " 1  amelia.pond@leadworth         Ame…  \n");
     EXPECT_EQ(shown(30), "id  login     dep…  name  mob…\n"
                          " 1  amelia.…        Ame…  \n");
+    std::ostringstream out;
+    const console::Table phones = {{"id", "login", "telephone_number", "department"},
+                                   {management::MakeRow(std::int64_t{1}, "amelia", "12345", "")}};
+    Render(console::Format::table, phones, out, {.width = 36});
+    EXPECT_EQ(out.str(), "id  login   telephone_number  depar…\n"
+                         " 1  amelia  12345             \n");
 }
 
 TEST(TableLook, TheHeadingIsBold)

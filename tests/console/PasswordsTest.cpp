@@ -284,6 +284,7 @@ TEST_F(PasswordCommandsTest, AGeneratedPasswordThatNobodyCanReadIsNotKept)
         const ChildResult result = Run({"user", "password", "set", "amy", "--generate", "-o", format});
         EXPECT_EQ(result.exit, 1) << format;
         EXPECT_THAT(result.err, HasSubstr("nothing was changed")) << format;
+        EXPECT_EQ(result.err.find('\n') + 1, result.err.size()) << result.err;
     }
     m_options.output.reset();
     EXPECT_EQ(Check("amy", "s3cret"), 0);

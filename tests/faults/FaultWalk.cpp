@@ -34,6 +34,7 @@ struct Options {
     bool all = false;       ///< every call, not only those that are reached in a way not seen before
     std::size_t points = 1; ///< else how many of them at most, for each command and fault
     std::string engine = "sqlite";
+    bool overOdbc = false;
     std::string only; ///< how the command lines begin that are walked
 };
 
@@ -62,6 +63,8 @@ constexpr Fault kFaults[] = {
     {"receiving fails", Call::receive, Action::failOn, ECONNRESET},
 };
 
+bool IsOfConnection(const Fault& fault) { return fault.call == Call::send || fault.call == Call::receive; }
+
 /// What a run of a command is held against.
 struct Reference {
     Outcome outcome;
@@ -72,7 +75,7 @@ struct Reference {
 class Walk {
 public:
     explicit Walk(const Options& options)
-        : m_options(options), m_sandbox(options.engine), m_walkedStart(!options.only.empty())
+        : m_options(options), m_sandbox(options.engine, options.overOdbc), m_walkedStart(!options.only.empty())
     {
     }
 
@@ -133,7 +136,7 @@ private:
         std::fflush(stdout);
         for (const Fault& fault : kFaults) {
             // What the servers' own libraries do without memory is not ours to mend.
-            if (m_options.engine != "sqlite" && fault.call != Call::send && fault.call != Call::receive) {
+            if (m_options.engine != "sqlite" && !IsOfConnection(fault)) {
                 continue;
             }
             for (const std::uint64_t at : Points(fault, counts, stacks)) {
@@ -214,7 +217,7 @@ private:
         if (!struck && fault.call != Call::receive) {
             return "never came to the call that was to fail: " + outcome.err;
         }
-        if (auto wrong = WrongState(scenario, reference, outcome)) {
+        if (auto wrong = WrongState(scenario, reference, fault, outcome)) {
             return wrong;
         }
         const bool isDone = outcome.exit == reference.outcome.exit;
@@ -238,7 +241,8 @@ private:
         return kept;
     }
 
-    std::optional<std::string> WrongState(const Scenario& scenario, const Reference& reference, const Outcome& outcome)
+    std::optional<std::string> WrongState(const Scenario& scenario, const Reference& reference, const Fault& fault,
+                                          const Outcome& outcome)
     {
         std::string state;
         try {
@@ -255,12 +259,17 @@ private:
         if (state != reference.before && outcome.err.find("nothing was changed") != std::string::npos) {
             return "says that nothing was changed, but it was: " + outcome.err;
         }
+        const bool tells = outcome.err.find("may have been made") != std::string::npos || scenario.inSteps;
+        if (state != reference.before && IsOfConnection(fault) && outcome.signal == 0 && !isDone && !tells) {
+            return "has made the change and does not say that it may have: " + outcome.err;
+        }
         if (state == reference.before || Comparable(scenario, state) == after) {
             return std::nullopt;
         }
         if (!scenario.inSteps) {
             return "leaves something half done: " + outcome.err + Difference(reference.before, state);
         }
+        m_sandbox.ResetCounters();
         const Outcome again = m_sandbox.Run(scenario, {});
         if (again.exit != 0 || Comparable(scenario, m_sandbox.State()) != after) {
             return fmt::format("cannot be run again after it failed: {}{}", outcome.err, again.err);
@@ -288,9 +297,13 @@ private:
                                                     const Outcome& outcome)
     {
         const std::string& err = outcome.err;
-        const bool isOfConnection = fault.call == Call::send || fault.call == Call::receive;
-        if (isOfConnection && err.find("the database refused") != std::string::npos) {
+        if (IsOfConnection(fault) && err.find("the database refused") != std::string::npos) {
             return "takes a lost connection for a refusal: " + err;
+        }
+        const bool tellsOfLoss = err.find("the connection to the database was lost") != std::string::npos ||
+                                 err.find("cannot connect") != std::string::npos;
+        if (IsOfConnection(fault) && fault.action == Action::failOn && !tellsOfLoss) {
+            return "does not say that the connection was lost: " + err;
         }
         const std::size_t begin = err.starts_with("qvadmin: ") ? 0 : err.find("\nqvadmin: ") + 1;
         const bool isOne = (begin > 0 || err.starts_with("qvadmin: ")) &&
@@ -336,9 +349,9 @@ private:
 
 } // namespace faults
 
-// fault_walk [--all|--points N] [--engine sqlite|postgresql|mariadb] [WORDS]: runs each command (that begins with
-// WORDS) again and again, and lets one call of the C library after the other fail. Ends with 1 when a command did not
-// end as it should.
+// fault_walk [--all|--points N] [--engine sqlite|postgresql|mariadb] [--odbc] [WORDS]: runs each command (that begins
+// with WORDS) again and again, and lets one call of the C library after the other fail. Ends with 1 when a command did
+// not end as it should.
 int main(int argc, char* argv[])
 {
     faults::Options options;
@@ -351,6 +364,8 @@ int main(int argc, char* argv[])
             options.points = std::stoul(words[++i]);
         } else if (word == "--engine" && i + 1 < words.size()) {
             options.engine = words[++i];
+        } else if (word == "--odbc") {
+            options.overOdbc = true;
         } else {
             options.only += (options.only.empty() ? "" : " ") + std::string(word);
         }

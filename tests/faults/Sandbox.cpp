@@ -158,16 +158,24 @@ std::string SqliteState(const fs::path& file)
 struct ServerTexts {
     const char* tables;
     const char* others; ///< lists the other sessions of the database
+    /// Gives statements that have the next id of each table be the one that it is now, or the one behind its rows.
+    const char* counters;
 };
 
 ServerTexts TextsOf(const std::string& engine)
 {
     if (engine == "postgresql") {
         return {"SELECT tablename FROM pg_tables WHERE schemaname = current_schema() ORDER BY tablename",
-                "SELECT pid FROM pg_stat_activity WHERE datname = current_database() AND pid <> pg_backend_pid()"};
+                "SELECT pid FROM pg_stat_activity WHERE datname = current_database() AND pid <> pg_backend_pid()",
+                "SELECT format('SELECT setval(%L, GREATEST(%s, (SELECT MAX(%I) + 1 FROM %I)), false)', counter, "
+                "COALESCE(pg_sequence_last_value(counter::regclass), 0) + 1, column_name, table_name) FROM (SELECT "
+                "table_name, column_name, pg_get_serial_sequence(table_name, column_name) AS counter FROM "
+                "information_schema.columns WHERE table_schema = current_schema() AND is_identity = 'YES') AS ids"};
     }
     return {"SELECT table_name FROM information_schema.tables WHERE table_schema = database() ORDER BY table_name",
-            "SELECT id FROM information_schema.processlist WHERE db = database() AND id <> connection_id()"};
+            "SELECT id FROM information_schema.processlist WHERE db = database() AND id <> connection_id()",
+            "SELECT CONCAT('ALTER TABLE ', table_name, ' AUTO_INCREMENT = ', auto_increment) FROM "
+            "information_schema.tables WHERE table_schema = database() AND auto_increment IS NOT NULL"};
 }
 
 /// A server may still be at the last statement of a program that has ended.
@@ -217,8 +225,9 @@ std::string WithoutMoments(std::string text)
     return text;
 }
 
-Sandbox::Sandbox(std::string engine)
+Sandbox::Sandbox(std::string engine, bool overOdbc)
     : m_engine(std::move(engine)),
+      m_overOdbc(overOdbc),
       m_in(MakeFile("in")),
       m_out(MakeFile("out")),
       m_err(MakeFile("err")),
@@ -278,11 +287,32 @@ void Sandbox::MakeServerDatabase()
     m_url = "sqlite:" + m_folder + "/before/" + kDatabase;
     RunSetup({copy});
     m_url = target;
+    CAConnect conn;
+    conn.Open(m_url.c_str());
+    m_counters = Column(conn, TextsOf(m_engine).counters);
+}
+
+void Sandbox::ResetCounters()
+{
+    if (m_engine == "sqlite") {
+        return;
+    }
+    CAConnect conn;
+    conn.Open(m_url.c_str());
+    for (const std::string& statement : m_counters) {
+        if (m_engine == "postgresql") {
+            Column(conn, statement);
+        } else {
+            conn.Execute(statement.c_str());
+        }
+    }
 }
 
 void Sandbox::RunSetup(const Scenario& scenario)
 {
+    const bool overOdbc = std::exchange(m_overOdbc, false);
     const Outcome outcome = Run(scenario, {});
+    m_overOdbc = overOdbc;
     if (outcome.exit != 0) {
         throw std::runtime_error(fmt::format("{}: {}", scenario.line, outcome.err));
     }
@@ -308,6 +338,7 @@ void Sandbox::Restore(const Scenario& scenario)
             MakeServerDatabase();
             m_before = before;
         }
+        ResetCounters();
         return;
     }
     const bool writesFile = scenario.line.starts_with("db copy") || scenario.line.starts_with("db backup");
@@ -351,6 +382,7 @@ std::string Sandbox::State()
 
 Outcome Sandbox::Run(const Scenario& scenario, const Plan& plan, [[maybe_unused]] bool lookForLeaks)
 {
+    const std::string url = m_overOdbc ? servers::OverOdbc(m_engine, m_url) : m_url;
     std::vector<std::string> words = Words(scenario.line);
     words.insert(words.begin(), "qvadmin");
     std::vector<char*> argv;
@@ -370,7 +402,7 @@ Outcome Sandbox::Run(const Scenario& scenario, const Plan& plan, [[maybe_unused]
     const pid_t child = ::fork();
     if (child == 0) {
         ::alarm(kLongestRun);
-        ::setenv("QVADMIN_DB", m_url.c_str(), 1);
+        ::setenv("QVADMIN_DB", url.c_str(), 1);
         ::setenv("HOME", m_folder.c_str(), 1);
         ::setenv("XDG_DATA_HOME", m_folder.c_str(), 1);
         ::dup2(m_in, STDIN_FILENO);

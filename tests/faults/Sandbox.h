@@ -21,7 +21,8 @@ struct Outcome {
 class Sandbox {
 public:
     /// Makes the directory that every run begins with. @param engine  "sqlite", "postgresql" or "mariadb".
-    explicit Sandbox(std::string engine);
+    /// @param overOdbc  whether the program reaches that server by its ODBC driver.
+    Sandbox(std::string engine, bool overOdbc);
     Sandbox(const Sandbox&) = delete;
     Sandbox& operator=(const Sandbox&) = delete;
     ~Sandbox();
@@ -32,6 +33,9 @@ public:
 
     /// Brings back what every run of the scenario begins with.
     void Restore(const Scenario& scenario);
+    /// Servers do not give an id again that was used by what was rolled back: has the next ids follow on those of the
+    /// rows, so that what is done then is comparable.
+    void ResetCounters();
     /// All rows of all databases in the folder, or of the one on the server; moments of time are left out.
     /// @throws CAException when they cannot be read.
     std::string State();
@@ -43,10 +47,12 @@ private:
     [[nodiscard]] bool IsUntouched() const;
 
     std::string m_engine;
+    bool m_overOdbc;
     std::string m_folder;
     std::string m_url;
-    std::string m_before; ///< state of the directory that every run begins with
-    std::string m_file;   ///< its bytes
+    std::string m_before;                ///< state of the directory that every run begins with
+    std::string m_file;                  ///< its bytes
+    std::vector<std::string> m_counters; ///< statements that reset those of a server
     bool m_isUntouched = false;
     int m_in;
     int m_out;

@@ -153,8 +153,12 @@ std::string Connection::Info(SQLUSMALLINT what) const
 
 void Connection::Prepare()
 {
-    for (const std::string_view setting : SettingsOf(m_dialect)) {
-        Execute(setting);
+    try {
+        for (const std::string_view setting : SettingsOf(m_dialect)) {
+            Execute(setting);
+        }
+    } catch (const CAException& e) {
+        throw CAException("cannot connect: " + e.GetErrorText(), e.GetErrorCode());
     }
 }
 
@@ -267,12 +271,24 @@ void Connection::RefuseInLostTransaction() const
     }
 }
 
+// Managers and drivers refuse a statement to a connection that they know to be lost.
+Statement Connection::NewStatement()
+{
+    SQLHANDLE handle = nullptr;
+    if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, m_handle.get(), &handle))) {
+        const Failure failure = LastFailure(SQL_HANDLE_DBC, m_handle.get());
+        NoteFailure(failure);
+        throw failure.Exception();
+    }
+    return Statement(handle);
+}
+
 Statement Connection::Run(std::string_view text)
 {
     MakeReady();
     RefuseInLostTransaction();
     RefuseCopy(text, m_dialect);
-    auto statement = NewHandle<Statement>(SQL_HANDLE_STMT, m_handle.get());
+    Statement statement = NewStatement();
     // Braces are the text's own, and no escapes for the driver.
     SQLSetStmtAttr(statement.get(), SQL_ATTR_NOSCAN, AsPointer(SQL_NOSCAN_ON), 0);
     const SQLRETURN ran = SQLExecDirect(statement.get(), Bytes(text), static_cast<SQLINTEGER>(text.size()));
@@ -301,9 +317,9 @@ void Connection::Fail(SQLHSTMT statement)
     m_arriving = nullptr;
     NoteFailure(failure);
     SQLFreeStmt(statement, SQL_CLOSE);
-    if (m_dialect == Dialect::postgresql && !m_inTransaction) {
+    if (m_dialect == Dialect::postgresql && !m_inTransaction && m_alive) {
         // The driver leaves the transaction open that it read the rows in.
-        const auto rollback = NewHandle<Statement>(SQL_HANDLE_STMT, m_handle.get());
+        const Statement rollback = NewStatement();
         SQLExecDirect(rollback.get(), Bytes("ROLLBACK"), SQL_NTS);
     }
     throw failure.Exception();

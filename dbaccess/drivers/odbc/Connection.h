@@ -63,6 +63,7 @@ private:
     void Connect(const ConnectionString& string);
     void MakeReady();
     void RefuseInLostTransaction() const;
+    Statement NewStatement();
     Statement Run(std::string_view text);
     void NoteFailure(const Failure& failure) noexcept;
     void SetAutocommit(bool on);

@@ -32,6 +32,21 @@ std::string_view Trimmed(std::string_view message)
     return message.substr(0, message.find_last_not_of(kBlanks) + 1);
 }
 
+/// Messages are lines of a log to drivers, and a part of a sentence here.
+std::string OnOneLine(std::string_view message)
+{
+    std::string line;
+    for (const char ch : message) {
+        const bool isBlank = kBlanks.find(ch) != std::string_view::npos;
+        if (!isBlank) {
+            line += ch;
+        } else if (!line.ends_with(' ')) {
+            line += ' ';
+        }
+    }
+    return line;
+}
+
 void Join(std::string& message, std::string_view more)
 {
     if (!more.empty() && message.find(more) == std::string::npos) {
@@ -72,7 +87,7 @@ Failure LastFailure(short handleType, void* handle)
             failure.sqlState = reinterpret_cast<const char*>(state.data());
             failure.number = number;
         }
-        Join(failure.message, Trimmed(reinterpret_cast<const char*>(text.data())));
+        Join(failure.message, OnOneLine(Trimmed(reinterpret_cast<const char*>(text.data()))));
     }
     return failure;
 }

@@ -295,11 +295,14 @@ void TakeNamedFile(sqlite3* db, const std::string& path, int busyTimeout)
 {
     try {
         TakeFile(db, path, busyTimeout);
-    } catch (const CAException&) {
+    } catch (const CAException& e) {
         if (sqlite3_errcode(db) == SQLITE_NOTADB) {
             Refuse("", path, " is not an SQLite file");
         }
-        throw;
+        if (e.GetErrorCode().IsEmpty()) {
+            throw;
+        }
+        throw CAException(platform::Utf8ToAnsi("cannot open " + path + ": ") + e.GetErrorText(), e.GetErrorCode());
     }
 }
 
