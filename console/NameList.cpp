@@ -35,6 +35,16 @@ void AddNames(std::istream& in, bool endWithNul, std::vector<std::string>& names
     }
 }
 
+/// @param isGiven  whether names are to come from a file or a stream. @throws Error (invalid), always.
+[[noreturn]] void ThrowNoName(bool isGiven, const std::string& file, std::string_view parameter)
+{
+    if (!isGiven) {
+        binding::ThrowMissing(parameter);
+    }
+    const bool isStream = file.empty() || file == kStandardInput;
+    throw Error(ErrorCode::invalid, FillPattern("there is no name in {}", isStream ? "standard input" : Visible(file)));
+}
+
 /// Gives the last word of a list to the argument that comes after it, if there is one.
 void TakeLast(std::vector<ParamInfo>::const_iterator list, std::vector<ParamInfo>::const_iterator end,
               CommandLine& given)
@@ -81,13 +91,8 @@ void ReadNames(const Command& command, CommandLine& given, Terminal& terminal)
         std::istringstream file(ReadTextFile(source.file));
         AddNames(file, source.endWithNul, names);
     }
-    if (names.empty() && isGiven) {
-        const bool isStream = source.file.empty() || source.file == kStandardInput;
-        throw Error(ErrorCode::invalid,
-                    FillPattern("there is no name in {}", isStream ? "standard input" : Visible(source.file)));
-    }
     if (names.empty()) {
-        binding::ThrowMissing(list->name);
+        ThrowNoName(isGiven, source.file, list->name);
     }
     given.values[std::string(list->name)] = std::move(names);
 }
