@@ -6,7 +6,7 @@ import { checkAccess, openPage, until, useServer } from "./support.mjs";
 const kClerks = 3000;
 const people = Array.from({ length: kClerks }, (_, i) => `clerk${i + 1},Clerk ${i + 1}\n`);
 const shared = useServer(["view create Company", "group create /Company/Sales"], { people: `login,name\n${people.join("")}` });
-const locked = () => shared.server.json("user", "list", "--locked").length;
+const locked = () => shared.server.countUsers("--locked");
 const jobs = page => page.locator("details.jobs");
 
 /** Selects all clerks and has something done with them, up to what is shown before. */

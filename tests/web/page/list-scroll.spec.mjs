@@ -61,7 +61,7 @@ test("people are selected by keys, locked together, and unlocked by Undo", async
     await checkAccess(page);
     await page.getByRole("button", { name: "Lock", exact: true }).click();
     await page.getByText(/locked user100 .*; locked/).waitFor();
-    const locked = () => shared.server.json("user", "list", "--locked").length;
+    const locked = () => shared.server.countUsers("--locked");
     assert.equal(locked(), 3);
     await page.getByRole("button", { name: "Undo" }).click();
     await until(() => locked() === 0);

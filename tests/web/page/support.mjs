@@ -79,6 +79,7 @@ export async function startServer(commands = [], { withPassword = true, people =
     return {
         ...served,
         qvadmin,
+        countUsers: (...options) => Number(qvadmin("user", "count", ...options, "-o", "json")),
         json: (...words) => JSON.parse(qvadmin(...words, "-o", "json")),
         async stop() {
             await served.stop();
