@@ -234,8 +234,6 @@ Record RecordOf(const Subject& subject, const Explanation& explanation)
     const QuestionKind kind = subject.question.kind;
     const bool hasBits = kind == QuestionKind::bit || kind == QuestionKind::mask;
     const bool isNumber = kind == QuestionKind::all || kind == QuestionKind::limit;
-    const auto decider =
-        explanation.decidedBy ? std::optional(explanation.rows[*explanation.decidedBy].roleId) : std::nullopt;
     return {{"user", subject.user.login},
             {"user_id", std::int64_t{subject.user.id}},
             {"genre", subject.genre},
@@ -244,7 +242,8 @@ Record RecordOf(const Subject& subject, const Explanation& explanation)
             {"bits", hasBits ? Value(std::int64_t{subject.question.bits}) : Value()},
             {"ran", explanation.ran},
             {"verdict", isNumber ? Value(std::int64_t{explanation.verdict}) : Value(explanation.verdict != 0)},
-            {"decided_by", OrAbsent(decider)},
+            {"decided_by",
+             explanation.decidedBy ? Value(std::int64_t{explanation.rows[*explanation.decidedBy].roleId}) : Value()},
             {"case", std::string(NameOf(explanation.reason))}};
 }
 
