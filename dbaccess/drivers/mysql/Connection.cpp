@@ -323,7 +323,8 @@ Connection::Connection(Settings settings)
         }
         const Failure failure = FailureToConnect(handle.get());
         number = failure.number;
-        refusals += (refusals.empty() ? "" : "; ") + NameOf(server) + ": " + failure.message;
+        refusals += refusals.empty() ? "" : "; ";
+        refusals += NameOf(server) + ": " + failure.message;
         if (!IsForAnotherServer(number)) {
             break;
         }
