@@ -188,7 +188,7 @@ struct RunReport {
     std::optional<CommandLog> log;
     bool isChanged = false;
     bool writesJson = false;
-    bool hasFailed = false; ///< and a sentence has said so
+    bool isComplete = false; ///< it was not ended by an error, which has been reported
 };
 
 /// Whether a run of a command of the table has changed something.
@@ -310,9 +310,8 @@ void WriteAsJson(const Error& error, Terminal& terminal)
     ErrorsOf(terminal) << '\n';
 }
 
-Exit Failed(const Error& error, const std::vector<std::string>& words, Terminal& terminal, RunReport& report)
+Exit Failed(const Error& error, const std::vector<std::string>& words, Terminal& terminal, const RunReport& report)
 {
-    report.hasFailed = true;
     if (!report.writesJson && !AskForJson(words)) {
         return Reported(ExitFor(error.Code()), error.Why(), terminal);
     }
@@ -324,24 +323,25 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, Sha
 {
     try {
         try {
-            return RunWords(words, terminal, shared, report);
+            const Exit exit = RunWords(words, terminal, shared, report);
+            report.isComplete = true;
+            return exit;
         } catch (const Error& e) {
             return Failed(e, words, terminal, report);
         }
     } catch (const std::bad_alloc&) {
-        report.hasFailed = true;
         return Reported(Exit::failed, std::string(OutOfMemorySentence(terminal)), terminal);
     } catch (const std::exception& e) {
-        report.hasFailed = true;
         return Reported(Exit::failed, FillPattern("internal error: {}", e.what()), terminal);
     }
 }
 
-/// Whether output is missing that nobody has said anything of. Who closed it has read enough, which is no failure.
+/// Whether output was lost and nothing has been reported yet. A reader that closed it has read enough, which is no
+/// failure.
 bool LacksOutput(Terminal& terminal, const RunReport& report)
 {
     terminal.out.flush();
-    return !terminal.out && !terminal.outIsClosed() && !report.hasFailed;
+    return !terminal.out && !terminal.outIsClosed() && report.isComplete;
 }
 
 Exit RunLogged(const std::vector<std::string>& words, Terminal& given, SharedSession* shared)

@@ -20,7 +20,6 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <ios>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -350,12 +349,7 @@ Exit Backup(const LocalCall& context)
 /// @throws Error (failed) with the system's reason.
 void RequireReadable(const std::string& file)
 {
-    FileBuffer buffer(OpenForReading(file));
-    try {
-        buffer.sgetc();
-    } catch (const std::ios_base::failure& e) {
-        ThrowUnreadable(file, e.code().value());
-    }
+    ReadFile(file, [](FileBuffer& buffer) { return buffer.sgetc(); });
 }
 
 /// @throws Error for what cannot be restored.
@@ -376,7 +370,7 @@ void OpenBackup(CAConnect& conn, const std::string& file, Arguments arguments)
     }
     if (status.state != schema::State::current) {
         throw Error(ErrorCode::database,
-                    FillPattern("{} is no backup of a directory; nothing was restored", Visible(file)));
+                    FillPattern("{} is not a backup of a directory; nothing was restored", Visible(file)));
     }
 }
 

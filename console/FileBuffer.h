@@ -3,6 +3,7 @@
 #include "management/Sentence.h"
 
 #include <array>
+#include <ios>
 #include <streambuf>
 #include <string>
 
@@ -32,5 +33,18 @@ int OpenForReading(const std::string& path);
 management::Sentence UnreadableSentence(const std::string& name, int error);
 /// @param error  of the system. @throws management::Error (failed), always.
 [[noreturn]] void ThrowUnreadable(const std::string& path, int error);
+
+/// Opens a file and reads from it. @return what `read` returns. @throws management::Error (failed) where the system
+/// does not let it be opened or read.
+template <class Read>
+auto ReadFile(const std::string& path, Read read)
+{
+    FileBuffer buffer(OpenForReading(path));
+    try {
+        return read(buffer);
+    } catch (const std::ios_base::failure& e) {
+        ThrowUnreadable(path, e.code().value());
+    }
+}
 
 } // namespace console

@@ -42,7 +42,7 @@ void AddNames(std::istream& in, bool endWithNul, std::vector<std::string>& names
         binding::ThrowMissing(parameter);
     }
     const bool isStream = file.empty() || file == kStandardInput;
-    throw Error(ErrorCode::invalid, FillPattern("there is no name in {}", isStream ? "standard input" : Visible(file)));
+    throw Error(ErrorCode::invalid, FillPattern("{} contains no names", isStream ? "standard input" : Visible(file)));
 }
 
 /// Gives the last word of a list to the argument that comes after it, if there is one.

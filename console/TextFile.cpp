@@ -6,7 +6,6 @@
 #include "management/Text.h"
 #include "platform/CodePage.h"
 
-#include <ios>
 #include <iterator>
 
 namespace console {
@@ -24,13 +23,8 @@ void RequireUtf8(const std::string& text, const std::string& name)
 
 std::string ReadTextFile(const std::string& path)
 {
-    FileBuffer buffer(OpenForReading(path));
-    std::string text;
-    try {
-        text.assign(std::istreambuf_iterator<char>(&buffer), {});
-    } catch (const std::ios_base::failure& e) {
-        ThrowUnreadable(path, e.code().value());
-    }
+    const std::string text =
+        ReadFile(path, [](FileBuffer& buffer) { return std::string(std::istreambuf_iterator<char>(&buffer), {}); });
     RequireUtf8(text, Visible(path));
     return text;
 }

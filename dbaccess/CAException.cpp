@@ -1,6 +1,7 @@
 #include "dbaccess/CAException.h"
 
-#include <string>
+#include "dbaccess/drivers/common/OneLine.h"
+
 #include <string_view>
 #include <utility>
 
@@ -9,38 +10,23 @@ CAException::CAException(const CAException&) = default;
 CAException::CAException(CAException&&) noexcept = default;
 CAException::~CAException() = default;
 
-namespace {
-
-void AppendOnOneLine(CString& line, std::string_view text)
-{
-    std::string flat;
-    flat.reserve(text.size());
-    for (const char ch : text) {
-        const bool isBreak = ch == '\r' || ch == '\n' || ch == '\t';
-        if (!isBreak) {
-            flat += ch;
-        } else if (!flat.empty() && flat.back() != ' ') {
-            flat += ' ';
-        }
-    }
-    line += flat;
-}
-
-} // namespace
-
 CString CAException::GetErrorEx(const char* file, int line, const char* sql) const
 {
+    const auto onOneLine = [](std::string_view part) {
+        constexpr std::string_view breaks = "\r\n\t";
+        return CString(std::string_view(dbaccess::OnOneLine(part, breaks)));
+    };
     CString text;
     text.Format("%s(%d): ", file ? file : "", line);
-    AppendOnOneLine(text, m_message.View());
+    text += onOneLine(m_message.View());
     if (!m_code.IsEmpty()) {
         text += " [";
-        AppendOnOneLine(text, m_code.View());
+        text += onOneLine(m_code.View());
         text += "]";
     }
     if (sql != nullptr && *sql != '\0') {
         text += ": ";
-        AppendOnOneLine(text, sql);
+        text += onOneLine(sql);
     }
     return text;
 }

@@ -144,7 +144,7 @@ TEST_P(BackupTest, WhatIsNoBackupIsCalledSo)
     std::filesystem::create_directory(Path("folder"));
     std::filesystem::create_symlink("nowhere", Path("link"));
     const std::vector<std::tuple<std::string, int, std::string>> cases = {
-        {Path("empty"), 6, Path("empty") + " is no backup of a directory; nothing was restored\n"},
+        {Path("empty"), 6, Path("empty") + " is not a backup of a directory; nothing was restored\n"},
         {Path("torn"), 6, "cannot open " + Path("torn") + ": database disk image is malformed [SQLite 11]\n"},
         {Path("folder"), 1, "cannot read " + Path("folder") + ": Is a directory\n"},
         {Path("link"), 1, "cannot read " + Path("link") + ": No such file or directory\n"},

@@ -187,11 +187,11 @@ TEST_P(BatchOn, NamesComeFromStandardInputAndFiles)
     EXPECT_EQ(missing.exit, 3);
     EXPECT_THAT(missing.err, AllOf(HasSubstr("nobody"), HasSubstr("no one")));
     EXPECT_EQ(Locked(), "");
-    EXPECT_EQ(RunWith("", {"user", "lock", "-"}).err, "qvadmin: there is no name in standard input\n");
+    EXPECT_EQ(RunWith("", {"user", "lock", "-"}).err, "qvadmin: standard input contains no names\n");
     WriteFile("empty", "\n\n");
     const ChildResult empty = Run({"user", "lock", "--file", Path("empty")});
     EXPECT_EQ(empty.exit, 2);
-    EXPECT_EQ(empty.err, "qvadmin: there is no name in " + Path("empty") + "\n");
+    EXPECT_EQ(empty.err, "qvadmin: " + Path("empty") + " contains no names\n");
     EXPECT_THAT(RunWith("a\xFF\n", {"user", "lock", "-"}).err, HasSubstr("is not UTF-8; nothing was done"));
     EXPECT_EQ(Run({"user", "lock", "--file", Path("missing")}).exit, 1);
 }

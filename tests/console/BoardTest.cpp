@@ -171,6 +171,6 @@ TEST_F(BoardConsoleTest, ADeletionThatFailsLeavesAllAsItWas)
 {
     Execute("CREATE TRIGGER no BEFORE DELETE ON Kel_Board WHEN old.Col_ID = '2' BEGIN SELECT RAISE(ABORT, 'kept'); "
             "END");
-    ExpectRefusal({"board", "delete", "n'1\\", "2", "--yes"}, 6, "kept");
+    ExpectRefusalAfterPlan({"board", "delete", "n'1\\", "2", "--yes"}, 6, "kept");
     EXPECT_THAT(Done({"board", "show", "n'1\\", "-o", "csv"}), HasSubstr(",2,1,1\n"));
 }

@@ -64,14 +64,25 @@ protected:
         return result.err;
     }
 
-    /// Runs a command that is to be refused: by a sentence on standard error, before which a plan may be shown, and
-    /// with nothing on standard output.
-    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
+    /// Runs a command that is to be refused. @return what it writes to standard error.
+    std::string Refusal(const std::vector<std::string>& words, int exit)
     {
         const ChildResult result = Run(words);
         EXPECT_EQ(result.exit, exit) << result.err;
         EXPECT_EQ(result.out, "");
-        EXPECT_THAT("\n" + result.err, testing::AllOf(testing::HasSubstr("\nqvadmin: "), testing::HasSubstr(part)));
+        return result.err;
+    }
+
+    /// Runs a command that is to be refused: by a sentence on standard error, and with nothing on standard output.
+    void ExpectRefusal(const std::vector<std::string>& words, int exit, const std::string& part)
+    {
+        EXPECT_THAT(Refusal(words, exit), testing::AllOf(testing::StartsWith("qvadmin: "), testing::HasSubstr(part)));
+    }
+
+    /// The same, where the command shows its plan first.
+    void ExpectRefusalAfterPlan(const std::vector<std::string>& words, int exit, const std::string& part)
+    {
+        EXPECT_THAT(Refusal(words, exit), testing::AllOf(testing::HasSubstr("\nqvadmin: "), testing::HasSubstr(part)));
     }
 
     void Init() { ASSERT_EQ(Run({"db", "init"}).exit, 0); }

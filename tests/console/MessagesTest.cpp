@@ -418,7 +418,7 @@ TEST_F(MessageConsoleTest, ASweepThatFailsLeavesAllAsItWas)
     Execute("INSERT INTO kel_Msg_AttachMent (Col_MsgID) VALUES (7)");
     Execute("INSERT INTO kel_Msg_Rece (Col_MsgID) VALUES (7)");
     Execute("CREATE TRIGGER no BEFORE DELETE ON kel_Msg_Rece BEGIN SELECT RAISE(ABORT, 'kept'); END");
-    ExpectRefusal({"message", "sweep", "--yes"}, 6, "kept");
+    ExpectRefusalAfterPlan({"message", "sweep", "--yes"}, 6, "kept");
     EXPECT_EQ(Count("kel_Msg_AttachMent"), 1);
 }
 

@@ -262,7 +262,7 @@ TEST_F(PlanCommandsTest, APlanIsDeletedWithItsAssignments)
     EXPECT_EQ(result.exit, 9);
     EXPECT_THAT(result.err, StartsWith("delete Nightly (plan 1), with 2 assignments\n"));
     Execute("CREATE TRIGGER refuse BEFORE DELETE ON Tab_Doc_Backup_Rel BEGIN SELECT RAISE(ABORT, 'not today'); END");
-    ExpectRefusal({"plan", "delete", "Nightly", "--yes"}, 6, "not today");
+    ExpectRefusalAfterPlan({"plan", "delete", "Nightly", "--yes"}, 6, "not today");
     EXPECT_EQ(Shown("Nightly")["users"], 2);
     Execute("DROP TRIGGER refuse");
     EXPECT_THAT(Run({"plan", "delete", "Nightly", "--yes"}).err, HasSubstr("\ndeleted Nightly (plan 1)\n"));

@@ -1,5 +1,6 @@
 #include "dbaccess/drivers/odbc/Error.h"
 
+#include "dbaccess/drivers/common/OneLine.h"
 #include "dbaccess/drivers/odbc/Odbc.h"
 #include "dbaccess/drivers/odbc/Text.h"
 #include "platform/CodePage.h"
@@ -30,21 +31,6 @@ std::string_view Trimmed(std::string_view message)
     message = WithoutNames(message);
     message = message.substr(0, message.rfind(";\nError while "));
     return message.substr(0, message.find_last_not_of(kBlanks) + 1);
-}
-
-/// Messages are lines of a log to drivers, and a part of a sentence here.
-std::string OnOneLine(std::string_view message)
-{
-    std::string line;
-    for (const char ch : message) {
-        const bool isBlank = kBlanks.find(ch) != std::string_view::npos;
-        if (!isBlank) {
-            line += ch;
-        } else if (!line.ends_with(' ')) {
-            line += ' ';
-        }
-    }
-    return line;
 }
 
 void Join(std::string& message, std::string_view more)
@@ -87,7 +73,8 @@ Failure LastFailure(short handleType, void* handle)
             failure.sqlState = reinterpret_cast<const char*>(state.data());
             failure.number = number;
         }
-        Join(failure.message, OnOneLine(Trimmed(reinterpret_cast<const char*>(text.data()))));
+        // Drivers break lines in their messages, which are part of a sentence here.
+        Join(failure.message, OnOneLine(Trimmed(reinterpret_cast<const char*>(text.data())), kBlanks));
     }
     return failure;
 }
