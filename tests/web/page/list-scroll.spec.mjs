@@ -102,6 +102,7 @@ test("a new user is made where the list stands", async () => {
     const { page, finish } = await openPage(shared);
     await page.getByRole("tree").getByText("Company").dblclick();
     await page.getByRole("tree").getByText("Sales").click();
+    await page.getByText("Everyone / Company / Sales").waitFor();
     await page.getByText("Nobody is here.").waitFor();
     await page.getByRole("button", { name: "New user" }).click();
     const dialog = page.getByRole("dialog");

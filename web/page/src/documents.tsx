@@ -2,7 +2,7 @@
 import type { ComponentChildren } from "preact";
 import { useEffect, useState } from "preact/hooks";
 import { type Answer, type Command, type Row, type Step, may, run } from "./api";
-import { useAnswer } from "./answers";
+import { useAnswer, whileAsked } from "./answers";
 import { type Branch, type Line, parentOf, useTree } from "./branches";
 import { Trouble, askFor, change, changeOrSay } from "./dialogs";
 import { openCommand } from "./generic";
@@ -383,9 +383,7 @@ export function Documents(props: { where: Where; commands: Command[] }) {
     });
     // A place that a link leads to is shown in the tree.
     useEffect(() => {
-        if (at && !tree.chosen) {
-            trailTo(at).then(setTrail, () => undefined);
-        }
+        return at && !tree.chosen ? whileAsked(trailTo(at), setTrail, () => undefined) : undefined;
     }, [at]);
     const newRoot = props.commands.find(command => command.path.join(" ") === "docroot create");
     return (

@@ -4,7 +4,7 @@ import { useEffect, useState } from "preact/hooks";
 import { useAnswer } from "./answers";
 import { type Answer, type Command, type Parameter, type Row, type RunOptions, type Value, type Values, run } from "./api";
 import { Dialog, Trouble, change, changeOrSay, openDialog, sentence, toast, useWork } from "./dialogs";
-import { go, useChanges } from "./place";
+import { go } from "./place";
 import { RecordView, Table } from "./table";
 import { commandName, nounName, retold, t, verbName, words } from "./texts";
 
@@ -339,16 +339,8 @@ function nameOf(noun: string, row: Row, parameter: Parameter): string {
 
 /** @param props.isAlone  whether the page's heading tells the noun. */
 function Noun(props: { noun: string; isAlone: boolean; commands: Command[] }) {
-    const changes = useChanges();
     const list = listOf(props.commands);
-    const [answer, setAnswer] = useState<Answer>();
-    const [trouble, setTrouble] = useState("");
-    useEffect(() => {
-        setTrouble("");
-        if (list) {
-            run(pathOf(list), {}).then(setAnswer, error => setTrouble(sentence(error)));
-        }
-    }, [list && pathOf(list), changes]);
+    const { answer, trouble } = useAnswer(list && pathOf(list), {});
     const commandOf = (verb: string) => props.commands.find(command => command.path[1] === verb && command.path.length === 2);
     const show = commandOf("show");
     const inRow = ["set", "delete", "remove"]

@@ -104,15 +104,24 @@ export function List(props: {
         }
         asked.current.add(offset);
         const { result } = people;
+        const listed = last.current;
+        // What comes when another list is shown already is of no use.
+        const isLate = () => last.current !== listed;
         try {
-            take(await listPeople({ result, offset: String(offset), limit: String(kPage) }));
+            const page = await listPeople({ result, offset: String(offset), limit: String(kPage) });
+            isLate() || take(page);
         } catch (error) {
+            if (isLate()) {
+                return;
+            }
             asked.current.delete(offset);
             if (error instanceof Problem && error.code === "result_gone") {
                 const page = await listPeople(queryOf(query));
-                asked.current = new Set([0]);
-                setPeople(page);
-                take(page);
+                if (!isLate()) {
+                    asked.current = new Set([0]);
+                    setPeople(page);
+                    take(page);
+                }
             } else {
                 setTrouble(sentence(error));
             }
@@ -134,8 +143,11 @@ export function List(props: {
         setSelected(isOn && people ? Selection.allOf(people.result, total) : Selection.nobody);
     /** The people that an action on a row is meant for: those selected, or the row's alone. */
     const meant = (row: Person) => (selected.has(row.id) ? selected : Selection.of([row.id]));
+    /** Whether what is listed is what was asked for last; until that has come, what was listed before stays in sight. */
+    const isCurrent = last.current?.text === text;
+    const isGroup = query.in.startsWith("group:");
     /** The place whose own members are shown, and no others. */
-    const from = query.in.startsWith("group:") && !query.deep ? query.in : "";
+    const from = isCurrent && isGroup && !query.deep ? query.in : "";
 
     const onKey = (event: KeyboardEvent, page: number) => {
         if ((event.ctrlKey || event.metaKey) && (event.key === "a" || event.key === "x")) {
@@ -194,7 +206,8 @@ export function List(props: {
                     password: values["password"] || null,
                 })) !== null,
         );
-    const create = () => askUser(query.in.startsWith("group:") ? (people?.path ?? "") : "", props.onOpen);
+    const create = () =>
+        askUser(isGroup ? ((isCurrent ? people?.path : undefined) ?? argumentOf(query.in)) : "", props.onOpen);
 
     /** What can be done with several people at once. */
     const actionsOn = (chosen: Selection): Action[] =>

@@ -1,5 +1,6 @@
 // Rights of roles side by side, edited and saved as one change.
 import { useEffect, useState } from "preact/hooks";
+import { whileAsked } from "./answers";
 import { type Row, may, run } from "./api";
 import { Trouble, change, confirmed, sentence } from "./dialogs";
 import { addGuard, useChanges } from "./place";
@@ -38,7 +39,8 @@ export function Matrix() {
     const changes = useChanges();
     const [roles, setRoles] = useState<Role[]>([]);
     const [chosen, setChosen] = useState<ReadonlySet<number>>(new Set());
-    const [lines, setLines] = useState<Line[]>([]);
+    /** A role's column is shown when its rights are there. */
+    const [{ roles: shownRoles, lines }, setLoaded] = useState<{ roles: Role[]; lines: Line[] }>({ roles: [], lines: [] });
     const [added, setAdded] = useState<Line[]>([]);
     const [edits, setEdits] = useState<Record<string, string>>({});
     const [filter, setFilter] = useState("");
@@ -56,17 +58,19 @@ export function Matrix() {
             error => setTrouble(sentence(error)),
         );
     }, [changes]);
-    const shownRoles = roles.filter(role => chosen.has(role.id));
-    const shown = shownRoles.map(role => role.id).join();
-    useEffect(() => {
-        load(shownRoles).then(
-            found => {
-                setLines(found);
-                setTrouble("");
-            },
-            error => setTrouble(sentence(error)),
-        );
-    }, [shown, changes]);
+    const wantedRoles = roles.filter(role => chosen.has(role.id));
+    useEffect(
+        () =>
+            whileAsked(
+                load(wantedRoles),
+                found => {
+                    setLoaded({ roles: wantedRoles, lines: found });
+                    setTrouble("");
+                },
+                error => setTrouble(sentence(error)),
+            ),
+        [JSON.stringify(wantedRoles), changes],
+    );
 
     const count = Object.keys(edits).length;
     useEffect(() => {

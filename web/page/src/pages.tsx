@@ -1,6 +1,7 @@
 // Overview, Why and Audit.
 import { useEffect, useState } from "preact/hooks";
-import { type Answer, type Row, findProblems, may, overview, run } from "./api";
+import { useAnswer } from "./answers";
+import { type Row, findProblems, may, overview } from "./api";
 import { Trouble, changeOrSay, sentence, undo } from "./dialogs";
 import { AnswerView } from "./generic";
 import { type Where, go, useChanges } from "./place";
@@ -108,19 +109,12 @@ export function Overview() {
 export function Why(props: { where: Where }) {
     const { query } = props.where;
     const [values, setValues] = useState({ user: query["user"] ?? "", genre: query["genre"] ?? "", function: query["function"] ?? "" });
-    const [answer, setAnswer] = useState<Answer>();
-    const [trouble, setTrouble] = useState("");
-    const text = JSON.stringify(query);
-    useEffect(() => {
-        setAnswer(undefined);
-        setTrouble("");
-        if (query["user"] && query["genre"] && query["function"]) {
-            run("right/explain", { USER: query["user"], GENRE: query["genre"], FUNCTION: query["function"] }).then(
-                setAnswer,
-                error => setTrouble(sentence(error)),
-            );
-        }
-    }, [text]);
+    const { user = "", genre = "", function: named = "" } = query;
+    const { answer, trouble } = useAnswer(user && genre && named ? "right/explain" : undefined, {
+        USER: user,
+        GENRE: genre,
+        FUNCTION: named,
+    });
     return (
         <div class="page">
             <h1>{t("why.title")}</h1>
@@ -155,27 +149,16 @@ const kMostEntries = 500;
 
 export function Audit(props: { where: Where }) {
     const { query } = props.where;
-    const changes = useChanges();
-    const [answer, setAnswer] = useState<Answer>();
-    const [entry, setEntry] = useState<Answer>();
-    const [trouble, setTrouble] = useState("");
     const who = query["who"] ?? "";
     const noun = query["noun"] ?? "";
-    useEffect(() => {
-        run("audit/list", { limit: kMostEntries, ...(who ? { who } : {}), ...(noun ? { noun } : {}) }).then(
-            found => {
-                setAnswer(found);
-                setTrouble("");
-            },
-            error => setTrouble(sentence(error)),
-        );
-    }, [who, noun, changes]);
-    useEffect(() => {
-        setEntry(undefined);
-        if (query["entry"]) {
-            run("audit/show", { ID: query["entry"] }).then(setEntry, error => setTrouble(sentence(error)));
-        }
-    }, [query["entry"], changes]);
+    const { answer, trouble } = useAnswer("audit/list", {
+        limit: kMostEntries,
+        ...(who ? { who } : {}),
+        ...(noun ? { noun } : {}),
+    });
+    const { answer: entry, trouble: entryTrouble } = useAnswer(query["entry"] ? "audit/show" : undefined, {
+        ID: query["entry"] ?? "",
+    });
     const changesOf = entry?.parts?.["changes"] ?? [];
     return (
         <div class="page">
@@ -193,7 +176,7 @@ export function Audit(props: { where: Where }) {
                     </div>
                 ))}
             </form>
-            <Trouble text={trouble} />
+            <Trouble text={trouble || entryTrouble} />
             {entry?.record && (
                 <section class="entry" aria-label={t("audit.entry", { id: String(entry.record["id"]) })}>
                     <h2>{t("audit.entry", { id: String(entry.record["id"]) })}</h2>

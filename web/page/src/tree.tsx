@@ -1,5 +1,6 @@
 // Views and groups.
-import { useState } from "preact/hooks";
+import { useEffect, useState } from "preact/hooks";
+import { whileAsked } from "./answers";
 import { type Place, type Step, findPlaces, listPlaces, may } from "./api";
 import { type Line, parentOf, useTree } from "./branches";
 import { Trouble, askFor, change, changeOrSay, sentence } from "./dialogs";
@@ -144,18 +145,18 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
               ];
     };
 
-    const search = async (text: string) => {
-        setFilter(text);
-        if (text.trim() === "") {
+    const wanted = filter.trim();
+    useEffect(() => {
+        if (wanted === "") {
             setFound([]);
             return;
         }
-        try {
-            setFound((await findPlaces(text.trim())).rows);
-        } catch (error) {
-            setTrouble(sentence(error));
-        }
-    };
+        return whileAsked(
+            findPlaces(wanted),
+            ({ rows }) => setFound(rows),
+            error => setTrouble(sentence(error)),
+        );
+    }, [wanted]);
 
     const target = tree.chosen;
     const making = create(target, props.path);
@@ -190,10 +191,10 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
                 aria-label={t("tree.filter")}
                 placeholder={t("tree.filter")}
                 value={filter}
-                onInput={event => void search(event.currentTarget.value)}
+                onInput={event => setFilter(event.currentTarget.value)}
             />
             <Trouble text={trouble} />
-            {filter.trim() !== "" ? (
+            {wanted !== "" ? (
                 <ul class="found">
                     {found.map(row => (
                         <li key={row.key}>
@@ -201,7 +202,7 @@ export function Tree(props: { chosen: string; trail: Step[] | undefined; path: s
                                 class="link"
                                 dir="auto"
                                 onClick={() => {
-                                    void search("");
+                                    setFilter("");
                                     props.onChoose(row.key);
                                 }}
                             >
