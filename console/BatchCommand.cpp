@@ -155,7 +155,17 @@ constexpr LocalCommand kBatchCommands[] = {
 
 } // namespace
 
-Exit RunBatchOfInput(const LocalCall& call) { return Batch(call, BatchInput()).Run(ReadLines(call.terminal.in)); }
+bool EndsShell(const std::vector<std::string>& words)
+{
+    return words.size() == 1 && (words.front() == "exit" || words.front() == "quit");
+}
+
+Exit RunBatchOfInput(const LocalCall& call)
+{
+    std::vector<Line> lines = ReadLines(call.terminal.in);
+    lines.erase(std::ranges::find_if(lines, [](const Line& line) { return EndsShell(line.words); }), lines.end());
+    return Batch(call, BatchInput()).Run(lines);
+}
 
 std::span<const LocalCommand> BatchCommands() { return kBatchCommands; }
 

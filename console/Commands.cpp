@@ -354,9 +354,10 @@ Exit RunLogged(const std::vector<std::string>& words, Terminal& given, SharedSes
     RunReport report;
     Exit exit = RunReporting(words, terminal, shared, report);
     if (shared == nullptr && LacksOutput(terminal, report)) {
-        exit = Failed(
-            Error(ErrorCode::failed, "the output could not be written in full; what the command changed stays changed"),
-            words, terminal, report);
+        constexpr auto kLost = Translatable("the output could not be written in full");
+        constexpr auto kStays =
+            Translatable("the output could not be written in full; what the command changed stays changed");
+        exit = Failed(Error(ErrorCode::failed, *terminal.mayHaveChanged ? kStays : kLost), words, terminal, report);
     }
     try {
         if (report.log) {

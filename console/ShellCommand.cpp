@@ -24,8 +24,6 @@ namespace console {
 
 namespace {
 
-constexpr std::string_view kExit = "exit";
-
 /// What tells people which directory this is, such as directory.db or db1.example.org/directory.
 std::string DirectoryName(const Arguments& arguments)
 {
@@ -72,11 +70,12 @@ public:
 
     Exit Run()
     {
-        std::optional<std::string> line = ReadLine();
-        for (; line && *line != kExit; line = ReadLine()) {
-            RunOne(*line);
+        while (const std::optional<std::string> line = ReadLine()) {
+            if (!RunOne(*line)) {
+                return Exit::done;
+            }
         }
-        m_terminal.err << (line ? "" : "\n");
+        m_terminal.err << "\n";
         return Exit::done;
     }
 
@@ -104,7 +103,8 @@ private:
         return m_editor->Read();
     }
 
-    void RunOne(const std::string& line)
+    /// @return false for the line that ends the shell.
+    bool RunOne(const std::string& line)
     {
         std::vector<std::string> words;
         try {
@@ -112,10 +112,13 @@ private:
         } catch (const Error& e) {
             Keep(line);
             Reported(ExitFor(e.Code()), e.Why(), m_terminal);
-            return;
+            return true;
         }
         if (words.empty()) {
-            return;
+            return true;
+        }
+        if (EndsShell(words)) {
+            return false;
         }
         if (CanBeKept(words)) {
             Keep(line);
@@ -128,6 +131,7 @@ private:
         m_terminal.out.flush();
         // After Ctrl-D or Ctrl-C in an answer there are more lines to come.
         m_terminal.in.clear();
+        return true;
     }
 
     void Keep(const std::string& line)

@@ -545,14 +545,12 @@ TEST_F(ConsoleTest, OutputThatIsLostIsAFailure)
 {
     Init();
     m_options.output = "/dev/full";
-    for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{{"user", "list"},
-                                                                                       {"user", "count"},
-                                                                                       {"--help"},
-                                                                                       {"--version"},
-                                                                                       {"db", "status"},
-                                                                                       {"user", "create", "amy"}}) {
-        ExpectRefusal(Run(words), 1, "could not be written");
+    for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+             {"user", "list"}, {"user", "count"}, {"--help"}, {"--version"}, {"db", "status"}}) {
+        ExpectRefusal(Run(words), 1, "the output could not be written in full\n");
     }
+    ExpectRefusal(Run({"user", "create", "amy"}), 1,
+                  "the output could not be written in full; what the command changed stays changed\n");
     const ChildResult asObject = Run({"user", "list", "-o", "json"});
     EXPECT_EQ(asObject.exit, 1);
     EXPECT_EQ(json::parse(asObject.err).at("exit"), 1);

@@ -174,6 +174,9 @@ TEST_P(ShellOn, BringsLinesBackAlsoThoseOfBefore)
     EXPECT_EQ(Locked(), "amy\n");
     second->Type("exit\n");
     EXPECT_EQ(second->Finish().exit, 0);
+    const auto third = Start();
+    third->Type(" quit \n");
+    EXPECT_EQ(third->Finish().exit, 0);
 }
 
 TEST_P(ShellOn, KeepsNoPasswords)
@@ -231,6 +234,9 @@ TEST_P(ShellOn, WithoutATerminalItIsABatch)
     EXPECT_EQ(Kept(), "");
     EXPECT_THAT(RunWith("shell\n", {"batch", "-"}).err, HasSubstr("a shell cannot be run from within another"));
     EXPECT_EQ(RunWith("user count\n", {"-o", "json", "batch", "-"}).out, "3\n");
+    EXPECT_EQ(RunWith("user count\nexit\nuser lock amy rory\n", {"shell"}).err,
+              "line 1: done: user count\n1 of 1 command run, 0 failed\n");
+    EXPECT_EQ(RunWith("exit\n", {"batch", "-"}).exit, 7);
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, ShellOn, Engines(), EngineName);
