@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 
@@ -128,6 +129,45 @@ TEST_F(SqliteTest, WritesNothingInReadOnlyMode)
     conn.Open(Url("?mode=ro"));
     EXPECT_STREQ(TextOf(conn, "SELECT COUNT(*) FROM t"), "0");
     EXPECT_THAT(RaisedWithCode([&] { conn.Execute("INSERT INTO t VALUES (1)"); }), HasSubstr("readonly"));
+}
+
+TEST_F(SqliteTest, ChangesNothingInAFileThatIsNoLongerInItsPlace)
+{
+    const auto open = [this](CAConnect& conn) {
+        fs::remove_all(m_folder);
+        fs::create_directory(m_folder);
+        conn.Open(Url());
+        conn.Execute("CREATE TABLE t (a)");
+        conn.Execute("INSERT INTO t VALUES ('before')");
+    };
+    const auto replace = [this] {
+        std::ofstream(m_folder / "other") << "another file";
+        fs::rename(m_folder / "other", File());
+    };
+    const std::string moved = "the file " + File().string() + " has been moved, replaced or deleted [SQLite 1032]";
+    const std::vector<std::function<void(CAConnect&)>> statements = {
+        [](CAConnect& conn) { conn.Execute("DELETE FROM t"); },
+        [](CAConnect& conn) { TextOf(conn, "SELECT a FROM t"); },
+        [](CAConnect& conn) { conn.BeginTrans(); },
+    };
+    for (const auto& statement : statements) {
+        CAConnect conn;
+        open(conn);
+        replace();
+        EXPECT_EQ(RaisedWithCode([&] { statement(conn); }), moved);
+        EXPECT_FALSE(conn.IsOpen());
+        EXPECT_EQ(Bytes(File()), "another file");
+    }
+    CAConnect conn;
+    open(conn);
+    conn.BeginTrans();
+    conn.Execute("DELETE FROM t");
+    fs::rename(File(), m_folder / "moved");
+    EXPECT_EQ(RaisedWithCode([&] { conn.CommitTrans(); }), moved);
+    conn.Close();
+    fs::rename(m_folder / "moved", File());
+    conn.Open(Url());
+    EXPECT_STREQ(TextOf(conn, "SELECT a FROM t"), "before");
 }
 
 TEST_F(SqliteTest, RefusesAFileThatIsNoDatabaseAndLeavesItAlone)

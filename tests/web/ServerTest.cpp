@@ -318,6 +318,28 @@ TEST_F(ServerTest, NewsIsOfThisAndOtherConsoles)
     EXPECT_EQ(Got(client, "/users").at("total"), 3);
 }
 
+TEST_F(ServerTest, AFileThatIsReplacedTakesNoChangesAndTheNewOneIsServed)
+{
+    HttpClient client = Signed();
+    const std::string file = Url().substr(Url().find(':') + 1);
+    m_conn.Execute(("VACUUM INTO '" + file + ".new'").c_str());
+    Run(client, "user/create", {{"LOGIN", "amy"}});
+    EXPECT_EQ(Got(client, "/users").at("total"), 2);
+    m_conn.Close();
+    std::filesystem::rename(file + ".new", file);
+    for (const char* const log : {"-wal", "-shm"}) {
+        std::filesystem::remove(file + log);
+    }
+    const HttpAnswer refused = Ask(client, "user/create", {{"parameters", {{"LOGIN", "rory"}}}});
+    EXPECT_EQ(refused.status, 503);
+    EXPECT_THAT(refused.body, HasSubstr("has been moved, replaced or deleted"));
+    Run(client, "user/create", {{"LOGIN", "rory"}});
+    EXPECT_EQ(client.Get("/api/v1/users").status, 503);
+    const json users = Got(client, "/users");
+    EXPECT_EQ(users.at("total"), 2);
+    EXPECT_EQ(users.at("rows").at(1).at("login"), "rory");
+}
+
 TEST_F(ServerTest, NewsEndsWithItsSession)
 {
     HttpClient client = Signed();

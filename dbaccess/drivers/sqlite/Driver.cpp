@@ -366,7 +366,7 @@ public:
 
     [[nodiscard]] int DbType() const override { return m_dbType; }
     [[nodiscard]] std::string EngineName() const override { return std::string("SQLite ") + sqlite3_libversion(); }
-    [[nodiscard]] bool IsAlive() const override { return true; }
+    [[nodiscard]] bool IsAlive() const override { return !m_hasMoved; }
 
     std::int64_t Execute(const char* sql) override
     {
@@ -379,6 +379,7 @@ public:
                 return ChangedSince(before, code);
             }
         }
+        RequireFileInPlace();
         const Statement statement = Prepare(m_db.get(), text);
         const std::int64_t before = sqlite3_total_changes64(m_db.get());
         return ChangedSince(before, StepToEnd(statement.get()));
@@ -395,6 +396,7 @@ public:
                 return std::make_unique<Rows>(std::move(kept), m_file, first);
             }
         }
+        RequireFileInPlace();
         return std::make_unique<Rows>(RunningStatement(Prepare(m_db.get(), text)), m_file, SQLITE_OK);
     }
 
@@ -403,6 +405,7 @@ public:
     void Begin() override
     {
         RefuseInLostTransaction();
+        RequireFileInPlace();
         Run(m_db.get(), "BEGIN IMMEDIATE");
         m_inTransaction = true;
     }
@@ -410,6 +413,7 @@ public:
     void Commit() override
     {
         RefuseInLostTransaction();
+        RequireFileInPlace();
         Run(m_db.get(), "COMMIT");
         m_inTransaction = false;
     }
@@ -459,11 +463,29 @@ private:
         }
     }
 
+    // With a write-ahead log the engine does not look, and goes on writing to a file that nobody will read again. It is
+    // looked at where that costs little: with transactions, and with statements that are prepared.
+    void RequireFileInPlace()
+    {
+        int hasMoved = 0;
+        m_hasMoved =
+            m_hasMoved || (sqlite3_file_control(m_db.get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved) == SQLITE_OK &&
+                           hasMoved != 0);
+        if (m_hasMoved) {
+            CString code;
+            code.Format("SQLite %d", SQLITE_READONLY_DBMOVED);
+            throw CAException(platform::Utf8ToAnsi(std::string("the file ") + sqlite3_db_filename(m_db.get(), nullptr) +
+                                                   " has been moved, replaced or deleted"),
+                              code);
+        }
+    }
+
     std::shared_ptr<const ImmutableFile> m_file;
     Handle m_db;
     int m_dbType;
     Statements m_statements;
     bool m_inTransaction = false;
+    bool m_hasMoved = false;
 };
 
 } // namespace
