@@ -121,7 +121,6 @@ export async function settled(page) {
 /** A page in a browser of its own. What goes wrong in it fails the test that calls `finish`. */
 export async function openPage(shared, { path = "/", width = 1440, height = 900, signedIn = true, login = "Admin", ...options } = {}) {
     const context = await shared.browser.newContext({ viewport: { width, height }, locale: "en-GB", ...options });
-    await context.addInitScript({ content: axe });
     const page = await context.newPage();
     const errors = [];
     page.on("pageerror", error => errors.push(String(error)));
@@ -169,6 +168,7 @@ export async function openPage(shared, { path = "/", width = 1440, height = 900,
 /** Fails for what keeps people with disabilities from using what the page shows. */
 export async function checkAccess(page) {
     const session = await page.context().newCDPSession(page);
+    await session.send("Runtime.evaluate", { expression: `window.axe || (() => {${axe}})()` });
     const { result } = await session.send("Runtime.evaluate", {
         expression: `axe.run(document, { resultTypes: ["violations"] }).then(found => JSON.stringify(found.violations.map(
             one => one.id + ": " + one.nodes.map(node => node.html + " " + node.failureSummary).join("; "))))`,
