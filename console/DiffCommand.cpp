@@ -1,3 +1,4 @@
+#include "console/FileBuffer.h"
 #include "console/LocalCommand.h"
 #include "console/OtherUrl.h"
 #include "console/Session.h"
@@ -10,6 +11,7 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <istream>
 #include <set>
 #include <system_error>
 
@@ -53,12 +55,24 @@ DirectoryLines LinesOf(const Arguments& arguments, const ExportScope& scope, Ter
     return DirectoryLines::Of(call, scope, true);
 }
 
-DirectoryLines LinesOfFile(const std::string& path, std::istream& standardInput)
+DirectoryLines LinesIn(std::istream& in, const std::string& name)
 {
-    SourceFile file(path, standardInput);
-    LineReader reader(file.Stream(), file.Name());
+    LineReader reader(in, name);
     reader.RequireHead();
     return DirectoryLines::Of(reader);
+}
+
+DirectoryLines LinesOfFile(const std::string& path, std::istream& standardInput)
+{
+    if (path == kStandardStream) {
+        return LinesIn(standardInput, "standard input");
+    }
+    return ReadFile(path, [&path](FileBuffer& buffer) {
+        // What cannot be read at all, such as a folder, is refused with the system's reason.
+        buffer.sgetc();
+        std::istream in(&buffer);
+        return LinesIn(in, Visible(path));
+    });
 }
 
 Sentence Summary(const std::vector<DirectoryDifference>& differences)

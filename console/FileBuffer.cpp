@@ -5,7 +5,6 @@
 #include "management/Text.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -38,12 +37,6 @@ int OpenForReading(const std::string& path)
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
         ThrowUnreadable(path, errno);
-    }
-    // A folder can be opened; that it cannot be read is said before anything begins.
-    struct stat status = {};
-    if (::fstat(file, &status) == 0 && S_ISDIR(status.st_mode)) {
-        ::close(file);
-        ThrowUnreadable(path, EISDIR);
     }
     return file;
 }
