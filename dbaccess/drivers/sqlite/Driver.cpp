@@ -463,8 +463,8 @@ private:
         }
     }
 
-    // With a write-ahead log the engine does not look, and goes on writing to a file that nobody will read again. It is
-    // looked at where that costs little: with transactions, and with statements that are prepared.
+    // With a write-ahead log the engine does not check this, and keeps writing to a file that nobody will read again.
+    // Checked where it costs little: at both ends of a transaction, and where a statement is prepared.
     void RequireFileInPlace()
     {
         int hasMoved = 0;

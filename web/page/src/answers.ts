@@ -1,10 +1,10 @@
-// Answers that are kept fresh, and are never shown for another question.
+// Answers that are kept up to date and never shown for another question.
 import { useEffect, useState } from "preact/hooks";
 import { type Answer, type Values, run } from "./api";
 import { sentence } from "./dialogs";
 import { useChanges } from "./place";
 
-/** Waits for an answer. @return ends that: what comes afterwards is of no use. */
+/** Waits for an answer. @return stops waiting: an answer that arrives later is ignored. */
 export function whileAsked<T>(answer: Promise<T>, take: (found: T) => void, fail: (error: unknown) => void): () => void {
     let isLate = false;
     answer.then(
@@ -17,8 +17,8 @@ export function whileAsked<T>(answer: Promise<T>, take: (found: T) => void, fail
 }
 
 /**
- * The answer of a reading command, which is asked for again after changes. It is undefined until the one to this very
- * question is there. @param command  undefined where nothing is asked.
+ * The answer of a reading command, which is asked for again after changes. Undefined until the answer to this question
+ * has arrived. @param command  undefined to ask nothing.
  */
 export function useAnswer(command: string | undefined, parameters: Values): { answer?: Answer; trouble: string } {
     const changes = useChanges();

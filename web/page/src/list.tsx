@@ -105,7 +105,7 @@ export function List(props: {
         asked.current.add(offset);
         const { result } = people;
         const listed = last.current;
-        // What comes when another list is shown already is of no use.
+        // An answer that arrives when another list is shown is ignored.
         const isLate = () => last.current !== listed;
         try {
             const page = await listPeople({ result, offset: String(offset), limit: String(kPage) });
@@ -143,7 +143,7 @@ export function List(props: {
         setSelected(isOn && people ? Selection.allOf(people.result, total) : Selection.nobody);
     /** The people that an action on a row is meant for: those selected, or the row's alone. */
     const meant = (row: Person) => (selected.has(row.id) ? selected : Selection.of([row.id]));
-    /** Whether what is listed is what was asked for last; until that has come, what was listed before stays in sight. */
+    /** Whether the list is the one that was asked for last; until that one arrives, the previous one is shown. */
     const isCurrent = last.current?.text === text;
     const isGroup = query.in.startsWith("group:");
     /** The place whose own members are shown, and no others. */

@@ -39,7 +39,7 @@ export function Matrix() {
     const changes = useChanges();
     const [roles, setRoles] = useState<Role[]>([]);
     const [chosen, setChosen] = useState<ReadonlySet<number>>(new Set());
-    /** A role's column is shown when its rights are there. */
+    /** A role's column is shown once its rights have been loaded. */
     const [{ roles: shownRoles, lines }, setLoaded] = useState<{ roles: Role[]; lines: Line[] }>({ roles: [], lines: [] });
     const [added, setAdded] = useState<Line[]>([]);
     const [edits, setEdits] = useState<Record<string, string>>({});
