@@ -7,7 +7,7 @@ import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { after, before } from "node:test";
 
-const { QVADMIN, QV_PAGE_MODULES, QV_CHROMIUM = "/usr/bin/chromium" } = process.env;
+const { QVADMIN, QV_PAGE_MODULES, QV_CHROMIUM = "/usr/bin/chromium-headless-shell" } = process.env;
 const require = createRequire(join(QV_PAGE_MODULES, "package.json"));
 const { chromium } = require("playwright-core");
 const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
@@ -137,14 +137,25 @@ export async function openPage(shared, { path = "/", width = 1440, height = 900,
     });
     const asked = new Set();
     pending.set(page, asked);
+    let leaving;
     page.on("request", request => {
-        // What the page that is left has asked for gets no answer.
-        request.isNavigationRequest() && asked.clear();
+        if (request.isNavigationRequest() && request.frame() === page.mainFrame()) {
+            leaving = request;
+        }
         request.url().endsWith("/api/v1/events") || asked.add(request);
     });
-    for (const end of ["requestfinished", "requestfailed"]) {
-        page.on(end, request => asked.delete(request));
-    }
+    page.on("requestfinished", request => asked.delete(request));
+    page.on("requestfailed", request => {
+        asked.delete(request);
+        leaving = request === leaving ? undefined : leaving;
+    });
+    page.on("framenavigated", frame => {
+        // A page asks until another takes its place, and then nothing tells that it gets no answer.
+        if (leaving && frame === page.mainFrame()) {
+            asked.clear();
+            leaving = undefined;
+        }
+    });
     page.setDefaultTimeout(kPatience);
     await page.goto(shared.server.url + path);
     if (signedIn) {
