@@ -32,6 +32,13 @@ test("the tree is used by keys alone", async () => {
     await until(async () => (await active(page)) === "Many");
     await page.keyboard.type("sa");
     await until(async () => (await active(page)) === "Sales");
+    // Another key ends what has been typed.
+    await page.keyboard.press("Home");
+    await page.keyboard.type("ma");
+    await until(async () => (await active(page)) === "Many");
+    await page.keyboard.press("Home");
+    await page.keyboard.type("sa");
+    await until(async () => (await active(page)) === "Sales");
     await page.keyboard.press("ArrowRight");
     await tree.getByText("North").waitFor();
     await page.keyboard.press("ArrowRight");

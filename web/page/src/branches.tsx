@@ -213,6 +213,7 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
             return;
         }
         if (event.ctrlKey || event.altKey || event.metaKey) {
+            typed.current.text = "";
             if (carriedByKey(event, line)) {
                 event.preventDefault();
             }
@@ -242,6 +243,7 @@ export function useTree<T extends Branch>(tree: Tree<T>): {
         const action = actions[key];
         if (action) {
             event.preventDefault();
+            typed.current.text = "";
             action();
         } else if (key.length === 1 && !" /?".includes(key)) {
             event.preventDefault();
