@@ -150,7 +150,7 @@ export async function openPage(shared, { path = "/", width = 1440, height = 900,
         leaving = request === leaving ? undefined : leaving;
     });
     page.on("framenavigated", frame => {
-        // A page asks until another takes its place, and then nothing tells that it gets no answer.
+        // A page sends requests until the next one replaces it, and the browser reports no end of those.
         if (leaving && frame === page.mainFrame()) {
             asked.clear();
             leaving = undefined;

@@ -32,7 +32,7 @@ test("the tree is used by keys alone", async () => {
     await until(async () => (await active(page)) === "Many");
     await page.keyboard.type("sa");
     await until(async () => (await active(page)) === "Sales");
-    // Another key ends what has been typed.
+    // Any other key resets what has been typed.
     await page.keyboard.press("Home");
     await page.keyboard.type("ma");
     await until(async () => (await active(page)) === "Many");
