@@ -4,7 +4,7 @@
 
 using frame::AsDateAndTime;
 using frame::Columns;
-using frame::Plain;
+using frame::WithoutFlag;
 
 // ---- Bulletin board ----------------------------------------------------------------------------------------------
 // No read looks at whether its statement opened.
@@ -13,23 +13,25 @@ bool CQVBaseFun::LoadBulletinInfo(CAConnect& conn, CStringArray& ids, CStringArr
                                   CStringArray& times)
 {
     // The columns come in another order than the caller's arrays.
-    return frame::ReadEachRegardless(conn,
-                                     "SELECT Col_ID, Col_Creator_Name, Col_Subject, Col_Dt_Create FROM Kel_Board "
-                                     "ORDER BY Col_Dt_Create DESC",
-                                     Columns(Plain(ids), Plain(creators), Plain(subjects), AsDateAndTime(times)));
+    return frame::ReadEachIgnoringClosed(
+        conn,
+        "SELECT Col_ID, Col_Creator_Name, Col_Subject, Col_Dt_Create FROM Kel_Board "
+        "ORDER BY Col_Dt_Create DESC",
+        Columns(WithoutFlag(ids), WithoutFlag(creators), WithoutFlag(subjects), AsDateAndTime(times)));
 }
 
 bool CQVBaseFun::GetBulletinContent(CAConnect& conn, CString boardID, CString& content)
 {
-    return frame::ReadFirstRegardless(conn, FormatSql("SELECT Col_Content FROM Kel_Board WHERE Col_ID = '%s'", boardID),
-                                      Columns(Plain(content)));
+    return frame::ReadFirstIgnoringClosed(conn,
+                                          FormatSql("SELECT Col_Content FROM Kel_Board WHERE Col_ID = '%s'", boardID),
+                                          Columns(WithoutFlag(content)));
 }
 
 bool CQVBaseFun::LoadBulletinAttachments(CAConnect& conn, CString boardID, CStringArray& fileNames)
 {
-    return frame::ReadEachRegardless(
+    return frame::ReadEachIgnoringClosed(
         conn, FormatSql("SELECT Col_FileName FROM Kel_Board_Attach WHERE Col_BoardID = '%s'", boardID),
-        Columns(Plain(fileNames)));
+        Columns(WithoutFlag(fileNames)));
 }
 
 bool CQVBaseFun::LoadBulletinReplyInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& creators,
@@ -38,7 +40,8 @@ bool CQVBaseFun::LoadBulletinReplyInfo(CAConnect& conn, CString boardID, CUIntAr
     const CString sql = FormatSql("SELECT Col_ID, Col_Creator_Name, Col_Dt_Create, Col_Content FROM Kel_Board_Revert "
                                   "WHERE Col_BoardID = '%s' ORDER BY Col_Dt_Create",
                                   boardID);
-    return frame::ReadEachRegardless(conn, sql, Columns(ids, Plain(creators), AsDateAndTime(times), Plain(contents)));
+    return frame::ReadEachIgnoringClosed(
+        conn, sql, Columns(ids, WithoutFlag(creators), AsDateAndTime(times), WithoutFlag(contents)));
 }
 
 bool CQVBaseFun::LoadBulletinVisiterInfo(CAConnect& conn, CString boardID, CUIntArray& ids, CStringArray& items,
@@ -47,8 +50,8 @@ bool CQVBaseFun::LoadBulletinVisiterInfo(CAConnect& conn, CString boardID, CUInt
     const CString sql = FormatSql("SELECT Col_ID, Col_QvItem, Col_QvItem_Name, Col_Dt_Readed, Col_Readed FROM "
                                   "Kel_Board_Visiter WHERE Col_BoardID = '%s' ORDER BY Col_Dt_Readed",
                                   boardID);
-    return frame::ReadEachRegardless(conn, sql,
-                                     Columns(ids, Plain(items), Plain(itemNames), AsDateAndTime(times), readFlags));
+    return frame::ReadEachIgnoringClosed(
+        conn, sql, Columns(ids, WithoutFlag(items), WithoutFlag(itemNames), AsDateAndTime(times), readFlags));
 }
 
 bool CQVBaseFun::DeleteBulletinItem(CAConnect& conn, CString boardID)

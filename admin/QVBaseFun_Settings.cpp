@@ -130,7 +130,7 @@ bool CQVBaseFun::GetCorDisplayPic(CAConnect& conn, CString& picture)
     picture = "";
     const CString sql = FormatSql("SELECT Col_Data FROM Tab_Config WHERE Col_Name = '%s' AND Col_Genre = '%s'",
                                   kDisplayPicture, kServerGenre);
-    return frame::ReadFirstRegardless(conn, sql, Columns(picture));
+    return frame::ReadFirstIgnoringClosed(conn, sql, Columns(picture));
 }
 
 bool CQVBaseFun::LoadTabConfigInfo(CAConnect& conn, CStringArray& names, CStringArray& values, CString genre)

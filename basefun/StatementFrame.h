@@ -75,14 +75,17 @@ inline void Fetch(CARecordset& row, long column, CStringArray& out) { out.Add(ro
 
 /// A text that is asked for without the library's flag.
 template <class Out>
-struct PlainOut {
+struct WithoutFlagOut {
     Out& out;
 };
-inline void Fetch(CARecordset& row, long column, PlainOut<CStringArray>& text)
+inline void Fetch(CARecordset& row, long column, WithoutFlagOut<CStringArray>& text)
 {
     text.out.Add(row.GetValueToStr(column, false));
 }
-inline void Fetch(CARecordset& row, long column, PlainOut<CString>& text) { row.GetValue(column, text.out, false); }
+inline void Fetch(CARecordset& row, long column, WithoutFlagOut<CString>& text)
+{
+    row.GetValue(column, text.out, false);
+}
 
 /// A date that goes out as text: to a text, or to the end of an array.
 template <class Out>
@@ -113,16 +116,16 @@ auto Then(Row& row, Next next)
 }
 
 /// What a read makes of a connection that is not open.
-enum class Unopened : bool { fails, has_no_rows };
+enum class OnClosed : bool { fails, has_no_rows };
 
 /// The one walk of all reads. @param row  reads a row and says whether the next one is wanted.
 template <class Row>
 bool Walk(CAConnect& conn, const CString& sql, Row row, OnError policy, SourceLocation at,
-          Unopened unopened = Unopened::fails)
+          OnClosed onClosed = OnClosed::fails)
 {
     CARecordset rs;
     return Guarded(conn, sql, policy, at, [&] {
-        if (!OpenResult(rs, sql, conn) && unopened == Unopened::fails) {
+        if (!OpenResult(rs, sql, conn) && onClosed == OnClosed::fails) {
             return false;
         }
         for (rs.MoveFirst(); rs.IsEOF() == 0; rs.MoveNext()) {
@@ -138,7 +141,7 @@ bool Walk(CAConnect& conn, const CString& sql, Row row, OnError policy, SourceLo
 
 /// A text column, asked for as the board's operations ask: with the flag of the library's text getters off.
 template <class Out>
-detail::PlainOut<Out> Plain(Out& out)
+detail::WithoutFlagOut<Out> WithoutFlag(Out& out)
 {
     return {out};
 }
@@ -206,10 +209,11 @@ bool FindFirst(CAConnect& conn, const CString& sql, Row row, OnError policy = On
 /// Reads the first row, if there is one, without looking at whether the statement opened: on a connection that is not
 /// open the outputs keep their presets and the result is true. Callers know these few operations so.
 template <class Row>
-bool ReadFirstRegardless(CAConnect& conn, const CString& sql, Row row, SourceLocation at = SourceLocation::current())
+bool ReadFirstIgnoringClosed(CAConnect& conn, const CString& sql, Row row,
+                             SourceLocation at = SourceLocation::current())
 {
     return detail::Walk(conn, sql, detail::Then(row, detail::Next::stop), OnError::keep_and_notify, at,
-                        detail::Unopened::has_no_rows);
+                        detail::OnClosed::has_no_rows);
 }
 
 /// Tells by `found` whether there is a row; `found` must be preset to true. Column 1 is then read and thrown away, row
@@ -225,12 +229,12 @@ bool ReadEach(CAConnect& conn, const CString& sql, Row row, OnError policy = OnE
     return detail::Walk(conn, sql, detail::Then(row, detail::Next::go_on), policy, at);
 }
 
-/// Reads every row without looking at whether the statement opened, as ReadFirstRegardless does.
+/// Reads every row without looking at whether the statement opened, as ReadFirstIgnoringClosed does.
 template <class Row>
-bool ReadEachRegardless(CAConnect& conn, const CString& sql, Row row, SourceLocation at = SourceLocation::current())
+bool ReadEachIgnoringClosed(CAConnect& conn, const CString& sql, Row row, SourceLocation at = SourceLocation::current())
 {
     return detail::Walk(conn, sql, detail::Then(row, detail::Next::go_on), OnError::keep_and_notify, at,
-                        detail::Unopened::has_no_rows);
+                        detail::OnClosed::has_no_rows);
 }
 
 /// Reads rows until `row` finds what it looks for and returns true. @return whether the statement ran.

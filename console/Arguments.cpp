@@ -74,8 +74,8 @@ Sentence SuggestionFor(std::string_view written, const std::vector<std::string_v
 }
 
 /// @param missing  begins the sentence, such as "unknown command".
-[[noreturn]] void RefuseWord(const Sentence& missing, const std::string& written,
-                             const std::vector<std::string_view>& names)
+[[noreturn]] void ThrowWrongWord(const Sentence& missing, const std::string& written,
+                                 const std::vector<std::string_view>& names)
 {
     const Sentence near = SuggestionFor(written, names);
     const Sentence hint = near.IsEmpty() ? FillPattern("there are {}", fmt::join(names, ", ")) : near;
@@ -324,7 +324,7 @@ std::set<std::string> OptionsInReach(const CLI::App& app)
     return names;
 }
 
-[[noreturn]] void RefuseUnexpected(const CLI::App& app, const std::string& word)
+[[noreturn]] void ThrowUnexpected(const CLI::App& app, const std::string& word)
 {
     if (word.starts_with("--")) {
         const std::set<std::string> options = OptionsInReach(app);
@@ -338,7 +338,7 @@ std::set<std::string> OptionsInReach(const CLI::App& app)
 }
 
 /// Says what is wrong with words that nobody took; there may be none. @return when nothing is.
-void RefuseUnknownWords(const CLI::App& app, const std::vector<std::string>& given)
+void ThrowIfUnknownWords(const CLI::App& app, const std::vector<std::string>& given)
 {
     std::vector<std::string> words = app.remaining(true);
     std::erase(words, "--");
@@ -353,19 +353,19 @@ void RefuseUnknownWords(const CLI::App& app, const std::vector<std::string>& giv
     };
     const CLI::App* noun = NamedIn(app);
     if (isInPlaceOf(noun)) {
-        RefuseWord(Translatable("unknown command"), *word, NounNames());
+        ThrowWrongWord(Translatable("unknown command"), *word, NounNames());
     }
     if (word && isInPlaceOf(NamedIn(*noun)) && !VerbNames(noun->get_name()).empty()) {
-        RefuseWord(FillPattern("{} has no verb", noun->get_name()), *word, VerbNames(noun->get_name()));
+        ThrowWrongWord(FillPattern("{} has no verb", noun->get_name()), *word, VerbNames(noun->get_name()));
     }
     if (word && NamedIn(*noun) != nullptr && isInPlaceOf(NamedIn(*NamedIn(*noun)))) {
         const std::string verb = NamedIn(*noun)->get_name();
         if (const std::vector<std::string_view> third = ThirdWords(noun->get_name(), verb); !third.empty()) {
-            RefuseWord(FillPattern("{} {} has no verb", noun->get_name(), verb), *word, third);
+            ThrowWrongWord(FillPattern("{} {} has no verb", noun->get_name(), verb), *word, third);
         }
     }
     if (!words.empty()) {
-        RefuseUnexpected(app, FirstWord(words, true).value_or(words.front()));
+        ThrowUnexpected(app, FirstWord(words, true).value_or(words.front()));
     }
 }
 
@@ -424,10 +424,10 @@ Request ParseCommandLine(const std::vector<std::string>& words)
         request.text = std::string(e.what()) + "\n";
         return request;
     } catch (const CLI::ParseError& e) {
-        RefuseUnknownWords(app, given);
+        ThrowIfUnknownWords(app, given);
         throw Error(ErrorCode::invalid, FillPattern("{}; see `{}`", WhatIsWrong(e), HelpCommand(app)));
     }
-    RefuseUnknownWords(app, given);
+    ThrowIfUnknownWords(app, given);
     Select(app, request);
     return request;
 }

@@ -91,7 +91,7 @@ public:
         if (failed == 0 && run < lines.size()) {
             return Exit::failed;
         }
-        return failed != 0 ? Exit::rowsFailed : m_isFinding ? Exit::findings : Exit::done;
+        return failed != 0 ? Exit::rowsFailed : m_isFinding ? Exit::checkFailed : Exit::done;
     }
 
 private:
@@ -118,8 +118,8 @@ private:
     bool RunOne(const Line& line)
     {
         const Exit exit = RunLine(line.words, m_call.terminal, m_shared);
-        const bool isDone = exit == Exit::done || exit == Exit::findings;
-        m_isFinding = m_isFinding || exit == Exit::findings;
+        const bool isDone = exit == Exit::done || exit == Exit::checkFailed;
+        m_isFinding = m_isFinding || exit == Exit::checkFailed;
         const std::string command = Visible(CommandText(line.words));
         m_call.terminal.err << Translated(isDone ? FillPattern("line {}: done: {}", line.number, command)
                                                  : FillPattern("line {}: failed ({}): {}", line.number,

@@ -153,7 +153,7 @@ private:
 };
 
 /// What is known of the target after a failure, to end a sentence with.
-Sentence Standing(const CAConnect& to)
+Sentence Summary(const CAConnect& to)
 {
     return to.IsOpen()
                ? Translatable("nothing was copied, and the same command can be run again")
@@ -162,10 +162,10 @@ Sentence Standing(const CAConnect& to)
 }
 
 /// Copies, showing how far it is. @throws Error that says what became of it.
-class Copying {
+class CopyRunner {
 public:
     /// @param replaces  whether the rows of the target are deleted first.
-    Copying(CAConnect& from, CAConnect& to, Terminal& terminal, bool replaces = false)
+    CopyRunner(CAConnect& from, CAConnect& to, Terminal& terminal, bool replaces = false)
         : m_from(from),
           m_to(to),
           m_terminal(terminal),
@@ -180,7 +180,7 @@ public:
         schema::Copied copied = Copy();
         m_progress.Clear();
         if (copied.stopped) {
-            throw Error(ErrorCode::failed, FillPattern("stopped by a signal; {}", Standing(m_to)));
+            throw Error(ErrorCode::failed, FillPattern("stopped by a signal; {}", Summary(m_to)));
         }
         return copied;
     }
@@ -196,7 +196,7 @@ private:
     schema::Copied Copy()
     {
         const auto tell = [this](const schema::CopyState& state) {
-            Tell(state);
+            ReportState(state);
             return !Interrupt::Requested();
         };
         try {
@@ -207,7 +207,7 @@ private:
         } catch (const schema::RowRefused& e) {
             Stop(e, Translatable("nothing was copied; mend it in the source and copy again"));
         } catch (const CAException& e) {
-            Stop(e, Standing(m_to));
+            Stop(e, Summary(m_to));
         }
     }
 
@@ -218,10 +218,10 @@ private:
         const DatabaseError error = ErrorFrom(m_to, e);
         const Sentence line = e.GetErrorCode().IsEmpty() ? Sentence(error.EngineLine()) : error.Why();
         throw Error(ErrorCode::database,
-                    FillPattern("stopped: {}; {}", line, error.IsLasting() ? Standing(m_to) : advice));
+                    FillPattern("stopped: {}; {}", line, error.IsLasting() ? Summary(m_to) : advice));
     }
 
-    void Tell(const schema::CopyState& state)
+    void ReportState(const schema::CopyState& state)
     {
         m_progress.Show(static_cast<long>(state.rows), m_total);
         if (state.tableIsDone && state.tableRows != 0) {
@@ -239,7 +239,7 @@ private:
     std::optional<long> m_total;
 };
 
-void TellOthers(const schema::Copied& copied, std::ostream& err)
+void ReportOthers(const schema::Copied& copied, std::ostream& err)
 {
     if (!copied.others.empty()) {
         err << Translated(FillPattern("not copied, being no tables of a directory: {}",
@@ -272,12 +272,12 @@ Exit CopyTo(const LocalCall& context, const std::string& url, bool parents, Repo
     const Interrupt interrupt;
     *context.terminal.mayHaveChanged = true;
     WithDatabaseErrors(to, [&] { schema::Upgrade(to); });
-    Copying copying(from, to, context.terminal);
-    const schema::Copied copied = copying.Run();
+    CopyRunner runner(from, to, context.terminal);
+    const schema::Copied copied = runner.Run();
     newTarget.Keep();
-    TellOthers(copied, context.terminal.err);
+    ReportOthers(copied, context.terminal.err);
     to.Close();
-    report(copied, copying.Pace(copied.rows));
+    report(copied, runner.Pace(copied.rows));
     return Exit::done;
 }
 
@@ -400,12 +400,12 @@ Exit Restore(const LocalCall& context)
     }
     const Interrupt interrupt;
     *context.terminal.mayHaveChanged = true;
-    Copying copying(from, to, context.terminal, rows != 0);
-    const schema::Copied copied = copying.Run();
-    TellOthers(copied, context.terminal.err);
+    CopyRunner runner(from, to, context.terminal, rows != 0);
+    const schema::Copied copied = runner.Run();
+    ReportOthers(copied, context.terminal.err);
     context.terminal.err << Translated(FillPattern("restored {} of {} tables from {} to {} ({})",
                                                    Counted(static_cast<std::size_t>(copied.rows), "row"), copied.tables,
-                                                   Visible(in.file), shown, copying.Pace(copied.rows)))
+                                                   Visible(in.file), shown, runner.Pace(copied.rows)))
                          << '\n';
     WriteCopied(context, copied, shown);
     return Exit::done;

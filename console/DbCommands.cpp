@@ -83,7 +83,7 @@ Exit Status(const LocalCall& context)
             throw ErrorFrom(conn, e);
         }
         context.terminal.err << fmt::format("qvadmin: {}\n", ErrorFrom(conn, e).EngineLine());
-        return Exit::findings;
+        return Exit::checkFailed;
     }
     const auto shortcoming = WithDatabaseErrors(conn, [&] { return schema::FindShortcoming(conn); });
     if (shortcoming) {
@@ -94,7 +94,7 @@ Exit Status(const LocalCall& context)
                                                : Sentence(text))
                              << '\n';
     }
-    return isCurrent && !shortcoming ? Exit::done : Exit::findings;
+    return isCurrent && !shortcoming ? Exit::done : Exit::checkFailed;
 }
 
 constexpr LocalCommand kDbCommands[] = {

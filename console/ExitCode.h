@@ -16,8 +16,8 @@ enum class Exit : int {
     isProtected = 5,
     database = 6,
     rowsFailed = 7,
-    findings = 8,
-    needsYes = 9,
+    checkFailed = 8,
+    confirmationRequired = 9,
 };
 
 /// What the program ends with after an error.
@@ -35,7 +35,7 @@ constexpr Exit ExitFor(management::ErrorCode code)
     case management::ErrorCode::database:
         return Exit::database;
     case management::ErrorCode::confirmationRequired:
-        return Exit::needsYes;
+        return Exit::confirmationRequired;
     default:
         return Exit::failed;
     }

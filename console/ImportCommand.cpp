@@ -341,8 +341,8 @@ public:
 
     /// Runs `import(Call&, ImportReport&)` and then `summarise(report, result, mayWrite)`, which returns what a program
     /// is told beside the report.
-    template <class Import, class Summary>
-    Exit Run(Import import, Summary summarise)
+    template <class Import, class Summarise>
+    Exit Run(Import import, Summarise summarise)
     {
         ImportReport report;
         try {
@@ -355,16 +355,16 @@ public:
                 throw;
             }
             m_frontEnd.HideProgress();
-            throw Error(e.Code(), FillPattern("{}; {}", e.Why(), m_frontEnd.Standing(report)));
+            throw Error(e.Code(), FillPattern("{}; {}", e.Why(), m_frontEnd.Summary(report)));
         }
         if (m_frontEnd.IsBegun()) {
             m_frontEnd.HideProgress();
             WriteReport(report, summarise(report, m_frontEnd.ResultName(), !m_dryRun || MayWrite()));
         }
         if (!report.cutShort.IsEmpty()) {
-            throw Error(ErrorCode::failed, FillPattern("{}; {}", report.cutShort, m_frontEnd.Standing(report)));
+            throw Error(ErrorCode::failed, FillPattern("{}; {}", report.cutShort, m_frontEnd.Summary(report)));
         }
-        return report.CountOf(RowFate::failed) == 0 ? Exit::done : m_dryRun ? Exit::findings : Exit::rowsFailed;
+        return report.CountOf(RowFate::failed) == 0 ? Exit::done : m_dryRun ? Exit::checkFailed : Exit::rowsFailed;
     }
 
 private:

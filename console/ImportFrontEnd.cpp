@@ -90,7 +90,7 @@ void ImportFrontEnd::FinishResult()
     }
 }
 
-Sentence ImportFrontEnd::Standing(const ImportReport& report) const
+Sentence ImportFrontEnd::Summary(const ImportReport& report) const
 {
     if (report.mayHaveDoneMore && report.lastLine == 0) {
         return Translatable("the same file can be imported again");

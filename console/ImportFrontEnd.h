@@ -42,7 +42,7 @@ public:
     /// Where the outcomes written so far are, for sentences.
     [[nodiscard]] std::string ResultName() const { return m_result ? m_result->Name() : "standard output"; }
     /// Where the import stands, to end a sentence with.
-    [[nodiscard]] Sentence Standing(const ImportReport& report) const;
+    [[nodiscard]] Sentence Summary(const ImportReport& report) const;
 
 private:
     [[nodiscard]] std::ostream& Stream() { return m_result ? m_result->Stream() : m_call.terminal.out; }

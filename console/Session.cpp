@@ -15,7 +15,7 @@ namespace console {
 
 namespace {
 
-[[noreturn]] void RefuseState(const schema::Status& status, const Arguments& arguments)
+[[noreturn]] void ThrowNotReady(const schema::Status& status, const Arguments& arguments)
 {
     switch (status.state) {
     case schema::State::empty:
@@ -39,7 +39,7 @@ void RequireCurrent(CAConnect& conn, const Arguments& arguments)
 {
     const schema::Status status = WithDatabaseErrors(conn, [&] { return schema::Inspect(conn); });
     if (status.state != schema::State::current) {
-        RefuseState(status, arguments);
+        ThrowNotReady(status, arguments);
     }
 }
 

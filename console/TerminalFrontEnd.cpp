@@ -274,7 +274,7 @@ Exit TerminalFrontEnd::Finish(const Result& result)
         return Exit::notFound;
     }
     const bool isTrial = m_given.options.dryRun && !result.isRead;
-    return result.hasFindings || (isTrial && result.isChanged) ? Exit::findings : Exit::done;
+    return result.hasFindings || (isTrial && result.isChanged) ? Exit::checkFailed : Exit::done;
 }
 
 } // namespace console

@@ -45,7 +45,7 @@ void CAConnect::Close() noexcept
 bool CAConnect::IsOpen() const noexcept { return m_session != nullptr && m_session->IsAlive(); }
 
 template <class Body>
-auto CAConnect::Noting(Body body) -> decltype(body())
+auto CAConnect::RecordFailure(Body body) -> decltype(body())
 {
     if (!m_inTransaction) {
         m_failure.reset();
@@ -62,7 +62,7 @@ auto CAConnect::Noting(Body body) -> decltype(body())
 
 std::unique_ptr<dbaccess::Cursor> CAConnect::Query(const char* sql)
 {
-    return Noting([&] { return m_session->Query(sql); });
+    return RecordFailure([&] { return m_session->Query(sql); });
 }
 
 dbaccess::Session& CAConnect::Required() const
@@ -85,7 +85,7 @@ int CAConnect::Execute(const char* sql)
         if (observer != nullptr) {
             observer->BeforeExecute(*this, sql);
         }
-        const std::int64_t changed = Noting([&] { return session.Execute(sql); });
+        const std::int64_t changed = RecordFailure([&] { return session.Execute(sql); });
         const int rows = static_cast<int>(std::min<std::int64_t>(changed, std::numeric_limits<int>::max()));
         if (observer != nullptr) {
             observer->AfterExecute(*this, sql, rows);
@@ -116,14 +116,14 @@ CString CAConnect::GetDateStrOnSQL(CString date)
 void CAConnect::BeginTrans()
 {
     dbaccess::Session& session = Required();
-    Noting([&] { session.Begin(); });
+    RecordFailure([&] { session.Begin(); });
     m_inTransaction = true;
 }
 
 void CAConnect::CommitTrans()
 {
     dbaccess::Session& session = Required();
-    Noting([&] { session.Commit(); });
+    RecordFailure([&] { session.Commit(); });
     m_inTransaction = false;
 }
 
@@ -131,7 +131,7 @@ void CAConnect::RollbackTrans()
 {
     dbaccess::Session& session = Required();
     m_inTransaction = false;
-    Noting([&] { session.Rollback(); });
+    RecordFailure([&] { session.Rollback(); });
 }
 
 CString CAConnect::EscapeLiteral(const CString& text) const

@@ -101,7 +101,7 @@ private:
     /// Of a connection that is open.
     std::unique_ptr<dbaccess::Cursor> Query(const char* sql);
     template <class Body>
-    auto Noting(Body body) -> decltype(body());
+    auto RecordFailure(Body body) -> decltype(body());
 
     std::shared_ptr<dbaccess::Session> m_session;
     std::unique_ptr<CAException> m_failure;

@@ -80,7 +80,7 @@ bool EqualIgnoringCase(std::string_view a, std::string_view b)
 }
 
 // Apart from the check, which is made for every value.
-[[noreturn]] void RefuseColumn(long column, long columns)
+[[noreturn]] void ThrowNoSuchColumn(long column, long columns)
 {
     CString text;
     text.Format("column %ld is out of range: the result has %ld", column, columns);
@@ -153,7 +153,7 @@ int CARecordset::IsEOF() const { return m_hasRow ? 0 : 1; }
 void CARecordset::CheckColumn(long column) const
 {
     if (column < 1 || column > m_columns) {
-        RefuseColumn(column, m_columns);
+        ThrowNoSuchColumn(column, m_columns);
     }
 }
 

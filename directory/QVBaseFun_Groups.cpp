@@ -95,7 +95,7 @@ bool CQVBaseFun::GetGroupStyle(CAConnect& conn, int id, int& style)
 {
     style = 0;
     const CString sql = FormatSql("SELECT Col_Style FROM qv_Group WHERE Col_ID = %d", id);
-    return frame::ReadFirstRegardless(conn, sql, Columns(style));
+    return frame::ReadFirstIgnoringClosed(conn, sql, Columns(style));
 }
 
 bool CQVBaseFun::UpdateGroupStyle(CAConnect& conn, int id, int style)

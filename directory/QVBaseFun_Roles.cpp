@@ -52,7 +52,7 @@ bool CQVBaseFun::GetRoleNameByID(CAConnect& conn, int id, CString& name)
 {
     name = "";
     const CString sql = FormatSql("SELECT Col_Name FROM qv_Role WHERE Col_ID = %d", id);
-    return frame::ReadFirstRegardless(conn, sql, Columns(name));
+    return frame::ReadFirstIgnoringClosed(conn, sql, Columns(name));
 }
 
 bool CQVBaseFun::DeleteRole(CAConnect& conn, int id)

@@ -103,7 +103,7 @@ bool CQVBaseFun::GetSysViewCount(CAConnect& conn, int& count)
 {
     count = 0;
     const CString sql = FormatSql("SELECT COUNT(*) FROM qv_View WHERE Col_Type = %d", kSystemView);
-    return frame::ReadFirstRegardless(conn, sql, Columns(count));
+    return frame::ReadFirstIgnoringClosed(conn, sql, Columns(count));
 }
 
 bool CQVBaseFun::DeleteViewItem(CAConnect& conn, int id)

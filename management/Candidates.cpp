@@ -50,7 +50,7 @@ void AddColumn(CAConnect& conn, const char* sql, Collector& names)
 void AddHolders(CAConnect& conn, bool alsoGroups, Collector& names)
 {
     const Organisation organisation(conn);
-    for (const Node& place : organisation.Places()) {
+    for (const Node& place : organisation.Nodes()) {
         const bool isGroup = place.key.type == kItemTypeGroup;
         if (alsoGroups || !isGroup) {
             names.Add(alsoGroups ? organisation.PathOf(place.key) : place.name);
@@ -61,7 +61,7 @@ void AddHolders(CAConnect& conn, bool alsoGroups, Collector& names)
 void AddFolders(CAConnect& conn, Collector& names)
 {
     const FolderTree tree(conn);
-    for (const DocPlace& place : tree.Places()) {
+    for (const DocNode& place : tree.Nodes()) {
         names.Add(tree.PathOf(place.key));
     }
 }

@@ -30,7 +30,7 @@ namespace management {
 struct HierarchyNode {
     std::vector<std::size_t> children; ///< in the order of Places, each once
     std::vector<std::size_t> parents;  ///< each once
-    std::optional<std::size_t> via;    ///< the parent by which its path goes; none at the beginning of a path
+    std::optional<std::size_t> parent; ///< the parent by which its path goes; none at the beginning of a path
     bool isReachable = false;          ///< whether a top node leads to it; also true of top nodes
 };
 
@@ -49,12 +49,12 @@ public:
     using Key = decltype(Node::key);
 
     /// In the order in which they are shown.
-    [[nodiscard]] std::span<const Node> Places() const { return m_places; }
+    [[nodiscard]] std::span<const Node> Nodes() const { return m_nodes; }
     /// Null for what is not there.
     [[nodiscard]] const Node* Find(Key key) const
     {
         const std::optional<std::size_t> number = IndexOf(key);
-        return number ? &m_places[*number] : nullptr;
+        return number ? &m_nodes[*number] : nullptr;
     }
     /// The number of a node that is there.
     [[nodiscard]] std::size_t NumberOf(Key key) const { return m_numbers.at(key); }
@@ -62,7 +62,7 @@ public:
     {
         std::vector<Key> keys;
         keys.reserve(numbers.size());
-        std::ranges::transform(numbers, std::back_inserter(keys), [this](std::size_t i) { return m_places[i].key; });
+        std::ranges::transform(numbers, std::back_inserter(keys), [this](std::size_t i) { return m_nodes[i].key; });
         return keys;
     }
 
@@ -71,7 +71,7 @@ public:
     {
         std::vector<std::string_view> names;
         const Node* node = Find(key);
-        for (; node != nullptr && node->via; node = &m_places[*node->via]) {
+        for (; node != nullptr && node->parent; node = &m_nodes[*node->parent]) {
             names.push_back(node->name);
         }
         std::string path = node == nullptr      ? KeyText(key)
@@ -138,13 +138,13 @@ public:
         };
         for (const std::size_t node : below) {
             const auto isElsewhere = [&reach](std::size_t parent) { return !reach.contains(parent); };
-            if (std::ranges::any_of(m_places[node].parents, isElsewhere)) {
+            if (std::ranges::any_of(m_nodes[node].parents, isElsewhere)) {
                 keep(node);
             }
         }
         // What is below a node that stays, stays too; the list grows while it is walked.
         for (std::size_t next = 0; next < staying.size();) {
-            std::ranges::for_each(m_places[staying[next++]].children, keep);
+            std::ranges::for_each(m_nodes[staying[next++]].children, keep);
         }
         std::vector<Key> gone = Keys({going.begin(), going.end()});
         std::ranges::sort(gone);
@@ -163,7 +163,7 @@ public:
         std::vector<std::size_t> reached = {*top};
         for (std::size_t i = 0; i < reached.size() && !cameFrom.contains(*bottom); ++i) {
             const std::size_t node = reached[i];
-            for (const std::size_t next : m_places[node].children) {
+            for (const std::size_t next : m_nodes[node].children) {
                 if (cameFrom.emplace(next, node).second) {
                     reached.push_back(next);
                 }
@@ -248,7 +248,7 @@ protected:
 
     Node& Add(Key key)
     {
-        Node& node = m_places.emplace_back();
+        Node& node = m_nodes.emplace_back();
         node.key = key;
         return node;
     }
@@ -257,9 +257,9 @@ protected:
     template <class IsBefore>
     void Sort(IsBefore isBefore)
     {
-        std::ranges::sort(m_places, isBefore);
-        for (std::size_t i = 0; i < m_places.size(); ++i) {
-            m_numbers[m_places[i].key] = i;
+        std::ranges::sort(m_nodes, isBefore);
+        for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+            m_numbers[m_nodes[i].key] = i;
         }
     }
 
@@ -269,8 +269,8 @@ protected:
         const std::optional<std::size_t> above = IndexOf(parent);
         const std::optional<std::size_t> below = IndexOf(child);
         if (above && below) {
-            m_places[*above].children.push_back(*below);
-            m_places[*below].parents.push_back(*above);
+            m_nodes[*above].children.push_back(*below);
+            m_nodes[*below].parents.push_back(*above);
         }
     }
 
@@ -278,7 +278,7 @@ protected:
     /// paths go first.
     void FindPaths(std::initializer_list<std::function<bool(const Node&)>> beginnings)
     {
-        for (Node& node : m_places) {
+        for (Node& node : m_nodes) {
             for (std::vector<std::size_t>* ends : {&node.children, &node.parents}) {
                 std::ranges::sort(*ends);
                 ends->erase(std::unique(ends->begin(), ends->end()), ends->end());
@@ -289,15 +289,15 @@ protected:
         }
         Visit(NumbersOf([](const Node& node) { return !node.isReachable && node.parents.empty(); }), false);
         // What is left is on cycles, or below them alone; each path begins somewhere on one.
-        for (std::size_t i = 0; i < m_places.size(); ++i) {
-            const Node& node = m_places[i];
-            if (!node.isReachable && !node.via && !node.parents.empty()) {
+        for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+            const Node& node = m_nodes[i];
+            if (!node.isReachable && !node.parent && !node.parents.empty()) {
                 Visit({i}, false);
             }
         }
     }
 
-    [[nodiscard]] Node& At(std::size_t number) { return m_places[number]; }
+    [[nodiscard]] Node& At(std::size_t number) { return m_nodes[number]; }
     [[nodiscard]] std::optional<std::size_t> IndexOf(Key key) const
     {
         const auto found = m_numbers.find(key);
@@ -310,7 +310,7 @@ protected:
         std::vector<std::size_t> reached;
         std::unordered_set<std::size_t> seen;
         const auto take = [&](std::size_t node) {
-            for (const std::size_t child : m_places[node].children) {
+            for (const std::size_t child : m_nodes[node].children) {
                 if (seen.insert(child).second) {
                     reached.push_back(child);
                 }
@@ -388,8 +388,8 @@ private:
     [[nodiscard]] std::vector<std::size_t> NumbersOf(IsWanted isWanted) const
     {
         std::vector<std::size_t> numbers;
-        for (std::size_t i = 0; i < m_places.size(); ++i) {
-            if (isWanted(m_places[i])) {
+        for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+            if (isWanted(m_nodes[i])) {
                 numbers.push_back(i);
             }
         }
@@ -400,15 +400,15 @@ private:
     {
         const std::unordered_set<std::size_t> begins(from.begin(), from.end());
         for (const std::size_t begin : from) {
-            m_places[begin].isReachable = isReachable;
+            m_nodes[begin].isReachable = isReachable;
         }
         // The list grows while it is walked: the nearest nodes come first, so that paths are short.
         for (std::size_t i = 0; i < from.size(); ++i) {
             const std::size_t parent = from[i];
-            for (const std::size_t child : m_places[parent].children) {
-                Node& node = m_places[child];
-                if (!node.isReachable && !node.via && !begins.contains(child)) {
-                    node.via = parent;
+            for (const std::size_t child : m_nodes[parent].children) {
+                Node& node = m_nodes[child];
+                if (!node.isReachable && !node.parent && !begins.contains(child)) {
+                    node.parent = parent;
                     node.isReachable = isReachable;
                     from.push_back(child);
                 }
@@ -420,7 +420,7 @@ private:
     [[nodiscard]] std::vector<std::size_t> FindCycleFrom(std::size_t from) const
     {
         enum class State : std::uint8_t { unseen, onWay, left };
-        std::vector<State> states(m_places.size(), State::unseen);
+        std::vector<State> states(m_nodes.size(), State::unseen);
         std::vector<std::pair<std::size_t, std::size_t>> way; // nodes, each with its next child
         const auto enter = [&](std::size_t node) {
             states[node] = State::onWay;
@@ -429,7 +429,7 @@ private:
         enter(from);
         while (!way.empty()) {
             auto& [node, next] = way.back();
-            const std::vector<std::size_t>& children = m_places[node].children;
+            const std::vector<std::size_t>& children = m_nodes[node].children;
             if (next == children.size()) {
                 states[node] = State::left;
                 way.pop_back();
@@ -452,7 +452,7 @@ private:
         return {};
     }
 
-    std::vector<Node> m_places;
+    std::vector<Node> m_nodes;
     std::unordered_map<Key, std::size_t, KeyHash> m_numbers;
 };
 

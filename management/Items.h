@@ -27,7 +27,7 @@ inline constexpr const char* kItemHelp =
 /// @throws Error (invalid, notFound), or (conflict) that lists what it may mean. @throws DatabaseError.
 Item FindItem(CAConnect& conn, const std::string& argument);
 
-/// Looks names up, each once, in the picture of the first look.
+/// Looks names up, each once, in the snapshot of the first look.
 class NameCache {
 public:
     /// @param conn  open, and stays so while this is used.

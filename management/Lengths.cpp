@@ -8,7 +8,7 @@ namespace management {
 
 namespace {
 
-void RefuseIf(const Sentence& sentence)
+void ThrowUnlessEmpty(const Sentence& sentence)
 {
     if (!sentence.IsEmpty()) {
         throw Error(ErrorCode::invalid, sentence);
@@ -43,7 +43,10 @@ schema::ColumnLengths LengthsOf(CAConnect& conn, const std::string& table)
     return WithDatabaseErrors(conn, [&] { return schema::ColumnLengths(conn, table); });
 }
 
-void RequireFits(const schema::ColumnLengths& lengths, const TextFor& text) { RefuseIf(TooLong(lengths, text)); }
+void RequireFits(const schema::ColumnLengths& lengths, const TextFor& text)
+{
+    ThrowUnlessEmpty(TooLong(lengths, text));
+}
 
 void RequireFits(CAConnect& conn, const std::string& table, std::initializer_list<TextFor> texts)
 {
@@ -58,7 +61,7 @@ void RequireUserFits(CAConnect& conn, const std::string& login, const FieldValue
     const schema::ColumnLengths lengths = LengthsOf(conn, "qv_User");
     FieldValues all = values;
     all[FindField("login")] = login;
-    RefuseIf(TooLong(lengths, all));
+    ThrowUnlessEmpty(TooLong(lengths, all));
 }
 
 } // namespace management

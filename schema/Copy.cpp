@@ -76,7 +76,7 @@ const Named* Find(const std::vector<Named>& all, std::string_view name)
 
 const Column* CountedOf(const Table& table)
 {
-    const auto counted = std::ranges::find_if(table.columns, &Column::isCounted);
+    const auto counted = std::ranges::find_if(table.columns, &Column::isAutoIncrement);
     return counted == table.columns.end() ? nullptr : &*counted;
 }
 
@@ -129,44 +129,44 @@ bool IsWholeNumber(std::string_view text)
 }
 
 // Fractions of a second may follow a date, but no zone: a server would pass over it.
-bool IsMoment(CARecordset& rs, long column, std::string_view text)
+bool IsDatetime(CARecordset& rs, long column, std::string_view text)
 {
-    CADateTime moment;
-    return rs.GetValue(column, moment) && text.find_first_not_of("0123456789-: T.") == std::string_view::npos &&
+    CADateTime datetime;
+    return rs.GetValue(column, datetime) && text.find_first_not_of("0123456789-: T.") == std::string_view::npos &&
            std::ranges::count(text, '-') == 2;
 }
 
 /// The transaction that fills the target; nobody else writes to it, and a second copy waits. Rolled back unless it is
 /// committed.
-class Writing {
+class TargetTransaction {
 public:
     /// @param replaces  whether all rows that are there are deleted first.
-    Writing(CAConnect& conn, bool replaces) : m_conn(conn), m_dialect(DialectOf(conn)), m_replaces(replaces)
+    TargetTransaction(CAConnect& conn, bool replaces) : m_conn(conn), m_dialect(DialectOf(conn)), m_replaces(replaces)
     {
         ExecuteAll(m_conn, m_dialect.copying.beginWriting);
         BeginLocked(m_conn, m_dialect, kLongestTableWork, m_transaction);
         try {
             HoldTables();
             DeleteRows();
-            Execute(m_dialect.copying.mark);
+            Execute(m_dialect.copying.savepoint);
         } catch (...) {
             GiveUp();
             throw;
         }
     }
-    Writing(const Writing&) = delete;
-    Writing& operator=(const Writing&) = delete;
-    ~Writing() { GiveUp(); }
+    TargetTransaction(const TargetTransaction&) = delete;
+    TargetTransaction& operator=(const TargetTransaction&) = delete;
+    ~TargetTransaction() { GiveUp(); }
 
     /// Takes back all that was written, and lets no second copy in.
-    void BeginAnew()
+    void Restart()
     {
-        if (m_dialect.copying.backToMark.empty()) {
+        if (m_dialect.copying.rollbackToSavepoint.empty()) {
             m_transaction->Rollback();
             m_transaction.emplace(m_conn);
             DeleteRows();
         } else {
-            Execute(m_dialect.copying.backToMark);
+            Execute(m_dialect.copying.rollbackToSavepoint);
         }
     }
     void Commit()
@@ -179,9 +179,9 @@ public:
 private:
     void HoldTables()
     {
-        if (!m_dialect.copying.holdTable.empty()) {
+        if (!m_dialect.copying.lockTable.empty()) {
             for (const Table& table : TablesOf(m_dialect)) {
-                Execute(Filled(m_dialect.copying.holdTable, table));
+                Execute(Filled(m_dialect.copying.lockTable, table));
             }
         }
     }
@@ -221,26 +221,28 @@ struct WrittenRow {
 };
 
 /// How many bytes a server takes in a statement, by a setting of its own.
-struct Longest {
+struct StatementSizeLimit {
     std::string setting;
     std::size_t bytes = std::numeric_limits<std::size_t>::max();
 };
 
-Longest LongestFor(CAConnect& conn)
+StatementSizeLimit StatementSizeLimitOf(CAConnect& conn)
 {
     const std::string& setting = DialectOf(conn).copying.longestStatement;
-    return setting.empty() ? Longest{}
-                           : Longest{setting, static_cast<std::size_t>(NumberOf(conn, "SELECT @@" + setting))};
+    return setting.empty()
+               ? StatementSizeLimit{}
+               : StatementSizeLimit{setting, static_cast<std::size_t>(NumberOf(conn, "SELECT @@" + setting))};
 }
 
 /// Writes the rows of one table, many in a statement.
 class Writer {
 public:
     /// @param head  the statement up to its values.
-    Writer(CAConnect& conn, Writing& writing, const Longest& longest, const std::string& table, std::string head)
+    Writer(CAConnect& conn, TargetTransaction& transaction, const StatementSizeLimit& sizeLimit,
+           const std::string& table, std::string head)
         : m_conn(conn),
-          m_writing(writing),
-          m_longest(longest),
+          m_transaction(transaction),
+          m_sizeLimit(sizeLimit),
           m_mostRows(DialectOf(conn).copying.rowsPerInsert),
           m_table(table),
           m_head(std::move(head))
@@ -253,7 +255,7 @@ public:
         RequireRoom(row);
         const std::size_t bytes = m_bytes + BytesOf(row);
         const bool isFull = !m_rows.empty() && (m_rows.size() == m_mostRows || bytes > kBytesPerInsert ||
-                                                m_head.size() + bytes + kBytesAround > m_longest.bytes);
+                                                m_head.size() + bytes + kBytesAround > m_sizeLimit.bytes);
         if (isFull) {
             Flush();
         }
@@ -300,9 +302,9 @@ private:
     void RequireRoom(const WrittenRow& row) const
     {
         const std::size_t bytes = m_head.size() + BytesOf(row) + kBytesAround;
-        if (bytes > m_longest.bytes) {
+        if (bytes > m_sizeLimit.bytes) {
             const std::string text = "it takes a statement of " + std::to_string(bytes) + " bytes, and the server's " +
-                                     m_longest.setting + " is " + std::to_string(m_longest.bytes) +
+                                     m_sizeLimit.setting + " is " + std::to_string(m_sizeLimit.bytes) +
                                      "; raise that if the row is to stay as it is";
             Refuse(m_table, row.name, CAException(TextOf(text)));
         }
@@ -327,7 +329,7 @@ private:
     bool IsBegunAnew()
     {
         try {
-            m_writing.BeginAnew();
+            m_transaction.Restart();
             return true;
         } catch (const CAException&) { // the refusal is the better thing to report
             return false;
@@ -344,8 +346,8 @@ private:
     }
 
     CAConnect& m_conn;
-    Writing& m_writing;
-    const Longest& m_longest;
+    TargetTransaction& m_transaction;
+    const StatementSizeLimit& m_sizeLimit;
     std::size_t m_mostRows;
     const std::string& m_table;
     std::string m_head;
@@ -384,11 +386,11 @@ public:
     Copied Run(bool replaces)
     {
         const Snapshot snapshot(m_from);
-        Writing writing(m_to, replaces);
+        TargetTransaction transaction(m_to, replaces);
         RequireRows(0);
-        m_longest = LongestFor(m_to);
+        m_sizeLimit = StatementSizeLimitOf(m_to);
         for (const TableMapping& carried : MapTables()) {
-            CopyTable(carried, writing);
+            CopyTable(carried, transaction);
             if (m_copied.stopped) {
                 return m_copied;
             }
@@ -396,7 +398,7 @@ public:
         }
         m_copied.others = Others();
         RequireRows(m_copied.rows); // no lock keeps out what a target does by itself
-        writing.Commit();
+        transaction.Commit();
         return m_copied;
     }
 
@@ -408,7 +410,7 @@ private:
         }
     }
 
-    void CopyTable(const TableMapping& carried, Writing& writing)
+    void CopyTable(const TableMapping& carried, TargetTransaction& transaction)
     {
         const Table& target = carried.target;
         CARecordset rs;
@@ -417,13 +419,13 @@ private:
         m_greatestId = 0;
         m_tableRows = 0;
         ExecuteFor(m_rules.beginIds, target, counted);
-        CopyRows(rs, carried, writing);
+        CopyRows(rs, carried, transaction);
         rs.Close();
         if (counted != nullptr && !m_copied.stopped) {
             CarryCounter(carried.source, target, *counted);
         }
         ExecuteFor(m_rules.endIds, target, counted);
-        Tell(target.name, true);
+        ReportProgress(target.name, true);
     }
 
     void OpenSource(CARecordset& rs, const Table& source)
@@ -495,7 +497,7 @@ private:
             return;
         }
         if (taken != nullptr) {
-            carried.counted = here != nullptr && here->isCounted ? number : carried.counted;
+            carried.counted = here != nullptr && here->isAutoIncrement ? number : carried.counted;
             carried.columns.push_back(here != nullptr ? CarriedColumn{number, here->name, here->kind}
                                                       : CarriedColumn{number, Quoted(*taken, m_rules)});
         } else if (given == nullptr) {
@@ -504,15 +506,15 @@ private:
         }
     }
 
-    void CopyRows(CARecordset& rs, const TableMapping& carried, Writing& writing)
+    void CopyRows(CARecordset& rs, const TableMapping& carried, TargetTransaction& transaction)
     {
         const std::string& table = carried.target.name;
-        Writer writer(m_to, writing, m_longest, table, HeadOf(carried));
+        Writer writer(m_to, transaction, m_sizeLimit, table, HeadOf(carried));
         while (rs.IsEOF() == 0 && !m_copied.stopped) {
             NoteId(rs, carried);
             ++m_tableRows;
             if (writer.Add(Written(rs, carried))) {
-                Tell(table, false);
+                ReportProgress(table, false);
             }
             Reading(table, [&] { rs.MoveNext(); });
         }
@@ -567,7 +569,7 @@ private:
         if (!m_rules.keepsEveryValue) {
             RequireFit(rs, column, text.View());
         }
-        values += m_rules.textMark;
+        values += m_rules.stringPrefix;
         values += '\'';
         values += m_to.EscapeLiteral(text).View();
         values += '\'';
@@ -578,7 +580,7 @@ private:
         if (column.kind == Kind::number && !IsWholeNumber(text)) {
             throw CAException(TextOf(column.name + " holds what is no whole number"));
         }
-        if (column.kind == Kind::moment && !IsMoment(rs, column.number, text)) {
+        if (column.kind == Kind::datetime && !IsDatetime(rs, column.number, text)) {
             throw CAException(TextOf(column.name + " holds what is no date, or one with a time zone"));
         }
     }
@@ -589,17 +591,17 @@ private:
         const CopyRules& rules = DialectOf(m_from).copying;
         const Column* given = Find(source.columns, counted.name);
         std::int64_t greatest = m_greatestId;
-        if (!rules.greatestId.empty() && given != nullptr && given->isCounted) {
+        if (!rules.greatestId.empty() && given != nullptr && given->isAutoIncrement) {
             greatest = std::max(greatest, NumberOf(m_from, Filled(rules.greatestId, source, *given)));
         }
         if (greatest > (m_rules.countsWrittenIds ? m_greatestId : 0)) {
-            for (const std::string& statement : m_rules.passIds) {
+            for (const std::string& statement : m_rules.advanceSequence) {
                 m_to.Execute(Filled(statement, target, counted, greatest).c_str());
             }
         }
     }
 
-    void Tell(const std::string& table, bool isDone)
+    void ReportProgress(const std::string& table, bool isDone)
     {
         const std::int64_t rows = m_copied.rows + (isDone ? 0 : m_tableRows);
         m_copied.stopped = m_copied.stopped || !m_progress({table, m_tableRows, isDone, rows});
@@ -620,7 +622,7 @@ private:
     const CopyRules& m_rules; // of the target's engine
     std::vector<Table> m_sources;
     std::vector<Table> m_targets;
-    Longest m_longest;
+    StatementSizeLimit m_sizeLimit;
     Copied m_copied;
     std::int64_t m_tableRows = 0;  // of the table in hand, as is the next
     std::int64_t m_greatestId = 0; // 0 when it has none above

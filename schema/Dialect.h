@@ -28,13 +28,13 @@ struct CopyRules {
     std::vector<std::string> beginWriting = {};
     /// Keeps others from writing to a table until the writing transaction ends; run for each. Empty where the
     /// transaction does that by itself, and where the next does.
-    std::string holdTable = {};
+    std::string lockTable = {};
     /// Counts the rows of a target's table as they are now, whatever the transaction has seen of it before.
     std::string countNow = "SELECT COUNT(*) FROM {table}";
     /// Mark the transaction where nothing is written yet, and take back what was written since. Empty: another one is
     /// begun, where the lock outlives it.
-    std::string mark = {};
-    std::string backToMark = {};
+    std::string savepoint = {};
+    std::string rollbackToSavepoint = {};
     /// Stand around a name.
     char nameBegin = '"';
     char nameEnd = '"';
@@ -48,14 +48,14 @@ struct CopyRules {
     std::string endIds = {};
     std::size_t rowsPerInsert = 500;
     /// Stands before the first quote of a text.
-    std::string textMark = {};
+    std::string stringPrefix = {};
     /// Gives the greatest id that a table has ever given out, or NULL, or no row; empty where that cannot be asked.
     std::string greatestId = {};
     /// Whether ids that are written are never given out afterwards.
     bool countsWrittenIds = true;
     /// Make sure that neither an id nor any below it will be given out; run where the rows written do not see to that.
-    std::vector<std::string> passIds = {"INSERT INTO {table} ({column}) VALUES ({id})",
-                                        "DELETE FROM {table} WHERE {column} = {id}"};
+    std::vector<std::string> advanceSequence = {"INSERT INTO {table} ({column}) VALUES ({id})",
+                                                "DELETE FROM {table} WHERE {column} = {id}"};
 };
 
 /// How an engine keeps others out of a directory. In statements, {seconds} stands for the longest wait.

@@ -35,9 +35,9 @@ std::vector<CString> ReadTexts(CAConnect& conn, const char* sql)
 
 /// One step's worth of changes: in a transaction where the engine can, under a lock where another run could come
 /// between. What is not committed is rolled back.
-class Change {
+class SchemaTransaction {
 public:
-    Change(CAConnect& conn, const Dialect& dialect) : m_conn(conn), m_dialect(dialect)
+    SchemaTransaction(CAConnect& conn, const Dialect& dialect) : m_conn(conn), m_dialect(dialect)
     {
         if (m_dialect.stepIsTransaction) {
             m_transaction.emplace(m_conn, kLongestTableWork);
@@ -45,9 +45,9 @@ public:
             Lock(m_conn, m_dialect, kLongestTableWork);
         }
     }
-    Change(const Change&) = delete;
-    Change& operator=(const Change&) = delete;
-    ~Change()
+    SchemaTransaction(const SchemaTransaction&) = delete;
+    SchemaTransaction& operator=(const SchemaTransaction&) = delete;
+    ~SchemaTransaction()
     {
         if (!m_transaction) {
             Unlock(m_conn, m_dialect);
@@ -148,7 +148,7 @@ void ApplyStep(CAConnect& conn, const Step& step, int version)
 Status NextStep(CAConnect& conn, const std::vector<Step>& steps, const Progress& progress)
 {
     const int newest = static_cast<int>(steps.size());
-    Change change(conn, DialectOf(conn));
+    SchemaTransaction change(conn, DialectOf(conn));
     const Status status = InspectFor(conn, newest);
     if (status.state == State::foreign) {
         throw CAException("the database holds other tables than a directory's");
@@ -354,7 +354,7 @@ void RefreshIndexes(CAConnect& conn)
     if (dialect.rebuildIndexes.empty() || ReadSetting(conn, "upper") == platform::UnicodeVersion()) {
         return;
     }
-    Change change(conn, dialect);
+    SchemaTransaction change(conn, dialect);
     conn.Execute(dialect.rebuildIndexes.c_str());
     WriteSetting(conn, "upper", platform::UnicodeVersion());
     change.Commit();

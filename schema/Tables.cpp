@@ -44,10 +44,10 @@ bool IsComputed(std::string_view type) { return type.find(" AS (") != std::strin
 Kind KindOf(std::string_view type)
 {
     constexpr std::array<std::string_view, 5> numbers = {"INTEGER", "INT", "BIGINT", "LONG", "COUNTER"};
-    constexpr std::array<std::string_view, 4> moments = {"DATE", "DATETIME", "DATETIME2", "TIMESTAMP"};
+    constexpr std::array<std::string_view, 4> datetimes = {"DATE", "DATETIME", "DATETIME2", "TIMESTAMP"};
     std::string_view word = CutWord(type);
     word = word.substr(0, word.find_first_of(",("));
-    return Holds(numbers, word) ? Kind::number : Holds(moments, word) ? Kind::moment : Kind::text;
+    return Holds(numbers, word) ? Kind::number : Holds(datetimes, word) ? Kind::datetime : Kind::text;
 }
 
 /// TEXT(128) is 128 characters long; TEXT has no length.

@@ -11,14 +11,14 @@
 namespace schema {
 
 /// What a column is for.
-enum class Kind : std::uint8_t { text, number, moment };
+enum class Kind : std::uint8_t { text, number, datetime };
 
 struct Column {
     std::string name;
     Kind kind = Kind::text;
-    bool isComputed = false; ///< from other columns, and cannot be written
-    bool isCounted = false;  ///< the engine gives it a number of its own where none is written
-    std::size_t length = 0;  ///< how many characters it takes; 0 for any
+    bool isComputed = false;      ///< from other columns, and cannot be written
+    bool isAutoIncrement = false; ///< the engine gives it a number of its own where none is written
+    std::size_t length = 0;       ///< how many characters it takes; 0 for any
 };
 
 struct Table {

@@ -116,7 +116,7 @@ std::string PathText(const Command& command)
 namespace {
 
 /// @throws Error (invalid) for two parameters that cannot be given together.
-void RefuseExcluded(const WebArguments& given, const std::vector<Offered>& offered)
+void ThrowIfExcluded(const WebArguments& given, const std::vector<Offered>& offered)
 {
     const auto isGiven = [&given](std::string_view name) { return !given.ValuesOf(name).empty(); };
     for (const Offered& param : offered) {
@@ -183,7 +183,7 @@ WebArguments::WebArguments(const Command& command, const JsonValue* given, const
             m_values.erase(taken);
         }
     }
-    RefuseExcluded(*this, offered);
+    ThrowIfExcluded(*this, offered);
     m_text = Shortened(m_text + TextOf(*this, offered));
 }
 

@@ -68,13 +68,13 @@ struct FoundNames {
     std::vector<Ambiguous> ambiguous;
 };
 
-/// A picture of all people and of the organisation, read at once when it is made.
+/// A snapshot of all people and of the organisation, read at once when it is made.
 class People {
 public:
     /// Uses statements of its own alone, none of the module's operations. @throws management::DatabaseError.
     explicit People(CAConnect& conn);
 
-    [[nodiscard]] const management::Organisation& Places() const { return m_organisation; }
+    [[nodiscard]] const management::Organisation& Nodes() const { return m_organisation; }
     [[nodiscard]] std::size_t Count() const { return m_people.size(); }
     [[nodiscard]] std::size_t CountOf(Trait trait) const;
     /// Null when there is none.

@@ -28,7 +28,7 @@ namespace {
 
 constexpr std::chrono::seconds kOld{30};
 constexpr std::chrono::seconds kLookedAtLately{60};
-/// Of a large directory the picture lasts longer, so that reading takes a small part of the time.
+/// Of a large directory the snapshot lasts longer, so that reading takes a small part of the time.
 constexpr int kPartsOfTime = 10;
 constexpr Range kOffsets{0, std::numeric_limits<int>::max()};
 constexpr Range kLimits{1, 500};
@@ -115,12 +115,12 @@ void WriteNode(JsonWriter& json, People& people, const Node& node)
 void WriteTrail(JsonWriter& json, const Organisation& organisation, const Node& node)
 {
     std::vector<const Node*> trail;
-    for (const Node* step = &node; trail.size() < organisation.Places().size();) {
+    for (const Node* step = &node; trail.size() < organisation.Nodes().size();) {
         trail.push_back(step);
-        if (!step->via) {
+        if (!step->parent) {
             break;
         }
-        step = &organisation.Places()[*step->via];
+        step = &organisation.Nodes()[*step->parent];
     }
     json.WriteName("trail");
     json.BeginArray();
@@ -134,14 +134,14 @@ void WriteTrail(JsonWriter& json, const Organisation& organisation, const Node& 
     json.End();
 }
 
-bool HangsNowhere(const Node& node) { return node.key.type == kItemTypeGroup && !node.isReachable && !node.via; }
+bool HangsNowhere(const Node& node) { return node.key.type == kItemTypeGroup && !node.isReachable && !node.parent; }
 
 /// What is shown under a place; at the top the views.
 std::vector<const Node*> ChildrenOf(const Organisation& organisation, const std::string& parent)
 {
     std::vector<const Node*> children;
     if (parent.empty() || parent == "nowhere") {
-        for (const Node& node : organisation.Places()) {
+        for (const Node& node : organisation.Nodes()) {
             const bool isTop = node.key.type == kItemTypeView && node.viewType == kSystemView;
             if (parent.empty() ? isTop : HangsNowhere(node)) {
                 children.push_back(&node);
@@ -150,7 +150,7 @@ std::vector<const Node*> ChildrenOf(const Organisation& organisation, const std:
         return children;
     }
     for (const std::size_t child : RequireNode(organisation, ReadKey(parent)).children) {
-        children.push_back(&organisation.Places()[child]);
+        children.push_back(&organisation.Nodes()[child]);
     }
     return children;
 }
@@ -285,7 +285,7 @@ Response Reader::Users(const Request& request, const std::string& session)
     if (name.empty() && (among || request.Parameter("among").empty())) {
         PeopleQuery query = ReadQuery(request);
         if (query.place) {
-            RequireNode(people.Places(), *query.place);
+            RequireNode(people.Nodes(), *query.place);
         }
         query.among = among.get();
         name = m_results.Keep(session, people.Select(query));
@@ -301,9 +301,9 @@ Response Reader::Users(const Request& request, const std::string& session)
         json.WriteMember("offset", static_cast<std::int64_t>(offset));
         json.WriteMember("as_of", TextValue(m_asOf));
         if (const std::string place = request.Parameter("in"); !place.empty()) {
-            const Node& node = RequireNode(people.Places(), ReadKey(place));
-            json.WriteMember("path", TextValue(people.Places().PathOf(node.key)));
-            WriteTrail(json, people.Places(), node);
+            const Node& node = RequireNode(people.Nodes(), ReadKey(place));
+            json.WriteMember("path", TextValue(people.Nodes().PathOf(node.key)));
+            WriteTrail(json, people.Nodes(), node);
         }
         json.WriteName("rows");
         json.BeginArray();
@@ -347,7 +347,7 @@ Response Reader::Tree(const Request& request)
     const std::size_t offset = NumberIn(request, "offset", kOffsets, 0);
     const std::size_t limit = NumberIn(request, "limit", kLimits, kUsualLimit);
     People& people = Fresh();
-    const Organisation& organisation = people.Places();
+    const Organisation& organisation = people.Nodes();
     const std::string parent = request.Parameter("parent");
     const std::vector<const Node*> children = ChildrenOf(organisation, parent);
     return JsonResponse([&](JsonWriter& json) {
@@ -355,7 +355,7 @@ Response Reader::Tree(const Request& request)
         json.WriteMember("offset", static_cast<std::int64_t>(offset));
         if (parent.empty()) {
             json.WriteMember("nowhere",
-                             static_cast<std::int64_t>(std::ranges::count_if(organisation.Places(), HangsNowhere)));
+                             static_cast<std::int64_t>(std::ranges::count_if(organisation.Nodes(), HangsNowhere)));
         }
         json.WriteName("rows");
         json.BeginArray();
@@ -370,9 +370,9 @@ Response Reader::FindInTree(const Request& request)
 {
     RequireKnown(request, {"q"});
     const std::string part = NameKey(request.Parameter("q"));
-    const Organisation& organisation = Fresh().Places();
+    const Organisation& organisation = Fresh().Nodes();
     std::vector<const Node*> found;
-    for (const Node& node : organisation.Places()) {
+    for (const Node& node : organisation.Nodes()) {
         if (node.nameKey.find(part) != std::string::npos) {
             found.push_back(&node);
         }
@@ -396,10 +396,10 @@ Response Reader::FindInTree(const Request& request)
 Response Reader::Overview()
 {
     People& people = Fresh();
-    const Organisation& organisation = people.Places();
+    const Organisation& organisation = people.Nodes();
     const auto countOf = [&organisation](int type) {
         return static_cast<std::int64_t>(
-            std::ranges::count_if(organisation.Places(), [type](const Node& node) { return node.key.type == type; }));
+            std::ranges::count_if(organisation.Nodes(), [type](const Node& node) { return node.key.type == type; }));
     };
     const CString engine = WithDatabaseErrors(Connection(), [&] { return Connection().GetEngineName(); });
     return JsonResponse([&](JsonWriter& json) {
@@ -409,7 +409,7 @@ Response Reader::Overview()
             json.WriteMember(kTraits[i], static_cast<std::int64_t>(people.CountOf(static_cast<Trait>(i))));
         }
         json.WriteMember("nowhere",
-                         static_cast<std::int64_t>(std::ranges::count_if(organisation.Places(), HangsNowhere)));
+                         static_cast<std::int64_t>(std::ranges::count_if(organisation.Nodes(), HangsNowhere)));
         json.WriteMember("groups", countOf(kItemTypeGroup));
         json.WriteMember("views", countOf(kItemTypeView));
         json.WriteMember("as_of", TextValue(m_asOf));

@@ -58,11 +58,11 @@ public:
 private:
     People& Fresh();
     void Load();
-    /// Whether the directory may have become another since the picture was read, without a change made here.
+    /// Whether the directory may have become another since the snapshot was read, without a change made here.
     bool MayHaveChanged();
     /// What the engine counts the changes of other connections by; nothing where it does not.
     std::optional<int> Version();
-    /// The picture, which is there, is as of now.
+    /// The snapshot, which is there, is as of now.
     void NoteRead();
 
     OpenDirectory m_open;
@@ -71,7 +71,7 @@ private:
     std::shared_ptr<CAConnect> m_conn;
     std::optional<People> m_people;
     std::atomic<std::uint64_t> m_changes = 0;
-    std::uint64_t m_seen = 0;     ///< how many changes the picture has
+    std::uint64_t m_seen = 0;     ///< how many changes the snapshot has
     std::optional<int> m_version; ///< when it was begun to be read
     std::chrono::steady_clock::time_point m_read;
     std::chrono::steady_clock::duration m_readingTime{};

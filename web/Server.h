@@ -31,7 +31,7 @@ struct ServerOptions {
 };
 
 /// The web console of one directory. Three threads beside those of HTTP: one runs commands, one after the other; one
-/// reads lists and trees from a picture of the directory; one waits for times.
+/// reads lists and trees from a snapshot of the directory; one waits for times.
 class Server {
 public:
     /// Opens the directory, and begins to listen. @param open  is called on several threads, each of which keeps a

@@ -410,7 +410,7 @@ void Undo::CheckGroups()
         const Node* group =
             table == groups ? organisation.Find(KeyOf(fmt::format("{}:{}", kItemTypeGroup, key))) : nullptr;
         for (std::size_t i = 0; group != nullptr && i < group->parents.size(); ++i) {
-            RequireOneOfItsName(organisation, organisation.Places()[group->parents[i]].key, group->key);
+            RequireOneOfItsName(organisation, organisation.Nodes()[group->parents[i]].key, group->key);
         }
     }
 }

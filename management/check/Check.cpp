@@ -193,7 +193,7 @@ private:
                      .sentence = Translatable("groups below no view, which nobody sees"),
                      .repair =
                          Translatable("`qvadmin group move` gives them a place, `qvadmin group delete` removes them")};
-        for (const Node& node : m_organisation.Places()) {
+        for (const Node& node : m_organisation.Nodes()) {
             if (!node.isReachable) {
                 ++lost.count;
                 lost.example = lost.example.IsEmpty() ? m_organisation.Named(node.key) : lost.example;
@@ -208,7 +208,7 @@ private:
         Problem cycles{.name = "cycles",
                        .sentence = Translatable("groups that are below themselves"),
                        .repair = Translatable("`qvadmin group move` or `qvadmin member remove` ends the cycle")};
-        for (const Node& node : m_organisation.Places()) {
+        for (const Node& node : m_organisation.Nodes()) {
             const bool mayBegin = cycles.count == 0 && (node.parents.empty() || !node.isReachable);
             const std::vector<ItemKey> cycle = mayBegin ? m_organisation.FindCycle(node.key) : std::vector<ItemKey>();
             if (!cycle.empty()) {
@@ -225,9 +225,9 @@ private:
                         .sentence = Translatable("groups with the same name in one place"),
                         .repair = "`qvadmin group rename`"};
         std::map<std::pair<ItemKey, std::string>, int> names;
-        for (const Node& node : m_organisation.Places()) {
+        for (const Node& node : m_organisation.Nodes()) {
             for (const std::size_t child : node.children) {
-                const Node& group = m_organisation.Places()[child];
+                const Node& group = m_organisation.Nodes()[child];
                 if (++names[{node.key, group.nameKey}] == 2) {
                     ++doubled.count;
                     doubled.example = m_organisation.Named(group.key);

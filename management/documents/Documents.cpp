@@ -24,7 +24,7 @@
 
 namespace management {
 
-template class Hierarchy<DocPlace>;
+template class Hierarchy<DocNode>;
 
 namespace {
 
@@ -72,11 +72,11 @@ ParentAndName SplitLastFolder(const std::string& path)
 
 // ---- What is read ---------------------------------------------------------------------------------------------------
 
-bool DocPlace::IsTop(DocKey key) { return key.kind == DocKind::root; }
+bool DocNode::IsTop(DocKey key) { return key.kind == DocKind::root; }
 
-DocKey DocPlace::KeyOf(bool isTop, int id) { return {isTop ? DocKind::root : DocKind::folder, id}; }
+DocKey DocNode::KeyOf(bool isTop, int id) { return {isTop ? DocKind::root : DocKind::folder, id}; }
 
-bool DocPlace::BeginsPath() const { return IsTop(key) && !sharesName; }
+bool DocNode::BeginsPath() const { return IsTop(key) && !sharesName; }
 
 FolderTree::FolderTree(CAConnect& conn)
 {
@@ -85,7 +85,7 @@ FolderTree::FolderTree(CAConnect& conn)
         LoadLinks(conn, parent);
         LoadOthers(conn, parent);
     }
-    FindPaths({[](const DocPlace& place) { return DocPlace::IsTop(place.key); }});
+    FindPaths({[](const DocNode& place) { return DocNode::IsTop(place.key); }});
 }
 
 void FolderTree::LoadPlaces(CAConnect& conn)
@@ -93,7 +93,7 @@ void FolderTree::LoadPlaces(CAConnect& conn)
     std::map<std::string, int> roots;
     const auto read = [&](DocKind kind, const char* sql) {
         EachRow(conn, sql, [&](CARecordset& row) {
-            DocPlace& place = Add({kind, 0});
+            DocNode& place = Add({kind, 0});
             ReadColumns(row, place.key.id, place.name);
             place.nameKey = NameKey(place.name);
             roots[place.name] += kind == DocKind::root ? 1 : 0;
@@ -101,11 +101,11 @@ void FolderTree::LoadPlaces(CAConnect& conn)
     };
     read(DocKind::root, "SELECT Col_ID, Col_Name FROM Tab_Doc_Root");
     read(DocKind::folder, "SELECT Col_ID, Col_Name FROM Tab_Doc_VFolder");
-    Sort([](const DocPlace& a, const DocPlace& b) {
+    Sort([](const DocNode& a, const DocNode& b) {
         return std::tie(a.key.kind, a.nameKey, a.name, a.key.id) < std::tie(b.key.kind, b.nameKey, b.name, b.key.id);
     });
-    for (std::size_t i = 0; i < Places().size(); ++i) {
-        At(i).sharesName = DocPlace::IsTop(At(i).key) && roots.at(At(i).name) > 1;
+    for (std::size_t i = 0; i < Nodes().size(); ++i) {
+        At(i).sharesName = DocNode::IsTop(At(i).key) && roots.at(At(i).name) > 1;
     }
 }
 
@@ -139,14 +139,14 @@ void FolderTree::LoadOthers(CAConnect& conn, DocKind parent)
 
 std::vector<DocKey> FolderTree::NamedAmong(std::vector<std::size_t> places, std::string_view name) const
 {
-    KeepNamed(places, name, [this](std::size_t place) -> const std::string& { return Places()[place].name; });
+    KeepNamed(places, name, [this](std::size_t place) -> const std::string& { return Nodes()[place].name; });
     return Keys(places);
 }
 
 std::vector<DocKey> FolderTree::RootsNamed(std::string_view name) const
 {
     std::vector<std::size_t> roots;
-    for (std::size_t place = 0; place < Places().size() && DocPlace::IsTop(Places()[place].key); ++place) {
+    for (std::size_t place = 0; place < Nodes().size() && DocNode::IsTop(Nodes()[place].key); ++place) {
         roots.push_back(place);
     }
     return NamedAmong(std::move(roots), name);
@@ -154,7 +154,7 @@ std::vector<DocKey> FolderTree::RootsNamed(std::string_view name) const
 
 std::vector<DocKey> FolderTree::ChildrenNamed(DocKey parent, std::string_view name) const
 {
-    const DocPlace* place = Find(parent);
+    const DocNode* place = Find(parent);
     return place == nullptr ? std::vector<DocKey>() : NamedAmong(place->children, name);
 }
 
@@ -268,11 +268,11 @@ bool FolderTree::HangsWithout(const Placement& placement) const
     const std::size_t folder = NumberOf(placement.folder);
     std::vector<std::size_t> reached;
     std::unordered_set<std::size_t> seen;
-    for (std::size_t i = 0; i < Places().size() && DocPlace::IsTop(Places()[i].key); ++i) {
+    for (std::size_t i = 0; i < Nodes().size() && DocNode::IsTop(Nodes()[i].key); ++i) {
         reached.push_back(i);
     }
     for (std::size_t next = 0; next < reached.size() && !seen.contains(folder); ++next) {
-        for (const std::size_t child : Places()[reached[next]].children) {
+        for (const std::size_t child : Nodes()[reached[next]].children) {
             const bool isLeft = reached[next] == left && child == folder;
             if (!isLeft && seen.insert(child).second) {
                 reached.push_back(child);

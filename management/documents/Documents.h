@@ -84,7 +84,7 @@ struct NewFolder {
 // ---- Where folders are ----------------------------------------------------------------------------------------------
 
 /// A root or a folder.
-struct DocPlace : HierarchyNode {
+struct DocNode : HierarchyNode {
     DocKey key{};
     std::string name;
     std::string nameKey;     ///< for comparing
@@ -109,7 +109,7 @@ struct Placement {
 };
 
 // Compiled once, in Documents.cpp.
-extern template class Hierarchy<DocPlace>;
+extern template class Hierarchy<DocNode>;
 
 /// The roots and folders of a directory, read at once in a few statements: roots first, then folders, each by name,
 /// case not counting, and id.
@@ -117,7 +117,7 @@ extern template class Hierarchy<DocPlace>;
 /// An argument names a folder by a path, such as /Root/Folder/Folder, where \/ stands for a slash and \\ for a
 /// backslash in a name, and case does not count unless names differ in nothing else. A path may also begin with id:17
 /// (a folder) or root:4 instead of a root's name, and end there.
-class FolderTree : public Hierarchy<DocPlace> {
+class FolderTree : public Hierarchy<DocNode> {
 public:
     /// @param conn  open. @throws DatabaseError.
     explicit FolderTree(CAConnect& conn);

@@ -162,13 +162,13 @@ void RequireFreeName(const FolderTree& tree, Documents& documents, DocKey parent
 // ---- Reading --------------------------------------------------------------------------------------------------------
 
 /// Hands a line of the tree to the front end. @return false when no more are wanted.
-bool GiveLine(const Call& call, std::span<const DocPlace> places, const TreeLine& line)
+bool GiveLine(const Call& call, std::span<const DocNode> places, const TreeLine& line)
 {
     const auto depth = static_cast<std::int64_t>(line.depth);
     if (!line.node) {
         return call.TreeRow(line.Drawn("In no document root:"), depth, "nowhere", Value(), "", Value(), "");
     }
-    const DocPlace& place = places[*line.node];
+    const DocNode& place = places[*line.node];
     const bool isRoot = place.key.kind == DocKind::root;
     return call.TreeRow(
         line.Drawn(fmt::format("{} ({} {})", Visible(place.name), isRoot ? "root" : "id", place.key.id)), depth,
@@ -180,7 +180,7 @@ bool GiveLine(const Call& call, std::span<const DocPlace> places, const TreeLine
 Result Tree(Call& call, const TreeToDraw& in)
 {
     const FolderTree tree(call.Connection());
-    const std::span<const DocPlace> places = tree.Places();
+    const std::span<const DocNode> places = tree.Nodes();
     const auto childrenOf = [places](std::size_t node) { return std::span<const std::size_t>(places[node].children); };
     TreeDrawing drawing({places.size(), childrenOf, {}}, in.depth,
                         [&](const TreeLine& line) { return GiveLine(call, places, line); });
@@ -189,8 +189,8 @@ Result Tree(Call& call, const TreeToDraw& in)
         drawing.Draw(tree.NumberOf(isPath ? tree.FindPlace(*in.top) : tree.FindRoot(*in.top)));
         return {};
     }
-    const auto isRoot = [](const DocPlace& place) { return place.key.kind == DocKind::root; };
-    const auto isUnrooted = [](const DocPlace& place) { return !place.isReachable && !place.via; };
+    const auto isRoot = [](const DocNode& place) { return place.key.kind == DocKind::root; };
+    const auto isUnrooted = [](const DocNode& place) { return !place.isReachable && !place.parent; };
     drawing.DrawAll(NumbersWhere(places, isRoot), NumbersWhere(places, isUnrooted));
     return {};
 }
@@ -199,7 +199,7 @@ Result List(Call& call, const OnePlace& in)
 {
     const FolderTree tree(call.Connection());
     for (const std::size_t child : tree.Find(tree.FindPlace(in.place))->children) {
-        const DocPlace& place = tree.Places()[child];
+        const DocNode& place = tree.Nodes()[child];
         if (!call.Row(std::int64_t{place.key.id}, place.name, tree.PathOf(place.key),
                       static_cast<std::int64_t>(place.children.size()), std::int64_t{place.others})) {
             break;
@@ -212,7 +212,7 @@ Result Show(Call& call, const OneFolder& in)
 {
     const FolderTree tree(call.Connection());
     const DocKey key = tree.FindFolder(in.folder);
-    const DocPlace& place = *tree.Find(key);
+    const DocNode& place = *tree.Find(key);
     Documents documents(call.Connection());
     const FolderData folder = LoadFolder(documents, key);
     return ResultOf(Record{
@@ -273,7 +273,7 @@ Result Rename(Call& call, const FolderToRename& in)
     const FolderTree tree(call.Connection());
     Documents documents(call.Connection());
     const DocKey key = tree.FindFolder(in.folder);
-    const DocPlace& place = *tree.Find(key);
+    const DocNode& place = *tree.Find(key);
     for (const DocKey parent : tree.Keys(place.parents)) {
         RequireFreeName(tree, documents, parent, in.name, key);
     }
@@ -391,7 +391,7 @@ Deletion PlanDeletion(Call& call, const FolderToDelete& in)
     const FolderTree tree(call.Connection());
     Deletion deletion;
     deletion.folder = tree.FindFolder(in.folder);
-    const DocPlace& place = *tree.Find(deletion.folder);
+    const DocNode& place = *tree.Find(deletion.folder);
     if (!in.recursive && (!place.children.empty() || place.others > 0)) {
         throw Error(ErrorCode::conflict,
                     FillPattern("{} holds {} and {}; add --recursive to delete it, and the folders, all the same",

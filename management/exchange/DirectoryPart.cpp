@@ -23,8 +23,8 @@ DirectoryPart::DirectoryPart(CAConnect& conn, const std::string& argument)
             groups.push_back(key.id);
         }
         std::optional<std::size_t> place = organisation.NumberOf(key);
-        for (; place; place = organisation.Places()[*place].via) {
-            m_items.insert(organisation.Places()[*place].key);
+        for (; place; place = organisation.Nodes()[*place].parent) {
+            m_items.insert(organisation.Nodes()[*place].key);
         }
     }
     std::string where = fmt::format("Col_QvItemType = {} AND Col_QvItemID IN ({})", kItemTypeGroup,

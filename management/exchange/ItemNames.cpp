@@ -37,7 +37,7 @@ void AddPaths(const Places& places, RootOf rootOf, Add add)
     for (std::size_t i = 0; i < places.size(); ++i) {
         // The way up to what has a path already.
         std::vector<std::size_t> way;
-        for (std::optional<std::size_t> at = i; at && paths[*at].empty(); at = places[*at].via) {
+        for (std::optional<std::size_t> at = i; at && paths[*at].empty(); at = places[*at].parent) {
             way.push_back(*at);
         }
         order.insert(order.end(), way.rbegin(), way.rend());
@@ -48,7 +48,7 @@ void AddPaths(const Places& places, RootOf rootOf, Add add)
     // Of equal names the least id comes first, whatever the order of the places, so that an import counts alike.
     std::ranges::stable_sort(order, {}, [&](std::size_t at) {
         std::size_t depth = 0;
-        for (std::optional<std::size_t> up = places[at].via; up; up = places[*up].via) {
+        for (std::optional<std::size_t> up = places[at].parent; up; up = places[*up].parent) {
             ++depth;
         }
         return std::pair(depth, places[at].key.id);
@@ -59,7 +59,8 @@ void AddPaths(const Places& places, RootOf rootOf, Add add)
         if (root) {
             paths[at] = *root;
         } else {
-            const std::string path = (place.via ? paths[*place.via] + "/" : std::string()) + PathEscaped(place.name);
+            const std::string path =
+                (place.parent ? paths[*place.parent] + "/" : std::string()) + PathEscaped(place.name);
             paths[at] = add(place.key, path);
         }
     }
@@ -181,7 +182,7 @@ void ItemNames::LoadGroups(CAConnect& conn)
         return place.key.type == kItemTypeView ? std::optional("/" + *NameOf(MemberKind::view, place.key.id))
                                                : std::nullopt;
     };
-    AddPaths(organisation.Places(), rootOf, [this](ItemKey key, const std::string& path) {
+    AddPaths(organisation.Nodes(), rootOf, [this](ItemKey key, const std::string& path) {
         AddNew(MemberKind::group, key.id, path);
         return *NameOf(MemberKind::group, key.id);
     });
@@ -190,11 +191,11 @@ void ItemNames::LoadGroups(CAConnect& conn)
 void ItemNames::LoadFolders(CAConnect& conn)
 {
     const FolderTree folders(conn);
-    const auto rootOf = [this](const DocPlace& place) {
+    const auto rootOf = [this](const DocNode& place) {
         return place.key.kind == DocKind::root ? std::optional("/" + *NameOf(MemberKind::root, place.key.id))
                                                : std::nullopt;
     };
-    AddPaths(folders.Places(), rootOf, [this](DocKey key, const std::string& path) {
+    AddPaths(folders.Nodes(), rootOf, [this](DocKey key, const std::string& path) {
         AddNew(MemberKind::folder, key.id, path);
         return *NameOf(MemberKind::folder, key.id);
     });

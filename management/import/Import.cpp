@@ -116,12 +116,12 @@ private:
             if (m_options.takeFailed) {
                 rows.back().record = *record;
             }
-            RefuseRepeated(rows.back());
+            MarkRepeated(rows.back());
         }
         return rows;
     }
 
-    void RefuseRepeated(ImportRow& row)
+    void MarkRepeated(ImportRow& row)
     {
         if (row.login.empty()) {
             return;
@@ -214,7 +214,7 @@ private:
                 throw;
             }
             change.reset();
-            RefuseIfNotWritable();
+            RequireWritable();
             return {RowFate::failed, 0, e.Why()};
         }
         change->Finish();
@@ -318,7 +318,7 @@ private:
         }
     }
 
-    void RefuseIfNotWritable()
+    void RequireWritable()
     {
         Change change(m_call);
         m_directory.TryToWrite();

@@ -44,7 +44,7 @@ class DepartmentTree {
 public:
     explicit DepartmentTree(const Organisation& organisation) : m_organisation(organisation)
     {
-        for (const Node& place : organisation.Places()) {
+        for (const Node& place : organisation.Nodes()) {
             if (IsTop(place)) {
                 m_tops[place.nameKey].push_back(place.key);
             }
@@ -68,7 +68,7 @@ public:
     {
         std::string text;
         for (const Node* place = m_organisation.Find(group); place != nullptr && IsGroup(*place);
-             place = place->via ? &m_organisation.Places()[*place->via] : nullptr) {
+             place = place->parent ? &m_organisation.Nodes()[*place->parent] : nullptr) {
             text.insert(0, PathEscaped(place->name) + (text.empty() ? "" : "/"));
         }
         return text;
@@ -95,14 +95,14 @@ private:
 
     [[nodiscard]] bool IsTop(const Node& place) const
     {
-        const auto isView = [this](std::size_t parent) { return !IsGroup(m_organisation.Places()[parent]); };
-        return IsGroup(place) && (!place.via || std::ranges::any_of(place.parents, isView));
+        const auto isView = [this](std::size_t parent) { return !IsGroup(m_organisation.Nodes()[parent]); };
+        return IsGroup(place) && (!place.parent || std::ranges::any_of(place.parents, isView));
     }
 
     [[nodiscard]] bool IsLinked(ItemKey parent, ItemKey child) const
     {
         const Node* below = m_organisation.Find(child);
-        const auto isParent = [&](std::size_t above) { return m_organisation.Places()[above].key == parent; };
+        const auto isParent = [&](std::size_t above) { return m_organisation.Nodes()[above].key == parent; };
         return below != nullptr && std::ranges::any_of(below->parents, isParent);
     }
 

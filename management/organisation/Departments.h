@@ -81,7 +81,7 @@ private:
     bool IsBelowView(int groupId);
     std::optional<ItemKey> OldGroup(int oldId, const std::string& oldPath);
 
-    Organisation m_organisation; ///< for its writes; its picture is that of the beginning
+    Organisation m_organisation; ///< for its writes; its snapshot is that of the beginning
     Roles m_roles;
     schema::ColumnLengths m_lengths; ///< of groups
     DepartmentOptions m_options;

@@ -158,7 +158,7 @@ template <class IsWanted>
 std::vector<ItemKey> GroupsWhere(const Organisation& organisation, IsWanted isWanted)
 {
     std::vector<ItemKey> groups;
-    for (const Node& place : organisation.Places()) {
+    for (const Node& place : organisation.Nodes()) {
         if (place.key.type == kItemTypeGroup && isWanted(place)) {
             groups.push_back(place.key);
         }
@@ -224,14 +224,14 @@ public:
     using Members = std::map<ItemKey, std::vector<Member>>;
 
     TreeRows(const Call& call, const Organisation& organisation, const Members& members)
-        : m_call(call), m_organisation(organisation), m_places(organisation.Places()), m_members(members)
+        : m_call(call), m_organisation(organisation), m_nodes(organisation.Nodes()), m_members(members)
     {
     }
 
     [[nodiscard]] TreeNodes Nodes() const
     {
-        return {m_places.size(),
-                [this](std::size_t node) { return std::span<const std::size_t>(m_places[node].children); },
+        return {m_nodes.size(),
+                [this](std::size_t node) { return std::span<const std::size_t>(m_nodes[node].children); },
                 [this](std::size_t node) { return MembersOf(node).size(); }};
     }
 
@@ -247,7 +247,7 @@ public:
             return m_call.TreeRow(line.Drawn(fmt::format("{}: {}", Visible(user.login), Visible(user.name))), depth,
                                   "user", std::int64_t{user.id}, user.login, Value(), Value(), Value(), "");
         }
-        const Node& place = m_places[*line.node];
+        const Node& place = m_nodes[*line.node];
         const int usersBelow = m_organisation.UsersBelow(place.key);
         const std::string below = place.children.empty() ? std::string() : fmt::format(", {} below", usersBelow);
         return m_call.TreeRow(line.Drawn(fmt::format("{} ({}{})", Visible(place.name), place.users, below)), depth,
@@ -259,13 +259,13 @@ public:
 private:
     [[nodiscard]] std::span<const Member> MembersOf(std::size_t node) const
     {
-        const auto found = m_members.find(m_places[node].key);
+        const auto found = m_members.find(m_nodes[node].key);
         return found == m_members.end() ? std::span<const Member>() : std::span(found->second);
     }
 
     const Call& m_call;
     const Organisation& m_organisation;
-    std::span<const Node> m_places;
+    std::span<const Node> m_nodes;
     const Members& m_members;
 };
 
@@ -282,8 +282,8 @@ Result Tree(Call& call, const TreeToDraw& in)
     const auto isRoot = [](const Node& place) {
         return place.key.type == kItemTypeView && place.viewType == kSystemView;
     };
-    const auto isUnrooted = [](const Node& place) { return !place.isReachable && !place.via; };
-    drawing.DrawAll(NumbersWhere(organisation.Places(), isRoot), NumbersWhere(organisation.Places(), isUnrooted));
+    const auto isUnrooted = [](const Node& place) { return !place.isReachable && !place.parent; };
+    drawing.DrawAll(NumbersWhere(organisation.Nodes(), isRoot), NumbersWhere(organisation.Nodes(), isUnrooted));
     return {};
 }
 

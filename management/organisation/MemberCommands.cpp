@@ -44,7 +44,7 @@ Result List(Call& call, const OneHolder& in)
     const Organisation organisation(call.Connection());
     const ItemKey holder = organisation.FindHolder(in.holder);
     for (const std::size_t child : organisation.Find(holder)->children) {
-        const Node& group = organisation.Places()[child];
+        const Node& group = organisation.Nodes()[child];
         if (!call.Row("group", std::int64_t{group.key.id}, Value(), group.name)) {
             return {};
         }

@@ -155,8 +155,8 @@ std::vector<ItemKey> Organisation::ChildrenNamed(ItemKey parent, std::string_vie
     const std::string key = NameKey(name);
     if (const Node* place = Find(parent)) {
         for (const std::size_t child : place->children) {
-            if (Places()[child].nameKey == key) {
-                found.push_back(Places()[child].key);
+            if (Nodes()[child].nameKey == key) {
+                found.push_back(Nodes()[child].key);
             }
         }
     }
@@ -176,7 +176,7 @@ std::vector<ItemKey> Organisation::SystemViewsNamed(std::string_view name) const
 {
     std::vector<ItemKey> found;
     const std::string key = NameKey(name);
-    for (const Node& place : Places()) {
+    for (const Node& place : Nodes()) {
         if (IsSystemView(place) && place.nameKey == key) {
             found.push_back(place.key);
         }
@@ -190,7 +190,7 @@ int Organisation::UsersBelow(ItemKey key) const
     const std::optional<std::size_t> from = IndexOf(key);
     if (from) {
         for (const std::size_t place : Descendants(*from)) {
-            users += place == *from ? 0 : Places()[place].users;
+            users += place == *from ? 0 : Nodes()[place].users;
         }
     }
     return users;

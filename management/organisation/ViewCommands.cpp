@@ -147,7 +147,7 @@ std::string PresentDefault(Organisation& organisation)
 Result List(Call& call, const ViewFilter& in)
 {
     const Organisation organisation(call.Connection());
-    for (const Node& place : organisation.Places()) {
+    for (const Node& place : organisation.Nodes()) {
         const bool isWanted = place.key.type == kItemTypeView && (in.all || place.viewType == kSystemView);
         if (isWanted && !call.Row(std::int64_t{place.key.id}, place.name, ShownType(place.viewType),
                                   std::int64_t{place.viewOwner}, std::int64_t{place.sortIndex},

@@ -31,7 +31,7 @@ std::string PathFrom(const std::vector<std::string>& names, std::size_t first)
 
 bool HasGroups(const Organisation& organisation)
 {
-    return std::ranges::any_of(organisation.Places(), [&organisation](const management::Node& place) {
+    return std::ranges::any_of(organisation.Nodes(), [&organisation](const management::Node& place) {
         return place.key.type == kItemTypeGroup && organisation.PathOf(place.key).starts_with('/');
     });
 }
@@ -48,7 +48,7 @@ std::vector<ItemKey> GroupsOfText(const Organisation& organisation, const std::s
 {
     std::vector<ItemKey> groups;
     try {
-        for (const management::Node& place : organisation.Places()) {
+        for (const management::Node& place : organisation.Nodes()) {
             if (place.key.type != kItemTypeView) {
                 continue;
             }

@@ -63,20 +63,20 @@ const Dialect& TheDialect()
         // Whoever asks for some hundred rows of a table without statistics has all of it read. The cost of what is
         // turned off would have the server compile those statements that have no index.
         .preferIndexes = "SELECT set_config('enable_seqscan', 'off', true), set_config('jit', 'off', true)",
-        .copying =
-            {.beginReading = {"BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"},
-             .identity = "SELECT concat_ws(' ', extract(epoch FROM pg_postmaster_start_time()), oid, "
-                         "current_schema()) FROM pg_catalog.pg_database WHERE datname = current_database()",
-             // Else the count would see what was there before the lock was waited for.
-             .beginWriting = {kReadCommitted},
-             .holdTable = "LOCK TABLE {table} IN SHARE ROW EXCLUSIVE MODE",
-             .mark = "SAVEPOINT qv_Empty",
-             .backToMark = "ROLLBACK TO SAVEPOINT qv_Empty",
-             .greatestId = "SELECT pg_sequence_last_value(pg_get_serial_sequence('{table}', "
-                           "lower('{column}'))::regclass)",
-             .countsWrittenIds = false,
-             // What the target itself has given out may be greater.
-             .passIds = {"SELECT setval(id, GREATEST({id}, COALESCE(pg_sequence_last_value(id), 0))) FROM "
+        .copying = {.beginReading = {"BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"},
+                    .identity = "SELECT concat_ws(' ', extract(epoch FROM pg_postmaster_start_time()), oid, "
+                                "current_schema()) FROM pg_catalog.pg_database WHERE datname = current_database()",
+                    // Else the count would see what was there before the lock was waited for.
+                    .beginWriting = {kReadCommitted},
+                    .lockTable = "LOCK TABLE {table} IN SHARE ROW EXCLUSIVE MODE",
+                    .savepoint = "SAVEPOINT qv_Empty",
+                    .rollbackToSavepoint = "ROLLBACK TO SAVEPOINT qv_Empty",
+                    .greatestId = "SELECT pg_sequence_last_value(pg_get_serial_sequence('{table}', "
+                                  "lower('{column}'))::regclass)",
+                    .countsWrittenIds = false,
+                    // What the target itself has given out may be greater.
+                    .advanceSequence =
+                        {"SELECT setval(id, GREATEST({id}, COALESCE(pg_sequence_last_value(id), 0))) FROM "
                          "(SELECT pg_get_serial_sequence('{table}', lower('{column}'))::regclass AS id) AS ids"}},
     };
     return dialect;

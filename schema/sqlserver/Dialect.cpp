@@ -61,7 +61,7 @@ const Dialect& TheDialect()
                     .nameEnd = ']',
                     .beginIds = "SET IDENTITY_INSERT {table} ON",
                     .endIds = "SET IDENTITY_INSERT {table} OFF",
-                    .textMark = "N",
+                    .stringPrefix = "N",
                     .greatestId = "SELECT CAST(last_value AS bigint) FROM sys.identity_columns "
                                   "WHERE object_id = OBJECT_ID('{table}')"},
     };

@@ -222,8 +222,8 @@ TEST_F(StatementFrame, GoesOnWithoutRowsWhereAReadDoesNotAskWhetherItOpened)
 {
     const auto never = [](CARecordset&) { ADD_FAILURE(); };
     m_database.GoAway();
-    EXPECT_TRUE(frame::ReadFirstRegardless(m_conn, "S", never));
-    EXPECT_TRUE(frame::ReadEachRegardless(m_conn, "S", never));
+    EXPECT_TRUE(frame::ReadFirstIgnoringClosed(m_conn, "S", never));
+    EXPECT_TRUE(frame::ReadEachIgnoringClosed(m_conn, "S", never));
     EXPECT_FALSE(frame::ReadEach(m_conn, "S", never));
     EXPECT_EQ(ErrorRecorder::Text(), ErrorRecorder::kOlder);
 }

@@ -28,7 +28,7 @@ std::string Answered(std::size_t removed, const std::string& answer, bool yes = 
         call.Confirm({.lines = {}, .question = "Delete it?", .removed = removed});
         return "yes";
     } catch (const Error& e) {
-        EXPECT_EQ(ExitFor(e.Code()), Exit::needsYes);
+        EXPECT_EQ(ExitFor(e.Code()), Exit::confirmationRequired);
         return err.str() + e.what();
     }
 }

@@ -177,9 +177,9 @@ TEST_F(DepartmentSyncTest, AViewThatIsDeletedChangesOnlyDepartmentsThatItLedTo)
     before.AddMember({kItemTypeView, 2}, Group(2));
     AddUser(1, 2, "North");
     AddUser(2, 2, "Sales/North");
-    const Organisation picture(m_conn);
+    const Organisation snapshot(m_conn);
     before.DeleteView(2);
-    EXPECT_EQ(SyncDepartments(picture, {kItemTypeView, 2}), 1U);
+    EXPECT_EQ(SyncDepartments(snapshot, {kItemTypeView, 2}), 1U);
     EXPECT_THAT(Departments(), ElementsAre("2 Sales/North", "2 Sales/North"));
     const Organisation later(m_conn);
     before.DeleteView(1);

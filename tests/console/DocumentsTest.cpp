@@ -280,7 +280,7 @@ TEST_F(DocumentsTest, WhatIsGoneWithAFolderIsWhatHangsNowhereElse)
     const FolderTree left(m_conn);
     EXPECT_EQ(left.PathOf(below), "/Main/S/T");
     EXPECT_EQ(left.Find(a), nullptr);
-    EXPECT_EQ(left.Places().size(), 3U);
+    EXPECT_EQ(left.Nodes().size(), 3U);
 }
 
 TEST_F(DocumentsTest, LinksWithoutAnEndAndCyclesDisturbNobody)

@@ -72,7 +72,7 @@ protected:
     {
         const Organisation organisation(m_conn);
         std::string text;
-        for (const management::Node& node : organisation.Places()) {
+        for (const management::Node& node : organisation.Nodes()) {
             text += fmt::format("{} {}\n", organisation.PathOf(node.key), node.users);
         }
         return text;

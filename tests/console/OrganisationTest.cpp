@@ -236,7 +236,7 @@ TEST_F(OrganisationTest, ChildrenStandInTheirOrder)
     const Organisation organisation = Now();
     std::vector<ItemKey> children;
     for (const std::size_t child : organisation.Find(view)->children) {
-        children.push_back(organisation.Places()[child].key);
+        children.push_back(organisation.Nodes()[child].key);
     }
     EXPECT_THAT(children, ElementsAre(z, a, b));
 }
@@ -472,7 +472,7 @@ TEST_F(OrganisationTest, DeletingTakesAllTracesAlongAndNoOthers)
     EXPECT_EQ(total(kItemTypeView, {2}), 0);
     EXPECT_EQ(total(kItemTypeView, {1}), traces);
     EXPECT_EQ(total(kItemTypeUser, {1}), traces);
-    EXPECT_EQ(Now().Places().size(), 2U);
+    EXPECT_EQ(Now().Nodes().size(), 2U);
 }
 
 TEST_F(OrganisationTest, TextsWithNulAreRefused)
@@ -481,7 +481,7 @@ TEST_F(OrganisationTest, TextsWithNulAreRefused)
     const std::string text("a\0b", 3);
     EXPECT_EQ(CodeOf([&] { AddGroup(view, text); }), Exit::failed);
     EXPECT_EQ(CodeOf([&] { Now().RenameView(1, text); }), Exit::failed);
-    EXPECT_EQ(Now().Places().size(), 1U);
+    EXPECT_EQ(Now().Nodes().size(), 1U);
 }
 
 TEST_F(OrganisationTest, WhatTheEngineRefusesIsTold)

@@ -270,7 +270,7 @@ TEST_F(RightConsoleTest, SeveralRightsAreEditedAsOneChange)
     Done({"audit", "undo", entries.at(0).at("id").dump(), "--yes"});
     EXPECT_EQ(Done({"right", "matrix", "Editors", "A/B", "-o", "csv"}),
               "genre,function,Editors,A/B\nmail,send,,1\nmail,size,4,\n");
-    EXPECT_EQ(Run(edit({"/Editors/mail/size=5"})).exit, static_cast<int>(Exit::needsYes));
+    EXPECT_EQ(Run(edit({"/Editors/mail/size=5"})).exit, static_cast<int>(Exit::confirmationRequired));
     ExpectRefusal(edit({"/Editors/mail=5", "--yes"}), static_cast<int>(Exit::usage),
                   "write /ROLE/GENRE/FUNCTION=POWER");
     ExpectRefusal(edit({"Editors/mail/size=5", "--yes"}), static_cast<int>(Exit::usage),

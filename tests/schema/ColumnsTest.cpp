@@ -21,7 +21,7 @@ namespace {
 struct Described {
     schema::Kind kind = schema::Kind::text;
     bool isComputed = false;
-    bool isCounted = false;
+    bool isAutoIncrement = false;
     bool isKey = false;
     bool isNotNull = false;
     std::string standard; ///< the default; empty: NULL
@@ -60,7 +60,7 @@ Described DescriptionOf(const schema::Column& column, const std::string& line)
     Described described;
     described.kind = column.kind;
     described.isComputed = column.isComputed;
-    described.isCounted = column.isCounted;
+    described.isAutoIncrement = column.isAutoIncrement;
     described.isKey = !FirstMatch(line, key).empty();
     // A key holds no NULL.
     described.isNotNull = described.isKey || !FirstMatch(line, notNull).empty();
@@ -194,7 +194,7 @@ TEST_P(ColumnsOf, AreOfTheSameKindAndCountedComputedKeysAndNullableAlike)
     EachPair([](const std::string& table, const std::string& name, const Described& ours, const Described& theirs) {
         const std::string column = table + "." + name;
         EXPECT_EQ(static_cast<int>(theirs.kind), static_cast<int>(ours.kind)) << column;
-        EXPECT_EQ(theirs.isCounted, ours.isCounted) << column;
+        EXPECT_EQ(theirs.isAutoIncrement, ours.isAutoIncrement) << column;
         EXPECT_EQ(theirs.isKey, ours.isKey) << column;
         EXPECT_EQ(theirs.isNotNull, ours.isNotNull) << column;
         if (!MayDiffer(GetParam(), table, name, false, Property::computed)) {

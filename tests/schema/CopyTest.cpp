@@ -457,7 +457,7 @@ std::vector<std::string> MarkedIn(const schema::Table& table)
 {
     std::vector<std::string> marked;
     for (const schema::Column& column : table.columns) {
-        if (column.isComputed || column.isCounted) {
+        if (column.isComputed || column.isAutoIncrement) {
             marked.push_back(column.name + (column.isComputed ? " computed" : " counted"));
         }
     }

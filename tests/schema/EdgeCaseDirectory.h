@@ -101,7 +101,7 @@ inline void AddRow(CAConnect& conn, const schema::Table& table, std::size_t row)
     }
     // Holes between them, and one that means "none" to some; texts in the order in which engines may keep them.
     const std::string id =
-        table.columns.front().isCounted ? std::to_string(row * row) : "'board " + std::to_string(100 + row) + "'";
+        table.columns.front().isAutoIncrement ? std::to_string(row * row) : "'board " + std::to_string(100 + row) + "'";
     conn.Execute(("INSERT INTO " + table.name + " (Col_ID" + (names.empty() ? "" : "," + names) + ") VALUES (" + id +
                   (values.empty() ? "" : "," + values) + ")")
                      .c_str());

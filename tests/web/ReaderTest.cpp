@@ -46,7 +46,7 @@ TEST_F(ReaderTest, ChangesOfAnotherProcessAreSeenAndNothingIsReadAgainWithoutAny
     EXPECT_EQ(UsersAfter(61s), 0);
     EXPECT_EQ(UsersAfter(61s), 0);
     AddFromAnotherProcess("rory");
-    EXPECT_EQ(UsersAfter(1s), 0) << "a picture is good for a minute";
+    EXPECT_EQ(UsersAfter(1s), 0) << "a snapshot is good for a minute";
     EXPECT_EQ(UsersAfter(61s), 2);
     management::Execute(m_reader.Connection(), "INSERT INTO qv_User (Col_LoginName) VALUES ('bill')");
     EXPECT_EQ(UsersAfter(61s), 2);

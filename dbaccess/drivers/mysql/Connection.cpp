@@ -38,7 +38,7 @@ constexpr int kKeepaliveCount = 6;
 constexpr int kUserTimeout = 120'000; // what was sent and not acknowledged, in milliseconds
 
 // Needs no table and changes nothing; a node that takes no statements refuses it, unlike SET and SELECT 1.
-constexpr const char* kNothing = "DO 0";
+constexpr const char* kPing = "DO 0";
 
 // The server's numbers for a prepared statement that it does not know, and for one that it cannot prepare again.
 constexpr unsigned int kUnknownStatement = 1243;
@@ -182,7 +182,7 @@ void WatchPeer(MYSQL* handle)
 
 // A server could ask for any file of this machine in answer to any statement, and a connection that it restores by
 // itself would have lost its settings and its transaction.
-void RefuseFilesAndReconnecting(MYSQL* handle)
+void ForbidFilesAndReconnecting(MYSQL* handle)
 {
     const unsigned int off = 0;
     const my_bool no = 0;
@@ -196,7 +196,7 @@ bool UndoDefaultsFile(MYSQL* handle, const Settings& settings)
     if (settings.defaultsFile.empty()) {
         return true;
     }
-    RefuseFilesAndReconnecting(handle);
+    ForbidFilesAndReconnecting(handle);
     return mysql_set_server_option(handle, MYSQL_OPTION_MULTI_STATEMENTS_OFF) == 0;
 }
 
@@ -228,10 +228,10 @@ bool Connect(MYSQL* handle, const Settings& settings, const Server& server)
     }
     SetPasswordMethods(handle, settings, server);
     SetConnectTimeouts(handle, settings);
-    RefuseFilesAndReconnecting(handle);
+    ForbidFilesAndReconnecting(handle);
     return Login(handle, settings, server) && IsEncryptedAsWanted(handle, settings, server) &&
            IsCertifiedAsWanted(handle, settings, server) && UndoDefaultsFile(handle, settings) &&
-           Run(handle, SettingStatement(settings)) && Run(handle, kNothing);
+           Run(handle, SettingStatement(settings)) && Run(handle, kPing);
 }
 
 Handle NewHandle()
@@ -335,7 +335,7 @@ Connection::Connection(Settings settings)
 std::int64_t Connection::Execute(std::string_view sql)
 {
     MakeReady();
-    RefuseInLostTransaction();
+    ThrowIfTransactionLost();
     if (const Statements::Lease kept = TakeKept(sql)) {
         if (RunKept(kept)) {
             return static_cast<std::int64_t>(mysql_stmt_affected_rows(kept.Statement().get()));
@@ -394,7 +394,7 @@ void Connection::Abandon(MYSQL_RES* rows) noexcept
         // Nobody asked for these rows, nor for what became of them; whether the connection lives has been noted.
     }
     // The interruption may have come too late for its statement; then it meets this one, and never the next.
-    if (interrupted && m_alive && !Run(Get(), kNothing)) {
+    if (interrupted && m_alive && !Run(Get(), kPing)) {
         NoteFailure();
     }
 }
@@ -443,7 +443,7 @@ bool Connection::IsTransactionLost() const noexcept
 }
 
 // What followed would be applied alone, each statement for itself.
-void Connection::RefuseInLostTransaction() const
+void Connection::ThrowIfTransactionLost() const
 {
     if (IsTransactionLost()) {
         throw CAException("the engine has ended the transaction by itself");
@@ -453,7 +453,7 @@ void Connection::RefuseInLostTransaction() const
 void Connection::Send(std::string_view sql)
 {
     MakeReady();
-    RefuseInLostTransaction();
+    ThrowIfTransactionLost();
     if (!Run(Get(), sql)) {
         Fail();
     }
@@ -536,7 +536,7 @@ void Connection::SkipResults()
 void Connection::NoteFailure() noexcept
 {
     if (!IsLost(Get()) && m_inTransaction) {
-        m_transactionLost = m_transactionLost || !Run(Get(), kNothing);
+        m_transactionLost = m_transactionLost || !Run(Get(), kPing);
     }
     m_alive = m_alive && !IsLost(Get());
 }

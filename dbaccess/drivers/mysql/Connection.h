@@ -87,7 +87,7 @@ private:
 
     void MakeReady();
     [[nodiscard]] bool IsTransactionLost() const noexcept;
-    void RefuseInLostTransaction() const;
+    void ThrowIfTransactionLost() const;
     Statements::Lease TakeKept(std::string_view sql);
     Statement Prepare(const std::string& shape, std::size_t values);
     bool RunKept(const Statements::Lease& kept);

@@ -25,7 +25,7 @@ constexpr unsigned int kLongestTimeout = 86400;
 constexpr unsigned int kAllSyncWaits = 15;
 
 // Says nothing of the text itself: what is misread may be a piece of the password.
-[[noreturn]] void RefuseForm()
+[[noreturn]] void ThrowMalformedUrl()
 {
     throw CAException(
         "mysql: wants mysql://USER@HOST:PORT,HOST:PORT/DATABASE?option=value; in a user name, a password, "
@@ -52,7 +52,7 @@ std::string Decoded(std::string_view text)
         i += isCode ? 2 : 0;
     }
     if (decoded.find('\0') != std::string::npos) {
-        RefuseForm();
+        ThrowMalformedUrl();
     }
     return decoded;
 }
@@ -84,7 +84,7 @@ Server ReadServer(std::string_view text)
     server.host = bracket == 0 ? text.substr(0, colon) : text.substr(1, bracket - 1);
     const bool goesOn = bracket != 0 && bracket + 1 != std::min(colon, text.size());
     if (!IsHost(server.host) || goesOn) {
-        RefuseForm();
+        ThrowMalformedUrl();
     }
     if (colon == std::string_view::npos) {
         server.port = server.host == "localhost" ? 0 : kPort;
@@ -92,7 +92,7 @@ Server ReadServer(std::string_view text)
     }
     const auto port = NumberIn(text.substr(colon + 1), 1, kLastPort);
     if (!port) {
-        RefuseForm();
+        ThrowMalformedUrl();
     }
     server.port = *port;
     return server;
@@ -118,11 +118,11 @@ void ReadAddress(std::string_view address, Settings& settings)
 {
     const std::size_t slash = address.starts_with("//") ? address.find('/', 2) : std::string_view::npos;
     if (slash == std::string_view::npos) {
-        RefuseForm();
+        ThrowMalformedUrl();
     }
     const std::string_view database = address.substr(slash + 1);
     if (database.empty() || database.find_first_of("/@") != std::string_view::npos) {
-        RefuseForm();
+        ThrowMalformedUrl();
     }
     settings.database = Decoded(database);
     std::string_view servers = address.substr(2, slash - 2);
@@ -258,7 +258,7 @@ std::size_t CommentLength(std::string_view text)
 }
 
 // The server takes comments alone for a statement that does nothing.
-void RefuseNothing(std::string_view sql)
+void RequireStatement(std::string_view sql)
 {
     for (;;) {
         sql.remove_prefix(std::min(sql.size(), sql.find_first_not_of(" \t\r\n\v\f;")));
@@ -275,7 +275,7 @@ void RefuseNothing(std::string_view sql)
 
 std::string Utf8Of(const char* sql)
 {
-    RefuseNothing(sql);
+    RequireStatement(sql);
     return platform::AnsiIsUtf8() ? std::string(sql) : platform::AnsiToUtf8(sql);
 }
 
@@ -335,7 +335,7 @@ std::unique_ptr<Session> OpenSession(std::string_view location)
     ReadAddress(platform::AnsiToUtf8(location.substr(0, mark)), settings);
     // One there is the end of a password with a ? in it.
     if (platform::AnsiToUtf8(location.substr(mark)).find('@') != std::string::npos) {
-        RefuseForm();
+        ThrowMalformedUrl();
     }
     const Location parsed = ParseLocation(location.substr(mark));
     const int dbType = DbTypeOption(parsed, NumberOf(EngineKind::mysql));

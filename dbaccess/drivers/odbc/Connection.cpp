@@ -78,7 +78,7 @@ bool GivesRows(SQLHSTMT statement)
 }
 
 // PostgreSQL's driver would wait for ever for rows that nobody sends or takes.
-void RefuseCopy(std::string_view text, Dialect dialect)
+void ThrowIfCopy(std::string_view text, Dialect dialect)
 {
     const bool isCopy = dialect == Dialect::postgresql && BeginsWithOneOf(text, dialect, {"copy"});
     if (isCopy && HasWord(text, dialect, {"stdin", "stdout"})) {
@@ -110,13 +110,13 @@ std::vector<std::string_view> SettingsOf(Dialect dialect)
 // A data source or a driver's own name may say nothing of which driver it is; the driver itself does.
 Connection::Connection(const ConnectionString& string) : m_environment(NewEnvironment())
 {
-    ConnectionString wished = string;
-    const bool isKnown = AddSettings(wished, wished.Value("Driver"));
-    Connect(wished);
-    if (!isKnown && AddSettings(wished, Info(SQL_DRIVER_NAME)) && wished.Text() != string.Text()) {
+    ConnectionString requested = string;
+    const bool isKnown = AddSettings(requested, requested.Value("Driver"));
+    Connect(requested);
+    if (!isKnown && AddSettings(requested, Info(SQL_DRIVER_NAME)) && requested.Text() != string.Text()) {
         SQLDisconnect(m_handle.get());
         m_connected = false;
-        Connect(wished);
+        Connect(requested);
     }
     m_dialect = DialectOf(Info(SQL_DBMS_NAME));
 }
@@ -244,7 +244,7 @@ void Connection::Commit()
         throw CAException("there is no transaction to commit");
     }
     MakeReady();
-    RefuseInLostTransaction();
+    ThrowIfTransactionLost();
     EndTransaction(SQL_COMMIT);
 }
 
@@ -264,7 +264,7 @@ void Connection::MakeReady()
 }
 
 // What followed would be applied without what went before.
-void Connection::RefuseInLostTransaction() const
+void Connection::ThrowIfTransactionLost() const
 {
     if (m_inTransaction && m_transactionLost) {
         throw CAException("the transaction has ended or failed before; it can only be rolled back");
@@ -286,8 +286,8 @@ Statement Connection::NewStatement()
 Statement Connection::Run(std::string_view text)
 {
     MakeReady();
-    RefuseInLostTransaction();
-    RefuseCopy(text, m_dialect);
+    ThrowIfTransactionLost();
+    ThrowIfCopy(text, m_dialect);
     Statement statement = NewStatement();
     // Braces are the text's own, and no escapes for the driver.
     SQLSetStmtAttr(statement.get(), SQL_ATTR_NOSCAN, AsPointer(SQL_NOSCAN_ON), 0);

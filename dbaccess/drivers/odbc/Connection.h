@@ -62,7 +62,7 @@ public:
 private:
     void Connect(const ConnectionString& string);
     void MakeReady();
-    void RefuseInLostTransaction() const;
+    void ThrowIfTransactionLost() const;
     Statement NewStatement();
     Statement Run(std::string_view text);
     void NoteFailure(const Failure& failure) noexcept;

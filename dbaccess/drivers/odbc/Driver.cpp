@@ -21,7 +21,7 @@ namespace dbaccess::odbc {
 namespace {
 
 // Says nothing of the text itself: what is misread may be a piece of the password.
-[[noreturn]] void RefuseForm()
+[[noreturn]] void ThrowMalformedUrl()
 {
     throw CAException("odbc: wants odbc:KEYWORD=VALUE;KEYWORD=VALUE?option=value, with the options kind=N and "
                       "password-file=PATH; in the connection string write %3F for ? and %25 for a % before 3F or 25, "
@@ -31,7 +31,7 @@ namespace {
 [[noreturn]] void Refuse(const std::string& sentence) { throw CAException(platform::Utf8ToAnsi(sentence)); }
 
 // ParseLocation names what it cannot read.
-void RefuseCutPassword(std::string_view location)
+void ThrowIfPasswordCut(std::string_view location)
 {
     std::string_view options = location.substr(std::min(location.find('?'), location.size()));
     options.remove_prefix(std::min<std::size_t>(options.size(), 1));
@@ -39,7 +39,7 @@ void RefuseCutPassword(std::string_view location)
         const std::string_view option = options.substr(0, options.find('&'));
         options.remove_prefix(std::min(options.size(), option.size() + 1));
         if (!option.starts_with("kind=") && !option.starts_with("password-file=")) {
-            RefuseForm();
+            ThrowMalformedUrl();
         }
     }
 }
@@ -67,7 +67,7 @@ ConnectionString ReadString(const Location& location)
 {
     ConnectionString string(platform::AnsiToUtf8(location.path));
     if (!string.IsWellFormed()) {
-        RefuseForm();
+        ThrowMalformedUrl();
     }
     const auto file = location.options.find("password-file");
     if (file != location.options.end()) {
@@ -163,12 +163,12 @@ private:
 
 std::unique_ptr<Session> OpenSession(std::string_view location)
 {
-    RefuseCutPassword(location);
+    ThrowIfPasswordCut(location);
     const Location parsed = ParseLocation(location);
-    const auto wished = static_cast<EngineKind>(DbTypeOption(parsed, NumberOf(EngineKind::comparesInCapitals)));
+    const auto requested = static_cast<EngineKind>(DbTypeOption(parsed, NumberOf(EngineKind::comparesInCapitals)));
     auto connection = std::make_shared<Connection>(ReadString(parsed));
     if (connection->Engine() == Dialect::other) {
-        connection->SetEngine(DialectOf(wished));
+        connection->SetEngine(DialectOf(requested));
     }
     connection->Prepare();
     const int dbType = DbTypeOption(parsed, NumberOf(KindOf(connection->Engine())));

@@ -138,7 +138,7 @@ void Connection::MakeReady()
 Result Connection::Run(const std::string& sql)
 {
     MakeReady();
-    m_guarded = false;
+    m_inSavepoint = false;
     Result result = Begin(sql, nullptr);
     while (PQresultStatus(result.get()) == PGRES_SINGLE_TUPLE) {
         result = Next();
@@ -150,8 +150,8 @@ Result Connection::Start(const std::string& sql, Rows& reader)
 {
     MakeReady();
     const bool inTransaction = PQtransactionStatus(m_db.get()) == PQTRANS_INTRANS;
-    m_guarded = inTransaction && OnlyReads(sql) && !MayHoldSeveral(sql);
-    m_mayCancel = m_guarded || (!inTransaction && OnlyReads(sql));
+    m_inSavepoint = inTransaction && OnlyReads(sql) && !MayHoldSeveral(sql);
+    m_cancellable = m_inSavepoint || (!inTransaction && OnlyReads(sql));
     return Begin(sql, &reader);
 }
 
@@ -172,7 +172,7 @@ Result Connection::Begin(const std::string& sql, Rows* reader)
             }
         }
     }
-    if (m_guarded) {
+    if (m_inSavepoint) {
         SendGuarded(sql);
     } else {
         Send(sql);
@@ -181,7 +181,7 @@ Result Connection::Begin(const std::string& sql, Rows* reader)
     return Next();
 }
 
-Result Connection::Next() { return Judged(Result(PQgetResult(m_db.get()))); }
+Result Connection::Next() { return CheckResult(Result(PQgetResult(m_db.get()))); }
 
 Connection::Statements::Lease Connection::TakeKept(const std::string& sql)
 {
@@ -190,7 +190,7 @@ Connection::Statements::Lease Connection::TakeKept(const std::string& sql)
     }
     // With a guarded query three statements go at once, as texts. EXECUTE as one of them would not do: the server
     // computes all of its rows before it sends the first.
-    if (m_guarded || PQtransactionStatus(m_db.get()) == PQTRANS_INERROR || !platform::IsValidUtf8(sql) ||
+    if (m_inSavepoint || PQtransactionStatus(m_db.get()) == PQTRANS_INERROR || !platform::IsValidUtf8(sql) ||
         !ReadsBackslashesPlainly(m_db.get(), sql)) {
         return {};
     }
@@ -203,22 +203,22 @@ Connection::Statements::Lease Connection::TakeKept(const std::string& sql)
 PreparedName Connection::Prepare(const std::string& shape, const PreparedName& evicted)
 {
     const bool inTransaction = PQtransactionStatus(m_db.get()) == PQTRANS_INTRANS;
-    if (inTransaction && !Tell("SAVEPOINT qv_prepare")) {
+    if (inTransaction && !RunCommand("SAVEPOINT qv_prepare")) {
         return {};
     }
     PreparedName name(m_namePrefix + std::to_string(++m_prepared));
     const Result prepared(PQprepare(m_db.get(), name.Get().c_str(), shape.c_str(), 0, nullptr));
     const bool isPrepared = PQresultStatus(prepared.get()) == PGRES_COMMAND_OK;
-    const bool isFree = !isPrepared || !evicted || Tell(("DEALLOCATE " + evicted.Get()).c_str());
+    const bool isFree = !isPrepared || !evicted || RunCommand(("DEALLOCATE " + evicted.Get()).c_str());
     if (inTransaction) {
-        Tell(isPrepared && isFree ? "RELEASE SAVEPOINT qv_prepare"
-                                  : "ROLLBACK TO SAVEPOINT qv_prepare;RELEASE SAVEPOINT qv_prepare");
+        RunCommand(isPrepared && isFree ? "RELEASE SAVEPOINT qv_prepare"
+                                        : "ROLLBACK TO SAVEPOINT qv_prepare;RELEASE SAVEPOINT qv_prepare");
     }
     return isPrepared ? name : PreparedName();
 }
 
 /// Runs a statement of the driver's own. @return whether the server has done it.
-bool Connection::Tell(const char* sql) noexcept
+bool Connection::RunCommand(const char* sql) noexcept
 {
     const Result result(PQexec(m_db.get(), sql));
     return PQresultStatus(result.get()) == PGRES_COMMAND_OK;
@@ -260,11 +260,11 @@ void Connection::SendGuarded(const std::string& sql)
     PQsetSingleRowMode(m_db.get());
     Result savepoint(PQgetResult(m_db.get()));
     if (PQresultStatus(savepoint.get()) != PGRES_COMMAND_OK) {
-        Judged(std::move(savepoint));
+        CheckResult(std::move(savepoint));
     }
 }
 
-Result Connection::Judged(Result result)
+Result Connection::CheckResult(Result result)
 {
     switch (PQresultStatus(result.get())) {
     case PGRES_SINGLE_TUPLE:
@@ -277,9 +277,9 @@ Result Connection::Judged(Result result)
         ReadToEnd();
         throw CAException("there is no statement in the text");
     case PGRES_COPY_IN:
-        RefuseCopy(true);
+        ThrowCopyUnsupported(true);
     case PGRES_COPY_OUT:
-        RefuseCopy(false);
+        ThrowCopyUnsupported(false);
     default:
         break;
     }
@@ -308,7 +308,7 @@ void Connection::DropToEnd() noexcept
     m_reader = nullptr;
 }
 
-void Connection::RefuseCopy(bool in)
+void Connection::ThrowCopyUnsupported(bool in)
 {
     if (in) {
         PQputCopyEnd(m_db.get(), "there are no rows to copy");
@@ -351,14 +351,14 @@ void Connection::Abandon() noexcept
 {
     m_reader = nullptr;
     if (!DropWhatHasArrived()) {
-        if (m_mayCancel) {
+        if (m_cancellable) {
             RequestCancel();
         }
         DropToEnd();
     }
     // Also where the query failed by itself in a row that nobody read.
-    if (m_guarded && PQtransactionStatus(m_db.get()) == PQTRANS_INERROR) {
-        Tell("ROLLBACK TO SAVEPOINT qv_query;RELEASE SAVEPOINT qv_query");
+    if (m_inSavepoint && PQtransactionStatus(m_db.get()) == PQTRANS_INERROR) {
+        RunCommand("ROLLBACK TO SAVEPOINT qv_query;RELEASE SAVEPOINT qv_query");
     }
 }
 

@@ -73,15 +73,15 @@ private:
     Result Begin(const std::string& sql, Rows* reader);
     Statements::Lease TakeKept(const std::string& sql);
     PreparedName Prepare(const std::string& shape, const PreparedName& evicted);
-    bool Tell(const char* sql) noexcept;
+    bool RunCommand(const char* sql) noexcept;
     void Send(const std::string& sql);
     void SendKept(const Statements::Lease& kept);
     void SendGuarded(const std::string& sql);
-    Result Judged(Result result);
+    Result CheckResult(Result result);
     void ReadToEnd();
     void DropToEnd() noexcept;
     void RequestCancel() noexcept;
-    [[noreturn]] void RefuseCopy(bool in);
+    [[noreturn]] void ThrowCopyUnsupported(bool in);
     bool DropWhatHasArrived() noexcept;
 
     Handle m_db;
@@ -90,8 +90,8 @@ private:
     std::string m_namePrefix;   // no other session's: behind a pooler theirs may be on the same server connection
     std::size_t m_prepared = 0; // names that were given out; none is given twice
     Rows* m_reader = nullptr;
-    bool m_mayCancel = false; // of the running query: nothing that counts is lost when it is cancelled
-    bool m_guarded = false;   // of the running statement: it is a query after a savepoint
+    bool m_cancellable = false; // of the running query: nothing that counts is lost when it is cancelled
+    bool m_inSavepoint = false; // of the running statement: it is a query after a savepoint
 };
 
 /// The rows of a query, which the server computes as they are read.

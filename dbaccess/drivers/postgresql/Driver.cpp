@@ -41,7 +41,7 @@ using ConnectOptions = std::unique_ptr<PQconninfoOption, FreeOptions>;
 
 ConnectOptions ParsedUri(const std::string& uri) { return ConnectOptions(PQconninfoParse(uri.c_str(), nullptr)); }
 
-[[noreturn]] void RefuseUrl()
+[[noreturn]] void ThrowMalformedUrl()
 {
     throw CAException("postgresql: cannot be read; write postgresql://USER@HOST:PORT/DATABASE?option=value, and in a "
                       "name or a password %40 for @, %3A for :, %2F for /, %3F for ?, %26 for & and %25 for %");
@@ -63,22 +63,22 @@ bool IsKnown(const std::string& name)
 
 // A password with a character that is a URL's own is cut in two there, and the second part would be taken for a host, a
 // database or an option and be named in an error. So nothing of such a URL is repeated.
-void RefuseCutPassword(std::string_view location)
+void ThrowIfPasswordCut(std::string_view location)
 {
     const std::string_view path = location.substr(0, location.find('?'));
     const std::size_t at = path.rfind('@');
     if (!path.starts_with("//") || path.find('@') != at || (at != std::string_view::npos && at > path.find('/', 2))) {
-        RefuseUrl();
+        ThrowMalformedUrl();
     }
     std::string_view rest = location.substr(std::min(location.size(), path.size() + 1));
     if (at == std::string_view::npos && path.find(':') != std::string_view::npos &&
         rest.find('@') != std::string_view::npos) {
-        RefuseUrl();
+        ThrowMalformedUrl();
     }
     while (!rest.empty()) {
         const std::string_view option = rest.substr(0, rest.find('&'));
         if (option.find('=') == std::string_view::npos) {
-            RefuseUrl();
+            ThrowMalformedUrl();
         }
         rest.remove_prefix(std::min(rest.size(), option.size() + 1));
     }
@@ -179,10 +179,10 @@ bool IsHere(const std::string& host)
 }
 
 // Whether no host of the list can be anywhere else. An address goes before the host of the same place.
-bool IsAllHere(const ConnectParams& wishes)
+bool IsAllHere(const ConnectParams& params)
 {
-    std::vector<std::string> hosts = Entries(wishes.Get("host", "PGHOST", ""));
-    const std::vector<std::string> addresses = Entries(wishes.Get("hostaddr", "PGHOSTADDR", ""));
+    std::vector<std::string> hosts = Entries(params.Get("host", "PGHOST", ""));
+    const std::vector<std::string> addresses = Entries(params.Get("hostaddr", "PGHOSTADDR", ""));
     hosts.resize(std::max(hosts.size(), addresses.size()));
     for (std::size_t i = 0; i < addresses.size(); ++i) {
         hosts[i] = addresses[i].empty() ? hosts[i] : addresses[i];
@@ -203,39 +203,39 @@ bool MayPasswordBeCleartext(const Location& parsed)
 // password itself. So it gets none for a server elsewhere that it may be connected to without encryption, and one on
 // this machine, where a program of another user may listen in the server's place, is looked at while it is connected
 // to.
-void SetTls(ConnectParams& wishes, bool namesService, bool mayPasswordBeCleartext)
+void SetTls(ConnectParams& params, bool namesService, bool mayPasswordBeCleartext)
 {
-    if (namesService && !wishes.Has("sslmode")) {
+    if (namesService && !params.Has("sslmode")) {
         throw CAException("postgresql: the server of a service may be on another machine; add sslmode=require, or "
                           "sslmode=verify-full with sslrootcert=FILE, to the URL");
     }
     constexpr std::array<std::string_view, 3> kNotAlwaysEncrypted = {"disable", "allow", "prefer"};
-    if (!namesService && IsAllHere(wishes)) {
-        const std::string mode = wishes.Get("sslmode", "PGSSLMODE", "prefer");
+    if (!namesService && IsAllHere(params)) {
+        const std::string mode = params.Get("sslmode", "PGSSLMODE", "prefer");
         if (!mayPasswordBeCleartext && std::ranges::find(kNotAlwaysEncrypted, mode) != kNotAlwaysEncrypted.end()) {
-            wishes.Guard();
+            params.Guard();
         }
         return;
     }
-    const std::string mode = wishes.Get("sslmode", "PGSSLMODE", "require");
+    const std::string mode = params.Get("sslmode", "PGSSLMODE", "require");
     if (!mayPasswordBeCleartext && std::ranges::find(kNotAlwaysEncrypted, mode) != kNotAlwaysEncrypted.end()) {
         throw CAException(CString("postgresql: with sslmode=") + mode.c_str() +
                           " a server on another machine could read the password; write sslmode=require, or add "
                           "cleartext-password=on to connect all the same");
     }
-    wishes.Set("sslmode", mode);
+    params.Set("sslmode", mode);
 }
 
 // A machine that is gone is noticed after two minutes, however long a statement may take.
-void SetKeepalives(ConnectParams& wishes)
+void SetKeepalives(ConnectParams& params)
 {
     constexpr std::array<std::pair<const char*, const char*>, 4> kLimits = {{{"keepalives_idle", "60"},
                                                                              {"keepalives_interval", "10"},
                                                                              {"keepalives_count", "6"},
                                                                              {"tcp_user_timeout", "120000"}}};
     for (const auto& [name, value] : kLimits) {
-        if (!wishes.Has(name)) {
-            wishes.Set(name, value);
+        if (!params.Has(name)) {
+            params.Set(name, value);
         }
     }
 }
@@ -244,37 +244,37 @@ ConnectParams ReadConnectParams(std::string_view location, const Location& parse
 {
     const ConnectOptions options = ParsedUri(UriOf(location, parsed));
     if (options == nullptr) {
-        RefuseUrl();
+        ThrowMalformedUrl();
     }
-    ConnectParams wishes(options.get());
-    if (wishes.Get("port", "", "").find_first_not_of("0123456789,") != std::string::npos) {
-        RefuseUrl();
+    ConnectParams params(options.get());
+    if (params.Get("port", "", "").find_first_not_of("0123456789,") != std::string::npos) {
+        ThrowMalformedUrl();
     }
-    const std::string passwordFile = wishes.Get("passfile", "", "");
+    const std::string passwordFile = params.Get("passfile", "", "");
     if (!passwordFile.empty()) {
         // The client library would pass over it, with a line of its own on standard error.
         RequireClosedToOthers(passwordFile);
     }
-    const bool namesService = wishes.Has("service") || std::getenv("PGSERVICE") != nullptr;
-    SetTls(wishes, namesService, MayPasswordBeCleartext(parsed));
+    const bool namesService = params.Has("service") || std::getenv("PGSERVICE") != nullptr;
+    SetTls(params, namesService, MayPasswordBeCleartext(parsed));
     if (!namesService) {
-        SetKeepalives(wishes);
+        SetKeepalives(params);
     }
-    wishes.Set("connect_timeout", wishes.Get("connect_timeout", "PGCONNECT_TIMEOUT", kConnectTimeout));
-    wishes.Set("options", wishes.Get("options", "PGOPTIONS", "") + std::string(kSettings));
-    wishes.Set("client_encoding", "UTF8");
-    return wishes;
+    params.Set("connect_timeout", params.Get("connect_timeout", "PGCONNECT_TIMEOUT", kConnectTimeout));
+    params.Set("options", params.Get("options", "PGOPTIONS", "") + std::string(kSettings));
+    params.Set("client_encoding", "UTF8");
+    return params;
 }
 
 void DropNotice(void* /*context*/, const PGresult* /*notice*/) {}
 
 /// One connection to ask for with each host: the guard, unlike the client library, knows one at a time.
-std::vector<ConnectParams> ByHost(const ConnectParams& wishes)
+std::vector<ConnectParams> ByHost(const ConnectParams& params)
 {
-    const std::vector<std::string> hosts = Entries(wishes.Get("host", "PGHOST", ""));
-    const std::vector<std::string> addresses = Entries(wishes.Get("hostaddr", "PGHOSTADDR", ""));
-    const std::vector<std::string> ports = Entries(wishes.Get("port", "PGPORT", ""));
-    std::vector<ConnectParams> each(std::max({hosts.size(), addresses.size(), std::size_t{1}}), wishes);
+    const std::vector<std::string> hosts = Entries(params.Get("host", "PGHOST", ""));
+    const std::vector<std::string> addresses = Entries(params.Get("hostaddr", "PGHOSTADDR", ""));
+    const std::vector<std::string> ports = Entries(params.Get("port", "PGPORT", ""));
+    std::vector<ConnectParams> each(std::max({hosts.size(), addresses.size(), std::size_t{1}}), params);
     for (std::size_t i = 0; i < each.size(); ++i) {
         for (const auto& [name, list] : {std::pair{"host", &hosts}, {"hostaddr", &addresses}, {"port", &ports}}) {
             if (list->size() > 1 && i < list->size()) {
@@ -287,15 +287,15 @@ std::vector<ConnectParams> ByHost(const ConnectParams& wishes)
 
 /// In the order of the client library: a standby that is preferred is looked for on all hosts before another server is
 /// taken.
-std::vector<ConnectParams> InTurn(const ConnectParams& wishes)
+std::vector<ConnectParams> InTurn(const ConnectParams& params)
 {
     constexpr const char* kKind = "target_session_attrs";
-    if (wishes.Get(kKind, "PGTARGETSESSIONATTRS", "") != "prefer-standby") {
-        return ByHost(wishes);
+    if (params.Get(kKind, "PGTARGETSESSIONATTRS", "") != "prefer-standby") {
+        return ByHost(params);
     }
     std::vector<ConnectParams> each;
     for (const char* kind : {"standby", "any"}) {
-        ConnectParams wanted = wishes;
+        ConnectParams wanted = params;
         wanted.Set(kKind, kind);
         std::ranges::move(ByHost(wanted), std::back_inserter(each));
     }
@@ -309,9 +309,9 @@ Handle ConnectToAny(const std::vector<ConnectParams>& each)
     const auto note = [&failures](const std::string& failure) {
         failures += failures.find(failure) == std::string::npos ? failure : "";
     };
-    for (const ConnectParams& wishes : each) {
+    for (const ConnectParams& params : each) {
         try {
-            Handle db = wishes.Connect();
+            Handle db = params.Connect();
             if (db == nullptr) {
                 throw std::bad_alloc();
             }
@@ -326,9 +326,9 @@ Handle ConnectToAny(const std::vector<ConnectParams>& each)
     throw ConnectError(failures);
 }
 
-std::shared_ptr<Connection> Connect(const ConnectParams& wishes, std::size_t keptStatements)
+std::shared_ptr<Connection> Connect(const ConnectParams& params, std::size_t keptStatements)
 {
-    Handle db = ConnectToAny(wishes.IsGuarded() ? InTurn(wishes) : std::vector<ConnectParams>{wishes});
+    Handle db = ConnectToAny(params.IsGuarded() ? InTurn(params) : std::vector<ConnectParams>{params});
     PQsetNoticeReceiver(db.get(), &DropNotice, nullptr);
     return std::make_shared<Connection>(std::move(db), keptStatements);
 }
@@ -373,13 +373,13 @@ public:
 
     std::int64_t Execute(const char* sql) override
     {
-        RefuseInLostTransaction();
+        ThrowIfTransactionLost();
         return ChangedRows(m_connection->Run(Utf8Of(sql)).get());
     }
 
     std::unique_ptr<Cursor> Query(const char* sql) override
     {
-        RefuseInLostTransaction();
+        ThrowIfTransactionLost();
         auto rows = std::make_unique<Rows>(m_connection, Utf8Of(sql));
         rows->Restart();
         return rows;
@@ -388,7 +388,7 @@ public:
     // The server only warns of a transaction too many or one that is not there.
     void Begin() override
     {
-        RefuseInLostTransaction();
+        ThrowIfTransactionLost();
         if (!IsIdle()) {
             throw CAException("a transaction is already open");
         }
@@ -398,7 +398,7 @@ public:
 
     void Commit() override
     {
-        RefuseInLostTransaction();
+        ThrowIfTransactionLost();
         if (IsIdle()) {
             throw CAException("no transaction is open");
         }
@@ -439,7 +439,7 @@ private:
     }
 
     // A commit that fails ends the transaction on the server; what follows would be applied alone.
-    void RefuseInLostTransaction() const
+    void ThrowIfTransactionLost() const
     {
         if (m_inTransaction && PQtransactionStatus(m_connection->Db()) == PQTRANS_IDLE) {
             throw CAException(kRolledBack);
@@ -455,7 +455,7 @@ private:
 
 std::unique_ptr<Session> OpenSession(std::string_view location)
 {
-    RefuseCutPassword(location);
+    ThrowIfPasswordCut(location);
     const Location parsed = ParseLocation(location);
     const int dbType = DbTypeOption(parsed, NumberOf(EngineKind::comparesInCapitals));
     std::shared_ptr<Connection> connection = Connect(ReadConnectParams(location, parsed), StatementCacheOption(parsed));

@@ -54,14 +54,14 @@ struct Options {
     throw CAException(text);
 }
 
-[[noreturn]] void RefuseOptions()
+[[noreturn]] void ThrowUnknownOption()
 {
     throw CAException("sqlite: unknown connection option or value; the options are mode=ro|rw|rwc, "
                       "busy_timeout=MILLISECONDS, statement-cache=NUMBER and kind=0|1|3|6");
 }
 
 // The URL of a server has two of these: what would be taken for the path may be a password, and is not repeated.
-void RefuseServer(std::string_view location)
+void ThrowIfServer(std::string_view location)
 {
     if (location.starts_with("///") || location.starts_with('.')) {
         return;
@@ -88,11 +88,11 @@ Options ReadOptions(const Location& location)
         } else if (name == "busy_timeout") {
             const auto milliseconds = IntegerIn(value);
             if (!milliseconds || *milliseconds < 0 || *milliseconds > std::numeric_limits<int>::max()) {
-                RefuseOptions();
+                ThrowUnknownOption();
             }
             options.busyTimeout = static_cast<int>(*milliseconds);
         } else if (name != "kind" && name != kStatementCache && !(name == "mode" && value == "rwc")) {
-            RefuseOptions();
+            ThrowUnknownOption();
         }
     }
     return options;
@@ -370,7 +370,7 @@ public:
 
     std::int64_t Execute(const char* sql) override
     {
-        RefuseInLostTransaction();
+        ThrowIfTransactionLost();
         const Utf8Text text(sql);
         if (const RunningStatement kept = TakeKept(text)) {
             const std::int64_t before = sqlite3_total_changes64(m_db.get());
@@ -387,7 +387,7 @@ public:
 
     std::unique_ptr<Cursor> Query(const char* sql) override
     {
-        RefuseInLostTransaction();
+        ThrowIfTransactionLost();
         const Utf8Text text(sql);
         // The first step is made here: if it fails for the text's sake, the text says so itself, now and not later.
         if (RunningStatement kept = TakeKept(text)) {
@@ -404,7 +404,7 @@ public:
     // because two transactions both began by reading.
     void Begin() override
     {
-        RefuseInLostTransaction();
+        ThrowIfTransactionLost();
         RequireFileInPlace();
         Run(m_db.get(), "BEGIN IMMEDIATE");
         m_inTransaction = true;
@@ -412,7 +412,7 @@ public:
 
     void Commit() override
     {
-        RefuseInLostTransaction();
+        ThrowIfTransactionLost();
         RequireFileInPlace();
         Run(m_db.get(), "COMMIT");
         m_inTransaction = false;
@@ -456,7 +456,7 @@ private:
 
     // Some failures, a full disk among them, make the engine roll back by itself; what follows would then be applied
     // alone, each statement for itself.
-    void RefuseInLostTransaction() const
+    void ThrowIfTransactionLost() const
     {
         if (m_inTransaction && sqlite3_get_autocommit(m_db.get()) != 0) {
             throw CAException("the engine has rolled the transaction back after an earlier error");
@@ -498,7 +498,7 @@ void RegisterUpper(sqlite3* db)
 
 std::unique_ptr<Session> OpenSession(std::string_view location)
 {
-    RefuseServer(location);
+    ThrowIfServer(location);
     const Location parsed = ParseLocation(location);
     if (parsed.path.empty()) {
         throw CAException("sqlite: names no file; write sqlite:PATH or sqlite::memory:");

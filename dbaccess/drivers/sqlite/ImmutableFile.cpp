@@ -41,8 +41,8 @@ ImmutableFile::ImmutableFile(const std::string& path)
         if (m_file < 0 || !LockForReading(m_file)) {
             Refuse("cannot read " + path + ": " + std::generic_category().message(errno));
         }
-        RefuseChangesIn("-wal");
-        RefuseChangesIn("-journal");
+        ThrowIfChangesIn("-wal");
+        ThrowIfChangesIn("-journal");
     } catch (const CAException&) {
         ::close(m_file);
         throw;
@@ -69,7 +69,7 @@ void ImmutableFile::RequireUnchanged() const
 
 bool ImmutableFile::HasBeside(const char* suffix) const { return ::access((m_path + suffix).c_str(), F_OK) == 0; }
 
-void ImmutableFile::RefuseChangesIn(const char* suffix) const
+void ImmutableFile::ThrowIfChangesIn(const char* suffix) const
 {
     if (HasBeside(suffix)) {
         Refuse(m_path + " has changes in " + m_path + suffix +

@@ -24,7 +24,7 @@ public:
 private:
     /// @param suffix  of the file beside it: "-wal" or "-journal".
     [[nodiscard]] bool HasBeside(const char* suffix) const;
-    void RefuseChangesIn(const char* suffix) const;
+    void ThrowIfChangesIn(const char* suffix) const;
 
     std::string m_path; // with links followed, as the library names the files beside it
     int m_file;
