@@ -274,20 +274,40 @@ Exit RunWords(const std::vector<std::string>& words, Terminal& terminal, SharedS
     return RunCommand(request, words, quiet, shared, report);
 }
 
-/// Whether the words ask for JSON, also where they cannot be read as a whole.
-bool AskForJson(const std::vector<std::string>& words)
+/// The last value that words give an option, also where they cannot be read as a whole.
+std::optional<std::string> ValueIn(const std::vector<std::string>& words, std::string_view shortName,
+                                   std::string_view longName)
 {
-    const auto isJson = [](std::string_view format) { return format == "json" || format == "jsonl"; };
+    std::optional<std::string> value;
     for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
         const std::string_view word = words[i];
-        if ((word == "-o" || word == "--output") && i + 1 < words.size() && isJson(words[i + 1])) {
-            return true;
-        }
-        if (word.starts_with("--output=") && isJson(word.substr(word.find('=') + 1))) {
-            return true;
+        if (word == shortName || word == longName) {
+            value = i + 1 < words.size() ? std::optional(words[i + 1]) : value;
+        } else if (word.starts_with(shortName)) {
+            value = word.substr(shortName.size());
+        } else if (word.starts_with(longName) && word[longName.size()] == '=') {
+            value = word.substr(longName.size() + 1);
         }
     }
-    return false;
+    return value;
+}
+
+/// Whether errors of words that cannot be read are to be JSON.
+bool AskForJson(const std::vector<std::string>& words, const SharedSession* shared)
+{
+    const auto isJson = [](std::string_view format) { return format == "json" || format == "jsonl"; };
+    if (const std::optional<std::string> given = ValueIn(words, "-o", "--output")) {
+        return isJson(*given);
+    }
+    if (shared != nullptr) {
+        return IsJson(shared->arguments.format);
+    }
+    try {
+        const Config config(Config::Files(), ValueIn(words, "-p", "--profile"));
+        return isJson(config.Find("output").value_or(""));
+    } catch (const Error&) {
+        return false;
+    }
 }
 
 void WriteAsJson(const Error& error, Terminal& terminal)
@@ -310,9 +330,10 @@ void WriteAsJson(const Error& error, Terminal& terminal)
     ErrorsOf(terminal) << '\n';
 }
 
-Exit Failed(const Error& error, const std::vector<std::string>& words, Terminal& terminal, const RunReport& report)
+Exit Failed(const Error& error, const std::vector<std::string>& words, Terminal& terminal, const SharedSession* shared,
+            const RunReport& report)
 {
-    if (!report.writesJson && !AskForJson(words)) {
+    if (!report.writesJson && !AskForJson(words, shared)) {
         return Reported(ExitFor(error.Code()), error.Why(), terminal);
     }
     WriteAsJson(error, terminal);
@@ -327,7 +348,7 @@ Exit RunReporting(const std::vector<std::string>& words, Terminal& terminal, Sha
             report.isComplete = true;
             return exit;
         } catch (const Error& e) {
-            return Failed(e, words, terminal, report);
+            return Failed(e, words, terminal, shared, report);
         }
     } catch (const std::bad_alloc&) {
         return Reported(Exit::failed, std::string(OutOfMemorySentence(terminal)), terminal);
@@ -357,14 +378,15 @@ Exit RunLogged(const std::vector<std::string>& words, Terminal& given, SharedSes
         constexpr auto kLost = Translatable("the output could not be written in full");
         constexpr auto kStays =
             Translatable("the output could not be written in full; what the command changed stays changed");
-        exit = Failed(Error(ErrorCode::failed, *terminal.mayHaveChanged ? kStays : kLost), words, terminal, report);
+        exit = Failed(Error(ErrorCode::failed, *terminal.mayHaveChanged ? kStays : kLost), words, terminal, shared,
+                      report);
     }
     try {
         if (report.log) {
             report.log->Write(CommandText(words), exit, report.isChanged);
         }
     } catch (const Error& e) {
-        return Failed(e, words, terminal, report);
+        return Failed(e, words, terminal, shared, report);
     }
     return exit;
 }

@@ -289,7 +289,7 @@ Exit PrintCommands(const LocalCall& call)
     json.BeginArray();
     for (const Command* command : AllCommands()) {
         if (!IsHead(*command) && !command->summary.empty()) {
-            WriteAsData(*command, json);
+            WriteAsData(*command, json, true);
         }
     }
     json.End();

@@ -98,13 +98,15 @@ void TerminalFrontEnd::TakeOutcome(const Outcome& outcome)
 
 void TerminalFrontEnd::Confirm(const Plan& plan)
 {
-    for (const Sentence& line : plan.lines) {
+    const bool isRefused = !plan.question.IsEmpty() && !CanAsk();
+    // A program reads one object, the error.
+    for (const Sentence& line : isRefused&& WritesObject() ? std::vector<Sentence>() : plan.lines) {
         m_terminal.err << Translated(line) << '\n';
     }
     if (plan.question.IsEmpty()) {
         return;
     }
-    if (!CanAsk()) {
+    if (isRefused) {
         throw Error(ErrorCode::confirmationRequired, FillPattern("{}; --yes goes on without asking", plan.nothingDone));
     }
     const bool isMuch = plan.removed > kMostForYes;

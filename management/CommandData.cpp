@@ -49,12 +49,22 @@ void WriteAsData(const ParamInfo& param, JsonWriter& json)
         }
         json.End();
     }
+    if (const auto* range = std::get_if<Range>(&param.check)) {
+        json.WriteMember("least", range->least);
+        json.WriteMember("most", range->most);
+    }
+    if (param.isNegatable) {
+        json.WriteMember("negatable", true);
+    }
+    if (!param.excludes.empty()) {
+        json.WriteMember("excludes", AsText(param.excludes));
+    }
     json.End();
 }
 
 } // namespace
 
-void WriteAsData(const Command& command, JsonWriter& json)
+void WriteAsData(const Command& command, JsonWriter& json, bool withExamples)
 {
     json.BeginObject();
     json.WriteName("path");
@@ -69,6 +79,14 @@ void WriteAsData(const Command& command, JsonWriter& json)
     json.WriteMember("effect", AsText(NameOf(command.effect)));
     json.WriteMember("asks", command.asks);
     json.WriteMember("long_running", command.duration == Duration::longRunning);
+    if (withExamples) {
+        json.WriteName("examples");
+        json.BeginArray();
+        for (const std::string_view example : GivenOf(command.examples)) {
+            json.Write(AsText(example));
+        }
+        json.End();
+    }
     json.WriteName("parameters");
     json.BeginArray();
     for (const ParamInfo& param : command.handler.params()) {
@@ -78,6 +96,7 @@ void WriteAsData(const Command& command, JsonWriter& json)
         }
         for (const NamedText& text : std::get<ListNamedTexts>(param.check)()) {
             ParamInfo option{text.name, text.isFlag ? Kind::flag : Kind::text, text.help, {}, {}};
+            option.isNegatable = text.isFlag;
             WriteAsData(option, json);
         }
     }

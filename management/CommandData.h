@@ -14,7 +14,8 @@
 namespace management {
 
 /// Writes what programs may know of a row, as an object. A set of options comes out as these options.
-void WriteAsData(const Command& command, JsonWriter& json);
+/// @param withExamples  also the command lines of its examples, which forms do not need.
+void WriteAsData(const Command& command, JsonWriter& json, bool withExamples);
 
 /// The names of the columns and parameters of rows, and of what imports tell of theirs, in small letters, each once.
 std::set<std::string> NamesIn(std::span<const Command> commands);

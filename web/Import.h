@@ -39,7 +39,6 @@ public:
     /// The work of its job, to be called once. What stands in the way of the import is told by Write.
     Response Run(CAConnect& conn, JobControl& control);
 
-    [[nodiscard]] bool IsDryRun() const { return m_order.dryRun; }
     /// Writes what its job does not, as members of an object. @param withRows  also the rows that are shown.
     void Write(management::JsonWriter& json, bool withRows) const;
     /// What became of each row so far, as comma-separated values. @param onlyFailed  the rows that have failed, as a

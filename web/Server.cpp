@@ -408,7 +408,7 @@ private:
                 json.BeginArray();
                 for (const Command& command : Commands()) {
                     if (HasRoute(command) && asked.session->account.level >= LeastLevel(command)) {
-                        WriteAsData(command, json);
+                        WriteAsData(command, json, false);
                     }
                 }
                 json.End();

@@ -88,6 +88,9 @@ TEST_P(CheckOn, EachProblemIsFoundAndWhatNeedsNoDecisionMended)
     EXPECT_THAT(Dump(), AllOf(HasSubstr("<Sales>"), Not(HasSubstr("<Old name>")), Not(HasSubstr("<Gone>"))));
     const json entry = LatestEntry();
     EXPECT_EQ(entry.at("command"), "db check --fix");
+    const ChildResult undo = Run({"audit", "undo", entry.at("id").dump(), "--yes"});
+    EXPECT_EQ(undo.exit, 4);
+    EXPECT_THAT(undo.err, HasSubstr("which is gone; undo its deletion first. Nothing was undone"));
 }
 
 TEST_P(CheckOn, NamesThatAreTakenTwiceOrLookAlikeAreFound)

@@ -115,6 +115,36 @@ TEST_F(CommandTableTest, NoPathIsThereTwice)
     }
 }
 
+TEST_F(CommandTableTest, EveryCommandThatWritesIsUndoneByATest)
+{
+    // AuditTest, WebAccountsTest, ApplyTest, CheckTest and UserMoveTest undo these, or see that it is refused: pruned
+    // entries and one-time codes are gone, and links to nothing do not come back.
+    const std::set<std::string> byItself = {"audit prune", "audit undo", "console totp remove",
+                                            "db apply",    "db check",   "user move"};
+    const testing::UnitTest& all = *testing::UnitTest::GetInstance();
+    std::vector<std::string> undone;
+    for (int suite = 0; suite < all.total_test_suite_count(); ++suite) {
+        const testing::TestSuite& tests = *all.GetTestSuite(suite);
+        for (int test = 0; test < tests.total_test_count(); ++test) {
+            const testing::TestInfo& info = *tests.GetTestInfo(test);
+            if (info.value_param() != nullptr &&
+                std::string_view(info.name()).starts_with("IsRecordedAndCanBeUndone/")) {
+                undone.emplace_back(std::string(info.value_param()) + " ");
+            }
+        }
+    }
+    std::set<std::string> others;
+    for (const management::Command* command : Shown()) {
+        const std::string path = fmt::format("{} ", fmt::join(PathOf(*command), " "));
+        const bool isUndone =
+            std::ranges::any_of(undone, [&path](const std::string& words) { return words.starts_with(path); });
+        if (command->effect != Effect::read && command->handler.run != nullptr && !isUndone) {
+            others.insert(path.substr(0, path.size() - 1));
+        }
+    }
+    EXPECT_EQ(others, byItself);
+}
+
 TEST_F(CommandTableTest, ListsHaveTheColumnsOfTheirRow)
 {
     Init();
@@ -157,6 +187,20 @@ TEST_F(CommandTableTest, TheTableIsPrintedAsData)
         }
     }
     EXPECT_THAT(Run({"commands"}).out, HasSubstr("plan create"));
+
+    const auto parameter = [&table](const json& path, std::string_view name) {
+        const auto isOf = [&path](const json& command) { return command["path"] == path; };
+        const json& command = *std::ranges::find_if(table["commands"], isOf);
+        EXPECT_FALSE(command["examples"].empty()) << path;
+        const auto isNamed = [name](const json& param) { return param["name"] == name; };
+        return json(*std::ranges::find_if(command["parameters"], isNamed));
+    };
+    const json limit = parameter({"user", "list"}, "limit");
+    EXPECT_EQ(limit["least"], 1);
+    EXPECT_GT(limit["most"], 1);
+    EXPECT_FALSE(limit.contains("negatable"));
+    EXPECT_EQ(parameter({"user", "set"}, "super")["negatable"], true);
+    EXPECT_EQ(parameter({"plan", "create"}, "data_file")["excludes"], "data");
 }
 
 TEST_F(CommandTableTest, ErrorsAreJsonWhereJsonIsAskedFor)
@@ -172,6 +216,12 @@ TEST_F(CommandTableTest, ErrorsAreJsonWhereJsonIsAskedFor)
     EXPECT_EQ(error["exit"], 3);
     EXPECT_EQ(error["message"], "there is no backup plan 'x'; `qvadmin plan list` shows all");
     EXPECT_EQ(json::parse(Run({"plan", "show", "--output=jsonl"}).err)["code"], "invalid");
+    EXPECT_EQ(json::parse(Run({"plan", "list", "--frob", "-ojson"}).err)["code"], "invalid");
+    EXPECT_EQ(json::parse(Run({"plan", "delete", "Nightly", "-o", "json"}).err)["code"], "confirmation_required");
+    m_options.environment["QVADMIN_OUTPUT"] = "json";
+    EXPECT_EQ(json::parse(Run({"plan", "list", "--frob"}).err)["code"], "invalid");
+    EXPECT_THAT(Run({"plan", "list", "--frob", "-o", "table"}).err, HasSubstr("qvadmin: '--frob'"));
+    m_options.environment.erase("QVADMIN_OUTPUT");
     CAConnect conn;
     conn.Open(CString(std::string_view(DatabaseUrl())));
     conn.Execute("INSERT INTO Tab_Doc_Backup_Plan (Col_Name) VALUES ('Nightly')");

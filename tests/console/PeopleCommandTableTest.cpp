@@ -1,5 +1,7 @@
 #include "ConsoleFixture.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
 
 #include <string>
@@ -22,6 +24,8 @@ struct PeopleCase {
     Words words;
     const char* outcome; ///< of the one thing that it is about; empty: it prints the id of a new thing
 };
+
+void PrintTo(const PeopleCase& one, std::ostream* out) { *out << fmt::format("{}", fmt::join(one.words, " ")); }
 
 class PeopleCommandTable : public ConsoleFixture, public testing::WithParamInterface<PeopleCase> {
 protected:

@@ -1,17 +1,19 @@
 #include "ConsoleFixture.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
 using testing::HasSubstr;
 
-// What every command of views, groups, document roots and folders does that its row promises.
+// What every command of views, groups, document roots, folders and backup plans does that its row promises.
 
 namespace {
 
 class PlacesCommandTableTest : public ConsoleFixture {
 protected:
-    /// Main with the groups A, A/B and C, a user in A/B, and Files and Archive with a folder in both.
+    /// Main with the groups A, A/B and C, a user in A/B, Files and Archive with a folder in both, and a plan for A.
     void SetUp() override
     {
         ConsoleFixture::SetUp();
@@ -26,6 +28,8 @@ protected:
         Done({"docroot", "create", "Archive", "--path", "/old"});
         Done({"folder", "create", "/Files/F/G", "--parents"});
         Done({"folder", "link", "/Files/F", "/Archive"});
+        Done({"plan", "create", "Nightly", "--description", "each night"});
+        Done({"plan", "assign", "Nightly", "group:/Main/A"});
     }
 };
 
@@ -34,7 +38,7 @@ struct Writing {
     std::string outcome; ///< of the first thing it tells of; empty: it gives the id of something new
 };
 
-void PrintTo(const Writing& writing, std::ostream* out) { *out << testing::PrintToString(writing.words); }
+void PrintTo(const Writing& writing, std::ostream* out) { *out << fmt::format("{}", fmt::join(writing.words, " ")); }
 
 class PlacesWritingTest : public PlacesCommandTableTest, public testing::WithParamInterface<Writing> {};
 
@@ -57,9 +61,15 @@ const Writing kWritings[] = {
     {{"folder", "create", "/Files/H"}, ""},
     {{"folder", "rename", "/Files/F", "H"}, "renamed"},
     {{"folder", "style", "/Files/F", "7"}, "changed"},
+    {{"folder", "move", "/Files/F/G", "/Archive"}, "moved"},
     {{"folder", "link", "/Files/F/G", "/Archive"}, "linked"},
     {{"folder", "unlink", "/Archive/F"}, "unlinked"},
     {{"folder", "delete", "/Files/F", "--recursive", "--yes"}, "deleted"},
+    {{"plan", "create", "Weekly", "--data", "it's"}, ""},
+    {{"plan", "set", "Nightly", "--name", "Weekly"}, "changed"},
+    {{"plan", "assign", "Nightly", "user:amy"}, "assigned"},
+    {{"plan", "unassign", "Nightly", "group:/Main/A"}, "unassigned"},
+    {{"plan", "delete", "Nightly", "--yes"}, "deleted"},
 };
 
 } // namespace

@@ -1,6 +1,8 @@
 #include "ConsoleFixture.h"
 #include "dbaccess/CAConnect.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
@@ -21,11 +23,14 @@ struct ServerCase {
     std::string input = {};
 };
 
+void PrintTo(const ServerCase& one, std::ostream* out) { *out << fmt::format("{}", fmt::join(one.command, " ")); }
+
 constexpr const char* kMessages = "INSERT INTO kel_Msg VALUES (1, '2019-01-01 00:00:00'), (2, '2019-01-02 00:00:00')";
 constexpr const char* kNotice = "INSERT INTO Kel_Board VALUES ('1', 'amy', 'Party', '2014-01-01 00:00:00', NULL)";
 
 const Words kNewAddIn = {"addin", "create", "Chess", "--type", "1"};
 const Words kNewRole = {"role", "create", "Editors"};
+const Words kNewUser = {"user", "create", "amy"};
 const Words kNewView = {"view", "create", "Main"};
 const Words kNewRight = {"right", "grant", "role:Editors", "mail", "send", "1"};
 const Words kNewRightOn = {"right", "on", "grant", "role:Editors", "view:Main", "mail", "send"};
@@ -38,13 +43,17 @@ const ServerCase kCases[] = {
     {"AddinCreate", {}, kNewAddIn},
     {"AddinSet", {kNewAddIn}, {"addin", "set", "Chess", "--public"}},
     {"AddinDisable", {kNewAddIn}, {"addin", "disable", "Chess"}},
+    {"AddinEnable", {kNewAddIn, {"addin", "disable", "Chess"}}, {"addin", "enable", "Chess"}},
     {"AddinMove", {kNewAddIn, {"addin", "create", "Go", "--type", "1"}}, {"addin", "move", "Chess", "top"}},
     {"AddinDelete", {kNewAddIn}, {"addin", "delete", "Chess", "--yes"}},
     {"PackageInstall", {}, kNewPackage},
     {"PackageRemove", {kNewPackage}, {"package", "remove", "Tools", "--yes"}},
     {"MessagePurge", {{kMessages}}, {"message", "purge", "--before", "2020-01-01", "--batch", "1", "--yes"}},
     {"MessageSweep", {{"INSERT INTO kel_Msg_Rece (Col_MsgID) VALUES (9)"}}, {"message", "sweep", "--yes"}},
+    {"ConsoleSet", {kNewUser}, {"console", "set", "amy", "help-desk"}},
+    {"ConsoleRemove", {kNewUser, {"console", "set", "amy", "help-desk"}}, {"console", "remove", "amy"}},
     {"LoginlogDelete", {{"INSERT INTO kel_log VALUES (1)"}}, {"loginlog", "delete", "1", "--yes"}},
+    {"DoclogAdd", {}, {"doclog", "add", "105", "17", "moved", "It's elsewhere"}},
     {"SettingSet", {}, kNewSetting},
     {"SettingDelete", {kNewSetting}, {"setting", "delete", "Colour", "--genre", "G", "--yes"}},
     {"SettingThreads", {}, {"setting", "threads", "--max", "3"}},
@@ -57,6 +66,7 @@ const ServerCase kCases[] = {
     {"RightGrant", {kNewRole}, kNewRight},
     {"RightSet", {kNewRole, kNewRight}, {"right", "set", "role:Editors", "mail", "send", "2"}},
     {"RightRevoke", {kNewRole, kNewRight}, {"right", "revoke", "role:Editors", "mail", "send"}},
+    {"RightEdit", {kNewRole, kNewRight}, {"right", "edit", "/Editors/mail/send=2", "/Editors/mail/size=5", "--yes"}},
     {"RightRevokeAll", {kNewRole, kNewRight}, {"right", "revoke", "role:Editors", "--all", "--yes"}},
     {"RightOnGrant", {kNewRole, kNewView}, kNewRightOn},
     {"RightOnSet",
