@@ -9,7 +9,8 @@ namespace console {
 /// The words of a command line, by a shell's rules for blanks, '...', "..." and \; nothing is expanded, and # begins a
 /// comment where a word could begin. @throws Error (invalid) for a quote that is not closed.
 std::vector<std::string> SplitShellWords(std::string_view line);
-/// The same of a line for this program, whose name may be its first word and is left out.
+/// The words of a command line for this program, whose name may be its first word and is left out. @throws Error
+/// (invalid) for a quote that is not closed.
 std::vector<std::string> SplitCommandLine(std::string_view line);
 
 /// A line for this program that is being written, up to the cursor.

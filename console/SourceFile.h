@@ -42,7 +42,7 @@ public:
     /// How many rows of comma-separated values there are after the header, to be asked after ReadAsCsv. Not known of
     /// what can be read only once.
     [[nodiscard]] std::optional<long> CountRows(char delimiter) const;
-    /// The same of lines after the first one.
+    /// How many lines there are after the first one. Not known of what can be read only once.
     [[nodiscard]] std::optional<long> CountLines() const;
 
 private:

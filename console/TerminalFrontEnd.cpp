@@ -99,9 +99,11 @@ void TerminalFrontEnd::TakeOutcome(const Outcome& outcome)
 void TerminalFrontEnd::Confirm(const Plan& plan)
 {
     const bool isRefused = !plan.question.IsEmpty() && !CanAsk();
-    // A program reads one object, the error.
-    for (const Sentence& line : isRefused&& WritesObject() ? std::vector<Sentence>() : plan.lines) {
-        m_terminal.err << Translated(line) << '\n';
+    // A program reads one object from standard error, the refusal.
+    if (!isRefused || !WritesObject()) {
+        for (const Sentence& line : plan.lines) {
+            m_terminal.err << Translated(line) << '\n';
+        }
     }
     if (plan.question.IsEmpty()) {
         return;

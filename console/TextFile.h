@@ -7,7 +7,7 @@ namespace console {
 
 /// A whole file. @throws Error (failed) for one that cannot be read or is not UTF-8.
 std::string ReadTextFile(const std::string& path);
-/// The same, or, for -, what standard input still has.
+/// A whole file, or, for -, what standard input still has. @throws as ReadTextFile of a file.
 std::string ReadTextFile(const std::string& path, std::istream& standardInput);
 
 } // namespace console

@@ -83,7 +83,8 @@ public:
     {
         return m_frontEnd.TakeRow(MakeRow(std::forward<Values>(values)...));
     }
-    /// The same of a command whose rows are a tree. @param line  see FrontEnd::TakeTreeRow.
+    /// Hands a row of a tree to the front end. @return false when no more are wanted. @param line  see
+    /// FrontEnd::TakeTreeRow.
     template <class... Values>
     bool TreeRow(const std::string& line, Values&&... values) const
     {
@@ -104,11 +105,11 @@ public:
     void Confirm(const Plan& plan);
     /// Shows a generated secret before it is stored; not in a dry run.
     void ShowSecret(const Secret& secret) const;
-    /// The same for several, by FrontEnd::StoreSecrets.
+    /// Hands over generated secrets of several users before they are stored (FrontEnd::StoreSecrets); not in a dry run.
     void StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) const;
     /// Hands the outcomes over that were kept.
     void DeliverOutcomes();
-    /// Drops them, since the change that they are about was undone.
+    /// Drops the outcomes that were kept, since the change that they are about was undone.
     void DropOutcomes() { m_outcomes.clear(); }
     /// Says which entries of the record the change undoes, with blanks between their ids.
     void SetUndoes(std::string ids) { m_undoes = std::move(ids); }

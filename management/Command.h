@@ -181,7 +181,8 @@ struct Command {
 /// The least level that may run a command in the web console: what is there may be read by everybody who is let in;
 /// what changes something, asks for a password again or tries a secret is for those of the level full.
 Level LeastLevel(const Command& command);
-/// The same with arguments: a command that writes, and is only asked with these, reads. @throws Error (invalid).
+/// The least level that may run a command with these arguments, with which one that writes may only be asked.
+/// @throws Error (invalid).
 Level LeastLevel(const Command& command, const ArgumentSource& source);
 /// Whether a command only reads with these arguments. @throws Error (invalid).
 bool IsReading(const Command& command, const ArgumentSource& source);

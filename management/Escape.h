@@ -19,7 +19,7 @@ CString EscapeLiteral(const CAConnect& conn, std::string_view text);
 
 /// A whole literal, its quotes included. @throws as EscapeLiteral.
 std::string Literal(const CAConnect& conn, std::string_view text);
-/// The same, or NULL for nothing. @throws as EscapeLiteral.
+/// A whole literal, its quotes included, or NULL for nothing. @throws as EscapeLiteral.
 std::string LiteralOrNull(const CAConnect& conn, const std::optional<std::string>& text);
 
 /// For operations that double quotes themselves. @throws as EscapeLiteral.

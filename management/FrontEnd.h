@@ -79,9 +79,9 @@ public:
     virtual void ShowSecret(const Secret& secret) = 0;
     /// Whether secrets of several users can be handed over without a file.
     [[nodiscard]] virtual bool CanShowSecrets() const { return false; }
-    /// The same for several, which are written to a new file that only its owner can open. @param file  empty: hands
-    /// them over without one, where CanShowSecrets. @throws Error (conflict) for a file that is there already,
-    /// (invalid) where there are no files, (failed).
+    /// Hands over generated secrets of several users before they are stored, in a new file that only its owner can
+    /// open. @param file  empty: hands them over without one, where CanShowSecrets. @throws Error (conflict) for a file
+    /// that is there already, (invalid) where there are no files, (failed).
     virtual void StoreSecrets(const std::string& file, const std::vector<UserSecret>& secrets) = 0;
     /// The text of a file that a parameter names. @throws Error (failed) unless it is UTF-8 without NUL bytes.
     virtual std::string ReadText(const std::string& name) = 0;

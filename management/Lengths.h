@@ -21,7 +21,7 @@ struct TextFor {
 
 /// "note has 412 characters, this database takes 255" for a text that is too long; empty for one that fits.
 Sentence TooLong(const schema::ColumnLengths& lengths, const TextFor& text);
-/// The same for the first value of a user that is too long.
+/// What TooLong says of the first value of a user that does not fit; empty where all fit.
 Sentence TooLong(const schema::ColumnLengths& lengths, const FieldValues& values);
 /// How long the texts of a table may be. @throws DatabaseError.
 schema::ColumnLengths LengthsOf(CAConnect& conn, const std::string& table);
@@ -30,7 +30,8 @@ schema::ColumnLengths LengthsOf(CAConnect& conn, const std::string& table);
 void RequireFits(const schema::ColumnLengths& lengths, const TextFor& text);
 /// @throws Error (invalid) for the first text that is longer than its column, DatabaseError.
 void RequireFits(CAConnect& conn, const std::string& table, std::initializer_list<TextFor> texts);
-/// The same for values of a user, with its login name unless that stays. @param login  empty when it stays.
+/// @param login  empty: it stays as it is. @throws Error (invalid) for the first text of a user that is longer than its
+/// column, DatabaseError.
 void RequireUserFits(CAConnect& conn, const std::string& login, const FieldValues& values);
 
 } // namespace management

@@ -42,7 +42,7 @@ struct RowName {
 std::optional<RowName> FindConfused(CAConnect& conn, std::string_view table, std::string_view name,
                                     std::string_view condition = {});
 
-/// The same of other columns of names.
+/// FindConfused of a table whose ids and names are in other columns. @throws DatabaseError.
 std::optional<RowName> FindConfused(CAConnect& conn, std::string_view table, std::string_view idColumn,
                                     std::string_view nameColumn, std::string_view name, std::string_view condition);
 

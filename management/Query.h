@@ -88,7 +88,7 @@ public:
     void Number(std::string_view column, const std::optional<int>& number);
     /// Changes the row of an id, if there is anything to change. @throws DatabaseError.
     void Apply(int id) const;
-    /// The same with every row of which a condition holds.
+    /// Changes every row of which a condition holds, if there is anything to change. @throws DatabaseError.
     void Apply(std::string_view condition) const;
 
 private:
@@ -107,7 +107,7 @@ private:
 std::string Text(const CString& text);
 /// A column of the current row; the empty text for a NULL.
 std::string TextIn(CARecordset& row, long column);
-/// The same; nothing for a NULL.
+/// A column of the current row; nothing for a NULL.
 std::optional<std::string> OptionalTextIn(CARecordset& row, long column);
 /// A number in a column of the current row; 0 for a NULL.
 int NumberIn(CARecordset& row, long column);

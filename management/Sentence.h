@@ -20,7 +20,8 @@ namespace management {
 /// Marks a text that is not an argument of FillPattern, FillPlural or Error for the tool that collects texts. @return
 /// the text.
 constexpr const char* Translatable(const char* text) { return text; }
-/// The same of a noun that is counted by Counted, and is not written there.
+/// Marks a noun that Counted counts, and that is not written where it does, for the tool that collects texts. @return
+/// the noun.
 constexpr const char* Countable(const char* noun) { return noun; }
 
 namespace sentences {
@@ -134,7 +135,7 @@ public:
 
     /// What the language has for an English text or pattern; the English where it has nothing.
     [[nodiscard]] virtual std::string Find(const std::string& english) const = 0;
-    /// The same of a pattern that depends on a count.
+    /// What the language has for an English pattern and a count; the English where it has nothing.
     [[nodiscard]] virtual std::string FindPlural(const std::string& one, const std::string& others,
                                                  std::uint64_t count) const = 0;
     /// What people read for the name of a column or parameter; the name where the language has nothing for it.

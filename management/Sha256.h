@@ -21,7 +21,7 @@ public:
     void Add(std::string_view bytes);
     /// The digest; nothing is to be added after it.
     [[nodiscard]] std::array<std::uint8_t, SHA256_DIGEST_SIZE> FinishBytes();
-    /// The same in hexadecimal.
+    /// The digest in hexadecimal; nothing is to be added after it.
     [[nodiscard]] std::string Finish();
 
 private:

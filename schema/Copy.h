@@ -58,7 +58,7 @@ QV_API std::int64_t CountRows(CAConnect& conn);
 /// @throws CopyConflict when others fill the target meanwhile, and for a column that it lacks; RowRefused; CAException.
 QV_API Copied Copy(CAConnect& from, CAConnect& to, const CopyProgress& progress);
 
-/// The same into a directory that has rows: they are deleted, in the transaction that writes the copy.
+/// Copies as Copy does, into a directory that has rows: they are deleted in the transaction that writes the copy.
 /// @throws as Copy. The target is then as it was.
 QV_API Copied Replace(CAConnect& from, CAConnect& to, const CopyProgress& progress);
 

@@ -40,9 +40,10 @@ struct Written {
 /// @return 200 with the result, or a problem.
 Response RunCommand(CAConnect& conn, const CommandRequest& request, const Caller& caller, Written& written);
 
-/// The same as a job: what runs long by the table of commands tells how far it is, and can be stopped; any other
-/// command on many people is carried out in parts, each in a transaction. A part that asks does so only once, for all
-/// of them. Where a part that does not ask cannot be carried out, its people are tried one after the other.
+/// Runs a command as a job, and says what became of it: what runs long by the table of commands tells how far it is,
+/// and can be stopped; any other command on many people is carried out in parts, each in a transaction. A part that
+/// asks does so only once, for all of them. Where a part that does not ask cannot be carried out, its people are tried
+/// one after the other.
 Response RunCommandAsJob(CAConnect& conn, const CommandRequest& request, const Caller& caller, JobControl& control);
 
 /// The latest entry of the record; 0: none. @throws management::Error.

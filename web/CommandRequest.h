@@ -40,7 +40,7 @@ public:
     /// these.
     /// @param results  where the lists of a session are.
     WebArguments(const management::Command& command, const JsonValue* given, const SessionResults& results);
-    /// The same for some of the users, or users and groups, that it has.
+    /// The arguments of a part of a run: those of the whole, with some of its users, or users and groups.
     WebArguments(const management::Command& command, const WebArguments& whole, std::vector<std::string> some);
 
     [[nodiscard]] std::vector<std::string> ValuesOf(std::string_view name) const override;

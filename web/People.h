@@ -122,7 +122,7 @@ private:
     [[nodiscard]] std::vector<management::ItemKey> WithBelow(management::ItemKey place) const;
     /// A flag for each person.
     [[nodiscard]] std::vector<bool> FlagsOf(const std::vector<int>& ids) const;
-    /// The same.
+    /// A flag for each person: whether they are in a view or group, or, where deep, in a group below it.
     [[nodiscard]] std::vector<bool> MembersOf(management::ItemKey place, bool isDeep) const;
     const std::vector<Index>& RanksBy(PeopleColumn column);
 

@@ -23,7 +23,7 @@ std::array<std::uint8_t, Count> RandomBytes()
 std::string NewToken();
 /// SHA-256 in hexadecimal.
 std::string Digest(std::string_view text);
-/// The same in Base64 (RFC 4648), as headers have it.
+/// SHA-256 in Base64 (RFC 4648), as headers have it.
 std::string Base64Digest(std::string_view text);
 /// Whether two texts are equal, in a time that does not tell where they differ.
 bool IsSame(std::string_view a, std::string_view b);

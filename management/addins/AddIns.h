@@ -130,7 +130,8 @@ private:
 /// The add-in that an argument means: a name, or "id:17". @param type  tells those of one name apart.
 /// @throws Error (notFound), or (conflict) that lists what it may mean.
 AddIn FindAddIn(AddIns& addIns, const std::string& argument, std::optional<int> type);
-/// The same for several, each once. @throws before anything else when one of them is not found.
+/// The add-ins that arguments mean, each once. @throws as FindAddIn, before anything is done, and names all that are
+/// not found.
 std::vector<AddIn> FindAddIns(AddIns& addIns, const std::vector<std::string>& arguments, std::optional<int> type);
 
 /// Adds an add-in; to be called in a transaction. @return the new id. @throws Error (invalid) for what no add-in should

@@ -47,7 +47,7 @@ AuditedRow NullRow(const AuditedTable& table);
 /// Reads the columns of a table from a row that begins with them. @param row  of this table, all of it.
 /// @param first  the column of the first one. @throws CAException.
 void ReadInto(AuditedRow& row, CARecordset& rows, long first = 1);
-/// The same as a new row.
+/// Reads the columns of a table into a new row. @param first  the column of the first one. @throws CAException.
 AuditedRow ReadRow(CARecordset& rows, const AuditedTable& table, long first = 1);
 /// Asks for the rows of a table that fulfil a condition, to be read by these. @param condition  see ReadRows.
 /// @throws CAException.
@@ -60,7 +60,7 @@ std::optional<std::string> ValueIn(const AuditedRow& row, std::string_view colum
 /// Whether a column of a row is never recorded: stored passwords, secrets of one-time codes, the encryption
 /// key.
 bool IsSecret(const AuditedTable& table, const AuditedRow& row, std::string_view column);
-/// Whether the value of a setting is.
+/// Whether the value of a setting is never recorded.
 bool IsSecretSetting(std::string_view name);
 /// Stands in recorded rows for a secret that is not empty.
 inline constexpr std::string_view kSecretMark = "(not recorded)";
@@ -70,7 +70,7 @@ std::vector<std::string> ItemsOf(const AuditedTable& table, const AuditedRow& ro
 
 /// As it is stored: a JSON object, without the columns that hold the empty text.
 std::string Packed(const AuditedRow& row);
-/// The same with marks for its secrets.
+/// As it is stored, with kSecretMark in place of each secret.
 std::string PackedWithoutSecrets(const AuditedTable& table, const AuditedRow& row);
 /// @throws Error (failed) for a text that is none of those.
 AuditedRow Unpacked(std::string_view text);

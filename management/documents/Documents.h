@@ -127,11 +127,12 @@ public:
     /// The one root or folder, or only folder, that an argument means. @throws Error (invalid, notFound), or (conflict)
     /// that lists what it may mean.
     [[nodiscard]] DocKey FindPlace(const std::string& argument) const;
+    /// The one folder that an argument means. @throws as FindPlace.
     [[nodiscard]] DocKey FindFolder(const std::string& argument) const;
-    /// The same for a plain name of a root.
+    /// The one root of a name, which is not a path. @throws as FindPlace.
     [[nodiscard]] DocKey FindRoot(const std::string& name) const;
     /// The folder and the place in which an argument names it. @param from  path of the place that is meant; without
-    /// one, an id alone means the only place. @throws as above.
+    /// one, an id alone means the only place. @throws as FindPlace.
     [[nodiscard]] Placement FindPlacement(const std::string& argument, const std::optional<std::string>& from) const;
     /// The folders of this name directly under a place: those spelled exactly so, else case not counting.
     [[nodiscard]] std::vector<DocKey> ChildrenNamed(DocKey parent, std::string_view name) const;

@@ -48,7 +48,8 @@ private:
     void Add(ExportedLine line);
     /// Whether it means something that a line of a directory is not in a file.
     [[nodiscard]] bool Covers(const ExportedLine& line, const DirectoryLines& here) const;
-    /// The same but for secrets, which a file may be without.
+    /// Whether a line of a directory is not in a file that it should be in; secrets, which a file may be without, do
+    /// not count.
     [[nodiscard]] bool Lacks(const ExportedLine& line, const DirectoryLines& here) const;
     /// Whether a line of a directory is the part's own: a group below it, or what names such a group, or a user whom
     /// the file has. The users themselves, views, roles, and groups above are needed elsewhere too.

@@ -29,7 +29,8 @@ void ImportDirectory(Call& call, const ImportSource& source, const DirectoryImpo
 /// was stopped; DatabaseError.
 void StoreLines(Call& call, LineSource& lines, const std::string& name, const DirectoryImportOptions& options);
 
-/// The same as ImportDirectory of lines from elsewhere. @param source  for its name and how many lines there are.
+/// Imports lines that do not come from a file, as ImportDirectory does. @param source  for its name and how many lines
+/// there are.
 void ImportLines(Call& call, LineSource& lines, const ImportSource& source, const DirectoryImportOptions& options,
                  ImportReport& report);
 

@@ -41,7 +41,8 @@ std::string ExportHead(CAConnect& conn, const ExportOptions& options);
 bool ExportDirectory(Call& call, const ExportOptions& options, const std::function<void(const std::string&)>& take,
                      ExportReport& report);
 
-/// The same lines as objects: members in their order, the noun first.
+/// Gives the lines of ExportDirectory as objects: members in their order, the noun first. @return, @throws as
+/// ExportDirectory.
 bool ExportLines(Call& call, const ExportOptions& options, const std::function<void(const Noun&, JsonObject)>& take,
                  ExportReport& report);
 

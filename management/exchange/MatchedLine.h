@@ -35,7 +35,7 @@ struct MatchedLine : ResolvedLine {
 
 /// How many levels lie above what a path of ItemNames names.
 std::size_t DepthOf(const std::string& path);
-/// The same of the path that a line of a group or folder begins with.
+/// How many levels lie above the group or folder that a line is about, by the path that it begins with.
 std::size_t DepthOf(const ExportedLine& line);
 
 /// The key of a row with these values.

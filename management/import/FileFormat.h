@@ -21,8 +21,8 @@ bool IsLdif(std::string_view beginning);
 /// commands.
 OtherFile GuessFormat(std::string_view beginning, const std::string& name);
 
-/// The same of a whole file, as far as its letters outside ASCII are those of a one-byte encoding: there are such
-/// bytes, and none of them belongs to a UTF-8 character. Reads to the end, in little memory. @throws
+/// By all bytes, whether letters outside ASCII are those of a one-byte encoding: there are such bytes, and none of them
+/// belongs to a UTF-8 character. Reads to the end, in little memory. @throws
 /// std::ios_base::failure.
 OtherFile GuessEncoding(std::istream& in, const std::string& name);
 

@@ -27,7 +27,7 @@ std::size_t SyncLeft(const Organisation& organisation, ItemKey holder, const std
 
 /// "the department of 412 people was changed with it".
 Sentence DepartmentsChanged(std::size_t users);
-/// The same with "; " before it, to end a sentence with; empty for nobody.
+/// "; the department of 412 people was changed with it", to end a sentence with; empty for nobody.
 Sentence WithDepartments(std::size_t users);
 
 } // namespace management

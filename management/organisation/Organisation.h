@@ -135,15 +135,17 @@ public:
 
     [[nodiscard]] CAConnect& Connection() const { return m_conn; }
 
-    // ---- Look-ups: of Places, views first, then groups, each by sort index, name and id -----------------------------
+    // ---- Look-ups: of Nodes, views first, then groups, each by sort index, name and id ------------------------------
 
     /// All views and groups that an argument may mean. @throws Error (invalid) for what is not a path.
     [[nodiscard]] std::vector<ItemKey> FindAll(const std::string& argument) const;
     /// The one view or group, or only group, that an argument means. @throws Error (invalid, notFound), or (conflict)
     /// that lists what it may mean.
     [[nodiscard]] ItemKey FindHolder(const std::string& argument) const;
+    /// The one group that an argument means. @throws as FindHolder.
     [[nodiscard]] ItemKey FindGroup(const std::string& argument) const;
-    /// The one view that an argument means: a name of a system view as it is, or /NAME, or view:4. @throws as above.
+    /// The one view that an argument means: a name of a system view as it is, or /NAME, or view:4.
+    /// @throws as FindHolder.
     [[nodiscard]] ItemKey FindView(const std::string& argument) const;
     /// The groups of a name directly under a parent, case not counting.
     [[nodiscard]] std::vector<ItemKey> ChildrenNamed(ItemKey parent, std::string_view name) const;

@@ -113,7 +113,8 @@ struct LogFilter {
     std::optional<int> limit;
 };
 
-/// The log of what happened to documents. The texts are as above, and so is what is thrown.
+/// The log of what happened to documents. Any text goes in and comes out as it is, whatever the engine. All functions
+/// @throw DatabaseError, and Error for a text with a NUL byte.
 class DocLog {
 public:
     /// @param conn  open, and stays so while this is used.

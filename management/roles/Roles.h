@@ -164,7 +164,8 @@ private:
 /// The role that an argument means: a name in the scope, case not counting, or "id:17" of any scope.
 /// @throws Error (notFound), or (conflict) that lists what it may mean.
 RoleKey FindRole(Roles& roles, const std::string& argument, const RoleScope& scope);
-/// The same for several, each once. @throws before anything else when one of them is not found.
+/// The roles that arguments mean, each once. @throws as FindRole, before anything is done, and names all that are not
+/// found.
 std::vector<RoleKey> FindRoles(Roles& roles, const std::vector<std::string>& arguments, const RoleScope& scope);
 
 /// Adds a role. @return the new id. @throws Error (invalid) for what no role should be called, (conflict) when the name

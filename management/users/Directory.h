@@ -65,9 +65,11 @@ public:
     std::optional<UserKey> FindConfusedLogin(std::string_view login, std::optional<int> except);
     bool IsSuperUser(std::string_view login);
     bool IsLocked(std::string_view login);
-    /// Empty when there is no such user, in the next three.
+    /// The login name of a user of a display name; empty when there is none.
     std::string LoginOfName(std::string_view name);
+    /// The display name of the user of a login name; empty when there is none.
     std::string NameOfLogin(std::string_view login);
+    /// The display name of a user; empty when there is none.
     std::string NameOfId(int id);
     std::optional<NamedUser> FindNamed(std::string_view login);
     int Count();

@@ -21,7 +21,8 @@ namespace management {
 /// What makes the engine order rows of qv_User so, to be put after a query: " ORDER BY upper(Col_LoginName), ...". Of
 /// letters beyond ASCII the engine's own rules decide. Empty for an engine that does not know how, or cannot be tried.
 std::string OrderByLogin(const CAConnect& conn);
-/// The same by another column first: texts with case not counting, NULL before all else, and equal ones by login name.
+/// What makes the engine order rows of qv_User by another column first: texts with case not counting, NULL before all
+/// else, and equal ones by login name.
 /// @param isDescending  turns the order of that column round.
 std::string OrderBy(const CAConnect& conn, const Field& field, bool isDescending);
 

@@ -23,7 +23,8 @@ inline constexpr std::string_view kUserHelp = "login name, or id:NUMBER, or logi
 /// The user that an argument means: a login name, case not counting, or "id:17", or "login:TEXT" for a login name that
 /// looks like an id. @throws Error (notFound), or (conflict) when several users differ only in case.
 UserKey FindUser(Directory& directory, const std::string& argument);
-/// The same for several, each once. @throws before anything else when one of them is not found.
+/// The users that arguments mean, each once. @throws as FindUser, before anything is done, and names all that are not
+/// found.
 std::vector<UserKey> FindUsers(Directory& directory, const std::vector<std::string>& arguments);
 
 /// @throws Error (invalid) for what no one should have to log in as: nothing, outer blanks, control characters.

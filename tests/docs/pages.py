@@ -27,8 +27,6 @@ ROOT, BINARIES, LIBRARIES = (pathlib.Path(argument) for argument in sys.argv[1:4
 COMPILER, NOT_RUN, FLAGS = sys.argv[4], int(sys.argv[5]), sys.argv[6:]
 PLAIN = {"text", "sql", "cmake", "csv", "json", "ini", "mermaid", "toml"}
 ENGINES = ["sqlite", "postgresql", "mariadb"]
-# Pages whose programs other tests build and run.
-ELSEWHERE = {"docs/tutorial.md"}
 MODULES = "platform dbaccess basefun directory access documents admin schema testing".split()
 FRAGMENT = """
 [[maybe_unused]] void Fragment{number}(CAConnect& conn, CString login, CString name, CString path)
@@ -258,9 +256,8 @@ def main():
         lines = (ROOT / name).read_text().splitlines(keepends=True)
         targets = follow_links(name, lines)
         linked |= targets if name == "docs/README.md" else set()
-        if name not in ELSEWHERE:
-            marks = re.findall(r"^<!-- pages: (.*) -->$", "".join(lines), re.MULTILINE)
-            pages[name] = (checked(blocks_of(name, lines)), ", ".join(marks).split(", "))
+        marks = re.findall(r"^<!-- pages: (.*) -->$", "".join(lines), re.MULTILINE)
+        pages[name] = (checked(blocks_of(name, lines)), ", ".join(marks).split(", "))
     for name in names:
         if name.startswith("docs/") and name not in linked | {"docs/README.md"}:
             fail(name, 0, "docs/README.md has no link to it")

@@ -21,7 +21,7 @@ public:
             m_texts.resize(static_cast<std::size_t>(count));
         }
     }
-    /// The same with the names of the columns. @param nameOf  gives the name of a column, in UTF-8.
+    /// How many columns a row has, and their names. @param nameOf  gives the name of a column, in UTF-8.
     template <class NameOf>
     void SetColumns(int count, NameOf nameOf)
     {
